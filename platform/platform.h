@@ -1,0 +1,9 @@
+// platform.h: the one header through which all other code reaches the system, with the few
+// operations that no system header offers.
+#pragma once
+
+#include "system_headers.h"
+
+#include "seam/memory.h"
+#include "seam/processor.h"
+#include "seam/random.h"

@@ -1,0 +1,44 @@
+// 16-byte identifiers.
+#pragma once
+
+#include "portable/base_types.h"
+
+struct GUID {
+  DWORD Data1;
+  WORD Data2;
+  WORD Data3;
+  BYTE Data4[8];
+};
+typedef GUID IID;
+typedef GUID CLSID;
+typedef const GUID& REFGUID;
+typedef const IID& REFIID;
+typedef const CLSID& REFCLSID;
+
+constexpr bool IsEqualGUID(REFGUID a, REFGUID b) {
+  if (a.Data1 != b.Data1 || a.Data2 != b.Data2 || a.Data3 != b.Data3) return false;
+  for (int i = 0; i < 8; ++i) {
+    if (a.Data4[i] != b.Data4[i]) return false;
+  }
+  return true;
+}
+constexpr bool operator==(REFGUID a, REFGUID b) {
+  return IsEqualGUID(a, b);
+}
+constexpr bool operator!=(REFGUID a, REFGUID b) {
+  return !IsEqualGUID(a, b);
+}
+#define IsEqualIID(a, b) IsEqualGUID(a, b)
+#define IsEqualCLSID(a, b) IsEqualGUID(a, b)
+
+inline constexpr GUID GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
+#define IID_NULL GUID_NULL
+#define CLSID_NULL GUID_NULL
+
+// The identifiers of the platform's own interfaces that share one tail.
+#define MIROLTA_OLE_IID(first)     \
+  {                                \
+    first, 0, 0, {                 \
+      0xC0, 0, 0, 0, 0, 0, 0, 0x46 \
+    }                              \
+  }

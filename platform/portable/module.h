@@ -1,0 +1,42 @@
+// Modules: their resources, their class objects, and how they are found and loaded.
+#pragma once
+
+#include "portable/dispatch.h"
+
+constexpr DWORD CLSCTX_INPROC_SERVER = 1;
+constexpr DWORD DLL_PROCESS_DETACH = 0;
+constexpr DWORD DLL_PROCESS_ATTACH = 1;
+constexpr DWORD COINIT_MULTITHREADED = 0;
+constexpr DWORD COINIT_APARTMENTTHREADED = 2;
+constexpr INT MAX_PATH = 260;
+
+typedef void* HRSRC;
+typedef LONG(WINAPI* FARPROC)();
+#define MAKEINTRESOURCEW(id) \
+  (reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(static_cast<WORD>(id))))
+
+extern "C" {
+// Resources and the file of an attached module (module_resources.h).
+MIROLTA_RUNTIME INT LoadStringW(HINSTANCE module, UINT id, LPWSTR text, INT capacity);
+MIROLTA_RUNTIME HRSRC FindResourceW(HMODULE module, LPCWSTR name, LPCWSTR type);
+MIROLTA_RUNTIME void* LoadResource(HMODULE module, HRSRC resource);
+MIROLTA_RUNTIME void* LockResource(void* loaded);
+MIROLTA_RUNTIME DWORD SizeofResource(HMODULE module, HRSRC resource);
+MIROLTA_RUNTIME DWORD GetModuleFileNameW(HMODULE module, LPWSTR file, DWORD capacity);
+MIROLTA_RUNTIME BOOL DisableThreadLibraryCalls(HMODULE module);
+MIROLTA_RUNTIME HMODULE LoadLibraryW(LPCWSTR file);
+MIROLTA_RUNTIME FARPROC GetProcAddress(HMODULE module, LPCSTR name);
+MIROLTA_RUNTIME BOOL FreeLibrary(HMODULE module);
+
+// Class objects. A class is found through the registry's InprocServer32 entry; its module stays
+// loaded until CoFreeUnusedLibraries finds that its DllCanUnloadNow agrees.
+MIROLTA_RUNTIME HRESULT CoInitializeEx(LPVOID reserved, DWORD model);
+MIROLTA_RUNTIME void CoUninitialize();
+MIROLTA_RUNTIME HRESULT CoGetClassObject(REFCLSID id, DWORD context, LPVOID reserved, REFIID iid,
+                                         LPVOID* out);
+MIROLTA_RUNTIME HRESULT CoCreateInstance(REFCLSID id, IUnknown* outer, DWORD context, REFIID iid,
+                                         LPVOID* out);
+MIROLTA_RUNTIME HRESULT CLSIDFromProgID(LPCOLESTR prog_id, CLSID* id);
+MIROLTA_RUNTIME HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* prog_id);
+MIROLTA_RUNTIME void CoFreeUnusedLibraries();
+}

@@ -1,0 +1,41 @@
+// What a module carries besides code: strings, raw data by type and number, and its type library.
+// On Windows these are resources of the file; a module of this runtime attaches a table of them.
+#pragma once
+
+#include "portable/interface_table.h"
+
+namespace mirolta {
+
+struct StringResource {
+  UINT id;
+  const OLECHAR* text;
+};
+
+struct DataResource {
+  const OLECHAR* type;  // such as "REGISTRY"
+  WORD id;
+  const BYTE* bytes;
+  DWORD size;
+};
+
+struct ModuleResources {
+  const StringResource* strings;
+  unsigned string_count;
+  const DataResource* data;
+  unsigned data_count;
+  const TypeLibraryTable* type_library;
+};
+
+extern "C" {
+// MiroltaAttachModule makes a module's resources known and returns its handle; called when the
+// module is loaded. `resources` stays valid until MiroltaDetachModule. Null if memory is short.
+// The module's file is found from the address of its resources.
+MIROLTA_RUNTIME HINSTANCE MiroltaAttachModule(const ModuleResources* resources);
+MIROLTA_RUNTIME void MiroltaDetachModule(HINSTANCE module);
+// MiroltaModuleResources returns what a handle was attached with; null for an unknown handle.
+MIROLTA_RUNTIME const ModuleResources* MiroltaModuleResources(HINSTANCE module);
+// MiroltaTypeLibFromTable makes a type library that keeps a copy of the table's texts.
+MIROLTA_RUNTIME HRESULT MiroltaTypeLibFromTable(const TypeLibraryTable* table, ITypeLib** out);
+}
+
+}  // namespace mirolta

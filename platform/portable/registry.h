@@ -1,0 +1,50 @@
+// The registry: keys with a default value and named values. It lives in a text file (see
+// registry_file.h in the runtime) or, for one process, in memory.
+#pragma once
+
+#include "portable/status.h"
+
+typedef struct HKEY__* HKEY;
+typedef DWORD REGSAM;
+
+inline HKEY MiroltaRootKey(uint32_t number) {
+  return reinterpret_cast<HKEY>(static_cast<uintptr_t>(number));
+}
+#define HKEY_CLASSES_ROOT MiroltaRootKey(0x80000000u)
+#define HKEY_CURRENT_USER MiroltaRootKey(0x80000001u)
+#define HKEY_LOCAL_MACHINE MiroltaRootKey(0x80000002u)
+
+constexpr DWORD REG_NONE = 0;
+constexpr DWORD REG_SZ = 1;
+constexpr DWORD REG_EXPAND_SZ = 2;
+constexpr DWORD REG_BINARY = 3;
+constexpr DWORD REG_DWORD = 4;
+constexpr DWORD REG_OPTION_NON_VOLATILE = 0;
+constexpr DWORD REG_CREATED_NEW_KEY = 1;
+constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
+constexpr REGSAM KEY_READ = 0x00020019;
+constexpr REGSAM KEY_WRITE = 0x00020006;
+constexpr REGSAM KEY_ALL_ACCESS = 0x000F003F;
+
+extern "C" {
+// All return a system error number, 0 for success. Names are case-insensitive; a null or empty
+// value name is the key's default value. Sizes of text are in bytes with the terminator.
+MIROLTA_RUNTIME LONG RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD options, REGSAM access, HKEY* out);
+MIROLTA_RUNTIME LONG RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR key_class,
+                                     DWORD options, REGSAM access, void* security, HKEY* out,
+                                     DWORD* disposition);
+MIROLTA_RUNTIME LONG RegCloseKey(HKEY key);
+// Deletes the key if it has no subkeys.
+MIROLTA_RUNTIME LONG RegDeleteKeyW(HKEY key, LPCWSTR path);
+MIROLTA_RUNTIME LONG RegDeleteValueW(HKEY key, LPCWSTR name);
+MIROLTA_RUNTIME LONG RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type,
+                                    const BYTE* data, DWORD size);
+MIROLTA_RUNTIME LONG RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type,
+                                      BYTE* data, DWORD* size);
+// Subkeys and values are numbered from 0; a default value that is set is number 0.
+MIROLTA_RUNTIME LONG RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* length,
+                                   DWORD* reserved, LPWSTR key_class, DWORD* class_length,
+                                   FILETIME* written);
+MIROLTA_RUNTIME LONG RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* length,
+                                   DWORD* reserved, DWORD* type, BYTE* data, DWORD* size);
+}

@@ -1,0 +1,21 @@
+// How this process uses the registry, beyond what the platform offers.
+#pragma once
+
+#include "portable/registry.h"
+
+extern "C" {
+// With TRUE the registry lives in memory from now on: it starts as the file is, empty if there is
+// none or it cannot be read, and nothing is written. FALSE goes back to the file and forgets.
+// Errors: ERROR_OUTOFMEMORY, with nothing changed.
+MIROLTA_RUNTIME LONG MiroltaRegistryInMemory(BOOL in_memory);
+
+// Between TRUE and FALSE (they nest) changes are collected and the file stays locked; the last
+// FALSE writes them all at once and returns whether that went well. Makes a registration one
+// change, on the disk whole or not at all.
+MIROLTA_RUNTIME LONG MiroltaRegistryBatch(BOOL begin);
+
+// For messages: the file's name, its length returned (0 if there is none or it does not fit), and
+// the line at which the file was last found malformed (ERROR_BADDB), 0 if it was not.
+MIROLTA_RUNTIME DWORD MiroltaRegistryFile(LPWSTR file, DWORD capacity);
+MIROLTA_RUNTIME DWORD MiroltaRegistryBadLine();
+}

@@ -1,0 +1,67 @@
+// Locks, counters, time, character sets and task memory.
+#pragma once
+
+#include <pthread.h>
+
+#include "portable/guid.h"
+#include "portable/status.h"
+
+// A lock that its owner may enter again.
+struct CRITICAL_SECTION {
+  pthread_mutex_t mutex;
+};
+
+extern "C" {
+MIROLTA_RUNTIME void InitializeCriticalSection(CRITICAL_SECTION* section);
+MIROLTA_RUNTIME void DeleteCriticalSection(CRITICAL_SECTION* section);
+MIROLTA_RUNTIME void EnterCriticalSection(CRITICAL_SECTION* section);
+MIROLTA_RUNTIME void LeaveCriticalSection(CRITICAL_SECTION* section);
+MIROLTA_RUNTIME DWORD GetCurrentThreadId();
+}
+
+// Both return the new value.
+inline LONG InterlockedIncrement(LONG volatile* count) {
+  return __atomic_add_fetch(count, 1, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedDecrement(LONG volatile* count) {
+  return __atomic_sub_fetch(count, 1, __ATOMIC_SEQ_CST);
+}
+
+struct SYSTEMTIME {
+  WORD wYear;
+  WORD wMonth;
+  WORD wDayOfWeek;
+  WORD wDay;
+  WORD wHour;
+  WORD wMinute;
+  WORD wSecond;
+  WORD wMilliseconds;
+};
+
+constexpr UINT CP_ACP = 0;
+constexpr UINT CP_UTF8 = 65001;
+
+extern "C" {
+MIROLTA_RUNTIME DWORD GetTickCount();
+MIROLTA_RUNTIME void GetLocalTime(SYSTEMTIME* time);
+
+// Conversions between 16-bit text and the character set with number code_page. A length of -1 takes
+// the text up to and with its terminator. With capacity 0 they return the length needed; 0 says
+// that the number is unknown or nothing could be converted.
+MIROLTA_RUNTIME INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, INT length,
+                                        LPSTR bytes, INT capacity, LPCSTR default_character,
+                                        BOOL* used_default);
+MIROLTA_RUNTIME INT MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR bytes, INT length,
+                                        LPWSTR text, INT capacity);
+
+MIROLTA_RUNTIME LPVOID CoTaskMemAlloc(SIZE_T size);
+MIROLTA_RUNTIME LPVOID CoTaskMemRealloc(LPVOID memory, SIZE_T size);
+MIROLTA_RUNTIME void CoTaskMemFree(LPVOID memory);
+
+// StringFromCLSID gives registry text, braces and all, freed by the caller with CoTaskMemFree.
+MIROLTA_RUNTIME HRESULT StringFromCLSID(REFCLSID id, LPOLESTR* text);
+// Returns the characters written with the terminator, 39, or 0 if capacity is too small.
+MIROLTA_RUNTIME INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity);
+// CLSIDFromString reads registry text; CO_E_CLASSSTRING if it is none.
+MIROLTA_RUNTIME HRESULT CLSIDFromString(LPCOLESTR text, CLSID* id);
+}

@@ -1,0 +1,45 @@
+// What the processor offers to kernels, asked once and kept.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace mirolta {
+
+// Bits of a feature set. A bit is set only if the processor has the instructions and the system
+// keeps the registers they use.
+enum ProcessorFeature : uint32_t {
+  kFeatureSsse3 = 1u << 0,    // SSE up to 4.1
+  kFeatureAvx2 = 1u << 1,     // with AVX and saved 256-bit registers
+  kFeatureBmi2Adx = 1u << 2,  // mulx, adcx, adox
+  kFeatureAesNi = 1u << 3,
+  kFeatureSha = 1u << 4,     // SHA-1 and SHA-256
+  kFeatureAvx512 = 1u << 5,  // F, BW, DQ, VL and saved 512-bit registers
+  kFeatureVaes = 1u << 6,    // on 256-bit and, with kFeatureAvx512, on 512-bit registers
+  kFeatureAvx512Ifma = 1u << 7,
+  kFeatureGfni = 1u << 8,
+};
+
+// ProcessorFeatures returns the set for this machine; 0 in a portable-only build.
+uint32_t ProcessorFeatures() noexcept;
+
+// A kernel in a primitive's list: best first, the portable one (needs == 0) last.
+template <typename Function>
+struct Kernel {
+  const char* name;
+  uint32_t needs;  // ProcessorFeature bits
+  Function function;
+};
+
+// ChooseKernel returns the first kernel whose needs are all in features.
+// The list ends in a portable kernel, so there always is one.
+template <typename Function, size_t kCount>
+constexpr const Kernel<Function>& ChooseKernel(const Kernel<Function> (&kernels)[kCount],
+                                               uint32_t features) noexcept {
+  for (const Kernel<Function>& kernel : kernels) {
+    if ((kernel.needs & ~features) == 0) return kernel;
+  }
+  return kernels[kCount - 1];
+}
+
+}  // namespace mirolta
