@@ -1,0 +1,53 @@
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+
+#include "portable/test_hooks.h"
+
+namespace mirolta {
+namespace {
+
+std::atomic<const MiroltaLockProbe*> g_probe{nullptr};
+
+// A relaxed load is all that a lock pays while no probe is set.
+const MiroltaLockProbe* Probe() {
+  if (g_probe.load(std::memory_order_relaxed) == nullptr) return nullptr;
+  return g_probe.load(std::memory_order_acquire);
+}
+
+}  // namespace
+
+extern "C" void MiroltaSetLockProbe(const MiroltaLockProbe* probe) {
+  g_probe.store(probe, std::memory_order_release);
+}
+
+}  // namespace mirolta
+
+extern "C" void InitializeCriticalSection(CRITICAL_SECTION* section) {
+  pthread_mutexattr_t attributes;
+  pthread_mutexattr_init(&attributes);
+  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+  pthread_mutex_init(&section->mutex, &attributes);
+  pthread_mutexattr_destroy(&attributes);
+}
+
+extern "C" void DeleteCriticalSection(CRITICAL_SECTION* section) {
+  pthread_mutex_destroy(&section->mutex);
+}
+
+extern "C" void EnterCriticalSection(CRITICAL_SECTION* section) {
+  pthread_mutex_lock(&section->mutex);
+  const mirolta::MiroltaLockProbe* probe = mirolta::Probe();
+  if (probe != nullptr && probe->entered != nullptr) probe->entered(section);
+}
+
+extern "C" void LeaveCriticalSection(CRITICAL_SECTION* section) {
+  const mirolta::MiroltaLockProbe* probe = mirolta::Probe();
+  if (probe != nullptr && probe->leaving != nullptr) probe->leaving(section);
+  pthread_mutex_unlock(&section->mutex);
+}
+
+extern "C" DWORD GetCurrentThreadId() {
+  return static_cast<DWORD>(syscall(SYS_gettid));
+}

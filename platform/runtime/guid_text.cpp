@@ -1,0 +1,95 @@
+#include "portable/system.h"
+
+namespace mirolta {
+namespace {
+
+// Registry text with H for each digit: {HHHHHHHH-HHHH-HHHH-HHHH-HHHHHHHHHHHH}.
+constexpr INT kGuidTextLength = 38;
+constexpr WCHAR kDigits[] = u"0123456789ABCDEF";
+
+constexpr bool IsHyphen(INT index) {
+  return index == 9 || index == 14 || index == 19 || index == 24;
+}
+
+// The 16 bytes in the order in which the text shows them.
+void BytesInTextOrder(REFGUID id, BYTE bytes[16]) {
+  for (unsigned i = 0; i < 4; ++i) bytes[i] = static_cast<BYTE>(id.Data1 >> (24 - 8 * i));
+  for (unsigned i = 0; i < 2; ++i) bytes[4 + i] = static_cast<BYTE>(id.Data2 >> (8 - 8 * i));
+  for (unsigned i = 0; i < 2; ++i) bytes[6 + i] = static_cast<BYTE>(id.Data3 >> (8 - 8 * i));
+  for (unsigned i = 0; i < 8; ++i) bytes[8 + i] = id.Data4[i];
+}
+
+GUID GuidFromBytes(const BYTE bytes[16]) {
+  GUID id = {};
+  for (unsigned i = 0; i < 4; ++i) id.Data1 = id.Data1 << 8 | bytes[i];
+  id.Data2 = static_cast<WORD>(bytes[4] << 8 | bytes[5]);
+  id.Data3 = static_cast<WORD>(bytes[6] << 8 | bytes[7]);
+  for (unsigned i = 0; i < 8; ++i) id.Data4[i] = bytes[8 + i];
+  return id;
+}
+
+// The digit's value, or 16.
+unsigned DigitValue(WCHAR c) {
+  if (c >= u'0' && c <= u'9') return static_cast<unsigned>(c - u'0');
+  if (c >= u'A' && c <= u'F') return static_cast<unsigned>(c - u'A' + 10);
+  if (c >= u'a' && c <= u'f') return static_cast<unsigned>(c - u'a' + 10);
+  return 16;
+}
+
+bool ParseGuid(LPCOLESTR text, GUID* id) {
+  BYTE bytes[16] = {};
+  unsigned digits = 0;
+  if (text[0] != u'{') return false;
+  for (INT i = 1; i < kGuidTextLength - 1; ++i) {
+    if (IsHyphen(i)) {
+      if (text[i] != u'-') return false;
+      continue;
+    }
+    const unsigned value = DigitValue(text[i]);
+    if (value == 16) return false;
+    bytes[digits / 2] = static_cast<BYTE>(unsigned{bytes[digits / 2]} << 4 | value);
+    ++digits;
+  }
+  if (text[kGuidTextLength - 1] != u'}' || text[kGuidTextLength] != 0) return false;
+  *id = GuidFromBytes(bytes);
+  return true;
+}
+
+}  // namespace
+}  // namespace mirolta
+
+extern "C" INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity) {
+  using namespace mirolta;
+  if (text == nullptr || capacity < kGuidTextLength + 1) return 0;
+  BYTE bytes[16];
+  BytesInTextOrder(id, bytes);
+  unsigned digits = 0;
+  text[0] = u'{';
+  for (INT i = 1; i < kGuidTextLength - 1; ++i) {
+    if (IsHyphen(i)) {
+      text[i] = u'-';
+      continue;
+    }
+    text[i] = kDigits[digits % 2 == 0 ? bytes[digits / 2] >> 4 : bytes[digits / 2] & 15];
+    ++digits;
+  }
+  text[kGuidTextLength - 1] = u'}';
+  text[kGuidTextLength] = 0;
+  return kGuidTextLength + 1;
+}
+
+extern "C" HRESULT StringFromCLSID(REFCLSID id, LPOLESTR* text) {
+  if (text == nullptr) return E_INVALIDARG;
+  constexpr INT kCapacity = mirolta::kGuidTextLength + 1;
+  *text = static_cast<LPOLESTR>(CoTaskMemAlloc(kCapacity * sizeof(OLECHAR)));
+  if (*text == nullptr) return E_OUTOFMEMORY;
+  StringFromGUID2(id, *text, kCapacity);
+  return S_OK;
+}
+
+extern "C" HRESULT CLSIDFromString(LPCOLESTR text, CLSID* id) {
+  if (id == nullptr) return E_INVALIDARG;
+  *id = CLSID_NULL;
+  if (text == nullptr) return S_OK;  // the platform reads no text as the null identifier
+  return mirolta::ParseGuid(text, id) ? S_OK : CO_E_CLASSSTRING;
+}

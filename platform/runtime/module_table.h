@@ -1,0 +1,15 @@
+// The modules that this process knows: those that attached their resources and those that were
+// loaded by name. A handle is a row of this table.
+#pragma once
+
+#include "portable/module.h"
+#include "portable/module_resources.h"
+
+namespace mirolta {
+
+// OpenLibrary is LoadLibraryW with a status.
+// Errors: E_OUTOFMEMORY; CO_E_DLLNOTFOUND if there is no such file; CO_E_ERRORINDLL if the file is
+// no module or one that cannot be loaded.
+HRESULT OpenLibrary(LPCWSTR file, HMODULE* out);
+
+}  // namespace mirolta
