@@ -1,0 +1,137 @@
+#include "byte_view.h"
+
+#include "owned_value.h"
+#include "value_conversion.h"
+
+namespace mirolta {
+
+namespace {
+
+// Follows a reference to a value as the platform's copy does: once.
+const VARIANT& Referent(const VARIANT& value) {
+  const bool refers = V_VT(&value) == (VT_BYREF | VT_VARIANT) && V_VARIANTREF(&value) != nullptr;
+  return refers ? *V_VARIANTREF(&value) : value;
+}
+
+// The array that the value is or refers to, if its type without the reference passes the test;
+// null for anything that the platform's copy might refuse, which the copying path then reports.
+template <typename Test>
+SAFEARRAY* StandingArray(const VARIANT& value, Test is_taken) {
+  const VARTYPE type = V_VT(&value);
+  if (!is_taken(static_cast<VARTYPE>(type & ~VT_BYREF))) return nullptr;
+  SAFEARRAY* array = nullptr;
+  if ((type & VT_BYREF) == 0) {
+    array = V_ARRAY(&value);
+  } else if (V_ARRAYREF(&value) != nullptr) {
+    array = *V_ARRAYREF(&value);
+  }
+  return array != nullptr && SafeArrayGetDim(array) > 0 ? array : nullptr;
+}
+
+bool IsByteArray(VARTYPE type) {
+  return type == kByteArrayType;
+}
+
+}  // namespace
+
+void ByteView::Close() noexcept {
+  if (locked_ != nullptr) SafeArrayUnaccessData(locked_);
+  locked_ = nullptr;
+  owned_.Clear();
+  data_ = nullptr;
+  count_ = 0;
+  from_array_ = false;
+}
+
+HRESULT ByteView::Borrow(SAFEARRAY* array) noexcept {
+  uint32_t count = 0;
+  HRESULT status = ArrayByteCount(array, &count);
+  if (FAILED(status)) return status;
+  from_array_ = true;
+  if (count == 0) return S_OK;
+  void* data = nullptr;
+  status = SafeArrayAccessData(array, &data);
+  if (FAILED(status)) return status;
+  locked_ = array;
+  data_ = static_cast<const uint8_t*>(data);
+  count_ = count;
+  return S_OK;
+}
+
+HRESULT ByteView::OwnArray(SAFEARRAY* array) noexcept {
+  const HRESULT status = SafeArrayToBytes(array, &owned_);
+  if (FAILED(status)) return status;
+  from_array_ = true;
+  data_ = owned_.Data();
+  count_ = owned_.Count();
+  return S_OK;
+}
+
+HRESULT ByteView::OwnText(const OLECHAR* text, LONG code_page) noexcept {
+  const HRESULT status = WideToBytes(text, code_page, &owned_);
+  data_ = owned_.Data();
+  count_ = owned_.Count();
+  return status;
+}
+
+// The rest of the way for a private copy that is no object, or one to be coerced.
+HRESULT ByteView::OwnCopy(VARIANT* copy, LONG code_page) noexcept {
+  if (V_VT(copy) == kByteArrayType) return OwnArray(V_ARRAY(copy));
+  const HRESULT status = CoerceToText(copy);
+  return FAILED(status) ? status : OwnText(V_BSTR(copy), code_page);
+}
+
+// Byte arrays and texts need no copy of the value; false for anything else.
+bool ByteView::OpenInPlace(const VARIANT& value, LONG code_page, HRESULT* status) noexcept {
+  const VARIANT& standing = Referent(value);
+  if (SAFEARRAY* const array = StandingArray(standing, IsByteArray); array != nullptr) {
+    *status = Borrow(array);
+    return true;
+  }
+  if (V_VT(&standing) == VT_BSTR) {
+    *status = OwnText(V_BSTR(&standing), code_page);
+    return true;
+  }
+  if (V_VT(&standing) == (VT_BYREF | VT_BSTR) && V_BSTRREF(&standing) != nullptr) {
+    *status = OwnText(*V_BSTRREF(&standing), code_page);
+    return true;
+  }
+  return false;
+}
+
+HRESULT ByteView::Open(const VARIANT& value, LONG code_page) noexcept {
+  Close();
+  HRESULT status = S_OK;
+  if (OpenInPlace(value, code_page, &status)) return status;
+  OwnedVariant copy;
+  status = ResolveValue(&value, copy.Put());
+  return FAILED(status) ? status : OwnCopy(copy.Get(), code_page);
+}
+
+HRESULT ByteView::OpenUnresolved(const VARIANT& value, LONG code_page) noexcept {
+  Close();
+  HRESULT status = S_OK;
+  if (OpenInPlace(value, code_page, &status)) return status;
+  OwnedVariant copy;
+  status = ResolveValue(&value, copy.Put());
+  if (FAILED(status)) return status;
+  if (copy.Type() != kByteArrayType) return OwnCopy(copy.Get(), code_page);
+  // The bytes are taken from the value as given, which must then be the array itself.
+  status = VariantToByteArrayBytes(value, &owned_);
+  from_array_ = SUCCEEDED(status);
+  data_ = owned_.Data();
+  count_ = owned_.Count();
+  return status;
+}
+
+HRESULT ByteView::OpenByteArray(const VARIANT& value) noexcept {
+  Close();
+  SAFEARRAY* const array = StandingArray(Referent(value), PassesAsByteArray);
+  if (array != nullptr) return Borrow(array);
+  const HRESULT status = VariantToByteArrayBytes(value, &owned_);
+  data_ = owned_.Data();
+  count_ = owned_.Count();
+  return status;
+}
+
+}  // namespace mirolta

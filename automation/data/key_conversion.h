@@ -1,0 +1,19 @@
+// How an automation value becomes a key.
+#pragma once
+
+#include "byte_string.h"
+#include "platform.h"
+
+namespace mirolta {
+
+// KeyFromVariant gives the bytes of a byte array as they are, or of the text that any other value
+// has. A code page below 0 takes the text's UTF-16 units, least significant byte first, zero
+// characters included; from 0 on the text up to its first zero character is converted.
+// An array without elements gives no key (key->IsPresent() is false); an empty text gives a key
+// that is present and has no bytes. Errors: E_POINTER for a null key; a failed copy's or coercion's
+// status; those of
+//         SafeArrayToBytes; DISP_E_TYPEMISMATCH for text that code_page cannot convert;
+//         E_OUTOFMEMORY. *key is empty on failure.
+HRESULT KeyFromVariant(const VARIANT& value, LONG code_page, ByteString* key) noexcept;
+
+}  // namespace mirolta

@@ -1,0 +1,49 @@
+#include "value_resolution.h"
+
+#include "owned_value.h"
+
+namespace mirolta {
+
+namespace {
+
+bool IsObject(VARTYPE type) {
+  return type == VT_DISPATCH || type == VT_UNKNOWN;
+}
+
+// The value keeps its object alive during the call; *out is an empty VARIANT.
+HRESULT ReadDefaultValue(const VARIANT& value, VARIANT* out) {
+  IUnknown* const object = V_UNKNOWN(&value);
+  if (object == nullptr) return E_FAIL;
+  OwnedReference<IDispatch> dispatch;
+  if (FAILED(dispatch.Query(object, IID_IDispatch)) || !dispatch) return E_FAIL;
+  DISPPARAMS none = {nullptr, nullptr, 0, 0};
+  return dispatch->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
+                          out, nullptr, nullptr);
+}
+
+}  // namespace
+
+HRESULT ResolveValue(const VARIANT* input, VARIANT* out) noexcept {
+  if (out == nullptr) return E_POINTER;
+  VariantInit(out);
+  if (input == nullptr) return E_POINTER;
+
+  OwnedVariant value;
+  HRESULT status = VariantCopyInd(value.Get(), input);
+  if (FAILED(status)) return status;
+  for (int followed = 0; IsObject(value.Type()); ++followed) {
+    if (followed == kMaximumDefaultValueChain) return DISP_E_TYPEMISMATCH;
+    OwnedVariant inner;
+    status = ReadDefaultValue(value.Value(), inner.Get());
+    if (FAILED(status)) return status;
+    // Copied before the object goes: the value it gave may refer into it.
+    OwnedVariant plain;
+    status = VariantCopyInd(plain.Get(), inner.Get());
+    if (FAILED(status)) return status;
+    plain.MoveTo(value.Put());
+  }
+  value.MoveTo(out);
+  return S_OK;
+}
+
+}  // namespace mirolta

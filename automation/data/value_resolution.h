@@ -1,0 +1,19 @@
+// From any automation value to a plain one.
+#pragma once
+
+#include "platform.h"
+
+namespace mirolta {
+
+// Default values are followed through at most this many objects.
+constexpr int kMaximumDefaultValueChain = 64;
+
+// ResolveValue gives a private copy of *input: by-reference values are followed, and an object is
+// replaced by its default value, that by its own, and so on.
+// Errors: E_POINTER for a null argument; a failed copy's status; E_FAIL for an object that is null
+// or
+//         has no IDispatch; the failing status of reading a default value; DISP_E_TYPEMISMATCH for
+//         a chain of more than kMaximumDefaultValueChain objects. *out is empty on failure.
+HRESULT ResolveValue(const VARIANT* input, VARIANT* out) noexcept;
+
+}  // namespace mirolta

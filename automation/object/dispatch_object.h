@@ -1,0 +1,84 @@
+// The base of the automation classes: a dual interface served from the module's type information,
+// error information, and for some classes streams before it.
+#pragma once
+
+#include <new>
+
+#include "object_core.h"
+
+namespace mirolta {
+
+// DispatchObject<kClass, Dual> is a class with the dispatch interface Dual;
+// DispatchObject<kClass, Dual, IStream> one that is a stream too. kClass is its ClassDescription.
+// QueryInterface answers in this order: IStream and ISequentialStream (streams only), Dual,
+// IDispatch (the same pointer), ISupportErrorInfo; IUnknown is the first of them.
+template <const ClassDescription& kClass, typename Dual, typename... Stream>
+class DispatchObject : public ObjectCore, public Stream..., public Dual, public ISupportErrorInfo {
+  static_assert(sizeof...(Stream) <= 1);
+
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    return Query(iid, out);
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return Reference(); }
+  ULONG STDMETHODCALLTYPE Release() override { return Unreference(); }
+
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+    if (count == nullptr) return E_POINTER;
+    *count = 1;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID locale, ITypeInfo** out) override {
+    if (out == nullptr) return E_POINTER;
+    *out = nullptr;
+    return kClass.type_info->Get(locale, out);
+  }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID locale,
+                                          DISPID* ids) override {
+    return kClass.type_info->GetIDsOfNames(names, count, locale, ids);
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID locale, WORD flags, DISPPARAMS* params,
+                                   VARIANT* result, EXCEPINFO* exception,
+                                   UINT* bad_argument) override {
+    return kClass.type_info->Invoke(static_cast<Dual*>(this), id, locale, flags, params, result,
+                                    exception, bad_argument);
+  }
+
+  HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
+    return iid == kClass.type_info->iid() ? S_OK : S_FALSE;
+  }
+
+ protected:
+  explicit DispatchObject(IUnknown* outer) : ObjectCore(outer) {}
+
+  static HRESULT Raise(UINT message_id) { return ObjectCore::Raise(kClass, message_id); }
+
+  IUnknown* first_interface() override {
+    if constexpr (sizeof...(Stream) > 0) {
+      return (static_cast<Stream*>(this), ...);
+    } else {
+      return static_cast<Dual*>(this);
+    }
+  }
+
+  IUnknown* FindInterface(REFIID iid) override {
+    if constexpr (sizeof...(Stream) > 0) {
+      if (iid == IID_IStream || iid == IID_ISequentialStream) return first_interface();
+    }
+    if (iid == kClass.type_info->iid() || iid == IID_IDispatch) return static_cast<Dual*>(this);
+    if (iid == IID_ISupportErrorInfo) return static_cast<ISupportErrorInfo*>(this);
+    return nullptr;
+  }
+};
+
+// CreateObject is the instance creator of every class: a plain object, or with an outer one an
+// object to be a part of it.
+// Errors: E_OUTOFMEMORY, and those of FinishObject. Nothing is left then.
+template <typename Class>
+HRESULT CreateObject(IUnknown* outer, REFIID iid, void** out) {
+  Class* const object = new (std::nothrow) Class(outer);
+  if (object == nullptr) return E_OUTOFMEMORY;
+  return FinishObject(object, iid, out);
+}
+
+}  // namespace mirolta

@@ -1,0 +1,48 @@
+// What lives as long as the module is loaded: its handle, the count that keeps it loaded, and the
+// locks that are not an object's own.
+#pragma once
+
+#include "platform.h"
+
+namespace mirolta {
+
+struct ClassRow;
+
+// Something to undo when the module is unloaded. Nodes belong to whoever registers them.
+struct ModuleCleanup {
+  void (*run)(void* context);
+  void* context;
+  ModuleCleanup* next;
+};
+
+struct ModuleState {
+  HINSTANCE instance;                   // for resources and the module's file name
+  ClassRow* class_table;                // ends in a row without class identifier
+  GUID type_library;                    // identifier
+  LONG volatile lock_count;             // objects, server locks, factories held by clients
+  CRITICAL_SECTION class_objects_lock;  // creation of factories
+  CRITICAL_SECTION type_info_lock;      // loading of type information
+  CRITICAL_SECTION module_lock;         // the list of clean-ups
+  ModuleCleanup* cleanups;
+};
+
+// InitModuleState sets up the state for a module; the class table's hooks are the caller's
+// business. TermModuleState runs the clean-ups and takes the state away.
+void InitModuleState(HINSTANCE instance, ClassRow* class_table, const GUID& type_library);
+void TermModuleState();
+
+// CurrentModule returns the state; null before load and after unload.
+ModuleState* CurrentModule();
+
+// LockModule and UnlockModule change the count that DllCanUnloadNow reads.
+void LockModule();
+void UnlockModule();
+
+// AddModuleCleanup has `cleanup` run at unload, last added first.
+void AddModuleCleanup(ModuleCleanup* cleanup);
+
+// ModuleFileName writes the module's full file name; false if it is longer than MAX_PATH or
+// unknown.
+bool ModuleFileName(OLECHAR (&file)[MAX_PATH + 1]);
+
+}  // namespace mirolta

@@ -1,0 +1,81 @@
+#include "raise_error.h"
+
+namespace mirolta {
+
+namespace {
+
+constexpr ULONG_PTR kFirstText = 65536;  // message ids from here on are pointers
+constexpr INT kMessageCapacity = 1024;
+constexpr DWORD kNameCapacity = 120;
+constexpr DWORD kSourceCapacity = 256;
+
+// Reads the description of a class: the first value of its key, which registration makes the
+// description. False if the class is not registered.
+bool ReadClassDescription(REFCLSID class_id, OLECHAR (&source)[kSourceCapacity + 1]) {
+  constexpr INT kGuidCapacity = 39;
+  OLECHAR path[6 + kGuidCapacity] = OLESTR("CLSID\\");
+  if (StringFromGUID2(class_id, path + 6, kGuidCapacity) == 0) return false;
+
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_CLASSES_ROOT, path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+  OLECHAR name[kNameCapacity];
+  DWORD name_length = kNameCapacity;
+  DWORD type = REG_NONE;
+  BYTE data[kSourceCapacity * sizeof(OLECHAR)];
+  DWORD size = sizeof(data);
+  const LONG error = RegEnumValueW(key, 0, name, &name_length, nullptr, &type, data, &size);
+  RegCloseKey(key);
+  if (error != ERROR_SUCCESS || type != REG_SZ) return false;
+
+  // Stored text may lack its terminator.
+  const DWORD length = size / static_cast<DWORD>(sizeof(OLECHAR));
+  for (DWORD i = 0; i < length; ++i) {
+    source[i] = static_cast<OLECHAR>(data[2 * i] | data[2 * i + 1] << 8);
+  }
+  source[length] = 0;
+  return source[0] != 0;
+}
+
+}  // namespace
+
+HRESULT RaiseError(REFCLSID class_id, ULONG_PTR message_id, DWORD help_context,
+                   const OLECHAR* help_file, REFIID interface_id, HRESULT status,
+                   HINSTANCE module) {
+  OLECHAR buffer[kMessageCapacity] = OLESTR("Unknown Error");
+  OLECHAR* text = buffer;
+  if (message_id < kFirstText) {
+    if (LoadStringW(module, static_cast<UINT>(message_id), buffer, kMessageCapacity) == 0) {
+      constexpr OLECHAR kUnknown[] = OLESTR("Unknown Error");
+      for (unsigned i = 0; i < sizeof(kUnknown) / sizeof(kUnknown[0]); ++i) buffer[i] = kUnknown[i];
+    }
+    if (status == 0) status = MessageStatus(static_cast<UINT>(message_id));
+  } else {
+    text = reinterpret_cast<OLECHAR*>(message_id);
+  }
+
+  ICreateErrorInfo* error = nullptr;
+  if (SUCCEEDED(CreateErrorInfo(&error))) {
+    error->SetGUID(interface_id);
+    OLECHAR source[kSourceCapacity + 1];
+    if (ReadClassDescription(class_id, source)) error->SetSource(source);
+    if (help_context != 0 && help_file != nullptr) {
+      error->SetHelpContext(help_context);
+      error->SetHelpFile(const_cast<OLECHAR*>(help_file));
+    }
+    error->SetDescription(text);
+    IErrorInfo* info = nullptr;
+    if (SUCCEEDED(error->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)))) {
+      SetErrorInfo(0, info);
+      info->Release();
+    }
+    error->Release();
+  }
+  return status != 0 ? status : DISP_E_EXCEPTION;
+}
+
+HRESULT RaiseError(REFCLSID class_id, ULONG_PTR message_id, REFIID interface_id, HRESULT status,
+                   HINSTANCE module) {
+  return RaiseError(class_id, message_id, 0, nullptr, interface_id, status, module);
+}
+
+}  // namespace mirolta
