@@ -1,0 +1,141 @@
+// The machinery that the digests share: counting bytes, gathering blocks, padding.
+#pragma once
+
+#include <cstring>
+
+#include "hash_algorithms.h"
+#include "hash_engine.h"
+#include "hash_kernels.h"
+#include "hash_words.h"
+#include "wide_name.h"
+
+namespace mirolta {
+
+// BlockHashEngine makes an engine of a Primitive, which says what differs:
+//   kAlgorithm   its index in kHashAlgorithms
+//   kWordCount   chaining words; the digest is all of them
+//   kInitial     their values before the first block
+//   kHighFirst   byte order of words and bit length
+//   Kernel()     the compression function of this processor
+template <typename Primitive>
+class BlockHashEngine : public HashEngine {
+ public:
+  BlockHashEngine() noexcept : compress_(Primitive::Kernel()) { BlockHashEngine::Init(); }
+  ~BlockHashEngine() override {
+    WipeMemory(words_, sizeof words_);
+    WipeMemory(block_, sizeof block_);
+    WipeMemory(digest_, sizeof digest_);
+  }
+
+  HRESULT GetName(OLECHAR* buffer, LONG capacity) noexcept final {
+    return CopyName(kHashAlgorithms[Primitive::kAlgorithm], buffer, capacity);
+  }
+  LONG BlockSize() const noexcept final { return kHashBlockSize; }
+  LONG DigestSize() const noexcept final { return static_cast<LONG>(kDigestSize); }
+  HRESULT Init() noexcept final;
+  HRESULT Update(const uint8_t* data, uint32_t length) noexcept final;
+  HRESULT Final() noexcept final;
+  const uint8_t* RawDigest() const noexcept final { return digest_; }
+
+ protected:
+  void SaveChain(HashChain* chain) const noexcept final;
+  void LoadChain(const HashChain& chain) noexcept final;
+
+ private:
+  static constexpr uint32_t kWordCount = Primitive::kWordCount;
+  static constexpr uint32_t kDigestSize = 4 * kWordCount;
+  // Where the bit length stands in the last block.
+  static constexpr uint32_t kLengthOffset = kHashBlockSize - 8;
+  static_assert(kWordCount <= HashChain::kMaximumWords && kDigestSize <= kMaximumDigestSize);
+
+  static void StoreWord(uint32_t word, uint8_t* bytes) noexcept {
+    Primitive::kHighFirst ? StoreHighFirst(word, bytes) : StoreLowFirst(word, bytes);
+  }
+  uint32_t Waiting() const noexcept { return count_low_ % kHashBlockSize; }
+  void Count(uint32_t length) noexcept {
+    count_low_ += length;
+    if (count_low_ < length) ++count_high_;
+  }
+
+  CompressBlocks compress_;
+  // Bytes absorbed; the last count_low_ % 64 of them wait in block_.
+  uint32_t count_low_;
+  uint32_t count_high_;
+  uint32_t words_[kWordCount];
+  uint8_t block_[kHashBlockSize] = {};
+  uint8_t digest_[kDigestSize];
+};
+
+template <typename Primitive>
+HRESULT BlockHashEngine<Primitive>::Init() noexcept {
+  std::memcpy(words_, Primitive::kInitial, sizeof words_);
+  count_low_ = 0;
+  count_high_ = 0;
+  std::memset(digest_, 0, sizeof digest_);
+  SetOpen(true);
+  return S_OK;
+}
+
+template <typename Primitive>
+HRESULT BlockHashEngine<Primitive>::Update(const uint8_t* data, uint32_t length) noexcept {
+  if (length == 0) return S_FALSE;
+  const uint32_t waiting = Waiting();
+  Count(length);
+  if (waiting != 0) {
+    const uint32_t missing = kHashBlockSize - waiting;
+    if (length < missing) {
+      std::memcpy(block_ + waiting, data, length);
+      return S_OK;
+    }
+    std::memcpy(block_ + waiting, data, missing);
+    compress_(words_, block_, 1);
+    data += missing;
+    length -= missing;
+  }
+  const uint32_t blocks = length / kHashBlockSize;
+  if (blocks != 0) compress_(words_, data, blocks);
+  const uint32_t rest = length % kHashBlockSize;
+  if (rest != 0) std::memcpy(block_, data + (length - rest), rest);
+  return S_OK;
+}
+
+template <typename Primitive>
+HRESULT BlockHashEngine<Primitive>::Final() noexcept {
+  // The top three bits of the byte count are lost.
+  const uint32_t bits_low = count_low_ << 3;
+  const uint32_t bits_high = count_high_ << 3 | count_low_ >> 29;
+  const uint32_t waiting = Waiting();
+  // One 0x80, zeros up to the length, the length. These bytes count as absorbed: more data after a
+  // Final goes on behind them.
+  Count((waiting < kLengthOffset ? kHashBlockSize : 2 * kHashBlockSize) - waiting);
+  block_[waiting] = 0x80;
+  if (waiting < kLengthOffset) {
+    std::memset(block_ + waiting + 1, 0, kLengthOffset - 1 - waiting);
+  } else {
+    std::memset(block_ + waiting + 1, 0, kHashBlockSize - 1 - waiting);
+    compress_(words_, block_, 1);
+    std::memset(block_, 0, kLengthOffset);
+  }
+  StoreWord(Primitive::kHighFirst ? bits_high : bits_low, block_ + kLengthOffset);
+  StoreWord(Primitive::kHighFirst ? bits_low : bits_high, block_ + kLengthOffset + 4);
+  compress_(words_, block_, 1);
+  for (uint32_t i = 0; i < kWordCount; ++i) StoreWord(words_[i], digest_ + 4 * i);
+  SetOpen(false);
+  return S_OK;
+}
+
+template <typename Primitive>
+void BlockHashEngine<Primitive>::SaveChain(HashChain* chain) const noexcept {
+  std::memcpy(chain->words, words_, sizeof words_);
+}
+
+template <typename Primitive>
+void BlockHashEngine<Primitive>::LoadChain(const HashChain& chain) noexcept {
+  std::memcpy(words_, chain.words, sizeof words_);
+  count_low_ = kHashBlockSize;
+  count_high_ = 0;
+  std::memset(digest_, 0, sizeof digest_);
+  SetOpen(true);
+}
+
+}  // namespace mirolta

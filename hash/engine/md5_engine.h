@@ -1,0 +1,18 @@
+// MD5 (RFC 1321).
+#pragma once
+
+#include "block_hash_engine.h"
+
+namespace mirolta {
+
+struct Md5Primitive {
+  static constexpr int kAlgorithm = kHashMd5;
+  static constexpr uint32_t kWordCount = 4;
+  static constexpr uint32_t kInitial[kWordCount] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
+  static constexpr bool kHighFirst = false;
+  static CompressBlocks Kernel() noexcept { return ChosenMd5(); }
+};
+
+class Md5Engine final : public BlockHashEngine<Md5Primitive> {};
+
+}  // namespace mirolta

@@ -1,0 +1,19 @@
+// SHA-1 (FIPS 180-2).
+#pragma once
+
+#include "block_hash_engine.h"
+
+namespace mirolta {
+
+struct Sha1Primitive {
+  static constexpr int kAlgorithm = kHashSha1;
+  static constexpr uint32_t kWordCount = 5;
+  static constexpr uint32_t kInitial[kWordCount] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476,
+                                                    0xC3D2E1F0};
+  static constexpr bool kHighFirst = true;
+  static CompressBlocks Kernel() noexcept { return ChosenSha1(); }
+};
+
+class Sha1Engine final : public BlockHashEngine<Sha1Primitive> {};
+
+}  // namespace mirolta

@@ -1,0 +1,55 @@
+#include "hash_kernels.h"
+
+namespace mirolta {
+
+namespace {
+
+constexpr Kernel<CompressBlocks> kMd5Kernels[] = {
+    {"md5-portable", 0, Md5Portable},
+};
+
+constexpr Kernel<CompressBlocks> kSha1Kernels[] = {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"sha1-shani", kFeatureSsse3 | kFeatureSha, Sha1ShaNi},
+#endif
+    {"sha1-portable", 0, Sha1Portable},
+};
+
+constexpr Kernel<CompressBlocks> kSha256Kernels[] = {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"sha256-shani", kFeatureSsse3 | kFeatureSha, Sha256ShaNi},
+#endif
+    {"sha256-portable", 0, Sha256Portable},
+};
+
+template <size_t kCount>
+constexpr HashKernelList ListOf(const Kernel<CompressBlocks> (&kernels)[kCount]) {
+  return {kernels, kCount};
+}
+
+}  // namespace
+
+HashKernelList Md5Kernels() noexcept {
+  return ListOf(kMd5Kernels);
+}
+HashKernelList Sha1Kernels() noexcept {
+  return ListOf(kSha1Kernels);
+}
+HashKernelList Sha256Kernels() noexcept {
+  return ListOf(kSha256Kernels);
+}
+
+CompressBlocks ChosenMd5() noexcept {
+  static const CompressBlocks chosen = ChooseKernel(kMd5Kernels, ProcessorFeatures()).function;
+  return chosen;
+}
+CompressBlocks ChosenSha1() noexcept {
+  static const CompressBlocks chosen = ChooseKernel(kSha1Kernels, ProcessorFeatures()).function;
+  return chosen;
+}
+CompressBlocks ChosenSha256() noexcept {
+  static const CompressBlocks chosen = ChooseKernel(kSha256Kernels, ProcessorFeatures()).function;
+  return chosen;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,41 @@
+// The compression functions of the digests, one list a primitive.
+#pragma once
+
+#include "platform.h"
+
+namespace mirolta {
+
+constexpr uint32_t kHashBlockSize = 64;
+
+// CompressBlocks absorbs block_count blocks, straight from the caller's memory, into the chaining
+// words.
+// Shapes: state[4] for MD5, [5] for SHA-1, [8] for SHA-256; blocks[64 * block_count], any
+// alignment. Alias:  blocks and state do not overlap. Time:   depends on block_count only. Source:
+// RFC 1321, 3.4; FIPS 180-2, 6.1.2 and 6.2.2.
+using CompressBlocks = void (*)(uint32_t* state, const uint8_t* blocks, size_t block_count);
+
+struct HashKernelList {
+  const Kernel<CompressBlocks>* kernels;  // best first, the portable one last
+  size_t count;
+};
+
+// The kernels of a primitive that this build has, for tests and measurements.
+HashKernelList Md5Kernels() noexcept;
+HashKernelList Sha1Kernels() noexcept;
+HashKernelList Sha256Kernels() noexcept;
+
+// The best kernel of a primitive on this processor.
+CompressBlocks ChosenMd5() noexcept;
+CompressBlocks ChosenSha1() noexcept;
+CompressBlocks ChosenSha256() noexcept;
+
+void Md5Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
+void Sha1Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
+void Sha256Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+void Sha1ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count);
+void Sha256ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count);
+#endif
+
+}  // namespace mirolta

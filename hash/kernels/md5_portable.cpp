@@ -1,0 +1,71 @@
+#include <utility>
+
+#include "hash_kernels.h"
+#include "hash_words.h"
+
+namespace mirolta {
+
+namespace {
+
+// floor(2^32 * abs(sin(i + 1))).
+constexpr uint32_t kSines[64] = {
+    0xD76AA478, 0xE8C7B756, 0x242070DB, 0xC1BDCEEE, 0xF57C0FAF, 0x4787C62A, 0xA8304613, 0xFD469501,
+    0x698098D8, 0x8B44F7AF, 0xFFFF5BB1, 0x895CD7BE, 0x6B901122, 0xFD987193, 0xA679438E, 0x49B40821,
+    0xF61E2562, 0xC040B340, 0x265E5A51, 0xE9B6C7AA, 0xD62F105D, 0x02441453, 0xD8A1E681, 0xE7D3FBC8,
+    0x21E1CDE6, 0xC33707D6, 0xF4D50D87, 0x455A14ED, 0xA9E3E905, 0xFCEFA3F8, 0x676F02D9, 0x8D2A4C8A,
+    0xFFFA3942, 0x8771F681, 0x6D9D6122, 0xFDE5380C, 0xA4BEEA44, 0x4BDECFA9, 0xF6BB4B60, 0xBEBFBC70,
+    0x289B7EC6, 0xEAA127FA, 0xD4EF3085, 0x04881D05, 0xD9D4D039, 0xE6DB99E5, 0x1FA27CF8, 0xC4AC5665,
+    0xF4292244, 0x432AFF97, 0xAB9423A7, 0xFC93A039, 0x655B59C3, 0x8F0CCC92, 0xFFEFF47D, 0x85845DD1,
+    0x6FA87E4F, 0xFE2CE6E0, 0xA3014314, 0x4E0811A1, 0xF7537E82, 0xBD3AF235, 0x2AD7D2BB, 0xEB86D391,
+};
+
+constexpr unsigned kRotations[4][4] = {
+    {7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
+
+// The message word of a step.
+constexpr int WordOf(int step) {
+  constexpr int kFactors[4] = {1, 5, 3, 7};
+  constexpr int kOffsets[4] = {0, 1, 5, 0};
+  return (kFactors[step / 16] * step + kOffsets[step / 16]) % 16;
+}
+
+template <int kRound>
+MIROLTA_STEP uint32_t Mix(uint32_t b, uint32_t c, uint32_t d) {
+  if constexpr (kRound == 0) return ((c ^ d) & b) ^ d;
+  if constexpr (kRound == 2) return (c ^ d) ^ b;
+  if constexpr (kRound == 3) return (~d | b) ^ c;
+  // The two halves share no bit, so they may be added, and only one of them waits for b.
+  return (~d & c) + (d & b);
+}
+
+// s holds a, b, c, d, turned by one place each step.
+template <int kStep>
+MIROLTA_STEP void Step(uint32_t (&s)[4], const uint8_t* block) {
+  uint32_t& a = s[(64 - kStep) % 4];
+  const uint32_t b = s[(65 - kStep) % 4];
+  const uint32_t c = s[(66 - kStep) % 4];
+  const uint32_t d = s[(67 - kStep) % 4];
+  a += LoadLowFirst(block + 4 * WordOf(kStep)) + kSines[kStep];
+  a += Mix<kStep / 16>(b, c, d);
+  a = RotateLeft(a, kRotations[kStep / 16][kStep % 4]) + b;
+}
+
+template <int... kSteps>
+MIROLTA_STEP void Steps(uint32_t (&s)[4], const uint8_t* block,
+                        std::integer_sequence<int, kSteps...>) {
+  (Step<kSteps>(s, block), ...);
+}
+
+}  // namespace
+
+void Md5Portable(uint32_t* state, const uint8_t* blocks, size_t block_count) {
+  uint32_t s[4] = {state[0], state[1], state[2], state[3]};
+  for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
+    const uint32_t before[4] = {s[0], s[1], s[2], s[3]};
+    Steps(s, blocks, std::make_integer_sequence<int, 64>());
+    for (int i = 0; i < 4; ++i) s[i] += before[i];
+  }
+  for (int i = 0; i < 4; ++i) state[i] = s[i];
+}
+
+}  // namespace mirolta

@@ -1,0 +1,67 @@
+#include <utility>
+
+#include "hash_kernels.h"
+#include "hash_words.h"
+
+namespace mirolta {
+
+namespace {
+
+constexpr uint32_t kConstants[4] = {0x5A827999, 0x6ED9EBA1, 0x8F1BBCDC, 0xCA62C1D6};
+
+template <int kStage>
+MIROLTA_STEP uint32_t Mix(uint32_t b, uint32_t c, uint32_t d) {
+  if constexpr (kStage == 0) return ((c ^ d) & b) ^ d;
+  // The majority as two halves that share no bit.
+  if constexpr (kStage == 2) return (c & d) + (b & (c ^ d));
+  return b ^ c ^ d;
+}
+
+// The schedule word of a round; w holds the last sixteen.
+template <int kRound>
+MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
+  uint32_t& word = w[kRound % 16];
+  if constexpr (kRound < 16) {
+    word = LoadHighFirst(block + 4 * kRound);
+  } else {
+    word =
+        RotateLeft(w[(kRound + 13) % 16] ^ w[(kRound + 8) % 16] ^ w[(kRound + 2) % 16] ^ word, 1);
+  }
+  return word;
+}
+
+// s holds a, b, c, d, e, turned by one place each round.
+template <int kRound>
+MIROLTA_STEP void Round(uint32_t (&s)[5], uint32_t (&w)[16], const uint8_t* block) {
+  const uint32_t a = s[(80 - kRound) % 5];
+  uint32_t& b = s[(81 - kRound) % 5];
+  const uint32_t c = s[(82 - kRound) % 5];
+  const uint32_t d = s[(83 - kRound) % 5];
+  uint32_t& e = s[(84 - kRound) % 5];
+  e += ScheduleWord<kRound>(w, block) + kConstants[kRound / 20];
+  e += Mix<kRound / 20>(b, c, d);
+  e += RotateLeft(a, 5);
+  b = RotateLeft(b, 30);
+}
+
+template <int... kRounds>
+MIROLTA_STEP void Rounds(uint32_t (&s)[5], const uint8_t* block,
+                         std::integer_sequence<int, kRounds...>) {
+  uint32_t w[16];
+  (Round<kRounds>(s, w, block), ...);
+}
+
+}  // namespace
+
+void Sha1Portable(uint32_t* state, const uint8_t* blocks, size_t block_count) {
+  uint32_t s[5] = {state[0], state[1], state[2], state[3], state[4]};
+  for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
+    Rounds(s, blocks, std::make_integer_sequence<int, 80>());
+    for (int i = 0; i < 5; ++i) {
+      s[i] += state[i];
+      state[i] = s[i];
+    }
+  }
+}
+
+}  // namespace mirolta

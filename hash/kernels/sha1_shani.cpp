@@ -1,0 +1,66 @@
+#include "hash_kernels.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+  #include <immintrin.h>
+
+  #include <utility>
+
+  #include "hash_words.h"
+
+  #define MIROLTA_SHA_TARGET __attribute__((target("sse4.1,sha")))
+
+namespace mirolta {
+
+namespace {
+
+// Four rounds: the words w[kQuad % 4]. On entry e holds the value that becomes e after a rotation:
+// the a of four rounds before, or in the first quad e itself.
+template <int kQuad>
+MIROLTA_SHA_TARGET MIROLTA_STEP void Quad(__m128i& abcd, __m128i& e, __m128i (&w)[4]) {
+  __m128i& word = w[kQuad % 4];
+  if constexpr (kQuad >= 4) {
+    word = _mm_sha1msg1_epu32(word, w[(kQuad + 1) % 4]);
+    word = _mm_xor_si128(word, w[(kQuad + 2) % 4]);
+    word = _mm_sha1msg2_epu32(word, w[(kQuad + 3) % 4]);
+  }
+  const __m128i sum = kQuad == 0 ? _mm_add_epi32(e, word) : _mm_sha1nexte_epu32(e, word);
+  e = abcd;
+  abcd = _mm_sha1rnds4_epu32(abcd, sum, kQuad / 5);
+}
+
+template <int... kQuads>
+MIROLTA_SHA_TARGET MIROLTA_STEP void Quads(__m128i& abcd, __m128i& e, __m128i (&w)[4],
+                                           std::integer_sequence<int, kQuads...>) {
+  (Quad<kQuads>(abcd, e, w), ...);
+}
+
+}  // namespace
+
+MIROLTA_SHA_TARGET void Sha1ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count) {
+  // Words highest first, as the instructions want them.
+  const __m128i swap_bytes = _mm_set_epi64x(0x0001020304050607, 0x08090A0B0C0D0E0F);
+  __m128i* const words = reinterpret_cast<__m128i*>(state);
+  __m128i abcd = _mm_shuffle_epi32(_mm_loadu_si128(words), 0x1B);
+  __m128i e = _mm_insert_epi32(_mm_setzero_si128(), static_cast<int>(state[4]), 3);
+
+  for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
+    const __m128i abcd_before = abcd;
+    const __m128i e_before = e;
+    __m128i w[4];
+    for (int i = 0; i < 4; ++i) {
+      const __m128i* quarter = reinterpret_cast<const __m128i*>(blocks) + i;
+      w[i] = _mm_shuffle_epi8(_mm_loadu_si128(quarter), swap_bytes);
+    }
+    Quads(abcd, e, w, std::make_integer_sequence<int, 20>());
+    e = _mm_sha1nexte_epu32(e, e_before);
+    abcd = _mm_add_epi32(abcd, abcd_before);
+  }
+
+  _mm_storeu_si128(words, _mm_shuffle_epi32(abcd, 0x1B));
+  state[4] = static_cast<uint32_t>(_mm_extract_epi32(e, 3));
+}
+
+}  // namespace mirolta
+
+#endif

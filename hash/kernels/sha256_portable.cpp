@@ -1,0 +1,80 @@
+#include <utility>
+
+#include "hash_kernels.h"
+#include "hash_words.h"
+#include "sha256_constants.h"
+
+namespace mirolta {
+
+namespace {
+
+// The three rotations nested: as many operations, fewer copies.
+MIROLTA_STEP uint32_t BigSigma0(uint32_t x) {  // by 2, 13 and 22
+  return RotateRight(RotateRight(RotateRight(x, 9) ^ x, 11) ^ x, 2);
+}
+MIROLTA_STEP uint32_t BigSigma1(uint32_t x) {  // by 6, 11 and 25
+  return RotateRight(RotateRight(RotateRight(x, 14) ^ x, 5) ^ x, 6);
+}
+MIROLTA_STEP uint32_t SmallSigma0(uint32_t x) {  // by 7 and 18
+  return RotateRight(RotateRight(x, 11) ^ x, 7) ^ x >> 3;
+}
+MIROLTA_STEP uint32_t SmallSigma1(uint32_t x) {  // by 17 and 19
+  return RotateRight(RotateRight(x, 2) ^ x, 17) ^ x >> 10;
+}
+
+// The schedule word of a round; w holds the last sixteen.
+template <int kRound>
+MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
+  uint32_t& word = w[kRound % 16];
+  if constexpr (kRound < 16) {
+    word = LoadHighFirst(block + 4 * kRound);
+  } else {
+    word += SmallSigma0(w[(kRound + 1) % 16]) + w[(kRound + 9) % 16] +
+            SmallSigma1(w[(kRound + 14) % 16]);
+  }
+  return word;
+}
+
+// s holds a to h, turned by one place each round; b_xor_c is handed from round to round, because
+// this round's a ^ b is the next one's b ^ c.
+template <int kRound>
+MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16],
+                        const uint8_t* block) {
+  const uint32_t a = s[(64 - kRound) % 8];
+  const uint32_t b = s[(65 - kRound) % 8];
+  uint32_t& d = s[(67 - kRound) % 8];
+  const uint32_t e = s[(68 - kRound) % 8];
+  const uint32_t f = s[(69 - kRound) % 8];
+  const uint32_t g = s[(70 - kRound) % 8];
+  uint32_t& h = s[(71 - kRound) % 8];
+  h += ScheduleWord<kRound>(w, block) + kSha256Constants[kRound];
+  h += BigSigma1(e) + (((f ^ g) & e) ^ g);
+  d += h;
+  const uint32_t a_xor_b = a ^ b;
+  h += BigSigma0(a) + ((a_xor_b & b_xor_c) ^ b);
+  b_xor_c = a_xor_b;
+}
+
+template <int... kRounds>
+MIROLTA_STEP void Rounds(uint32_t (&s)[8], const uint8_t* block,
+                         std::integer_sequence<int, kRounds...>) {
+  uint32_t w[16];
+  uint32_t b_xor_c = s[1] ^ s[2];
+  (Round<kRounds>(s, b_xor_c, w, block), ...);
+}
+
+}  // namespace
+
+void Sha256Portable(uint32_t* state, const uint8_t* blocks, size_t block_count) {
+  uint32_t s[8];
+  for (int i = 0; i < 8; ++i) s[i] = state[i];
+  for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
+    Rounds(s, blocks, std::make_integer_sequence<int, 64>());
+    for (int i = 0; i < 8; ++i) {
+      s[i] += state[i];
+      state[i] = s[i];
+    }
+  }
+}
+
+}  // namespace mirolta

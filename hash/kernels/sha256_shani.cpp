@@ -1,0 +1,77 @@
+#include "hash_kernels.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+  #include <immintrin.h>
+
+  #include <utility>
+
+  #include "hash_words.h"
+  #include "sha256_constants.h"
+
+  #define MIROLTA_SHA_TARGET __attribute__((target("sse4.1,sha")))
+
+namespace mirolta {
+
+namespace {
+
+// Four rounds: the words w[kQuad % 4], and on the way the words four quads later.
+template <int kQuad>
+MIROLTA_SHA_TARGET MIROLTA_STEP void Quad(__m128i& abef, __m128i& cdgh, __m128i (&w)[4]) {
+  __m128i& word = w[kQuad % 4];
+  if constexpr (kQuad >= 4) {
+    // word: 16 rounds back; then 12, 8 and 4 back.
+    const __m128i& back3 = w[(kQuad + 1) % 4];
+    const __m128i& back2 = w[(kQuad + 2) % 4];
+    const __m128i& back1 = w[(kQuad + 3) % 4];
+    word = _mm_sha256msg1_epu32(word, back3);
+    word = _mm_add_epi32(word, _mm_alignr_epi8(back1, back2, 4));
+    word = _mm_sha256msg2_epu32(word, back1);
+  }
+  const __m128i* constants = reinterpret_cast<const __m128i*>(kSha256Constants) + kQuad;
+  const __m128i sum = _mm_add_epi32(word, _mm_load_si128(constants));
+  cdgh = _mm_sha256rnds2_epu32(cdgh, abef, sum);
+  abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(sum, 0x0E));
+}
+
+template <int... kQuads>
+MIROLTA_SHA_TARGET MIROLTA_STEP void Quads(__m128i& abef, __m128i& cdgh, __m128i (&w)[4],
+                                           std::integer_sequence<int, kQuads...>) {
+  (Quad<kQuads>(abef, cdgh, w), ...);
+}
+
+}  // namespace
+
+MIROLTA_SHA_TARGET void Sha256ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count) {
+  // The instructions keep a, b, e, f in one register and c, d, g, h in the other, a and c highest.
+  const __m128i swap_bytes = _mm_set_epi64x(0x0C0D0E0F08090A0B, 0x0405060700010203);
+  __m128i* const words = reinterpret_cast<__m128i*>(state);
+  const __m128i dcba = _mm_loadu_si128(words);
+  const __m128i hgfe = _mm_loadu_si128(words + 1);
+  const __m128i cdab = _mm_shuffle_epi32(dcba, 0xB1);
+  const __m128i efgh = _mm_shuffle_epi32(hgfe, 0x1B);
+  __m128i abef = _mm_alignr_epi8(cdab, efgh, 8);
+  __m128i cdgh = _mm_blend_epi16(efgh, cdab, 0xF0);
+
+  for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
+    const __m128i abef_before = abef;
+    const __m128i cdgh_before = cdgh;
+    __m128i w[4];
+    for (int i = 0; i < 4; ++i) {
+      const __m128i* quarter = reinterpret_cast<const __m128i*>(blocks) + i;
+      w[i] = _mm_shuffle_epi8(_mm_loadu_si128(quarter), swap_bytes);
+    }
+    Quads(abef, cdgh, w, std::make_integer_sequence<int, 16>());
+    abef = _mm_add_epi32(abef, abef_before);
+    cdgh = _mm_add_epi32(cdgh, cdgh_before);
+  }
+
+  const __m128i feba = _mm_shuffle_epi32(abef, 0x1B);
+  const __m128i dchg = _mm_shuffle_epi32(cdgh, 0xB1);
+  _mm_storeu_si128(words, _mm_blend_epi16(feba, dchg, 0xF0));
+  _mm_storeu_si128(words + 1, _mm_alignr_epi8(dchg, feba, 8));
+}
+
+}  // namespace mirolta
+
+#endif
