@@ -1,0 +1,47 @@
+#include "cipher_algorithms.h"
+
+#include <new>
+
+#include "aes_engine.h"
+#include "des_engine.h"
+
+namespace mirolta {
+
+const NameSlot kCipherNames[] = {OLESTR("AES"), OLESTR("DES"), OLESTR("")};
+
+namespace {
+
+template <typename Engine>
+CipherEngine* Make() {
+  return new (std::nothrow) Engine;
+}
+
+// Makers of the engines, by number.
+struct Maker {
+  LONG algorithm;
+  CipherEngine* (*make)();
+};
+
+constexpr Maker kMakers[] = {
+    {kCipherAes, Make<AesEngine>},
+    {kCipherDes, Make<DesEngine>},
+};
+
+}  // namespace
+
+LONG FindCipherAlgorithm(const OLECHAR* name) noexcept {
+  return FindName(kCipherNames, name);
+}
+
+std::unique_ptr<CipherEngine> CreateCipherEngine(LONG algorithm) noexcept {
+  for (const Maker& maker : kMakers) {
+    if (maker.algorithm == algorithm) return std::unique_ptr<CipherEngine>(maker.make());
+  }
+  return nullptr;
+}
+
+std::unique_ptr<CipherEngine> CreateCipherEngine(const OLECHAR* name) noexcept {
+  return CreateCipherEngine(FindCipherAlgorithm(name));
+}
+
+}  // namespace mirolta

@@ -1,0 +1,28 @@
+// The ciphers by number and name.
+#pragma once
+
+#include <memory>
+
+#include "cipher_engine.h"
+#include "platform.h"
+#include "wide_name.h"
+
+namespace mirolta {
+
+// Numbers of the ciphers: their positions in the name table.
+inline constexpr LONG kCipherAes = 0;
+inline constexpr LONG kCipherDes = 1;
+
+// The name table, ended by an empty slot.
+extern const NameSlot kCipherNames[];
+
+// FindCipherAlgorithm returns the number of the cipher with exactly this name, letter case
+// included, or -1; a null name is not found.
+LONG FindCipherAlgorithm(const OLECHAR* name) noexcept;
+
+// CreateCipherEngine makes an engine without a key, with pad setting 0 and empty queues; null for
+// an unknown number or name, or when memory is short.
+std::unique_ptr<CipherEngine> CreateCipherEngine(LONG algorithm) noexcept;
+std::unique_ptr<CipherEngine> CreateCipherEngine(const OLECHAR* name) noexcept;
+
+}  // namespace mirolta

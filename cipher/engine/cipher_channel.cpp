@@ -1,0 +1,108 @@
+#include "cipher_channel.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace mirolta {
+
+CipherChannel::CipherChannel() noexcept = default;
+
+void CipherChannel::Reinit(uint32_t limit, uint32_t step) noexcept {
+  in_.Reinit(limit, step);
+  out_.Reinit(limit, step);
+}
+
+void CipherChannel::Clear() noexcept {
+  for (ByteBuffer* queue : {&in_, &out_}) {
+    // What was taken from the front may still lie behind the content.
+    WipeMemory(queue->Data(), queue->Capacity());
+    queue->Clear();
+  }
+}
+
+HRESULT CipherChannel::Update(const BlockTransform& transform, const uint8_t* data,
+                              uint32_t length) noexcept {
+  if (data != nullptr && length != 0) {
+    if (TransformDirectly(transform, data, length)) return S_OK;
+    if (!Append(data, length)) return E_OUTOFMEMORY;
+  }
+  return TransformQueued(transform);
+}
+
+bool CipherChannel::Append(const uint8_t* data, uint32_t length) noexcept {
+  return in_.Append(data, length) == length;
+}
+
+HRESULT CipherChannel::TransformQueued(const BlockTransform& transform) noexcept {
+  const uint32_t block_size = transform.block_size;
+  const uint32_t block_count = in_.Length() / block_size;
+  if (block_count == 0) return S_OK;
+  if (transform.run == nullptr) return E_FAIL;
+
+  uint32_t done = 0;
+  while (done != block_count) {
+    const uint32_t count = ReserveBlocks(block_size, block_count - done);
+    if (count == 0) break;
+    uint8_t* const tail = out_.ReserveTail(count * block_size);
+    if (tail == nullptr) break;
+    transform.run(transform.schedule, in_.Data() + done * block_size, tail, count);
+    if (out_.Commit(count * block_size) == 0) break;
+    done += count;
+  }
+  in_.Consume(done * block_size);
+  return done == block_count ? S_OK : E_OUTOFMEMORY;
+}
+
+// Transforms from where the caller's bytes stand, without a copy in the input queue. Only when that
+// looks the same: the input queue could have taken the data, and all blocks fit in the output
+// queue. Else nothing is done and the answer is false.
+bool CipherChannel::TransformDirectly(const BlockTransform& transform, const uint8_t* data,
+                                      uint32_t length) noexcept {
+  const uint32_t block_size = transform.block_size;
+  const uint32_t pending = in_.Length();
+  if (transform.run == nullptr || pending >= block_size) return false;
+  if (length < block_size - pending || length > in_.Maximum() - pending) return false;
+  // With a block's storage there, the appends below happen in place and cannot fail.
+  if (in_.Capacity() < block_size) return false;
+
+  uint32_t block_count = (pending + length) / block_size;
+  const uint32_t produced = block_count * block_size;
+  if (ReserveBlocks(block_size, block_count) != block_count) return false;
+  uint8_t* tail = out_.ReserveTail(produced);
+  if (tail == nullptr) return false;
+
+  if (pending != 0) {
+    const uint32_t missing = block_size - pending;
+    if (!Append(data, missing)) return false;
+    transform.run(transform.schedule, in_.Data(), tail, 1);
+    in_.Consume(block_size);
+    data += missing;
+    length -= missing;
+    tail += block_size;
+    --block_count;
+  }
+  transform.run(transform.schedule, data, tail, block_count);
+  const uint32_t taken = block_count * block_size;
+  return out_.Commit(produced) == produced &&
+         (taken == length || Append(data + taken, length - taken));
+}
+
+// Makes room at the end of the output queue and returns for how many blocks, at most block_count:
+// all that the queue's maximum admits or, when memory runs out, what one step of growth gives.
+uint32_t CipherChannel::ReserveBlocks(uint32_t block_size, uint32_t block_count) noexcept {
+  const uint32_t length = out_.Length();
+  const uint32_t room = out_.Maximum() - length;
+  const uint32_t count = std::min(block_count, room / block_size);
+  if (count == 0) return 0;
+  const uint32_t bytes = count * block_size;
+  const uint32_t free = out_.Capacity() - length;
+  if (free >= bytes) return count;
+  // Doubling the content's room copies each byte a bounded number of times over many updates whose
+  // output nobody takes; a queue that could not have that much still may have what is needed.
+  if (out_.ReserveTail(std::max(bytes, std::min(length, room))) != nullptr) return count;
+  if (out_.ReserveTail(bytes) != nullptr) return count;
+  if (free >= block_size) return free / block_size;
+  return out_.ReserveTail(block_size) != nullptr ? 1 : 0;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,80 @@
+// Table look-ups on 32-bit words: all that any processor offers.
+#include "aes_kernels.h"
+#include "aes_tables.h"
+#include "block_bytes.h"
+
+namespace mirolta {
+
+namespace {
+
+// The four columns of a block. Rows shift to the left by 0, 1, 2, 3 columns in encryption and to
+// the right in decryption. To have one round for both, a state keeps the columns in the order in
+// which the rows of its first column come: 0, 1, 2, 3 for encryption, 0, 3, 2, 1 for decryption;
+// kSecond and kFourth are the numbers of b and d.
+struct State {
+  uint32_t a, b, c, d;
+};
+
+inline uint32_t RoundColumn(const uint32_t (&tables)[4][256], uint32_t a, uint32_t b, uint32_t c,
+                            uint32_t d, uint32_t key) {
+  return tables[0][a >> 24] ^ tables[1][b >> 16 & 0xFF] ^ tables[2][c >> 8 & 0xFF] ^
+         tables[3][d & 0xFF] ^ key;
+}
+
+// The last round does not mix columns.
+inline uint32_t LastColumn(const uint8_t (&box)[256], uint32_t a, uint32_t b, uint32_t c,
+                           uint32_t d, uint32_t key) {
+  return (uint32_t{box[a >> 24]} << 24 | uint32_t{box[b >> 16 & 0xFF]} << 16 |
+          uint32_t{box[c >> 8 & 0xFF]} << 8 | box[d & 0xFF]) ^
+         key;
+}
+
+template <uint32_t kSecond, uint32_t kFourth>
+inline State Round(const uint32_t (&tables)[4][256], const State& s, const uint32_t* key) {
+  return {RoundColumn(tables, s.a, s.b, s.c, s.d, key[0]),
+          RoundColumn(tables, s.b, s.c, s.d, s.a, key[kSecond]),
+          RoundColumn(tables, s.c, s.d, s.a, s.b, key[2]),
+          RoundColumn(tables, s.d, s.a, s.b, s.c, key[kFourth])};
+}
+
+template <uint32_t kSecond, uint32_t kFourth>
+inline void TransformBlock(const uint32_t (&tables)[4][256], const uint8_t (&box)[256],
+                           uint32_t rounds, const uint32_t* key, const uint8_t* in, uint8_t* out) {
+  State s = {LoadBigEndian32(in) ^ key[0], LoadBigEndian32(in + 4 * kSecond) ^ key[kSecond],
+             LoadBigEndian32(in + 8) ^ key[2], LoadBigEndian32(in + 4 * kFourth) ^ key[kFourth]};
+  // Rounds are 10, 12 or 14: one before the loop, pairs in it, the last one after.
+  const uint32_t* const last = key + 4 * rounds;
+  key += 4;
+  s = Round<kSecond, kFourth>(tables, s, key);
+  do {
+    s = Round<kSecond, kFourth>(tables, s, key + 4);
+    s = Round<kSecond, kFourth>(tables, s, key + 8);
+    key += 8;
+  } while (key + 4 != last);
+  StoreBigEndian32(out, LastColumn(box, s.a, s.b, s.c, s.d, last[0]));
+  StoreBigEndian32(out + 4 * kSecond, LastColumn(box, s.b, s.c, s.d, s.a, last[kSecond]));
+  StoreBigEndian32(out + 8, LastColumn(box, s.c, s.d, s.a, s.b, last[2]));
+  StoreBigEndian32(out + 4 * kFourth, LastColumn(box, s.d, s.a, s.b, s.c, last[kFourth]));
+}
+
+}  // namespace
+
+void AesEncryptPortable(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                        uint32_t block_count) {
+  const AesTables& tables = SharedAesTables();
+  for (; block_count != 0; --block_count, in += kAesBlockSize, out += kAesBlockSize) {
+    TransformBlock<1, 3>(tables.forward, tables.substitution, schedule.rounds, schedule.encryption,
+                         in, out);
+  }
+}
+
+void AesDecryptPortable(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                        uint32_t block_count) {
+  const AesTables& tables = SharedAesTables();
+  for (; block_count != 0; --block_count, in += kAesBlockSize, out += kAesBlockSize) {
+    TransformBlock<3, 1>(tables.inverse, tables.inverse_substitution, schedule.rounds,
+                         schedule.decryption, in, out);
+  }
+}
+
+}  // namespace mirolta

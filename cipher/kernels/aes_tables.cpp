@@ -1,0 +1,86 @@
+#include "aes_tables.h"
+
+namespace mirolta {
+
+namespace {
+
+// The field's elements as powers of the generator 3, and back.
+struct Logarithms {
+  uint8_t power[256];
+  uint8_t logarithm[256];
+};
+
+uint8_t Double(uint8_t x) {
+  return static_cast<uint8_t>((x << 1) ^ (x > 127 ? 0x1B : 0));
+}
+
+Logarithms MakeLogarithms() {
+  Logarithms field = {};
+  uint8_t x = 1;
+  for (uint32_t i = 0; i < 256; ++i) {
+    field.power[i] = x;
+    // The powers repeat after 255 steps; 1 keeps the logarithm 255, which is 0 to the inverse.
+    field.logarithm[x] = static_cast<uint8_t>(i);
+    x = static_cast<uint8_t>(x ^ Double(x));
+  }
+  return field;
+}
+
+uint8_t Multiply(const Logarithms& field, uint8_t x, uint8_t y) {
+  if (x == 0 || y == 0) return 0;
+  return field.power[(uint32_t{field.logarithm[x]} + field.logarithm[y]) % 255];
+}
+
+uint8_t RotateByte(uint8_t x, int count) {
+  return static_cast<uint8_t>(x << count | x >> (8 - count));
+}
+
+uint32_t Column(uint8_t row0, uint8_t row1, uint8_t row2, uint8_t row3) {
+  return uint32_t{row0} << 24 | uint32_t{row1} << 16 | uint32_t{row2} << 8 | row3;
+}
+
+void SetRotated(uint32_t (&tables)[4][256], uint32_t index, uint32_t column) {
+  for (uint32_t(&table)[256] : tables) {
+    table[index] = column;
+    column = column >> 8 | column << 24;
+  }
+}
+
+}  // namespace
+
+AesTables::AesTables() noexcept {
+  const Logarithms field = MakeLogarithms();
+
+  uint8_t constant = 1;
+  for (uint32_t& word : round_constants) {
+    word = uint32_t{constant} << 24;
+    constant = Double(constant);
+  }
+
+  substitution[0] = 0x63;
+  for (uint32_t v = 1; v < 256; ++v) {
+    const uint8_t b = field.power[255u - field.logarithm[v]];
+    substitution[v] = static_cast<uint8_t>(b ^ RotateByte(b, 1) ^ RotateByte(b, 2) ^
+                                           RotateByte(b, 3) ^ RotateByte(b, 4) ^ 0x63);
+  }
+  for (uint32_t v = 0; v < 256; ++v) {
+    inverse_substitution[substitution[v]] = static_cast<uint8_t>(v);
+  }
+
+  for (uint32_t v = 0; v < 256; ++v) {
+    const uint8_t s = substitution[v];
+    const uint8_t doubled = Double(s);
+    SetRotated(forward, v, Column(doubled, s, s, static_cast<uint8_t>(doubled ^ s)));
+    const uint8_t t = inverse_substitution[v];
+    SetRotated(inverse, v,
+               Column(Multiply(field, t, 14), Multiply(field, t, 9), Multiply(field, t, 13),
+                      Multiply(field, t, 11)));
+  }
+}
+
+const AesTables& SharedAesTables() noexcept {
+  static const AesTables tables;
+  return tables;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,103 @@
+// Table look-ups on 32-bit words: all that any processor offers.
+#include "block_bytes.h"
+#include "des_kernels.h"
+#include "des_tables.h"
+
+namespace mirolta {
+
+namespace {
+
+inline uint32_t RotateLeft(uint32_t x, int count) {
+  return x << count | x >> (32 - count);
+}
+inline uint32_t RotateRight(uint32_t x, int count) {
+  return x >> count | x << (32 - count);
+}
+
+// Exchanges the bits of a that mask selects, after a shift to the right, with those of b.
+inline void ExchangeBits(uint32_t& a, uint32_t& b, int shift, uint32_t mask) {
+  const uint32_t difference = (a >> shift ^ b) & mask;
+  b ^= difference;
+  a ^= difference << shift;
+}
+
+// The halves of a block between the initial and the final permutation, each rotated left by one
+// bit: then the inputs of the even S-boxes are the lower six bits of the half's bytes, and those of
+// the odd ones the same of the half rotated right by four.
+struct Halves {
+  uint32_t left;
+  uint32_t right;
+};
+
+inline Halves PermuteInitially(const uint8_t* block) {
+  uint32_t left = LoadBigEndian32(block);
+  uint32_t right = LoadBigEndian32(block + 4);
+  ExchangeBits(left, right, 4, 0x0F0F0F0F);
+  ExchangeBits(left, right, 16, 0x0000FFFF);
+  ExchangeBits(right, left, 2, 0x33333333);
+  ExchangeBits(right, left, 8, 0x00FF00FF);
+  // The last exchange is by one bit, which the rotation of the right half makes one in place.
+  right = RotateLeft(right, 1);
+  ExchangeBits(left, right, 0, 0xAAAAAAAA);
+  return {RotateLeft(left, 1), right};
+}
+
+// The steps above in reverse, on halves that the last round has left in exchanged places.
+inline void PermuteFinally(Halves halves, uint8_t* block) {
+  uint32_t left = RotateRight(halves.right, 1);
+  uint32_t right = halves.left;
+  ExchangeBits(left, right, 0, 0xAAAAAAAA);
+  right = RotateRight(right, 1);
+  ExchangeBits(right, left, 8, 0x00FF00FF);
+  ExchangeBits(right, left, 2, 0x33333333);
+  ExchangeBits(left, right, 16, 0x0000FFFF);
+  ExchangeBits(left, right, 4, 0x0F0F0F0F);
+  StoreBigEndian32(block, left);
+  StoreBigEndian32(block + 4, right);
+}
+
+inline uint32_t RoundFunction(uint32_t half, const uint32_t* key, uint32_t mask) {
+  const auto& boxes = kDesTables.substitution;
+  const uint32_t odd = (RotateRight(half, 4) ^ key[0]) & mask;
+  const uint32_t even = (half ^ key[1]) & mask;
+  const uint32_t odd_high = odd >> 16;
+  const uint32_t even_high = even >> 16;
+  return boxes[6][odd & 255] ^ boxes[4][odd >> 8 & 255] ^ boxes[2][odd_high & 255] ^
+         boxes[0][odd_high >> 8] ^ boxes[7][even & 255] ^ boxes[5][even >> 8 & 255] ^
+         boxes[3][even_high & 255] ^ boxes[1][even_high >> 8];
+}
+
+inline Halves SixteenRounds(Halves halves, const uint32_t* keys, uint32_t mask) {
+  for (uint32_t round = 0; round < 16; round += 2, keys += 4) {
+    halves.left ^= RoundFunction(halves.right, keys, mask);
+    halves.right ^= RoundFunction(halves.left, keys + 2, mask);
+  }
+  return halves;
+}
+
+void TransformBlocks(const uint32_t* keys, uint32_t rounds, const uint8_t* in, uint8_t* out,
+                     uint32_t block_count) {
+  const uint32_t mask = kDesTables.index_mask;
+  for (; block_count != 0; --block_count, in += kDesBlockSize, out += kDesBlockSize) {
+    Halves halves = SixteenRounds(PermuteInitially(in), keys, mask);
+    // Between two keys the final and the initial permutation cancel out; the exchange remains.
+    for (uint32_t done = 16; done != rounds; done += 16) {
+      halves = SixteenRounds({halves.right, halves.left}, keys + 2 * done, mask);
+    }
+    PermuteFinally(halves, out);
+  }
+}
+
+}  // namespace
+
+void DesEncryptPortable(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                        uint32_t block_count) {
+  TransformBlocks(schedule.encryption, schedule.rounds, in, out, block_count);
+}
+
+void DesDecryptPortable(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                        uint32_t block_count) {
+  TransformBlocks(schedule.decryption, schedule.rounds, in, out, block_count);
+}
+
+}  // namespace mirolta

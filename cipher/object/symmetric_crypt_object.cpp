@@ -1,0 +1,146 @@
+#include "symmetric_crypt_object.h"
+
+#include "array_bytes.h"
+#include "byte_view.h"
+#include "cipher_algorithms.h"
+#include "instance_creators.h"
+#include "owned_value.h"
+#include "value_conversion.h"
+
+namespace mirolta {
+
+namespace {
+
+TypeInfoHolder type_info(IID_ISymmetricCryptObject);
+
+}  // namespace
+
+constexpr ClassDescription kSymmetricCryptClass = {&CLSID_SymmetricCryptObject, &type_info};
+
+const SymmetricCryptObject::Direction SymmetricCryptObject::kEncryption = {
+    &CipherEngine::EncryptUpdate, &CipherEngine::EncryptFinal, &CipherEngine::EncryptOut};
+const SymmetricCryptObject::Direction SymmetricCryptObject::kDecryption = {
+    &CipherEngine::DecryptUpdate, &CipherEngine::DecryptFinal, &CipherEngine::DecryptOut};
+
+HRESULT CreateSymmetricCryptObject(IUnknown* outer, REFIID iid, void** out) {
+  return CreateObject<SymmetricCryptObject>(outer, iid, out);
+}
+
+template <typename Work>
+HRESULT SymmetricCryptObject::WithEngine(Work work) {
+  return engine_ ? work() : Raise(kMessageNotInitialized);
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Init(VARIANT vAlg) {
+  return Frame([&]() -> HRESULT {
+    pad_.EngineGone();
+    engine_.reset();
+    OwnedVariant name;
+    HRESULT status = VariantCopyInd(name.Get(), &vAlg);
+    if (SUCCEEDED(status)) status = CoerceToText(name.Get());
+    if (FAILED(status)) return status;
+    const LONG algorithm = FindCipherAlgorithm(V_BSTR(name.Get()));
+    if (algorithm < 0) return Raise(kMessageAlgorithmNotFound);
+    // Without memory for the engine the object stays without one, and that is no failure.
+    engine_ = CreateCipherEngine(algorithm);
+    if (engine_) pad_.EngineMade();
+    return S_OK;
+  });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_Key(VARIANT* key) {
+  return Frame(key, [&] { return WithEngine([&] { return engine_->GetKey(key); }); });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_Key(VARIANT key) {
+  return Frame([&] { return WithEngine([&] { return engine_->SetKey(key, code_page_); }); });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_BlockSize(LONG* size) {
+  return Frame(size, [&] {
+    return WithEngine([&] {
+      *size = static_cast<LONG>(engine_->BlockSize());
+      return S_OK;
+    });
+  });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_codePage(LONG* code_page) {
+  return Frame(code_page, [&] {
+    *code_page = code_page_;
+    return S_OK;
+  });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_codePage(LONG code_page) {
+  return Frame([&] {
+    code_page_ = code_page;
+    return S_OK;
+  });
+}
+
+HRESULT SymmetricCryptObject::Transform(const Direction& direction, const VARIANT& data,
+                                        bool finalize, VARIANT* result) {
+  if (!engine_->HasKey()) return Raise(kMessageNotInitialized);
+  ByteView bytes;
+  HRESULT status = bytes.OpenUnresolved(data, code_page_);
+  if (FAILED(status)) return status;
+  CipherEngine& engine = *engine_;
+  status = (engine.*direction.update)(bytes.Data(), bytes.Count());
+  if (FAILED(status)) return status;
+  if (finalize) {
+    pad_.ApplyTo(engine);
+    status = (engine.*direction.final)();
+    if (FAILED(status)) return status;
+  }
+  // Output stays queued until it has reached the caller's array.
+  ByteBuffer& out = (engine.*direction.out)();
+  status = BytesToVariant(out.Data(), out.Length(), result);
+  if (FAILED(status)) return status;
+  out.Consume(out.Length());
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Encrypt(VARIANT vData, VARIANT_BOOL bFinalize,
+                                                        VARIANT* pvResult) {
+  return Frame(pvResult, [&] {
+    return WithEngine([&] { return Transform(kEncryption, vData, bFinalize != 0, pvResult); });
+  });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Decrypt(VARIANT vData, VARIANT_BOOL bFinalize,
+                                                        VARIANT* pvResult) {
+  return Frame(pvResult, [&] {
+    return WithEngine([&] { return Transform(kDecryption, vData, bFinalize != 0, pvResult); });
+  });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Reset(LONG) {
+  return Frame([&] {
+    return WithEngine([&] { return engine_->ResetBuffers(CipherEngine::kDefaultGrowStep); });
+  });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::ResetKey() {
+  return Frame([&] {
+    return WithEngine([&] {
+      engine_->ClearKey();
+      return engine_->ResetBuffers(CipherEngine::kDefaultGrowStep);
+    });
+  });
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_PadType(LONG* pad_type) {
+  if (pad_type == nullptr) return E_POINTER;
+  if (!pad_.present()) return Raise(kMessageNotInitialized);
+  *pad_type = pad_.value();
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_PadType(LONG pad_type) {
+  if (!pad_.present()) return Raise(kMessageNotInitialized);
+  pad_.Set(pad_type);
+  return S_OK;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,58 @@
+// SymmetricCryptObject: AES and DES for scripts.
+#pragma once
+
+#include <memory>
+
+#include "cipher_engine.h"
+#include "dispatch_object.h"
+#include "mirolta.h"
+#include "pad_setting.h"
+
+namespace mirolta {
+
+extern const ClassDescription kSymmetricCryptClass;
+
+// Holds at most one engine. Without one every member but Init and codePage raises
+// "Not initialized."; so do Encrypt and Decrypt without a key. All members but PadType hold the
+// object's lock.
+class SymmetricCryptObject final
+    : public DispatchObject<kSymmetricCryptClass, ISymmetricCryptObject> {
+ public:
+  explicit SymmetricCryptObject(IUnknown* outer) : DispatchObject(outer) {}
+
+  HRESULT STDMETHODCALLTYPE get_Key(VARIANT* key) override;
+  HRESULT STDMETHODCALLTYPE put_Key(VARIANT key) override;
+  HRESULT STDMETHODCALLTYPE get_BlockSize(LONG* size) override;
+  HRESULT STDMETHODCALLTYPE get_codePage(LONG* code_page) override;
+  HRESULT STDMETHODCALLTYPE put_codePage(LONG code_page) override;
+  HRESULT STDMETHODCALLTYPE Encrypt(VARIANT vData, VARIANT_BOOL bFinalize,
+                                    VARIANT* pvResult) override;
+  HRESULT STDMETHODCALLTYPE Decrypt(VARIANT vData, VARIANT_BOOL bFinalize,
+                                    VARIANT* pvResult) override;
+  HRESULT STDMETHODCALLTYPE Reset(LONG lWhat) override;
+  HRESULT STDMETHODCALLTYPE ResetKey() override;
+  HRESULT STDMETHODCALLTYPE Init(VARIANT vAlg) override;
+  HRESULT STDMETHODCALLTYPE get_PadType(LONG* pad_type) override;
+  HRESULT STDMETHODCALLTYPE put_PadType(LONG pad_type) override;
+
+ private:
+  // What differs between the two directions.
+  struct Direction {
+    HRESULT (CipherEngine::*update)(const uint8_t* data, uint32_t length);
+    HRESULT (CipherEngine::*final)();
+    ByteBuffer& (CipherEngine::*out)() noexcept;
+  };
+  static const Direction kEncryption;
+  static const Direction kDecryption;
+
+  template <typename Work>
+  HRESULT WithEngine(Work work);
+  HRESULT Transform(const Direction& direction, const VARIANT& data, bool finalize,
+                    VARIANT* result);
+
+  std::unique_ptr<CipherEngine> engine_;
+  PadSetting pad_;
+  LONG code_page_ = 0;
+};
+
+}  // namespace mirolta
