@@ -1,0 +1,177 @@
+#include "big_int.h"
+
+#include <new>
+
+#include "limb_basics.h"
+
+namespace mirolta {
+
+namespace {
+
+BigMagnitude* NewMagnitude(uint32_t words) {
+  BigMagnitude* const fresh = new (std::nothrow) BigMagnitude;
+  if (fresh != nullptr && !fresh->reserve(words)) {
+    delete fresh;
+    return nullptr;
+  }
+  return fresh;
+}
+
+}  // namespace
+
+BigInt::BigInt(uint32_t word) noexcept {
+  if (word == 0) return;
+  magnitude_ = NewMagnitude(1);
+  if (magnitude_ == nullptr) {
+    status_ = E_OUTOFMEMORY;
+  } else {
+    magnitude_->setSmall(word);
+  }
+}
+
+BigInt::BigInt(const BigInt& other) noexcept
+    : magnitude_(other.magnitude_), negative_(other.negative_), status_(other.status_) {
+  if (magnitude_ != nullptr) magnitude_->shareCount.fetch_add(1, std::memory_order_relaxed);
+}
+
+BigInt::BigInt(BigInt&& other) noexcept { Swap(other); }
+
+BigInt& BigInt::operator=(const BigInt& other) noexcept {
+  BigInt copy(other);
+  Swap(copy);
+  return *this;
+}
+
+BigInt& BigInt::operator=(BigInt&& other) noexcept {
+  BigInt taken;
+  taken.Swap(other);
+  Swap(taken);
+  return *this;
+}
+
+BigInt::~BigInt() { Release(); }
+
+BigInt BigInt::Failed(HRESULT status) noexcept {
+  BigInt failed;
+  failed.status_ = status;
+  return failed;
+}
+
+const BigMagnitude& BigInt::magnitude() const {
+  static const BigMagnitude zero;
+  return magnitude_ != nullptr ? *magnitude_ : zero;
+}
+
+void BigInt::Swap(BigInt& other) noexcept {
+  BigMagnitude* const magnitude = magnitude_;
+  const int32_t negative = negative_;
+  const HRESULT status = status_;
+  magnitude_ = other.magnitude_;
+  negative_ = other.negative_;
+  status_ = other.status_;
+  other.magnitude_ = magnitude;
+  other.negative_ = negative;
+  other.status_ = status;
+}
+
+void BigInt::Release() noexcept {
+  if (magnitude_ == nullptr) return;
+  // Whoever finds no other owner destroys the store; of two who leave at the same time the second
+  // takes the count below zero and does.
+  if (magnitude_->shareCount.load(std::memory_order_acquire) == 0 ||
+      magnitude_->shareCount.fetch_sub(1, std::memory_order_acq_rel) == 0) {
+    delete magnitude_;
+  }
+  magnitude_ = nullptr;
+}
+
+HRESULT BigInt::MakePrivate() noexcept {
+  if (magnitude_ != nullptr && magnitude_->shareCount.load(std::memory_order_acquire) == 0) {
+    return S_OK;
+  }
+  BigMagnitude* const fresh = NewMagnitude(used());
+  if (fresh == nullptr) return E_OUTOFMEMORY;
+  fresh->copyFrom(magnitude());
+  Release();
+  magnitude_ = fresh;
+  return S_OK;
+}
+
+BigMagnitude* BigInt::Room(uint32_t words) noexcept {
+  if (magnitude_ == nullptr || magnitude_->capacity() < words ||
+      magnitude_->shareCount.load(std::memory_order_acquire) != 0) {
+    BigMagnitude* const fresh = NewMagnitude(words);
+    if (fresh == nullptr) return nullptr;
+    Release();
+    magnitude_ = fresh;
+  }
+  status_ = S_OK;
+  return magnitude_;
+}
+
+BigMagnitude* BigInt::Rewrite(uint32_t words) noexcept {
+  BigMagnitude* const m = Room(words);
+  if (m != nullptr) m->clearTo(words);
+  return m;
+}
+
+HRESULT BigInt::AssignLimbs(const Limb* x, size_t n) noexcept {
+  n = SignificantLimbs(x, n);
+  size_t words = n * kLimbWords;
+  if (kLimbWords == 2 && n != 0 && x[n - 1] >> 16 >> 16 == 0) --words;
+  if (words > UINT32_MAX) return E_OUTOFMEMORY;
+  BigMagnitude* const m = Room(static_cast<uint32_t>(words));
+  if (m == nullptr) return E_OUTOFMEMORY;
+  WordsFromLimbs(m->digits_, x, words);
+  m->used_ = static_cast<uint32_t>(words);
+  return S_OK;
+}
+
+int Compare(const BigInt& a, const BigInt& b) noexcept {
+  const bool below_a = a.IsNegative();
+  const bool below_b = b.IsNegative();
+  if (below_a != below_b) return below_a ? -1 : 1;
+  return BigMagnitude::compare(a.magnitude(), b.magnitude());
+}
+
+HRESULT BigInt::add(const BigInt& b) noexcept {
+  const HRESULT failure = FirstFailure(*this, b);
+  if (FAILED(failure)) return failure;
+  if (negative_ == b.negative_) {
+    const HRESULT status = MakePrivate();
+    if (FAILED(status)) return status;
+    return magnitude_->add(b.magnitude()) ? S_OK : E_OUTOFMEMORY;
+  }
+  if (BigMagnitude::compare(magnitude(), b.magnitude()) < 0) {
+    BigInt larger(b);
+    const HRESULT status = larger.add(*this);
+    if (SUCCEEDED(status)) Swap(larger);
+    return status;
+  }
+  const HRESULT status = MakePrivate();
+  if (SUCCEEDED(status)) magnitude_->subtract(b.magnitude());
+  return status;
+}
+
+HRESULT BigInt::subtract(const BigInt& b) noexcept {
+  const HRESULT failure = FirstFailure(*this, b);
+  if (FAILED(failure)) return failure;
+  if (negative_ != b.negative_) {
+    const HRESULT status = MakePrivate();
+    if (FAILED(status)) return status;
+    return magnitude_->add(b.magnitude()) ? S_OK : E_OUTOFMEMORY;
+  }
+  if (BigMagnitude::compare(magnitude(), b.magnitude()) < 0) {
+    BigInt larger(b);
+    const HRESULT status = larger.subtract(*this);
+    if (FAILED(status)) return status;
+    larger.negative_ = 1 - larger.negative_;
+    Swap(larger);
+    return S_OK;
+  }
+  const HRESULT status = MakePrivate();
+  if (SUCCEEDED(status)) magnitude_->subtract(b.magnitude());
+  return status;
+}
+
+}  // namespace mirolta

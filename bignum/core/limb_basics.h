@@ -1,0 +1,112 @@
+// Small operations on arrays of limbs, least significant first.
+#pragma once
+
+#include "limb_kernels.h"
+
+namespace mirolta {
+
+inline void CopyLimbs(Limb* z, const Limb* x, size_t n) {
+  for (size_t i = 0; i < n; ++i) z[i] = x[i];
+}
+
+inline void ZeroLimbs(Limb* z, size_t n) {
+  for (size_t i = 0; i < n; ++i) z[i] = 0;
+}
+
+// CompareLimbs returns -1, 0 or 1. Shapes: x[n], y[n].
+inline int CompareLimbs(const Limb* x, const Limb* y, size_t n) {
+  while (n-- != 0) {
+    if (x[n] != y[n]) return x[n] < y[n] ? -1 : 1;
+  }
+  return 0;
+}
+
+// SignificantLimbs returns n without the zero limbs at the top of x[n].
+inline size_t SignificantLimbs(const Limb* x, size_t n) {
+  while (n != 0 && x[n - 1] == 0) --n;
+  return n;
+}
+
+// AddLimb adds y to x[n] in place and returns the carry.
+inline Limb AddLimb(Limb* x, size_t n, Limb y) {
+  for (size_t i = 0; i < n && y != 0; ++i) {
+    x[i] = static_cast<Limb>(x[i] + y);
+    y = x[i] < y;
+  }
+  return y;
+}
+
+// SubtractLimb takes y from x[n] in place and returns the borrow.
+inline Limb SubtractLimb(Limb* x, size_t n, Limb y) {
+  for (size_t i = 0; i < n && y != 0; ++i) {
+    const Limb old = x[i];
+    x[i] = static_cast<Limb>(old - y);
+    y = old < y;
+  }
+  return y;
+}
+
+// ShiftLeftLimbs: z := x * 2^bits, returns the bits shifted out. Shapes: x[n], z[n], bits below
+// kLimbBits. z may be x or lie above it.
+inline Limb ShiftLeftLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
+  if (bits == 0) {
+    for (size_t i = n; i-- != 0;) z[i] = x[i];
+    return 0;
+  }
+  if (n == 0) return 0;
+  const Limb out = x[n - 1] >> (kLimbBits - bits);
+  for (size_t i = n; --i != 0;) {
+    z[i] = static_cast<Limb>(x[i] << bits | x[i - 1] >> (kLimbBits - bits));
+  }
+  z[0] = static_cast<Limb>(x[0] << bits);
+  return out;
+}
+
+// ShiftRightLimbs: z := x / 2^bits. Shapes: x[n], z[n], bits below kLimbBits. z may be x or lie
+// below it.
+inline void ShiftRightLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
+  if (bits == 0) {
+    CopyLimbs(z, x, n);
+    return;
+  }
+  for (size_t i = 0; i < n; ++i) {
+    const Limb above = i + 1 < n ? static_cast<Limb>(x[i + 1] << (kLimbBits - bits)) : Limb{0};
+    z[i] = static_cast<Limb>(x[i] >> bits | above);
+  }
+}
+
+// LimbBits returns the number of bits of x[n].
+inline size_t LimbBits(const Limb* x, size_t n) {
+  n = SignificantLimbs(x, n);
+  return n == 0 ? 0 : n * kLimbBits - LeadingZeros(x[n - 1]);
+}
+
+inline bool TestLimbBit(const Limb* x, size_t bit) {
+  return (x[bit / kLimbBits] >> (bit % kLimbBits) & 1) != 0;
+}
+
+// LimbsForWords returns how many limbs hold that many 32-bit words.
+inline constexpr size_t LimbsForWords(size_t words) {
+  return (words + kLimbWords - 1) / kLimbWords;
+}
+
+// LimbsFromWords: z := the words. Shapes: w[words], z[LimbsForWords(words)].
+inline void LimbsFromWords(Limb* z, const uint32_t* w, size_t words) {
+  for (size_t i = 0; i < words / kLimbWords; ++i) {
+    if constexpr (kLimbWords == 2) {
+      z[i] = static_cast<Limb>(uint64_t{w[2 * i + 1]} << 32 | w[2 * i]);
+    } else {
+      z[i] = static_cast<Limb>(w[i]);
+    }
+  }
+  if (words % kLimbWords != 0) z[words / kLimbWords] = w[words - 1];
+}
+
+// WordsFromLimbs: w := the lowest words of z. Shapes: w[words], z[LimbsForWords(words)].
+inline void WordsFromLimbs(uint32_t* w, const Limb* z, size_t words) {
+  for (size_t i = 0; i < words; ++i) {
+    w[i] = static_cast<uint32_t>(z[i / kLimbWords] >> (32 * (i % kLimbWords)));
+  }
+}
+
+}  // namespace mirolta

@@ -1,0 +1,46 @@
+#include "limb_montgomery.h"
+
+#include "limb_basics.h"
+#include "limb_divide.h"
+#include "limb_multiply.h"
+#include "limb_scratch.h"
+
+namespace mirolta {
+
+MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept {
+  // Newton: m * m = 1 mod 8 starts with three right bits, and each round doubles them.
+  Limb inverse = m[0];
+  for (uint32_t bits = 3; bits < kLimbBits; bits *= 2) {
+    inverse = static_cast<Limb>(inverse * (2 - m[0] * inverse));
+  }
+  return {m, n, static_cast<Limb>(0 - inverse)};
+}
+
+size_t MontgomeryScratch(size_t n) noexcept { return 2 * n + MultiplyScratch(n, n); }
+
+void MontgomeryMultiply(Limb* z, const Limb* x, const Limb* y, const MontgomeryModulus& modulus,
+                        Limb* scratch) noexcept {
+  const size_t n = modulus.n;
+  MultiplyLimbs(scratch, x, n, y, n, scratch + 2 * n);
+  CurrentLimbKernels().reduce(z, scratch, modulus.m, n, modulus.inverse);
+}
+
+void FromMontgomery(Limb* z, const Limb* x, const MontgomeryModulus& modulus,
+                    Limb* scratch) noexcept {
+  const size_t n = modulus.n;
+  CopyLimbs(scratch, x, n);
+  ZeroLimbs(scratch + n, n);
+  CurrentLimbKernels().reduce(z, scratch, modulus.m, n, modulus.inverse);
+}
+
+bool ToMontgomery(Limb* z, const Limb* x, size_t count,
+                  const MontgomeryModulus& modulus) noexcept {
+  const size_t n = modulus.n;
+  LimbScratch memory(n + count);
+  if (memory.get() == nullptr) return false;
+  ZeroLimbs(memory.get(), n);
+  CopyLimbs(memory.get() + n, x, count);
+  return DivideLimbs(nullptr, z, memory.get(), n + count, modulus.m, n);
+}
+
+}  // namespace mirolta

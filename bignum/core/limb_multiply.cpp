@@ -1,0 +1,56 @@
+#include "limb_multiply.h"
+
+#include "limb_basics.h"
+#include "limb_toom.h"
+
+namespace mirolta {
+
+namespace {
+
+// Below, rows are faster whatever the longer operand's length.
+constexpr size_t kRowsLimbs = kLimbBits == 64 ? 28 : 32;
+
+}  // namespace
+
+// A product of unequal operands keeps a partial product of 2n limbs, then goes on with n and a
+// remainder; the remainders of Euclid's kind halve every second time, so all levels together keep
+// less than 8n.
+size_t MultiplyScratch(size_t m, size_t n) noexcept {
+  const size_t less = m < n ? m : n;
+  if (less < kRowsLimbs) return 0;
+  return 8 * less + EqualScratch(less);
+}
+
+void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
+                   Limb* scratch) noexcept {
+  const LimbKernels& k = CurrentLimbKernels();
+  if (m < n) {
+    const Limb* const other = x;
+    x = y;
+    y = other;
+    const size_t count = m;
+    m = n;
+    n = count;
+  }
+  if (m == n) {
+    MultiplyEqual(z, x, y, n, scratch);
+    return;
+  }
+  if (n < kRowsLimbs) {
+    k.multiply(z, x, m, y, n);
+    return;
+  }
+  MultiplyEqual(z, x, y, n, scratch);
+  Limb* const part = scratch;
+  Limb* const rest = scratch + 2 * n;
+  for (size_t done = n; done < m;) {
+    const size_t count = m - done < n ? m - done : n;
+    MultiplyLimbs(part, y, n, x + done, count, rest);
+    CopyLimbs(z + done + n, part + n, count);
+    const Limb carry = k.add(z + done, z + done, part, n);
+    AddLimb(z + done + n, count, carry);
+    done += count;
+  }
+}
+
+}  // namespace mirolta

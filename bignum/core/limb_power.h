@@ -1,0 +1,40 @@
+// Powers modulo an odd number, modulo a power of two, and modulo any number made of both.
+#pragma once
+
+#include "limb.h"
+
+namespace mirolta {
+
+// PowerFunction: z := x^e mod m for odd m above 1.
+// Shapes: x[n] below m, e[en] != 0, m[n], z[n] apart from all.
+// Errors: false if memory runs out. Time: depends on the values.
+using PowerFunction = bool (*)(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
+                               size_t n);
+
+// PowerKernel: a way to raise to a power, for moduli of least_bits and more.
+struct PowerKernel {
+  const char* name;
+  uint32_t needs;  // ProcessorFeature bits
+  size_t least_bits;
+  PowerFunction function;
+};
+
+// ChoosePowerKernel returns the first row whose needs are met. A vectorised exponentiation is one
+// more row at the head of the list in limb_power.cpp.
+const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noexcept;
+
+// PowerModuloOdd is the portable row: a sliding window over products in Montgomery's form.
+[[nodiscard]] bool PowerModuloOdd(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
+                                  size_t n) noexcept;
+
+// PowerModulo: z := x^e mod m, for any m above 1 and any e above 0, without zero limbs at the top.
+// Shapes: x[xn], e[en], m[n], z[n]; z overlaps nothing. Errors: false if memory runs out.
+[[nodiscard]] bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en,
+                               const Limb* m, size_t n) noexcept;
+
+// TwoToPowerIsOne tells whether 2^e mod m is 1, for odd m above 1 without zero limbs at the top.
+// Sets *result; false if memory runs out.
+[[nodiscard]] bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m,
+                                   size_t n) noexcept;
+
+}  // namespace mirolta

@@ -1,0 +1,19 @@
+#include "limb_scratch.h"
+
+#include <new>
+
+namespace mirolta {
+
+// The content is written before it is read, so the limbs inside stay unset here.
+LimbScratch::LimbScratch(size_t count) noexcept  // NOLINT
+    : limbs_(inside_), count_(count) {
+  if (count > kInside) limbs_ = new (std::nothrow) Limb[count];
+}
+
+LimbScratch::~LimbScratch() {
+  if (limbs_ == nullptr) return;
+  WipeMemory(limbs_, count_ * sizeof(Limb));
+  if (limbs_ != inside_) delete[] limbs_;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,28 @@
+// Working memory of the number operations, wiped when it goes.
+#pragma once
+
+#include "limb.h"
+
+namespace mirolta {
+
+// LimbScratch holds count limbs of unspecified content: inside itself when they are few, else from
+// the heap.
+class LimbScratch {
+ public:
+  explicit LimbScratch(size_t count) noexcept;
+  ~LimbScratch();
+  LimbScratch(const LimbScratch&) = delete;
+  LimbScratch& operator=(const LimbScratch&) = delete;
+
+  // Null if the heap had nothing to give.
+  Limb* get() const { return limbs_; }
+
+ private:
+  static constexpr size_t kInside = 96;
+
+  Limb* limbs_;
+  size_t count_;
+  Limb inside_[kInside];
+};
+
+}  // namespace mirolta

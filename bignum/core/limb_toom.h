@@ -1,0 +1,17 @@
+// One level of the products that split their operands.
+#pragma once
+
+#include "limb.h"
+
+namespace mirolta {
+
+// MultiplyEqual: z := x * y with operands of equal length; the level above is chosen by n.
+// Shapes: x[n], y[n], z[2n], scratch[EqualScratch(n)], n >= 1. x may be y.
+void MultiplyEqual(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept;
+
+// EqualScratch returns the limbs of working memory for MultiplyEqual.
+// Karatsuba takes 2h + 2 a level for halves h = (n + 1) / 2, Toom-3 6k + 6 for thirds; both sum to
+// less than 4n plus a few limbs a level, and there are at most 64 levels.
+inline size_t EqualScratch(size_t n) noexcept { return 4 * n + 64 * 8; }
+
+}  // namespace mirolta

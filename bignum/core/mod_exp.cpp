@@ -1,0 +1,54 @@
+#include "limb_basics.h"
+#include "limb_power.h"
+#include "limb_scratch.h"
+#include "number_theory.h"
+
+namespace mirolta {
+
+namespace {
+
+// x^e mod m of the sizes; m above 1 and e not zero.
+HRESULT PowerOfSizes(BigInt& r, const BigInt& x, const BigInt& e, const BigInt& m) {
+  const size_t xn = LimbsForWords(x.used());
+  const size_t en = LimbsForWords(e.used());
+  const size_t n = LimbsForWords(m.used());
+  LimbScratch memory(xn + en + 2 * n);
+  if (memory.get() == nullptr) return E_OUTOFMEMORY;
+  Limb* const base = memory.get();
+  Limb* const exponent = base + xn;
+  Limb* const modulus = exponent + en;
+  Limb* const power = modulus + n;
+  LimbsFromWords(base, x.magnitude().digits(), x.used());
+  LimbsFromWords(exponent, e.magnitude().digits(), e.used());
+  LimbsFromWords(modulus, m.magnitude().digits(), m.used());
+  if (!PowerModulo(power, base, xn, exponent, en, modulus, n)) return E_OUTOFMEMORY;
+  return r.AssignLimbs(power, n);
+}
+
+}  // namespace
+
+HRESULT ModExp(BigInt& r, const BigInt& base, const BigInt& e, const BigInt& m) noexcept {
+  HRESULT status = FirstFailure(base, e);
+  if (SUCCEEDED(status)) status = m.status();
+  if (FAILED(status)) return status;
+  if (m.IsZero()) return DISP_E_DIVBYZERO;
+  const bool zero_exponent = e.IsZero();
+  const bool unit = m.bitLength() == 1;
+  const bool negative_modulus = m.IsNegative();
+  const bool negative = base.negative() && e.IsOdd() && !negative_modulus;
+  if (zero_exponent) {
+    BigInt one(unit ? 0 : 1);
+    if (FAILED(one.status())) return one.status();
+    r.Swap(one);
+    return S_OK;
+  }
+  if (unit || negative_modulus) {
+    status = r.AssignLimbs(nullptr, 0);
+  } else {
+    status = PowerOfSizes(r, base, e, m);
+  }
+  if (SUCCEEDED(status)) r.set_negative(negative);
+  return status;
+}
+
+}  // namespace mirolta

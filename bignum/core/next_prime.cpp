@@ -1,0 +1,184 @@
+#include <new>
+
+#include "limb_basics.h"
+#include "limb_divide.h"
+#include "limb_power.h"
+#include "limb_scratch.h"
+#include "number_theory.h"
+#include "small_primes.h"
+
+namespace mirolta {
+
+namespace {
+
+// The smallest prime that the search can find.
+constexpr uint32_t kLeastFound = 1229;
+
+// How many offsets are sieved at a time.
+constexpr uint32_t kWindow = 4096;
+
+// base^e mod p for p < 2^16.
+uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
+  uint32_t result = 1;
+  for (base %= p; e != 0; e >>= 1) {
+    if ((e & 1) != 0) result = result * base % p;
+    base = base * base % p;
+  }
+  return result % p;
+}
+
+// Tests candidate[n], n limbs without zeros at the top, as IsFermatPrime does. memory has n limbs.
+bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
+  *result = false;
+  // 1, and all even numbers: two to any power above zero stays even modulo them.
+  if ((candidate[0] & 1) == 0 || (n == 1 && candidate[0] == 1)) return true;
+  LimbScratch power(n);
+  if (power.get() == nullptr) return false;
+  CopyLimbs(memory, candidate, n);
+  memory[0] -= 1;
+  const size_t en = SignificantLimbs(memory, n);
+  bool one = false;
+  if (!TwoToPowerIsOne(&one, memory, en, candidate, n)) return false;
+  if (!one) return true;
+  for (const Limb base : {Limb{3}, Limb{5}, Limb{7}}) {
+    if (!PowerModulo(power.get(), &base, 1, memory, en, candidate, n)) return false;
+    if (power.get()[0] != 1 || SignificantLimbs(power.get(), n) != 1) return true;
+  }
+  *result = true;
+  return true;
+}
+
+// PrimeSearch walks up from a number. Offsets with a divisor among the table's primes are passed
+// over. So are those with a divisor p among the further small primes, unless p does not contradict
+// that the candidate is a Fermat prime: a^(n-1) = 1 mod n needs a^(n-1) = 1 mod p, which is a test
+// in small numbers.
+class PrimeSearch {
+ public:
+  PrimeSearch() noexcept = default;
+  ~PrimeSearch() { WipeMemory(this, sizeof *this); }
+
+  // start[n] has a zero limb at the top for the carry; it becomes the prime.
+  bool Run(Limb* start, size_t n, Limb* memory);
+
+ private:
+  void FindResidues(const Limb* start, size_t n);
+  void SieveWindow(const Limb* start, size_t n);
+  bool Contradicts(const Limb* start, size_t n, uint32_t offset, uint32_t p) const;
+
+  size_t primes_ = 0;                  // how many are sieved with
+  uint16_t first_[kSmallPrimeCount];   // offset of the first multiple in the window
+  bool passed_over_[kWindow];
+};
+
+// The further primes pay while finding a residue costs less than the exponentiations it saves.
+size_t PrimesToSieve(size_t bits) {
+  const size_t limit = bits * bits / 8;
+  size_t count = kTablePrimes;
+  while (count < kSmallPrimeCount && kSmallPrimes.primes[count] < limit) ++count;
+  return count;
+}
+
+void PrimeSearch::FindResidues(const Limb* start, size_t n) {
+  for (size_t i = 0; i < primes_;) {
+    // As many primes as have a product in one limb share a pass.
+    Limb product = 1;
+    size_t end = i;
+    while (end < primes_ && product <= kLimbMax / kSmallPrimes.primes[end]) {
+      product = static_cast<Limb>(product * kSmallPrimes.primes[end++]);
+    }
+    const Limb residue = ModLimb(start, n, PrepareDivisor(product));
+    for (; i < end; ++i) {
+      const uint32_t p = kSmallPrimes.primes[i];
+      const uint32_t r = static_cast<uint32_t>(residue % p);
+      first_[i] = static_cast<uint16_t>(r == 0 ? 0 : p - r);
+    }
+  }
+}
+
+bool PrimeSearch::Contradicts(const Limb* start, size_t n, uint32_t offset, uint32_t p) const {
+  // (start + offset - 1) mod (p - 1)
+  const uint32_t residue = static_cast<uint32_t>(ModLimb(start, n, PrepareDivisor(p - 1)));
+  const uint32_t e = (residue + offset % (p - 1) + p - 2) % (p - 1);
+  for (const uint32_t base : {2u, 3u, 5u, 7u}) {
+    if (SmallPower(base, e, p) != 1) return true;
+  }
+  return false;
+}
+
+void PrimeSearch::SieveWindow(const Limb* start, size_t n) {
+  for (bool& flag : passed_over_) flag = false;
+  for (size_t i = 0; i < primes_; ++i) {
+    const uint32_t p = kSmallPrimes.primes[i];
+    uint32_t offset = first_[i];
+    for (; offset < kWindow; offset += p) {
+      if (passed_over_[offset]) continue;
+      if (i < kTablePrimes || Contradicts(start, n, offset, p)) passed_over_[offset] = true;
+    }
+    // The next window starts kWindow further on.
+    first_[i] = static_cast<uint16_t>(offset - kWindow);
+  }
+}
+
+bool PrimeSearch::Run(Limb* start, size_t n, Limb* memory) {
+  primes_ = PrimesToSieve(LimbBits(start, n));
+  FindResidues(start, n);
+  for (;;) {
+    SieveWindow(start, n);
+    uint32_t reached = 0;
+    for (uint32_t offset = 0; offset < kWindow; ++offset) {
+      if (passed_over_[offset]) continue;
+      AddLimb(start, n, static_cast<Limb>(offset - reached));
+      reached = offset;
+      bool found = false;
+      if (!TestLimbs(&found, start, SignificantLimbs(start, n), memory)) return false;
+      if (found) return true;
+    }
+    AddLimb(start, n, static_cast<Limb>(kWindow - reached));
+  }
+}
+
+}  // namespace
+
+HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept {
+  if (FAILED(n.status())) return n.status();
+  if (n.IsZero() || n.IsNegative()) {
+    // Modulo a number below zero no power is 1.
+    *result = false;
+    return S_OK;
+  }
+  const size_t limbs = LimbsForWords(n.used());
+  LimbScratch memory(2 * limbs);
+  if (memory.get() == nullptr) return E_OUTOFMEMORY;
+  LimbsFromWords(memory.get(), n.magnitude().digits(), n.used());
+  bool found = false;
+  if (!TestLimbs(&found, memory.get(), limbs, memory.get() + limbs)) return E_OUTOFMEMORY;
+  *result = found;
+  return S_OK;
+}
+
+HRESULT NextPrime(BigInt& n) noexcept {
+  if (FAILED(n.status())) return n.status();
+  if (n.IsNegative() || (n.used() <= 1 && n.getWord(0) <= kLeastFound)) {
+    // No number below zero is a Fermat prime, and all primes below are in the table.
+    BigInt least(kLeastFound);
+    if (FAILED(least.status())) return least.status();
+    n.Swap(least);
+    return S_OK;
+  }
+  const size_t limbs = LimbsForWords(n.used()) + 1;
+  LimbScratch memory(2 * limbs);
+  PrimeSearch* const search = new (std::nothrow) PrimeSearch;
+  HRESULT status = E_OUTOFMEMORY;
+  if (memory.get() != nullptr && search != nullptr) {
+    memory.get()[limbs - 1] = 0;
+    LimbsFromWords(memory.get(), n.magnitude().digits(), n.used());
+    if (search->Run(memory.get(), limbs, memory.get() + limbs)) {
+      status = n.AssignLimbs(memory.get(), limbs);
+    }
+  }
+  delete search;
+  if (SUCCEEDED(status)) n.set_negative(false);
+  return status;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,17 @@
+// The kernel tables by name, for the list and for tests.
+#pragma once
+
+#include "limb_kernels.h"
+
+namespace mirolta {
+
+// kWideKernels forms products in a double limb, kHalfKernels from half limbs.
+extern const LimbKernels kWideKernels;
+extern const LimbKernels kHalfKernels;
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+// kMulxAdxKernels needs kFeatureBmi2Adx.
+extern const LimbKernels kMulxAdxKernels;
+#endif
+
+}  // namespace mirolta

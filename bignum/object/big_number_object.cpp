@@ -1,0 +1,160 @@
+#include "big_number_object.h"
+
+#include "array_bytes.h"
+#include "big_code_page_text.h"
+#include "big_random.h"
+#include "big_variant.h"
+#include "instance_creators.h"
+#include "number_theory.h"
+
+namespace mirolta {
+
+namespace {
+
+TypeInfoHolder type_info(IID_IPexBigNumber);
+
+bool IsLeftOut(const VARIANT& value) {
+  return V_VT(&value) == VT_ERROR && V_ERROR(&value) == DISP_E_PARAMNOTFOUND;
+}
+
+}  // namespace
+
+constexpr ClassDescription kBigNumberClass = {&CLSID_PexBigNumber, &type_info};
+
+HRESULT CreatePexBigNumber(IUnknown* outer, REFIID iid, void** out) {
+  return CreateObject<BigNumberObject>(outer, iid, out);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::get_Value(VARIANT* value) {
+  return NumberToVariant(number_, VT_BSTR, NumberBase::kDecimal, value);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::put_Value(VARIANT value) {
+  return NumberFromVariant(number_, value, NumberBase::kDecimal);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::get_Hex(VARIANT* value) {
+  return NumberToVariant(number_, VT_BSTR, NumberBase::kHexadecimal, value);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::put_Hex(VARIANT value) {
+  return NumberFromVariant(number_, value, NumberBase::kHexadecimal);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::get_Text(LONG lCP, BSTR* text) {
+  return NumberToCodePageText(number_, lCP, text);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::put_Text(LONG lCP, BSTR text) {
+  return NumberFromCodePageText(number_, text, lCP);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::get_Binary(VARIANT* value) {
+  return NumberToVariant(number_, kByteArrayType, NumberBase::kDecimal, value);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::put_Binary(VARIANT value) {
+  return NumberFromVariant(number_, value, NumberBase::kDecimal);
+}
+
+HRESULT BigNumberObject::Return(BigInt& value, IPexBigNumber** out) {
+  BigNumberObject* const object = new (std::nothrow) BigNumberObject(nullptr);
+  if (object == nullptr) return E_OUTOFMEMORY;
+  object->number_.Swap(value);
+  return FinishObject(object, IID_IPexBigNumber, reinterpret_cast<void**>(out));
+}
+
+HRESULT BigNumberObject::Operate(Operation operation, const VARIANT& v, IPexBigNumber** out) const {
+  if (out == nullptr) return E_POINTER;
+  *out = nullptr;
+  BigInt operand;
+  HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
+  if (FAILED(status)) return status;
+  BigInt result;
+  status = operation(result, number_, operand);
+  return FAILED(status) ? status : Return(result, out);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Add(VARIANT v, IPexBigNumber** ppObj) {
+  return Operate(mirolta::Add, v, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Sub(VARIANT v, IPexBigNumber** ppObj) {
+  return Operate(Subtract, v, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Mul(VARIANT v, IPexBigNumber** ppObj) {
+  return Operate(Multiply, v, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Div(VARIANT v, IPexBigNumber** ppObj) {
+  return Operate(Divide, v, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Mod(VARIANT v, IPexBigNumber** ppObj) {
+  return Operate(Remainder, v, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::GCD(VARIANT v, IPexBigNumber** ppObj) {
+  return Operate(Gcd, v, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::ModInv(VARIANT vm, IPexBigNumber** ppObj) {
+  return Operate(Inverse, vm, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::ModExp(VARIANT ve, VARIANT vm, IPexBigNumber** ppObj) {
+  if (ppObj == nullptr) return E_POINTER;
+  *ppObj = nullptr;
+  BigInt exponent;
+  BigInt modulus;
+  HRESULT status = NumberFromVariant(exponent, ve, NumberBase::kDecimal);
+  if (SUCCEEDED(status)) status = NumberFromVariant(modulus, vm, NumberBase::kDecimal);
+  if (FAILED(status)) return status;
+  BigInt result;
+  status = mirolta::ModExp(result, number_, exponent, modulus);
+  return FAILED(status) ? status : Return(result, ppObj);
+}
+
+HRESULT BigNumberObject::Step(HRESULT (BigInt::*change)(const BigInt&) noexcept, const VARIANT& v) {
+  BigInt amount(1);
+  if (!IsLeftOut(v)) {
+    const HRESULT status = NumberFromVariant(amount, v, NumberBase::kDecimal);
+    if (FAILED(status)) return status;
+  }
+  return (number_.*change)(amount);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Inc(VARIANT v) {
+  return Step(&BigInt::add, v);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Dec(VARIANT v) {
+  return Step(&BigInt::subtract, v);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Cmp(VARIANT v, LONG* plResult) {
+  if (plResult == nullptr) return E_POINTER;
+  BigInt operand;
+  const HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
+  if (FAILED(status)) return status;
+  *plResult = Compare(number_, operand);
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::NewNumber(VARIANT v, IPexBigNumber** ppObj) {
+  if (ppObj == nullptr) return E_POINTER;
+  *ppObj = nullptr;
+  BigInt value;
+  // A value left out reads as zero. One that cannot be read counts as memory that ran out: callers
+  // know this member by that one failure.
+  if (FAILED(NumberFromVariant(value, v, NumberBase::kDecimal))) return E_OUTOFMEMORY;
+  return Return(value, ppObj);
+}
+
+HRESULT STDMETHODCALLTYPE BigNumberObject::Random(LONG lSize, VARIANT_BOOL bEnsureSize,
+                                                  VARIANT_BOOL bOdd) {
+  return mirolta::Random(number_, lSize, bEnsureSize != 0, bOdd != 0);
+}
+
+}  // namespace mirolta

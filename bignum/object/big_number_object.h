@@ -1,0 +1,54 @@
+// PexBigNumber: big integers for scripts.
+#pragma once
+
+#include "big_int.h"
+#include "dispatch_object.h"
+#include "mirolta.h"
+
+namespace mirolta {
+
+extern const ClassDescription kBigNumberClass;
+
+// Holds one number, zero at first. Binary operations leave it alone and return a new object. No
+// member takes the object's lock: callers keep one object to one thread at a time. No member raises
+// a message, and one that fails leaves the number as it was.
+class BigNumberObject final : public DispatchObject<kBigNumberClass, IPexBigNumber> {
+ public:
+  explicit BigNumberObject(IUnknown* outer) : DispatchObject(outer) {}
+
+  HRESULT STDMETHODCALLTYPE get_Value(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_Value(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE get_Hex(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_Hex(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE get_Text(LONG lCP, BSTR* text) override;
+  HRESULT STDMETHODCALLTYPE put_Text(LONG lCP, BSTR text) override;
+  HRESULT STDMETHODCALLTYPE get_Binary(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_Binary(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE Add(VARIANT v, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE Sub(VARIANT v, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE Mul(VARIANT v, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE Div(VARIANT v, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE Mod(VARIANT v, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE Inc(VARIANT v) override;
+  HRESULT STDMETHODCALLTYPE Dec(VARIANT v) override;
+  HRESULT STDMETHODCALLTYPE Cmp(VARIANT v, LONG* plResult) override;
+  HRESULT STDMETHODCALLTYPE NewNumber(VARIANT v, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE Random(LONG lSize, VARIANT_BOOL bEnsureSize,
+                                   VARIANT_BOOL bOdd) override;
+  HRESULT STDMETHODCALLTYPE GCD(VARIANT v, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE ModExp(VARIANT ve, VARIANT vm, IPexBigNumber** ppObj) override;
+  HRESULT STDMETHODCALLTYPE ModInv(VARIANT vm, IPexBigNumber** ppObj) override;
+
+ private:
+  // A binary operation of the numbers: r := a op b.
+  using Operation = HRESULT (*)(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
+
+  HRESULT Operate(Operation operation, const VARIANT& v, IPexBigNumber** out) const;
+  HRESULT Step(HRESULT (BigInt::*change)(const BigInt&) noexcept, const VARIANT& v);
+  // Return hands out a new object that holds value, which is taken.
+  static HRESULT Return(BigInt& value, IPexBigNumber** out);
+
+  BigInt number_;
+};
+
+}  // namespace mirolta
