@@ -1,0 +1,38 @@
+// Keys from random starting values.
+#include "big_random.h"
+#include "rsa_key.h"
+
+namespace mirolta {
+
+namespace {
+
+constexpr bool kEnsureSize = true;
+constexpr bool kOdd = true;
+
+// A size of 0 starts from zero: nothing is drawn then.
+HRESULT DrawStart(BigInt& start, LONG bytes) {
+  return bytes == 0 ? S_OK : Random(start, bytes, kEnsureSize, kOdd);
+}
+
+}  // namespace
+
+HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size) {
+  if (byte_size < 1) return E_INVALIDARG;
+  const LONG half = byte_size / 2;
+  if (half == 0 && exact_size) return E_INVALIDARG;
+
+  BigInt first;
+  BigInt second;
+  HRESULT status = DrawStart(first, half);
+  if (FAILED(status)) return status;
+  if (exact_size) {
+    do {
+      status = DrawStart(second, half);
+    } while (SUCCEEDED(status) && first == second);
+  } else {
+    status = DrawStart(second, half + 1);
+  }
+  return FAILED(status) ? status : BuildKey(key, first, second);
+}
+
+}  // namespace mirolta

@@ -1,0 +1,168 @@
+#include "rsa_crypt_object.h"
+
+#include "array_bytes.h"
+#include "big_variant.h"
+#include "instance_creators.h"
+
+namespace mirolta {
+
+namespace {
+
+TypeInfoHolder type_info(IID_IRSACrypt);
+
+// All numbers come in with text as hexadecimal and go out as byte arrays.
+HRESULT Read(BigInt& n, const VARIANT& value) {
+  return NumberFromVariant(n, value, NumberBase::kHexadecimal);
+}
+HRESULT Write(const BigInt& n, VARIANT* out) {
+  return NumberToVariant(n, kByteArrayType, NumberBase::kHexadecimal, out);
+}
+
+// Runs one raw operation on the number in data.
+HRESULT Transform(HRESULT (*operation)(BigInt&, const RsaKey&, const BigInt&), const RsaKey& key,
+                  const BigInt& input, VARIANT* out) {
+  BigInt output;
+  const HRESULT status = operation(output, key, input);
+  return FAILED(status) ? status : Write(output, out);
+}
+
+}  // namespace
+
+constexpr ClassDescription kRsaCryptClass = {&CLSID_RSACrypt, &type_info};
+
+HRESULT CreateRSACrypt(IUnknown* outer, REFIID iid, void** out) {
+  return CreateObject<RsaCryptObject>(outer, iid, out);
+}
+
+RsaKey& RsaCryptObject::key() {
+  BigInt* const fresh = new_q_.exchange(nullptr);
+  if (fresh != nullptr) {
+    key_.q.Swap(*fresh);
+    delete fresh;
+  }
+  return key_;
+}
+
+void RsaCryptObject::DropNewQ() {
+  delete new_q_.exchange(nullptr);
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateKeys(VARIANT v1, VARIANT v2) {
+  return Frame([&] {
+    BigInt first;
+    BigInt second;
+    HRESULT status = Read(first, v1);
+    if (SUCCEEDED(status)) status = Read(second, v2);
+    if (FAILED(status)) return status;
+    // Callers are not told how the making of the key went; without memory the old one stays.
+    if (SUCCEEDED(BuildKey(key(), first, second))) DropNewQ();
+    return S_OK;
+  });
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateRandKeys(LONG lByteSize, VARIANT_BOOL bExactSize) {
+  return Frame([&] {
+    const HRESULT status = BuildRandomKey(key(), lByteSize, bExactSize != 0);
+    // A Q put while the key was in the making belongs to the old one.
+    if (SUCCEEDED(status)) DropNewQ();
+    return status;
+  });
+}
+
+HRESULT RsaCryptObject::GetNumber(BigInt RsaKey::*field, VARIANT* value) {
+  return Frame(value, [&] { return Write(key().*field, value); });
+}
+
+HRESULT RsaCryptObject::PutNumber(BigInt RsaKey::*field, const VARIANT& value) {
+  return Frame([&] { return Read(key().*field, value); });
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::get_Modulus(VARIANT* value) {
+  return GetNumber(&RsaKey::n, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::put_Modulus(VARIANT value) {
+  return PutNumber(&RsaKey::n, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::get_PublicExp(VARIANT* value) {
+  return GetNumber(&RsaKey::e, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::put_PublicExp(VARIANT value) {
+  return PutNumber(&RsaKey::e, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::get_SecretExp(VARIANT* value) {
+  return GetNumber(&RsaKey::d, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::put_SecretExp(VARIANT value) {
+  return PutNumber(&RsaKey::d, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::get_P(VARIANT* value) {
+  return GetNumber(&RsaKey::p, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::put_P(VARIANT value) {
+  return PutNumber(&RsaKey::p, value);
+}
+HRESULT STDMETHODCALLTYPE RsaCryptObject::get_Q(VARIANT* value) {
+  return GetNumber(&RsaKey::q, value);
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::put_Q(VARIANT value) {
+  BigInt* const number = new (std::nothrow) BigInt();
+  if (number == nullptr) return E_OUTOFMEMORY;
+  const HRESULT status = Read(*number, value);
+  if (FAILED(status)) {
+    delete number;
+    return status;
+  }
+  delete new_q_.exchange(number);
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::Encrypt(VARIANT vData, VARIANT* pvOut) {
+  return Frame(pvOut, [&] {
+    const RsaKey& now = key();
+    if (now.e.IsZero() || now.n.IsZero()) return Raise(kMessageKeyNotSet);
+    BigInt message;
+    const HRESULT status = Read(message, vData);
+    if (FAILED(status)) return status;
+    if (message >= now.n) return Raise(kMessageTooMuchData);
+    return Transform(RsaEncrypt, now, message, pvOut);
+  });
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::Decrypt(VARIANT vData, VARIANT* pvOut) {
+  return Frame(pvOut, [&] {
+    const RsaKey& now = key();
+    if (now.e.IsZero() || now.n.IsZero()) return Raise(kMessageKeyNotSet);
+    BigInt ciphertext;
+    const HRESULT status = Read(ciphertext, vData);
+    return FAILED(status) ? status : Transform(RsaDecrypt, now, ciphertext, pvOut);
+  });
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::DecryptPQ(VARIANT vData, VARIANT* pvOut) {
+  return Frame(pvOut, [&] {
+    const RsaKey& now = key();
+    if (now.e.IsZero() || now.d.IsZero() || now.p.IsZero() || now.q.IsZero()) {
+      return Raise(kMessageKeyNotSet);
+    }
+    BigInt ciphertext;
+    const HRESULT status = Read(ciphertext, vData);
+    return FAILED(status) ? status : Transform(RsaDecryptWithPrimes, now, ciphertext, pvOut);
+  });
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::Reset() {
+  return Frame([&] {
+    key().Reset();
+    return S_OK;
+  });
+}
+
+HRESULT STDMETHODCALLTYPE RsaCryptObject::get_BlockSize(LONG* size) {
+  return Frame(size, [&] {
+    *size = BlockSize(key().n);
+    return S_OK;
+  });
+}
+
+}  // namespace mirolta

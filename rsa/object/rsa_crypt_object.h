@@ -1,0 +1,53 @@
+// RSACrypt: RSA keys and raw RSA for scripts.
+#pragma once
+
+#include <atomic>
+
+#include "dispatch_object.h"
+#include "mirolta.h"
+#include "rsa_key.h"
+
+namespace mirolta {
+
+extern const ClassDescription kRsaCryptClass;
+
+// Holds one key, all zero at first. Every member but the put of Q holds the object's lock for the
+// whole call, the making of keys included. A call that fails leaves the key as it was.
+class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
+ public:
+  explicit RsaCryptObject(IUnknown* outer) : DispatchObject(outer) {}
+  ~RsaCryptObject() override { DropNewQ(); }
+
+  HRESULT STDMETHODCALLTYPE CreateKeys(VARIANT v1, VARIANT v2) override;
+  HRESULT STDMETHODCALLTYPE CreateRandKeys(LONG lByteSize, VARIANT_BOOL bExactSize) override;
+  HRESULT STDMETHODCALLTYPE get_Modulus(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_Modulus(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE get_PublicExp(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_PublicExp(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE get_SecretExp(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_SecretExp(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE get_P(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_P(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE get_Q(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE put_Q(VARIANT value) override;
+  HRESULT STDMETHODCALLTYPE Encrypt(VARIANT vData, VARIANT* pvOut) override;
+  HRESULT STDMETHODCALLTYPE Decrypt(VARIANT vData, VARIANT* pvOut) override;
+  HRESULT STDMETHODCALLTYPE DecryptPQ(VARIANT vData, VARIANT* pvOut) override;
+  HRESULT STDMETHODCALLTYPE Reset() override;
+  HRESULT STDMETHODCALLTYPE get_BlockSize(LONG* size) override;
+
+ private:
+  HRESULT GetNumber(BigInt RsaKey::*field, VARIANT* value);
+  HRESULT PutNumber(BigInt RsaKey::*field, const VARIANT& value);
+
+  // The key as of now, under the lock.
+  RsaKey& key();
+  void DropNewQ();
+
+  RsaKey key_;
+  // A Q that was put and that no locked member has seen yet: the put must neither wait for the lock
+  // nor touch a key that another thread is using.
+  std::atomic<BigInt*> new_q_{nullptr};
+};
+
+}  // namespace mirolta
