@@ -1,0 +1,61 @@
+// One direction of the encrypting filter.
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "cipher_engine.h"
+#include "platform.h"
+
+namespace mirolta {
+
+// CipherSide owns the direction's engine, if an algorithm was chosen, and whether it encrypts or
+// decrypts. The filter's lock covers all but the pad setting, which may be used at any time: it is
+// kept here, not in the engine, which another thread may be replacing.
+class CipherSide {
+ public:
+  explicit CipherSide(VARIANT_BOOL decrypt) : decrypt_(decrypt) {}
+
+  // SetAlgorithm drops the engine held and, for a known name, makes a new one, without key and with
+  // pad setting 0. Without memory for the engine there is none, and that is no failure.
+  // Returns: false for an unknown name.
+  bool SetAlgorithm(const OLECHAR* name);
+
+  // GetName gives the algorithm's name, an empty text without one. Errors: E_OUTOFMEMORY.
+  HRESULT GetName(BSTR* name) const;
+
+  CipherEngine* Engine() const { return engine_.get(); }
+
+  VARIANT_BOOL Decrypts() const { return decrypt_; }
+  void SetDecrypts(VARIANT_BOOL decrypt) { decrypt_ = decrypt; }
+
+  // PadType is 0 without an algorithm; SetPadType is refused then by false.
+  LONG PadType() const { return has_algorithm_ ? pad_type_.load() : 0; }
+  bool SetPadType(LONG pad_type);
+
+  // A side with an algorithm but no key moves nothing: neither plaintext that should have been
+  // encrypted nor a ciphertext that nobody can have asked for.
+  bool LacksKey() const { return engine_ != nullptr && !engine_->HasKey(); }
+
+  // Update, Finish and Out are the engine's, in the direction that is set. Only with an algorithm.
+  // Finish without a key gives E_UNEXPECTED if any bytes are queued, and does nothing if not.
+  [[nodiscard]] HRESULT Update(const uint8_t* bytes, uint32_t count);
+  [[nodiscard]] HRESULT Finish();
+  ByteBuffer& Out() { return decrypt_ != 0 ? engine_->DecryptOut() : engine_->EncryptOut(); }
+
+  // Reset drops what is queued, ResetKey the key too. Both do nothing without an algorithm.
+  void Reset();
+  void ResetKey();
+
+ private:
+  const ByteBuffer& In() const {
+    return decrypt_ != 0 ? engine_->DecryptIn() : engine_->EncryptIn();
+  }
+
+  std::unique_ptr<CipherEngine> engine_;
+  std::atomic<bool> has_algorithm_ = false;
+  std::atomic<LONG> pad_type_ = 0;
+  VARIANT_BOOL decrypt_;
+};
+
+}  // namespace mirolta

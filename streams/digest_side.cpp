@@ -1,0 +1,22 @@
+#include "digest_side.h"
+
+#include "hash_algorithms.h"
+
+namespace mirolta {
+
+bool DigestSide::SetAlgorithm(const OLECHAR* name) {
+  engine_.reset();
+  HashEngine* engine = nullptr;
+  if (CreateHashEngine(name, &engine) < 0) return false;
+  engine_.reset(engine);
+  enabled_ = 1;
+  return true;
+}
+
+HRESULT DigestSide::GetName(BSTR* name) const {
+  if (engine_ != nullptr) return engine_->GetNameString(name);
+  *name = SysAllocString(OLESTR(""));
+  return *name != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,74 @@
+// ToviStreamCrypt: a stream that encrypts or decrypts what passes through it.
+#pragma once
+
+#include "cipher_side.h"
+#include "stream_filter.h"
+
+namespace mirolta {
+
+struct CopyTotals;
+
+extern const ClassDescription kToviStreamCryptClass;
+
+// Reading and writing each have their own algorithm, key, direction and pad setting; at first
+// reading decrypts and writing encrypts. Blocks are transformed each by itself, a last partial
+// block only by a finalize, and nothing is authenticated. A direction without an algorithm passes
+// bytes as they are; one with an algorithm but no key moves none (E_UNEXPECTED).
+//
+// A bound stream is handed bytes where they are queued, so members that change an engine return
+// E_UNEXPECTED when it calls them from inside a stream operation.
+class ToviStreamCrypt final : public StreamFilter<kToviStreamCryptClass, IToviStreamCrypt> {
+ public:
+  explicit ToviStreamCrypt(IUnknown* outer) : StreamFilter(outer) {}
+
+  HRESULT STDMETHODCALLTYPE get_ReadAlgorithm(BSTR* name) override;
+  HRESULT STDMETHODCALLTYPE put_ReadAlgorithm(BSTR name) override;
+  HRESULT STDMETHODCALLTYPE get_WriteAlgorithm(BSTR* name) override;
+  HRESULT STDMETHODCALLTYPE put_WriteAlgorithm(BSTR name) override;
+  HRESULT STDMETHODCALLTYPE get_ReadKey(VARIANT* key) override;
+  HRESULT STDMETHODCALLTYPE put_ReadKey(VARIANT key) override;
+  HRESULT STDMETHODCALLTYPE get_WriteKey(VARIANT* key) override;
+  HRESULT STDMETHODCALLTYPE put_WriteKey(VARIANT key) override;
+  HRESULT STDMETHODCALLTYPE ReadReset() override;
+  HRESULT STDMETHODCALLTYPE WriteReset() override;
+  HRESULT STDMETHODCALLTYPE ReadResetKey() override;
+  HRESULT STDMETHODCALLTYPE WriteResetKey() override;
+  HRESULT STDMETHODCALLTYPE ReadFinalize() override;
+  HRESULT STDMETHODCALLTYPE WriteFinalize() override;
+  HRESULT STDMETHODCALLTYPE get_WriteDecrypt(VARIANT_BOOL* value) override;
+  HRESULT STDMETHODCALLTYPE put_WriteDecrypt(VARIANT_BOOL value) override;
+  HRESULT STDMETHODCALLTYPE get_ReadDecrypt(VARIANT_BOOL* value) override;
+  HRESULT STDMETHODCALLTYPE put_ReadDecrypt(VARIANT_BOOL value) override;
+  HRESULT STDMETHODCALLTYPE get_ReadPadType(LONG* value) override;
+  HRESULT STDMETHODCALLTYPE put_ReadPadType(LONG value) override;
+  HRESULT STDMETHODCALLTYPE get_WritePadType(LONG* value) override;
+  HRESULT STDMETHODCALLTYPE put_WritePadType(LONG value) override;
+
+  HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read) override;
+  HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override;
+  HRESULT STDMETHODCALLTYPE CopyTo(IStream* to, ULARGE_INTEGER count, ULARGE_INTEGER* read,
+                                   ULARGE_INTEGER* written) override;
+
+ private:
+  // The members, for either side. The first two run under the lock already.
+  HRESULT ChooseAlgorithm(CipherSide& side, BSTR name);
+  HRESULT ChooseKey(const CipherSide& side, const VARIANT& key);
+  HRESULT GetAlgorithm(const CipherSide& side, BSTR* name);
+  HRESULT GetKey(const CipherSide& side, VARIANT* key);
+  HRESULT GetDecrypt(const CipherSide& side, VARIANT_BOOL* value);
+  static HRESULT GetPadType(const CipherSide& side, LONG* value);
+  static HRESULT PutPadType(CipherSide& side, LONG value);
+
+  // ChangeReading runs work when no stream operation is on the way, with draining ended.
+  template <typename Work>
+  HRESULT ChangeReading(Work work);
+  HRESULT ReadThroughEngine(IStream* target, uint8_t* bytes, ULONG count, ULONG* moved);
+  HRESULT CopyThroughEngine(IStream* target, IStream* to, ULONGLONG count, CopyTotals* totals);
+
+  CipherSide read_{1};
+  CipherSide write_{VARIANT_FALSE};
+  // Set by ReadFinalize: reading only hands out what the engine still holds.
+  bool read_draining_ = false;
+};
+
+}  // namespace mirolta

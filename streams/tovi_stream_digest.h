@@ -1,0 +1,66 @@
+// ToviStreamDigest: a stream that digests what passes through it.
+#pragma once
+
+#include "digest_side.h"
+#include "stream_filter.h"
+
+namespace mirolta {
+
+extern const ClassDescription kToviStreamDigestClass;
+
+// Reading (Read and CopyTo) and writing are digested apart, each with its own algorithm, key and
+// switch. Without an algorithm the members of a direction raise "Not initialized.", save the name,
+// which is empty, and the digest readers, which return the bare number 10104 as a success code and
+// leave their result unset. Without a bound stream, writing digests alone.
+class ToviStreamDigest final : public StreamFilter<kToviStreamDigestClass, IToviStreamDigest> {
+ public:
+  explicit ToviStreamDigest(IUnknown* outer) : StreamFilter(outer) {}
+
+  HRESULT STDMETHODCALLTYPE get_ReadAlgorithm(BSTR* name) override;
+  HRESULT STDMETHODCALLTYPE put_ReadAlgorithm(BSTR name) override;
+  HRESULT STDMETHODCALLTYPE get_WriteAlgorithm(BSTR* name) override;
+  HRESULT STDMETHODCALLTYPE put_WriteAlgorithm(BSTR name) override;
+  HRESULT STDMETHODCALLTYPE get_WriteKey(VARIANT* key) override;
+  HRESULT STDMETHODCALLTYPE put_WriteKey(VARIANT key) override;
+  HRESULT STDMETHODCALLTYPE get_ReadKey(VARIANT* key) override;
+  HRESULT STDMETHODCALLTYPE put_ReadKey(VARIANT key) override;
+  HRESULT STDMETHODCALLTYPE get_ReadValue(BSTR* value) override;
+  HRESULT STDMETHODCALLTYPE get_WriteValue(BSTR* value) override;
+  HRESULT STDMETHODCALLTYPE ReadReset() override;
+  HRESULT STDMETHODCALLTYPE WriteReset() override;
+  HRESULT STDMETHODCALLTYPE get_WriteHashEnable(VARIANT_BOOL* value) override;
+  HRESULT STDMETHODCALLTYPE put_WriteHashEnable(VARIANT_BOOL value) override;
+  HRESULT STDMETHODCALLTYPE get_ReadHashEnable(VARIANT_BOOL* value) override;
+  HRESULT STDMETHODCALLTYPE put_ReadHashEnable(VARIANT_BOOL value) override;
+  HRESULT STDMETHODCALLTYPE WriteResetKey() override;
+  HRESULT STDMETHODCALLTYPE ReadResetKey() override;
+  HRESULT STDMETHODCALLTYPE WriteFinalize() override;
+  HRESULT STDMETHODCALLTYPE ReadFinalize() override;
+  HRESULT STDMETHODCALLTYPE get_ReadBinaryValue(VARIANT* value) override;
+  HRESULT STDMETHODCALLTYPE get_WriteBinaryValue(VARIANT* value) override;
+
+  HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read) override;
+  HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override;
+  HRESULT STDMETHODCALLTYPE CopyTo(IStream* to, ULARGE_INTEGER count, ULARGE_INTEGER* read,
+                                   ULARGE_INTEGER* written) override;
+
+ private:
+  // The members, for either side. WithEngine is the work of those that need an algorithm.
+  template <typename Work>
+  static HRESULT WithEngine(const DigestSide& side, Work work);
+  HRESULT GetAlgorithm(const DigestSide& side, BSTR* name);
+  HRESULT PutAlgorithm(DigestSide& side, BSTR name);
+  HRESULT GetKey(const DigestSide& side, VARIANT* key);
+  HRESULT PutKey(const DigestSide& side, const VARIANT& key);
+  HRESULT GetText(const DigestSide& side, BSTR* value);
+  HRESULT GetBinary(const DigestSide& side, VARIANT* value);
+  HRESULT GetEnable(const DigestSide& side, VARIANT_BOOL* value);
+  HRESULT Reset(const DigestSide& side);
+  HRESULT ResetKey(const DigestSide& side);
+  HRESULT Finalize(const DigestSide& side);
+
+  DigestSide read_;
+  DigestSide write_;
+};
+
+}  // namespace mirolta
