@@ -1,0 +1,37 @@
+// The twelve creatable classes: six, each for callers of any threading model and as free-threaded.
+#pragma once
+
+#include "platform.h"
+
+namespace mirolta {
+
+using InstanceCreator = HRESULT (*)(IUnknown* outer, REFIID iid, void** out);
+using FactoryCreator = HRESULT (*)(InstanceCreator create_instance, REFIID iid, void** out);
+
+struct ClassRow {
+  const CLSID* id;  // null in the row that ends the table
+  HRESULT (*update_registry)(const ClassRow& row, bool registers);
+  FactoryCreator create_factory;
+  InstanceCreator create_instance;
+  IUnknown* factory;  // null until first asked for
+  DWORD cookie;       // always 0: no class is in a running-object table
+  const OLECHAR* (*object_description)();
+  const void* (*category_map)();
+  void (*init_term)(bool loads);
+
+  // What registration writes.
+  const OLECHAR* name;
+  const OLECHAR* prog_id;
+  const OLECHAR* version_independent_prog_id;
+  const OLECHAR* description;
+  const OLECHAR* threading_model;
+  WORD registry_script;
+};
+
+// The table; its cached factories are module state. Writing them is for the entry points.
+ClassRow* ClassTable();
+
+// FindClass returns the row of a class identifier, null if there is none.
+ClassRow* FindClass(REFCLSID id);
+
+}  // namespace mirolta

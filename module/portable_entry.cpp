@@ -1,0 +1,42 @@
+// What the loader and the resource compiler do on Windows: hands the module its handle when it is
+// loaded, and carries its resources as tables.
+#include "messages.h"
+#include "portable/module_resources.h"
+#include "type_library_table.h"
+
+using namespace mirolta;
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
+
+namespace {
+
+constexpr unsigned kMessageCount = sizeof(kMessages) / sizeof(kMessages[0]);
+
+struct MessageResources {
+  StringResource rows[kMessageCount];
+};
+constexpr MessageResources CopyMessages() {
+  MessageResources copy = {};
+  for (unsigned i = 0; i < kMessageCount; ++i) copy.rows[i] = {kMessages[i].id, kMessages[i].text};
+  return copy;
+}
+constexpr MessageResources kStrings = CopyMessages();
+
+constexpr ModuleResources kResources = {kStrings.rows, kMessageCount, nullptr, 0,
+                                        &kTypeLibraryTable};
+
+HINSTANCE instance = nullptr;
+
+__attribute__((constructor)) void Load() {
+  instance = MiroltaAttachModule(&kResources);
+  // Without a handle there is no module state, and every entry point says so.
+  if (instance != nullptr) DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
+}
+
+__attribute__((destructor)) void Unload() {
+  if (instance == nullptr) return;
+  DllMain(instance, DLL_PROCESS_DETACH, nullptr);
+  MiroltaDetachModule(instance);
+}
+
+}  // namespace

@@ -1,0 +1,56 @@
+#include "type_library_table.h"
+
+#include "big_number_members.h"
+#include "hash_object_members.h"
+#include "mirolta.h"
+#include "rsa_crypt_members.h"
+#include "symmetric_crypt_members.h"
+#include "tovi_stream_crypt_members.h"
+#include "tovi_stream_digest_members.h"
+
+namespace mirolta {
+
+namespace {
+
+constexpr const InterfaceTable* kInterfaces[] = {
+    &kHashObjectInterface, &kSymmetricCryptInterface, &kBigNumberInterface,
+    &kRsaCryptInterface,   &kToviStreamDigestInterface, &kToviStreamCryptInterface,
+};
+
+// clang-format off
+constexpr ClassTableRow kClasses[] = {
+    {&CLSID_ToviStreamDigest, OLESTR("ToviStreamDigest"),
+     OLESTR("A stream that digests what passes through it"), &kToviStreamDigestInterface},
+    {&CLSID_HashObject, OLESTR("HashObject"),
+     OLESTR("Message digests and HMAC"), &kHashObjectInterface},
+    {&CLSID_SymmetricCryptObject, OLESTR("SymmetricCryptObject"),
+     OLESTR("AES and DES encryption, block by block"), &kSymmetricCryptInterface},
+    {&CLSID_RSACrypt, OLESTR("RSACrypt"),
+     OLESTR("Raw RSA and its keys"), &kRsaCryptInterface},
+    {&CLSID_PexBigNumber, OLESTR("PexBigNumber"),
+     OLESTR("Big integers"), &kBigNumberInterface},
+    {&CLSID_ToviStreamCrypt, OLESTR("ToviStreamCrypt"),
+     OLESTR("A stream that encrypts or decrypts what passes through it"), &kToviStreamCryptInterface},
+};
+// clang-format on
+
+template <typename Row, unsigned kCount>
+constexpr unsigned CountOf(const Row (&)[kCount]) {
+  return kCount;
+}
+
+}  // namespace
+
+constexpr TypeLibraryTable kTypeLibraryTable = {
+    .id = &LIBID_MIROLTALib,
+    .name = OLESTR("MIROLTALib"),
+    .help = OLESTR("Mirolta 1.0 Type Library"),
+    .major = 1,
+    .minor = 0,
+    .interfaces = kInterfaces,
+    .interface_count = CountOf(kInterfaces),
+    .classes = kClasses,
+    .class_count = CountOf(kClasses),
+};
+
+}  // namespace mirolta
