@@ -1,0 +1,19 @@
+// Modules in the registry: by command, and the host's own module by itself.
+#pragma once
+
+#include <string>
+
+#include "platform.h"
+
+namespace mirolta {
+
+// CallRegistration loads the module file and calls its DllRegisterServer or DllUnregisterServer.
+// Returns its status; *problem says in a sentence what went wrong.
+HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem);
+
+// RegisterOwnModule is for a host on which nothing was ever registered: unless the module's classes
+// are known, it finds the module beside the host (../lib/libMirolta.so from its own place) and
+// registers it in memory, for this process only. False if it found nothing to add.
+bool RegisterOwnModule();
+
+}  // namespace mirolta

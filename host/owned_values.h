@@ -1,0 +1,63 @@
+// Owners of automation values for the host: what they hold is given back when they end.
+#pragma once
+
+#include <utility>
+
+#include "platform.h"
+
+namespace mirolta {
+
+struct OwnedVariant : VARIANT {
+  OwnedVariant() { VariantInit(this); }
+  OwnedVariant(const OwnedVariant&) = delete;
+  OwnedVariant& operator=(const OwnedVariant&) = delete;
+  ~OwnedVariant() { VariantClear(this); }
+};
+
+// A counted reference.
+template <typename Interface>
+class Reference {
+ public:
+  Reference() = default;
+  Reference(const Reference&) = delete;
+  Reference& operator=(const Reference&) = delete;
+  ~Reference() { Reset(); }
+
+  Interface* Get() const { return pointer_; }
+  Interface* operator->() const { return pointer_; }
+  explicit operator bool() const { return pointer_ != nullptr; }
+
+  // Where a callee puts a reference that this owner then holds.
+  Interface** Out() {
+    Reset();
+    return &pointer_;
+  }
+  void** OutVoid() { return reinterpret_cast<void**>(Out()); }
+  // Adds a reference of its own.
+  void Share(Interface* pointer) {
+    if (pointer != nullptr) pointer->AddRef();
+    Reset();
+    pointer_ = pointer;
+  }
+  Interface* Release() { return std::exchange(pointer_, nullptr); }
+  void Reset() {
+    Interface* old = std::exchange(pointer_, nullptr);
+    if (old != nullptr) old->Release();
+  }
+
+ private:
+  Interface* pointer_ = nullptr;
+};
+
+struct OwnedException : EXCEPINFO {
+  OwnedException() : EXCEPINFO{} {}
+  OwnedException(const OwnedException&) = delete;
+  OwnedException& operator=(const OwnedException&) = delete;
+  ~OwnedException() {
+    SysFreeString(bstrSource);
+    SysFreeString(bstrDescription);
+    SysFreeString(bstrHelpFile);
+  }
+};
+
+}  // namespace mirolta

@@ -1,0 +1,144 @@
+#include "script_engine.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "array_value.h"
+#include "dispatch_object.h"
+#include "host_errors.h"
+#include "script_context.h"
+#include "script_object.h"
+#include "script_source.h"
+#include "value_marshal.h"
+#include "wscript_object.h"
+
+namespace mirolta {
+namespace {
+
+// What the engine may have at one time. A script that wants more gets an error, not the machine's
+// last memory.
+constexpr size_t kMemoryLimit = size_t{1} << 30;
+constexpr size_t kBlockHeader = 16;  // keeps the alignment of what follows
+
+size_t* SizeOf(void* block) {
+  return reinterpret_cast<size_t*>(static_cast<char*>(block) - kBlockHeader);
+}
+
+void* Resize(ScriptContext* context, void* block, size_t size) {
+  const size_t old_size = block != nullptr ? *SizeOf(block) : 0;
+  if (size > kMemoryLimit || context->memory_in_use - old_size > kMemoryLimit - size) return nullptr;
+  char* start = block != nullptr ? static_cast<char*>(block) - kBlockHeader : nullptr;
+  auto* grown = static_cast<char*>(realloc(start, size + kBlockHeader));
+  if (grown == nullptr) return nullptr;
+  context->memory_in_use += size - old_size;
+  void* result = grown + kBlockHeader;
+  *SizeOf(result) = size;
+  return result;
+}
+
+void Free(void* context, void* block) {
+  if (block == nullptr) return;
+  static_cast<ScriptContext*>(context)->memory_in_use -= *SizeOf(block);
+  free(static_cast<char*>(block) - kBlockHeader);
+}
+
+void* Allocate(void* context, duk_size_t size) {
+  return size == 0 ? nullptr : Resize(static_cast<ScriptContext*>(context), nullptr, size);
+}
+
+void* Reallocate(void* context, void* block, duk_size_t size) {
+  if (size == 0) {
+    Free(context, block);
+    return nullptr;
+  }
+  return Resize(static_cast<ScriptContext*>(context), block, size);
+}
+
+// The engine cannot go on: it ran out of memory where it may not, or the host misused it.
+void EndOnFatal(void*, const char* message) {
+  FlushOutput();
+  fprintf(stderr, "mirolta-host: the script engine failed: %s\n",
+          message != nullptr ? message : "no reason given");
+  _Exit(1);
+}
+
+duk_ret_t Install(duk_context* engine, void* data) {
+  auto* context = static_cast<ScriptContext*>(data);
+  InstallErrors(engine);
+  InstallMarshalling(engine);
+  InstallDispatchObjects(engine);
+  InstallVbArray(engine);
+  InstallWScript(engine);
+  context->link = MakeLink(engine);
+  context->call_sites.Learn(engine);
+  // They reach into the engine itself.
+  duk_push_global_object(engine);
+  for (const char* name : {"Duktape", "CBOR"}) duk_del_prop_string(engine, -1, name);
+  return 0;
+}
+
+void PrintReport(const ErrorReport& report) {
+  std::string place = report.file;
+  if (report.line > 0) {
+    place += '(';
+    place += std::to_string(report.line);
+    place += ')';
+  }
+  const std::string source = report.source.empty() ? "" : report.source + ": ";
+  fprintf(stderr, "%s: error 0x%08X (%d): %s%s\n", place.c_str(),
+          static_cast<unsigned>(report.number), static_cast<int>(report.number), source.c_str(),
+          report.description.c_str());
+}
+
+std::string FullScriptPath(const std::string& path) {
+  char* full = realpath(path.c_str(), nullptr);
+  const std::string found = full != nullptr ? full : path;
+  free(full);
+  return found;
+}
+
+// Compiles and runs; the error, if any, is on top of the stack.
+bool Execute(duk_context* engine, const std::string& name, const std::string& script) {
+  duk_push_lstring(engine, name.data(), name.size());
+  if (duk_pcompile_lstring_filename(engine, 0, script.data(), script.size()) != 0) return false;
+  return duk_pcall(engine, 0) == DUK_EXEC_SUCCESS;
+}
+
+}  // namespace
+
+int RunScript(const std::string& path, const std::vector<std::string>& arguments) {
+  std::string script, problem;
+  if (!LoadScript(path, &script, &problem)) {
+    fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(),
+            problem.c_str());
+    return 1;
+  }
+  ScriptContext context;
+  context.script_path = path;
+  context.script_full_path = FullScriptPath(path);
+  context.arguments = arguments;
+  duk_context* engine = duk_create_heap(Allocate, Reallocate, Free, &context, EndOnFatal);
+  if (engine == nullptr) {
+    fputs("mirolta-host: not enough memory for the script engine\n", stderr);
+    return 1;
+  }
+  context.engine = engine;
+  bool succeeded = duk_safe_call(engine, Install, &context, 0, 1) == DUK_EXEC_SUCCESS &&
+                   context.link != nullptr;
+  if (!succeeded) {
+    fprintf(stderr, "mirolta-host: %s\n", duk_safe_to_string(engine, -1));
+  } else {
+    duk_pop(engine);
+    succeeded = Execute(engine, EngineFromUnits(UnitsFromSystem(path)), script);
+    fflush(stdout);
+    if (!succeeded) PrintReport(DescribeError(engine));
+  }
+  // Automation may hold script objects longer than the engine lives.
+  if (context.link != nullptr) CutLink(context.link);
+  duk_destroy_heap(engine);
+  context.objects.Clear();
+  return FlushOutput() && succeeded ? 0 : 1;
+}
+
+}  // namespace mirolta

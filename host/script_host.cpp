@@ -1,0 +1,72 @@
+// mirolta-host: runs a script that drives automation objects, or registers a module.
+#include <stdio.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "module_registration.h"
+#include "platform.h"
+#include "script_engine.h"
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+constexpr char kUsage[] =
+    "Usage: mirolta-host SCRIPT.js [ARGUMENTS...]\n"
+    "       mirolta-host --register MODULE\n"
+    "       mirolta-host --unregister MODULE\n"
+    "       mirolta-host --help\n"
+    "\n"
+    "Runs a script in the manner of the platform's script host: ActiveXObject, WScript, VBArray.\n"
+    "Where nothing is registered, the module ../lib/libMirolta.so beside the host is used.\n"
+    "\n"
+    "Exit status: 0, the script's WScript.Quit code, 1 for an uncaught error or a script that\n"
+    "cannot be read or compiled, 2 for a wrong command line.\n"
+    "MIROLTA_REGISTRY names the registry file.\n";
+
+int ChangeRegistration(const char* module, bool registers) {
+  std::string problem;
+  if (FAILED(mirolta::CallRegistration(module, registers, &problem))) {
+    fprintf(stderr, "mirolta-host: %s: %s\n", module, problem.c_str());
+    return 1;
+  }
+  printf("%s: %s\n", module, registers ? "registered" : "unregistered");
+  return 0;
+}
+
+int RunCommand(int count, char** words) {
+  const char* first = words[1];
+  const bool registers = strcmp(first, "--register") == 0;
+  if (registers || strcmp(first, "--unregister") == 0) {
+    if (count == 3) return ChangeRegistration(words[2], registers);
+  } else if (strcmp(first, "--help") == 0 || strcmp(first, "-h") == 0) {
+    fputs(kUsage, stdout);
+    return 0;
+  } else if (strcmp(first, "--") == 0 && count > 2) {
+    return mirolta::RunScript(words[2], std::vector<std::string>(words + 3, words + count));
+  } else if (first[0] != '-') {
+    return mirolta::RunScript(first, std::vector<std::string>(words + 2, words + count));
+  }
+  fputs(kUsage, stderr);
+  return kUsageError;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count < 2) {
+    fputs(kUsage, stderr);
+    return kUsageError;
+  }
+  const HRESULT started = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+  if (FAILED(started)) {
+    fprintf(stderr, "mirolta-host: automation cannot be started (0x%08X)\n",
+            static_cast<unsigned>(started));
+    return 1;
+  }
+  const int status = RunCommand(count, words);
+  CoUninitialize();
+  return status;
+}

@@ -1,0 +1,201 @@
+#include "wscript_object.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <strings.h>
+#include <time.h>
+
+#include <string_view>
+
+#include "active_x.h"
+#include "host_errors.h"
+#include "protected_call.h"
+#include "script_context.h"
+#include "stream_object.h"
+#include "value_marshal.h"
+
+namespace mirolta {
+namespace {
+
+constexpr char kCaseHandler[] = "wscript.handler";
+
+// Prints the arguments, joined by a space.
+struct PrintFrame {
+  std::string text;
+  void Print(duk_context* engine, FILE* file, bool ends_line) {
+    const duk_idx_t count = duk_get_top(engine);
+    for (duk_idx_t i = 0; i < count; ++i) {
+      duk_size_t size = 0;
+      const char* bytes = duk_to_lstring(engine, i, &size);
+      if (i > 0) text += ' ';
+      text += SystemFromUnits(UnitsFromEngine({bytes, size}));
+    }
+    if (ends_line) text += '\n';
+    // Both streams in the order of printing.
+    if (file == stderr) fflush(stdout);
+    fwrite(text.data(), 1, text.size(), file);
+  }
+};
+struct EchoFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stdout, true);
+    return 0;
+  }
+};
+struct OutWriteFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stdout, false);
+    return 0;
+  }
+};
+struct ErrWriteFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stderr, false);
+    return 0;
+  }
+};
+struct ErrWriteLineFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stderr, true);
+    return 0;
+  }
+};
+
+// Ends the process: nothing of the script, not even a finally block, runs any more.
+duk_ret_t Quit(duk_context* engine) {
+  const int status = duk_is_undefined(engine, 0) ? 0 : duk_to_int32(engine, 0);
+  ScriptContext& context = ContextOf(engine);
+  // An object in the middle of a call that led here cannot be let go.
+  if (context.calls_running == 0) context.objects.Clear();
+  const bool flushed = FlushOutput();
+  _Exit(flushed || status != 0 ? status : 1);
+}
+
+duk_ret_t Sleep(duk_context* engine) {
+  const double milliseconds = duk_to_number(engine, 0);
+  if (!(milliseconds >= 0 && milliseconds < 2147483648.0)) ThrowStatus(engine, kInvalidCall);
+  FlushOutput();
+  const auto whole = static_cast<int64_t>(milliseconds);
+  timespec left = {};
+  left.tv_sec = static_cast<time_t>(whole / 1000);
+  left.tv_nsec = static_cast<long>(whole % 1000) * 1000000L;
+  while (nanosleep(&left, &left) != 0) {
+  }
+  return 0;
+}
+
+// WScript.Arguments(i) and WScript.Arguments.Item(i)
+struct ArgumentFrame {
+  Units text;
+  duk_ret_t Run(duk_context* engine) {
+    const double index = duk_to_number(engine, 0);
+    const auto& arguments = ContextOf(engine).arguments;
+    if (!(index >= 0 && index < static_cast<double>(arguments.size()))) {
+      ThrowStatus(engine, kSubscriptOutOfRange);
+    }
+    text = UnitsFromSystem(arguments[static_cast<size_t>(index)]);
+    PushUnits(engine, text);
+    return 1;
+  }
+};
+
+duk_ret_t CountArguments(duk_context* engine) {
+  duk_push_uint(engine, static_cast<duk_uint_t>(ContextOf(engine).arguments.size()));
+  return 1;
+}
+
+// Reading a member whatever its letter case: target, name. One that fits exactly comes first.
+duk_ret_t GetAnyCase(duk_context* engine) {
+  constexpr duk_idx_t kTarget = 0, kName = 1;
+  duk_dup(engine, kName);
+  if (duk_get_prop(engine, kTarget) || !duk_is_string(engine, kName)) return 1;
+  const char* name = duk_get_string(engine, kName);
+  duk_enum(engine, kTarget, DUK_ENUM_OWN_PROPERTIES_ONLY | DUK_ENUM_INCLUDE_NONENUMERABLE);
+  while (duk_next(engine, -1, 0)) {
+    if (strcasecmp(name, duk_get_string(engine, -1)) == 0) {
+      duk_get_prop(engine, kTarget);
+      return 1;
+    }
+    duk_pop(engine);
+  }
+  return 0;
+}
+
+// Replaces the object on top of the stack by one that ignores letter case.
+void IgnoreCase(duk_context* engine) {
+  PushKept(engine, kCaseHandler);
+  duk_push_proxy(engine, 0);
+}
+
+void PutText(duk_context* engine, const char* name, const std::string& system_text) {
+  // Before any script runs an engine error ends the host, so nothing is lost to it here.
+  PushUnits(engine, UnitsFromSystem(system_text));
+  duk_put_prop_string(engine, -2, name);
+}
+
+void PutStandardStream(duk_context* engine, const char* name, duk_c_function write,
+                       duk_c_function write_line) {
+  duk_push_object(engine);
+  duk_push_c_function(engine, write, DUK_VARARGS);
+  duk_put_prop_string(engine, -2, "Write");
+  duk_push_c_function(engine, write_line, DUK_VARARGS);
+  duk_put_prop_string(engine, -2, "WriteLine");
+  IgnoreCase(engine);
+  duk_put_prop_string(engine, -2, name);
+}
+
+void PutArguments(duk_context* engine) {
+  duk_push_c_function(engine, RunProtected<ArgumentFrame>, 1);
+  duk_push_c_function(engine, RunProtected<ArgumentFrame>, 1);
+  duk_put_prop_string(engine, -2, "Item");
+  duk_push_c_function(engine, CountArguments, 0);
+  duk_put_prop_string(engine, -2, "Count");
+  duk_push_string(engine, "length");
+  CountArguments(engine);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+  IgnoreCase(engine);
+  duk_put_prop_string(engine, -2, "Arguments");
+}
+
+constexpr duk_function_list_entry kMembers[] = {
+    {"Echo", RunProtected<EchoFrame>, DUK_VARARGS},
+    {"Quit", Quit, 1},
+    {"Sleep", Sleep, 1},
+    {nullptr, nullptr, 0},
+};
+
+std::string_view FileName(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace
+
+void InstallWScript(duk_context* engine) {
+  const ScriptContext& context = ContextOf(engine);
+  duk_push_bare_object(engine);
+  duk_push_c_function(engine, GetAnyCase, 3);
+  duk_put_prop_string(engine, -2, "get");
+  KeepValue(engine, kCaseHandler);
+
+  duk_push_object(engine);
+  duk_put_function_list(engine, -1, kMembers);
+  PutText(engine, "ScriptName", std::string(FileName(context.script_full_path)));
+  PutText(engine, "ScriptFullName", context.script_full_path);
+  PutText(engine, "Name", "mirolta-host");
+  PutStandardStream(engine, "StdOut", RunProtected<OutWriteFrame>, RunProtected<EchoFrame>);
+  PutStandardStream(engine, "StdErr", RunProtected<ErrWriteFrame>,
+                    RunProtected<ErrWriteLineFrame>);
+  PutArguments(engine);
+  InstallActiveX(engine);
+  InstallStreams(engine);
+  IgnoreCase(engine);
+  duk_put_global_string(engine, "WScript");
+}
+
+bool FlushOutput() {
+  const bool written = fflush(stdout) == 0 && ferror(stdout) == 0;
+  if (!written) fputs("mirolta-host: the output cannot be written\n", stderr);
+  return written;
+}
+
+}  // namespace mirolta
