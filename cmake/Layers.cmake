@@ -8,10 +8,11 @@ target_compile_options(mirolta_options INTERFACE
   -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wvla -Wimplicit-fallthrough
   -fno-strict-aliasing -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections)
 if(MIROLTA_SANITIZE)
-  # The module has no run-time type information, which the check of virtual tables would need.
+  # The module has no run-time type information, which the check of virtual tables would need. The
+  # code that sanitizers add sets off the conversion warnings, which the plain builds check.
   target_compile_options(mirolta_options INTERFACE
     -fsanitize=${MIROLTA_SANITIZE} -fno-sanitize-recover=all -fno-sanitize=vptr
-    -fno-omit-frame-pointer)
+    -fno-omit-frame-pointer -Wno-conversion -Wno-sign-conversion -Wno-restrict)
   target_link_options(mirolta_options INTERFACE -fsanitize=${MIROLTA_SANITIZE})
 endif()
 if(MIROLTA_PORTABLE_ONLY)

@@ -2,6 +2,7 @@
 // loaded, and carries its resources as tables.
 #include "messages.h"
 #include "portable/module_resources.h"
+#include "registry_resources.h"
 #include "type_library_table.h"
 
 using namespace mirolta;
@@ -22,8 +23,8 @@ constexpr MessageResources CopyMessages() {
 }
 constexpr MessageResources kStrings = CopyMessages();
 
-constexpr ModuleResources kResources = {kStrings.rows, kMessageCount, nullptr, 0,
-                                        &kTypeLibraryTable};
+const ModuleResources kResources = {kStrings.rows, kMessageCount, kRegistryScripts,
+                                    kRegistryScriptCount, &kTypeLibraryTable};
 
 HINSTANCE instance = nullptr;
 

@@ -76,7 +76,10 @@ constexpr LONG ERROR_NO_MORE_ITEMS = 259;
 constexpr LONG ERROR_BADDB = 1009;
 constexpr LONG ERROR_CANTWRITE = 1013;
 
+constexpr HRESULT HRESULT_FROM_WIN32(DWORD error) {
+  return static_cast<HRESULT>(error) <= 0 ? static_cast<HRESULT>(error)
+                                          : static_cast<HRESULT>((error & 0xFFFFu) | 0x80070000u);
+}
 constexpr HRESULT HRESULT_FROM_WIN32(LONG error) {
-  return error <= 0 ? static_cast<HRESULT>(error)
-                    : static_cast<HRESULT>((static_cast<DWORD>(error) & 0xFFFFu) | 0x80070000u);
+  return HRESULT_FROM_WIN32(static_cast<DWORD>(error));
 }

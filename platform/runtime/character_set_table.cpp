@@ -1,6 +1,5 @@
 #include "character_set_table.h"
 
-#include <iconv.h>
 #include <langinfo.h>
 #include <locale.h>
 #include <strings.h>
@@ -13,12 +12,13 @@ namespace mirolta {
 namespace {
 
 constexpr auto kUtf8 = CharacterSetKind::kUtf8;
+constexpr auto kUtf7 = CharacterSetKind::kUtf7;
 constexpr auto kSingle = CharacterSetKind::kSingleByte;
 constexpr auto kMulti = CharacterSetKind::kMultiByte;
 
 // 1200, 1201, 12000 and 12001 are missing on purpose: the platform refuses them here.
 constexpr CharacterSet kSets[] = {
-    {65001, kUtf8, "UTF-8", 0xFFFD},       {65000, kMulti, "UTF-7", 0xFFFD},
+    {65001, kUtf8, "UTF-8", 0xFFFD},       {65000, kUtf7, "UTF-7", 0xFFFD},
     {20127, kSingle, "ASCII", u'?'},       {437, kSingle, "CP437", u'?'},
     {737, kSingle, "CP737", u'?'},         {775, kSingle, "CP775", u'?'},
     {850, kSingle, "CP850", u'?'},         {852, kSingle, "CP852", u'?'},
@@ -105,8 +105,8 @@ WCHAR DecodeOpenByte(UINT number, unsigned byte) {
 // Each byte is decoded for itself: the C library would join some letters and marks, the platform
 // does not.
 bool FillTable(const CharacterSet& set, SingleByteTable* table) {
-  const iconv_t converter = iconv_open("UTF-16LE", set.name);
-  if (converter == reinterpret_cast<iconv_t>(-1)) return false;
+  Converter converter("UTF-16LE", set.name);
+  if (!converter.valid()) return false;
   for (unsigned byte = 0; byte < 256; ++byte) {
     char in[1] = {static_cast<char>(byte)};
     char out[8] = {};
@@ -114,15 +114,14 @@ bool FillTable(const CharacterSet& set, SingleByteTable* table) {
     char* to = out;
     size_t left = 1;
     size_t room = sizeof(out);
-    iconv(converter, nullptr, nullptr, nullptr, nullptr);
-    const size_t failed = iconv(converter, &from, &left, &to, &room);
-    if (failed != static_cast<size_t>(-1)) iconv(converter, nullptr, nullptr, &to, &room);
+    converter.Reset();
+    const size_t failed = iconv(converter.handle(), &from, &left, &to, &room);
+    if (failed != static_cast<size_t>(-1)) iconv(converter.handle(), nullptr, nullptr, &to, &room);
     const bool one = failed != static_cast<size_t>(-1) && to - out == 2;
     table->decoded[byte] =
         one ? static_cast<WCHAR>(static_cast<BYTE>(out[0]) | static_cast<BYTE>(out[1]) << 8)
             : DecodeOpenByte(set.number, byte);
   }
-  iconv_close(converter);
 
   for (unsigned count = 0; count < 256; ++count) {  // insertion sort: once a set
     unsigned place = count;
@@ -138,8 +137,22 @@ bool FillTable(const CharacterSet& set, SingleByteTable* table) {
 SingleByteTable g_tables[kSetCount];
 std::atomic<bool> g_filled[kSetCount];
 std::mutex g_filling;
+std::mutex g_converters;
+
+iconv_t OpenConverter(const char* to, const char* from) {
+  const std::lock_guard<std::mutex> lock(g_converters);
+  return iconv_open(to, from);
+}
 
 }  // namespace
+
+Converter::Converter(const char* to, const char* from) : handle_(OpenConverter(to, from)) {}
+
+Converter::~Converter() {
+  if (!valid()) return;
+  const std::lock_guard<std::mutex> lock(g_converters);
+  iconv_close(handle_);
+}
 
 const CharacterSet* FindCharacterSet(UINT number) {
   if (number == 0) {

@@ -1,5 +1,3 @@
-#include <iconv.h>
-
 #include <algorithm>
 #include <bit>
 #include <cerrno>
@@ -7,6 +5,7 @@
 
 #include "character_set_table.h"
 #include "portable/system.h"
+#include "utf7_text.h"
 #include "utf8_text.h"
 
 namespace mirolta {
@@ -115,45 +114,29 @@ bool DecodeSingleByte(const CharacterSet& set, const char* bytes, size_t size, b
   return true;
 }
 
-// Converter is one use of the C library's converter.
-class Converter {
- public:
-  Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
-  Converter(const Converter&) = delete;
-  Converter& operator=(const Converter&) = delete;
-  ~Converter() {
-    if (valid()) iconv_close(handle_);
+// Converts in[0..*left) until its end or something that is no character; moves in and left on.
+// `in` null writes what returns to the initial state. False: stopped before the end.
+template <typename Unit>
+bool Convert(const Converter& converter, char** in, size_t* left, Output<Unit>* out) {
+  for (;;) {
+    Unit block[256];
+    char* to = reinterpret_cast<char*>(block);
+    size_t room = sizeof(block);
+    const size_t result = iconv(converter.handle(), in, left, &to, &room);
+    const int error = errno;
+    out->Put(block, (sizeof(block) - room) / sizeof(Unit));
+    if (result != static_cast<size_t>(-1)) return true;
+    if (error != E2BIG) return false;
   }
-  bool valid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
-
-  // Converts in[0..*left) until its end or something that is no character; moves in and left on.
-  // `in` null writes what returns to the initial state. False: stopped before the end.
-  template <typename Unit>
-  bool Run(char** in, size_t* left, Output<Unit>* out) {
-    for (;;) {
-      Unit block[256];
-      char* to = reinterpret_cast<char*>(block);
-      size_t room = sizeof(block);
-      const size_t result = iconv(handle_, in, left, &to, &room);
-      const int error = errno;
-      out->Put(block, (sizeof(block) - room) / sizeof(Unit));
-      if (result != static_cast<size_t>(-1)) return true;
-      if (error != E2BIG) return false;
-    }
-  }
-  void Reset() { iconv(handle_, nullptr, nullptr, nullptr, nullptr); }
-
- private:
-  iconv_t handle_;
-};
+}
 
 bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, Default* missing,
                      Output<char>* out) {
-  Converter converter(set.name, kUtf16Name);
+  const Converter converter(set.name, kUtf16Name);
   if (!converter.valid()) return false;
   char* in = reinterpret_cast<char*>(const_cast<WCHAR*>(text));  // iconv does not write to it
   size_t left = length * sizeof(WCHAR);
-  while (!converter.Run(&in, &left, out)) {
+  while (!Convert(converter, &in, &left, out)) {
     const size_t at = length - left / sizeof(WCHAR);
     // The platform knows units, not pairs, in these sets: a pair gives two defaults.
     uint32_t point;
@@ -162,7 +145,7 @@ bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, 
     in += taken * sizeof(WCHAR);
     left -= taken * sizeof(WCHAR);
   }
-  return converter.Run<char>(nullptr, nullptr, out);
+  return Convert(converter, nullptr, nullptr, out);
 }
 
 bool DecodeMultiByte(const CharacterSet& set, const char* bytes, size_t size, bool strict,
@@ -171,7 +154,7 @@ bool DecodeMultiByte(const CharacterSet& set, const char* bytes, size_t size, bo
   if (!converter.valid()) return false;
   char* in = const_cast<char*>(bytes);  // iconv does not write to it
   size_t left = size;
-  while (!converter.Run(&in, &left, out)) {
+  while (!Convert(converter, &in, &left, out)) {
     if (strict) return false;
     out->Put(set.undecodable);
     converter.Reset();
@@ -179,6 +162,21 @@ bool DecodeMultiByte(const CharacterSet& set, const char* bytes, size_t size, bo
     --left;
   }
   return true;
+}
+
+void EncodeToUtf7(const WCHAR* text, size_t length, Output<char>* out) {
+  Utf7Encoder encoder;
+  char bytes[Utf7Encoder::kMaxBytes];
+  for (size_t i = 0; i < length; ++i) out->Put(bytes, encoder.Encode(text[i], bytes));
+  out->Put(bytes, encoder.End(bytes));
+}
+
+void DecodeFromUtf7(const char* bytes, size_t size, Output<WCHAR>* out) {
+  Utf7Decoder decoder;
+  WCHAR unit;
+  for (size_t i = 0; i < size; ++i) {
+    if (decoder.Decode(bytes[i], &unit)) out->Put(unit);
+  }
 }
 
 }  // namespace
@@ -204,6 +202,10 @@ extern "C" INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, IN
   switch (set->kind) {
     case CharacterSetKind::kUtf8:
       converted = EncodeToUtf8(text, count, (flags & kRefuseUnpaired) != 0, &out);
+      break;
+    case CharacterSetKind::kUtf7:
+      EncodeToUtf7(text, count, &out);
+      converted = true;
       break;
     case CharacterSetKind::kSingleByte:
       converted = EncodeSingleByte(*set, text, count, &missing, &out);
@@ -231,6 +233,10 @@ extern "C" INT MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR bytes, IN
   switch (set->kind) {
     case CharacterSetKind::kUtf8:
       converted = DecodeFromUtf8(bytes, count, strict, &out);
+      break;
+    case CharacterSetKind::kUtf7:
+      DecodeFromUtf7(bytes, count, &out);
+      converted = !strict;  // the platform refuses the flag for this set
       break;
     case CharacterSetKind::kSingleByte:
       converted = DecodeSingleByte(*set, bytes, count, strict, &out);

@@ -140,7 +140,7 @@ using namespace mirolta;
 extern "C" LONG RegOpenKeyExW(HKEY handle, LPCWSTR path, DWORD, REGSAM access, HKEY* out) {
   if (out == nullptr) return ERROR_INVALID_PARAMETER;
   *out = nullptr;
-  const RegistryUse use(false);
+  const RegistryUse use(RegistryAccess::kRead);
   Place place;
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
@@ -153,7 +153,7 @@ extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD,
                                 void*, HKEY* out, DWORD* disposition) {
   if (out == nullptr) return ERROR_INVALID_PARAMETER;
   *out = nullptr;
-  RegistryUse use(true);
+  RegistryUse use(RegistryAccess::kWrite);
   Place place;
   RegistryKey* key = nullptr;
   LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
@@ -175,7 +175,7 @@ extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD,
 }
 
 extern "C" LONG RegCloseKey(HKEY handle) {
-  const RegistryUse use(false);  // closing needs no registry, only the table of open keys
+  const RegistryUse use(RegistryAccess::kHandles);
   Place place;
   const LONG error = PlaceOf(handle, &place);
   if (error != ERROR_SUCCESS || place.root != nullptr) return error;
@@ -189,7 +189,7 @@ extern "C" LONG RegCloseKey(HKEY handle) {
 
 extern "C" LONG RegDeleteKeyW(HKEY handle, LPCWSTR path) {
   if (path == nullptr) return ERROR_INVALID_PARAMETER;
-  RegistryUse use(true);
+  RegistryUse use(RegistryAccess::kWrite);
   Place place;
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
@@ -204,7 +204,7 @@ extern "C" LONG RegDeleteKeyW(HKEY handle, LPCWSTR path) {
 }
 
 extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
-  RegistryUse use(true);
+  RegistryUse use(RegistryAccess::kWrite);
   Place place;
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kSetValue, &key, &place);
@@ -227,7 +227,7 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
     data = reinterpret_cast<const BYTE*>(text.data());
     kept_size = text.size() * sizeof(WCHAR);
   }
-  RegistryUse use(true);
+  RegistryUse use(RegistryAccess::kWrite);
   Place place;
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kSetValue, &key, &place);
@@ -239,7 +239,7 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
 extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type, BYTE* data,
                                  DWORD* size) {
   if (data != nullptr && size == nullptr) return ERROR_INVALID_PARAMETER;
-  const RegistryUse use(false);
+  const RegistryUse use(RegistryAccess::kRead);
   Place place;
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kQuery, &key, &place);
@@ -251,7 +251,7 @@ extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type,
 extern "C" LONG RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* length, DWORD*,
                               LPWSTR key_class, DWORD* class_length, FILETIME* written) {
   if (name == nullptr || length == nullptr) return ERROR_INVALID_PARAMETER;
-  const RegistryUse use(false);
+  const RegistryUse use(RegistryAccess::kRead);
   Place place;
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kEnumerate, &key, &place);
@@ -271,7 +271,7 @@ extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   if (name == nullptr || length == nullptr || (data != nullptr && size == nullptr)) {
     return ERROR_INVALID_PARAMETER;
   }
-  const RegistryUse use(false);
+  const RegistryUse use(RegistryAccess::kRead);
   Place place;
   RegistryKey* key = nullptr;
   LONG error = FindKey(use, handle, kQuery, &key, &place);

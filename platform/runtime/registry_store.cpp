@@ -76,14 +76,14 @@ LONG StoreFile() {
 
 }  // namespace
 
-RegistryUse::RegistryUse(bool for_writing) : for_writing_(for_writing) {
+RegistryUse::RegistryUse(RegistryAccess access) : access_(access) {
   g_lock.lock();
-  error_ = for_writing ? EnterFile() : ERROR_SUCCESS;
-  if (error_ == ERROR_SUCCESS) error_ = Refresh();
+  error_ = access == RegistryAccess::kWrite ? EnterFile() : ERROR_SUCCESS;
+  if (error_ == ERROR_SUCCESS && access != RegistryAccess::kHandles) error_ = Refresh();
 }
 
 RegistryUse::~RegistryUse() {
-  if (for_writing_) LeaveFile();
+  if (access_ == RegistryAccess::kWrite) LeaveFile();
   g_lock.unlock();
 }
 

@@ -7,11 +7,17 @@
 
 namespace mirolta {
 
+enum class RegistryAccess : uint8_t {
+  kHandles,  // the table of open keys only; there is no root()
+  kRead,
+  kWrite,
+};
+
 // RegistryUse holds the process's registry from its making to its end. After error() is 0, root()
 // holds the current content. A use for writing holds the file's lock too.
 class RegistryUse {
  public:
-  explicit RegistryUse(bool for_writing);
+  explicit RegistryUse(RegistryAccess access);
   RegistryUse(const RegistryUse&) = delete;
   RegistryUse& operator=(const RegistryUse&) = delete;
   ~RegistryUse();
@@ -25,7 +31,7 @@ class RegistryUse {
 
  private:
   LONG error_;
-  const bool for_writing_;
+  const RegistryAccess access_;
 };
 
 }  // namespace mirolta

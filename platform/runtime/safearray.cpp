@@ -119,8 +119,10 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array) {
   if (array->cLocks > 0) return DISP_E_ARRAYISLOCKED;
   const HRESULT status = ClearElements(array);
   if (FAILED(status)) return status;
+  // Such an array lies in memory of its maker, descriptor and data.
   constexpr USHORT kForeignData = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
-  if ((array->fFeatures & kForeignData) == 0) FreeRuntime(array->pvData);
+  if ((array->fFeatures & kForeignData) != 0) return S_OK;
+  FreeRuntime(array->pvData);
   FreeRuntime(BlockOf(array));
   return S_OK;
 }
@@ -136,7 +138,10 @@ HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to) {
   constexpr USHORT kOfStorage =
       FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE | FADF_CREATEVECTOR;
   made->fFeatures = static_cast<USHORT>(from->fFeatures & ~kOfStorage);
-  memcpy(BlockOf(made), BlockOf(from), kHiddenBytes);
+  constexpr USHORT kHasHiddenWords = FADF_HAVEVARTYPE | FADF_HAVEIID;
+  if ((from->fFeatures & kHasHiddenWords) != 0) {
+    memcpy(BlockOf(made), BlockOf(from), kHiddenBytes);
+  }
   for (UINT i = 0; i < from->cDims; ++i) Bounds(made)[i] = Bounds(from)[i];
   HRESULT status = AllocateData(made);
   ULONG count = 0;

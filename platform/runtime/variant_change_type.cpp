@@ -134,16 +134,29 @@ HRESULT QueryObject(IUnknown* from, VARTYPE type, VARIANT* made) {
   return S_OK;
 }
 
+// DefaultValue asks the object, then the object that it answers with, and so on.
 HRESULT DefaultValue(IDispatch* object, LCID locale, VARIANT* value) {
-  if (object == nullptr) return DISP_E_BADVARTYPE;
-  DISPPARAMS none = {nullptr, nullptr, 0, 0};
-  const HRESULT status = object->Invoke(DISPID_VALUE, IID_NULL, locale, DISPATCH_PROPERTYGET, &none,
-                                        value, nullptr, nullptr);
-  if (FAILED(status)) {
-    VariantClear(value);
-    return DISP_E_TYPEMISMATCH;
+  constexpr int kMaxDepth = 32;  // an object may be its own default value
+  VARIANT current;
+  VariantInit(&current);
+  for (int depth = 0; depth < kMaxDepth; ++depth) {
+    if (object == nullptr) return DISP_E_BADVARTYPE;
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
+    VARIANT next;
+    VariantInit(&next);
+    const HRESULT status = object->Invoke(DISPID_VALUE, IID_NULL, locale, DISPATCH_PROPERTYGET,
+                                          &none, &next, nullptr, nullptr);
+    VariantClear(&current);
+    current = next;
+    if (FAILED(status)) break;
+    if (current.vt != VT_DISPATCH) {
+      *value = current;
+      return S_OK;
+    }
+    object = current.pdispVal;
   }
-  return S_OK;
+  VariantClear(&current);
+  return DISP_E_TYPEMISMATCH;
 }
 
 HRESULT ChangeEmpty(VARTYPE type, VARIANT* made) {

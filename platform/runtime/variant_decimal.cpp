@@ -37,14 +37,6 @@ BYTE DivideByTen(Wide* wide) {
   return static_cast<BYTE>(rest);
 }
 
-void StripTrailingZeros(Digits* number) {
-  while (number->count > 0 && number->digits[number->count - 1] == 0) {
-    --number->count;
-    ++number->exponent;
-  }
-  if (number->count == 0) number->exponent = 0;
-}
-
 Digits DigitsOfWide(bool negative, Wide wide, int scale) {
   BYTE reversed[Digits::kCapacity];
   int count = 0;
@@ -54,7 +46,7 @@ Digits DigitsOfWide(bool negative, Wide wide, int scale) {
   number.negative = negative && count > 0;
   while (count > 0) number.Append(reversed[--count]);
   number.exponent -= scale;
-  StripTrailingZeros(&number);
+  number.StripTrailingZeros();
   return number;
 }
 
@@ -81,6 +73,15 @@ void Digits::Append(BYTE digit) {
   }
   more = more || digit != 0;
   ++exponent;
+}
+
+void Digits::StripTrailingZeros() {
+  if (more) return;  // what was cut off follows these zeros
+  while (count > 0 && digits[count - 1] == 0) {
+    --count;
+    ++exponent;
+  }
+  if (count == 0) exponent = 0;
 }
 
 Digits DigitsOfInteger(bool negative, ULONGLONG magnitude) {
@@ -129,11 +130,11 @@ Digits DigitsOfReal(double value, int significant) {
     if (negative) exponent = -exponent;
   }
   number.exponent = exponent - (significant - 1);
-  StripTrailingZeros(&number);
+  number.StripTrailingZeros();
   return number;
 }
 
-void RoundDigits(Digits* number, int keep) {
+void RoundDigits(Digits* number, int keep, Halves halves) {
   if (keep >= number->count) return;
   if (keep < 0 || number->count == 0) {
     number->count = 0;
@@ -144,7 +145,8 @@ void RoundDigits(Digits* number, int keep) {
   for (int i = keep + 1; i < number->count; ++i) beyond = beyond || number->digits[i] != 0;
   const BYTE first = number->digits[keep];
   const bool odd = keep > 0 && number->digits[keep - 1] % 2 != 0;
-  const bool up = first > 5 || (first == 5 && (beyond || odd));
+  const bool half_up = beyond || odd || halves == Halves::kAwayFromZero;
+  const bool up = first > 5 || (first == 5 && half_up);
   number->exponent += number->count - keep;
   number->count = keep;
   number->more = false;
@@ -160,7 +162,7 @@ void RoundDigits(Digits* number, int keep) {
       number->count = 1;
     }
   }
-  StripTrailingZeros(number);
+  number->StripTrailingZeros();
 }
 
 bool DigitsToInteger(Digits number, ULONGLONG* magnitude) {

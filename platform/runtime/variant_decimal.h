@@ -17,6 +17,8 @@ struct Digits {
 
   // Append adds a digit at the right; one that finds no room scales the value instead.
   void Append(BYTE digit);
+  // StripTrailingZeros scales instead; zero has exponent 0.
+  void StripTrailingZeros();
   bool IsZero() const { return count == 0; }
 };
 
@@ -29,8 +31,10 @@ Digits DigitsOfReal(double value, int significant);
 // DecimalOfCurrency keeps all four decimal places, zeros too.
 DECIMAL DecimalOfCurrency(CY value);
 
-// RoundDigits keeps the first `keep` digits (0 or less: none), halves to even.
-void RoundDigits(Digits* number, int keep);
+enum class Halves : uint8_t { kToEven, kAwayFromZero };
+
+// RoundDigits keeps the first `keep` digits (0 or less: none).
+void RoundDigits(Digits* number, int keep, Halves halves = Halves::kToEven);
 
 // The conversions round halves to even. Errors: false when the result is out of range.
 [[nodiscard]] bool DigitsToInteger(Digits number, ULONGLONG* magnitude);

@@ -1,7 +1,7 @@
 #include "variant_number_text.h"
 
-#include <charconv>
 #include <cmath>
+#include <cstdlib>
 
 namespace mirolta {
 namespace {
@@ -127,11 +127,7 @@ class Reader {
     int exponent = 0;
     if (!ReadExponent(&exponent)) return false;
     digits->exponent += exponent - scale;
-    while (digits->count > 0 && digits->digits[digits->count - 1] == 0) {
-      --digits->count;
-      ++digits->exponent;
-    }
-    if (digits->IsZero()) digits->exponent = 0;
+    digits->StripTrailingZeros();
     return true;
   }
 
@@ -180,14 +176,22 @@ BSTR TextOfReal(double value, int significant) {
   if (std::isnan(value)) return SysAllocString(OLESTR("NAN"));
   if (std::isinf(value)) return SysAllocString(value < 0 ? OLESTR("-INF") : OLESTR("INF"));
   if (value == 0) return SysAllocString(OLESTR("0"));  // minus zero too
-  char narrow[40];
-  const std::to_chars_result end =
-      std::to_chars(narrow, narrow + sizeof narrow, value, std::chars_format::general, significant);
-  OLECHAR text[40];
-  UINT length = 0;
-  for (const char* at = narrow; at != end.ptr; ++at) {
-    text[length++] = *at == 'e' ? u'E' : static_cast<OLECHAR>(*at);
-  }
+  // More digits than are shown, so that rounding here sees what follows them.
+  constexpr int kExact = 40;
+  Digits digits = DigitsOfReal(value, kExact);
+  RoundDigits(&digits, significant, Halves::kAwayFromZero);
+  const int exponent = digits.count + digits.exponent - 1;  // of the first digit
+  constexpr int kLeastPlain = -4;
+  if (exponent >= kLeastPlain && exponent < significant) return TextOfDigits(digits);
+  digits.exponent = 1 - digits.count;
+  OLECHAR text[kPlainTextCapacity];
+  UINT length = DigitsToText(digits, text);
+  text[length++] = u'E';
+  text[length++] = exponent < 0 ? u'-' : u'+';
+  const int magnitude = std::abs(exponent);
+  if (magnitude >= 100) text[length++] = static_cast<OLECHAR>(u'0' + magnitude / 100);
+  text[length++] = static_cast<OLECHAR>(u'0' + magnitude / 10 % 10);
+  text[length++] = static_cast<OLECHAR>(u'0' + magnitude % 10);
   return SysAllocStringLen(text, length);
 }
 

@@ -18,7 +18,8 @@ HRESULT ParseNumberText(const OLECHAR* text, UINT length, NumberText* number);
 
 // Both make number text. Errors: null if memory is short.
 BSTR TextOfDigits(const Digits& number);
-// TextOfReal uses the shortest of plain and exponent form for `significant` digits, as "1E+15".
+// TextOfReal rounds to `significant` digits, halves away from zero as the platform does here, and
+// writes plain text, or "1E+15" where that would need more digits or four zeros after the point.
 BSTR TextOfReal(double value, int significant);
 
 // IsSpaceCharacter says whether the platform skips the character as a space.

@@ -1,0 +1,88 @@
+#include "type_library_registration.h"
+
+#include "module_state.h"
+
+namespace mirolta {
+
+namespace {
+
+using UnregisterTypeLibrary = HRESULT(STDAPICALLTYPE*)(REFGUID library, WORD major, WORD minor,
+                                                       LCID locale, SYSKIND kind);
+
+// Replaces the ending from the last dot on, or appends one.
+void ReplaceEnding(OLECHAR* file, const OLECHAR* ending) {
+  OLECHAR* place = nullptr;
+  OLECHAR* c = file;
+  for (; *c != 0; ++c) {
+    if (*c == OLESTR('.')) place = c;
+  }
+  if (place == nullptr) place = c;
+  while ((*place++ = *ending++) != 0) {
+  }
+}
+
+// Cuts a file name behind its last separator.
+void CutToFolder(OLECHAR* file) {
+  OLECHAR* end = file;
+  for (OLECHAR* c = file; *c != 0; ++c) {
+    if (*c == OLESTR('\\') || *c == OLESTR('/') || *c == OLESTR(':')) end = c + 1;
+  }
+  *end = 0;
+}
+
+}  // namespace
+
+HRESULT FindModuleTypeLibrary(ITypeLib** library, OLECHAR (&file)[MAX_PATH + 5]) {
+  OLECHAR module_file[MAX_PATH + 1];
+  if (!ModuleFileName(module_file)) return E_FAIL;
+  unsigned length = 0;
+  do {
+    file[length] = module_file[length];
+  } while (module_file[length++] != 0);
+  if (SUCCEEDED(LoadTypeLib(file, library))) return S_OK;
+  ReplaceEnding(file, OLESTR(".tlb"));
+  return LoadTypeLib(file, library);
+}
+
+HRESULT RegisterModuleTypeLibrary() {
+  ITypeLib* library = nullptr;
+  OLECHAR file[MAX_PATH + 5];
+  HRESULT status = FindModuleTypeLibrary(&library, file);
+  if (FAILED(status)) return status;
+  OLECHAR folder[MAX_PATH + 5];
+  for (unsigned i = 0; i < MAX_PATH + 5; ++i) {
+    folder[i] = file[i];
+    if (file[i] == 0) break;
+  }
+  CutToFolder(folder);
+  status = RegisterTypeLib(library, file, folder);
+  library->Release();
+  return status;
+}
+
+HRESULT UnregisterModuleTypeLibrary() {
+  ITypeLib* library = nullptr;
+  OLECHAR file[MAX_PATH + 5];
+  HRESULT status = FindModuleTypeLibrary(&library, file);
+  if (FAILED(status)) return status;
+  TLIBATTR* attributes = nullptr;
+  status = library->GetLibAttr(&attributes);
+  if (SUCCEEDED(status)) {
+    const HMODULE automation = LoadLibraryW(OLESTR("oleaut32.dll"));
+    if (automation != nullptr) {
+      // By way of a plain function pointer: the types of the two have nothing in common.
+      const auto unregister = reinterpret_cast<UnregisterTypeLibrary>(
+          reinterpret_cast<void*>(GetProcAddress(automation, "UnRegisterTypeLib")));
+      if (unregister != nullptr) {
+        status = unregister(attributes->guid, attributes->wMajorVerNum, attributes->wMinorVerNum,
+                            attributes->lcid, attributes->syskind);
+      }
+      FreeLibrary(automation);
+    }
+    library->ReleaseTLibAttr(attributes);
+  }
+  library->Release();
+  return status;
+}
+
+}  // namespace mirolta
