@@ -27,8 +27,7 @@ struct CreateFrame {
     CLSID id;
     HRESULT status = FindClass(name.c_str(), &id);
     if (SUCCEEDED(status)) {
-      status = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                                object.OutVoid());
+      status = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.OutVoid());
     }
     if (FAILED(status)) {
       const char* reason = StandardText(status);

@@ -168,8 +168,7 @@ constexpr duk_function_list_entry kMembers[] = {
 bool PushByteArray(duk_context* engine, const VARIANT& array) {
   LONG lower = 0, upper = 0;
   if (array.vt != (VT_ARRAY | VT_UI1) || array.parray == nullptr ||
-      SafeArrayGetDim(array.parray) != 1 ||
-      FAILED(SafeArrayGetLBound(array.parray, 1, &lower)) ||
+      SafeArrayGetDim(array.parray) != 1 || FAILED(SafeArrayGetLBound(array.parray, 1, &lower)) ||
       FAILED(SafeArrayGetUBound(array.parray, 1, &upper))) {
     return false;
   }

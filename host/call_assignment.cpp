@@ -20,14 +20,14 @@ struct Token {
   bool is_condition = false;
 };
 
-constexpr std::string_view kKeywords[] = {
-    "break", "case",     "catch",  "continue", "debugger", "default", "delete",   "do",
-    "else",  "finally",  "for",    "function", "if",       "in",      "instanceof", "new",
-    "return", "switch",  "throw",  "try",      "typeof",   "var",     "void",     "while",
-    "with"};
+constexpr std::string_view kKeywords[] = {"break",   "case",     "catch",  "continue", "debugger",
+                                          "default", "delete",   "do",     "else",     "finally",
+                                          "for",     "function", "if",     "in",       "instanceof",
+                                          "new",     "return",   "switch", "throw",    "try",
+                                          "typeof",  "var",      "void",   "while",    "with"};
 constexpr std::string_view kConditionKeywords[] = {"if", "while", "for", "with", "switch", "catch"};
-constexpr std::string_view kAssignments[] = {"=",  "+=", "-=", "*=",  "/=",  "%=",
-                                             "&=", "|=", "^=", "<<=", ">>=", ">>>="};
+constexpr std::string_view kAssignments[] = {
+    "=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>=", ">>>="};
 
 template <size_t kCount>
 bool IsOneOf(std::string_view text, const std::string_view (&list)[kCount]) {
@@ -99,8 +99,7 @@ class Tokenizer {
       while (at_ < script_.size() && IsNameByte(script_[at_])) ++at_;
       const std::string_view text = script_.substr(token->begin, at_ - token->begin);
       const bool is_member = !tokens_.empty() && TextOf(tokens_.back()) == ".";
-      token->kind =
-          !is_member && IsOneOf(text, kKeywords) ? TokenKind::kKeyword : TokenKind::kName;
+      token->kind = !is_member && IsOneOf(text, kKeywords) ? TokenKind::kKeyword : TokenKind::kName;
     } else if (c == '/' && MayBeRegExp()) {
       token->kind = TokenKind::kRegExp;
       TakeRegExp();
@@ -140,9 +139,9 @@ class Tokenizer {
 
   // The longest of the operators that matter here; all others may be taken a byte at a time.
   void TakePunctuator() {
-    static constexpr std::string_view kLong[] = {">>>=", "===", "!==", "<<=", ">>=", "==", "!=",
-                                                 "<=",   ">=",  "+=",  "-=",  "*=",  "/=", "%=",
-                                                 "&=",   "|=",  "^=",  "++",  "--",  "=>"};
+    static constexpr std::string_view kLong[] = {
+        ">>>=", "===", "!==", "<<=", ">>=", "==", "!=", "<=", ">=", "+=",
+        "-=",   "*=",  "/=",  "%=",  "&=",  "|=", "^=", "++", "--", "=>"};
     for (std::string_view one : kLong) {
       if (script_.substr(at_, one.size()) == one) {
         at_ += one.size();
@@ -179,8 +178,7 @@ class Tokenizer {
 
   void NoteParenthesis(Token* token, const Token& before) const {
     const std::string_view text = TextOf(before);
-    token->is_condition =
-        before.kind == TokenKind::kKeyword && IsOneOf(text, kConditionKeywords);
+    token->is_condition = before.kind == TokenKind::kKeyword && IsOneOf(text, kConditionKeywords);
     const bool after_function =
         tokens_.size() >= 2 && TextOf(tokens_[tokens_.size() - 2]) == "function";
     token->is_call = (before.kind == TokenKind::kName && !after_function) ||
@@ -212,8 +210,7 @@ class Rewriter {
     for (size_t i = 0; i + 1 < tokens_.size(); ++i) {
       const Token& close = tokens_[i];
       if (Is(i, ")") && close.opening < i && tokens_[close.opening].is_call &&
-          tokens_[i + 1].kind == TokenKind::kPunctuator &&
-          IsOneOf(TextOf(i + 1), kAssignments)) {
+          tokens_[i + 1].kind == TokenKind::kPunctuator && IsOneOf(TextOf(i + 1), kAssignments)) {
         RewriteCall(close.opening, i);
       }
     }
@@ -235,8 +232,7 @@ class Rewriter {
       edits_.push_back({tokens_[callee].begin, TextOf(callee).size(), Quoted(TextOf(callee))});
     } else if (Is(callee, "]") && tokens_[callee].opening < callee) {
       edits_.push_back({tokens_[tokens_[callee].opening].end, 0, "("});
-      edits_.push_back(
-          {tokens_[callee].begin, 0, ")+\"" + std::string(kAssignmentSuffix) + "\""});
+      edits_.push_back({tokens_[callee].begin, 0, ")+\"" + std::string(kAssignmentSuffix) + "\""});
     } else {
       edits_.push_back({tokens_[callee].end, 0, Quoted("")});
     }

@@ -1,5 +1,5 @@
-// Assignment to a property with arguments, `obj.Text(65001) = "x"`, which the platform's script host
-// knows and the standard language refuses. Before a script is compiled such assignments become
+// Assignment to a property with arguments, `obj.Text(65001) = "x"`, which the platform's script
+// host knows and the standard language refuses. Before a script is compiled such assignments become
 // `obj["Text()="](65001).value = "x"`; dispatch objects answer the name with the property's place.
 // Line numbers stay.
 #pragma once

@@ -66,7 +66,8 @@ duk_ret_t NoteInstruction(duk_context* engine) {
   duk_dup(engine, 1);
   duk_push_int(engine, code);
   duk_put_prop(engine, -3);
-  duk_push_c_function(engine, [](duk_context*) -> duk_ret_t { return 0; }, DUK_VARARGS);
+  duk_push_c_function(
+      engine, [](duk_context*) -> duk_ret_t { return 0; }, DUK_VARARGS);
   return 1;
 }
 
@@ -95,8 +96,8 @@ void CallSites::Learn(duk_context* engine) {
   }
   duk_pop(engine);
   bool all_known = true;
-  for (const char* name : {"call1", "call2", "call3", "call4", "read1", "read2", "read3", "read4",
-                           "read5"}) {
+  for (const char* name :
+       {"call1", "call2", "call3", "call4", "read1", "read2", "read3", "read4", "read5"}) {
     duk_get_prop_string(engine, -1, name);
     const duk_int_t code = duk_get_int_default(engine, -1, kNoInstruction);
     duk_pop(engine);

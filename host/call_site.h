@@ -1,8 +1,8 @@
 // Whether a member that is being read is about to be called.
 //
 // Automation tells a method or a property with arguments from a plain property only by the call
-// itself: `n.Text` reads a property, `n.Text(65001)` reads it with an argument, and for a reader that
-// sees the name alone the two are one. The script engine reads the member of a call with an
+// itself: `n.Text` reads a property, `n.Text(65001)` reads it with an argument, and for a reader
+// that sees the name alone the two are one. The script engine reads the member of a call with an
 // instruction of its own, so the instruction that is running gives the answer. Which instructions
 // these are is learnt from two known functions at start, not assumed; if they cannot be told apart
 // every read counts as a plain one.

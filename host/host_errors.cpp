@@ -23,7 +23,9 @@ void DefineHidden(duk_context* engine, const char* name) {
 
 // Throws an Error with the description on top of the stack.
 [[noreturn]] void ThrowDescribed(duk_context* engine, HRESULT status, UnitsView source) {
-  duk_push_error_object(engine, DUK_ERR_ERROR, "%s", "");
+  // Made by the script's own constructor: the error then names the script's line, not this one.
+  PushKept(engine, "Error");
+  duk_new(engine, 0);
   duk_dup(engine, -2);
   DefineHidden(engine, "message");
   duk_dup(engine, -2);

@@ -52,8 +52,7 @@ bool MemberCall::AskId(duk_context* engine, duk_idx_t name, DISPID* id) {
   }
   LPOLESTR text = name_.data();
   *id = DISPID_UNKNOWN;
-  const HRESULT status =
-      object_->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, id);
+  const HRESULT status = object_->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, id);
   if (status == DISP_E_UNKNOWNNAME || status == DISP_E_MEMBERNOTFOUND) return false;
   if (FAILED(status)) Throw(engine, status);
   // Looked for again: asking may have run a script.
@@ -64,8 +63,8 @@ bool MemberCall::AskId(duk_context* engine, duk_idx_t name, DISPID* id) {
 void MemberCall::TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) {
   arguments_.resize(static_cast<size_t>(count), VARIANT{});
   for (duk_idx_t i = 0; i < count; ++i) {
-    const HRESULT status = VariantFromScript(engine, first + i,
-                                             &arguments_[static_cast<size_t>(count - 1 - i)]);
+    const HRESULT status =
+        VariantFromScript(engine, first + i, &arguments_[static_cast<size_t>(count - 1 - i)]);
     if (FAILED(status)) ThrowStatus(engine, status);
   }
 }

@@ -38,8 +38,8 @@ std::string StatusSentence(const char* what, HRESULT status) {
   if (line != 0) {
     OLECHAR file[4096];
     const DWORD length = MiroltaRegistryFile(file, 4096);
-    sentence += "; the registry file " + SystemFromUnits({file, length}) + " is malformed in line " +
-                std::to_string(line);
+    sentence += "; the registry file " + SystemFromUnits({file, length}) +
+                " is malformed in line " + std::to_string(line);
   }
   return sentence;
 }

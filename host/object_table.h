@@ -32,8 +32,8 @@ class ObjectTable {
 
   // Add takes over `value` and returns its number.
   uint32_t Add(SlotKind kind, const VARIANT& value);
-  // Find returns null if the number holds nothing of that kind. The result lasts until the next Add:
-  // keep no pointer over a call that may run a script.
+  // Find returns null if the number holds nothing of that kind. The result lasts until the next
+  // Add: keep no pointer over a call that may run a script.
   ObjectSlot* Find(uint32_t number, SlotKind kind);
   SlotKind KindOf(uint32_t number) const;
   // Frees the slot and gives its value back.

@@ -9,8 +9,8 @@ namespace mirolta {
 
 // RunProtected is a native function built from Frame: Frame::Run(duk_context*) works with the
 // function's arguments and `this` and returns 1 with its result on top, or 0 for undefined. Run may
-// be left by an engine error at any call into the engine: whatever it must free is a member of Frame,
-// and its local objects have trivial destructors.
+// be left by an engine error at any call into the engine: whatever it must free is a member of
+// Frame, and its local objects have trivial destructors.
 template <typename Frame>
 duk_ret_t RunProtected(duk_context* engine) {
   struct Local {

@@ -17,7 +17,8 @@ double LocalOffset(double milliseconds, bool is_local) {
   const time_t moment = static_cast<time_t>(seconds);
   tm parts = {};
   if (!is_local) {
-    return localtime_r(&moment, &parts) == nullptr ? 0 : 1000.0 * static_cast<double>(parts.tm_gmtoff);
+    return localtime_r(&moment, &parts) == nullptr ? 0
+                                                   : 1000.0 * static_cast<double>(parts.tm_gmtoff);
   }
   if (gmtime_r(&moment, &parts) == nullptr) return 0;
   parts.tm_isdst = -1;

@@ -27,7 +27,8 @@ size_t* SizeOf(void* block) {
 
 void* Resize(ScriptContext* context, void* block, size_t size) {
   const size_t old_size = block != nullptr ? *SizeOf(block) : 0;
-  if (size > kMemoryLimit || context->memory_in_use - old_size > kMemoryLimit - size) return nullptr;
+  if (size > kMemoryLimit || context->memory_in_use - old_size > kMemoryLimit - size)
+    return nullptr;
   char* start = block != nullptr ? static_cast<char*>(block) - kBlockHeader : nullptr;
   auto* grown = static_cast<char*>(realloc(start, size + kBlockHeader));
   if (grown == nullptr) return nullptr;
@@ -107,37 +108,46 @@ bool Execute(duk_context* engine, const std::string& name, const std::string& sc
 
 }  // namespace
 
+ScriptEngine::~ScriptEngine() {
+  // Automation may hold script objects longer than the engine lives.
+  if (context_.link != nullptr) CutLink(context_.link);
+  if (context_.engine != nullptr) duk_destroy_heap(context_.engine);
+}
+
+bool ScriptEngine::Start(std::string* problem) {
+  duk_context* engine = duk_create_heap(Allocate, Reallocate, Free, &context_, EndOnFatal);
+  if (engine == nullptr) {
+    *problem = "not enough memory for the script engine";
+    return false;
+  }
+  context_.engine = engine;
+  const bool is_installed = duk_safe_call(engine, Install, &context_, 0, 1) == DUK_EXEC_SUCCESS;
+  if (!is_installed) *problem = duk_safe_to_string(engine, -1);
+  duk_pop(engine);
+  if (context_.link == nullptr) *problem = "not enough memory for the script engine";
+  return is_installed && context_.link != nullptr;
+}
+
 int RunScript(const std::string& path, const std::vector<std::string>& arguments) {
   std::string script, problem;
   if (!LoadScript(path, &script, &problem)) {
-    fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(),
-            problem.c_str());
+    fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(), problem.c_str());
     return 1;
   }
-  ScriptContext context;
-  context.script_path = path;
-  context.script_full_path = FullScriptPath(path);
-  context.arguments = arguments;
-  duk_context* engine = duk_create_heap(Allocate, Reallocate, Free, &context, EndOnFatal);
-  if (engine == nullptr) {
-    fputs("mirolta-host: not enough memory for the script engine\n", stderr);
-    return 1;
-  }
-  context.engine = engine;
-  bool succeeded = duk_safe_call(engine, Install, &context, 0, 1) == DUK_EXEC_SUCCESS &&
-                   context.link != nullptr;
-  if (!succeeded) {
-    fprintf(stderr, "mirolta-host: %s\n", duk_safe_to_string(engine, -1));
-  } else {
-    duk_pop(engine);
-    succeeded = Execute(engine, EngineFromUnits(UnitsFromSystem(path)), script);
+  bool succeeded = false;
+  {
+    ScriptEngine engine;
+    engine.context().script_path = path;
+    engine.context().script_full_path = FullScriptPath(path);
+    engine.context().arguments = arguments;
+    if (!engine.Start(&problem)) {
+      fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
+      return 1;
+    }
+    succeeded = Execute(engine.api(), EngineFromUnits(UnitsFromSystem(path)), script);
     fflush(stdout);
-    if (!succeeded) PrintReport(DescribeError(engine));
+    if (!succeeded) PrintReport(DescribeError(engine.api()));
   }
-  // Automation may hold script objects longer than the engine lives.
-  if (context.link != nullptr) CutLink(context.link);
-  duk_destroy_heap(engine);
-  context.objects.Clear();
   return FlushOutput() && succeeded ? 0 : 1;
 }
 

@@ -143,8 +143,7 @@ class ScriptObject final : public IDispatch {
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     if (out == nullptr) return E_POINTER;
-    const bool known =
-        iid == IID_IUnknown || iid == IID_IDispatch || iid == kScriptObjectId;
+    const bool known = iid == IID_IUnknown || iid == IID_IDispatch || iid == kScriptObjectId;
     *out = known ? static_cast<IDispatch*>(this) : nullptr;
     if (!known) return E_NOINTERFACE;
     AddRef();

@@ -188,9 +188,12 @@ duk_ret_t Close(duk_context* engine) {
 }
 
 constexpr duk_function_list_entry kMethods[] = {
-    {"Read", RunProtected<ReadFrame>, 1},     {"Write", RunProtected<WriteFrame>, 1},
-    {"Seek", RunProtected<SeekFrame>, 2},     {"CopyTo", RunProtected<CopyFrame>, 2},
-    {"Commit", RunProtected<CommitFrame>, 0}, {"Close", Close, 0},
+    {"Read", RunProtected<ReadFrame>, 1},
+    {"Write", RunProtected<WriteFrame>, 1},
+    {"Seek", RunProtected<SeekFrame>, 2},
+    {"CopyTo", RunProtected<CopyFrame>, 2},
+    {"Commit", RunProtected<CommitFrame>, 0},
+    {"Close", Close, 0},
     {nullptr, nullptr, 0},
 };
 

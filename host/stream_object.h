@@ -16,8 +16,8 @@ namespace mirolta {
 
 // PushStream pushes a stream object and takes over the caller's reference.
 void PushStream(duk_context* engine, IStream* stream);
-// InstallStreams adds OpenFile(path, mode), MemoryStream(bytes) and StreamOf(object) to the object on
-// top of the stack. StreamOf gives the stream that an automation object is.
+// InstallStreams adds OpenFile(path, mode), MemoryStream(bytes) and StreamOf(object) to the object
+// on top of the stack. StreamOf gives the stream that an automation object is.
 void InstallStreams(duk_context* engine);
 
 }  // namespace mirolta

@@ -1,9 +1,9 @@
-// Text at the host's three borders: the script engine keeps one to three bytes for every 16-bit unit
-// (surrogates each on their own), automation keeps the units, and terminal, arguments and file
+// Text at the host's three borders: the script engine keeps one to three bytes for every 16-bit
+// unit (surrogates each on their own), automation keeps the units, and terminal, arguments and file
 // names are UTF-8.
 //
-// Bytes of the system that are not UTF-8 become the lone surrogates U+DC80..U+DCFF and go out as the
-// same bytes, so that any file name survives the way through a script.
+// Bytes of the system that are not UTF-8 become the lone surrogates U+DC80..U+DCFF and go out as
+// the same bytes, so that any file name survives the way through a script.
 #pragma once
 
 #include <string>
@@ -24,8 +24,8 @@ size_t EngineByteLength(const OLECHAR* units, size_t count);
 // EncodeForEngine writes the engine's form and returns its length.
 size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes);
 
-// DecodeFromEngine writes the units of the engine's form and returns their number; units may be null
-// to count only. A four-byte sequence gives a surrogate pair, anything malformed U+FFFD.
+// DecodeFromEngine writes the units of the engine's form and returns their number; units may be
+// null to count only. A four-byte sequence gives a surrogate pair, anything malformed U+FFFD.
 size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units);
 
 Units UnitsFromEngine(std::string_view bytes);

@@ -125,8 +125,8 @@ void PushObject(duk_context* engine, IUnknown* object) {
 }
 
 double DecimalNumber(const DECIMAL& value) {
-  double number = static_cast<double>(value.Hi32) * 18446744073709551616.0 +
-                  static_cast<double>(value.Lo64);
+  double number =
+      static_cast<double>(value.Hi32) * 18446744073709551616.0 + static_cast<double>(value.Lo64);
   for (unsigned i = 0; i < value.scale; ++i) number /= 10;
   return (value.sign & DECIMAL_NEG) != 0 ? -number : number;
 }

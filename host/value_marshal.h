@@ -12,8 +12,8 @@
 // any other object or function    VT_DISPATCH to a ScriptObject
 //
 // The way back is the same, and further: every other number type arrives as a number, a byte array
-// of one dimension as a Uint8Array, an array of another kind as a value that VBArray reads, a missing
-// argument as undefined and any other VT_ERROR as its number.
+// of one dimension as a Uint8Array, an array of another kind as a value that VBArray reads, a
+// missing argument as undefined and any other VT_ERROR as its number.
 #pragma once
 
 #include "engine_api.h"

@@ -19,16 +19,32 @@ namespace {
 
 constexpr char kCaseHandler[] = "wscript.handler";
 
-// Prints the arguments, joined by a space.
+// Prints the arguments, joined by a space. What is no object prints as the text that the platform
+// coerces it to, true as -1 and a third with 15 digits, as its own script host does.
 struct PrintFrame {
   std::string text;
+  VARIANT value = {};
+  ~PrintFrame() { VariantClear(&value); }
+
+  void Append(duk_context* engine, duk_idx_t index) {
+    const bool coerced = duk_is_number(engine, index) || duk_is_boolean(engine, index) ||
+                         duk_is_undefined(engine, index);
+    if (coerced && SUCCEEDED(VariantFromScript(engine, index, &value)) &&
+        SUCCEEDED(VariantChangeType(&value, &value, 0, VT_BSTR))) {
+      text += SystemFromUnits({V_BSTR(&value), SysStringLen(V_BSTR(&value))});
+      return;
+    }
+    duk_size_t size = 0;
+    const char* bytes = duk_to_lstring(engine, index, &size);
+    text += SystemFromUnits(UnitsFromEngine({bytes, size}));
+  }
+
   void Print(duk_context* engine, FILE* file, bool ends_line) {
     const duk_idx_t count = duk_get_top(engine);
     for (duk_idx_t i = 0; i < count; ++i) {
-      duk_size_t size = 0;
-      const char* bytes = duk_to_lstring(engine, i, &size);
       if (i > 0) text += ' ';
-      text += SystemFromUnits(UnitsFromEngine({bytes, size}));
+      VariantClear(&value);
+      Append(engine, i);
     }
     if (ends_line) text += '\n';
     // Both streams in the order of printing.
@@ -121,7 +137,11 @@ duk_ret_t GetAnyCase(duk_context* engine) {
   return 0;
 }
 
-// Replaces the object on top of the stack by one that ignores letter case.
+duk_ret_t RefuseAssignment(duk_context* engine) {
+  ThrowStatus(engine, kNoSuchMember);
+}
+
+// Replaces the object on top of the stack by one that ignores letter case and stays as it is.
 void IgnoreCase(duk_context* engine) {
   PushKept(engine, kCaseHandler);
   duk_push_proxy(engine, 0);
@@ -175,6 +195,8 @@ void InstallWScript(duk_context* engine) {
   duk_push_bare_object(engine);
   duk_push_c_function(engine, GetAnyCase, 3);
   duk_put_prop_string(engine, -2, "get");
+  duk_push_c_function(engine, RefuseAssignment, 4);
+  duk_put_prop_string(engine, -2, "set");
   KeepValue(engine, kCaseHandler);
 
   duk_push_object(engine);
@@ -183,8 +205,7 @@ void InstallWScript(duk_context* engine) {
   PutText(engine, "ScriptFullName", context.script_full_path);
   PutText(engine, "Name", "mirolta-host");
   PutStandardStream(engine, "StdOut", RunProtected<OutWriteFrame>, RunProtected<EchoFrame>);
-  PutStandardStream(engine, "StdErr", RunProtected<ErrWriteFrame>,
-                    RunProtected<ErrWriteLineFrame>);
+  PutStandardStream(engine, "StdErr", RunProtected<ErrWriteFrame>, RunProtected<ErrWriteLineFrame>);
   PutArguments(engine);
   InstallActiveX(engine);
   InstallStreams(engine);

@@ -5,13 +5,12 @@
 namespace mirolta {
 
 bool CipherSide::SetAlgorithm(const OLECHAR* name) {
-  has_algorithm_ = false;
+  pad_.EngineGone();
   engine_.reset();
   const LONG algorithm = FindCipherAlgorithm(name);
   if (algorithm < 0) return false;
   engine_ = CreateCipherEngine(algorithm);
-  pad_type_ = 0;
-  has_algorithm_ = engine_ != nullptr;
+  if (engine_ != nullptr) pad_.EngineMade();
   return true;
 }
 
@@ -22,8 +21,8 @@ HRESULT CipherSide::GetName(BSTR* name) const {
 }
 
 bool CipherSide::SetPadType(LONG pad_type) {
-  if (!has_algorithm_) return false;
-  pad_type_ = pad_type;
+  if (!pad_.present()) return false;
+  pad_.Set(pad_type);
   return true;
 }
 
@@ -36,7 +35,7 @@ HRESULT CipherSide::Finish() {
   // Bytes are left without a key only by a key whose conversion failed.
   if (LacksKey() && (In().Length() != 0 || Out().Length() != 0)) return E_UNEXPECTED;
   if (decrypt_ != 0) return engine_->DecryptFinal();
-  engine_->SetPadType(pad_type_);
+  pad_.ApplyTo(*engine_);
   return engine_->EncryptFinal();
 }
 

@@ -1,10 +1,10 @@
 // One direction of the encrypting filter.
 #pragma once
 
-#include <atomic>
 #include <memory>
 
 #include "cipher_engine.h"
+#include "pad_setting.h"
 #include "platform.h"
 
 namespace mirolta {
@@ -30,7 +30,7 @@ class CipherSide {
   void SetDecrypts(VARIANT_BOOL decrypt) { decrypt_ = decrypt; }
 
   // PadType is 0 without an algorithm; SetPadType is refused then by false.
-  LONG PadType() const { return has_algorithm_ ? pad_type_.load() : 0; }
+  LONG PadType() const { return pad_.present() ? pad_.value() : 0; }
   bool SetPadType(LONG pad_type);
 
   // A side with an algorithm but no key moves nothing: neither plaintext that should have been
@@ -53,8 +53,7 @@ class CipherSide {
   }
 
   std::unique_ptr<CipherEngine> engine_;
-  std::atomic<bool> has_algorithm_ = false;
-  std::atomic<LONG> pad_type_ = 0;
+  PadSetting pad_;
   VARIANT_BOOL decrypt_;
 };
 

@@ -55,7 +55,8 @@ struct CopyTotals {
 // CopyPieces reads up to count bytes from source, a piece at a time, and has each taken by
 // `take(piece, length, &written)`. It ends early after a piece without bytes and after one of which
 // nothing was written. A piece that is written in part is not written again.
-// Errors: a failing read's, with the bytes got in the totals all the same; a failing take's.
+// Returns: the status of the last read or take, so any success when all went well.
+// Errors:  a failing read's, with the bytes got in the totals all the same; a failing take's.
 template <typename Take>
 HRESULT CopyPieces(IStream* source, ULONGLONG count, CopyTotals* totals, Take take) {
   uint8_t piece[kCopyPiece];
@@ -73,7 +74,7 @@ HRESULT CopyPieces(IStream* source, ULONGLONG count, CopyTotals* totals, Take ta
     if (FAILED(status) || written == 0) break;
   }
   WipeMemory(piece, sizeof piece);
-  return FAILED(status) ? status : S_OK;
+  return status;
 }
 
 }  // namespace mirolta

@@ -1,6 +1,7 @@
 #include "tovi_stream_crypt.h"
 
 #include "instance_creators.h"
+#include "key_conversion.h"
 #include "stream_transfer.h"
 
 namespace mirolta {
@@ -23,7 +24,9 @@ HRESULT ToviStreamCrypt::ChooseAlgorithm(CipherSide& side, BSTR name) {
 
 HRESULT ToviStreamCrypt::ChooseKey(const CipherSide& side, const VARIANT& key) {
   if (side.Engine() == nullptr) return Raise(kMessageNotInitialized);
-  return side.Engine()->SetKey(key, code_page());
+  const PlainKey plain(key);
+  if (side.Engine() == nullptr) return Raise(kMessageNotInitialized);
+  return plain.GiveTo(*side.Engine(), code_page());
 }
 
 HRESULT ToviStreamCrypt::GetAlgorithm(const CipherSide& side, BSTR* name) {
@@ -109,11 +112,10 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::WriteResetKey() {
 
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::ReadFinalize() {
   return WhenIdle([&]() -> HRESULT {
-    if (read_.Engine() != nullptr) {
-      const HRESULT status = read_.Finish();
-      if (FAILED(status)) return status;
-    }
-    read_draining_ = read_.Engine() != nullptr;
+    if (read_.Engine() == nullptr) return S_OK;
+    const HRESULT status = read_.Finish();
+    if (FAILED(status)) return status;
+    read_draining_ = true;
     return S_OK;
   });
 }

@@ -67,7 +67,7 @@ class ToviStreamCrypt final : public StreamFilter<kToviStreamCryptClass, IToviSt
 
   CipherSide read_{1};
   CipherSide write_{VARIANT_FALSE};
-  // Set by ReadFinalize: reading only hands out what the engine still holds.
+  // Set by ReadFinalize: reading only hands out what the engine still holds. Never without one.
   bool read_draining_ = false;
 };
 

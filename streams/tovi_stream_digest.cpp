@@ -2,6 +2,7 @@
 
 #include "digest_result.h"
 #include "instance_creators.h"
+#include "key_conversion.h"
 #include "stream_transfer.h"
 
 namespace mirolta {
@@ -40,7 +41,11 @@ HRESULT ToviStreamDigest::GetKey(const DigestSide& side, VARIANT* key) {
 
 HRESULT ToviStreamDigest::PutKey(const DigestSide& side, const VARIANT& key) {
   return Frame([&] {
-    return WithEngine(side, [&](HashEngine& engine) { return engine.SetKey(key, code_page()); });
+    return WithEngine(side, [&](HashEngine&) {
+      const PlainKey plain(key);
+      return WithEngine(side,
+                        [&](HashEngine& engine) { return plain.GiveTo(engine, code_page()); });
+    });
   });
 }
 

@@ -49,4 +49,10 @@ HRESULT KeyFromVariant(const VARIANT& value, LONG code_page, ByteString* key) no
                              key);
 }
 
+PlainKey::PlainKey(const VARIANT& value) noexcept : read_(VariantCopyInd(value_.Get(), &value)) {
+  const bool is_object = value_.Type() == VT_DISPATCH || value_.Type() == VT_UNKNOWN;
+  if (SUCCEEDED(read_) && is_object) read_ = CoerceToText(value_.Get());
+  if (FAILED(read_)) V_VT(value_.Put()) = VT_NULL;
+}
+
 }  // namespace mirolta

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "byte_string.h"
+#include "owned_value.h"
 #include "platform.h"
 
 namespace mirolta {
@@ -15,5 +16,25 @@ namespace mirolta {
 //         SafeArrayToBytes; DISP_E_TYPEMISMATCH for text that code_page cannot convert;
 //         E_OUTOFMEMORY. *key is empty on failure.
 HRESULT KeyFromVariant(const VARIANT& value, LONG code_page, ByteString* key) noexcept;
+
+// PlainKey is a caller's key with no object left in it. Reading an object runs the caller's code,
+// which may call back and do away with the engine that the key is for; so an owner reads first and
+// looks for its engine then.
+class PlainKey {
+ public:
+  explicit PlainKey(const VARIANT& value) noexcept;
+
+  // GiveTo sets the key of an engine. Errors: what reading the value gave, and the engine has no
+  // key then; those of its SetKey.
+  template <typename Engine>
+  HRESULT GiveTo(Engine& engine, LONG code_page) const {
+    const HRESULT status = engine.SetKey(value_.Value(), code_page);
+    return FAILED(read_) ? read_ : status;
+  }
+
+ private:
+  OwnedVariant value_;  // VT_NULL, which is no key, if it could not be read
+  HRESULT read_;
+};
 
 }  // namespace mirolta

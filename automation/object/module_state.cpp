@@ -37,11 +37,11 @@ ModuleState* CurrentModule() {
 }
 
 void LockModule() {
-  InterlockedIncrement(&state.lock_count);
+  ++state.lock_count;
 }
 
 void UnlockModule() {
-  InterlockedDecrement(&state.lock_count);
+  --state.lock_count;
 }
 
 void AddModuleCleanup(ModuleCleanup* cleanup) {

@@ -2,6 +2,8 @@
 // locks that are not an object's own.
 #pragma once
 
+#include <atomic>
+
 #include "platform.h"
 
 namespace mirolta {
@@ -19,7 +21,7 @@ struct ModuleState {
   HINSTANCE instance;                   // for resources and the module's file name
   ClassRow* class_table;                // ends in a row without class identifier
   GUID type_library;                    // identifier
-  LONG volatile lock_count;             // objects, server locks, factories held by clients
+  std::atomic<LONG> lock_count;         // objects, server locks, factories held by clients
   CRITICAL_SECTION class_objects_lock;  // creation of factories
   CRITICAL_SECTION type_info_lock;      // loading of type information
   CRITICAL_SECTION module_lock;         // the list of clean-ups

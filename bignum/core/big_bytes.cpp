@@ -20,7 +20,9 @@ HRESULT FromBytes(BigInt& n, const uint8_t* bytes, uint32_t length) noexcept {
   return S_OK;
 }
 
-uint64_t ByteLength(const BigInt& n) noexcept { return (n.bitLength() + 7) / 8; }
+uint64_t ByteLength(const BigInt& n) noexcept {
+  return (n.bitLength() + 7) / 8;
+}
 
 void ToBytes(uint8_t* bytes, const BigInt& n) noexcept {
   const uint32_t* const digits = n.magnitude().digits();

@@ -27,6 +27,7 @@ HRESULT Utf16FromBytes(const ByteString& bytes, LONG code_page, BSTR* out) {
 
 bool Utf16ToBytes(BSTR text, LONG code_page, ByteString* out) {
   const uint32_t units = SysStringLen(text);
+  if (units > UINT32_MAX / 2) return false;
   if (!out->Allocate(2 * units)) return false;
   for (uint32_t i = 0; i < units; ++i) {
     const uint8_t high = static_cast<uint8_t>(text[i] >> 8);
@@ -48,8 +49,11 @@ uint32_t LengthToFirstZero(const ByteString& bytes) {
 HRESULT NumberToCodePageText(const BigInt& n, LONG code_page, BSTR* out) noexcept {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
+  // The platform counts bytes in an INT.
+  const uint64_t length = ByteLength(n);
+  if (length > INT32_MAX) return E_OUTOFMEMORY;
   ByteString bytes;
-  if (!bytes.Allocate(static_cast<uint32_t>(ByteLength(n)))) return E_OUTOFMEMORY;
+  if (!bytes.Allocate(static_cast<uint32_t>(length))) return E_OUTOFMEMORY;
   ToBytes(bytes.Data(), n);
   if (code_page < 0) return Utf16FromBytes(bytes, code_page, out);
 

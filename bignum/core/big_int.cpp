@@ -34,7 +34,9 @@ BigInt::BigInt(const BigInt& other) noexcept
   if (magnitude_ != nullptr) magnitude_->shareCount.fetch_add(1, std::memory_order_relaxed);
 }
 
-BigInt::BigInt(BigInt&& other) noexcept { Swap(other); }
+BigInt::BigInt(BigInt&& other) noexcept {
+  Swap(other);
+}
 
 BigInt& BigInt::operator=(const BigInt& other) noexcept {
   BigInt copy(other);
@@ -49,7 +51,9 @@ BigInt& BigInt::operator=(BigInt&& other) noexcept {
   return *this;
 }
 
-BigInt::~BigInt() { Release(); }
+BigInt::~BigInt() {
+  Release();
+}
 
 BigInt BigInt::Failed(HRESULT status) noexcept {
   BigInt failed;

@@ -68,11 +68,21 @@ class BigInt {
 // zero compare by size, so that -5 is greater than -3.
 int Compare(const BigInt& a, const BigInt& b) noexcept;
 
-inline bool operator==(const BigInt& a, const BigInt& b) { return Compare(a, b) == 0; }
-inline bool operator!=(const BigInt& a, const BigInt& b) { return Compare(a, b) != 0; }
-inline bool operator<(const BigInt& a, const BigInt& b) { return Compare(a, b) < 0; }
-inline bool operator>(const BigInt& a, const BigInt& b) { return Compare(a, b) > 0; }
-inline bool operator>=(const BigInt& a, const BigInt& b) { return Compare(a, b) >= 0; }
+inline bool operator==(const BigInt& a, const BigInt& b) {
+  return Compare(a, b) == 0;
+}
+inline bool operator!=(const BigInt& a, const BigInt& b) {
+  return Compare(a, b) != 0;
+}
+inline bool operator<(const BigInt& a, const BigInt& b) {
+  return Compare(a, b) < 0;
+}
+inline bool operator>(const BigInt& a, const BigInt& b) {
+  return Compare(a, b) > 0;
+}
+inline bool operator>=(const BigInt& a, const BigInt& b) {
+  return Compare(a, b) >= 0;
+}
 
 // r := a + b, a - b, a * b; results may be operands.
 HRESULT Add(BigInt& r, const BigInt& a, const BigInt& b) noexcept;

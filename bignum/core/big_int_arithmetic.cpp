@@ -60,6 +60,7 @@ BigInt Value(Operation operation, const BigInt& a, const BigInt& b) {
 }  // namespace
 
 HRESULT Add(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
+  if (&r == &a) return r.add(b);
   BigInt sum(a);
   const HRESULT status = sum.add(b);
   if (SUCCEEDED(status)) r.Swap(sum);
@@ -67,6 +68,7 @@ HRESULT Add(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
 }
 
 HRESULT Subtract(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
+  if (&r == &a) return r.subtract(b);
   BigInt difference(a);
   const HRESULT status = difference.subtract(b);
   if (SUCCEEDED(status)) r.Swap(difference);
@@ -108,10 +110,20 @@ HRESULT Remainder(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   return DivideBoth(nullptr, &r, a, b);
 }
 
-BigInt operator+(const BigInt& a, const BigInt& b) noexcept { return Value(Add, a, b); }
-BigInt operator-(const BigInt& a, const BigInt& b) noexcept { return Value(Subtract, a, b); }
-BigInt operator*(const BigInt& a, const BigInt& b) noexcept { return Value(Multiply, a, b); }
-BigInt operator/(const BigInt& a, const BigInt& b) noexcept { return Value(Divide, a, b); }
-BigInt operator%(const BigInt& a, const BigInt& b) noexcept { return Value(Remainder, a, b); }
+BigInt operator+(const BigInt& a, const BigInt& b) noexcept {
+  return Value(Add, a, b);
+}
+BigInt operator-(const BigInt& a, const BigInt& b) noexcept {
+  return Value(Subtract, a, b);
+}
+BigInt operator*(const BigInt& a, const BigInt& b) noexcept {
+  return Value(Multiply, a, b);
+}
+BigInt operator/(const BigInt& a, const BigInt& b) noexcept {
+  return Value(Divide, a, b);
+}
+BigInt operator%(const BigInt& a, const BigInt& b) noexcept {
+  return Value(Remainder, a, b);
+}
 
 }  // namespace mirolta

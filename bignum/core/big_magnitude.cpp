@@ -106,12 +106,21 @@ bool BigMagnitude::add(const BigMagnitude& b) noexcept {
   const uint64_t top = words == 0 ? 0 : uint64_t{getWord(words - 1)} + b.getWord(words - 1);
   const uint32_t needed = top >= UINT32_MAX ? words + 1 : words;
   if (needed < words || !reserve(needed)) return false;
+  // b may be this number, so its words are found only now.
+  const uint32_t* const other = b.digits_;
+  const uint32_t other_words = b.used_;
+  const uint32_t common = used_ < other_words ? used_ : other_words;
+  uint32_t i = 0;
   uint64_t carry = 0;
-  for (uint32_t i = 0; i < words; ++i) {
-    carry += uint64_t{getWord(i)} + b.getWord(i);
+  for (; i < common; ++i) {
+    carry += uint64_t{digits_[i]} + other[i];
     digits_[i] = static_cast<uint32_t>(carry);
     carry >>= 32;
-    // This number's words above used count as zero; b may be this number, which stays the same.
+  }
+  for (; i < words; ++i) {
+    carry += i < used_ ? digits_[i] : other[i];
+    digits_[i] = static_cast<uint32_t>(carry);
+    carry >>= 32;
   }
   if (carry != 0) digits_[words] = static_cast<uint32_t>(carry);
   used_ = carry != 0 ? words + 1 : words;
@@ -119,16 +128,17 @@ bool BigMagnitude::add(const BigMagnitude& b) noexcept {
 }
 
 void BigMagnitude::subtract(const BigMagnitude& b) noexcept {
-  uint32_t borrow = 0;
   const uint32_t words = used_;
-  for (uint32_t i = 0; i < words; ++i) {
-    const uint32_t t = borrow + b.getWord(i);
-    // An overflow takes away 2^32: the word stays and the borrow goes on.
-    if (t < borrow) continue;
-    const uint32_t old = digits_[i];
-    digits_[i] = old - t;
-    borrow = old < t;
+  const uint32_t common = words < b.used_ ? words : b.used_;
+  uint32_t i = 0;
+  uint64_t borrow = 0;  // 0 or 1
+  for (; i < common; ++i) {
+    const uint64_t t = uint64_t{digits_[i]} - b.digits_[i] - borrow;
+    digits_[i] = static_cast<uint32_t>(t);
+    borrow = t >> 63;
   }
+  // A borrow that leaves the last word is lost.
+  for (; i < words && borrow != 0; ++i) borrow = digits_[i]-- == 0 ? 1 : 0;
   dropZeroWords();
 }
 
@@ -143,7 +153,9 @@ bool BigMagnitude::shiftLeft1() noexcept {
   return true;
 }
 
-void BigMagnitude::shiftRight1() noexcept { shiftRight(1); }
+void BigMagnitude::shiftRight1() noexcept {
+  shiftRight(1);
+}
 
 void BigMagnitude::shiftRight(uint64_t bits) noexcept {
   const uint64_t words = bits / 32;

@@ -12,12 +12,27 @@ namespace {
 
 constexpr OLECHAR kDigits[] = OLESTR("0123456789abcdef");
 
-// The value of a hexadecimal digit, or 16.
+// The value of each character below 128 as a hexadecimal digit, or 16.
+struct HexValues {
+  uint8_t of[128];
+};
+
+constexpr HexValues MakeHexValues() {
+  HexValues values = {};
+  for (int c = 0; c < 128; ++c) {
+    uint8_t value = 16;
+    if (c >= '0' && c <= '9') value = static_cast<uint8_t>(c - '0');
+    if (c >= 'a' && c <= 'f') value = static_cast<uint8_t>(c - 'a' + 10);
+    if (c >= 'A' && c <= 'F') value = static_cast<uint8_t>(c - 'A' + 10);
+    values.of[c] = value;
+  }
+  return values;
+}
+
+constexpr HexValues kHexValues = MakeHexValues();
+
 uint32_t HexDigit(OLECHAR c) {
-  if (c >= '0' && c <= '9') return static_cast<uint32_t>(c - '0');
-  if (c >= 'a' && c <= 'f') return static_cast<uint32_t>(c - 'a' + 10);
-  if (c >= 'A' && c <= 'F') return static_cast<uint32_t>(c - 'A' + 10);
-  return 16;
+  return c < 128 ? kHexValues.of[c] : 16;
 }
 
 HRESULT HexText(NumberText& text, const BigInt& n) {
@@ -26,9 +41,15 @@ HRESULT HexText(NumberText& text, const BigInt& n) {
   OLECHAR* const out = text.Resize(static_cast<uint32_t>(length));
   if (out == nullptr) return E_OUTOFMEMORY;
   const uint32_t* const digits = n.magnitude().digits();
-  for (uint64_t i = 0; i < length; ++i) {
-    out[length - 1 - i] = kDigits[digits[i / 8] >> (4 * (i % 8)) & 15];
+  // Whole words from the end, then what is left of the top one.
+  OLECHAR* end = out + length;
+  uint32_t i = 0;
+  for (; end - out >= 8; ++i) {
+    end -= 8;
+    for (uint32_t j = 0; j < 8; ++j) end[j] = kDigits[digits[i] >> (28 - 4 * j) & 15];
   }
+  for (uint32_t word = end != out ? digits[i] : 0; end != out; word >>= 4)
+    *--end = kDigits[word & 15];
   return S_OK;
 }
 
@@ -53,11 +74,15 @@ HRESULT DecimalText(NumberText& text, const BigInt& n) {
 }
 
 // The bytes that a text of this length may fill: ceil(length * 0.41524).
-uint64_t DecimalBytes(uint32_t length) { return (uint64_t{length} * 41524 + 99999) / 100000; }
+uint64_t DecimalBytes(uint32_t length) {
+  return (uint64_t{length} * 41524 + 99999) / 100000;
+}
 
 }  // namespace
 
-NumberText::~NumberText() { Clear(); }
+NumberText::~NumberText() {
+  Clear();
+}
 
 void NumberText::Clear() noexcept {
   if (characters_ != nullptr) WipeMemory(characters_, (size_t{length_} + 1) * sizeof(OLECHAR));
@@ -121,20 +146,25 @@ HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) n
 }
 
 HRESULT FromHexText(BigInt& n, const OLECHAR* characters, uint32_t length) noexcept {
-  uint32_t digits = 0;
-  for (uint32_t i = 0; i < length; ++i) {
-    if (HexDigit(characters[i]) < 16) ++digits;
-  }
-  BigMagnitude* const m = n.Rewrite(digits / 8 + (digits % 8 != 0 ? 1 : 0));
+  // As many words as the characters could fill; skipped ones leave words zero.
+  BigMagnitude* const m = n.Rewrite(length / 8 + (length % 8 != 0 ? 1 : 0));
   if (m == nullptr) return E_OUTOFMEMORY;
   uint32_t* const words = m->digits();
-  uint32_t left = digits;
-  for (uint32_t i = 0; left != 0; ++i) {
+  uint32_t filled = 0;
+  uint32_t shift = 0;
+  uint32_t word = 0;
+  for (uint32_t i = length; i-- != 0;) {
     const uint32_t digit = HexDigit(characters[i]);
     if (digit == 16) continue;
-    --left;
-    words[left / 8] |= digit << (4 * (left % 8));
+    word |= digit << shift;
+    shift += 4;
+    if (shift == 32) {
+      words[filled++] = word;
+      word = 0;
+      shift = 0;
+    }
   }
+  if (shift != 0) words[filled] = word;
   m->normalise();
   return S_OK;
 }

@@ -19,6 +19,8 @@ HRESULT FromWord(BigInt& n, uint32_t word) {
 }
 
 HRESULT FromInteger(BigInt& n, const VARIANT& value) {
+  // The platform refuses every other type's numbers below zero, but passes on the bits of VT_I4.
+  if (V_VT(&value) == VT_I4 && V_I4(&value) < 0) return DISP_E_OVERFLOW;
   VARIANT word;
   VariantInit(&word);
   const HRESULT status = VariantChangeType(&word, &value, 0, VT_UI4);
@@ -36,6 +38,13 @@ HRESULT FromArray(BigInt& n, const VARIANT& value) {
   ByteView bytes;
   const HRESULT status = bytes.OpenByteArray(value);
   return FAILED(status) ? status : FromBytes(n, bytes.Data(), bytes.Count());
+}
+
+// A value of another type is no number; one that cannot even be copied is no value.
+HRESULT Refuse(const VARIANT& value) {
+  OwnedVariant copy;
+  const HRESULT status = VariantCopy(copy.Get(), &value);
+  return FAILED(status) ? status : DISP_E_TYPEMISMATCH;
 }
 
 HRESULT FromPlainValue(BigInt& n, const VARIANT& value, NumberBase base) {
@@ -59,7 +68,7 @@ HRESULT FromPlainValue(BigInt& n, const VARIANT& value, NumberBase base) {
     case kByteArrayType:
       return FromArray(n, value);
     default:
-      return DISP_E_TYPEMISMATCH;
+      return Refuse(value);
   }
 }
 
@@ -77,12 +86,13 @@ HRESULT ToTextVariant(const BigInt& n, NumberBase base, VARIANT* out) {
 
 HRESULT ToArrayVariant(const BigInt& n, VARIANT* out) {
   ByteString bytes;
-  const uint32_t length = static_cast<uint32_t>(ByteLength(n));
+  const uint64_t length = ByteLength(n);
+  if (length > UINT32_MAX) return E_OUTOFMEMORY;
   if (length > 0) {
-    if (!bytes.Allocate(length)) return E_OUTOFMEMORY;
+    if (!bytes.Allocate(static_cast<uint32_t>(length))) return E_OUTOFMEMORY;
     ToBytes(bytes.Data(), n);
   }
-  return BytesToVariant(bytes.Data(), length, out);
+  return BytesToVariant(bytes.Data(), static_cast<uint32_t>(length), out);
 }
 
 }  // namespace

@@ -13,8 +13,9 @@ enum class NumberBase { kDecimal, kHexadecimal };
 // significant byte first, integers and fractions of up to 32 bits as the platform converts them to
 // VT_UI4; VT_EMPTY, VT_NULL and an argument left out are zero. An object counts as its default
 // value. The sign's flag stays.
-// Errors: DISP_E_TYPEMISMATCH for any other type; the platform's status for a value that is no
-//         VT_UI4, such as a negative one; those of ResolveValue; E_OUTOFMEMORY. n is unchanged.
+// Errors: DISP_E_TYPEMISMATCH for any other type, references included; the platform's status for a
+//         value that cannot be copied; DISP_E_OVERFLOW for a number that is no VT_UI4, such as one
+//         below zero; those of ResolveValue; E_OUTOFMEMORY. n is unchanged.
 HRESULT NumberFromVariant(BigInt& n, const VARIANT& value, NumberBase base) noexcept;
 
 // NumberToVariant gives n as text (VT_BSTR) or as a byte array (VT_ARRAY | VT_UI1) in *out, whose

@@ -1,6 +1,9 @@
 // Small operations on arrays of limbs, least significant first.
 #pragma once
 
+#include <bit>
+#include <cstring>
+
 #include "limb_kernels.h"
 
 namespace mirolta {
@@ -92,20 +95,28 @@ inline constexpr size_t LimbsForWords(size_t words) {
 
 // LimbsFromWords: z := the words. Shapes: w[words], z[LimbsForWords(words)].
 inline void LimbsFromWords(Limb* z, const uint32_t* w, size_t words) {
-  for (size_t i = 0; i < words / kLimbWords; ++i) {
-    if constexpr (kLimbWords == 2) {
-      z[i] = static_cast<Limb>(uint64_t{w[2 * i + 1]} << 32 | w[2 * i]);
-    } else {
-      z[i] = static_cast<Limb>(w[i]);
+  if (words == 0) return;
+  if constexpr (std::endian::native == std::endian::little) {
+    // A limb's bytes are those of its words in order.
+    z[LimbsForWords(words) - 1] = 0;
+    std::memcpy(z, w, words * 4);
+  } else {
+    for (size_t i = 0; i < LimbsForWords(words); ++i) z[i] = 0;
+    for (size_t i = 0; i < words; ++i) {
+      z[i / kLimbWords] |= static_cast<Limb>(static_cast<Limb>(w[i]) << (32 * (i % kLimbWords)));
     }
   }
-  if (words % kLimbWords != 0) z[words / kLimbWords] = w[words - 1];
 }
 
 // WordsFromLimbs: w := the lowest words of z. Shapes: w[words], z[LimbsForWords(words)].
 inline void WordsFromLimbs(uint32_t* w, const Limb* z, size_t words) {
-  for (size_t i = 0; i < words; ++i) {
-    w[i] = static_cast<uint32_t>(z[i / kLimbWords] >> (32 * (i % kLimbWords)));
+  if (words == 0) return;
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(w, z, words * 4);
+  } else {
+    for (size_t i = 0; i < words; ++i) {
+      w[i] = static_cast<uint32_t>(z[i / kLimbWords] >> (32 * (i % kLimbWords)));
+    }
   }
 }
 

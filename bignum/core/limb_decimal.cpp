@@ -129,7 +129,9 @@ size_t ChunksRoom(size_t n) {
 
 }  // namespace
 
-size_t DecimalDigitsRoom(size_t n) noexcept { return ChunksRoom(n) * kDecimalDigits; }
+size_t DecimalDigitsRoom(size_t n) noexcept {
+  return ChunksRoom(n) * kDecimalDigits;
+}
 
 bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept {
   const size_t count = ChunksRoom(n);

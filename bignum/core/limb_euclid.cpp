@@ -136,8 +136,7 @@ bool EuclidRun::FindMatrix(Matrix* matrix) const {
     return matrix->changed();
   } else {
     Matrix first;
-    Simulate(static_cast<uint64_t>(x >> 32 >> 32),
-             static_cast<uint64_t>(y >> 32 >> 32), &first);
+    Simulate(static_cast<uint64_t>(x >> 32 >> 32), static_cast<uint64_t>(y >> 32 >> 32), &first);
     if (!first.changed()) return false;
     // The double limbs after these steps are off by less than 2^31; cut to 64 bits, where at least
     // 33 bits go, that is less than one more.

@@ -7,9 +7,9 @@ namespace mirolta {
 
 // EuclidRun is Euclid's sequence r0, r1, r2 = r0 mod r1, ... run to its end, where r(i+1) is zero
 // and r(i) the greatest common divisor, with the sizes of the cofactors t0 = 0, t1 = 1,
-// t(i+1) = t(i-1) + quotient * t(i) beside it (the signed ones alternate in sign). The quotients are
-// exactly those of plain division, only found several at a time.
-// Source: Lehmer 1938; Knuth TAOCP 2, 4.5.2, algorithm L.
+// t(i+1) = t(i-1) + quotient * t(i) beside it (the signed ones alternate in sign). The quotients
+// are exactly those of plain division, only found several at a time. Source: Lehmer 1938; Knuth
+// TAOCP 2, 4.5.2, algorithm L.
 class EuclidRun {
  public:
   EuclidRun() noexcept = default;

@@ -16,13 +16,17 @@ MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept {
   return {m, n, static_cast<Limb>(0 - inverse)};
 }
 
-size_t MontgomeryScratch(size_t n) noexcept { return 2 * n + MultiplyScratch(n, n); }
+size_t MontgomeryScratch(size_t n) noexcept {
+  return 2 * n + MultiplyScratch(n, n);
+}
 
 void MontgomeryMultiply(Limb* z, const Limb* x, const Limb* y, const MontgomeryModulus& modulus,
                         Limb* scratch) noexcept {
   const size_t n = modulus.n;
+  const LimbKernels& k = CurrentLimbKernels();
+  if (k.montgomery(z, x, y, modulus.m, n, modulus.inverse)) return;
   MultiplyLimbs(scratch, x, n, y, n, scratch + 2 * n);
-  CurrentLimbKernels().reduce(z, scratch, modulus.m, n, modulus.inverse);
+  k.reduce(z, scratch, modulus.m, n, modulus.inverse);
 }
 
 void FromMontgomery(Limb* z, const Limb* x, const MontgomeryModulus& modulus,
@@ -33,8 +37,7 @@ void FromMontgomery(Limb* z, const Limb* x, const MontgomeryModulus& modulus,
   CurrentLimbKernels().reduce(z, scratch, modulus.m, n, modulus.inverse);
 }
 
-bool ToMontgomery(Limb* z, const Limb* x, size_t count,
-                  const MontgomeryModulus& modulus) noexcept {
+bool ToMontgomery(Limb* z, const Limb* x, size_t count, const MontgomeryModulus& modulus) noexcept {
   const size_t n = modulus.n;
   LimbScratch memory(n + count);
   if (memory.get() == nullptr) return false;

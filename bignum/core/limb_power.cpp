@@ -129,10 +129,9 @@ bool PowerModuloPowerOfTwo(Limb* z, const Limb* x, const Limb* e, size_t en,
   LimbScratch table((n << (window - 1)) + n);
   if (table.get() == nullptr) return false;
   CopyLimbs(table.get(), x, n);
-  SlidingWindow(z, table.get(), table.get() + (n << (window - 1)), exponent.get(), en, n, window,
-                [&modulus, n](Limb* r, const Limb* a, const Limb* b) {
-                  modulus.MultiplyLow(r, a, b, n);
-                });
+  SlidingWindow(
+      z, table.get(), table.get() + (n << (window - 1)), exponent.get(), en, n, window,
+      [&modulus, n](Limb* r, const Limb* a, const Limb* b) { modulus.MultiplyLow(r, a, b, n); });
   modulus.Cut(z);
   return true;
 }
@@ -196,8 +195,7 @@ bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, co
   const uint32_t shift = TrailingZeros(m[zeros]);
   const size_t bits = zeros * kLimbBits + shift;
   const size_t k = (bits + kLimbBits - 1) / kLimbBits;
-  LimbScratch memory(3 * n + 4 * k + (n + k) + PowerOfTwo::ScratchLimbs(k) +
-                     MultiplyScratch(n, k));
+  LimbScratch memory(3 * n + 4 * k + (n + k) + PowerOfTwo::ScratchLimbs(k) + MultiplyScratch(n, k));
   if (memory.get() == nullptr) return false;
   Limb* const d = memory.get();
   Limb* const odd_part = d + n;

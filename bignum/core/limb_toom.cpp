@@ -64,8 +64,8 @@ void Karatsuba(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) {
 
 // z := z / 3 in place, z a multiple of 3.
 void DivideExactlyBy3(Limb* z, size_t n) {
-  constexpr Limb kThird = kLimbMax / 3;             // floor(B / 3)
-  constexpr Limb kInverse = kThird * 2 + 1;         // 3 * kInverse = 2 * (B - 1) + 3 = 1 mod B
+  constexpr Limb kThird = kLimbMax / 3;      // floor(B / 3)
+  constexpr Limb kInverse = kThird * 2 + 1;  // 3 * kInverse = 2 * (B - 1) + 3 = 1 mod B
   Limb borrow = 0;
   for (size_t i = 0; i < n; ++i) {
     const Limb s = static_cast<Limb>(z[i] - borrow);
@@ -76,7 +76,9 @@ void DivideExactlyBy3(Limb* z, size_t n) {
   }
 }
 
-void Halve(Limb* z, size_t n) { ShiftRightLimbs(z, z, n, 1); }
+void Halve(Limb* z, size_t n) {
+  ShiftRightLimbs(z, z, n, 1);
+}
 
 // The values of x2 X^2 + x1 X + x0 at 1, -1 (returns whether negative; the magnitude is stored) and
 // 2. Shapes: x0 and x1 k limbs, x2 top limbs, top <= k; results k + 1 limbs each.
@@ -160,14 +162,14 @@ void Toom3(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) {
   Limb borrow = kernels.subtract(v1, v1, v0, 2 * k);
   SubtractLimb(v1 + 2 * k, 2, borrow);  // c1 + c2 + c3 + c4
   kernels.subtract(v2, v2, v1, w);
-  Halve(v2, w);                       // c3 + 2 c4
-  kernels.subtract(v1, v1, vm1, w);   // c2 + c4
+  Halve(v2, w);                      // c3 + 2 c4
+  kernels.subtract(v1, v1, vm1, w);  // c2 + c4
   borrow = kernels.subtract(v1, v1, vinf, 2 * top);
   SubtractLimb(v1 + 2 * top, w - 2 * top, borrow);  // c2
   for (int i = 0; i < 2; ++i) {
     borrow = kernels.subtract(v2, v2, vinf, 2 * top);
     SubtractLimb(v2 + 2 * top, w - 2 * top, borrow);
-  }                                  // c3
+  }                                   // c3
   kernels.subtract(vm1, vm1, v2, w);  // c1
 
   // c2 has at most 2k + 1 limbs; the two between v0 and vinf hold none of c0 and c4.

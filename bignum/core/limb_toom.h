@@ -12,6 +12,8 @@ void MultiplyEqual(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratc
 // EqualScratch returns the limbs of working memory for MultiplyEqual.
 // Karatsuba takes 2h + 2 a level for halves h = (n + 1) / 2, Toom-3 6k + 6 for thirds; both sum to
 // less than 4n plus a few limbs a level, and there are at most 64 levels.
-inline size_t EqualScratch(size_t n) noexcept { return 4 * n + 64 * 8; }
+inline size_t EqualScratch(size_t n) noexcept {
+  return 4 * n + 64 * 8;
+}
 
 }  // namespace mirolta

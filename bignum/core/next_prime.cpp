@@ -1,3 +1,4 @@
+#include <initializer_list>
 #include <new>
 
 #include "limb_basics.h"
@@ -14,8 +15,12 @@ namespace {
 // The smallest prime that the search can find.
 constexpr uint32_t kLeastFound = 1229;
 
-// How many offsets are sieved at a time.
-constexpr uint32_t kWindow = 4096;
+// How many offsets are sieved at a time: about six times the mean distance of primes of that size.
+constexpr uint32_t kMostWindow = 8192;
+uint32_t WindowFor(size_t bits) {
+  const size_t window = bits * 4 < 512 ? 512 : bits * 4;
+  return window < kMostWindow ? static_cast<uint32_t>(window) : kMostWindow;
+}
 
 // base^e mod p for p < 2^16.
 uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
@@ -51,7 +56,7 @@ bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
 // PrimeSearch walks up from a number. Offsets with a divisor among the table's primes are passed
 // over. So are those with a divisor p among the further small primes, unless p does not contradict
 // that the candidate is a Fermat prime: a^(n-1) = 1 mod n needs a^(n-1) = 1 mod p, which is a test
-// in small numbers.
+// in small numbers, done when the search comes by.
 class PrimeSearch {
  public:
   PrimeSearch() noexcept = default;
@@ -62,13 +67,17 @@ class PrimeSearch {
 
  private:
   void FindResidues(const Limb* start, size_t n);
-  void SieveWindow(const Limb* start, size_t n);
-  bool Contradicts(const Limb* start, size_t n, uint32_t offset, uint32_t p) const;
+  void SieveWindow();
+  static bool Contradicts(const Limb* candidate, size_t n, uint32_t p);
 
-  size_t primes_ = 0;                  // how many are sieved with
-  uint16_t first_[kSmallPrimeCount];   // offset of the first multiple in the window
-  bool passed_over_[kWindow];
+  size_t primes_ = 0;                 // how many are sieved with
+  uint16_t first_[kSmallPrimeCount];  // offset of the first multiple in the window
+  uint32_t window_ = 0;
+  // For each offset: 0, kTableDivisor, or a further prime that divides the candidate.
+  uint16_t divisor_[kMostWindow];
 };
+
+constexpr uint16_t kTableDivisor = 1;
 
 // The further primes pay while finding a residue costs less than the exponentiations it saves.
 size_t PrimesToSieve(size_t bits) {
@@ -95,45 +104,48 @@ void PrimeSearch::FindResidues(const Limb* start, size_t n) {
   }
 }
 
-bool PrimeSearch::Contradicts(const Limb* start, size_t n, uint32_t offset, uint32_t p) const {
-  // (start + offset - 1) mod (p - 1)
-  const uint32_t residue = static_cast<uint32_t>(ModLimb(start, n, PrepareDivisor(p - 1)));
-  const uint32_t e = (residue + offset % (p - 1) + p - 2) % (p - 1);
+bool PrimeSearch::Contradicts(const Limb* candidate, size_t n, uint32_t p) {
+  // (candidate - 1) mod (p - 1)
+  const uint32_t residue = static_cast<uint32_t>(ModLimb(candidate, n, PrepareDivisor(p - 1)));
+  const uint32_t e = (residue + p - 2) % (p - 1);
   for (const uint32_t base : {2u, 3u, 5u, 7u}) {
     if (SmallPower(base, e, p) != 1) return true;
   }
   return false;
 }
 
-void PrimeSearch::SieveWindow(const Limb* start, size_t n) {
-  for (bool& flag : passed_over_) flag = false;
-  for (size_t i = 0; i < primes_; ++i) {
+void PrimeSearch::SieveWindow() {
+  for (uint32_t offset = 0; offset < window_; ++offset) divisor_[offset] = 0;
+  // The table's primes come last, as they decide alone.
+  for (size_t i = primes_; i-- != 0;) {
     const uint32_t p = kSmallPrimes.primes[i];
+    const uint16_t mark = i < kTablePrimes ? kTableDivisor : static_cast<uint16_t>(p);
     uint32_t offset = first_[i];
-    for (; offset < kWindow; offset += p) {
-      if (passed_over_[offset]) continue;
-      if (i < kTablePrimes || Contradicts(start, n, offset, p)) passed_over_[offset] = true;
-    }
-    // The next window starts kWindow further on.
-    first_[i] = static_cast<uint16_t>(offset - kWindow);
+    for (; offset < window_; offset += p) divisor_[offset] = mark;
+    // The next window starts window_ further on; offset is less than p beyond that.
+    first_[i] = static_cast<uint16_t>(offset - window_);
   }
 }
 
 bool PrimeSearch::Run(Limb* start, size_t n, Limb* memory) {
-  primes_ = PrimesToSieve(LimbBits(start, n));
+  const size_t bits = LimbBits(start, n);
+  primes_ = PrimesToSieve(bits);
+  window_ = WindowFor(bits);
   FindResidues(start, n);
   for (;;) {
-    SieveWindow(start, n);
+    SieveWindow();
     uint32_t reached = 0;
-    for (uint32_t offset = 0; offset < kWindow; ++offset) {
-      if (passed_over_[offset]) continue;
+    for (uint32_t offset = 0; offset < window_; ++offset) {
+      const uint32_t divisor = divisor_[offset];
+      if (divisor == kTableDivisor) continue;
       AddLimb(start, n, static_cast<Limb>(offset - reached));
       reached = offset;
+      if (divisor != 0 && Contradicts(start, n, divisor)) continue;
       bool found = false;
       if (!TestLimbs(&found, start, SignificantLimbs(start, n), memory)) return false;
       if (found) return true;
     }
-    AddLimb(start, n, static_cast<Limb>(kWindow - reached));
+    AddLimb(start, n, static_cast<Limb>(window_ - reached));
   }
 }
 

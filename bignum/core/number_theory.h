@@ -1,6 +1,6 @@
 // Greatest common divisor, inverse, powers modulo a number, and primes. All take numbers of either
-// sign; results for operands below zero are those of the plain algorithms named here. Results may be
-// operands, are unchanged on failure, and every call ends.
+// sign; results for operands below zero are those of the plain algorithms named here. Results may
+// be operands, are unchanged on failure, and every call ends.
 #pragma once
 
 #include "big_int.h"

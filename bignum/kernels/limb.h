@@ -1,5 +1,5 @@
-// The digit of the inner loops. Numbers are stored as 32-bit words; a limb is one word where that is
-// all the processor multiplies, and two words where it has 64-bit products.
+// The digit of the inner loops. Numbers are stored as 32-bit words; a limb is one word where that
+// is all the processor multiplies, and two words where it has 64-bit products.
 #pragma once
 
 #include <cstddef>
@@ -60,7 +60,9 @@ using Products = HalfProducts;
 using Products = WideProducts;
 #endif
 
-inline LimbPair Product(Limb a, Limb b) { return Products::MulAdd(a, b, 0, 0); }
+inline LimbPair Product(Limb a, Limb b) {
+  return Products::MulAdd(a, b, 0, 0);
+}
 
 // LeadingZeros counts the zero bits above the top one bit of x, x != 0.
 inline uint32_t LeadingZeros(Limb x) {
@@ -72,6 +74,8 @@ inline uint32_t LeadingZeros(Limb x) {
 }
 
 // TrailingZeros counts the zero bits below the lowest one bit of x, x != 0.
-inline uint32_t TrailingZeros(Limb x) { return static_cast<uint32_t>(__builtin_ctzll(x)); }
+inline uint32_t TrailingZeros(Limb x) {
+  return static_cast<uint32_t>(__builtin_ctzll(x));
+}
 
 }  // namespace mirolta

@@ -12,6 +12,10 @@ extern const LimbKernels kHalfKernels;
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 // kMulxAdxKernels needs kFeatureBmi2Adx.
 extern const LimbKernels kMulxAdxKernels;
+
+// Its products in Montgomery's form, for 4 and 8 limbs.
+bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n,
+                        Limb inverse);
 #endif
 
 }  // namespace mirolta

@@ -26,6 +26,9 @@ struct LimbKernels {
   // z := t / B^n mod m, below m. Shapes: t[2n] below m * B^n, destroyed; m[n] odd; z[n] apart from
   // t and m. inverse is -1 / m mod B.
   void (*reduce)(Limb* z, Limb* t, const Limb* m, size_t n, Limb inverse);
+  // z := x * y / B^n mod m, below m, for the few n that this table has such code for; false for
+  // others, with nothing written. Shapes: x[n], y[n], z[n] below m, m[n] odd.
+  bool (*montgomery)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n, Limb inverse);
 };
 
 // The tables compiled into this build, best first; the last needs nothing.

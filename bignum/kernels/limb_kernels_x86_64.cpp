@@ -9,39 +9,72 @@ namespace mirolta {
 
 namespace {
 
-// One limb of a row: product low half plus the high half of the limb before (carry flag's chain)
-// plus the old limb (overflow flag's chain). 'in' holds that high half, 'out' receives the new one.
-  #define MIROLTA_ROW_STEP(offset, in, out)       \
-    "mulx " offset "(%[x]), %[low], %[" out "]\n" \
-    "adcx %[" in "], %[low]\n"                    \
-    "adox " offset "(%[z]), %[low]\n"             \
+// One limb of a row: the product's low half plus the high half of the limb before (carry flag's
+// chain) plus the old limb (overflow flag's chain). 'in' holds that high half, 'out' receives the
+// new one.
+  #define MIROLTA_ROW_ADD(offset, in, out)  \
+    "mulx " offset "(%[x]), %[low], %[" out \
+    "]\n"                                   \
+    "adcx %[" in                            \
+    "], %[low]\n"                           \
+    "adox " offset                          \
+    "(%[z]), %[low]\n"                      \
     "movq %[low], " offset "(%[z])\n"
 
 // The same for a difference: z - p is the complement of (complement of z) + p, and 'not' leaves
 // both flags alone.
-  #define MIROLTA_ROW_STEP_SUB(offset, in, out)   \
-    "mulx " offset "(%[x]), %[low], %[" out "]\n" \
-    "movq " offset "(%[z]), %[old]\n"             \
-    "notq %[old]\n"                               \
-    "adcx %[" in "], %[low]\n"                    \
-    "adox %[old], %[low]\n"                       \
-    "notq %[low]\n"                               \
+  #define MIROLTA_ROW_SUBTRACT(offset, in, out) \
+    "mulx " offset "(%[x]), %[low], %[" out     \
+    "]\n"                                       \
+    "movq " offset                              \
+    "(%[z]), %[old]\n"                          \
+    "notq %[old]\n"                             \
+    "adcx %[" in                                \
+    "], %[low]\n"                               \
+    "adox %[old], %[low]\n"                     \
+    "notq %[low]\n"                             \
     "movq %[low], " offset "(%[z])\n"
 
 // The same for a product alone.
-  #define MIROLTA_ROW_STEP_MUL(offset, in, out)   \
-    "mulx " offset "(%[x]), %[low], %[" out "]\n" \
-    "adcq %[" in "], %[low]\n"                    \
+  #define MIROLTA_ROW_SET(offset, in, out)  \
+    "mulx " offset "(%[x]), %[low], %[" out \
+    "]\n"                                   \
+    "adcx %[" in                            \
+    "], %[low]\n"                           \
     "movq %[low], " offset "(%[z])\n"
 
-// Advances by four limbs without touching either flag.
-  #define MIROLTA_ROW_LOOP_END      \
-    "leaq 32(%[x]), %[x]\n"         \
-    "leaq 32(%[z]), %[z]\n"         \
-    "leaq -1(%[count]), %[count]\n" \
-    "jrcxz 2f\n"                    \
-    "jmp 1b\n"                      \
-    "2:\n"
+// A whole row: four limbs at a time, then up to three more. The test clears both flags; only
+// instructions that leave them alone stand between the limbs.
+  #define MIROLTA_ROW(STEP) \
+    "testq %%rcx, %%rcx\n"         \
+    "jz 2f\n"                      \
+    "1:\n"                            \
+    STEP("0", "carry", "other")       \
+    STEP("8", "other", "carry")       \
+    STEP("16", "carry", "other")      \
+    STEP("24", "other", "carry")      \
+    "leaq 32(%[x]), %[x]\n"           \
+    "leaq 32(%[z]), %[z]\n"           \
+    "leaq -1(%%rcx), %%rcx\n"         \
+    "jrcxz 2f\n"                      \
+    "jmp 1b\n"                        \
+    "2:\n"                            \
+    "movq %[tail], %%rcx\n"           \
+    "jrcxz 4f\n"                      \
+    STEP("0", "carry", "other")       \
+    "movq %[other], %[carry]\n"       \
+    "leaq -1(%%rcx), %%rcx\n"         \
+    "jrcxz 4f\n"                      \
+    STEP("8", "carry", "other")       \
+    "movq %[other], %[carry]\n"       \
+    "leaq -1(%%rcx), %%rcx\n"         \
+    "jrcxz 4f\n"                      \
+    STEP("16", "carry", "other")      \
+    "movq %[other], %[carry]\n"       \
+    "4:\n"                            \
+    "movl $0, %k[low]\n"              \
+    "adcx %[low], %[carry]\n"         \
+    "adox %[low], %[carry]\n"
 
 struct AdxRows {
   static Limb Add(Limb* z, const Limb* x, const Limb* y, size_t n) {
@@ -90,97 +123,86 @@ struct AdxRows {
 
   static inline __attribute__((always_inline)) Limb Mul1(Limb* z, const Limb* x, size_t n, Limb y) {
     Limb carry = 0;
-    for (; n % 4 != 0; --n) {
-      const LimbPair p = WideProducts::MulAdd(*x++, y, carry, 0);
-      *z++ = p.low;
-      carry = p.high;
-    }
     size_t count = n / 4;
-    if (count == 0) return carry;
     Limb low, other;
-    __asm__ volatile(
-        "testq %[low], %[low]\n"  // clears the carry flag
-        "1:\n"                                             //
-        MIROLTA_ROW_STEP_MUL("0", "carry", "other")        //
-        MIROLTA_ROW_STEP_MUL("8", "other", "carry")        //
-        MIROLTA_ROW_STEP_MUL("16", "carry", "other")       //
-        MIROLTA_ROW_STEP_MUL("24", "other", "carry")       //
-        MIROLTA_ROW_LOOP_END "adcq $0, %[carry]\n"
-        : [z] "+r"(z), [x] "+r"(x), [count] "+c"(count), [carry] "+r"(carry), [low] "=&r"(low),
-          [other] "=&r"(other)
-        : "d"(y)
-        : "cc", "memory");
+    __asm__ volatile(MIROLTA_ROW(MIROLTA_ROW_SET)
+                     : [z] "+r"(z), [x] "+r"(x),
+                       "+c"(count), [carry] "+r"(carry), [low] "=&r"(low), [other] "=&r"(other)
+                     : "d"(y), [tail] "r"(n % 4)
+                     : "cc", "memory");
     return carry;
   }
 
   static inline __attribute__((always_inline)) Limb MulAdd1(Limb* z, const Limb* x, size_t n,
                                                             Limb y) {
     Limb carry = 0;
-    for (; n % 4 != 0; --n) {
-      const LimbPair p = WideProducts::MulAdd(*x++, y, carry, *z);
-      *z++ = p.low;
-      carry = p.high;
-    }
     size_t count = n / 4;
-    if (count == 0) return carry;
     Limb low, other;
-    __asm__ volatile(
-        "xorl %k[low], %k[low]\n"  // clears both flags
-        "1:\n"                                         //
-        MIROLTA_ROW_STEP("0", "carry", "other")        //
-        MIROLTA_ROW_STEP("8", "other", "carry")        //
-        MIROLTA_ROW_STEP("16", "carry", "other")       //
-        MIROLTA_ROW_STEP("24", "other", "carry")       //
-        MIROLTA_ROW_LOOP_END
-        "movl $0, %k[low]\n"
-        "adcx %[low], %[carry]\n"
-        "adox %[low], %[carry]\n"
-        : [z] "+r"(z), [x] "+r"(x), [count] "+c"(count), [carry] "+r"(carry), [low] "=&r"(low),
-          [other] "=&r"(other)
-        : "d"(y)
-        : "cc", "memory");
+    __asm__ volatile(MIROLTA_ROW(MIROLTA_ROW_ADD)
+                     : [z] "+r"(z), [x] "+r"(x),
+                       "+c"(count), [carry] "+r"(carry), [low] "=&r"(low), [other] "=&r"(other)
+                     : "d"(y), [tail] "r"(n % 4)
+                     : "cc", "memory");
     return carry;
   }
 
   static inline __attribute__((always_inline)) Limb MulSub1(Limb* z, const Limb* x, size_t n,
                                                             Limb y) {
     Limb carry = 0;
-    for (; n % 4 != 0; --n) {
-      const LimbPair p = WideProducts::MulAdd(*x++, y, carry, 0);
-      carry = p.high + (*z < p.low);
-      *z++ -= p.low;
-    }
     size_t count = n / 4;
-    if (count == 0) return carry;
     Limb low, other, old;
     __asm__ volatile(
-        "xorl %k[low], %k[low]\n"
-        "1:\n"                                             //
-        MIROLTA_ROW_STEP_SUB("0", "carry", "other")        //
-        MIROLTA_ROW_STEP_SUB("8", "other", "carry")        //
-        MIROLTA_ROW_STEP_SUB("16", "carry", "other")       //
-        MIROLTA_ROW_STEP_SUB("24", "other", "carry")       //
-        MIROLTA_ROW_LOOP_END
-        "movl $0, %k[low]\n"
-        "adcx %[low], %[carry]\n"
-        "adox %[low], %[carry]\n"
-        : [z] "+r"(z), [x] "+r"(x), [count] "+c"(count), [carry] "+r"(carry), [low] "=&r"(low),
-          [other] "=&r"(other), [old] "=&r"(old)
-        : "d"(y)
+        MIROLTA_ROW(MIROLTA_ROW_SUBTRACT)
+        : [z] "+r"(z), [x] "+r"(x),
+          "+c"(count), [carry] "+r"(carry), [low] "=&r"(low), [other] "=&r"(other), [old] "=&r"(old)
+        : "d"(y), [tail] "r"(n % 4)
         : "cc", "memory");
     return carry;
   }
-
-  static LimbPair Square(Limb x) { return WideProducts::MulAdd(x, x, 0, 0); }
 };
 
-using AdxBlocks = BlockLoops<AdxRows>;
+struct AdxBlocks : BlockLoops<AdxRows> {
+  static void Square(Limb* z, const Limb* x, size_t n) {
+    z[0] = 0;
+    z[2 * n - 1] = 0;
+    if (n > 1) {
+      z[n] = AdxRows::Mul1(z + 1, x + 1, n - 1, x[0]);
+      for (size_t i = 1; i + 1 < n; ++i) {
+        z[n + i] = AdxRows::MulAdd1(z + 2 * i + 1, x + i + 1, n - 1 - i, x[i]);
+      }
+    }
+    // Doubles in the overflow flag's chain and adds the squares in the carry flag's.
+    Limb low, high, t;
+    __asm__ volatile(
+        "xorl %k[t], %k[t]\n"
+        "1:\n"
+        "movq (%[x]), %%rdx\n"
+        "mulx %%rdx, %[low], %[high]\n"
+        "movq (%[z]), %[t]\n"
+        "adox %[t], %[t]\n"
+        "adcx %[low], %[t]\n"
+        "movq %[t], (%[z])\n"
+        "movq 8(%[z]), %[t]\n"
+        "adox %[t], %[t]\n"
+        "adcx %[high], %[t]\n"
+        "movq %[t], 8(%[z])\n"
+        "leaq 8(%[x]), %[x]\n"
+        "leaq 16(%[z]), %[z]\n"
+        "leaq -1(%%rcx), %%rcx\n"
+        "jrcxz 2f\n"
+        "jmp 1b\n"
+        "2:\n"
+        : [z] "+r"(z), [x] "+r"(x), "+c"(n), [low] "=&r"(low), [high] "=&r"(high), [t] "=&r"(t)
+        :
+        : "rdx", "cc", "memory");
+  }
+};
 
 }  // namespace
 
-constexpr LimbKernels kMulxAdxKernels = {
-    AdxRows::Add,     AdxRows::Subtract,   AdxRows::Mul1,     AdxRows::MulAdd1,
-    AdxRows::MulSub1, AdxBlocks::Multiply, AdxBlocks::Square, AdxBlocks::Reduce};
+constexpr LimbKernels kMulxAdxKernels = {AdxRows::Add,      AdxRows::Subtract, AdxRows::Mul1,
+                                         AdxRows::MulAdd1,  AdxRows::MulSub1,  AdxBlocks::Multiply,
+                                         AdxBlocks::Square, AdxBlocks::Reduce, MontgomeryShortAdx};
 
 }  // namespace mirolta
 

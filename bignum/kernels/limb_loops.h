@@ -89,8 +89,8 @@ struct BlockLoops {
     }
     z[0] = 0;
     z[2 * n - 1] = 0;
-    Limb carry = 0;   // of the sums
-    Limb shifted = 0; // top bit of the limb below
+    Limb carry = 0;    // of the sums
+    Limb shifted = 0;  // top bit of the limb below
     for (size_t i = 0; i < n; ++i) {
       const LimbPair s = Rows::Square(x[i]);
       const Limb low = static_cast<Limb>(z[2 * i] << 1 | shifted);

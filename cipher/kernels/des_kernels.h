@@ -1,6 +1,4 @@
-// The transforms of DES blocks. Decryption is encryption with the round keys in reverse, so one
-// function serves both directions; the lists are still one a direction, as kernels need not stay
-// so.
+// The transforms of DES and triple-DES blocks, one list a direction.
 #pragma once
 
 #include "des_schedule.h"

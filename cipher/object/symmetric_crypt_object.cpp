@@ -4,6 +4,7 @@
 #include "byte_view.h"
 #include "cipher_algorithms.h"
 #include "instance_creators.h"
+#include "key_conversion.h"
 #include "owned_value.h"
 #include "value_conversion.h"
 
@@ -26,6 +27,11 @@ HRESULT CreateSymmetricCryptObject(IUnknown* outer, REFIID iid, void** out) {
   return CreateObject<SymmetricCryptObject>(outer, iid, out);
 }
 
+void SymmetricCryptObject::DropEngine() {
+  pad_.EngineGone();
+  engine_.reset();
+}
+
 template <typename Work>
 HRESULT SymmetricCryptObject::WithEngine(Work work) {
   return engine_ ? work() : Raise(kMessageNotInitialized);
@@ -33,11 +39,12 @@ HRESULT SymmetricCryptObject::WithEngine(Work work) {
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Init(VARIANT vAlg) {
   return Frame([&]() -> HRESULT {
-    pad_.EngineGone();
-    engine_.reset();
+    DropEngine();
     OwnedVariant name;
     HRESULT status = VariantCopyInd(name.Get(), &vAlg);
     if (SUCCEEDED(status)) status = CoerceToText(name.Get());
+    // Again: reading an object runs the caller's code, which may have called Init.
+    DropEngine();
     if (FAILED(status)) return status;
     const LONG algorithm = FindCipherAlgorithm(V_BSTR(name.Get()));
     if (algorithm < 0) return Raise(kMessageAlgorithmNotFound);
@@ -53,7 +60,12 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_Key(VARIANT* key) {
 }
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_Key(VARIANT key) {
-  return Frame([&] { return WithEngine([&] { return engine_->SetKey(key, code_page_); }); });
+  return Frame([&] {
+    return WithEngine([&] {
+      const PlainKey plain(key);
+      return WithEngine([&] { return plain.GiveTo(*engine_, code_page_); });
+    });
+  });
 }
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_BlockSize(LONG* size) {
@@ -85,6 +97,8 @@ HRESULT SymmetricCryptObject::Transform(const Direction& direction, const VARIAN
   ByteView bytes;
   HRESULT status = bytes.OpenUnresolved(data, code_page_);
   if (FAILED(status)) return status;
+  // Again: reading an object runs the caller's code, which may have taken engine or key away.
+  if (!engine_ || !engine_->HasKey()) return Raise(kMessageNotInitialized);
   CipherEngine& engine = *engine_;
   status = (engine.*direction.update)(bytes.Data(), bytes.Count());
   if (FAILED(status)) return status;

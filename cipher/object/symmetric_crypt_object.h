@@ -45,6 +45,7 @@ class SymmetricCryptObject final
   static const Direction kEncryption;
   static const Direction kDecryption;
 
+  void DropEngine();
   template <typename Work>
   HRESULT WithEngine(Work work);
   HRESULT Transform(const Direction& direction, const VARIANT& data, bool finalize,

@@ -40,13 +40,14 @@ class BlockHashEngine : public HashEngine {
  protected:
   void SaveChain(HashChain* chain) const noexcept final;
   void LoadChain(const HashChain& chain) noexcept final;
+  void ClearDigest() noexcept final { std::memset(digest_, 0, sizeof digest_); }
 
  private:
   static constexpr uint32_t kWordCount = Primitive::kWordCount;
   static constexpr uint32_t kDigestSize = 4 * kWordCount;
   // Where the bit length stands in the last block.
   static constexpr uint32_t kLengthOffset = kHashBlockSize - 8;
-  static_assert(kWordCount <= HashChain::kMaximumWords && kDigestSize <= kMaximumDigestSize);
+  static_assert(kWordCount <= HashChain::kMaximumWords && kDigestSize <= kHashBlockSize);
 
   static void StoreWord(uint32_t word, uint8_t* bytes) noexcept {
     Primitive::kHighFirst ? StoreHighFirst(word, bytes) : StoreLowFirst(word, bytes);
@@ -108,11 +109,11 @@ HRESULT BlockHashEngine<Primitive>::Final() noexcept {
   // One 0x80, zeros up to the length, the length. These bytes count as absorbed: more data after a
   // Final goes on behind them.
   Count((waiting < kLengthOffset ? kHashBlockSize : 2 * kHashBlockSize) - waiting);
-  block_[waiting] = 0x80;
+  static constexpr uint8_t kPadding[kHashBlockSize] = {0x80};
   if (waiting < kLengthOffset) {
-    std::memset(block_ + waiting + 1, 0, kLengthOffset - 1 - waiting);
+    std::memcpy(block_ + waiting, kPadding, kLengthOffset - waiting);
   } else {
-    std::memset(block_ + waiting + 1, 0, kHashBlockSize - 1 - waiting);
+    std::memcpy(block_ + waiting, kPadding, kHashBlockSize - waiting);
     compress_(words_, block_, 1);
     std::memset(block_, 0, kLengthOffset);
   }
@@ -134,7 +135,6 @@ void BlockHashEngine<Primitive>::LoadChain(const HashChain& chain) noexcept {
   std::memcpy(words_, chain.words, sizeof words_);
   count_low_ = kHashBlockSize;
   count_high_ = 0;
-  std::memset(digest_, 0, sizeof digest_);
   SetOpen(true);
 }
 

@@ -74,6 +74,7 @@ HRESULT HashEngine::BeginKeyed() noexcept {
     if (FAILED(status)) return status;
   }
   LoadChain(pads_.inner);
+  ClearDigest();
   return S_OK;
 }
 
@@ -81,14 +82,10 @@ HRESULT HashEngine::FinishKeyed() noexcept {
   if (!key_.IsPresent() || !pads_ready_) return E_UNEXPECTED;
   HRESULT status = Final();
   if (FAILED(status)) return status;
-  uint8_t inner_digest[kMaximumDigestSize];
-  const uint32_t digest_size = static_cast<uint32_t>(DigestSize());
-  std::memcpy(inner_digest, RawDigest(), digest_size);
+  // The digest bytes hold the inner digest until the outer one takes their place.
   LoadChain(pads_.outer);
-  status = Update(inner_digest, digest_size);
-  if (SUCCEEDED(status)) status = Final();
-  WipeMemory(inner_digest, sizeof inner_digest);
-  return status;
+  status = Update(RawDigest(), static_cast<uint32_t>(DigestSize()));
+  return SUCCEEDED(status) ? Final() : status;
 }
 
 HRESULT HashEngine::SetKey(const VARIANT& key, LONG code_page) noexcept {

@@ -19,7 +19,6 @@ struct HashChain {
 class HashEngine {
  public:
   static constexpr uint32_t kMaximumBlockSize = 64;
-  static constexpr uint32_t kMaximumDigestSize = 32;
 
   HashEngine(const HashEngine&) = delete;
   HashEngine& operator=(const HashEngine&) = delete;
@@ -67,9 +66,10 @@ class HashEngine {
   HashEngine() noexcept = default;
 
   // SaveChain and LoadChain carry the state after exactly one block: LoadChain is Init and Update
-  // with the block that the chain was saved after.
+  // with the block that the chain was saved after, but leaves the digest bytes as they are.
   virtual void SaveChain(HashChain* chain) const noexcept = 0;
   virtual void LoadChain(const HashChain& chain) noexcept = 0;
+  virtual void ClearDigest() noexcept = 0;
 
   bool IsOpen() const noexcept { return open_ != 0; }
   void SetOpen(bool open) noexcept { open_ = open ? 1 : 0; }

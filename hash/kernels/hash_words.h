@@ -1,8 +1,10 @@
 // 32-bit words of digests: rotation, and their bytes in either order at any alignment.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace mirolta {
 
@@ -25,11 +27,17 @@ MIROLTA_STEP uint32_t LoadHighFirst(const uint8_t* bytes) noexcept {
   return uint32_t{bytes[3]} | uint32_t{bytes[2]} << 8 | uint32_t{bytes[1]} << 16 |
          uint32_t{bytes[0]} << 24;
 }
-inline void StoreLowFirst(uint32_t word, uint8_t* bytes) noexcept {
-  for (unsigned i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(word >> (8 * i));
+// Stored whole: byte stores of neighbouring words tempt compilers into slow shuffles.
+constexpr uint32_t SwapBytes(uint32_t word) noexcept {
+  return __builtin_bswap32(word);
 }
-inline void StoreHighFirst(uint32_t word, uint8_t* bytes) noexcept {
-  for (unsigned i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(word >> (24 - 8 * i));
+MIROLTA_STEP void StoreLowFirst(uint32_t word, uint8_t* bytes) noexcept {
+  if constexpr (std::endian::native != std::endian::little) word = SwapBytes(word);
+  std::memcpy(bytes, &word, sizeof word);
+}
+MIROLTA_STEP void StoreHighFirst(uint32_t word, uint8_t* bytes) noexcept {
+  if constexpr (std::endian::native != std::endian::big) word = SwapBytes(word);
+  std::memcpy(bytes, &word, sizeof word);
 }
 
 }  // namespace mirolta

@@ -32,28 +32,36 @@ constexpr int WordOf(int step) {
 template <int kRound>
 MIROLTA_STEP uint32_t Mix(uint32_t b, uint32_t c, uint32_t d) {
   if constexpr (kRound == 0) return ((c ^ d) & b) ^ d;
-  if constexpr (kRound == 2) return (c ^ d) ^ b;
   if constexpr (kRound == 3) return (~d | b) ^ c;
   // The two halves share no bit, so they may be added, and only one of them waits for b.
   return (~d & c) + (d & b);
 }
 
-// s holds a, b, c, d, turned by one place each step.
+// s holds a, b, c, d, turned by one place each step. In the third round, which mixes b ^ c ^ d,
+// c_xor_d is handed from step to step: this step's b ^ c is the next one's c ^ d.
 template <int kStep>
-MIROLTA_STEP void Step(uint32_t (&s)[4], const uint8_t* block) {
+MIROLTA_STEP void Step(uint32_t (&s)[4], uint32_t& c_xor_d, const uint8_t* block) {
   uint32_t& a = s[(64 - kStep) % 4];
   const uint32_t b = s[(65 - kStep) % 4];
   const uint32_t c = s[(66 - kStep) % 4];
   const uint32_t d = s[(67 - kStep) % 4];
   a += LoadLowFirst(block + 4 * WordOf(kStep)) + kSines[kStep];
-  a += Mix<kStep / 16>(b, c, d);
+  if constexpr (kStep == 32) c_xor_d = c ^ d;
+  if constexpr (kStep / 16 == 2) {
+    const uint32_t mixed = c_xor_d ^ b;
+    a += mixed;
+    c_xor_d = mixed ^ d;
+  } else {
+    a += Mix<kStep / 16>(b, c, d);
+  }
   a = RotateLeft(a, kRotations[kStep / 16][kStep % 4]) + b;
 }
 
 template <int... kSteps>
 MIROLTA_STEP void Steps(uint32_t (&s)[4], const uint8_t* block,
                         std::integer_sequence<int, kSteps...>) {
-  (Step<kSteps>(s, block), ...);
+  uint32_t c_xor_d = 0;
+  (Step<kSteps>(s, c_xor_d, block), ...);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "digest_result.h"
 #include "hash_algorithms.h"
 #include "instance_creators.h"
+#include "key_conversion.h"
 
 namespace mirolta {
 
@@ -70,8 +71,11 @@ HRESULT STDMETHODCALLTYPE HashObject::HashData(VARIANT vData, LONG lCP) {
       HRESULT status = data.Open(vData, CodePageFor(lCP));
       if (FAILED(status)) return status;
       if (data.IsFromArray() && data.Count() == 0) return S_FALSE;
-      status = engine_->Update(data.Data(), data.Count());
-      return FAILED(status) ? status : engine_->Finish();
+      // Again: reading an object runs the caller's code, which may have chosen another algorithm.
+      return WithEngine([&] {
+        status = engine_->Update(data.Data(), data.Count());
+        return FAILED(status) ? status : engine_->Finish();
+      });
     });
   });
 }
@@ -81,7 +85,8 @@ HRESULT STDMETHODCALLTYPE HashObject::HashUpdate(VARIANT vData, LONG lCP) {
     return WithEngine([&]() -> HRESULT {
       ByteView data;
       const HRESULT status = data.Open(vData, CodePageFor(lCP));
-      return FAILED(status) ? status : engine_->Update(data.Data(), data.Count());
+      if (FAILED(status)) return status;
+      return WithEngine([&] { return engine_->Update(data.Data(), data.Count()); });
     });
   });
 }
@@ -109,7 +114,12 @@ HRESULT STDMETHODCALLTYPE HashObject::get_Key(VARIANT* key) {
 }
 
 HRESULT STDMETHODCALLTYPE HashObject::put_Key(VARIANT key) {
-  return Frame([&] { return WithEngine([&] { return engine_->SetKey(key, code_page_); }); });
+  return Frame([&] {
+    return WithEngine([&] {
+      const PlainKey plain(key);
+      return WithEngine([&] { return plain.GiveTo(*engine_, code_page_); });
+    });
+  });
 }
 
 HRESULT STDMETHODCALLTYPE HashObject::Reset() {

@@ -1,5 +1,4 @@
-// BSTR: a block [unused word][length in bytes][text][two zero bytes]; the handle points at the
-// text.
+// BSTR: a block [unused word][length in bytes][text][zero bytes]; the handle points at the text.
 #include <cstdint>
 #include <cstring>
 
@@ -9,7 +8,8 @@
 namespace {
 
 constexpr size_t kHeaderBytes = 8;  // keeps the text aligned like the block
-constexpr size_t kTerminatorBytes = sizeof(OLECHAR);
+// A whole zero character also after an odd number of bytes.
+constexpr size_t kTerminatorBytes = 2 * sizeof(OLECHAR) - 1;
 // Room for header and terminator even where size_t has 32 bits.
 constexpr UINT kMaxBytes = 0xFFFFFFFFu - kHeaderBytes - kTerminatorBytes;
 

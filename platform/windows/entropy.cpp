@@ -1,6 +1,9 @@
 #include "platform.h"
 
+// This header needs the ones before it.
+// clang-format off
 #include <ntsecapi.h>
+// clang-format on
 
 namespace mirolta {
 

@@ -1,5 +1,7 @@
 #include "rsa_key.h"
 
+#include <initializer_list>
+
 #include "number_theory.h"
 
 namespace mirolta {

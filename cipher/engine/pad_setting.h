@@ -7,7 +7,7 @@
 
 namespace mirolta {
 
-// PadSetting is read and written without the object's lock, while another thread may be replacing
+// PadSetting is read and written without the owner's lock, while another thread may be replacing
 // the engine under it. So the owner keeps the setting itself, and hands it to the engine, under the
 // lock, before the engine pads.
 class PadSetting {

@@ -1,0 +1,31 @@
+// The module's allocations, over the process heap. The language's own operators throw, and the
+// machinery of exceptions is larger than the module.
+#include <new>
+
+#include "platform.h"
+
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+  return HeapAlloc(GetProcessHeap(), 0, size);
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+  return HeapAlloc(GetProcessHeap(), 0, size);
+}
+// A null pointer is freed without effect.
+void operator delete(void* memory) noexcept {
+  HeapFree(GetProcessHeap(), 0, memory);
+}
+void operator delete[](void* memory) noexcept {
+  HeapFree(GetProcessHeap(), 0, memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+  HeapFree(GetProcessHeap(), 0, memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
+  HeapFree(GetProcessHeap(), 0, memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+  HeapFree(GetProcessHeap(), 0, memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+  HeapFree(GetProcessHeap(), 0, memory);
+}
