@@ -1,0 +1,130 @@
+#include "value_resolution.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+#include "fake_object.h"
+#include "owned_value.h"
+
+namespace mirolta::test {
+namespace {
+
+TEST(ResolveValue, NullArgumentsAreRefused) {
+  VARIANT out;
+  V_VT(&out) = VT_I4;
+  EXPECT_EQ(ResolveValue(nullptr, &out), E_POINTER);
+  EXPECT_EQ(V_VT(&out), VT_EMPTY);
+  TestValue value = NumberValue(1);
+  EXPECT_EQ(ResolveValue(&value, nullptr), E_POINTER);
+}
+
+TEST(ResolveValue, PlainAndReferredValuesAreCopied) {
+  TestValue text = TextValue(OLESTR("abc"));
+  OwnedVariant out;
+  ASSERT_EQ(ResolveValue(&text, out.Put()), S_OK);
+  ASSERT_EQ(out.Type(), VT_BSTR);
+  EXPECT_NE(V_BSTR(out.Get()), text->bstrVal);
+  EXPECT_EQ(std::basic_string<OLECHAR>(V_BSTR(out.Get())), OLESTR("abc"));
+
+  LONG number = 77;
+  VARIANT reference = ReferenceTo(VT_I4, &number);
+  ASSERT_EQ(ResolveValue(&reference, out.Put()), S_OK);
+  ASSERT_EQ(out.Type(), VT_I4);
+  EXPECT_EQ(V_I4(out.Get()), 77);
+
+  VARIANT to_value = ReferenceTo(VT_VARIANT, &text);
+  ASSERT_EQ(ResolveValue(&to_value, out.Put()), S_OK);
+  EXPECT_EQ(out.Type(), VT_BSTR);
+}
+
+TEST(ResolveValue, ObjectsGiveTheirDefaultValue) {
+  FakeObject object(NumberValue(5));
+  for (const bool as_unknown : {false, true}) {
+    object.reads = 0;
+    TestValue value = as_unknown ? UnknownValue(&object) : ObjectValue(&object);
+    OwnedVariant out;
+    ASSERT_EQ(ResolveValue(&value, out.Put()), S_OK);
+    EXPECT_EQ(out.Type(), VT_I4);
+    EXPECT_EQ(V_I4(out.Get()), 5);
+    EXPECT_EQ(object.reads, 1);
+    EXPECT_EQ(object.references, 2u);  // the test's and the value's
+  }
+  EXPECT_EQ(object.references, 1u);
+}
+
+TEST(ResolveValue, ObjectByReference) {
+  FakeObject object(NumberValue(5));
+  IDispatch* pointer = &object;
+  VARIANT reference = ReferenceTo(VT_DISPATCH, &pointer);
+  OwnedVariant out;
+  ASSERT_EQ(ResolveValue(&reference, out.Put()), S_OK);
+  EXPECT_EQ(out.Type(), VT_I4);
+  EXPECT_EQ(object.references, 1u);
+}
+
+TEST(ResolveValue, DefaultValueByReferenceIsFollowed) {
+  LONG number = 12;
+  FakeObject object;
+  *&object.value = ReferenceTo(VT_I4, &number);
+  TestValue value = ObjectValue(&object);
+  OwnedVariant out;
+  ASSERT_EQ(ResolveValue(&value, out.Put()), S_OK);
+  EXPECT_EQ(out.Type(), VT_I4);
+  EXPECT_EQ(V_I4(out.Get()), 12);
+}
+
+TEST(ResolveValue, ObjectsWithoutDispatchFail) {
+  OwnedVariant out;
+  for (const VARTYPE type : {VT_DISPATCH, VT_UNKNOWN}) {
+    TestValue null(type);
+    null->punkVal = nullptr;
+    EXPECT_EQ(ResolveValue(&null, out.Put()), E_FAIL);
+    EXPECT_EQ(out.Type(), VT_EMPTY);
+  }
+  FakeObject object;
+  object.has_dispatch = false;
+  TestValue value = UnknownValue(&object);
+  EXPECT_EQ(ResolveValue(&value, out.Put()), E_FAIL);
+  EXPECT_EQ(object.references, 2u);
+}
+
+TEST(ResolveValue, AFailingReadGivesItsStatus) {
+  FakeObject object(NumberValue(5));
+  object.status = DISP_E_MEMBERNOTFOUND;
+  TestValue value = ObjectValue(&object);
+  OwnedVariant out;
+  EXPECT_EQ(ResolveValue(&value, out.Put()), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(out.Type(), VT_EMPTY);
+  EXPECT_EQ(object.references, 2u);
+}
+
+TEST(ResolveValue, ChainsOf64ObjectsAreFollowedLongerOnesFail) {
+  for (const size_t length : {2u, 64u, 65u}) {
+    std::deque<FakeObject> chain(length);
+    chain.back().value = NumberValue(3);
+    for (size_t i = 0; i + 1 < length; ++i) chain[i].value = ObjectValue(&chain[i + 1]);
+    TestValue value = ObjectValue(&chain[0]);
+    OwnedVariant out;
+    EXPECT_EQ(ResolveValue(&value, out.Put()), length <= 64 ? S_OK : DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(out.Type(), length <= 64 ? VT_I4 : VT_EMPTY);
+    EXPECT_EQ(chain.back().reads, length <= 64 ? 1 : 0);
+    chain.back().value = TestValue();
+    for (size_t i = 0; i + 1 < length; ++i) chain[i].value = TestValue();
+    EXPECT_EQ(chain.back().references, length == 1 ? 2u : 1u);
+  }
+}
+
+TEST(ResolveValue, AnObjectThatGivesItselfEnds) {
+  FakeObject object;
+  object.value = ObjectValue(&object);
+  TestValue value = ObjectValue(&object);
+  OwnedVariant out;
+  EXPECT_EQ(ResolveValue(&value, out.Put()), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(object.reads, kMaximumDefaultValueChain);
+  object.value = TestValue();
+  EXPECT_EQ(object.references, 2u);
+}
+
+}  // namespace
+}  // namespace mirolta::test

@@ -1,0 +1,232 @@
+#include "big_int.h"
+
+#include <gtest/gtest.h>
+
+#include "big_testing.h"
+
+namespace mirolta {
+namespace {
+
+TEST(BigIntTest, NewIsZeroAndPositive) {
+  BigInt n;
+  EXPECT_TRUE(n.IsZero());
+  EXPECT_FALSE(n.negative());
+  EXPECT_EQ(n.bitLength(), 0u);
+  EXPECT_EQ(n.status(), S_OK);
+  EXPECT_EQ(Hex(BigInt(0)), "0");
+  EXPECT_EQ(Hex(BigInt(0xFFFFFFFF)), "ffffffff");
+  EXPECT_FALSE(BigInt(7).negative());
+}
+
+TEST(BigIntTest, DifferenceBelowZero) {
+  EXPECT_EQ(Hex(BigInt(3) - BigInt(5)), "-2");
+  BigInt n(3);
+  ASSERT_EQ(n.subtract(BigInt(5)), S_OK);
+  EXPECT_EQ(Hex(n), "-2");
+  ASSERT_EQ(n.add(BigInt(2)), S_OK);
+  EXPECT_EQ(Hex(n), "-0");  // the flag stays with the zero
+  EXPECT_FALSE(n.IsNegative());
+  EXPECT_TRUE(n == BigInt(0));
+}
+
+// Sums and differences keep the flag of the first operand unless the second one is larger.
+TEST(BigIntTest, FlagsOfSumsAndDifferences) {
+  EXPECT_EQ(Hex(Big("5") + Big("-5")), "0");
+  EXPECT_EQ(Hex(Big("-5") + Big("5")), "-0");
+  EXPECT_EQ(Hex(Big("5") - Big("5")), "0");
+  EXPECT_EQ(Hex(Big("-5") - Big("-5")), "-0");
+  EXPECT_EQ(Hex(Big("-5") + Big("-3")), "-8");
+  EXPECT_EQ(Hex(Big("-3") + Big("5")), "2");
+  EXPECT_EQ(Hex(Big("3") + Big("-5")), "-2");
+  EXPECT_EQ(Hex(Big("-3") - Big("-5")), "2");
+  EXPECT_EQ(Hex(Big("-5") - Big("-3")), "-2");
+  EXPECT_EQ(Hex(Big("-3") - Big("5")), "-8");
+  EXPECT_EQ(Hex(Big("3") - Big("-5")), "8");
+  EXPECT_EQ(Hex(Big("-0") + Big("5")), "5");
+  EXPECT_EQ(Hex(Big("-0") - Big("5")), "-5");
+  EXPECT_EQ(Hex(Big("0") - Big("-5")), "5");
+  EXPECT_EQ(Hex(Big("-0") + Big("0")), "-0");
+  EXPECT_EQ(Hex(Big("0") + Big("-0")), "0");
+  EXPECT_EQ(Hex(Big("-0") - Big("0")), "-0");
+}
+
+TEST(BigIntTest, FlagsOfProductsQuotientsAndRemainders) {
+  EXPECT_EQ(Hex(Big("-4") * Big("3")), "-c");
+  EXPECT_EQ(Hex(Big("-4") * Big("-3")), "c");
+  EXPECT_EQ(Hex(Big("0") * Big("-3")), "-0");
+  EXPECT_EQ(Hex(Big("-7") / Big("2")), "-3");
+  EXPECT_EQ(Hex(Big("7") / Big("-2")), "-3");
+  EXPECT_EQ(Hex(Big("-7") / Big("-2")), "3");
+  EXPECT_EQ(Hex(Big("-1") / Big("2")), "-0");
+  EXPECT_EQ(Hex(Big("-7") % Big("3")), "-1");
+  EXPECT_EQ(Hex(Big("7") % Big("-3")), "1");
+  EXPECT_EQ(Hex(Big("-6") % Big("3")), "-0");
+  EXPECT_EQ(Hex(Big("-2") % Big("3")), "-2");
+}
+
+TEST(BigIntTest, CompareIsBlindToTheSignOfTwoNegatives) {
+  EXPECT_EQ(Compare(Big("-5"), Big("-3")), 1);
+  EXPECT_EQ(Compare(Big("-3"), Big("-5")), -1);
+  EXPECT_EQ(Compare(Big("-3"), Big("-3")), 0);
+  EXPECT_EQ(Compare(Big("-5"), Big("3")), -1);
+  EXPECT_EQ(Compare(Big("5"), Big("-3")), 1);
+  EXPECT_EQ(Compare(Big("-0"), Big("0")), 0);
+  EXPECT_EQ(Compare(Big("-0"), Big("-1")), 1);
+  EXPECT_EQ(Compare(Big("-0"), Big("1")), -1);
+  EXPECT_TRUE(Big("5") == Big("5"));
+  EXPECT_TRUE(Big("5") != Big("6"));
+  EXPECT_TRUE(Big("-5") < Big("6"));
+  EXPECT_TRUE(Big("6") > Big("5"));
+  EXPECT_TRUE(Big("6") >= Big("6"));
+  EXPECT_FALSE(Big("5") >= Big("6"));
+}
+
+TEST(BigIntTest, ZeroDivisorsAreReported) {
+  BigInt r(9);
+  for (const char* dividend : {"0", "7", "-7"}) {
+    for (const char* zero : {"0", "-0"}) {
+      EXPECT_EQ(Divide(r, Big(dividend), Big(zero)), DISP_E_DIVBYZERO);
+      EXPECT_EQ(Remainder(r, Big(dividend), Big(zero)), DISP_E_DIVBYZERO);
+      EXPECT_EQ(Hex(r), "9");
+      EXPECT_EQ((Big(dividend) / Big(zero)).status(), DISP_E_DIVBYZERO);
+      EXPECT_EQ((Big(dividend) % Big(zero)).status(), DISP_E_DIVBYZERO);
+    }
+  }
+}
+
+TEST(BigIntTest, FailuresPassOn) {
+  const BigInt failed = BigInt::Failed(E_OUTOFMEMORY);
+  BigInt r(9);
+  EXPECT_EQ(Add(r, failed, BigInt(1)), E_OUTOFMEMORY);
+  EXPECT_EQ(Subtract(r, BigInt(1), failed), E_OUTOFMEMORY);
+  EXPECT_EQ(Multiply(r, failed, failed), E_OUTOFMEMORY);
+  EXPECT_EQ(Divide(r, failed, BigInt(1)), E_OUTOFMEMORY);
+  EXPECT_EQ(Remainder(r, BigInt(1), failed), E_OUTOFMEMORY);
+  EXPECT_EQ(r.add(failed), E_OUTOFMEMORY);
+  EXPECT_EQ(r.subtract(failed), E_OUTOFMEMORY);
+  EXPECT_EQ(Hex(r), "9");
+  EXPECT_EQ(((failed + BigInt(1)) * BigInt(2)).status(), E_OUTOFMEMORY);
+  EXPECT_EQ(((BigInt(1) / BigInt(0)) + BigInt(1)).status(), DISP_E_DIVBYZERO);
+  BigInt again = failed;
+  EXPECT_EQ(Add(again, BigInt(1), BigInt(2)), S_OK);
+  EXPECT_EQ(again.status(), S_OK);
+  EXPECT_EQ(Hex(again), "3");
+}
+
+// Every operation with results and operands the same numbers.
+TEST(BigIntTest, ResultsMayBeOperands) {
+  using Operation = HRESULT (*)(BigInt&, const BigInt&, const BigInt&) noexcept;
+  const Operation operations[] = {Add, Subtract, Multiply, Divide, Remainder};
+  for (const Operation operation : operations) {
+    for (int i = 0; i < Cases(200); ++i) {
+      BigInt a = RandomBig(300), b = RandomBig(200);
+      if (b.IsZero()) b = BigInt(3);
+      a.set_negative(Below(2) != 0);
+      b.set_negative(Below(2) != 0);
+      BigInt wanted;
+      ASSERT_EQ(operation(wanted, a, b), S_OK);
+      BigInt r = a;
+      ASSERT_EQ(operation(r, r, b), S_OK);
+      EXPECT_EQ(Hex(r), Hex(wanted));
+      r = b;
+      ASSERT_EQ(operation(r, a, r), S_OK);
+      EXPECT_EQ(Hex(r), Hex(wanted));
+      const BigInt copy(b);
+      ASSERT_EQ(operation(wanted, b, copy), S_OK);
+      r = b;
+      ASSERT_EQ(operation(r, r, r), S_OK);
+      EXPECT_EQ(Hex(r), Hex(wanted));
+      EXPECT_EQ(Hex(copy), Hex(b));
+    }
+  }
+}
+
+TEST(BigIntTest, AddAndSubtractThemselves) {
+  BigInt n = BigHex("ffffffffffffffff");
+  ASSERT_EQ(n.add(n), S_OK);
+  EXPECT_EQ(Hex(n), "1fffffffffffffffe");
+  ASSERT_EQ(n.subtract(n), S_OK);
+  EXPECT_EQ(Hex(n), "0");
+}
+
+TEST(BigIntTest, CopiesShareUntilOneIsWritten) {
+  BigInt a = BigHex("123456789abcdef0123456789");
+  EXPECT_EQ(a.magnitude().shareCount, 0u);
+  {
+    const BigInt b(a);
+    BigInt c;
+    c = a;
+    EXPECT_EQ(&b.magnitude(), &a.magnitude());
+    EXPECT_EQ(&c.magnitude(), &a.magnitude());
+    EXPECT_EQ(a.magnitude().shareCount, 2u);
+    c = BigInt(1);
+    EXPECT_EQ(a.magnitude().shareCount, 1u);
+    BigInt moved(std::move(c));
+    EXPECT_EQ(Hex(moved), "1");
+    moved = moved;  // NOLINT
+    EXPECT_EQ(Hex(moved), "1");
+  }
+  EXPECT_EQ(a.magnitude().shareCount, 0u);
+  a = a;  // NOLINT
+  EXPECT_EQ(Hex(a), "123456789abcdef0123456789");
+  EXPECT_EQ(a.magnitude().shareCount, 0u);
+}
+
+// What each mutation leaves in the number and in a copy made before.
+TEST(BigIntTest, EveryMutationLeavesCopiesAlone) {
+  const std::string start = "f123456789abcdef0123456789";
+  struct Mutation {
+    const char* name;
+    void (*apply)(BigInt&);
+  };
+  const Mutation mutations[] = {
+      {"add", [](BigInt& n) { n.add(BigInt(1)); }},
+      {"add of the other sign", [](BigInt& n) { n.add(Big("-1")); }},
+      {"add of a larger one of the other sign", [](BigInt& n) { n.add(Negated(n * n)); }},
+      {"add to itself", [](BigInt& n) { n.add(n); }},
+      {"subtract", [](BigInt& n) { n.subtract(BigInt(1)); }},
+      {"subtract a larger one", [](BigInt& n) { n.subtract(n * n); }},
+      {"subtract of the other sign", [](BigInt& n) { n.subtract(Big("-1")); }},
+      {"subtract from itself", [](BigInt& n) { n.subtract(n); }},
+      {"sign", [](BigInt& n) { n.set_negative(true); }},
+      {"assignment", [](BigInt& n) { n = BigInt(1); }},
+      {"multiply", [](BigInt& n) { Multiply(n, n, n); }},
+      {"divide", [](BigInt& n) { Divide(n, n, BigInt(3)); }},
+      {"remainder", [](BigInt& n) { Remainder(n, n, BigInt(3)); }},
+      {"rewrite", [](BigInt& n) { n.Rewrite(2)->normalise(); }},
+      {"limbs", [](BigInt& n) { n.AssignLimbs(nullptr, 0); }},
+      {"bytes", [](BigInt& n) { FromBytes(n, reinterpret_cast<const uint8_t*>("abc"), 3); }},
+      {"decimal text", [](BigInt& n) { FromDecimalText(n, OLESTR("12"), 2); }},
+      {"hexadecimal text", [](BigInt& n) { FromHexText(n, OLESTR("12"), 2); }},
+  };
+  for (const Mutation& mutation : mutations) {
+    BigInt lone = BigHex(start);
+    mutation.apply(lone);
+    BigInt changed = BigHex(start);
+    const BigInt copy(changed);
+    mutation.apply(changed);
+    EXPECT_EQ(Hex(copy), start) << mutation.name;
+    EXPECT_FALSE(copy.negative()) << mutation.name;
+    EXPECT_EQ(Hex(changed), Hex(lone)) << mutation.name;
+    EXPECT_NE(Hex(changed), start) << mutation.name;
+  }
+}
+
+TEST(BigIntTest, Identities) {
+  for (int i = 0; i < Cases(500); ++i) {
+    BigInt a = RandomBig(1500), b = RandomBig(900), c = RandomBig(1200);
+    a.set_negative(Below(2) != 0);
+    b.set_negative(Below(2) != 0);
+    c.set_negative(Below(2) != 0);
+    EXPECT_TRUE(((a + b) - b - a).IsZero());
+    EXPECT_TRUE(((a + b) * c - (a * c + b * c)).IsZero());
+    EXPECT_TRUE((a * a - b * b - (a - b) * (a + b)).IsZero());
+    if (b.IsZero()) continue;
+    EXPECT_TRUE(((a / b) * b + a % b - a).IsZero());
+    EXPECT_TRUE(((a * b) % b).IsZero());
+    EXPECT_TRUE(((a * b) / b - a).IsZero());
+  }
+}
+
+}  // namespace
+}  // namespace mirolta

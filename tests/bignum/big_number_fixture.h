@@ -1,0 +1,102 @@
+// A PexBigNumber of the loaded module, and its members in comparable form.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "class_description.h"
+#include "loaded_module.h"
+#include "portable/test_hooks.h"
+
+namespace mirolta::test {
+
+using Number = OwnedReference<IPexBigNumber>;
+
+inline constexpr HRESULT kMismatch = static_cast<HRESULT>(0x80020005);
+inline constexpr HRESULT kOverflow = static_cast<HRESULT>(0x8002000A);
+inline constexpr HRESULT kDivisionByZero = static_cast<HRESULT>(0x80020012);
+inline constexpr HRESULT kNoMemory = static_cast<HRESULT>(0x8007000E);
+
+inline TestValue Dec(const std::string& digits) {
+  TestValue value(VT_BSTR);
+  const Text wide(digits.begin(), digits.end());
+  value->bstrVal = SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+  return value;
+}
+
+inline TestValue LeftOut() {
+  TestValue value(VT_ERROR);
+  value->scode = DISP_E_PARAMNOTFOUND;
+  return value;
+}
+
+// The hexadecimal text of a number; "0" for zero, which has none.
+inline std::string HexOf(IPexBigNumber* number) {
+  TestValue value;
+  const HRESULT status = number->get_Hex(&value);
+  if (status == kNoMemory) {
+    EXPECT_EQ(V_VT(&value), VT_EMPTY);
+    TestValue bytes;
+    EXPECT_EQ(number->get_Binary(&bytes), S_OK);
+    EXPECT_TRUE(BytesOfArray(bytes).empty());
+    return "0";
+  }
+  EXPECT_EQ(status, S_OK);
+  if (FAILED(status)) return "failed";
+  const BSTR text = value->bstrVal;
+  return std::string(text, text + SysStringLen(text));
+}
+
+inline std::string DecOf(IPexBigNumber* number) {
+  TestValue value;
+  if (FAILED(number->get_Value(&value))) return "0";
+  const BSTR text = value->bstrVal;
+  return std::string(text, text + SysStringLen(text));
+}
+
+class BigNumberTest : public ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    number = Create();
+    ASSERT_TRUE(number);
+  }
+  void TearDown() override {
+    // Nothing that these members do describes an error.
+    OwnedReference<IErrorInfo> info;
+    EXPECT_EQ(GetErrorInfo(0, info.Put()), S_FALSE);
+    number.Reset();
+    ModuleTest::TearDown();
+  }
+
+  Number Create() const {
+    return module.Create<IPexBigNumber>(CLSID_PexBigNumber, IID_IPexBigNumber);
+  }
+  Number Of(const std::string& digits) const {
+    Number made = Create();
+    EXPECT_EQ(made->put_Value(Dec(digits)), S_OK);
+    return made;
+  }
+  // a - b of decimal digits, the only way to a number below zero.
+  Number Difference(const std::string& a, const std::string& b) const {
+    Number made;
+    EXPECT_EQ(Of(a)->Sub(Dec(b), made.Put()), S_OK);
+    return made;
+  }
+
+  Number number;
+};
+
+using Binary = HRESULT (STDMETHODCALLTYPE IPexBigNumber::*)(VARIANT, IPexBigNumber**);
+
+struct NamedBinary {
+  const char* name;
+  Binary member;
+};
+inline constexpr NamedBinary kBinaries[] = {
+    {"Add", &IPexBigNumber::Add},       {"Sub", &IPexBigNumber::Sub}, {"Mul", &IPexBigNumber::Mul},
+    {"Div", &IPexBigNumber::Div},       {"Mod", &IPexBigNumber::Mod}, {"GCD", &IPexBigNumber::GCD},
+    {"ModInv", &IPexBigNumber::ModInv},
+};
+
+}  // namespace mirolta::test

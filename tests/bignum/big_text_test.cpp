@@ -1,0 +1,200 @@
+#include "big_text.h"
+
+#include <gtest/gtest.h>
+
+#include "big_testing.h"
+
+namespace mirolta {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes BytesOf(const BigInt& n) {
+  Bytes bytes(ByteLength(n) + 1, 0xEE);
+  ToBytes(bytes.data(), n);
+  EXPECT_EQ(bytes.back(), 0xEE);
+  bytes.pop_back();
+  return bytes;
+}
+
+BigInt Read(const Bytes& bytes) {
+  BigInt n;
+  EXPECT_EQ(FromBytes(n, bytes.data(), static_cast<uint32_t>(bytes.size())), S_OK);
+  return n;
+}
+
+std::string Decimal(const BigInt& n) {
+  NumberText text;
+  EXPECT_EQ(ToText(text, n, 10), S_OK);
+  return Narrow(text);
+}
+
+TEST(BigBytesTest, Table) {
+  EXPECT_EQ(Hex(Read({0, 0, 1})), "1");
+  EXPECT_EQ(BytesOf(BigInt(1)), (Bytes{1}));
+  EXPECT_EQ(Hex(Read({})), "0");
+  EXPECT_EQ(Hex(Read({0, 0, 0, 0, 0})), "0");
+  EXPECT_EQ(BytesOf(BigInt()), Bytes{});
+  EXPECT_EQ(Hex(Read({1, 2, 3, 4, 5})), "102030405");
+  EXPECT_EQ(Hex(Read({0x80, 0, 0, 0, 0, 0, 0, 0})), "8000000000000000");
+  EXPECT_EQ(BytesOf(BigHex("1ff")), (Bytes{1, 0xFF}));
+}
+
+TEST(BigBytesTest, EveryLengthAndBack) {
+  for (uint32_t length = 0; length < 70; ++length) {
+    Bytes bytes(length);
+    for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(Generator()());
+    if (length != 0) bytes[0] |= 1;
+    BigInt n = Read(bytes);
+    EXPECT_EQ(BytesOf(n), bytes);
+    // A shorter value into a number that had more words.
+    ASSERT_EQ(FromBytes(n, bytes.data(), length / 2), S_OK);
+    EXPECT_EQ(BytesOf(n), Bytes(bytes.begin(), bytes.begin() + length / 2));
+  }
+}
+
+TEST(BigTextTest, Table) {
+  EXPECT_EQ(Hex(Big("12,345")), "3039");
+  BigInt n;
+  FromDecimalText(n, OLESTR("-12345"), 6);
+  EXPECT_EQ(Hex(n), "3039");
+  EXPECT_EQ(Hex(BigHex("0x1F")), "1f");
+  EXPECT_EQ(Hex(BigHex("abc")), "abc");
+  EXPECT_EQ(Hex(BigHex("aBCdEf0")), "abcdef0");
+  EXPECT_EQ(Hex(BigHex("")), "0");
+  EXPECT_EQ(Hex(Big("")), "0");
+  EXPECT_EQ(Hex(Big("ff")), "0");
+  EXPECT_EQ(Hex(BigHex("xyz g")), "0");
+  EXPECT_EQ(Hex(BigHex(" 12 - 34 ")), "1234");
+  EXPECT_EQ(Decimal(BigHex("ff")), "255");
+  EXPECT_EQ(Decimal(Big("000123")), "123");
+  EXPECT_EQ(Decimal(Big("18446744073709551616")), "18446744073709551616");
+}
+
+// Characters around the digits and letters, and wide ones that end in a digit's byte.
+TEST(BigTextTest, EveryOtherCharacterIsSkipped) {
+  for (uint32_t c = 1; c < 0x10000; ++c) {
+    const OLECHAR text[] = {OLECHAR('1'), static_cast<OLECHAR>(c), OLECHAR('2')};
+    BigInt decimal, hex;
+    ASSERT_EQ(FromDecimalText(decimal, text, 3), S_OK);
+    ASSERT_EQ(FromHexText(hex, text, 3), S_OK);
+    uint32_t wanted = 12, wanted_hex = 0x12;
+    if (c >= '0' && c <= '9') wanted = 102 + 10 * (c - '0');
+    if (c >= '0' && c <= '9') wanted_hex = 0x102 + 16 * (c - '0');
+    if (c >= 'a' && c <= 'f') wanted_hex = 0x102 + 16 * (c - 'a' + 10);
+    if (c >= 'A' && c <= 'F') wanted_hex = 0x102 + 16 * (c - 'A' + 10);
+    ASSERT_EQ(decimal.getWord(0), wanted) << c;
+    ASSERT_EQ(hex.getWord(0), wanted_hex) << c;
+  }
+}
+
+TEST(BigTextTest, TextOfZeroIsNull) {
+  NumberText text;
+  for (const uint32_t base : {10u, 16u}) {
+    ASSERT_EQ(ToText(text, BigInt(5), base), S_OK);
+    ASSERT_NE(text.characters(), nullptr);
+    EXPECT_EQ(text.characters()[text.length()], 0);
+    ASSERT_EQ(ToText(text, BigInt(), base), S_OK);
+    EXPECT_EQ(text.characters(), nullptr);
+    EXPECT_EQ(text.length(), 0u);
+  }
+}
+
+TEST(BigTextTest, OtherBasesFail) {
+  NumberText text;
+  ASSERT_EQ(ToText(text, BigInt(5), 10), S_OK);
+  for (const uint32_t base : {0u, 1u, 2u, 8u, 9u, 11u, 15u, 17u, 64u}) {
+    EXPECT_EQ(ToText(text, BigInt(7), base), E_FAIL);
+    EXPECT_EQ(ToText(text, BigInt(), base), E_FAIL);
+  }
+  EXPECT_EQ(Narrow(text), "5");
+}
+
+TEST(BigTextTest, ConversionsKeepTheFlag) {
+  BigInt n = BigInt(3) - BigInt(5);
+  const uint8_t bytes[] = {9};
+  ASSERT_EQ(FromBytes(n, bytes, 1), S_OK);
+  EXPECT_EQ(Hex(n), "-9");
+  ASSERT_EQ(FromDecimalText(n, OLESTR("12"), 2), S_OK);
+  EXPECT_EQ(Hex(n), "-c");
+  ASSERT_EQ(FromHexText(n, OLESTR("12"), 2), S_OK);
+  EXPECT_EQ(Hex(n), "-12");
+  NumberText text;
+  ASSERT_EQ(ToText(text, n, 16), S_OK);
+  EXPECT_EQ(Narrow(text), "12");  // no sign
+  ASSERT_EQ(FromHexText(n, OLESTR(""), 0), S_OK);
+  EXPECT_EQ(Hex(n), "-0");
+}
+
+// The reader as the byte buffer defines it: the digits beyond its bytes are dropped.
+BigInt ReadDecimalByBytes(const std::string& text) {
+  const double product = static_cast<double>(text.size()) * 0.41524;
+  size_t size = static_cast<size_t>(product);
+  if (product - static_cast<double>(size) > 0) ++size;
+  Bytes bytes(size);
+  for (const char c : text) {
+    if (c < '0' || c > '9') continue;
+    uint32_t carry = static_cast<uint32_t>(c - '0');
+    for (size_t i = size; i-- != 0;) {
+      const uint32_t v = bytes[i] * 10u + carry;
+      bytes[i] = static_cast<uint8_t>(v);
+      carry = v >> 8;
+    }
+  }
+  return Read(bytes);
+}
+
+TEST(BigTextTest, DigitsBeyondTheBufferAreDropped) {
+  size_t dropped = 0;
+  for (size_t length = 1800; length < 1850; ++length) {
+    const std::string nines(length, '9');
+    const BigInt n = Big(nines);
+    ASSERT_EQ(Hex(n), Hex(ReadDecimalByBytes(nines))) << length;
+    if (Decimal(n) != nines) ++dropped;
+  }
+  EXPECT_GT(dropped, 0u);
+  const std::string long_text(25000, '9');
+  EXPECT_EQ(Hex(Big(long_text)), Hex(ReadDecimalByBytes(long_text)));
+  // Skipped characters make room.
+  const std::string spaced = std::string(1811, '9') + "    ";
+  EXPECT_EQ(Decimal(Big(spaced)), std::string(1811, '9'));
+  EXPECT_NE(Decimal(Big(spaced.substr(0, 1811))), std::string(1811, '9'));
+}
+
+TEST(BigTextTest, PowersOfTen) {
+  std::string text = "1";
+  for (int i = 0; i < 1700; ++i, text.push_back('0')) {
+    const BigInt n = Big(text);
+    ASSERT_EQ(Decimal(n), text);
+    if (i == 0) continue;
+    ASSERT_EQ(Decimal(n - BigInt(1)), std::string(text.size() - 1, '9'));
+  }
+}
+
+TEST(BigTextTest, AgainstThePeer) {
+  for (int i = 0; i < Cases(600); ++i) {
+    const BigInt n = RandomBig(i % 20 == 0 ? 40000 : i % 3 == 0 ? 8192 : 700);
+    if (n.IsZero()) continue;
+    const Mpz peer(n);
+    char* const decimal = mpz_get_str(nullptr, 10, peer);
+    const std::string wanted = decimal;
+    free(decimal);
+    ASSERT_EQ(Decimal(n), wanted);
+    ASSERT_EQ(Hex(n), Hex(static_cast<mpz_srcptr>(peer)));
+    // Reading back with a character to spare, so that nothing is dropped.
+    ASSERT_EQ(Hex(Big(wanted + "   ")), Hex(n));
+    ASSERT_EQ(Hex(BigHex(Hex(n))), Hex(n));
+  }
+}
+
+TEST(BigTextTest, ManyDigits) {
+  const BigInt n = RandomBigOf(400000) + BigInt(1);
+  const Mpz peer(n);
+  char* const decimal = mpz_get_str(nullptr, 10, peer);
+  EXPECT_EQ(Decimal(n), decimal);
+  EXPECT_EQ(Hex(Big(std::string(decimal) + "          ")), Hex(n));
+  free(decimal);
+}
+
+}  // namespace
+}  // namespace mirolta

@@ -1,0 +1,129 @@
+// Long products, quotients and their working memory, on limbs, around every change of method.
+#include "limb_divide.h"
+
+#include <gtest/gtest.h>
+
+#include "big_testing.h"
+#include "limb_multiply.h"
+
+namespace mirolta {
+namespace {
+
+using Limbs = std::vector<Limb>;
+constexpr Limb kGuard = static_cast<Limb>(0xABCDEF0123456789u);
+
+Limbs RandomLimbs(size_t n) {
+  const std::vector<uint32_t> words = RandomWords(static_cast<uint32_t>(n * kLimbBits));
+  Limbs limbs(n);
+  for (size_t i = 0; i < words.size(); ++i) {
+    limbs[i / kLimbWords] |= static_cast<Limb>(words[i]) << (32 * (i % kLimbWords));
+  }
+  return limbs;
+}
+
+void Import(Mpz& z, const Limbs& x) {
+  mpz_import(z, x.size(), -1, sizeof(Limb), 0, 0, x.data());
+}
+
+Limbs Export(const Mpz& z, size_t n) {
+  Limbs limbs(n + 1);
+  EXPECT_LE(mpz_sizeinbase(z, 2), n * kLimbBits + 1);
+  mpz_export(limbs.data(), nullptr, -1, sizeof(Limb), 0, 0, z);
+  limbs.resize(n);
+  return limbs;
+}
+
+void CheckProduct(size_t m, size_t n, bool square) {
+  const Limbs x = RandomLimbs(m);
+  const Limbs y = square ? x : RandomLimbs(n);
+  Limbs z(m + n + 1, kGuard);
+  Limbs scratch(MultiplyScratch(m, n) + 1, kGuard);
+  MultiplyLimbs(z.data(), x.data(), m, square ? x.data() : y.data(), n, scratch.data());
+  EXPECT_EQ(z.back(), kGuard);
+  EXPECT_EQ(scratch.back(), kGuard);
+  z.pop_back();
+  Mpz px, py;
+  Import(px, x);
+  Import(py, y);
+  mpz_mul(px, px, py);
+  ASSERT_EQ(z, Export(px, m + n)) << m << " by " << n;
+}
+
+TEST(MultiplyLimbsTest, EqualSizes) {
+  for (size_t n = 1; n < 460; n += n < 300 ? 1 : 13) {
+    CheckProduct(n, n, false);
+    CheckProduct(n, n, true);
+  }
+  CheckProduct(1500, 1500, false);
+  CheckProduct(1500, 1500, true);
+}
+
+TEST(MultiplyLimbsTest, UnequalSizes) {
+  for (int i = 0; i < Cases(400); ++i) {
+    const size_t m = 1 + Below(700);
+    CheckProduct(m, 1 + Below(static_cast<uint32_t>(m)), false);
+    CheckProduct(1 + Below(40), m, false);
+  }
+}
+
+void CheckQuotient(const Limbs& a, const Limbs& d) {
+  Mpz pa, pd, pq, pr;
+  Import(pa, a);
+  Import(pd, d);
+  mpz_tdiv_qr(pq, pr, pa, pd);
+  Limbs q(a.size() - d.size() + 2, kGuard), r(d.size() + 1, kGuard);
+  ASSERT_TRUE(DivideLimbs(q.data(), r.data(), a.data(), a.size(), d.data(), d.size()));
+  EXPECT_EQ(q.back(), kGuard);
+  EXPECT_EQ(r.back(), kGuard);
+  q.pop_back();
+  r.pop_back();
+  ASSERT_EQ(q, Export(pq, q.size())) << a.size() << " by " << d.size();
+  ASSERT_EQ(r, Export(pr, r.size())) << a.size() << " by " << d.size();
+}
+
+TEST(DivideLimbsTest, RandomSizes) {
+  for (int i = 0; i < Cases(1500); ++i) {
+    const size_t n = 1 + Below(i % 10 == 0 ? 300 : 30);
+    Limbs d = RandomLimbs(n);
+    if (d.back() == 0) d.back() = 1;
+    CheckQuotient(RandomLimbs(n + Below(i % 10 == 1 ? 400 : 40)), d);
+  }
+}
+
+// Dividends next to a multiple of the divisor drive the estimates to their corrections.
+TEST(DivideLimbsTest, NextToMultiples) {
+  for (int i = 0; i < Cases(1500); ++i) {
+    const size_t n = 1 + Below(i % 10 == 0 ? 260 : 20);
+    Limbs d = RandomLimbs(n);
+    if (d.back() == 0) d.back() = kLimbMax;
+    const size_t count = 1 + Below(i % 10 == 0 ? 260 : 20);
+    Mpz pa, pd;
+    Import(pd, d);
+    Import(pa, RandomLimbs(count));
+    mpz_mul(pa, pa, pd);
+    if (i % 3 == 0) mpz_add(pa, pa, pd);
+    if (mpz_sgn(static_cast<mpz_srcptr>(pa)) != 0) mpz_sub_ui(pa, pa, Below(2));
+    CheckQuotient(Export(pa, n + count + 1), d);
+  }
+}
+
+TEST(DivideLimbsTest, ByOneLimb) {
+  for (int i = 0; i < Cases(2000); ++i) {
+    const Limbs a = RandomLimbs(Below(12));
+    Limb d = RandomLimbs(1)[0];
+    if (i % 2 == 0) d >>= Below(kLimbBits);
+    if (d == 0) d = 1;
+    Mpz pa, pd, pq, pr;
+    Import(pa, a);
+    Import(pd, Limbs{d});
+    mpz_tdiv_qr(pq, pr, pa, pd);
+    Limbs q(a.size());
+    const LimbDivisor divisor = PrepareDivisor(d);
+    EXPECT_EQ(DivideByLimb(q.data(), a.data(), a.size(), divisor), Export(pr, 1)[0]);
+    EXPECT_EQ(q, Export(pq, a.size()));
+    EXPECT_EQ(ModLimb(a.data(), a.size(), divisor), Export(pr, 1)[0]);
+  }
+}
+
+}  // namespace
+}  // namespace mirolta

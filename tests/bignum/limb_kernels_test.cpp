@@ -1,0 +1,215 @@
+// Every table of limb loops against plain arithmetic on the peer's numbers.
+#include "limb_kernels.h"
+
+#include <gtest/gtest.h>
+
+#include "big_testing.h"
+
+namespace mirolta {
+namespace {
+
+using Limbs = std::vector<Limb>;
+
+Limbs RandomLimbs(size_t n) {
+  const std::vector<uint32_t> words = RandomWords(static_cast<uint32_t>(n * kLimbBits));
+  Limbs limbs(n);
+  for (size_t i = 0; i < words.size(); ++i) {
+    limbs[i / kLimbWords] |= static_cast<Limb>(words[i]) << (32 * (i % kLimbWords));
+  }
+  return limbs;
+}
+
+void Import(Mpz& z, const Limbs& x) {
+  mpz_import(z, x.size(), -1, sizeof(Limb), 0, 0, x.data());
+}
+
+// z modulo B^n, as limbs.
+Limbs Export(const Mpz& z, size_t n) {
+  Mpz low;
+  mpz_fdiv_r_2exp(low, z, n * kLimbBits);
+  Limbs limbs(n + 1);
+  mpz_export(limbs.data(), nullptr, -1, sizeof(Limb), 0, 0, low);
+  limbs.resize(n);
+  return limbs;
+}
+
+class LimbKernelsTest : public ::testing::TestWithParam<int> {
+ protected:
+  void SetUp() override {
+    const LimbKernelList list = AllLimbKernels();
+    const auto& row = list.rows[GetParam()];
+    RecordProperty("kernel", row.name);
+    if ((row.needs & ~ProcessorFeatures()) != 0) GTEST_SKIP() << row.name << " not here";
+    kernels_ = row.function;
+  }
+
+  // The row of limbs z + sign * x * y against the peer; the limb above is compared too.
+  void CheckRow(Limb (*row)(Limb*, const Limb*, size_t, Limb), int sign, bool adds) {
+    for (size_t n = 0; n < 40; ++n) {
+      for (int i = 0; i < Cases(20); ++i) {
+        Limbs z = RandomLimbs(n);
+        const Limbs x = RandomLimbs(n);
+        const Limb y = RandomLimbs(1)[0];
+        Mpz pz, px, py;
+        Import(pz, adds ? z : Limbs(n));
+        Import(px, x);
+        Import(py, Limbs{y});
+        mpz_mul(px, px, py);
+        if (sign > 0) mpz_add(pz, pz, px);
+        if (sign < 0) mpz_sub(pz, pz, px);
+        Limbs wanted = Export(pz, n + 1);
+        const Limb above = sign > 0 ? wanted[n] : static_cast<Limb>(0 - wanted[n]);
+        wanted.resize(n);
+        EXPECT_EQ(row(z.data(), x.data(), n, y), above) << n;
+        EXPECT_EQ(z, wanted) << n;
+      }
+    }
+  }
+
+  const LimbKernels* kernels_ = nullptr;
+};
+
+TEST_P(LimbKernelsTest, SumsAndDifferences) {
+  for (size_t n = 0; n < 40; ++n) {
+    for (int i = 0; i < Cases(20); ++i) {
+      const Limbs x = RandomLimbs(n), y = RandomLimbs(n);
+      Mpz px, py, sum, difference;
+      Import(px, x);
+      Import(py, y);
+      mpz_add(sum, px, py);
+      mpz_sub(difference, px, py);
+      Limbs z(n);
+      EXPECT_EQ(kernels_->add(z.data(), x.data(), y.data(), n), Export(sum, n + 1)[n]);
+      EXPECT_EQ(z, Export(sum, n));
+      Limbs in_place = x;
+      kernels_->add(in_place.data(), in_place.data(), y.data(), n);
+      EXPECT_EQ(in_place, z);
+      EXPECT_EQ(kernels_->subtract(z.data(), x.data(), y.data(), n),
+                mpz_sgn(static_cast<mpz_srcptr>(difference)) < 0 ? 1u : 0u);
+      EXPECT_EQ(z, Export(difference, n));
+      in_place = y;
+      kernels_->subtract(in_place.data(), x.data(), in_place.data(), n);
+      EXPECT_EQ(in_place, z);
+    }
+  }
+}
+
+TEST_P(LimbKernelsTest, Mul1) {
+  CheckRow(kernels_->mul1, 1, false);
+}
+TEST_P(LimbKernelsTest, MulAdd1) {
+  CheckRow(kernels_->mulAdd1, 1, true);
+}
+TEST_P(LimbKernelsTest, MulSub1) {
+  CheckRow(kernels_->mulSub1, -1, true);
+}
+
+TEST_P(LimbKernelsTest, ProductsAndSquares) {
+  for (size_t m = 1; m < 36; ++m) {
+    for (size_t n = 1; n <= m; ++n) {
+      for (int i = 0; i < Cases(1); ++i) {
+        const Limbs x = RandomLimbs(m), y = RandomLimbs(n);
+        Mpz px, py;
+        Import(px, x);
+        Import(py, y);
+        mpz_mul(py, px, py);
+        Limbs z(m + n, 77);
+        kernels_->multiply(z.data(), x.data(), m, y.data(), n);
+        EXPECT_EQ(z, Export(py, m + n));
+        mpz_mul(px, px, px);
+        Limbs square(2 * m, 77);
+        kernels_->square(square.data(), x.data(), m);
+        EXPECT_EQ(square, Export(px, 2 * m));
+      }
+    }
+  }
+}
+
+TEST_P(LimbKernelsTest, Reduce) {
+  for (size_t n = 1; n < 36; ++n) {
+    for (int i = 0; i < Cases(20); ++i) {
+      Limbs m = RandomLimbs(n);
+      m[0] |= 1;
+      if (i % 2 == 0) m[n - 1] |= Limb{1} << (kLimbBits - 1);
+      Limb inverse = 1;
+      for (int round = 0; round < 6; ++round) {
+        inverse = static_cast<Limb>(inverse * (2 - m[0] * inverse));
+      }
+      // Any t below m * B^n; near its end too.
+      Mpz pm, pt, base;
+      Import(pm, m);
+      mpz_mul_2exp(base, pm, n * kLimbBits);
+      if (i % 3 == 0) {
+        mpz_sub_ui(pt, base, 1 + Below(3));
+      } else {
+        Import(pt, RandomLimbs(2 * n));
+        mpz_mod(pt, pt, base);
+      }
+      Limbs t = Export(pt, 2 * n);
+      mpz_set_ui(base, 1);
+      mpz_mul_2exp(base, base, n * kLimbBits);
+      if (mpz_cmp_ui(static_cast<mpz_srcptr>(pm), 1) == 0) continue;
+      ASSERT_NE(mpz_invert(base, base, pm), 0);
+      mpz_mul(pt, pt, base);
+      mpz_mod(pt, pt, pm);
+      Limbs z(n);
+      kernels_->reduce(z.data(), t.data(), m.data(), n, static_cast<Limb>(0 - inverse));
+      EXPECT_EQ(z, Export(pt, n));
+    }
+  }
+}
+
+TEST_P(LimbKernelsTest, Montgomery) {
+  int taken = 0;
+  for (size_t n = 1; n < 36; ++n) {
+    for (int i = 0; i < Cases(200); ++i) {
+      Limbs m = RandomLimbs(n);
+      m[0] |= 1;
+      if (i % 2 == 0) m[n - 1] |= Limb{1} << (kLimbBits - 1);
+      if (i % 8 == 0) m.assign(n, kLimbMax);
+      Mpz pm, px, py, inverse, modulus;
+      Import(pm, m);
+      if (mpz_cmp_ui(static_cast<mpz_srcptr>(pm), 1) == 0) continue;
+      Import(px, RandomLimbs(n));
+      Import(py, RandomLimbs(n));
+      if (i % 3 == 0) mpz_sub_ui(px, pm, 1);
+      if (i % 9 == 0) mpz_sub_ui(py, pm, 1 + Below(2));
+      mpz_mod(px, px, pm);
+      mpz_mod(py, py, pm);
+      const Limbs x = Export(px, n), y = Export(py, n);
+      mpz_setbit(modulus, kLimbBits);
+      mpz_invert(inverse, pm, modulus);
+      Limbs z(n, 7);
+      const Limb negated = static_cast<Limb>(0 - Export(inverse, 1)[0]);
+      if (!kernels_->montgomery(z.data(), x.data(), y.data(), m.data(), n, negated)) {
+        ASSERT_EQ(z, Limbs(n, 7));
+        break;
+      }
+      ++taken;
+      mpz_set_ui(modulus, 1);
+      mpz_mul_2exp(modulus, modulus, n * kLimbBits);
+      mpz_invert(inverse, modulus, pm);
+      mpz_mul(px, px, py);
+      mpz_mul(px, px, inverse);
+      mpz_mod(px, px, pm);
+      ASSERT_EQ(z, Export(px, n)) << n;
+      Limbs in_place = x;
+      kernels_->montgomery(in_place.data(), in_place.data(), y.data(), m.data(), n, negated);
+      ASSERT_EQ(in_place, z);
+    }
+  }
+  RecordProperty("taken", taken);
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, LimbKernelsTest,
+                         ::testing::Range(0, static_cast<int>(AllLimbKernels().count)));
+
+TEST(LimbKernelListTest, EndsInATableThatNeedsNothing) {
+  const LimbKernelList list = AllLimbKernels();
+  ASSERT_GE(list.count, 2u);
+  EXPECT_EQ(list.rows[list.count - 1].needs, 0u);
+  EXPECT_NE(&CurrentLimbKernels(), nullptr);
+}
+
+}  // namespace
+}  // namespace mirolta

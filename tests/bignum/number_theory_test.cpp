@@ -1,0 +1,246 @@
+#include "number_theory.h"
+
+#include <gtest/gtest.h>
+
+#include "big_testing.h"
+#include "limb_power.h"
+
+namespace mirolta {
+namespace {
+
+// The plain algorithms, step by step on signed numbers: the results, flags included, that the fast
+// ones must have.
+BigInt PlainGcd(BigInt a, BigInt b) {
+  for (;;) {
+    if (b == BigInt(0)) return a;
+    a = a % b;
+    if (a == BigInt(0)) return b;
+    b = b % a;
+  }
+}
+
+BigInt PlainInverse(const BigInt& a, const BigInt& m) {
+  BigInt r0 = m, r1 = a, t0, t1(1);
+  while (r1 != BigInt(0)) {
+    const BigInt q = r0 / r1;
+    const BigInt r = r0 - q * r1;
+    r0 = r1;
+    r1 = r;
+    const BigInt t = t0 - q * t1;
+    t0 = t1;
+    t1 = t;
+  }
+  if (t0 < BigInt(0)) t0.add(m);
+  return t0;
+}
+
+BigInt CallGcd(const BigInt& a, const BigInt& b) {
+  BigInt r;
+  EXPECT_EQ(Gcd(r, a, b), S_OK);
+  return r;
+}
+BigInt CallInverse(const BigInt& a, const BigInt& m) {
+  BigInt r;
+  EXPECT_EQ(Inverse(r, a, m), S_OK);
+  return r;
+}
+BigInt CallModExp(const BigInt& base, const BigInt& e, const BigInt& m) {
+  BigInt r;
+  EXPECT_EQ(ModExp(r, base, e, m), S_OK);
+  return r;
+}
+
+BigInt WithAnySign(BigInt n) {
+  n.set_negative(Below(2) != 0);
+  return n;
+}
+
+TEST(GcdTest, Table) {
+  EXPECT_EQ(Hex(CallGcd(BigInt(0), BigInt(5))), "5");
+  EXPECT_EQ(Hex(CallGcd(BigInt(5), BigInt(0))), "5");
+  EXPECT_EQ(Hex(CallGcd(BigInt(12), BigInt(18))), "6");
+  EXPECT_EQ(Hex(CallGcd(BigInt(0), BigInt(0))), "0");
+  EXPECT_EQ(Hex(CallGcd(BigInt(7), BigInt(7))), "7");
+  EXPECT_EQ(Hex(CallGcd(BigInt(1), BigInt(0xFFFFFFFF))), "1");
+}
+
+TEST(GcdTest, SmallOperandsOfEverySign) {
+  for (int a = -40; a <= 40; ++a) {
+    for (int b = -40; b <= 40; ++b) {
+      for (int zeros = 0; zeros < 4; ++zeros) {
+        BigInt x = Big(std::to_string(a)), y = Big(std::to_string(b));
+        if (a == 0) x.set_negative((zeros & 1) != 0);
+        if (b == 0) y.set_negative((zeros & 2) != 0);
+        ASSERT_EQ(Hex(CallGcd(x, y)), Hex(PlainGcd(x, y))) << a << " " << b;
+      }
+    }
+  }
+}
+
+TEST(GcdTest, RandomOperandsOfEverySign) {
+  for (int i = 0; i < Cases(400); ++i) {
+    const BigInt common = RandomBig(i % 2 == 0 ? 10 : 300);
+    const BigInt a = WithAnySign(RandomBig(700) * common);
+    const BigInt b = WithAnySign(RandomBig(i % 3 == 0 ? 60 : 700) * common);
+    ASSERT_EQ(Hex(CallGcd(a, b)), Hex(PlainGcd(a, b)));
+  }
+}
+
+TEST(InverseTest, Table) {
+  EXPECT_EQ(Hex(CallInverse(BigInt(3), BigInt(7))), "5");
+  EXPECT_EQ(Hex(CallInverse(BigInt(2), BigInt(4))), "1");
+  EXPECT_EQ(Hex(CallInverse(BigInt(0), BigInt(7))), "0");
+  EXPECT_EQ(Hex(CallInverse(BigInt(7), BigInt(7))), "1");
+  EXPECT_EQ(Hex(CallInverse(BigInt(14), BigInt(7))), "0");
+  EXPECT_EQ(Hex(CallInverse(BigInt(1), BigInt(1))), "1");
+  EXPECT_EQ(Hex(CallInverse(BigInt(5), BigInt(1))), "0");
+  EXPECT_EQ(Hex(CallInverse(BigInt(10), BigInt(7))), "5");
+}
+
+TEST(InverseTest, ZeroModulus) {
+  BigInt r(9);
+  EXPECT_EQ(Inverse(r, BigInt(3), BigInt(0)), DISP_E_DIVBYZERO);
+  EXPECT_EQ(Inverse(r, BigInt(0), Big("-0")), DISP_E_DIVBYZERO);
+  EXPECT_EQ(Hex(r), "9");
+}
+
+TEST(InverseTest, SmallOperandsOfEverySign) {
+  for (int a = -60; a <= 60; ++a) {
+    for (int m = -40; m <= 40; ++m) {
+      if (m == 0) continue;
+      for (int zeros = 0; zeros < 2; ++zeros) {
+        BigInt x = Big(std::to_string(a));
+        if (a == 0) x.set_negative(zeros != 0);
+        const BigInt y = Big(std::to_string(m));
+        ASSERT_EQ(Hex(CallInverse(x, y)), Hex(PlainInverse(x, y))) << a << " " << m;
+      }
+    }
+  }
+}
+
+TEST(InverseTest, RandomOperandsOfEverySign) {
+  for (int i = 0; i < Cases(400); ++i) {
+    const BigInt common = i % 2 == 0 ? BigInt(1) : RandomBig(200);
+    const BigInt a = WithAnySign(RandomBig(i % 3 == 0 ? 60 : 700) * common);
+    const BigInt m = WithAnySign(RandomBig(i % 5 == 0 ? 60 : 700) * common);
+    if (m.IsZero()) continue;
+    ASSERT_EQ(Hex(CallInverse(a, m)), Hex(PlainInverse(a, m)));
+  }
+}
+
+// Neighbours of the golden ratio have the most steps, neighbours of a power the largest quotients.
+TEST(InverseTest, FibonacciNumbersAndLargeQuotients) {
+  BigInt a(1), b(1);
+  for (int i = 0; i < 900; ++i) {
+    const BigInt next = a + b;
+    a = b;
+    b = next;
+    if (i % 7 != 0) continue;
+    ASSERT_EQ(Hex(CallInverse(a, b)), Hex(PlainInverse(a, b)));
+    ASSERT_EQ(Hex(CallInverse(b, a)), Hex(PlainInverse(b, a)));
+    ASSERT_EQ(Hex(CallGcd(a * BigInt(12), b * BigInt(12))), "c");
+  }
+  for (size_t i = 1; i < 400; i += 3) {
+    const BigInt power = HexPower(i);
+    for (const BigInt& x : {power + BigInt(1), power - BigInt(1), power * power - BigInt(1)}) {
+      ASSERT_EQ(Hex(CallInverse(power, x)), Hex(PlainInverse(power, x)));
+      ASSERT_EQ(Hex(CallInverse(x, power)), Hex(PlainInverse(x, power)));
+    }
+  }
+}
+
+TEST(ModExpTest, Table) {
+  EXPECT_EQ(Hex(CallModExp(BigInt(4), BigInt(13), BigInt(497))), Hex(BigInt(445)));
+  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(1), BigInt(7))), "3");
+  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(0), BigInt(7))), "1");
+  EXPECT_EQ(Hex(CallModExp(BigInt(0), BigInt(0), BigInt(7))), "1");
+  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(0), BigInt(1))), "0");
+  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(5), BigInt(1))), "0");
+  EXPECT_EQ(Hex(CallModExp(BigInt(0), BigInt(5), BigInt(7))), "0");
+  EXPECT_EQ(Hex(CallModExp(BigInt(7), BigInt(5), BigInt(7))), "0");
+  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(5), BigInt(2))), "1");
+  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(4), BigInt(6))), "3");
+  EXPECT_EQ(Hex(CallModExp(BigInt(2), BigInt(100), BigInt(8))), "0");
+}
+
+TEST(ModExpTest, ZeroModulus) {
+  BigInt r(9);
+  EXPECT_EQ(ModExp(r, BigInt(3), BigInt(5), BigInt(0)), DISP_E_DIVBYZERO);
+  EXPECT_EQ(ModExp(r, BigInt(3), BigInt(0), Big("-0")), DISP_E_DIVBYZERO);
+  EXPECT_EQ(Hex(r), "9");
+}
+
+TEST(ModExpTest, OperandsBelowZero) {
+  EXPECT_EQ(Hex(CallModExp(Big("-10"), BigInt(1), BigInt(7))), Hex(Big("-10") % BigInt(7)));
+  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(3), BigInt(7))), "-6");
+  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(4), BigInt(7))), "4");
+  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(0), BigInt(7))), "1");
+  EXPECT_EQ(Hex(CallModExp(BigInt(3), Big("-4"), BigInt(7))), "4");
+  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(4), Big("-7"))), "0");
+  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(3), Big("-7"))), "0");
+  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(0), Big("-7"))), "1");
+  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(0), Big("-1"))), "0");
+}
+
+TEST(ModExpTest, EverySmallOperand) {
+  for (uint32_t m = 1; m < 50; ++m) {
+    for (uint32_t base = 0; base < 60; ++base) {
+      uint32_t power = 1 % m;
+      for (uint32_t e = 0; e < 12; ++e) {
+        ASSERT_EQ(CallModExp(BigInt(base), BigInt(e), BigInt(m)).getWord(0), power)
+            << base << "^" << e << " mod " << m;
+        power = power * base % m;
+      }
+    }
+  }
+}
+
+TEST(ModExpTest, ResultsMayBeOperands) {
+  const BigInt base = RandomBigOf(200), e = RandomBigOf(90), m = RandomBigOf(150) + BigInt(2);
+  const std::string wanted = Hex(CallModExp(base, e, m));
+  BigInt r = base;
+  ASSERT_EQ(ModExp(r, r, e, m), S_OK);
+  EXPECT_EQ(Hex(r), wanted);
+  r = e;
+  ASSERT_EQ(ModExp(r, base, r, m), S_OK);
+  EXPECT_EQ(Hex(r), wanted);
+  r = m;
+  ASSERT_EQ(ModExp(r, base, e, r), S_OK);
+  EXPECT_EQ(Hex(r), wanted);
+  r = m;
+  ASSERT_EQ(Inverse(r, base, r), S_OK);
+  EXPECT_EQ(Hex(r), Hex(CallInverse(base, m)));
+  r = base;
+  ASSERT_EQ(Gcd(r, r, r), S_OK);
+  EXPECT_EQ(Hex(r), Hex(base));
+}
+
+TEST(ModExpTest, PowersMultiply) {
+  for (int i = 0; i < Cases(60); ++i) {
+    const BigInt m = RandomBig(500) + BigInt(2), x = RandomBig(600);
+    const BigInt e = RandomBig(80), f = RandomBig(80);
+    const BigInt product = CallModExp(x, e, m) * CallModExp(x, f, m) % m;
+    EXPECT_EQ(Hex(CallModExp(x, e + f, m)), Hex(product));
+  }
+}
+
+TEST(NumberTheoryTest, FailuresPassOn) {
+  const BigInt failed = BigInt::Failed(E_OUTOFMEMORY);
+  BigInt r(9);
+  EXPECT_EQ(Gcd(r, failed, r), E_OUTOFMEMORY);
+  EXPECT_EQ(Inverse(r, r, failed), E_OUTOFMEMORY);
+  EXPECT_EQ(ModExp(r, r, r, failed), E_OUTOFMEMORY);
+  EXPECT_EQ(ModExp(r, r, failed, r), E_OUTOFMEMORY);
+  bool result = true;
+  EXPECT_EQ(IsFermatPrime(&result, failed), E_OUTOFMEMORY);
+  EXPECT_TRUE(result);
+  EXPECT_EQ(Hex(r), "9");
+}
+
+TEST(PowerKernelTest, ThePortableRowTakesEverything) {
+  EXPECT_EQ(ChoosePowerKernel(1, 0).function, PowerModuloOdd);
+  EXPECT_EQ(ChoosePowerKernel(100000, 0).function, PowerModuloOdd);
+}
+
+}  // namespace
+}  // namespace mirolta

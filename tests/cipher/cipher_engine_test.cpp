@@ -1,0 +1,314 @@
+#include "cipher_engine.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "aes_engine.h"
+#include "des_engine.h"
+#include "test_bytes.h"
+#include "test_engines.h"
+
+namespace mirolta {
+namespace {
+
+constexpr uint32_t kUsualMaximum = 1048832;
+
+const Bytes kAesKey = FromHex("000102030405060708090a0b0c0d0e0f");
+const Bytes kDesKey = FromHex("0123456789abcdef");
+
+Bytes KeyOf(CipherEngine& engine) {
+  OwnedVariant value;
+  EXPECT_EQ(engine.GetKey(value.Get()), S_OK);
+  if (value.Type() == VT_EMPTY) return {};
+  EXPECT_EQ(value.Type(), VT_ARRAY | VT_UI1);
+  ByteString bytes;
+  EXPECT_EQ(SafeArrayToBytes(V_ARRAY(value.Get()), &bytes), S_OK);
+  return Bytes(bytes.Data(), bytes.Data() + bytes.Count());
+}
+
+// Leaves 5 bytes waiting and one block of output in both directions.
+void FillQueues(CipherEngine& engine) {
+  const Bytes data(engine.BlockSize() + 5, 0x33);
+  ASSERT_EQ(Encrypt(engine, data), S_OK);
+  ASSERT_EQ(Decrypt(engine, data), S_OK);
+}
+
+void ExpectQueued(CipherEngine& engine, uint32_t waiting, uint32_t output) {
+  EXPECT_EQ(engine.EncryptIn().Length(), waiting);
+  EXPECT_EQ(engine.DecryptIn().Length(), waiting);
+  EXPECT_EQ(engine.EncryptOut().Length(), output);
+  EXPECT_EQ(engine.DecryptOut().Length(), output);
+}
+
+TEST(CipherEngine, TwentyBytesBecomeTwoBlocksPaddedWithZeros) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  const Bytes data(20, 0x61);
+  EXPECT_EQ(Encrypt(*engine, data), S_OK);
+  EXPECT_EQ(engine->EncryptFinal(), S_OK);
+  const Bytes ciphertext = TakeAll(engine->EncryptOut());
+  EXPECT_EQ(ciphertext.size(), 32u);
+  EXPECT_EQ(Decrypt(*engine, ciphertext), S_OK);
+  EXPECT_EQ(engine->DecryptFinal(), S_OK);
+  EXPECT_EQ(TakeAll(engine->DecryptOut()), data + Bytes(12, 0));
+}
+
+TEST(CipherEngine, WholeBlocksGetNoPad) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  EXPECT_EQ(Encrypt(*engine, FromHex("00112233445566778899aabbccddeeff")), S_OK);
+  EXPECT_EQ(engine->EncryptFinal(), S_OK);
+  EXPECT_EQ(TakeAll(engine->EncryptOut()), FromHex("69c4e0d86a7b0430d8cdb78070b4c55a"));
+  EXPECT_EQ(engine->EncryptFinal(), S_OK);
+  EXPECT_EQ(engine->EncryptOut().Length(), 0u);
+}
+
+TEST(CipherEngine, BlocksComeWhenTheyAreWhole) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  EXPECT_EQ(Encrypt(*engine, Bytes(15, 1)), S_OK);
+  EXPECT_EQ(engine->EncryptOut().Length(), 0u);
+  EXPECT_EQ(Encrypt(*engine, Bytes(1, 1)), S_OK);
+  EXPECT_EQ(engine->EncryptOut().Length(), 16u);
+  EXPECT_EQ(engine->EncryptIn().Length(), 0u);
+}
+
+TEST(CipherEngine, DecryptFinalTellsOfAPartialBlockAndKeepsIt) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  const Bytes ciphertext = FromHex("69c4e0d86a7b0430d8cdb78070b4c55aEE");
+  EXPECT_EQ(Decrypt(*engine, ciphertext), S_OK);
+  EXPECT_EQ(engine->DecryptFinal(), S_FALSE);
+  EXPECT_EQ(TakeAll(engine->DecryptOut()), FromHex("00112233445566778899aabbccddeeff"));
+  EXPECT_EQ(Content(engine->DecryptIn()), Bytes(1, 0xEE));
+  EXPECT_EQ(engine->DecryptFinal(), S_FALSE);
+  EXPECT_EQ(Decrypt(*engine, Bytes(15, 0)), S_OK);
+  EXPECT_EQ(engine->DecryptFinal(), S_OK);
+}
+
+TEST(CipherEngine, NoDataChangesNothing) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherDes, kDesKey);
+  const uint8_t byte = 1;
+  EXPECT_EQ(engine->EncryptUpdate(nullptr, 0), S_OK);
+  EXPECT_EQ(engine->EncryptUpdate(nullptr, 99), S_OK);
+  EXPECT_EQ(engine->EncryptUpdate(&byte, 0), S_OK);
+  EXPECT_EQ(engine->DecryptUpdate(nullptr, 0), S_OK);
+  EXPECT_EQ(engine->DecryptUpdate(nullptr, 99), S_OK);
+  EXPECT_EQ(engine->DecryptUpdate(&byte, 0), S_OK);
+  EXPECT_EQ(engine->EncryptFinal(), S_OK);
+  EXPECT_EQ(engine->DecryptFinal(), S_OK);
+  ExpectQueued(*engine, 0, 0);
+}
+
+TEST(CipherEngine, DirectionsKeepTheirOwnPartialBlocks) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherDes, kDesKey);
+  const Bytes plaintext = FromHex("4e6f772069732074");
+  const Bytes ciphertext = FromHex("3fa40e8a984d4815");
+  for (size_t i = 0; i < 8; ++i) {
+    EXPECT_EQ(engine->EncryptUpdate(&plaintext[i], 1), S_OK);
+    EXPECT_EQ(engine->DecryptUpdate(&ciphertext[i], 1), S_OK);
+  }
+  EXPECT_EQ(TakeAll(engine->EncryptOut()), ciphertext);
+  EXPECT_EQ(TakeAll(engine->DecryptOut()), plaintext);
+}
+
+TEST(CipherEngine, TakesTheKeyLengthsOfItsCipherOnly) {
+  for (LONG algorithm : {kCipherAes, kCipherDes}) {
+    for (uint32_t length = 0; length <= 40; ++length) {
+      const bool taken = algorithm == kCipherAes ? length == 16 || length == 24 || length == 32
+                                                 : length == 8 || length == 16 || length == 24;
+      const std::unique_ptr<CipherEngine> engine =
+          KeyedEngine(algorithm, Bytes(algorithm == kCipherAes ? 32 : 8, 9));
+      FillQueues(*engine);
+      const Bytes key(length, 3);
+      EXPECT_EQ(SetKeyBytes(*engine, key), taken ? S_OK : E_INVALIDARG) << length;
+      EXPECT_EQ(engine->HasKey(), taken);
+      EXPECT_EQ(KeyOf(*engine), taken ? key : Bytes());
+      ExpectQueued(*engine, 0, 0);
+    }
+  }
+}
+
+TEST(CipherEngine, GetKeyChecksItsOutPointer) {
+  const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(kCipherAes);
+  EXPECT_EQ(engine->GetKey(nullptr), E_POINTER);
+  VARIANT value;
+  std::memset(&value, 0xEE, sizeof value);
+  EXPECT_EQ(engine->GetKey(&value), S_OK);
+  EXPECT_EQ(V_VT(&value), VT_EMPTY);
+}
+
+TEST(CipherEngine, TextKeysGoThroughTheCodePage) {
+  const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(kCipherDes);
+  const TextValue eight(OLESTR("eightchr"));
+  EXPECT_EQ(engine->SetKey(eight.Value(), 0), S_OK);
+  EXPECT_EQ(KeyOf(*engine), FromHex("6569676874636872"));
+  EXPECT_EQ(engine->SetKey(eight.Value(), -1), S_OK);
+  EXPECT_EQ(KeyOf(*engine), FromHex("65006900670068007400630068007200"));
+  // Every negative code page takes the units as they are stored.
+  EXPECT_EQ(engine->SetKey(eight.Value(), -2), S_OK);
+  EXPECT_EQ(KeyOf(*engine), FromHex("65006900670068007400630068007200"));
+  // Three characters are six bytes or three, neither a key.
+  const TextValue three(OLESTR("abc"));
+  EXPECT_EQ(engine->SetKey(three.Value(), -1), E_INVALIDARG);
+  EXPECT_EQ(engine->SetKey(three.Value(), 0), E_INVALIDARG);
+  EXPECT_FALSE(engine->HasKey());
+  // A number counts as its decimal text.
+  OwnedVariant number;
+  V_VT(number.Get()) = VT_I4;
+  V_I4(number.Get()) = 12345678;
+  EXPECT_EQ(engine->SetKey(number.Value(), 0), S_OK);
+  EXPECT_EQ(KeyOf(*engine), FromHex("3132333435363738"));
+  const OwnedVariant empty;
+  EXPECT_EQ(engine->SetKey(empty.Value(), 0), E_INVALIDARG);
+  EXPECT_FALSE(engine->HasKey());
+}
+
+TEST(CipherEngine, ReferencesToKeysCountAsTheKeys) {
+  const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(kCipherAes);
+  ArrayValue key(kAesKey);
+  VARIANT reference;
+  VariantInit(&reference);
+  V_VT(&reference) = VT_BYREF | VT_ARRAY | VT_UI1;
+  V_ARRAYREF(&reference) = &V_ARRAY(key.Get());
+  EXPECT_EQ(engine->SetKey(reference, 0), S_OK);
+  EXPECT_EQ(KeyOf(*engine), kAesKey);
+}
+
+TEST(CipherEngine, KeysThatDoNotConvertLeaveNoKeyButTheQueues) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  FillQueues(*engine);
+  VARIANT null;
+  VariantInit(&null);
+  V_VT(&null) = VT_NULL;
+  EXPECT_EQ(engine->SetKey(null, 0), DISP_E_TYPEMISMATCH);
+  EXPECT_FALSE(engine->HasKey());
+  ExpectQueued(*engine, 5, 16);
+  // A code page that nothing knows.
+  const TextValue text(OLESTR("0123456789abcdef"));
+  EXPECT_EQ(SetKeyBytes(*engine, kAesKey), S_OK);
+  EXPECT_EQ(engine->SetKey(text.Value(), 64999), DISP_E_TYPEMISMATCH);
+  EXPECT_FALSE(engine->HasKey());
+  EXPECT_EQ(KeyOf(*engine), Bytes());
+}
+
+TEST(CipherEngine, SettingAKeyDropsWhatIsQueuedAndKeepsThePad) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  engine->SetPadType(77);
+  EXPECT_EQ(engine->ResetBuffers(1000), S_OK);
+  FillQueues(*engine);
+  EXPECT_EQ(SetKeyBytes(*engine, Bytes(24, 2)), S_OK);
+  ExpectQueued(*engine, 0, 0);
+  EXPECT_EQ(engine->EncryptOut().Step(), 256u);
+  EXPECT_EQ(engine->EncryptOut().Maximum(), kUsualMaximum);
+  EXPECT_EQ(engine->PadType(), 77);
+}
+
+TEST(CipherEngine, ClearKeyEmptiesTheQueuesAndKeepsTheirShape) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherDes, kDesKey);
+  engine->SetPadType(-5);
+  EXPECT_EQ(engine->ResetBuffers(1000), S_OK);
+  FillQueues(*engine);
+  EXPECT_EQ(engine->ClearKey(), S_OK);
+  EXPECT_FALSE(engine->HasKey());
+  EXPECT_EQ(KeyOf(*engine), Bytes());
+  ExpectQueued(*engine, 0, 0);
+  for (const ByteBuffer* queue : {&engine->EncryptIn(), &engine->DecryptIn(),
+                                  const_cast<const ByteBuffer*>(&engine->EncryptOut()),
+                                  const_cast<const ByteBuffer*>(&engine->DecryptOut())}) {
+    EXPECT_EQ(queue->Step(), 1000u);
+    EXPECT_EQ(queue->Maximum(), 1049000u);
+  }
+  EXPECT_EQ(engine->PadType(), -5);
+  EXPECT_EQ(engine->ClearKey(), S_OK);
+}
+
+TEST(CipherEngine, ResetBuffersTakesStepsInRangeAndKeepsTheKey) {
+  const struct {
+    uint32_t given;
+    uint32_t step;
+    uint32_t maximum;
+  } kRows[] = {{0, 256, kUsualMaximum},      {255, 256, kUsualMaximum},
+               {256, 256, kUsualMaximum},    {257, 257, 4081 * 257},
+               {65536, 65536, 17 * 65536},   {65537, 256, kUsualMaximum},
+               {100000, 256, kUsualMaximum}, {UINT32_MAX, 256, kUsualMaximum},
+               {65535, 65535, 17 * 65535},   {1000, 1000, 1049000}};
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  engine->SetPadType(3);
+  for (const auto& row : kRows) {
+    FillQueues(*engine);
+    EXPECT_EQ(engine->ResetBuffers(row.given), S_OK);
+    ExpectQueued(*engine, 0, 0);
+    for (const ByteBuffer* queue : {&engine->EncryptIn(), &engine->DecryptIn(),
+                                    const_cast<const ByteBuffer*>(&engine->EncryptOut()),
+                                    const_cast<const ByteBuffer*>(&engine->DecryptOut())}) {
+      EXPECT_EQ(queue->Step(), row.step) << row.given;
+      EXPECT_EQ(queue->Maximum(), row.maximum) << row.given;
+    }
+    EXPECT_EQ(KeyOf(*engine), kAesKey);
+    EXPECT_EQ(engine->PadType(), 3);
+  }
+}
+
+TEST(CipherEngine, WithoutAKeyQueuesButTransformsNothing) {
+  const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(kCipherAes);
+  const Bytes data(15, 1);
+  EXPECT_EQ(Encrypt(*engine, data), S_OK);
+  EXPECT_EQ(Decrypt(*engine, data), S_OK);
+  EXPECT_EQ(engine->DecryptFinal(), S_FALSE);
+  EXPECT_EQ(Encrypt(*engine, Bytes(3, 2)), E_FAIL);
+  EXPECT_EQ(Decrypt(*engine, Bytes(3, 2)), E_FAIL);
+  EXPECT_EQ(engine->EncryptFinal(), E_FAIL);
+  EXPECT_EQ(engine->DecryptFinal(), E_FAIL);
+  EXPECT_EQ(Content(engine->DecryptIn()), data + Bytes(3, 2));
+  EXPECT_EQ(engine->EncryptOut().Length(), 0u);
+  EXPECT_EQ(engine->DecryptOut().Length(), 0u);
+  // The pad is queued before the blocks are looked at.
+  EXPECT_EQ(engine->EncryptIn().Length(), 32u);
+}
+
+TEST(CipherEngine, OldKeyIsNotUsedAfterItIsGone) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  EXPECT_EQ(engine->ClearKey(), S_OK);
+  EXPECT_EQ(Encrypt(*engine, Bytes(16, 0)), E_FAIL);
+  EXPECT_EQ(SetKeyBytes(*engine, kAesKey), S_OK);
+  EXPECT_EQ(SetKeyBytes(*engine, Bytes(20, 0)), E_INVALIDARG);
+  EXPECT_EQ(Decrypt(*engine, Bytes(16, 0)), E_FAIL);
+}
+
+TEST(CipherEngine, TextOfEqualKeysOfTripleDesIsSingleDes) {
+  const std::unique_ptr<CipherEngine> single = KeyedEngine(kCipherDes, kDesKey);
+  const std::unique_ptr<CipherEngine> triple = KeyedEngine(kCipherDes, kDesKey + kDesKey);
+  EXPECT_EQ(Encrypt(*single, Bytes(64, 0x5A)), S_OK);
+  EXPECT_EQ(Encrypt(*triple, Bytes(64, 0x5A)), S_OK);
+  EXPECT_EQ(TakeAll(single->EncryptOut()), TakeAll(triple->EncryptOut()));
+}
+
+#if defined(__x86_64__) && !defined(_WIN32)
+
+// The slot of a virtual operation; here a pointer to one holds its offset in the table plus 1.
+template <typename Member>
+size_t Slot(Member member) {
+  size_t words[2];
+  static_assert(sizeof words == sizeof member);
+  std::memcpy(words, &member, sizeof member);
+  return (words[0] - 1) / sizeof(void*);
+}
+
+TEST(CipherEngine, VirtualOperationsKeepTheirOrder) {
+  // The destructor has two slots here.
+  EXPECT_EQ(Slot(&CipherEngine::SetKey), 2u);
+  EXPECT_EQ(Slot(&CipherEngine::GetKey), 3u);
+  EXPECT_EQ(Slot(&CipherEngine::ClearKey), 4u);
+  EXPECT_EQ(Slot(&CipherEngine::HasKey), 5u);
+  EXPECT_EQ(Slot(&CipherEngine::GetName), 6u);
+  EXPECT_EQ(Slot(&CipherEngine::GetNameString), 7u);
+  EXPECT_EQ(Slot(&CipherEngine::BlockSize), 8u);
+  EXPECT_EQ(Slot(&CipherEngine::ResetBuffers), 9u);
+  EXPECT_EQ(Slot(&CipherEngine::EncryptUpdate), 10u);
+  EXPECT_EQ(Slot(&CipherEngine::EncryptFinal), 11u);
+  EXPECT_EQ(Slot(&CipherEngine::DecryptUpdate), 12u);
+  EXPECT_EQ(Slot(&CipherEngine::DecryptFinal), 13u);
+}
+
+#endif
+
+}  // namespace
+}  // namespace mirolta

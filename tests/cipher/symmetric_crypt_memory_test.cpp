@@ -1,0 +1,179 @@
+// SymmetricCryptObject: short memory, and what freed memory still holds.
+#include "memory_watch.h"
+#include "portable/test_hooks.h"
+#include "symmetric_crypt_fixture.h"
+
+namespace mirolta::test {
+namespace {
+
+using SymmetricCryptMemoryTest = SymmetricCryptTest;
+
+constexpr OLECHAR kAes[] = OLESTR("AES");
+
+// A text as plaintext and a key, each unlike anything else in memory.
+const Bytes kSecret = BytesOf("Zq7#pL1!vM9@xT4$");
+const Bytes kOtherKey = BytesOf("bN6&wR2*kJ8(hF5)");
+
+TEST_F(SymmetricCryptMemoryTest, InitWithoutMemoryGivesNoEngineAndNoFailure) {
+  StartAes();
+  const TestValue name = TextValue(kAes);
+  HRESULT status = E_FAIL;
+  {
+    const FailAllocationsAfter failing(0);
+    status = crypt->Init(name);
+  }
+  EXPECT_EQ(status, S_OK);
+  EXPECT_FALSE(HasEngine());
+  EXPECT_EQ(crypt->put_PadType(1), kNotInitialized);
+  EXPECT_EQ(PutKey(kAesKey), kNotInitialized);
+  StartAes();
+  EXPECT_EQ(Encrypted(BytesOfHex(kAesPlain)), BytesOfHex(kAesCipher));
+}
+
+TEST_F(SymmetricCryptMemoryTest, AnEngineWithoutQueuesFailsUntilMemoryIsBack) {
+  const TestValue name = TextValue(kAes);
+  {
+    const FailAllocationsAfter failing(1);
+    EXPECT_EQ(crypt->Init(name), S_OK);
+  }
+  ASSERT_TRUE(HasEngine());
+  ASSERT_EQ(PutKey(kAesKey), S_OK);
+  EXPECT_EQ(Encrypted(BytesOfHex(kAesPlain)), BytesOfHex(kAesCipher));
+}
+
+TEST_F(SymmetricCryptMemoryTest, AKeyWithoutMemoryIsNoKey) {
+  StartAes();
+  const TestValue key = BytesValue(kOtherKey);
+  {
+    const FailAllocationsAfter failing(0);
+    EXPECT_EQ(crypt->put_Key(key), E_OUTOFMEMORY);
+  }
+  EXPECT_EQ(Key(), BytesOf("(none)"));
+  EXPECT_EQ(Encrypt(BytesValue({})).status, kNotInitialized);
+  ASSERT_EQ(crypt->put_Key(key), S_OK);
+  EXPECT_EQ(Key(), kOtherKey);
+}
+
+TEST_F(SymmetricCryptMemoryTest, ReadingAKeyWithoutMemoryGivesAnEmptyValue) {
+  StartAes();
+  TestValue key = NumberValue(77);
+  MiroltaFailAllocationAfter(0);
+  const HRESULT status = crypt->get_Key(&key);
+  MiroltaFailAllocationAfter(-1);
+  EXPECT_EQ(status, E_OUTOFMEMORY);
+  EXPECT_EQ(V_VT(&key.operator const VARIANT&()), VT_EMPTY);
+  EXPECT_EQ(Key(), BytesOfHex(kAesKey));
+}
+
+TEST_F(SymmetricCryptMemoryTest, DataWithoutMemoryCanBeGivenAgain) {
+  StartAes();
+  const Bytes plain(100000, 'p');
+  const TestValue data = BytesValue(plain);
+  TestValue result;
+  HRESULT status = S_OK;
+  {
+    const FailAllocationsAfter failing(0);
+    status = crypt->Encrypt(data, VARIANT_FALSE, &result);
+  }
+  EXPECT_EQ(status, E_OUTOFMEMORY);
+  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  EXPECT_EQ(Encrypted({}), Bytes());
+  EXPECT_TRUE(Decrypted(Encrypted(plain)) == plain);
+}
+
+TEST_F(SymmetricCryptMemoryTest, OutputWithoutAnArrayComesWithTheNextCall) {
+  StartAes();
+  const TestValue data = BytesValue(BytesOfHex(kAesPlain));
+  for (LONG allowed = 0; allowed < 2; ++allowed) {
+    TestValue result = NumberValue(77);
+    MiroltaFailAllocationAfter(allowed);
+    const HRESULT status = crypt->Encrypt(data, VARIANT_TRUE, &result);
+    const bool failed = MiroltaAllocationHasFailed();
+    MiroltaFailAllocationAfter(-1);
+    ASSERT_TRUE(failed) << allowed;
+    EXPECT_EQ(status, E_OUTOFMEMORY) << allowed;
+    EXPECT_EQ(Encrypted({}), BytesOfHex(kAesCipher)) << allowed;
+  }
+}
+
+TEST_F(SymmetricCryptMemoryTest, WithoutMemoryForTheReportTheStatusIsTheSame) {
+  TestValue key;
+  MiroltaFailAllocationAfter(0);
+  const HRESULT status = crypt->get_Key(&key);
+  MiroltaFailAllocationAfter(-1);
+  EXPECT_EQ(status, kNotInitialized);
+  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+}
+
+// Runs `ends` on an engine that holds key and pending plaintext; freed memory must hold neither.
+template <typename Ends>
+void ExpectWiped(const Bytes& secret, Ends ends) {
+  const WatchFreedMemory watch(secret.data(), secret.size());
+  ends();
+  EXPECT_GT(watch.Freed(), 0);
+  EXPECT_EQ(watch.FreedWithSecret(), 0);
+}
+
+class SymmetricCryptWipeTest : public SymmetricCryptTest, public testing::WithParamInterface<int> {
+ protected:
+  // Encrypt queue: 15 of the secret's bytes; decrypt queue: a block's worth still not taken.
+  void Fill() {
+    ASSERT_EQ(Init(kAes), S_OK);
+    ASSERT_EQ(crypt->put_Key(BytesValue(kOtherKey)), S_OK);
+    Bytes most = kSecret;
+    most.pop_back();
+    ASSERT_EQ(Encrypted(most, VARIANT_FALSE), Bytes());
+  }
+  Bytes Pending() const { return Bytes(kSecret.begin(), kSecret.end() - 1); }
+  void End() {
+    switch (GetParam()) {
+      case 0:
+        EXPECT_EQ(crypt->ResetKey(), S_OK);
+        break;
+      case 1:
+        EXPECT_EQ(Init(kAes), S_OK);
+        break;
+      case 2:
+        crypt.Reset();
+        break;
+      case 3:
+        EXPECT_EQ(crypt->put_Key(BytesValue(BytesOfHex(kAesKey))), S_OK);
+        break;
+      default:
+        EXPECT_EQ(Init(OLESTR("no such")), kNotFound);
+        break;
+    }
+  }
+};
+
+TEST_P(SymmetricCryptWipeTest, FreedMemoryHoldsNoKey) {
+  Fill();
+  ExpectWiped(kOtherKey, [&] { End(); });
+}
+
+TEST_P(SymmetricCryptWipeTest, FreedMemoryHoldsNoPlaintext) {
+  Fill();
+  ExpectWiped(Pending(), [&] { End(); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, SymmetricCryptWipeTest, testing::Range(0, 5));
+
+TEST_F(SymmetricCryptMemoryTest, ResetWipesPlaintextToo) {
+  ASSERT_EQ(Init(kAes), S_OK);
+  ASSERT_EQ(crypt->put_Key(BytesValue(kOtherKey)), S_OK);
+  ASSERT_EQ(Encrypted(Bytes(kSecret.begin(), kSecret.end() - 1), VARIANT_FALSE), Bytes());
+  ExpectWiped(Bytes(kSecret.begin(), kSecret.end() - 1), [&] { EXPECT_EQ(crypt->Reset(0), S_OK); });
+}
+
+// The watch itself sees what is freed unwiped, on both sides of the module's border.
+TEST_F(SymmetricCryptMemoryTest, TheWatchSeesTheModulesMemory) {
+  const long before = LiveAllocations();
+  ASSERT_EQ(Init(kAes), S_OK);
+  EXPECT_GT(LiveAllocations(), before);
+  const WatchFreedMemory watch(kSecret.data(), kSecret.size());
+  { const Bytes copy = kSecret; }
+  EXPECT_EQ(watch.FreedWithSecret(), 1);
+}
+
+}  // namespace
+}  // namespace mirolta::test

@@ -1,0 +1,121 @@
+#include "hash_kernels.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <iostream>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace mirolta::test {
+namespace {
+
+struct Primitive {
+  const char* name;
+  HashKernelList list;
+  CompressBlocks chosen;
+  size_t word_count;
+};
+
+const Primitive kPrimitives[] = {
+    {"md5", Md5Kernels(), ChosenMd5(), 4},
+    {"sha1", Sha1Kernels(), ChosenSha1(), 5},
+    {"sha256", Sha256Kernels(), ChosenSha256(), 8},
+};
+
+TEST(HashKernels, ListsEndInAPortableKernelAndStartWithTheChosenOne) {
+  for (const Primitive& primitive : kPrimitives) {
+    const HashKernelList& list = primitive.list;
+    ASSERT_GE(list.count, 1u);
+    EXPECT_EQ(list.kernels[list.count - 1].needs, 0u);
+    for (size_t i = 0; i < list.count; ++i) {
+      EXPECT_EQ(std::string(list.kernels[i].name).rfind(primitive.name, 0), 0u);
+      if ((list.kernels[i].needs & ~ProcessorFeatures()) == 0) {
+        EXPECT_EQ(primitive.chosen, list.kernels[i].function);
+        break;
+      }
+    }
+  }
+}
+
+#ifdef MIROLTA_PORTABLE_ONLY
+TEST(HashKernels, APortableBuildHasNoOthers) {
+  for (const Primitive& primitive : kPrimitives) EXPECT_EQ(primitive.list.count, 1u);
+}
+#endif
+
+// Two blocks whose results are known from the standards' own examples: the padded "abc".
+TEST(HashKernels, EveryKernelDigestsAbc) {
+  const struct {
+    uint32_t start[8];
+    bool high_first;
+    uint32_t end[8];
+  } rows[] = {
+      {{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476},
+       false,
+       {0x98500190, 0xB04FD23C, 0x7D3F96D6, 0x727FE128}},
+      {{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0},
+       true,
+       {0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C, 0x9CD0D89D}},
+      {{0x6A09E667, 0xBB67AE85, 0x3C6EF372, 0xA54FF53A, 0x510E527F, 0x9B05688C, 0x1F83D9AB,
+        0x5BE0CD19},
+       true,
+       {0xBA7816BF, 0x8F01CFEA, 0x414140DE, 0x5DAE2223, 0xB00361A3, 0x96177A9C, 0xB410FF61,
+        0xF20015AD}},
+  };
+  for (size_t p = 0; p < 3; ++p) {
+    uint8_t block[kHashBlockSize] = {'a', 'b', 'c', 0x80};
+    block[rows[p].high_first ? 63 : 56] = 24;
+    const HashKernelList& list = kPrimitives[p].list;
+    for (size_t k = 0; k < list.count; ++k) {
+      if ((list.kernels[k].needs & ~ProcessorFeatures()) != 0) {
+        std::cout << "skipped, not on this processor: " << list.kernels[k].name << "\n";
+        continue;
+      }
+      uint32_t state[8];
+      std::memcpy(state, rows[p].start, sizeof state);
+      list.kernels[k].function(state, block, 1);
+      for (size_t i = 0; i < kPrimitives[p].word_count; ++i) {
+        EXPECT_EQ(state[i], rows[p].end[i]) << list.kernels[k].name << " word " << i;
+      }
+    }
+  }
+}
+
+TEST(HashKernels, EveryKernelIsThePortableOneOnRandomBlocks) {
+  std::mt19937 random(7);
+  for (const Primitive& primitive : kPrimitives) {
+    const HashKernelList& list = primitive.list;
+    const CompressBlocks portable = list.kernels[list.count - 1].function;
+    for (size_t k = 0; k < list.count; ++k) {
+      if ((list.kernels[k].needs & ~ProcessorFeatures()) != 0) {
+        std::cout << "skipped, not on this processor: " << list.kernels[k].name << "\n";
+        continue;
+      }
+      for (int round = 0; round < 400; ++round) {
+        const size_t blocks = random() % 6;
+        const size_t offset = random() % 17;
+        std::vector<uint8_t> memory(offset + blocks * kHashBlockSize + 1);
+        for (uint8_t& byte : memory) {
+          // Some rounds are all ones or zeros, where carries run longest.
+          byte = round % 16 == 0 ? 0xFF : round % 16 == 1 ? 0 : static_cast<uint8_t>(random());
+        }
+        // A word more than the state has, to see that it is left alone.
+        uint32_t state[9], expected[9];
+        for (int i = 0; i < 9; ++i)
+          state[i] = round % 16 == 0 ? 0xFFFFFFFFu : static_cast<uint32_t>(random());
+        std::memcpy(expected, state, sizeof state);
+        list.kernels[k].function(state, memory.data() + offset, blocks);
+        for (size_t i = 0; i < blocks; ++i) {
+          portable(expected, memory.data() + offset + i * kHashBlockSize, 1);
+        }
+        ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0)
+            << list.kernels[k].name << ", " << blocks << " blocks";
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace mirolta::test

@@ -1,0 +1,305 @@
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <openssl/hmac.h>
+
+#include <cstring>
+
+#include "digest_support.h"
+#include "memory_watch.h"
+#include "portable/test_hooks.h"
+
+namespace mirolta::test {
+namespace {
+
+Bytes PeerHmac(const Algorithm& algorithm, const Bytes& key, const Bytes& message) {
+  const EVP_MD* digests[] = {EVP_md5(), EVP_sha1(), EVP_sha256()};
+  uint8_t out[64];
+  unsigned length = 0;
+  const uint8_t none = 0;
+  HMAC(digests[FindHashAlgorithm(algorithm.name)], key.empty() ? &none : key.data(),
+       static_cast<int>(key.size()), message.data(), message.size(), out, &length);
+  return Bytes(out, out + length);
+}
+
+class KeyedEngine : public testing::TestWithParam<Algorithm> {
+ protected:
+  std::unique_ptr<HashEngine> engine_ = MakeEngine(GetParam().name);
+};
+
+INSTANTIATE_TEST_SUITE_P(All, KeyedEngine, testing::ValuesIn(kAlgorithms),
+                         [](const auto& row) { return std::string(row.param.label); });
+
+TEST_P(KeyedEngine, EveryKeyLengthAgreesWithThePeer) {
+  for (size_t key_length = 1; key_length <= 200; ++key_length) {
+    const Bytes key = PatternBytes(key_length, 77);
+    ASSERT_EQ(engine_->SetKey(BytesValue(key), 0), S_OK);
+    for (const size_t length : {0u, 1u, 55u, 56u, 63u, 64u, 65u, 200u}) {
+      const Bytes message = PatternBytes(length);
+      ASSERT_EQ(DigestOf(*engine_, message), PeerHmac(GetParam(), key, message))
+          << key_length << ", " << length;
+    }
+  }
+}
+
+TEST_P(KeyedEngine, SetKeyDiscardsAndBegins) {
+  const Bytes key = BytesOf("key");
+  Feed(*engine_, BytesOf("discarded"));
+  ASSERT_EQ(engine_->SetKey(TextValue(OLESTR("key")), 0), S_OK);
+  EXPECT_EQ(RawBytes(*engine_), Bytes(RawBytes(*engine_).size(), 0));
+  Feed(*engine_, BytesOf("a"));
+  Feed(*engine_, BytesOf("bc"));
+  ASSERT_NE(engine_->Digest(), nullptr);  // Digest finishes the keyed way
+  EXPECT_EQ(RawBytes(*engine_), PeerHmac(GetParam(), key, BytesOf("abc")));
+}
+
+TEST_P(KeyedEngine, StartKeepsTheKeyAcrossComputations) {
+  for (const size_t key_length : {3u, 64u, 65u}) {
+    const Bytes key = PatternBytes(key_length);
+    ASSERT_EQ(engine_->SetKey(BytesValue(key), 0), S_OK);
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(DigestOf(*engine_, BytesOf("abc")), PeerHmac(GetParam(), key, BytesOf("abc")));
+    }
+    Feed(*engine_, BytesOf("into the finished one"));
+    EXPECT_EQ(DigestOf(*engine_, BytesOf("x")), PeerHmac(GetParam(), key, BytesOf("x")));
+  }
+}
+
+TEST_P(KeyedEngine, ASecondFinishGoesOnBehindTheFirst) {
+  const Bytes key = BytesOf("key");
+  ASSERT_EQ(engine_->SetKey(BytesValue(key), 0), S_OK);
+  DigestOf(*engine_, BytesOf("abc"));
+  Feed(*engine_, BytesOf("more"));
+  ASSERT_EQ(engine_->Finish(), S_OK);
+  // What Finish absorbed so far: the outer pad block, the inner digest and its padding; then comes
+  // "more". Its digest is the inner digest of another outer computation.
+  Bytes pad(64, 0x36);
+  for (size_t i = 0; i < key.size(); ++i) pad[i] = static_cast<uint8_t>(pad[i] ^ key[i]);
+  const auto plain = MakeEngine(GetParam().name);
+  Bytes inner = pad;
+  for (const uint8_t byte : BytesOf("abc")) inner.push_back(byte);
+  const Bytes inner_digest = DigestOf(*plain, inner);
+  for (uint8_t& byte : pad) byte ^= 0x36 ^ 0x5C;
+  Bytes outer = pad;
+  outer.insert(outer.end(), inner_digest.begin(), inner_digest.end());
+  const size_t bits = outer.size() * 8;
+  outer.push_back(0x80);
+  outer.resize(128);
+  if (inner_digest.size() == 16) {
+    outer[120] = static_cast<uint8_t>(bits);
+    outer[121] = static_cast<uint8_t>(bits >> 8);
+  } else {
+    outer[127] = static_cast<uint8_t>(bits);
+    outer[126] = static_cast<uint8_t>(bits >> 8);
+  }
+  for (const uint8_t byte : BytesOf("more")) outer.push_back(byte);
+  const Bytes second = DigestOf(*plain, outer);
+  Bytes last = pad;
+  last.insert(last.end(), second.begin(), second.end());
+  EXPECT_EQ(RawBytes(*engine_), DigestOf(*plain, last));
+}
+
+TEST_P(KeyedEngine, GetKeyGivesTheBytesAsSet) {
+  TestValue out = NumberValue(1);
+  EXPECT_EQ(engine_->GetKey(nullptr), E_POINTER);
+  EXPECT_EQ(engine_->GetKey(&out), S_OK);
+  EXPECT_EQ(V_VT(&out), VT_EMPTY);
+  const Bytes key = PatternBytes(100);
+  ASSERT_EQ(engine_->SetKey(BytesValue(key), 0), S_OK);
+  EXPECT_EQ(engine_->GetKey(&out), S_OK);
+  EXPECT_EQ(V_VT(&out), VT_ARRAY | VT_UI1);
+  EXPECT_EQ(BytesOfArray(out), key);
+  TestValue text;
+  ASSERT_EQ(engine_->SetKey(TextValue(OLESTR("k\u00E4")), -2), S_OK);
+  EXPECT_EQ(engine_->GetKey(&text), S_OK);
+  EXPECT_EQ(BytesOfArray(text), (Bytes{'k', 0, 0xE4, 0}));
+  MiroltaFailAllocationAfter(0);
+  VARIANT failed = ReferenceTo(VT_I4, nullptr);
+  const HRESULT status = engine_->GetKey(&failed);
+  MiroltaFailAllocationAfter(-1);
+  EXPECT_EQ(status, E_OUTOFMEMORY);
+  EXPECT_EQ(V_VT(&failed), VT_EMPTY);
+}
+
+TEST_P(KeyedEngine, ResetKeyReturnsToAPlainOpenComputation) {
+  ASSERT_EQ(engine_->SetKey(BytesValue({1, 2, 3}), 0), S_OK);
+  Feed(*engine_, BytesOf("discarded"));
+  EXPECT_EQ(engine_->ResetKey(), S_OK);
+  EXPECT_EQ(engine_->BeginKeyed(), E_UNEXPECTED);
+  Feed(*engine_, BytesOf("abc"));
+  EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
+  TestValue out;
+  EXPECT_EQ(engine_->GetKey(&out), S_OK);
+  EXPECT_EQ(V_VT(&out), VT_EMPTY);
+}
+
+TEST_P(KeyedEngine, AnEmptyTextKeyCountsForBeginKeyedOnly) {
+  ASSERT_EQ(engine_->SetKey(TextValue(OLESTR("")), 0), S_OK);
+  TestValue out;
+  EXPECT_EQ(engine_->GetKey(&out), S_OK);
+  EXPECT_EQ(V_VT(&out), VT_ARRAY | VT_UI1);  // a key is there, and it is empty
+  // Keyed for those who ask for it.
+  Feed(*engine_, BytesOf("abc"));
+  EXPECT_EQ(engine_->FinishKeyed(), S_OK);
+  EXPECT_EQ(RawBytes(*engine_), PeerHmac(GetParam(), {}, BytesOf("abc")));
+  // Begun keyed and finished plain: the digest of the inner pad and the message.
+  EXPECT_EQ(engine_->BeginKeyed(), S_OK);
+  Feed(*engine_, BytesOf("abc"));
+  EXPECT_EQ(engine_->Finish(), S_OK);
+  Bytes inner(64, 0x36);
+  for (const uint8_t byte : BytesOf("abc")) inner.push_back(byte);
+  const auto plain = MakeEngine(GetParam().name);
+  EXPECT_EQ(RawBytes(*engine_), DigestOf(*plain, inner));
+  // Start and Finish take it for no key.
+  DigestOf(*engine_, BytesOf("abc"));
+  EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
+}
+
+TEST_P(KeyedEngine, RefusedKeysLeaveNoneAndTheComputationAsItWas) {
+  const struct {
+    TestValue value;
+    LONG code_page;
+    HRESULT status;
+  } rows[] = {
+      {TestValue(VT_NULL), 0, DISP_E_TYPEMISMATCH},
+      {TextValue(OLESTR("abc")), 4711, DISP_E_TYPEMISMATCH},
+      {ArrayValue(VT_UI4, 1, {1}), 0, DISP_E_TYPEMISMATCH},
+      {BytesValue({}), 0, E_UNEXPECTED},
+  };
+  for (const auto& row : rows) {
+    ASSERT_EQ(engine_->SetKey(BytesValue({1, 2, 3}), 0), S_OK);
+    ASSERT_EQ(engine_->Init(), S_OK);
+    Feed(*engine_, BytesOf("ab"));
+    EXPECT_EQ(engine_->SetKey(row.value, row.code_page), row.status);
+    TestValue out;
+    EXPECT_EQ(engine_->GetKey(&out), S_OK);
+    EXPECT_EQ(V_VT(&out), VT_EMPTY);
+    EXPECT_EQ(engine_->FinishKeyed(), E_UNEXPECTED);
+    Feed(*engine_, BytesOf("c"));
+    EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
+  }
+}
+
+TEST_P(KeyedEngine, KeysAndPadsAreWiped) {
+  const Bytes key = BytesOf("the secret key of this test");
+  Bytes inner = key, outer = key;
+  for (uint8_t& byte : inner) byte ^= 0x36;
+  for (uint8_t& byte : outer) byte ^= 0x5C;
+  for (const Bytes& secret : {key, inner, outer}) {
+    const TestValue value = BytesValue(key);
+    auto engine = MakeEngine(GetParam().name);
+    WatchFreedMemory watch(secret.data(), secret.size());
+    ASSERT_EQ(engine->SetKey(value, 0), S_OK);
+    ASSERT_EQ(engine->SetKey(value, 0), S_OK);
+    ASSERT_EQ(engine->Finish(), S_OK);
+    ASSERT_EQ(engine->ResetKey(), S_OK);
+    EXPECT_GT(watch.Freed(), 0);
+    ASSERT_EQ(engine->SetKey(value, 0), S_OK);
+    engine.reset();
+    EXPECT_EQ(watch.FreedWithSecret(), 0);
+  }
+}
+
+// An engine whose primitive fails when told to; its "digest" counts what it was asked.
+class FailingEngine final : public HashEngine {
+ public:
+  enum Step { kNone, kInit, kUpdate, kFinal };
+  Step failing = kNone;
+  int passes = 0;  // how many calls of that step succeed first
+  int loads = 0;
+
+  FailingEngine() { SetOpen(true); }
+  HRESULT GetName(OLECHAR*, LONG) noexcept override { return E_OUTOFMEMORY; }
+  LONG BlockSize() const noexcept override { return 64; }
+  LONG DigestSize() const noexcept override { return 16; }
+  HRESULT Init() noexcept override {
+    SetOpen(true);
+    return Status(kInit);
+  }
+  HRESULT Update(const uint8_t*, uint32_t) noexcept override { return Status(kUpdate); }
+  HRESULT Final() noexcept override {
+    SetOpen(false);
+    return Status(kFinal);
+  }
+  const uint8_t* RawDigest() const noexcept override { return digest_; }
+
+ protected:
+  void SaveChain(HashChain* chain) const noexcept override { std::memset(chain, 0, sizeof *chain); }
+  void LoadChain(const HashChain&) noexcept override {
+    ++loads;
+    SetOpen(true);
+  }
+  void ClearDigest() noexcept override { std::memset(digest_, 0, sizeof digest_); }
+
+ private:
+  HRESULT Status(Step step) { return failing == step && passes-- <= 0 ? E_ABORT : S_OK; }
+  uint8_t digest_[16] = {};
+};
+
+TEST(HashEngineFailures, EachFailureOfThePrimitiveIsReturnedAtOnce) {
+  const TestValue short_key = BytesValue({1, 2, 3});
+  const TestValue long_key = BytesValue(Bytes(65, 1));
+  const struct {
+    const VARIANT& key;
+    FailingEngine::Step step;
+    int passes;
+  } rows[] = {
+      {short_key, FailingEngine::kInit, 0},   {short_key, FailingEngine::kInit, 1},
+      {short_key, FailingEngine::kUpdate, 0}, {short_key, FailingEngine::kUpdate, 1},
+      {long_key, FailingEngine::kInit, 0},    {long_key, FailingEngine::kUpdate, 0},
+      {long_key, FailingEngine::kFinal, 0},   {long_key, FailingEngine::kUpdate, 2},
+  };
+  for (const auto& row : rows) {
+    FailingEngine engine;
+    engine.failing = row.step;
+    engine.passes = row.passes;
+    EXPECT_EQ(engine.SetKey(row.key, 0), E_ABORT);
+    EXPECT_EQ(engine.loads, 0);
+    // The key is there, the computation was not begun.
+    EXPECT_EQ(engine.FinishKeyed(), E_UNEXPECTED);
+    engine.failing = FailingEngine::kNone;
+    EXPECT_EQ(engine.BeginKeyed(), S_OK);
+    EXPECT_EQ(engine.FinishKeyed(), S_OK);
+  }
+}
+
+TEST(HashEngineFailures, FinishKeyed) {
+  const struct {
+    FailingEngine::Step step;
+    int passes;
+  } rows[] = {{FailingEngine::kFinal, 0}, {FailingEngine::kFinal, 1}, {FailingEngine::kUpdate, 0}};
+  for (const auto& row : rows) {
+    FailingEngine engine;
+    ASSERT_EQ(engine.SetKey(BytesValue({1, 2, 3}), 0), S_OK);
+    engine.failing = row.step;
+    engine.passes = row.passes;
+    EXPECT_EQ(engine.Finish(), E_ABORT);
+  }
+}
+
+TEST(HashEngineFailures, DigestIsNullIfFinishFails) {
+  FailingEngine engine;
+  engine.failing = FailingEngine::kFinal;
+  EXPECT_EQ(engine.Digest(), nullptr);
+  // Final left the computation closed, so what there is can be read.
+  EXPECT_EQ(engine.Digest(), engine.RawDigest());
+  engine.failing = FailingEngine::kInit;
+  EXPECT_EQ(engine.ResetKey(), E_ABORT);
+  EXPECT_EQ(engine.Start(), E_ABORT);
+}
+
+TEST(HashEngineFailures, NameStringPassesTheFailureOn) {
+  FailingEngine engine;
+  BSTR text = reinterpret_cast<BSTR>(8);
+  EXPECT_EQ(engine.GetNameString(&text), E_OUTOFMEMORY);
+  EXPECT_EQ(text, nullptr);
+  const auto real = MakeEngine(OLESTR("MD5"));
+  text = reinterpret_cast<BSTR>(8);
+  MiroltaFailAllocationAfter(0);
+  const HRESULT status = real->GetNameString(&text);
+  MiroltaFailAllocationAfter(-1);
+  EXPECT_EQ(status, E_OUTOFMEMORY);
+  EXPECT_EQ(text, nullptr);
+}
+
+}  // namespace
+}  // namespace mirolta::test

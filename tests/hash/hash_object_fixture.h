@@ -1,0 +1,71 @@
+// A hash object of the test program's own, and what its members give in comparable form.
+#pragma once
+
+#include <string_view>
+
+#include "fake_object.h"
+#include "hash_object.h"
+#include "instance_creators.h"
+#include "test_module.h"
+#include "test_values.h"
+
+namespace mirolta::test {
+
+inline constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80042777);
+inline constexpr HRESULT kNotInitialized = static_cast<HRESULT>(0x80042778);
+inline constexpr HRESULT kBareNumber = 10104;
+
+inline constexpr OLECHAR kEmptyMd5[] = OLESTR("D41D8CD98F00B204E9800998ECF8427E");
+inline constexpr OLECHAR kAbcMd5[] = OLESTR("900150983CD24FB0D6963F7D28E17F72");
+
+// A text that is no literal.
+inline TestValue ValueOfText(std::basic_string_view<OLECHAR> text) {
+  TestValue value(VT_BSTR);
+  value->bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+  return value;
+}
+
+class HashObjectTest : public testing::Test {
+ protected:
+  HashObjectTest() { SetErrorInfo(0, nullptr); }
+
+  void SetUp() override {
+    ASSERT_EQ(CreateHashObject(nullptr, IID_IHashObject, reinterpret_cast<void**>(hash.Put())),
+              S_OK);
+  }
+
+  HRESULT Init(std::basic_string_view<OLECHAR> name) {
+    const OwnedBstr text(SysAllocStringLen(name.data(), static_cast<UINT>(name.size())));
+    return hash->InitHash(text.Get());
+  }
+  HRESULT Data(const VARIANT& value, LONG code_page = -1) {
+    return hash->HashData(value, code_page);
+  }
+  HRESULT Data(std::basic_string_view<OLECHAR> text, LONG code_page = -1) {
+    return hash->HashData(ValueOfText(text), code_page);
+  }
+  HRESULT Update(std::basic_string_view<OLECHAR> text, LONG code_page = -1) {
+    return hash->HashUpdate(ValueOfText(text), code_page);
+  }
+  // The digest as text; anything but S_OK fails the test.
+  Text Value() {
+    OwnedBstr value;
+    EXPECT_EQ(hash->get_Value(value.Put()), S_OK);
+    return TextOf(value.Get());
+  }
+  Text DigestOf(std::string_view bytes) {
+    EXPECT_EQ(Data(BytesValue(BytesOf(bytes))), bytes.empty() ? S_FALSE : S_OK);
+    return Value();
+  }
+  bool HasAlgorithm() {
+    LONG size = 0;
+    const HRESULT status = hash->get_HashSize(&size);
+    SetErrorInfo(0, nullptr);
+    return status == S_OK;
+  }
+
+  TestModule module;
+  OwnedReference<IHashObject> hash;
+};
+
+}  // namespace mirolta::test

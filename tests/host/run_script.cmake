@@ -1,0 +1,51 @@
+cmake_minimum_required(VERSION 3.25)
+# Runs SCRIPT on HOST in the empty folder SCRATCH and compares the exit status, standard output
+# (exactly, with the .expected file beside the script) and standard error.
+#
+# Lines of the script say what differs from status 0, no arguments and no errors:
+#   // runs: PATH           runs this script instead, below EXAMPLES
+#   // arguments: A|B       the arguments, separated by |
+#   // file: NAME|TEXT      a file made before the run
+#   // status: N
+#   // errors: PATTERN      a pattern of the whole standard error
+
+file(STRINGS ${SCRIPT} lines REGEX "^// [a-z]+: " ENCODING UTF-8)
+set(script ${SCRIPT})
+set(arguments "")
+set(expected_status 0)
+set(pattern "^$")
+file(REMOVE_RECURSE ${SCRATCH})
+file(MAKE_DIRECTORY ${SCRATCH})
+foreach(line IN LISTS lines)
+  string(REGEX MATCH "^// ([a-z]+): (.*)$" matched "${line}")
+  set(value "${CMAKE_MATCH_2}")
+  if(CMAKE_MATCH_1 STREQUAL "runs")
+    set(script ${EXAMPLES}/${value})
+  elseif(CMAKE_MATCH_1 STREQUAL "arguments")
+    string(REPLACE "|" ";" arguments "${value}")
+  elseif(CMAKE_MATCH_1 STREQUAL "file")
+    string(REGEX MATCH "^([^|]*)[|](.*)$" matched "${value}")
+    file(WRITE "${SCRATCH}/${CMAKE_MATCH_1}" "${CMAKE_MATCH_2}")
+  elseif(CMAKE_MATCH_1 STREQUAL "status")
+    set(expected_status ${value})
+  elseif(CMAKE_MATCH_1 STREQUAL "errors")
+    set(pattern "^${value}\n$")
+  else()
+    message(FATAL_ERROR "unknown line: ${line}")
+  endif()
+endforeach()
+
+execute_process(COMMAND ${HOST} ${script} ${arguments} WORKING_DIRECTORY ${SCRATCH}
+  RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
+file(READ ${SCRATCH}/.output output)
+string(REGEX REPLACE "\\.js$" ".expected" expected_file ${SCRIPT})
+file(READ ${expected_file} expected)
+if(NOT status STREQUAL expected_status)
+  message(FATAL_ERROR "status ${status}, expected ${expected_status}\n${output}${errors}")
+endif()
+if(NOT output STREQUAL expected)
+  message(FATAL_ERROR "standard output differs from ${expected_file}:\n${output}${errors}")
+endif()
+if(NOT errors MATCHES "${pattern}")
+  message(FATAL_ERROR "standard error is not like ${pattern}:\n${errors}")
+endif()

@@ -1,0 +1,2 @@
+// runs: tour.js
+// arguments: hash|codepage|hmac|errors

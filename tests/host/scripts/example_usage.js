@@ -1,0 +1,2 @@
+// runs: hash-file.js
+// status: 2

@@ -1,0 +1,3 @@
+// status: 3
+new ActiveXObject("Fake.Object").CallBack(function () { WScript.Echo("in"); WScript.Quit(3); });
+WScript.Echo("after");

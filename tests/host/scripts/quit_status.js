@@ -1,0 +1,2 @@
+// status: 255
+WScript.Quit(-1);

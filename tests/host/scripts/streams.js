@@ -1,0 +1,34 @@
+function list(bytes) { return Array.prototype.join.call(bytes, ","); }
+var m = WScript.MemoryStream(new Uint8Array([1, 2, 3, 4, 5]));
+WScript.Echo(m.Size, m.Position, list(m.Read(2)), m.Position);
+WScript.Echo(m.Seek(-1, 2), m.Seek(-2, 1), m.Seek(3), list(m.Read(100)), m.Read(5).length);
+WScript.Echo(m.Write(new Uint8Array([9, 8])), m.Size);
+m.Position = 0;
+WScript.Echo(list(m.Read()), m.Read(0).length);
+m.Size = 3;
+m.Position = 0;
+WScript.Echo(list(m.Read()));
+WScript.Echo(WScript.MemoryStream().Size, WScript.MemoryStream(null).Read(1).length);
+
+var f = WScript.OpenFile("made.bin", "w+");
+f.Write(new Uint8Array([65, 66, 10]).subarray(1));
+f.Write(new Uint8Array([67, 68]).buffer);
+f.Position = 0;
+WScript.Echo(list(f.Read()), f.Size);
+f.Close();
+f = WScript.OpenFile("made.bin", "r+");
+f.Seek(0, 2);
+f.Write(new Uint8Array([69]));
+f.Commit();
+f.Close();
+f.Close();
+f = WScript.OpenFile("made.bin");
+var copy = WScript.MemoryStream();
+WScript.Echo(f.CopyTo(copy, 3), f.CopyTo(copy), copy.Size);
+copy.Position = 0;
+WScript.Echo(list(copy.Read()), f instanceof Object);
+f = WScript.OpenFile("made.bin", "w");
+WScript.Echo(f.Size);
+var name = "\udcff\u00e9\ud83d\ude00";
+WScript.OpenFile(name, "w").Write(new Uint8Array(4));
+WScript.Echo(WScript.OpenFile(name).Size);

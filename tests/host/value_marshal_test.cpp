@@ -1,0 +1,269 @@
+#include "value_marshal.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "dispatch_object.h"
+#include "owned_values.h"
+#include "script_engine.h"
+#include "script_object.h"
+
+namespace mirolta {
+namespace {
+
+// Remembers the last call and answers with what the test put into it.
+class RecordingObject final : public IDispatch {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
+    if (*out == nullptr) return E_NOINTERFACE;
+    ++references;
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override { return --references; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
+                                          DISPID* ids) override {
+    ++lookups;
+    EXPECT_EQ(count, 1u);
+    name = names[0];
+    ids[0] = 17;
+    return lookup_status;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* params,
+                                   VARIANT* result, EXCEPINFO*, UINT*) override {
+    EXPECT_EQ(iid, IID_NULL);
+    last_id = id;
+    all_flags.push_back(flags);
+    argument_count = params->cArgs;
+    named_count = params->cNamedArgs;
+    VariantClear(&last_argument);
+    if (params->cArgs > 0) VariantCopy(&last_argument, &params->rgvarg[0]);
+    const bool is_put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+    EXPECT_EQ(result == nullptr, is_put);
+    if (is_put) {
+      EXPECT_EQ(params->rgdispidNamedArgs[0], DISPID_PROPERTYPUT);
+    }
+    if (flags == DISPATCH_PROPERTYPUTREF && refuses_references) return DISP_E_MEMBERNOTFOUND;
+    if (result != nullptr) VariantCopy(result, &answer);
+    return S_OK;
+  }
+
+  ULONG references = 1;
+  int lookups = 0;
+  HRESULT lookup_status = S_OK;
+  Units name;
+  DISPID last_id = 0;
+  std::vector<WORD> all_flags;
+  UINT argument_count = 0;
+  UINT named_count = 0;
+  bool refuses_references = true;
+  OwnedVariant last_argument;
+  OwnedVariant answer;
+};
+
+class ValueMarshal : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string problem;
+    ASSERT_TRUE(engine_.Start(&problem)) << problem;
+    PushObjectAs("o");
+  }
+
+  void PushObjectAs(const char* name) {
+    object_.AddRef();
+    PushDispatch(api(), &object_);
+    duk_put_global_string(api(), name);
+  }
+  duk_context* api() { return engine_.api(); }
+
+  // Evaluates and returns the result's text; an error's text after "!".
+  std::string Run(const char* script) {
+    const bool failed = duk_peval_string(api(), script) != 0;
+    const std::string text = duk_safe_to_string(api(), -1);
+    duk_pop(api());
+    return failed ? "!" + text : text;
+  }
+  void Convert(const char* script, VARIANT* out) {
+    ASSERT_EQ(duk_peval_string(api(), script), 0) << duk_safe_to_string(api(), -1);
+    ASSERT_EQ(VariantFromScript(api(), -1, out), S_OK) << script;
+    duk_pop(api());
+  }
+
+  RecordingObject object_;  // before the engine, which gives it back at its end
+  ScriptEngine engine_;
+};
+
+TEST_F(ValueMarshal, NumbersAreWholeWhereTheyFit) {
+  const struct {
+    const char* script;
+    VARTYPE type;
+    double number;
+  } kCases[] = {
+      {"0", VT_I4, 0},
+      {"-0", VT_I4, 0},
+      {"2147483647", VT_I4, 2147483647.0},
+      {"-2147483648", VT_I4, -2147483648.0},
+      {"2147483648", VT_R8, 2147483648.0},
+      {"-2147483649", VT_R8, -2147483649.0},
+      {"0.5", VT_R8, 0.5},
+      {"Infinity", VT_R8, HUGE_VAL},
+  };
+  for (const auto& one : kCases) {
+    OwnedVariant value;
+    Convert(one.script, &value);
+    EXPECT_EQ(value.vt, one.type) << one.script;
+    EXPECT_EQ(value.vt == VT_I4 ? value.lVal : value.dblVal, one.number) << one.script;
+  }
+  OwnedVariant nan;
+  Convert("NaN", &nan);
+  EXPECT_EQ(nan.vt, VT_R8);
+  EXPECT_TRUE(std::isnan(nan.dblVal));
+}
+
+TEST_F(ValueMarshal, TextKeepsEveryUnit) {
+  OwnedVariant value;
+  Convert("'a\\0\\ud800b\\u20ac'", &value);
+  ASSERT_EQ(value.vt, VT_BSTR);
+  const OLECHAR expected[] = {'a', 0, 0xD800, 'b', 0x20AC};
+  EXPECT_EQ(UnitsView(value.bstrVal, SysStringLen(value.bstrVal)), UnitsView(expected, 5));
+  PushVariant(api(), value);
+  EXPECT_EQ(duk_get_length(api(), -1), 5u);
+  duk_pop(api());
+}
+
+TEST_F(ValueMarshal, SymbolsAreRefusedAndLeaveNothing) {
+  ASSERT_EQ(duk_peval_string(api(), "Symbol('s')"), 0);
+  OwnedVariant value;
+  EXPECT_EQ(VariantFromScript(api(), -1, &value), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(value.vt, VT_EMPTY);
+}
+
+TEST_F(ValueMarshal, BytesKeepTheirLowerBound) {
+  OwnedVariant value;
+  value.parray = SafeArrayCreateVector(VT_UI1, -3, 2);
+  value.vt = VT_ARRAY | VT_UI1;
+  PushVariant(api(), value);
+  OwnedVariant back;
+  ASSERT_EQ(VariantFromScript(api(), -1, &back), S_OK);
+  ASSERT_EQ(back.vt, VT_ARRAY | VT_UI1);
+  LONG lower = 0, upper = 0;
+  EXPECT_EQ(SafeArrayGetLBound(back.parray, 1, &lower), S_OK);
+  EXPECT_EQ(SafeArrayGetUBound(back.parray, 1, &upper), S_OK);
+  EXPECT_EQ(lower, -3);
+  EXPECT_EQ(upper, -2);
+}
+
+TEST_F(ValueMarshal, DatesGoBothWaysBeforeTheFirstDayToo) {
+  for (const double days : {0.0, 0.25, 1.5, 36526.75, -1.25, -2.0, -109205.5}) {
+    EXPECT_DOUBLE_EQ(AutomationDate(ScriptMilliseconds(days)), days);
+  }
+}
+
+TEST_F(ValueMarshal, MembersAreFoundByNameAndRememberedById) {
+  EXPECT_EQ(Run("o.Some"), "undefined");
+  EXPECT_EQ(object_.name, Units(OLESTR("Some")));
+  EXPECT_EQ(object_.last_id, 17);
+  Run("o.Some; o.Some(1); o.Some = 2");
+  EXPECT_EQ(object_.lookups, 1);
+}
+
+TEST_F(ValueMarshal, FlagsTellReadsFromCalls) {
+  Run("o.A; o.A(); o.A(1, 2); o['A']; var k = 'A'; o[k](3)");
+  EXPECT_EQ(object_.all_flags, (std::vector<WORD>{2, 3, 3, 2, 3}));
+  EXPECT_EQ(object_.argument_count, 1u);
+}
+
+TEST_F(ValueMarshal, ArgumentsLeaveInReverseOrder) {
+  Run("o.A(1, 2, 3)");
+  EXPECT_EQ(object_.argument_count, 3u);
+  EXPECT_EQ(object_.last_argument.lVal, 3);
+  EXPECT_EQ(object_.named_count, 0u);
+}
+
+TEST_F(ValueMarshal, ObjectsArePutByReferenceFirst) {
+  Run("o.A = 5");
+  EXPECT_EQ(object_.all_flags, (std::vector<WORD>{DISPATCH_PROPERTYPUT}));
+  EXPECT_EQ(object_.named_count, 1u);
+  object_.all_flags.clear();
+  Run("void (o.A = {})");
+  EXPECT_EQ(object_.all_flags, (std::vector<WORD>{DISPATCH_PROPERTYPUTREF, DISPATCH_PROPERTYPUT}));
+  object_.all_flags.clear();
+  object_.refuses_references = false;
+  Run("void (o.A = o)");
+  EXPECT_EQ(object_.all_flags, (std::vector<WORD>{DISPATCH_PROPERTYPUTREF}));
+}
+
+TEST_F(ValueMarshal, FailingLookupsAreErrors) {
+  object_.lookup_status = E_FAIL;
+  EXPECT_EQ(Run("o.A"), "!Error: Unspecified error");
+  EXPECT_EQ(Run("try { o.A } catch (e) { e.number }"), std::to_string(E_FAIL));
+  object_.lookup_status = DISP_E_UNKNOWNNAME;
+  EXPECT_EQ(Run("o.A"), "undefined");
+  EXPECT_EQ(Run("o.A()"), "!Error: Object doesn't support this property or method");
+}
+
+TEST_F(ValueMarshal, ReferencesAreGivenBack) {
+  EXPECT_EQ(object_.references, 2u);
+  Run("var f = o.A; o.A(o); o.A = o; [o, o]; f = null;");
+  VariantClear(&object_.last_argument);
+  EXPECT_EQ(object_.references, 2u);
+  Run("o = null");
+  duk_gc(api(), 0);
+  EXPECT_EQ(object_.references, 1u);
+}
+
+TEST(ScriptEngineEnd, GivesBackWhatTheScriptHeld) {
+  RecordingObject object;
+  {
+    ScriptEngine engine;
+    std::string problem;
+    ASSERT_TRUE(engine.Start(&problem)) << problem;
+    object.AddRef();
+    PushDispatch(engine.api(), &object);
+    duk_put_global_string(engine.api(), "o");
+    ASSERT_EQ(duk_peval_string(engine.api(), "var list = [o]; list.push(list, o.A);"), 0);
+  }
+  EXPECT_EQ(object.references, 1u);
+}
+
+TEST(ScriptObjectEnd, FailsCallsAfterItsEngine) {
+  IDispatch* wrapper = nullptr;
+  {
+    ScriptEngine engine;
+    std::string problem;
+    ASSERT_TRUE(engine.Start(&problem)) << problem;
+    ASSERT_EQ(duk_peval_string(engine.api(), "({ valueOf: function () { return 4; } })"), 0);
+    wrapper = WrapScriptObject(engine.api(), -1);
+    ASSERT_NE(wrapper, nullptr);
+    DISPPARAMS none = {};
+    OwnedVariant result;
+    EXPECT_EQ(wrapper->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result,
+                              nullptr, nullptr),
+              S_OK);
+    EXPECT_EQ(result.vt, VT_I4);
+    EXPECT_EQ(result.lVal, 4);
+    OLECHAR name[] = OLESTR("none");
+    LPOLESTR names[] = {name};
+    DISPID id = 0;
+    EXPECT_EQ(wrapper->GetIDsOfNames(IID_NULL, names, 1, 0, &id), DISP_E_UNKNOWNNAME);
+    EXPECT_EQ(id, DISPID_UNKNOWN);
+    EXPECT_EQ(
+        wrapper->Invoke(1, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
+        DISP_E_MEMBERNOTFOUND);
+  }
+  DISPPARAMS none = {};
+  OwnedVariant result;
+  EXPECT_LT(wrapper->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result,
+                            nullptr, nullptr),
+            0);
+  EXPECT_EQ(wrapper->Release(), 0u);
+}
+
+}  // namespace
+}  // namespace mirolta

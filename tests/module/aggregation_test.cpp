@@ -1,0 +1,145 @@
+// Objects made as parts of an outer object: whose IUnknown is whose, and whose count is counted.
+#include "loaded_module.h"
+
+namespace mirolta::test {
+namespace {
+
+constexpr IID kOuterInterface = {0xA1B2C3D4, 5, 6, {7, 8, 9, 10, 11, 12, 13, 14}};
+
+// An outer object that offers its inner object's interfaces as its own.
+class OuterObject final : public IUnknown {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    ++queries;
+    if (out == nullptr) return E_POINTER;
+    *out = nullptr;
+    if (iid == IID_IUnknown || iid == kOuterInterface) {
+      AddRef();
+      *out = this;
+      return S_OK;
+    }
+    return inner ? inner->QueryInterface(iid, out) : E_NOINTERFACE;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override { return --references; }
+
+  OwnedReference<IUnknown> inner;
+  ULONG references = 1;
+  int queries = 0;
+};
+
+class AggregationTest : public ModuleTest, public testing::WithParamInterface<ClassCase> {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    OwnedReference<IClassFactory> factory = module.Factory(*GetParam().both);
+    ASSERT_EQ(
+        factory->CreateInstance(&outer, IID_IUnknown, reinterpret_cast<void**>(outer.inner.Put())),
+        S_OK);
+    factory.Reset();
+    EXPECT_EQ(outer.references, 1u);  // the inner object does not hold the outer one
+    EXPECT_EQ(outer.queries, 0);
+    outer.queries = 0;
+    dual_iid = *GetParam().iid;
+  }
+  void TearDown() override {
+    EXPECT_EQ(outer.references, 1u);
+    EXPECT_EQ(module.can_unload_now(), outer.inner ? S_FALSE : S_OK);
+    outer.inner.Reset();
+    ModuleTest::TearDown();
+  }
+
+  OuterObject outer;
+  IID dual_iid;
+};
+
+INSTANTIATE_TEST_SUITE_P(Classes, AggregationTest, testing::ValuesIn(kClassCases),
+                         [](const testing::TestParamInfo<ClassCase>& of) { return of.param.name; });
+
+TEST_P(AggregationTest, InnerInterfacesAreTheOuterObjects) {
+  for (const IID& iid : {dual_iid, IID(IID_IDispatch), IID(IID_ISupportErrorInfo)}) {
+    OwnedReference<IUnknown> face;
+    ASSERT_EQ(face.Query(&outer, iid), S_OK);
+    EXPECT_EQ(outer.references, 2u);
+    EXPECT_EQ(face->AddRef(), 3u);
+    EXPECT_EQ(face->Release(), 2u);
+    OwnedReference<IUnknown> identity;
+    EXPECT_EQ(identity.Query(face.Get(), IID_IUnknown), S_OK);
+    EXPECT_EQ(identity.Get(), static_cast<IUnknown*>(&outer));
+    OwnedReference<IUnknown> own;
+    EXPECT_EQ(own.Query(face.Get(), kOuterInterface), S_OK);
+    EXPECT_EQ(own.Get(), static_cast<IUnknown*>(&outer));
+    OwnedReference<IUnknown> again;
+    EXPECT_EQ(again.Query(face.Get(), iid), S_OK);
+    EXPECT_EQ(again.Get(), face.Get());
+    void* none = this;
+    EXPECT_EQ(face->QueryInterface(IID_IClassFactory, &none), E_NOINTERFACE);
+    EXPECT_EQ(none, nullptr);
+  }
+  EXPECT_GT(outer.queries, 0);
+}
+
+TEST_P(AggregationTest, TheInnerUnknownIsItsOwn) {
+  const int queries = outer.queries;
+  OwnedReference<IUnknown> same;
+  ASSERT_EQ(same.Query(outer.inner.Get(), IID_IUnknown), S_OK);
+  EXPECT_EQ(same.Get(), outer.inner.Get());
+  EXPECT_EQ(outer.inner->AddRef(), 3u);
+  EXPECT_EQ(outer.inner->Release(), 2u);
+  EXPECT_EQ(outer.references, 1u);
+  void* none = this;
+  EXPECT_EQ(outer.inner->QueryInterface(kOuterInterface, &none), E_NOINTERFACE);
+  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(outer.inner->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+  EXPECT_EQ(outer.queries, queries);
+}
+
+TEST_P(AggregationTest, AQueryOfTheInnerUnknownCountsAtTheOuterObject) {
+  OwnedReference<IUnknown> face;
+  ASSERT_EQ(face.Query(outer.inner.Get(), dual_iid), S_OK);
+  EXPECT_EQ(outer.references, 2u);
+  EXPECT_EQ(outer.inner->AddRef(), 2u);
+  EXPECT_EQ(outer.inner->Release(), 1u);
+}
+
+TEST_P(AggregationTest, StreamsBelongToTheOuterObjectToo) {
+  OwnedReference<IUnknown> stream;
+  const HRESULT status = stream.Query(&outer, IID_IStream);
+  EXPECT_EQ(status, GetParam().is_stream ? S_OK : E_NOINTERFACE);
+  EXPECT_EQ(outer.references, GetParam().is_stream ? 2u : 1u);
+}
+
+TEST_P(AggregationTest, LateBoundCallsReachTheInnerObject) {
+  OwnedReference<IDispatch> dispatch;
+  ASSERT_EQ(dispatch.Query(&outer, IID_IDispatch), S_OK);
+  OwnedReference<ITypeInfo> info;
+  ASSERT_EQ(dispatch->GetTypeInfo(0, 0, info.Put()), S_OK);
+  TYPEATTR* attributes = nullptr;
+  ASSERT_EQ(info->GetTypeAttr(&attributes), S_OK);
+  EXPECT_TRUE(attributes->guid == dual_iid);
+  info->ReleaseTypeAttr(attributes);
+}
+
+TEST_P(AggregationTest, TheInnerObjectEndsWithItsOwnUnknown) {
+  outer.inner.Reset();
+  EXPECT_EQ(module.can_unload_now(), S_OK);
+}
+
+TEST_F(ModuleTest, AnAggregatedObjectWorks) {
+  OuterObject outer;
+  OwnedReference<IClassFactory> factory = module.Factory(CLSID_HashObjectFree);
+  ASSERT_EQ(
+      factory->CreateInstance(&outer, IID_IUnknown, reinterpret_cast<void**>(outer.inner.Put())),
+      S_OK);
+  OwnedReference<IHashObject> hash;
+  ASSERT_EQ(hash.Query(&outer, IID_IHashObject), S_OK);
+  const TestValue name = TextValue(OLESTR("MD5"));
+  ASSERT_EQ(hash->InitHash(VARIANT(name).bstrVal), S_OK);
+  ASSERT_EQ(hash->HashData(TextValue(OLESTR("abc")), -1), S_OK);
+  OwnedBstr digest;
+  ASSERT_EQ(hash->get_Value(digest.Put()), S_OK);
+  EXPECT_EQ(Text(digest.Get()), OLESTR("900150983CD24FB0D6963F7D28E17F72"));
+}
+
+}  // namespace
+}  // namespace mirolta::test

@@ -1,0 +1,74 @@
+// Members that read a caller's object while that object calls back into the same member's owner:
+// the engine in use may be gone when the value is there.
+#include "calling_object.h"
+#include "loaded_module.h"
+
+namespace mirolta::test {
+namespace {
+
+constexpr HRESULT kNotInitialized = static_cast<HRESULT>(0x80042778);
+
+class ReentrancyTest : public ModuleTest {
+ protected:
+  static OwnedBstr& Name(const OLECHAR* name) {
+    static OwnedBstr text;
+    *text.Put() = SysAllocString(name);
+    return text;
+  }
+  void TearDown() override {
+    Name(nullptr);
+    ModuleTest::TearDown();
+  }
+};
+
+TEST_F(ReentrancyTest, ACipherMayLoseItsEngineWhileItReadsItsInput) {
+  OwnedReference<ISymmetricCryptObject> cipher =
+      module.Create<ISymmetricCryptObject>(CLSID_SymmetricCryptObject, IID_ISymmetricCryptObject);
+  ASSERT_TRUE(cipher);
+  const TestValue key = BytesValue(Bytes(16, 1));
+  CallingObject removes([&] { EXPECT_LT(cipher->Init(TextValue(OLESTR("none"))), 0); });
+  CallingObject renews([&] { EXPECT_EQ(cipher->Init(TextValue(OLESTR("DES"))), S_OK); });
+  TestValue result;
+
+  ASSERT_EQ(cipher->Init(TextValue(OLESTR("AES"))), S_OK);
+  EXPECT_EQ(cipher->put_Key(ObjectValue(&removes)), kNotInitialized);
+  ASSERT_EQ(cipher->Init(TextValue(OLESTR("AES"))), S_OK);
+  EXPECT_EQ(cipher->put_Key(ObjectValue(&renews)), E_INVALIDARG);  // three bytes for DES
+  ASSERT_EQ(cipher->Init(TextValue(OLESTR("AES"))), S_OK);
+  ASSERT_EQ(cipher->put_Key(key), S_OK);
+  EXPECT_EQ(cipher->Encrypt(ObjectValue(&removes), VARIANT_TRUE, &result), kNotInitialized);
+  ASSERT_EQ(cipher->Init(TextValue(OLESTR("AES"))), S_OK);
+  ASSERT_EQ(cipher->put_Key(key), S_OK);
+  EXPECT_EQ(cipher->Decrypt(ObjectValue(&renews), VARIANT_TRUE, &result), kNotInitialized);
+}
+
+TEST_F(ReentrancyTest, ADigestFilterMayLoseItsEngineWhileItReadsAKey) {
+  OwnedReference<IToviStreamDigest> filter =
+      module.Create<IToviStreamDigest>(CLSID_ToviStreamDigest, IID_IToviStreamDigest);
+  ASSERT_TRUE(filter);
+  CallingObject removes([&] {
+    EXPECT_LT(filter->put_ReadAlgorithm(Name(OLESTR("none")).Get()), 0);
+    EXPECT_LT(filter->put_WriteAlgorithm(Name(OLESTR("none")).Get()), 0);
+  });
+  ASSERT_EQ(filter->put_ReadAlgorithm(Name(OLESTR("MD5")).Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadKey(ObjectValue(&removes)), kNotInitialized);
+  ASSERT_EQ(filter->put_WriteAlgorithm(Name(OLESTR("MD5")).Get()), S_OK);
+  EXPECT_EQ(filter->put_WriteKey(ObjectValue(&removes)), kNotInitialized);
+}
+
+TEST_F(ReentrancyTest, ACipherFilterMayLoseItsEngineWhileItReadsAKey) {
+  OwnedReference<IToviStreamCrypt> filter =
+      module.Create<IToviStreamCrypt>(CLSID_ToviStreamCrypt, IID_IToviStreamCrypt);
+  ASSERT_TRUE(filter);
+  CallingObject removes([&] {
+    EXPECT_LT(filter->put_ReadAlgorithm(Name(OLESTR("none")).Get()), 0);
+    EXPECT_LT(filter->put_WriteAlgorithm(Name(OLESTR("none")).Get()), 0);
+  });
+  ASSERT_EQ(filter->put_ReadAlgorithm(Name(OLESTR("AES")).Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadKey(ObjectValue(&removes)), kNotInitialized);
+  ASSERT_EQ(filter->put_WriteAlgorithm(Name(OLESTR("AES")).Get()), S_OK);
+  EXPECT_EQ(filter->put_WriteKey(ObjectValue(&removes)), kNotInitialized);
+}
+
+}  // namespace
+}  // namespace mirolta::test

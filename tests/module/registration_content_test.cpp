@@ -1,0 +1,240 @@
+// What registering and unregistering the module leaves in the registry, row by row.
+#include <vector>
+
+#include "class_table.h"
+#include "loaded_module.h"
+#include "portable/test_hooks.h"
+#include "registration_fixture.h"
+
+namespace mirolta::test {
+namespace {
+
+constexpr char kLibrary[] = "{D0503D72-C0D7-4CDA-BD03-8D7496F936DA}";
+constexpr const char* kPlatform = sizeof(void*) == 8 ? "linux64" : "linux32";
+
+std::string RegistryText(const GUID& id) {
+  OLECHAR text[39] = {};
+  EXPECT_EQ(StringFromGUID2(id, text, 39), 39);
+  return Narrow(text);
+}
+
+class RegistrationContentTest : public RegistrationTest {
+ protected:
+  void SetUp() override {
+    RegistrationTest::SetUp();
+    ASSERT_NE(module_.handle(), nullptr);
+    register_ = Entry("DllRegisterServer");
+    unregister_ = Entry("DllUnregisterServer");
+    ASSERT_NE(register_, nullptr);
+    ASSERT_NE(unregister_, nullptr);
+  }
+
+  LoadedModule::Plain Entry(LPCSTR name) {
+    return reinterpret_cast<LoadedModule::Plain>(
+        reinterpret_cast<void*>(GetProcAddress(module_.handle(), name)));
+  }
+
+  // The module's file as the runtime names it.
+  std::string File() {
+    OLECHAR file[MAX_PATH + 1] = {};
+    EXPECT_GT(GetModuleFileNameW(module_.handle(), file, MAX_PATH + 1), 0u);
+    return Narrow(file);
+  }
+
+  // The rows of one class.
+  Rows ClassRows(const ClassRow& row) {
+    const std::string id = RegistryText(*row.id);
+    const std::string versioned = Narrow(row.prog_id);
+    const std::string stem = Narrow(row.version_independent_prog_id);
+    const std::string description = Narrow(row.description);
+    const std::string key = "CLSID\\" + id;
+    return {{versioned, ""},
+            {versioned + "|@", description},
+            {versioned + "\\CLSID", ""},
+            {versioned + "\\CLSID|@", id},
+            {stem, ""},
+            {stem + "|@", description},
+            {stem + "\\CLSID", ""},
+            {stem + "\\CLSID|@", id},
+            {stem + "\\CurVer", ""},
+            {stem + "\\CurVer|@", versioned},
+            {key, ""},
+            {key + "|@", description},
+            {key + "\\ProgID", ""},
+            {key + "\\ProgID|@", versioned},
+            {key + "\\VersionIndependentProgID", ""},
+            {key + "\\VersionIndependentProgID|@", stem},
+            {key + "\\Programmable", ""},
+            {key + "\\InprocServer32", ""},
+            {key + "\\InprocServer32|@", File()},
+            {key + "\\InprocServer32|ThreadingModel", Narrow(row.threading_model)},
+            {key + "\\TypeLib", ""},
+            {key + "\\TypeLib|@", kLibrary}};
+  }
+
+  Rows LibraryRows() {
+    const std::string file = File();
+    const std::string key = std::string("TypeLib\\") + kLibrary;
+    Rows rows = {{"TypeLib", ""},
+                 {key, ""},
+                 {key + "\\1.0", ""},
+                 {key + "\\1.0|@", "Mirolta 1.0 Type Library"},
+                 {key + "\\1.0\\0", ""},
+                 {key + "\\1.0\\0\\" + kPlatform, ""},
+                 {key + "\\1.0\\0\\" + kPlatform + "|@", file},
+                 {key + "\\1.0\\FLAGS", ""},
+                 {key + "\\1.0\\FLAGS|@", "0"},
+                 {key + "\\1.0\\HELPDIR", ""},
+                 {key + "\\1.0\\HELPDIR|@", file.substr(0, file.rfind('/') + 1)},
+                 {"Interface", ""}};
+    for (const ClassCase& one : kClassCases) {
+      const std::string face = "Interface\\" + RegistryText(*one.iid);
+      const char* const marshaler = "{00020424-0000-0000-C000-000000000046}";
+      rows.merge(Rows{{face, ""},
+                      {face + "|@", std::string("I") + one.name},
+                      {face + "\\ProxyStubClsid", ""},
+                      {face + "\\ProxyStubClsid|@", marshaler},
+                      {face + "\\ProxyStubClsid32", ""},
+                      {face + "\\ProxyStubClsid32|@", marshaler},
+                      {face + "\\TypeLib", ""},
+                      {face + "\\TypeLib|@", kLibrary},
+                      {face + "\\TypeLib|Version", "1.0"}});
+    }
+    return rows;
+  }
+
+  Rows Everything() {
+    Rows rows = LibraryRows();
+    rows["CLSID"] = "";
+    for (const ClassRow* row = ClassTable(); row->id != nullptr; ++row) rows.merge(ClassRows(*row));
+    return rows;
+  }
+
+  LoadedModule module_;
+  LoadedModule::Plain register_ = nullptr;
+  LoadedModule::Plain unregister_ = nullptr;
+};
+
+TEST_F(RegistrationContentTest, RegistersEveryRowOfTheClassTableAndTheLibrary) {
+  ASSERT_EQ(register_(), S_OK);
+  const Rows expected = Everything();
+  ASSERT_EQ(expected.size(), 1 + 12 * 22 + 12 + 6 * 9u);
+  EXPECT_EQ(AllRows(), expected);
+}
+
+// One class in full, written out.
+TEST_F(RegistrationContentTest, RegistersHashObject) {
+  ASSERT_EQ(register_(), S_OK);
+  const Rows rows = AllRows();
+  const std::string both = "CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}";
+  const std::string free = "CLSID\\{FECAFCBB-A8C3-404D-A42B-53AD9FD47737}";
+  EXPECT_EQ(rows.at(both + "|@"), "Vardeko HashObject Class");
+  EXPECT_EQ(rows.at(both + "\\ProgID|@"), "Vardeko.crypt.HashObject.1");
+  EXPECT_EQ(rows.at(both + "\\VersionIndependentProgID|@"), "Vardeko.crypt.HashObject");
+  EXPECT_EQ(rows.at(both + "\\InprocServer32|@"), File());
+  EXPECT_EQ(rows.at(both + "\\InprocServer32|ThreadingModel"), "Both");
+  EXPECT_EQ(rows.at(both + "\\Programmable"), "");
+  EXPECT_EQ(rows.at(free + "|@"), "Vardeko HashObject Class (freethreaded)");
+  EXPECT_EQ(rows.at(free + "\\ProgID|@"), "Vardeko.crypt.HashObject.free.1");
+  EXPECT_EQ(rows.at(free + "\\InprocServer32|ThreadingModel"), "Free");
+  EXPECT_EQ(rows.at("Vardeko.crypt.HashObject\\CurVer|@"), "Vardeko.crypt.HashObject.1");
+  EXPECT_EQ(rows.at("Vardeko.crypt.HashObject.free.1\\CLSID|@"), free.substr(6));
+}
+
+TEST_F(RegistrationContentTest, RegisteringTwiceLeavesTheSame) {
+  ASSERT_EQ(register_(), S_OK);
+  const Rows once = AllRows();
+  ASSERT_EQ(register_(), S_OK);
+  EXPECT_EQ(AllRows(), once);
+  // Class keys are rebuilt: what others put there goes.
+  WriteKey("CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}\\Programmable\\Other", OLESTR("x"));
+  WriteKey("CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}\\Other", OLESTR("x"));
+  ASSERT_EQ(register_(), S_OK);
+  EXPECT_EQ(AllRows(), once);
+}
+
+TEST_F(RegistrationContentTest, UnregisteringKeepsTheKeyOfAllClasses) {
+  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(unregister_(), S_OK);
+  Rows left = AllRows();
+  EXPECT_EQ(left.erase("CLSID"), 1u);
+  // Parents that the type library's registration made.
+  left.erase("Interface");
+  left.erase("TypeLib");
+  EXPECT_EQ(left, Rows());
+  EXPECT_EQ(unregister_(), S_OK);
+}
+
+TEST_F(RegistrationContentTest, UnregisteringWhenNothingIsRegisteredSucceeds) {
+  EXPECT_EQ(unregister_(), S_OK);
+  EXPECT_EQ(AllRows(), Rows());
+}
+
+TEST_F(RegistrationContentTest, SubkeysOfOthersUnderTheProgIdsStay) {
+  ASSERT_EQ(register_(), S_OK);
+  WriteKey("Vardeko.crypt.RSA\\shell", OLESTR("x"));
+  WriteKey("CLSID\\{00000000-0000-0000-0000-000000000001}", OLESTR("other"));
+  ASSERT_EQ(unregister_(), S_OK);
+  const Rows left = AllRows();
+  EXPECT_EQ(left.count("Vardeko.crypt.RSA\\shell|@"), 1u);
+  EXPECT_EQ(left.count("Vardeko.crypt.RSA\\CLSID"), 0u);
+  EXPECT_EQ(left.count("Vardeko.crypt.RSA\\CurVer"), 0u);
+  EXPECT_EQ(left.count("Vardeko.crypt.RSA.1"), 0u);
+  EXPECT_EQ(left.at("CLSID\\{00000000-0000-0000-0000-000000000001}|@"), "other");
+}
+
+TEST_F(RegistrationContentTest, RegisteredClassesCanBeCreatedByName) {
+  ASSERT_EQ(register_(), S_OK);
+  for (const ClassRow* row = ClassTable(); row->id != nullptr; ++row) {
+    for (const OLECHAR* name : {row->prog_id, row->version_independent_prog_id}) {
+      SCOPED_TRACE(Narrow(name));
+      CLSID id = {};
+      ASSERT_EQ(CLSIDFromProgID(name, &id), S_OK);
+      EXPECT_TRUE(id == *row->id);
+      OwnedReference<IDispatch> object;
+      EXPECT_EQ(CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
+                                 reinterpret_cast<void**>(object.Put())),
+                S_OK);
+    }
+  }
+  OwnedReference<ITypeLib> library;
+  EXPECT_EQ(LoadRegTypeLib(LIBID_MIROLTALib, 1, 0, 0, library.Put()), S_OK);
+}
+
+// Whatever allocation fails, registration fails with it and leaves the rows before it; the next
+// attempt completes.
+TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
+  const Rows all = Everything();
+  size_t most_left = 0;
+  int failures = 0;
+  // Steps that are no divisor of what one class needs, so that all kinds of places are hit.
+  for (LONG allowed = 0;; allowed += 37) {
+    SCOPED_TRACE(allowed);
+    MiroltaFailAllocationAfter(allowed);
+    const HRESULT status = register_();
+    const bool failed = MiroltaAllocationHasFailed();
+    MiroltaFailAllocationAfter(-1);
+    if (!failed) {
+      EXPECT_EQ(status, S_OK);
+      break;
+    }
+    if (FAILED(status)) ++failures;
+    const Rows left = AllRows();
+    for (const auto& [key, text] : left) {
+      ASSERT_EQ(all.count(key), 1u) << key;
+      EXPECT_EQ(all.at(key), text) << key;
+    }
+    if (FAILED(status)) {
+      // Not less than a shorter run left: rows written before stay.
+      EXPECT_GE(left.size() + 40, most_left);
+      most_left = std::max(most_left, left.size());
+    }
+    ASSERT_EQ(unregister_(), S_OK);
+  }
+  EXPECT_GT(failures, 10);
+  EXPECT_GT(most_left, 100u);
+  EXPECT_EQ(AllRows(), all);
+}
+
+}  // namespace
+}  // namespace mirolta::test

@@ -1,0 +1,71 @@
+// What the tests of the runtime's system services share: a folder of their own, a registry of their
+// own, and short forms of 16-bit text.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "portable/runtime.h"
+
+namespace mirolta {
+
+// A folder that is gone after the test.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "mirolta-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) std::abort();
+    path_ = pattern;
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  std::string File(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+// Registry files of a test lie in its folder.
+class RegistryTest : public testing::Test {
+ protected:
+  RegistryTest() : file_(folder_.File("registry.reg")) {
+    setenv("MIROLTA_REGISTRY", file_.c_str(), 1);
+  }
+  ~RegistryTest() override { unsetenv("MIROLTA_REGISTRY"); }
+
+  TemporaryFolder folder_;
+  std::string file_;
+};
+
+inline std::string ReadFile(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+inline void WriteFile(const std::string& file, const std::string& text) {
+  std::ofstream(file, std::ios::binary) << text;
+}
+
+inline std::u16string Wide(const std::string& ascii) {
+  return std::u16string(ascii.begin(), ascii.end());
+}
+
+inline std::string Narrow(const std::u16string& wide) {
+  std::string text;
+  for (const char16_t c : wide) text += c < 0x80 ? static_cast<char>(c) : '?';
+  return text;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,101 @@
+// A module with one class, for the tests of resources and class objects. Its objects do nothing but
+// count themselves.
+#include "system_test_module.h"
+
+#include <new>
+
+#include "portable/module_resources.h"
+#include "portable/runtime.h"
+
+#define EXPORT extern "C" __attribute__((visibility("default")))
+
+namespace mirolta {
+namespace {
+
+LONG volatile g_count = 0;
+
+constexpr StringResource kStrings[] = {{100, u"Test module"}, {101, u""}, {65535, u"last"}};
+constexpr BYTE kBytes[] = {1, 2, 3};
+constexpr DataResource kData[] = {{u"REGISTRY", 7, kBytes, 3}, {u"OTHER", 7, kBytes, 2}};
+constexpr InterfaceTable kInterface = {&kTestInterface, u"ITest", u"A test", nullptr, 0};
+constexpr const InterfaceTable* kInterfaces[] = {&kInterface};
+constexpr ClassTableRow kClasses[] = {{&kTestClass, u"Test", u"A class", &kInterface}};
+constexpr TypeLibraryTable kLibrary = {
+    &kTestLibrary, u"TestLib", u"Test 1.18 Type Library", 1, 0x12, kInterfaces, 1, kClasses, 1};
+constexpr ModuleResources kResources = {kStrings, 3, kData, 2, &kLibrary};
+
+// Attached for as long as the module is loaded.
+struct Attachment {
+  Attachment() : handle(MiroltaAttachModule(&kResources)) {}
+  ~Attachment() { MiroltaDetachModule(handle); }
+  HINSTANCE handle;
+};
+const Attachment g_attachment;
+
+class Factory final : public IClassFactory {
+ public:
+  Factory() { InterlockedIncrement(&g_count); }
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = nullptr;
+    if (iid != IID_IUnknown && iid != IID_IClassFactory) return E_NOINTERFACE;
+    *out = this;
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override {
+    return static_cast<ULONG>(InterlockedIncrement(&references_));
+  }
+  ULONG STDMETHODCALLTYPE Release() override {
+    const LONG left = InterlockedDecrement(&references_);
+    if (left == 0) {
+      this->~Factory();
+      ::operator delete(this);
+      InterlockedDecrement(&g_count);
+    }
+    return static_cast<ULONG>(left);
+  }
+  // The factory's objects are factories, which is all that a count needs.
+  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** out) override {
+    *out = nullptr;
+    if (outer != nullptr) return CLASS_E_NOAGGREGATION;
+    Factory* made = new (std::nothrow) Factory;
+    if (made == nullptr) return E_OUTOFMEMORY;
+    const HRESULT status = made->QueryInterface(iid, out);
+    made->Release();
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
+    if (lock) {
+      InterlockedIncrement(&g_count);
+    } else {
+      InterlockedDecrement(&g_count);
+    }
+    return S_OK;
+  }
+
+ private:
+  ~Factory() = default;
+  LONG volatile references_ = 1;
+};
+
+}  // namespace
+}  // namespace mirolta
+
+EXPORT HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out) {
+  using namespace mirolta;
+  *out = nullptr;
+  if (id != kTestClass) return CLASS_E_CLASSNOTAVAILABLE;
+  Factory* factory = new (std::nothrow) Factory;
+  if (factory == nullptr) return E_OUTOFMEMORY;
+  const HRESULT status = factory->QueryInterface(iid, out);
+  factory->Release();
+  return status;
+}
+
+EXPORT HRESULT DllCanUnloadNow() {
+  return mirolta::g_count == 0 ? S_OK : S_FALSE;
+}
+
+EXPORT HINSTANCE TestModuleHandle() {
+  return mirolta::g_attachment.handle;
+}

@@ -1,0 +1,224 @@
+// Memory that runs out under RSACrypt, and what it leaves in memory it gives back.
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+#include "instance_creators.h"
+#include "memory_watch.h"
+#include "rsa_testing.h"
+#include "test_module.h"
+#include "test_values.h"
+
+namespace mirolta::test {
+namespace {
+
+using Put = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT);
+using Get = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT*);
+constexpr Get kGets[] = {&IRSACrypt::get_Modulus, &IRSACrypt::get_PublicExp,
+                         &IRSACrypt::get_SecretExp, &IRSACrypt::get_P, &IRSACrypt::get_Q};
+
+class RsaCryptMemoryTest : public PlannedTest {
+ protected:
+  void SetUp() override {
+    PlannedTest::SetUp();
+    SetErrorInfo(0, nullptr);
+    Create();
+    RsaKey key;
+    ASSERT_EQ(BuildRandomKey(key, 64, true), S_OK);
+    const BigInt* const numbers[] = {&key.n, &key.e, &key.d, &key.p, &key.q};
+    for (size_t i = 0; i < 5; ++i) {
+      key_bytes[i].resize(static_cast<size_t>(ByteLength(*numbers[i])));
+      ToBytes(key_bytes[i].data(), *numbers[i]);
+      key_values.push_back(BytesValue(key_bytes[i]));
+    }
+  }
+  void Create() {
+    ASSERT_EQ(CreateRSACrypt(nullptr, IID_IRSACrypt, reinterpret_cast<void**>(rsa.Put())), S_OK);
+  }
+  void Load() {
+    constexpr Put kPuts[] = {&IRSACrypt::put_Modulus, &IRSACrypt::put_PublicExp,
+                             &IRSACrypt::put_SecretExp, &IRSACrypt::put_P, &IRSACrypt::put_Q};
+    for (size_t i = 0; i < 5; ++i) {
+      if ((rsa.Get()->*kPuts[i])(key_values[i]) != S_OK) ADD_FAILURE();
+    }
+  }
+  bool KeyIsAsLoaded() {
+    for (size_t i = 0; i < 5; ++i) {
+      TestValue value;
+      if ((rsa.Get()->*kGets[i])(&value) != S_OK || BytesOfArray(value) != key_bytes[i]) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  // Runs a call with ever more allocations granted until it succeeds; every failure before leaves
+  // the key. Returns the number of failures.
+  int FailAtEach(const std::function<HRESULT(VARIANT*)>& call) {
+    for (int allowed = 0;; ++allowed) {
+      VARIANT out;
+      VariantInit(&out);
+      const long live = LiveAllocations();
+      HRESULT status = S_OK;
+      {
+        const FailAllocationsAfter fail(allowed);
+        status = call(&out);
+      }
+      if (status == S_OK) {
+        VariantClear(&out);
+        return allowed;
+      }
+      EXPECT_EQ(status, E_OUTOFMEMORY);
+      EXPECT_EQ(V_VT(&out), VT_EMPTY);
+      EXPECT_EQ(LiveAllocations(), live) << allowed;
+      EXPECT_TRUE(KeyIsAsLoaded()) << allowed;
+      if (status != E_OUTOFMEMORY || HasFailure()) return -1;
+    }
+  }
+
+  TestModule module;
+  OwnedReference<IRSACrypt> rsa;
+  Bytes key_bytes[5];  // n, e, d, p, q
+  std::vector<TestValue> key_values;
+};
+
+TEST_F(RsaCryptMemoryTest, FailuresLeaveTheKey) {
+  Load();
+  ASSERT_TRUE(KeyIsAsLoaded());
+  const TestValue data = BytesValue(Bytes(63, 0x35));
+  EXPECT_GE(FailAtEach([&](VARIANT* out) { return rsa->Encrypt(data, out); }), 3);
+  EXPECT_GE(FailAtEach([&](VARIANT* out) { return rsa->Decrypt(data, out); }), 3);
+  EXPECT_GE(FailAtEach([&](VARIANT* out) { return rsa->DecryptPQ(data, out); }), 10);
+  for (const Get get : kGets) {
+    EXPECT_GE(FailAtEach([&](VARIANT* out) { return (rsa.Get()->*get)(out); }), 1);
+  }
+  const TestValue longer = BytesValue(Bytes(200, 0x77));
+  EXPECT_GE(FailAtEach([&](VARIANT*) { return rsa->put_P(longer); }), 1);
+  Load();
+  EXPECT_GE(FailAtEach([&](VARIANT*) { return rsa->put_Q(longer); }), 2);
+}
+
+TEST_F(RsaCryptMemoryTest, RandomKeysNeedTheirMemory) {
+  Load();
+  ASSERT_TRUE(KeyIsAsLoaded());
+  EXPECT_GE(FailAtEach([&](VARIANT*) { return rsa->CreateRandKeys(16, VARIANT_TRUE); }), 10);
+  TestValue modulus;
+  ASSERT_EQ(rsa->get_Modulus(&modulus), S_OK);
+  EXPECT_EQ(BytesOfArray(modulus).size(), 16u);
+}
+
+// Callers are not told: the old key stays in place.
+TEST_F(RsaCryptMemoryTest, KeysFromNumbersFailInSilence) {
+  Load();
+  const TestValue first = NumberValue(1000000);
+  const TestValue second = NumberValue(2000000);
+  int silent = 0;
+  for (int allowed = 0; allowed < 1000; ++allowed) {
+    HRESULT status = S_OK;
+    {
+      const FailAllocationsAfter fail(allowed);
+      status = rsa->CreateKeys(first, second);
+    }
+    const bool kept = KeyIsAsLoaded();
+    if (status == S_OK && !kept) break;
+    EXPECT_TRUE(kept);
+    EXPECT_TRUE(status == S_OK || status == E_OUTOFMEMORY);
+    silent += status == S_OK ? 1 : 0;
+  }
+  EXPECT_GE(silent, 10);
+  TestValue p;
+  ASSERT_EQ(rsa->get_P(&p), S_OK);
+  EXPECT_EQ(BytesOfArray(p), (Bytes{0x0F, 0x42, 0x43}));
+}
+
+TEST_F(RsaCryptMemoryTest, CreationNeedsMemory) {
+  IRSACrypt* object = nullptr;
+  HRESULT status = S_OK;
+  {
+    const FailAllocationsAfter fail(0);
+    status = CreateRSACrypt(nullptr, IID_IRSACrypt, reinterpret_cast<void**>(&object));
+  }
+  EXPECT_EQ(status, E_OUTOFMEMORY);
+  EXPECT_EQ(object, nullptr);
+}
+
+// The bytes of a number as they stand in its words and, reversed, in byte strings.
+std::vector<Bytes> Patterns(const Bytes& number) {
+  Bytes high(number.begin(), number.begin() + 12);
+  Bytes low(high.rbegin(), high.rend());
+  return {high, low};
+}
+
+TEST_F(RsaCryptMemoryTest, SecretsAreWiped) {
+  Load();
+  Bytes message(64, 0);
+  for (size_t i = 1; i < 64; ++i) message[i] = static_cast<uint8_t>(i * 37 + 11);
+  const TestValue plain = BytesValue(message);
+  message.erase(message.begin());
+  TestValue encrypted;
+  ASSERT_EQ(rsa->Encrypt(plain, &encrypted), S_OK);
+
+  std::vector<Bytes> secrets;
+  for (const Bytes* number : {&key_bytes[2], &key_bytes[3], &key_bytes[4]}) {
+    for (Bytes& pattern : Patterns(*number)) secrets.push_back(pattern);
+  }
+  for (Bytes& pattern : Patterns(message)) secrets.push_back(pattern);
+  for (const Bytes& secret : secrets) {
+    // The values that members give are the caller's: they are not in this heap.
+    TestValue outputs[4];
+    const WatchFreedMemory watch(secret.data(), secret.size());
+    Load();
+    EXPECT_EQ(rsa->Encrypt(plain, &outputs[0]), S_OK);
+    EXPECT_EQ(rsa->Decrypt(encrypted, &outputs[1]), S_OK);
+    EXPECT_EQ(rsa->DecryptPQ(encrypted, &outputs[2]), S_OK);
+    EXPECT_EQ(rsa->get_SecretExp(&outputs[3]), S_OK);
+    EXPECT_EQ(rsa->put_P(key_values[4]), S_OK);
+    EXPECT_EQ(rsa->put_Q(key_values[3]), S_OK);
+    EXPECT_EQ(rsa->Reset(), S_OK);
+    Load();
+    // One Q seen, one not yet.
+    EXPECT_EQ(rsa->put_Q(key_values[4]), S_OK);
+    Create();
+    EXPECT_GT(watch.Freed(), 0);
+    EXPECT_EQ(watch.FreedWithSecret(), 0);
+  }
+}
+
+// The watch itself finds what is there to find.
+TEST_F(RsaCryptMemoryTest, TheWatchSees) {
+  const Bytes pattern = Patterns(key_bytes[2])[0];
+  const WatchFreedMemory watch(pattern.data(), pattern.size());
+  {
+    const Bytes copy(key_bytes[2]);
+    EXPECT_EQ(copy, key_bytes[2]);
+  }
+  EXPECT_EQ(watch.FreedWithSecret(), 1);
+}
+
+TEST_F(RsaCryptMemoryTest, KeysInTheMakingAreWiped) {
+  // The same numbers again make the same key, whose parts are known by then.
+  const auto make = [&] {
+    ticks = 0;
+    PlannedSource::generator.seed(77);
+    EXPECT_EQ(rsa->Reset(), S_OK);
+    EXPECT_EQ(rsa->CreateRandKeys(64, VARIANT_TRUE), S_OK);
+  };
+  make();
+  std::vector<Bytes> secrets;
+  for (const Get get : {kGets[2], kGets[3], kGets[4]}) {
+    TestValue value;
+    ASSERT_EQ((rsa.Get()->*get)(&value), S_OK);
+    for (Bytes& pattern : Patterns(BytesOfArray(value))) secrets.push_back(pattern);
+  }
+  for (const Bytes& secret : secrets) {
+    PlannedSource::Restart({});
+    const WatchFreedMemory watch(secret.data(), secret.size());
+    make();
+    EXPECT_EQ(rsa->Reset(), S_OK);
+    EXPECT_GT(watch.Freed(), 0);
+    EXPECT_EQ(watch.FreedWithSecret(), 0);
+  }
+}
+
+}  // namespace
+}  // namespace mirolta::test

@@ -1,0 +1,443 @@
+// RSACrypt through its interface's slots.
+#include <functional>
+#include <vector>
+
+#include "class_description.h"
+#include "fake_object.h"
+#include "loaded_module.h"
+#include "portable/test_hooks.h"
+
+namespace mirolta::test {
+namespace {
+
+constexpr HRESULT kMismatch = static_cast<HRESULT>(0x80020005);
+constexpr HRESULT kOverflow = static_cast<HRESULT>(0x8002000A);
+constexpr HRESULT kKeyNotSet = static_cast<HRESULT>(0x80042779);
+constexpr HRESULT kTooMuchData = static_cast<HRESULT>(0x8004277A);
+
+using Get = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT*);
+using Put = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT);
+using Transform = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT, VARIANT*);
+
+struct Field {
+  const char* name;
+  Get get;
+  Put put;
+};
+constexpr Field kFields[] = {
+    {"Modulus", &IRSACrypt::get_Modulus, &IRSACrypt::put_Modulus},
+    {"PublicExp", &IRSACrypt::get_PublicExp, &IRSACrypt::put_PublicExp},
+    {"SecretExp", &IRSACrypt::get_SecretExp, &IRSACrypt::put_SecretExp},
+    {"P", &IRSACrypt::get_P, &IRSACrypt::put_P},
+    {"Q", &IRSACrypt::get_Q, &IRSACrypt::put_Q},
+};
+constexpr Transform kTransforms[] = {&IRSACrypt::Encrypt, &IRSACrypt::Decrypt,
+                                     &IRSACrypt::DecryptPQ};
+
+std::string HexOfBytes(const Bytes& bytes) {
+  std::string text;
+  for (const uint8_t byte : bytes) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", byte);
+    text += digits;
+  }
+  return text;
+}
+
+TestValue HexText(const std::string& digits) {
+  TestValue value(VT_BSTR);
+  const Text wide(digits.begin(), digits.end());
+  value->bstrVal = SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+  return value;
+}
+
+class RsaCryptTest : public ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+    SetClassDescription(CLSID_RSACrypt, OLESTR("Vardeko RSACrypt Class"));
+    rsa = module.Create<IRSACrypt>(CLSID_RSACrypt, IID_IRSACrypt);
+    ASSERT_TRUE(rsa);
+  }
+  void TearDown() override {
+    rsa.Reset();
+    SetErrorInfo(0, nullptr);
+    EXPECT_EQ(MiroltaRegistryInMemory(FALSE), ERROR_SUCCESS);
+    ModuleTest::TearDown();
+  }
+
+  // The bytes of a field as hexadecimal digits.
+  std::string FieldOf(Get get) {
+    TestValue value;
+    EXPECT_EQ((rsa.Get()->*get)(&value), S_OK);
+    EXPECT_EQ(V_VT(&value), VT_ARRAY | VT_UI1);
+    return HexOfBytes(BytesOfArray(value));
+  }
+  std::string KeyText() {
+    std::string text;
+    for (const Field& field : kFields) text += FieldOf(field.get) + " ";
+    return text;
+  }
+  void Load(const std::string& n, const std::string& e, const std::string& d, const std::string& p,
+            const std::string& q) {
+    const std::string* const numbers[] = {&n, &e, &d, &p, &q};
+    for (size_t i = 0; i < 5; ++i) {
+      ASSERT_EQ((rsa.Get()->*kFields[i].put)(HexText(*numbers[i])), S_OK);
+    }
+  }
+  // p = 53, q = 61, n = 3233, e = 17, d = 2753
+  void LoadSmallKey() { Load("ca1", "11", "ac1", "35", "3d"); }
+
+  // What a transformation gives, or its status.
+  std::string Run(Transform transform, const VARIANT& data) {
+    TestValue out;
+    const HRESULT status = (rsa.Get()->*transform)(data, &out);
+    if (status == S_OK) {
+      EXPECT_EQ(V_VT(&out), VT_ARRAY | VT_UI1);
+      return HexOfBytes(BytesOfArray(out));
+    }
+    EXPECT_EQ(V_VT(&out), VT_EMPTY);
+    char text[16];
+    std::snprintf(text, sizeof text, "%08X", static_cast<unsigned>(status));
+    return text;
+  }
+  void ExpectError(const OLECHAR* description) {
+    OwnedReference<IErrorInfo> info;
+    ASSERT_EQ(GetErrorInfo(0, info.Put()), S_OK);
+    OwnedBstr text;
+    EXPECT_EQ(info->GetDescription(text.Put()), S_OK);
+    EXPECT_EQ(Text(text.Get()), description);
+    EXPECT_EQ(info->GetSource(text.Put()), S_OK);
+    EXPECT_EQ(Text(text.Get()), OLESTR("Vardeko RSACrypt Class"));
+  }
+  void ExpectNoError() {
+    OwnedReference<IErrorInfo> info;
+    EXPECT_EQ(GetErrorInfo(0, info.Put()), S_FALSE);
+  }
+
+  OwnedReference<IRSACrypt> rsa;
+};
+
+TEST_F(RsaCryptTest, IsEmptyAtFirst) {
+  EXPECT_EQ(KeyText(), "     ");
+  LONG size = 7;
+  EXPECT_EQ(rsa->get_BlockSize(&size), S_OK);
+  EXPECT_EQ(size, 0);
+}
+
+TEST_F(RsaCryptTest, FieldsAreStoredAsGiven) {
+  Load("0102", "3", "00ff", "aaa", "123456789abcdef01");
+  EXPECT_EQ(KeyText(), "0102 03 ff 0aaa 0123456789abcdef01 ");
+  for (const Field& field : kFields) {
+    EXPECT_EQ((rsa.Get()->*field.put)(BytesValue({0, 9, 8})), S_OK);
+    EXPECT_EQ(FieldOf(field.get), "0908") << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(NumberValue(65537)), S_OK);
+    EXPECT_EQ(FieldOf(field.get), "010001") << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(HexText("x1-F z")), S_OK);
+    EXPECT_EQ(FieldOf(field.get), "1f") << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(TestValue(VT_NULL)), S_OK);
+    EXPECT_EQ(FieldOf(field.get), "") << field.name;
+  }
+}
+
+TEST_F(RsaCryptTest, BadFieldsLeaveTheOld) {
+  Load("1", "2", "3", "4", "5");
+  for (const Field& field : kFields) {
+    EXPECT_EQ((rsa.Get()->*field.put)(TestValue(VT_BOOL)), kMismatch) << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(NumberValue(-1)), kOverflow) << field.name;
+    LONG number = 1;
+    EXPECT_EQ((rsa.Get()->*field.put)(ReferenceTo(VT_I4, &number)), kMismatch) << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(ObjectValue(nullptr)), E_FAIL) << field.name;
+  }
+  EXPECT_EQ(KeyText(), "01 02 03 04 05 ");
+  ExpectNoError();
+}
+
+TEST_F(RsaCryptTest, MissingPlacesComeFirst) {
+  for (const Field& field : kFields) EXPECT_EQ((rsa.Get()->*field.get)(nullptr), E_POINTER);
+  for (const Transform transform : kTransforms) {
+    EXPECT_EQ((rsa.Get()->*transform)(TestValue(VT_BOOL), nullptr), E_POINTER);
+  }
+  EXPECT_EQ(rsa->get_BlockSize(nullptr), E_POINTER);
+  ExpectNoError();
+}
+
+TEST_F(RsaCryptTest, CreatesKeysFromGivenNumbers) {
+  // 1000000 and 2000000 in hexadecimal; the larger one first.
+  ASSERT_EQ(rsa->CreateKeys(HexText("1e8480"), NumberValue(1000000)), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_P), "0f4243");
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Q), "1e8483");
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_PublicExp), "010001");
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Modulus), "01d1a9d37449");  // 1000003 * 2000003
+  const std::string message = "123456789a";
+  const std::string encrypted = Run(&IRSACrypt::Encrypt, HexText(message));
+  EXPECT_EQ(Run(&IRSACrypt::Decrypt, HexText(encrypted)), message);
+  EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, HexText(encrypted)), message);
+}
+
+TEST_F(RsaCryptTest, CreateKeysKeepsAPublicExponent) {
+  ASSERT_EQ(rsa->put_PublicExp(HexText("4")), S_OK);
+  ASSERT_EQ(rsa->CreateKeys(NumberValue(1000000), NumberValue(2000000)), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_PublicExp), "05");
+}
+
+TEST_F(RsaCryptTest, CreateKeysFailsForBadStartsOnly) {
+  Load("1", "2", "3", "4", "5");
+  EXPECT_EQ(rsa->CreateKeys(TestValue(VT_BOOL), NumberValue(-1)), kMismatch);
+  EXPECT_EQ(rsa->CreateKeys(NumberValue(-1), TestValue(VT_BOOL)), kOverflow);
+  EXPECT_EQ(rsa->CreateKeys(NumberValue(1), TestValue(VT_BOOL)), kMismatch);
+  EXPECT_EQ(KeyText(), "01 02 03 04 05 ");
+  ExpectNoError();
+  EXPECT_EQ(rsa->CreateKeys(TestValue(), TestValue(VT_NULL)), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_P), "04cd");
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Q), "04cd");
+}
+
+TEST_F(RsaCryptTest, CreatesRandomKeys) {
+  ASSERT_EQ(rsa->CreateRandKeys(32, VARIANT_TRUE), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Modulus).size(), 64u);
+  LONG size = 0;
+  EXPECT_EQ(rsa->get_BlockSize(&size), S_OK);
+  EXPECT_EQ(size, 31);
+  const std::string old = KeyText();
+  ASSERT_EQ(rsa->CreateRandKeys(32, 0), S_OK);
+  EXPECT_NE(KeyText(), old);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Modulus).size(), 66u);
+  EXPECT_EQ(rsa->get_BlockSize(&size), S_OK);
+  EXPECT_EQ(size, 32);
+  ASSERT_EQ(rsa->CreateRandKeys(33, 1), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Modulus).size(), 64u);
+  const std::string message(60, '7');
+  const std::string encrypted = Run(&IRSACrypt::Encrypt, HexText(message));
+  EXPECT_EQ(Run(&IRSACrypt::Decrypt, HexText(encrypted)), message);
+  EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, HexText(encrypted)), message);
+}
+
+TEST_F(RsaCryptTest, SizesThatAreNone) {
+  Load("1", "2", "3", "4", "5");
+  for (const LONG size : {0, -1, -2147483647 - 1}) {
+    EXPECT_EQ(rsa->CreateRandKeys(size, 0), E_INVALIDARG);
+    EXPECT_EQ(rsa->CreateRandKeys(size, VARIANT_TRUE), E_INVALIDARG);
+  }
+  EXPECT_EQ(rsa->CreateRandKeys(1, VARIANT_TRUE), E_INVALIDARG);
+  ExpectNoError();
+  EXPECT_EQ(KeyText(), "01 02 03 04 05 ");
+  EXPECT_EQ(rsa->CreateRandKeys(1, 0), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_P), "04cd");
+}
+
+TEST_F(RsaCryptTest, ResetClearsTheKey) {
+  Load("1", "2", "3", "4", "5");
+  EXPECT_EQ(rsa->Reset(), S_OK);
+  EXPECT_EQ(KeyText(), "     ");
+  // A Q that nobody has read yet goes as well.
+  ASSERT_EQ(rsa->put_Q(NumberValue(5)), S_OK);
+  EXPECT_EQ(rsa->Reset(), S_OK);
+  EXPECT_EQ(KeyText(), "     ");
+}
+
+TEST_F(RsaCryptTest, KeysMoveBetweenObjects) {
+  ASSERT_EQ(rsa->CreateRandKeys(16, VARIANT_TRUE), S_OK);
+  const std::string encrypted = Run(&IRSACrypt::Encrypt, HexText("1234"));
+  const OwnedReference<IRSACrypt> other =
+      module.Create<IRSACrypt>(CLSID_RSACryptFree, IID_IRSACrypt);
+  for (const Field& field : kFields) {
+    TestValue value;
+    ASSERT_EQ((rsa.Get()->*field.get)(&value), S_OK);
+    ASSERT_EQ((other.Get()->*field.put)(value), S_OK);
+  }
+  for (const Transform transform : {&IRSACrypt::Decrypt, &IRSACrypt::DecryptPQ}) {
+    TestValue out;
+    ASSERT_EQ((other.Get()->*transform)(HexText(encrypted), &out), S_OK);
+    EXPECT_EQ(BytesOfArray(out), (Bytes{0x12, 0x34}));
+  }
+}
+
+// Which numbers must be set: the others may all be zero.
+TEST_F(RsaCryptTest, IncompleteKeysAreReported) {
+  struct Case {
+    Transform transform;
+    unsigned needed;  // a bit for each of n, e, d, p, q
+  };
+  constexpr Case kCases[] = {{&IRSACrypt::Encrypt, 0b00011},
+                             {&IRSACrypt::Decrypt, 0b00011},
+                             {&IRSACrypt::DecryptPQ, 0b11110}};
+  const char* const numbers[] = {"ca1", "11", "ac1", "35", "3d"};
+  for (const Case& one : kCases) {
+    for (unsigned set = 0; set < 32; ++set) {
+      ASSERT_EQ(rsa->Reset(), S_OK);
+      for (unsigned i = 0; i < 5; ++i) {
+        if ((set >> i & 1) != 0) {
+          ASSERT_EQ((rsa.Get()->*kFields[i].put)(HexText(numbers[i])), S_OK);
+        }
+      }
+      const std::string result = Run(one.transform, NumberValue(5));
+      if ((set & one.needed) == one.needed) {
+        EXPECT_EQ(result.size(), result == "01" ? 2u : 4u) << set;
+        ExpectNoError();
+      } else {
+        EXPECT_EQ(result, "80042779") << set;
+        ExpectError(OLESTR("Key not set."));
+      }
+      // The key comes before the data.
+      const std::string bad = Run(one.transform, TestValue(VT_BOOL));
+      EXPECT_EQ(bad, (set & one.needed) == one.needed ? "80020005" : "80042779");
+      SetErrorInfo(0, nullptr);
+    }
+  }
+}
+
+TEST_F(RsaCryptTest, DataMustBeBelowTheModulus) {
+  LoadSmallKey();
+  EXPECT_EQ(Run(&IRSACrypt::Encrypt, HexText("ca0")), "0ca0");  // (-1)^17
+  ExpectNoError();
+  const std::string key = KeyText();
+  for (const char* const data : {"ca1", "ca2", "ffffffffffffffffffff"}) {
+    EXPECT_EQ(Run(&IRSACrypt::Encrypt, HexText(data)), "8004277A");
+    ExpectError(OLESTR("Too much data."));
+  }
+  EXPECT_EQ(KeyText(), key);
+}
+
+TEST_F(RsaCryptTest, DecryptReducesLargerData) {
+  LoadSmallKey();
+  EXPECT_EQ(Run(&IRSACrypt::Decrypt, HexText("ca1")), "");
+  EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, HexText("ca1")), "");
+  EXPECT_EQ(Run(&IRSACrypt::Decrypt, HexText("ca2")), "01");
+  EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, HexText("ca2")), "01");
+  ExpectNoError();
+}
+
+TEST_F(RsaCryptTest, ZeroIsDataToo) {
+  LoadSmallKey();
+  for (const Transform transform : kTransforms) {
+    EXPECT_EQ(Run(transform, NumberValue(0)), "");
+    EXPECT_EQ(Run(transform, TestValue()), "");
+    EXPECT_EQ(Run(transform, BytesValue({})), "");
+    EXPECT_EQ(Run(transform, HexText("")), "");
+  }
+}
+
+TEST_F(RsaCryptTest, SecretExponentZeroDecryptsToOne) {
+  LoadSmallKey();
+  ASSERT_EQ(rsa->put_SecretExp(NumberValue(0)), S_OK);
+  EXPECT_EQ(Run(&IRSACrypt::Decrypt, NumberValue(5)), "01");
+  EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, NumberValue(5)), "80042779");
+}
+
+TEST_F(RsaCryptTest, PrimesOfOneAreRefusedWithoutWords) {
+  LoadSmallKey();
+  for (const Put put : {&IRSACrypt::put_P, &IRSACrypt::put_Q}) {
+    LoadSmallKey();
+    ASSERT_EQ((rsa.Get()->*put)(NumberValue(1)), S_OK);
+    const std::string key = KeyText();
+    EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, NumberValue(5)), "80070057");
+    ExpectNoError();
+    EXPECT_EQ(KeyText(), key);
+  }
+}
+
+TEST_F(RsaCryptTest, BadDataIsRefusedWithoutWords) {
+  LoadSmallKey();
+  const std::string key = KeyText();
+  for (const Transform transform : kTransforms) {
+    EXPECT_EQ(Run(transform, TestValue(VT_BOOL)), "80020005");
+    EXPECT_EQ(Run(transform, NumberValue(-5)), "8002000A");
+    EXPECT_EQ(Run(transform, ObjectValue(nullptr)), "80004005");
+  }
+  ExpectNoError();
+  EXPECT_EQ(KeyText(), key);
+}
+
+TEST_F(RsaCryptTest, DataComesFromObjectsToo) {
+  LoadSmallKey();
+  FakeObject text(HexText("41"));
+  EXPECT_EQ(Run(&IRSACrypt::Encrypt, ObjectValue(&text)), "0ae6");  // 65^17 mod 3233 = 2790
+  // A number's default member is decimal text, here read as hexadecimal.
+  const OwnedReference<IPexBigNumber> number =
+      module.Create<IPexBigNumber>(CLSID_PexBigNumber, IID_IPexBigNumber);
+  ASSERT_EQ(number->put_Value(NumberValue(41)), S_OK);
+  EXPECT_EQ(Run(&IRSACrypt::Encrypt, ObjectValue(number.Get())), "0ae6");
+  ASSERT_EQ(rsa->put_Modulus(ObjectValue(number.Get())), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Modulus), "41");
+}
+
+// An object's default value may call in from the same thread while a member is at work.
+class CallsIn final : public IDispatch {
+ public:
+  explicit CallsIn(std::function<void()> call) : call_(std::move(call)) {}
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
+    *out = this;
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
+                                   EXCEPINFO*, UINT*) override {
+    call_();
+    V_VT(result) = VT_I4;
+    V_I4(result) = 5;
+    return S_OK;
+  }
+
+ private:
+  std::function<void()> call_;
+};
+
+TEST_F(RsaCryptTest, TheKeyMayGoWhileDataIsRead) {
+  CallsIn resets([&] { EXPECT_EQ(rsa->Reset(), S_OK); });
+  LoadSmallKey();
+  // Nothing is below a modulus of zero.
+  EXPECT_EQ(Run(&IRSACrypt::Encrypt, ObjectValue(&resets)), "8004277A");
+  SetErrorInfo(0, nullptr);
+  LoadSmallKey();
+  EXPECT_EQ(Run(&IRSACrypt::Decrypt, ObjectValue(&resets)), "80070057");
+  LoadSmallKey();
+  EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, ObjectValue(&resets)), "80070057");
+  LoadSmallKey();
+  ASSERT_EQ(rsa->put_P(ObjectValue(&resets)), S_OK);
+  EXPECT_EQ(KeyText(), "   05  ");
+  LoadSmallKey();
+  CallsIn puts([&] { EXPECT_EQ(rsa->put_Q(NumberValue(7)), S_OK); });
+  ASSERT_EQ(rsa->put_Q(ObjectValue(&puts)), S_OK);
+  EXPECT_EQ(FieldOf(&IRSACrypt::get_Q), "05");
+}
+
+TEST_F(RsaCryptTest, WithoutMemoryThereIsNoResult) {
+  LoadSmallKey();
+  const std::string key = KeyText();
+  const TestValue data = NumberValue(5);
+  const auto fails = [&](const std::function<HRESULT(VARIANT*)>& call) {
+    VARIANT out;
+    VariantInit(&out);
+    MiroltaFailAllocationAfter(0);
+    EXPECT_EQ(call(&out), E_OUTOFMEMORY);
+    EXPECT_TRUE(MiroltaAllocationHasFailed());
+    MiroltaFailAllocationAfter(-1);
+    EXPECT_EQ(V_VT(&out), VT_EMPTY);
+  };
+  for (const Transform transform : kTransforms) {
+    fails([&](VARIANT* out) { return (rsa.Get()->*transform)(data, out); });
+  }
+  for (const Field& field : kFields) {
+    fails([&](VARIANT* out) { return (rsa.Get()->*field.get)(out); });
+  }
+  ExpectNoError();
+  EXPECT_EQ(KeyText(), key);
+}
+
+TEST_F(RsaCryptTest, SupportsErrorInformation) {
+  OwnedReference<ISupportErrorInfo> support;
+  ASSERT_EQ(support.Query(rsa.Get(), IID_ISupportErrorInfo), S_OK);
+  EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IRSACrypt), S_OK);
+  EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IPexBigNumber), S_FALSE);
+}
+
+}  // namespace
+}  // namespace mirolta::test

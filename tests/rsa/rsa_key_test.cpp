@@ -1,0 +1,202 @@
+// Keys from given starting values, and the raw operations at their edges.
+#include "rsa_key.h"
+
+#include "rsa_testing.h"
+
+namespace mirolta::test {
+namespace {
+
+RsaKey Build(const BigInt& first, const BigInt& second, uint32_t e = 0) {
+  RsaKey key;
+  key.e = BigInt(e);
+  EXPECT_EQ(BuildKey(key, first, second), S_OK);
+  return key;
+}
+
+// The first prime of the form k * divisor + 1 that is large enough for the prime search.
+BigInt PrimeOver(uint32_t divisor, uint32_t first_k = 2000) {
+  for (uint32_t k = first_k;; ++k) {
+    Bn candidate(static_cast<unsigned long>(k) * divisor + 1);
+    if (IsPrime(candidate)) return candidate.Here();
+  }
+}
+
+TEST(RsaKeyTest, PrimesAreTheNextOnes) {
+  const RsaKey key = Build(BigInt(1000000), BigInt(2000000));
+  EXPECT_EQ(Hex(key.p), Hex(BigInt(1000003)));
+  EXPECT_EQ(Hex(key.q), Hex(BigInt(2000003)));
+  EXPECT_EQ(Hex(key.e), "10001");
+  ExpectKeyHolds(key);
+  // A starting value that is a prime already is taken.
+  EXPECT_EQ(Hex(Build(BigInt(1000003), BigInt(2000003)).n), Hex(key.n));
+}
+
+TEST(RsaKeyTest, TheSmallerPrimeIsP) {
+  const RsaKey key = Build(BigInt(2000000), BigInt(1000000));
+  EXPECT_EQ(Hex(key.p), Hex(BigInt(1000003)));
+  EXPECT_EQ(Hex(key.q), Hex(BigInt(2000003)));
+  ExpectKeyHolds(key);
+}
+
+TEST(RsaKeyTest, SmallStartsCanMeet) {
+  for (const uint32_t start : {0u, 1u, 2u, 3u, 1223u, 1224u, 1229u}) {
+    const RsaKey key = Build(BigInt(start), BigInt(0));
+    EXPECT_EQ(Hex(key.p), Hex(BigInt(1229)));
+    EXPECT_EQ(Hex(key.q), Hex(BigInt(1229)));
+    EXPECT_EQ(Hex(key.n), Hex(BigInt(1229 * 1229)));
+    ExpectKeyHolds(key);
+  }
+  EXPECT_EQ(Hex(Build(BigInt(1230), BigInt(0)).q), Hex(BigInt(1231)));
+}
+
+TEST(RsaKeyTest, KeepsAPublicExponentThatFits) {
+  // 1000003 - 1 = 2 * 3 * 166667, 2000003 - 1 = 2 * 101 * 9901
+  for (const uint32_t e : {1u, 5u, 11u, 17u, 257u, 65539u}) {
+    const RsaKey key = Build(BigInt(1000003), BigInt(2000003), e);
+    EXPECT_EQ(Hex(key.e), Hex(BigInt(e)));
+    ExpectKeyHolds(key);
+  }
+}
+
+TEST(RsaKeyTest, AdvancesAPublicExponentThatDoesNot) {
+  struct Case {
+    uint32_t given;
+    uint32_t used;
+  };
+  for (const Case& one : {Case{3, 5}, Case{101, 103}, Case{99, 103}, Case{9901, 9905},
+                          Case{166667, 166669}, Case{2, 5}, Case{4, 5}, Case{16, 17}, Case{8, 11},
+                          Case{65536, 65537}, Case{4294967295u, 0}}) {
+    const RsaKey key = Build(BigInt(1000003), BigInt(2000003), one.given);
+    if (one.used != 0) {
+      EXPECT_EQ(Hex(key.e), Hex(BigInt(one.used))) << one.given;
+    } else {
+      // 2^32 - 1 = 3 * 5 * 17 * 257 * 65537, and it goes on beyond the word.
+      EXPECT_EQ(Hex(key.e), "100000001");
+    }
+    ExpectKeyHolds(key);
+  }
+}
+
+TEST(RsaKeyTest, AdvancesTheUsualExponentForEitherPrime) {
+  const BigInt awkward = PrimeOver(65537);
+  const BigInt other(1000003);
+  ASSERT_TRUE((awkward - BigInt(1)) % BigInt(65537) == BigInt(0));
+  for (const bool first : {true, false}) {
+    const RsaKey key = first ? Build(awkward, other) : Build(other, awkward);
+    EXPECT_EQ(Hex(key.e), Hex(BigInt(65539)));
+    ExpectKeyHolds(key);
+  }
+  // Both in the way, one after the other.
+  const BigInt next_awkward = PrimeOver(65539);
+  const RsaKey key = Build(awkward, next_awkward);
+  EXPECT_EQ(Hex(key.e), Hex(BigInt(65541)));
+  ExpectKeyHolds(key);
+}
+
+TEST(RsaKeyTest, ResetClearsAllFive) {
+  RsaKey key = Build(BigInt(1000003), BigInt(2000003));
+  key.Reset();
+  EXPECT_EQ(TextOf(key), "0 0 0 0 0");
+}
+
+TEST(RsaKeyTest, RawOperationsOfASmallKey) {
+  // p = 61, q = 53 are below what the prime search finds, but a key may be loaded.
+  const RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+  for (uint32_t m = 0; m < 3233; ++m) {
+    BigInt c, back, by_primes;
+    ASSERT_EQ(RsaEncrypt(c, key, BigInt(m)), S_OK);
+    ASSERT_EQ(RsaDecrypt(back, key, c), S_OK);
+    ASSERT_EQ(RsaDecryptWithPrimes(by_primes, key, c), S_OK);
+    ASSERT_TRUE(back == BigInt(m)) << m;
+    ASSERT_TRUE(by_primes == BigInt(m)) << m;
+  }
+}
+
+TEST(RsaKeyTest, LargerDataIsReduced) {
+  const RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+  for (uint32_t c = 0; c < 50; ++c) {
+    BigInt small, large;
+    ASSERT_EQ(RsaDecrypt(small, key, BigInt(c)), S_OK);
+    ASSERT_EQ(RsaDecrypt(large, key, BigInt(c + 3233 * 77)), S_OK);
+    EXPECT_TRUE(small == large);
+    ASSERT_EQ(RsaDecryptWithPrimes(large, key, BigInt(c + 3233 * 77)), S_OK);
+    EXPECT_TRUE(small == large);
+  }
+}
+
+TEST(RsaKeyTest, SecretExponentZeroGivesOne) {
+  BigInt r(9);
+  EXPECT_EQ(RsaDecrypt(r, KeyOf(BigInt(3233), BigInt(17), BigInt(), BigInt(), BigInt()), BigInt(5)),
+            S_OK);
+  EXPECT_EQ(Hex(r), "1");
+  EXPECT_EQ(RsaDecrypt(r, KeyOf(BigInt(1), BigInt(17), BigInt(), BigInt(), BigInt()), BigInt(5)),
+            S_OK);
+  EXPECT_EQ(Hex(r), "0");
+}
+
+TEST(RsaKeyTest, AModulusOfZeroFails) {
+  const RsaKey key = KeyOf(BigInt(), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+  BigInt r(9);
+  EXPECT_EQ(RsaEncrypt(r, key, BigInt(5)), E_INVALIDARG);
+  EXPECT_EQ(RsaDecrypt(r, key, BigInt(5)), E_INVALIDARG);
+  EXPECT_EQ(Hex(r), "9");
+  // The primes do not need it.
+  EXPECT_EQ(RsaDecryptWithPrimes(r, key, BigInt(855)), S_OK);
+  EXPECT_EQ(Hex(r), Hex(Power(Bn(855), Bn(2753), Bn(3233)).Here()));
+}
+
+TEST(RsaKeyTest, PrimesOfZeroAndOneFail) {
+  const BigInt small[] = {BigInt(0), BigInt(1)};
+  for (const BigInt& one : small) {
+    for (const BigInt& other : {BigInt(0), BigInt(1), BigInt(61)}) {
+      for (const bool first : {true, false}) {
+        const RsaKey key =
+            KeyOf(BigInt(3233), BigInt(17), first ? one : other, first ? other : one, BigInt(2753));
+        BigInt r(9);
+        EXPECT_EQ(RsaDecryptWithPrimes(r, key, BigInt(5)), E_INVALIDARG)
+            << Hex(key.p) << " " << Hex(key.q);
+        EXPECT_EQ(Hex(r), "9");
+      }
+    }
+  }
+}
+
+// Numbers that are no key at all: every call ends.
+TEST(RsaKeyTest, SenselessKeysEnd) {
+  for (uint32_t p = 2; p < 20; ++p) {
+    for (uint32_t q = 2; q < 20; ++q) {
+      for (uint32_t e = 1; e < 6; ++e) {
+        const RsaKey key = KeyOf(BigInt(p * q), BigInt(e), BigInt(p), BigInt(q), BigInt(3));
+        BigInt r;
+        const HRESULT status = RsaDecryptWithPrimes(r, key, BigInt(p + q));
+        EXPECT_TRUE(status == S_OK || status == E_INVALIDARG);
+      }
+    }
+  }
+}
+
+TEST(RsaKeyTest, BlockSizes) {
+  EXPECT_EQ(BlockSize(BigInt(0)), 0);
+  EXPECT_EQ(BlockSize(BigInt(1)), 0);
+  EXPECT_EQ(BlockSize(BigInt(127)), 0);
+  EXPECT_EQ(BlockSize(BigInt(128)), 0);
+  EXPECT_EQ(BlockSize(BigInt(255)), 0);
+  EXPECT_EQ(BlockSize(BigInt(256)), 1);
+  EXPECT_EQ(BlockSize(BigInt(65535)), 1);
+  EXPECT_EQ(BlockSize(BigInt(65536)), 2);
+  EXPECT_EQ(BlockSize(FromHex("8" + std::string(63, '0'))), 31);
+  EXPECT_EQ(BlockSize(FromHex(std::string(64, 'f'))), 31);
+  EXPECT_EQ(BlockSize(FromHex("1" + std::string(64, '0'))), 32);
+  // The largest number of so many bytes is below the modulus; one byte more need not be.
+  for (uint32_t bits = 1; bits < 100; ++bits) {
+    const BigInt least =
+        FromHex(std::string(1, "1248"[(bits - 1) % 4]) + std::string((bits - 1) / 4, '0'));
+    ASSERT_EQ(least.bitLength(), bits);
+    const size_t bytes = static_cast<size_t>(BlockSize(least));
+    EXPECT_TRUE(FromHex(std::string(2 * bytes, 'f')) < least);
+    EXPECT_FALSE(FromHex(std::string(2 * bytes + 2, 'f')) < least);
+  }
+}
+
+}  // namespace
+}  // namespace mirolta::test

@@ -1,0 +1,97 @@
+# Runs the examples that work on streams, as a user does, in the empty folder SCRATCH.
+#   HOST      the script host
+#   EXAMPLES  their folder
+file(REMOVE_RECURSE ${SCRATCH})
+file(MAKE_DIRECTORY ${SCRATCH})
+
+# run(EXAMPLE STATUS OUTPUT ARGUMENTS...): the exit status and the whole standard output.
+function(run example status output)
+  execute_process(COMMAND ${HOST} ${EXAMPLES}/${example} ${ARGN} WORKING_DIRECTORY ${SCRATCH}
+    RESULT_VARIABLE got_status OUTPUT_VARIABLE got_output ERROR_VARIABLE got_errors)
+  if(NOT got_status STREQUAL status OR NOT got_output STREQUAL output)
+    message(FATAL_ERROR "${example} ${ARGN}: status ${got_status}\n${got_output}${got_errors}")
+  endif()
+  set(errors "${got_errors}" PARENT_SCOPE)
+endfunction()
+
+function(expect_same a b)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${SCRATCH}/${a} ${SCRATCH}/${b}
+    RESULT_VARIABLE differs)
+  if(differs)
+    message(FATAL_ERROR "${a} and ${b} differ")
+  endif()
+endfunction()
+
+function(expect_size name size)
+  file(SIZE ${SCRATCH}/${name} got)
+  if(NOT got EQUAL size)
+    message(FATAL_ERROR "${name} has ${got} bytes, not ${size}")
+  endif()
+endfunction()
+
+set(aes 000102030405060708090a0b0c0d0e0f)
+set(des 0123456789ABCDEF0011223344556677)
+foreach(size 0 1 15 16 17 1023 1024 1025 1048579)
+  # Seven characters: no two blocks are the same for a while.
+  math(EXPR repeats "${size} / 7 + 1")
+  string(REPEAT "abcdefg" ${repeats} text)
+  string(SUBSTRING "${text}" 0 ${size} text)
+  file(WRITE ${SCRATCH}/plain "${text}")
+
+  file(MD5 ${SCRATCH}/plain md5)
+  file(SHA1 ${SCRATCH}/plain sha1)
+  file(SHA256 ${SCRATCH}/plain sha256)
+  run(digest-while-copy.js 0 "${md5}  plain\n${sha1}  plain\n${sha256}  plain\n" plain copy)
+  expect_same(plain copy)
+  run(tee-digest.js 0 "${sha1}  one\n${sha1}  two\n" SHA1 plain one two)
+  expect_same(plain one)
+  expect_same(plain two)
+
+  foreach(algorithm AES DES)
+    string(TOLOWER ${algorithm} key)
+    run(crypt-stream.js 0 "${size}\n" encrypt ${algorithm} ${${key}} plain cipher)
+    if(algorithm STREQUAL AES)
+      set(block 16)
+    else()
+      set(block 8)
+    endif()
+    math(EXPR padded "(${size} + ${block} - 1) / ${block} * ${block}")
+    expect_size(cipher ${padded})
+    run(crypt-stream.js 0 "" decrypt ${algorithm} ${${key}} cipher back)
+    expect_size(back ${padded})
+    run(crypt-stream.js 0 "" decrypt ${algorithm} ${${key}} cipher back --length ${size})
+    expect_same(plain back)
+  endforeach()
+endforeach()
+
+# What users get wrong. A refused request leaves the output as it was.
+function(expect_error example pattern)
+  file(WRITE ${SCRATCH}/kept "kept")
+  run(${example} 1 "" ${ARGN})
+  if(NOT errors MATCHES "${pattern}")
+    message(FATAL_ERROR "${example} ${ARGN}: standard error is not like ${pattern}:\n${errors}")
+  endif()
+  expect_size(kept 4)
+endfunction()
+file(WRITE ${SCRATCH}/odd "seventeen letters")
+expect_error(digest-while-copy.js "missing: File not found" missing kept)
+expect_error(tee-digest.js "Algorithm not found" sha1 plain kept)
+expect_error(tee-digest.js "is both input and output" SHA1 kept kept)
+expect_error(crypt-stream.js "takes no key of 5 bytes" encrypt AES 0011223344 plain kept)
+expect_error(crypt-stream.js "not hexadecimal" encrypt AES xyz plain kept)
+expect_error(crypt-stream.js "missing: File not found" encrypt AES ${aes} missing kept)
+expect_error(crypt-stream.js "is both input and output" encrypt AES ${aes} kept kept)
+run(crypt-stream.js 1 "" decrypt AES ${aes} odd other)
+if(NOT errors MATCHES "not a multiple of 16 bytes")
+  message(FATAL_ERROR "${errors}")
+endif()
+run(digest-while-copy.js 2 "" plain plain)
+
+# Without arguments each says what it is for.
+foreach(example digest-while-copy.js tee-digest.js crypt-stream.js)
+  execute_process(COMMAND ${HOST} ${EXAMPLES}/${example} RESULT_VARIABLE status
+    OUTPUT_VARIABLE output)
+  if(NOT status EQUAL 2 OR NOT output MATCHES "^Usage: ${example} ")
+    message(FATAL_ERROR "${example}: status ${status}\n${output}")
+  endif()
+endforeach()

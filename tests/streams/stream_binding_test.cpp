@@ -1,0 +1,423 @@
+// What both filters share: binding, pass-through, identity, lifetime.
+#include "stream_binding.h"
+
+#include "stream_test_kit.h"
+
+namespace mirolta::stream_test {
+namespace {
+
+template <typename Dual>
+class StreamBindingTest : public testing::Test {
+ protected:
+  HRESULT Get(IUnknown** out) { return filter->get_Stream(out); }
+  // Moves by 0 from the current position: what a filter always answers.
+  HRESULT Ask(ULARGE_INTEGER* position) {
+    return filter.Stream()->Seek(Move(0), STREAM_SEEK_CUR, position);
+  }
+
+  ScriptedStream target{Pattern(100)};  // outlives the filter
+  Filter<Dual> filter;
+};
+using Duals = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
+TYPED_TEST_SUITE(StreamBindingTest, Duals);
+
+TYPED_TEST(StreamBindingTest, ANewFilterHasNoStream) {
+  IUnknown* out = &this->target;
+  EXPECT_EQ(this->Get(&out), kNoStream);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(this->filter->get_Stream(nullptr), E_POINTER);
+}
+
+TYPED_TEST(StreamBindingTest, TheStreamReadsBackAsTheObjectGiven) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(this->target.references, 3);
+  IUnknown* out = nullptr;
+  EXPECT_EQ(this->Get(&out), S_OK);
+  EXPECT_EQ(out, static_cast<IUnknown*>(&this->target));
+  EXPECT_EQ(this->target.references, 4);
+  out->Release();
+}
+
+TYPED_TEST(StreamBindingTest, ASourceBindsItsStreamButReadsBackAsItself) {
+  ScriptedSource source;
+  source.stream = &this->target;
+  EXPECT_EQ(this->filter->putref_Stream(&source), S_OK);
+  EXPECT_EQ(source.references, 2);
+  EXPECT_EQ(this->target.references, 2);
+  IUnknown* out = nullptr;
+  EXPECT_EQ(this->Get(&out), S_OK);
+  EXPECT_EQ(out, static_cast<IUnknown*>(&source));
+  out->Release();
+  EXPECT_EQ(this->filter.Stream()->Commit(5), S_OK);
+  EXPECT_EQ(this->target.passed, std::vector<std::string>{"Commit 5 0 0"});
+  // Leave nothing bound that ends before the filter.
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(source.references, 1);
+}
+
+TYPED_TEST(StreamBindingTest, ASourceThatFailsLeavesTheFilterUnbound) {
+  ScriptedSource source;
+  source.stream = &this->target;
+  source.status = E_ACCESSDENIED;
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(this->filter->putref_Stream(&source), kNoStreamInterface);
+  EXPECT_EQ(source.references, 1);
+  EXPECT_EQ(this->target.references, 1);
+  IUnknown* out = nullptr;
+  EXPECT_EQ(this->Get(&out), kNoStream);
+}
+
+TYPED_TEST(StreamBindingTest, ASourceThatHandsOutNothingIsBoundWithoutAStream) {
+  ScriptedSource source;
+  EXPECT_EQ(this->filter->putref_Stream(&source), S_OK);
+  IUnknown* out = nullptr;
+  EXPECT_EQ(this->Get(&out), S_OK);
+  EXPECT_EQ(out, static_cast<IUnknown*>(&source));
+  out->Release();
+  EXPECT_EQ(this->filter.Stream()->Commit(0), STG_E_REVERTED);
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, AnObjectWithoutStreamGivesUpTheOldOneToo) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  ScriptedStream other;
+  other.is_stream = false;
+  EXPECT_EQ(this->filter->putref_Stream(&other), kNoStreamInterface);
+  EXPECT_EQ(this->target.references, 1);
+  EXPECT_EQ(other.references, 1);
+  IUnknown* out = nullptr;
+  EXPECT_EQ(this->Get(&out), kNoStream);
+  EXPECT_EQ(this->filter.Stream()->Revert(), STG_E_REVERTED);
+}
+
+TYPED_TEST(StreamBindingTest, ANullObjectIsRefusedAndTheBindingStays) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(this->filter->putref_Stream(nullptr), E_POINTER);
+  EXPECT_EQ(this->target.references, 3);
+  EXPECT_EQ(this->filter.Stream()->Revert(), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, BindingAgainReleasesTheOldStream) {
+  ScriptedStream other;
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(this->filter->putref_Stream(&other), S_OK);
+  EXPECT_EQ(this->target.references, 1);
+  EXPECT_EQ(other.references, 3);
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(other.references, 1);
+}
+
+TYPED_TEST(StreamBindingTest, AFilterThatEndsReleasesBothReferences) {
+  ScriptedSource source;
+  source.stream = &this->target;
+  {
+    Filter<TypeParam> ending(&source);
+    EXPECT_EQ(source.references, 2);
+    EXPECT_EQ(this->target.references, 2);
+  }
+  EXPECT_EQ(source.references, 1);
+  EXPECT_EQ(this->target.references, 1);
+}
+
+TYPED_TEST(StreamBindingTest, SeekingForbiddenStartsAsOneAndIsKeptAsGiven) {
+  VARIANT_BOOL value = 0;
+  EXPECT_EQ(this->filter->get_SeekingForbidden(&value), S_OK);
+  EXPECT_EQ(value, 1);
+  for (const VARIANT_BOOL given : {VARIANT_TRUE, VARIANT_BOOL{0}, VARIANT_BOOL{77}}) {
+    EXPECT_EQ(this->filter->put_SeekingForbidden(given), S_OK);
+    EXPECT_EQ(this->filter->get_SeekingForbidden(&value), S_OK);
+    EXPECT_EQ(value, given);
+  }
+  EXPECT_EQ(this->filter->get_SeekingForbidden(nullptr), E_POINTER);
+}
+
+TYPED_TEST(StreamBindingTest, CodePageStartsAsZeroAndIsKeptUnchecked) {
+  LONG value = -7;
+  EXPECT_EQ(this->filter->get_codePage(&value), S_OK);
+  EXPECT_EQ(value, 0);
+  for (const LONG given : {-1, 65001, 0x7FFFFFFF, -2147483647 - 1}) {
+    EXPECT_EQ(this->filter->put_codePage(given), S_OK);
+    EXPECT_EQ(this->filter->get_codePage(&value), S_OK);
+    EXPECT_EQ(value, given);
+  }
+  EXPECT_EQ(this->filter->get_codePage(nullptr), E_POINTER);
+}
+
+TYPED_TEST(StreamBindingTest, SeekOnlyReportsThePositionWhileItIsForbidden) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->target.position = 42;
+  IStream* const stream = this->filter.Stream();
+  ULARGE_INTEGER position = Large(kUntouchedTotal);
+  EXPECT_EQ(stream->Seek(Move(0), STREAM_SEEK_SET, &position), E_UNEXPECTED);
+  EXPECT_EQ(stream->Seek(Move(0), STREAM_SEEK_END, &position), E_UNEXPECTED);
+  EXPECT_EQ(stream->Seek(Move(1), STREAM_SEEK_CUR, &position), E_UNEXPECTED);
+  EXPECT_EQ(stream->Seek(Move(LONGLONG{1} << 32), STREAM_SEEK_CUR, &position), E_UNEXPECTED);
+  EXPECT_EQ(position.QuadPart, kUntouchedTotal);
+  EXPECT_TRUE(this->target.passed.empty());
+  EXPECT_EQ(this->Ask(&position), S_OK);
+  EXPECT_EQ(position.QuadPart, 42u);
+  EXPECT_EQ(stream->Seek(Move(0), STREAM_SEEK_CUR, nullptr), S_OK);
+  EXPECT_EQ(this->target.passed.size(), 2u);
+}
+
+TYPED_TEST(StreamBindingTest, AnyValueButZeroForbidsSeeking) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  for (const VARIANT_BOOL value : {VARIANT_TRUE, VARIANT_BOOL{1}, VARIANT_BOOL{2}}) {
+    EXPECT_EQ(this->filter->put_SeekingForbidden(value), S_OK);
+    EXPECT_EQ(this->filter.Stream()->Seek(Move(0), STREAM_SEEK_SET, nullptr), E_UNEXPECTED);
+  }
+}
+
+TYPED_TEST(StreamBindingTest, SeekIsForwardedUnchangedOnceItIsAllowed) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(this->filter->put_SeekingForbidden(VARIANT_FALSE), S_OK);
+  this->target.pass_status = STG_E_SEEKERROR;
+  EXPECT_EQ(this->filter.Stream()->Seek(Move(9), STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
+  EXPECT_EQ(this->target.passed, std::vector<std::string>{"Seek 9 2 0"});
+}
+
+// Calls every operation that only forwards.
+template <typename Check>
+void PassThrough(IStream* stream, Check check) {
+  STATSTG statistics = {};
+  check("Seek 0 1 0", stream->Seek(Move(0), STREAM_SEEK_CUR, nullptr));
+  check("SetSize 12884901889 0 0", stream->SetSize(Large(0x300000001u)));
+  check("Commit 3 0 0", stream->Commit(3));
+  check("Revert 0 0 0", stream->Revert());
+  check("LockRegion 4294967297 8589934594 3",
+        stream->LockRegion(Large(0x100000001u), Large(0x200000002u), 3));
+  check("UnlockRegion 4294967300 8589934597 6",
+        stream->UnlockRegion(Large(0x100000004u), Large(0x200000005u), 6));
+  check("Stat 1 0 0", stream->Stat(&statistics, STATFLAG_NONAME));
+}
+
+TYPED_TEST(StreamBindingTest, OperationsWithoutDataAreForwardedWithTheirStatus) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  for (const HRESULT status : {S_OK, S_FALSE, STG_E_MEDIUMFULL}) {
+    this->target.pass_status = status;
+    PassThrough(this->filter.Stream(), [&](const char* call, HRESULT result) {
+      EXPECT_EQ(result, status) << call;
+      ASSERT_FALSE(this->target.passed.empty());
+      EXPECT_EQ(this->target.passed.back(), call);
+    });
+  }
+}
+
+TYPED_TEST(StreamBindingTest, OperationsWithoutDataNeedAStream) {
+  PassThrough(this->filter.Stream(),
+              [&](const char* call, HRESULT result) { EXPECT_EQ(result, STG_E_REVERTED) << call; });
+  // Not even a seek that would be refused gets further.
+  EXPECT_EQ(this->filter.Stream()->Seek(Move(5), STREAM_SEEK_SET, nullptr), STG_E_REVERTED);
+}
+
+TYPED_TEST(StreamBindingTest, StatReportsTheTargetsSize) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  STATSTG statistics = {};
+  EXPECT_EQ(this->filter.Stream()->Stat(&statistics, STATFLAG_NONAME), S_OK);
+  EXPECT_EQ(statistics.cbSize.QuadPart, 100u);
+}
+
+TYPED_TEST(StreamBindingTest, CloneIsNeverOffered) {
+  IStream* out = nullptr;
+  EXPECT_EQ(this->filter.Stream()->Clone(&out), E_NOTIMPL);
+  EXPECT_EQ(this->filter.Stream()->Clone(nullptr), E_NOTIMPL);
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(this->filter.Stream()->Clone(&out), E_NOTIMPL);
+  EXPECT_TRUE(this->target.passed.empty());
+}
+
+// All ways into a filter's stream operations, which a chain may lead back to.
+template <typename Dual>
+void ExpectRefusal(const Filter<Dual>& filter) {
+  uint8_t bytes[4] = {};
+  IStream* const stream = filter.Stream();
+  ScriptedStream other;
+  EXPECT_EQ(stream->Read(bytes, 4, nullptr), E_UNEXPECTED);
+  EXPECT_EQ(stream->Write(bytes, 4, nullptr), E_UNEXPECTED);
+  EXPECT_EQ(stream->CopyTo(&other, Large(4), nullptr, nullptr), E_UNEXPECTED);
+  PassThrough(stream,
+              [](const char* call, HRESULT result) { EXPECT_EQ(result, E_UNEXPECTED) << call; });
+  // What needs no stream goes on.
+  EXPECT_EQ(stream->Read(nullptr, 4, nullptr), E_POINTER);
+  EXPECT_EQ(stream->Write(nullptr, 4, nullptr), E_POINTER);
+  EXPECT_EQ(stream->Clone(nullptr), E_NOTIMPL);
+  LONG code_page = 0;
+  EXPECT_EQ(filter->get_codePage(&code_page), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, AStreamOperationInsideAnotherIsRefused) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  int calls = 0;
+  const auto come_back = [&] {
+    ++calls;
+    ExpectRefusal(this->filter);
+  };
+  this->target.on_read = come_back;
+  this->target.on_write = come_back;
+  this->target.on_pass = come_back;
+  IStream* const stream = this->filter.Stream();
+  ScriptedStream other;
+  uint8_t bytes[4] = {};
+  EXPECT_EQ(stream->Read(bytes, 4, nullptr), S_OK);
+  EXPECT_EQ(stream->Write(bytes, 4, nullptr), S_OK);
+  EXPECT_EQ(stream->CopyTo(&other, Large(4), nullptr, nullptr), S_OK);
+  PassThrough(stream, [](const char* call, HRESULT result) { EXPECT_EQ(result, S_OK) << call; });
+  EXPECT_EQ(calls, 3 + 7);
+  // And each has left the way open for the next.
+  this->target.on_read = nullptr;
+  EXPECT_EQ(stream->Read(bytes, 4, nullptr), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, AFilterBoundToItselfRefusesInsteadOfGoingRound) {
+  EXPECT_EQ(this->filter->putref_Stream(this->filter.Stream()), S_OK);
+  uint8_t bytes[4] = {};
+  ULONG got = kUntouched;
+  EXPECT_EQ(this->filter.Stream()->Read(bytes, 4, &got), E_UNEXPECTED);
+  EXPECT_EQ(got, 0u);
+  EXPECT_EQ(this->filter.Stream()->Write(bytes, 4, nullptr), E_UNEXPECTED);
+  EXPECT_EQ(this->filter.Stream()->Commit(0), E_UNEXPECTED);
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, ARingOfTwoFiltersRefusesInsteadOfGoingRound) {
+  Filter<TypeParam> other(this->filter.Stream());
+  EXPECT_EQ(this->filter->putref_Stream(other.Stream()), S_OK);
+  uint8_t bytes[4] = {};
+  EXPECT_EQ(this->filter.Stream()->Read(bytes, 4, nullptr), E_UNEXPECTED);
+  EXPECT_EQ(other.Stream()->Write(bytes, 4, nullptr), E_UNEXPECTED);
+  EXPECT_EQ(other.Stream()->Revert(), E_UNEXPECTED);
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, ATargetThatRebindsTheFilterLivesUntilItsCallEnds) {
+  ScriptedStream other;
+  LONG references_inside = 0;
+  this->target.on_read = [&] {
+    EXPECT_EQ(this->filter->putref_Stream(&other), S_OK);
+    references_inside = this->target.references;
+  };
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(ReadOnce(this->filter.Stream(), 7), Slice(this->target.content, 0, 7));
+  EXPECT_EQ(references_inside, 2);
+  EXPECT_EQ(this->target.references, 1);
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, CountsOfATargetThatReportsTooMuchAreCutToTheRequest) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->target.excess_report = 1000;
+  uint8_t bytes[8] = {};
+  ULONG got = 0;
+  EXPECT_EQ(this->filter.Stream()->Read(bytes, 8, &got), S_OK);
+  EXPECT_EQ(got, 8u);
+  ULARGE_INTEGER read = Large(0);
+  ScriptedStream sink;
+  EXPECT_EQ(this->filter.Stream()->CopyTo(&sink, Large(8), &read, nullptr), S_OK);
+  EXPECT_EQ(read.QuadPart, 8u);
+}
+
+TEST(StreamCountsTest, ADigestTrustsNoCountOfWrittenBytesAboveTheRequest) {
+  ScriptedStream target;
+  target.excess_report = 1000;
+  const DigestFilter filter(&target);
+  EXPECT_EQ(filter->put_WriteAlgorithm(Text(OLESTR("MD5")).Get()), S_OK);
+  ULONG written = 0;
+  EXPECT_EQ(WriteAll(filter.Stream(), FromText("abc"), &written), S_OK);
+  EXPECT_EQ(written, 3u);
+  OwnedBstr value;
+  EXPECT_EQ(filter->get_WriteValue(value.Put()), S_OK);
+  EXPECT_EQ(Narrow(value.Get()), PeerDigest("MD5", FromText("abc")));
+}
+
+TYPED_TEST(StreamBindingTest, InterfacesAndIdentity) {
+  OwnedReference<IUnknown> unknown;
+  EXPECT_EQ(unknown.Query(this->filter.Stream(), IID_IUnknown), S_OK);
+  for (const IID& iid : {IID_IStream, IID_ISequentialStream}) {
+    OwnedReference<IUnknown> stream;
+    EXPECT_EQ(stream.Query(unknown.Get(), iid), S_OK);
+    EXPECT_EQ(stream.Get(), unknown.Get());
+  }
+  OwnedReference<IDispatch> dispatch;
+  OwnedReference<TypeParam> dual;
+  EXPECT_EQ(dispatch.Query(this->filter.Stream(), IID_IDispatch), S_OK);
+  EXPECT_EQ(dual.Query(this->filter.Stream(), FilterTraits<TypeParam>::kIid), S_OK);
+  EXPECT_EQ(dispatch.Get(), static_cast<IDispatch*>(dual.Get()));
+  OwnedReference<ISupportErrorInfo> errors;
+  EXPECT_EQ(errors.Query(this->filter.Stream(), IID_ISupportErrorInfo), S_OK);
+  EXPECT_EQ(errors->InterfaceSupportsErrorInfo(FilterTraits<TypeParam>::kIid), S_OK);
+  EXPECT_EQ(errors->InterfaceSupportsErrorInfo(IID_IStream), S_FALSE);
+  void* out = this;
+  EXPECT_EQ(this->filter.Stream()->QueryInterface(IID_IToviStreamSource, &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
+}
+
+// An outer object that a filter is a part of.
+class Outer : public IUnknown {
+ public:
+  virtual ~Outer() = default;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = nullptr;
+    if (iid != IID_IUnknown) return inner->QueryInterface(iid, out);
+    *out = static_cast<IUnknown*>(this);
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override { return --references; }
+  IUnknown* inner = nullptr;
+  ULONG references = 1;
+};
+
+TYPED_TEST(StreamBindingTest, AnAggregatedFilterCountsOnItsOuterObject) {
+  Outer outer;
+  void* out = nullptr;
+  ASSERT_EQ(FilterTraits<TypeParam>::kCreate(&outer, IID_IUnknown, &out), S_OK);
+  outer.inner = static_cast<IUnknown*>(out);
+  OwnedReference<IStream> stream;
+  EXPECT_EQ(stream.Query(&outer, IID_IStream), S_OK);
+  EXPECT_EQ(outer.references, 2u);
+  OwnedReference<IUnknown> unknown;
+  EXPECT_EQ(unknown.Query(stream.Get(), IID_IUnknown), S_OK);
+  EXPECT_EQ(unknown.Get(), static_cast<IUnknown*>(&outer));
+  OwnedReference<TypeParam> dual;
+  EXPECT_EQ(dual.Query(stream.Get(), FilterTraits<TypeParam>::kIid), S_OK);
+  EXPECT_EQ(dual->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(ReadOnce(stream.Get(), 5), Slice(this->target.content, 0, 5));
+  stream.Reset();
+  unknown.Reset();
+  dual.Reset();
+  EXPECT_EQ(outer.references, 1u);
+  EXPECT_EQ(outer.inner->Release(), 0u);
+  EXPECT_EQ(this->target.references, 1);
+}
+
+TYPED_TEST(StreamBindingTest, NullResultPointerOfACreatorIsRefused) {
+  EXPECT_EQ(FilterTraits<TypeParam>::kCreate(nullptr, IID_IUnknown, nullptr), E_POINTER);
+}
+
+TEST(GetStreamFromObjectTest, GivesStreamsAndStatuses) {
+  ScriptedStream target;
+  IStream* stream = &target;
+  EXPECT_EQ(GetStreamFromObject(nullptr, &stream), E_POINTER);
+  EXPECT_EQ(stream, nullptr);
+  EXPECT_EQ(GetStreamFromObject(&target, &stream), S_OK);
+  EXPECT_EQ(stream, &target);
+  EXPECT_EQ(target.references, 2);
+  stream->Release();
+  ScriptedSource source;
+  source.stream = &target;
+  source.status = S_FALSE;
+  EXPECT_EQ(GetStreamFromObject(&source, &stream), S_FALSE);
+  EXPECT_EQ(stream, &target);
+  EXPECT_EQ(source.references, 1);
+  stream->Release();
+  source.status = E_ABORT;
+  EXPECT_EQ(GetStreamFromObject(&source, &stream), E_ABORT);
+  EXPECT_EQ(stream, nullptr);
+  target.is_stream = false;
+  EXPECT_EQ(GetStreamFromObject(&target, &stream), E_NOINTERFACE);
+  EXPECT_EQ(target.references, 1);
+}
+
+}  // namespace
+}  // namespace mirolta::stream_test

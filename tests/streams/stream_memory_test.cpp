@@ -1,0 +1,161 @@
+// Allocations that fail, and what freed memory still holds.
+#include "portable/test_hooks.h"
+#include "stream_test_kit.h"
+#include "watched_heap.h"
+
+namespace mirolta::stream_test {
+namespace {
+
+const Bytes kKey = Pattern(16, 8);
+
+class StreamMemoryTest : public testing::Test {
+ protected:
+  StreamMemoryTest() : aes_(Text(OLESTR("AES"))), md5_(Text(OLESTR("MD5"))) {
+    *key_.Put() = ByteArray(kKey);
+  }
+  void TearDown() override {
+    watched_heap.failing_allocations = 0;
+    MiroltaFailAllocationAfter(-1);
+    StopWatching();
+  }
+  void FailNext() { watched_heap.failing_allocations = 1; }
+
+  OwnedBstr aes_;
+  OwnedBstr md5_;
+  OwnedVariant key_;
+  ScriptedStream target_;
+};
+
+TEST_F(StreamMemoryTest, AFilterWithoutMemoryIsNotMade) {
+  void* out = nullptr;
+  FailNext();
+  EXPECT_EQ(CreateToviStreamDigest(nullptr, IID_IStream, &out), E_OUTOFMEMORY);
+  FailNext();
+  EXPECT_EQ(CreateToviStreamCrypt(nullptr, IID_IStream, &out), E_OUTOFMEMORY);
+  EXPECT_EQ(out, nullptr);
+}
+
+TEST_F(StreamMemoryTest, ADigestEngineWithoutMemoryIsNoFailureAndSwitchesOn) {
+  const DigestFilter filter;
+  EXPECT_EQ(filter->put_ReadAlgorithm(md5_.Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadHashEnable(VARIANT_FALSE), S_OK);
+  FailNext();
+  EXPECT_EQ(filter->put_ReadAlgorithm(md5_.Get()), S_OK);
+  VARIANT_BOOL enabled = 0;
+  EXPECT_EQ(filter->get_ReadHashEnable(&enabled), S_OK);
+  EXPECT_EQ(enabled, 1);
+  BSTR text = nullptr;
+  EXPECT_EQ(filter->get_ReadValue(&text), 10104);
+}
+
+TEST_F(StreamMemoryTest, ACipherEngineWithoutMemoryIsNoFailureAndLeavesNone) {
+  const CryptFilter filter(&target_);
+  EXPECT_EQ(filter->put_WriteAlgorithm(aes_.Get()), S_OK);
+  EXPECT_EQ(filter->put_WritePadType(5), S_OK);
+  FailNext();
+  EXPECT_EQ(filter->put_WriteAlgorithm(aes_.Get()), S_OK);
+  EXPECT_EQ(filter->put_WriteKey(key_.Value()), kNotInitialized);
+  EXPECT_EQ(filter->put_WritePadType(5), kNotInitialized);
+  LONG pad = -1;
+  EXPECT_EQ(filter->get_WritePadType(&pad), S_OK);
+  EXPECT_EQ(pad, 0);
+  EXPECT_EQ(WriteAll(filter.Stream(), FromText("plain")), S_OK);
+  EXPECT_EQ(target_.content, FromText("plain"));
+}
+
+TEST_F(StreamMemoryTest, AReadWithoutRoomTakesNothingFromTheStream) {
+  const CryptFilter filter(&target_);
+  EXPECT_EQ(filter->put_ReadAlgorithm(aes_.Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadKey(key_.Value()), S_OK);
+  target_.content = Pattern(32);
+  uint8_t bytes[32];
+  ULONG got = kUntouched;
+  FailNext();
+  EXPECT_EQ(filter.Stream()->Read(bytes, 32, &got), E_OUTOFMEMORY);
+  EXPECT_EQ(got, 0u);
+  EXPECT_TRUE(target_.read_sizes.empty());
+  EXPECT_EQ(filter.Stream()->Read(bytes, 32, &got), S_OK);
+  EXPECT_EQ(got, 32u);
+}
+
+// Fails each allocation of the runtime in turn until the call succeeds.
+template <typename Call, typename Check>
+void FailEach(Call call, Check check) {
+  for (LONG count = 0;; ++count) {
+    MiroltaFailAllocationAfter(count);
+    const HRESULT status = call();
+    const bool failed = MiroltaAllocationHasFailed();
+    MiroltaFailAllocationAfter(-1);
+    if (!failed) {
+      EXPECT_EQ(status, S_OK);
+      EXPECT_GT(count, 0);
+      return;
+    }
+    EXPECT_EQ(status, E_OUTOFMEMORY) << count;
+    check();
+  }
+}
+
+TEST_F(StreamMemoryTest, ResultsWithoutMemory) {
+  const DigestFilter digest;
+  const CryptFilter crypt;
+  BSTR text = nullptr;
+  const auto no_text = [&] { EXPECT_EQ(text, nullptr); };
+  const auto freed = [&](HRESULT status) {
+    SysFreeString(text);
+    text = nullptr;
+    return status;
+  };
+  for (int chosen = 0; chosen < 2; ++chosen) {
+    FailEach([&] { return freed(digest->get_ReadAlgorithm(&text)); }, no_text);
+    FailEach([&] { return freed(crypt->get_WriteAlgorithm(&text)); }, no_text);
+    EXPECT_EQ(digest->put_ReadAlgorithm(md5_.Get()), S_OK);
+    EXPECT_EQ(crypt->put_WriteAlgorithm(aes_.Get()), S_OK);
+  }
+  EXPECT_EQ(digest->put_ReadKey(key_.Value()), S_OK);
+  EXPECT_EQ(crypt->put_WriteKey(key_.Value()), S_OK);
+  FailEach([&] { return freed(digest->get_ReadValue(&text)); }, no_text);
+  OwnedVariant value;
+  const auto no_value = [&] { EXPECT_EQ(value.Type(), VT_EMPTY); };
+  FailEach([&] { return digest->get_ReadBinaryValue(value.Put()); }, no_value);
+  FailEach([&] { return digest->get_ReadKey(value.Put()); }, no_value);
+  FailEach([&] { return crypt->get_WriteKey(value.Put()); }, no_value);
+}
+
+TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
+  static const char kSecret[] = "plaintext to hide and not to leave behind here..";
+  const Bytes secret = FromText(kSecret);
+  const auto watch = [&] {
+    for (size_t at = 0; at < 24; at += kPatternSize) Watch(secret.data() + at);
+    Watch(kKey.data());
+  };
+  ScriptedStream sink;
+  {
+    const CryptFilter filter(&target_);
+    EXPECT_EQ(filter->put_ReadDecrypt(VARIANT_FALSE), S_OK);
+    EXPECT_EQ(filter->put_ReadAlgorithm(aes_.Get()), S_OK);
+    EXPECT_EQ(filter->put_ReadKey(key_.Value()), S_OK);
+    EXPECT_EQ(filter->put_WriteAlgorithm(aes_.Get()), S_OK);
+    EXPECT_EQ(filter->put_WriteKey(key_.Value()), S_OK);
+    target_.content = secret;
+    target_.content.reserve(10000);
+    uint8_t bytes[40];
+    watch();
+    // Read part, fail a read, copy, write part, and leave all of it queued.
+    EXPECT_EQ(filter.Stream()->Read(bytes, 40, nullptr), S_OK);
+    target_.position = 0;
+    target_.failing_read = target_.read_sizes.size() + 1;
+    target_.moved_by_failure = 30;
+    EXPECT_EQ(filter.Stream()->Read(bytes, 40, nullptr), kStreamFailure);
+    target_.position = 0;
+    EXPECT_EQ(filter.Stream()->CopyTo(&sink, Large(45), nullptr, nullptr), S_OK);
+    target_.position = 0;
+    EXPECT_EQ(filter.Stream()->Read(bytes, 40, nullptr), S_OK);
+    target_.largest_write = 0;
+    EXPECT_EQ(filter.Stream()->Write(secret.data(), 40, nullptr), S_OK);
+  }
+  EXPECT_EQ(watched_heap.leaks, 0u);
+}
+
+}  // namespace
+}  // namespace mirolta::stream_test

@@ -1,0 +1,38 @@
+// An object whose default value is read by code of the test, as a script's object is.
+#pragma once
+
+#include <functional>
+#include <utility>
+
+#include "platform.h"
+
+namespace mirolta::test {
+
+// CallingObject lives on the stack. Reading its value runs `call`, then gives the text "abc".
+class CallingObject final : public IDispatch {
+ public:
+  explicit CallingObject(std::function<void()> call) : call_(std::move(call)) {}
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
+    return *out != nullptr ? S_OK : E_NOINTERFACE;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
+                                   EXCEPINFO*, UINT*) override {
+    call_();
+    V_VT(result) = VT_BSTR;
+    result->bstrVal = SysAllocString(OLESTR("abc"));
+    return S_OK;
+  }
+
+ private:
+  std::function<void()> call_;
+};
+
+}  // namespace mirolta::test

@@ -1,0 +1,125 @@
+#include "memory_watch.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+// Before each block stands its size, in room that keeps the block's alignment.
+constexpr size_t kPrefix = alignof(std::max_align_t) > sizeof(size_t) ? alignof(std::max_align_t)
+                                                                      : sizeof(size_t);
+
+std::atomic<bool> failing{false};
+std::atomic<long> allowed{0};
+std::atomic<long> live{0};
+std::atomic<bool> watching{false};
+std::atomic<int> freed{0};
+std::atomic<int> freed_with_secret{0};
+unsigned char secret_bytes[64];
+size_t secret_size = 0;
+
+void* Allocate(size_t size) {
+  if (failing && allowed-- <= 0) return nullptr;
+  char* block = static_cast<char*>(std::malloc(size + kPrefix));
+  if (block == nullptr) return nullptr;
+  std::memcpy(block, &size, sizeof size);
+  ++live;
+  return block + kPrefix;
+}
+
+void* AllocateOrThrow(size_t size) {
+  void* block = Allocate(size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+
+void Free(void* pointer) {
+  if (pointer == nullptr) return;
+  char* block = static_cast<char*>(pointer) - kPrefix;
+  if (watching) {
+    ++freed;
+    size_t size = 0;
+    std::memcpy(&size, block, sizeof size);
+    for (size_t i = 0; i + secret_size <= size; ++i) {
+      if (std::memcmp(block + kPrefix + i, secret_bytes, secret_size) == 0) {
+        ++freed_with_secret;
+        break;
+      }
+    }
+  }
+  --live;
+  std::free(block);
+}
+
+}  // namespace
+
+void* operator new(size_t size) {
+  return AllocateOrThrow(size);
+}
+void* operator new[](size_t size) {
+  return AllocateOrThrow(size);
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+  return Allocate(size);
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+  return Allocate(size);
+}
+void operator delete(void* pointer) noexcept {
+  Free(pointer);
+}
+void operator delete[](void* pointer) noexcept {
+  Free(pointer);
+}
+void operator delete(void* pointer, size_t) noexcept {
+  Free(pointer);
+}
+void operator delete[](void* pointer, size_t) noexcept {
+  Free(pointer);
+}
+void operator delete(void* pointer, const std::nothrow_t&) noexcept {
+  Free(pointer);
+}
+void operator delete[](void* pointer, const std::nothrow_t&) noexcept {
+  Free(pointer);
+}
+
+namespace mirolta::test {
+
+FailAllocationsAfter::FailAllocationsAfter(long count) {
+  allowed = count;
+  failing = true;
+}
+
+FailAllocationsAfter::~FailAllocationsAfter() {
+  failing = false;
+}
+
+WatchFreedMemory::WatchFreedMemory(const void* secret, size_t size) {
+  if (size > sizeof secret_bytes) std::abort();
+  std::memcpy(secret_bytes, secret, size);
+  secret_size = size;
+  freed = 0;
+  freed_with_secret = 0;
+  watching = true;
+}
+
+WatchFreedMemory::~WatchFreedMemory() {
+  watching = false;
+}
+
+int WatchFreedMemory::FreedWithSecret() const {
+  return freed_with_secret;
+}
+
+int WatchFreedMemory::Freed() const {
+  return freed;
+}
+
+long LiveAllocations() {
+  return live;
+}
+
+}  // namespace mirolta::test

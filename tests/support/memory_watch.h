@@ -1,0 +1,34 @@
+// The test program's own operator new and delete: allocations that fail on demand, and a look at
+// what freed memory still holds. Link memory_watch.cpp to use them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace mirolta::test {
+
+// While it lives, the first `count` allocations succeed and all later ones fail.
+class FailAllocationsAfter {
+ public:
+  explicit FailAllocationsAfter(long count);
+  ~FailAllocationsAfter();
+  FailAllocationsAfter(const FailAllocationsAfter&) = delete;
+  FailAllocationsAfter& operator=(const FailAllocationsAfter&) = delete;
+};
+
+// While it lives, counts blocks that are freed with the given bytes somewhere in them.
+class WatchFreedMemory {
+ public:
+  // Shapes: secret[size], size <= 64; it is copied.
+  WatchFreedMemory(const void* secret, size_t size);
+  ~WatchFreedMemory();
+  WatchFreedMemory(const WatchFreedMemory&) = delete;
+  WatchFreedMemory& operator=(const WatchFreedMemory&) = delete;
+  int FreedWithSecret() const;
+  int Freed() const;
+};
+
+// The number of blocks allocated and not yet freed.
+long LiveAllocations();
+
+}  // namespace mirolta::test
