@@ -6,13 +6,14 @@ target_compile_features(mirolta_options INTERFACE cxx_std_20)
 target_compile_options(mirolta_options INTERFACE
   -Wall -Wextra -Werror -Wshadow -Wconversion -Wsign-conversion -Woverloaded-virtual
   -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wvla -Wimplicit-fallthrough
+  -Wno-restrict  # gcc 12 warns of its own std::string
   -fno-strict-aliasing -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections)
 if(MIROLTA_SANITIZE)
   # The module has no run-time type information, which the check of virtual tables would need. The
   # code that sanitizers add sets off the conversion warnings, which the plain builds check.
   target_compile_options(mirolta_options INTERFACE
     -fsanitize=${MIROLTA_SANITIZE} -fno-sanitize-recover=all -fno-sanitize=vptr
-    -fno-omit-frame-pointer -Wno-conversion -Wno-sign-conversion -Wno-restrict)
+    -fno-omit-frame-pointer -Wno-conversion -Wno-sign-conversion)
   target_link_options(mirolta_options INTERFACE -fsanitize=${MIROLTA_SANITIZE})
 endif()
 if(MIROLTA_PORTABLE_ONLY)
