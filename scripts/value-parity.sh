@@ -31,7 +31,7 @@ done
 "$windows_compiler" -std=c++20 -O1 -static -D__USE_MINGW_ANSI_STDIO=1 -I"$root/platform" \
   "$program" -o "$work/value_parity.exe" -loleaut32 -lole32 -luuid -ladvapi32
 
-"$work/value_parity" >"$work/portable.txt"
+LC_ALL=C "$work/value_parity" >"$work/portable.txt"
 WINEPREFIX=${WINEPREFIX:-$work/wine}
 export WINEPREFIX
 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=" "$wine" "$work/value_parity.exe" |
