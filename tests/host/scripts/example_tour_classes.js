@@ -1,0 +1,2 @@
+// runs: tour.js
+// arguments: cipher|number|rsa|streams
