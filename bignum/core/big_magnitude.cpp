@@ -172,10 +172,11 @@ void BigMagnitude::shiftRight(uint64_t bits) noexcept {
 bool BigMagnitude::multiplyTrunc(BigMagnitude& r, const BigMagnitude& a, const BigMagnitude& b,
                                  uint64_t bits) noexcept {
   const uint64_t full = uint64_t{a.used_} + b.used_;
-  uint64_t words = bits / 32 + (bits % 32 != 0 ? 1 : 0);
-  const bool cut = words <= full;
-  if (!cut) words = full;
-  if (words > UINT32_MAX) return false;
+  uint64_t kept = bits / 32 + (bits % 32 != 0 ? 1 : 0);
+  const bool cut = kept <= full;
+  if (!cut) kept = full;
+  if (kept > UINT32_MAX) return false;
+  const uint32_t words = static_cast<uint32_t>(kept);
   if (a.used_ == 0 || b.used_ == 0 || words == 0) {
     r.used_ = 0;
     return true;
@@ -184,7 +185,7 @@ bool BigMagnitude::multiplyTrunc(BigMagnitude& r, const BigMagnitude& a, const B
   const size_t an = LimbsForWords(a.used_ < words ? a.used_ : words);
   const size_t bn = LimbsForWords(b.used_ < words ? b.used_ : words);
   LimbScratch memory(2 * (an + bn) + MultiplyScratch(an, bn));
-  if (memory.get() == nullptr || !r.reserve(static_cast<uint32_t>(words))) return false;
+  if (memory.get() == nullptr || !r.reserve(words)) return false;
   Limb* const x = memory.get();
   Limb* const y = &a == &b ? x : x + an;
   Limb* const product = x + an + bn;

@@ -18,7 +18,8 @@ HRESULT FromStep(HRESULT status) {
 HRESULT IsCoprime(bool* result, const BigInt& a, const BigInt& b) {
   BigInt divisor;
   const HRESULT status = Gcd(divisor, a, b);
-  if (SUCCEEDED(status)) *result = divisor == BigInt(1);
+  // Not by comparing with a number 1, whose making may fail.
+  if (SUCCEEDED(status)) *result = divisor.bitLength() == 1 && !divisor.IsNegative();
   return status;
 }
 

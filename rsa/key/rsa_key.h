@@ -25,7 +25,8 @@ HRESULT BuildKey(RsaKey& key, const BigInt& first_start, const BigInt& second_st
 
 // BuildRandomKey starts the primes at random numbers of byte_size / 2 bytes. exact_size gives a
 // modulus of exactly 16 * (byte_size / 2) bits, both primes having their two top bits set;
-// otherwise the second number is a byte longer.
+// otherwise the second number is a byte longer. Sizes below 4 give larger moduli, as no prime is
+// found below 1229.
 // Errors: E_INVALIDARG for a size below 1, and for size 1 with exact_size, where no two different
 //         starting values exist; those of Random and BuildKey. The key is unchanged.
 HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size);
@@ -35,7 +36,7 @@ HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size);
 HRESULT RsaEncrypt(BigInt& r, const RsaKey& key, const BigInt& m);
 HRESULT RsaDecrypt(BigInt& r, const RsaKey& key, const BigInt& c);
 
-// RsaDecryptWithPrimes computes the same from e, p and q alone, about three times as fast.
+// RsaDecryptWithPrimes computes the same from e, p and q alone, two to four times as fast.
 // Errors: E_INVALIDARG if p or q is 0 or 1; E_OUTOFMEMORY. r is unchanged.
 // Source: Garner's form of the Chinese remainder theorem, Knuth TAOCP 2, 4.3.2.
 HRESULT RsaDecryptWithPrimes(BigInt& r, const RsaKey& key, const BigInt& c);

@@ -39,13 +39,15 @@ class RsaCryptMemoryTest : public PlannedTest {
     constexpr Put kPuts[] = {&IRSACrypt::put_Modulus, &IRSACrypt::put_PublicExp,
                              &IRSACrypt::put_SecretExp, &IRSACrypt::put_P, &IRSACrypt::put_Q};
     for (size_t i = 0; i < 5; ++i) {
-      if ((rsa.Get()->*kPuts[i])(key_values[i]) != S_OK) ADD_FAILURE();
+      const Put put = kPuts[i];
+      if ((rsa.Get()->*put)(key_values[i]) != S_OK) ADD_FAILURE();
     }
   }
   bool KeyIsAsLoaded() {
     for (size_t i = 0; i < 5; ++i) {
+      const Get get = kGets[i];
       TestValue value;
-      if ((rsa.Get()->*kGets[i])(&value) != S_OK || BytesOfArray(value) != key_bytes[i]) {
+      if ((rsa.Get()->*get)(&value) != S_OK || BytesOfArray(value) != key_bytes[i]) {
         return false;
       }
     }
@@ -140,6 +142,23 @@ TEST_F(RsaCryptMemoryTest, CreationNeedsMemory) {
   }
   EXPECT_EQ(status, E_OUTOFMEMORY);
   EXPECT_EQ(object, nullptr);
+}
+
+TEST_F(RsaCryptMemoryTest, GivesEverythingBack) {
+  rsa.Reset();
+  const long live = LiveAllocations();
+  Create();
+  for (int i = 0; i < 3; ++i) {
+    Load();
+    EXPECT_TRUE(KeyIsAsLoaded());
+    EXPECT_EQ(rsa->put_Q(key_values[3]), S_OK);
+    EXPECT_EQ(rsa->put_Q(TestValue(VT_BOOL)), DISP_E_TYPEMISMATCH);
+  }
+  EXPECT_EQ(rsa->CreateKeys(NumberValue(1000000), NumberValue(2000000)), S_OK);
+  EXPECT_EQ(rsa->put_Q(key_values[4]), S_OK);
+  EXPECT_GT(LiveAllocations(), live);
+  rsa.Reset();
+  EXPECT_EQ(LiveAllocations(), live);
 }
 
 // The bytes of a number as they stand in its words and, reversed, in byte strings.

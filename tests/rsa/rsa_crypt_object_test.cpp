@@ -83,7 +83,8 @@ class RsaCryptTest : public ModuleTest {
             const std::string& q) {
     const std::string* const numbers[] = {&n, &e, &d, &p, &q};
     for (size_t i = 0; i < 5; ++i) {
-      ASSERT_EQ((rsa.Get()->*kFields[i].put)(HexText(*numbers[i])), S_OK);
+      const Put put = kFields[i].put;
+      ASSERT_EQ((rsa.Get()->*put)(HexText(*numbers[i])), S_OK);
     }
   }
   // p = 53, q = 61, n = 3233, e = 17, d = 2753
@@ -268,8 +269,9 @@ TEST_F(RsaCryptTest, IncompleteKeysAreReported) {
     for (unsigned set = 0; set < 32; ++set) {
       ASSERT_EQ(rsa->Reset(), S_OK);
       for (unsigned i = 0; i < 5; ++i) {
+        const Put put = kFields[i].put;
         if ((set >> i & 1) != 0) {
-          ASSERT_EQ((rsa.Get()->*kFields[i].put)(HexText(numbers[i])), S_OK);
+          ASSERT_EQ((rsa.Get()->*put)(HexText(numbers[i])), S_OK);
         }
       }
       const std::string result = Run(one.transform, NumberValue(5));

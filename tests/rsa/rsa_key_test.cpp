@@ -161,6 +161,44 @@ TEST(RsaKeyTest, PrimesOfZeroAndOneFail) {
   }
 }
 
+// The steps as they are for any numbers, by the peer: remainders follow the sign of the dividend.
+BigInt StepByStep(const RsaKey& key, const Bn& c) {
+  const Bn p(key.p), q(key.q);
+  Bn d, p_inverse, dp, dq, m1, m2;
+  BN_mod_inverse(d, Bn(key.e), Times(Less1(p), Less1(q)), Context());
+  BN_mod_inverse(p_inverse, p, q, Context());
+  BN_mod(dp, d, Less1(p), Context());
+  BN_mod(dq, d, Less1(q), Context());
+  BN_mod_exp(m1, c, dp, p, Context());
+  BN_mod_exp(m2, c, dq, q, Context());
+  if (BN_cmp(m2, m1) < 0) BN_add(m2, m2, q);
+  Bn difference, rest, result;
+  BN_sub(difference, m2, m1);
+  BN_mod(rest, Times(difference, p_inverse), q, Context());
+  BN_add(result, m1, Times(p, rest));
+  BigInt here = result.Here();
+  here.set_negative(BN_is_negative(static_cast<const BIGNUM*>(result)));
+  return here;
+}
+
+// With p above q one addition of q need not be enough, and the result is another number.
+TEST(RsaKeyTest, PrimesTheWrongWayRound) {
+  const RsaKey right = Build(BigInt(1000000), BigInt(40000000), 5);
+  RsaKey wrong = right;
+  wrong.p.Swap(wrong.q);
+  int other = 0;
+  for (uint32_t i = 1; i <= 200; ++i) {
+    const BigInt c(i * 20011301u);
+    BigInt straight, r;
+    ASSERT_EQ(RsaDecryptWithPrimes(straight, right, c), S_OK);
+    EXPECT_EQ(Hex(straight), Hex(StepByStep(right, Bn(c))));
+    ASSERT_EQ(RsaDecryptWithPrimes(r, wrong, c), S_OK);
+    ASSERT_EQ(Hex(r), Hex(StepByStep(wrong, Bn(c)))) << i;
+    if (!(r == straight)) ++other;
+  }
+  EXPECT_GT(other, 0);
+}
+
 // Numbers that are no key at all: every call ends.
 TEST(RsaKeyTest, SenselessKeysEnd) {
   for (uint32_t p = 2; p < 20; ++p) {

@@ -1,0 +1,2 @@
+// runs: rsa-decrypt.js
+// status: 2

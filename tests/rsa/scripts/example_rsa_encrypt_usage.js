@@ -1,0 +1,2 @@
+// runs: rsa-encrypt.js
+// status: 2

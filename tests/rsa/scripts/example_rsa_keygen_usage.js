@@ -1,0 +1,2 @@
+// runs: rsa-keygen.js
+// status: 2
