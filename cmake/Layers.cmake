@@ -34,4 +34,9 @@ function(mirolta_layer name directory)
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
   target_include_directories(${name} PUBLIC ${directory})
   target_link_libraries(${name} PUBLIC ${LAYER_KNOWS} PRIVATE mirolta_module_options)
+  # Where the portable loops do all the work they are worth their size in builds that are small
+  # otherwise.
+  if(name MATCHES "_kernels$" AND NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    target_compile_options(${name} PRIVATE $<$<CONFIG:MinSizeRel>:-O2>)
+  endif()
 endfunction()

@@ -1,11 +1,13 @@
 #!/bin/sh
-# Installs the Debian packages that building and testing need, those that are missing. Without root
-# or sudo it names them and fails.
+# Installs the Debian packages that building and testing need, or those of the lists given, where they
+# are missing. Without root or sudo it names them and fails.
+#
+#   setup.sh [list...]
 set -eu
 
 here=$(dirname "$0")
 missing=
-for package in $(grep -v '^#' "$here/packages.txt"); do
+for package in $(cd "$here" && cat "${@:-packages.txt}" | grep -v '^#'); do
   status=$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null || true)
   [ "$status" = "install ok installed" ] || missing="$missing $package"
 done

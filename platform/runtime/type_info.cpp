@@ -73,7 +73,7 @@ class TypeInfo final : public ITypeInfo {
     }
     attributes.guid = *Interface().iid;
     attributes.cFuncs = static_cast<WORD>(Interface().member_count);
-    attributes.wTypeFlags |= TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION;
+    attributes.wTypeFlags |= TYPEFLAG_FDUAL;
     return S_OK;
   }
   void ReleaseTypeAttr(TYPEATTR* attributes) override { FreeRuntime(attributes); }

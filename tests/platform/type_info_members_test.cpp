@@ -37,8 +37,9 @@ TEST_F(TypeInfoMembersTest, DescribesADualInterface) {
   EXPECT_EQ(attributes->cVars, 0);
   EXPECT_EQ(attributes->cImplTypes, 1);
   EXPECT_EQ(attributes->cbSizeVft, 7 * sizeof(void*));
-  EXPECT_EQ(attributes->wTypeFlags,
-            TYPEFLAG_FDISPATCHABLE | TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION);
+  // The view of a dual interface that late-bound callers get does not repeat the flag of automation
+  // types.
+  EXPECT_EQ(attributes->wTypeFlags, TYPEFLAG_FDISPATCHABLE | TYPEFLAG_FDUAL);
   EXPECT_EQ(attributes->memidConstructor, DISPID_UNKNOWN);
   EXPECT_EQ(attributes->memidDestructor, DISPID_UNKNOWN);
   info->ReleaseTypeAttr(attributes);

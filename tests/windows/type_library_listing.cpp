@@ -1,10 +1,17 @@
 // Prints the type library of a module, member by member. Built natively and for Windows, where the
 // system reads the library from the file's resources, it must print the same.
+//
+// Left out is what does not come from the library: flags that the loader adds, the methods that
+// each interface inherits (the system lists them, the portable runtime does not), and the count of
+// optional parameters, which their own flags say.
 #include <stdio.h>
 
 #include "platform.h"
 
 namespace {
+
+// Members with these identifiers are inherited.
+constexpr MEMBERID kFirstInherited = 0x60000000;
 
 void PrintText(const char* what, BSTR text) {
   printf(" %s=\"", what);
@@ -67,11 +74,15 @@ void PrintFunction(ITypeInfo* info, UINT index) {
     printf("    function %u: %08X\n", index, static_cast<unsigned>(status));
     return;
   }
-  printf("    function id=%ld kind=%d.%d call=%d slot=%d flags=%X optional=%d result=",
+  if (function->memid >= kFirstInherited) {
+    info->ReleaseFuncDesc(function);
+    return;
+  }
+  printf("    function id=%ld kind=%d.%d call=%d slot=%d flags=%X result=",
          static_cast<long>(function->memid), static_cast<int>(function->funckind),
          static_cast<int>(function->invkind), static_cast<int>(function->callconv),
          static_cast<int>(function->oVft) / static_cast<int>(sizeof(void*)),
-         static_cast<unsigned>(function->wFuncFlags), static_cast<int>(function->cParamsOpt));
+         static_cast<unsigned>(function->wFuncFlags));
   PrintType(info, function->elemdescFunc.tdesc);
   PrintDocumentation(info, function->memid);
   printf("\n");
@@ -112,10 +123,9 @@ void PrintTypeInfo(ITypeLib* library, UINT index) {
   }
   TYPEKIND kind = TKIND_ENUM;
   library->GetTypeInfoType(index, &kind);
-  printf("  type kind=%d.%d version=%d.%d flags=%X functions=%d variables=%d table=%d id=",
+  printf("  type kind=%d.%d version=%d.%d flags=%X variables=%d table=%d id=",
          static_cast<int>(kind), static_cast<int>(attributes->typekind), attributes->wMajorVerNum,
-         attributes->wMinorVerNum, static_cast<unsigned>(attributes->wTypeFlags),
-         attributes->cFuncs, attributes->cVars,
+         attributes->wMinorVerNum, static_cast<unsigned>(attributes->wTypeFlags), attributes->cVars,
          attributes->cbSizeVft / static_cast<int>(sizeof(void*)));
   PrintGuid(attributes->guid);
   PrintDocumentation(info, -1);
@@ -140,9 +150,9 @@ int main(int count, char** arguments) {
   }
   TLIBATTR* attributes = nullptr;
   if (FAILED(library->GetLibAttr(&attributes))) return 1;
-  printf("library version=%d.%d locale=%u system=%d flags=%X id=", attributes->wMajorVerNum,
+  printf("library version=%d.%d locale=%u system=%d id=", attributes->wMajorVerNum,
          attributes->wMinorVerNum, static_cast<unsigned>(attributes->lcid),
-         static_cast<int>(attributes->syskind), static_cast<unsigned>(attributes->wLibFlags));
+         static_cast<int>(attributes->syskind));
   PrintGuid(attributes->guid);
   library->ReleaseTLibAttr(attributes);
   BSTR name = nullptr;

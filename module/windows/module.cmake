@@ -1,0 +1,53 @@
+# The module as Windows loads it: Mirolta.dll and, beside it, the manifest for use without
+# registration.
+enable_language(RC)
+
+# Writes the definitions from the tables. It runs on the building machine, so the native build makes
+# it.
+find_program(MIROLTA_DEFINITIONS mirolta-definitions REQUIRED
+  HINTS ${PROJECT_SOURCE_DIR}/build/native/bin
+  DOC "The program mirolta-definitions of a native build" NO_CMAKE_FIND_ROOT_PATH)
+
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+  set(manifest_processor amd64)
+else()
+  set(manifest_processor x86)
+endif()
+find_program(MIROLTA_WIDL ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl REQUIRED
+  DOC "The compiler of interface definitions" NO_CMAKE_FIND_ROOT_PATH)
+
+set(sources ${CMAKE_CURRENT_SOURCE_DIR}/windows)
+set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/registry_scripts)
+set(made ${CMAKE_CURRENT_BINARY_DIR}/definitions)
+file(MAKE_DIRECTORY ${made})
+
+add_custom_command(
+  OUTPUT ${made}/Mirolta.idl ${made}/Mirolta.rc ${CMAKE_BINARY_DIR}/Mirolta.manifest
+  COMMAND ${MIROLTA_DEFINITIONS} idl ${made}/Mirolta.idl
+  COMMAND ${MIROLTA_DEFINITIONS} resources ${made}/Mirolta.rc
+  COMMAND ${MIROLTA_DEFINITIONS} manifest ${CMAKE_BINARY_DIR}/Mirolta.manifest ${manifest_processor}
+  DEPENDS ${MIROLTA_DEFINITIONS}
+  VERBATIM)
+add_custom_command(
+  OUTPUT ${made}/Mirolta.tlb
+  COMMAND ${MIROLTA_WIDL} -t -I ${sources} -o stdole2.tlb ${sources}/stdole2.idl
+  COMMAND ${MIROLTA_WIDL} -t -I ${sources} -L . -o Mirolta.tlb Mirolta.idl
+  DEPENDS ${made}/Mirolta.idl ${sources}/automation_types.idl ${sources}/stdole2.idl
+  WORKING_DIRECTORY ${made}
+  VERBATIM)
+
+file(GLOB script_files CONFIGURE_DEPENDS ${scripts}/*.rgs)
+set_source_files_properties(${made}/Mirolta.rc PROPERTIES
+  OBJECT_DEPENDS "${made}/Mirolta.tlb;${script_files}"
+  INCLUDE_DIRECTORIES "${made};${scripts}")
+
+add_library(mirolta SHARED
+  ${sources}/Mirolta.def ${made}/Mirolta.rc ${CMAKE_BINARY_DIR}/Mirolta.manifest)
+set_target_properties(mirolta PROPERTIES
+  PREFIX "" OUTPUT_NAME Mirolta LINKER_LANGUAGE CXX
+  RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+target_link_libraries(mirolta PRIVATE module_core)
+# Nothing of the compiler's runtime is needed beside the module. The definition file names the entry
+# points without the decoration that 32-bit calls give them.
+target_link_options(mirolta PRIVATE
+  -static -static-libgcc -static-libstdc++ -s -Wl,--gc-sections -Wl,--enable-stdcall-fixup)

@@ -1,0 +1,188 @@
+#!/bin/sh
+# Tests of the Windows module, run by Wine without a display.
+#
+#   wine-tests.sh STEP NATIVE_BUILD
+#
+# STEP is one of the functions below that have a comment. NATIVE_BUILD is the folder of the native
+# build to compare with. The Windows builds are those of `make windows`, with their test programs
+# (`make windows-tests`). Wine's own files are kept in build/wine; the first use makes them.
+set -eu
+
+step=${1:?usage: wine-tests.sh STEP NATIVE_BUILD}
+native=$(cd "${2:?usage: wine-tests.sh STEP NATIVE_BUILD}" && pwd)
+root=$(cd "$(dirname "$0")/.." && pwd)
+windows=$root/build/windows-x64
+work=$native/wine-tests/$step
+mkdir -p "$work"
+
+export WINEPREFIX="$root/build/wine" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml="
+export MIROLTA_REGISTRY="$work/registry.reg" TZ=UTC LC_ALL=C.UTF-8
+unset DISPLAY
+
+fail() {
+  echo "$*" >&2
+  exit 1
+}
+
+# The name that Windows programs have for a file.
+windows_name() {
+  echo "Z:$1" | tr / '\\'
+}
+
+run_wine() {
+  wine "$@" 2>/dev/null | tr -d '\r'
+}
+
+# same WHAT FILE FILE: the files exist, are not empty and do not differ.
+same() {
+  [ -s "$2" ] || fail "$1: $2 is empty"
+  diff "$2" "$3" || fail "$1: the outputs differ"
+  echo "$1: $(wc -l <"$2") lines agree"
+}
+
+register() {
+  wine regsvr32 /s "$@" "$(windows_name "$windows/Mirolta.dll")" 2>/dev/null ||
+    fail "regsvr32 $* failed"
+}
+
+list_registry() {
+  run_wine "$windows/tests/registry_listing.exe" "$(windows_name "$windows/Mirolta.dll")" |
+    LC_ALL=C sort
+}
+
+# Checks of the two files themselves: size, entry points, and what they need of the system.
+binaries() {
+  for processor in x64:x86_64:pei-x86-64 x86:i686:pei-i386; do
+    folder=$root/build/windows-${processor%%:*}
+    module=$folder/Mirolta.dll
+    objdump=$(echo "$processor" | cut -d: -f2)-w64-mingw32-objdump
+    [ -f "$module" ] || fail "$module is missing: run make windows"
+    "$objdump" -p "$module" >"$work/headers"
+    grep -q "file format $(echo "$processor" | cut -d: -f3)" "$work/headers" ||
+      fail "$module is for another processor"
+
+    size=$(wc -c <"$module")
+    [ "$size" -lt 409600 ] || fail "$module has $size bytes"
+    sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' "$work/headers" |
+      tr '\n' ' ' >"$work/exports"
+    expected="DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer "
+    [ "$(cat "$work/exports")" = "$expected" ] || fail "$module exports $(cat "$work/exports")"
+    imports=$(sed -n 's/^\tDLL Name: //p' "$work/headers" | tr '[:upper:]' '[:lower:]' | sort -u)
+    [ -n "$imports" ] || fail "$module imports nothing"
+    for import in $imports; do
+      case $import in
+        advapi32.dll | kernel32.dll | msvcrt.dll | ole32.dll | oleaut32.dll | user32.dll) ;;
+        *) fail "$module needs $import" ;;
+      esac
+    done
+    grep -q "^<assembly" "$folder/Mirolta.manifest" || fail "no manifest beside $module"
+    echo "$module: $size bytes, imports" $imports
+  done
+}
+
+# Registers and unregisters the module and compares what the registry holds after each; leaves it
+# registered for the other steps.
+registration() {
+  [ -f "$WINEPREFIX/system.reg" ] || wineboot -i >/dev/null 2>&1 || fail "wineboot failed"
+  expected=$root/tests/windows/registration.expected
+
+  rm -f "$MIROLTA_REGISTRY"
+  "$native/bin/mirolta-host" --register "$native/lib/libMirolta.so" >/dev/null
+  "$native/tests/registry_listing" "$native/lib/libMirolta.so" | LC_ALL=C sort >"$work/native"
+  same "native registration" "$work/native" "$expected"
+
+  echo CLSID >"$work/nothing"
+  register /u  # possibly nothing to take away
+  list_registry >"$work/after"
+  same "unregistered" "$work/after" "$work/nothing"
+  register /u
+  list_registry >"$work/after"
+  same "unregistered twice" "$work/after" "$work/nothing"
+
+  run_wine "$windows/tests/manifest_client.exe" "$(windows_name "$windows/Mirolta.manifest")" \
+    >"$work/manifest"
+  cat "$work/manifest"
+  grep -q ' 0 failed$' "$work/manifest" || fail "the manifest does not serve"
+
+  for times in once twice; do
+    register
+    list_registry >"$work/after"
+    same "registered $times" "$work/after" "$expected"
+  done
+  register /u
+  list_registry >"$work/after"
+  same "unregistered again" "$work/after" "$work/nothing"
+  register
+}
+
+# run_script NAME ARGUMENTS...: a script by the platform's script host.
+run_script() {
+  windows_script=$(windows_name "$1")
+  shift
+  run_wine cscript //nologo "$windows_script" "$@"
+}
+
+# both_hosts NAME SCRIPT ARGUMENTS...: the script prints the same by the platform's script host and
+# by the native one. The output of the former is left in NAME.windows.
+both_hosts() {
+  name=$1
+  script=$2
+  shift 2
+  "$native/bin/mirolta-host" "$script" "$@" >"$work/$name.native" || true
+  run_script "$script" "$@" >"$work/$name.windows"
+  same "$name" "$work/$name.windows" "$work/$name.native"
+}
+
+# The tour, the examples that need no files, and the test scripts of both script languages.
+scripts() {
+  examples=$root/examples
+  both_hosts tour "$examples/tour.js"
+  both_hosts tour-list "$examples/tour.js" list
+  both_hosts bignum-calc "$examples/bignum-calc.js" "2^521 - 1" "gcd(2^60, 6^30) % 1009" "30!" \
+    "3^(2^200) % (10^40 + 7)" "(-7) % 3"
+  both_hosts bignum-calc-hex "$examples/bignum-calc.js" --hex "0xFFFFFFFFFFFFFFFF * 0x10001"
+  both_hosts factorial "$examples/factorial.js" 200
+  both_hosts is-prime "$examples/is-prime.js" 2 91 1000000007 0xFFFFFFFFFFFFFFC5 \
+    170141183460469231731687303715884105727
+  both_hosts power-mod "$examples/power-mod.js" 3 0x10000000000000001 1000000000000000003
+  both_hosts hmac "$examples/hmac.js" SHA256 key -t "what do ya want for nothing?"
+  both_hosts hmac-usage "$examples/hmac.js"
+
+  for script in "$root"/tests/windows/scripts/*.js; do
+    name=$(basename "$script" .js)
+    both_hosts "$name" "$script"
+    same "$name as expected" "$work/$name.windows" "${script%.js}_js.expected"
+  done
+  for script in "$root"/tests/windows/scripts/*.vbs; do
+    name=$(basename "$script" .vbs)
+    run_script "$script" >"$work/$name.windows"
+    same "$name.vbs" "$work/$name.windows" "${script%.vbs}_vbs.expected"
+  done
+}
+
+# A client that calls the interfaces slot by slot.
+client() {
+  run_wine "$windows/tests/early_bound_client.exe" >"$work/output"
+  cat "$work/output"
+  grep -q '^[1-9][0-9]* checks, 0 failed$' "$work/output" || fail "the client failed"
+}
+
+# The type library in the module's resources, as the system reads it, and the native tables.
+type_library() {
+  "$native/tests/type_library_listing" "$native/lib/libMirolta.so" >"$work/native"
+  run_wine "$windows/tests/type_library_listing.exe" "$(windows_name "$windows/Mirolta.dll")" \
+    >"$work/windows"
+  same "type library" "$work/windows" "$work/native"
+}
+
+# Automation values: the portable runtime's results and statuses, and the platform's.
+parity() {
+  LC_ALL=C "$native/tests/value_parity" >"$work/portable.txt"
+  run_wine "$windows/tests/value_parity.exe" >"$work/platform.txt"
+  "$root/scripts/value-parity.sh" "$work/portable.txt" "$work/platform.txt"
+}
+
+case $step in
+  binaries | registration | scripts | client | type_library | parity) "$step" ;;
+  *) fail "there is no step $step" ;;
+esac

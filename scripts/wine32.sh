@@ -1,0 +1,87 @@
+#!/bin/sh
+# Runs the 32-bit module by a 32-bit Wine, in a folder of its own that leaves the machine's packages
+# alone. Not part of `make test`: it fetches about 200 MB from the machine's Debian mirror, and
+# changing the root folder needs root.
+#
+#   wine32.sh [FOLDER]              FOLDER is build/wine32 if not given
+#
+# Registers build/windows-x86/Mirolta.dll, runs the tour and the test scripts by cscript, and
+# compares what they print with the native host's (NATIVE_BUILD, build/native if not set).
+set -eu
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+mkdir -p "${1:-$root/build/wine32}"
+folder=$(cd "${1:-$root/build/wine32}" && pwd)
+native=${NATIVE_BUILD:-$root/build/native}
+system=$folder/root
+
+fail() {
+  echo "$*" >&2
+  exit 1
+}
+[ "$(id -u)" = 0 ] || fail "wine32.sh must be run by root: it changes the root folder"
+[ -f "$root/build/windows-x86/Mirolta.dll" ] || fail "run make windows first"
+
+# apt with the machine's sources, but packages and lists of its own, for the other architecture.
+apt_for_i386() {
+  apt-get -qq -o APT::Architecture=i386 -o APT::Architectures=i386 -o Dir::State="$folder/state" \
+    -o Dir::State::status="$folder/status" -o Dir::Cache="$folder/cache" \
+    -o APT::Sandbox::User=root -o APT::Install-Recommends=false "$@"
+}
+
+if [ ! -e "$folder/unpacked" ]; then
+  mkdir -p "$folder/state/lists/partial" "$folder/cache/archives/partial"
+  : >"$folder/status"
+  # One source that is out of order does not matter if the packages are in another.
+  apt_for_i386 update || true
+  apt_for_i386 --download-only -y install wine wine32 dash coreutils >/dev/null
+  rm -rf "$system"
+  mkdir -p "$system/usr/bin" "$system/usr/sbin" "$system/usr/lib" "$system/tmp" "$system/root"
+  for name in bin sbin lib; do ln -s "usr/$name" "$system/$name"; done
+  # Unpacked only: of what the packages do when they are installed just Wine's own step is needed.
+  for package in "$folder"/cache/archives/*.deb; do
+    dpkg-deb --fsys-tarfile "$package" | tar -x --keep-directory-symlink -C "$system"
+  done
+  dpkg-deb --ctrl-tarfile "$folder"/cache/archives/libwine_*_i386.deb |
+    tar -x -C "$system/tmp" ./postinst
+  chroot "$system" /bin/sh /tmp/postinst configure
+  touch "$folder/unpacked"
+fi
+
+work=$system/root/module
+mkdir -p "$work" "$system/dev" "$system/proc"
+cp "$root/build/windows-x86/Mirolta.dll" "$root/examples/tour.js" \
+  "$root"/tests/windows/scripts/*.js "$root"/tests/windows/scripts/*.vbs "$work"
+for device in null zero random urandom; do
+  [ -e "$system/dev/$device" ] || cp -a "/dev/$device" "$system/dev/$device"
+done
+mountpoint -q "$system/proc" || mount -t proc proc "$system/proc"
+trap 'umount "$system/proc"' EXIT
+
+in_system() {
+  env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 TZ=UTC \
+    WINEARCH=win32 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=" \
+    WINESERVER=/usr/lib/wine/wineserver32 \
+    chroot "$system" /usr/lib/wine/"$@" 2>/dev/null | tr -d '\r'
+}
+
+[ -d "$system/root/.wine" ] || in_system wine wineboot -i >/dev/null
+in_system wine regsvr32 /s 'Z:\root\module\Mirolta.dll'
+export MIROLTA_REGISTRY="$folder/registry.reg" TZ=UTC LC_ALL=C.UTF-8
+failed=
+for script in "$root/examples/tour.js" "$root"/tests/windows/scripts/*; do
+  name=$(basename "$script")
+  case $name in
+    *.js) "$native/bin/mirolta-host" "$script" >"$folder/expected" ;;
+    *.vbs) cp "${script%.vbs}_vbs.expected" "$folder/expected" ;;
+    *) continue ;;
+  esac
+  in_system wine cscript //nologo "Z:\\root\\module\\$name" >"$folder/$name.output"
+  if [ -s "$folder/expected" ] && diff "$folder/$name.output" "$folder/expected"; then
+    echo "$name: $(wc -l <"$folder/expected") lines agree"
+  else
+    failed="$failed $name"
+  fi
+done
+in_system wineserver32 -w
+[ -z "$failed" ] || fail "differ:$failed"

@@ -1,0 +1,55 @@
+// Writes what the Windows module is made of besides code, from the tables that the code uses.
+//
+//   mirolta-definitions idl FILE                   the interface definitions
+//   mirolta-definitions resources FILE             the resource script
+//   mirolta-definitions manifest FILE PROCESSOR    the manifest for use without registration
+//
+// The resource script names Mirolta.tlb and the registry scripts; the resource compiler is told
+// their folders.
+#include "definition_files.h"
+
+#include <string.h>
+
+using namespace mirolta;
+
+namespace {
+
+int Usage() {
+  fputs(
+      "Usage: mirolta-definitions idl|resources FILE\n"
+      "       mirolta-definitions manifest FILE PROCESSOR\n",
+      stderr);
+  return 2;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count < 3) return Usage();
+  const char* const kind = arguments[1];
+  const bool manifest = strcmp(kind, "manifest") == 0;
+  if (count != (manifest ? 4 : 3)) return Usage();
+  FILE* const out = fopen(arguments[2], "w");
+  if (out == nullptr) {
+    perror(arguments[2]);
+    return 1;
+  }
+  if (manifest) {
+    WriteAssemblyManifest(out, arguments[3]);
+  } else if (strcmp(kind, "idl") == 0) {
+    WriteInterfaceDefinitions(out);
+  } else if (strcmp(kind, "resources") == 0) {
+    WriteResourceScript(out);
+  } else {
+    fclose(out);
+    return Usage();
+  }
+  const bool failed = ferror(out) != 0;
+  if (fclose(out) != 0 || failed) {
+    perror(arguments[2]);
+    return 1;
+  }
+  if (TextsArePlain()) return 0;
+  fputs("A text of the tables has characters that need escapes.\n", stderr);
+  return 1;
+}
