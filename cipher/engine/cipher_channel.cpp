@@ -29,6 +29,14 @@ HRESULT CipherChannel::Update(const BlockTransform& transform, const uint8_t* da
   return TransformQueued(transform);
 }
 
+bool CipherChannel::PassesStraight(uint32_t block_size, uint32_t length) noexcept {
+  if (length == 0 || length % block_size != 0) return false;
+  if (in_.Length() != 0 || out_.Length() != 0 || length > in_.Maximum()) return false;
+  if (in_.Capacity() < block_size) return false;
+  const uint32_t block_count = length / block_size;
+  return ReserveBlocks(block_size, block_count) == block_count;
+}
+
 bool CipherChannel::Append(const uint8_t* data, uint32_t length) noexcept {
   return in_.Append(data, length) == length;
 }

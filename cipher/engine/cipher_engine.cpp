@@ -103,6 +103,23 @@ HRESULT CipherEngine::DecryptFinal() {
   return decrypt_.In().Length() != 0 ? S_FALSE : S_OK;
 }
 
+BlockTransform CipherEngine::EncryptStraight(uint32_t length) noexcept {
+  return Straight(encryption_, encrypt_, length);
+}
+
+BlockTransform CipherEngine::DecryptStraight(uint32_t length) noexcept {
+  return Straight(decryption_, decrypt_, length);
+}
+
+BlockTransform CipherEngine::Straight(const BlockTransform& transform, CipherChannel& channel,
+                                      uint32_t length) const {
+  BlockTransform keyed = Keyed(transform);
+  if (keyed.run != nullptr && !channel.PassesStraight(keyed.block_size, length)) {
+    keyed.run = nullptr;
+  }
+  return keyed;
+}
+
 void CipherEngine::DropKey() {
   key_.Clear();
   WipeSchedule();

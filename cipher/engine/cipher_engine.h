@@ -71,6 +71,12 @@ class CipherEngine {
   // DecryptFinal returns S_FALSE if a partial block stays queued, else S_OK.
   [[nodiscard]] virtual HRESULT DecryptFinal();
 
+  // EncryptStraight and DecryptStraight are for an owner that has a place for the output of an
+  // update with length bytes: the transform to run there instead of the update, without run where
+  // the queues have a part in it.
+  BlockTransform EncryptStraight(uint32_t length) noexcept;
+  BlockTransform DecryptStraight(uint32_t length) noexcept;
+
   // Output that nobody has taken; owners read it and consume it here.
   ByteBuffer& EncryptOut() noexcept { return encrypt_.Out(); }
   ByteBuffer& DecryptOut() noexcept { return decrypt_.Out(); }
@@ -97,6 +103,8 @@ class CipherEngine {
   void DropKey();
   // The transform of a direction; without a key, one that cannot run.
   BlockTransform Keyed(const BlockTransform& transform) const;
+  BlockTransform Straight(const BlockTransform& transform, CipherChannel& channel,
+                          uint32_t length) const;
 
   ByteString key_;
   std::atomic<LONG> pad_type_ = 0;

@@ -17,15 +17,15 @@ struct State {
 
 inline uint32_t RoundColumn(const uint32_t (&tables)[4][256], uint32_t a, uint32_t b, uint32_t c,
                             uint32_t d, uint32_t key) {
-  return tables[0][a >> 24] ^ tables[1][b >> 16 & 0xFF] ^ tables[2][c >> 8 & 0xFF] ^
-         tables[3][d & 0xFF] ^ key;
+  return tables[0][a & 0xFF] ^ tables[1][b >> 8 & 0xFF] ^ tables[2][c >> 16 & 0xFF] ^
+         tables[3][d >> 24] ^ key;
 }
 
 // The last round does not mix columns.
 inline uint32_t LastColumn(const uint8_t (&box)[256], uint32_t a, uint32_t b, uint32_t c,
                            uint32_t d, uint32_t key) {
-  return (uint32_t{box[a >> 24]} << 24 | uint32_t{box[b >> 16 & 0xFF]} << 16 |
-          uint32_t{box[c >> 8 & 0xFF]} << 8 | box[d & 0xFF]) ^
+  return (box[a & 0xFF] | uint32_t{box[b >> 8 & 0xFF]} << 8 | uint32_t{box[c >> 16 & 0xFF]} << 16 |
+          uint32_t{box[d >> 24]} << 24) ^
          key;
 }
 
@@ -40,8 +40,9 @@ inline State Round(const uint32_t (&tables)[4][256], const State& s, const uint3
 template <uint32_t kSecond, uint32_t kFourth>
 inline void TransformBlock(const uint32_t (&tables)[4][256], const uint8_t (&box)[256],
                            uint32_t rounds, const uint32_t* key, const uint8_t* in, uint8_t* out) {
-  State s = {LoadBigEndian32(in) ^ key[0], LoadBigEndian32(in + 4 * kSecond) ^ key[kSecond],
-             LoadBigEndian32(in + 8) ^ key[2], LoadBigEndian32(in + 4 * kFourth) ^ key[kFourth]};
+  State s = {LoadLittleEndian32(in) ^ key[0], LoadLittleEndian32(in + 4 * kSecond) ^ key[kSecond],
+             LoadLittleEndian32(in + 8) ^ key[2],
+             LoadLittleEndian32(in + 4 * kFourth) ^ key[kFourth]};
   // Rounds are 10, 12 or 14: one before the loop, pairs in it, the last one after.
   const uint32_t* const last = key + 4 * rounds;
   key += 4;
@@ -51,10 +52,10 @@ inline void TransformBlock(const uint32_t (&tables)[4][256], const uint8_t (&box
     s = Round<kSecond, kFourth>(tables, s, key + 8);
     key += 8;
   } while (key + 4 != last);
-  StoreBigEndian32(out, LastColumn(box, s.a, s.b, s.c, s.d, last[0]));
-  StoreBigEndian32(out + 4 * kSecond, LastColumn(box, s.b, s.c, s.d, s.a, last[kSecond]));
-  StoreBigEndian32(out + 8, LastColumn(box, s.c, s.d, s.a, s.b, last[2]));
-  StoreBigEndian32(out + 4 * kFourth, LastColumn(box, s.d, s.a, s.b, s.c, last[kFourth]));
+  StoreLittleEndian32(out, LastColumn(box, s.a, s.b, s.c, s.d, last[0]));
+  StoreLittleEndian32(out + 4 * kSecond, LastColumn(box, s.b, s.c, s.d, s.a, last[kSecond]));
+  StoreLittleEndian32(out + 8, LastColumn(box, s.c, s.d, s.a, s.b, last[2]));
+  StoreLittleEndian32(out + 4 * kFourth, LastColumn(box, s.d, s.a, s.b, s.c, last[kFourth]));
 }
 
 }  // namespace

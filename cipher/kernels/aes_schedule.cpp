@@ -1,5 +1,5 @@
-#include "aes_schedule.h"
-
+// The key schedule by table look-ups, on any processor.
+#include "aes_kernels.h"
 #include "aes_tables.h"
 #include "block_bytes.h"
 
@@ -16,30 +16,29 @@ uint32_t SubstituteWord(const AesTables& tables, uint32_t word) {
 // The inverse tables begin with the inverse substitution; substituting before undoes that, which
 // leaves the inverse column mix.
 uint32_t UnmixColumn(const AesTables& tables, uint32_t word) {
-  return tables.inverse[0][tables.substitution[word >> 24]] ^
-         tables.inverse[1][tables.substitution[word >> 16 & 0xFF]] ^
-         tables.inverse[2][tables.substitution[word >> 8 & 0xFF]] ^
-         tables.inverse[3][tables.substitution[word & 0xFF]];
+  return tables.inverse[0][tables.substitution[word & 0xFF]] ^
+         tables.inverse[1][tables.substitution[word >> 8 & 0xFF]] ^
+         tables.inverse[2][tables.substitution[word >> 16 & 0xFF]] ^
+         tables.inverse[3][tables.substitution[word >> 24]];
 }
 
 }  // namespace
 
-bool ExpandAesKey(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule) noexcept {
-  if (byte_length != 16 && byte_length != 24 && byte_length != 32) return false;
+void AesExpandPortable(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule) {
   const AesTables& tables = SharedAesTables();
   const uint32_t key_words = byte_length / 4;
   const uint32_t rounds = key_words + 6;
   schedule->rounds = rounds;
 
   uint32_t* const words = schedule->encryption;
-  for (uint32_t i = 0; i < key_words; ++i) words[i] = LoadBigEndian32(key + 4 * i);
+  for (uint32_t i = 0; i < key_words; ++i) words[i] = LoadLittleEndian32(key + 4 * i);
   // phase is i modulo key_words; the constants used are 4 * (rounds + 1) / key_words <= 10.
   uint32_t phase = 0;
   const uint32_t* constant = tables.round_constants;
   for (uint32_t i = key_words; i < 4 * (rounds + 1); ++i) {
     uint32_t word = words[i - 1];
     if (phase == 0) {
-      word = SubstituteWord(tables, word << 8 | word >> 24) ^ *constant++;
+      word = SubstituteWord(tables, word >> 8 | word << 24) ^ *constant++;
     } else if (key_words == 8 && phase == 4) {
       word = SubstituteWord(tables, word);
     }
@@ -54,7 +53,6 @@ bool ExpandAesKey(const uint8_t* key, uint32_t byte_length, AesSchedule* schedul
       schedule->decryption[4 * round + column] = outer ? word : UnmixColumn(tables, word);
     }
   }
-  return true;
 }
 
 }  // namespace mirolta

@@ -9,7 +9,8 @@ inline constexpr uint32_t kAesBlockSize = 16;
 inline constexpr uint32_t kAesMaxRounds = 14;
 
 // AesSchedule holds (rounds + 1) round keys of four words in order of use, for each direction. A
-// word is a column of the state with the first row in its top byte. The decryption keys are those
+// word is a column of the state with the first row in its lowest byte, so the
+// words of a little-endian processor are the standard's bytes. The decryption keys are those
 // of the equivalent inverse cipher, so both directions run the same sequence of steps.
 struct AesSchedule {
   uint32_t rounds;
@@ -19,7 +20,7 @@ struct AesSchedule {
 
 // ExpandAesKey fills the schedule from key[byte_length].
 // Returns: false, with the schedule untouched, unless byte_length is 16, 24 or 32.
-// Time:    looks up tables at addresses that depend on the key.
+// Time:    without AES instructions, looks up tables at addresses that depend on the key.
 // Source:  FIPS-197, 5.2 and 5.3.5.
 [[nodiscard]] bool ExpandAesKey(const uint8_t* key, uint32_t byte_length,
                                 AesSchedule* schedule) noexcept;

@@ -36,13 +36,13 @@ uint8_t RotateByte(uint8_t x, int count) {
 }
 
 uint32_t Column(uint8_t row0, uint8_t row1, uint8_t row2, uint8_t row3) {
-  return uint32_t{row0} << 24 | uint32_t{row1} << 16 | uint32_t{row2} << 8 | row3;
+  return uint32_t{row3} << 24 | uint32_t{row2} << 16 | uint32_t{row1} << 8 | row0;
 }
 
 void SetRotated(uint32_t (&tables)[4][256], uint32_t index, uint32_t column) {
   for (uint32_t(&table)[256] : tables) {
     table[index] = column;
-    column = column >> 8 | column << 24;
+    column = column << 8 | column >> 24;
   }
 }
 
@@ -53,7 +53,7 @@ AesTables::AesTables() noexcept {
 
   uint8_t constant = 1;
   for (uint32_t& word : round_constants) {
-    word = uint32_t{constant} << 24;
+    word = constant;
     constant = Double(constant);
   }
 

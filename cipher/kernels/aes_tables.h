@@ -14,9 +14,9 @@ struct AesTables {
 
   uint8_t substitution[256];
   uint8_t inverse_substitution[256];
-  uint32_t round_constants[10];  // 1, 2, 4, ... in the top byte of a word
-  // forward[0][v] is the column (2s, s, s, 3s) with s = substitution[v], the first row in the top
-  // byte; forward[i] is forward[0] with every word rotated right by i bytes.
+  uint32_t round_constants[10];  // 1, 2, 4, ... in the lowest byte of a word
+  // forward[0][v] is the column (2s, s, s, 3s) with s = substitution[v], the first row in the
+  // lowest byte; forward[i] is forward[0] with every word rotated left by i bytes.
   uint32_t forward[4][256];
   // inverse[0][v] is the column (14s, 9s, 13s, 11s) with s = inverse_substitution[v]; and so on.
   uint32_t inverse[4][256];

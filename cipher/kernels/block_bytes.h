@@ -1,4 +1,5 @@
-// Words of cipher blocks, whose first byte is the most significant one.
+// Words of cipher blocks. DES has the first byte as the most significant one; AES gives no order,
+// and its kernels take the first byte as the least significant one.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +15,17 @@ inline void StoreBigEndian32(uint8_t* bytes, uint32_t word) noexcept {
   bytes[1] = static_cast<uint8_t>(word >> 16);
   bytes[2] = static_cast<uint8_t>(word >> 8);
   bytes[3] = static_cast<uint8_t>(word);
+}
+
+inline uint32_t LoadLittleEndian32(const uint8_t* bytes) noexcept {
+  return uint32_t{bytes[3]} << 24 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[1]} << 8 | bytes[0];
+}
+
+inline void StoreLittleEndian32(uint8_t* bytes, uint32_t word) noexcept {
+  bytes[0] = static_cast<uint8_t>(word);
+  bytes[1] = static_cast<uint8_t>(word >> 8);
+  bytes[2] = static_cast<uint8_t>(word >> 16);
+  bytes[3] = static_cast<uint8_t>(word >> 24);
 }
 
 }  // namespace mirolta

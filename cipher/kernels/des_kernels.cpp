@@ -5,10 +5,22 @@ namespace mirolta {
 namespace {
 
 constexpr Kernel<DesTransform> kEncryptKernels[] = {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"des-encrypt-avx512", kFeatureAvx512 | kFeatureGfni, DesEncryptAvx512},
+    {"des-encrypt-avx2", kFeatureAvx2, DesEncryptAvx2},
+    {"des-encrypt-gfni", kFeatureGfni, DesEncryptGfni},
+    {"des-encrypt-words64", 0, DesEncryptWords64},
+#endif
     {"des-encrypt-portable", 0, DesEncryptPortable},
 };
 
 constexpr Kernel<DesTransform> kDecryptKernels[] = {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"des-decrypt-avx512", kFeatureAvx512 | kFeatureGfni, DesDecryptAvx512},
+    {"des-decrypt-avx2", kFeatureAvx2, DesDecryptAvx2},
+    {"des-decrypt-gfni", kFeatureGfni, DesDecryptGfni},
+    {"des-decrypt-words64", 0, DesDecryptWords64},
+#endif
     {"des-decrypt-portable", 0, DesDecryptPortable},
 };
 

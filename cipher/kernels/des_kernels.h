@@ -32,4 +32,24 @@ void DesEncryptPortable(const DesSchedule& schedule, const uint8_t* in, uint8_t*
 void DesDecryptPortable(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                         uint32_t block_count);
 
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+void DesEncryptWords64(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                       uint32_t block_count);
+void DesDecryptWords64(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                       uint32_t block_count);
+void DesEncryptGfni(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                    uint32_t block_count);
+void DesDecryptGfni(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                    uint32_t block_count);
+// These read tables only where few blocks are left.
+void DesEncryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                    uint32_t block_count);
+void DesDecryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                    uint32_t block_count);
+void DesEncryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                      uint32_t block_count);
+void DesDecryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                      uint32_t block_count);
+#endif
+
 }  // namespace mirolta

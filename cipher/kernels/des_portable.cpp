@@ -1,60 +1,12 @@
 // Table look-ups on 32-bit words: all that any processor offers.
 #include "block_bytes.h"
 #include "des_kernels.h"
+#include "des_permutations.h"
 #include "des_tables.h"
 
 namespace mirolta {
 
 namespace {
-
-inline uint32_t RotateLeft(uint32_t x, int count) {
-  return x << count | x >> (32 - count);
-}
-inline uint32_t RotateRight(uint32_t x, int count) {
-  return x >> count | x << (32 - count);
-}
-
-// Exchanges the bits of a that mask selects, after a shift to the right, with those of b.
-inline void ExchangeBits(uint32_t& a, uint32_t& b, int shift, uint32_t mask) {
-  const uint32_t difference = (a >> shift ^ b) & mask;
-  b ^= difference;
-  a ^= difference << shift;
-}
-
-// The halves of a block between the initial and the final permutation, each rotated left by one
-// bit: then the inputs of the even S-boxes are the lower six bits of the half's bytes, and those of
-// the odd ones the same of the half rotated right by four.
-struct Halves {
-  uint32_t left;
-  uint32_t right;
-};
-
-inline Halves PermuteInitially(const uint8_t* block) {
-  uint32_t left = LoadBigEndian32(block);
-  uint32_t right = LoadBigEndian32(block + 4);
-  ExchangeBits(left, right, 4, 0x0F0F0F0F);
-  ExchangeBits(left, right, 16, 0x0000FFFF);
-  ExchangeBits(right, left, 2, 0x33333333);
-  ExchangeBits(right, left, 8, 0x00FF00FF);
-  // The last exchange is by one bit, which the rotation of the right half makes one in place.
-  right = RotateLeft(right, 1);
-  ExchangeBits(left, right, 0, 0xAAAAAAAA);
-  return {RotateLeft(left, 1), right};
-}
-
-// The steps above in reverse, on halves that the last round has left in exchanged places.
-inline void PermuteFinally(Halves halves, uint8_t* block) {
-  uint32_t left = RotateRight(halves.right, 1);
-  uint32_t right = halves.left;
-  ExchangeBits(left, right, 0, 0xAAAAAAAA);
-  right = RotateRight(right, 1);
-  ExchangeBits(right, left, 8, 0x00FF00FF);
-  ExchangeBits(right, left, 2, 0x33333333);
-  ExchangeBits(left, right, 16, 0x0000FFFF);
-  ExchangeBits(left, right, 4, 0x0F0F0F0F);
-  StoreBigEndian32(block, left);
-  StoreBigEndian32(block + 4, right);
-}
 
 inline uint32_t RoundFunction(uint32_t half, const uint32_t* key, uint32_t mask) {
   const auto& boxes = kDesTables.substitution;

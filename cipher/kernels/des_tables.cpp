@@ -90,4 +90,24 @@ constexpr DesTables MakeTables() {
 
 constinit const DesTables kDesTables = MakeTables();
 
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+namespace {
+
+constexpr DesWideTables MakeWideTables() {
+  DesWideTables tables = {};
+  for (uint32_t box = 0; box < 8; ++box) {
+    for (uint32_t v = 0; v < 64; ++v) {
+      const uint32_t half = SubstitutedAndPermuted(box, v);
+      const uint64_t odd = (half >> 4 | half << 28) & 0xFFFFFFFF;
+      tables.substitution[box][v] = (odd << 32 | half) & 0x3F3F3F3F3F3F3F3F;
+    }
+  }
+  return tables;
+}
+
+}  // namespace
+
+constinit const DesWideTables kDesWideTables = MakeWideTables();
+#endif
+
 }  // namespace mirolta

@@ -27,4 +27,14 @@ struct DesTables {
 
 extern const DesTables kDesTables;
 
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+// substitution[i][v] is the word of DesTables with the half expanded: the inputs of the S-boxes 1,
+// 3, 5, 7, 2, 4, 6, 8, highest byte first, each in the lower six bits of its byte.
+struct DesWideTables {
+  uint64_t substitution[8][64];
+};
+
+extern const DesWideTables kDesWideTables;
+#endif
+
 }  // namespace mirolta

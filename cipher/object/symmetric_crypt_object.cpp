@@ -19,9 +19,11 @@ TypeInfoHolder type_info(IID_ISymmetricCryptObject);
 constexpr ClassDescription kSymmetricCryptClass = {&CLSID_SymmetricCryptObject, &type_info};
 
 const SymmetricCryptObject::Direction SymmetricCryptObject::kEncryption = {
-    &CipherEngine::EncryptUpdate, &CipherEngine::EncryptFinal, &CipherEngine::EncryptOut};
+    &CipherEngine::EncryptUpdate, &CipherEngine::EncryptFinal, &CipherEngine::EncryptStraight,
+    &CipherEngine::EncryptOut};
 const SymmetricCryptObject::Direction SymmetricCryptObject::kDecryption = {
-    &CipherEngine::DecryptUpdate, &CipherEngine::DecryptFinal, &CipherEngine::DecryptOut};
+    &CipherEngine::DecryptUpdate, &CipherEngine::DecryptFinal, &CipherEngine::DecryptStraight,
+    &CipherEngine::DecryptOut};
 
 HRESULT CreateSymmetricCryptObject(IUnknown* outer, REFIID iid, void** out) {
   return CreateObject<SymmetricCryptObject>(outer, iid, out);
@@ -91,6 +93,30 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_codePage(LONG code_page) {
   });
 }
 
+namespace {
+
+// Transforms bytes into a new byte array. Errors: those of making and locking the array.
+HRESULT TransformToArray(const BlockTransform& transform, const ByteView& bytes, VARIANT* out) {
+  VariantInit(out);
+  SAFEARRAYBOUND bound = {bytes.Count(), 0};
+  SAFEARRAY* const array = SafeArrayCreate(VT_UI1, 1, &bound);
+  if (array == nullptr) return E_OUTOFMEMORY;
+  void* data = nullptr;
+  const HRESULT status = SafeArrayAccessData(array, &data);
+  if (FAILED(status)) {
+    SafeArrayDestroy(array);
+    return status;
+  }
+  transform.run(transform.schedule, bytes.Data(), static_cast<uint8_t*>(data),
+                bytes.Count() / transform.block_size);
+  SafeArrayUnaccessData(array);
+  V_VT(out) = kByteArrayType;
+  V_ARRAY(out) = array;
+  return S_OK;
+}
+
+}  // namespace
+
 HRESULT SymmetricCryptObject::Transform(const Direction& direction, const VARIANT& data,
                                         bool finalize, VARIANT* result) {
   if (!engine_->HasKey()) return Raise(kMessageNotInitialized);
@@ -100,6 +126,18 @@ HRESULT SymmetricCryptObject::Transform(const Direction& direction, const VARIAN
   // Again: reading an object runs the caller's code, which may have taken engine or key away.
   if (!engine_ || !engine_->HasKey()) return Raise(kMessageNotInitialized);
   CipherEngine& engine = *engine_;
+  // Whole blocks that the queues would only pass on go from array to array: that is an update, a
+  // final step that finds nothing, and the output taken. Without an array for it the output has to
+  // wait in the queue.
+  HRESULT array_status = S_OK;
+  const BlockTransform straight = (engine.*direction.straight)(bytes.Count());
+  if (straight.run != nullptr) {
+    array_status = TransformToArray(straight, bytes, result);
+    if (SUCCEEDED(array_status)) {
+      if (finalize) pad_.ApplyTo(engine);
+      return S_OK;
+    }
+  }
   status = (engine.*direction.update)(bytes.Data(), bytes.Count());
   if (FAILED(status)) return status;
   if (finalize) {
@@ -108,6 +146,7 @@ HRESULT SymmetricCryptObject::Transform(const Direction& direction, const VARIAN
     if (FAILED(status)) return status;
   }
   // Output stays queued until it has reached the caller's array.
+  if (FAILED(array_status)) return array_status;
   ByteBuffer& out = (engine.*direction.out)();
   status = BytesToVariant(out.Data(), out.Length(), result);
   if (FAILED(status)) return status;

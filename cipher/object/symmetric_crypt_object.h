@@ -40,6 +40,7 @@ class SymmetricCryptObject final
   struct Direction {
     HRESULT (CipherEngine::*update)(const uint8_t* data, uint32_t length);
     HRESULT (CipherEngine::*final)();
+    BlockTransform (CipherEngine::*straight)(uint32_t length) noexcept;
     ByteBuffer& (CipherEngine::*out)() noexcept;
   };
   static const Direction kEncryption;

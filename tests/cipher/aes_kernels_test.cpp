@@ -64,6 +64,23 @@ TEST(AesKernels, AgreeWithThePortableOnes) {
   }
 }
 
+TEST(AesKernels, ExpandKeysAsThePortableOneDoes) {
+  std::mt19937 random(7);
+  const AesExpansionList list = AesExpansionKernels();
+  ForEachKernel(list, [&](const Kernel<AesExpansion>& kernel) {
+    for (uint32_t key_length : {16u, 24u, 32u}) {
+      for (uint32_t i = 0; i < 200; ++i) {
+        const Bytes key = RandomBytes(random, key_length + 1);
+        AesSchedule expected = {};
+        AesSchedule schedule = {};
+        AesExpandPortable(key.data() + 1, key_length, &expected);
+        kernel.function(key.data() + 1, key_length, &schedule);
+        ASSERT_EQ(std::memcmp(&schedule, &expected, sizeof expected), 0) << key_length;
+      }
+    }
+  });
+}
+
 TEST(AesKernels, ChosenOnesAreTheFirstThatTheProcessorRuns) {
   const AesKernelList encrypt = AesEncryptKernels();
   const AesKernelList decrypt = AesDecryptKernels();
@@ -100,29 +117,29 @@ TEST(AesTables, HoldTheStandardsValues) {
   for (uint32_t v = 0; v < 256; ++v) {
     EXPECT_EQ(tables.inverse_substitution[tables.substitution[v]], v);
   }
-  EXPECT_EQ(tables.round_constants[0], 0x01000000u);
-  EXPECT_EQ(tables.round_constants[7], 0x80000000u);
-  EXPECT_EQ(tables.round_constants[8], 0x1B000000u);
-  EXPECT_EQ(tables.round_constants[9], 0x36000000u);
-  EXPECT_EQ(tables.forward[0][0], 0xC66363A5u);
-  EXPECT_EQ(tables.forward[1][0], 0xA5C66363u);
-  EXPECT_EQ(tables.forward[3][0], 0x6363A5C6u);
-  EXPECT_EQ(tables.inverse[0][0], 0x51F4A750u);
+  EXPECT_EQ(tables.round_constants[0], 0x01u);
+  EXPECT_EQ(tables.round_constants[7], 0x80u);
+  EXPECT_EQ(tables.round_constants[8], 0x1Bu);
+  EXPECT_EQ(tables.round_constants[9], 0x36u);
+  EXPECT_EQ(tables.forward[0][0], 0xA56363C6u);
+  EXPECT_EQ(tables.forward[1][0], 0x6363C6A5u);
+  EXPECT_EQ(tables.forward[3][0], 0xC6A56363u);
+  EXPECT_EQ(tables.inverse[0][0], 0x50A7F451u);
 }
 
 TEST(AesSchedule, ExpandsTheStandardsKeys) {
   // FIPS-197, appendix A: the last word of each expansion.
   const AesSchedule key128 = Expanded(FromHex("2b7e151628aed2a6abf7158809cf4f3c"));
   EXPECT_EQ(key128.rounds, 10u);
-  EXPECT_EQ(key128.encryption[4], 0xA0FAFE17u);
-  EXPECT_EQ(key128.encryption[43], 0xB6630CA6u);
+  EXPECT_EQ(key128.encryption[4], 0x17FEFAA0u);
+  EXPECT_EQ(key128.encryption[43], 0xA60C63B6u);
   const AesSchedule key192 = Expanded(FromHex("8e73b0f7da0e6452c810f32b809079e562f8ead2522c6b7b"));
   EXPECT_EQ(key192.rounds, 12u);
-  EXPECT_EQ(key192.encryption[51], 0x01002202u);
+  EXPECT_EQ(key192.encryption[51], 0x02220001u);
   const AesSchedule key256 =
       Expanded(FromHex("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4"));
   EXPECT_EQ(key256.rounds, 14u);
-  EXPECT_EQ(key256.encryption[59], 0x706C631Eu);
+  EXPECT_EQ(key256.encryption[59], 0x1E636C70u);
 }
 
 TEST(AesSchedule, RefusesOtherLengths) {

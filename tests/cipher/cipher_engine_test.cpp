@@ -292,6 +292,44 @@ size_t Slot(Member member) {
   return (words[0] - 1) / sizeof(void*);
 }
 
+// Where the queues would only pass blocks on, the bytes are those of an update; elsewhere the
+// update has to be made.
+TEST(CipherEngine, StraightTransformsAreUpdatesOfWholeBlocksBetweenEmptyQueues) {
+  for (const LONG algorithm : {kCipherAes, kCipherDes}) {
+    const Bytes& key = algorithm == kCipherAes ? kAesKey : kDesKey;
+    const std::unique_ptr<CipherEngine> engine = KeyedEngine(algorithm, key);
+    const uint32_t block_size = engine->BlockSize();
+    for (const uint32_t blocks : {1u, 2u, 63u, 4096u}) {
+      Bytes data(blocks * block_size);
+      for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<uint8_t>(i * 37 + i / 256);
+      const uint32_t length = static_cast<uint32_t>(data.size());
+      Bytes straight(length);
+      const BlockTransform encrypt = engine->EncryptStraight(length);
+      ASSERT_NE(encrypt.run, nullptr);
+      encrypt.run(encrypt.schedule, data.data(), straight.data(), blocks);
+      ExpectQueued(*engine, 0, 0);
+      ASSERT_EQ(Encrypt(*engine, data), S_OK);
+      EXPECT_EQ(straight, TakeAll(engine->EncryptOut()));
+      const BlockTransform decrypt = engine->DecryptStraight(length);
+      ASSERT_NE(decrypt.run, nullptr);
+      decrypt.run(decrypt.schedule, straight.data(), straight.data(), blocks);
+      EXPECT_EQ(straight, data);
+    }
+    EXPECT_EQ(engine->EncryptStraight(0).run, nullptr);
+    EXPECT_EQ(engine->EncryptStraight(block_size + 1).run, nullptr);
+    EXPECT_NE(engine->EncryptStraight(kUsualMaximum).run, nullptr);
+    EXPECT_EQ(engine->EncryptStraight(kUsualMaximum + block_size).run, nullptr);
+
+    ASSERT_EQ(Encrypt(*engine, Bytes(1, 7)), S_OK);
+    EXPECT_EQ(engine->EncryptStraight(block_size).run, nullptr);  // a byte waits
+    EXPECT_NE(engine->DecryptStraight(block_size).run, nullptr);  // in the other direction
+    ASSERT_EQ(Decrypt(*engine, Bytes(block_size, 7)), S_OK);
+    EXPECT_EQ(engine->DecryptStraight(block_size).run, nullptr);  // output waits
+    ASSERT_EQ(engine->ClearKey(), S_OK);
+    EXPECT_EQ(engine->EncryptStraight(block_size).run, nullptr);
+  }
+}
+
 TEST(CipherEngine, VirtualOperationsKeepTheirOrder) {
   // The destructor has two slots here.
   EXPECT_EQ(Slot(&CipherEngine::SetKey), 2u);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <vector>
 
 #include "platform.h"
 #include "test_bytes.h"
@@ -26,16 +27,29 @@ void ForEachKernel(const List& list, const Check& check) {
   }
 }
 
-// Compares each kernel with the portable one: all counts up to kMostBlocks, unaligned input and
-// output, in place, and nothing written beyond the last block.
+// Small counts all, large ones around what vectors of 128 to 512 bits take at once, with and
+// without a rest that fills part of one.
+inline std::vector<uint32_t> CheckedCounts() {
+  std::vector<uint32_t> counts;
+  for (uint32_t count = 0; count <= 70; ++count) counts.push_back(count);
+  for (uint32_t middle : {96u, 128u, 192u, 256u, 448u, 512u, 768u, 1024u}) {
+    for (uint32_t count = middle - 2; count <= middle + 2; ++count) counts.push_back(count);
+  }
+  for (uint32_t count : {100u, 285u, 286u, 287u, 288u, 533u, 534u, 535u, 536u, 600u, 1100u}) {
+    counts.push_back(count);
+  }
+  return counts;
+}
+
+// Compares each kernel with the portable one: the counts above, unaligned input and output, in
+// place, and nothing written beyond the last block.
 template <typename List, typename Schedule>
 void ExpectKernelsAgree(const List& list, const Schedule& schedule, uint32_t block_size,
                         std::mt19937& random) {
-  constexpr uint32_t kMostBlocks = 70;
   constexpr uint8_t kGuard = 0x5C;
   const auto portable = list.kernels[list.count - 1].function;
   ForEachKernel(list, [&](const auto& kernel) {
-    for (uint32_t count = 0; count <= kMostBlocks; ++count) {
+    for (uint32_t count : CheckedCounts()) {
       const uint32_t size = count * block_size;
       const uint32_t offset = Below(random, 16);
       const Bytes in = RandomBytes(random, offset + size);

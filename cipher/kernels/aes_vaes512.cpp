@@ -1,0 +1,153 @@
+// AES with the round instructions on 512-bit registers: four blocks a register, eight registers in
+// flight. The round keys, repeated four times, stay in registers too, so nothing is left in memory.
+#include "aes_kernels.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+  #include <immintrin.h>
+
+namespace mirolta {
+
+namespace {
+
+  #define MIROLTA_VAES512_TARGET \
+    __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,vaes,aes")))
+  #define MIROLTA_VAES512 \
+    __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,vaes,aes"), always_inline)) inline
+
+constexpr uint32_t kBlocks = 4;  // of a register
+constexpr uint32_t kGroup = 8;   // registers
+
+// The plain intrinsic begins with an undefined register, which the compiler warns of.
+MIROLTA_VAES512 __m512i Repeat(__m128i block) {
+  return _mm512_maskz_broadcast_i32x4(0xFFFF, block);
+}
+
+MIROLTA_VAES512 __m128i NarrowKey(const uint32_t* words) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words));
+}
+
+MIROLTA_VAES512 __m512i WideKey(const uint32_t* words) {
+  return Repeat(NarrowKey(words));
+}
+
+template <bool kEncrypt>
+MIROLTA_VAES512 __m512i Round(__m512i blocks, __m512i key) {
+  return kEncrypt ? _mm512_aesenc_epi128(blocks, key) : _mm512_aesdec_epi128(blocks, key);
+}
+
+template <bool kEncrypt>
+MIROLTA_VAES512 __m512i LastRound(__m512i blocks, __m512i key) {
+  return kEncrypt ? _mm512_aesenclast_epi128(blocks, key) : _mm512_aesdeclast_epi128(blocks, key);
+}
+
+template <bool kEncrypt, uint32_t kRounds>
+MIROLTA_VAES512 void TransformOne(const uint32_t* words, const uint8_t* in, uint8_t* out) {
+  const __m128i plain = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  __m128i block = _mm_xor_si128(plain, NarrowKey(words));
+  #pragma GCC unroll 16
+  for (uint32_t round = 1; round < kRounds; ++round) {
+    const __m128i key = NarrowKey(words + 4 * round);
+    block = kEncrypt ? _mm_aesenc_si128(block, key) : _mm_aesdec_si128(block, key);
+  }
+  const __m128i key = NarrowKey(words + 4 * kRounds);
+  block = kEncrypt ? _mm_aesenclast_si128(block, key) : _mm_aesdeclast_si128(block, key);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
+}
+
+// Up to four blocks in one register.
+template <bool kEncrypt, uint32_t kRounds>
+MIROLTA_VAES512 void TransformFew(const uint32_t* words, const uint8_t* in, uint8_t* out,
+                                  uint32_t block_count) {
+  const __mmask8 there = static_cast<__mmask8>((1u << 2 * block_count) - 1);
+  __m512i blocks = _mm512_xor_si512(_mm512_maskz_loadu_epi64(there, in), WideKey(words));
+  #pragma GCC unroll 16
+  for (uint32_t round = 1; round < kRounds; ++round) {
+    blocks = Round<kEncrypt>(blocks, WideKey(words + 4 * round));
+  }
+  blocks = LastRound<kEncrypt>(blocks, WideKey(words + 4 * kRounds));
+  _mm512_mask_storeu_epi64(out, there, blocks);
+}
+
+template <bool kEncrypt, uint32_t kRounds, uint32_t kCount>
+MIROLTA_VAES512 void TransformGroup(const __m512i* keys, const uint8_t* in, uint8_t* out) {
+  __m512i blocks[kCount];
+  #pragma GCC unroll 8
+  for (uint32_t i = 0; i < kCount; ++i) {
+    blocks[i] = _mm512_xor_si512(_mm512_loadu_si512(in + 64 * i), keys[0]);
+  }
+  #pragma GCC unroll 16
+  for (uint32_t round = 1; round < kRounds; ++round) {
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < kCount; ++i) blocks[i] = Round<kEncrypt>(blocks[i], keys[round]);
+  }
+  #pragma GCC unroll 8
+  for (uint32_t i = 0; i < kCount; ++i) {
+    _mm512_storeu_si512(out + 64 * i, LastRound<kEncrypt>(blocks[i], keys[kRounds]));
+  }
+}
+
+template <bool kEncrypt, uint32_t kRounds>
+MIROLTA_VAES512 void TransformMany(const uint32_t* words, const uint8_t* in, uint8_t* out,
+                                   uint32_t block_count) {
+  __m512i keys[kRounds + 1];
+  #pragma GCC unroll 16
+  for (uint32_t round = 0; round <= kRounds; ++round) keys[round] = WideKey(words + 4 * round);
+  for (; block_count >= kGroup * kBlocks; block_count -= kGroup * kBlocks) {
+    TransformGroup<kEncrypt, kRounds, kGroup>(keys, in, out);
+    in += kGroup * kBlocks * kAesBlockSize;
+    out += kGroup * kBlocks * kAesBlockSize;
+  }
+  if (block_count >= kGroup / 2 * kBlocks) {
+    TransformGroup<kEncrypt, kRounds, kGroup / 2>(keys, in, out);
+    in += kGroup / 2 * kBlocks * kAesBlockSize;
+    out += kGroup / 2 * kBlocks * kAesBlockSize;
+    block_count -= kGroup / 2 * kBlocks;
+  }
+  for (; block_count >= kBlocks; block_count -= kBlocks) {
+    TransformGroup<kEncrypt, kRounds, 1>(keys, in, out);
+    in += kBlocks * kAesBlockSize;
+    out += kBlocks * kAesBlockSize;
+  }
+  if (block_count != 0) TransformFew<kEncrypt, kRounds>(words, in, out, block_count);
+}
+
+template <bool kEncrypt, uint32_t kRounds>
+MIROLTA_VAES512 void TransformBy(const uint32_t* words, const uint8_t* in, uint8_t* out,
+                                 uint32_t block_count) {
+  if (block_count == 1) {
+    TransformOne<kEncrypt, kRounds>(words, in, out);
+  } else if (block_count <= kBlocks) {
+    TransformFew<kEncrypt, kRounds>(words, in, out, block_count);
+  } else {
+    TransformMany<kEncrypt, kRounds>(words, in, out, block_count);
+  }
+}
+
+template <bool kEncrypt>
+MIROLTA_VAES512 void TransformBlocks(const uint32_t* words, uint32_t rounds, const uint8_t* in,
+                                     uint8_t* out, uint32_t block_count) {
+  if (rounds == 10) {
+    TransformBy<kEncrypt, 10>(words, in, out, block_count);
+  } else if (rounds == 12) {
+    TransformBy<kEncrypt, 12>(words, in, out, block_count);
+  } else {
+    TransformBy<kEncrypt, 14>(words, in, out, block_count);
+  }
+}
+
+}  // namespace
+
+MIROLTA_VAES512_TARGET void AesEncryptVaes512(const AesSchedule& schedule, const uint8_t* in,
+                                              uint8_t* out, uint32_t block_count) {
+  TransformBlocks<true>(schedule.encryption, schedule.rounds, in, out, block_count);
+}
+
+MIROLTA_VAES512_TARGET void AesDecryptVaes512(const AesSchedule& schedule, const uint8_t* in,
+                                              uint8_t* out, uint32_t block_count) {
+  TransformBlocks<false>(schedule.decryption, schedule.rounds, in, out, block_count);
+}
+
+}  // namespace mirolta
+
+#endif

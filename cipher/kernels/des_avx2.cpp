@@ -1,0 +1,214 @@
+// DES on bit slices of 256 blocks, with AVX2.
+#include "des_kernels.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+  #include <immintrin.h>
+
+namespace mirolta {
+
+namespace {
+
+  #define MIROLTA_DES_TARGET __attribute__((target("avx2")))
+  #define MIROLTA_DES_BOX __attribute__((target("avx2"), always_inline)) inline
+  #define MIROLTA_DES_BOXES "des_boxes_gates.inc"
+
+using Vector = __m256i;
+
+constexpr uint32_t kRows = 64;
+constexpr uint32_t kRowBlocks = 4;
+constexpr uint32_t kMostBlocks = kRows * kRowBlocks;
+// From so many blocks on, a pass over bit slices, however few of them it fills, takes less time.
+constexpr uint32_t kLeastBlocks = 30;
+constexpr uint32_t kLeastTripleBlocks = 32;
+
+// The transposition counts the bits of a byte from the lowest one, the standard from the highest.
+constexpr int Slot(int n) {
+  return n ^ 7;
+}
+
+MIROLTA_DES_BOX Vector And(Vector a, Vector b) {
+  return _mm256_and_si256(a, b);
+}
+
+MIROLTA_DES_BOX Vector AndNot(Vector a, Vector b) {
+  return _mm256_andnot_si256(a, b);
+}
+
+MIROLTA_DES_BOX Vector Or(Vector a, Vector b) {
+  return _mm256_or_si256(a, b);
+}
+
+MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
+  return _mm256_xor_si256(a, b);
+}
+
+MIROLTA_DES_BOX Vector Not(Vector a) {
+  return _mm256_xor_si256(a, _mm256_set1_epi32(-1));
+}
+
+MIROLTA_DES_BOX Vector XorKey(Vector bit, const uint32_t* mask) {
+  return _mm256_xor_si256(bit, _mm256_set1_epi32(static_cast<int>(*mask)));
+}
+
+  #include "des_rounds.inc"
+
+struct Work {
+  Vector state[kRows];
+  uint32_t masks[kDesMaxRounds * kRoundMasks];
+};
+
+MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
+  for (uint32_t i = 0; i < 2 * rounds; ++i) {
+    const Vector word = _mm256_set1_epi32(static_cast<int>(words[i]));
+    Vector bits = _mm256_set_epi32(128, 64, 32, 16, 8, 4, 2, 1);
+  #pragma GCC unroll 4
+    for (uint32_t byte = 0; byte < 4; ++byte, masks += 8) {
+      const Vector mask = _mm256_cmpeq_epi32(_mm256_and_si256(word, bits), bits);
+      _mm256_storeu_si256(reinterpret_cast<Vector*>(masks), mask);
+      bits = _mm256_slli_epi32(bits, 8);
+    }
+  }
+}
+
+// Exchanges, in each eight bytes, the bits of a whose number has the bit kShift with those of b
+// that are kShift lower; mask has the latter.
+template <int kShift>
+MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b, Vector mask) {
+  const Vector difference = And(Xor(_mm256_srli_epi64(a, kShift), b), mask);
+  b = Xor(b, difference);
+  a = Xor(a, _mm256_slli_epi64(difference, kShift));
+}
+
+// Exchanges three bits of the vectors' numbers with those three bits of the bits' numbers that
+// kUnit is the lowest of.
+template <int kUnit>
+MIROLTA_DES_BOX void ExchangeEight(Vector* v, const Vector (&masks)[3]) {
+  #pragma GCC unroll 4
+  for (int i = 0; i < 4; ++i) Exchange<4 * kUnit>(v[i], v[i + 4], masks[2]);
+  #pragma GCC unroll 4
+  for (int pair = 0; pair < 4; ++pair) {
+    const int i = pair / 2 * 4 + pair % 2;
+    Exchange<2 * kUnit>(v[i], v[i + 2], masks[1]);
+  }
+  #pragma GCC unroll 4
+  for (int i = 0; i < 8; i += 2) Exchange<kUnit>(v[i], v[i + 1], masks[0]);
+}
+
+MIROLTA_DES_BOX void ExchangeBytes(Vector* v) {
+  const Vector masks[3] = {_mm256_set1_epi64x(0x00FF00FF00FF00FF),
+                           _mm256_set1_epi64x(0x0000FFFF0000FFFF),
+                           _mm256_set1_epi64x(0x00000000FFFFFFFF)};
+  ExchangeEight<8>(v, masks);
+}
+
+MIROLTA_DES_BOX void ExchangeBits(Vector* v) {
+  const Vector masks[3] = {_mm256_set1_epi64x(0x5555555555555555),
+                           _mm256_set1_epi64x(0x3333333333333333),
+                           _mm256_set1_epi64x(0x0F0F0F0F0F0F0F0F)};
+  ExchangeEight<1>(v, masks);
+}
+
+// The blocks of a row that there are, as a mask.
+MIROLTA_DES_BOX Vector RowMask(uint32_t row, uint32_t block_count) {
+  const uint32_t before = row * kRowBlocks;
+  const int left = block_count <= before ? 0 : static_cast<int>(block_count - before);
+  return _mm256_cmpgt_epi64(_mm256_set1_epi64x(left), _mm256_set_epi64x(3, 2, 1, 0));
+}
+
+// Transposes the bits of 64 rows of four blocks, first by bytes, then within them.
+MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* state) {
+  for (uint32_t column = 0; column < 8; ++column) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) {
+      const uint32_t row = 8 * i + column;
+      v[i] = _mm256_maskload_epi64(reinterpret_cast<const long long*>(in + 32 * row),
+                                   RowMask(row, block_count));
+    }
+    ExchangeBytes(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) state[8 * i + column] = v[i];
+  }
+  for (uint32_t group = 0; group < kRows; group += 8) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) v[i] = state[group + i];
+    ExchangeBits(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) state[group + i] = v[i];
+  }
+}
+
+// The same steps back, with the halves of each pair of vectors exchanged.
+MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
+  for (uint32_t group = 0; group < kRows; group += 8) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) v[i] = state[group + (i ^ 1)];
+    ExchangeBits(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) state[group + i] = v[i];
+  }
+  for (uint32_t column = 0; column < 8; ++column) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) v[i] = state[8 * i + column];
+    ExchangeBytes(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) {
+      const uint32_t row = 8 * i + column;
+      _mm256_maskstore_epi64(reinterpret_cast<long long*>(out + 32 * row),
+                             RowMask(row, block_count), v[i]);
+    }
+  }
+}
+
+// Returns how many of the blocks it transformed: all but a rest that is too short for a pass.
+MIROLTA_DES_TARGET __attribute__((noinline)) uint32_t TransformSlices(
+    const uint32_t* words, uint32_t rounds, const uint8_t* in, uint8_t* out, uint32_t block_count,
+    uint32_t least) {
+  Work work;
+  MakeMasks(words, rounds, work.masks);
+  uint32_t done = 0;
+  while (block_count - done >= least) {
+    const uint32_t left = block_count - done;
+    const uint32_t count = left < kMostBlocks ? left : kMostBlocks;
+    Slice(in + kDesBlockSize * done, count, work.state);
+    AllRounds(work.state, work.masks, rounds);
+    Join(work.state, count, out + kDesBlockSize * done);
+    done += count;
+  }
+  WipeMemory(work.state, sizeof work.state);
+  WipeMemory(work.masks, rounds * kRoundMasks * sizeof work.masks[0]);
+  return done;
+}
+
+template <DesTransform kRest>
+inline void Transform(const DesSchedule& schedule, const uint32_t* words, const uint8_t* in,
+                      uint8_t* out, uint32_t block_count) {
+  const uint32_t least = schedule.rounds == 16 ? kLeastBlocks : kLeastTripleBlocks;
+  if (block_count >= least) {
+    const uint32_t done = TransformSlices(words, schedule.rounds, in, out, block_count, least);
+    in += kDesBlockSize * done;
+    out += kDesBlockSize * done;
+    block_count -= done;
+  }
+  kRest(schedule, in, out, block_count);
+}
+
+}  // namespace
+
+void DesEncryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                    uint32_t block_count) {
+  Transform<DesEncryptWords64>(schedule, schedule.encryption, in, out, block_count);
+}
+
+void DesDecryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                    uint32_t block_count) {
+  Transform<DesDecryptWords64>(schedule, schedule.decryption, in, out, block_count);
+}
+
+}  // namespace mirolta
+
+#endif

@@ -1,0 +1,221 @@
+// DES on bit slices of 512 blocks, with AVX-512's operations on three inputs.
+#include "des_kernels.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+  #include <immintrin.h>
+
+namespace mirolta {
+
+namespace {
+
+  #define MIROLTA_DES_TARGET __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,gfni")))
+  #define MIROLTA_DES_BOX \
+    __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,gfni"), always_inline)) inline
+  #define MIROLTA_DES_BOXES "des_boxes_ternary.inc"
+
+using Vector = __m512i;
+
+constexpr uint32_t kRows = 64;
+constexpr uint32_t kRowBlocks = 8;
+constexpr uint32_t kMostBlocks = kRows * kRowBlocks;
+// From so many blocks on, a pass over bit slices, however few of them it fills, takes less time.
+constexpr uint32_t kLeastBlocks = 25;
+constexpr uint32_t kLeastTripleBlocks = 27;
+
+// Where the transposition leaves bit n.
+constexpr int Slot(int n) {
+  return 8 * (n % 8) + n / 8;
+}
+
+template <int kTable>
+MIROLTA_DES_BOX Vector Ternary(Vector a, Vector b, Vector c) {
+  return _mm512_ternarylogic_epi64(a, b, c, kTable);
+}
+
+MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
+  return _mm512_xor_si512(a, b);
+}
+
+MIROLTA_DES_BOX Vector XorKey(Vector bit, const uint32_t* mask) {
+  return _mm512_xor_si512(bit, _mm512_set1_epi32(static_cast<int>(*mask)));
+}
+
+  #include "des_rounds.inc"
+
+struct Work {
+  Vector state[kRows];
+  uint32_t masks[kDesMaxRounds * kRoundMasks];
+};
+
+MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
+  for (uint32_t i = 0; i < 2 * rounds; ++i, masks += 32) {
+    const __mmask16 low = static_cast<__mmask16>(words[i] & 0xFFFF);
+    const __mmask16 high = static_cast<__mmask16>(words[i] >> 16);
+    _mm512_storeu_si512(masks, _mm512_movm_epi32(low));
+    _mm512_storeu_si512(masks + 16, _mm512_movm_epi32(high));
+  }
+}
+
+// Exchanges byte j of each eight bytes of vector i with byte i of vector j.
+MIROLTA_DES_BOX void ExchangeBytes(Vector* v) {
+  const Vector down2 = _mm512_set_epi64(0x0D0C0D0C09080908, 0x0504050401000100, 0x0D0C0D0C09080908,
+                                        0x0504050401000100, 0x0D0C0D0C09080908, 0x0504050401000100,
+                                        0x0D0C0D0C09080908, 0x0504050401000100);
+  const Vector up2 = _mm512_set_epi64(0x0F0E0F0E0B0A0B0A, 0x0706070603020302, 0x0F0E0F0E0B0A0B0A,
+                                      0x0706070603020302, 0x0F0E0F0E0B0A0B0A, 0x0706070603020302,
+                                      0x0F0E0F0E0B0A0B0A, 0x0706070603020302);
+  const Vector down1 = _mm512_set_epi64(0x0E0E0C0C0A0A0808, 0x0606040402020000, 0x0E0E0C0C0A0A0808,
+                                        0x0606040402020000, 0x0E0E0C0C0A0A0808, 0x0606040402020000,
+                                        0x0E0E0C0C0A0A0808, 0x0606040402020000);
+  const Vector up1 = _mm512_set_epi64(0x0F0F0D0D0B0B0909, 0x0707050503030101, 0x0F0F0D0D0B0B0909,
+                                      0x0707050503030101, 0x0F0F0D0D0B0B0909, 0x0707050503030101,
+                                      0x0F0F0D0D0B0B0909, 0x0707050503030101);
+  #pragma GCC unroll 4
+  for (int i = 0; i < 4; ++i) {
+    const Vector a = v[i];
+    const Vector b = v[i + 4];
+    v[i] = _mm512_mask_shuffle_epi32(a, 0xAAAA, b, _MM_PERM_CCAA);
+    v[i + 4] = _mm512_mask_shuffle_epi32(b, 0x5555, a, _MM_PERM_DDBB);
+  }
+  #pragma GCC unroll 4
+  for (int pair = 0; pair < 4; ++pair) {
+    const int i = pair / 2 * 4 + pair % 2;
+    const Vector a = v[i];
+    const Vector b = v[i + 2];
+    v[i] = _mm512_mask_shuffle_epi8(a, 0xCCCCCCCCCCCCCCCC, b, down2);
+    v[i + 2] = _mm512_mask_shuffle_epi8(b, 0x3333333333333333, a, up2);
+  }
+  #pragma GCC unroll 4
+  for (int i = 0; i < 8; i += 2) {
+    const Vector a = v[i];
+    const Vector b = v[i + 1];
+    v[i] = _mm512_mask_shuffle_epi8(a, 0xAAAAAAAAAAAAAAAA, b, down1);
+    v[i + 1] = _mm512_mask_shuffle_epi8(b, 0x5555555555555555, a, up1);
+  }
+}
+
+// Exchanges bit i of byte j with bit 7 - j of byte 7 - i in each eight bytes.
+MIROLTA_DES_BOX void ExchangeBits(Vector* v) {
+  const Vector unit = _mm512_set1_epi64(0x0102040810204080);
+  #pragma GCC unroll 8
+  for (int i = 0; i < 8; ++i) v[i] = _mm512_gf2p8affine_epi64_epi8(unit, v[i], 0);
+}
+
+// The blocks of a row that there are, as a mask.
+MIROLTA_DES_BOX __mmask8 RowMask(uint32_t row, uint32_t block_count) {
+  const uint32_t before = row * kRowBlocks;
+  if (block_count <= before) return 0;
+  const uint32_t left = block_count - before;
+  return left >= kRowBlocks ? 0xFF : static_cast<__mmask8>((1u << left) - 1);
+}
+
+// A row of input is eight blocks. Eight rows are exchanged by bytes, so that a vector has the same
+// byte of all 64 blocks, then by bits; then the vectors of the same byte of all rows by bytes.
+template <bool kFull>
+MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* state) {
+  for (uint32_t group = 0; group < 8; ++group) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) {
+      const uint32_t row = 8 * group + i;
+      v[i] = _mm512_maskz_loadu_epi64(
+          kFull ? static_cast<__mmask8>(0xFF) : RowMask(row, block_count), in + 64 * row);
+    }
+    ExchangeBytes(v);
+    ExchangeBits(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) state[8 * group + i] = v[i];
+  }
+  for (uint32_t byte = 0; byte < 8; ++byte) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) v[i] = state[8 * i + byte];
+    ExchangeBytes(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) state[8 * i + byte] = v[i];
+  }
+}
+
+// The same steps back, with the halves of each pair of vectors exchanged.
+template <bool kFull>
+MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
+  for (uint32_t byte = 0; byte < 8; ++byte) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) v[i] = state[8 * (i ^ 1) + byte];
+    ExchangeBytes(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) state[8 * i + byte] = v[i];
+  }
+  for (uint32_t group = 0; group < 8; ++group) {
+    Vector v[8];
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) v[i] = state[8 * group + i];
+    ExchangeBits(v);
+    ExchangeBytes(v);
+  #pragma GCC unroll 8
+    for (uint32_t i = 0; i < 8; ++i) {
+      const uint32_t row = 8 * group + i;
+      _mm512_mask_storeu_epi64(
+          out + 64 * row, kFull ? static_cast<__mmask8>(0xFF) : RowMask(row, block_count), v[i]);
+    }
+  }
+}
+
+// One copy of the rounds serves full and partial passes of both directions.
+MIROLTA_DES_TARGET __attribute__((noinline)) void RunRounds(Work* work, uint32_t rounds) {
+  AllRounds(work->state, work->masks, rounds);
+}
+
+// Returns how many of the blocks it transformed: all but a rest that is too short for a pass.
+MIROLTA_DES_TARGET __attribute__((noinline)) uint32_t TransformSlices(
+    const uint32_t* words, uint32_t rounds, const uint8_t* in, uint8_t* out, uint32_t block_count,
+    uint32_t least) {
+  Work work;
+  MakeMasks(words, rounds, work.masks);
+  uint32_t done = 0;
+  for (; block_count - done >= kMostBlocks; done += kMostBlocks) {
+    Slice<true>(in + kDesBlockSize * done, kMostBlocks, work.state);
+    RunRounds(&work, rounds);
+    Join<true>(work.state, kMostBlocks, out + kDesBlockSize * done);
+  }
+  if (block_count - done >= least) {
+    Slice<false>(in + kDesBlockSize * done, block_count - done, work.state);
+    RunRounds(&work, rounds);
+    Join<false>(work.state, block_count - done, out + kDesBlockSize * done);
+    done = block_count;
+  }
+  WipeMemory(work.state, sizeof work.state);
+  WipeMemory(work.masks, rounds * kRoundMasks * sizeof work.masks[0]);
+  return done;
+}
+
+template <DesTransform kRest>
+inline void Transform(const DesSchedule& schedule, const uint32_t* words, const uint8_t* in,
+                      uint8_t* out, uint32_t block_count) {
+  const uint32_t least = schedule.rounds == 16 ? kLeastBlocks : kLeastTripleBlocks;
+  if (block_count >= least) {
+    const uint32_t done = TransformSlices(words, schedule.rounds, in, out, block_count, least);
+    in += kDesBlockSize * done;
+    out += kDesBlockSize * done;
+    block_count -= done;
+  }
+  kRest(schedule, in, out, block_count);
+}
+
+}  // namespace
+
+void DesEncryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                      uint32_t block_count) {
+  Transform<DesEncryptGfni>(schedule, schedule.encryption, in, out, block_count);
+}
+
+void DesDecryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                      uint32_t block_count) {
+  Transform<DesDecryptGfni>(schedule, schedule.decryption, in, out, block_count);
+}
+
+}  // namespace mirolta
+
+#endif

@@ -1,0 +1,38 @@
+// DES with 64-bit words and nothing else that a processor may lack.
+#include "des_kernels.h"
+#include "des_permutations.h"
+#include "des_tables.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+namespace mirolta {
+
+namespace {
+
+  #define MIROLTA_DES_WORDS64 inline
+
+MIROLTA_DES_WORDS64 Halves PermuteBlock(const uint8_t* block) {
+  return PermuteInitially(block);
+}
+
+MIROLTA_DES_WORDS64 void UnpermuteBlock(Halves halves, uint8_t* block) {
+  PermuteFinally(halves, block);
+}
+
+  #include "des_words64.inc"
+
+}  // namespace
+
+void DesEncryptWords64(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                       uint32_t block_count) {
+  TransformBlocks(schedule.encryption, schedule.rounds, in, out, block_count);
+}
+
+void DesDecryptWords64(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
+                       uint32_t block_count) {
+  TransformBlocks(schedule.decryption, schedule.rounds, in, out, block_count);
+}
+
+}  // namespace mirolta
+
+#endif

@@ -1,0 +1,73 @@
+// Straight-line circuits over the six inputs of a box, each value with its whole truth table.
+#pragma once
+
+#include <cstdint>
+#include <random>
+
+namespace mirolta {
+
+constexpr int kInputs = 6;
+constexpr int kMostValues = 96;
+
+// What one value is made of: operation over the values a, b, c that stand before it. With three
+// inputs the operation is a truth table of eight bits, a in the index's top bit.
+struct Gate {
+  uint8_t operation;
+  uint8_t a, b, c;
+};
+
+struct Circuit {
+  int count;  // values, the inputs first
+  uint64_t table[kMostValues];
+  Gate gate[kMostValues];
+};
+
+// Bit v of a table is the value for the inputs v, the first input in the top bit of v.
+inline Circuit InputsOnly() {
+  Circuit circuit = {};
+  circuit.count = kInputs;
+  for (int input = 0; input < kInputs; ++input) {
+    for (int v = 0; v < 64; ++v) {
+      circuit.table[input] |= static_cast<uint64_t>(v >> (kInputs - 1 - input) & 1) << v;
+    }
+  }
+  return circuit;
+}
+
+// A search for gates that extend a circuit by a value that is target wherever mask is set.
+class Search {
+ public:
+  explicit Search(uint32_t seed) : random_(seed) {}
+  virtual ~Search() = default;
+
+  // Returns the value's number, or -1 if that takes more than limit values in all; the circuit is
+  // then as it was.
+  virtual int Extend(Circuit& circuit, uint64_t target, uint64_t mask, int limit, int depth) = 0;
+
+  // Prints a gate as a statement of the kernels.
+  virtual void Print(const Gate& gate, int value) const = 0;
+
+  uint32_t Random(uint32_t bound) { return static_cast<uint32_t>(random_() % bound); }
+
+ protected:
+  static int Match(const Circuit& circuit, uint64_t target, uint64_t mask) {
+    for (int i = 0; i < circuit.count; ++i) {
+      if (((circuit.table[i] ^ target) & mask) == 0) return i;
+    }
+    return -1;
+  }
+
+  // order[count] := the numbers below count, shuffled.
+  void Shuffle(uint8_t* order, int count) {
+    for (int i = 0; i < count; ++i) {
+      const uint32_t j = Random(static_cast<uint32_t>(i + 1));
+      order[i] = order[j];
+      order[j] = static_cast<uint8_t>(i);
+    }
+  }
+
+ private:
+  std::mt19937 random_;
+};
+
+}  // namespace mirolta
