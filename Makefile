@@ -5,8 +5,9 @@ MAKEFLAGS += --no-print-directory
 JOBS ?= $(shell nproc)
 SCRIPT ?= examples/tour.js
 ARGS ?=
+FUZZ_SECONDS ?= 60
 
-.PHONY: help run test build setup windows windows-tests definitions bench count lint clean
+.PHONY: help run test build setup windows windows-tests definitions bench count fuzz lint clean
 
 help:
 	@echo "make run [SCRIPT=path] [ARGS=\"...\"]  run a script on the native host (default: the tour)"
@@ -15,6 +16,7 @@ help:
 	@echo "make windows                         build/windows-x64/Mirolta.dll, build/windows-x86/Mirolta.dll"
 	@echo "make bench [FILTER=pattern]          measure against other libraries, write docs/benchmarks.md"
 	@echo "make count                           count the instructions of the portable kernels"
+	@echo "make fuzz [FUZZ_SECONDS=60]          look for inputs that break things, each harness so long"
 	@echo "make clean                           remove build/"
 
 setup:
@@ -63,6 +65,13 @@ count: setup
 	@cmake --preset count $(if $(wildcard build/count/CMakeCache.txt),>/dev/null,)
 	@cmake --build build/count --target mirolta-count -j$(JOBS)
 	@python3 bench/count.py build/count/bin/mirolta-count
+
+# Inputs that break a harness are kept in fuzz/corpus, where make test runs them again.
+fuzz: setup
+	@scripts/setup.sh packages-fuzz.txt
+	@cmake --preset fuzz $(if $(wildcard build/fuzz/CMakeCache.txt),>/dev/null,)
+	@cmake --build build/fuzz --target fuzz -j$(JOBS)
+	@scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
 clean:
 	rm -rf build

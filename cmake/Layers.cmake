@@ -6,7 +6,7 @@ target_compile_features(mirolta_options INTERFACE cxx_std_20)
 target_compile_options(mirolta_options INTERFACE
   -Wall -Wextra -Werror -Wshadow -Wconversion -Wsign-conversion -Woverloaded-virtual
   -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wvla -Wimplicit-fallthrough
-  -Wno-restrict  # gcc 12 warns of its own std::string
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # gcc 12 warns of its own std::string
   -fno-strict-aliasing -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections)
 if(MIROLTA_SANITIZE)
   # The module has no run-time type information, which the check of virtual tables would need. The
@@ -15,6 +15,10 @@ if(MIROLTA_SANITIZE)
     -fsanitize=${MIROLTA_SANITIZE} -fno-sanitize-recover=all -fno-sanitize=vptr
     -fno-omit-frame-pointer -Wno-conversion -Wno-sign-conversion)
   target_link_options(mirolta_options INTERFACE -fsanitize=${MIROLTA_SANITIZE})
+endif()
+if(MIROLTA_FUZZ)
+  # The other compiler warns of other things; its build is for finding faults.
+  target_compile_options(mirolta_options INTERFACE -w)
 endif()
 if(MIROLTA_PORTABLE_ONLY)
   target_compile_definitions(mirolta_options INTERFACE MIROLTA_PORTABLE_ONLY=1)

@@ -141,7 +141,6 @@ class Interpreter {
   }
 
   HRESULT Block(HKEY key, int depth) {
-    if (depth > kMaxDepth) return kBadRegistryScript;
     Advance();
     while (token_.kind != TokenKind::kClose) {
       const HRESULT status = TakeWord(OLESTR("val")) ? Value(key) : Key(key, depth);
@@ -161,7 +160,9 @@ class Interpreter {
     return status;
   }
 
+  // `depth` counts the keys around this one.
   HRESULT Key(HKEY parent, int depth) {
+    if (depth >= kMaxDepth) return kBadRegistryScript;
     const KeyRule rule = TakeWord(OLESTR("NoRemove"))      ? KeyRule::kNoRemove
                          : TakeWord(OLESTR("ForceRemove")) ? KeyRule::kForceRemove
                                                            : KeyRule::kPlain;

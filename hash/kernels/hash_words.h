@@ -9,7 +9,7 @@
 namespace mirolta {
 
 // Kernels are unrolled by templates, one function a step; every step belongs in the one body.
-#define MIROLTA_STEP [[gnu::always_inline]] inline
+#define MIROLTA_STEP __attribute__((always_inline)) inline
 
 // 0 < count < 32.
 constexpr uint32_t RotateLeft(uint32_t word, unsigned count) noexcept {

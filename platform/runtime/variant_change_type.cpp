@@ -215,6 +215,11 @@ HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VAR
     VariantInit(&value);
     HRESULT status = DefaultValue(from.pdispVal, locale, &value);
     if (FAILED(status)) return status;
+    if (value.vt == type && (type != VT_BSTR || value.bstrVal != nullptr)) {
+      // Moved, not copied: what the object gave may be a secret, and no copy of it is left behind.
+      *made = value;
+      return S_OK;
+    }
     status = VariantChangeTypeEx(&value, &value, locale, flags, type);
     if (SUCCEEDED(status)) {
       *made = value;

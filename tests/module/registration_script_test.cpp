@@ -100,9 +100,11 @@ TEST_F(RegistrationScriptTest, RemovingWhatIsNotThereIsNoFailure) {
   EXPECT_EQ(AllRows(), (Rows{{"C", ""}}));
 }
 
-std::string Nested(int levels) {
+// Keys in keys; `inside` stands in the last one.
+std::string Nested(int levels, const std::string& inside = "") {
   std::string script = "HKCR {";
   for (int i = 0; i < levels; ++i) script += " K {";
+  script += inside;
   for (int i = 0; i < levels; ++i) script += " }";
   return script + " }";
 }
@@ -112,6 +114,11 @@ TEST_F(RegistrationScriptTest, EightLevelsOfKeysAndNoMore) {
   EXPECT_EQ(AllRows().size(), 8u);
   EXPECT_EQ(Unregister(Nested(8)), S_OK);
   EXPECT_EQ(Register(Nested(9)), kBadRegistryScript);
+  // Nor one without a block of its own; values may still stand there.
+  EXPECT_EQ(Register(Nested(8, " K")), kBadRegistryScript);
+  EXPECT_EQ(Register(Nested(8, " K = s 'text'")), kBadRegistryScript);
+  EXPECT_EQ(Register(Nested(8, " val V = s 'text'")), S_OK);
+  EXPECT_EQ(Unregister(Nested(8, " val V = s 'text'")), S_OK);
   EXPECT_EQ(AllRows(), Rows());
 }
 

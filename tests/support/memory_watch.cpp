@@ -12,6 +12,8 @@ constexpr size_t kPrefix = alignof(std::max_align_t) > sizeof(size_t) ? alignof(
                                                                       : sizeof(size_t);
 
 std::atomic<bool> failing{false};
+std::atomic<bool> failing_once{false};
+std::atomic<bool> has_failed{false};
 std::atomic<long> allowed{0};
 std::atomic<long> live{0};
 std::atomic<bool> watching{false};
@@ -21,7 +23,11 @@ unsigned char secret_bytes[64];
 size_t secret_size = 0;
 
 void* Allocate(size_t size) {
-  if (failing && allowed-- <= 0) return nullptr;
+  if (failing && allowed-- <= 0) {
+    has_failed = true;
+    if (failing_once) failing = false;
+    return nullptr;
+  }
   char* block = static_cast<char*>(std::malloc(size + kPrefix));
   if (block == nullptr) return nullptr;
   std::memcpy(block, &size, sizeof size);
@@ -90,11 +96,28 @@ namespace mirolta::test {
 
 FailAllocationsAfter::FailAllocationsAfter(long count) {
   allowed = count;
+  has_failed = false;
+  failing_once = false;
   failing = true;
 }
 
 FailAllocationsAfter::~FailAllocationsAfter() {
   failing = false;
+}
+
+FailOneAllocation::FailOneAllocation(long count) {
+  allowed = count;
+  has_failed = false;
+  failing_once = true;
+  failing = true;
+}
+
+FailOneAllocation::~FailOneAllocation() {
+  failing = false;
+}
+
+bool AllocationHasFailed() {
+  return has_failed;
 }
 
 WatchFreedMemory::WatchFreedMemory(const void* secret, size_t size) {

@@ -16,6 +16,20 @@ class FailAllocationsAfter {
   FailAllocationsAfter& operator=(const FailAllocationsAfter&) = delete;
 };
 
+// While it lives, the first `count` allocations succeed, the next one fails, and all later ones
+// succeed again.
+class FailOneAllocation {
+ public:
+  explicit FailOneAllocation(long count);
+  ~FailOneAllocation();
+  FailOneAllocation(const FailOneAllocation&) = delete;
+  FailOneAllocation& operator=(const FailOneAllocation&) = delete;
+};
+
+// True if an allocation was made to fail since the last FailAllocationsAfter or FailOneAllocation
+// began.
+bool AllocationHasFailed();
+
 // While it lives, counts blocks that are freed with the given bytes somewhere in them.
 class WatchFreedMemory {
  public:

@@ -1,0 +1,364 @@
+#include "member_calls.h"
+
+#include <cstdio>
+#include <sstream>
+
+#include "class_table.h"
+#include "portable/module_resources.h"
+#include "portable/test_hooks.h"
+#include "type_library_table.h"
+
+MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
+
+namespace mirolta::test {
+
+namespace {
+
+const MemberRow* FindMember(const ClassTableRow& class_row, const std::string& name,
+                            INVOKEKIND kind) {
+  const InterfaceTable& table = *class_row.default_interface;
+  for (unsigned i = 0; i < table.member_count; ++i) {
+    const MemberRow& row = table.members[i];
+    if (row.kind == kind && Plain(row.name) == name) return &row;
+  }
+  return nullptr;
+}
+
+VARIANT Released(TestValue value) {
+  VARIANT out = value;
+  VariantInit(&value);
+  return out;
+}
+
+VARIANT TextArgument(const Text& text) {
+  TestValue value(VT_BSTR);
+  value->bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+  return Released(std::move(value));
+}
+
+Bytes PatternBytes(size_t count) {
+  Bytes bytes(count);
+  for (size_t i = 0; i < count; ++i) bytes[i] = PatternByte(i);
+  return bytes;
+}
+
+VARIANT StreamArgument(size_t count) {
+  IStream* stream = nullptr;
+  TestValue value(VT_UNKNOWN);
+  if (CreateStreamOnHGlobal(nullptr, TRUE, &stream) != S_OK) return Released(std::move(value));
+  const Bytes bytes = PatternBytes(count);
+  ULONG written = 0;
+  if (count != 0) stream->Write(bytes.data(), static_cast<ULONG>(count), &written);
+  LARGE_INTEGER start;
+  start.QuadPart = 0;
+  stream->Seek(start, STREAM_SEEK_SET, nullptr);
+  value->punkVal = stream;
+  return Released(std::move(value));
+}
+
+VARIANT NumberObjectArgument() {
+  IDispatch* number = nullptr;
+  IClassFactory* factory = nullptr;
+  DllGetClassObject(CLSID_PexBigNumber, IID_IClassFactory, reinterpret_cast<void**>(&factory));
+  factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(&number));
+  factory->Release();
+  TestValue value(VT_DISPATCH);
+  value->pdispVal = number;
+  return Released(std::move(value));
+}
+
+Text Digits(size_t count, const OLECHAR* digits, size_t kinds) {
+  Text text(count, 0);
+  for (size_t i = 0; i < count; ++i) text[i] = digits[(i * 7 + 3) % kinds];
+  return text;
+}
+
+VARIANT ArgumentOf(const std::string& word) {
+  const std::string rest = word.substr(1);
+  switch (word[0]) {
+    case 'b':
+      return Released(BytesValue(PatternBytes(std::stoul(rest))));
+    case 't':
+      return TextArgument(WideOf(rest.substr(1)));
+    case 'd':
+      return TextArgument(Digits(std::stoul(rest), OLESTR("1234567890"), 10));
+    case 'h':
+      return TextArgument(Digits(std::stoul(rest), OLESTR("123456789abcdef0"), 16));
+    case 'i':
+      return Released(NumberValue(std::stoi(rest)));
+    case 'B': {
+      TestValue value(VT_BOOL);
+      value->boolVal = static_cast<VARIANT_BOOL>(std::stoi(rest));
+      return Released(std::move(value));
+    }
+    case 'S':
+      return StreamArgument(std::stoul(rest));
+    case 'N':
+      return NumberObjectArgument();
+    default: {
+      TestValue value(VT_ERROR);
+      value->scode = DISP_E_PARAMNOTFOUND;
+      return Released(std::move(value));
+    }
+  }
+}
+
+// What makes an object of a class ready, one call a line: member, kind, arguments.
+struct Step {
+  const char* class_name;
+  const char* member;
+  INVOKEKIND kind;
+  const char* words;
+};
+constexpr Step kReadySteps[] = {
+    {"HashObject", "InitHash", kMethod, "t:SHA1"},
+    {"HashObject", "Key", kPut, "b70"},
+    {"HashObject", "HashUpdate", kMethod, "b100 i-1"},
+    {"SymmetricCryptObject", "Init", kMethod, "t:AES"},
+    {"SymmetricCryptObject", "Key", kPut, "b32"},
+    {"SymmetricCryptObject", "Encrypt", kMethod, "b5 B0"},
+    {"PexBigNumber", "Binary", kPut, "b60"},
+    {"RSACrypt", "CreateKeys", kMethod, "t:8123456789abcdef t:f123456789abcdef"},
+    {"ToviStreamDigest", "Stream", kPutRef, "S3000"},
+    {"ToviStreamDigest", "ReadAlgorithm", kPut, "t:MD5"},
+    {"ToviStreamDigest", "WriteAlgorithm", kPut, "t:SHA256"},
+    {"ToviStreamDigest", "ReadKey", kPut, "b20"},
+    {"ToviStreamDigest", "WriteKey", kPut, "b70"},
+    {"ToviStreamCrypt", "Stream", kPutRef, "S3000"},
+    {"ToviStreamCrypt", "ReadAlgorithm", kPut, "t:AES"},
+    {"ToviStreamCrypt", "WriteAlgorithm", kPut, "t:DES"},
+    {"ToviStreamCrypt", "ReadKey", kPut, "b16"},
+    {"ToviStreamCrypt", "WriteKey", kPut, "b24"},
+};
+
+uint32_t ticks = 0;
+uint32_t sequence = 0;
+DWORD NextTick() {
+  return ++ticks;
+}
+void FixedTime(SYSTEMTIME* time) {
+  *time = {};
+  time->wYear = 2006;
+  time->wMonth = 5;
+  time->wDay = 14;
+}
+constexpr MiroltaClock kClock = {NextTick, FixedTime};
+constexpr RandomSource kSource = {[](uint32_t) { return true; },
+                                  [] {
+                                    sequence = sequence * 1664525u + 1013904223u;
+                                    return sequence >> 8 & 0x7FFFFFFFu;
+                                  }};
+
+int entered = 0;
+int held = 0;
+constexpr MiroltaLockProbe kProbe = {[](CRITICAL_SECTION*) {
+                                       ++entered;
+                                       ++held;
+                                     },
+                                     [](CRITICAL_SECTION*) { --held; }};
+
+}  // namespace
+
+uint8_t PatternByte(size_t index) {
+  return static_cast<uint8_t>(index * 73 + index / 7 + 0x91);
+}
+
+std::string Plain(const OLECHAR* text) {
+  std::string plain;
+  for (; *text != 0; ++text) plain += static_cast<char>(*text);
+  return plain;
+}
+
+Text WideOf(const std::string& text) {
+  return Text(text.begin(), text.end());
+}
+
+std::string Member::Name() const {
+  const char* kind = "";
+  if (row->kind == kGet) kind = " get";
+  if (row->kind == kPut) kind = " put";
+  if (row->kind == kPutRef) kind = " putref";
+  return ClassName() + "." + Plain(row->name) + kind;
+}
+
+const std::vector<const ClassTableRow*>& AllClasses() {
+  static const std::vector<const ClassTableRow*> classes = [] {
+    std::vector<const ClassTableRow*> all;
+    for (unsigned i = 0; i < kTypeLibraryTable.class_count; ++i) {
+      all.push_back(&kTypeLibraryTable.classes[i]);
+    }
+    return all;
+  }();
+  return classes;
+}
+
+const std::vector<Member>& AllMembers() {
+  static const std::vector<Member> members = [] {
+    std::vector<Member> all;
+    for (const ClassTableRow* class_row : AllClasses()) {
+      const InterfaceTable& table = *class_row->default_interface;
+      for (unsigned i = 0; i < table.member_count; ++i) {
+        all.push_back({class_row, &table.members[i]});
+      }
+    }
+    return all;
+  }();
+  return members;
+}
+
+Arguments::Arguments(const std::string& words) {
+  std::istringstream in(words);
+  for (std::string word; in >> word;) values_.push_back(ArgumentOf(word));
+}
+
+Arguments::~Arguments() {
+  for (VARIANT& value : values_) VariantClear(&value);
+}
+
+Subject::Subject(const ClassTableRow& class_row, State state) : class_row_(class_row) {
+  IClassFactory* factory = nullptr;
+  if (DllGetClassObject(*class_row.id, IID_IClassFactory, reinterpret_cast<void**>(&factory)) !=
+      S_OK) {
+    return;
+  }
+  factory->CreateInstance(nullptr, *class_row.default_interface->iid,
+                          reinterpret_cast<void**>(&dual_));
+  factory->Release();
+  if (dual_ == nullptr || state == State::kFresh) return;
+  for (const Step& step : kReadySteps) {
+    if (Plain(class_row.name) != step.class_name) continue;
+    if (Call(step.member, step.kind, step.words) != S_OK) {
+      std::fprintf(stderr, "%s.%s could not be made ready\n", step.class_name, step.member);
+      std::abort();
+    }
+  }
+}
+
+Subject::~Subject() {
+  if (dual_ != nullptr) dual_->Release();
+}
+
+HRESULT Subject::Call(const MemberRow& row, VARIANT* arguments, VARIANT* result) const {
+  VariantInit(result);
+  const HRESULT status = row.call(dual_, arguments, result);
+  if (row.result.type != VT_EMPTY && row.result.type != VT_VARIANT) {
+    V_VT(result) = row.result.type;
+  }
+  return status;
+}
+
+HRESULT Subject::Invoke(const MemberRow& row, const VARIANT* arguments, unsigned count,
+                        VARIANT* result) const {
+  std::vector<VARIANT> reversed;
+  for (unsigned i = count; i-- > 0;) reversed.push_back(arguments[i]);
+  DISPID put = DISPID_PROPERTYPUT;
+  const bool puts = row.kind == kPut || row.kind == kPutRef;
+  DISPPARAMS params = {reversed.data(), puts ? &put : nullptr, count, puts ? 1u : 0u};
+  EXCEPINFO exception = {};
+  VariantInit(result);
+  const HRESULT status =
+      dual_->Invoke(row.id, IID_NULL, LOCALE_USER_DEFAULT, static_cast<WORD>(row.kind), &params,
+                    row.result.type != VT_EMPTY ? result : nullptr, &exception, nullptr);
+  SysFreeString(exception.bstrSource);
+  SysFreeString(exception.bstrDescription);
+  SysFreeString(exception.bstrHelpFile);
+  return status == DISP_E_EXCEPTION ? exception.scode : status;
+}
+
+HRESULT Subject::Call(const std::string& member, INVOKEKIND kind, const std::string& words) const {
+  const MemberRow* const row = FindMember(class_row_, member, kind);
+  Arguments arguments(words);
+  if (row == nullptr || row->parameters.Count() != arguments.Count()) return E_INVALIDARG;
+  VARIANT result;
+  const HRESULT status = Call(*row, arguments.Get(), &result);
+  VariantClear(&result);
+  return status;
+}
+
+std::string Subject::Snapshot() const {
+  std::string all;
+  const InterfaceTable& table = *class_row_.default_interface;
+  for (unsigned i = 0; i < table.member_count; ++i) {
+    const MemberRow& row = table.members[i];
+    if (row.kind != kGet || row.parameters.Count() != 0) continue;
+    VARIANT result;
+    const HRESULT status = Call(row, nullptr, &result);
+    char code[16];
+    std::snprintf(code, sizeof code, "%08X", static_cast<unsigned>(status));
+    all += Plain(row.name) + "=" + code + " " + Shown(result) + "\n";
+    VariantClear(&result);
+  }
+  return all;
+}
+
+std::string Shown(const VARIANT& value) {
+  const auto hex = [](const uint8_t* bytes, size_t count) {
+    // Of long values the start and a sum.
+    constexpr size_t kShown = 256;
+    std::string text;
+    char two[4];
+    if (count > kShown) {
+      uint32_t sum = 0;
+      for (size_t i = 0; i < count; ++i) sum = sum * 31 + bytes[i];
+      text = std::to_string(count) + " bytes, sum " + std::to_string(sum) + ": ";
+      count = kShown;
+    }
+    for (size_t i = 0; i < count; ++i) {
+      std::snprintf(two, sizeof two, "%02X", bytes[i]);
+      text += two;
+    }
+    return text;
+  };
+  switch (V_VT(&value)) {
+    case VT_EMPTY:
+      return "(empty)";
+    case VT_BSTR:
+      if (value.bstrVal == nullptr) return "(null text)";
+      return "text " +
+             hex(reinterpret_cast<const uint8_t*>(value.bstrVal), SysStringByteLen(value.bstrVal));
+    case VT_ARRAY | VT_UI1: {
+      const Bytes bytes = BytesOfArray(value);
+      return "bytes " + hex(bytes.data(), bytes.size());
+    }
+    case VT_I4:
+      return "i4 " + std::to_string(value.lVal);
+    case VT_BOOL:
+      return "bool " + std::to_string(value.boolVal);
+    case VT_UNKNOWN:
+    case VT_DISPATCH:
+      return value.punkVal == nullptr ? "(no object)" : "object";
+    default:
+      return "type " + std::to_string(V_VT(&value));
+  }
+}
+
+PlannedChance::PlannedChance() {
+  Restart();
+  MiroltaSetClock(&kClock);
+  SetRandomSource(&kSource);
+}
+PlannedChance::~PlannedChance() {
+  SetRandomSource(nullptr);
+  MiroltaSetClock(nullptr);
+}
+void PlannedChance::Restart() {
+  ticks = 0;
+  sequence = 62;
+}
+
+LockBalance::LockBalance() {
+  entered = 0;
+  held = 0;
+  MiroltaSetLockProbe(&kProbe);
+}
+LockBalance::~LockBalance() {
+  MiroltaSetLockProbe(nullptr);
+}
+int LockBalance::Entered() const {
+  return entered;
+}
+int LockBalance::Held() const {
+  return held;
+}
+
+}  // namespace mirolta::test

@@ -1,0 +1,124 @@
+// Every member of every class, from the type library's own tables, called on objects in known
+// states with arguments written as text. Programs that use it are the module themselves: they link
+// mirolta_entry.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "mirolta.h"
+#include "owned_value.h"
+#include "portable/interface_table.h"
+#include "test_values.h"
+
+namespace mirolta::test {
+
+using Text = std::basic_string<OLECHAR>;
+
+std::string Plain(const OLECHAR* text);  // ASCII only
+Text WideOf(const std::string& text);
+
+// One member of one class.
+struct Member {
+  const ClassTableRow* class_row;
+  const MemberRow* row;
+
+  unsigned ParameterCount() const { return row->parameters.Count(); }
+  std::string ClassName() const { return Plain(class_row->name); }
+  std::string Name() const;  // "HashObject.Key put"
+};
+
+const std::vector<Member>& AllMembers();
+const std::vector<const ClassTableRow*>& AllClasses();
+
+// Arguments reads values from text, one a word:
+//   b40      a byte array of 40 bytes (b0: without elements)
+//   t:AES    a text           d40  a text of 40 digits          h40  a text of 40 hexadecimal ones
+//   i-1      a VT_I4          B1   a VT_BOOL                    m    an argument left out
+//   S3000    a memory stream that holds 3000 bytes
+//   N        a number object
+class Arguments {
+ public:
+  explicit Arguments(const std::string& words);
+  VARIANT* Get() { return values_.empty() ? nullptr : &values_[0]; }
+  unsigned Count() const { return static_cast<unsigned>(values_.size()); }
+  ~Arguments();
+  Arguments(const Arguments&) = delete;
+  Arguments& operator=(const Arguments&) = delete;
+
+ private:
+  std::vector<VARIANT> values_;
+};
+
+// One row a member with parameters, named as Member::Name does: ordinary arguments and large ones.
+struct ArgumentRow {
+  const char* member;
+  const char* ordinary;
+  const char* large;
+};
+const std::vector<ArgumentRow>& ArgumentRows();
+// The words of a member's arguments; null if its row is missing.
+const char* ArgumentsFor(const Member& member, bool large);
+
+// The bytes of every array and stream of Arguments.
+uint8_t PatternByte(size_t index);
+
+enum class State {
+  kFresh,  // as created
+  kReady,  // algorithm, key, number or stream set, whatever the class needs
+};
+constexpr State kStates[] = {State::kFresh, State::kReady};
+
+// Subject is an object of a class in a state. An empty one could not be created.
+class Subject {
+ public:
+  Subject(const ClassTableRow& class_row, State state);
+  ~Subject();
+  Subject(const Subject&) = delete;
+  Subject& operator=(const Subject&) = delete;
+
+  explicit operator bool() const { return dual_ != nullptr; }
+  IUnknown* Unknown() const { return static_cast<IUnknown*>(dual_); }
+  IDispatch* Dispatch() const { return static_cast<IDispatch*>(dual_); }
+
+  // An early-bound call. `result` is made empty first and gets the member's result in its type.
+  HRESULT Call(const MemberRow& row, VARIANT* arguments, VARIANT* result) const;
+  // A late-bound call.
+  HRESULT Invoke(const MemberRow& row, const VARIANT* arguments, unsigned count,
+                 VARIANT* result) const;
+  // An early-bound call by name with arguments from text.
+  HRESULT Call(const std::string& member, INVOKEKIND kind, const std::string& words) const;
+
+  // What every property without parameters reads as, status and value, as text.
+  std::string Snapshot() const;
+
+ private:
+  const ClassTableRow& class_row_;
+  IDispatch* dual_ = nullptr;
+};
+
+// The value in one line, for comparisons and messages.
+std::string Shown(const VARIANT& value);
+
+// While it lives clock and random numbers are the same in every run.
+class PlannedChance {
+ public:
+  PlannedChance();
+  ~PlannedChance();
+  PlannedChance(const PlannedChance&) = delete;
+  PlannedChance& operator=(const PlannedChance&) = delete;
+  static void Restart();
+};
+
+// While it lives, counts what is entered and left of all critical sections.
+class LockBalance {
+ public:
+  LockBalance();
+  ~LockBalance();
+  LockBalance(const LockBalance&) = delete;
+  LockBalance& operator=(const LockBalance&) = delete;
+  int Entered() const;
+  int Held() const;
+};
+
+}  // namespace mirolta::test

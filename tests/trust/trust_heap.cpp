@@ -1,0 +1,175 @@
+#include "trust_heap.h"
+
+#include <malloc.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#if defined(__SANITIZE_ADDRESS__)
+  #define TRUST_HEAP_UNDER_ASAN 1
+#elif defined(__has_feature)
+  #if __has_feature(address_sanitizer)
+    #define TRUST_HEAP_UNDER_ASAN 1
+  #endif
+#endif
+
+namespace mirolta::test {
+namespace {
+
+constexpr size_t kWindow = 8;
+constexpr size_t kMostSecrets = 32;
+constexpr size_t kLargestSecret = 512;
+
+std::atomic<long> in_use{0};
+std::atomic<bool> watching{false};
+std::atomic<long> found{0};
+std::atomic<long> searched{0};
+std::atomic<int> last_found{-1};
+
+unsigned char secrets[kMostSecrets][kLargestSecret];
+size_t secret_sizes[kMostSecrets];
+size_t secret_count = 0;
+
+// Whether windows that start with these two bytes are part of the secret.
+bool starts[kMostSecrets][65536];
+
+bool Holds(const unsigned char* block, size_t size, size_t secret) {
+  for (size_t at = 0; at + kWindow <= size; ++at) {
+    // Long runs of zeros are common and no secret.
+    uint64_t eight = 0;
+    std::memcpy(&eight, block + at, sizeof eight);
+    if (eight == 0 || !starts[secret][block[at] << 8 | block[at + 1]]) continue;
+    for (size_t i = 0; i + kWindow <= secret_sizes[secret]; ++i) {
+      if (std::memcmp(block + at, secrets[secret] + i, kWindow) == 0) return true;
+    }
+  }
+  return false;
+}
+
+void Search(const void* block, size_t size) {
+  ++searched;
+  for (size_t i = 0; i < secret_count; ++i) {
+    if (!Holds(static_cast<const unsigned char*>(block), size, i)) continue;
+    ++found;
+    last_found = static_cast<int>(i);
+  }
+}
+
+}  // namespace
+
+long BlocksInUse() {
+  return in_use;
+}
+
+void WatchForSecret(const void* bytes, size_t size) {
+  if (secret_count == kMostSecrets || size < kWindow || size > kLargestSecret) std::abort();
+  std::memcpy(secrets[secret_count], bytes, size);
+  secret_sizes[secret_count++] = size;
+  for (size_t i = 0; i + kWindow <= size; ++i) {
+    const unsigned char* const at = static_cast<const unsigned char*>(bytes) + i;
+    starts[secret_count - 1][at[0] << 8 | at[1]] = true;
+  }
+}
+
+void StartWatchingForSecrets() {
+  watching = true;
+}
+
+void StopWatchingForSecrets() {
+  watching = false;
+  std::memset(secrets, 0, sizeof secrets);
+  std::memset(starts, 0, sizeof starts);
+  secret_count = 0;
+  found = 0;
+  searched = 0;
+  last_found = -1;
+}
+
+long SecretsFreed() {
+  return found;
+}
+int LastSecretFreed() {
+  return last_found;
+}
+long BlocksSearched() {
+  return searched;
+}
+
+#ifdef TRUST_HEAP_UNDER_ASAN
+
+extern "C" {
+int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, size_t),
+                                              void (*freeing)(const volatile void*));
+size_t __sanitizer_get_allocated_size(const volatile void* block);
+}
+
+namespace {
+
+[[maybe_unused]] const int hooks = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, size_t) { ++in_use; },
+    [](const volatile void* block) {
+      if (block == nullptr) return;
+      --in_use;
+      if (watching) {
+        Search(const_cast<const void*>(block), __sanitizer_get_allocated_size(block));
+      }
+    });
+
+}  // namespace
+}  // namespace mirolta::test
+
+#else
+
+}  // namespace mirolta::test
+
+// The program's own doors before the C library's. What is freed is overwritten, so that a new
+// block never shows what an older one held.
+extern "C" {
+
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void __libc_free(void* block);
+
+__attribute__((visibility("default"))) void* malloc(size_t size) {
+  void* const block = __libc_malloc(size);
+  if (block != nullptr) ++mirolta::test::in_use;
+  return block;
+}
+
+__attribute__((visibility("default"))) void* calloc(size_t count, size_t size) {
+  void* const block = __libc_calloc(count, size);
+  if (block != nullptr) ++mirolta::test::in_use;
+  return block;
+}
+
+__attribute__((visibility("default"))) void free(void* block) {
+  if (block == nullptr) return;
+  const int error = errno;
+  const size_t size = malloc_usable_size(block);
+  if (mirolta::test::watching) mirolta::test::Search(block, size);
+  std::memset(block, 0xDD, size);
+  // So that the compiler does not drop the overwriting of memory that dies.
+  __asm__ volatile("" : : "r"(block) : "memory");
+  --mirolta::test::in_use;
+  __libc_free(block);
+  errno = error;
+}
+
+__attribute__((visibility("default"))) void* realloc(void* block, size_t size) {
+  if (block == nullptr) return malloc(size);
+  if (size == 0) {
+    free(block);
+    return nullptr;
+  }
+  void* const moved = malloc(size);
+  if (moved == nullptr) return nullptr;
+  const size_t before = malloc_usable_size(block);
+  std::memcpy(moved, block, before < size ? before : size);
+  free(block);
+  return moved;
+}
+}
+
+#endif

@@ -1,0 +1,619 @@
+// No memory that is given back holds a secret: keys, HMAC pads, key schedules, private numbers,
+// plaintext on its way. All memory of the process is looked at when it is freed, the module's, the
+// runtime's and the C library's.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <random>
+
+#include "aes_schedule.h"
+#include "des_schedule.h"
+#include "fake_object.h"
+#include "member_calls.h"
+#include "portable/registry_mode.h"
+#include "portable/test_hooks.h"
+#include "trust_heap.h"
+
+namespace mirolta::test {
+namespace {
+
+Bytes Secret(unsigned seed, size_t size) {
+  std::mt19937 random(seed);
+  Bytes bytes(size);
+  for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random() >> 7);
+  return bytes;
+}
+
+Bytes Reversed(const Bytes& bytes) {
+  return Bytes(bytes.rbegin(), bytes.rend());
+}
+
+Bytes Masked(Bytes bytes, uint8_t mask) {
+  for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(byte ^ mask);
+  return bytes;
+}
+
+// A character that is one byte in every character set, and not zero.
+uint8_t TextByte(uint8_t byte) {
+  return static_cast<uint8_t>(0x20 + (byte & 0x3F));
+}
+
+const ClassTableRow& ClassNamed(const std::string& name) {
+  for (const ClassTableRow* row : AllClasses()) {
+    if (Plain(row->name) == name) return *row;
+  }
+  std::abort();
+}
+
+const MemberRow& MemberNamed(const ClassTableRow& class_row, const std::string& name,
+                             INVOKEKIND kind) {
+  const InterfaceTable& table = *class_row.default_interface;
+  for (unsigned i = 0; i < table.member_count; ++i) {
+    if (table.members[i].kind == kind && Plain(table.members[i].name) == name) {
+      return table.members[i];
+    }
+  }
+  std::abort();
+}
+
+class WipingTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
+    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+  }
+  void TearDown() override {
+    StopWatchingForSecrets();
+    values.clear();
+    MiroltaRegistryInMemory(FALSE);
+  }
+
+  // What the test itself holds of secrets, inputs and results, lives until the watch has ended.
+  VARIANT Keep(TestValue value) {
+    values.push_back(std::move(value));
+    return values.back();
+  }
+  VARIANT BytesArgument(const Bytes& bytes) { return Keep(BytesValue(bytes)); }
+  VARIANT TextArgument(const Bytes& bytes) {  // as many characters
+    TestValue value(VT_BSTR);
+    value->bstrVal = SysAllocStringLen(nullptr, static_cast<UINT>(bytes.size()));
+    for (size_t i = 0; i < bytes.size(); ++i) value->bstrVal[i] = TextByte(bytes[i]);
+    return Keep(std::move(value));
+  }
+
+  HRESULT Call(const Subject& subject, const ClassTableRow& class_row, const std::string& member,
+               INVOKEKIND kind, std::vector<VARIANT> arguments) {
+    const MemberRow& row = MemberNamed(class_row, member, kind);
+    VARIANT result;
+    const HRESULT status = subject.Call(row, arguments.data(), &result);
+    // Results are the caller's to wipe.
+    values.emplace_back();
+    *&values.back() = result;
+    return status;
+  }
+
+  // Compares without a copy.
+  static bool HoldsBytes(const VARIANT& value, const Bytes& bytes) {
+    void* data = nullptr;
+    if (V_VT(&value) != (VT_ARRAY | VT_UI1) ||
+        value.parray->rgsabound[0].cElements != bytes.size() ||
+        SafeArrayAccessData(value.parray, &data) != S_OK) {
+      return false;
+    }
+    const bool same = std::memcmp(data, bytes.data(), bytes.size()) == 0;
+    SafeArrayUnaccessData(value.parray);
+    return same;
+  }
+
+  void ExpectClean(const std::string& what) {
+    EXPECT_GT(BlocksSearched(), 0) << what;
+    EXPECT_EQ(SecretsFreed(), 0) << what << ": secret " << LastSecretFreed();
+  }
+
+  static void WatchFor(const Bytes& bytes) { WatchForSecret(bytes.data(), bytes.size()); }
+  // Also as UTF-16 units.
+  static void WatchForText(const Bytes& text) {
+    Bytes units;
+    for (const uint8_t byte : text) {
+      units.push_back(byte);
+      units.push_back(0);
+    }
+    units.resize(std::min(units.size(), size_t{512}));
+    WatchFor(units);
+  }
+  // A number in both byte orders.
+  static void WatchForNumber(const Bytes& number) {
+    WatchFor(number);
+    WatchFor(Reversed(number));
+  }
+  // Schedules as words and as bytes in order.
+  template <size_t kCount>
+  static void WatchForWords(const uint32_t (&words)[kCount], size_t count) {
+    Bytes native(count * 4);
+    std::memcpy(native.data(), words, native.size());
+    Bytes in_order;
+    for (size_t i = 0; i < count; ++i) {
+      for (int shift = 24; shift >= 0; shift -= 8) {
+        in_order.push_back(static_cast<uint8_t>(words[i] >> shift));
+      }
+    }
+    WatchFor(native);
+    WatchFor(in_order);
+  }
+  static void WatchForSchedule(bool aes, const Bytes& key) {
+    const uint32_t length = static_cast<uint32_t>(key.size());
+    if (aes) {
+      AesSchedule schedule;
+      ASSERT_TRUE(ExpandAesKey(key.data(), length, &schedule));
+      WatchForWords(schedule.encryption, 4 * (schedule.rounds + 1));
+      WatchForWords(schedule.decryption, 4 * (schedule.rounds + 1));
+    } else {
+      DesSchedule schedule;
+      ASSERT_TRUE(ExpandDesKey(key.data(), length, &schedule));
+      WatchForWords(schedule.encryption, 2 * schedule.rounds);
+      WatchForWords(schedule.decryption, 2 * schedule.rounds);
+    }
+  }
+
+  std::vector<TestValue> values;
+};
+
+TEST_F(WipingTest, TheWatchSeesEveryKindOfMemory) {
+  const Bytes secret = Secret(1, 40);
+  const auto seen = [&](const std::function<void()>& leave) {
+    WatchFor(secret);
+    StartWatchingForSecrets();
+    leave();
+    const long found = SecretsFreed();
+    StopWatchingForSecrets();
+    return found;
+  };
+  EXPECT_EQ(seen([&] { const Bytes copy(secret.begin() + 16, secret.begin() + 24); }), 1);
+  // The runtime clears arrays that it destroys by itself.
+  EXPECT_EQ(seen([&] { const TestValue array = BytesValue(secret); }), 0);
+  EXPECT_EQ(seen([&] {
+              SysFreeString(SysAllocStringByteLen(reinterpret_cast<LPCSTR>(secret.data()), 40));
+            }),
+            1);
+  EXPECT_EQ(seen([&] {
+              uint8_t* const block = static_cast<uint8_t*>(malloc(64));
+              std::copy(secret.begin(), secret.end(), block);
+              void* const moved = realloc(block, 100000);
+              __asm__ volatile("" : : "r"(moved) : "memory");
+              free(moved);
+            }) >= 1,
+            true);
+  EXPECT_EQ(seen([&] { const Bytes other = Secret(2, 40); }), 0);
+}
+
+// Ways to end what an object knows. Those that a class lacks are left out.
+struct End {
+  const char* name;
+  const char* member;  // empty: release only
+  INVOKEKIND kind;
+  const char* words;
+};
+
+// Keys by value, by reference, as text in three character sets, from an object, and refused ones.
+class KeyWipingTest : public WipingTest, public testing::WithParamInterface<int> {
+ protected:
+  static constexpr int kForms = 6;
+
+  VARIANT KeyArgument(int form, const Bytes& key, FakeObject* object) {
+    switch (form) {
+      case 0:
+        return BytesArgument(key);
+      case 1: {
+        BytesArgument(key);
+        reference = values.back()->parray;
+        return ReferenceTo(VT_ARRAY | VT_UI1, &reference);
+      }
+      case 2:
+      case 3:
+      case 4:
+        return TextArgument(key);
+      default: {
+        TextArgument(key);
+        VariantCopy(&object->value, &values.back());
+        TestValue value(VT_DISPATCH);
+        value->pdispVal = object;
+        ++object->references;
+        return Keep(std::move(value));
+      }
+    }
+  }
+
+  SAFEARRAY* reference = nullptr;
+};
+
+TEST_P(KeyWipingTest, HashKeysAndTheirPads) {
+  const ClassTableRow& hash = ClassNamed("HashObject");
+  constexpr End kEnds[] = {
+      {"release", "", kMethod, ""},
+      {"reset key", "ResetKey", kMethod, ""},
+      {"reset", "Reset", kMethod, ""},
+      {"re-key", "Key", kPut, "b20"},
+      {"short", "Key", kPut, "b0"},
+      {"refused", "Key", kPut, "m"},
+      {"again", "InitHash", kMethod, "t:SHA256"},
+      {"unknown", "InitHash", kMethod, "t:none"},
+      {"finalize", "HashFinalize", kMethod, ""},
+  };
+  const int form = GetParam();
+  for (const char* const algorithm : {"MD5", "SHA1", "SHA256"}) {
+    for (const size_t size : {size_t{24}, size_t{200}}) {
+      for (const End& end : kEnds) {
+        FakeObject object;
+        const Bytes key = Secret(77, size);
+        const VARIANT argument = KeyArgument(form, key, &object);
+        Bytes given;
+        for (const uint8_t byte : key) {
+          given.push_back(form >= 2 ? TextByte(byte) : byte);
+          if (form == 3) given.push_back(0);
+        }
+        const Bytes data = Secret(78, 100);
+        const VARIANT data_argument = BytesArgument(data);
+        {
+          const Subject subject(hash, State::kFresh);
+          ASSERT_EQ(subject.Call("InitHash", kMethod, std::string("t:") + algorithm), S_OK);
+          ASSERT_EQ(
+              subject.Call("codePage", kPut, form == 2 ? "i0" : (form == 3 ? "i-1" : "i65001")),
+              S_OK);
+          WatchFor(given);
+          if (form >= 2 && form != 3) WatchForText(given);
+          if (given.size() <= 64) {
+            WatchFor(Masked(given, 0x36));
+            WatchFor(Masked(given, 0x5C));
+          }
+          WatchFor(data);
+          StartWatchingForSecrets();
+          ASSERT_EQ(Call(subject, hash, "Key", kPut, {argument}), S_OK);
+          ASSERT_EQ(Call(subject, hash, "HashUpdate", kMethod, {data_argument, NumberValue(-1)}),
+                    S_OK);
+          Call(subject, hash, "Key", kGet, {});
+          if (end.member[0] != 0) subject.Call(end.member, end.kind, end.words);
+        }
+        ExpectClean(std::string(algorithm) + " " + end.name + " form " + std::to_string(form));
+        StopWatchingForSecrets();
+        values.clear();
+      }
+    }
+  }
+}
+
+TEST_P(KeyWipingTest, CipherKeysSchedulesAndPlaintext) {
+  const ClassTableRow& crypt = ClassNamed("SymmetricCryptObject");
+  constexpr End kEnds[] = {
+      {"release", "", kMethod, ""},
+      {"reset key", "ResetKey", kMethod, ""},
+      {"reset", "Reset", kMethod, "i0"},
+      {"re-key", "Key", kPut, "b16"},
+      {"wrong length", "Key", kPut, "b5"},
+      {"refused", "Key", kPut, "m"},
+      {"again", "Init", kMethod, "t:AES"},
+      {"unknown", "Init", kMethod, "t:none"},
+      {"too much", "Encrypt", kMethod, "b1048833 B-1"},
+      {"refused data", "Encrypt", kMethod, "m B-1"},
+  };
+  const int form = GetParam();
+  for (const char* const algorithm : {"AES", "DES"}) {
+    for (const End& end : kEnds) {
+      FakeObject object;
+      // A key of UTF-16 units is twice as long.
+      const Bytes key = Secret(79, form == 3 ? 8 : (algorithm[0] == 'A' ? 16 : 24));
+      if (form == 3 && algorithm[0] == 'D') continue;
+      const VARIANT argument = KeyArgument(form, key, &object);
+      Bytes given;
+      for (const uint8_t byte : key) {
+        given.push_back(form >= 2 ? TextByte(byte) : byte);
+        if (form == 3) given.push_back(0);
+      }
+      const Bytes plain = Secret(80, 15);
+      const VARIANT plain_argument = BytesArgument(plain);
+      const VARIANT more_argument = BytesArgument(Secret(81, 3000));
+      {
+        const Subject subject(crypt, State::kFresh);
+        ASSERT_EQ(subject.Call("Init", kMethod, std::string("t:") + algorithm), S_OK);
+        ASSERT_EQ(subject.Call("codePage", kPut, form == 2 ? "i0" : (form == 3 ? "i-1" : "i65001")),
+                  S_OK);
+        WatchFor(given);
+        if (form >= 2 && form != 3) WatchForText(given);
+        WatchFor(plain);
+        WatchFor(Secret(81, 512));
+        WatchForSchedule(algorithm[0] == 'A', given);
+        StartWatchingForSecrets();
+        ASSERT_EQ(Call(subject, crypt, "Key", kPut, {argument}), S_OK)
+            << algorithm << " form " << form;
+        VARIANT no = NumberValue(0);
+        V_VT(&no) = VT_BOOL;
+        // The queues grow and move, and hold a piece of a block at the end.
+        ASSERT_EQ(Call(subject, crypt, "Encrypt", kMethod, {more_argument, no}), S_OK);
+        ASSERT_EQ(Call(subject, crypt, "Encrypt", kMethod, {plain_argument, no}), S_OK);
+        ASSERT_EQ(Call(subject, crypt, "Decrypt", kMethod, {plain_argument, no}), S_OK);
+        if (end.member[0] != 0) subject.Call(end.member, end.kind, end.words);
+      }
+      ExpectClean(std::string(algorithm) + " " + end.name + " form " + std::to_string(form));
+      StopWatchingForSecrets();
+      values.clear();
+    }
+  }
+}
+
+TEST_P(KeyWipingTest, StreamKeysAndWhatPasses) {
+  const int form = GetParam();
+  for (const bool crypts : {true, false}) {
+    const ClassTableRow& filter = ClassNamed(crypts ? "ToviStreamCrypt" : "ToviStreamDigest");
+    for (const char* const end : {"", "ReadResetKey", "ReadReset", "ReadFinalize"}) {
+      FakeObject object;
+      const Bytes key = Secret(90, form == 3 ? 8 : 16);
+      const VARIANT argument = KeyArgument(form, key, &object);
+      Bytes given;
+      for (const uint8_t byte : key) {
+        given.push_back(form >= 2 ? TextByte(byte) : byte);
+        if (form == 3) given.push_back(0);
+      }
+      const Bytes read = Secret(91, 300);
+      const Bytes written = Secret(92, 300);
+      // Its room is there from the start: what streams of the runtime hold is their owner's.
+      OwnedReference<IStream> target;
+      ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, target.Put()), S_OK);
+      ULARGE_INTEGER room;
+      room.QuadPart = 10000;
+      ASSERT_EQ(target->SetSize(room), S_OK);
+      ASSERT_EQ(target->Write(read.data(), 300, nullptr), S_OK);
+      LARGE_INTEGER start;
+      start.QuadPart = 0;
+      OwnedReference<IStream> other;
+      ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, other.Put()), S_OK);
+      ASSERT_EQ(other->SetSize(room), S_OK);
+      VARIANT stream;
+      VariantInit(&stream);
+      V_VT(&stream) = VT_UNKNOWN;
+      stream.punkVal = target.Get();
+      uint8_t place[512];
+      {
+        const Subject subject(filter, State::kFresh);
+        ASSERT_EQ(subject.Call("codePage", kPut, form == 2 ? "i0" : (form == 3 ? "i-1" : "i65001")),
+                  S_OK);
+        const char* const algorithm = crypts ? "t:AES" : "t:SHA1";
+        ASSERT_EQ(subject.Call("ReadAlgorithm", kPut, algorithm), S_OK);
+        ASSERT_EQ(subject.Call("WriteAlgorithm", kPut, algorithm), S_OK);
+        WatchFor(given);
+        if (form >= 2 && form != 3) WatchForText(given);
+        if (crypts) {
+          WatchForSchedule(true, given);
+        } else {
+          WatchFor(Masked(given, 0x36));
+          WatchFor(Masked(given, 0x5C));
+        }
+        WatchFor(read);
+        WatchFor(written);
+        StartWatchingForSecrets();
+        ASSERT_EQ(Call(subject, filter, "Stream", kPutRef, {stream}), S_OK);
+        ASSERT_EQ(Call(subject, filter, "ReadKey", kPut, {argument}), S_OK);
+        ASSERT_EQ(Call(subject, filter, "WriteKey", kPut, {argument}), S_OK);
+        if (crypts) {
+          ASSERT_EQ(subject.Call("ReadDecrypt", kPut, "B0"), S_OK);
+        }
+        OwnedReference<IStream> face;
+        ASSERT_EQ(face.Query(subject.Unknown(), IID_IStream), S_OK);
+        ULONG moved = 0;
+        ASSERT_EQ(target->Seek(start, STREAM_SEEK_SET, nullptr), S_OK);
+        EXPECT_EQ(face->Read(place, 100, &moved), S_OK);
+        ULARGE_INTEGER count;
+        count.QuadPart = 105;
+        EXPECT_EQ(face->CopyTo(other.Get(), count, nullptr, nullptr), S_OK);
+        EXPECT_EQ(face->Read(place, 61, &moved), S_OK);
+        moved = 1;
+        EXPECT_EQ(face->Write(written.data(), 299, &moved), S_OK);
+        if (end[0] != 0) {
+          EXPECT_EQ(subject.Call(end, kMethod, ""), S_OK);
+        }
+      }
+      ExpectClean((crypts ? "crypt " : "digest ") + std::string(end) + " form " +
+                  std::to_string(form));
+      StopWatchingForSecrets();
+      values.clear();
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, KeyWipingTest, testing::Range(0, 6));
+
+TEST_F(WipingTest, PrivateNumbersOfRsa) {
+  const ClassTableRow& rsa = ClassNamed("RSACrypt");
+  const ClassTableRow& number = ClassNamed("PexBigNumber");
+  const PlannedChance chance;
+  const auto read = [&](const Subject& subject, const char* name) {
+    EXPECT_EQ(Call(subject, rsa, name, kGet, {}), S_OK);
+    return BytesOfArray(values.back());
+  };
+  // The same chance makes the same key again; what its private numbers are is learnt first.
+  Bytes p, q, d, n;
+  {
+    const Subject subject(rsa, State::kFresh);
+    PlannedChance::Restart();
+    ASSERT_EQ(subject.Call("CreateRandKeys", kMethod, "i64 B-1"), S_OK);
+    p = read(subject, "P");
+    q = read(subject, "Q");
+    d = read(subject, "SecretExp");
+    n = read(subject, "Modulus");
+  }
+  // d modulo p - 1, and q - 1
+  const auto residue = [&](const Bytes& prime) {
+    const Subject of_d(number, State::kFresh);
+    EXPECT_EQ(Call(of_d, number, "Binary", kPut, {BytesArgument(d)}), S_OK);
+    Bytes less = prime;
+    less.back() = static_cast<uint8_t>(less.back() - 1);
+    EXPECT_EQ(Call(of_d, number, "Mod", kMethod, {BytesArgument(less)}), S_OK);
+    IPexBigNumber* const result = static_cast<IPexBigNumber*>(values.back()->pdispVal);
+    TestValue bytes;
+    EXPECT_EQ(result->get_Binary(&bytes), S_OK);
+    return BytesOfArray(bytes);
+  };
+  const Bytes dp = residue(p);
+  const Bytes dq = residue(q);
+  const Bytes message = Secret(95, 63);
+  const VARIANT plain = BytesArgument(message);
+  const VARIANT p_argument = BytesArgument(p);
+  const VARIANT q_argument = BytesArgument(q);
+  const VARIANT d_argument = BytesArgument(d);
+  const VARIANT n_argument = BytesArgument(n);
+  constexpr End kEnds[] = {
+      {"release", "", kMethod, ""},
+      {"reset", "Reset", kMethod, ""},
+      {"other key", "CreateKeys", kMethod, "d4 d5"},
+      {"refused key", "CreateRandKeys", kMethod, "i0 B0"},
+      {"other numbers", "SecretExp", kPut, "b3"},
+      {"too much", "Encrypt", kMethod, "b100"},
+      {"refused data", "DecryptPQ", kMethod, "B-1"},
+  };
+  const std::vector<Bytes> secrets = {p, q, d, dp, dq, message};
+  for (const End& end : kEnds) {
+    {
+      const Subject subject(rsa, State::kFresh);
+      for (const Bytes& secret : secrets) WatchForNumber(secret);
+      StartWatchingForSecrets();
+      PlannedChance::Restart();
+      ASSERT_EQ(subject.Call("CreateRandKeys", kMethod, "i64 B-1"), S_OK);
+      ASSERT_EQ(Call(subject, rsa, "Encrypt", kMethod, {plain}), S_OK);
+      const VARIANT encrypted = values.back();
+      ASSERT_EQ(Call(subject, rsa, "Decrypt", kMethod, {encrypted}), S_OK);
+      EXPECT_TRUE(HoldsBytes(values.back(), message));
+      ASSERT_EQ(Call(subject, rsa, "DecryptPQ", kMethod, {encrypted}), S_OK);
+      EXPECT_TRUE(HoldsBytes(values.back(), message));
+      // Again with numbers that are put.
+      ASSERT_EQ(Call(subject, rsa, "P", kPut, {q_argument}), S_OK);
+      ASSERT_EQ(Call(subject, rsa, "Q", kPut, {p_argument}), S_OK);
+      ASSERT_EQ(Call(subject, rsa, "SecretExp", kPut, {d_argument}), S_OK);
+      ASSERT_EQ(Call(subject, rsa, "Modulus", kPut, {n_argument}), S_OK);
+      ASSERT_EQ(Call(subject, rsa, "DecryptPQ", kMethod, {encrypted}), S_OK);
+      for (const char* const name : {"P", "Q", "SecretExp"}) {
+        ASSERT_EQ(Call(subject, rsa, name, kGet, {}), S_OK);
+      }
+      if (end.member[0] != 0) subject.Call(end.member, end.kind, end.words);
+    }
+    ExpectClean(end.name);
+    StopWatchingForSecrets();
+  }
+}
+
+// The number of an object and of every operand, in bytes and in digits, through every member.
+TEST_F(WipingTest, NumbersAndTheirDigits) {
+  const ClassTableRow& number = ClassNamed("PexBigNumber");
+  const PlannedChance chance;
+  Bytes secret = Secret(96, 40);
+  secret[0] |= 1;
+  const VARIANT argument = BytesArgument(secret);
+  Bytes digits[2];  // decimal and hexadecimal
+  {
+    const Subject subject(number, State::kFresh);
+    ASSERT_EQ(Call(subject, number, "Binary", kPut, {argument}), S_OK);
+    for (const bool hex : {false, true}) {
+      ASSERT_EQ(Call(subject, number, hex ? "Hex" : "Value", kGet, {}), S_OK);
+      const BSTR text = values.back()->bstrVal;
+      for (UINT i = 0; i < SysStringLen(text); ++i) {
+        digits[hex].push_back(static_cast<uint8_t>(text[i]));
+      }
+    }
+  }
+  for (const Member& member : AllMembers()) {
+    if (member.class_row != &number) continue;
+    for (const bool as_operand : {false, true}) {
+      const bool takes_value =
+          member.ParameterCount() > 0 && member.row->parameters.rows[0].type.type == VT_VARIANT;
+      if (as_operand && !takes_value) continue;
+      Arguments others(ArgumentsFor(member, false));
+      std::vector<VARIANT> arguments(others.Get(), others.Get() + others.Count());
+      if (as_operand) arguments[0] = argument;
+      {
+        const Subject subject(number, State::kFresh);
+        WatchForNumber(secret);
+        for (const Bytes& text : digits) {
+          WatchFor(text);
+          WatchForText(text);
+        }
+        StartWatchingForSecrets();
+        if (!as_operand) {
+          ASSERT_EQ(Call(subject, number, "Binary", kPut, {argument}), S_OK);
+        }
+        PlannedChance::Restart();
+        VARIANT result;
+        const HRESULT status = subject.Call(*member.row, arguments.data(), &result);
+        EXPECT_TRUE(SUCCEEDED(status) || status == E_OUTOFMEMORY) << std::hex << status;
+        // New objects hold the number too; text and bytes are the caller's.
+        if (V_VT(&result) == VT_DISPATCH) {
+          VariantClear(&result);
+        } else {
+          values.emplace_back();
+          *&values.back() = result;
+        }
+      }
+      ExpectClean(member.Name());
+      StopWatchingForSecrets();
+    }
+  }
+}
+
+// Memory that runs out under a call leaves nothing behind either.
+TEST_F(WipingTest, CallsThatFailForMemory) {
+  const Bytes key = Secret(97, 16);
+  const Bytes plain = Secret(98, 400);
+  struct Case {
+    const char* class_name;
+    const char* before;
+    const char* algorithm;
+    const char* member;
+    INVOKEKIND kind;
+  };
+  constexpr Case kCases[] = {
+      {"HashObject", "InitHash", "t:SHA256", "Key", kPut},
+      {"SymmetricCryptObject", "Init", "t:AES", "Key", kPut},
+      {"SymmetricCryptObject", "Init", "t:AES", "Encrypt", kMethod},
+      {"PexBigNumber", "", "", "Mul", kMethod},
+      {"PexBigNumber", "", "", "Value", kPut},
+      {"RSACrypt", "CreateKeys", "d5 d6", "P", kPut},
+      {"RSACrypt", "CreateKeys", "d5 d6", "Decrypt", kMethod},
+  };
+  for (const Case& one : kCases) {
+    const ClassTableRow& class_row = ClassNamed(one.class_name);
+    for (LONG n = 0; n < 40; ++n) {
+      const bool keyed = std::string(one.member) == "Key";
+      FakeObject object(BytesValue(keyed ? key : plain));
+      VARIANT by_object;
+      VariantInit(&by_object);
+      V_VT(&by_object) = VT_DISPATCH;
+      by_object.pdispVal = &object;
+      std::vector<VARIANT> arguments = {by_object};
+      if (std::string(one.member) == "Encrypt") {
+        arguments[0] = BytesArgument(plain);
+        arguments.push_back(NumberValue(0));
+        V_VT(&arguments[1]) = VT_BOOL;
+      }
+      {
+        const Subject subject(class_row, State::kFresh);
+        if (one.before[0] != 0) {
+          ASSERT_EQ(subject.Call(one.before, kMethod, one.algorithm), S_OK);
+        }
+        WatchFor(key);
+        WatchForNumber(plain);
+        StartWatchingForSecrets();
+        if (arguments.size() == 2) {
+          ASSERT_EQ(Call(subject, class_row, "Key", kPut, {BytesArgument(key)}), S_OK);
+        }
+        MiroltaFailAllocationAfter(n);
+        Call(subject, class_row, one.member, one.kind, arguments);
+        MiroltaFailAllocationAfter(-1);
+      }
+      ExpectClean(std::string(one.class_name) + "." + one.member);
+      StopWatchingForSecrets();
+      values.clear();
+    }
+  }
+}
+
+}  // namespace
+}  // namespace mirolta::test
