@@ -1,5 +1,7 @@
 #include "big_int.h"
 
+#include <bit>
+#include <cstring>
 #include <new>
 
 #include "limb_basics.h"
@@ -61,10 +63,8 @@ BigInt BigInt::Failed(HRESULT status) noexcept {
   return failed;
 }
 
-const BigMagnitude& BigInt::magnitude() const {
-  static const BigMagnitude zero;
-  return magnitude_ != nullptr ? *magnitude_ : zero;
-}
+// Initialised before any code runs, and so there for other static objects.
+constinit const BigMagnitude BigInt::kZero;
 
 void BigInt::Swap(BigInt& other) noexcept {
   BigMagnitude* const magnitude = magnitude_;
@@ -117,6 +117,28 @@ BigMagnitude* BigInt::Rewrite(uint32_t words) noexcept {
   BigMagnitude* const m = Room(words);
   if (m != nullptr) m->clearTo(words);
   return m;
+}
+
+Limb* BigInt::BeginLimbs(size_t n) noexcept {
+  if (n > UINT32_MAX / kLimbWords) return nullptr;
+  BigMagnitude* const m = Room(static_cast<uint32_t>(n * kLimbWords));
+  // Moving bytes to where they stand makes limbs of them for the language; nothing is executed.
+  return m != nullptr ? static_cast<Limb*>(std::memmove(m->digits_, m->digits_, n * sizeof(Limb)))
+                      : nullptr;
+}
+
+void BigInt::EndLimbs(Limb* limbs, size_t n) noexcept {
+  BigMagnitude& m = *magnitude_;
+  if constexpr (std::endian::native == std::endian::little) {
+    m.digits_ = static_cast<uint32_t*>(std::memmove(limbs, limbs, n * sizeof(Limb)));
+  } else {
+    for (size_t i = 0; i < n; ++i) {
+      const Limb limb = limbs[i];
+      WordsFromLimbs(m.digits_ + i * kLimbWords, &limb, kLimbWords);
+    }
+  }
+  m.used_ = static_cast<uint32_t>(n * kLimbWords);
+  if (n != 0 && m.digits_[m.used_ - 1] == 0) m.dropZeroWords();
 }
 
 HRESULT BigInt::AssignLimbs(const Limb* x, size_t n) noexcept {

@@ -34,7 +34,7 @@ class BigInt {
   bool IsZero() const { return magnitude_ == nullptr || magnitude_->isZero(); }
   bool IsOdd() const { return (getWord(0) & 1) != 0; }
 
-  const BigMagnitude& magnitude() const;
+  const BigMagnitude& magnitude() const { return magnitude_ != nullptr ? *magnitude_ : kZero; }
   uint64_t bitLength() const { return magnitude().bitLength(); }
   bool testBit(uint64_t i) const { return magnitude().testBit(i); }
   uint32_t getWord(uint32_t i) const { return magnitude().getWord(i); }
@@ -49,10 +49,16 @@ class BigInt {
   BigMagnitude* Rewrite(uint32_t words) noexcept;
   // Makes the magnitude x[n]. The sign stays.
   HRESULT AssignLimbs(const Limb* x, size_t n) noexcept;
+  // The same without a copy: the store as this number's own n limbs, all of which the caller writes
+  // before EndLimbs, or null if there is no room; then the number is as before.
+  Limb* BeginLimbs(size_t n) noexcept;
+  void EndLimbs(Limb* limbs, size_t n) noexcept;
 
   void Swap(BigInt& other) noexcept;
 
  private:
+  static const BigMagnitude kZero;
+
   // Makes the store this number's own before a change in place.
   HRESULT MakePrivate() noexcept;
   // The store as this number's own with room for words, its old value given up; null as above.

@@ -20,31 +20,59 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
   const size_t an = LimbsForWords(am.used());
   const size_t bn = LimbsForWords(bm.used());
   const size_t qn = an < bn ? 0 : an - bn + 1;
-  const size_t rn = an < bn ? an : bn;
-  LimbScratch memory(an + bn + qn + rn);
+  LimbScratch memory(an + 1 + bn + qn + (qn != 0 ? DivideScratch(an, bn) : 0));
   if (memory.get() == nullptr) return E_OUTOFMEMORY;
   Limb* const x = memory.get();
-  Limb* const y = x + an;
+  Limb* const y = x + an + 1;
   Limb* const quotient = y + bn;
-  Limb* const remainder = quotient + qn;
   LimbsFromWords(x, am.digits(), am.used());
   LimbsFromWords(y, bm.digits(), bm.used());
-  if (qn == 0) {
-    CopyLimbs(remainder, x, rn);
-  } else if (!DivideLimbs(q != nullptr ? quotient : nullptr, r != nullptr ? remainder : nullptr, x,
-                          an, y, bn)) {
-    return E_OUTOFMEMORY;
-  }
+  if (qn != 0) DivideInPlace(quotient, x, an, y, bn, r != nullptr, quotient + qn);
   if (q != nullptr) {
     const HRESULT status = q->AssignLimbs(quotient, qn);
     if (FAILED(status)) return status;
     q->set_negative(q_negative);
   }
   if (r != nullptr) {
-    const HRESULT status = r->AssignLimbs(remainder, rn);
+    const HRESULT status = r->AssignLimbs(x, qn != 0 ? bn : an);
     if (FAILED(status)) return status;
     r->set_negative(r_negative);
   }
+  return S_OK;
+}
+
+// Products of up to this many limbs each need no working memory.
+constexpr size_t kShortLimbs = 8;
+
+// r := a * b of m and n limbs, kShortLimbs >= m >= n >= 1.
+HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t m, const BigMagnitude& b, size_t n) {
+  Limb operands[2 * kShortLimbs];
+  LimbsFromWords(operands, a.digits(), a.used());
+  LimbsFromWords(operands + m, b.digits(), b.used());
+  // The operands are copied, so the result may take one's place.
+  Limb* const product = r.BeginLimbs(m + n);
+  if (product != nullptr) {
+    CurrentLimbKernels().multiply(product, operands, m, operands + m, n);
+    r.EndLimbs(product, m + n);
+  }
+  WipeMemory(operands, (m + n) * sizeof(Limb));
+  return product != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+// The same for any m and n above 0. Its working memory is no frame for the short ones.
+__attribute__((noinline)) HRESULT MultiplyLong(BigInt& r, const BigMagnitude& a, size_t m,
+                                               const BigMagnitude& b, size_t n) {
+  const bool square = &a == &b;
+  LimbScratch memory(m + n + MultiplyScratch(m, n));
+  if (memory.get() == nullptr) return E_OUTOFMEMORY;
+  Limb* const x = memory.get();
+  Limb* const y = square ? x : x + m;
+  LimbsFromWords(x, a.digits(), a.used());
+  if (!square) LimbsFromWords(y, b.digits(), b.used());
+  Limb* const product = r.BeginLimbs(m + n);
+  if (product == nullptr) return E_OUTOFMEMORY;
+  MultiplyLimbs(product, x, m, y, n, x + m + n);
+  r.EndLimbs(product, m + n);
   return S_OK;
 }
 
@@ -86,17 +114,12 @@ HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   HRESULT status = S_OK;
   if (an == 0 || bn == 0) {
     status = r.AssignLimbs(nullptr, 0);
+  } else if (an > kShortLimbs || bn > kShortLimbs) {
+    status = MultiplyLong(r, am, an, bm, bn);
+  } else if (an < bn) {
+    status = MultiplyShort(r, bm, bn, am, an);
   } else {
-    const bool square = &am == &bm;
-    LimbScratch memory(2 * (an + bn) + MultiplyScratch(an, bn));
-    if (memory.get() == nullptr) return E_OUTOFMEMORY;
-    Limb* const x = memory.get();
-    Limb* const y = square ? x : x + an;
-    Limb* const product = x + an + bn;
-    LimbsFromWords(x, am.digits(), am.used());
-    if (!square) LimbsFromWords(y, bm.digits(), bm.used());
-    MultiplyLimbs(product, x, an, y, bn, product + an + bn);
-    status = r.AssignLimbs(product, an + bn);
+    status = MultiplyShort(r, am, an, bm, bn);
   }
   if (SUCCEEDED(status)) r.set_negative(negative);
   return status;

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "hex_kernels.h"
 #include "limb_basics.h"
 #include "limb_decimal.h"
 #include "limb_scratch.h"
@@ -10,46 +11,26 @@ namespace mirolta {
 
 namespace {
 
-constexpr OLECHAR kDigits[] = OLESTR("0123456789abcdef");
-
-// The value of each character below 128 as a hexadecimal digit, or 16.
-struct HexValues {
-  uint8_t of[128];
-};
-
-constexpr HexValues MakeHexValues() {
-  HexValues values = {};
-  for (int c = 0; c < 128; ++c) {
-    uint8_t value = 16;
-    if (c >= '0' && c <= '9') value = static_cast<uint8_t>(c - '0');
-    if (c >= 'a' && c <= 'f') value = static_cast<uint8_t>(c - 'a' + 10);
-    if (c >= 'A' && c <= 'F') value = static_cast<uint8_t>(c - 'A' + 10);
-    values.of[c] = value;
-  }
-  return values;
-}
-
-constexpr HexValues kHexValues = MakeHexValues();
-
-uint32_t HexDigit(OLECHAR c) {
-  return c < 128 ? kHexValues.of[c] : 16;
+const HexKernels& CurrentHexKernels() {
+  return *AllHexKernels().rows[0].function;
 }
 
 HRESULT HexText(NumberText& text, const BigInt& n) {
   const uint64_t length = (n.bitLength() + 3) / 4;
   if (length >= UINT32_MAX) return E_OUTOFMEMORY;
-  OLECHAR* const out = text.Resize(static_cast<uint32_t>(length));
+  OLECHAR* out = text.Resize(static_cast<uint32_t>(length));
   if (out == nullptr) return E_OUTOFMEMORY;
-  const uint32_t* const digits = n.magnitude().digits();
-  // Whole words from the end, then what is left of the top one.
-  OLECHAR* end = out + length;
-  uint32_t i = 0;
-  for (; end - out >= 8; ++i) {
-    end -= 8;
-    for (uint32_t j = 0; j < 8; ++j) end[j] = kDigits[digits[i] >> (28 - 4 * j) & 15];
+  const uint32_t* const words = n.magnitude().digits();
+  const uint32_t whole = static_cast<uint32_t>(length / 8);
+  // The first digits are those of a part of the top word.
+  const uint32_t part = static_cast<uint32_t>(length % 8);
+  if (part != 0) {
+    OLECHAR digits[8];
+    CurrentHexKernels().write(digits, words + whole, 1);
+    for (uint32_t i = 0; i < part; ++i) *out++ = digits[8 - part + i];
+    WipeMemory(digits, sizeof digits);
   }
-  for (uint32_t word = end != out ? digits[i] : 0; end != out; word >>= 4)
-    *--end = kDigits[word & 15];
+  CurrentHexKernels().write(out, words, whole);
   return S_OK;
 }
 
@@ -69,13 +50,57 @@ HRESULT DecimalText(NumberText& text, const BigInt& n) {
   const uint32_t length = static_cast<uint32_t>(room - zeros);
   OLECHAR* const out = text.Resize(length);
   if (out == nullptr) return E_OUTOFMEMORY;
-  for (uint32_t i = 0; i < length; ++i) out[i] = kDigits[digits[zeros + i] - '0'];
+  // The digits' characters are the same in both sets.
+  for (uint32_t i = 0; i < length; ++i) out[i] = static_cast<OLECHAR>(digits[zeros + i]);
   return S_OK;
 }
 
 // The bytes that a text of this length may fill: ceil(length * 0.41524).
 uint64_t DecimalBytes(uint32_t length) {
   return (uint64_t{length} * 41524 + 99999) / 100000;
+}
+
+// The value of count digits that stand together.
+Limb DigitsValue(const OLECHAR* characters, uint32_t count) {
+  Limb value = 0;
+  // Eight at a time, in pairs, so that few products wait for each other.
+  for (; count >= 8; count -= 8, characters += 8) {
+    uint32_t pairs[4];
+    for (uint32_t i = 0; i < 4; ++i) {
+      pairs[i] = uint32_t{characters[2 * i]} * 10 + characters[2 * i + 1] - 11 * uint32_t{'0'};
+    }
+    const uint32_t high = pairs[0] * 100 + pairs[1];
+    const uint32_t low = pairs[2] * 100 + pairs[3];
+    value = static_cast<Limb>(value * 100000000 + (high * 10000 + low));
+  }
+  for (; count != 0; --count) {
+    value = static_cast<Limb>(value * 10 + static_cast<Limb>(*characters++ - '0'));
+  }
+  return value;
+}
+
+// Fills chunks, least significant first, from count characters that are all digits. The first
+// digits' chunk takes what the others leave over.
+void ReadDigits(Limb* chunks, const OLECHAR* characters, uint32_t count) {
+  uint32_t take = count % kDecimalDigits != 0 ? count % kDecimalDigits : kDecimalDigits;
+  for (uint32_t left = count; left != 0; take = kDecimalDigits) {
+    left -= take;
+    chunks[left / kDecimalDigits] = DigitsValue(characters, take);
+    characters += take;
+  }
+}
+
+// The same from count digits among other characters.
+void ReadSpreadDigits(Limb* chunks, const OLECHAR* characters, uint32_t count) {
+  Limb chunk = 0;
+  for (uint32_t left = count; left != 0; ++characters) {
+    if (*characters < '0' || *characters > '9') continue;
+    chunk = static_cast<Limb>(chunk * 10 + static_cast<Limb>(*characters - '0'));
+    if (--left % kDecimalDigits == 0) {
+      chunks[left / kDecimalDigits] = chunk;
+      chunk = 0;
+    }
+  }
 }
 
 }  // namespace
@@ -124,16 +149,10 @@ HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) n
   if (memory.get() == nullptr) return E_OUTOFMEMORY;
   Limb* const chunks = memory.get();
   Limb* const value = chunks + count;
-  // The first chunk takes what the others leave over.
-  uint32_t left = digits;
-  Limb chunk = 0;
-  for (uint32_t i = 0; left != 0; ++i) {
-    if (characters[i] < '0' || characters[i] > '9') continue;
-    chunk = static_cast<Limb>(chunk * 10 + static_cast<Limb>(characters[i] - '0'));
-    if (--left % kDecimalDigits == 0) {
-      chunks[left / kDecimalDigits] = chunk;
-      chunk = 0;
-    }
+  if (digits == length) {
+    ReadDigits(chunks, characters, digits);
+  } else {
+    ReadSpreadDigits(chunks, characters, digits);
   }
   if (!LimbsFromDecimal(value, chunks, count)) return E_OUTOFMEMORY;
   size_t limbs = count;
@@ -153,9 +172,16 @@ HRESULT FromHexText(BigInt& n, const OLECHAR* characters, uint32_t length) noexc
   uint32_t filled = 0;
   uint32_t shift = 0;
   uint32_t word = 0;
-  for (uint32_t i = length; i-- != 0;) {
-    const uint32_t digit = HexDigit(characters[i]);
-    if (digit == 16) continue;
+  for (uint32_t left = length; left != 0;) {
+    if (shift == 0 && left >= 8) {
+      const size_t made = CurrentHexKernels().read(words + filled, characters + left, left / 8);
+      filled += static_cast<uint32_t>(made);
+      left -= static_cast<uint32_t>(made) * 8;
+      if (left == 0) break;
+    }
+    // What is no digit is skipped, and the words go on with it inside.
+    const uint32_t digit = HexDigitValue(characters[--left]);
+    if (digit == kNoHexDigit) continue;
     word |= digit << shift;
     shift += 4;
     if (shift == 32) {

@@ -93,13 +93,25 @@ inline constexpr size_t LimbsForWords(size_t words) {
   return (words + kLimbWords - 1) / kLimbWords;
 }
 
+// CopyLimbBytes copies bytes between limbs and words that do not overlap; numbers of 256 and 512
+// bits without a call.
+inline void CopyLimbBytes(void* to, const void* from, size_t bytes) {
+  if (bytes == 32) {
+    std::memcpy(to, from, 32);
+  } else if (bytes == 64) {
+    std::memcpy(to, from, 64);
+  } else {
+    std::memcpy(to, from, bytes);
+  }
+}
+
 // LimbsFromWords: z := the words. Shapes: w[words], z[LimbsForWords(words)].
 inline void LimbsFromWords(Limb* z, const uint32_t* w, size_t words) {
   if (words == 0) return;
   if constexpr (std::endian::native == std::endian::little) {
     // A limb's bytes are those of its words in order.
     z[LimbsForWords(words) - 1] = 0;
-    std::memcpy(z, w, words * 4);
+    CopyLimbBytes(z, w, words * 4);
   } else {
     for (size_t i = 0; i < LimbsForWords(words); ++i) z[i] = 0;
     for (size_t i = 0; i < words; ++i) {
@@ -112,7 +124,7 @@ inline void LimbsFromWords(Limb* z, const uint32_t* w, size_t words) {
 inline void WordsFromLimbs(uint32_t* w, const Limb* z, size_t words) {
   if (words == 0) return;
   if constexpr (std::endian::native == std::endian::little) {
-    std::memcpy(w, z, words * 4);
+    CopyLimbBytes(w, z, words * 4);
   } else {
     for (size_t i = 0; i < words; ++i) {
       w[i] = static_cast<uint32_t>(z[i / kLimbWords] >> (32 * (i % kLimbWords)));

@@ -11,15 +11,16 @@ namespace mirolta {
 
 namespace {
 
-// Measured: shorter values are converted chunk by chunk.
-constexpr size_t kChunksOut = kLimbBits == 64 ? 24 : 32;
-constexpr size_t kChunksIn = kLimbBits == 64 ? 48 : 64;
+// Shorter values are converted chunk by chunk: measured for 64-bit limbs, estimated for 32-bit
+// limbs.
+constexpr size_t kChunksOut = kLimbBits == 64 ? 44 : 32;
+constexpr size_t kChunksIn = kLimbBits == 64 ? 200 : 64;
 
 // PowerTable holds kDecimalPower^(2^i) for i = 0, 1, ... below count.
 class PowerTable {
  public:
   ~PowerTable() {
-    for (LimbScratch* power : powers_) delete power;
+    for (size_t i = 0; i < kMost && powers_[i] != nullptr; ++i) delete powers_[i];
   }
   // Makes all powers with 2^i < chunks.
   bool Make(size_t chunks) {
@@ -50,10 +51,31 @@ class PowerTable {
   size_t count_ = 0;
 };
 
+// Writes value below 10^8 as eight digits: pairs of values below 10^4, 10^2 and 10 side by side in
+// one number, the upper part of each at the lower bits, where its digits come first.
+void EightDigits(char* digits, uint32_t value) {
+  const uint64_t fours = value / 10000 | uint64_t{value % 10000} << 32;
+  // x * 10486 / 2^20 is x / 100 for x < 10^4, and x * 103 / 2^10 is x / 10 for x < 100.
+  const uint64_t hundreds = fours * 10486 >> 20 & 0x0000007F0000007F;
+  const uint64_t twos = hundreds | (fours - hundreds * 100) << 16;
+  const uint64_t tens = twos * 103 >> 10 & 0x000F000F000F000F;
+  const uint64_t ones = (tens | (twos - tens * 10) << 8) + 0x3030303030303030;
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(digits, &ones, sizeof ones);
+  } else {
+    for (uint32_t i = 0; i < 8; ++i) digits[i] = static_cast<char>(ones >> (8 * i) & 0xFF);
+  }
+}
+
 void DigitsOfChunk(char* digits, Limb chunk) {
-  for (uint32_t i = kDecimalDigits; i-- != 0;) {
-    digits[i] = static_cast<char>('0' + static_cast<int>(chunk % 10));
-    chunk /= 10;
+  constexpr uint32_t kEight = 100000000;
+  uint32_t left = kDecimalDigits;
+  for (; left >= 8; left -= 8) {
+    EightDigits(digits + left - 8, static_cast<uint32_t>(chunk % kEight));
+    chunk /= kEight;
+  }
+  for (uint32_t rest = static_cast<uint32_t>(chunk); left-- != 0; rest /= 10) {
+    digits[left] = static_cast<char>('0' + static_cast<int>(rest % 10));
   }
 }
 
@@ -61,11 +83,22 @@ void DigitsOfChunk(char* digits, Limb chunk) {
 void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
   const LimbDivisor divisor = PrepareDivisor(kDecimalPower);
   n = SignificantLimbs(x, n);
-  for (size_t i = count; i-- != 0;) {
-    const Limb chunk = n != 0 ? DivideByLimb(x, x, n, divisor) : Limb{0};
-    if (n != 0 && x[n - 1] == 0) --n;
-    DigitsOfChunk(digits + i * kDecimalDigits, chunk);
+  Limb chunks[kRepeatedDivisions];
+  while (count != 0) {
+    if (n > 1 && count >= kRepeatedDivisions) {
+      DivideRepeatedly(chunks, x, n, divisor);
+    } else {
+      for (Limb& chunk : chunks) {
+        chunk = n != 0 ? DivideByLimb(x, x, n, divisor) : Limb{0};
+        n = SignificantLimbs(x, n);
+      }
+    }
+    n = SignificantLimbs(x, n);
+    for (size_t i = 0; i < kRepeatedDivisions && count != 0; ++i) {
+      DigitsOfChunk(digits + --count * kDecimalDigits, chunks[i]);
+    }
   }
+  WipeMemory(chunks, sizeof chunks);
 }
 
 // Splits at the largest power of two of chunks below count.
@@ -91,14 +124,19 @@ bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const PowerTable
          WriteDigits(low_digits, x, pn, low, powers);
 }
 
+void ReadFewChunks(Limb* z, const Limb* chunks, size_t n) {
+  const LimbKernels& k = CurrentLimbKernels();
+  z[0] = chunks[n - 1];
+  for (size_t i = 1; i < n; ++i) {
+    z[i] = k.mul1(z, z, i, kDecimalPower);
+    AddLimb(z, i + 1, chunks[n - 1 - i]);
+  }
+}
+
 bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const PowerTable& powers) {
   const LimbKernels& k = CurrentLimbKernels();
   if (n <= kChunksIn) {
-    z[0] = chunks[n - 1];
-    for (size_t i = 1; i < n; ++i) {
-      z[i] = k.mul1(z, z, i, kDecimalPower);
-      AddLimb(z, i + 1, chunks[n - 1 - i]);
-    }
+    ReadFewChunks(z, chunks, n);
     return true;
   }
   size_t i = 0;
@@ -135,15 +173,23 @@ size_t DecimalDigitsRoom(size_t n) noexcept {
 
 bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept {
   const size_t count = ChunksRoom(n);
+  if (n <= kChunksOut) {
+    WriteChunks(digits, x, n, count);
+    return true;
+  }
   PowerTable powers;
-  if (n > kChunksOut && !powers.Make(count)) return false;
+  if (!powers.Make(count)) return false;
   return WriteDigits(digits, x, n, count, powers);
 }
 
 bool LimbsFromDecimal(Limb* z, const Limb* chunks, size_t n) noexcept {
   if (n == 0) return true;
+  if (n <= kChunksIn) {
+    ReadFewChunks(z, chunks, n);
+    return true;
+  }
   PowerTable powers;
-  if (n > kChunksIn && !powers.Make(n)) return false;
+  if (!powers.Make(n)) return false;
   return ReadChunks(z, chunks, n, powers);
 }
 

@@ -19,6 +19,12 @@ LimbDivisor PrepareDivisor(Limb d) noexcept;
 // DivideByLimb: q := a / d, returns a mod d. Shapes: a[n], q[n]; q may be a.
 Limb DivideByLimb(Limb* q, const Limb* a, size_t n, const LimbDivisor& d) noexcept;
 
+// DivideRepeatedly: a := a / d^k and its remainders modulo d, the first division's first, for the
+// fixed number k. A division's limb goes into the next one at once, so that they run side by side.
+inline constexpr size_t kRepeatedDivisions = 4;
+void DivideRepeatedly(Limb (&remainders)[kRepeatedDivisions], Limb* a, size_t n,
+                      const LimbDivisor& d) noexcept;
+
 // ModLimb returns a mod d. Shapes: a[n].
 Limb ModLimb(const Limb* a, size_t n, const LimbDivisor& d) noexcept;
 
@@ -30,5 +36,13 @@ Limb ModLimb(const Limb* a, size_t n, const LimbDivisor& d) noexcept;
 // Source: Knuth TAOCP 2, 4.3.1, algorithm D; Burnikel and Ziegler 1998.
 [[nodiscard]] bool DivideLimbs(Limb* q, Limb* r, const Limb* a, size_t m, const Limb* d,
                                size_t n) noexcept;
+
+// DivideInPlace does the same in the operands' own memory: u's lowest n limbs become the remainder
+// if it is wanted; the rest of u, and v, are destroyed.
+// Shapes: u[m + 1] of which m are the dividend, v[n], q[m - n + 1], scratch[DivideScratch(m, n)].
+// Alias:  none.
+size_t DivideScratch(size_t m, size_t n) noexcept;
+void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, bool wants_remainder,
+                   Limb* scratch) noexcept;
 
 }  // namespace mirolta

@@ -7,8 +7,8 @@ namespace mirolta {
 
 namespace {
 
-// Below, rows are faster whatever the longer operand's length.
-constexpr size_t kRowsLimbs = kLimbBits == 64 ? 28 : 32;
+// Below, rows are faster whatever the longer operand's length: that of the equal sizes' methods.
+constexpr size_t kRowsLimbs = kLimbBits == 64 ? 36 : 32;
 
 }  // namespace
 
@@ -32,12 +32,13 @@ void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
     m = n;
     n = count;
   }
-  if (m == n) {
-    MultiplyEqual(z, x, y, n, scratch);
+  // A square is at least as cheap as a product even where both are done by rows.
+  if (n < kRowsLimbs && (m != n || x != y)) {
+    k.multiply(z, x, m, y, n);
     return;
   }
-  if (n < kRowsLimbs) {
-    k.multiply(z, x, m, y, n);
+  if (m == n) {
+    MultiplyEqual(z, x, y, n, scratch);
     return;
   }
   MultiplyEqual(z, x, y, n, scratch);

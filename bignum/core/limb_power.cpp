@@ -4,62 +4,19 @@
 #include "limb_divide.h"
 #include "limb_montgomery.h"
 #include "limb_multiply.h"
+#include "limb_power_ifma.h"
 #include "limb_scratch.h"
+#include "sliding_window.h"
 
 namespace mirolta {
 
 namespace {
 
-// The window width that needs the fewest products: 2^(w-1) for the table, bits / (w + 1) after it.
-uint32_t WindowBits(size_t exponent_bits) {
-  constexpr struct {
-    size_t bits;
-    uint32_t window;
-  } kWidths[] = {{8, 1}, {24, 2}, {80, 3}, {240, 4}, {672, 5}, {1792, 6}};
-  for (const auto& width : kWidths) {
-    if (exponent_bits <= width.bits) return width.window;
-  }
-  return 7;
-}
-
-// SlidingWindow: z := x^e with multiply(z, x, y) as the product, all values of n limbs.
-// table has n * 2^(w-1) limbs and spare n; x may be the table's start; e[en] without zero limbs at
-// the top.
-template <typename Multiply>
-void SlidingWindow(Limb* z, Limb* table, Limb* spare, const Limb* e, size_t en, size_t n,
-                   uint32_t window, const Multiply& multiply) {
-  // Odd powers x, x^3, x^5, ...
-  if (window > 1) {
-    multiply(spare, table, table);
-    for (size_t i = 1; i < size_t{1} << (window - 1); ++i) {
-      multiply(table + i * n, table + (i - 1) * n, spare);
-    }
-  }
-  bool started = false;
-  for (size_t i = LimbBits(e, en); i-- != 0;) {
-    if (!TestLimbBit(e, i)) {
-      multiply(z, z, z);
-      continue;
-    }
-    // The longest run of at most window bits that ends in a one.
-    size_t low = i + 1 >= window ? i + 1 - window : 0;
-    while (!TestLimbBit(e, low)) ++low;
-    size_t value = 0;
-    for (size_t j = i + 1; j-- != low;) value = value << 1 | (TestLimbBit(e, j) ? 1 : 0);
-    const Limb* const power = table + (value >> 1) * n;
-    if (started) {
-      for (size_t j = low; j <= i; ++j) multiply(z, z, z);
-      multiply(z, z, power);
-    } else {
-      CopyLimbs(z, power, n);
-      started = true;
-    }
-    i = low;
-  }
-}
-
 constexpr PowerKernel kPowerKernels[] = {
-    {"montgomery", 0, 0, PowerModuloOdd},
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"ifma", kFeaturesForDigits, kDigitPowerLeastBits, kDigitPowerMostBits, PowerModuloOddIfma},
+#endif
+    {"montgomery", 0, 0, SIZE_MAX, PowerModuloOdd},
 };
 
 // Arithmetic modulo 2^bits on values of n limbs.
@@ -161,7 +118,8 @@ bool PowerModuloAnyOdd(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t 
 const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noexcept {
   constexpr size_t kCount = sizeof kPowerKernels / sizeof kPowerKernels[0];
   for (const PowerKernel& kernel : kPowerKernels) {
-    if ((kernel.needs & ~features) == 0 && modulus_bits >= kernel.least_bits) return kernel;
+    if ((kernel.needs & ~features) != 0) continue;
+    if (modulus_bits >= kernel.least_bits && modulus_bits <= kernel.most_bits) return kernel;
   }
   return kPowerKernels[kCount - 1];
 }
@@ -236,6 +194,19 @@ bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, co
 }
 
 bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size_t n) noexcept {
+  const PowerKernel& kernel = ChoosePowerKernel(LimbBits(m, n), ProcessorFeatures());
+  if (kernel.function != PowerModuloOdd) {
+    // Its products are so much faster that those for the window do not matter.
+    LimbScratch memory(2 * n);
+    if (memory.get() == nullptr) return false;
+    Limb* const two = memory.get();
+    Limb* const power = two + n;
+    ZeroLimbs(two, n);
+    two[0] = 2;
+    if (!kernel.function(power, two, e, en, m, n)) return false;
+    *result = power[0] == 1 && SignificantLimbs(power, n) == 1;
+    return true;
+  }
   const LimbKernels& k = CurrentLimbKernels();
   const MontgomeryModulus modulus = PrepareMontgomery(m, n);
   LimbScratch memory(2 * n + MontgomeryScratch(n));

@@ -11,16 +11,16 @@ namespace mirolta {
 using PowerFunction = bool (*)(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                                size_t n);
 
-// PowerKernel: a way to raise to a power, for moduli of least_bits and more.
+// PowerKernel: a way to raise to a power, for moduli of least_bits to most_bits.
 struct PowerKernel {
   const char* name;
   uint32_t needs;  // ProcessorFeature bits
   size_t least_bits;
+  size_t most_bits;
   PowerFunction function;
 };
 
-// ChoosePowerKernel returns the first row whose needs are met. A vectorised exponentiation is one
-// more row at the head of the list in limb_power.cpp.
+// ChoosePowerKernel returns the first row whose needs are met.
 const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noexcept;
 
 // PowerModuloOdd is the portable row: a sliding window over products in Montgomery's form.

@@ -10,10 +10,4 @@ LimbScratch::LimbScratch(size_t count) noexcept  // NOLINT
   if (count > kInside) limbs_ = new (std::nothrow) Limb[count];
 }
 
-LimbScratch::~LimbScratch() {
-  if (limbs_ == nullptr) return;
-  WipeMemory(limbs_, count_ * sizeof(Limb));
-  if (limbs_ != inside_) delete[] limbs_;
-}
-
 }  // namespace mirolta

@@ -10,7 +10,11 @@ namespace mirolta {
 class LimbScratch {
  public:
   explicit LimbScratch(size_t count) noexcept;
-  ~LimbScratch();
+  ~LimbScratch() {
+    if (limbs_ == nullptr) return;
+    WipeMemory(limbs_, count_ * sizeof(Limb));
+    if (limbs_ != inside_) delete[] limbs_;
+  }
   LimbScratch(const LimbScratch&) = delete;
   LimbScratch& operator=(const LimbScratch&) = delete;
 

@@ -6,10 +6,11 @@ namespace mirolta {
 
 namespace {
 
-// Measured on processors of each kind: below, the simpler method is faster.
-constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 28 : 32;
-constexpr size_t kKaratsubaSquareLimbs = kLimbBits == 64 ? 44 : 48;
-constexpr size_t kToomLimbs = kLimbBits == 64 ? 120 : 140;
+// Below, the simpler method is faster: measured for 64-bit limbs where rows use mulx and adx,
+// estimated for 32-bit limbs.
+constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 36 : 32;
+constexpr size_t kKaratsubaSquareLimbs = 48;
+constexpr size_t kToomLimbs = kLimbBits == 64 ? 130 : 140;
 
 // z := |x - y| with y[n] shorter than x[m] by at most one limb; returns whether x < y.
 bool AbsoluteDifference(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {

@@ -1,6 +1,7 @@
 #include <initializer_list>
 #include <new>
 
+#include "fermat_lanes.h"
 #include "limb_basics.h"
 #include "limb_divide.h"
 #include "limb_power.h"
@@ -32,6 +33,10 @@ uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
   return result % p;
 }
 
+// The bases of the test after two.
+constexpr Limb kOtherBases[] = {3, 5, 7};
+constexpr size_t kOtherBaseCount = sizeof kOtherBases / sizeof kOtherBases[0];
+
 // Tests candidate[n], n limbs without zeros at the top, as IsFermatPrime does. memory has n limbs.
 bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
   *result = false;
@@ -45,11 +50,50 @@ bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
   bool one = false;
   if (!TwoToPowerIsOne(&one, memory, en, candidate, n)) return false;
   if (!one) return true;
-  for (const Limb base : {Limb{3}, Limb{5}, Limb{7}}) {
+  for (const Limb base : kOtherBases) {
     if (!PowerModulo(power.get(), &base, 1, memory, en, candidate, n)) return false;
     if (power.get()[0] != 1 || SignificantLimbs(power.get(), n) != 1) return true;
   }
   *result = true;
+  return true;
+}
+
+// Tests candidates[count * n], growing odd numbers of which the batch takes that many, and sets
+// *found to the index of the first that is a Fermat prime, count if none is.
+bool TestTogether(size_t* found, const FermatBatch& batch, const Limb* candidates, size_t count,
+                  size_t n, Limb* memory) {
+  Limb bases[FermatBatch::kMost];
+  for (size_t i = 0; i < count; ++i) bases[i] = 2;
+  uint32_t passed = 0;
+  if (!batch.Test(&passed, candidates, bases, count, n)) return false;
+  for (size_t i = 0; i < count; ++i) {
+    if ((passed >> i & 1) == 0) continue;
+    for (size_t j = 0; j < kOtherBaseCount; ++j) CopyLimbs(memory + j * n, candidates + i * n, n);
+    uint32_t others = 0;
+    if (!batch.Test(&others, memory, kOtherBases, kOtherBaseCount, n)) return false;
+    if (others == (1u << kOtherBaseCount) - 1) {
+      *found = i;
+      return true;
+    }
+  }
+  *found = count;
+  return true;
+}
+
+// The same, one after another if there is no faster way.
+bool TestCandidates(size_t* found, const Limb* candidates, size_t count, size_t n, Limb* memory) {
+  const FermatBatch batch(LimbBits(candidates + (count - 1) * n, n));
+  if (batch.capacity() >= count) return TestTogether(found, batch, candidates, count, n, memory);
+  for (size_t i = 0; i < count; ++i) {
+    const Limb* const candidate = candidates + i * n;
+    bool prime = false;
+    if (!TestLimbs(&prime, candidate, SignificantLimbs(candidate, n), memory)) return false;
+    if (prime) {
+      *found = i;
+      return true;
+    }
+  }
+  *found = count;
   return true;
 }
 
@@ -63,7 +107,7 @@ class PrimeSearch {
   ~PrimeSearch() { WipeMemory(this, sizeof *this); }
 
   // start[n] has a zero limb at the top for the carry; it becomes the prime.
-  bool Run(Limb* start, size_t n, Limb* memory);
+  bool Run(Limb* start, size_t n);
 
  private:
   void FindResidues(const Limb* start, size_t n);
@@ -81,7 +125,7 @@ constexpr uint16_t kTableDivisor = 1;
 
 // The further primes pay while finding a residue costs less than the exponentiations it saves.
 size_t PrimesToSieve(size_t bits) {
-  const size_t limit = bits * bits / 8;
+  const size_t limit = bits * bits / 16;
   size_t count = kTablePrimes;
   while (count < kSmallPrimeCount && kSmallPrimes.primes[count] < limit) ++count;
   return count;
@@ -127,8 +171,15 @@ void PrimeSearch::SieveWindow() {
   }
 }
 
-bool PrimeSearch::Run(Limb* start, size_t n, Limb* memory) {
+bool PrimeSearch::Run(Limb* start, size_t n) {
   const size_t bits = LimbBits(start, n);
+  const FermatBatch batch(bits);
+  const size_t together = batch.capacity() != 0 ? batch.capacity() : 1;
+  LimbScratch memory((together + kOtherBaseCount) * n);
+  if (memory.get() == nullptr) return false;
+  Limb* const candidates = memory.get();
+  Limb* const spare = candidates + together * n;
+  size_t waiting = 0;
   primes_ = PrimesToSieve(bits);
   window_ = WindowFor(bits);
   FindResidues(start, n);
@@ -141,9 +192,15 @@ bool PrimeSearch::Run(Limb* start, size_t n, Limb* memory) {
       AddLimb(start, n, static_cast<Limb>(offset - reached));
       reached = offset;
       if (divisor != 0 && Contradicts(start, n, divisor)) continue;
-      bool found = false;
-      if (!TestLimbs(&found, start, SignificantLimbs(start, n), memory)) return false;
-      if (found) return true;
+      CopyLimbs(candidates + waiting++ * n, start, n);
+      if (waiting < together) continue;
+      size_t found = waiting;
+      if (!TestCandidates(&found, candidates, waiting, n, spare)) return false;
+      if (found != waiting) {
+        CopyLimbs(start, candidates + found * n, n);
+        return true;
+      }
+      waiting = 0;
     }
     AddLimb(start, n, static_cast<Limb>(window_ - reached));
   }
@@ -178,13 +235,13 @@ HRESULT NextPrime(BigInt& n) noexcept {
     return S_OK;
   }
   const size_t limbs = LimbsForWords(n.used()) + 1;
-  LimbScratch memory(2 * limbs);
+  LimbScratch memory(limbs);
   PrimeSearch* const search = new (std::nothrow) PrimeSearch;
   HRESULT status = E_OUTOFMEMORY;
   if (memory.get() != nullptr && search != nullptr) {
     memory.get()[limbs - 1] = 0;
     LimbsFromWords(memory.get(), n.magnitude().digits(), n.used());
-    if (search->Run(memory.get(), limbs, memory.get() + limbs)) {
+    if (search->Run(memory.get(), limbs)) {
       status = n.AssignLimbs(memory.get(), limbs);
     }
   }

@@ -201,7 +201,7 @@ struct AdxBlocks : BlockLoops<AdxRows> {
 }  // namespace
 
 constexpr LimbKernels kMulxAdxKernels = {AdxRows::Add,      AdxRows::Subtract, AdxRows::Mul1,
-                                         AdxRows::MulAdd1,  AdxRows::MulSub1,  AdxBlocks::Multiply,
+                                         AdxRows::MulAdd1,  AdxRows::MulSub1,  MultiplyMulxAdx,
                                          AdxBlocks::Square, AdxBlocks::Reduce, MontgomeryShortAdx};
 
 }  // namespace mirolta

@@ -4,47 +4,11 @@
 
   #include <immintrin.h>
 
+  #include "mulx_rows.h"
+
 namespace mirolta {
 
 namespace {
-
-// Low halves go up the carry flag's chain, high halves up the overflow flag's.
-  #define MIROLTA_TERM(offset, at, above) \
-    "mulx " offset                        \
-    "(%[y]), %[low], %[high]\n"           \
-    "adcx %[low], %[" at                  \
-    "]\n"                                 \
-    "adox %[high], %[" above "]\n"
-  #define MIROLTA_TERM_END(top, over) \
-    "movl $0, %k[low]\n"              \
-    "adox %[low], %[" over            \
-    "]\n"                             \
-    "adcx %[low], %[" top             \
-    "]\n"                             \
-    "adcx %[low], %[" over "]\n"
-
-// t += y * factor for 4 limbs of y, the sum in 6 registers.
-  #define MIROLTA_ROW_OF_4(row, factor)                                                           \
-    __asm__("xorl %k[low], %k[low]\n" MIROLTA_TERM("0", "t0", "t1") MIROLTA_TERM("8", "t1", "t2") \
-                MIROLTA_TERM("16", "t2", "t3") MIROLTA_TERM("24", "t3", "t4")                     \
-                    MIROLTA_TERM_END("t4", "t5")                                                  \
-            : [t0] "+r"(t0), [t1] "+r"(t1), [t2] "+r"(t2), [t3] "+r"(t3), [t4] "+r"(t4),          \
-              [t5] "+r"(t5), [low] "=&r"(low), [high] "=&r"(high)                                 \
-            : "d"(factor), [y] "r"(row)                                                           \
-            : "cc", "memory")
-
-// t += y * factor for 8 limbs of y, the sum in 10 registers.
-  #define MIROLTA_ROW_OF_8(row, factor)                                                           \
-    __asm__("xorl %k[low], %k[low]\n" MIROLTA_TERM("0", "t0", "t1") MIROLTA_TERM("8", "t1", "t2") \
-                MIROLTA_TERM("16", "t2", "t3") MIROLTA_TERM("24", "t3", "t4")                     \
-                    MIROLTA_TERM("32", "t4", "t5") MIROLTA_TERM("40", "t5", "t6")                 \
-                        MIROLTA_TERM("48", "t6", "t7") MIROLTA_TERM("56", "t7", "t8")             \
-                            MIROLTA_TERM_END("t8", "t9")                                          \
-            : [t0] "+r"(t0), [t1] "+r"(t1), [t2] "+r"(t2), [t3] "+r"(t3), [t4] "+r"(t4),          \
-              [t5] "+r"(t5), [t6] "+r"(t6), [t7] "+r"(t7), [t8] "+r"(t8), [t9] "+r"(t9),          \
-              [low] "=&r"(low), [high] "=&r"(high)                                                \
-            : "d"(factor), [y] "r"(row)                                                           \
-            : "cc", "memory")
 
 // z := the lower n limbs of t less m if t, with the limb top above them, is m or more.
 template <size_t kCount>
@@ -73,7 +37,25 @@ void Montgomery4(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inve
     t4 = t5;
     t5 = 0;
   }
-  StoreReduced<4>(z, {t0, t1, t2, t3}, t4, m);
+  // Less m unless that goes below zero.
+  Limb d0 = t0, d1 = t1, d2 = t2, d3 = t3;
+  __asm__(
+      "subq (%[m]), %[d0]\n"
+      "sbbq 8(%[m]), %[d1]\n"
+      "sbbq 16(%[m]), %[d2]\n"
+      "sbbq 24(%[m]), %[d3]\n"
+      "sbbq $0, %[top]\n"
+      "cmovcq %[t0], %[d0]\n"
+      "cmovcq %[t1], %[d1]\n"
+      "cmovcq %[t2], %[d2]\n"
+      "cmovcq %[t3], %[d3]\n"
+      : [d0] "+&r"(d0), [d1] "+&r"(d1), [d2] "+&r"(d2), [d3] "+&r"(d3), [top] "+&r"(t4)
+      : [t0] "r"(t0), [t1] "r"(t1), [t2] "r"(t2), [t3] "r"(t3), [m] "r"(m)
+      : "cc", "memory");
+  z[0] = d0;
+  z[1] = d1;
+  z[2] = d2;
+  z[3] = d3;
 }
 
 void Montgomery8(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inverse) {

@@ -116,6 +116,7 @@ TEST(BigVariantTest, FractionsAreRoundedToWords) {
   EXPECT_EQ(ReadAs(RealValue(-1)), "8002000A");
   EXPECT_EQ(ReadAs(RealValue(4294967296.0)), "8002000A");
   EXPECT_EQ(ReadAs(RealValue(1e300)), "8002000A");
+  EXPECT_EQ(ReadAs(RealValue(std::numeric_limits<double>::quiet_NaN())), "8002000A");
   EXPECT_EQ(ReadAs(RealValue(std::numeric_limits<double>::infinity())), "8002000A");
 }
 

@@ -125,5 +125,51 @@ TEST(DivideLimbsTest, ByOneLimb) {
   }
 }
 
+TEST(DivideRepeatedlyTest, AsManyDivisions) {
+  for (size_t n = 0; n < 20; ++n) {
+    for (int i = 0; i < Cases(60); ++i) {
+      Limbs a = RandomLimbs(n);
+      Limb d = RandomLimbs(1)[0];
+      if (i % 3 == 0) d |= Limb{1} << (kLimbBits - 1);
+      if (i % 7 == 0) d = 1;
+      if (d == 0) continue;
+      Mpz quotient, divisor, remainder;
+      Import(quotient, a);
+      Import(divisor, Limbs{d});
+      Limb remainders[kRepeatedDivisions];
+      DivideRepeatedly(remainders, a.data(), n, PrepareDivisor(d));
+      for (const Limb got : remainders) {
+        mpz_fdiv_qr(quotient, remainder, quotient, divisor);
+        ASSERT_EQ(Limbs{got}, Export(remainder, 1)) << n;
+      }
+      ASSERT_EQ(a, Export(quotient, n)) << n;
+    }
+  }
+}
+
+TEST(DivideInPlaceTest, RemainderOnlyWhereWanted) {
+  for (size_t n = 1; n < 60; n += 1 + Below(3)) {
+    for (size_t m = n; m < n + 60; m += 1 + Below(9)) {
+      Limbs u = RandomLimbs(m), v = RandomLimbs(n);
+      if (v[n - 1] == 0) v[n - 1] = 1 + Below(5);
+      Mpz pu, pv, quotient, remainder;
+      Import(pu, u);
+      Import(pv, v);
+      mpz_fdiv_qr(quotient, remainder, pu, pv);
+      const bool wants = Below(3) != 0;
+      Limbs q(m - n + 2, kGuard), scratch(DivideScratch(m, n) + 1, kGuard);
+      u.push_back(kGuard);
+      DivideInPlace(q.data(), u.data(), m, v.data(), n, wants, scratch.data());
+      ASSERT_EQ(q.back(), kGuard);
+      ASSERT_EQ(scratch.back(), kGuard);
+      q.pop_back();
+      ASSERT_EQ(q, Export(quotient, m - n + 1)) << m << " by " << n;
+      u.resize(n);
+      if (!wants) continue;
+      ASSERT_EQ(u, Export(remainder, n)) << m << " by " << n;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace mirolta

@@ -1,0 +1,93 @@
+#include "fermat_lanes.h"
+
+#include "digits.h"
+#include "lanes_ifma.h"
+#include "limb_divide.h"
+#include "limb_montgomery.h"
+#include "limb_scratch.h"
+
+namespace mirolta {
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+namespace {
+
+// 4 * 2^2 and 4 * 7^2, the multiples of a modulus that its digits hold.
+constexpr size_t kSpareForTwo = 4;
+constexpr size_t kSpareForSeven = 8;
+
+// The exponent's bits that the first powers are made of: 7^15 fits a limb.
+constexpr size_t kFirstBits = 4;
+
+Limb SmallPower(Limb base, Limb e) {
+  Limb power = 1;
+  for (; e != 0; --e) power *= base;
+  return power;
+}
+
+}  // namespace
+
+FermatBatch::FermatBatch(size_t bits) noexcept : bits_(bits) {
+  const bool here = (kFeaturesForDigits & ~ProcessorFeatures()) == 0;
+  // Smaller numbers are quick to test, larger ones not tested faster side by side.
+  const bool fits = DigitsFor(bits, kSpareForTwo) >= kLeastLaneDigits &&
+                    DigitsFor(bits, kSpareForSeven) <= kMostLaneDigits;
+  if (here && fits) capacity_ = kLanes;
+}
+
+bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bases, size_t count,
+                       size_t n) const noexcept {
+  size_t spare = kSpareForTwo;
+  for (size_t i = 0; i < count; ++i) {
+    if (bases[i] > 2) spare = kSpareForSeven;
+  }
+  const size_t digits = DigitsFor(bits_, spare);
+  const size_t zeros = digits * kDigitBits / kLimbBits;
+  LimbScratch memory((2 * digits + 3) * kLanes + zeros + 2 + n);
+  if (memory.get() == nullptr) return false;
+  const size_t beyond = reinterpret_cast<uintptr_t>(memory.get()) % 64 / sizeof(Limb);
+  Limb* const m = memory.get() + (kLanes - beyond);
+  Limb* const power = m + digits * kLanes;
+  Limb* const inverse = power + digits * kLanes;
+  Limb* const base = inverse + kLanes;
+  Limb* const first = base + kLanes;
+  Limb* const residue = first + zeros + 2;
+  const size_t rest = bits_ - kFirstBits;
+
+  for (size_t lane = 0; lane < kLanes; ++lane) {
+    // Lanes without a number repeat the first.
+    const size_t i = lane < count ? lane : 0;
+    const Limb* const x = candidates + i * n;
+    base[lane] = bases[i];
+    inverse[lane] = PrepareMontgomery(x, n).inverse & kDigitMask;
+    Limb top = 0;
+    for (size_t bit = bits_; bit-- != rest;) top = top << 1 | (TestLimbBit(x, bit) ? 1 : 0);
+    const Limb value = SmallPower(base[lane], top);
+    const uint32_t shift = digits * kDigitBits % kLimbBits;
+    ZeroLimbs(first, zeros);
+    first[zeros] = value << shift;
+    first[zeros + 1] = shift != 0 ? value >> (kLimbBits - shift) : 0;
+    const size_t used = SignificantLimbs(x, n);
+    if (!DivideLimbs(nullptr, residue, first, zeros + 2, x, used)) return false;
+    for (size_t j = 0; j < digits; ++j) {
+      m[j * kLanes + lane] = SplitDigit(x, used, j);
+      power[j * kLanes + lane] = SplitDigit(residue, used, j);
+    }
+  }
+  const uint32_t ones = FermatTestOf(digits)({m, inverse, base, rest, power});
+  *passed = ones & static_cast<uint32_t>((uint64_t{1} << count) - 1);
+  return true;
+}
+
+#else
+
+FermatBatch::FermatBatch(size_t bits) noexcept : bits_(bits) {}
+
+bool FermatBatch::Test(uint32_t* passed, const Limb*, const Limb*, size_t, size_t) const noexcept {
+  *passed = 0;
+  return bits_ == 0;
+}
+
+#endif
+
+}  // namespace mirolta

@@ -1,0 +1,70 @@
+#include "limb_power_ifma.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+  #include "digits.h"
+  #include "limb_divide.h"
+  #include "limb_montgomery.h"
+  #include "limb_scratch.h"
+  #include "sliding_window.h"
+
+namespace mirolta {
+
+namespace {
+
+// Vectors that do not cross lines of the cache load twice as fast.
+constexpr size_t kAlignment = 64;
+
+// z[count] := x * 2^(52 count) mod m as digits. Shapes: x[n], m[n]; n limbs hold m without a zero.
+bool ToDigitForm(Limb* z, size_t count, const Limb* x, const Limb* m, size_t n) {
+  const size_t bits = count * kDigitBits;
+  const size_t zeros = bits / kLimbBits;
+  LimbScratch shifted(zeros + n + 1);
+  LimbScratch residue(n);
+  if (shifted.get() == nullptr || residue.get() == nullptr) return false;
+  ZeroLimbs(shifted.get(), zeros);
+  Limb* const top = shifted.get() + zeros;
+  top[n] = ShiftLeftLimbs(top, x, n, bits % kLimbBits);
+  if (!DivideLimbs(nullptr, residue.get(), shifted.get(), zeros + n + 1, m, n)) return false;
+  SplitDigits(z, count, residue.get(), n);
+  return true;
+}
+
+}  // namespace
+
+bool PowerModuloOddIfma(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
+                        size_t n) noexcept {
+  n = SignificantLimbs(m, n);
+  const size_t count = DigitsFor(LimbBits(m, n), 2);
+  const size_t vectors = (count + kVectorDigits - 1) / kVectorDigits;
+  const size_t padded = vectors * kVectorDigits;
+  const uint32_t window = WindowBits(LimbBits(e, en));
+  const size_t table_limbs = padded << (window - 1);
+  LimbScratch memory(table_limbs + 3 * padded + kAlignment / sizeof(Limb));
+  if (memory.get() == nullptr) return false;
+  const size_t beyond = reinterpret_cast<uintptr_t>(memory.get()) % kAlignment / sizeof(Limb);
+  Limb* const modulus = memory.get() + (kAlignment / sizeof(Limb) - beyond);
+  Limb* const power = modulus + padded;
+  Limb* const spare = power + padded;
+  Limb* const table = spare + padded;
+
+  SplitDigits(modulus, padded, m, n);
+  ZeroLimbs(table, padded);
+  if (!ToDigitForm(table, count, x, m, n)) return false;
+  const Limb inverse = PrepareMontgomery(m, n).inverse << (kLimbBits - kDigitBits);
+  const DigitProduct product = DigitProductOf(vectors);
+  SlidingWindow(
+      power, table, spare, e, en, padded, window,
+      [=](Limb* r, const Limb* a, const Limb* b) { product(r, a, b, modulus, count, inverse); });
+  // The product with 1 is at most m.
+  ZeroLimbs(spare, padded);
+  spare[0] = 1;
+  product(power, power, spare, modulus, count, inverse);
+  JoinDigits(z, n, power, count);
+  if (CompareLimbs(z, m, n) >= 0) CurrentLimbKernels().subtract(z, z, m, n);
+  return true;
+}
+
+}  // namespace mirolta
+
+#endif

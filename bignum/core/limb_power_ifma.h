@@ -1,0 +1,20 @@
+// Powers modulo an odd number with products of digits of 52 bits.
+#pragma once
+
+#include "digits_ifma.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+namespace mirolta {
+
+// Measured: below, products of limbs are faster. Above, no product of digits is compiled.
+inline constexpr size_t kDigitPowerLeastBits = 520;
+inline constexpr size_t kDigitPowerMostBits = kMostDigitVectors * kVectorDigits * kDigitBits - 2;
+
+// PowerModuloOddIfma is a PowerFunction for moduli of 51 to kDigitPowerMostBits bits.
+[[nodiscard]] bool PowerModuloOddIfma(Limb* z, const Limb* x, const Limb* e, size_t en,
+                                      const Limb* m, size_t n) noexcept;
+
+}  // namespace mirolta
+
+#endif

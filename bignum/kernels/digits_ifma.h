@@ -1,0 +1,36 @@
+// Numbers as digits of 52 bits, a digit in a limb, and their products in Montgomery's form by the
+// instructions of AVX-512 IFMA.
+#pragma once
+
+#include "limb.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+namespace mirolta {
+
+inline constexpr uint32_t kDigitBits = 52;
+inline constexpr Limb kDigitMask = (Limb{1} << kDigitBits) - 1;
+inline constexpr size_t kVectorDigits = 8;
+
+// What the products here need of the processor: mulx too.
+inline constexpr uint32_t kFeaturesForDigits =
+    kFeatureBmi2Adx | kFeatureAvx512 | kFeatureAvx512Ifma;
+
+// DigitProduct: z := x * y / 2^(52 count), some value of the residue class of m below 2 m.
+// Shapes: x, y, z, m of as many vectors of eight digits as the function is for, zeros above count;
+//         x and y below 2 m, 4 m <= 2^(52 count), m odd, count >= 2.
+//         inverse is -1 / m mod 2^52, times 2^12.
+// Alias:  any of z, x, y may be the same.
+// Time:   depends on count only.
+// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
+// 2016.
+using DigitProduct = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
+                              Limb inverse);
+
+// DigitProductOf returns the product for that many vectors, 1 to kMostDigitVectors.
+inline constexpr size_t kMostDigitVectors = 10;
+DigitProduct DigitProductOf(size_t vectors) noexcept;
+
+}  // namespace mirolta
+
+#endif

@@ -1,0 +1,138 @@
+#include "digits_ifma.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+// gcc 12 warns of what its own header leaves undefined on purpose.
+  #pragma GCC diagnostic ignored "-Wuninitialized"
+  #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
+  #include <immintrin.h>
+
+namespace mirolta {
+
+namespace {
+
+  #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512vl,avx512ifma,bmi2")))
+
+// The carries of count flags: a position that is over passes one on, and one that is full passes on
+// what it gets. Both have a bit a digit, 64 digits a word.
+template <size_t kWords>
+inline void RippleCarries(uint64_t (&carries)[kWords], const uint64_t (&over)[kWords],
+                          const uint64_t (&full)[kWords]) {
+  uint64_t in = 0;
+  for (size_t i = 0; i < kWords; ++i) {
+    const uint64_t got = over[i] << 1 | in;
+    const uint64_t sum = got + full[i];
+    carries[i] = sum ^ full[i];
+    // A carry out of the word: from its top digit itself, or passed on by it.
+    in = over[i] >> 63 | (sum < got ? 1 : 0);
+  }
+}
+
+// Stores vectors of digits below 2^63 as digits below 2^52.
+template <size_t kVectors>
+MIROLTA_IFMA inline void StoreDigits(Limb* z, __m512i (&t)[kVectors]) {
+  const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kDigitMask));
+  constexpr size_t kWords = (kVectors + 7) / 8;
+  uint64_t over[kWords] = {}, full[kWords] = {}, carries[kWords];
+  __m512i below = _mm512_setzero_si512();
+  for (size_t j = 0; j < kVectors; ++j) {
+    const __m512i high = _mm512_srli_epi64(t[j], kDigitBits);
+    // Below 2^52 + 2^11 now, so that one carry at most goes further.
+    t[j] = _mm512_add_epi64(_mm512_and_si512(t[j], mask), _mm512_alignr_epi64(high, below, 7));
+    below = high;
+    over[j / 8] |= uint64_t{_mm512_cmpgt_epu64_mask(t[j], mask)} << (j % 8 * 8);
+    full[j / 8] |= uint64_t{_mm512_cmpeq_epu64_mask(t[j], mask)} << (j % 8 * 8);
+  }
+  RippleCarries(carries, over, full);
+  for (size_t j = 0; j < kVectors; ++j) {
+    const __mmask8 carry = static_cast<__mmask8>(carries[j / 8] >> (j % 8 * 8));
+    t[j] = _mm512_mask_sub_epi64(t[j], carry, t[j], _mm512_set1_epi64(-1));
+    _mm512_storeu_si512(z + j * kVectorDigits, _mm512_and_si512(t[j], mask));
+  }
+}
+
+// One digit of y a round: adds x * digit and the multiple of m that makes the lowest digit zero,
+// and drops it. The multiple decides the next one, and the way through the vectors is long, so the
+// three lowest positions are kept in plain registers: 'low' is all of the lowest and 'next' of the
+// second; of the third the round's own terms are added there, while 'waiting' is what the vectors
+// had before the round.
+// Each position gets four terms below 2^52 a round, in at most 8 * kVectors rounds: below 2^61.
+template <size_t kVectors>
+MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
+                          Limb inverse) {
+  __m512i t[kVectors];
+  for (size_t j = 0; j < kVectors; ++j) t[j] = _mm512_setzero_si512();
+  // What x adds there in each round.
+  alignas(64) Limb terms[3][kVectors * kVectorDigits];
+  const __m512i x0 = _mm512_set1_epi64(static_cast<long long>(x[0]));
+  const __m512i x1 = _mm512_set1_epi64(static_cast<long long>(x[1]));
+  const __m512i x2 = _mm512_set1_epi64(static_cast<long long>(x[2]));
+  for (size_t j = 0; j < kVectors; ++j) {
+    const __m512i yj = _mm512_loadu_si512(y + j * kVectorDigits);
+    const __m512i zero = _mm512_setzero_si512();
+    const __m512i high0 = _mm512_madd52hi_epu64(zero, yj, x0);
+    const __m512i high1 = _mm512_madd52hi_epu64(zero, yj, x1);
+    _mm512_store_si512(terms[0] + j * kVectorDigits, _mm512_madd52lo_epu64(zero, yj, x0));
+    _mm512_store_si512(terms[1] + j * kVectorDigits, _mm512_madd52lo_epu64(high0, yj, x1));
+    _mm512_store_si512(terms[2] + j * kVectorDigits, _mm512_madd52lo_epu64(high1, yj, x2));
+  }
+  const Limb m0 = m[0], m1 = m[1], m2 = m[2];
+  Limb low = 0;
+  Limb next = 0;
+  Limb waiting = 0;
+  for (size_t i = 0; i < count; ++i) {
+    // The multiple's factor stands 12 bits higher, so that its products part at bit 64.
+    low += terms[0][i];
+    const Limb factor = low * inverse;
+    unsigned long long high0, high1;
+    _mulx_u64(factor, m0, &high0);
+    const Limb low1 = _mulx_u64(factor, m1, &high1) >> 12;
+    // The lowest 52 bits become zero, with a carry unless they were.
+    low = (low + kDigitMask) >> kDigitBits;
+    low += (next + terms[1][i]) + low1 + high0;
+    next = (waiting + terms[2][i]) + ((factor * m2) >> 12) + high1;
+
+    const __m512i by_x = _mm512_set1_epi64(static_cast<long long>(y[i]));
+    const __m512i by_m = _mm512_set1_epi64(static_cast<long long>(factor >> 12));
+    // Sums apart from t keep its own way through a round short: two additions and a shift.
+    __m512i high[kVectors];
+    for (size_t j = 0; j < kVectors; ++j) {
+      const __m512i xj = _mm512_loadu_si512(x + j * kVectorDigits);
+      const __m512i mj = _mm512_loadu_si512(m + j * kVectorDigits);
+      const __m512i zero = _mm512_setzero_si512();
+      const __m512i sum = _mm512_madd52lo_epu64(_mm512_madd52lo_epu64(zero, xj, by_x), mj, by_m);
+      high[j] = _mm512_madd52hi_epu64(_mm512_madd52hi_epu64(zero, xj, by_x), mj, by_m);
+      t[j] = _mm512_add_epi64(t[j], sum);
+    }
+    for (size_t j = 0; j < kVectors; ++j) {
+      const __m512i above = j + 1 < kVectors ? t[j + 1] : _mm512_setzero_si512();
+      t[j] = _mm512_add_epi64(_mm512_alignr_epi64(above, t[j], 1), high[j]);
+    }
+    waiting = static_cast<Limb>(
+        _mm_cvtsi128_si64(_mm256_extracti128_si256(_mm512_castsi512_si256(t[0]), 1)));
+  }
+  t[0] = _mm512_mask_set1_epi64(t[0], 1, static_cast<long long>(low));
+  t[0] = _mm512_mask_set1_epi64(t[0], 2, static_cast<long long>(next));
+  StoreDigits(z, t);
+  for (size_t j = 0; j < 3 * kVectors; ++j) {
+    _mm512_store_si512(&terms[0][0] + j * kVectorDigits, _mm512_setzero_si512());
+  }
+  // The barrier claims to read the secrets' place, so the zeros are stored.
+  __asm__ __volatile__("" : : "r"(terms) : "memory");
+}
+
+constexpr DigitProduct kProducts[kMostDigitVectors] = {
+    Product<1>, Product<2>, Product<3>, Product<4>, Product<5>,
+    Product<6>, Product<7>, Product<8>, Product<9>, Product<10>,
+};
+
+}  // namespace
+
+DigitProduct DigitProductOf(size_t vectors) noexcept {
+  return kProducts[vectors - 1];
+}
+
+}  // namespace mirolta
+
+#endif

@@ -1,0 +1,37 @@
+// Words to hexadecimal digits and back.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform.h"
+
+namespace mirolta {
+
+// HexKernels: one implementation of both directions. Words are least significant first, digits most
+// significant first, eight a word.
+struct HexKernels {
+  // out[8 count] := the digits of words[count], in lower case.
+  void (*write)(OLECHAR* out, const uint32_t* words, size_t count);
+  // Reads backwards from the characters before end, at most count words, as long as the next eight
+  // are all digits of either case; returns how many words it made.
+  size_t (*read)(uint32_t* words, const OLECHAR* end, size_t count);
+};
+
+// The value of a character as a hexadecimal digit, kNoHexDigit for every other one.
+inline constexpr uint32_t kNoHexDigit = 16;
+uint32_t HexDigitValue(OLECHAR c) noexcept;
+
+// The tables compiled into this build, best first; all run on every processor of the build's kind.
+struct HexKernelList {
+  const Kernel<const HexKernels*>* rows;
+  size_t count;
+};
+HexKernelList AllHexKernels() noexcept;
+
+extern const HexKernels kPortableHexKernels;
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+extern const HexKernels kSse2HexKernels;
+#endif
+
+}  // namespace mirolta

@@ -1,0 +1,35 @@
+// Eight numbers side by side in digits of 52 bits: vector j is digit j of each.
+#pragma once
+
+#include "digits_ifma.h"
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+namespace mirolta {
+
+inline constexpr size_t kLanes = 8;
+
+// FermatLanes: what a Fermat test of eight odd numbers works on. Each lane's base is at most 7, and
+// 4 * base^2 * m <= 2^(52 count).
+struct FermatLanes {
+  const Limb* m;        // [8 count] the moduli
+  const Limb* inverse;  // [8] -1 / m mod 2^52
+  const Limb* base;     // [8]
+  size_t bits;          // exponent bits still to work in
+  Limb* power;          // [8 count] base^(m >> bits) * 2^(52 count), below m; destroyed
+};
+
+// FermatTest works the lowest bits of m - 1 into the powers and returns the set of lanes whose
+// power base^(m - 1) is 1.
+// Time: depends on the counts only.
+using FermatTest = uint32_t (*)(const FermatLanes& lanes);
+
+// FermatTestOf returns the test for numbers of count digits, from kLeastLaneDigits to
+// kMostLaneDigits.
+inline constexpr size_t kLeastLaneDigits = 3;
+inline constexpr size_t kMostLaneDigits = 24;
+FermatTest FermatTestOf(size_t count) noexcept;
+
+}  // namespace mirolta
+
+#endif

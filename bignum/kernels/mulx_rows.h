@@ -1,0 +1,40 @@
+// Rows of a product whose sum stays in registers, for processors with mulx, adcx and adox. The
+// macros work on variables t0, t1, ... of the sum and on two spare ones, low and high.
+#pragma once
+
+// Low halves go up the carry flag's chain, high halves up the overflow flag's.
+#define MIROLTA_TERM(offset, at, above) \
+  "mulx " offset                        \
+  "(%[y]), %[low], %[high]\n"           \
+  "adcx %[low], %[" at                  \
+  "]\n"                                 \
+  "adox %[high], %[" above "]\n"
+#define MIROLTA_TERM_END(top, over) \
+  "movl $0, %k[low]\n"              \
+  "adox %[low], %[" over            \
+  "]\n"                             \
+  "adcx %[low], %[" top             \
+  "]\n"                             \
+  "adcx %[low], %[" over "]\n"
+
+// t += y * factor for 4 limbs of y, the sum in 6 registers.
+#define MIROLTA_ROW_OF_4(row, factor)                                                           \
+  __asm__("xorl %k[low], %k[low]\n" MIROLTA_TERM("0", "t0", "t1") MIROLTA_TERM("8", "t1", "t2") \
+              MIROLTA_TERM("16", "t2", "t3") MIROLTA_TERM("24", "t3", "t4")                     \
+                  MIROLTA_TERM_END("t4", "t5")                                                  \
+          : [t0] "+r"(t0), [t1] "+r"(t1), [t2] "+r"(t2), [t3] "+r"(t3), [t4] "+r"(t4),          \
+            [t5] "+r"(t5), [low] "=&r"(low), [high] "=&r"(high)                                 \
+          : "d"(factor), [y] "r"(row)                                                           \
+          : "cc", "memory")
+
+// t += y * factor for 8 limbs of y, the sum in 10 registers.
+#define MIROLTA_ROW_OF_8(row, factor)                                                             \
+  __asm__("xorl %k[low], %k[low]\n" MIROLTA_TERM("0", "t0", "t1") MIROLTA_TERM("8", "t1", "t2")   \
+              MIROLTA_TERM("16", "t2", "t3") MIROLTA_TERM("24", "t3", "t4") MIROLTA_TERM(         \
+                  "32", "t4", "t5") MIROLTA_TERM("40", "t5", "t6") MIROLTA_TERM("48", "t6", "t7") \
+                  MIROLTA_TERM("56", "t7", "t8") MIROLTA_TERM_END("t8", "t9")                     \
+          : [t0] "+r"(t0), [t1] "+r"(t1), [t2] "+r"(t2), [t3] "+r"(t3), [t4] "+r"(t4),            \
+            [t5] "+r"(t5), [t6] "+r"(t6), [t7] "+r"(t7), [t8] "+r"(t8), [t9] "+r"(t9),            \
+            [low] "=&r"(low), [high] "=&r"(high)                                                  \
+          : "d"(factor), [y] "r"(row)                                                             \
+          : "cc", "memory")

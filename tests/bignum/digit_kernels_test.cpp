@@ -1,0 +1,235 @@
+// Products and powers in digits of 52 bits, and Fermat tests in lanes, against the peer and against
+// the portable rows.
+#include <gtest/gtest.h>
+
+#include "big_testing.h"
+#include "digits.h"
+#include "fermat_lanes.h"
+#include "lanes_ifma.h"
+#include "limb_power.h"
+#include "limb_power_ifma.h"
+
+namespace mirolta {
+namespace {
+
+using Limbs = std::vector<Limb>;
+
+Limbs ToLimbs(mpz_srcptr z, size_t n) {
+  Limbs limbs(n + 1);
+  mpz_export(limbs.data(), nullptr, -1, sizeof(Limb), 0, 0, z);
+  limbs.resize(n);
+  return limbs;
+}
+
+// A number of exactly that many bits, odd, with runs of ones and zeros; all ones for every ninth.
+void RandomModulus(Mpz& m, uint32_t bits, int i) {
+  const Mpz random(RandomBigOf(bits));
+  mpz_set(m, random);
+  mpz_setbit(m, bits - 1);
+  mpz_setbit(m, 0);
+  if (i % 9 != 0) return;
+  mpz_set_ui(m, 1);
+  mpz_mul_2exp(m, m, bits);
+  mpz_sub_ui(m, m, 1);
+}
+
+TEST(FermatBatchTest, EachNumberAndBaseForItself) {
+  int taken = 0;
+  for (uint32_t bits = 100; bits < 1300; bits += 1 + Below(12)) {
+    const FermatBatch batch(bits);
+    if (batch.capacity() == 0) continue;
+    ASSERT_LE(batch.capacity(), FermatBatch::kMost);
+    const size_t n = (bits + kLimbBits - 1) / kLimbBits + Below(2);
+    const size_t count = 1 + Below(static_cast<uint32_t>(batch.capacity()));
+    const bool only_two = Below(2) == 0;
+    Limbs candidates, bases;
+    uint32_t wanted = 0;
+    for (size_t i = 0; i < count; ++i) {
+      Mpz m, e, power;
+      const uint32_t size = Below(4) == 0 ? bits - Below(64) : bits;
+      RandomModulus(m, size, static_cast<int>(Below(9)));
+      if (Below(2) == 0) mpz_nextprime(m, m);
+      if (mpz_sizeinbase(m, 2) > bits) RandomModulus(m, bits, 1);
+      const Limb base = only_two ? 2 : Limb{2} + Below(6);
+      mpz_sub_ui(e, m, 1);
+      const Mpz a(base);
+      mpz_powm(power, a, e, m);
+      if (mpz_cmp_ui(static_cast<mpz_srcptr>(power), 1) == 0) wanted |= 1u << i;
+      const Limbs limbs = ToLimbs(m, n);
+      candidates.insert(candidates.end(), limbs.begin(), limbs.end());
+      bases.push_back(base);
+    }
+    uint32_t passed = ~0u;
+    ASSERT_TRUE(batch.Test(&passed, candidates.data(), bases.data(), count, n));
+    ASSERT_EQ(passed, wanted) << bits;
+    ++taken;
+  }
+  RecordProperty("taken", taken);
+  // Other processors have no batches at all, none of them half.
+  EXPECT_EQ(taken != 0, FermatBatch(1024).capacity() != 0);
+}
+
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+
+void Import(Mpz& z, const Limb* x, size_t n) {
+  mpz_import(z, n, -1, sizeof(Limb), 0, 0, x);
+}
+
+class DigitTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if ((kFeaturesForDigits & ~ProcessorFeatures()) != 0) GTEST_SKIP() << "ifma not here";
+  }
+};
+
+TEST_F(DigitTest, SplitAndJoin) {
+  for (int i = 0; i < Cases(500); ++i) {
+    const BigInt n = RandomBig(2000);
+    const Mpz z(n);
+    const size_t limbs = n.used() / 2 + 1;
+    const Limbs x = ToLimbs(z, limbs);
+    const size_t count = DigitsFor(limbs * kLimbBits, Below(60));
+    Limbs digits(count), joined(limbs, 5);
+    SplitDigits(digits.data(), count, x.data(), limbs);
+    Mpz sum, digit;
+    for (size_t j = count; j-- != 0;) {
+      ASSERT_LE(digits[j], kDigitMask);
+      mpz_mul_2exp(sum, sum, kDigitBits);
+      mpz_add_ui(sum, sum, digits[j]);
+    }
+    ASSERT_EQ(mpz_cmp(sum, z), 0);
+    JoinDigits(joined.data(), limbs, digits.data(), count);
+    ASSERT_EQ(joined, x);
+  }
+}
+
+TEST_F(DigitTest, Products) {
+  for (size_t vectors = 1; vectors <= kMostDigitVectors; ++vectors) {
+    const size_t padded = vectors * kVectorDigits;
+    for (int i = 0; i < Cases(300); ++i) {
+      const size_t count = vectors == 1 ? 2 + Below(7) : padded - Below(8);
+      const uint32_t most = static_cast<uint32_t>(count * kDigitBits - 2);
+      Mpz m, x, y, base, inverse, product, got;
+      RandomModulus(m, i % 2 == 0 ? most : most - Below(60), i);
+      // Operands up to twice the modulus, and next to it.
+      Mpz twice;
+      mpz_mul_2exp(twice, m, 1);
+      const Mpz a(RandomBigOf(most + 1)), b(RandomBigOf(most + 1));
+      mpz_mod(x, a, twice);
+      mpz_mod(y, b, twice);
+      if (i % 3 == 0) mpz_sub_ui(x, twice, 1);
+      if (i % 6 == 0) mpz_sub_ui(y, twice, 1 + Below(2));
+      if (i % 7 == 0) mpz_set(y, x);
+      mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kDigitBits));
+      mpz_invert(inverse, base, m);
+      mpz_mul(product, x, y);
+      mpz_mul(product, product, inverse);
+      mpz_mod(product, product, m);
+      Mpz low, digit_base;
+      mpz_setbit(digit_base, kDigitBits);
+      mpz_invert(low, m, digit_base);
+      const Limb negated = ((Limb{1} << kDigitBits) - mpz_get_ui(low)) << 12;
+
+      const size_t limbs = padded;
+      Limbs xd(padded), yd(padded), md(padded), zd(padded, ~Limb{0}), joined(limbs);
+      SplitDigits(xd.data(), padded, ToLimbs(x, limbs).data(), limbs);
+      SplitDigits(yd.data(), padded, ToLimbs(y, limbs).data(), limbs);
+      SplitDigits(md.data(), padded, ToLimbs(m, limbs).data(), limbs);
+      const DigitProduct multiply = DigitProductOf(vectors);
+      multiply(zd.data(), xd.data(), yd.data(), md.data(), count, negated);
+      for (size_t j = 0; j < padded; ++j) ASSERT_LE(zd[j], j < count ? kDigitMask : 0) << j;
+      JoinDigits(joined.data(), limbs, zd.data(), padded);
+      Import(got, joined.data(), limbs);
+      ASSERT_LT(mpz_cmp(got, twice), 0);
+      mpz_mod(got, got, m);
+      ASSERT_EQ(mpz_cmp(got, product), 0) << vectors << " " << count;
+      multiply(xd.data(), xd.data(), yd.data(), md.data(), count, negated);
+      ASSERT_EQ(xd, zd);
+    }
+  }
+}
+
+// Digits that are full pass carries on through all vectors: (m + k) * 2^(52 count) mod m is a power
+// whose products with one end in long runs of ones.
+TEST_F(DigitTest, CarriesThroughFullDigits) {
+  for (size_t vectors = 1; vectors <= kMostDigitVectors; ++vectors) {
+    const size_t count = vectors * kVectorDigits;
+    Mpz m, base, x, got, twice;
+    mpz_setbit(m, static_cast<mp_bitcnt_t>(count * kDigitBits - 2));
+    mpz_sub_ui(m, m, 1);
+    mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kDigitBits));
+    for (size_t bit = 1; bit + 3 < count * kDigitBits; bit += 17) {
+      Mpz value;
+      mpz_setbit(value, static_cast<mp_bitcnt_t>(bit));
+      mpz_mul(x, value, base);
+      mpz_mod(x, x, m);
+      Limbs xd(count), one(count), md(count), zd(count), joined(count);
+      one[0] = 1;
+      SplitDigits(xd.data(), count, ToLimbs(x, count).data(), count);
+      SplitDigits(md.data(), count, ToLimbs(m, count).data(), count);
+      // m = -1 mod 2^52, so that -1 / m is 1.
+      DigitProductOf(vectors)(zd.data(), xd.data(), one.data(), md.data(), count, Limb{1} << 12);
+      JoinDigits(joined.data(), count, zd.data(), count);
+      Import(got, joined.data(), count);
+      mpz_mod(got, got, m);
+      ASSERT_EQ(mpz_cmp(got, value), 0) << vectors << " " << bit;
+    }
+  }
+}
+
+void ExpectSamePower(uint32_t bits, uint32_t exponent_bits, int i) {
+  Mpz m;
+  RandomModulus(m, bits, i);
+  const size_t n = (bits + kLimbBits - 1) / kLimbBits;
+  const Limbs modulus = ToLimbs(m, n);
+  Mpz x;
+  const Mpz random(RandomBigOf(bits));
+  mpz_mod(x, random, m);
+  if (i % 5 == 0) mpz_sub_ui(x, m, 1);
+  if (i % 11 == 0) mpz_set_ui(x, static_cast<unsigned long>(i % 2));
+  Mpz exponent(RandomBigOf(exponent_bits));
+  mpz_setbit(exponent, exponent_bits - 1);
+  const size_t en = (exponent_bits + kLimbBits - 1) / kLimbBits;
+  const Limbs base = ToLimbs(x, n), e = ToLimbs(exponent, en);
+  Limbs by_digits(n, 1), by_limbs(n, 2);
+  ASSERT_TRUE(PowerModuloOddIfma(by_digits.data(), base.data(), e.data(), en, modulus.data(), n));
+  ASSERT_TRUE(PowerModuloOdd(by_limbs.data(), base.data(), e.data(), en, modulus.data(), n));
+  ASSERT_EQ(by_digits, by_limbs) << bits;
+  Mpz power;
+  mpz_powm(power, x, exponent, m);
+  ASSERT_EQ(by_digits, ToLimbs(power, n)) << bits;
+}
+
+TEST_F(DigitTest, PowersOfAllSizes) {
+  for (uint32_t bits = 60; bits <= kDigitPowerMostBits; bits += 1 + Below(bits / 16)) {
+    ExpectSamePower(bits, 1 + Below(200), static_cast<int>(bits));
+  }
+  // Where the digits or their vectors become one more, and the ends.
+  for (uint32_t digits = 8; digits <= 80; digits += 8) {
+    for (uint32_t bits = digits * kDigitBits - 4; bits <= digits * kDigitBits; ++bits) {
+      if (bits > kDigitPowerMostBits) break;
+      for (int i = 0; i < Cases(3); ++i) ExpectSamePower(bits, 1 + Below(40), i * 3);
+    }
+  }
+}
+
+TEST_F(DigitTest, PowersWithLongExponents) {
+  for (const uint32_t bits : {520u, 1024u, 1030u, 2048u}) {
+    for (int i = 0; i < Cases(2); ++i) ExpectSamePower(bits, bits, i);
+  }
+  ExpectSamePower(4096, 1900, 1);
+}
+
+TEST_F(DigitTest, TheRowTakesItsSizesOnly) {
+  const uint32_t all = ~0u;
+  EXPECT_EQ(ChoosePowerKernel(kDigitPowerLeastBits, all).function, PowerModuloOddIfma);
+  EXPECT_EQ(ChoosePowerKernel(kDigitPowerMostBits, all).function, PowerModuloOddIfma);
+  EXPECT_EQ(ChoosePowerKernel(kDigitPowerLeastBits - 1, all).function, PowerModuloOdd);
+  EXPECT_EQ(ChoosePowerKernel(kDigitPowerMostBits + 1, all).function, PowerModuloOdd);
+  EXPECT_EQ(ChoosePowerKernel(2048, all & ~kFeatureAvx512Ifma).function, PowerModuloOdd);
+}
+
+#endif
+
+}  // namespace
+}  // namespace mirolta

@@ -1,0 +1,2 @@
+// runs: bignum-calc.js
+// status: 2

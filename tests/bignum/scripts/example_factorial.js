@@ -1,0 +1,2 @@
+// runs: factorial.js
+// arguments: 2000

@@ -1,0 +1,3 @@
+// runs: factorial.js
+// arguments: 50001
+// status: 2

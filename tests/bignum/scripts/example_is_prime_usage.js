@@ -1,0 +1,2 @@
+// runs: is-prime.js
+// status: 2

@@ -1,0 +1,3 @@
+// runs: power-mod.js
+// arguments: 3
+// status: 2
