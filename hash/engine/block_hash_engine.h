@@ -11,16 +11,26 @@
 
 namespace mirolta {
 
+// GatherBytes copies fewer than 64 bytes, the most in pieces of sixteen: those are what kernels
+// load, and a load waits long for bytes that were stored in smaller pieces.
+inline void GatherBytes(uint8_t* to, const uint8_t* from, uint32_t count) noexcept {
+  for (; count >= 16; count -= 16, to += 16, from += 16) std::memcpy(to, from, 16);
+  if (count != 0) std::memcpy(to, from, count);
+}
+
 // BlockHashEngine makes an engine of a Primitive, which says what differs:
 //   kAlgorithm   its index in kHashAlgorithms
 //   kWordCount   chaining words; the digest is all of them
 //   kInitial     their values before the first block
 //   kHighFirst   byte order of words and bit length
 //   Kernel()     the compression function of this processor
+//   Finish()     its function for the last block, or null
 template <typename Primitive>
 class BlockHashEngine : public HashEngine {
  public:
-  BlockHashEngine() noexcept : compress_(Primitive::Kernel()) { BlockHashEngine::Init(); }
+  BlockHashEngine() noexcept : compress_(Primitive::Kernel()), finish_(Primitive::Finish()) {
+    BlockHashEngine::Init();
+  }
   ~BlockHashEngine() override {
     WipeMemory(words_, sizeof words_);
     WipeMemory(block_, sizeof block_);
@@ -40,6 +50,7 @@ class BlockHashEngine : public HashEngine {
  protected:
   void SaveChain(HashChain* chain) const noexcept final;
   void LoadChain(const HashChain& chain) noexcept final;
+  HRESULT LoadOuterChain(const HashChain& chain) noexcept final;
   void ClearDigest() noexcept final { std::memset(digest_, 0, sizeof digest_); }
 
  private:
@@ -52,16 +63,15 @@ class BlockHashEngine : public HashEngine {
   static void StoreWord(uint32_t word, uint8_t* bytes) noexcept {
     Primitive::kHighFirst ? StoreHighFirst(word, bytes) : StoreLowFirst(word, bytes);
   }
-  uint32_t Waiting() const noexcept { return count_low_ % kHashBlockSize; }
-  void Count(uint32_t length) noexcept {
-    count_low_ += length;
-    if (count_low_ < length) ++count_high_;
-  }
+  uint32_t Waiting() const noexcept { return static_cast<uint32_t>(count_ % kHashBlockSize); }
+  void Count(uint32_t length) noexcept { count_ += length; }
+
+  void FinishInMemory(uint32_t waiting, uint64_t bit_count) noexcept;
 
   CompressBlocks compress_;
-  // Bytes absorbed; the last count_low_ % 64 of them wait in block_.
-  uint32_t count_low_;
-  uint32_t count_high_;
+  FinishDigest finish_;
+  // Bytes absorbed; the last count_ % 64 of them wait in block_.
+  uint64_t count_;
   uint32_t words_[kWordCount];
   uint8_t block_[kHashBlockSize] = {};
   uint8_t digest_[kDigestSize];
@@ -70,8 +80,7 @@ class BlockHashEngine : public HashEngine {
 template <typename Primitive>
 HRESULT BlockHashEngine<Primitive>::Init() noexcept {
   std::memcpy(words_, Primitive::kInitial, sizeof words_);
-  count_low_ = 0;
-  count_high_ = 0;
+  count_ = 0;
   std::memset(digest_, 0, sizeof digest_);
   SetOpen(true);
   return S_OK;
@@ -85,10 +94,10 @@ HRESULT BlockHashEngine<Primitive>::Update(const uint8_t* data, uint32_t length)
   if (waiting != 0) {
     const uint32_t missing = kHashBlockSize - waiting;
     if (length < missing) {
-      std::memcpy(block_ + waiting, data, length);
+      GatherBytes(block_ + waiting, data, length);
       return S_OK;
     }
-    std::memcpy(block_ + waiting, data, missing);
+    GatherBytes(block_ + waiting, data, missing);
     compress_(words_, block_, 1);
     data += missing;
     length -= missing;
@@ -96,19 +105,31 @@ HRESULT BlockHashEngine<Primitive>::Update(const uint8_t* data, uint32_t length)
   const uint32_t blocks = length / kHashBlockSize;
   if (blocks != 0) compress_(words_, data, blocks);
   const uint32_t rest = length % kHashBlockSize;
-  if (rest != 0) std::memcpy(block_, data + (length - rest), rest);
+  GatherBytes(block_, data + (length - rest), rest);
   return S_OK;
 }
 
 template <typename Primitive>
 HRESULT BlockHashEngine<Primitive>::Final() noexcept {
   // The top three bits of the byte count are lost.
-  const uint32_t bits_low = count_low_ << 3;
-  const uint32_t bits_high = count_high_ << 3 | count_low_ >> 29;
+  const uint64_t bit_count = count_ << 3;
   const uint32_t waiting = Waiting();
   // One 0x80, zeros up to the length, the length. These bytes count as absorbed: more data after a
   // Final goes on behind them.
   Count((waiting < kLengthOffset ? kHashBlockSize : 2 * kHashBlockSize) - waiting);
+  if (finish_ != nullptr && waiting < kLengthOffset) {
+    finish_(words_, block_, waiting, bit_count, digest_);
+  } else {
+    FinishInMemory(waiting, bit_count);
+  }
+  SetOpen(false);
+  return S_OK;
+}
+
+template <typename Primitive>
+void BlockHashEngine<Primitive>::FinishInMemory(uint32_t waiting, uint64_t bit_count) noexcept {
+  const uint32_t bits_low = static_cast<uint32_t>(bit_count);
+  const uint32_t bits_high = static_cast<uint32_t>(bit_count >> 32);
   static constexpr uint8_t kPadding[kHashBlockSize] = {0x80};
   if (waiting < kLengthOffset) {
     std::memcpy(block_ + waiting, kPadding, kLengthOffset - waiting);
@@ -121,8 +142,6 @@ HRESULT BlockHashEngine<Primitive>::Final() noexcept {
   StoreWord(Primitive::kHighFirst ? bits_low : bits_high, block_ + kLengthOffset + 4);
   compress_(words_, block_, 1);
   for (uint32_t i = 0; i < kWordCount; ++i) StoreWord(words_[i], digest_ + 4 * i);
-  SetOpen(false);
-  return S_OK;
 }
 
 template <typename Primitive>
@@ -133,9 +152,16 @@ void BlockHashEngine<Primitive>::SaveChain(HashChain* chain) const noexcept {
 template <typename Primitive>
 void BlockHashEngine<Primitive>::LoadChain(const HashChain& chain) noexcept {
   std::memcpy(words_, chain.words, sizeof words_);
-  count_low_ = kHashBlockSize;
-  count_high_ = 0;
+  count_ = kHashBlockSize;
   SetOpen(true);
+}
+
+template <typename Primitive>
+HRESULT BlockHashEngine<Primitive>::LoadOuterChain(const HashChain& chain) noexcept {
+  BlockHashEngine::LoadChain(chain);
+  std::memcpy(block_, digest_, kDigestSize);
+  Count(kDigestSize);
+  return S_OK;
 }
 
 }  // namespace mirolta

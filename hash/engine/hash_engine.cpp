@@ -83,9 +83,13 @@ HRESULT HashEngine::FinishKeyed() noexcept {
   HRESULT status = Final();
   if (FAILED(status)) return status;
   // The digest bytes hold the inner digest until the outer one takes their place.
-  LoadChain(pads_.outer);
-  status = Update(RawDigest(), static_cast<uint32_t>(DigestSize()));
+  status = LoadOuterChain(pads_.outer);
   return SUCCEEDED(status) ? Final() : status;
+}
+
+HRESULT HashEngine::LoadOuterChain(const HashChain& chain) noexcept {
+  LoadChain(chain);
+  return Update(RawDigest(), static_cast<uint32_t>(DigestSize()));
 }
 
 HRESULT HashEngine::SetKey(const VARIANT& key, LONG code_page) noexcept {

@@ -69,6 +69,8 @@ class HashEngine {
   // with the block that the chain was saved after, but leaves the digest bytes as they are.
   virtual void SaveChain(HashChain* chain) const noexcept = 0;
   virtual void LoadChain(const HashChain& chain) noexcept = 0;
+  // LoadOuterChain is LoadChain and Update with the digest bytes.
+  virtual HRESULT LoadOuterChain(const HashChain& chain) noexcept;
   virtual void ClearDigest() noexcept = 0;
 
   bool IsOpen() const noexcept { return open_ != 0; }

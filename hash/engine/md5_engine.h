@@ -11,6 +11,7 @@ struct Md5Primitive {
   static constexpr uint32_t kInitial[kWordCount] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
   static constexpr bool kHighFirst = false;
   static CompressBlocks Kernel() noexcept { return ChosenMd5(); }
+  static FinishDigest Finish() noexcept { return nullptr; }
 };
 
 class Md5Engine final : public BlockHashEngine<Md5Primitive> {};

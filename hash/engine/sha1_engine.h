@@ -12,6 +12,7 @@ struct Sha1Primitive {
                                                     0xC3D2E1F0};
   static constexpr bool kHighFirst = true;
   static CompressBlocks Kernel() noexcept { return ChosenSha1(); }
+  static FinishDigest Finish() noexcept { return ChosenSha1Finish(); }
 };
 
 class Sha1Engine final : public BlockHashEngine<Sha1Primitive> {};

@@ -12,6 +12,7 @@ struct Sha256Primitive {
                                                     0x510E527F, 0x9B05688C, 0x1F83D9AB, 0x5BE0CD19};
   static constexpr bool kHighFirst = true;
   static CompressBlocks Kernel() noexcept { return ChosenSha256(); }
+  static FinishDigest Finish() noexcept { return ChosenSha256Finish(); }
 };
 
 class Sha256Engine final : public BlockHashEngine<Sha256Primitive> {};

@@ -22,6 +22,20 @@ constexpr Kernel<CompressBlocks> kSha256Kernels[] = {
     {"sha256-portable", 0, Sha256Portable},
 };
 
+constexpr Kernel<FinishDigest> kSha1Finishes[] = {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"sha1-shani", kFeatureSsse3 | kFeatureSha, Sha1ShaNiFinish},
+#endif
+    {"none", 0, nullptr},
+};
+
+constexpr Kernel<FinishDigest> kSha256Finishes[] = {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"sha256-shani", kFeatureSsse3 | kFeatureSha, Sha256ShaNiFinish},
+#endif
+    {"none", 0, nullptr},
+};
+
 template <size_t kCount>
 constexpr HashKernelList ListOf(const Kernel<CompressBlocks> (&kernels)[kCount]) {
   return {kernels, kCount};
@@ -49,6 +63,14 @@ CompressBlocks ChosenSha1() noexcept {
 }
 CompressBlocks ChosenSha256() noexcept {
   static const CompressBlocks chosen = ChooseKernel(kSha256Kernels, ProcessorFeatures()).function;
+  return chosen;
+}
+FinishDigest ChosenSha1Finish() noexcept {
+  static const FinishDigest chosen = ChooseKernel(kSha1Finishes, ProcessorFeatures()).function;
+  return chosen;
+}
+FinishDigest ChosenSha256Finish() noexcept {
+  static const FinishDigest chosen = ChooseKernel(kSha256Finishes, ProcessorFeatures()).function;
   return chosen;
 }
 

@@ -14,6 +14,14 @@ constexpr uint32_t kHashBlockSize = 64;
 // RFC 1321, 3.4; FIPS 180-2, 6.1.2 and 6.2.2.
 using CompressBlocks = void (*)(uint32_t* state, const uint8_t* blocks, size_t block_count);
 
+// FinishDigest pads the last waiting bytes of a message, absorbs them and writes the digest. It
+// keeps the padded block in registers: one gathered in memory from pieces would make wide loads
+// wait until all of the computation before it is done.
+// Shapes: state as above; block[64], of which waiting < 56 bytes count; digest[4 * words].
+// Source: FIPS 180-2, 5.1.1.
+using FinishDigest = void (*)(uint32_t* state, const uint8_t* block, uint32_t waiting,
+                              uint64_t bit_count, uint8_t* digest);
+
 struct HashKernelList {
   const Kernel<CompressBlocks>* kernels;  // best first, the portable one last
   size_t count;
@@ -29,6 +37,10 @@ CompressBlocks ChosenMd5() noexcept;
 CompressBlocks ChosenSha1() noexcept;
 CompressBlocks ChosenSha256() noexcept;
 
+// The same for the last block; null where the processor has nothing better than padding in memory.
+FinishDigest ChosenSha1Finish() noexcept;
+FinishDigest ChosenSha256Finish() noexcept;
+
 void Md5Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
 void Sha1Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
 void Sha256Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
@@ -36,6 +48,10 @@ void Sha256Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 void Sha1ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count);
 void Sha256ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count);
+void Sha1ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting, uint64_t bit_count,
+                     uint8_t* digest);
+void Sha256ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting, uint64_t bit_count,
+                       uint8_t* digest);
 #endif
 
 }  // namespace mirolta

@@ -7,6 +7,7 @@
   #include <utility>
 
   #include "hash_words.h"
+  #include "sha_padding_x86.h"
 
   #define MIROLTA_SHA_TARGET __attribute__((target("sse4.1,sha")))
 
@@ -35,30 +36,61 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void Quads(__m128i& abcd, __m128i& e, __m128i (&
   (Quad<kQuads>(abcd, e, w), ...);
 }
 
+// a to d highest first, as the instructions want them; e is the highest of its register.
+struct State {
+  __m128i abcd;
+  __m128i e;
+};
+
+MIROLTA_SHA_TARGET MIROLTA_STEP __m128i SwapBytesMask() {
+  return _mm_set_epi64x(0x0001020304050607, 0x08090A0B0C0D0E0F);
+}
+
+MIROLTA_SHA_TARGET MIROLTA_STEP State LoadState(const uint32_t* state) {
+  const __m128i* const words = reinterpret_cast<const __m128i*>(state);
+  return {_mm_shuffle_epi32(_mm_loadu_si128(words), 0x1B),
+          _mm_insert_epi32(_mm_setzero_si128(), static_cast<int>(state[4]), 3)};
+}
+
+MIROLTA_SHA_TARGET MIROLTA_STEP void StoreState(const State& s, uint32_t* state) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_shuffle_epi32(s.abcd, 0x1B));
+  state[4] = static_cast<uint32_t>(_mm_extract_epi32(s.e, 3));
+}
+
+MIROLTA_SHA_TARGET MIROLTA_STEP void Absorb(State& s, __m128i (&w)[4]) {
+  const State before = s;
+  Quads(s.abcd, s.e, w, std::make_integer_sequence<int, 20>());
+  s.e = _mm_sha1nexte_epu32(s.e, before.e);
+  s.abcd = _mm_add_epi32(s.abcd, before.abcd);
+}
+
 }  // namespace
 
 MIROLTA_SHA_TARGET void Sha1ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count) {
-  // Words highest first, as the instructions want them.
-  const __m128i swap_bytes = _mm_set_epi64x(0x0001020304050607, 0x08090A0B0C0D0E0F);
-  __m128i* const words = reinterpret_cast<__m128i*>(state);
-  __m128i abcd = _mm_shuffle_epi32(_mm_loadu_si128(words), 0x1B);
-  __m128i e = _mm_insert_epi32(_mm_setzero_si128(), static_cast<int>(state[4]), 3);
-
+  const __m128i swap_bytes = SwapBytesMask();
+  State s = LoadState(state);
   for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
-    const __m128i abcd_before = abcd;
-    const __m128i e_before = e;
     __m128i w[4];
     for (int i = 0; i < 4; ++i) {
       const __m128i* quarter = reinterpret_cast<const __m128i*>(blocks) + i;
       w[i] = _mm_shuffle_epi8(_mm_loadu_si128(quarter), swap_bytes);
     }
-    Quads(abcd, e, w, std::make_integer_sequence<int, 20>());
-    e = _mm_sha1nexte_epu32(e, e_before);
-    abcd = _mm_add_epi32(abcd, abcd_before);
+    Absorb(s, w);
   }
+  StoreState(s, state);
+}
 
-  _mm_storeu_si128(words, _mm_shuffle_epi32(abcd, 0x1B));
-  state[4] = static_cast<uint32_t>(_mm_extract_epi32(e, 3));
+MIROLTA_SHA_TARGET void Sha1ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting,
+                                        uint64_t bit_count, uint8_t* digest) {
+  const __m128i swap_bytes = SwapBytesMask();
+  State s = LoadState(state);
+  __m128i w[4];
+  for (int i = 0; i < 4; ++i) w[i] = PaddedQuarter(block, waiting, i, swap_bytes);
+  w[3] = _mm_insert_epi64(w[3], static_cast<int64_t>(bit_count), 0);
+  Absorb(s, w);
+  StoreState(s, state);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(digest), _mm_shuffle_epi8(s.abcd, swap_bytes));
+  StoreHighFirst(static_cast<uint32_t>(_mm_extract_epi32(s.e, 3)), digest + 16);
 }
 
 }  // namespace mirolta

@@ -8,6 +8,7 @@
 
   #include "hash_words.h"
   #include "sha256_constants.h"
+  #include "sha_padding_x86.h"
 
   #define MIROLTA_SHA_TARGET __attribute__((target("sse4.1,sha")))
 
@@ -40,36 +41,75 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void Quads(__m128i& abef, __m128i& cdgh, __m128i
   (Quad<kQuads>(abef, cdgh, w), ...);
 }
 
+// The instructions keep a, b, e, f in one register and c, d, g, h in the other, a and c highest.
+struct State {
+  __m128i abef;
+  __m128i cdgh;
+};
+
+MIROLTA_SHA_TARGET MIROLTA_STEP __m128i SwapBytesMask() {
+  return _mm_set_epi64x(0x0C0D0E0F08090A0B, 0x0405060700010203);
+}
+
+MIROLTA_SHA_TARGET MIROLTA_STEP State LoadState(const uint32_t* state) {
+  const __m128i* const words = reinterpret_cast<const __m128i*>(state);
+  const __m128i cdab = _mm_shuffle_epi32(_mm_loadu_si128(words), 0xB1);
+  const __m128i efgh = _mm_shuffle_epi32(_mm_loadu_si128(words + 1), 0x1B);
+  return {_mm_alignr_epi8(cdab, efgh, 8), _mm_blend_epi16(efgh, cdab, 0xF0)};
+}
+
+// The words in their own order.
+MIROLTA_SHA_TARGET MIROLTA_STEP void Unpack(const State& s, __m128i* dcba, __m128i* hgfe) {
+  const __m128i feba = _mm_shuffle_epi32(s.abef, 0x1B);
+  const __m128i dchg = _mm_shuffle_epi32(s.cdgh, 0xB1);
+  *dcba = _mm_blend_epi16(feba, dchg, 0xF0);
+  *hgfe = _mm_alignr_epi8(dchg, feba, 8);
+}
+
+MIROLTA_SHA_TARGET MIROLTA_STEP void Absorb(State& s, __m128i (&w)[4]) {
+  const State before = s;
+  Quads(s.abef, s.cdgh, w, std::make_integer_sequence<int, 16>());
+  s.abef = _mm_add_epi32(s.abef, before.abef);
+  s.cdgh = _mm_add_epi32(s.cdgh, before.cdgh);
+}
+
 }  // namespace
 
 MIROLTA_SHA_TARGET void Sha256ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count) {
-  // The instructions keep a, b, e, f in one register and c, d, g, h in the other, a and c highest.
-  const __m128i swap_bytes = _mm_set_epi64x(0x0C0D0E0F08090A0B, 0x0405060700010203);
-  __m128i* const words = reinterpret_cast<__m128i*>(state);
-  const __m128i dcba = _mm_loadu_si128(words);
-  const __m128i hgfe = _mm_loadu_si128(words + 1);
-  const __m128i cdab = _mm_shuffle_epi32(dcba, 0xB1);
-  const __m128i efgh = _mm_shuffle_epi32(hgfe, 0x1B);
-  __m128i abef = _mm_alignr_epi8(cdab, efgh, 8);
-  __m128i cdgh = _mm_blend_epi16(efgh, cdab, 0xF0);
-
+  const __m128i swap_bytes = SwapBytesMask();
+  State s = LoadState(state);
   for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
-    const __m128i abef_before = abef;
-    const __m128i cdgh_before = cdgh;
     __m128i w[4];
     for (int i = 0; i < 4; ++i) {
       const __m128i* quarter = reinterpret_cast<const __m128i*>(blocks) + i;
       w[i] = _mm_shuffle_epi8(_mm_loadu_si128(quarter), swap_bytes);
     }
-    Quads(abef, cdgh, w, std::make_integer_sequence<int, 16>());
-    abef = _mm_add_epi32(abef, abef_before);
-    cdgh = _mm_add_epi32(cdgh, cdgh_before);
+    Absorb(s, w);
   }
+  __m128i dcba, hgfe;
+  Unpack(s, &dcba, &hgfe);
+  __m128i* const words = reinterpret_cast<__m128i*>(state);
+  _mm_storeu_si128(words, dcba);
+  _mm_storeu_si128(words + 1, hgfe);
+}
 
-  const __m128i feba = _mm_shuffle_epi32(abef, 0x1B);
-  const __m128i dchg = _mm_shuffle_epi32(cdgh, 0xB1);
-  _mm_storeu_si128(words, _mm_blend_epi16(feba, dchg, 0xF0));
-  _mm_storeu_si128(words + 1, _mm_alignr_epi8(dchg, feba, 8));
+MIROLTA_SHA_TARGET void Sha256ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting,
+                                          uint64_t bit_count, uint8_t* digest) {
+  const __m128i swap_bytes = SwapBytesMask();
+  State s = LoadState(state);
+  __m128i w[4];
+  for (int i = 0; i < 4; ++i) w[i] = PaddedQuarter(block, waiting, i, swap_bytes);
+  // The high word of the length stands before the low one.
+  w[3] = _mm_insert_epi64(w[3], static_cast<int64_t>(bit_count << 32 | bit_count >> 32), 1);
+  Absorb(s, w);
+  __m128i dcba, hgfe;
+  Unpack(s, &dcba, &hgfe);
+  __m128i* const words = reinterpret_cast<__m128i*>(state);
+  _mm_storeu_si128(words, dcba);
+  _mm_storeu_si128(words + 1, hgfe);
+  __m128i* const out = reinterpret_cast<__m128i*>(digest);
+  _mm_storeu_si128(out, _mm_shuffle_epi8(dcba, swap_bytes));
+  _mm_storeu_si128(out + 1, _mm_shuffle_epi8(hgfe, swap_bytes));
 }
 
 }  // namespace mirolta

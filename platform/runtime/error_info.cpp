@@ -1,5 +1,6 @@
 #include "portable/error_info.h"
 
+#include "error_slot.h"
 #include "portable/system.h"
 #include "runtime_array.h"
 
@@ -105,17 +106,26 @@ class ErrorInfo final : public ICreateErrorInfo, public IErrorInfo {
   DWORD help_context_ = 0;
 };
 
-// The thread's slot; a thread that ends lets its error object go.
-struct ErrorSlot {
-  IErrorInfo* info = nullptr;
-  ~ErrorSlot() {
-    if (info != nullptr) info->Release();
-    info = nullptr;
+// The thread's slot. Apart from its keeper it needs no set-up, so that looking into it, which every
+// late-bound call does, is one load.
+constinit thread_local IErrorInfo* t_info = nullptr;
+
+// A thread that ends lets its error object go.
+struct SlotKeeper {
+  ~SlotKeeper() {
+    if (t_info != nullptr) t_info->Release();
+    t_info = nullptr;
   }
+  void Keep() {}
 };
-thread_local ErrorSlot t_slot;
+thread_local SlotKeeper t_keeper;
 
 }  // namespace
+
+IErrorInfo** ThreadErrorSlot() {
+  return &t_info;
+}
+
 }  // namespace mirolta
 
 extern "C" HRESULT CreateErrorInfo(ICreateErrorInfo** out) {
@@ -126,16 +136,19 @@ extern "C" HRESULT CreateErrorInfo(ICreateErrorInfo** out) {
 
 extern "C" HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info) {
   if (reserved != 0) return E_INVALIDARG;
-  IErrorInfo* old = mirolta::t_slot.info;
-  if (info != nullptr) info->AddRef();
-  mirolta::t_slot.info = info;
+  IErrorInfo* old = mirolta::t_info;
+  if (info != nullptr) {
+    mirolta::t_keeper.Keep();
+    info->AddRef();
+  }
+  mirolta::t_info = info;
   if (old != nullptr) old->Release();  // last: it may run code that sets an error again
   return S_OK;
 }
 
 extern "C" HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** out) {
   if (out == nullptr || reserved != 0) return E_INVALIDARG;
-  *out = mirolta::t_slot.info;
-  mirolta::t_slot.info = nullptr;
+  *out = mirolta::t_info;
+  mirolta::t_info = nullptr;
   return *out == nullptr ? S_FALSE : S_OK;
 }

@@ -1,6 +1,6 @@
 // Late-bound calls through an interface table.
 #include "copied_library.h"
-#include "portable/error_info.h"
+#include "error_slot.h"
 
 namespace mirolta {
 
@@ -22,8 +22,8 @@ const MemberRow* FindRow(const InterfaceTable& table, DISPID id, WORD flags) {
 class CallArguments {
  public:
   ~CallArguments() {
-    for (unsigned i = 0; i < kMaxParameters; ++i) {
-      if (owned_[i]) VariantClear(&values_[i]);
+    for (unsigned i = 0; owned_ >> i != 0; ++i) {
+      if ((owned_ >> i & 1) != 0) VariantClear(&values_[i]);
     }
   }
 
@@ -117,16 +117,24 @@ class CallArguments {
       return S_OK;
     }
     if (from.vt == type) {
-      value = from;
+      // A number alone: copying the whole value waits for the parts that the caller has just
+      // stored.
+      if (type == VT_I4) {
+        value.vt = type;
+        value.lVal = from.lVal;
+      } else {
+        value = from;
+      }
       return S_OK;
     }
+    VariantInit(&value);
     const HRESULT status = VariantChangeType(&value, &from, 0, type);
-    owned_[index] = SUCCEEDED(status);
+    if (SUCCEEDED(status)) owned_ |= 1u << index;
     return status;
   }
 
-  VARIANT values_[kMaxParameters] = {};
-  bool owned_[kMaxParameters] = {};
+  VARIANT values_[kMaxParameters];  // set as far as the member has parameters and looks at them
+  unsigned owned_ = 0;              // a bit for each that is to be cleared
 };
 
 void FillException(EXCEPINFO* exception, HRESULT status, IErrorInfo* info) {
@@ -143,11 +151,14 @@ void FillException(EXCEPINFO* exception, HRESULT status, IErrorInfo* info) {
 // is told from an earlier description, which comes back unless the member published a newer one.
 class ErrorSlotScope {
  public:
-  ErrorSlotScope() { GetErrorInfo(0, &before_); }
+  ErrorSlotScope() : slot_(ThreadErrorSlot()), before_(*slot_) { *slot_ = nullptr; }
   ~ErrorSlotScope() {
     if (before_ == nullptr) return;
-    if (!published_) SetErrorInfo(0, before_);
-    before_->Release();
+    if (published_) {
+      before_->Release();
+    } else {
+      *slot_ = before_;
+    }
   }
   ErrorSlotScope(const ErrorSlotScope&) = delete;
   ErrorSlotScope& operator=(const ErrorSlotScope&) = delete;
@@ -155,19 +166,17 @@ class ErrorSlotScope {
   // Ends the call with a status. A failure's description moves to `exception` if there is one;
   // otherwise what was published stays in the slot.
   void Finish(HRESULT status, EXCEPINFO* exception) {
-    IErrorInfo* info = nullptr;
-    GetErrorInfo(0, &info);
+    IErrorInfo* const info = *slot_;
     published_ = info != nullptr;
-    if (FAILED(status) && exception != nullptr) {
-      FillException(exception, status, info);
-    } else if (info != nullptr) {
-      SetErrorInfo(0, info);
-    }
+    if (SUCCEEDED(status) || exception == nullptr) return;
+    *slot_ = nullptr;
+    FillException(exception, status, info);
     if (info != nullptr) info->Release();
   }
 
  private:
-  IErrorInfo* before_ = nullptr;
+  IErrorInfo** const slot_;
+  IErrorInfo* const before_;
   bool published_ = false;
 };
 
@@ -196,7 +205,7 @@ HRESULT InvokeMember(const InterfaceTable& table, void* instance, DISPID id, WOR
   }
   if (result != nullptr) {
     *result = value;
-  } else {
+  } else if (value.vt != VT_EMPTY) {
     VariantClear(&value);
   }
   return S_OK;

@@ -1,0 +1,156 @@
+// Products, quotients, inverses and common divisors.
+#include <cstring>
+
+#include "bench_numbers.h"
+#include "limb_divide.h"
+#include "limb_multiply.h"
+#include "number_theory.h"
+
+namespace mirolta::bench {
+
+namespace {
+
+// Limbs of both sides in the byte order of this machine; both have 64 bits on it.
+std::vector<mp_limb_t> RandomLimbs(size_t count, uint64_t seed) {
+  std::mt19937_64 generator(seed);
+  std::vector<mp_limb_t> limbs(count);
+  for (mp_limb_t& limb : limbs) limb = generator();
+  limbs.back() |= mp_limb_t{1} << 63;
+  return limbs;
+}
+
+// kOperands pieces of one pool, eight bytes apart, each with its top bit set by the pool's pattern.
+class LimbPool {
+ public:
+  LimbPool(size_t count, uint64_t seed) : count_(count) {
+    limbs_ = RandomLimbs(count + kOperands, seed);
+    for (mp_limb_t& limb : limbs_) limb |= mp_limb_t{1} << 63;
+    ours_.assign(limbs_.size() * sizeof(mp_limb_t) / sizeof(Limb), 0);
+    std::memcpy(ours_.data(), limbs_.data(), limbs_.size() * sizeof(mp_limb_t));
+  }
+  size_t count() const { return count_; }
+  size_t our_count() const { return count_ * kWords; }
+  const mp_limb_t* gmp(size_t operand) const { return limbs_.data() + operand; }
+  const Limb* ours(size_t operand) const { return ours_.data() + operand * kWords; }
+
+ private:
+  static constexpr size_t kWords = sizeof(mp_limb_t) / sizeof(Limb);
+  size_t count_;
+  std::vector<mp_limb_t> limbs_;
+  std::vector<Limb> ours_;
+};
+
+template <typename Word>
+std::string LimbText(const std::vector<Word>& limbs) {
+  std::string text(limbs.size() * sizeof(Word), 0);
+  std::memcpy(text.data(), limbs.data(), text.size());
+  return text;
+}
+
+template <typename Word, typename Work>
+Contestant LimbContestant(const char* name, size_t result_count, Work work) {
+  const auto result = std::make_shared<std::vector<Word>>(result_count);
+  return {name, [=](size_t operand) { work(result->data(), operand); },
+          [=] { return LimbText(*result); }};
+}
+
+std::vector<Contestant> MakeLimbProducts(size_t bits) {
+  const auto x = std::make_shared<LimbPool>(bits / 64, 1);
+  const auto y = std::make_shared<LimbPool>(bits / 64, 2);
+  const size_t n = x->our_count();
+  const auto scratch = std::make_shared<std::vector<Limb>>(MultiplyScratch(n, n) + 1);
+  return {LimbContestant<Limb>(kOurs, 2 * n,
+                               [=](Limb* z, size_t i) {
+                                 MultiplyLimbs(z, x->ours(i), n, y->ours(i), n, scratch->data());
+                               }),
+          LimbContestant<mp_limb_t>("GMP", 2 * x->count(), [=](mp_limb_t* z, size_t i) {
+            mpn_mul_n(z, x->gmp(i), y->gmp(i), static_cast<mp_size_t>(x->count()));
+          })};
+}
+
+std::vector<Contestant> MakeLimbQuotients(size_t bits) {
+  const auto a = std::make_shared<LimbPool>(2 * bits / 64, 3);
+  const auto d = std::make_shared<LimbPool>(bits / 64, 4);
+  const size_t n = d->our_count();
+  const size_t m = a->our_count();
+  const size_t gmp_n = d->count();
+  return {LimbContestant<Limb>(kOurs, m - n + 1 + n,
+                               [=](Limb* z, size_t i) {
+                                 if (!DivideLimbs(z, z + m - n + 1, a->ours(i), m, d->ours(i), n)) {
+                                   std::memset(z, 0, (m + 1) * sizeof *z);
+                                 }
+                               }),
+          LimbContestant<mp_limb_t>("GMP", 2 * gmp_n + 1, [=](mp_limb_t* z, size_t i) {
+            mpn_tdiv_qr(z, z + gmp_n + 1, 0, a->gmp(i), static_cast<mp_size_t>(2 * gmp_n),
+                        d->gmp(i), static_cast<mp_size_t>(gmp_n));
+          })};
+}
+
+// The operations on whole numbers: ours and GMP's of the same shape.
+using OurBinary = HRESULT (*)(BigInt&, const BigInt&, const BigInt&) noexcept;
+using GmpBinary = void (*)(mpz_t, const mpz_t, const mpz_t);
+
+void GmpInvert(mpz_t r, const mpz_t a, const mpz_t m) {
+  mpz_invert(r, a, m);
+}
+
+struct BinaryCase {
+  const char* name;
+  OurBinary ours;
+  GmpBinary gmp;
+  size_t first_factor;  // the first operand's bits over the second's
+  double required;
+  double stretch;
+};
+const BinaryCase kBinary[] = {
+    {"multiply", Multiply, mpz_mul, 1, 0.8, 1.3},
+    {"divide 2n by n", Divide, mpz_tdiv_q, 2, 0.9, 1.3},
+    {"inverse", Inverse, GmpInvert, 1, 0.6, 1.0},
+    {"gcd", Gcd, mpz_gcd, 1, 0.6, 1.0},
+};
+
+// Moduli of inverses are drawn until they have no divisor in common with the number: where there is
+// no inverse the two sides need not agree.
+std::vector<Contestant> MakeBinary(const BinaryCase& operation, size_t bits) {
+  const bool inverse = operation.ours == Inverse;
+  const PeerNumbers a = RandomNumbers(operation.first_factor * bits - (inverse ? 1 : 0), 1);
+  const PeerNumbers b = RandomNumbers(bits, 2, Parity::kOdd);
+  if (inverse) {
+    for (size_t i = 0; i < kOperands; ++i) {
+      GmpNumber gcd;
+      for (uint64_t seed = 1;; ++seed) {
+        mpz_gcd(gcd.z, (*a)[i].gmp.z, (*b)[i].gmp.z);
+        if (mpz_cmp_ui(gcd.z, 1) == 0) break;
+        std::vector<uint8_t> bytes = RandomBytes(bits / 8, 777000 + 100 * i + seed);
+        bytes[0] |= 0x80;
+        bytes.back() |= 1;
+        (*b)[i].Set(bytes);
+      }
+    }
+  }
+  return {OurContestant([=, &operation](BigInt& r, size_t i) {
+            (void)operation.ours(r, (*a)[i].ours, (*b)[i].ours);
+          }),
+          GmpContestant([=, &operation](mpz_t r, size_t i) {
+            operation.gmp(r, (*a)[i].gmp.z, (*b)[i].gmp.z);
+          })};
+}
+
+}  // namespace
+
+void AddProductRows(RowList* rows) {
+  for (const size_t bits : {256u, 512u, 1024u, 2048u, 4096u}) {
+    const std::string size = "/" + std::to_string(bits) + " bits";
+    rows->push_back({"kernel/multiply" + size, 0, 0.8, 1.3, kOperands, 0,
+                     [bits] { return MakeLimbProducts(bits); }});
+    rows->push_back({"kernel/divide 2n by n" + size, 0, 0.9, 1.3, kOperands, 0,
+                     [bits] { return MakeLimbQuotients(bits); }});
+    for (const BinaryCase& operation : kBinary) {
+      rows->push_back({"engine/" + std::string(operation.name) + size, 0, operation.required,
+                       operation.stretch, kOperands, 0,
+                       [&operation, bits] { return MakeBinary(operation, bits); }});
+    }
+  }
+}
+
+}  // namespace mirolta::bench

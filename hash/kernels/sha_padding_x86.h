@@ -1,0 +1,34 @@
+// The last block of a SHA message, padded in registers.
+#pragma once
+
+#include <immintrin.h>
+
+#include "hash_words.h"
+
+namespace mirolta {
+
+// Read from 64 - waiting on: which bytes of a block count, and what follows them.
+struct ShaPadding {
+  uint8_t keep[128];
+  uint8_t pad[128];
+};
+inline constexpr ShaPadding kShaPadding = [] {
+  ShaPadding padding = {};
+  for (int i = 0; i < 64; ++i) padding.keep[i] = 0xFF;
+  padding.pad[64] = 0x80;
+  return padding;
+}();
+
+// A quarter of the block, its bytes in the order of swap; the place of the length is zero.
+__attribute__((target("sse4.1"))) MIROLTA_STEP __m128i PaddedQuarter(const uint8_t* block,
+                                                                     uint32_t waiting, int quarter,
+                                                                     __m128i swap) {
+  const uint32_t offset = 64 - waiting + 16 * static_cast<uint32_t>(quarter);
+  const auto load = [](const uint8_t* bytes) __attribute__((target("sse4.1"))) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+  };
+  const __m128i kept = _mm_and_si128(load(block + 16 * quarter), load(kShaPadding.keep + offset));
+  return _mm_shuffle_epi8(_mm_or_si128(kept, load(kShaPadding.pad + offset)), swap);
+}
+
+}  // namespace mirolta
