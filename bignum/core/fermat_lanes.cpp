@@ -41,7 +41,7 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
   for (size_t i = 0; i < count; ++i) {
     if (bases[i] > 2) spare = kSpareForSeven;
   }
-  const size_t digits = DigitsFor(bits_, spare);
+  const size_t digits = LaneDigits(DigitsFor(bits_, spare));
   const size_t zeros = digits * kDigitBits / kLimbBits;
   LimbScratch memory((2 * digits + 3) * kLanes + zeros + 2 + n);
   if (memory.get() == nullptr) return false;

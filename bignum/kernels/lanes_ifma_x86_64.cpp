@@ -97,7 +97,7 @@ MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
 
 template <size_t... kOver>
 constexpr FermatTest SelectTest(size_t count, std::index_sequence<kOver...>) {
-  constexpr FermatTest kTests[] = {Test<kLeastLaneDigits + kOver>...};
+  constexpr FermatTest kTests[] = {Test<LaneDigits(kLeastLaneDigits + kOver)>...};
   return kTests[count - kLeastLaneDigits];
 }
 
