@@ -2,6 +2,7 @@
 // count themselves.
 #include "system_test_module.h"
 
+#include <atomic>
 #include <new>
 
 #include "portable/module_resources.h"
@@ -12,7 +13,7 @@
 namespace mirolta {
 namespace {
 
-LONG volatile g_count = 0;
+std::atomic<LONG> g_count = 0;
 
 constexpr StringResource kStrings[] = {{100, u"Test module"}, {101, u""}, {65535, u"last"}};
 constexpr BYTE kBytes[] = {1, 2, 3};
@@ -34,7 +35,7 @@ const Attachment g_attachment;
 
 class Factory final : public IClassFactory {
  public:
-  Factory() { InterlockedIncrement(&g_count); }
+  Factory() { ++g_count; }
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     *out = nullptr;
     if (iid != IID_IUnknown && iid != IID_IClassFactory) return E_NOINTERFACE;
@@ -50,7 +51,7 @@ class Factory final : public IClassFactory {
     if (left == 0) {
       this->~Factory();
       ::operator delete(this);
-      InterlockedDecrement(&g_count);
+      --g_count;
     }
     return static_cast<ULONG>(left);
   }
@@ -66,9 +67,9 @@ class Factory final : public IClassFactory {
   }
   HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
     if (lock) {
-      InterlockedIncrement(&g_count);
+      ++g_count;
     } else {
-      InterlockedDecrement(&g_count);
+      --g_count;
     }
     return S_OK;
   }
@@ -93,7 +94,7 @@ EXPORT HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out) {
 }
 
 EXPORT HRESULT DllCanUnloadNow() {
-  return mirolta::g_count == 0 ? S_OK : S_FALSE;
+  return mirolta::g_count.load() == 0 ? S_OK : S_FALSE;
 }
 
 EXPORT HINSTANCE TestModuleHandle() {
