@@ -20,8 +20,7 @@ HRESULT UpdateRegistry(const ClassRow& row, bool registers) {
   const HRSRC resource =
       FindResourceW(instance, MAKEINTRESOURCEW(row.registry_script), OLESTR("REGISTRY"));
   if (resource == nullptr) return kResourceNotFound;
-  const BYTE* const text =
-      static_cast<const BYTE*>(LockResource(LoadResource(instance, resource)));
+  const BYTE* const text = static_cast<const BYTE*>(LockResource(LoadResource(instance, resource)));
   if (text == nullptr) return kResourceNotFound;
   const DWORD length = SizeofResource(instance, resource);
   return registers ? RegisterScript(text, length, file) : UnregisterScript(text, length, file);

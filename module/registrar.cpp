@@ -83,8 +83,8 @@ class Remove final : public RegistryAction {
     if (key == nullptr) return S_OK;
     OLECHAR subkey[MAX_PATH];
     DWORD length = MAX_PATH;
-    const bool holds_others = RegEnumKeyExW(key, 0, subkey, &length, nullptr, nullptr, nullptr,
-                                            nullptr) == ERROR_SUCCESS;
+    const bool holds_others =
+        RegEnumKeyExW(key, 0, subkey, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
     RegCloseKey(key);
     // Subkeys that the script does not list are somebody else's.
     if (rule == KeyRule::kNoRemove || holds_others) return S_OK;

@@ -4,7 +4,8 @@
 //   name = s 'text' { entries }          a key, its default value, what is in it (both optional)
 //   val name = s 'text'                  a named value of the enclosing key
 //   NoRemove name ...                    a key that unregistration leaves
-//   ForceRemove name ...                 a key that is deleted with all subkeys before it is written,
+//   ForceRemove name ...                 a key that is deleted with all subkeys before it is
+//   written,
 //                                        and on unregistration
 //   'name'                               a name that would be a word of the language, or has blanks
 //   %MODULE%                             the module's full file name, inside quotes
@@ -35,8 +36,9 @@ class RegistryAction {
 // What a script that cannot be read gives.
 inline constexpr HRESULT kBadRegistryScript = static_cast<HRESULT>(0x80040153u);
 
-// RunRegistryScript reads text[length] (plain ASCII) and performs the action on each entry in order.
-// Errors: kBadRegistryScript for anything that is not in the language, a word of 260 characters or
+// RunRegistryScript reads text[length] (plain ASCII) and performs the action on each entry in
+// order. Errors: kBadRegistryScript for anything that is not in the language, a word of 260
+// characters or
 //         more, more than eight levels of keys, an unknown %NAME%; the action's failures.
 HRESULT RunRegistryScript(const BYTE* text, DWORD length, const OLECHAR* module_file,
                           RegistryAction& action);

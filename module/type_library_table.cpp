@@ -13,7 +13,7 @@ namespace mirolta {
 namespace {
 
 constexpr const InterfaceTable* kInterfaces[] = {
-    &kHashObjectInterface, &kSymmetricCryptInterface, &kBigNumberInterface,
+    &kHashObjectInterface, &kSymmetricCryptInterface,   &kBigNumberInterface,
     &kRsaCryptInterface,   &kToviStreamDigestInterface, &kToviStreamCryptInterface,
 };
 

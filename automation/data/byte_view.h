@@ -18,8 +18,8 @@ class ByteView {
 
   // Open gives what VariantToBytes gives.
   HRESULT Open(const VARIANT& value, LONG code_page) noexcept;
-  // OpenUnresolved differs from Open for objects whose default value is a byte array: they fail with
-  // DISP_E_TYPEMISMATCH.
+  // OpenUnresolved differs from Open for objects whose default value is a byte array: they fail
+  // with DISP_E_TYPEMISMATCH.
   HRESULT OpenUnresolved(const VARIANT& value, LONG code_page) noexcept;
   // OpenByteArray gives what VariantToByteArrayBytes gives.
   HRESULT OpenByteArray(const VARIANT& value) noexcept;

@@ -29,7 +29,9 @@ inline constexpr size_t kMostLaneDigits = 24;
 
 // LaneDigits rounds a count of digits up to one that there is a test for: every count of up to 10,
 // even ones above. Each test is unrolled, so each is code of its own.
-constexpr size_t LaneDigits(size_t count) { return count <= 10 ? count : count + count % 2; }
+constexpr size_t LaneDigits(size_t count) {
+  return count <= 10 ? count : count + count % 2;
+}
 
 // FermatTestOf returns the test for numbers of count digits, a value of LaneDigits from
 // kLeastLaneDigits to kMostLaneDigits.

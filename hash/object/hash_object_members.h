@@ -45,7 +45,7 @@ inline constexpr MemberRow kHashObjectMembers[] = {
 // clang-format on
 
 inline constexpr InterfaceTable kHashObjectInterface = {
-    &IID_IHashObject, OLESTR("IHashObject"), OLESTR("Message digests and HMAC"),
-    kHashObjectMembers, sizeof(kHashObjectMembers) / sizeof(kHashObjectMembers[0])};
+    &IID_IHashObject, OLESTR("IHashObject"), OLESTR("Message digests and HMAC"), kHashObjectMembers,
+    sizeof(kHashObjectMembers) / sizeof(kHashObjectMembers[0])};
 
 }  // namespace mirolta

@@ -646,8 +646,10 @@ std::string PlaceWith(const char* own, const char* data, const char* home) {
 TEST_F(Registry, ItsPlaceIsFound) {
   EXPECT_EQ(PlaceWith("/own/file.reg", "/data", "/elsewhere"), "/own/file.reg");
   EXPECT_EQ(PlaceWith("", "/data", "/elsewhere"), "/data/mirolta/registry.reg");
-  EXPECT_EQ(PlaceWith(nullptr, nullptr, "/elsewhere"), "/elsewhere/.local/share/mirolta/registry.reg");
-  EXPECT_EQ(PlaceWith(nullptr, "relative", "/elsewhere"), "/elsewhere/.local/share/mirolta/registry.reg");
+  EXPECT_EQ(PlaceWith(nullptr, nullptr, "/elsewhere"),
+            "/elsewhere/.local/share/mirolta/registry.reg");
+  EXPECT_EQ(PlaceWith(nullptr, "relative", "/elsewhere"),
+            "/elsewhere/.local/share/mirolta/registry.reg");
   EXPECT_EQ(PlaceWith(nullptr, nullptr, nullptr), "");
 }
 

@@ -1,0 +1,117 @@
+// The operations of the seam that no system header offers.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "platform.h"
+#include "portable/test_hooks.h"
+
+namespace mirolta {
+namespace {
+
+std::vector<uint32_t> Draw(uint32_t seed, size_t count) {
+  std::vector<uint32_t> numbers;
+  const RandomSource& source = CurrentRandomSource();
+  EXPECT_TRUE(source.seed(seed));
+  while (numbers.size() < count) numbers.push_back(source.next());
+  return numbers;
+}
+
+// More numbers than one draught of entropy holds.
+constexpr size_t kMany = 2000;
+
+TEST(RandomSourceTest, ASeedDoesNotTellTheNumbers) {
+  EXPECT_NE(Draw(1, kMany), Draw(1, kMany));
+}
+
+TEST(RandomSourceTest, NumbersArePositiveAndDoNotRepeat) {
+  const std::vector<uint32_t> numbers = Draw(7, kMany);
+  for (const uint32_t number : numbers) EXPECT_LE(number, 0x7FFFFFFFu);
+  // Two equal ones of 2,000 out of 2^31 are less likely than one in a thousand; ten never happen.
+  EXPECT_GT(std::set<uint32_t>(numbers.begin(), numbers.end()).size(), kMany - 10);
+}
+
+TEST(RandomSourceTest, LowBytesTakeEveryValue) {
+  std::vector<int> counts(256);
+  for (const uint32_t number : Draw(7, 20 * kMany)) ++counts[number % 256];
+  // 156 each on average; half of that is six standard deviations away.
+  for (const int count : counts) {
+    EXPECT_GT(count, 78);
+    EXPECT_LT(count, 312);
+  }
+}
+
+TEST(RandomSourceTest, EveryThreadHasItsOwnNumbers) {
+  std::vector<uint32_t> others;
+  std::thread other([&] { others = Draw(1, 100); });
+  const std::vector<uint32_t> mine = Draw(1, 100);
+  other.join();
+  EXPECT_NE(mine, others);
+}
+
+uint32_t seeded = 0;
+const RandomSource kFixedSource = {[](uint32_t seed) {
+                                     seeded = seed;
+                                     return true;
+                                   },
+                                   [] { return 42u; }};
+
+TEST(RandomSourceTest, AnotherSourceTakesItsPlaceUntilNullPutsTheSystemsBack) {
+  SetRandomSource(&kFixedSource);
+  EXPECT_EQ(Draw(99, 2), (std::vector<uint32_t>{42, 42}));
+  EXPECT_EQ(seeded, 99u);
+  SetRandomSource(nullptr);
+  EXPECT_NE(Draw(99, 2), (std::vector<uint32_t>{42, 42}));
+}
+
+// A clock that shows what it is told to, and then goes on by one a look.
+std::vector<DWORD> shown;
+size_t looks = 0;
+bool time_was_read_after_the_tick = false;
+
+const MiroltaClock kClock = {[]() -> DWORD {
+                               const size_t look = looks++;
+                               return look < shown.size() ? shown[look] : shown.back() + 1;
+                             },
+                             [](SYSTEMTIME* time) {
+                               time_was_read_after_the_tick = looks == 4;
+                               *time = {2026, 11, 5, 20, 1, 2, 3, 4};
+                             }};
+
+TEST(ClockSeedTest, WaitsForTheTickAndMixesDateAndCounter) {
+  // First look, two of the same, the change, and the look after the local time.
+  shown = {0x12345, 0x12345, 0x12345, 0x12346, 0xABC9876F};
+  looks = 0;
+  MiroltaSetClock(&kClock);
+  const uint32_t seed = ClockSeed();
+  MiroltaSetClock(nullptr);
+  EXPECT_TRUE(time_was_read_after_the_tick);
+  EXPECT_EQ(looks, 5u);
+  // The month and day go beyond 32 bits; the year's bits overlap the day's.
+  const uint64_t date = static_cast<uint64_t>((((11u << 4) | 20u) << 8) | 2026u) << 16;
+  EXPECT_EQ(seed, (0xABC9876Fu & 0xFFFFu) | static_cast<uint32_t>(date));
+}
+
+TEST(WipeMemoryTest, ClearsJustTheBytesGiven) {
+  uint8_t bytes[5] = {1, 2, 3, 4, 5};
+  WipeMemory(bytes + 1, 3);
+  const uint8_t expected[5] = {1, 0, 0, 0, 5};
+  EXPECT_EQ(std::memcmp(bytes, expected, sizeof(bytes)), 0);
+  WipeMemory(nullptr, 0);
+}
+
+TEST(ChooseKernelTest, TakesTheFirstRowThatTheProcessorHas) {
+  constexpr Kernel<int> kRows[] = {
+      {"both", kFeatureAvx2 | kFeatureSha, 3}, {"sha", kFeatureSha, 2}, {"portable", 0, 1}};
+  static_assert(ChooseKernel(kRows, 0).function == 1);
+  EXPECT_EQ(ChooseKernel(kRows, kFeatureSha | kFeatureAvx2).function, 3);
+  EXPECT_EQ(ChooseKernel(kRows, kFeatureSha).function, 2);
+  EXPECT_EQ(ChooseKernel(kRows, kFeatureAvx2).function, 1);
+  EXPECT_EQ(ChooseKernel(kRows, ~0u).function, 3);
+}
+
+}  // namespace
+}  // namespace mirolta
