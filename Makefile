@@ -7,7 +7,7 @@ SCRIPT ?= examples/tour.js
 ARGS ?=
 FUZZ_SECONDS ?= 60
 
-.PHONY: help run test build setup windows windows-tests definitions bench count fuzz lint clean
+.PHONY: help run test build setup windows windows-tests definitions bench count fuzz clean
 
 help:
 	@echo "make run [SCRIPT=path] [ARGS=\"...\"]  run a script on the native host (default: the tour)"
@@ -15,8 +15,8 @@ help:
 	@echo "make build                           build/native/bin/mirolta-host, build/native/lib/libMirolta.so"
 	@echo "make windows                         build/windows-x64/Mirolta.dll, build/windows-x86/Mirolta.dll"
 	@echo "make bench [FILTER=pattern]          measure against other libraries, write docs/benchmarks.md"
-	@echo "make count                           count the instructions of the portable kernels"
-	@echo "make fuzz [FUZZ_SECONDS=60]          look for inputs that break things, each harness so long"
+	@echo "make count                           instructions of the portable kernels"
+	@echo "make fuzz [FUZZ_SECONDS=n]           run every fuzzer"
 	@echo "make clean                           remove build/"
 
 setup:
