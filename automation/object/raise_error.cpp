@@ -41,14 +41,13 @@ bool ReadClassDescription(REFCLSID class_id, OLECHAR (&source)[kSourceCapacity +
 HRESULT RaiseError(REFCLSID class_id, ULONG_PTR message_id, DWORD help_context,
                    const OLECHAR* help_file, REFIID interface_id, HRESULT status,
                    HINSTANCE module) {
-  OLECHAR buffer[kMessageCapacity] = OLESTR("Unknown Error");
+  OLECHAR buffer[kMessageCapacity];
+  OLECHAR unknown[] = OLESTR("Unknown Error");
   OLECHAR* text = buffer;
   if (message_id < kFirstText) {
-    if (LoadStringW(module, static_cast<UINT>(message_id), buffer, kMessageCapacity) == 0) {
-      constexpr OLECHAR kUnknown[] = OLESTR("Unknown Error");
-      for (unsigned i = 0; i < sizeof(kUnknown) / sizeof(kUnknown[0]); ++i) buffer[i] = kUnknown[i];
-    }
-    if (status == 0) status = MessageStatus(static_cast<UINT>(message_id));
+    const UINT id = static_cast<UINT>(message_id);
+    if (LoadStringW(module, id, buffer, kMessageCapacity) == 0) text = unknown;
+    if (status == 0) status = MessageStatus(id);
   } else {
     text = reinterpret_cast<OLECHAR*>(message_id);
   }

@@ -1,10 +1,6 @@
 // Type information of dispatch interfaces and classes, served from a copied library.
-#include <new>
-
-#include "allocation.h"
-#include "copied_library.h"
+#include "library_object.h"
 #include "portable/module.h"
-#include "portable/system.h"
 
 namespace mirolta {
 
@@ -21,29 +17,9 @@ struct FunctionBlock {
   TYPEDESC pointee;
 };
 
-class TypeInfo final : public ITypeInfo {
+class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
  public:
-  TypeInfo(CopiedLibrary* library, UINT index) : library_(library), index_(index) {
-    AddReference(library_);
-  }
-
-  HRESULT QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (iid != IID_IUnknown && iid != IID_ITypeInfo) return E_NOINTERFACE;
-    AddRef();
-    *out = static_cast<ITypeInfo*>(this);
-    return S_OK;
-  }
-  ULONG AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  ULONG Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) {
-      ReleaseReference(library_);
-      FreeRuntime(this);
-    }
-    return static_cast<ULONG>(left);
-  }
+  TypeInfo(CopiedLibrary* library, UINT index) : LibraryObject(library), index_(index) {}
 
   HRESULT GetTypeAttr(TYPEATTR** out) override {
     if (out == nullptr) return E_INVALIDARG;
@@ -87,11 +63,10 @@ class TypeInfo final : public ITypeInfo {
     if (out == nullptr) return E_INVALIDARG;
     *out = nullptr;
     if (!HasMembers() || index >= Interface().member_count) return TYPE_E_ELEMENTNOTFOUND;
-    void* memory = AllocateRuntime(sizeof(FunctionBlock));
-    if (memory == nullptr) return E_OUTOFMEMORY;
-    FunctionBlock& block = *new (memory) FunctionBlock();
-    Describe(Interface().members[index], index, block);
-    *out = &block.description;
+    FunctionBlock* const block = NewRuntime<FunctionBlock>();
+    if (block == nullptr) return E_OUTOFMEMORY;
+    Describe(Interface().members[index], index, *block);
+    *out = &block->description;
     return S_OK;
   }
   void ReleaseFuncDesc(FUNCDESC* description) override {
@@ -300,8 +275,6 @@ class TypeInfo final : public ITypeInfo {
     }
   }
 
-  LONG volatile references_ = 1;
-  CopiedLibrary* library_;
   UINT index_;
 };
 
@@ -330,9 +303,9 @@ HRESULT GiveDocumentation(const OLECHAR* name_text, const OLECHAR* help_text, BS
 }
 
 HRESULT MakeTypeInfo(CopiedLibrary* library, UINT index, ITypeInfo** out) {
-  void* memory = AllocateRuntime(sizeof(TypeInfo));
-  if (memory == nullptr) return E_OUTOFMEMORY;
-  *out = new (memory) TypeInfo(library, index);
+  *out = NewRuntime<TypeInfo>(library, index);
+  if (*out == nullptr) return E_OUTOFMEMORY;
+  AddReference(library);
   return S_OK;
 }
 

@@ -1,36 +1,14 @@
 // Type libraries: the object that lists a library's types, and loading one from a module's file.
-#include <new>
-
-#include "allocation.h"
-#include "copied_library.h"
+#include "library_object.h"
 #include "portable/module.h"
-#include "portable/system.h"
 
 namespace mirolta {
 
 namespace {
 
-class TypeLibrary final : public ITypeLib {
+class TypeLibrary final : public LibraryObject<ITypeLib, IID_ITypeLib> {
  public:
-  explicit TypeLibrary(CopiedLibrary* library) : library_(library) {}
-
-  HRESULT QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (iid != IID_IUnknown && iid != IID_ITypeLib) return E_NOINTERFACE;
-    AddRef();
-    *out = static_cast<ITypeLib*>(this);
-    return S_OK;
-  }
-  ULONG AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
-  ULONG Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) {
-      ReleaseReference(library_);
-      FreeRuntime(this);
-    }
-    return static_cast<ULONG>(left);
-  }
+  explicit TypeLibrary(CopiedLibrary* library) : LibraryObject(library) {}
 
   UINT GetTypeInfoCount() override { return TypeCount(*library_); }
 
@@ -143,21 +121,15 @@ class TypeLibrary final : public ITypeLib {
       visit(table.interface_count + i, -1, table.classes[i].name);
     }
   }
-
-  LONG volatile references_ = 1;
-  CopiedLibrary* library_;
 };
 
 }  // namespace
 
 HRESULT MakeTypeLib(CopiedLibrary* library, ITypeLib** out) {
-  void* memory = AllocateRuntime(sizeof(TypeLibrary));
-  if (memory == nullptr) {
-    ReleaseReference(library);
-    return E_OUTOFMEMORY;
-  }
-  *out = new (memory) TypeLibrary(library);
-  return S_OK;
+  *out = NewRuntime<TypeLibrary>(library);
+  if (*out != nullptr) return S_OK;
+  ReleaseReference(library);
+  return E_OUTOFMEMORY;
 }
 
 extern "C" HRESULT MiroltaTypeLibFromTable(const TypeLibraryTable* table, ITypeLib** out) {
