@@ -1,5 +1,5 @@
-// Where tests reach into the runtime: allocations that fail, a clock that stands still, and who
-// takes which lock. All hooks are off at start.
+// Where tests reach into the runtime: allocations that fail, arrays that are not cleared, a clock
+// that stands still, and who takes which lock. All hooks are off at start.
 #pragma once
 
 #include "portable/system.h"
@@ -12,6 +12,10 @@ extern "C" {
 MIROLTA_RUNTIME void MiroltaFailAllocationAfter(LONG count);
 // True if the failure asked for has happened.
 MIROLTA_RUNTIME bool MiroltaAllocationHasFailed();
+
+// Arrays keep what they held when they are destroyed, as on a platform that does not clear them: so
+// what their makers left there can be found in the freed memory.
+MIROLTA_RUNTIME void MiroltaKeepDestroyedArrays(bool keep);
 
 // Replaces the clock of GetTickCount and GetLocalTime; null restores the system's.
 struct MiroltaClock {

@@ -169,6 +169,7 @@ extern "C" HRESULT CoCreateInstance(REFCLSID id, IUnknown* outer, DWORD context,
   void* object = nullptr;
   HRESULT status = CoGetClassObject(id, context, nullptr, IID_IClassFactory, &object);
   if (FAILED(status)) return status;
+  if (object == nullptr) return E_NOINTERFACE;  // a module that says yes and gives nothing
   IClassFactory* factory = static_cast<IClassFactory*>(object);
   status = factory->CreateInstance(outer, iid, out);
   factory->Release();

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <ctime>
+#include <mutex>
 
 #include "portable/test_hooks.h"
 
@@ -7,6 +8,9 @@ namespace mirolta {
 namespace {
 
 std::atomic<const MiroltaClock*> g_clock{nullptr};
+
+// tzset writes what the whole process reads, and no standard makes that safe among threads.
+std::mutex g_time_zone;
 
 }  // namespace
 
@@ -35,8 +39,11 @@ extern "C" void GetLocalTime(SYSTEMTIME* time) {
   timespec now = {};
   clock_gettime(CLOCK_REALTIME, &now);
   tm local = {};
-  tzset();  // localtime_r need not look at the time zone by itself
-  localtime_r(&now.tv_sec, &local);
+  {
+    const std::lock_guard<std::mutex> lock(mirolta::g_time_zone);
+    tzset();  // localtime_r need not look at the time zone by itself
+    localtime_r(&now.tv_sec, &local);
+  }
   *time = {static_cast<WORD>(local.tm_year + 1900), static_cast<WORD>(local.tm_mon + 1),
            static_cast<WORD>(local.tm_wday),        static_cast<WORD>(local.tm_mday),
            static_cast<WORD>(local.tm_hour),        static_cast<WORD>(local.tm_min),

@@ -118,6 +118,7 @@ struct SlotKeeper {
   }
   void Keep() {}
 };
+// NOLINTNEXTLINE(clang-diagnostic-global-constructors,clang-diagnostic-exit-time-destructors): wanted
 thread_local SlotKeeper t_keeper;
 
 }  // namespace

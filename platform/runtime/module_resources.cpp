@@ -128,6 +128,9 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
     DeleteRuntime(made);
     return access(name.data(), F_OK) == 0 ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
   }
+  // Another thread may have loaded the module just now. The loader has its own lock, which is no
+  // standard's; what the module attached under ours is in order with this.
+  { const std::lock_guard<std::mutex> lock(g_lock); }
   link_map* map = nullptr;
   const void* base = nullptr;
   if (dlinfo(library, RTLD_DI_LINKMAP, &map) != 0 || !Locate(map->l_ld, &base, &made->file)) {

@@ -46,9 +46,9 @@ struct Place {
   const WCHAR* root = nullptr;  // a root's name
   const OpenKey* open = nullptr;
 
-  NameView path() const { return root != nullptr ? ViewOf(root) : ViewOf(open->path); }
+  NameView path() const { return open != nullptr ? ViewOf(open->path) : ViewOf(root); }
   bool Allows(REGSAM access) const {
-    return root != nullptr || (open->access & (access | kMaximum)) != 0;
+    return open == nullptr || (open->access & (access | kMaximum)) != 0;
   }
 };
 

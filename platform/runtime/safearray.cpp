@@ -64,14 +64,36 @@ bool CountElements(SAFEARRAY* array, ULONG* count) {
   return true;
 }
 
-HRESULT AllocateData(SAFEARRAY* array) {
+// What a new array's elements hold.
+enum class Content { kCleared, kUnwritten };
+
+HRESULT AllocateData(SAFEARRAY* array, Content content) {
   ULONG count = 0;
   if (!CountElements(array, &count)) return E_OUTOFMEMORY;
   const size_t bytes = size_t{count} * array->cbElements;
   array->pvData = AllocateRuntime(bytes);
   if (array->pvData == nullptr) return E_OUTOFMEMORY;
-  memset(array->pvData, 0, bytes);
+  if (content == Content::kCleared) memset(array->pvData, 0, bytes);
   return S_OK;
+}
+
+SAFEARRAY* CreateArray(VARTYPE type, UINT dimensions, const SAFEARRAYBOUND* bounds,
+                       Content content) {
+  const ULONG element_size = mirolta::ElementSize(type);
+  if (element_size == 0 || dimensions == 0 || dimensions > kMaxDimensions || bounds == nullptr) {
+    return nullptr;
+  }
+  SAFEARRAY* array = NewDescriptor(dimensions);
+  if (array == nullptr) return nullptr;
+  array->cbElements = element_size;
+  array->fFeatures = mirolta::ArrayFeatures(type);
+  SetHiddenType(array, type);
+  for (UINT i = 0; i < dimensions; ++i) Bounds(array)[i] = bounds[dimensions - 1 - i];
+  if (FAILED(AllocateData(array, content))) {
+    FreeRuntime(BlockOf(array));
+    return nullptr;
+  }
+  return array;
 }
 
 HRESULT ClearElements(SAFEARRAY* array) {
@@ -85,26 +107,22 @@ SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension) {
   return &Bounds(array)[array->cDims - dimension];
 }
 
+// One array may be read by several threads, each with a lock of its own on it.
+ULONG LocksOf(const SAFEARRAY* array) {
+  return __atomic_load_n(&array->cLocks, __ATOMIC_RELAXED);
+}
+
 }  // namespace
 
 extern "C" {
 
 SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) {
-  const ULONG element_size = mirolta::ElementSize(type);
-  if (element_size == 0 || dimensions == 0 || dimensions > kMaxDimensions || bounds == nullptr) {
-    return nullptr;
-  }
-  SAFEARRAY* array = NewDescriptor(dimensions);
-  if (array == nullptr) return nullptr;
-  array->cbElements = element_size;
-  array->fFeatures = mirolta::ArrayFeatures(type);
-  SetHiddenType(array, type);
-  for (UINT i = 0; i < dimensions; ++i) Bounds(array)[i] = bounds[dimensions - 1 - i];
-  if (FAILED(AllocateData(array))) {
-    FreeRuntime(BlockOf(array));
-    return nullptr;
-  }
-  return array;
+  return CreateArray(type, dimensions, bounds, Content::kCleared);
+}
+
+SAFEARRAY* MiroltaCreateBytes(ULONG count) {
+  SAFEARRAYBOUND bound = {count, 0};
+  return CreateArray(VT_UI1, 1, &bound, Content::kUnwritten);
 }
 
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower, ULONG elements) {
@@ -143,7 +161,7 @@ HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to) {
     memcpy(BlockOf(made), BlockOf(from), kHiddenBytes);
   }
   for (UINT i = 0; i < from->cDims; ++i) Bounds(made)[i] = Bounds(from)[i];
-  HRESULT status = AllocateData(made);
+  HRESULT status = AllocateData(made, Content::kCleared);
   ULONG count = 0;
   if (SUCCEEDED(status) && from->pvData != nullptr && CountElements(from, &count)) {
     status = mirolta::CopyArrayElements(from->fFeatures, from->cbElements, from->pvData,
@@ -159,14 +177,14 @@ HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to) {
 
 HRESULT SafeArrayLock(SAFEARRAY* array) {
   if (array == nullptr) return E_INVALIDARG;
-  if (array->cLocks >= kMaxLocks) return E_UNEXPECTED;
+  if (LocksOf(array) >= kMaxLocks) return E_UNEXPECTED;
   __atomic_add_fetch(&array->cLocks, 1u, __ATOMIC_SEQ_CST);
   return S_OK;
 }
 
 HRESULT SafeArrayUnlock(SAFEARRAY* array) {
   if (array == nullptr) return E_INVALIDARG;
-  if (array->cLocks == 0) return E_UNEXPECTED;
+  if (LocksOf(array) == 0) return E_UNEXPECTED;
   __atomic_sub_fetch(&array->cLocks, 1u, __ATOMIC_SEQ_CST);
   return S_OK;
 }

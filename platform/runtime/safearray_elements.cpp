@@ -1,14 +1,18 @@
 #include "safearray_elements.h"
 
+#include <atomic>
 #include <cstring>
 
 #include "portable/dispatch.h"
+#include "portable/test_hooks.h"
 #include "variant_rules.h"
 
 namespace mirolta {
 namespace {
 
 constexpr USHORT kInterfaces = FADF_UNKNOWN | FADF_DISPATCH;
+
+std::atomic<bool> g_keeps_destroyed{false};
 
 // The array of texts, values or interfaces at `elements`.
 BSTR* Texts(void* elements) {
@@ -22,6 +26,10 @@ IUnknown** Objects(void* elements) {
 }
 
 }  // namespace
+
+extern "C" void MiroltaKeepDestroyedArrays(bool keep) {
+  g_keeps_destroyed.store(keep, std::memory_order_relaxed);
+}
 
 USHORT ArrayFeatures(VARTYPE type) {
   switch (type) {
@@ -51,7 +59,9 @@ HRESULT ClearArrayElements(USHORT features, ULONG element_size, void* elements, 
       if (FAILED(status)) return status;
     }
   }
-  memset(elements, 0, size_t{element_size} * count);
+  if (!g_keeps_destroyed.load(std::memory_order_relaxed)) {
+    memset(elements, 0, size_t{element_size} * count);
+  }
   return S_OK;
 }
 

@@ -8,8 +8,9 @@ namespace mirolta {
 // ArrayFeatures returns the flags of an array of the type, ownership and type knowledge.
 USHORT ArrayFeatures(VARTYPE type);
 
-// ClearArrayElements ends what `count` elements own and zeroes them.
-// Errors: the status of a value that refuses (a locked array); the elements before it are cleared.
+// ClearArrayElements ends what `count` elements own and zeroes them (see
+// MiroltaKeepDestroyedArrays). Errors: the status of a value that refuses (a locked array); the
+// elements before it are cleared.
 HRESULT ClearArrayElements(USHORT features, ULONG element_size, void* elements, ULONG count);
 
 // CopyArrayElements copies `count` elements with what they own to zeroed elements.

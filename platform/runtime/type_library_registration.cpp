@@ -167,10 +167,12 @@ LONG DeleteLibrary(REFGUID library, WORD major, WORD minor) {
   const NumberText version = VersionText(major, minor);
   WideText base;
   WideText path;
-  WCHAR name[kKeyNameCapacity];
   LONG error = SetText(&base, u"TypeLib\\", id.text);
   if (error == ERROR_SUCCESS) error = SetText(&path, base.data(), u"\\", version.text);
-  if (error == ERROR_SUCCESS) error = SubkeyName(path.data(), 0, name);  // is it registered?
+  if (error == ERROR_SUCCESS) {  // is it registered?
+    WCHAR name[kKeyNameCapacity];
+    error = SubkeyName(path.data(), 0, name);
+  }
   if (error == ERROR_SUCCESS) error = DeleteInterfaces(id.text, version.text);
   if (error == ERROR_SUCCESS) error = DeleteKeyTree(path.data());
   if (error == ERROR_SUCCESS) error = DeleteIfEmpty(base.data());

@@ -1,5 +1,7 @@
 #include "seam/processor.h"
 
+#include "seam/processor_report.h"
+
 #if !defined(MIROLTA_PORTABLE_ONLY) && (defined(__x86_64__) || defined(__i386__))
   #include <cpuid.h>
 #endif
@@ -10,7 +12,6 @@ namespace mirolta {
 
 namespace {
 
-// Extended control register 0: which register files the system saves.
 uint32_t SavedState() {
   uint32_t low = 0;
   uint32_t high = 0;
@@ -18,16 +19,25 @@ uint32_t SavedState() {
   return low;
 }
 
-// Bits of a CPUID leaf, each with the feature that it stands for.
 bool All(uint32_t reg, uint32_t bits) {
   return (reg & bits) == bits;
 }
 
 uint32_t Detect() {
-  uint32_t a = 0, b1 = 0, c1 = 0, d1 = 0;
-  if (!__get_cpuid(1, &a, &b1, &c1, &d1)) return 0;
-  uint32_t b7 = 0, c7 = 0, d7 = 0;
-  __get_cpuid_count(7, 0, &a, &b7, &c7, &d7);
+  uint32_t a = 0, b = 0, d = 0;
+  ProcessorReport report = {};
+  if (!__get_cpuid(1, &a, &b, &report.leaf1_ecx, &d)) return 0;
+  __get_cpuid_count(7, 0, &a, &report.leaf7_ebx, &report.leaf7_ecx, &d);
+  if (All(report.leaf1_ecx, bit_OSXSAVE)) report.saved_state = SavedState();
+  return FeaturesIn(report);
+}
+
+}  // namespace
+
+uint32_t FeaturesIn(const ProcessorReport& report) noexcept {
+  const uint32_t c1 = report.leaf1_ecx;
+  const uint32_t b7 = report.leaf7_ebx;
+  const uint32_t c7 = report.leaf7_ecx;
 
   uint32_t found = 0;
   const bool sse41 = All(c1, bit_SSSE3 | bit_SSE4_1);
@@ -40,11 +50,10 @@ uint32_t Detect() {
 
   constexpr uint32_t kSaves256 = 0x06;  // XMM and YMM
   constexpr uint32_t kSaves512 = 0xE6;  // with opmask and both ZMM parts
-  const uint32_t saved = SavedState();
-  if (!All(saved, kSaves256)) return found;
+  if (!All(report.saved_state, kSaves256)) return found;
   if (All(b7, bit_AVX2)) found |= kFeatureAvx2;
   if (All(c7, bit_VAES)) found |= kFeatureVaes;
-  if (!All(saved, kSaves512)) return found;
+  if (!All(report.saved_state, kSaves512)) return found;
   if (All(b7, bit_AVX512F | bit_AVX512BW | bit_AVX512DQ | bit_AVX512VL)) {
     found |= kFeatureAvx512;
     if (All(b7, bit_AVX512IFMA)) found |= kFeatureAvx512Ifma;
@@ -52,14 +61,16 @@ uint32_t Detect() {
   return found;
 }
 
-}  // namespace
-
 uint32_t ProcessorFeatures() noexcept {
   static const uint32_t features = Detect();
   return features;
 }
 
 #else
+
+uint32_t FeaturesIn(const ProcessorReport&) noexcept {
+  return 0;
+}
 
 uint32_t ProcessorFeatures() noexcept {
   return 0;

@@ -36,8 +36,8 @@ struct Kernel {
 template <typename Function, size_t kCount>
 constexpr const Kernel<Function>& ChooseKernel(const Kernel<Function> (&kernels)[kCount],
                                                uint32_t features) noexcept {
-  for (const Kernel<Function>& kernel : kernels) {
-    if ((kernel.needs & ~features) == 0) return kernel;
+  for (size_t i = 0; i + 1 < kCount; ++i) {
+    if ((kernels[i].needs & ~features) == 0) return kernels[i];
   }
   return kernels[kCount - 1];
 }

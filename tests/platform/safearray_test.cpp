@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <vector>
 
 #include "portable/test_hooks.h"
@@ -236,6 +237,23 @@ TEST(SafeArray, FailedCopyGivesBackWhatItMade) {
   MiroltaFailAllocationAfter(1);
   EXPECT_EQ(SafeArrayCreateVector(VT_I4, 0, 1), nullptr);
   MiroltaFailAllocationAfter(-1);
+  EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+}
+
+TEST(SafeArray, NewElementsAreZeroWhateverTheirMemoryHeld) {
+  constexpr size_t kBytes = 3000;
+  // Blocks of that size, filled and given back, are what the next one is made of.
+  void* filled[4];
+  for (void*& block : filled) {
+    block = CoTaskMemAlloc(kBytes);
+    ASSERT_NE(block, nullptr);
+    memset(block, 0xA5, kBytes);
+  }
+  for (void* const block : filled) CoTaskMemFree(block);
+  SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, kBytes);
+  ASSERT_NE(array, nullptr);
+  const auto* const bytes = static_cast<const BYTE*>(array->pvData);
+  EXPECT_EQ(std::vector<BYTE>(bytes, bytes + kBytes), std::vector<BYTE>(kBytes));
   EXPECT_EQ(SafeArrayDestroy(array), S_OK);
 }
 

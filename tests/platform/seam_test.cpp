@@ -103,6 +103,38 @@ TEST(WipeMemoryTest, ClearsJustTheBytesGiven) {
   WipeMemory(nullptr, 0);
 }
 
+TEST(CreateByteArrayTest, GivesWhatTheSystemsCreationGivesButForTheBytes) {
+  for (const uint32_t count : {0u, 1u, 100000u}) {
+    SAFEARRAYBOUND bound = {count, 0};
+    SAFEARRAY* const expected = SafeArrayCreate(VT_UI1, 1, &bound);
+    SAFEARRAY* const array = CreateByteArray(count);
+    ASSERT_NE(array, nullptr);
+    EXPECT_EQ(array->cDims, expected->cDims);
+    EXPECT_EQ(array->fFeatures, expected->fFeatures);
+    EXPECT_EQ(array->cbElements, 1u);
+    EXPECT_EQ(array->cLocks, 0u);
+    EXPECT_EQ(array->rgsabound[0].cElements, count);
+    EXPECT_EQ(array->rgsabound[0].lLbound, 0);
+    VARTYPE type = VT_EMPTY;
+    EXPECT_EQ(SafeArrayGetVartype(array, &type), S_OK);
+    EXPECT_EQ(type, VT_UI1);
+    ASSERT_NE(array->pvData, nullptr);
+    std::memset(array->pvData, 0xA5, count);
+    EXPECT_EQ(SafeArrayDestroy(array), S_OK);
+    EXPECT_EQ(SafeArrayDestroy(expected), S_OK);
+  }
+}
+
+TEST(CreateByteArrayTest, IsNullWithoutMemory) {
+  // The descriptor, then the bytes.
+  for (const LONG allowed : {0, 1}) {
+    MiroltaFailAllocationAfter(allowed);
+    EXPECT_EQ(CreateByteArray(10), nullptr) << allowed;
+    EXPECT_TRUE(MiroltaAllocationHasFailed());
+  }
+  MiroltaFailAllocationAfter(-1);
+}
+
 TEST(ChooseKernelTest, TakesTheFirstRowThatTheProcessorHas) {
   constexpr Kernel<int> kRows[] = {
       {"both", kFeatureAvx2 | kFeatureSha, 3}, {"sha", kFeatureSha, 2}, {"portable", 0, 1}};

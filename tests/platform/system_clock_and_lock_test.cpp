@@ -8,6 +8,21 @@
 namespace mirolta {
 namespace {
 
+// Stands first: the first asking reads the time zone.
+TEST(Clock, TellsManyThreadsTheTime) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([] {
+      for (int n = 0; n < 50; ++n) {
+        SYSTEMTIME now = {};
+        GetLocalTime(&now);
+        EXPECT_GE(now.wYear, 2024);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
 TEST(Clock, FollowsTheSystem) {
   const DWORD before = GetTickCount();
   std::this_thread::sleep_for(std::chrono::milliseconds(3));

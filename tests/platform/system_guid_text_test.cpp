@@ -44,6 +44,26 @@ TEST(GuidText, MalformedTextIsRefused) {
   EXPECT_EQ(CLSIDFromString(good.c_str(), nullptr), E_INVALIDARG);
 }
 
+TEST(GuidTest, EveryFieldTellsTwoApart) {
+  constexpr GUID kSome = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+  EXPECT_TRUE(IsEqualGUID(kSome, GUID(kSome)));
+  GUID other = kSome;
+  other.Data1 ^= 0x80000000u;
+  EXPECT_FALSE(IsEqualGUID(kSome, other));
+  other = kSome;
+  other.Data2 ^= 0x8000u;
+  EXPECT_FALSE(IsEqualGUID(kSome, other));
+  other = kSome;
+  other.Data3 ^= 0x8000u;
+  EXPECT_FALSE(IsEqualGUID(kSome, other));
+  for (size_t i = 0; i < 8; ++i) {
+    other = kSome;
+    other.Data4[i] ^= 0x80;
+    EXPECT_FALSE(IsEqualGUID(kSome, other)) << i;
+    EXPECT_TRUE(kSome != other) << i;
+  }
+}
+
 TEST(GuidText, ReportsShortMemory) {
   MiroltaFailAllocationAfter(0);
   LPOLESTR text = nullptr;

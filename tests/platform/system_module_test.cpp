@@ -74,7 +74,7 @@ TEST_F(LoadedModule, GivesItsData) {
   EXPECT_EQ(std::memcmp(bytes, "\1\2\3", 3), 0);
   EXPECT_EQ(FindResourceW(module_, u"#7", u"registry"), found);
   EXPECT_EQ(SizeofResource(module_, FindResourceW(module_, u"#7", u"other")), 2u);
-  for (const LPCWSTR name : {u"#8", u"7", u"#", u"#7x", u"#65543"}) {
+  for (const LPCWSTR name : {u"#8", u"7", u"#", u"#7x", u"#1-", u"#65543"}) {
     EXPECT_EQ(FindResourceW(module_, name, u"REGISTRY"), nullptr);
   }
   EXPECT_EQ(FindResourceW(module_, u"#7", u"REGISTRYX"), nullptr);
@@ -237,6 +237,15 @@ TEST_F(ClassObjects, FailuresHaveTheirOwnStatuses) {
   EXPECT_TRUE(FAILED(Create(&object)));
   WriteFile(file_, "damaged");
   EXPECT_EQ(Create(&object), HRESULT_FROM_WIN32(ERROR_BADDB));
+}
+
+TEST_F(ClassObjects, AModuleThatGivesNoFactoryMakesNoObject) {
+  WCHAR id[39];
+  StringFromGUID2(kHollowClass, id, 39);
+  SetDefault(std::u16string(u"CLSID\\") + id + u"\\InprocServer32", kModuleFile);
+  IUnknown* object = reinterpret_cast<IUnknown*>(0x10);
+  EXPECT_EQ(Create(&object, kHollowClass), E_NOINTERFACE);
+  EXPECT_EQ(object, nullptr);
 }
 
 TEST_F(ClassObjects, ProgIdsLeadToClasses) {

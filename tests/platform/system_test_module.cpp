@@ -82,9 +82,14 @@ class Factory final : public IClassFactory {
 }  // namespace
 }  // namespace mirolta
 
+EXPORT HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out);
+EXPORT HRESULT DllCanUnloadNow();
+EXPORT HINSTANCE TestModuleHandle();
+
 EXPORT HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out) {
   using namespace mirolta;
   *out = nullptr;
+  if (id == kHollowClass) return S_OK;
   if (id != kTestClass) return CLASS_E_CLASSNOTAVAILABLE;
   Factory* factory = new (std::nothrow) Factory;
   if (factory == nullptr) return E_OUTOFMEMORY;

@@ -123,6 +123,7 @@ TEST_F(TypeInfoMembersTest, NamesAMemberAndItsParameters) {
   EXPECT_EQ(Names(2, 0), std::vector<Text>{});
   EXPECT_EQ(Names(1, 4), (std::vector<Text>{OLESTR("Count")}));
   EXPECT_EQ(Names(4, 4), (std::vector<Text>{OLESTR("Item"), OLESTR("lIndex")}));
+  EXPECT_EQ(Names(5, 4), (std::vector<Text>{OLESTR("Object")}));  // no name for what is put
 
   BSTR name = nullptr;
   UINT count = 99;

@@ -3,6 +3,7 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include "portable/test_hooks.h"
 #include "value_support.h"
@@ -392,6 +393,7 @@ TEST(VariantChangeType, NumberTextToReal) {
       {OLESTR("."), kMismatch, 0},
       {OLESTR("1.2.3"), kMismatch, 0},
       {OLESTR("&HFF"), S_OK, 255},
+      {OLESTR("&hfa"), S_OK, 250},
       {OLESTR("&o17"), S_OK, 15},
       {OLESTR("&H"), kMismatch, 0},
       {OLESTR("&H1G"), kMismatch, 0},
@@ -504,6 +506,22 @@ void StandingTime(SYSTEMTIME* time) {
   *time = SYSTEMTIME{2026, 3, 0, 4, 5, 6, 7, 8};
 }
 
+// White space before a number is Unicode's, the kinds that keep words together included.
+TEST(VariantChangeType, SpaceBeforeNumbers) {
+  const std::basic_string<OLECHAR> spaces =
+      OLESTR(" \u0085\u00A0\u1680\u2028\u2029\u202F\u205F\u3000");
+  const std::basic_string<OLECHAR> parts_of_numbers = OLESTR("0123456789+-.$");
+  for (unsigned i = 1; i <= 0xFFFF; ++i) {
+    const OLECHAR c = static_cast<OLECHAR>(i);
+    if (parts_of_numbers.find(c) != parts_of_numbers.npos) continue;
+    const bool space = (c >= 0x09 && c <= 0x0D) || (c >= 0x2000 && c <= 0x200A) ||
+                       spaces.find(c) != spaces.npos;
+    const OLECHAR text[] = {c, u'5', 0};
+    Value to;
+    ASSERT_EQ(ChangeText(text, VT_I4, &to), space ? S_OK : kMismatch) << i;
+  }
+}
+
 TEST(VariantChangeType, DateText) {
   const MiroltaClock clock = {nullptr, StandingTime};
   MiroltaSetClock(&clock);
@@ -541,6 +559,8 @@ TEST(VariantChangeType, DateText) {
       {OLESTR("Jan 40"), 51136},
       {OLESTR("Sunday, January 2, 2000"), 36527},
       {OLESTR("Sunday"), kNoDate},
+      {OLESTR("2 Jan 2000 3"), kNoDate},
+      {OLESTR("2000 2 3 Jan"), kNoDate},
       {OLESTR("Janu 2 2000"), kNoDate},
       {OLESTR("10:30"), 0.4375},
       {OLESTR("10:30 PM"), 0.9375},
