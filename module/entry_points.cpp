@@ -1,4 +1,5 @@
-// The entry points: what the loader and the host call.
+#include "entry_points.h"
+
 #include "class_registration.h"
 #include "class_table.h"
 #include "mirolta.h"
@@ -24,12 +25,18 @@ void Detach() {
   TermModuleState();
 }
 
-// Makes the row's factory unless another thread was first.
-HRESULT EnsureFactory(ModuleState& module, ClassRow& row) {
+// Gives the row's factory, no reference added, and makes it unless another thread was first. It is
+// read under the lock: a thread that could not make it must not look while another one does.
+HRESULT FindFactory(ModuleState& module, ClassRow& row, IUnknown** factory) {
   ScopedLock hold(module.class_objects_lock);
-  if (row.factory != nullptr) return S_OK;
-  return row.create_factory(row.create_instance, IID_IUnknown,
-                            reinterpret_cast<void**>(&row.factory));
+  HRESULT status = S_OK;
+  if (row.factory == nullptr) {
+    void* made = nullptr;
+    status = row.create_factory(row.create_instance, IID_IUnknown, &made);
+    row.factory = static_cast<IUnknown*>(made);
+  }
+  *factory = row.factory;
+  return status;
 }
 
 }  // namespace
@@ -47,9 +54,10 @@ MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID ii
   *out = nullptr;
   ClassRow* const row = FindClass(clsid);
   if (row == nullptr) return CLASS_E_CLASSNOTAVAILABLE;
-  const HRESULT status = EnsureFactory(*module, *row);
-  if (row->factory == nullptr) return FAILED(status) ? status : CLASS_E_CLASSNOTAVAILABLE;
-  return row->factory->QueryInterface(iid, out);
+  IUnknown* factory = nullptr;
+  const HRESULT status = FindFactory(*module, *row, &factory);
+  if (factory == nullptr) return FAILED(status) ? status : CLASS_E_CLASSNOTAVAILABLE;
+  return factory->QueryInterface(iid, out);
 }
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow() {

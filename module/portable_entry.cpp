@@ -1,13 +1,12 @@
 // What the loader and the resource compiler do on Windows: hands the module its handle when it is
 // loaded, and carries its resources as tables.
+#include "entry_points.h"
 #include "messages.h"
 #include "portable/module_resources.h"
 #include "registry_resources.h"
 #include "type_library_table.h"
 
 using namespace mirolta;
-
-extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
 
 namespace {
 
@@ -23,13 +22,15 @@ constexpr MessageResources CopyMessages() {
 }
 constexpr MessageResources kStrings = CopyMessages();
 
-const ModuleResources kResources = {kStrings.rows, kMessageCount, kRegistryScripts,
-                                    kRegistryScriptCount, &kTypeLibraryTable};
+// Filled while the module is loaded: an initializer of its own might run after that.
+constinit ModuleResources resources{};
 
 HINSTANCE instance = nullptr;
 
 __attribute__((constructor)) void Load() {
-  instance = MiroltaAttachModule(&kResources);
+  resources = {kStrings.rows, kMessageCount, kRegistryScripts, kRegistryScriptCount,
+               &kTypeLibraryTable};
+  instance = MiroltaAttachModule(&resources);
   // Without a handle there is no module state, and every entry point says so.
   if (instance != nullptr) DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
 }

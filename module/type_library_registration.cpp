@@ -50,10 +50,10 @@ HRESULT RegisterModuleTypeLibrary() {
   HRESULT status = FindModuleTypeLibrary(&library, file);
   if (FAILED(status)) return status;
   OLECHAR folder[MAX_PATH + 5];
-  for (unsigned i = 0; i < MAX_PATH + 5; ++i) {
-    folder[i] = file[i];
-    if (file[i] == 0) break;
-  }
+  unsigned length = 0;
+  do {
+    folder[length] = file[length];
+  } while (file[length++] != 0);
   CutToFolder(folder);
   status = RegisterTypeLib(library, file, folder);
   library->Release();

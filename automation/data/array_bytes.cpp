@@ -51,8 +51,7 @@ HRESULT BytesToSafeArray(const uint8_t* bytes, uint32_t count, SAFEARRAY** out) 
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
   if (bytes == nullptr && count != 0) return E_POINTER;
-  SAFEARRAYBOUND bound = {count, 0};
-  SAFEARRAY* const array = SafeArrayCreate(VT_UI1, 1, &bound);
+  SAFEARRAY* const array = CreateByteArray(count);
   if (array == nullptr) return E_OUTOFMEMORY;
   if (count != 0) {
     void* data = nullptr;

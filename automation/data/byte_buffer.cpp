@@ -75,7 +75,7 @@ bool ByteBuffer::Grow(uint32_t need) noexcept {
   if (!GrownCapacity(need, &capacity)) return false;
   uint8_t* data = new (std::nothrow) uint8_t[capacity];
   if (data == nullptr) return false;
-  if (length_ != 0) std::memcpy(data, data_, length_);
+  if (data_ != nullptr) std::memcpy(data, data_, length_);
   WipeAndFree(data_, capacity_);
   data_ = data;
   capacity_ = capacity;
@@ -105,16 +105,10 @@ uint32_t ByteBuffer::AppendFill(uint8_t value, uint32_t count) noexcept {
   return count;
 }
 
-uint8_t* ByteBuffer::ReserveTail(uint32_t count) noexcept {
+// For no bytes, a buffer without storage does not grow.
+uint8_t* ByteBuffer::GrowTail(uint32_t count) noexcept {
   const uint32_t space = FreeSpace();
-  if (space < count && !Grow(count - space)) return nullptr;
-  return data_ != nullptr ? data_ + length_ : nullptr;
-}
-
-uint32_t ByteBuffer::Commit(uint32_t count) noexcept {
-  if (FreeSpace() < count) return 0;
-  length_ += count;
-  return count;
+  return space < count && Grow(count - space) ? data_ + length_ : nullptr;
 }
 
 uint32_t ByteBuffer::Peek(uint8_t* destination, uint32_t count) const noexcept {

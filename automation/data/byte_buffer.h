@@ -45,10 +45,16 @@ class ByteBuffer {
   // AppendFill adds count copies of value. Returns count, or 0 on failure.
   [[nodiscard]] uint32_t AppendFill(uint8_t value, uint32_t count) noexcept;
   // ReserveTail returns the free space after the content, at least count bytes; null on failure.
-  [[nodiscard]] uint8_t* ReserveTail(uint32_t count) noexcept;
+  [[nodiscard]] uint8_t* ReserveTail(uint32_t count) noexcept {
+    return data_ != nullptr && count <= FreeSpace() ? data_ + length_ : GrowTail(count);
+  }
   // Commit takes count bytes written through ReserveTail into the content. Returns count, or 0 with
   // no change if fewer are free.
-  [[nodiscard]] uint32_t Commit(uint32_t count) noexcept;
+  [[nodiscard]] uint32_t Commit(uint32_t count) noexcept {
+    if (FreeSpace() < count) return 0;
+    length_ += count;
+    return count;
+  }
 
   // Take, Peek and Consume copy and/or remove min(count, Length()) bytes at the front and return
   // that number.
@@ -72,6 +78,7 @@ class ByteBuffer {
   uint32_t FreeSpace() const noexcept { return capacity_ - length_; }
   bool GrownCapacity(uint32_t need, uint32_t* capacity) const noexcept;
   bool Grow(uint32_t need) noexcept;
+  uint8_t* GrowTail(uint32_t count) noexcept;
 
   uint8_t* data_ = nullptr;
   uint32_t maximum_ = 0;

@@ -4,7 +4,9 @@ namespace mirolta {
 
 namespace {
 
-ModuleState state;
+// Constant: the module attaches while it is being initialized, and an initializer that ran after
+// that would set the state back.
+constinit ModuleState state{};
 bool attached = false;
 
 CRITICAL_SECTION* const kLocks[] = {&state.class_objects_lock, &state.type_info_lock,

@@ -62,8 +62,9 @@ HRESULT RaiseError(REFCLSID class_id, ULONG_PTR message_id, DWORD help_context,
       error->SetHelpFile(const_cast<OLECHAR*>(help_file));
     }
     error->SetDescription(text);
-    IErrorInfo* info = nullptr;
-    if (SUCCEEDED(error->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)))) {
+    void* found = nullptr;
+    if (SUCCEEDED(error->QueryInterface(IID_IErrorInfo, &found))) {
+      IErrorInfo* const info = static_cast<IErrorInfo*>(found);
       SetErrorInfo(0, info);
       info->Release();
     }

@@ -406,11 +406,11 @@ TEST(ByteBuffer, BehavesAsItsModelOnRandomOperations) {
           const auto length = static_cast<uint32_t>(model.content.size());
           if (length == 0) break;
           const uint32_t from = below(length);
-          const Bytes pattern(model.content.begin() + from,
-                              model.content.begin() + std::min(from + n, length));
+          const uint8_t* const content = model.content.data();
+          const Bytes pattern(content + from, content + std::min(from + n, length));
           const auto size = static_cast<uint32_t>(pattern.size());
           for (uint32_t at = 0; at + size < length && expected < 0; ++at) {
-            if (std::equal(pattern.begin(), pattern.end(), model.content.begin() + at)) {
+            if (std::equal(pattern.begin(), pattern.end(), content + at)) {
               expected = static_cast<int32_t>(at);
             }
           }

@@ -19,6 +19,13 @@ Bytes Content(const ByteString& bytes) {
   return Bytes(bytes.Data(), bytes.Data() + bytes.Count());
 }
 
+TEST(ByteView, HasNoBytesBeforeItIsOpen) {
+  const ByteView view;
+  EXPECT_EQ(view.Data(), nullptr);
+  EXPECT_EQ(view.Count(), 0u);
+  EXPECT_FALSE(view.IsFromArray());
+}
+
 TEST(ByteView, GivesWhatTheCopyingConversionsGive) {
   ValueCases values;
   ByteView view;  // one for all: opening closes

@@ -46,6 +46,11 @@ TEST(KeyFromVariant, CharacterSetsLeaveOutTheTerminator) {
   EXPECT_EQ(KeyOf(TextValue(OLESTR("k\u00E4y")), 1252), (Bytes{'k', 0xE4, 'y'}));
   EXPECT_EQ(KeyOf(TextValue(OLESTR("k\u00E4y")), 65001), (Bytes{'k', 0xC3, 0xA4, 'y'}));
   EXPECT_EQ(KeyOf(TextValue(OLESTR("ab\0cd")), 0), BytesOf("ab"));
+  // A null text is an empty one.
+  TestValue null_text(VT_BSTR);
+  null_text->bstrVal = nullptr;
+  EXPECT_EQ(KeyOf(null_text, 0), Bytes());
+  EXPECT_EQ(KeyOf(TextValue(OLESTR("")), 0), Bytes());
 }
 
 TEST(KeyFromVariant, OtherValuesGoThroughTheirText) {

@@ -40,6 +40,7 @@ class Probe final : public DispatchObject<kProbeClass, IDispatch> {
     ++record.constructed;
     return record.construct ? record.construct(static_cast<IDispatch*>(this)) : S_OK;
   }
+  static HRESULT RaiseMessage(UINT id) { return Raise(id); }
 };
 
 class ObjectCoreTest : public testing::Test {
@@ -190,6 +191,16 @@ TEST_F(ObjectCoreTest, ReferencesOfAPartDuringItsDestructionAreTheOuterObjects) 
   ASSERT_EQ(Make(IID_IUnknown, inner.Put(), &outer), S_OK);
   inner.Reset();
   EXPECT_EQ(record.destroyed, 1);
+}
+
+TEST_F(ObjectCoreTest, AnErrorAfterTheModuleHasGoneHasNoText) {
+  const HINSTANCE instance = CurrentModule()->instance;
+  EXPECT_EQ(Probe::RaiseMessage(10104), static_cast<HRESULT>(0x80042778u));
+  EXPECT_EQ(TakeError().description, OLESTR("Not initialized."));
+  TermModuleState();
+  EXPECT_EQ(Probe::RaiseMessage(10104), static_cast<HRESULT>(0x80042778u));
+  EXPECT_EQ(TakeError().description, OLESTR("Unknown Error"));
+  InitModuleState(instance, nullptr, LIBID_MIROLTALib);
 }
 
 TEST_F(ObjectCoreTest, SupportsErrorInfoForItsInterface) {

@@ -62,6 +62,9 @@ class ValueCases {
     AddReference("value reference to array", VT_VARIANT, &array_);
     AddReference("value reference to text", VT_VARIANT, &text_);
     AddReference("value reference to array reference", VT_VARIANT, &inner_);
+    AddReference("array reference to nowhere", VT_ARRAY | VT_UI1, nullptr);
+    AddReference("text reference to nowhere", VT_BSTR, nullptr);
+    AddReference("value reference to nowhere", VT_VARIANT, nullptr);
   }
   ValueCases(const ValueCases&) = delete;
   ValueCases& operator=(const ValueCases&) = delete;

@@ -72,6 +72,9 @@ TEST(VariantToBytes, EachKindOfValue) {
       {"value reference to array", {S_OK, {0, 1, 2, 0xFF}}},
       {"value reference to text", {S_OK, {'t', 'e', 0xE4, 'x', 't'}}},
       {"value reference to array reference", {S_OK, {0, 1, 2, 0xFF}}},
+      {"array reference to nowhere", {E_INVALIDARG, none}},
+      {"text reference to nowhere", {E_INVALIDARG, none}},
+      {"value reference to nowhere", {E_INVALIDARG, none}},
   };
   ASSERT_EQ(values.All().size(), expected.size());
   for (const auto& row : values.All()) {
@@ -128,6 +131,9 @@ TEST(VariantToByteArrayBytes, EachKindOfValue) {
       {"words reference", {S_OK, {1, 2, 3}}},
       {"value reference to array", {S_OK, {0, 1, 2, 0xFF}}},
       {"value reference to array reference", {S_OK, {0, 1, 2, 0xFF}}},
+      {"array reference to nowhere", {E_INVALIDARG, none}},
+      {"text reference to nowhere", {E_INVALIDARG, none}},
+      {"value reference to nowhere", {E_INVALIDARG, none}},
   };
   size_t seen = 0;
   for (const auto& row : values.All()) {

@@ -99,6 +99,30 @@ TEST(ResolveValue, AFailingReadGivesItsStatus) {
   EXPECT_EQ(object.references, 2u);
 }
 
+TEST(ResolveValue, AnObjectThatGivesNoInterfaceFails) {
+  FakeObject object(NumberValue(5));
+  object.gives_null = true;
+  TestValue value = ObjectValue(&object);
+  OwnedVariant out;
+  EXPECT_EQ(ResolveValue(&value, out.Put()), E_FAIL);
+  EXPECT_EQ(out.Type(), VT_EMPTY);
+  EXPECT_EQ(object.reads, 0);
+}
+
+TEST(ResolveValue, ADefaultValueThatRefersToNothingGivesTheCopysStatus) {
+  FakeObject object;
+  *&object.value = ReferenceTo(VT_I4, nullptr);
+  TestValue value = ObjectValue(&object);
+  VARIANT copy;
+  VariantInit(&copy);
+  const HRESULT refusal = VariantCopyInd(&copy, &object.value);
+  EXPECT_LT(refusal, 0);
+  OwnedVariant out;
+  EXPECT_EQ(ResolveValue(&value, out.Put()), refusal);
+  EXPECT_EQ(out.Type(), VT_EMPTY);
+  EXPECT_EQ(object.references, 2u);
+}
+
 TEST(ResolveValue, ChainsOf64ObjectsAreFollowedLongerOnesFail) {
   for (const size_t length : {2u, 64u, 65u}) {
     std::deque<FakeObject> chain(length);

@@ -1,32 +1,24 @@
 // Many threads at the module's doors at once, and loading and unloading it.
+#include <dlfcn.h>
+#include <stdlib.h>
+
 #include <atomic>
-#include <thread>
 #include <vector>
 
+#include "all_at_once.h"
 #include "loaded_module.h"
+#include "portable/registry_mode.h"
 
 namespace mirolta::test {
 namespace {
 
-// Runs work(i) on `count` threads, all let go at the same moment.
-template <typename Work>
-void AllAtOnce(unsigned count, Work work) {
-  std::atomic<unsigned> waiting{0};
-  std::atomic<bool> go{false};
-  std::vector<std::thread> threads;
-  for (unsigned i = 0; i < count; ++i) {
-    threads.emplace_back([&, i] {
-      ++waiting;
-      while (!go) std::this_thread::yield();
-      work(i);
-    });
-  }
-  while (waiting != count) std::this_thread::yield();
-  go = true;
-  for (std::thread& thread : threads) thread.join();
-}
-
 constexpr unsigned kThreads = 64;
+
+bool IsLoaded() {
+  void* const handle = dlopen(MIROLTA_MODULE, RTLD_NOLOAD | RTLD_LAZY);
+  if (handle != nullptr) dlclose(handle);
+  return handle != nullptr;
+}
 
 TEST(ModuleThreadsTest, TheFirstCallsMakeOneFactory) {
   for (int round = 0; round < 5; ++round) {
@@ -144,6 +136,116 @@ TEST(ModuleThreadsTest, LoadsAndUnloadsAgainAndAgain) {
     ASSERT_TRUE(object);
     OwnedReference<ITypeInfo> info;
     ASSERT_EQ(object->GetTypeInfo(0, 0, info.Put()), S_OK);
+  }
+}
+
+// Each thread by itself, so that the module comes and goes under all of them; who has it has all of
+// it.
+TEST(ModuleThreadsTest, ThreadsLoadAndUnloadItAsTheyLike) {
+  std::atomic<int> wrong{0};
+  AllAtOnce(8, [&](unsigned thread) {
+    for (int round = 0; round < 40; ++round) {
+      LoadedModule module;
+      if (module.handle() == nullptr || module.get_class_object == nullptr) {
+        ++wrong;
+        continue;
+      }
+      // Nothing but the doors, a factory, an object, or all that an object can have loaded.
+      const unsigned what = (thread + static_cast<unsigned>(round)) % 4;
+      if (what == 0) continue;
+      const OwnedReference<IClassFactory> factory = module.Factory(CLSID_HashObject);
+      if (what == 1) continue;
+      const OwnedReference<IHashObject> object = module.CreateHash();
+      if (module.can_unload_now() != S_FALSE) ++wrong;
+      if (what == 2) continue;
+      OwnedReference<ITypeInfo> info;
+      if (object->GetTypeInfo(0, 0, info.Put()) != S_OK) ++wrong;
+      if (object->Reset() != static_cast<HRESULT>(0x80042778)) ++wrong;
+      SetErrorInfo(0, nullptr);
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+  EXPECT_FALSE(IsLoaded());
+}
+
+// The same through the runtime's class objects, which load the module for whoever asks first and
+// unload it when asked to clean up.
+class ClassObjectThreadsTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
+    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+    ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+    LoadedModule module;
+    ASSERT_NE(module.handle(), nullptr);
+    const auto do_register = reinterpret_cast<LoadedModule::Plain>(
+        reinterpret_cast<void*>(GetProcAddress(module.handle(), "DllRegisterServer")));
+    ASSERT_EQ(do_register(), S_OK);
+  }
+  void TearDown() override {
+    CoUninitialize();
+    EXPECT_FALSE(IsLoaded());
+    MiroltaRegistryInMemory(FALSE);
+  }
+
+  static OwnedReference<IHashObject> Create() {
+    OwnedReference<IHashObject> object;
+    EXPECT_EQ(CoCreateInstance(CLSID_HashObject, nullptr, CLSCTX_INPROC_SERVER, IID_IHashObject,
+                               reinterpret_cast<void**>(object.Put())),
+              S_OK);
+    return object;
+  }
+};
+
+TEST_F(ClassObjectThreadsTest, TheFirstCallsLoadItAndTheLastUnloadIt) {
+  for (int round = 0; round < 20; ++round) {
+    EXPECT_FALSE(IsLoaded());
+    std::vector<OwnedReference<IHashObject>> objects(8);
+    AllAtOnce(8, [&](unsigned i) {
+      objects[i] = Create();
+      LPOLESTR name = const_cast<LPOLESTR>(OLESTR("hashdata"));
+      DISPID id = -1;
+      EXPECT_EQ(objects[i]->GetIDsOfNames(IID_NULL, &name, 1, 0, &id), S_OK);
+      EXPECT_EQ(id, 4);
+    });
+    EXPECT_TRUE(IsLoaded());
+    // All but one go; the module stays for it.
+    AllAtOnce(7, [&](unsigned i) { objects[i].Reset(); });
+    AllAtOnce(8, [](unsigned) { CoFreeUnusedLibraries(); });
+    EXPECT_TRUE(IsLoaded());
+    EXPECT_EQ(objects[7]->Reset(), static_cast<HRESULT>(0x80042778));
+    objects[7].Reset();
+    AllAtOnce(8, [](unsigned) { CoFreeUnusedLibraries(); });
+    EXPECT_FALSE(IsLoaded());
+  }
+  SetErrorInfo(0, nullptr);
+}
+
+// Cleaning up takes away nothing that somebody is about to use. (Objects that end while others
+// clean up are their owners' to keep apart: the module cannot hold itself until its last
+// instruction.)
+TEST_F(ClassObjectThreadsTest, CleaningUpWhileOthersCreate) {
+  for (int round = 0; round < 20; ++round) {
+    std::vector<OwnedReference<IHashObject>> objects(4);
+    std::atomic<unsigned> creating{4};
+    AllAtOnce(8, [&](unsigned i) {
+      if (i < 4) {
+        objects[i] = Create();
+        EXPECT_EQ(objects[i]->Reset(), static_cast<HRESULT>(0x80042778));
+        SetErrorInfo(0, nullptr);
+        --creating;
+      } else {
+        while (creating != 0) CoFreeUnusedLibraries();
+      }
+    });
+    for (OwnedReference<IHashObject>& object : objects) {
+      LONG size = 1;
+      EXPECT_EQ(object->get_codePage(&size), S_OK);
+      EXPECT_EQ(size, 0);
+      object.Reset();
+    }
+    CoFreeUnusedLibraries();
+    EXPECT_FALSE(IsLoaded());
   }
 }
 

@@ -109,6 +109,10 @@ std::string Nested(int levels, const std::string& inside = "") {
   return script + " }";
 }
 
+TEST_F(RegistrationScriptTest, WhatCannotBeReadHasTheRegistrysStatus) {
+  EXPECT_EQ(Register("HKCR {"), static_cast<HRESULT>(0x80040153u));
+}
+
 TEST_F(RegistrationScriptTest, EightLevelsOfKeysAndNoMore) {
   EXPECT_EQ(Register(Nested(8)), S_OK);
   EXPECT_EQ(AllRows().size(), 8u);

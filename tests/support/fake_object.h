@@ -17,11 +17,13 @@ class FakeObject final : public IDispatch {
   TestValue value;
   HRESULT status = S_OK;
   bool has_dispatch = true;
+  bool gives_null = false;  // QueryInterface succeeds without an interface
   int reads = 0;
   ULONG references = 1;
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     *out = nullptr;
+    if (gives_null) return S_OK;
     if (IsEqualGUID(iid, IID_IUnknown) || (has_dispatch && IsEqualGUID(iid, IID_IDispatch))) {
       *out = static_cast<IDispatch*>(this);
       AddRef();
