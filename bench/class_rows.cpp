@@ -97,7 +97,12 @@ std::vector<Contestant> MakeCiphers(const CipherCase& cipher, size_t size) {
   const auto result = std::make_shared<OwnedVariant>();
   const auto out = std::make_shared<std::vector<uint8_t>>(size);
   const Run kernel = KeyedKernel(cipher, key);
-  return {{kOurs, [=](size_t i) { (void)object->Encrypt((*arrays)[i].Value(), -1, result->Put()); },
+  return {{kOurs,
+           [=](size_t i) {
+             // As a caller has it: the last result is cleared, not wiped by its owner as well.
+             (void)VariantClear(result->Get());
+             (void)object->Encrypt((*arrays)[i].Value(), -1, result->Get());
+           },
            [=] { return TextOf(result->Value()); }},
           {"own kernel",
            [=](size_t i) {

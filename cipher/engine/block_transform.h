@@ -6,7 +6,7 @@
 namespace mirolta {
 
 // BlockTransform transforms whole blocks, each by itself, with out apart from in. Without a key
-// there is no run; block_size is always set. It borrows the schedule.
+// there is no run; block_size, a power of two, is always set. It borrows the schedule.
 struct BlockTransform {
   void (*run)(const void* schedule, const uint8_t* in, uint8_t* out, uint32_t block_count);
   const void* schedule;
@@ -16,7 +16,8 @@ struct BlockTransform {
 // RunKernel is a BlockTransform's run for a schedule type and the function that chooses its kernel.
 template <typename Schedule, auto kChosenKernel>
 void RunKernel(const void* schedule, const uint8_t* in, uint8_t* out, uint32_t block_count) {
-  kChosenKernel()(*static_cast<const Schedule*>(schedule), in, out, block_count);
+  static const auto kernel = kChosenKernel();
+  kernel(*static_cast<const Schedule*>(schedule), in, out, block_count);
 }
 
 }  // namespace mirolta

@@ -1,9 +1,19 @@
 #include "cipher_channel.h"
 
 #include <algorithm>
+#include <bit>
 #include <initializer_list>
 
 namespace mirolta {
+
+namespace {
+
+// Divisions would be the better part of a short update's time.
+uint32_t WholeBlocks(uint32_t length, uint32_t block_size) {
+  return length >> std::countr_zero(block_size);
+}
+
+}  // namespace
 
 CipherChannel::CipherChannel() noexcept = default;
 
@@ -30,10 +40,10 @@ HRESULT CipherChannel::Update(const BlockTransform& transform, const uint8_t* da
 }
 
 bool CipherChannel::PassesStraight(uint32_t block_size, uint32_t length) noexcept {
-  if (length == 0 || length % block_size != 0) return false;
+  const uint32_t block_count = WholeBlocks(length, block_size);
+  if (length == 0 || length != block_count * block_size) return false;
   if (in_.Length() != 0 || out_.Length() != 0 || length > in_.Maximum()) return false;
   if (in_.Capacity() < block_size) return false;
-  const uint32_t block_count = length / block_size;
   return ReserveBlocks(block_size, block_count) == block_count;
 }
 
@@ -43,7 +53,7 @@ bool CipherChannel::Append(const uint8_t* data, uint32_t length) noexcept {
 
 HRESULT CipherChannel::TransformQueued(const BlockTransform& transform) noexcept {
   const uint32_t block_size = transform.block_size;
-  const uint32_t block_count = in_.Length() / block_size;
+  const uint32_t block_count = WholeBlocks(in_.Length(), block_size);
   if (block_count == 0) return S_OK;
   if (transform.run == nullptr) return E_FAIL;
 
@@ -73,9 +83,10 @@ bool CipherChannel::TransformDirectly(const BlockTransform& transform, const uin
   // With a block's storage there, the appends below happen in place and cannot fail.
   if (in_.Capacity() < block_size) return false;
 
-  uint32_t block_count = (pending + length) / block_size;
+  uint32_t block_count = WholeBlocks(pending + length, block_size);
   const uint32_t produced = block_count * block_size;
-  if (ReserveBlocks(block_size, block_count) != block_count) return false;
+  const bool has_room = out_.Capacity() - out_.Length() >= produced;
+  if (!has_room && ReserveBlocks(block_size, block_count) != block_count) return false;
   uint8_t* tail = out_.ReserveTail(produced);
   if (tail == nullptr) return false;
 
@@ -100,7 +111,7 @@ bool CipherChannel::TransformDirectly(const BlockTransform& transform, const uin
 uint32_t CipherChannel::ReserveBlocks(uint32_t block_size, uint32_t block_count) noexcept {
   const uint32_t length = out_.Length();
   const uint32_t room = out_.Maximum() - length;
-  const uint32_t count = std::min(block_count, room / block_size);
+  const uint32_t count = std::min(block_count, WholeBlocks(room, block_size));
   if (count == 0) return 0;
   const uint32_t bytes = count * block_size;
   const uint32_t free = out_.Capacity() - length;
@@ -109,7 +120,7 @@ uint32_t CipherChannel::ReserveBlocks(uint32_t block_size, uint32_t block_count)
   // output nobody takes; a queue that could not have that much still may have what is needed.
   if (out_.ReserveTail(std::max(bytes, std::min(length, room))) != nullptr) return count;
   if (out_.ReserveTail(bytes) != nullptr) return count;
-  if (free >= block_size) return free / block_size;
+  if (free >= block_size) return WholeBlocks(free, block_size);
   return out_.ReserveTail(block_size) != nullptr ? 1 : 0;
 }
 

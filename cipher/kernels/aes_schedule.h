@@ -12,10 +12,11 @@ inline constexpr uint32_t kAesMaxRounds = 14;
 // word is a column of the state with the first row in its lowest byte, so the
 // words of a little-endian processor are the standard's bytes. The decryption keys are those
 // of the equivalent inverse cipher, so both directions run the same sequence of steps.
-struct AesSchedule {
-  uint32_t rounds;
+// Aligned as well as plain new aligns anything, for keys that do not cross lines of the cache.
+struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) AesSchedule {
   uint32_t encryption[4 * (kAesMaxRounds + 1)];
   uint32_t decryption[4 * (kAesMaxRounds + 1)];
+  uint32_t rounds;
 };
 
 // ExpandAesKey fills the schedule from key[byte_length].

@@ -41,32 +41,50 @@ MIROLTA_VAES512 __m512i LastRound(__m512i blocks, __m512i key) {
   return kEncrypt ? _mm512_aesenclast_epi128(blocks, key) : _mm512_aesdeclast_epi128(blocks, key);
 }
 
-template <bool kEncrypt, uint32_t kRounds>
-MIROLTA_VAES512 void TransformOne(const uint32_t* words, const uint8_t* in, uint8_t* out) {
-  const __m128i plain = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
-  __m128i block = _mm_xor_si128(plain, NarrowKey(words));
+template <bool kEncrypt>
+MIROLTA_VAES512 __m128i Round(__m128i block, __m128i key) {
+  return kEncrypt ? _mm_aesenc_si128(block, key) : _mm_aesdec_si128(block, key);
+}
+
+template <bool kEncrypt>
+MIROLTA_VAES512 __m128i LastRound(__m128i block, __m128i key) {
+  return kEncrypt ? _mm_aesenclast_si128(block, key) : _mm_aesdeclast_si128(block, key);
+}
+
+// All rounds of one register, narrow or wide: nine, none, two or four more, and the last.
+template <bool kEncrypt, auto kKey, typename Register>
+MIROLTA_VAES512 Register AllRounds(const uint32_t* words, uint32_t rounds, Register blocks) {
   #pragma GCC unroll 16
-  for (uint32_t round = 1; round < kRounds; ++round) {
-    const __m128i key = NarrowKey(words + 4 * round);
-    block = kEncrypt ? _mm_aesenc_si128(block, key) : _mm_aesdec_si128(block, key);
+  for (uint32_t round = 1; round < 10; ++round) {
+    blocks = Round<kEncrypt>(blocks, kKey(words + 4 * round));
   }
-  const __m128i key = NarrowKey(words + 4 * kRounds);
-  block = kEncrypt ? _mm_aesenclast_si128(block, key) : _mm_aesdeclast_si128(block, key);
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), block);
+  if (rounds != 10) {
+    blocks = Round<kEncrypt>(blocks, kKey(words + 40));
+    blocks = Round<kEncrypt>(blocks, kKey(words + 44));
+    if (rounds != 12) {
+      blocks = Round<kEncrypt>(blocks, kKey(words + 48));
+      blocks = Round<kEncrypt>(blocks, kKey(words + 52));
+    }
+  }
+  return LastRound<kEncrypt>(blocks, kKey(words + 4 * rounds));
+}
+
+template <bool kEncrypt>
+MIROLTA_VAES512 void TransformOne(const uint32_t* words, uint32_t rounds, const uint8_t* in,
+                                  uint8_t* out) {
+  const __m128i plain = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
+  const __m128i block = _mm_xor_si128(plain, NarrowKey(words));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
+                   AllRounds<kEncrypt, NarrowKey>(words, rounds, block));
 }
 
 // Up to four blocks in one register.
-template <bool kEncrypt, uint32_t kRounds>
-MIROLTA_VAES512 void TransformFew(const uint32_t* words, const uint8_t* in, uint8_t* out,
-                                  uint32_t block_count) {
+template <bool kEncrypt>
+MIROLTA_VAES512 void TransformFew(const uint32_t* words, uint32_t rounds, const uint8_t* in,
+                                  uint8_t* out, uint32_t block_count) {
   const __mmask8 there = static_cast<__mmask8>((1u << 2 * block_count) - 1);
-  __m512i blocks = _mm512_xor_si512(_mm512_maskz_loadu_epi64(there, in), WideKey(words));
-  #pragma GCC unroll 16
-  for (uint32_t round = 1; round < kRounds; ++round) {
-    blocks = Round<kEncrypt>(blocks, WideKey(words + 4 * round));
-  }
-  blocks = LastRound<kEncrypt>(blocks, WideKey(words + 4 * kRounds));
-  _mm512_mask_storeu_epi64(out, there, blocks);
+  const __m512i blocks = _mm512_xor_si512(_mm512_maskz_loadu_epi64(there, in), WideKey(words));
+  _mm512_mask_storeu_epi64(out, there, AllRounds<kEncrypt, WideKey>(words, rounds, blocks));
 }
 
 template <bool kEncrypt, uint32_t kRounds, uint32_t kCount>
@@ -88,8 +106,8 @@ MIROLTA_VAES512 void TransformGroup(const __m512i* keys, const uint8_t* in, uint
 }
 
 template <bool kEncrypt, uint32_t kRounds>
-MIROLTA_VAES512 void TransformMany(const uint32_t* words, const uint8_t* in, uint8_t* out,
-                                   uint32_t block_count) {
+MIROLTA_VAES512_TARGET void TransformMany(const uint32_t* words, const uint8_t* in, uint8_t* out,
+                                          uint32_t block_count) {
   __m512i keys[kRounds + 1];
   #pragma GCC unroll 16
   for (uint32_t round = 0; round <= kRounds; ++round) keys[round] = WideKey(words + 4 * round);
@@ -109,30 +127,23 @@ MIROLTA_VAES512 void TransformMany(const uint32_t* words, const uint8_t* in, uin
     in += kBlocks * kAesBlockSize;
     out += kBlocks * kAesBlockSize;
   }
-  if (block_count != 0) TransformFew<kEncrypt, kRounds>(words, in, out, block_count);
+  if (block_count != 0) TransformFew<kEncrypt>(words, kRounds, in, out, block_count);
 }
 
-template <bool kEncrypt, uint32_t kRounds>
-MIROLTA_VAES512 void TransformBy(const uint32_t* words, const uint8_t* in, uint8_t* out,
-                                 uint32_t block_count) {
-  if (block_count == 1) {
-    TransformOne<kEncrypt, kRounds>(words, in, out);
-  } else if (block_count <= kBlocks) {
-    TransformFew<kEncrypt, kRounds>(words, in, out, block_count);
-  } else {
-    TransformMany<kEncrypt, kRounds>(words, in, out, block_count);
-  }
-}
-
+// A few blocks stay clear of the others' frame on the stack.
 template <bool kEncrypt>
 MIROLTA_VAES512 void TransformBlocks(const uint32_t* words, uint32_t rounds, const uint8_t* in,
                                      uint8_t* out, uint32_t block_count) {
-  if (rounds == 10) {
-    TransformBy<kEncrypt, 10>(words, in, out, block_count);
+  if (block_count == 1) {
+    TransformOne<kEncrypt>(words, rounds, in, out);
+  } else if (block_count <= kBlocks) {
+    TransformFew<kEncrypt>(words, rounds, in, out, block_count);
+  } else if (rounds == 10) {
+    TransformMany<kEncrypt, 10>(words, in, out, block_count);
   } else if (rounds == 12) {
-    TransformBy<kEncrypt, 12>(words, in, out, block_count);
+    TransformMany<kEncrypt, 12>(words, in, out, block_count);
   } else {
-    TransformBy<kEncrypt, 14>(words, in, out, block_count);
+    TransformMany<kEncrypt, 14>(words, in, out, block_count);
   }
 }
 

@@ -98,8 +98,7 @@ namespace {
 // Transforms bytes into a new byte array. Errors: those of making and locking the array.
 HRESULT TransformToArray(const BlockTransform& transform, const ByteView& bytes, VARIANT* out) {
   VariantInit(out);
-  SAFEARRAYBOUND bound = {bytes.Count(), 0};
-  SAFEARRAY* const array = SafeArrayCreate(VT_UI1, 1, &bound);
+  SAFEARRAY* const array = CreateByteArray(bytes.Count());
   if (array == nullptr) return E_OUTOFMEMORY;
   void* data = nullptr;
   const HRESULT status = SafeArrayAccessData(array, &data);

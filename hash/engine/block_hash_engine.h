@@ -25,10 +25,14 @@ inline void GatherBytes(uint8_t* to, const uint8_t* from, uint32_t count) noexce
 //   kHighFirst   byte order of words and bit length
 //   Kernel()     the compression function of this processor
 //   Finish()     its function for the last block, or null
+//   FinishKeyed()  the same for the last blocks of an HMAC
 template <typename Primitive>
 class BlockHashEngine : public HashEngine {
  public:
-  BlockHashEngine() noexcept : compress_(Primitive::Kernel()), finish_(Primitive::Finish()) {
+  BlockHashEngine() noexcept
+      : compress_(Primitive::Kernel()),
+        finish_(Primitive::Finish()),
+        finish_keyed_(Primitive::FinishKeyed()) {
     BlockHashEngine::Init();
   }
   ~BlockHashEngine() override {
@@ -50,7 +54,7 @@ class BlockHashEngine : public HashEngine {
  protected:
   void SaveChain(HashChain* chain) const noexcept final;
   void LoadChain(const HashChain& chain) noexcept final;
-  HRESULT LoadOuterChain(const HashChain& chain) noexcept final;
+  HRESULT FinalKeyed(const HashChain& outer) noexcept final;
   void ClearDigest() noexcept final { std::memset(digest_, 0, sizeof digest_); }
 
  private:
@@ -70,6 +74,7 @@ class BlockHashEngine : public HashEngine {
 
   CompressBlocks compress_;
   FinishDigest finish_;
+  FinishKeyedDigest finish_keyed_;
   // Bytes absorbed; the last count_ % 64 of them wait in block_.
   uint64_t count_;
   uint32_t words_[kWordCount];
@@ -157,10 +162,13 @@ void BlockHashEngine<Primitive>::LoadChain(const HashChain& chain) noexcept {
 }
 
 template <typename Primitive>
-HRESULT BlockHashEngine<Primitive>::LoadOuterChain(const HashChain& chain) noexcept {
-  BlockHashEngine::LoadChain(chain);
-  std::memcpy(block_, digest_, kDigestSize);
-  Count(kDigestSize);
+HRESULT BlockHashEngine<Primitive>::FinalKeyed(const HashChain& outer) noexcept {
+  const uint32_t waiting = Waiting();
+  if (finish_keyed_ == nullptr || waiting >= kLengthOffset) return HashEngine::FinalKeyed(outer);
+  finish_keyed_(words_, outer.words, block_, waiting, count_ << 3, digest_);
+  // The outer pad's block, and that of the inner digest.
+  count_ = 2 * kHashBlockSize;
+  SetOpen(false);
   return S_OK;
 }
 

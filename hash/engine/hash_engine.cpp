@@ -80,16 +80,16 @@ HRESULT HashEngine::BeginKeyed() noexcept {
 
 HRESULT HashEngine::FinishKeyed() noexcept {
   if (!key_.IsPresent() || !pads_ready_) return E_UNEXPECTED;
+  return FinalKeyed(pads_.outer);
+}
+
+HRESULT HashEngine::FinalKeyed(const HashChain& outer) noexcept {
   HRESULT status = Final();
   if (FAILED(status)) return status;
   // The digest bytes hold the inner digest until the outer one takes their place.
-  status = LoadOuterChain(pads_.outer);
+  LoadChain(outer);
+  status = Update(RawDigest(), static_cast<uint32_t>(DigestSize()));
   return SUCCEEDED(status) ? Final() : status;
-}
-
-HRESULT HashEngine::LoadOuterChain(const HashChain& chain) noexcept {
-  LoadChain(chain);
-  return Update(RawDigest(), static_cast<uint32_t>(DigestSize()));
 }
 
 HRESULT HashEngine::SetKey(const VARIANT& key, LONG code_page) noexcept {

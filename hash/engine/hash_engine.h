@@ -69,8 +69,9 @@ class HashEngine {
   // with the block that the chain was saved after, but leaves the digest bytes as they are.
   virtual void SaveChain(HashChain* chain) const noexcept = 0;
   virtual void LoadChain(const HashChain& chain) noexcept = 0;
-  // LoadOuterChain is LoadChain and Update with the digest bytes.
-  virtual HRESULT LoadOuterChain(const HashChain& chain) noexcept;
+  // FinalKeyed is Final, LoadChain with the outer chain, Update with the digest bytes, and Final.
+  // On failure the digest bytes may hold the inner digest.
+  virtual HRESULT FinalKeyed(const HashChain& outer) noexcept;
   virtual void ClearDigest() noexcept = 0;
 
   bool IsOpen() const noexcept { return open_ != 0; }

@@ -12,6 +12,7 @@ struct Md5Primitive {
   static constexpr bool kHighFirst = false;
   static CompressBlocks Kernel() noexcept { return ChosenMd5(); }
   static FinishDigest Finish() noexcept { return nullptr; }
+  static FinishKeyedDigest FinishKeyed() noexcept { return nullptr; }
 };
 
 class Md5Engine final : public BlockHashEngine<Md5Primitive> {};

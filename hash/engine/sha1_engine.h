@@ -13,6 +13,7 @@ struct Sha1Primitive {
   static constexpr bool kHighFirst = true;
   static CompressBlocks Kernel() noexcept { return ChosenSha1(); }
   static FinishDigest Finish() noexcept { return ChosenSha1Finish(); }
+  static FinishKeyedDigest FinishKeyed() noexcept { return nullptr; }
 };
 
 class Sha1Engine final : public BlockHashEngine<Sha1Primitive> {};

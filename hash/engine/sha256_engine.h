@@ -13,6 +13,7 @@ struct Sha256Primitive {
   static constexpr bool kHighFirst = true;
   static CompressBlocks Kernel() noexcept { return ChosenSha256(); }
   static FinishDigest Finish() noexcept { return ChosenSha256Finish(); }
+  static FinishKeyedDigest FinishKeyed() noexcept { return ChosenSha256FinishKeyed(); }
 };
 
 class Sha256Engine final : public BlockHashEngine<Sha256Primitive> {};

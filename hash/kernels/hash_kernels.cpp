@@ -36,6 +36,13 @@ constexpr Kernel<FinishDigest> kSha256Finishes[] = {
     {"none", 0, nullptr},
 };
 
+constexpr Kernel<FinishKeyedDigest> kSha256KeyedFinishes[] = {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+    {"sha256-shani", kFeatureSsse3 | kFeatureSha, Sha256ShaNiFinishKeyed},
+#endif
+    {"none", 0, nullptr},
+};
+
 template <size_t kCount>
 constexpr HashKernelList ListOf(const Kernel<CompressBlocks> (&kernels)[kCount]) {
   return {kernels, kCount};
@@ -71,6 +78,11 @@ FinishDigest ChosenSha1Finish() noexcept {
 }
 FinishDigest ChosenSha256Finish() noexcept {
   static const FinishDigest chosen = ChooseKernel(kSha256Finishes, ProcessorFeatures()).function;
+  return chosen;
+}
+FinishKeyedDigest ChosenSha256FinishKeyed() noexcept {
+  static const FinishKeyedDigest chosen =
+      ChooseKernel(kSha256KeyedFinishes, ProcessorFeatures()).function;
   return chosen;
 }
 

@@ -22,6 +22,14 @@ using CompressBlocks = void (*)(uint32_t* state, const uint8_t* blocks, size_t b
 using FinishDigest = void (*)(uint32_t* state, const uint8_t* block, uint32_t waiting,
                               uint64_t bit_count, uint8_t* digest);
 
+// FinishKeyedDigest is FinishDigest for the inner message of an HMAC and then, of the digest that
+// this gives, for the outer one: it goes on from the outer chain with the inner words as they stand
+// in registers.
+// Shapes: as FinishDigest; outer[words], the chain behind the outer pad. state, at last, holds the
+// outer computation's. Source: RFC 2104.
+using FinishKeyedDigest = void (*)(uint32_t* state, const uint32_t* outer, const uint8_t* block,
+                                   uint32_t waiting, uint64_t bit_count, uint8_t* digest);
+
 struct HashKernelList {
   const Kernel<CompressBlocks>* kernels;  // best first, the portable one last
   size_t count;
@@ -40,6 +48,7 @@ CompressBlocks ChosenSha256() noexcept;
 // The same for the last block; null where the processor has nothing better than padding in memory.
 FinishDigest ChosenSha1Finish() noexcept;
 FinishDigest ChosenSha256Finish() noexcept;
+FinishKeyedDigest ChosenSha256FinishKeyed() noexcept;
 
 void Md5Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
 void Sha1Portable(uint32_t* state, const uint8_t* blocks, size_t block_count);
@@ -52,6 +61,8 @@ void Sha1ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting, ui
                      uint8_t* digest);
 void Sha256ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting, uint64_t bit_count,
                        uint8_t* digest);
+void Sha256ShaNiFinishKeyed(uint32_t* state, const uint32_t* outer, const uint8_t* block,
+                            uint32_t waiting, uint64_t bit_count, uint8_t* digest);
 #endif
 
 }  // namespace mirolta

@@ -73,6 +73,33 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void Absorb(State& s, __m128i (&w)[4]) {
   s.cdgh = _mm_add_epi32(s.cdgh, before.cdgh);
 }
 
+MIROLTA_SHA_TARGET MIROLTA_STEP void AbsorbLast(State& s, const uint8_t* block, uint32_t waiting,
+                                                uint64_t bit_count) {
+  const __m128i swap_bytes = SwapBytesMask();
+  __m128i w[4];
+  for (int i = 0; i < 4; ++i) w[i] = PaddedQuarter(block, waiting, i, swap_bytes);
+  // The high word of the length stands before the low one.
+  w[3] = _mm_insert_epi64(w[3], static_cast<int64_t>(bit_count << 32 | bit_count >> 32), 1);
+  Absorb(s, w);
+}
+
+MIROLTA_SHA_TARGET MIROLTA_STEP void StoreState(__m128i dcba, __m128i hgfe, uint32_t* state) {
+  __m128i* const words = reinterpret_cast<__m128i*>(state);
+  _mm_storeu_si128(words, dcba);
+  _mm_storeu_si128(words + 1, hgfe);
+}
+
+MIROLTA_SHA_TARGET MIROLTA_STEP void StoreResults(const State& s, uint32_t* state,
+                                                  uint8_t* digest) {
+  const __m128i swap_bytes = SwapBytesMask();
+  __m128i dcba, hgfe;
+  Unpack(s, &dcba, &hgfe);
+  StoreState(dcba, hgfe, state);
+  __m128i* const out = reinterpret_cast<__m128i*>(digest);
+  _mm_storeu_si128(out, _mm_shuffle_epi8(dcba, swap_bytes));
+  _mm_storeu_si128(out + 1, _mm_shuffle_epi8(hgfe, swap_bytes));
+}
+
 }  // namespace
 
 MIROLTA_SHA_TARGET void Sha256ShaNi(uint32_t* state, const uint8_t* blocks, size_t block_count) {
@@ -88,28 +115,30 @@ MIROLTA_SHA_TARGET void Sha256ShaNi(uint32_t* state, const uint8_t* blocks, size
   }
   __m128i dcba, hgfe;
   Unpack(s, &dcba, &hgfe);
-  __m128i* const words = reinterpret_cast<__m128i*>(state);
-  _mm_storeu_si128(words, dcba);
-  _mm_storeu_si128(words + 1, hgfe);
+  StoreState(dcba, hgfe, state);
 }
 
 MIROLTA_SHA_TARGET void Sha256ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting,
                                           uint64_t bit_count, uint8_t* digest) {
-  const __m128i swap_bytes = SwapBytesMask();
   State s = LoadState(state);
+  AbsorbLast(s, block, waiting, bit_count);
+  StoreResults(s, state, digest);
+}
+
+MIROLTA_SHA_TARGET void Sha256ShaNiFinishKeyed(uint32_t* state, const uint32_t* outer,
+                                               const uint8_t* block, uint32_t waiting,
+                                               uint64_t bit_count, uint8_t* digest) {
+  State s = LoadState(state);
+  AbsorbLast(s, block, waiting, bit_count);
+  // The digest of 32 bytes behind the outer pad's 64, and their padding.
+  constexpr int kOuterBits = 8 * (64 + 32);
   __m128i w[4];
-  for (int i = 0; i < 4; ++i) w[i] = PaddedQuarter(block, waiting, i, swap_bytes);
-  // The high word of the length stands before the low one.
-  w[3] = _mm_insert_epi64(w[3], static_cast<int64_t>(bit_count << 32 | bit_count >> 32), 1);
+  Unpack(s, &w[0], &w[1]);
+  w[2] = _mm_setr_epi32(INT32_MIN, 0, 0, 0);
+  w[3] = _mm_setr_epi32(0, 0, 0, kOuterBits);
+  s = LoadState(outer);
   Absorb(s, w);
-  __m128i dcba, hgfe;
-  Unpack(s, &dcba, &hgfe);
-  __m128i* const words = reinterpret_cast<__m128i*>(state);
-  _mm_storeu_si128(words, dcba);
-  _mm_storeu_si128(words + 1, hgfe);
-  __m128i* const out = reinterpret_cast<__m128i*>(digest);
-  _mm_storeu_si128(out, _mm_shuffle_epi8(dcba, swap_bytes));
-  _mm_storeu_si128(out + 1, _mm_shuffle_epi8(hgfe, swap_bytes));
+  StoreResults(s, state, digest);
 }
 
 }  // namespace mirolta

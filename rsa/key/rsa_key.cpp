@@ -46,13 +46,18 @@ void RsaKey::Reset() {
 }
 
 HRESULT BuildKey(RsaKey& key, const BigInt& first_start, const BigInt& second_start) {
+  BigInt first = first_start;
+  BigInt second = second_start;
+  HRESULT status = NextPrime(first);
+  if (SUCCEEDED(status)) status = NextPrime(second);
+  return FAILED(status) ? status : BuildKeyFromPrimes(key, first, second);
+}
+
+HRESULT BuildKeyFromPrimes(RsaKey& key, BigInt& first, BigInt& second) {
   RsaKey made;
   made.e = key.e;
-  made.p = first_start;
-  made.q = second_start;
-  HRESULT status = NextPrime(made.p);
-  if (SUCCEEDED(status)) status = NextPrime(made.q);
-  if (FAILED(status)) return status;
+  made.p.Swap(first);
+  made.q.Swap(second);
   if (made.p > made.q) made.p.Swap(made.q);
 
   made.n = made.p * made.q;
@@ -63,7 +68,7 @@ HRESULT BuildKey(RsaKey& key, const BigInt& first_start, const BigInt& second_st
   for (const BigInt* step : steps) {
     if (FAILED(step->status())) return step->status();
   }
-  status = FindPublicExponent(made.e, p_less_1, q_less_1);
+  HRESULT status = FindPublicExponent(made.e, p_less_1, q_less_1);
   if (SUCCEEDED(status)) status = Inverse(made.d, made.e, order);
   if (FAILED(status)) return status;
 

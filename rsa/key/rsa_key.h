@@ -23,6 +23,9 @@ struct RsaKey {
 // Errors: E_OUTOFMEMORY, the key unchanged.
 HRESULT BuildKey(RsaKey& key, const BigInt& first_start, const BigInt& second_start);
 
+// BuildKeyFromPrimes does the same with the primes found, in either order, whose values it takes.
+HRESULT BuildKeyFromPrimes(RsaKey& key, BigInt& first, BigInt& second);
+
 // BuildRandomKey starts the primes at random numbers of byte_size / 2 bytes. exact_size gives a
 // modulus of exactly 16 * (byte_size / 2) bits, both primes having their two top bits set;
 // otherwise the second number is a byte longer. Sizes below 4 give larger moduli, as no prime is

@@ -1,5 +1,6 @@
 // Keys from random starting values.
 #include "big_random.h"
+#include "number_theory.h"
 #include "rsa_key.h"
 
 namespace mirolta {
@@ -22,9 +23,13 @@ HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size) {
   if (half == 0 && exact_size) return E_INVALIDARG;
 
   BigInt first;
-  BigInt second;
   HRESULT status = DrawStart(first, half);
   if (FAILED(status)) return status;
+  // The next draw has to wait for the clock to tick: meanwhile the first prime is looked for.
+  BigInt first_prime = first;
+  status = NextPrime(first_prime);
+  if (FAILED(status)) return status;
+  BigInt second;
   if (exact_size) {
     do {
       status = DrawStart(second, half);
@@ -32,7 +37,8 @@ HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size) {
   } else {
     status = DrawStart(second, half + 1);
   }
-  return FAILED(status) ? status : BuildKey(key, first, second);
+  if (SUCCEEDED(status)) status = NextPrime(second);
+  return FAILED(status) ? status : BuildKeyFromPrimes(key, first_prime, second);
 }
 
 }  // namespace mirolta

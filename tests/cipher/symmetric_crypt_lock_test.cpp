@@ -1,98 +1,14 @@
-// SymmetricCryptObject: who takes the object's lock, and calls from within a call.
+// SymmetricCryptObject: who waits for whom, and calls from within a call.
 #include <atomic>
 #include <functional>
 #include <thread>
-#include <vector>
 
-#include "portable/test_hooks.h"
 #include "symmetric_crypt_fixture.h"
 
 namespace mirolta::test {
 namespace {
 
-std::atomic<int> entered{0};
-std::atomic<int> left{0};
-std::atomic<CRITICAL_SECTION*> last{nullptr};
-
-constexpr MiroltaLockProbe kProbe = {[](CRITICAL_SECTION* section) {
-                                       ++entered;
-                                       last = section;
-                                     },
-                                     [](CRITICAL_SECTION*) { ++left; }};
-
-class SymmetricCryptLockTest : public SymmetricCryptTest {
- protected:
-  // How often `call` takes a lock; every one is left again.
-  int LocksOf(const std::function<void()>& call) {
-    entered = 0;
-    left = 0;
-    MiroltaSetLockProbe(&kProbe);
-    call();
-    MiroltaSetLockProbe(nullptr);
-    EXPECT_EQ(entered, left);
-    return entered;
-  }
-};
-
-TEST_F(SymmetricCryptLockTest, EveryMemberButPadTypeTakesTheLockOnceWhateverItReturns) {
-  LONG number = 0;
-  const TestValue data = TextValue(OLESTR("abc"));
-  const TestValue null_value(VT_NULL);
-  const TestValue key = BytesValue(BytesOfHex(kAesKey));
-  const TestValue aes = TextValue(OLESTR("AES"));
-  const TestValue unknown = TextValue(OLESTR("none"));
-  CRITICAL_SECTION* lock = nullptr;
-  // Without engine, with engine, with key.
-  for (int state = 0; state < 3; ++state) {
-    const TestValue& name = state == 0 ? unknown : aes;
-    const TestValue& state_key = state == 2 ? key : data;
-    const std::vector<std::function<void()>> calls = {
-        [&] { crypt->Init(name); },
-        [&] { crypt->put_Key(state_key); },
-        [&] {
-          TestValue read;
-          crypt->get_Key(&read);
-        },
-        [&] { crypt->get_BlockSize(&number); },
-        [&] { crypt->get_codePage(&number); },
-        [&] { crypt->put_codePage(0); },
-        [&] {
-          TestValue result;
-          crypt->Encrypt(data, VARIANT_TRUE, &result);
-        },
-        [&] {
-          TestValue result;
-          crypt->Encrypt(null_value, VARIANT_FALSE, &result);
-        },
-        [&] {
-          TestValue result;
-          crypt->Decrypt(data, VARIANT_TRUE, &result);
-        },
-        [&] { crypt->Reset(0); },
-        [&] { crypt->put_Key(null_value); },
-        [&] { crypt->ResetKey(); },
-    };
-    for (size_t i = 0; i < calls.size(); ++i) {
-      EXPECT_EQ(LocksOf(calls[i]), 1) << "state " << state << ", call " << i;
-      if (lock == nullptr) lock = last;
-      EXPECT_EQ(last, lock) << "state " << state << ", call " << i;
-    }
-    EXPECT_EQ(LocksOf([&] { crypt->get_PadType(&number); }), 0) << state;
-    EXPECT_EQ(LocksOf([&] { crypt->put_PadType(0); }), 0) << state;
-  }
-}
-
-TEST_F(SymmetricCryptLockTest, AMissingPlaceIsSeenBeforeTheLock) {
-  EXPECT_EQ(LocksOf([&] {
-              EXPECT_EQ(crypt->get_Key(nullptr), E_POINTER);
-              EXPECT_EQ(crypt->get_BlockSize(nullptr), E_POINTER);
-              EXPECT_EQ(crypt->get_codePage(nullptr), E_POINTER);
-              EXPECT_EQ(crypt->get_PadType(nullptr), E_POINTER);
-              EXPECT_EQ(crypt->Encrypt(TestValue(), VARIANT_TRUE, nullptr), E_POINTER);
-              EXPECT_EQ(crypt->Decrypt(TestValue(), VARIANT_TRUE, nullptr), E_POINTER);
-            }),
-            0);
-}
+class SymmetricCryptLockTest : public SymmetricCryptTest {};
 
 // An object whose default value is read by code of the test.
 class CallingObject final : public IDispatch {

@@ -81,7 +81,7 @@ TEST_P(PlainEngine, ASecondFinalPadsAgain) {
     whole.push_back(0x80);
     while (whole.size() % 64 != 56) whole.push_back(0);
     Bytes bits(8);
-    for (size_t i = 0; i < 8; ++i) bits[i] = static_cast<uint8_t>(length * 8 >> 8 * i);
+    for (size_t i = 0; i < 8; ++i) bits[i] = static_cast<uint8_t>(uint64_t{length} * 8 >> 8 * i);
     if (GetParam().digest_size != 16) bits = Bytes(bits.rbegin(), bits.rend());
     whole.insert(whole.end(), bits.begin(), bits.end());
     const auto other = MakeEngine(GetParam().name);

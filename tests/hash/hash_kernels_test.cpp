@@ -159,5 +159,49 @@ TEST(HashKernels, FinishingIsPaddingAndThePortableKernel) {
   }
 }
 
+// Ending both computations of an HMAC at once is ending one after the other.
+TEST(HashKernels, FinishingKeyedIsFinishingTwice) {
+  const FinishKeyedDigest finish_keyed = ChosenSha256FinishKeyed();
+  if (finish_keyed == nullptr) GTEST_SKIP() << "not on this processor: keyed finishing of sha256";
+  std::mt19937_64 random(13);
+  for (uint32_t waiting = 0; waiting < 56; ++waiting) {
+    uint8_t block[kHashBlockSize];
+    for (uint8_t& byte : block) byte = static_cast<uint8_t>(random());
+    // A word more than the state has, to see that it is left alone.
+    uint32_t state[9], inner[9], outer[8];
+    for (int i = 0; i < 9; ++i) state[i] = inner[i] = static_cast<uint32_t>(random());
+    for (uint32_t& word : outer) word = static_cast<uint32_t>(random());
+    uint32_t expected[9];
+    std::memcpy(expected, outer, sizeof outer);
+    expected[8] = state[8];
+    const uint64_t bit_count = random();
+    uint8_t inner_block[kHashBlockSize] = {};
+    std::memcpy(inner_block, block, waiting);
+    inner_block[waiting] = 0x80;
+    for (int i = 0; i < 8; ++i) inner_block[63 - i] = static_cast<uint8_t>(bit_count >> (8 * i));
+    Sha256Portable(inner, inner_block, 1);
+    uint8_t outer_block[kHashBlockSize] = {};
+    for (size_t i = 0; i < 32; ++i) {
+      outer_block[i] = static_cast<uint8_t>(inner[i / 4] >> (24 - 8 * (i % 4)));
+    }
+    // 96 bytes are 0x300 bits.
+    outer_block[32] = 0x80;
+    outer_block[62] = 0x03;
+    Sha256Portable(expected, outer_block, 1);
+
+    const std::vector<uint32_t> outer_before(outer, outer + 8);
+    uint8_t digest[33];
+    std::memset(digest, 0xA5, sizeof digest);
+    finish_keyed(state, outer, block, waiting, bit_count, digest);
+    ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0) << waiting;
+    ASSERT_EQ(std::memcmp(outer, outer_before.data(), sizeof outer), 0) << waiting;
+    for (size_t i = 0; i < 32; ++i) {
+      ASSERT_EQ(digest[i], static_cast<uint8_t>(expected[i / 4] >> (24 - 8 * (i % 4))))
+          << waiting << " bytes, byte " << i;
+    }
+    ASSERT_EQ(digest[32], 0xA5);
+  }
+}
+
 }  // namespace
 }  // namespace mirolta::test

@@ -1,22 +1,15 @@
 // Who waits for whom in RSACrypt, and what a Q put without the lock does.
 #include <atomic>
-#include <functional>
 #include <random>
 #include <thread>
 #include <vector>
 
 #include "instance_creators.h"
-#include "portable/test_hooks.h"
 #include "test_module.h"
 #include "test_values.h"
 
 namespace mirolta::test {
 namespace {
-
-std::atomic<int> entered{0};
-std::atomic<int> left{0};
-constexpr MiroltaLockProbe kProbe = {[](CRITICAL_SECTION*) { ++entered; },
-                                     [](CRITICAL_SECTION*) { ++left; }};
 
 // A source of random numbers that waits until it may go on.
 std::atomic<bool> drawing{false};
@@ -41,20 +34,8 @@ class RsaCryptLockTest : public testing::Test {
     generator.seed(7);
     SetRandomSource(&kWaitingSource);
   }
-  void TearDown() override {
-    MiroltaSetLockProbe(nullptr);
-    SetRandomSource(nullptr);
-  }
+  void TearDown() override { SetRandomSource(nullptr); }
 
-  int LocksOf(const std::function<void()>& call) {
-    entered = 0;
-    left = 0;
-    MiroltaSetLockProbe(&kProbe);
-    call();
-    MiroltaSetLockProbe(nullptr);
-    EXPECT_EQ(entered, left);
-    return entered;
-  }
   Bytes Q() {
     TestValue value;
     EXPECT_EQ(rsa->get_Q(&value), S_OK);
@@ -71,76 +52,6 @@ class RsaCryptLockTest : public testing::Test {
   TestModule module;
   OwnedReference<IRSACrypt> rsa;
 };
-
-TEST_F(RsaCryptLockTest, EveryMemberButThePutOfQTakesTheLockOnce) {
-  const TestValue data = NumberValue(5);
-  const TestValue bad(VT_BOOL);
-  for (const bool has_key : {false, true}) {
-    if (has_key) LoadSmallKey();
-    const auto get = [&](HRESULT (STDMETHODCALLTYPE IRSACrypt::*member)(VARIANT*)) {
-      return [this, member] {
-        TestValue value;
-        (rsa.Get()->*member)(&value);
-      };
-    };
-    const auto transform = [&](HRESULT (STDMETHODCALLTYPE IRSACrypt::*member)(VARIANT, VARIANT*),
-                               const VARIANT& input) {
-      return [this, member, input] {
-        TestValue value;
-        (rsa.Get()->*member)(input, &value);
-      };
-    };
-    const std::vector<std::function<void()>> calls = {
-        [&] { rsa->CreateKeys(bad, bad); },
-        [&] { rsa->CreateRandKeys(0, 0); },
-        get(&IRSACrypt::get_Modulus),
-        get(&IRSACrypt::get_PublicExp),
-        get(&IRSACrypt::get_SecretExp),
-        get(&IRSACrypt::get_P),
-        get(&IRSACrypt::get_Q),
-        transform(&IRSACrypt::Encrypt, data),
-        transform(&IRSACrypt::Decrypt, data),
-        transform(&IRSACrypt::DecryptPQ, data),
-        transform(&IRSACrypt::Encrypt, bad),
-        transform(&IRSACrypt::Decrypt, bad),
-        transform(&IRSACrypt::DecryptPQ, bad),
-        transform(&IRSACrypt::Encrypt, NumberValue(3233)),
-        [&] {
-          LONG size = 0;
-          rsa->get_BlockSize(&size);
-        },
-        [&] { rsa->put_Modulus(bad); },
-        [&] { rsa->put_PublicExp(bad); },
-        [&] { rsa->put_SecretExp(bad); },
-        [&] { rsa->put_P(bad); },
-        [&] { rsa->put_Modulus(data); },
-        [&] { rsa->put_PublicExp(data); },
-        [&] { rsa->put_SecretExp(data); },
-        [&] { rsa->put_P(data); },
-        [&] { rsa->CreateKeys(data, data); },
-        [&] { rsa->CreateRandKeys(4, 0); },
-        [&] { rsa->Reset(); },
-    };
-    for (size_t i = 0; i < calls.size(); ++i) EXPECT_EQ(LocksOf(calls[i]), 1) << "call " << i;
-    EXPECT_EQ(LocksOf([&] { EXPECT_EQ(rsa->put_Q(data), S_OK); }), 0);
-    EXPECT_EQ(LocksOf([&] { EXPECT_EQ(rsa->put_Q(bad), DISP_E_TYPEMISMATCH); }), 0);
-  }
-}
-
-TEST_F(RsaCryptLockTest, AMissingPlaceIsSeenBeforeTheLock) {
-  EXPECT_EQ(LocksOf([&] {
-              EXPECT_EQ(rsa->get_Modulus(nullptr), E_POINTER);
-              EXPECT_EQ(rsa->get_PublicExp(nullptr), E_POINTER);
-              EXPECT_EQ(rsa->get_SecretExp(nullptr), E_POINTER);
-              EXPECT_EQ(rsa->get_P(nullptr), E_POINTER);
-              EXPECT_EQ(rsa->get_Q(nullptr), E_POINTER);
-              EXPECT_EQ(rsa->get_BlockSize(nullptr), E_POINTER);
-              EXPECT_EQ(rsa->Encrypt(NumberValue(1), nullptr), E_POINTER);
-              EXPECT_EQ(rsa->Decrypt(NumberValue(1), nullptr), E_POINTER);
-              EXPECT_EQ(rsa->DecryptPQ(NumberValue(1), nullptr), E_POINTER);
-            }),
-            0);
-}
 
 TEST_F(RsaCryptLockTest, OthersWaitForAKeyInTheMakingButThePutOfQDoesNot) {
   LoadSmallKey();

@@ -12,8 +12,6 @@ namespace {
 
 constexpr HRESULT kMismatch = static_cast<HRESULT>(0x80020005);
 constexpr HRESULT kOverflow = static_cast<HRESULT>(0x8002000A);
-constexpr HRESULT kKeyNotSet = static_cast<HRESULT>(0x80042779);
-constexpr HRESULT kTooMuchData = static_cast<HRESULT>(0x8004277A);
 
 using Get = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT*);
 using Put = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT);
