@@ -64,6 +64,7 @@ BigInt BigInt::Failed(HRESULT status) noexcept {
 }
 
 // Initialised before any code runs, and so there for other static objects.
+// NOLINTNEXTLINE(clang-diagnostic-global-constructors,clang-diagnostic-exit-time-destructors): empty
 constinit const BigMagnitude BigInt::kZero;
 
 void BigInt::Swap(BigInt& other) noexcept {
@@ -84,6 +85,7 @@ void BigInt::Release() noexcept {
   // takes the count below zero and does.
   if (magnitude_->shareCount.load(std::memory_order_acquire) == 0 ||
       magnitude_->shareCount.fetch_sub(1, std::memory_order_acq_rel) == 0) {
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyser does not follow the count.
     delete magnitude_;
   }
   magnitude_ = nullptr;

@@ -25,9 +25,17 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
   Limb* const x = memory.get();
   Limb* const y = x + an + 1;
   Limb* const quotient = y + bn;
+  bool divided = qn == 0;
   LimbsFromWords(x, am.digits(), am.used());
   LimbsFromWords(y, bm.digits(), bm.used());
-  if (qn != 0) DivideInPlace(quotient, x, an, y, bn, r != nullptr, quotient + qn);
+  if (!divided && r == nullptr) {
+    divided = QuotientInPlace(quotient, x, an, y, bn, quotient + qn);
+    if (!divided) {
+      LimbsFromWords(x, am.digits(), am.used());
+      LimbsFromWords(y, bm.digits(), bm.used());
+    }
+  }
+  if (!divided) DivideInPlace(quotient, x, an, y, bn, quotient + qn);
   if (q != nullptr) {
     const HRESULT status = q->AssignLimbs(quotient, qn);
     if (FAILED(status)) return status;

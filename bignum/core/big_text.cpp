@@ -60,6 +60,21 @@ uint64_t DecimalBytes(uint32_t length) {
   return (uint64_t{length} * 41524 + 99999) / 100000;
 }
 
+// The digits among the characters.
+uint32_t CountDigits(const OLECHAR* characters, uint32_t length) {
+  // Mostly there is nothing else, which takes less to see than counting.
+  uint16_t others = 0;
+  for (uint32_t i = 0; i < length; ++i) {
+    others = static_cast<uint16_t>(others | (static_cast<uint16_t>(characters[i] - '0') > 9));
+  }
+  if (others == 0) return length;
+  uint32_t digits = 0;
+  for (uint32_t i = 0; i < length; ++i) {
+    if (characters[i] >= '0' && characters[i] <= '9') ++digits;
+  }
+  return digits;
+}
+
 // The value of count digits that stand together.
 Limb DigitsValue(const OLECHAR* characters, uint32_t count) {
   Limb value = 0;
@@ -110,23 +125,28 @@ NumberText::~NumberText() {
 }
 
 void NumberText::Clear() noexcept {
-  if (characters_ != nullptr) WipeMemory(characters_, (size_t{length_} + 1) * sizeof(OLECHAR));
+  if (characters_ != nullptr) WipeMemory(characters_, (size_t{capacity_} + 1) * sizeof(OLECHAR));
   delete[] characters_;
   characters_ = nullptr;
   length_ = 0;
+  capacity_ = 0;
 }
 
 OLECHAR* NumberText::Resize(uint32_t length) noexcept {
-  OLECHAR* fresh = nullptr;
-  if (length != 0) {
-    fresh = new (std::nothrow) OLECHAR[size_t{length} + 1];
-    if (fresh == nullptr) return nullptr;
-    fresh[length] = 0;
+  if (length == 0) {
+    Clear();
+    return nullptr;
   }
-  Clear();
-  characters_ = fresh;
+  if (length > capacity_) {
+    OLECHAR* const fresh = new (std::nothrow) OLECHAR[size_t{length} + 1];
+    if (fresh == nullptr) return nullptr;
+    Clear();
+    characters_ = fresh;
+    capacity_ = length;
+  }
+  characters_[length] = 0;
   length_ = length;
-  return fresh;
+  return characters_;
 }
 
 HRESULT ToText(NumberText& text, const BigInt& n, uint32_t base) noexcept {
@@ -140,10 +160,7 @@ HRESULT ToText(NumberText& text, const BigInt& n, uint32_t base) noexcept {
 }
 
 HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) noexcept {
-  uint32_t digits = 0;
-  for (uint32_t i = 0; i < length; ++i) {
-    if (characters[i] >= '0' && characters[i] <= '9') ++digits;
-  }
+  const uint32_t digits = CountDigits(characters, length);
   const size_t count = (size_t{digits} + kDecimalDigits - 1) / kDecimalDigits;
   LimbScratch memory(2 * count);
   if (memory.get() == nullptr) return E_OUTOFMEMORY;

@@ -17,14 +17,16 @@ class NumberText {
   const OLECHAR* characters() const { return characters_; }
   uint32_t length() const { return length_; }
 
-  // Room for length characters and the zero behind them, to be written by the caller; null if there
-  // is no memory, the text is then as before. Zero length makes the text null.
+  // Room for length characters and the zero behind them, to be written by the caller: that of the
+  // text before where it is enough. Null if there is no memory, the text is then as before. Zero
+  // length makes the text null.
   OLECHAR* Resize(uint32_t length) noexcept;
   void Clear() noexcept;
 
  private:
   OLECHAR* characters_ = nullptr;
   uint32_t length_ = 0;
+  uint32_t capacity_ = 0;
 };
 
 // ToText writes the size of n, most significant digit first, lowercase, without sign, prefix or

@@ -1,6 +1,6 @@
 #include "limb_decimal.h"
 
-#include <new>
+#include <cstring>
 
 #include "limb_basics.h"
 #include "limb_divide.h"
@@ -11,45 +11,11 @@ namespace mirolta {
 
 namespace {
 
-// Shorter values are converted chunk by chunk: measured for 64-bit limbs, estimated for 32-bit
-// limbs.
-constexpr size_t kChunksOut = kLimbBits == 64 ? 44 : 32;
-constexpr size_t kChunksIn = kLimbBits == 64 ? 200 : 64;
-
-// PowerTable holds kDecimalPower^(2^i) for i = 0, 1, ... below count.
-class PowerTable {
- public:
-  ~PowerTable() {
-    for (size_t i = 0; i < kMost && powers_[i] != nullptr; ++i) delete powers_[i];
-  }
-  // Makes all powers with 2^i < chunks.
-  bool Make(size_t chunks) {
-    for (; size_t{1} << count_ < chunks; ++count_) {
-      const size_t i = count_;
-      const size_t n = i == 0 ? 1 : 2 * sizes_[i - 1];
-      powers_[i] = new (std::nothrow) LimbScratch(n);
-      if (powers_[i] == nullptr || powers_[i]->get() == nullptr) return false;
-      if (i == 0) {
-        powers_[0]->get()[0] = kDecimalPower;
-      } else {
-        const size_t half = sizes_[i - 1];
-        LimbScratch scratch(MultiplyScratch(half, half));
-        if (scratch.get() == nullptr) return false;
-        MultiplyLimbs(powers_[i]->get(), power(i - 1), half, power(i - 1), half, scratch.get());
-      }
-      sizes_[i] = SignificantLimbs(powers_[i]->get(), n);
-    }
-    return true;
-  }
-  const Limb* power(size_t i) const { return powers_[i]->get(); }
-  size_t size(size_t i) const { return sizes_[i]; }
-
- private:
-  static constexpr size_t kMost = 40;
-  LimbScratch* powers_[kMost] = {};
-  size_t sizes_[kMost] = {};
-  size_t count_ = 0;
-};
+// Shorter values are converted chunk by chunk, longer ones split into leaves of at most so many
+// chunks: measured for 64-bit limbs, estimated for 32-bit limbs.
+constexpr size_t kChunksOut = kLimbBits == 64 ? 30 : 32;
+constexpr size_t kChunksIn = kLimbBits == 64 ? 80 : 64;
+constexpr size_t kLeafIn = 40;
 
 // Writes value below 10^8 as eight digits: pairs of values below 10^4, 10^2 and 10 side by side in
 // one number, the upper part of each at the lower bits, where its digits come first.
@@ -101,27 +67,89 @@ void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
   WipeMemory(chunks, sizeof chunks);
 }
 
-// Splits at the largest power of two of chunks below count.
-bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const PowerTable& powers) {
-  n = SignificantLimbs(x, n);
-  if (n <= kChunksOut) {
-    WriteChunks(digits, x, n, count);
+// LeafWriter writes the leaves of a long number. It makes a fraction of a leaf, its value over that
+// of the power of ten above, and takes chunk after chunk from the fraction's top: a product by one
+// limb each, of fewer and fewer limbs.
+//
+// With c chunks in a leaf, D = kDecimalPower^c and inverse = floor(B^2c / D) + 1, the fraction for
+// x is (x * inverse + inverse / 2) / B^2c. That is (x + 1/2) / D or more by less than D / B^2c, a
+// tenth of 1 / D. The chunks are right as long as it stays from x / D to (x + 1) / D, so the half
+// is there to be lost: the c + 1 upper limbs are taken, and a limb fewer after every chunk. Each
+// time less than 1 / B of what 1 / D has become by then is cut off.
+class LeafWriter {
+ public:
+  explicit LeafWriter(const DecimalPowers& powers)
+      : leaf_(powers.leaf()),
+        inverse_size_(2 * leaf_ + 2 - powers[0].size - powers[0].zeros),
+        memory_(2 * inverse_size_ + (leaf_ + inverse_size_) +
+                MultiplyScratch(inverse_size_, leaf_)) {}
+
+  // Makes the inverse; false if memory runs out.
+  [[nodiscard]] bool Make(const DecimalPower& power) {
+    const size_t n = 2 * leaf_ - power.zeros + 1;
+    LimbScratch one(n);
+    if (memory_.get() == nullptr || one.get() == nullptr) return false;
+    ZeroLimbs(one.get(), n - 1);
+    one.get()[n - 1] = 1;
+    if (!DivideLimbs(inverse(), nullptr, one.get(), n, power.limbs, power.size)) return false;
+    AddLimb(inverse(), inverse_size_, 1);
+    ShiftRightLimbs(half(), inverse(), inverse_size_, 1);
     return true;
   }
-  size_t i = 0;
-  while (size_t{2} << i < count) ++i;
-  const size_t low = size_t{1} << i;
-  const size_t pn = powers.size(i);
-  char* const low_digits = digits + (count - low) * kDecimalDigits;
-  if (n < pn) {
-    WriteChunks(digits, x, 0, count - low);
-    return WriteDigits(low_digits, x, n, low, powers);
+
+  // Writes x[n], less than D, as count chunks.
+  void Write(char* digits, const Limb* x, size_t n, size_t count) {
+    const LimbKernels& k = CurrentLimbKernels();
+    Limb* const product = half() + inverse_size_;
+    const size_t size = leaf_ + inverse_size_;
+    ZeroLimbs(product, size);
+    if (n != 0) MultiplyLimbs(product, inverse(), inverse_size_, x, n, product + size);
+    const Limb carry = k.add(product, product, half(), inverse_size_);
+    AddLimb(product + inverse_size_, leaf_, carry);
+    Limb* fraction = product + leaf_ - 1;
+    for (size_t left = leaf_; left != 0; --left, ++fraction) {
+      const Limb chunk = k.mul1(fraction, fraction, left + 1, kDecimalPower);
+      // A leaf of fewer chunks has zeros in front.
+      if (left > count) continue;
+      DigitsOfChunk(digits, chunk);
+      digits += kDecimalDigits;
+    }
   }
-  LimbScratch quotient(n - pn + 1);
+
+ private:
+  Limb* inverse() { return memory_.get(); }
+  Limb* half() { return memory_.get() + inverse_size_; }
+
+  size_t leaf_;
+  size_t inverse_size_;
+  LimbScratch memory_;  // inverse, half of it, product, and what that needs
+};
+
+// Writes x[n] as count chunks, at most leaf * 2^level of the powers.
+bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const DecimalPowers& powers,
+                 size_t level, LeafWriter& leaves) {
+  n = SignificantLimbs(x, n);
+  if (level == 0) {
+    leaves.Write(digits, x, n, count);
+    return true;
+  }
+  const size_t low = powers.leaf() << (level - 1);
+  if (count <= low) return WriteDigits(digits, x, n, count, powers, level - 1, leaves);
+  const DecimalPower& power = powers[level - 1];
+  char* const low_digits = digits + (count - low) * kDecimalDigits;
+  if (n < power.zeros + power.size) {
+    std::memset(digits, '0', (count - low) * kDecimalDigits);
+    return WriteDigits(low_digits, x, n, low, powers, level - 1, leaves);
+  }
+  // The zero limbs of the power leave those of x alone.
+  Limb* const upper = x + power.zeros;
+  const size_t m = n - power.zeros;
+  LimbScratch quotient(m - power.size + 1);
   if (quotient.get() == nullptr) return false;
-  if (!DivideLimbs(quotient.get(), x, x, n, powers.power(i), pn)) return false;
-  return WriteDigits(digits, quotient.get(), n - pn + 1, count - low, powers) &&
-         WriteDigits(low_digits, x, pn, low, powers);
+  if (!DivideLimbs(quotient.get(), upper, upper, m, power.limbs, power.size)) return false;
+  return WriteDigits(digits, quotient.get(), m - power.size + 1, count - low, powers, level - 1,
+                     leaves) &&
+         WriteDigits(low_digits, x, power.zeros + power.size, low, powers, level - 1, leaves);
 }
 
 void ReadFewChunks(Limb* z, const Limb* chunks, size_t n) {
@@ -133,30 +161,30 @@ void ReadFewChunks(Limb* z, const Limb* chunks, size_t n) {
   }
 }
 
-bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const PowerTable& powers) {
-  const LimbKernels& k = CurrentLimbKernels();
-  if (n <= kChunksIn) {
+// z[n] := the value of n chunks, at most leaf * 2^level of the powers.
+bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const DecimalPowers& powers, size_t level) {
+  if (level == 0) {
     ReadFewChunks(z, chunks, n);
     return true;
   }
-  size_t i = 0;
-  while (size_t{2} << i < n) ++i;
-  const size_t low = size_t{1} << i;
+  const size_t low = powers.leaf() << (level - 1);
+  if (n <= low) return ReadChunks(z, chunks, n, powers, level - 1);
+  const DecimalPower& power = powers[level - 1];
   const size_t high = n - low;
-  const size_t pn = powers.size(i);
-  // The value fits n limbs, so what the product has above them is zero.
-  LimbScratch memory(high + high + pn + MultiplyScratch(high, pn));
+  LimbScratch memory(high + high + power.size + MultiplyScratch(high, power.size));
   if (memory.get() == nullptr) return false;
   Limb* const upper = memory.get();
   Limb* const product = upper + high;
-  if (!ReadChunks(upper, chunks + low, high, powers)) return false;
-  if (!ReadChunks(z, chunks, low, powers)) return false;
-  MultiplyLimbs(product, upper, high, powers.power(i), pn, product + high + pn);
+  if (!ReadChunks(upper, chunks + low, high, powers, level - 1)) return false;
+  if (!ReadChunks(z, chunks, low, powers, level - 1)) return false;
+  MultiplyLimbs(product, upper, high, power.limbs, power.size, product + high + power.size);
   ZeroLimbs(z + low, high);
-  size_t count = high + pn;
-  if (count > n) count = n;
-  const Limb carry = k.add(z, z, product, count);
-  AddLimb(z + count, n - count, carry);
+  // The value fits n limbs, so what the product has above them is zero.
+  Limb* const to = z + power.zeros;
+  const size_t room = n - power.zeros;
+  const size_t count = high + power.size < room ? high + power.size : room;
+  const Limb carry = CurrentLimbKernels().add(to, to, product, count);
+  AddLimb(to + count, room - count, carry);
   return true;
 }
 
@@ -173,13 +201,15 @@ size_t DecimalDigitsRoom(size_t n) noexcept {
 
 bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept {
   const size_t count = ChunksRoom(n);
-  if (n <= kChunksOut) {
+  if (count <= kChunksOut) {
     WriteChunks(digits, x, n, count);
     return true;
   }
-  PowerTable powers;
-  if (!powers.Make(count)) return false;
-  return WriteDigits(digits, x, n, count, powers);
+  DecimalPowers powers;
+  if (!powers.Make(count, kChunksOut)) return false;
+  LeafWriter leaves(powers);
+  if (!leaves.Make(powers[0])) return false;
+  return WriteDigits(digits, x, n, count, powers, powers.levels(), leaves);
 }
 
 bool LimbsFromDecimal(Limb* z, const Limb* chunks, size_t n) noexcept {
@@ -188,9 +218,9 @@ bool LimbsFromDecimal(Limb* z, const Limb* chunks, size_t n) noexcept {
     ReadFewChunks(z, chunks, n);
     return true;
   }
-  PowerTable powers;
-  if (!powers.Make(n)) return false;
-  return ReadChunks(z, chunks, n, powers);
+  DecimalPowers powers;
+  if (!powers.Make(n, kLeafIn)) return false;
+  return ReadChunks(z, chunks, n, powers, powers.levels());
 }
 
 }  // namespace mirolta

@@ -1,14 +1,9 @@
 // Limbs to decimal digits and back, in less than quadratic time.
 #pragma once
 
-#include "limb.h"
+#include "decimal_powers.h"
 
 namespace mirolta {
-
-// DecimalLimb: the most decimal digits of which all values fit a limb, and ten to that power.
-inline constexpr uint32_t kDecimalDigits = kLimbBits == 64 ? 19 : 9;
-inline constexpr Limb kDecimalPower =
-    static_cast<Limb>(kLimbBits == 64 ? uint64_t{10000000000000000000u} : uint64_t{1000000000u});
 
 // DecimalDigitsRoom returns a count of digits that holds every value of n limbs.
 size_t DecimalDigitsRoom(size_t n) noexcept;

@@ -1,6 +1,7 @@
 #include "limb_divide.h"
 
 #include "limb_basics.h"
+#include "limb_divide_rows.h"
 #include "limb_multiply.h"
 #include "limb_scratch.h"
 
@@ -10,25 +11,22 @@ namespace {
 
 // Below, division by rows is as fast as by halves: measured for 64-bit limbs, estimated for 32-bit
 // limbs.
-constexpr size_t kHalvesLimbs = kLimbBits == 64 ? 20 : 64;
+constexpr size_t kHalvesLimbs = kLimbBits == 64 ? 32 : 64;
+constexpr size_t kQuotientHalvesLimbs = kLimbBits == 64 ? 64 : 128;
 
 Limb Reciprocal(Limb d) {
-  const DoubleLimb top = static_cast<DoubleLimb>(static_cast<Limb>(~d)) << kLimbBits | kLimbMax;
-  return static_cast<Limb>(top / d);
+  return DivideWide(static_cast<Limb>(~d), kLimbMax, d);
 }
 
-// Reciprocal of a two-limb divisor: floor((B^3 - 1) / (d1 B + d0)) - B.
+// Reciprocal of a two-limb divisor: floor((B^3 - 1) / (d1 B + d0)) - B. What it branches on is as
+// good as random, so the first two corrections are made without.
 Limb Reciprocal2(Limb d1, Limb d0) {
   Limb v = Reciprocal(d1);
   Limb p = static_cast<Limb>(d1 * v + d0);
-  if (p < d0) {
-    --v;
-    if (p >= d1) {
-      --v;
-      p = static_cast<Limb>(p - d1);
-    }
-    p = static_cast<Limb>(p - d1);
-  }
+  const Limb over = static_cast<Limb>(Limb{0} - static_cast<Limb>(p < d0));
+  const Limb twice = static_cast<Limb>(over & (Limb{0} - static_cast<Limb>(p >= d1)));
+  v = static_cast<Limb>(v + over + twice);
+  p = static_cast<Limb>(p - (d1 & over) - (d1 & twice));
   const LimbPair t = Product(v, d0);
   p = static_cast<Limb>(p + t.high);
   if (p < t.high) {
@@ -56,119 +54,18 @@ inline Limb QuotientLimb(Limb* high, Limb low, Limb d, Limb v) {
   return q;
 }
 
-// How rows are taken away from the window: short ones as they are. Whether a quotient limb is one
-// too large is guessed by the processor, as a round is short.
-struct ShortRows {
-  static constexpr size_t kMostLimbs = 10;
-  static constexpr bool kGuesses = true;
-  static Limb Stored(Limb x) { return x; }
-  static void Enter(Limb*, size_t) {}
-  static Limb Row(const LimbKernels& k, Limb* z, const Limb* x, size_t n, Limb y) {
-    return k.mulSub1(z, x, n, y);
-  }
-  static Limb Back(const LimbKernels& k, Limb* z, const Limb* x, size_t n) {
-    return k.add(z, z, x, n);
-  }
-};
-
-// Long ones on the complements of the limbs: taking a row away from a number is adding it to the
-// complement, with the same carry, and the kernels add rows faster. A wrong guess would hold up the
-// next round's start by more than it costs to do without.
-struct LongRows {
-  static constexpr bool kGuesses = false;
-  static Limb Stored(Limb x) { return static_cast<Limb>(~x); }
-  static void Enter(Limb* a, size_t n) {
-    for (size_t i = 0; i < n; ++i) a[i] = static_cast<Limb>(~a[i]);
-  }
-  static Limb Row(const LimbKernels& k, Limb* z, const Limb* x, size_t n, Limb y) {
-    return k.mulAdd1(z, x, n, y);
-  }
-  static Limb Back(const LimbKernels& k, Limb* z, const Limb* x, size_t n) {
-    return k.subtract(z, z, x, n);
-  }
-};
-
-template <typename Rows>
-void DivideRows(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb v) {
-  const LimbKernels& k = CurrentLimbKernels();
-  const Limb d1 = d[n - 1];
-  const Limb d0 = d[n - 2];
-  // The window's two top limbs go from one round to the next outside a.
-  Limb u2 = a[m - 1];
-  Limb u1 = a[m - 2];
-  Rows::Enter(a, m);
-  for (size_t j = m - n; j-- != 0;) {
-    Limb* const w = a + j;
-    const Limb u0 = Rows::Stored(w[n - 2]);
-    if (u2 == d1 && u1 == d0) {
-      // The window is below d * B, and with equal top limbs the quotient limb is B - 1 exactly.
-      w[n - 1] = Rows::Stored(u1);
-      Rows::Row(k, w, d, n, kLimbMax);
-      u2 = Rows::Stored(w[n - 1]);
-      u1 = Rows::Stored(w[n - 2]);
-      q[j] = kLimbMax;
-      continue;
-    }
-    // Three limbs by two.
-    const LimbPair p = Product(v, u2);
-    const Limb q0 = static_cast<Limb>(p.low + u1);
-    Limb quotient = static_cast<Limb>(p.high + u2 + (q0 < u1));
-    const LimbPair t = Product(d0, quotient);
-    Limb r0 = static_cast<Limb>(u0 - t.low);
-    Limb r1 = static_cast<Limb>(u1 - quotient * d1 - t.high - (u0 < t.low));
-    r1 = static_cast<Limb>(r1 - d1 - (r0 < d0));
-    r0 = static_cast<Limb>(r0 - d0);
-    ++quotient;
-    if constexpr (Rows::kGuesses) {
-      if (r1 >= q0) {
-        --quotient;
-        r0 = static_cast<Limb>(r0 + d0);
-        r1 = static_cast<Limb>(r1 + d1 + (r0 < d0));
-      }
-    } else {
-      const Limb less = static_cast<Limb>(Limb{0} - static_cast<Limb>(r1 >= q0));
-      quotient = static_cast<Limb>(quotient + less);
-      r0 = static_cast<Limb>(r0 + (d0 & less));
-      r1 = static_cast<Limb>(r1 + (d1 & less) + (r0 < (d0 & less)));
-    }
-    if (r1 > d1 || (r1 == d1 && r0 >= d0)) {
-      ++quotient;
-      r1 = static_cast<Limb>(r1 - d1 - (r0 < d0));
-      r0 = static_cast<Limb>(r0 - d0);
-    }
-    const Limb missing = Rows::Row(k, w, d, n - 2, quotient);
-    const Limb borrow0 = r0 < missing;
-    r0 = static_cast<Limb>(r0 - missing);
-    const Limb borrow1 = r1 < borrow0;
-    r1 = static_cast<Limb>(r1 - borrow0);
-    if (borrow1 != 0) {
-      w[n - 2] = Rows::Stored(r0);
-      r1 = static_cast<Limb>(r1 + d1 + Rows::Back(k, w, d, n - 1));
-      r0 = Rows::Stored(w[n - 2]);
-      --quotient;
-    }
-    q[j] = quotient;
-    u2 = r1;
-    u1 = r0;
-  }
-  Rows::Enter(a, n - 2);
-  a[n - 1] = u2;
-  a[n - 2] = u1;
+// Makes the top n limbs of a[m], below 2 d, less than d; returns how often d went into them.
+Limb TakeTop(Limb* a, size_t m, const Limb* d, size_t n) {
+  if (CompareLimbs(a + m - n, d, n) < 0) return 0;
+  CurrentLimbKernels().subtract(a + m - n, a + m - n, d, n);
+  return 1;
 }
 
 // Divides by rows: a[m] becomes the remainder in a[n], q[m - n] the quotient's low limbs; returns
 // its top limb, 0 or 1. d[n] has its top bit set, n >= 2, v is the reciprocal of its top two limbs.
 Limb DivideByRows(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb v) {
-  Limb top = 0;
-  if (CompareLimbs(a + m - n, d, n) >= 0) {
-    CurrentLimbKernels().subtract(a + m - n, a + m - n, d, n);
-    top = 1;
-  }
-  if (n <= ShortRows::kMostLimbs) {
-    DivideRows<ShortRows>(q, a, m, d, n, v);
-  } else {
-    DivideRows<LongRows>(q, a, m, d, n, v);
-  }
+  const Limb top = TakeTop(a, m, d, n);
+  DivideRows(q, a, m, d, n, v, false);
   return top;
 }
 
@@ -196,6 +93,27 @@ Limb DivideByHalves(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Lim
     missing = static_cast<Limb>(missing - k.add(a, a, d, n));
   }
   return top;
+}
+
+// The quotient alone, q[count] of a[n + count] by d[n], count <= n, the top n limbs of a below d.
+// The remainder's upper limbs become those that a truncating DivideRows gives for all of count;
+// false if it gives up. scratch is that of DivideByHalves.
+bool QuotientByHalves(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
+                      Limb* scratch) {
+  while (count >= kQuotientHalvesLimbs) {
+    if (n > count + 1) {
+      // What stands under the top count + 1 limbs of d counts for less than B^(n - 1) here.
+      const size_t left_out = n - count - 1;
+      a += left_out;
+      d += left_out;
+      n -= left_out;
+    }
+    const size_t high = count / 2;
+    count -= high;
+    if (CompareLimbs(a + count + high, d, n) >= 0) return false;
+    DivideByHalves(q + count, a + count, d, n, high, v, scratch);
+  }
+  return DivideRows(q, a, n + count, d, n, v, true);
 }
 
 }  // namespace
@@ -256,33 +174,71 @@ size_t DivideScratch(size_t m, size_t n) noexcept {
   return halves ? n + MultiplyScratch(n, n) : 0;
 }
 
-void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, bool wants_remainder,
-                   Limb* scratch) noexcept {
-  if (n == 1) {
-    u[0] = DivideByLimb(q, u, m, PrepareDivisor(v[0]));
-    return;
-  }
-  // After the shift the top n limbs of u are below v: u's top limb is below 2^shift, v's is not.
+namespace {
+
+// Begun: a division after its first steps.
+struct Begun {
+  uint32_t shift;   // of both operands, so that v's top bit is set
+  size_t count;     // quotient limbs still to find; the top n limbs of u[n + count] are below v
+  Limb reciprocal;  // of v's top two limbs
+};
+
+// Shapes: as for DivideInPlace, n >= 2.
+Begun Begin(Limb* q, Limb* u, size_t m, Limb* v, size_t n) {
   const uint32_t shift = LeadingZeros(v[n - 1]);
   u[m] = 0;
   if (shift != 0) {
     ShiftLeftLimbs(v, v, n, shift);
     u[m] = ShiftLeftLimbs(u, u, m, shift);
   }
-  const size_t count = m - n + 1;
-  const Limb reciprocal = Reciprocal2(v[n - 1], v[n - 2]);
+  size_t count = m - n + 1;
+  // What is shifted out is less than v's top limb; without it the limbs below are less than 2 v.
+  if (u[m] == 0) q[--count] = TakeTop(u, m, v, n);
+  return {shift, count, Reciprocal2(v[n - 1], v[n - 2])};
+}
+
+}  // namespace
+
+void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch) noexcept {
+  if (n == 1) {
+    u[0] = DivideByLimb(q, u, m, PrepareDivisor(v[0]));
+    return;
+  }
+  const Begun begun = Begin(q, u, m, v, n);
+  size_t count = begun.count;
   if (count < kHalvesLimbs || n < kHalvesLimbs) {
-    DivideByRows(q, u, m + 1, v, n, reciprocal);
+    DivideRows(q, u, n + count, v, n, begun.reciprocal, false);
   } else {
     // The top block takes what is over a multiple of n; each block leaves a remainder below v.
-    size_t done = count;
-    while (done != 0) {
-      const size_t block = done % n != 0 ? done % n : n;
-      done -= block;
-      DivideByHalves(q + done, u + done, v, n, block, reciprocal, scratch);
+    while (count != 0) {
+      const size_t block = count % n != 0 ? count % n : n;
+      count -= block;
+      DivideByHalves(q + count, u + count, v, n, block, begun.reciprocal, scratch);
     }
   }
-  if (wants_remainder && shift != 0) ShiftRightLimbs(u, u, n, shift);
+  if (begun.shift != 0) ShiftRightLimbs(u, u, n, begun.shift);
+}
+
+bool QuotientInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch) noexcept {
+  if (n == 1) {
+    DivideByLimb(q, u, m, PrepareDivisor(v[0]));
+    return true;
+  }
+  const Begun begun = Begin(q, u, m, v, n);
+  size_t count = begun.count;
+  if (n < kHalvesLimbs) {
+    if (!DivideRows(q, u, n + count, v, n, begun.reciprocal, true)) return false;
+  } else {
+    while (count > n) {
+      const size_t block = count % n != 0 ? count % n : n;
+      count -= block;
+      DivideByHalves(q + count, u + count, v, n, block, begun.reciprocal, scratch);
+    }
+    if (!QuotientByHalves(q, u, v, n, count, begun.reciprocal, scratch)) return false;
+  }
+  // The remainder is below v, and too large by less than count * B^(n - 1). Where it would not go
+  // below zero without that, the quotient is right.
+  return u[n - 1] >= count;
 }
 
 bool DivideLimbs(Limb* q, Limb* r, const Limb* a, size_t m, const Limb* d, size_t n) noexcept {
@@ -300,7 +256,15 @@ bool DivideLimbs(Limb* q, Limb* r, const Limb* a, size_t m, const Limb* d, size_
   Limb* const quotient = v + n;
   CopyLimbs(u, a, m);
   CopyLimbs(v, d, n);
-  DivideInPlace(quotient, u, m, v, n, r != nullptr, quotient + count);
+  bool divided = false;
+  if (r == nullptr) {
+    divided = QuotientInPlace(quotient, u, m, v, n, quotient + count);
+    if (!divided) {
+      CopyLimbs(u, a, m);
+      CopyLimbs(v, d, n);
+    }
+  }
+  if (!divided) DivideInPlace(quotient, u, m, v, n, quotient + count);
   if (q != nullptr) CopyLimbs(q, quotient, count);
   if (r != nullptr) CopyLimbs(r, u, n);
   return true;

@@ -37,12 +37,17 @@ Limb ModLimb(const Limb* a, size_t n, const LimbDivisor& d) noexcept;
 [[nodiscard]] bool DivideLimbs(Limb* q, Limb* r, const Limb* a, size_t m, const Limb* d,
                                size_t n) noexcept;
 
-// DivideInPlace does the same in the operands' own memory: u's lowest n limbs become the remainder
-// if it is wanted; the rest of u, and v, are destroyed.
+// DivideInPlace does the same in the operands' own memory: u's lowest n limbs become the remainder;
+// the rest of u, and v, are destroyed.
 // Shapes: u[m + 1] of which m are the dividend, v[n], q[m - n + 1], scratch[DivideScratch(m, n)].
 // Alias:  none.
 size_t DivideScratch(size_t m, size_t n) noexcept;
-void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, bool wants_remainder,
-                   Limb* scratch) noexcept;
+void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch) noexcept;
+
+// QuotientInPlace computes q alone, of the same shapes, with about half of the products: what
+// cannot change it is left out. Returns false if that may have changed it, as where the division
+// leaves no remainder; q is then of no use. u and v are destroyed.
+[[nodiscard]] bool QuotientInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n,
+                                   Limb* scratch) noexcept;
 
 }  // namespace mirolta

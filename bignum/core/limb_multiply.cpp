@@ -8,13 +8,17 @@ namespace mirolta {
 namespace {
 
 // Below, rows are faster whatever the longer operand's length: that of the equal sizes' methods.
-constexpr size_t kRowsLimbs = kLimbBits == 64 ? 36 : 32;
+constexpr size_t kRowsLimbs = kLimbBits == 64 ? 36 : 60;
+
+// From here on the sums of a product of three parts by two are worth it.
+constexpr size_t kThreeByTwoLimbs = kLimbBits == 64 ? 40 : 80;
 
 }  // namespace
 
 // A product of unequal operands keeps a partial product of 2n limbs, then goes on with n and a
 // remainder; the remainders of Euclid's kind halve every second time, so all levels together keep
-// less than 8n.
+// less than 8n. Three parts by two keep 4.8n + 7 limbs or less for two values and go on with at
+// most half of n.
 size_t MultiplyScratch(size_t m, size_t n) noexcept {
   const size_t less = m < n ? m : n;
   if (less < kRowsLimbs) return 0;
@@ -39,6 +43,10 @@ void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
   }
   if (m == n) {
     MultiplyEqual(z, x, y, n, scratch);
+    return;
+  }
+  if (n >= kThreeByTwoLimbs && 4 * m >= 5 * n && 5 * m <= 9 * n) {
+    MultiplyThreeByTwo(z, x, m, y, n, scratch);
     return;
   }
   MultiplyEqual(z, x, y, n, scratch);

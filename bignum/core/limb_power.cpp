@@ -117,7 +117,8 @@ bool PowerModuloAnyOdd(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t 
 
 const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noexcept {
   constexpr size_t kCount = sizeof kPowerKernels / sizeof kPowerKernels[0];
-  for (const PowerKernel& kernel : kPowerKernels) {
+  for (size_t i = 0; i + 1 < kCount; ++i) {
+    const PowerKernel& kernel = kPowerKernels[i];
     if ((kernel.needs & ~features) != 0) continue;
     if (modulus_bits >= kernel.least_bits && modulus_bits <= kernel.most_bits) return kernel;
   }

@@ -5,8 +5,7 @@
 namespace mirolta {
 
 // The content is written before it is read, so the limbs inside stay unset here.
-LimbScratch::LimbScratch(size_t count) noexcept  // NOLINT
-    : limbs_(inside_), count_(count) {
+LimbScratch::LimbScratch(size_t count) noexcept : limbs_(inside_), count_(count) {
   if (count > kInside) limbs_ = new (std::nothrow) Limb[count];
 }
 

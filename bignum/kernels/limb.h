@@ -64,6 +64,47 @@ inline LimbPair Product(Limb a, Limb b) {
   return Products::MulAdd(a, b, 0, 0);
 }
 
+// DivideWide returns high * B + low over d, high below d. The processor's division by a limb is
+// that of two limbs, which the language has none of.
+inline Limb DivideWide(Limb high, Limb low, Limb d) {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+  __asm__("divq %[d]" : "+a"(low), "+d"(high) : [d] "r"(d) : "cc");
+  return low;
+#else
+  return static_cast<Limb>((static_cast<DoubleLimb>(high) << kLimbBits | low) / d);
+#endif
+}
+
+// AddPair and SubtractPair compute x + y and x - y modulo B^2. The compiler keeps two limbs that it
+// has to treat as one value in memory more often than not.
+inline LimbPair AddPair(LimbPair x, LimbPair y) {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+  __asm__(
+      "addq %[low], %[to]\n"
+      "adcq %[high], %[above]\n"
+      : [to] "+&r"(x.low), [above] "+r"(x.high)
+      : [low] "rm"(y.low), [high] "rm"(y.high)
+      : "cc");
+  return x;
+#else
+  const Limb low = static_cast<Limb>(x.low + y.low);
+  return {low, static_cast<Limb>(x.high + y.high + (low < y.low))};
+#endif
+}
+inline LimbPair SubtractPair(LimbPair x, LimbPair y) {
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+  __asm__(
+      "subq %[low], %[from]\n"
+      "sbbq %[high], %[above]\n"
+      : [from] "+&r"(x.low), [above] "+r"(x.high)
+      : [low] "rm"(y.low), [high] "rm"(y.high)
+      : "cc");
+  return x;
+#else
+  return {static_cast<Limb>(x.low - y.low), static_cast<Limb>(x.high - y.high - (x.low < y.low))};
+#endif
+}
+
 // LeadingZeros counts the zero bits above the top one bit of x, x != 0.
 inline uint32_t LeadingZeros(Limb x) {
   if constexpr (kLimbBits == 64) {

@@ -9,17 +9,16 @@ bool NoMontgomery(Limb*, const Limb*, const Limb*, const Limb*, size_t, Limb) {
   return false;
 }
 
-template <typename Multiplier>
+template <typename Rows, typename Blocks>
 constexpr LimbKernels Table() {
-  using Rows = RowLoops<Multiplier>;
-  using Blocks = BlockLoops<Rows>;
   return {Rows::Add,        Rows::Subtract, Rows::Mul1,     Rows::MulAdd1, Rows::MulSub1,
           Blocks::Multiply, Blocks::Square, Blocks::Reduce, NoMontgomery};
 }
 
 }  // namespace
 
-constexpr LimbKernels kWideKernels = Table<WideProducts>();
-constexpr LimbKernels kHalfKernels = Table<HalfProducts>();
+constexpr LimbKernels kWideKernels = Table<RowLoops<WideProducts>, ColumnLoops>();
+constexpr LimbKernels kHalfKernels =
+    Table<RowLoops<HalfProducts>, BlockLoops<RowLoops<HalfProducts>>>();
 
 }  // namespace mirolta

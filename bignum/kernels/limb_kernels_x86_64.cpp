@@ -3,8 +3,6 @@
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 
-  #include <immintrin.h>
-
 namespace mirolta {
 
 namespace {
@@ -76,49 +74,54 @@ namespace {
     "adcx %[low], %[carry]\n"         \
     "adox %[low], %[carry]\n"
 
+// One limb of a sum or difference, by an instruction that takes the carry flag in.
+  #define MIROLTA_SUM_LIMB(instruction, offset)        \
+    "movq " offset "(%[x],%[i],8), %[t]\n"             \
+    instruction " " offset "(%[y],%[i],8), %[t]\n"     \
+    "movq %[t], " offset "(%[z],%[i],8)\n"
+
+// A whole sum or difference: four limbs at a time, then up to three more. What counts the rounds
+// leaves the carry flag alone.
+  #define MIROLTA_SUM(instruction)                                                  \
+    "xorl %k[i], %k[i]\n"                                                           \
+    "jrcxz 2f\n"                                                                    \
+    "1:\n"                                                                          \
+    MIROLTA_SUM_LIMB(instruction, "0") MIROLTA_SUM_LIMB(instruction, "8")           \
+    MIROLTA_SUM_LIMB(instruction, "16") MIROLTA_SUM_LIMB(instruction, "24")         \
+    "leaq 4(%[i]), %[i]\n"                                                          \
+    "decq %%rcx\n"                                                                  \
+    "jnz 1b\n"                                                                      \
+    "2:\n"                                                                          \
+    "movq %[tail], %%rcx\n"                                                         \
+    "jrcxz 4f\n"                                                                    \
+    "3:\n"                                                                          \
+    MIROLTA_SUM_LIMB(instruction, "0")                                              \
+    "leaq 1(%[i]), %[i]\n"                                                          \
+    "decq %%rcx\n"                                                                  \
+    "jnz 3b\n"                                                                      \
+    "4:\n"                                                                          \
+    "movl $0, %k[t]\n"                                                              \
+    "adcq %[t], %[t]\n"
+
 struct AdxRows {
   static Limb Add(Limb* z, const Limb* x, const Limb* y, size_t n) {
-    unsigned char carry = 0;
-    size_t i = 0;
-    for (; i + 4 <= n; i += 4) {
-      unsigned long long s0, s1, s2, s3;
-      carry = _addcarry_u64(carry, x[i], y[i], &s0);
-      carry = _addcarry_u64(carry, x[i + 1], y[i + 1], &s1);
-      carry = _addcarry_u64(carry, x[i + 2], y[i + 2], &s2);
-      carry = _addcarry_u64(carry, x[i + 3], y[i + 3], &s3);
-      z[i] = s0;
-      z[i + 1] = s1;
-      z[i + 2] = s2;
-      z[i + 3] = s3;
-    }
-    for (; i < n; ++i) {
-      unsigned long long s;
-      carry = _addcarry_u64(carry, x[i], y[i], &s);
-      z[i] = s;
-    }
-    return carry;
+    size_t count = n / 4;
+    Limb i, t;
+    __asm__ volatile(MIROLTA_SUM("adcq")
+                     : "+c"(count), [i] "=&r"(i), [t] "=&r"(t)
+                     : [z] "r"(z), [x] "r"(x), [y] "r"(y), [tail] "r"(n % 4)
+                     : "cc", "memory");
+    return t;
   }
 
   static Limb Subtract(Limb* z, const Limb* x, const Limb* y, size_t n) {
-    unsigned char borrow = 0;
-    size_t i = 0;
-    for (; i + 4 <= n; i += 4) {
-      unsigned long long s0, s1, s2, s3;
-      borrow = _subborrow_u64(borrow, x[i], y[i], &s0);
-      borrow = _subborrow_u64(borrow, x[i + 1], y[i + 1], &s1);
-      borrow = _subborrow_u64(borrow, x[i + 2], y[i + 2], &s2);
-      borrow = _subborrow_u64(borrow, x[i + 3], y[i + 3], &s3);
-      z[i] = s0;
-      z[i + 1] = s1;
-      z[i + 2] = s2;
-      z[i + 3] = s3;
-    }
-    for (; i < n; ++i) {
-      unsigned long long s;
-      borrow = _subborrow_u64(borrow, x[i], y[i], &s);
-      z[i] = s;
-    }
-    return borrow;
+    size_t count = n / 4;
+    Limb i, t;
+    __asm__ volatile(MIROLTA_SUM("sbbq")
+                     : "+c"(count), [i] "=&r"(i), [t] "=&r"(t)
+                     : [z] "r"(z), [x] "r"(x), [y] "r"(y), [tail] "r"(n % 4)
+                     : "cc", "memory");
+    return t;
   }
 
   static inline __attribute__((always_inline)) Limb Mul1(Limb* z, const Limb* x, size_t n, Limb y) {

@@ -61,7 +61,10 @@ HRESULT BigNumberObject::Return(BigInt& value, IPexBigNumber** out) {
   BigNumberObject* const object = new (std::nothrow) BigNumberObject(nullptr);
   if (object == nullptr) return E_OUTOFMEMORY;
   object->number_.Swap(value);
-  return FinishObject(object, IID_IPexBigNumber, reinterpret_cast<void**>(out));
+  void* made = nullptr;
+  const HRESULT status = FinishObject(object, IID_IPexBigNumber, &made);
+  *out = static_cast<IPexBigNumber*>(made);
+  return status;
 }
 
 HRESULT BigNumberObject::Operate(Operation operation, const VARIANT& v, IPexBigNumber** out) const {

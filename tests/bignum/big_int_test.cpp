@@ -163,11 +163,13 @@ TEST(BigIntTest, CopiesShareUntilOneIsWritten) {
     EXPECT_EQ(a.magnitude().shareCount, 1u);
     BigInt moved(std::move(c));
     EXPECT_EQ(Hex(moved), "1");
-    moved = moved;  // NOLINT
+    const BigInt& same = moved;
+    moved = same;
     EXPECT_EQ(Hex(moved), "1");
   }
   EXPECT_EQ(a.magnitude().shareCount, 0u);
-  a = a;  // NOLINT
+  const BigInt& same = a;
+  a = same;
   EXPECT_EQ(Hex(a), "123456789abcdef0123456789");
   EXPECT_EQ(a.magnitude().shareCount, 0u);
 }

@@ -162,9 +162,9 @@ const Failing kOperations[] = {
 
 // Runs each operation with one more allocation allowed each time, until it succeeds. The number has
 // a copy, so that writing to it needs memory too.
-TEST(BigMemoryTest, EveryAllocationMayFail) {
+void FailEveryAllocation(uint32_t short_words) {
   for (const Failing& operation : kOperations) {
-    const BigInt a = Fives(kWords), b = Fives(kWords / 2);
+    const BigInt a = Fives(kWords), b = Fives(short_words);
     BigInt n = Secret(kWords);
     const BigInt copy(n);
     const long before = live;
@@ -184,6 +184,15 @@ TEST(BigMemoryTest, EveryAllocationMayFail) {
     EXPECT_GT(failures, 0) << operation.name;
     EXPECT_TRUE(IsSecret(copy, kWords)) << operation.name;
   }
+}
+
+TEST(BigMemoryTest, EveryAllocationMayFail) {
+  FailEveryAllocation(kWords / 2);
+}
+
+// Of the size that powers compute with in vectors.
+TEST(BigMemoryTest, EveryAllocationForDigitsMayFail) {
+  FailEveryAllocation(120);
 }
 
 TEST(BigMemoryTest, NextPrimeKeepsItsNumber) {

@@ -52,6 +52,21 @@ TEST(BigPeerTest, QuotientsAndRemainders) {
   }
 }
 
+TEST(BigPeerTest, QuotientsNextToMultiples) {
+  for (int i = 0; i < Cases(2000); ++i) {
+    const BigInt b = Operand(i), factor = Operand(i / 3);
+    if (b.IsZero()) continue;
+    BigInt a = b * factor;
+    if (i % 2 == 0) a = a + BigInt(Below(2)) - BigInt(Below(2));
+    const Mpz x(a), y(b);
+    Mpz q;
+    mpz_tdiv_q(q, x, y);
+    ASSERT_EQ(Value(a / b), Peer(q));
+    ASSERT_EQ(Divide(a, a, b), S_OK);
+    ASSERT_EQ(Value(a), Peer(q));
+  }
+}
+
 TEST(BigPeerTest, GcdAndInverse) {
   for (int i = 0; i < Cases(2500); ++i) {
     BigInt a = Operand(i), b = Operand(i / 3);

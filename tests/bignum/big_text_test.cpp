@@ -10,7 +10,7 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 Bytes BytesOf(const BigInt& n) {
-  Bytes bytes(ByteLength(n) + 1, 0xEE);
+  Bytes bytes(static_cast<size_t>(ByteLength(n)) + 1, 0xEE);
   ToBytes(bytes.data(), n);
   EXPECT_EQ(bytes.back(), 0xEE);
   bytes.pop_back();
@@ -49,7 +49,7 @@ TEST(BigBytesTest, EveryLengthAndBack) {
     EXPECT_EQ(BytesOf(n), bytes);
     // A shorter value into a number that had more words.
     ASSERT_EQ(FromBytes(n, bytes.data(), length / 2), S_OK);
-    EXPECT_EQ(BytesOf(n), Bytes(bytes.begin(), bytes.begin() + length / 2));
+    EXPECT_EQ(BytesOf(n), Bytes(bytes.data(), bytes.data() + length / 2));
   }
 }
 
@@ -98,6 +98,23 @@ TEST(BigTextTest, TextOfZeroIsNull) {
     EXPECT_EQ(text.characters(), nullptr);
     EXPECT_EQ(text.length(), 0u);
   }
+}
+
+TEST(BigTextTest, ShorterTextTakesTheSameRoom) {
+  NumberText text;
+  ASSERT_EQ(ToText(text, BigHex("123456789abcdef0123"), 16), S_OK);
+  const OLECHAR* const characters = text.characters();
+  ASSERT_EQ(ToText(text, BigHex("abc"), 16), S_OK);
+  EXPECT_EQ(text.characters(), characters);
+  EXPECT_EQ(Narrow(text), "abc");
+  EXPECT_EQ(text.characters()[3], 0);
+  ASSERT_EQ(ToText(text, BigHex("123456789abcdef0123"), 16), S_OK);
+  EXPECT_EQ(text.characters(), characters);
+  EXPECT_EQ(Narrow(text), "123456789abcdef0123");
+  ASSERT_EQ(ToText(text, BigHex("f123456789abcdef0123"), 16), S_OK);
+  EXPECT_EQ(Narrow(text), "f123456789abcdef0123");
+  ASSERT_EQ(ToText(text, BigInt(7), 10), S_OK);
+  EXPECT_EQ(Narrow(text), "7");
 }
 
 TEST(BigTextTest, OtherBasesFail) {
@@ -184,6 +201,37 @@ TEST(BigTextTest, AgainstThePeer) {
     // Reading back with a character to spare, so that nothing is dropped.
     ASSERT_EQ(Hex(Big(wanted + "   ")), Hex(n));
     ASSERT_EQ(Hex(BigHex(Hex(n))), Hex(n));
+  }
+}
+
+std::string PeerDecimal(mpz_srcptr z) {
+  char* const decimal = mpz_get_str(nullptr, 10, z);
+  std::string text = decimal;
+  free(decimal);
+  return text;
+}
+
+// Every length around the changes of method, with values at and next to powers of both bases.
+TEST(BigTextTest, LengthsOfLongNumbers) {
+  for (uint32_t words = 20; words < 1500; words += words < 220 ? 1 : 37) {
+    for (uint32_t kind = 0; kind < 5; ++kind) {
+      Mpz peer;
+      if (kind == 0) {
+        mpz_setbit(peer, 32 * words);
+        mpz_sub_ui(peer, peer, 1);
+      } else if (kind < 4) {
+        // 10^k - 1, 10^k and 10^k + 1, the digits that fit the words
+        mpz_ui_pow_ui(peer, 10, static_cast<unsigned long>(words * 9.63));
+        mpz_add_ui(peer, peer, kind);
+        mpz_sub_ui(peer, peer, 2);
+      } else {
+        mpz_set(peer, Mpz(RandomBigOf(32 * words)));
+      }
+      const BigInt n = FromPeer(peer);
+      const std::string wanted = PeerDecimal(peer);
+      ASSERT_EQ(Decimal(n), wanted) << words;
+      ASSERT_TRUE(Big(wanted + std::string(wanted.size() / 50 + 2, ' ')) == n) << words;
+    }
   }
 }
 

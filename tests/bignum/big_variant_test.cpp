@@ -15,7 +15,6 @@ namespace mirolta::test {
 namespace {
 
 constexpr HRESULT kMismatch = static_cast<HRESULT>(0x80020005);
-constexpr HRESULT kOverflow = static_cast<HRESULT>(0x8002000A);
 constexpr HRESULT kNoMemory = static_cast<HRESULT>(0x8007000E);
 
 // What a value reads as: hexadecimal digits, or the status of a failure that left the number alone.

@@ -66,6 +66,13 @@ TEST(MultiplyLimbsTest, UnequalSizes) {
   }
 }
 
+// Shapes from equal ones to twice as long, around the least of the methods for them.
+TEST(MultiplyLimbsTest, EveryShapeUpToTwice) {
+  for (size_t n = 34; n < 90; n += n < 42 ? 1 : 7) {
+    for (size_t m = n; m <= 2 * n + 1; ++m) CheckProduct(m, n, false);
+  }
+}
+
 void CheckQuotient(const Limbs& a, const Limbs& d) {
   Mpz pa, pd, pq, pr;
   Import(pa, a);
@@ -147,7 +154,7 @@ TEST(DivideRepeatedlyTest, AsManyDivisions) {
   }
 }
 
-TEST(DivideInPlaceTest, RemainderOnlyWhereWanted) {
+TEST(DivideInPlaceTest, EverySmallShape) {
   for (size_t n = 1; n < 60; n += 1 + Below(3)) {
     for (size_t m = n; m < n + 60; m += 1 + Below(9)) {
       Limbs u = RandomLimbs(m), v = RandomLimbs(n);
@@ -156,18 +163,108 @@ TEST(DivideInPlaceTest, RemainderOnlyWhereWanted) {
       Import(pu, u);
       Import(pv, v);
       mpz_fdiv_qr(quotient, remainder, pu, pv);
-      const bool wants = Below(3) != 0;
       Limbs q(m - n + 2, kGuard), scratch(DivideScratch(m, n) + 1, kGuard);
       u.push_back(kGuard);
-      DivideInPlace(q.data(), u.data(), m, v.data(), n, wants, scratch.data());
+      DivideInPlace(q.data(), u.data(), m, v.data(), n, scratch.data());
       ASSERT_EQ(q.back(), kGuard);
       ASSERT_EQ(scratch.back(), kGuard);
       q.pop_back();
       ASSERT_EQ(q, Export(quotient, m - n + 1)) << m << " by " << n;
       u.resize(n);
-      if (!wants) continue;
       ASSERT_EQ(u, Export(remainder, n)) << m << " by " << n;
     }
+  }
+}
+
+// Whether the quotient could be told; if so, it has to be right.
+bool ToldQuotient(const Limbs& a, const Limbs& d) {
+  const size_t m = a.size(), n = d.size();
+  Limbs u = a, v = d, q(m - n + 2, kGuard), scratch(DivideScratch(m, n) + 1, kGuard);
+  u.push_back(kGuard);
+  u.push_back(kGuard);
+  const bool told = QuotientInPlace(q.data(), u.data(), m, v.data(), n, scratch.data());
+  EXPECT_EQ(u.back(), kGuard);
+  EXPECT_EQ(q.back(), kGuard);
+  EXPECT_EQ(scratch.back(), kGuard);
+  if (!told) return false;
+  Mpz pa, pd;
+  Import(pa, a);
+  Import(pd, d);
+  mpz_tdiv_q(pa, pa, pd);
+  q.pop_back();
+  EXPECT_EQ(q, Export(pa, q.size())) << m << " by " << n;
+  return true;
+}
+
+// Limbs without the edges of RandomLimbs.
+Limbs PlainLimbs(size_t n) {
+  Limbs limbs(n);
+  for (Limb& limb : limbs) {
+    for (uint32_t bits = 0; bits < kLimbBits; bits += 32) {
+      limb |= static_cast<Limb>(static_cast<uint32_t>(Generator()())) << bits;
+    }
+  }
+  return limbs;
+}
+
+// Sizes around the changes of method, with quotients shorter than, as long as and longer than the
+// divisor.
+TEST(QuotientInPlaceTest, TellsWhatIsNoMultiple) {
+  for (int i = 0; i < Cases(2000); ++i) {
+    const size_t most = i % 5 == 0 ? 300 : 40;
+    const size_t n = 1 + Below(static_cast<uint32_t>(most));
+    Limbs d = PlainLimbs(n);
+    if (i % 2 == 0) d.back() >>= Below(kLimbBits);
+    d.back() |= 2;
+    const Limbs a = PlainLimbs(n + Below(static_cast<uint32_t>(most)));
+    ASSERT_TRUE(ToldQuotient(a, d)) << a.size() << " by " << n;
+  }
+}
+
+TEST(QuotientInPlaceTest, IsRightOrNotToldAtEdges) {
+  int told = 0;
+  for (int i = 0; i < Cases(3000); ++i) {
+    const uint32_t most = i % 5 == 0 ? 300 : 24;
+    Limbs d = RandomLimbs(1 + Below(most));
+    if (d.back() == 0) d.back() = i % 2 == 0 ? kLimbMax : 1;
+    if (ToldQuotient(RandomLimbs(d.size() + Below(most)), d)) ++told;
+  }
+  EXPECT_GT(told, 0);
+}
+
+// A quotient followed by zero limbs leaves nothing or, one less, almost the divisor in the middle
+// of the division: there the limbs that were left out decide.
+TEST(QuotientInPlaceTest, NextToMultiples) {
+  for (int i = 0; i < Cases(3000); ++i) {
+    const uint32_t most = i % 5 == 0 ? 200 : 12;
+    const size_t n = 3 + Below(most);
+    const size_t count = 1 + Below(most);
+    Limbs d = i % 3 == 0 ? PlainLimbs(n) : RandomLimbs(n);
+    d.back() |= Limb{1} << Below(kLimbBits);
+    Limbs factor = i % 3 == 0 ? PlainLimbs(count) : RandomLimbs(count);
+    factor.back() |= 1;
+    for (size_t zeros = Below(static_cast<uint32_t>(count)); zeros != 0; --zeros) {
+      factor[zeros - 1] = 0;
+    }
+    Mpz pa, pd, pf;
+    Import(pd, d);
+    Import(pf, factor);
+    mpz_mul(pa, pd, pf);
+    const Limbs multiple = Export(pa, n + count);
+    // Nothing of d is left out for a quotient of one limb.
+    EXPECT_FALSE(ToldQuotient(multiple, d) && count > 1) << n + count << " by " << n;
+    mpz_sub_ui(pf, pa, 1);
+    ToldQuotient(Export(pf, n + count), d);
+    mpz_add_ui(pf, pa, 1);
+    ToldQuotient(Export(pf, n + count), d);
+    mpz_add(pf, pa, pd);
+    mpz_sub_ui(pf, pf, 1 + Below(2));
+    ToldQuotient(Export(pf, n + count), d);
+    // Remainders about as large as the parts left out.
+    mpz_set_ui(pf, 1 + Below(static_cast<uint32_t>(count) + 2));
+    mpz_mul_2exp(pf, pf, (n - 1) * kLimbBits);
+    mpz_add(pf, pa, pf);
+    ToldQuotient(Export(pf, n + count), d);
   }
 }
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "big_testing.h"
 
 namespace mirolta {
@@ -31,6 +33,14 @@ Limbs Export(const Mpz& z, size_t n) {
   mpz_export(limbs.data(), nullptr, -1, sizeof(Limb), 0, 0, low);
   limbs.resize(n);
   return limbs;
+}
+
+TEST(LimbKernelListTest, RowsAskForTheirInstructions) {
+  const LimbKernelList list = AllLimbKernels();
+  for (size_t i = 0; i < list.count; ++i) {
+    const bool plain = std::string(list.rows[i].name).find("products") != std::string::npos;
+    EXPECT_EQ(list.rows[i].needs, plain ? 0u : kFeatureBmi2Adx) << list.rows[i].name;
+  }
 }
 
 class LimbKernelsTest : public ::testing::TestWithParam<int> {

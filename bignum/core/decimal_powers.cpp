@@ -1,0 +1,44 @@
+#include "decimal_powers.h"
+
+#include <new>
+
+#include "limb_basics.h"
+#include "limb_multiply.h"
+#include "limb_scratch.h"
+
+namespace mirolta {
+
+namespace {
+
+// The value of x[n], not zero, times B^zeros without zero limbs at either end.
+DecimalPower Trimmed(const Limb* x, size_t n, size_t zeros) {
+  for (; *x == 0; ++x, --n) ++zeros;
+  return {x, SignificantLimbs(x, n), zeros};
+}
+
+}  // namespace
+
+bool DecimalPowers::Make(size_t chunks, size_t most_leaf) noexcept {
+  leaf_ = chunks;
+  for (; leaf_ > most_leaf; leaf_ = (leaf_ + 1) / 2) ++levels_;
+  // A chunk fits a limb, so power i fits leaf * 2^i limbs, and all of them fit this.
+  limbs_ = new (std::nothrow) Limb[leaf_ << levels_];
+  if (limbs_ == nullptr) return false;
+  limbs_[0] = kDecimalPower;
+  for (size_t i = 1; i < leaf_; ++i) {
+    limbs_[i] = CurrentLimbKernels().mul1(limbs_, limbs_, i, kDecimalPower);
+  }
+  powers_[0] = Trimmed(limbs_, leaf_, 0);
+  Limb* to = limbs_ + leaf_;
+  for (size_t i = 1; i < levels_; ++i) {
+    const DecimalPower& half = powers_[i - 1];
+    LimbScratch scratch(MultiplyScratch(half.size, half.size));
+    if (scratch.get() == nullptr) return false;
+    MultiplyLimbs(to, half.limbs, half.size, half.limbs, half.size, scratch.get());
+    powers_[i] = Trimmed(to, 2 * half.size, 2 * half.zeros);
+    to += 2 * half.size;
+  }
+  return true;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,145 @@
+// Computations whose working memory does not fit in themselves, when one allocation of theirs
+// fails: the status says so, the operands are as before, nothing is lost, and the same call
+// succeeds afterwards.
+#include <gtest/gtest.h>
+
+#include "big_int.h"
+#include "memory_watch.h"
+#include "number_theory.h"
+
+namespace mirolta {
+namespace {
+
+using test::AllocationHasFailed;
+using test::FailOneAllocation;
+using test::LiveAllocations;
+
+// words words of a pattern, the lowest one `low`.
+BigInt Pattern(uint32_t words, uint32_t low) {
+  BigInt n;
+  BigMagnitude* const m = n.Rewrite(words);
+  for (uint32_t i = 0; i < words; ++i) m->digits()[i] = 0x9E3779B9u * (i + 1) | 1;
+  m->digits()[0] = low;
+  m->normalise();
+  return n;
+}
+
+BigInt PowerOfTwo(uint32_t bit) {
+  BigInt n;
+  BigMagnitude* const m = n.Rewrite(bit / 32 + 1);
+  for (uint32_t i = 0; i <= bit / 32; ++i) m->digits()[i] = 0;
+  m->digits()[bit / 32] = 1u << (bit % 32);
+  m->normalise();
+  return n;
+}
+
+struct Operands {
+  const char* name;
+  BigInt base;
+  BigInt exponent;
+  BigInt modulus;
+};
+
+class BigScratchMemoryTest : public testing::Test {
+ protected:
+  // Fails each allocation of ModExp in turn until none is left to fail.
+  static void FailEachOfModExp(const Operands& operands) {
+    SCOPED_TRACE(operands.name);
+    BigInt expected;
+    ASSERT_EQ(ModExp(expected, operands.base, operands.exponent, operands.modulus), S_OK);
+    const BigInt base = operands.base, exponent = operands.exponent, modulus = operands.modulus;
+    int failures = 0;
+    for (long count = 0;; ++count) {
+      const long before = LiveAllocations();
+      {
+        BigInt result;
+        HRESULT status = S_OK;
+        {
+          const FailOneAllocation failing(count);
+          status = ModExp(result, base, exponent, modulus);
+        }
+        if (!AllocationHasFailed()) {
+          EXPECT_EQ(status, S_OK);
+          EXPECT_EQ(Compare(result, expected), 0);
+          break;
+        }
+        EXPECT_TRUE(status == E_OUTOFMEMORY || Compare(result, expected) == 0) << count;
+        if (FAILED(status)) ++failures;
+        EXPECT_EQ(ModExp(result, base, exponent, modulus), S_OK) << count;
+        EXPECT_EQ(Compare(result, expected), 0) << count;
+      }
+      EXPECT_EQ(LiveAllocations(), before) << count;
+    }
+    EXPECT_EQ(Compare(base, operands.base), 0);
+    EXPECT_EQ(Compare(exponent, operands.exponent), 0);
+    EXPECT_EQ(Compare(modulus, operands.modulus), 0);
+    EXPECT_GT(failures, 1);
+  }
+};
+
+TEST_F(BigScratchMemoryTest, PowersModuloNumbersOfEveryForm) {
+  const BigInt exponent(0xF00F1);
+  const Operands rows[] = {
+      {"odd, of lanes", Pattern(120, 5), exponent, Pattern(121, 3)},
+      {"odd, longer", Pattern(250, 5), exponent, Pattern(251, 3)},
+      {"even", Pattern(250, 5), exponent, Pattern(251, 6)},
+      {"power of two", Pattern(250, 5), exponent, PowerOfTwo(9000)},
+      {"a long exponent of a power of two", Pattern(300, 5), Pattern(301, 7), PowerOfTwo(9000)},
+      {"zero words below", Pattern(250, 5), exponent, Pattern(200, 3) * PowerOfTwo(9000)},
+  };
+  for (const Operands& row : rows) FailEachOfModExp(row);
+}
+
+// Only the first allocations: what comes after them is the search itself.
+TEST_F(BigScratchMemoryTest, PrimesOfEverySizeAreNotFoundWithoutMemory) {
+  for (const uint32_t words : {1u, 4u, 12u, 40u}) {
+    SCOPED_TRACE(words);
+    int failures = 0;
+    for (long count = 0; count < 6; ++count) {
+      const BigInt start = Pattern(words, 0x12345671);
+      BigInt n = start;
+      HRESULT status = S_OK;
+      {
+        const FailOneAllocation failing(count);
+        status = NextPrime(n);
+      }
+      if (!AllocationHasFailed()) {
+        EXPECT_EQ(status, S_OK);
+        break;
+      }
+      if (SUCCEEDED(status)) continue;
+      EXPECT_EQ(status, E_OUTOFMEMORY) << count;
+      ++failures;
+    }
+    EXPECT_GT(failures, 0);
+  }
+}
+
+TEST_F(BigScratchMemoryTest, FermatsTestNeedsMemoryForLongNumbers) {
+  const BigInt n = Pattern(250, 0x12345671);
+  bool expected = true;
+  ASSERT_EQ(IsFermatPrime(&expected, n), S_OK);
+  EXPECT_FALSE(expected);
+  int failures = 0;
+  for (long count = 0;; ++count) {
+    bool result = false;
+    HRESULT status = S_OK;
+    {
+      const FailOneAllocation failing(count);
+      status = IsFermatPrime(&result, n);
+    }
+    if (!AllocationHasFailed()) {
+      EXPECT_EQ(status, S_OK);
+      break;
+    }
+    if (FAILED(status)) {
+      EXPECT_EQ(status, E_OUTOFMEMORY) << count;
+      ++failures;
+    }
+    EXPECT_FALSE(result) << count;
+  }
+  EXPECT_GT(failures, 0);
+}
+
+}  // namespace
+}  // namespace mirolta

@@ -1,0 +1,139 @@
+// No loop over limbs touches what lies before or behind its numbers, and all agree.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "big_testing.h"
+#include "guarded_memory.h"
+#include "limb_kernels.h"
+
+namespace mirolta {
+namespace {
+
+using test::Guard;
+using test::GuardedMemory;
+
+// GuardedLimbs: limbs with a page that cannot be touched before or behind them.
+class GuardedLimbs {
+ public:
+  GuardedLimbs(Guard guard, const std::vector<Limb>& limbs)
+      : memory_(guard, limbs.size() * sizeof(Limb)),
+        data_(memory_.Copy(limbs.data(), limbs.size())),
+        count_(limbs.size()) {}
+
+  Limb* data() const { return data_; }
+  std::vector<Limb> limbs() const { return std::vector<Limb>(data_, data_ + count_); }
+
+ private:
+  GuardedMemory memory_;
+  Limb* data_;
+  size_t count_;
+};
+
+std::vector<Limb> Ones(size_t n, size_t step) {
+  std::vector<Limb> limbs(n);
+  for (size_t i = 0; i < n; ++i) limbs[i] = static_cast<Limb>(0 - (i + step) * (i + step));
+  return limbs;
+}
+
+template <typename Check>
+void ForEachTable(const Check& check) {
+  const LimbKernelList list = AllLimbKernels();
+  const LimbKernels& portable = *list.rows[list.count - 1].function;
+  for (size_t i = 0; i < list.count; ++i) {
+    if ((list.rows[i].needs & ~ProcessorFeatures()) != 0) continue;
+    SCOPED_TRACE(list.rows[i].name);
+    for (const Guard guard : {Guard::kBefore, Guard::kBehind}) {
+      check(*list.rows[i].function, portable, guard);
+    }
+  }
+}
+
+TEST(LimbBounds, SumsAndDifferencesStayInside) {
+  ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
+    for (size_t n = 0; n < 40; ++n) {
+      const GuardedLimbs x(guard, Ones(n, 1)), y(guard, Ones(n, 7)), z(guard, Ones(n, 0));
+      std::vector<Limb> expected(n);
+      EXPECT_EQ(k.add(z.data(), x.data(), y.data(), n),
+                portable.add(expected.data(), x.data(), y.data(), n));
+      EXPECT_EQ(z.limbs(), expected) << n;
+      EXPECT_EQ(k.subtract(z.data(), x.data(), y.data(), n),
+                portable.subtract(expected.data(), x.data(), y.data(), n));
+      EXPECT_EQ(z.limbs(), expected) << n;
+    }
+  });
+}
+
+TEST(LimbBounds, RowsStayInside) {
+  ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
+    const Limb factor = static_cast<Limb>(0) - 3;
+    for (size_t n = 0; n < 40; ++n) {
+      const GuardedLimbs x(guard, Ones(n, 1)), z(guard, Ones(n, 5));
+      std::vector<Limb> expected = z.limbs();
+      EXPECT_EQ(k.mulAdd1(z.data(), x.data(), n, factor),
+                portable.mulAdd1(expected.data(), x.data(), n, factor));
+      EXPECT_EQ(z.limbs(), expected) << n;
+      EXPECT_EQ(k.mulSub1(z.data(), x.data(), n, factor),
+                portable.mulSub1(expected.data(), x.data(), n, factor));
+      EXPECT_EQ(z.limbs(), expected) << n;
+      EXPECT_EQ(k.mul1(z.data(), x.data(), n, factor),
+                portable.mul1(expected.data(), x.data(), n, factor));
+      EXPECT_EQ(z.limbs(), expected) << n;
+    }
+  });
+}
+
+TEST(LimbBounds, ProductsStayInside) {
+  ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
+    for (size_t n = 1; n < 36; ++n) {
+      const GuardedLimbs y(guard, Ones(n, 2));
+      for (const size_t m : {n, n + 1, n + 5}) {
+        const GuardedLimbs x(guard, Ones(m, 1)), z(guard, Ones(m + n, 0));
+        std::vector<Limb> expected(m + n);
+        k.multiply(z.data(), x.data(), m, y.data(), n);
+        portable.multiply(expected.data(), x.data(), m, y.data(), n);
+        EXPECT_EQ(z.limbs(), expected) << m << " " << n;
+      }
+      const GuardedLimbs z(guard, Ones(2 * n, 0));
+      std::vector<Limb> expected(2 * n);
+      k.square(z.data(), y.data(), n);
+      portable.square(expected.data(), y.data(), n);
+      EXPECT_EQ(z.limbs(), expected) << n;
+    }
+  });
+}
+
+TEST(LimbBounds, MontgomeryProductsStayInside) {
+  ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
+    for (size_t n = 1; n < 36; ++n) {
+      std::vector<Limb> modulus = Ones(n, 3);
+      modulus[0] |= 1;
+      modulus[n - 1] |= static_cast<Limb>(1) << (kLimbBits - 1);
+      Limb inverse = 1;  // of modulus[0] modulo 2, 4, 16 ...
+      for (size_t bits = 1; bits < kLimbBits; bits *= 2) {
+        inverse = static_cast<Limb>(inverse * (2 - modulus[0] * inverse));
+      }
+      inverse = static_cast<Limb>(0 - inverse);
+      std::vector<Limb> small = Ones(n, 9);
+      small[n - 1] >>= 1;
+      const GuardedLimbs m(guard, modulus), x(guard, small), z(guard, Ones(n, 0));
+      std::vector<Limb> product(2 * n);
+      portable.square(product.data(), small.data(), n);
+      const GuardedLimbs t(guard, product);
+      std::vector<Limb> expected(n);
+      k.reduce(z.data(), t.data(), m.data(), n, inverse);
+      portable.reduce(expected.data(), product.data(), modulus.data(), n, inverse);
+      EXPECT_EQ(z.limbs(), expected) << n;
+      const GuardedLimbs w(guard, Ones(n, 0));
+      if (k.montgomery(w.data(), x.data(), x.data(), m.data(), n, inverse)) {
+        EXPECT_EQ(w.limbs(), expected) << n;
+      } else {
+        EXPECT_EQ(w.limbs(), Ones(n, 0)) << n;
+      }
+    }
+  });
+}
+
+}  // namespace
+}  // namespace mirolta
