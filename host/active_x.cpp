@@ -27,7 +27,9 @@ struct CreateFrame {
     CLSID id;
     HRESULT status = FindClass(name.c_str(), &id);
     if (SUCCEEDED(status)) {
-      status = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.OutVoid());
+      void* made = nullptr;
+      status = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &made);
+      object.Take(made);
     }
     if (FAILED(status)) {
       const char* reason = StandardText(status);

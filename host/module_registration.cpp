@@ -17,7 +17,7 @@ constexpr char kOwnModule[] = "/../lib/libMirolta.so";
 // The absolute path of a file, empty if there is no such file.
 std::string FullPath(const std::string& path) {
   char* full = realpath(path.c_str(), nullptr);
-  const std::string found = full != nullptr ? full : "";
+  std::string found = full != nullptr ? full : "";
   free(full);
   return found;
 }

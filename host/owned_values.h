@@ -32,7 +32,8 @@ class Reference {
     Reset();
     return &pointer_;
   }
-  void** OutVoid() { return reinterpret_cast<void**>(Out()); }
+  // Takes over the reference that a callee put into a place of no type.
+  void Take(void* pointer) { *Out() = static_cast<Interface*>(pointer); }
   // Adds a reference of its own.
   void Share(Interface* pointer) {
     if (pointer != nullptr) pointer->AddRef();

@@ -13,7 +13,9 @@ constexpr double kEpochDay = 25569.0;  // 1 January 1970 in automation's count
 // What local time is ahead of UTC, in milliseconds, at a moment given in UTC or in local time.
 double LocalOffset(double milliseconds, bool is_local) {
   const double seconds = floor(milliseconds / 1000);
-  if (!(fabs(seconds) < 1e12)) return 0;
+  // The system has no offset for a moment that its clock cannot name.
+  constexpr double kMostSeconds = sizeof(time_t) > 4 ? 1e12 : 2147483647;
+  if (!(fabs(seconds) < kMostSeconds)) return 0;
   const time_t moment = static_cast<time_t>(seconds);
   tm parts = {};
   if (!is_local) {

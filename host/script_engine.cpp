@@ -57,7 +57,7 @@ void* Reallocate(void* context, void* block, duk_size_t size) {
 }
 
 // The engine cannot go on: it ran out of memory where it may not, or the host misused it.
-void EndOnFatal(void*, const char* message) {
+[[noreturn]] void EndOnFatal(void*, const char* message) {
   FlushOutput();
   fprintf(stderr, "mirolta-host: the script engine failed: %s\n",
           message != nullptr ? message : "no reason given");
@@ -94,7 +94,7 @@ void PrintReport(const ErrorReport& report) {
 
 std::string FullScriptPath(const std::string& path) {
   char* full = realpath(path.c_str(), nullptr);
-  const std::string found = full != nullptr ? full : path;
+  std::string found = full != nullptr ? full : path;
   free(full);
   return found;
 }

@@ -274,8 +274,10 @@ struct StreamOfFrame {
     if ((value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) || value.punkVal == nullptr) {
       ThrowStatus(engine, DISP_E_TYPEMISMATCH);
     }
-    const HRESULT status = value.punkVal->QueryInterface(IID_IStream, stream.OutVoid());
+    void* found = nullptr;
+    const HRESULT status = value.punkVal->QueryInterface(IID_IStream, &found);
     if (FAILED(status)) ThrowStatus(engine, status);
+    stream.Take(found);
     PushStream(engine, stream.Release());
     return 1;
   }

@@ -105,14 +105,13 @@ void PushObject(duk_context* engine, IUnknown* object) {
   }
   // A script object that comes home is itself again.
   if (PushWrappedObject(engine, object)) return;
-  IDispatch* dispatch = nullptr;
-  if (SUCCEEDED(object->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)))) {
-    PushDispatch(engine, dispatch);
+  void* found = nullptr;
+  if (SUCCEEDED(object->QueryInterface(IID_IDispatch, &found))) {
+    PushDispatch(engine, static_cast<IDispatch*>(found));
     return;
   }
-  IStream* stream = nullptr;
-  if (SUCCEEDED(object->QueryInterface(IID_IStream, reinterpret_cast<void**>(&stream)))) {
-    PushStream(engine, stream);
+  if (SUCCEEDED(object->QueryInterface(IID_IStream, &found))) {
+    PushStream(engine, static_cast<IStream*>(found));
     return;
   }
   object->AddRef();

@@ -189,10 +189,10 @@ HRESULT DefaultValue(const VARIANT& value, VARIANT* result, EXCEPINFO* exception
 
 HRESULT ReadAll(const VARIANT& value, VARIANT* result) {
   if (value.vt != VT_UNKNOWN && value.vt != VT_DISPATCH) return DISP_E_TYPEMISMATCH;
-  IStream* stream = nullptr;
-  const HRESULT status =
-      value.punkVal->QueryInterface(IID_IStream, reinterpret_cast<void**>(&stream));
+  void* found = nullptr;
+  const HRESULT status = value.punkVal->QueryInterface(IID_IStream, &found);
   if (FAILED(status)) return status;
+  IStream* const stream = static_cast<IStream*>(found);
   std::string bytes;
   char part[3];
   ULONG got = 0;
@@ -480,6 +480,11 @@ Text ClassKey() {
 }  // namespace
 
 #define EXPORTED extern "C" __attribute__((visibility("default")))
+
+EXPORTED HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out);
+EXPORTED HRESULT DllCanUnloadNow();
+EXPORTED HRESULT DllRegisterServer();
+EXPORTED HRESULT DllUnregisterServer();
 
 EXPORTED HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out) {
   *out = nullptr;

@@ -61,7 +61,7 @@ class Search {
   void Shuffle(uint8_t* order, int count) {
     for (int i = 0; i < count; ++i) {
       const uint32_t j = Random(static_cast<uint32_t>(i + 1));
-      order[i] = order[j];
+      if (j != static_cast<uint32_t>(i)) order[i] = order[j];
       order[j] = static_cast<uint8_t>(i);
     }
   }
