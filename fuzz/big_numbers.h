@@ -13,7 +13,7 @@ class PeerNumber {
  public:
   PeerNumber() { mpz_init(value_); }
   explicit PeerNumber(const BigInt& n) : PeerNumber() {
-    Bytes bytes(ByteLength(n));
+    Bytes bytes(static_cast<size_t>(ByteLength(n)));
     ToBytes(bytes.data(), n);
     mpz_import(value_, bytes.size(), 1, 1, 1, 0, bytes.data());
     if (n.IsNegative()) mpz_neg(value_, value_);

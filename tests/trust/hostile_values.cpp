@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "member_calls.h"
 
@@ -155,6 +156,7 @@ void HostileValues::AddTexts() {
   Add("text-empty", OwnText(OLESTR("")));
   Add("text-number", OwnText(OLESTR("7")));
   Add("text-algorithm", OwnText(OLESTR("AES")));
+  Add("text-algorithm-zero", OwnText(Text(OLESTR("AES\0x"), 5)));
   Add("text-zero-inside", OwnText(Text(OLESTR("ab\0cd"), 5)));
   Add("text-zero-first", OwnText(Text(OLESTR("\0ab"), 3)));
   Add("text-half-pair", OwnText(Text(1, static_cast<OLECHAR>(0xD800))));
@@ -177,6 +179,9 @@ void HostileValues::AddArrays() {
   Add("bytes-4x4", OwnArray(VT_UI1, {{4, 0}, {4, 0}}));
   Add("bytes-4x0", OwnArray(VT_UI1, {{4, 0}, {0, 0}}));
   Add("bytes-10000", OwnArray(VT_UI1, {{10000, 0}}), true);
+  VARIANT& full = OwnArray(VT_UI1, {{10000, 0}});
+  std::memset(full.parray->pvData, 0xA5, 10000);
+  Add("bytes-10000-full", full, true);
   Add("bytes-queue-limit", OwnArray(VT_UI1, {{kQueueLimit, 0}}), true);
   Add("bytes-past-limit", OwnArray(VT_UI1, {{kQueueLimit + 1, 0}}), true);
   Add("bytes-16MB", OwnArray(VT_UI1, {{kSixteenMegabytes, 0}}), true);
@@ -270,8 +275,8 @@ void HostileValues::AddFixed() {
   text("half-pair", OwnText(Text(1, static_cast<OLECHAR>(0xDC00))));
   text("10000 digits", OwnText(Text(10000, OLESTR('7'))));
   texts_.push_back({"16MB", OwnText(Text(kSixteenMegabytes / 2, OLESTR('7'))), true});
-  for (const LONG number :
-       {0, 1, -1, -2, 2, 7, 33, 1252, 65001, 77777, 0x7FFFFFFF, static_cast<LONG>(0x80000000)}) {
+  for (const LONG number : {0, 1, -1, -2, 2, 7, 33, 64, 1252, 65001, 77777, 0x7FFFFFFF,
+                            static_cast<LONG>(0x80000000)}) {
     VARIANT& value = Own(VT_I4);
     value.lVal = number;
     numbers_.push_back({std::to_string(number), value, number > 100});

@@ -1,5 +1,6 @@
 #include "member_calls.h"
 
+#include <atomic>
 #include <cstdio>
 #include <sstream>
 
@@ -149,13 +150,15 @@ constexpr RandomSource kSource = {[](uint32_t) { return true; },
                                     return sequence >> 8 & 0x7FFFFFFFu;
                                   }};
 
-int entered = 0;
-int held = 0;
-constexpr MiroltaLockProbe kProbe = {[](CRITICAL_SECTION*) {
-                                       ++entered;
-                                       ++held;
-                                     },
-                                     [](CRITICAL_SECTION*) { --held; }};
+std::atomic<int> entered{0};
+std::atomic<int> held{0};
+// Relaxed: counting must not put an order between threads that the locks do not.
+constexpr MiroltaLockProbe kProbe = {
+    [](CRITICAL_SECTION*) {
+      entered.fetch_add(1, std::memory_order_relaxed);
+      held.fetch_add(1, std::memory_order_relaxed);
+    },
+    [](CRITICAL_SECTION*) { held.fetch_sub(1, std::memory_order_relaxed); }};
 
 }  // namespace
 

@@ -41,6 +41,7 @@ class Arguments {
  public:
   explicit Arguments(const std::string& words);
   VARIANT* Get() { return values_.empty() ? nullptr : &values_[0]; }
+  const VARIANT* Get() const { return values_.empty() ? nullptr : &values_[0]; }
   unsigned Count() const { return static_cast<unsigned>(values_.size()); }
   ~Arguments();
   Arguments(const Arguments&) = delete;
