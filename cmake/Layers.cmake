@@ -7,7 +7,26 @@ target_compile_options(mirolta_options INTERFACE
   -Wall -Wextra -Werror -Wshadow -Wconversion -Wsign-conversion -Woverloaded-virtual
   -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wvla -Wimplicit-fallthrough
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>  # gcc 12 warns of its own std::string
-  -fno-strict-aliasing -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections)
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-unknown-warning-option>  # the other's, that sources switch off
+  -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT MIROLTA_SANITIZE)
+  # Not among them: -Wuseless-cast (LONG and Limb are other types elsewhere),
+  # -Wnon-virtual-dtor (interfaces have no destructor; -Wdelete-non-virtual-dtor is on) and
+  # -Wnull-dereference (it guesses by what was inlined; make lint analyses).
+  target_compile_options(mirolta_options INTERFACE
+    -Walloc-zero -Walloca -Warith-conversion -Wcatch-value=3 -Wcomma-subscript -Wdate-time
+    -Wdeprecated-copy-dtor -Wdouble-promotion -Wduplicated-branches -Wduplicated-cond -Wextra-semi
+    -Wformat-signedness -Wimplicit-fallthrough=5 -Wlogical-op -Wmismatched-tags -Wold-style-cast
+    -Wplacement-new=2 -Wredundant-tags -Wshift-overflow=2 -Wsuggest-override -Wtrampolines
+    -Wunused-const-variable=1 -Wunused-macros -Wvolatile -Wzero-as-null-pointer-constant)
+  if(NOT WIN32)  # whose headers declare some of the entry points, and some not
+    target_compile_options(mirolta_options INTERFACE -Wmissing-declarations -Wredundant-decls)
+  endif()
+endif()
+if(NOT WIN32)
+  # Times and files have 64 bits on 32-bit processors too.
+  target_compile_definitions(mirolta_options INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
 if(MIROLTA_SANITIZE)
   # The module has no run-time type information, which the check of virtual tables would need. The
   # code that sanitizers add sets off the conversion warnings, which the plain builds check.
@@ -24,9 +43,11 @@ if(MIROLTA_PORTABLE_ONLY)
   target_compile_definitions(mirolta_options INTERFACE MIROLTA_PORTABLE_ONLY=1)
 endif()
 
-# What the module itself is made of: no exceptions and no run-time type information.
+# What the module itself is made of: no exceptions and no run-time type information, and nothing read
+# as what it is not.
 add_library(mirolta_module_options INTERFACE)
-target_compile_options(mirolta_module_options INTERFACE -fno-exceptions -fno-rtti)
+target_compile_options(mirolta_module_options INTERFACE
+  -fno-exceptions -fno-rtti -Wstrict-aliasing=2)
 target_link_libraries(mirolta_module_options INTERFACE mirolta_options)
 
 # mirolta_layer(NAME DIRECTORY SOURCES file... [KNOWS target...])

@@ -1,0 +1,32 @@
+#!/bin/sh
+# Downloads the 32-bit libraries that the tests link, each with what it needs, and unpacks them into
+# FOLDER. The machine's packages are left alone, and root is not needed: apt works with the machine's
+# sources, but with lists and a status of its own.
+#
+#   i386-packages.sh FOLDER PACKAGE...
+set -eu
+
+mkdir -p "$1"
+folder=$(cd "$1" && pwd)
+shift
+wanted=$*
+[ "$(cat "$folder/unpacked" 2>/dev/null)" != "$wanted" ] || exit 0
+
+apt_for_i386() {
+  apt-get -qq -o APT::Architecture=i386 -o APT::Architectures=i386 -o Dir::State="$folder/state" \
+    -o Dir::State::status="$folder/status" -o Dir::Cache="$folder/cache" \
+    -o APT::Sandbox::User= -o APT::Install-Recommends=false -o Debug::NoLocking=1 "$@"
+}
+
+echo "Unpacking 32-bit packages: $wanted" >&2
+rm -rf "$folder/root" "$folder/cache"
+mkdir -p "$folder/state/lists/partial" "$folder/cache/archives/partial"
+: >"$folder/status"
+# One source that is out of order does not matter if the packages are in another.
+apt_for_i386 update || true
+# shellcheck disable=SC2086  # one word a package
+apt_for_i386 --download-only -y install $wanted >/dev/null
+for package in "$folder"/cache/archives/*.deb; do
+  dpkg-deb -x "$package" "$folder/root"
+done
+printf '%s' "$wanted" >"$folder/unpacked"

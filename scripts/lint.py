@@ -1,0 +1,224 @@
+#!/usr/bin/env python3
+"""Checks the sources without running them.
+
+lint.py BUILD [PATH...]
+
+BUILD is a configured build folder with compile_commands.json; its results are kept there, in lint/, by
+the content of what they depend on, so that a second run looks only at what has changed. With PATHs
+(files or folders) only what lies there is checked.
+
+- layers      includes go in the allowed directions (tests/layout/check_layers.py)
+- gcc         its warnings, for what the ordinary build leaves out (the benchmark)
+- clang       its warnings: those of .clang-tidy's ExtraArgs
+- clang-tidy  the checks of .clang-tidy
+- cppcheck    all but scripts/cppcheck-suppressions.txt
+
+Prints a line for each check that passes, the places where one does not; exits 1 if there are any.
+"""
+import concurrent.futures
+import functools
+import hashlib
+import json
+import os
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+import time
+
+SOURCE = pathlib.Path(__file__).resolve().parent.parent
+# What the ordinary build does not compile.
+GCC_FOLDERS = {"bench"}
+# Definitions that make other code of a file; such a variant is compiled, but not analysed again.
+VARIANTS = {"-DMIROLTA_PORTABLE_ONLY=1", "-DMIROLTA_HALF_PRODUCTS=1"}
+# cppcheck knows no test framework's macros.
+CPPCHECK_LEAVES_OUT = {"tests", "fuzz", "bench"}
+PRINTED = set()
+FINDING = re.compile(r"(.+?):\d+:\d+: (?:warning|error|style|performance|portability): .*")
+
+
+class Unit:
+    """One way to compile one file."""
+
+    def __init__(self, entry):
+        words = shlex.split(entry["command"])
+        place = words.index("-o")
+        self.words = words[:place] + words[place + 2:]
+        if self.words[0].endswith("ccache"):
+            del self.words[0]
+        self.directory = entry["directory"]
+        self.path = pathlib.Path(entry["file"])
+        self.name = self.path.relative_to(SOURCE).as_posix()
+        self.folder = self.name.split("/")[0]
+        self.variant = tuple(sorted(VARIANTS.intersection(words)))
+
+
+def read_units(build):
+    units = {}
+    for entry in json.loads((build / "compile_commands.json").read_text()):
+        if build not in pathlib.Path(entry["file"]).parents:  # generated files are data
+            unit = Unit(entry)
+            units.setdefault((unit.name, unit.variant), unit)
+    return list(units.values())
+
+
+@functools.lru_cache(maxsize=None)
+def headers_by_name():
+    """File names are unique in the project, so an include's name finds the file."""
+    found = {}
+    for folder in SOURCE.iterdir():
+        if folder.is_dir() and folder.name != "build" and not folder.name.startswith("."):
+            for pattern in ("**/*.h", "**/*.inc"):
+                found.update((path.name, path) for path in folder.glob(pattern))
+    return found
+
+
+@functools.lru_cache(maxsize=None)
+def content_and_includes(path):
+    try:
+        text = path.read_bytes()
+    except FileNotFoundError:  # deleted, but not yet from the list of files
+        return b"", ()
+    names = re.findall(rb'^\s*#\s*include\s+"(?:[^"]*/)?([^"/]+)"', text, re.M)
+    found = (headers_by_name().get(name.decode()) for name in names)
+    return hashlib.sha256(text).digest(), tuple(header for header in found if header)
+
+
+def hash_of(unit, tool):
+    """Of everything of ours that the tool's findings in the unit depend on."""
+    seen, left = {unit.path}, [unit.path]
+    while left:
+        for header in content_and_includes(left.pop())[1]:
+            if header not in seen:
+                seen.add(header)
+                left.append(header)
+    state = hashlib.sha256(repr((tool, unit.words)).encode())
+    for path in sorted(seen):
+        state.update(content_and_includes(path)[0])
+    return state.hexdigest()
+
+
+def findings_of(text):
+    lines = {line.replace(f"{SOURCE}/", "") for line in text.splitlines() if FINDING.fullmatch(line)}
+    return sorted(lines)
+
+
+def tell(found):
+    """Prints each place once, though many units may include it."""
+    fresh = [line for line in found if line not in PRINTED]
+    PRINTED.update(fresh)
+    for line in fresh:
+        print(line, flush=True)
+
+
+def remembered(kept, unit, tool, command):
+    """The findings of the command's run, or of the last one on the same sources."""
+    record = kept / hash_of(unit, tool)
+    if record.exists():
+        return []
+    run = subprocess.run(command, cwd=unit.directory, capture_output=True, text=True)
+    output = run.stdout + run.stderr
+    found = findings_of(output)
+    if run.returncode != 0 and not found:
+        found = [f"{unit.name}: {command[0]} failed: {output.strip()[-500:]}"]
+    if not found:
+        record.touch()
+    tell(found)
+    return found
+
+
+def version_of(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+
+
+def run_gcc(kept, units, pool):
+    units = [unit for unit in units if unit.folder in GCC_FOLDERS]
+    tool = version_of(units[0].words[0], "--version") if units else ""
+
+    def check(unit):
+        return remembered(kept, unit, tool, unit.words + ["-O1", "-fdiagnostics-plain-output", "-o", os.devnull])
+    return len(units), [line for found in pool.map(check, units) for line in found]
+
+
+def run_clang(kept, units, pool):
+    """Both of clang's checks; one reading of a file serves both."""
+    version = version_of("clang-tidy", "--version").split("Default target")[0]
+
+    def check(unit):
+        files = [SOURCE / ".clang-tidy", SOURCE / unit.folder / ".clang-tidy"]
+        configuration = [file.read_text() for file in files if file.exists()]
+        options = [word for word in unit.words[1:] if word not in ("-c", "-Werror", str(unit.path))]
+        command = ["clang-tidy", "-quiet", str(unit.path)]
+        if unit.variant:
+            command.append("-checks=-*,clang-diagnostic-*,readability-duplicate-include")
+        return remembered(kept, unit, (version, configuration, unit.variant),
+                          command + ["--"] + options)
+    found = {line for found in pool.map(check, units) for line in found}
+    warnings = {line for line in found if "[clang-diagnostic-" in line or "[" not in line}
+    return warnings, found - warnings
+
+
+def run_cppcheck(kept, units, jobs):
+    chosen = {}
+    for unit in units:
+        if unit.folder not in CPPCHECK_LEAVES_OUT and not unit.variant:
+            chosen[unit.name] = {"file": str(unit.path), "directory": unit.directory,
+                                 "command": shlex.join(unit.words)}
+    if not chosen:
+        return 0, []
+    work = kept / "cppcheck"
+    work.mkdir(exist_ok=True)
+    project = work / "units.json"
+    project.write_text(json.dumps(list(chosen.values())))
+    run = subprocess.run(
+        ["cppcheck", "--quiet", "--enable=warning,style,performance,portability", "--inline-suppr",
+         f"--suppressions-list={SOURCE}/scripts/cppcheck-suppressions.txt", "--error-exitcode=1",
+         f"-j{jobs}", f"--project={project}", f"--cppcheck-build-dir={work}",
+         "--template={file}:{line}:{column}: {severity}: {message} [{id}]", "--template-location="],
+        capture_output=True, text=True)
+    found = findings_of(run.stdout + run.stderr)
+    if run.returncode != 0 and not found:
+        found = [f"cppcheck failed: {(run.stdout + run.stderr).strip()[-500:]}"]
+    return len(chosen), found
+
+
+def main():
+    build = pathlib.Path(sys.argv[1]).resolve()
+    places = [pathlib.Path(word).resolve() for word in sys.argv[2:]]
+    units = read_units(build)
+    if places:
+        units = [unit for unit in units if any(p == unit.path or p in unit.path.parents for p in places)]
+    if not units:
+        print("lint: nothing to check")
+        return 1
+    kept = build / "lint"
+    kept.mkdir(exist_ok=True)
+    jobs = os.cpu_count() or 1
+    failed = False
+    began = time.monotonic()
+
+    def report(check, count, found):
+        nonlocal failed, began
+        failed = failed or bool(found)
+        tell(sorted(found))
+        print(f"lint {check}: {count}, {len(found)} findings, {time.monotonic() - began:.0f} s", flush=True)
+        began = time.monotonic()
+
+    layers = subprocess.run([sys.executable, SOURCE / "tests/layout/check_layers.py", SOURCE,
+                             build / "compile_commands.json"], capture_output=True, text=True)
+    found = (layers.stdout + layers.stderr).splitlines()
+    report("layers", found[-1].rsplit(",", 1)[0], found[:-1] if layers.returncode else [])
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        count, found = run_gcc(kept, units, pool)
+        report("gcc", f"{count} units beside the build's", found)
+        warnings, found = run_clang(kept, units, pool)
+        report("clang", f"{len(units)} units", warnings)
+        report("clang-tidy", f"{sum(not unit.variant for unit in units)} units", found)
+    count, found = run_cppcheck(kept, units, jobs)
+    report("cppcheck", f"{count} units", found)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

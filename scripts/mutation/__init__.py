@@ -1,0 +1,1 @@
+"""Small changes of the module's sources, and whether the tests see them."""

@@ -1,0 +1,204 @@
+"""A copy of the sources with a build of its own, where mutants are tried."""
+
+import hashlib
+import json
+import os
+import re
+import resource
+import signal
+import subprocess
+import time
+
+CONFIGURE = [
+    "-DCMAKE_BUILD_TYPE=Mutate", "-DCMAKE_CXX_FLAGS_MUTATE=-O1 -g0 -w",
+    "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold",
+    # A program need not be linked again when the inside of a shared library changes.
+    "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
+MEMORY_KB = 6 * 1024 * 1024
+
+
+def tracked_files(root):
+    """tracked_files returns the files of the work tree that git knows or would add."""
+    out = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "-z"], cwd=root,
+                         capture_output=True, check=True).stdout.decode()
+    return [p for p in sorted(set(out.split("\0"))) if p and os.path.isfile(os.path.join(root, p))]
+
+
+def cpu_seconds():
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
+
+
+class Tree:
+    """The copy and its build folder. All commands run at low priority."""
+
+    def __init__(self, folder):
+        self.folder = os.path.abspath(folder)
+        self.build = os.path.join(self.folder, "build")
+        self.environment = dict(os.environ, CCACHE_BASEDIR=self.folder, CCACHE_NOHASHDIR="1",
+                                NINJA_STATUS="", GTEST_FAIL_FAST="1", GTEST_BRIEF="1")
+        self.objects = {}
+        self.tests = []
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def copy(self, root, files):
+        """copy brings the tree up to date and touches only what differs."""
+        for name in files:
+            with open(os.path.join(root, name), "rb") as file:
+                content = file.read()
+            self.write(name, content)
+            mode = os.stat(os.path.join(root, name)).st_mode
+            os.chmod(self.path(name), mode)
+        for name in set(self.files()) - set(files):
+            if os.path.exists(self.path(name)):
+                os.remove(self.path(name))
+        with open(self.path(".files"), "w", encoding="utf-8") as file:
+            file.write("\n".join(files))
+
+    def files(self):
+        """files returns what was copied."""
+        if not os.path.exists(self.path(".files")):
+            return []
+        with open(self.path(".files"), encoding="utf-8") as file:
+            return [name for name in file.read().split("\n") if name]
+
+    def sources_digest(self):
+        whole = hashlib.sha256()
+        for name in self.files():
+            with open(self.path(name), "rb") as file:
+                whole.update(name.encode() + file.read())
+        return whole.hexdigest()
+
+    def write(self, name, content):
+        path = self.path(name)
+        if os.path.exists(path):
+            with open(path, "rb") as file:
+                if file.read() == content:
+                    return
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(content)
+
+    def configure(self):
+        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if self.has("ccache") else []
+        command = ["cmake", "-G", "Ninja", "-S", self.folder, "-B", self.build] + CONFIGURE + launcher
+        done = subprocess.run(command, env=self.environment, capture_output=True, text=True)
+        return done.returncode == 0, done.stdout + done.stderr
+
+    @staticmethod
+    def has(program):
+        return any(os.access(os.path.join(p, program), os.X_OK) for p in os.environ["PATH"].split(":"))
+
+    def ninja(self, targets, jobs=1, keep_cache=True, keep_going=False):
+        """ninja builds targets; results of mutants do not go to the compiler's cache."""
+        environment = dict(self.environment)
+        if not keep_cache:
+            environment["CCACHE_READONLY"] = "1"
+        command = ["nice", "-n", "5", "ninja", "-C", self.build, "-j", str(jobs)]
+        command += ["-k", "0"] if keep_going else []
+        done = subprocess.run(command + list(targets), env=environment, capture_output=True, text=True)
+        return done.returncode == 0, done.stdout + done.stderr
+
+    def outputs(self):
+        out = subprocess.run(["ninja", "-C", self.build, "-t", "targets", "all"], capture_output=True,
+                             text=True, env=self.environment).stdout
+        return {line.rsplit(": ", 1)[0] for line in out.splitlines() if ": " in line}
+
+    def read_objects(self):
+        """read_objects learns which objects each source goes into: {source: [object]}."""
+        out = subprocess.run(["ninja", "-C", self.build, "-t", "deps"], capture_output=True, text=True,
+                             env=self.environment).stdout
+        self.objects = {}
+        self.object_source = {}
+        name = None
+        prefix = self.folder + os.sep
+        for line in out.splitlines():
+            if line and not line.startswith(" "):
+                name = line.split(":")[0] if "#deps" in line else None
+            elif name and line.strip():
+                path = os.path.normpath(os.path.join(self.build, line.strip()))
+                if path.startswith(prefix) and not path.startswith(self.build + os.sep):
+                    path = path[len(prefix):]
+                    self.objects.setdefault(path, []).append(name)
+                    self.object_source.setdefault(name, path)
+
+    def digest(self, name):
+        path = os.path.join(self.build, name)
+        if not os.path.exists(path):
+            return None
+        with open(path, "rb") as file:
+            return hashlib.sha256(file.read()).hexdigest()
+
+    def digests(self):
+        return {name: self.digest(name) for names in self.objects.values() for name in names}
+
+    def read_tests(self):
+        """read_tests asks ctest for every test, and finds what has to be built for it."""
+        out = subprocess.run(["ctest", "--show-only=json-v1"], cwd=self.build, capture_output=True,
+                             text=True, check=True).stdout
+        outputs = self.outputs()
+        inside = re.compile(re.escape(self.build) + r"/([^\s;|]+)")
+        self.tests = []
+        for entry in json.loads(out)["tests"]:
+            properties = {p["name"]: p["value"] for p in entry["properties"]}
+            targets = {t for argument in entry["command"] for t in inside.findall(argument)} & outputs
+            if any(t.endswith("mirolta-host") for t in targets):
+                targets.add("lib/libMirolta.so")
+            folder = os.path.relpath(properties["WORKING_DIRECTORY"], self.build)
+            self.tests.append(Test(entry["name"], entry["command"], folder, targets, properties))
+        # They look at the sources' text or at another build; or they undo what others need.
+        self.tests = [t for t in self.tests if t.folder not in ("tests/layout", "tests/windows") and
+                      "FIXTURES_CLEANUP" not in t.properties]
+        return self.tests
+
+    def fixtures(self, test):
+        """fixtures returns the tests that have to run before."""
+        names = set(test.properties.get("FIXTURES_REQUIRED", []))
+        return [t for t in self.tests if names & set(t.properties.get("FIXTURES_SETUP", []))]
+
+    def run(self, test, cpu_limit, wall_limit):
+        """run returns passed, failed or timed out."""
+        for first in self.fixtures(test):
+            outcome = self.run(first, cpu_limit, wall_limit)
+            if outcome != "passed":
+                return outcome
+        environment = dict(self.environment)
+        for setting in test.properties.get("ENVIRONMENT", []):
+            name, value = setting.split("=", 1)
+            environment[name] = value
+        limits = f'ulimit -t {int(cpu_limit) + 1}; ulimit -v {MEMORY_KB}; ulimit -c 0; exec "$@"'
+        process = subprocess.Popen(
+            ["nice", "-n", "5", "sh", "-c", limits, "sh"] + test.command,
+            cwd=test.properties["WORKING_DIRECTORY"], env=environment, stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+        try:
+            status = process.wait(timeout=wall_limit)
+        except subprocess.TimeoutExpired:
+            # The group is the test's own session, which its unreaped leader keeps alive.
+            os.killpg(process.pid, signal.SIGKILL)
+            process.wait()
+            status = -signal.SIGXCPU
+        if status in (-signal.SIGXCPU, 128 + signal.SIGXCPU, -signal.SIGKILL):
+            return "timed out"
+        return "passed" if status == 0 else "failed"
+
+
+class Test:
+    """A test as ctest names it; folder is that of its build."""
+
+    def __init__(self, name, command, folder, targets, properties):
+        self.name = name
+        self.command = command
+        self.folder = folder
+        self.targets = targets
+        self.properties = properties
+        self.cpu = 1.0
+        self.wall = 1.0
+
+    def measure(self, tree):
+        cpu, wall = cpu_seconds(), time.monotonic()
+        outcome = tree.run(self, 120, 300)
+        self.cpu, self.wall = cpu_seconds() - cpu, time.monotonic() - wall
+        return outcome
