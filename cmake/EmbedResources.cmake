@@ -14,6 +14,6 @@ foreach(row ${ROWS})
   string(APPEND table "    {OLESTR(\"REGISTRY\"), ${id}, kScript${id}, ${size}},\n")
   math(EXPR count "${count} + 1")
 endforeach()
-string(APPEND content "\n}  // namespace\n\nconstexpr DataResource kRegistryScripts[] = {\n${table}};\n"
-  "constexpr unsigned kRegistryScriptCount = ${count};\n\n}  // namespace mirolta\n")
+string(APPEND content "\n}  // namespace\n\nstatic_assert(kRegistryScriptCount == ${count});\nconstexpr DataResource kRegistryScripts[] = {\n${table}};\n"
+  "\n}  // namespace mirolta\n")
 file(WRITE ${OUTPUT} "${content}")

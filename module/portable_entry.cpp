@@ -22,15 +22,15 @@ constexpr MessageResources CopyMessages() {
 }
 constexpr MessageResources kStrings = CopyMessages();
 
-// Filled while the module is loaded: an initializer of its own might run after that.
-constinit ModuleResources resources{};
+// Constant: an initializer might run after Load, and while another thread still reads the resources
+// of the module that lay here before.
+constexpr ModuleResources kResources = {kStrings.rows, kMessageCount, kRegistryScripts,
+                                        kRegistryScriptCount, &kTypeLibraryTable};
 
 HINSTANCE instance = nullptr;
 
 __attribute__((constructor)) void Load() {
-  resources = {kStrings.rows, kMessageCount, kRegistryScripts, kRegistryScriptCount,
-               &kTypeLibraryTable};
-  instance = MiroltaAttachModule(&resources);
+  instance = MiroltaAttachModule(&kResources);
   // Without a handle there is no module state, and every entry point says so.
   if (instance != nullptr) DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
 }

@@ -6,7 +6,7 @@
 
 namespace mirolta {
 
-extern const DataResource kRegistryScripts[];
-extern const unsigned kRegistryScriptCount;
+inline constexpr unsigned kRegistryScriptCount = 6;
+extern const DataResource kRegistryScripts[kRegistryScriptCount];
 
 }  // namespace mirolta

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <ctime>
 #include <thread>
 #include <vector>
@@ -68,15 +69,16 @@ TEST(CriticalSection, ItsOwnerMayEnterAgain) {
   EnterCriticalSection(&section);
   EnterCriticalSection(&section);
   LeaveCriticalSection(&section);
+  std::atomic<bool> tried = false;
   bool entered = false;
   std::thread other([&] {
     EXPECT_NE(pthread_mutex_trylock(&section.mutex), 0);  // still held once
+    tried = true;
     EnterCriticalSection(&section);
     entered = true;
     LeaveCriticalSection(&section);
   });
-  std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  EXPECT_FALSE(entered);
+  while (!tried) std::this_thread::yield();
   LeaveCriticalSection(&section);
   other.join();
   EXPECT_TRUE(entered);
