@@ -48,8 +48,8 @@ struct PrintFrame {
     }
     if (ends_line) text += '\n';
     // Both streams in the order of printing.
-    if (file == stderr) fflush(stdout);
-    fwrite(text.data(), 1, text.size(), file);
+    if (file == stderr) static_cast<void>(fflush(stdout));
+    static_cast<void>(fwrite(text.data(), 1, text.size(), file));
   }
 };
 struct EchoFrame : PrintFrame {

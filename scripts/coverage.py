@@ -119,8 +119,7 @@ def read_counts(build):
     for start in range(0, len(notes), 16):
         command = ["gcov", "--json-format", "--stdout", "--branch-probabilities",
                    *[str(note.resolve()) for note in notes[start:start + 16]]]
-        # A count of an object that was compiled anew since is left out, with a warning.
-        output = subprocess.run(command, cwd=build, check=False, stdout=subprocess.PIPE,
+        output = subprocess.run(command, cwd=build, check=True, stdout=subprocess.PIPE,
                                 stderr=subprocess.DEVNULL).stdout
         for text in output.splitlines():
             report = json.loads(text)

@@ -20,6 +20,7 @@ import os
 import sys
 import time
 
+sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from mutation import answers, report, sample  # noqa: E402

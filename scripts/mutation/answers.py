@@ -2,12 +2,13 @@
 
 The file has blocks of "name: value" lines, with a blank line between them. file, old and new tell
 the mutant: the changed lines before and after, runs of white space as one; new may be "*" for every
-change of those lines. reason says why nothing can be seen.
+change of those lines. which, where the same lines come again in a file, counts them from 0.
+reason says why nothing can be seen.
 """
 
 
 def read(path):
-    """read returns [(file, old, new, reason)] and fails on a block that lacks a field."""
+    """read returns [(file, old, new, which or None, reason)] and fails where a field is missing."""
     out = []
     with open(path, encoding="utf-8") as file:
         blocks = file.read().split("\n\n")
@@ -20,26 +21,29 @@ def read(path):
             if line.startswith("  ") and fields:
                 fields[next(reversed(fields))] += " " + line.strip()
                 continue
-            if name not in ("file", "old", "new", "reason") or name in fields:
+            if name not in ("file", "old", "new", "which", "reason") or name in fields:
                 raise ValueError(f"{path}: unexpected line: {line}")
             fields[name] = value.strip()
         if not fields:
             continue
-        if len(fields) != 4 or not all(fields.values()):
+        if not all(fields.get(name) for name in ("file", "old", "new", "reason")):
             raise ValueError(f"{path}: a field is missing in: {block}")
-        out.append((fields["file"], fields["old"], fields["new"], fields["reason"]))
+        which = int(fields["which"]) if "which" in fields else None
+        out.append((fields["file"], fields["old"], fields["new"], which, fields["reason"]))
     return out
+
+
+def fits(answer, mutant):
+    path, old, new, which, _ = answer
+    return path == mutant.path and old == mutant.old_lines and \
+        new in ("*", mutant.new_lines) and which in (None, mutant.occurrence)
 
 
 def reason(answers, mutant):
     """reason returns the reason given for a mutant, or None."""
-    for path, old, new, text in answers:
-        if path == mutant.path and old == mutant.old_lines and new in ("*", mutant.new_lines):
-            return text
-    return None
+    return next((answer[-1] for answer in answers if fits(answer, mutant)), None)
 
 
 def stale(answers, mutants):
     """stale returns the answers that fit no mutant of the sources any more."""
-    return [a for a in answers if not any(
-        a[0] == m.path and a[1] == m.old_lines and a[2] in ("*", m.new_lines) for m in mutants)]
+    return [answer for answer in answers if not any(fits(answer, mutant) for mutant in mutants)]

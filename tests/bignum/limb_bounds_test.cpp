@@ -1,12 +1,13 @@
 // No loop over limbs touches what lies before or behind its numbers, and all agree.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <new>
 #include <vector>
 
 #include "big_testing.h"
 #include "guarded_memory.h"
 #include "limb_kernels.h"
+#include "limb_scratch.h"
 
 namespace mirolta {
 namespace {
@@ -133,6 +134,17 @@ TEST(LimbBounds, MontgomeryProductsStayInside) {
       }
     }
   });
+}
+
+TEST(LimbBounds, ScratchHoldsItsLimbs) {
+  for (size_t count = 1; count < 200; ++count) {
+    const GuardedMemory memory(Guard::kBehind, sizeof(LimbScratch));
+    LimbScratch* const scratch = new (memory.data()) LimbScratch(count);
+    ASSERT_NE(scratch->get(), nullptr);
+    for (size_t i = 0; i < count; ++i) scratch->get()[i] = static_cast<Limb>(i + 1);
+    EXPECT_EQ(scratch->get()[count - 1], count);
+    scratch->~LimbScratch();
+  }
 }
 
 }  // namespace

@@ -102,6 +102,12 @@ TEST(NextPrimeTest, RunsOfSmallStarts) {
   }
 }
 
+// Long distances between primes, which the search walks in several windows.
+TEST(NextPrimeTest, LongDistances) {
+  EXPECT_EQ(Hex(Next(Big("1693182318746372"))), Hex(Big("1693182318747503")));
+  EXPECT_EQ(Hex(Next(Big("18361375334787046698"))), Hex(Big("18361375334787048247")));
+}
+
 // Composites without small divisors that pass for primes are found, also by the longer sieve:
 // (6k+1)(12k+1)(18k+1) with three primes.
 TEST(NextPrimeTest, FindsPseudoprimesWithFactorsInTheLongerSieve) {

@@ -123,7 +123,6 @@ TEST_F(TypeInfoMembersTest, NamesAMemberAndItsParameters) {
   EXPECT_EQ(Names(2, 0), std::vector<Text>{});
   EXPECT_EQ(Names(1, 4), (std::vector<Text>{OLESTR("Count")}));
   EXPECT_EQ(Names(4, 4), (std::vector<Text>{OLESTR("Item"), OLESTR("lIndex")}));
-  EXPECT_EQ(Names(5, 4), (std::vector<Text>{OLESTR("Object")}));  // no name for what is put
 
   BSTR name = nullptr;
   UINT count = 99;
@@ -131,6 +130,26 @@ TEST_F(TypeInfoMembersTest, NamesAMemberAndItsParameters) {
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(info->GetNames(2, nullptr, 1, &count), E_INVALIDARG);
   EXPECT_EQ(info->GetNames(2, &name, 1, nullptr), E_INVALIDARG);
+}
+
+// Properties that can only be written: what is put has no name.
+constexpr MemberRow kWrittenMembers[] = {kSampleMembers[2], kSampleMembers[6], kSampleMembers[8]};
+constexpr InterfaceTable kWrittenTable = {&kSampleInterface, OLESTR("IWritten"), nullptr,
+                                          kWrittenMembers, 3};
+constexpr const InterfaceTable* kWrittenInterfaces[] = {&kWrittenTable};
+constexpr TypeLibraryTable kWrittenLibrary = {
+    &kSampleLibrary, OLESTR("Written"), nullptr, 1, 0, kWrittenInterfaces, 1, nullptr, 0};
+
+TEST_F(TypeInfoMembersTest, NamesNoValueThatIsPut) {
+  ITypeLib* written = nullptr;
+  ASSERT_EQ(MiroltaTypeLibFromTable(&kWrittenLibrary, &written), S_OK);
+  info->Release();
+  info = nullptr;
+  ASSERT_EQ(written->GetTypeInfoOfGuid(kSampleInterface, &info), S_OK);
+  written->Release();
+  EXPECT_EQ(Names(1, 4), (std::vector<Text>{OLESTR("Count")}));
+  EXPECT_EQ(Names(4, 4), (std::vector<Text>{OLESTR("Item"), OLESTR("lIndex")}));
+  EXPECT_EQ(Names(5, 4), (std::vector<Text>{OLESTR("Object")}));
 }
 
 TEST_F(TypeInfoMembersTest, FindsIdsByNameWithoutRegardToCase) {

@@ -506,7 +506,9 @@ TEST_F(AllocationTest, EveryStreamOperation) {
   destination->SetSize(large(10000));
   for (const ClassTableRow* class_row : AllClasses()) {
     for (const State state : kStates) {
-      for (const auto& [name, operation] : operations) {
+      for (const auto& row : operations) {
+        const std::string& name = row.first;
+        const Operation& operation = row.second;
         for (const Failing failing : kFailings) {
           HRESULT usual = E_FAIL;
           ULONGLONG usual_position = 0;

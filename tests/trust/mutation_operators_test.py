@@ -96,7 +96,7 @@ class Sample(unittest.TestCase):
         self.assertEqual(len(one["hash"]), 5)
 
     def test_every_answer_can_be_read(self):
-        for path, old, new, reason in answers.read(
+        for path, old, new, _, reason in answers.read(
                 os.path.join(ROOT, "tests", "trust", "mutation_survivors.txt")):
             self.assertTrue(os.path.exists(os.path.join(ROOT, path)), path)
             self.assertNotEqual(old, new)

@@ -101,7 +101,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: des-box-search ternary|gates SECONDS_PER_BOX [SEED]\n");
     return 2;
   }
-  const uint32_t seed = argc > 3 ? static_cast<uint32_t>(std::atoi(argv[3])) : 1;
+  const uint32_t seed = argc > 3 ? static_cast<uint32_t>(std::strtoul(argv[3], nullptr, 10)) : 1;
   const bool ternary = std::strcmp(argv[1], "ternary") == 0;
   std::unique_ptr<Search> search;
   if (ternary) {
@@ -123,7 +123,7 @@ int main(int argc, char** argv) {
       // No two-input operation makes a one of zeros; the complement is taken at the end.
       if (!ternary && (targets[output] & 1) != 0) targets[output] = ~targets[output];
     }
-    const auto end = Clock::now() + std::chrono::seconds(std::atoi(argv[2]));
+    const auto end = Clock::now() + std::chrono::seconds(std::strtol(argv[2], nullptr, 10));
     const State state = Improve(*search, targets, end);
     PrintBox(*search, box, state);
     total += state.circuit.count - kInputs;
