@@ -133,10 +133,6 @@ void NumberText::Clear() noexcept {
 }
 
 OLECHAR* NumberText::Resize(uint32_t length) noexcept {
-  if (length == 0) {
-    Clear();
-    return nullptr;
-  }
   if (length > capacity_) {
     OLECHAR* const fresh = new (std::nothrow) OLECHAR[size_t{length} + 1];
     if (fresh == nullptr) return nullptr;

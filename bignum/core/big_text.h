@@ -17,9 +17,9 @@ class NumberText {
   const OLECHAR* characters() const { return characters_; }
   uint32_t length() const { return length_; }
 
-  // Room for length characters and the zero behind them, to be written by the caller: that of the
-  // text before where it is enough. Null if there is no memory, the text is then as before. Zero
-  // length makes the text null.
+  // Room for length characters, at least one, and the zero behind them, to be written by the caller:
+  // that of the text before where it is enough. Null if there is no memory, the text is then as
+  // before.
   OLECHAR* Resize(uint32_t length) noexcept;
   void Clear() noexcept;
 

@@ -232,6 +232,26 @@ TEST(QuotientInPlaceTest, IsRightOrNotToldAtEdges) {
   EXPECT_GT(told, 0);
 }
 
+// Multiples, whose quotient alone cannot be told from the leading limbs: they are divided in full.
+TEST(DivideLimbsTest, QuotientsOfMultiplesWithoutRemainder) {
+  for (size_t n = 1; n <= 40; ++n) {
+    const size_t count = 1 + Below(40);
+    Limbs d = RandomLimbs(n);
+    d.back() |= 1;
+    Limbs factor = RandomLimbs(count);
+    factor.back() |= 1;
+    Mpz pa, pd, pf;
+    Import(pd, d);
+    Import(pf, factor);
+    mpz_mul(pa, pd, pf);
+    const Limbs multiple = Export(pa, n + count);
+    Limbs quotient(count + 1, kLimbMax);
+    ASSERT_TRUE(DivideLimbs(quotient.data(), nullptr, multiple.data(), n + count, d.data(), n));
+    factor.push_back(0);
+    EXPECT_EQ(quotient, factor) << n + count << " by " << n;
+  }
+}
+
 // A quotient followed by zero limbs leaves nothing or, one less, almost the divisor in the middle
 // of the division: there the limbs that were left out decide.
 TEST(QuotientInPlaceTest, NextToMultiples) {

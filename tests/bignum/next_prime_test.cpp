@@ -18,6 +18,18 @@ BigInt Next(BigInt n) {
   return n;
 }
 
+// By powers in lanes where the processor has them, the other way for the shortest.
+TEST(FermatTest, MersennePrimesAndTheirNeighbours) {
+  for (const unsigned bits : {89u, 521u, 607u, 1279u, 2203u}) {
+    Mpz prime(1);
+    mpz_mul_2exp(prime, prime, bits);
+    mpz_sub_ui(prime, prime, 1);
+    EXPECT_TRUE(IsFermat(FromPeer(static_cast<mpz_srcptr>(prime)))) << bits;
+    mpz_sub_ui(prime, prime, 2);
+    EXPECT_FALSE(IsFermat(FromPeer(static_cast<mpz_srcptr>(prime)))) << bits;
+  }
+}
+
 // The search as it is defined: no divisor in the table, and the four powers.
 bool IsFoundByDefinition(mpz_srcptr n) {
   for (size_t i = 0; i < kTablePrimes; ++i) {
