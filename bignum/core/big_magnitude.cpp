@@ -85,13 +85,6 @@ bool BigMagnitude::testBit(uint64_t i) const noexcept {
   return (digits_[i >> 5] >> (i & 31) & 1) != 0;
 }
 
-bool BigMagnitude::isZero() const noexcept {
-  for (uint32_t i = 0; i < used_; ++i) {
-    if (digits_[i] != 0) return false;
-  }
-  return true;
-}
-
 int BigMagnitude::compare(const BigMagnitude& a, const BigMagnitude& b) noexcept {
   if (a.used_ != b.used_) return a.used_ < b.used_ ? -1 : 1;
   for (uint32_t i = a.used_; i-- != 0;) {

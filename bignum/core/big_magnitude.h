@@ -42,7 +42,11 @@ class BigMagnitude {
   uint64_t bitLength() const noexcept;
   bool testBit(uint64_t i) const noexcept;
   // True also when words are counted as used but all zero.
-  bool isZero() const noexcept;
+  bool isZero() const {
+    uint32_t i = used_;
+    while (i != 0 && digits_[i - 1] == 0) --i;
+    return i == 0;
+  }
   // -1, 0 or 1.
   static int compare(const BigMagnitude& a, const BigMagnitude& b) noexcept;
 

@@ -13,27 +13,31 @@ namespace {
 // limbs.
 constexpr size_t kHalvesLimbs = kLimbBits == 64 ? 32 : 64;
 constexpr size_t kQuotientHalvesLimbs = kLimbBits == 64 ? 64 : 128;
+// Up to here, taking away a divisor or nothing is faster than a branch that is as good as random.
+constexpr size_t kSubtractedAnyway = 8;
 
 Limb Reciprocal(Limb d) {
   return DivideWide(static_cast<Limb>(~d), kLimbMax, d);
 }
 
-// Reciprocal of a two-limb divisor: floor((B^3 - 1) / (d1 B + d0)) - B. What it branches on is as
-// good as random, so the first two corrections are made without.
+// All bits set if it holds, else none: for corrections whose branch would be as good as random.
+inline Limb MaskIf(bool holds) {
+  return static_cast<Limb>(Limb{0} - static_cast<Limb>(holds));
+}
+
+// Reciprocal of a two-limb divisor: floor((B^3 - 1) / (d1 B + d0)) - B.
 Limb Reciprocal2(Limb d1, Limb d0) {
   Limb v = Reciprocal(d1);
   Limb p = static_cast<Limb>(d1 * v + d0);
-  const Limb over = static_cast<Limb>(Limb{0} - static_cast<Limb>(p < d0));
-  const Limb twice = static_cast<Limb>(over & (Limb{0} - static_cast<Limb>(p >= d1)));
+  const Limb over = MaskIf(p < d0);
+  const Limb twice = over & MaskIf(p >= d1);
   v = static_cast<Limb>(v + over + twice);
   p = static_cast<Limb>(p - (d1 & over) - (d1 & twice));
   const LimbPair t = Product(v, d0);
   p = static_cast<Limb>(p + t.high);
-  if (p < t.high) {
-    --v;
-    if (p > d1 || (p == d1 && t.low >= d0)) --v;
-  }
-  return v;
+  const Limb low_over = MaskIf(p < t.high);
+  const Limb low_twice = low_over & (MaskIf(p > d1) | (MaskIf(p == d1) & MaskIf(t.low >= d0)));
+  return static_cast<Limb>(v + low_over + low_twice);
 }
 
 // Quotient of (high, low) by the normalised divisor, high below it; the remainder replaces high.
@@ -43,7 +47,7 @@ inline Limb QuotientLimb(Limb* high, Limb low, Limb d, Limb v) {
   Limb q = static_cast<Limb>(p.high + *high + (q0 < low) + 1);
   Limb r = static_cast<Limb>(low - q * d);
   // Half of all times, so it is no branch; the next correction is rare.
-  const Limb over = static_cast<Limb>(Limb{0} - static_cast<Limb>(r > q0));
+  const Limb over = MaskIf(r > q0);
   q = static_cast<Limb>(q + over);
   r = static_cast<Limb>(r + (d & over));
   if (r >= d) {
@@ -55,10 +59,21 @@ inline Limb QuotientLimb(Limb* high, Limb low, Limb d, Limb v) {
 }
 
 // Makes the top n limbs of a[m], below 2 d, less than d; returns how often d went into them.
-Limb TakeTop(Limb* a, size_t m, const Limb* d, size_t n) {
-  if (CompareLimbs(a + m - n, d, n) < 0) return 0;
-  CurrentLimbKernels().subtract(a + m - n, a + m - n, d, n);
-  return 1;
+inline Limb TakeTop(Limb* a, size_t m, const Limb* d, size_t n) {
+  Limb* const top = a + m - n;
+  const bool goes = CompareLimbs(top, d, n) >= 0;
+  if (n > kSubtractedAnyway) {
+    if (goes) CurrentLimbKernels().subtract(top, top, d, n);
+  } else {
+    const Limb mask = MaskIf(goes);
+    Limb borrow = 0;
+    for (size_t i = 0; i < n; ++i) {
+      const DoubleLimb t = static_cast<DoubleLimb>(top[i]) - (d[i] & mask) - borrow;
+      top[i] = static_cast<Limb>(t);
+      borrow = static_cast<Limb>(t >> (2 * kLimbBits - 1));
+    }
+  }
+  return goes;
 }
 
 // Divides by rows: a[m] becomes the remainder in a[n], q[m - n] the quotient's low limbs; returns
@@ -184,7 +199,7 @@ struct Begun {
 };
 
 // Shapes: as for DivideInPlace, n >= 2.
-Begun Begin(Limb* q, Limb* u, size_t m, Limb* v, size_t n) {
+__attribute__((always_inline)) inline Begun Begin(Limb* q, Limb* u, size_t m, Limb* v, size_t n) {
   const uint32_t shift = LeadingZeros(v[n - 1]);
   u[m] = 0;
   if (shift != 0) {
