@@ -96,6 +96,31 @@ TEST_F(SymmetricCryptMemoryTest, OutputWithoutAnArrayComesWithTheNextCall) {
   }
 }
 
+// The bytes are read where they stand, and whole blocks go to the result without a queue.
+TEST_F(SymmetricCryptMemoryTest, WholeBlocksNeedMemoryForTheResultOnly) {
+  constexpr LONG kAllocationsOfAnArray = 2;  // what describes it, and its elements
+  const Bytes plain(1 << 16, 'p');
+  const TestValue array = BytesValue(plain);
+  SAFEARRAY* place = V_ARRAY(&array.operator const VARIANT&());
+  const VARIANT values[] = {array, ReferenceTo(VT_ARRAY | VT_UI1, &place)};
+  for (const bool is_aes : {true, false}) {
+    ASSERT_NO_FATAL_FAILURE(is_aes ? StartAes() : StartDes());
+    const Bytes cipher = Encrypted(plain);
+    for (const VARIANT& value : values) {
+      TestValue result;
+      HRESULT status = E_FAIL;
+      {
+        const FailAllocationsAfter none(0);
+        MiroltaFailAllocationAfter(kAllocationsOfAnArray);
+        status = crypt->Encrypt(value, VARIANT_FALSE, &result);
+        MiroltaFailAllocationAfter(-1);
+      }
+      EXPECT_EQ(status, S_OK) << is_aes << V_VT(&value);
+      EXPECT_TRUE(BytesOfArray(result) == cipher) << is_aes << V_VT(&value);
+    }
+  }
+}
+
 TEST_F(SymmetricCryptMemoryTest, WithoutMemoryForTheReportTheStatusIsTheSame) {
   TestValue key;
   MiroltaFailAllocationAfter(0);

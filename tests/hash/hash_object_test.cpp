@@ -433,6 +433,27 @@ TEST_F(HashObjectTest, WithoutMemoryForTheTextDataFails) {
   EXPECT_EQ(Value(), kEmptyMd5);
 }
 
+// A copy of the bytes would need memory, and there is none.
+TEST_F(HashObjectTest, ByteArraysAreReadWhereTheyStand) {
+  ASSERT_EQ(Init(OLESTR("SHA256")), S_OK);
+  const Bytes bytes(1 << 20, 'p');
+  const Text expected = DigestOf(std::string(bytes.begin(), bytes.end()));
+  const TestValue array = BytesValue(bytes);
+  SAFEARRAY* place = V_ARRAY(&array.operator const VARIANT&());
+  const VARIANT values[] = {array, ReferenceTo(VT_ARRAY | VT_UI1, &place)};
+  for (const VARIANT& value : values) {
+    HRESULT status = E_FAIL;
+    {
+      const FailAllocationsAfter none(0);
+      MiroltaFailAllocationAfter(0);
+      status = hash->HashData(value, -1);
+      MiroltaFailAllocationAfter(-1);
+    }
+    EXPECT_EQ(status, S_OK) << V_VT(&value);
+    EXPECT_EQ(Value(), expected) << V_VT(&value);
+  }
+}
+
 TEST_F(HashObjectTest, EndsWithEverythingItHeld) {
   hash.Reset();
   const long before = LiveAllocations();
