@@ -1,4 +1,6 @@
 // DES on bit slices of 256 blocks, with AVX2.
+#include <utility>
+
 #include "des_kernels.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
@@ -19,8 +21,8 @@ constexpr uint32_t kRows = 64;
 constexpr uint32_t kRowBlocks = 4;
 constexpr uint32_t kMostBlocks = kRows * kRowBlocks;
 // From so many blocks on, a pass over bit slices, however few of them it fills, takes less time.
-constexpr uint32_t kLeastBlocks = 30;
-constexpr uint32_t kLeastTripleBlocks = 32;
+constexpr uint32_t kLeastBlocks = 25;
+constexpr uint32_t kLeastTripleBlocks = 28;
 
 // The transposition counts the bits of a byte from the lowest one, the standard from the highest.
 constexpr int Slot(int n) {
@@ -43,10 +45,6 @@ MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
   return _mm256_xor_si256(a, b);
 }
 
-MIROLTA_DES_BOX Vector Not(Vector a) {
-  return _mm256_xor_si256(a, _mm256_set1_epi32(-1));
-}
-
 MIROLTA_DES_BOX Vector XorKey(Vector bit, const uint32_t* mask) {
   return _mm256_xor_si256(bit, _mm256_set1_epi32(static_cast<int>(*mask)));
 }
@@ -60,7 +58,7 @@ struct Work {
 
 MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
   for (uint32_t i = 0; i < 2 * rounds; ++i) {
-    const Vector word = _mm256_set1_epi32(static_cast<int>(words[i]));
+    const Vector word = _mm256_set1_epi32(static_cast<int>(RoundWord(words, i)));
     Vector bits = _mm256_set_epi32(128, 64, 32, 16, 8, 4, 2, 1);
   #pragma GCC unroll 4
     for (uint32_t byte = 0; byte < 4; ++byte, masks += 8) {
@@ -109,11 +107,32 @@ MIROLTA_DES_BOX void ExchangeBits(Vector* v) {
   ExchangeEight<1>(v, masks);
 }
 
-// The blocks of a row that there are, as a mask.
-MIROLTA_DES_BOX Vector RowMask(uint32_t row, uint32_t block_count) {
-  const uint32_t before = row * kRowBlocks;
-  const int left = block_count <= before ? 0 : static_cast<int>(block_count - before);
+// The blocks of a row that there are, fewer than all, as a mask.
+MIROLTA_DES_BOX Vector RowMask(uint32_t left) {
   return _mm256_cmpgt_epi64(_mm256_set1_epi64x(left), _mm256_set_epi64x(3, 2, 1, 0));
+}
+
+// A row of the first block_count blocks from in; blocks that are not there are zero. Masks are for
+// the one row that is broken off, as they take the processor many times as long.
+MIROLTA_DES_BOX Vector LoadRow(const uint8_t* in, uint32_t row, uint32_t block_count) {
+  const uint32_t before = row * kRowBlocks;
+  const uint8_t* const place = in + size_t{kDesBlockSize} * before;
+  if (block_count >= before + kRowBlocks) {
+    return _mm256_loadu_si256(reinterpret_cast<const Vector*>(place));
+  }
+  if (block_count <= before) return _mm256_setzero_si256();
+  return _mm256_maskload_epi64(reinterpret_cast<const long long*>(place),
+                               RowMask(block_count - before));
+}
+
+MIROLTA_DES_BOX void StoreRow(Vector v, uint32_t row, uint32_t block_count, uint8_t* out) {
+  const uint32_t before = row * kRowBlocks;
+  uint8_t* const place = out + size_t{kDesBlockSize} * before;
+  if (block_count >= before + kRowBlocks) {
+    _mm256_storeu_si256(reinterpret_cast<Vector*>(place), v);
+  } else if (block_count > before) {
+    _mm256_maskstore_epi64(reinterpret_cast<long long*>(place), RowMask(block_count - before), v);
+  }
 }
 
 // Transposes the bits of 64 rows of four blocks, first by bytes, then within them.
@@ -121,11 +140,7 @@ MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* stat
   for (uint32_t column = 0; column < 8; ++column) {
     Vector v[8];
   #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) {
-      const uint32_t row = 8 * i + column;
-      v[i] = _mm256_maskload_epi64(reinterpret_cast<const long long*>(in + 32 * row),
-                                   RowMask(row, block_count));
-    }
+    for (uint32_t i = 0; i < 8; ++i) v[i] = LoadRow(in, 8 * i + column, block_count);
     ExchangeBytes(v);
   #pragma GCC unroll 8
     for (uint32_t i = 0; i < 8; ++i) state[8 * i + column] = v[i];
@@ -156,11 +171,7 @@ MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
     for (uint32_t i = 0; i < 8; ++i) v[i] = state[8 * i + column];
     ExchangeBytes(v);
   #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) {
-      const uint32_t row = 8 * i + column;
-      _mm256_maskstore_epi64(reinterpret_cast<long long*>(out + 32 * row),
-                             RowMask(row, block_count), v[i]);
-    }
+    for (uint32_t i = 0; i < 8; ++i) StoreRow(v[i], 8 * i + column, block_count, out);
   }
 }
 

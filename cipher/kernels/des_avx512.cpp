@@ -1,4 +1,6 @@
 // DES on bit slices of 512 blocks, with AVX-512's operations on three inputs.
+#include <utility>
+
 #include "des_kernels.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
@@ -50,8 +52,9 @@ struct Work {
 
 MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
   for (uint32_t i = 0; i < 2 * rounds; ++i, masks += 32) {
-    const __mmask16 low = static_cast<__mmask16>(words[i] & 0xFFFF);
-    const __mmask16 high = static_cast<__mmask16>(words[i] >> 16);
+    const uint32_t word = RoundWord(words, i);
+    const __mmask16 low = static_cast<__mmask16>(word & 0xFFFF);
+    const __mmask16 high = static_cast<__mmask16>(word >> 16);
     _mm512_storeu_si512(masks, _mm512_movm_epi32(low));
     _mm512_storeu_si512(masks + 16, _mm512_movm_epi32(high));
   }

@@ -9,6 +9,70 @@ namespace mirolta {
 
 class GateSearch final : public Search {
  public:
+  enum Operation : uint8_t { kAnd, kAndNot, kOr, kXor };  // kAndNot: the second but not the first
+
+  static uint64_t Apply(int operation, uint64_t a, uint64_t b) {
+    switch (operation) {
+      case kAnd:
+        return a & b;
+      case kAndNot:
+        return ~a & b;
+      case kOr:
+        return a | b;
+      default:
+        return a ^ b;
+    }
+  }
+
+  static int Add(Circuit& circuit, int operation, int a, int b) {
+    circuit.gate[circuit.count] = {static_cast<uint8_t>(operation), static_cast<uint8_t>(a),
+                                   static_cast<uint8_t>(b), 0};
+    circuit.table[circuit.count] = Apply(operation, circuit.table[a], circuit.table[b]);
+    return circuit.count++;
+  }
+
+  // Adds two gates over the values order[count] that give wanted wherever mask is set; returns the
+  // value, or -1 if there are none.
+  static int AddTwo(Circuit& circuit, const uint8_t* order, int count, uint64_t wanted,
+                    uint64_t mask) {
+    for (int i = 0; i < count; ++i) {
+      for (int j = 0; j < count; ++j) {
+        for (int operation = kAnd; operation <= kXor; ++operation) {
+          if (operation != kAndNot && j >= i) continue;
+          const uint64_t pair =
+              Apply(operation, circuit.table[order[i]], circuit.table[order[j]]) & mask;
+          // What the outer gate may make of this pair, tested before its other input is known.
+          const bool covers = (pair & wanted) == wanted;
+          const bool inside = (pair & ~wanted) == 0;
+          const bool apart = (pair & wanted) == 0;
+          for (int k = 0; k < count; ++k) {
+            const uint64_t other = circuit.table[order[k]] & mask;
+            int outer;
+            bool pair_first = true;
+            if ((pair ^ other) == wanted) {
+              outer = kXor;
+            } else if (covers && (pair & other) == wanted) {
+              outer = kAnd;
+            } else if (inside && (pair | other) == wanted) {
+              outer = kOr;
+            } else if (apart && (~pair & other) == wanted) {
+              outer = kAndNot;
+            } else if (covers && (pair & ~other) == wanted) {
+              outer = kAndNot;
+              pair_first = false;
+            } else {
+              continue;
+            }
+            const int first = Add(circuit, operation, order[i], order[j]);
+            return pair_first ? Add(circuit, outer, first, order[k])
+                              : Add(circuit, outer, order[k], first);
+          }
+        }
+      }
+    }
+    return -1;
+  }
+
   using Search::Search;
 
   int Extend(Circuit& circuit, uint64_t target, uint64_t mask, int limit, int depth) override {
@@ -57,28 +121,6 @@ class GateSearch final : public Search {
   }
 
  private:
-  enum Operation : uint8_t { kAnd, kAndNot, kOr, kXor };  // kAndNot: the second but not the first
-
-  static uint64_t Apply(int operation, uint64_t a, uint64_t b) {
-    switch (operation) {
-      case kAnd:
-        return a & b;
-      case kAndNot:
-        return ~a & b;
-      case kOr:
-        return a | b;
-      default:
-        return a ^ b;
-    }
-  }
-
-  static int Add(Circuit& circuit, int operation, int a, int b) {
-    circuit.gate[circuit.count] = {static_cast<uint8_t>(operation), static_cast<uint8_t>(a),
-                                   static_cast<uint8_t>(b), 0};
-    circuit.table[circuit.count] = Apply(operation, circuit.table[a], circuit.table[b]);
-    return circuit.count++;
-  }
-
   // An existing value, or one gate or two.
   int Short(Circuit& circuit, uint64_t target, uint64_t mask, int limit) {
     const int match = Match(circuit, target, mask);
@@ -98,43 +140,7 @@ class GateSearch final : public Search {
         }
       }
     }
-    if (count + 2 > limit) return -1;
-    for (int i = 0; i < count; ++i) {
-      for (int j = 0; j < count; ++j) {
-        for (int operation = kAnd; operation <= kXor; ++operation) {
-          if (operation != kAndNot && j >= i) continue;
-          const uint64_t pair =
-              Apply(operation, circuit.table[order[i]], circuit.table[order[j]]) & mask;
-          // What the outer gate may make of this pair, tested before its other input is known.
-          const bool covers = (pair & wanted) == wanted;
-          const bool inside = (pair & ~wanted) == 0;
-          const bool apart = (pair & wanted) == 0;
-          for (int k = 0; k < count; ++k) {
-            const uint64_t other = circuit.table[order[k]] & mask;
-            int outer;
-            bool pair_first = true;
-            if ((pair ^ other) == wanted) {
-              outer = kXor;
-            } else if (covers && (pair & other) == wanted) {
-              outer = kAnd;
-            } else if (inside && (pair | other) == wanted) {
-              outer = kOr;
-            } else if (apart && (~pair & other) == wanted) {
-              outer = kAndNot;
-            } else if (covers && (pair & ~other) == wanted) {
-              outer = kAndNot;
-              pair_first = false;
-            } else {
-              continue;
-            }
-            const int first = Add(circuit, operation, order[i], order[j]);
-            return pair_first ? Add(circuit, outer, first, order[k])
-                              : Add(circuit, outer, order[k], first);
-          }
-        }
-      }
-    }
-    return -1;
+    return count + 2 > limit ? -1 : AddTwo(circuit, order, count, wanted, mask);
   }
 
   int best_result_[kInputs + 1];
