@@ -9,7 +9,7 @@ FUZZ_SECONDS ?= 60
 MUTANTS ?= 300
 SEED ?= 1
 
-.PHONY: help run test build setup windows windows-tests definitions bench count fuzz coverage mutate flags lint lint-sources clean
+.PHONY: help run test build setup windows windows-tests definitions bench bench-avx2 count fuzz coverage mutate flags lint lint-sources clean
 
 help:
 	@echo "make run [SCRIPT=path] [ARGS=\"...\"]  run a script on the native host (default: the tour)"
@@ -17,6 +17,7 @@ help:
 	@echo "make build                           build/native/bin/mirolta-host, build/native/lib/libMirolta.so"
 	@echo "make windows                         build/windows-x64/Mirolta.dll, build/windows-x86/Mirolta.dll"
 	@echo "make bench [FILTER=pattern]          measure against other libraries, write docs/benchmarks.md"
+	@echo "make bench-avx2 [FILTER=pattern]     the same without wider vectors than AVX2"
 	@echo "make count                           instructions of the portable kernels"
 	@echo "make fuzz [FUZZ_SECONDS=n]           run every fuzzer"
 	@echo "make coverage [FILES=1]              lines and branches of the module that the tests run"
@@ -60,12 +61,16 @@ test: build-native windows-tests build-asan-ubsan build-tsan
 	  scripts/run-tests.sh native asan-ubsan tsan || status=1; exit $$status
 
 # A run of all rows writes docs/benchmarks.md; FILTER, a regular expression on row names, only prints.
-bench: setup
+# bench-avx2 does the same without what processors have beyond AVX2, for OpenSSL too.
+bench: REPORT = benchmarks
+bench-avx2: REPORT = benchmarks-avx2
+bench-avx2: export OPENSSL_ia32cap = :~0x600c0230000
+bench bench-avx2: setup
 	@scripts/setup.sh packages-bench.txt
-	@cmake --preset bench $(if $(wildcard build/bench/CMakeCache.txt),>/dev/null,)
-	@cmake --build build/bench --target mirolta-bench -j$(JOBS)
-	@build/bench/bin/mirolta-bench build/bench/results.json '$(FILTER)'
-	@python3 bench/table.py build/bench/results.json $(if $(FILTER),,docs/benchmarks.md)
+	@cmake --preset $@ $(if $(wildcard build/$@/CMakeCache.txt),>/dev/null,)
+	@cmake --build build/$@ --target mirolta-bench -j$(JOBS)
+	@build/$@/bin/mirolta-bench build/$@/results.json '$(FILTER)'
+	@python3 bench/table.py build/$@/results.json $(if $(FILTER),,docs/$(REPORT).md)
 
 # Instructions a byte of the portable kernels.
 count: setup

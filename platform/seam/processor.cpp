@@ -23,13 +23,21 @@ bool All(uint32_t reg, uint32_t bits) {
   return (reg & bits) == bits;
 }
 
+// A build may look at less than is there, to show what a lesser processor would do.
+#if defined(MIROLTA_UP_TO_AVX2)
+constexpr uint32_t kUsed =
+    kFeatureSsse3 | kFeatureAesNi | kFeatureSha | kFeatureBmi2Adx | kFeatureAvx2;
+#else
+constexpr uint32_t kUsed = ~uint32_t{0};
+#endif
+
 uint32_t Detect() {
   uint32_t a = 0, b = 0, d = 0;
   ProcessorReport report = {};
   if (!__get_cpuid(1, &a, &b, &report.leaf1_ecx, &d)) return 0;
   __get_cpuid_count(7, 0, &a, &report.leaf7_ebx, &report.leaf7_ecx, &d);
   if (All(report.leaf1_ecx, bit_OSXSAVE)) report.saved_state = SavedState();
-  return FeaturesIn(report);
+  return FeaturesIn(report) & kUsed;
 }
 
 }  // namespace
