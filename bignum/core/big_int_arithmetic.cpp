@@ -54,6 +54,8 @@ constexpr size_t kShortLimbs = 8;
 
 // r := a * b of m and n limbs, kShortLimbs >= m >= n >= 1.
 HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t m, const BigMagnitude& b, size_t n) {
+  // For the linker's optimiser, which takes the sizes for unbounded.
+  if (m > kShortLimbs || n > m) __builtin_unreachable();
   Limb operands[2 * kShortLimbs];
   LimbsFromWords(operands, a.digits(), a.used());
   LimbsFromWords(operands + m, b.digits(), b.used());

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <random>
+#include <utility>
 
 namespace mirolta {
 
@@ -44,10 +45,24 @@ class Search {
   // then as it was.
   virtual int Extend(Circuit& circuit, uint64_t target, uint64_t mask, int limit, int depth) = 0;
 
+  // The truth table of a gate of values with these tables.
+  virtual uint64_t Value(const Gate& gate, const uint64_t* table) const = 0;
+
+  // Adds one gate other than old, or two gates, over the values usable[count], which it may
+  // reorder, such that the last one is target wherever mask is set; false if there are none.
+  virtual bool Place(Circuit& circuit, uint8_t* usable, int count, uint64_t target, uint64_t mask,
+                     const Gate& old, bool two_gates) = 0;
+
   // Prints a gate as a statement of the kernels.
   virtual void Print(const Gate& gate, int value) const = 0;
 
   uint32_t Random(uint32_t bound) { return static_cast<uint32_t>(random_() % bound); }
+
+  int Add(Circuit& circuit, const Gate& gate) const {
+    circuit.gate[circuit.count] = gate;
+    circuit.table[circuit.count] = Value(gate, circuit.table);
+    return circuit.count++;
+  }
 
  protected:
   static int Match(const Circuit& circuit, uint64_t target, uint64_t mask) {
@@ -55,6 +70,12 @@ class Search {
       if (((circuit.table[i] ^ target) & mask) == 0) return i;
     }
     return -1;
+  }
+
+  void Reorder(uint8_t* values, int count) {
+    for (int i = count; i > 1; --i) {
+      std::swap(values[i - 1], values[Random(static_cast<uint32_t>(i))]);
+    }
   }
 
   // order[count] := the numbers below count, shuffled.

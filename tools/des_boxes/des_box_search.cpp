@@ -4,14 +4,15 @@
 //
 // The four outputs of a box are added to a circuit one after another. After each the best circuits
 // are kept, and each of them is tried again with every output that is missing; all choices among
-// equally good steps are random, so the best of many rounds is taken. Circuits of two-input gates
-// are then made smaller by a random walk. The kernels have what came of "ternary 90 7" (199 gates)
-// and of "gates 240 3" (354); more time or luck may find less.
+// equally good steps are random, so the best of many rounds is taken. A random walk then makes it
+// smaller. The kernels have what came of "ternary 150 5" (180 gates) and of "gates 240 3" (354);
+// more time or luck may find less.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "des_tables.h"
@@ -82,22 +83,22 @@ State Improve(Search& search, const uint64_t* targets, Clock::time_point end) {
 }
 
 // Walks from many starts, each as long as it finds something smaller once in a while.
-State ImproveGates(GateSearch& search, const uint64_t* targets, Clock::time_point end) {
+State ImproveByWalks(Search& search, const uint64_t* targets, Clock::time_point end) {
   constexpr auto kSearchTime = std::chrono::seconds(20);
-  constexpr long kSteps = 200000;
-  constexpr int kMostVain = 15;
+  constexpr auto kVainTime = std::chrono::seconds(15);
+  constexpr long kSteps = 1000;
   State best;
   best.circuit.count = kMostValues;
   do {
     const State start = Improve(search, targets, std::min(end, Clock::now() + kSearchTime));
-    Refiner refiner(start.circuit, {start.output, start.output + kOutputs},
-                    search.Random(1u << 30));
+    Refiner refiner(search, start.circuit, {start.output, start.output + kOutputs});
     int count = kMostValues;
-    for (int vain = 0; vain < kMostVain && Clock::now() < end; ++vain) {
+    auto found = Clock::now();
+    while (Clock::now() < std::min(end, found + kVainTime)) {
       refiner.Walk(kSteps);
       if (refiner.circuit().count >= count) continue;
       count = refiner.circuit().count;
-      vain = 0;
+      found = Clock::now();
     }
     if (refiner.circuit().count >= best.circuit.count) continue;
     best.circuit = refiner.circuit();
@@ -135,8 +136,12 @@ int main(int argc, char** argv) {
   }
   const uint32_t seed = argc > 3 ? static_cast<uint32_t>(std::strtoul(argv[3], nullptr, 10)) : 1;
   const bool ternary = std::strcmp(argv[1], "ternary") == 0;
-  TernarySearch ternary_search(seed);
-  GateSearch gate_search(seed);
+  std::unique_ptr<Search> search;
+  if (ternary) {
+    search = std::make_unique<TernarySearch>(seed);
+  } else {
+    search = std::make_unique<GateSearch>(seed);
+  }
   std::printf(
       "// The boxes of DES as circuits of %s, made by tools/des_boxes.\n"
       "// The including file has MIROLTA_DES_BOX, Vector, BoxNumber and the operations. in[6] are "
@@ -156,13 +161,8 @@ int main(int argc, char** argv) {
       if (!ternary && (targets[output] & 1) != 0) targets[output] = ~targets[output];
     }
     const auto end = Clock::now() + std::chrono::seconds(std::strtol(argv[2], nullptr, 10));
-    const State state =
-        ternary ? Improve(ternary_search, targets, end) : ImproveGates(gate_search, targets, end);
-    if (ternary) {
-      PrintBox(ternary_search, box, state);
-    } else {
-      PrintBox(gate_search, box, state);
-    }
+    const State state = ImproveByWalks(*search, targets, end);
+    PrintBox(*search, box, state);
     total += state.circuit.count - kInputs;
   }
   std::fprintf(stderr, "%d gates\n", total);

@@ -9,70 +9,6 @@ namespace mirolta {
 
 class GateSearch final : public Search {
  public:
-  enum Operation : uint8_t { kAnd, kAndNot, kOr, kXor };  // kAndNot: the second but not the first
-
-  static uint64_t Apply(int operation, uint64_t a, uint64_t b) {
-    switch (operation) {
-      case kAnd:
-        return a & b;
-      case kAndNot:
-        return ~a & b;
-      case kOr:
-        return a | b;
-      default:
-        return a ^ b;
-    }
-  }
-
-  static int Add(Circuit& circuit, int operation, int a, int b) {
-    circuit.gate[circuit.count] = {static_cast<uint8_t>(operation), static_cast<uint8_t>(a),
-                                   static_cast<uint8_t>(b), 0};
-    circuit.table[circuit.count] = Apply(operation, circuit.table[a], circuit.table[b]);
-    return circuit.count++;
-  }
-
-  // Adds two gates over the values order[count] that give wanted wherever mask is set; returns the
-  // value, or -1 if there are none.
-  static int AddTwo(Circuit& circuit, const uint8_t* order, int count, uint64_t wanted,
-                    uint64_t mask) {
-    for (int i = 0; i < count; ++i) {
-      for (int j = 0; j < count; ++j) {
-        for (int operation = kAnd; operation <= kXor; ++operation) {
-          if (operation != kAndNot && j >= i) continue;
-          const uint64_t pair =
-              Apply(operation, circuit.table[order[i]], circuit.table[order[j]]) & mask;
-          // What the outer gate may make of this pair, tested before its other input is known.
-          const bool covers = (pair & wanted) == wanted;
-          const bool inside = (pair & ~wanted) == 0;
-          const bool apart = (pair & wanted) == 0;
-          for (int k = 0; k < count; ++k) {
-            const uint64_t other = circuit.table[order[k]] & mask;
-            int outer;
-            bool pair_first = true;
-            if ((pair ^ other) == wanted) {
-              outer = kXor;
-            } else if (covers && (pair & other) == wanted) {
-              outer = kAnd;
-            } else if (inside && (pair | other) == wanted) {
-              outer = kOr;
-            } else if (apart && (~pair & other) == wanted) {
-              outer = kAndNot;
-            } else if (covers && (pair & ~other) == wanted) {
-              outer = kAndNot;
-              pair_first = false;
-            } else {
-              continue;
-            }
-            const int first = Add(circuit, operation, order[i], order[j]);
-            return pair_first ? Add(circuit, outer, first, order[k])
-                              : Add(circuit, outer, order[k], first);
-          }
-        }
-      }
-    }
-    return -1;
-  }
-
   using Search::Search;
 
   int Extend(Circuit& circuit, uint64_t target, uint64_t mask, int limit, int depth) override {
@@ -102,8 +38,8 @@ class GateSearch final : public Search {
         const int change =
             Extend(trial, target ^ trial.table[base], mask & change_mask, limit - 2, depth + 1);
         if (change < 0) continue;
-        const int part = Add(trial, operation, order[i], change);
-        result = Add(trial, kXor, part, base);
+        const int part = Add(trial, Two(operation, order[i], change));
+        result = Add(trial, Two(kXor, part, base));
       }
       best = trial;
       best_result_[depth] = result;
@@ -114,6 +50,33 @@ class GateSearch final : public Search {
     return best_result_[depth];
   }
 
+  uint64_t Value(const Gate& gate, const uint64_t* table) const override {
+    return Apply(gate.operation, table[gate.a], table[gate.b]);
+  }
+
+  bool Place(Circuit& circuit, uint8_t* usable, int count, uint64_t target, uint64_t mask,
+             const Gate& old, bool two_gates) override {
+    Reorder(usable, count);
+    const uint64_t wanted = target & mask;
+    if (two_gates) return AddTwo(circuit, usable, count, wanted, mask) >= 0;
+    const int first = static_cast<int>(Random(4));
+    for (int i = 0; i < count; ++i) {
+      for (int j = 0; j < count; ++j) {
+        for (int k = 0; k < 4; ++k) {
+          const Gate gate = Two((first + k) % 4, usable[i], usable[j]);
+          if (gate.operation != kAndNot && j > i) continue;
+          if ((Value(gate, circuit.table) & mask) != wanted) continue;
+          const bool turned = old.a == gate.b && old.b == gate.a && gate.operation != kAndNot;
+          const bool same = (old.a == gate.a && old.b == gate.b) || turned;
+          if (same && old.operation == gate.operation) continue;
+          Add(circuit, gate);
+          return true;
+        }
+      }
+    }
+    return false;
+  }
+
   void Print(const Gate& gate, int value) const override {
     static const char* const kNames[] = {"And", "AndNot", "Or", "Xor"};
     std::printf("  const Vector v%d = %s(v%d, v%d);\n", value, kNames[gate.operation], gate.a,
@@ -121,6 +84,67 @@ class GateSearch final : public Search {
   }
 
  private:
+  enum Operation : uint8_t { kAnd, kAndNot, kOr, kXor };  // kAndNot: the second but not the first
+
+  static uint64_t Apply(int operation, uint64_t a, uint64_t b) {
+    switch (operation) {
+      case kAnd:
+        return a & b;
+      case kAndNot:
+        return ~a & b;
+      case kOr:
+        return a | b;
+      default:
+        return a ^ b;
+    }
+  }
+
+  static Gate Two(int operation, int a, int b) {
+    return {static_cast<uint8_t>(operation), static_cast<uint8_t>(a), static_cast<uint8_t>(b), 0};
+  }
+
+  // Adds two gates over the values order[count] that give wanted wherever mask is set; returns the
+  // value, or -1 if there are none.
+  int AddTwo(Circuit& circuit, const uint8_t* order, int count, uint64_t wanted,
+             uint64_t mask) const {
+    for (int i = 0; i < count; ++i) {
+      for (int j = 0; j < count; ++j) {
+        for (int operation = kAnd; operation <= kXor; ++operation) {
+          if (operation != kAndNot && j >= i) continue;
+          const uint64_t pair =
+              Apply(operation, circuit.table[order[i]], circuit.table[order[j]]) & mask;
+          // What the outer gate may make of this pair, tested before its other input is known.
+          const bool covers = (pair & wanted) == wanted;
+          const bool inside = (pair & ~wanted) == 0;
+          const bool apart = (pair & wanted) == 0;
+          for (int k = 0; k < count; ++k) {
+            const uint64_t other = circuit.table[order[k]] & mask;
+            int outer;
+            bool pair_first = true;
+            if ((pair ^ other) == wanted) {
+              outer = kXor;
+            } else if (covers && (pair & other) == wanted) {
+              outer = kAnd;
+            } else if (inside && (pair | other) == wanted) {
+              outer = kOr;
+            } else if (apart && (~pair & other) == wanted) {
+              outer = kAndNot;
+            } else if (covers && (pair & ~other) == wanted) {
+              outer = kAndNot;
+              pair_first = false;
+            } else {
+              continue;
+            }
+            const int first = Add(circuit, Two(operation, order[i], order[j]));
+            return pair_first ? Add(circuit, Two(outer, first, order[k]))
+                              : Add(circuit, Two(outer, order[k], first));
+          }
+        }
+      }
+    }
+    return -1;
+  }
+
   // An existing value, or one gate or two.
   int Short(Circuit& circuit, uint64_t target, uint64_t mask, int limit) {
     const int match = Match(circuit, target, mask);
@@ -136,7 +160,7 @@ class GateSearch final : public Search {
           if (operation != kAndNot && j > i) continue;
           const uint64_t result =
               Apply(operation, circuit.table[order[i]], circuit.table[order[j]]);
-          if ((result & mask) == wanted) return Add(circuit, operation, order[i], order[j]);
+          if ((result & mask) == wanted) return Add(circuit, Two(operation, order[i], order[j]));
         }
       }
     }

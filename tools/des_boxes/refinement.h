@@ -1,10 +1,9 @@
-// Makes a circuit of two-input gates smaller by a random walk over circuits of about its size.
+// Makes a circuit smaller by a random walk over circuits of about its size.
 #pragma once
 
-#include <algorithm>
 #include <vector>
 
-#include "gate_search.h"
+#include "circuit.h"
 
 namespace mirolta {
 
@@ -15,8 +14,9 @@ namespace mirolta {
 // Scalable don't-care-based logic optimization and resubstitution, 2011.
 class Refiner {
  public:
-  Refiner(const Circuit& circuit, const std::vector<int>& outputs, uint32_t seed)
-      : random_(seed), now_{circuit, outputs}, best_(now_) {
+  // Two-input gates have the first input for the third, which changes nothing.
+  Refiner(Search& search, const Circuit& circuit, const std::vector<int>& outputs)
+      : search_(search), now_{circuit, outputs}, best_(now_) {
     Tidy(now_);
     best_ = now_;
   }
@@ -25,10 +25,10 @@ class Refiner {
   const std::vector<int>& outputs() const { return best_.outputs; }
 
   void Walk(long steps) {
-    for (long step = 0; step < steps; ++step) {
-      if (step % kStepsFromBest == 0) {
+    for (; steps > 0; --steps, ++steps_) {
+      if (steps_ % kStepsFromBest == 0) {
         now_ = best_;
-        slack_ = static_cast<int>(Random(kMostSlack + 1));
+        slack_ = static_cast<int>(search_.Random(kMostSlack + 1));
       }
       Step();
       if (now_.circuit.count <= best_.circuit.count) best_ = now_;
@@ -45,22 +45,30 @@ class Refiner {
   static constexpr uint32_t kMostSlack = 4;
   static constexpr uint32_t kOneOfTwoGates = 30;  // of so many steps, one tries two gates
 
-  uint32_t Random(uint32_t bound) { return static_cast<uint32_t>(random_() % bound); }
-
   void Step() {
     const Circuit& c = now_.circuit;
-    const int gate = kInputs + static_cast<int>(Random(static_cast<uint32_t>(c.count - kInputs)));
+    const int gate =
+        kInputs + static_cast<int>(search_.Random(static_cast<uint32_t>(c.count - kInputs)));
     const uint64_t care = Care(now_, gate);
     uint8_t usable[kMostValues];
     const int count = Usable(c, gate, usable);
     State next = now_;
     Circuit& to = next.circuit;
-    if (!Place(&to, usable, count, gate, care, Random(kOneOfTwoGates) == 0)) return;
-    // What was made stands behind the old gates; it takes the gate's place everywhere.
-    const int made = to.count - 1;
+    const uint64_t target = c.table[gate];
+    int made = 0;
+    while (made < count && ((c.table[usable[made]] ^ target) & care) != 0) ++made;
+    if (made < count) {
+      made = usable[made];
+    } else if (search_.Place(to, usable, count, target, care, c.gate[gate],
+                             search_.Random(kOneOfTwoGates) == 0)) {
+      made = to.count - 1;
+    } else {
+      return;
+    }
     for (int i = kInputs; i < c.count; ++i) {
       if (to.gate[i].a == gate) to.gate[i].a = static_cast<uint8_t>(made);
       if (to.gate[i].b == gate) to.gate[i].b = static_cast<uint8_t>(made);
+      if (to.gate[i].c == gate) to.gate[i].c = static_cast<uint8_t>(made);
     }
     for (int& output : next.outputs) {
       if (output == gate) output = made;
@@ -69,55 +77,20 @@ class Refiner {
     if (next.circuit.count <= best_.circuit.count + slack_) now_ = next;
   }
 
-  // Adds a copy of a usable value, a gate of two of them, or two gates that agree with gate where
-  // care is set; false if there is none.
-  bool Place(Circuit* c, uint8_t* usable, int count, int gate, uint64_t care, bool two_gates) {
-    const uint64_t wanted = c->table[gate] & care;
-    const Gate& old = c->gate[gate];
-    for (int i = count; i > 1; --i) {
-      std::swap(usable[i - 1], usable[Random(static_cast<uint32_t>(i))]);
-    }
-    for (int i = 0; i < count; ++i) {
-      if ((c->table[usable[i]] & care) != wanted) continue;
-      // The same value by "or" with itself; Tidy takes it out.
-      GateSearch::Add(*c, GateSearch::kOr, usable[i], usable[i]);
-      return true;
-    }
-    if (two_gates) return GateSearch::AddTwo(*c, usable, count, wanted, care) >= 0;
-    const int first = static_cast<int>(Random(4));
-    for (int i = 0; i < count; ++i) {
-      for (int j = 0; j < count; ++j) {
-        for (int k = 0; k < 4; ++k) {
-          const int operation = (first + k) % 4;
-          if (operation != GateSearch::kAndNot && j > i) continue;
-          const int a = usable[i];
-          const int b = usable[j];
-          if ((GateSearch::Apply(operation, c->table[a], c->table[b]) & care) != wanted) continue;
-          const bool same = old.operation == operation &&
-                            ((old.a == a && old.b == b) ||
-                             (old.a == b && old.b == a && operation != GateSearch::kAndNot));
-          if (same) continue;
-          GateSearch::Add(*c, operation, a, b);
-          return true;
-        }
-      }
-    }
-    return false;
-  }
-
   // The inputs for which some output changes if gate does.
-  static uint64_t Care(const State& state, int gate) {
+  uint64_t Care(const State& state, int gate) const {
     uint64_t table[kMostValues] = {};
     const Circuit& c = state.circuit;
     for (int i = 0; i < c.count; ++i) {
-      table[i] = i == gate  ? ~c.table[i]
-                 : i < gate ? c.table[i]
-                            : GateSearch::Apply(c.gate[i].operation, table[c.gate[i].a],
-                                                table[c.gate[i].b]);
+      table[i] = i == gate ? ~c.table[i] : i < gate ? c.table[i] : search_.Value(c.gate[i], table);
     }
     uint64_t care = 0;
     for (const int output : state.outputs) care |= table[output] ^ c.table[output];
     return care;
+  }
+
+  static bool Needs(const Gate& gate, const bool* values) {
+    return values[gate.a] || values[gate.b] || values[gate.c];
   }
 
   // The values that do not depend on gate.
@@ -126,7 +99,7 @@ class Refiner {
     depends[gate] = true;
     int count = 0;
     for (int i = 0; i < c.count; ++i) {
-      if (i > gate) depends[i] = depends[c.gate[i].a] || depends[c.gate[i].b];
+      if (i > gate) depends[i] = Needs(c.gate[i], depends);
       if (!depends[i]) usable[count++] = static_cast<uint8_t>(i);
     }
     return count;
@@ -134,7 +107,7 @@ class Refiner {
 
   // Orders the gates by what they need, drops what no output needs, and puts one gate in the place
   // of gates that are the same.
-  static void Tidy(State& state) {
+  void Tidy(State& state) const {
     Circuit tidy = InputsOnly();
     int place[kMostValues] = {};
     for (int i = 0; i < kMostValues; ++i) place[i] = i < kInputs ? i : -1;
@@ -142,22 +115,24 @@ class Refiner {
     state.circuit = tidy;
   }
 
-  static int Move(const Circuit& from, int value, int* place, Circuit* to) {
+  int Move(const Circuit& from, int value, int* place, Circuit* to) const {
     if (place[value] >= 0) return place[value];
     const Gate& gate = from.gate[value];
-    const int a = Move(from, gate.a, place, to);
-    const int b = Move(from, gate.b, place, to);
-    const uint64_t table = GateSearch::Apply(gate.operation, to->table[a], to->table[b]);
+    const Gate moved = {gate.operation, static_cast<uint8_t>(Move(from, gate.a, place, to)),
+                        static_cast<uint8_t>(Move(from, gate.b, place, to)),
+                        static_cast<uint8_t>(Move(from, gate.c, place, to))};
+    const uint64_t table = search_.Value(moved, to->table);
     int found = 0;
     while (found < to->count && to->table[found] != table) ++found;
-    if (found == to->count) found = GateSearch::Add(*to, gate.operation, a, b);
+    if (found == to->count) found = search_.Add(*to, moved);
     return place[value] = found;
   }
 
-  std::mt19937 random_;
+  Search& search_;
   State now_;
   State best_;
   int slack_ = 0;
+  long steps_ = 0;
 };
 
 }  // namespace mirolta

@@ -1,6 +1,7 @@
 // Circuits of gates with three inputs and any truth table: vpternlog.
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 
 #include "circuit.h"
@@ -49,31 +50,40 @@ class TernarySearch final : public Search {
     return best_result_[depth];
   }
 
+  uint64_t Value(const Gate& gate, const uint64_t* table) const override {
+    uint64_t result = 0;
+    for (int cell = 0; cell < 8; ++cell) {
+      if ((gate.operation >> cell & 1) == 0) continue;
+      result |= Cell(table, gate.a, gate.b, gate.c, cell);
+    }
+    return result;
+  }
+
+  bool Place(Circuit& circuit, uint8_t* usable, int count, uint64_t target, uint64_t mask,
+             const Gate& old, bool two_gates) override {
+    Reorder(usable, count);
+    std::copy_n(usable, count, order_);
+    Gate first;
+    Gate last;
+    if (two_gates) {
+      if (!TwoGates(circuit, count, target, mask, &first, &last)) return false;
+      Add(circuit, first);
+    } else if (!OneGate(circuit, count, target, mask, &old, &last)) {
+      return false;
+    }
+    Add(circuit, last);
+    return true;
+  }
+
   void Print(const Gate& gate, int value) const override {
     std::printf("  const Vector v%d = Ternary<0x%02X>(v%d, v%d, v%d);\n", value, gate.operation,
                 gate.a, gate.b, gate.c);
   }
 
  private:
-  static uint64_t Apply(const Circuit& circuit, const Gate& gate) {
-    uint64_t result = 0;
-    for (int cell = 0; cell < 8; ++cell) {
-      if ((gate.operation >> cell & 1) == 0) continue;
-      result |= Cell(circuit, gate.a, gate.b, gate.c, cell);
-    }
-    return result;
-  }
-
-  static uint64_t Cell(const Circuit& circuit, int a, int b, int c, int cell) {
-    return ((cell & 4) != 0 ? circuit.table[a] : ~circuit.table[a]) &
-           ((cell & 2) != 0 ? circuit.table[b] : ~circuit.table[b]) &
-           ((cell & 1) != 0 ? circuit.table[c] : ~circuit.table[c]);
-  }
-
-  static int Add(Circuit& circuit, const Gate& gate) {
-    circuit.gate[circuit.count] = gate;
-    circuit.table[circuit.count] = Apply(circuit, gate);
-    return circuit.count++;
+  static uint64_t Cell(const uint64_t* table, int a, int b, int c, int cell) {
+    return ((cell & 4) != 0 ? table[a] : ~table[a]) & ((cell & 2) != 0 ? table[b] : ~table[b]) &
+           ((cell & 1) != 0 ? table[c] : ~table[c]);
   }
 
   // An existing value, or one gate or two.
@@ -83,10 +93,10 @@ class TernarySearch final : public Search {
     if (circuit.count + 1 > limit) return -1;
     Shuffle(order_, circuit.count);
     Gate last;
-    if (OneGate(circuit, target, mask, &last)) return Add(circuit, last);
+    if (OneGate(circuit, circuit.count, target, mask, nullptr, &last)) return Add(circuit, last);
     if (circuit.count + 2 > limit) return -1;
     Gate first;
-    if (!TwoGates(circuit, target, mask, &first, &last)) return -1;
+    if (!TwoGates(circuit, circuit.count, target, mask, &first, &last)) return -1;
     Add(circuit, first);
     return Add(circuit, last);
   }
@@ -96,7 +106,7 @@ class TernarySearch final : public Search {
            Gate* gate) {
     uint32_t operation = 0;
     for (int cell = 0; cell < 8; ++cell) {
-      const uint64_t points = Cell(circuit, a, b, c, cell) & mask;
+      const uint64_t points = Cell(circuit.table, a, b, c, cell) & mask;
       const bool ones = (points & target) != 0;
       if (ones && (points & ~target) != 0) return false;
       if (ones || (points == 0 && Random(2) != 0)) operation |= 1u << cell;
@@ -106,11 +116,19 @@ class TernarySearch final : public Search {
     return true;
   }
 
-  bool OneGate(const Circuit& circuit, uint64_t target, uint64_t mask, Gate* gate) {
-    for (int i = 0; i < circuit.count; ++i) {
+  static bool HasSameInputs(const Gate& x, const Gate& y) {
+    const auto has = [&](int value) { return x.a == value || x.b == value || x.c == value; };
+    return has(y.a) && has(y.b) && has(y.c);
+  }
+
+  // Of the values order_[count]; not a gate of the same inputs as old.
+  bool OneGate(const Circuit& circuit, int count, uint64_t target, uint64_t mask, const Gate* old,
+               Gate* gate) {
+    for (int i = 0; i < count; ++i) {
       for (int j = 0; j < i; ++j) {
         for (int k = 0; k < j; ++k) {
-          if (Fit(circuit, order_[i], order_[j], order_[k], target, mask, gate)) return true;
+          if (!Fit(circuit, order_[i], order_[j], order_[k], target, mask, gate)) continue;
+          if (old == nullptr || !HasSameInputs(*old, *gate)) return true;
         }
       }
     }
@@ -146,8 +164,8 @@ class TernarySearch final : public Search {
 
   // Looks for four or five values that determine the target, and among those for a gate of three
   // whose result can stand for them in a second gate.
-  bool TwoGates(const Circuit& circuit, uint64_t target, uint64_t mask, Gate* first, Gate* last) {
-    const int count = circuit.count;
+  bool TwoGates(const Circuit& circuit, int count, uint64_t target, uint64_t mask, Gate* first,
+                Gate* last) {
     Mixed m1 = {1, {mask}};
     for (int i = 0; i < count; ++i) {
       const Mixed m2 = Split(m1, circuit.table[order_[i]], target);
@@ -208,7 +226,7 @@ class TernarySearch final : public Search {
              Gate* first, Gate* last) {
     uint32_t differs[8] = {};
     uint64_t cells[8];
-    for (int i = 0; i < 8; ++i) cells[i] = Cell(circuit, in[0], in[1], in[2], i) & mask;
+    for (int i = 0; i < 8; ++i) cells[i] = Cell(circuit.table, in[0], in[1], in[2], i) & mask;
     for (int outer = 0; outer < 4; ++outer) {
       const uint64_t points = ((outer & 2) != 0 ? circuit.table[d] : ~circuit.table[d]) &
                               ((outer & 1) != 0 ? circuit.table[e] : ~circuit.table[e]);
