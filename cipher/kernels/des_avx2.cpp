@@ -21,8 +21,8 @@ constexpr uint32_t kRows = 64;
 constexpr uint32_t kRowBlocks = 4;
 constexpr uint32_t kMostBlocks = kRows * kRowBlocks;
 // From so many blocks on, a pass over bit slices, however few of them it fills, takes less time.
-constexpr uint32_t kLeastBlocks = 25;
-constexpr uint32_t kLeastTripleBlocks = 28;
+constexpr uint32_t kLeastBlocks = 37;
+constexpr uint32_t kLeastTripleBlocks = 39;
 
 // The transposition counts the bits of a byte from the lowest one, the standard from the highest.
 constexpr int Slot(int n) {

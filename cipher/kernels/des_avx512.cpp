@@ -22,8 +22,8 @@ constexpr uint32_t kRows = 64;
 constexpr uint32_t kRowBlocks = 8;
 constexpr uint32_t kMostBlocks = kRows * kRowBlocks;
 // From so many blocks on, a pass over bit slices, however few of them it fills, takes less time.
-constexpr uint32_t kLeastBlocks = 25;
-constexpr uint32_t kLeastTripleBlocks = 27;
+constexpr uint32_t kLeastBlocks = 35;
+constexpr uint32_t kLeastTripleBlocks = 36;
 
 // Where the transposition leaves bit n.
 constexpr int Slot(int n) {
