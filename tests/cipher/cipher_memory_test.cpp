@@ -7,6 +7,7 @@
 #include "des_schedule.h"
 #include "portable/test_hooks.h"
 #include "test_engines.h"
+#include "used_memory.h"
 #include "watched_heap.h"
 
 namespace mirolta {
@@ -25,6 +26,7 @@ TEST_F(CipherMemory, TheWatchSeesWhatIsLeft) {
   Watch("secret!!");
   char* const left = new char[100];
   std::memcpy(left + 50, "secret!!", 8);
+  test::Used(left);
   EXPECT_EQ(LivePatterns(), 1u);
   delete[] left;
   EXPECT_EQ(watched_heap.leaks, 1u);

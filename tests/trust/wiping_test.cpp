@@ -16,6 +16,7 @@
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
 #include "trust_heap.h"
+#include "used_memory.h"
 
 namespace mirolta::test {
 namespace {
@@ -174,7 +175,11 @@ TEST_F(WipingTest, TheWatchSeesEveryKindOfMemory) {
     StopWatchingForSecrets();
     return found;
   };
-  EXPECT_EQ(seen([&] { const Bytes copy(secret.begin() + 16, secret.begin() + 24); }), 1);
+  EXPECT_EQ(seen([&] {
+              const Bytes copy(secret.begin() + 16, secret.begin() + 24);
+              Used(copy.data());
+            }),
+            1);
   EXPECT_EQ(seen([&] { const TestValue array = BytesValue(secret); }), 1);
   // By itself the runtime clears arrays that it destroys.
   MiroltaKeepDestroyedArrays(false);
