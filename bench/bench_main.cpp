@@ -151,12 +151,25 @@ int Main(int argc, char** argv) {
     for (const Row& row : rows) std::printf("%s\n", row.name.c_str());
     return 0;
   }
-  const std::regex pattern(count > 2 ? arguments[2] : "");
+  std::regex pattern;
+  try {
+    pattern = count > 2 ? arguments[2] : "";
+  } catch (const std::regex_error& error) {
+    std::fprintf(stderr, "'%s' is no pattern: %s\n", arguments[2], error.what());
+    return 2;
+  }
   std::ofstream out(file);
   Report report(&out);
   bool agree = true;
+  size_t measured = 0;
   for (const Row& row : rows) {
-    if (std::regex_search(row.name, pattern)) agree = RunRow(row, &report) && agree;
+    if (!std::regex_search(row.name, pattern)) continue;
+    agree = RunRow(row, &report) && agree;
+    ++measured;
+  }
+  if (measured == 0) {
+    std::fprintf(stderr, "no row's name has '%s' in it; --list names them all\n", arguments[2]);
+    return 2;
   }
   report.End();
   return agree && out.good() ? 0 : 1;
