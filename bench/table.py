@@ -39,11 +39,13 @@ UP_TO_AVX2 = [
 ]
 
 
-def requirement(name, contestants, features):
+def has_wide_vectors(report):
+    return "AVX-512" in report["context"]["features"]
+
+
+def requirement(name, ours, peers, wide):
     """(required, stretch, the peers that count) of a row."""
-    ours = contestants[OURS]
-    peers = {peer: entry for peer, entry in contestants.items() if peer != OURS}
-    if "AVX-512" in features or name.startswith(("class/", "scaling/")):
+    if wide or name.startswith(("class/", "scaling/")):
         return ours["required"], ours["stretch"], peers
     for pattern, required, peer in UP_TO_AVX2:
         if re.match(pattern, name):
@@ -86,10 +88,10 @@ def ratio_text(value):
     return "" if not value else f"{value:.2f}"
 
 
-def table_line(name, contestants, features):
+def table_line(name, contestants, wide):
     ours = contestants[OURS]
     peers = {peer: entry for peer, entry in contestants.items() if peer != OURS}
-    required, stretch, counting = requirement(name, contestants, features)
+    required, stretch, counting = requirement(name, ours, peers, wide)
     shown = ", ".join(f"{peer} {speed_text(entry)}" for peer, entry in sorted(
         peers.items(), key=lambda item: seconds(item[1])))
     ratio = ""
@@ -112,13 +114,14 @@ HEADINGS = ["task", "ours", "peers, best first", "ratio", "required", "stretch",
 
 def markdown(report, rows):
     context = report["context"]
-    wide = "AVX-512" in context["features"]
+    wide = has_wide_vectors(report)
     lines = [
         "# Benchmarks" if wide else "# Benchmarks without wider vectors than AVX2",
         "",
-        f"Written by `make {'bench' if wide else 'bench-avx2'}`; one run, ours and the peers interleaved at random, medians of the "
-        "repetitions, operands rotated. The ratio is our speed over that of the best peer in the "
-        "same run; every output was compared with every peer's before."
+        f"Written by `make {'bench' if wide else 'bench-avx2'}`; one run, ours and the peers "
+        "interleaved at random, medians of the repetitions, operands rotated. The ratio is our "
+        "speed over that of the best peer in the same run; every output was compared with every "
+        "peer's before."
         + ("" if wide else " OpenSSL too is kept from wider vectors. Big numbers are required to "
            "reach a ratio to GMP, which is then the one shown."),
         "",
@@ -130,7 +133,7 @@ def markdown(report, rows):
         "",
     ]
     for level, title in LEVELS.items():
-        here = [table_line(name, contestants, context["features"]) for name, contestants in rows.items()
+        here = [table_line(name, contestants, wide) for name, contestants in rows.items()
                 if name.startswith(level + "/") and OURS in contestants]
         if not here:
             continue
@@ -146,11 +149,11 @@ def main(arguments):
     with open(arguments[0], encoding="utf-8") as file:
         report = json.load(file)
     rows = read_rows(report)
+    wide = has_wide_vectors(report)
     for name, contestants in rows.items():
         if OURS not in contestants:
             continue
-        task, ours, peers, ratio, required, stretch, verdict = table_line(
-            name, contestants, report["context"]["features"])
+        task, ours, peers, ratio, required, stretch, verdict = table_line(name, contestants, wide)
         wanted = f"(required {required}, stretch {stretch}: {verdict})" if required else ""
         level = name.split("/")[0]
         print(f"{level:8} {task}: {ours}; {peers}; ratio {ratio} {wanted}")
