@@ -60,21 +60,7 @@ class GateSearch final : public Search {
     const uint64_t wanted = target & mask;
     if (two_gates) return AddTwo(circuit, usable, count, wanted, mask) >= 0;
     const int first = static_cast<int>(Random(4));
-    for (int i = 0; i < count; ++i) {
-      for (int j = 0; j < count; ++j) {
-        for (int k = 0; k < 4; ++k) {
-          const Gate gate = Two((first + k) % 4, usable[i], usable[j]);
-          if (gate.operation != kAndNot && j > i) continue;
-          if ((Value(gate, circuit.table) & mask) != wanted) continue;
-          const bool turned = old.a == gate.b && old.b == gate.a && gate.operation != kAndNot;
-          const bool same = (old.a == gate.a && old.b == gate.b) || turned;
-          if (same && old.operation == gate.operation) continue;
-          Add(circuit, gate);
-          return true;
-        }
-      }
-    }
-    return false;
+    return AddOne(circuit, usable, count, wanted, mask, first, &old) >= 0;
   }
 
   void Print(const Gate& gate, int value) const override {
@@ -101,6 +87,28 @@ class GateSearch final : public Search {
 
   static Gate Two(int operation, int a, int b) {
     return {static_cast<uint8_t>(operation), static_cast<uint8_t>(a), static_cast<uint8_t>(b), 0};
+  }
+
+  static bool IsSame(const Gate& x, const Gate& y) {
+    const bool turned = x.a == y.b && x.b == y.a && x.operation != kAndNot;
+    return x.operation == y.operation && ((x.a == y.a && x.b == y.b) || turned);
+  }
+
+  // Adds a gate over the values order[count], other than old, that gives wanted wherever mask is
+  // set, operations tried from the first one on; returns the value, or -1 if there is none.
+  int AddOne(Circuit& circuit, const uint8_t* order, int count, uint64_t wanted, uint64_t mask,
+             int first, const Gate* old) const {
+    for (int i = 0; i < count; ++i) {
+      for (int j = 0; j < count; ++j) {
+        for (int k = 0; k < 4; ++k) {
+          const Gate gate = Two((first + k) % 4, order[i], order[j]);
+          if (gate.operation != kAndNot && j > i) continue;
+          if ((Value(gate, circuit.table) & mask) != wanted) continue;
+          if (old == nullptr || !IsSame(*old, gate)) return Add(circuit, gate);
+        }
+      }
+    }
+    return -1;
   }
 
   // Adds two gates over the values order[count] that give wanted wherever mask is set; returns the
@@ -154,16 +162,8 @@ class GateSearch final : public Search {
     uint8_t order[kMostValues];
     Shuffle(order, count);
     const uint64_t wanted = target & mask;
-    for (int i = 0; i < count; ++i) {
-      for (int j = 0; j < count; ++j) {
-        for (int operation = kAnd; operation <= kXor; ++operation) {
-          if (operation != kAndNot && j > i) continue;
-          const uint64_t result =
-              Apply(operation, circuit.table[order[i]], circuit.table[order[j]]);
-          if ((result & mask) == wanted) return Add(circuit, Two(operation, order[i], order[j]));
-        }
-      }
-    }
+    const int one = AddOne(circuit, order, count, wanted, mask, kAnd, nullptr);
+    if (one >= 0) return one;
     return count + 2 > limit ? -1 : AddTwo(circuit, order, count, wanted, mask);
   }
 
