@@ -51,14 +51,17 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
 
 // Products of up to this many limbs each need no working memory.
 constexpr size_t kShortLimbs = 8;
+constexpr size_t kShortWords = kShortLimbs * kLimbWords;
 
-// r := a * b of m and n limbs, kShortLimbs >= m >= n >= 1.
-HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t m, const BigMagnitude& b, size_t n) {
-  // For the linker's optimiser, which takes the sizes for unbounded.
-  if (m > kShortLimbs || n > m) __builtin_unreachable();
+// r := a * b of a_words and b_words words, kShortWords >= a_words >= b_words >= 1. Multiply calls it
+// in one place, so compilers inline it and see these bounds of the copies.
+HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const BigMagnitude& b,
+                      size_t b_words) {
+  const size_t m = LimbsForWords(a_words);
+  const size_t n = LimbsForWords(b_words);
   Limb operands[2 * kShortLimbs];
-  LimbsFromWords(operands, a.digits(), a.used());
-  LimbsFromWords(operands + m, b.digits(), b.used());
+  LimbsFromWords(operands, a.digits(), a_words);
+  LimbsFromWords(operands + m, b.digits(), b_words);
   // The operands are copied, so the result may take one's place.
   Limb* const product = r.BeginLimbs(m + n);
   if (product != nullptr) {
@@ -119,17 +122,18 @@ HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   const bool negative = a.negative() != b.negative();
   const BigMagnitude& am = a.magnitude();
   const BigMagnitude& bm = b.magnitude();
-  const size_t an = LimbsForWords(am.used());
-  const size_t bn = LimbsForWords(bm.used());
+  const bool swapped = am.used() < bm.used();
+  const BigMagnitude& longer = swapped ? bm : am;
+  const BigMagnitude& shorter = swapped ? am : bm;
+  const size_t long_words = longer.used();
+  const size_t short_words = shorter.used();
   HRESULT status = S_OK;
-  if (an == 0 || bn == 0) {
+  if (short_words == 0) {
     status = r.AssignLimbs(nullptr, 0);
-  } else if (an > kShortLimbs || bn > kShortLimbs) {
-    status = MultiplyLong(r, am, an, bm, bn);
-  } else if (an < bn) {
-    status = MultiplyShort(r, bm, bn, am, an);
+  } else if (long_words > kShortWords) {
+    status = MultiplyLong(r, longer, LimbsForWords(long_words), shorter, LimbsForWords(short_words));
   } else {
-    status = MultiplyShort(r, am, an, bm, bn);
+    status = MultiplyShort(r, longer, long_words, shorter, short_words);
   }
   if (SUCCEEDED(status)) r.set_negative(negative);
   return status;
