@@ -1,6 +1,7 @@
 #include "call_assignment.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
