@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include "hidden_property.h"
 #include "host_errors.h"
 #include "object_handle.h"
 #include "owned_values.h"
@@ -146,6 +147,7 @@ bool IsArrayValue(duk_context* engine, duk_idx_t index) {
 
 // new VBArray(value)
 duk_ret_t ConstructVbArray(duk_context* engine) {
+  ThrowIfClosed(engine, 0);
   if (!IsArrayValue(engine, 0)) ThrowStatus(engine, kArrayExpected);
   PushKept(engine, "VBArray.prototype");
   duk_push_object(engine);
@@ -195,23 +197,18 @@ void PushArray(duk_context* engine, const VARIANT& array) {
   VARIANT copy = {};
   const HRESULT status = VariantCopy(&copy, &array);
   if (FAILED(status)) ThrowStatus(engine, status);
-  const uint32_t number = ContextOf(engine).objects.Add(SlotKind::kArray, copy);
-  duk_push_object(engine);
-  AttachHandle(engine, -1, number);
+  PushSlotObject(engine, SlotKind::kArray, copy, PushPlainObject);
 }
 
 LONG LowerBoundAt(duk_context* engine, duk_idx_t index) {
-  if (!duk_is_object(engine, index)) return 0;
-  duk_get_prop_string(engine, index, kLowerBoundKey);
+  if (!PushOwn(engine, index, kLowerBoundKey)) return 0;
   const LONG lower = duk_get_int(engine, -1);
   duk_pop(engine);
   return lower;
 }
 
 bool PushArrayOf(duk_context* engine, duk_idx_t index) {
-  if (duk_get_prop_string(engine, index, kArrayKey)) return true;
-  duk_pop(engine);
-  return false;
+  return PushOwn(engine, index, kArrayKey);
 }
 
 void InstallVbArray(duk_context* engine) {

@@ -20,9 +20,27 @@ uint32_t WordAt(const uint8_t* bytes) {
   return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
 }
 
-// Pushes the instruction codes of the function on top, kept with the function once read.
-void PushCode(duk_context* engine) {
-  if (duk_get_prop_string(engine, -1, kCodeKey)) return;
+// The instruction codes of a function are kept with it once read, behind the address of the
+// function that they are of: another one may inherit them.
+struct Codes {
+  const uint8_t* bytes = nullptr;
+  size_t count = 0;
+};
+
+// The codes that a look-up from the function on top finds, pushed; none if they are not its own.
+Codes PushKeptCodes(duk_context* engine) {
+  const void* function = duk_get_heapptr(engine, -1);
+  duk_get_prop_string(engine, -1, kCodeKey);
+  duk_size_t size = 0;
+  const auto* kept = static_cast<const uint8_t*>(duk_get_buffer(engine, -1, &size));
+  if (size < sizeof function || memcmp(kept, &function, sizeof function) != 0) return {};
+  return {kept + sizeof function, size - sizeof function};
+}
+
+// Pushes the instruction codes of the function on top.
+Codes PushCodes(duk_context* engine) {
+  const Codes kept = PushKeptCodes(engine);
+  if (kept.bytes != nullptr) return kept;
   duk_pop(engine);
   duk_dup_top(engine);
   duk_dump_function(engine);
@@ -30,12 +48,16 @@ void PushCode(duk_context* engine) {
   const auto* dumped = static_cast<const uint8_t*>(duk_get_buffer(engine, -1, &size));
   size_t count = size >= kCodeOffset ? WordAt(dumped + kCountOffset) : 0;
   if (count > (size - kCodeOffset) / 4) count = 0;
-  auto* codes = static_cast<uint8_t*>(duk_push_fixed_buffer(engine, count));
+  const void* function = duk_get_heapptr(engine, -2);
+  auto* codes = static_cast<uint8_t*>(duk_push_fixed_buffer(engine, sizeof function + count));
+  memcpy(codes, &function, sizeof function);
+  codes += sizeof function;
   for (size_t i = 0; i < count; ++i) codes[i] = dumped[kCodeOffset + 4 * i + 3];
   duk_remove(engine, -2);
   duk_push_string(engine, kCodeKey);
   duk_dup(engine, -2);
   duk_def_prop(engine, -4, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+  return {codes, count};
 }
 
 // The code of the instruction that runs in the script function below the native one.
@@ -49,10 +71,8 @@ int RunningInstruction(duk_context* engine) {
     const duk_uint_t at = duk_get_uint(engine, -1);
     duk_get_prop_string(engine, -2, "function");
     if (duk_is_ecmascript_function(engine, -1)) {
-      PushCode(engine);
-      duk_size_t count = 0;
-      const auto* codes = static_cast<const uint8_t*>(duk_get_buffer(engine, -1, &count));
-      if (at < count) code = codes[at];
+      const Codes codes = PushCodes(engine);
+      if (at < codes.count) code = codes.bytes[at];
     }
   }
   duk_set_top(engine, top);

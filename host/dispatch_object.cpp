@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "call_assignment.h"
+#include "hidden_property.h"
 #include "host_errors.h"
 #include "member_call.h"
 #include "object_handle.h"
@@ -131,7 +132,7 @@ struct AssignmentFrame {
   duk_idx_t Open(duk_context* engine) {
     duk_push_this(engine);
     const duk_idx_t self = duk_get_top_index(engine);
-    duk_get_prop_string(engine, self, kOwnerKey);
+    if (!PushOwn(engine, self, kOwnerKey)) ThrowStatus(engine, kNoSuchMember);
     call.Bind(engine, -1);
     duk_get_prop_string(engine, self, kIdKey);
     id = duk_get_int(engine, -1);
@@ -279,12 +280,12 @@ void PushDispatch(duk_context* engine, IDispatch* object) {
   VARIANT value = {};
   value.vt = VT_DISPATCH;
   value.pdispVal = object;
-  const uint32_t number = ContextOf(engine).objects.Add(SlotKind::kDispatch, value);
-  duk_push_c_function(engine, NeverCalled, 0);
-  for (const char* own : {"length", "name"}) duk_del_prop_string(engine, -1, own);
-  AttachHandle(engine, -1, number);
-  PushKept(engine, kHandler);
-  duk_push_proxy(engine, 0);
+  PushSlotObject(engine, SlotKind::kDispatch, value, [](duk_context* inner, SlotNumber number) {
+    duk_push_c_function(inner, NeverCalled, 0);
+    for (const char* own : {"length", "name"}) duk_del_prop_string(inner, -1, own);
+    AttachHandle(inner, number);
+    ShowByProxy(inner, kHandler);
+  });
 }
 
 void InstallDispatchObjects(duk_context* engine) {

@@ -15,6 +15,8 @@ inline constexpr HRESULT kNoSuchMember = MIROLTA_STATUS(0x800A01B6u);
 inline constexpr HRESULT kNoSuchAction = MIROLTA_STATUS(0x800A01BDu);
 inline constexpr HRESULT kSyntaxError = MIROLTA_STATUS(0x800A03EAu);
 inline constexpr HRESULT kArrayExpected = MIROLTA_STATUS(0x800A1395u);
+inline constexpr HRESULT kStreamClosed = MIROLTA_STATUS(0x800A0E78u);
+inline constexpr HRESULT kDisconnected = MIROLTA_STATUS(0x800401FDu);
 inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
 
 // StandardText returns the platform's wording for a status; null if it has none here.

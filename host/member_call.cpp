@@ -33,7 +33,7 @@ void MemberCall::ClearException() {
 
 void MemberCall::Bind(duk_context* engine, duk_idx_t index) {
   if (!HandleAt(engine, index, &number_)) ThrowStatus(engine, kNoSuchMember);
-  const ObjectSlot* slot = ContextOf(engine).objects.Find(number_, SlotKind::kDispatch);
+  const ObjectSlot* slot = SlotAt(engine, index, SlotKind::kDispatch);
   if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
   object_.Share(slot->value.pdispVal);
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engine_api.h"
+#include "object_table.h"
 #include "owned_values.h"
 #include "text_encoding.h"
 
@@ -36,7 +37,7 @@ class MemberCall {
   HRESULT InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named);
   void ClearException();
 
-  uint32_t number_ = 0;
+  SlotNumber number_ = kNoSlot;
   Reference<IDispatch> object_;
   std::vector<VARIANT> arguments_;  // reversed
   OwnedVariant result_;

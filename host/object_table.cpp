@@ -1,44 +1,43 @@
 #include "object_table.h"
 
-#include <utility>
+#include <new>
 
 namespace mirolta {
 
-uint32_t ObjectTable::Add(SlotKind kind, const VARIANT& value) {
-  uint32_t number = 0;
-  if (!free_.empty()) {
-    number = free_.back();
-    free_.pop_back();
-  } else {
-    number = static_cast<uint32_t>(slots_.size());
-    slots_.emplace_back();
+SlotNumber ObjectTable::Add(SlotKind kind, const VARIANT& value) {
+  try {
+    ObjectSlot& slot = slots_[last_number_ + 1];
+    slot.kind = kind;
+    slot.value = value;
+    return ++last_number_;
+  } catch (const std::bad_alloc&) {
+    VARIANT unwanted = value;
+    VariantClear(&unwanted);
+    return kNoSlot;
   }
-  slots_[number].kind = kind;
-  slots_[number].value = value;
-  return number;
 }
 
-ObjectSlot* ObjectTable::Find(uint32_t number, SlotKind kind) {
-  return KindOf(number) == kind ? &slots_[number] : nullptr;
+ObjectSlot* ObjectTable::Find(SlotNumber number, SlotKind kind) {
+  ObjectSlot* slot = Find(number);
+  return slot != nullptr && slot->kind == kind ? slot : nullptr;
 }
 
-SlotKind ObjectTable::KindOf(uint32_t number) const {
-  return number < slots_.size() ? slots_[number].kind : SlotKind::kFree;
+ObjectSlot* ObjectTable::Find(SlotNumber number) {
+  const auto found = slots_.find(number);
+  return found != slots_.end() ? &found->second : nullptr;
 }
 
-void ObjectTable::Remove(uint32_t number) {
-  if (KindOf(number) == SlotKind::kFree) return;
+void ObjectTable::Remove(SlotNumber number) {
+  const auto found = slots_.find(number);
+  if (found == slots_.end()) return;
   // Taken out before its release, which may come back here.
-  VARIANT value = slots_[number].value;
-  slots_[number] = ObjectSlot{};
-  free_.push_back(number);
+  VARIANT value = found->second.value;
+  slots_.erase(found);
   VariantClear(&value);
 }
 
 void ObjectTable::Clear() {
-  for (uint32_t number = 0; number < slots_.size(); ++number) Remove(number);
-  slots_.clear();
-  free_.clear();
+  while (!slots_.empty()) Remove(slots_.begin()->first);
 }
 
 }  // namespace mirolta

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <map>
-#include <vector>
+#include <unordered_map>
 
 #include "text_encoding.h"
 
@@ -17,11 +17,20 @@ enum class SlotKind : uint8_t {
   kArray,     // VT_ARRAY of any element type
 };
 
+// Slots are counted as they are added. No number is ever given twice: one that is out of date finds
+// nothing, whatever was added since.
+using SlotNumber = uint64_t;
+inline constexpr SlotNumber kNoSlot = 0;
+
 struct ObjectSlot {
   SlotKind kind = SlotKind::kFree;
   VARIANT value{};
   std::map<Units, DISPID> ids;  // of the names that the object was asked for
 };
+
+inline bool IsClosedStream(const ObjectSlot& slot) {
+  return slot.kind == SlotKind::kStream && slot.value.vt == VT_EMPTY;
+}
 
 class ObjectTable {
  public:
@@ -30,20 +39,21 @@ class ObjectTable {
   ObjectTable& operator=(const ObjectTable&) = delete;
   ~ObjectTable() { Clear(); }
 
-  // Add takes over `value` and returns its number.
-  uint32_t Add(SlotKind kind, const VARIANT& value);
-  // Find returns null if the number holds nothing of that kind. The result lasts until the next
-  // Add: keep no pointer over a call that may run a script.
-  ObjectSlot* Find(uint32_t number, SlotKind kind);
-  SlotKind KindOf(uint32_t number) const;
+  // Add takes over `value`, whatever happens, and returns its number; kNoSlot if memory is short.
+  [[nodiscard]] SlotNumber Add(SlotKind kind, const VARIANT& value);
+  // Find returns null if the number holds nothing of that kind. The result lasts until the slot is
+  // freed: keep no pointer over a call that may run a script.
+  ObjectSlot* Find(SlotNumber number, SlotKind kind);
+  // The slot of any kind, or null.
+  ObjectSlot* Find(SlotNumber number);
   // Frees the slot and gives its value back.
-  void Remove(uint32_t number);
+  void Remove(SlotNumber number);
   // Gives every value back.
   void Clear();
 
  private:
-  std::vector<ObjectSlot> slots_;
-  std::vector<uint32_t> free_;
+  SlotNumber last_number_ = kNoSlot;
+  std::unordered_map<SlotNumber, ObjectSlot> slots_;
 };
 
 }  // namespace mirolta

@@ -23,7 +23,6 @@ namespace {
 constexpr IID kScriptObjectId = {
     0x5C7A9E21, 0x0D3B, 0x4F66, {0x9A, 0x47, 0x3E, 0x81, 0x2B, 0xC5, 0x70, 0x1D}};
 constexpr HRESULT kWrongThread = MIROLTA_STATUS(0x8001010Eu);
-constexpr HRESULT kDisconnected = MIROLTA_STATUS(0x800401FDu);
 constexpr int kMostCalls = 64;  // script calls through automation, one inside the other
 constexpr char kWrapped[] = "wrapped";
 constexpr char kPendingError[] = "pendingError";

@@ -67,6 +67,8 @@ constexpr StatusText kStatusTexts[] = {
     {kNoSuchMember, kNoSuchMemberText},
     {kNoSuchAction, "Object doesn't support this action"},
     {kArrayExpected, "VBArray expected"},
+    {kStreamClosed, "The stream is closed"},
+    {kDisconnected, "Object is not connected to server"},
 };
 
 }  // namespace

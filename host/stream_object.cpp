@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "hidden_property.h"
 #include "host_errors.h"
 #include "object_handle.h"
 #include "owned_values.h"
@@ -34,8 +35,7 @@ constexpr ModeRow kModes[] = {
 // Throws for a failed operation on the stream that `this` is, its file named if it has one.
 [[noreturn]] void ThrowForThis(duk_context* engine, HRESULT status) {
   duk_push_this(engine);
-  duk_get_prop_string(engine, -1, kPathKey);
-  if (!duk_is_string(engine, -1)) ThrowStatus(engine, status);
+  if (!PushOwn(engine, -1, kPathKey)) ThrowStatus(engine, status);
   const char* standard = StandardText(status);
   ThrowText(engine, status, "%s: %s", duk_get_string(engine, -1),
             standard != nullptr ? standard : "Input or output failed");
@@ -61,9 +61,7 @@ struct StreamFrame {
     const ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
     if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
     duk_pop(engine);
-    if (slot->value.vt == VT_EMPTY) {
-      ThrowText(engine, E_UNEXPECTED, "The stream is closed");
-    }
+    if (IsClosedStream(*slot)) ThrowStatus(engine, kStreamClosed);
     stream.Share(static_cast<IStream*>(slot->value.punkVal));
   }
   void Check(duk_context* engine, HRESULT status) const {
@@ -100,7 +98,10 @@ struct WriteFrame : StreamFrame {
     Open(engine);
     const uint8_t* bytes = nullptr;
     size_t size = 0;
-    if (!TakeBytes(engine, 0, &bytes, &size)) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    if (!TakeBytes(engine, 0, &bytes, &size)) {
+      ThrowIfClosed(engine, 0);
+      ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    }
     const uint8_t none = 0;
     ULONG done = 0;
     Check(engine, stream->Write(size == 0 ? &none : bytes, static_cast<ULONG>(size), &done));
@@ -125,8 +126,9 @@ struct CopyFrame : StreamFrame {
   Reference<IStream> to;
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
+    ThrowIfClosed(engine, 0);
     const ObjectSlot* slot = SlotAt(engine, 0, SlotKind::kStream);
-    if (slot == nullptr || slot->value.vt == VT_EMPTY) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    if (slot == nullptr) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
     to.Share(static_cast<IStream*>(slot->value.punkVal));
     ULARGE_INTEGER count, read, written;
     count.QuadPart = duk_is_undefined(engine, 1) ? ~uint64_t{0} >> 1 : CountAt(engine, 1);
@@ -177,6 +179,15 @@ struct CommitFrame : StreamFrame {
   }
 };
 
+// The text of any other object, so that a closed stream has none.
+struct TextFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    duk_push_string(engine, "[object Object]");
+    return 1;
+  }
+};
+
 duk_ret_t Close(duk_context* engine) {
   duk_push_this(engine);
   ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
@@ -194,6 +205,7 @@ constexpr duk_function_list_entry kMethods[] = {
     {"CopyTo", RunProtected<CopyFrame>, 2},
     {"Commit", RunProtected<CommitFrame>, 0},
     {"Close", Close, 0},
+    {"toString", RunProtected<TextFrame>, 0},
     {nullptr, nullptr, 0},
 };
 
@@ -248,6 +260,7 @@ struct MemoryStreamFrame {
     const uint8_t* bytes = nullptr;
     size_t size = 0;
     if (!duk_is_null_or_undefined(engine, 0) && !TakeBytes(engine, 0, &bytes, &size)) {
+      ThrowIfClosed(engine, 0);
       ThrowStatus(engine, DISP_E_TYPEMISMATCH);
     }
     HRESULT status = CreateStreamOnHGlobal(nullptr, TRUE, stream.Out());
@@ -296,11 +309,12 @@ void PushStream(duk_context* engine, IStream* stream) {
   VARIANT value = {};
   value.vt = VT_UNKNOWN;
   value.punkVal = stream;
-  const uint32_t number = ContextOf(engine).objects.Add(SlotKind::kStream, value);
-  duk_push_object(engine);
-  AttachHandle(engine, -1, number);
-  PushKept(engine, kPrototype);
-  duk_set_prototype(engine, -2);
+  PushSlotObject(engine, SlotKind::kStream, value, [](duk_context* inner, SlotNumber number) {
+    duk_push_object(inner);
+    AttachHandle(inner, number);
+    PushKept(inner, kPrototype);
+    duk_set_prototype(inner, -2);
+  });
 }
 
 void InstallStreams(duk_context* engine) {

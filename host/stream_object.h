@@ -7,7 +7,8 @@
 // Seek(position, origin) the new position; origin 0 start (if left out), 1 here, 2 end
 // CopyTo(stream, n)     copies n bytes (all if left out) on and returns their number
 // Size, Position        both can be assigned
-// Commit(), Close()     after Close every use fails; automation objects keep their hold
+// Commit(), Close()     after Close every use but another Close fails with kStreamClosed, wherever the
+//                       stream is used; automation objects keep their hold
 #pragma once
 
 #include "engine_api.h"

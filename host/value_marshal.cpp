@@ -71,13 +71,12 @@ bool DateAt(duk_context* engine, duk_idx_t index, double* milliseconds) {
 }
 
 HRESULT ObjectFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
-  uint32_t number = 0;
+  SlotNumber number = kNoSlot;
   if (HandleAt(engine, index, &number)) {
-    ObjectTable& objects = ContextOf(engine).objects;
-    const ObjectSlot* slot = objects.Find(number, objects.KindOf(number));
-    if (slot == nullptr || slot->kind == SlotKind::kFree) return E_UNEXPECTED;
-    // A closed stream: its value is empty, which no callee shall take for data.
-    if (slot->value.vt == VT_EMPTY) return E_UNEXPECTED;
+    const ObjectSlot* slot = ContextOf(engine).objects.Find(number);
+    if (slot == nullptr) return kDisconnected;
+    // Its value is empty, which no callee shall take for data.
+    if (IsClosedStream(*slot)) return kStreamClosed;
     return VariantCopy(out, &slot->value);
   }
   if (PushArrayOf(engine, index)) {
@@ -118,9 +117,7 @@ void PushObject(duk_context* engine, IUnknown* object) {
   VARIANT value = {};
   value.vt = VT_UNKNOWN;
   value.punkVal = object;
-  const uint32_t number = ContextOf(engine).objects.Add(SlotKind::kUnknown, value);
-  duk_push_object(engine);
-  AttachHandle(engine, -1, number);
+  PushSlotObject(engine, SlotKind::kUnknown, value, PushPlainObject);
 }
 
 double DecimalNumber(const DECIMAL& value) {
@@ -184,6 +181,20 @@ void PushDate(duk_context* engine, double date) {
   duk_new(engine, 1);
 }
 
+// What a reference refers to, as a copy that an engine error does not leak.
+void PushReferred(duk_context* engine, const VARIANT& reference) {
+  VARIANT plain = {};
+  const HRESULT status = VariantCopyInd(&plain, &reference);
+  if (FAILED(status)) ThrowStatus(engine, status);
+  const auto push = [](duk_context* inner, void* value) -> duk_ret_t {
+    PushVariant(inner, *static_cast<const VARIANT*>(value));
+    return 1;
+  };
+  const bool failed = duk_safe_call(engine, push, &plain, 0, 1) != DUK_EXEC_SUCCESS;
+  VariantClear(&plain);
+  if (failed) (void)duk_throw(engine);
+}
+
 }  // namespace
 
 HRESULT VariantFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
@@ -218,13 +229,7 @@ HRESULT VariantFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
 void PushVariant(duk_context* engine, const VARIANT& value) {
   double number = 0;
   if ((value.vt & VT_BYREF) != 0) {
-    // Kept in the table while it is looked at, so that an engine error leaks nothing.
-    VARIANT plain = {};
-    const HRESULT status = VariantCopyInd(&plain, &value);
-    if (FAILED(status)) ThrowStatus(engine, status);
-    const uint32_t slot = ContextOf(engine).objects.Add(SlotKind::kUnknown, plain);
-    PushVariant(engine, plain);
-    ContextOf(engine).objects.Remove(slot);
+    PushReferred(engine, value);
   } else if ((value.vt & VT_ARRAY) != 0) {
     PushArray(engine, value);
   } else if (value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND) {
