@@ -23,7 +23,7 @@ HRESULT ReadDefaultValue(const VARIANT& value, VARIANT* out) {
 
 }  // namespace
 
-HRESULT ResolveValue(const VARIANT* input, VARIANT* out) noexcept {
+HRESULT ResolveValue(const VARIANT* input, VARIANT* out, CountsAsEmpty counts_as_empty) noexcept {
   if (out == nullptr) return E_POINTER;
   VariantInit(out);
   if (input == nullptr) return E_POINTER;
@@ -35,7 +35,13 @@ HRESULT ResolveValue(const VARIANT* input, VARIANT* out) noexcept {
     if (followed == kMaximumDefaultValueChain) return DISP_E_TYPEMISMATCH;
     OwnedVariant inner;
     status = ReadDefaultValue(value.Value(), inner.Get());
-    if (FAILED(status)) return status;
+    if (FAILED(status)) {
+      IUnknown* const object = V_UNKNOWN(&value.Value());
+      if (counts_as_empty == nullptr || object == nullptr || !counts_as_empty(object)) {
+        return status;
+      }
+      inner.Put();
+    }
     // Copied before the object goes: the value it gave may refer into it.
     OwnedVariant plain;
     status = VariantCopyInd(plain.Get(), inner.Get());

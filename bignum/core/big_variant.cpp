@@ -5,6 +5,7 @@
 #include "big_text.h"
 #include "byte_string.h"
 #include "byte_view.h"
+#include "mirolta.h"
 #include "owned_value.h"
 #include "value_resolution.h"
 
@@ -72,6 +73,17 @@ HRESULT FromPlainValue(BigInt& n, const VARIANT& value, NumberBase base) {
   }
 }
 
+// A number of this library that holds zero: the one number whose text cannot be read. That it has no
+// bytes tells it from a number whose text memory is short for.
+bool HoldsZero(IUnknown* object) noexcept {
+  OwnedReference<IPexBigNumber> number;
+  if (FAILED(number.Query(object, IID_IPexBigNumber)) || !number) return false;
+  OwnedVariant bytes;
+  uint32_t count = 0;
+  return SUCCEEDED(number->get_Binary(bytes.Put())) && bytes.Type() == kByteArrayType &&
+         SUCCEEDED(ArrayByteCount(V_ARRAY(bytes.Get()), &count)) && count == 0;
+}
+
 HRESULT ToTextVariant(const BigInt& n, NumberBase base, VARIANT* out) {
   NumberText text;
   const HRESULT status = ToText(text, n, base == NumberBase::kHexadecimal ? 16 : 10);
@@ -102,7 +114,7 @@ HRESULT NumberFromVariant(BigInt& n, const VARIANT& value, NumberBase base) noex
     return FromPlainValue(n, value, base);
   }
   OwnedVariant plain;
-  const HRESULT status = ResolveValue(&value, plain.Put());
+  const HRESULT status = ResolveValue(&value, plain.Put(), HoldsZero);
   return FAILED(status) ? status : FromPlainValue(n, plain.Value(), base);
 }
 

@@ -12,7 +12,8 @@ enum class NumberBase { kDecimal, kHexadecimal };
 // NumberFromVariant makes n the number that a value stands for: text as it says, a byte array most
 // significant byte first, integers and fractions of up to 32 bits as the platform converts them to
 // VT_UI4; VT_EMPTY, VT_NULL and an argument left out are zero. An object counts as its default
-// value. The sign's flag stays.
+// value, an IPexBigNumber that holds zero, and so has none that can be read, as zero. The sign's
+// flag stays.
 // Errors: DISP_E_TYPEMISMATCH for any other type, references included; the platform's status for a
 //         value that cannot be copied; DISP_E_OVERFLOW for a number that is no VT_UI4, such as one
 //         below zero; those of ResolveValue; E_OUTOFMEMORY. n is unchanged.

@@ -99,6 +99,41 @@ TEST(ResolveValue, AFailingReadGivesItsStatus) {
   EXPECT_EQ(object.references, 2u);
 }
 
+TEST(ResolveValue, ACallerMayCountObjectsWithoutAReadableValueAsEmpty) {
+  static IUnknown* asked = nullptr;
+  static bool answer = false;
+  const CountsAsEmpty ask = [](IUnknown* object) noexcept {
+    asked = object;
+    return answer;
+  };
+  FakeObject object(NumberValue(5));
+  FakeObject outer(ObjectValue(&object));
+  OwnedVariant out;
+  // What can be read is read.
+  answer = true;
+  ASSERT_EQ(ResolveValue(&outer.value, out.Put(), ask), S_OK);
+  EXPECT_EQ(out.Type(), VT_I4);
+  EXPECT_EQ(asked, nullptr);
+  object.status = E_ACCESSDENIED;
+  TestValue chain = ObjectValue(&outer);
+  for (const VARIANT* input : {&outer.value, &chain}) {
+    asked = nullptr;
+    answer = true;
+    EXPECT_EQ(ResolveValue(input, out.Put(), ask), S_OK);
+    EXPECT_EQ(out.Type(), VT_EMPTY);
+    EXPECT_EQ(asked, &object);
+    answer = false;
+    EXPECT_EQ(ResolveValue(input, out.Put(), ask), E_ACCESSDENIED);
+    EXPECT_EQ(out.Type(), VT_EMPTY);
+  }
+  // No object, nothing to ask.
+  asked = nullptr;
+  answer = true;
+  TestValue nothing = ObjectValue(nullptr);
+  EXPECT_EQ(ResolveValue(&nothing, out.Put(), ask), E_FAIL);
+  EXPECT_EQ(asked, nullptr);
+}
+
 TEST(ResolveValue, AnObjectThatGivesNoInterfaceFails) {
   FakeObject object(NumberValue(5));
   object.gives_null = true;

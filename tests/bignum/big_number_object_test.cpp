@@ -140,11 +140,96 @@ TEST_F(BigNumberTest, OneNumberIsAnothersOperand) {
   // Its default member is decimal text, here read as hexadecimal.
   EXPECT_EQ(a->put_Hex(ObjectValue(b.Get())), S_OK);
   EXPECT_EQ(HexOf(a.Get()), "23");
-  // The text of zero cannot be read, and the operand not either; nor can the sign be told from it.
-  EXPECT_EQ(a->Add(ObjectValue(number.Get()), sum.Put()), DISP_E_EXCEPTION);
+  // Its text does not tell the sign.
   const Number below = Difference("1", "2");
   ASSERT_EQ(b->Add(ObjectValue(below.Get()), sum.Put()), S_OK);
   EXPECT_EQ(DecOf(sum.Get()), "24");
+}
+
+// The text of zero cannot be read; as an operand the object is zero all the same.
+TEST_F(BigNumberTest, ANumberThatHoldsZeroIsAnOperand) {
+  const Number zero = Create();
+  // Zero below zero is zero too.
+  const Number flagged = Difference("1", "2");
+  ASSERT_EQ(flagged->put_Value(NumberValue(0)), S_OK);
+  FakeObject around(ObjectValue(zero.Get()));
+  const TestValue values[] = {ObjectValue(zero.Get()), UnknownValue(zero.Get()),
+                              ObjectValue(flagged.Get()), ObjectValue(&around)};
+  for (const TestValue& value : values) {
+    const Number a = Of("12");
+    Number result;
+    struct {
+      Binary member;
+      const char* result;
+    } const kResults[] = {{&IPexBigNumber::Add, "12"},
+                          {&IPexBigNumber::Sub, "12"},
+                          {&IPexBigNumber::Mul, "0"},
+                          {&IPexBigNumber::GCD, "12"},
+                          {&IPexBigNumber::NewNumber, "0"}};
+    for (const auto& row : kResults) {
+      ASSERT_EQ((a.Get()->*row.member)(value, result.Put()), S_OK);
+      EXPECT_EQ(DecOf(result.Get()), row.result);
+    }
+    for (const Binary member : {&IPexBigNumber::Div, &IPexBigNumber::Mod, &IPexBigNumber::ModInv}) {
+      EXPECT_EQ((a.Get()->*member)(value, result.Put()), kDivisionByZero);
+      EXPECT_FALSE(result);
+    }
+    ASSERT_EQ(a->ModExp(value, NumberValue(7), result.Put()), S_OK);
+    EXPECT_EQ(DecOf(result.Get()), "1");
+    EXPECT_EQ(a->ModExp(NumberValue(7), value, result.Put()), kDivisionByZero);
+    LONG order = 7;
+    EXPECT_EQ(a->Cmp(value, &order), S_OK);
+    EXPECT_EQ(order, 1);
+    EXPECT_EQ(a->Inc(value), S_OK);
+    EXPECT_EQ(DecOf(a.Get()), "12");
+    EXPECT_EQ(a->Dec(value), S_OK);
+    EXPECT_EQ(DecOf(a.Get()), "12");
+    for (const auto put :
+         {&IPexBigNumber::put_Value, &IPexBigNumber::put_Hex, &IPexBigNumber::put_Binary}) {
+      ASSERT_EQ(a->put_Value(NumberValue(5)), S_OK);
+      EXPECT_EQ((a.Get()->*put)(value), S_OK);
+      EXPECT_EQ(HexOf(a.Get()), "0");
+    }
+  }
+  // One object on both sides.
+  Number twice;
+  ASSERT_EQ(zero->Add(ObjectValue(zero.Get()), twice.Put()), S_OK);
+  EXPECT_EQ(HexOf(twice.Get()), "0");
+}
+
+// What has a value that memory is short for is not zero.
+TEST_F(BigNumberTest, ANumberWhoseTextMemoryIsShortForIsNotZero) {
+  const Number a = Of("100");
+  const Number b = Of("23");
+  const TestValue operand = ObjectValue(b.Get());
+  int failures = 0;
+  for (LONG allowed = 0;; ++allowed) {
+    Number sum;
+    MiroltaFailAllocationAfter(allowed);
+    const HRESULT status = a->Add(operand, sum.Put());
+    const bool has_failed = MiroltaAllocationHasFailed() != 0;
+    MiroltaFailAllocationAfter(-1);
+    if (SUCCEEDED(status)) {
+      EXPECT_EQ(DecOf(sum.Get()), "123");
+      if (!has_failed) break;
+    }
+    ++failures;
+  }
+  EXPECT_GE(failures, 1);
+}
+
+TEST_F(BigNumberTest, OtherObjectsWithoutAReadableValueFailWithItsStatus) {
+  FakeObject failing(NumberValue(1));
+  Number result;
+  for (const HRESULT status : {E_OUTOFMEMORY, DISP_E_EXCEPTION, E_ACCESSDENIED}) {
+    failing.status = status;
+    EXPECT_EQ(number->Add(ObjectValue(&failing), result.Put()), status);
+    EXPECT_EQ(number->put_Value(ObjectValue(&failing)), status);
+    EXPECT_EQ(number->NewNumber(ObjectValue(&failing), result.Put()), kNoMemory);
+  }
+  // An object of the module that is no number and has no default member.
+  const auto rsa = module.Create<IDispatch>(CLSID_RSACrypt, IID_IDispatch);
+  EXPECT_EQ(number->Add(ObjectValue(rsa.Get()), result.Put()), DISP_E_MEMBERNOTFOUND);
 }
 
 TEST_F(BigNumberTest, BadOperandsLeaveAll) {

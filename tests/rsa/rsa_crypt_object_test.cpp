@@ -319,6 +319,26 @@ TEST_F(RsaCryptTest, ZeroIsDataToo) {
   }
 }
 
+TEST_F(RsaCryptTest, ANumberThatHoldsZeroIsZero) {
+  const auto zero = module.Create<IPexBigNumber>(CLSID_PexBigNumber, IID_IPexBigNumber);
+  ASSERT_TRUE(zero);
+  for (const TestValue& value : {ObjectValue(zero.Get()), UnknownValue(zero.Get())}) {
+    LoadSmallKey();
+    for (const Transform transform : kTransforms) EXPECT_EQ(Run(transform, value), "");
+    for (const Field& field : kFields) {
+      EXPECT_EQ((rsa.Get()->*field.put)(value), S_OK) << field.name;
+      TestValue bytes;
+      EXPECT_EQ((rsa.Get()->*field.get)(&bytes), S_OK);
+      EXPECT_EQ(BytesOfArray(bytes), Bytes()) << field.name;
+    }
+    EXPECT_EQ(rsa->CreateKeys(value, NumberValue(5000)), S_OK);
+    TestValue first_prime;
+    EXPECT_EQ(rsa->get_P(&first_prime), S_OK);
+    EXPECT_EQ(HexOfBytes(BytesOfArray(first_prime)), "04cd");
+  }
+  ExpectNoError();
+}
+
 TEST_F(RsaCryptTest, SecretExponentZeroDecryptsToOne) {
   LoadSmallKey();
   ASSERT_EQ(rsa->put_SecretExp(NumberValue(0)), S_OK);
