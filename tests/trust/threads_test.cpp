@@ -9,6 +9,7 @@
 #include <memory>
 #include <random>
 #include <set>
+#include <string_view>
 
 #include "all_at_once.h"
 #include "class_table.h"
@@ -32,14 +33,14 @@ constexpr int kCalls = 250;
 constexpr int kCalls = 2000;
 #endif
 
-const ClassTableRow& ClassNamed(const std::string& name) {
+const ClassTableRow& ClassNamed(std::string_view name) {
   for (const ClassTableRow* row : AllClasses()) {
     if (Plain(row->name) == name) return *row;
   }
   std::abort();
 }
 
-const Member& MemberNamed(const std::string& name) {
+const Member& MemberNamed(std::string_view name) {
   for (const Member& member : AllMembers()) {
     if (member.Name() == name) return member;
   }
@@ -396,8 +397,8 @@ class WholeCallsTest : public ThreadsTest {
     for (const CallRow& row : rows) {
       (row.changes ? changes : reads).emplace_back(row.member, row.words);
     }
-    const ClassTableRow& class_row =
-        ClassNamed(std::string(rows[0].member).substr(0, std::string(rows[0].member).find('.')));
+    const std::string_view member = rows[0].member;
+    const ClassTableRow& class_row = ClassNamed(member.substr(0, member.find('.')));
     // What any order of changes leads to.
     std::set<std::string> possible;
     {

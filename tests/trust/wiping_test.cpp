@@ -8,6 +8,7 @@
 #include <cstring>
 #include <functional>
 #include <random>
+#include <string_view>
 
 #include "aes_schedule.h"
 #include "des_schedule.h"
@@ -42,14 +43,14 @@ uint8_t TextByte(uint8_t byte) {
   return static_cast<uint8_t>(0x20 + (byte & 0x3F));
 }
 
-const ClassTableRow& ClassNamed(const std::string& name) {
+const ClassTableRow& ClassNamed(std::string_view name) {
   for (const ClassTableRow* row : AllClasses()) {
     if (Plain(row->name) == name) return *row;
   }
   std::abort();
 }
 
-const MemberRow& MemberNamed(const ClassTableRow& class_row, const std::string& name,
+const MemberRow& MemberNamed(const ClassTableRow& class_row, std::string_view name,
                              INVOKEKIND kind) {
   const InterfaceTable& table = *class_row.default_interface;
   for (unsigned i = 0; i < table.member_count; ++i) {
