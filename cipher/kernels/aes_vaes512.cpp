@@ -1,5 +1,6 @@
 // AES with the round instructions on 512-bit registers: four blocks a register, eight registers in
-// flight. The round keys, repeated four times, stay in registers too, so nothing is left in memory.
+// flight. Round keys are repeated four times as they are loaded from the schedule: eight rounds hide
+// a load, and keys kept in registers would be spilled to the stack where there are fifteen of them.
 #include "aes_kernels.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
@@ -88,44 +89,53 @@ MIROLTA_VAES512 void TransformFew(const uint32_t* words, uint32_t rounds, const 
 }
 
 template <bool kEncrypt, uint32_t kRounds, uint32_t kCount>
-MIROLTA_VAES512 void TransformGroup(const __m512i* keys, const uint8_t* in, uint8_t* out) {
+MIROLTA_VAES512 void TransformGroup(const uint32_t* words, const uint8_t* in, uint8_t* out) {
+  // Keeps the compiler from taking the loads of all groups to registers before the first.
+  __asm__("" : "+r"(words));
   __m512i blocks[kCount];
+  const __m512i first = WideKey(words);
   #pragma GCC unroll 8
   for (uint32_t i = 0; i < kCount; ++i) {
-    blocks[i] = _mm512_xor_si512(_mm512_loadu_si512(in + 64 * i), keys[0]);
+    blocks[i] = _mm512_xor_si512(_mm512_loadu_si512(in + 64 * i), first);
   }
   #pragma GCC unroll 16
   for (uint32_t round = 1; round < kRounds; ++round) {
+    const __m512i key = WideKey(words + 4 * round);
   #pragma GCC unroll 8
-    for (uint32_t i = 0; i < kCount; ++i) blocks[i] = Round<kEncrypt>(blocks[i], keys[round]);
+    for (uint32_t i = 0; i < kCount; ++i) blocks[i] = Round<kEncrypt>(blocks[i], key);
   }
+  const __m512i last = WideKey(words + 4 * kRounds);
   #pragma GCC unroll 8
   for (uint32_t i = 0; i < kCount; ++i) {
-    _mm512_storeu_si512(out + 64 * i, LastRound<kEncrypt>(blocks[i], keys[kRounds]));
+    _mm512_storeu_si512(out + 64 * i, LastRound<kEncrypt>(blocks[i], last));
   }
 }
 
 template <bool kEncrypt, uint32_t kRounds>
 MIROLTA_VAES512_TARGET void TransformMany(const uint32_t* words, const uint8_t* in, uint8_t* out,
                                           uint32_t block_count) {
-  __m512i keys[kRounds + 1];
-  #pragma GCC unroll 16
-  for (uint32_t round = 0; round <= kRounds; ++round) keys[round] = WideKey(words + 4 * round);
   for (; block_count >= kGroup * kBlocks; block_count -= kGroup * kBlocks) {
-    TransformGroup<kEncrypt, kRounds, kGroup>(keys, in, out);
+    TransformGroup<kEncrypt, kRounds, kGroup>(words, in, out);
     in += kGroup * kBlocks * kAesBlockSize;
     out += kGroup * kBlocks * kAesBlockSize;
   }
   if (block_count >= kGroup / 2 * kBlocks) {
-    TransformGroup<kEncrypt, kRounds, kGroup / 2>(keys, in, out);
+    TransformGroup<kEncrypt, kRounds, kGroup / 2>(words, in, out);
     in += kGroup / 2 * kBlocks * kAesBlockSize;
     out += kGroup / 2 * kBlocks * kAesBlockSize;
     block_count -= kGroup / 2 * kBlocks;
   }
-  for (; block_count >= kBlocks; block_count -= kBlocks) {
-    TransformGroup<kEncrypt, kRounds, 1>(keys, in, out);
+  if (block_count >= kGroup / 4 * kBlocks) {
+    TransformGroup<kEncrypt, kRounds, kGroup / 4>(words, in, out);
+    in += kGroup / 4 * kBlocks * kAesBlockSize;
+    out += kGroup / 4 * kBlocks * kAesBlockSize;
+    block_count -= kGroup / 4 * kBlocks;
+  }
+  if (block_count >= kBlocks) {
+    TransformGroup<kEncrypt, kRounds, 1>(words, in, out);
     in += kBlocks * kAesBlockSize;
     out += kBlocks * kAesBlockSize;
+    block_count -= kBlocks;
   }
   if (block_count != 0) TransformFew<kEncrypt>(words, kRounds, in, out, block_count);
 }
