@@ -46,6 +46,32 @@ if(MIROLTA_PORTABLE_ONLY)
   target_compile_definitions(mirolta_options INTERFACE MIROLTA_PORTABLE_ONLY=1)
 endif()
 
+# Hardening that is there for the asking; tests/trust/hardening_test.py reads it from the files.
+# Targets with the property MIROLTA_HOT, whose loops a check at each return would slow, have no stack
+# protector.
+if(WIN32)
+  target_link_options(mirolta_options INTERFACE -Wl,--nxcompat -Wl,--dynamicbase)
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    target_link_options(mirolta_options INTERFACE -Wl,--high-entropy-va)
+  endif()
+else()
+  # Binding at load keeps the dynamic linker, which saves vector registers on the stack at a first
+  # call, away from secrets.
+  target_link_options(mirolta_options INTERFACE
+    -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
+    # Indirect branch targets are marked in the code. The linker marks the file as a whole only if
+    # the system's start-up objects are marked too; these do keep to the shadow stack, whatever they
+    # say.
+    target_compile_options(mirolta_options INTERFACE -fcf-protection=full)
+    target_link_options(mirolta_options INTERFACE -Wl,-z,shstk)
+  endif()
+endif()
+if(NOT MIROLTA_SANITIZE)
+  target_compile_options(mirolta_options INTERFACE
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:MIROLTA_HOT>>>:-fstack-protector-strong>)
+endif()
+
 # What the module itself is made of: no exceptions and no run-time type information, and nothing read
 # as what it is not.
 add_library(mirolta_module_options INTERFACE)
@@ -60,6 +86,9 @@ function(mirolta_layer name directory)
   list(TRANSFORM LAYER_SOURCES PREPEND ${directory}/)
   add_library(${name} STATIC ${LAYER_SOURCES})
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  if(name MATCHES "_kernels$|^bignum_core$")
+    set_target_properties(${name} PROPERTIES MIROLTA_HOT ON)
+  endif()
   target_include_directories(${name} PUBLIC ${directory})
   target_link_libraries(${name} PUBLIC ${LAYER_KNOWS} PRIVATE mirolta_module_options)
   # Where the portable loops do all the work they are worth their size in builds that are small

@@ -75,6 +75,8 @@ binaries() {
         *) fail "$module needs $import" ;;
       esac
     done
+    python3 "$root/tests/trust/hardening_test.py" "$module" >"$work/hardening" ||
+      fail "$(cat "$work/hardening")"
     grep -q "^<assembly" "$folder/Mirolta.manifest" || fail "no manifest beside $module"
     echo "$module: $size bytes, imports" $imports
   done

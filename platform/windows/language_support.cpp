@@ -1,6 +1,13 @@
 // What the compiler calls on its own behalf. The language library's versions report misuse by
 // exceptions, whose machinery is larger than the module.
+#include <cstdint>
+
 #include "platform.h"
+
+// This header needs the ones before it.
+// clang-format off
+#include <ntsecapi.h>
+// clang-format on
 
 namespace {
 
@@ -15,6 +22,24 @@ static_assert((kRunning & 0xFF) == 0 && (kDone & 0xFF) != 0);
 }  // namespace
 
 extern "C" {
+
+// What functions with a guarded frame put behind it, and compare before they return.
+extern uintptr_t __stack_chk_guard;
+uintptr_t __stack_chk_guard = 0;
+
+// Runs before all other code of the module; other frames must not be open meanwhile.
+__attribute__((constructor(101), no_stack_protector)) static void ChooseStackGuard() {
+  uintptr_t guard = 0;
+  if (RtlGenRandom(&guard, sizeof guard) == FALSE) {
+    guard = reinterpret_cast<uintptr_t>(&guard) ^ uintptr_t{GetTickCount()} * 0x9E3779B1u;
+  }
+  // A zero byte stops overruns by texts.
+  __stack_chk_guard = guard & ~uintptr_t{0xFF};
+}
+
+void __stack_chk_fail() {
+  __builtin_trap();
+}
 
 // Local statics: one thread initialises, the others wait. Returns 1 to the one that is to do it.
 int __cxa_guard_acquire(LONG volatile* guard) {
