@@ -8,3 +8,4 @@
 #include "seam/memory.h"
 #include "seam/processor.h"
 #include "seam/random.h"
+#include "seam/wiped_work.h"

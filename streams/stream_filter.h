@@ -29,16 +29,16 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
     });
   }
   HRESULT STDMETHODCALLTYPE get_SeekingForbidden(VARIANT_BOOL* value) override {
-    return Frame(value, [&] { return Store(value, seeking_forbidden_); });
+    return PlainFrame(value, [&] { return Store(value, seeking_forbidden_); });
   }
   HRESULT STDMETHODCALLTYPE put_SeekingForbidden(VARIANT_BOOL value) override {
-    return Frame([&] { return Store(&seeking_forbidden_, value); });
+    return PlainFrame([&] { return Store(&seeking_forbidden_, value); });
   }
   HRESULT STDMETHODCALLTYPE get_codePage(LONG* value) override {
-    return Frame(value, [&] { return Store(value, code_page_); });
+    return PlainFrame(value, [&] { return Store(value, code_page_); });
   }
   HRESULT STDMETHODCALLTYPE put_codePage(LONG value) override {
-    return Frame([&] { return Store(&code_page_, value); });
+    return PlainFrame([&] { return Store(&code_page_, value); });
   }
 
   HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin,
@@ -76,6 +76,7 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   explicit StreamFilter(IUnknown* outer) : Base(outer) {}
 
   using Base::Frame;
+  using Base::PlainFrame;
   using Base::Raise;
 
   template <typename Value>
@@ -88,8 +89,8 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   // in again, so what it finds there is this thread, called back by the bound stream.
   // Errors: E_UNEXPECTED inside a stream operation.
   template <typename Work>
-  HRESULT WhenIdle(Work work) {
-    return Frame([&]() -> HRESULT { return inside_ ? E_UNEXPECTED : work(); });
+  HRESULT WhenIdle(Work work, StackUse use = StackUse::kShort) {
+    return Frame([&]() -> HRESULT { return inside_ ? E_UNEXPECTED : work(); }, use);
   }
 
   // StreamOperation runs work(target) under the lock; target is null if nothing is bound, and lives
@@ -97,15 +98,17 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   // that leads back to this one ends here instead of going round.
   // Errors: as WhenIdle.
   template <typename Work>
-  HRESULT StreamOperation(Work work) {
-    return WhenIdle([&]() -> HRESULT {
-      OwnedReference<IStream> target;
-      target.Assign(binding_.Target());
-      inside_ = true;
-      const HRESULT status = work(target.Get());
-      inside_ = false;
-      return status;
-    });
+  HRESULT StreamOperation(Work work, StackUse use = StackUse::kShort) {
+    return WhenIdle(
+        [&]() -> HRESULT {
+          OwnedReference<IStream> target;
+          target.Assign(binding_.Target());
+          inside_ = true;
+          const HRESULT status = work(target.Get());
+          inside_ = false;
+          return status;
+        },
+        use);
   }
 
   LONG code_page() const { return code_page_; }

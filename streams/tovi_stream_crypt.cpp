@@ -30,7 +30,7 @@ HRESULT ToviStreamCrypt::ChooseKey(const CipherSide& side, const VARIANT& key) {
 }
 
 HRESULT ToviStreamCrypt::GetAlgorithm(const CipherSide& side, BSTR* name) {
-  return Frame(name, [&] { return side.GetName(name); });
+  return PlainFrame(name, [&] { return side.GetName(name); });
 }
 
 HRESULT ToviStreamCrypt::GetKey(const CipherSide& side, VARIANT* key) {
@@ -40,7 +40,7 @@ HRESULT ToviStreamCrypt::GetKey(const CipherSide& side, VARIANT* key) {
 }
 
 HRESULT ToviStreamCrypt::GetDecrypt(const CipherSide& side, VARIANT_BOOL* value) {
-  return Frame(value, [&] { return Store(value, side.Decrypts()); });
+  return PlainFrame(value, [&] { return Store(value, side.Decrypts()); });
 }
 
 HRESULT ToviStreamCrypt::GetPadType(const CipherSide& side, LONG* value) {
@@ -247,7 +247,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::CopyTo(IStream* to, ULARGE_INTEGER co
     if (FAILED(status)) return status;
     totals.Report(read, written);
     return S_OK;
-  });
+  }, StackUse::kLong);
 }
 
 }  // namespace mirolta

@@ -26,7 +26,7 @@ HRESULT ToviStreamDigest::WithEngine(const DigestSide& side, Work work) {
 }
 
 HRESULT ToviStreamDigest::GetAlgorithm(const DigestSide& side, BSTR* name) {
-  return Frame(name, [&] { return side.GetName(name); });
+  return PlainFrame(name, [&] { return side.GetName(name); });
 }
 
 HRESULT ToviStreamDigest::PutAlgorithm(DigestSide& side, BSTR name) {
@@ -59,7 +59,7 @@ HRESULT ToviStreamDigest::GetBinary(const DigestSide& side, VARIANT* value) {
 }
 
 HRESULT ToviStreamDigest::GetEnable(const DigestSide& side, VARIANT_BOOL* value) {
-  return Frame(value, [&] { return Store(value, side.Enabled()); });
+  return PlainFrame(value, [&] { return Store(value, side.Enabled()); });
 }
 
 HRESULT ToviStreamDigest::Reset(const DigestSide& side) {
@@ -197,7 +197,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamDigest::CopyTo(IStream* to, ULARGE_INTEGER c
     if (FAILED(status)) return status;
     totals.Report(read, written);
     return S_OK;
-  });
+  }, StackUse::kLong);
 }
 
 }  // namespace mirolta

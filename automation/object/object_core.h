@@ -50,15 +50,25 @@ class ObjectCore {
   ULONG Unreference() { return outer_ != nullptr ? outer_->Release() : inner_.Release(); }
 
   // Frame is the body of every member: the out-pointer is looked at first, then the lock is held
-  // for the whole of the work, whichever way it ends.
+  // for the whole of the work, whichever way it ends. The work leaves no secrets on the stack and in
+  // registers.
   template <typename Out, typename Work>
-  HRESULT Frame(Out* out, Work work) {
-    if (out == nullptr) return E_POINTER;
-    ScopedLock hold(lock_);
-    return work();
+  HRESULT Frame(Out* out, Work work, StackUse use = StackUse::kShort) {
+    return out == nullptr ? E_POINTER : Frame(work, use);
   }
   template <typename Work>
-  HRESULT Frame(Work work) {
+  HRESULT Frame(Work work, StackUse use = StackUse::kShort) {
+    ScopedLock hold(lock_);
+    return RunWiped(work, use);
+  }
+
+  // PlainFrame is Frame for work that meets no secrets: settings and sizes.
+  template <typename Out, typename Work>
+  HRESULT PlainFrame(Out* out, Work work) {
+    return out == nullptr ? E_POINTER : PlainFrame(work);
+  }
+  template <typename Work>
+  HRESULT PlainFrame(Work work) {
     ScopedLock hold(lock_);
     return work();
   }

@@ -13,6 +13,24 @@ namespace {
 
 TypeInfoHolder type_info(IID_IPexBigNumber);
 
+// WipedNumbers runs the work of a member without a lock: numbers are secrets. work(use) says by *use
+// if it went deep. A failure may have come from anywhere.
+template <typename Work>
+HRESULT WipedNumbers(Work work) {
+  StackUse use = StackUse::kLong;
+  auto run = [&]() -> HRESULT {
+    const HRESULT status = work(&use);
+    if (FAILED(status)) use = StackUse::kDeep;
+    return status;
+  };
+  return RunWiped(run, use);
+}
+
+// Notes that an operation on the number goes as deep as its size takes it.
+void NoteSize(const BigInt& number, StackUse* use) {
+  if (number.used() >= kLargeNumberWords) *use = StackUse::kDeep;
+}
+
 bool IsLeftOut(const VARIANT& value) {
   return V_VT(&value) == VT_ERROR && V_ERROR(&value) == DISP_E_PARAMNOTFOUND;
 }
@@ -26,35 +44,50 @@ HRESULT CreatePexBigNumber(IUnknown* outer, REFIID iid, void** out) {
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::get_Value(VARIANT* value) {
-  return NumberToVariant(number_, VT_BSTR, NumberBase::kDecimal, value);
+  return Give(VT_BSTR, NumberBase::kDecimal, value);
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::put_Value(VARIANT value) {
-  return NumberFromVariant(number_, value, NumberBase::kDecimal);
+  return Take(value, NumberBase::kDecimal);
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::get_Hex(VARIANT* value) {
-  return NumberToVariant(number_, VT_BSTR, NumberBase::kHexadecimal, value);
+  return Give(VT_BSTR, NumberBase::kHexadecimal, value);
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::put_Hex(VARIANT value) {
-  return NumberFromVariant(number_, value, NumberBase::kHexadecimal);
+  return Take(value, NumberBase::kHexadecimal);
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::get_Text(LONG lCP, BSTR* text) {
-  return NumberToCodePageText(number_, lCP, text);
+  return WipedNumbers([&](StackUse*) { return NumberToCodePageText(number_, lCP, text); });
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::put_Text(LONG lCP, BSTR text) {
-  return NumberFromCodePageText(number_, text, lCP);
+  return WipedNumbers([&](StackUse*) { return NumberFromCodePageText(number_, text, lCP); });
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::get_Binary(VARIANT* value) {
-  return NumberToVariant(number_, kByteArrayType, NumberBase::kDecimal, value);
+  return Give(kByteArrayType, NumberBase::kDecimal, value);
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::put_Binary(VARIANT value) {
-  return NumberFromVariant(number_, value, NumberBase::kDecimal);
+  return Take(value, NumberBase::kDecimal);
+}
+
+HRESULT BigNumberObject::Give(VARTYPE type, NumberBase base, VARIANT* value) const {
+  return WipedNumbers([&](StackUse* use) {
+    NoteSize(number_, use);
+    return NumberToVariant(number_, type, base, value);
+  });
+}
+
+HRESULT BigNumberObject::Take(const VARIANT& value, NumberBase base) {
+  return WipedNumbers([&](StackUse* use) {
+    const HRESULT status = NumberFromVariant(number_, value, base);
+    NoteSize(number_, use);
+    return status;
+  });
 }
 
 HRESULT BigNumberObject::Return(BigInt& value, IPexBigNumber** out) {
@@ -70,12 +103,16 @@ HRESULT BigNumberObject::Return(BigInt& value, IPexBigNumber** out) {
 HRESULT BigNumberObject::Operate(Operation operation, const VARIANT& v, IPexBigNumber** out) const {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
-  BigInt operand;
-  HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
-  if (FAILED(status)) return status;
-  BigInt result;
-  status = operation(result, number_, operand);
-  return FAILED(status) ? status : Return(result, out);
+  return WipedNumbers([&](StackUse* use) {
+    BigInt operand;
+    HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
+    if (FAILED(status)) return status;
+    NoteSize(number_, use);
+    NoteSize(operand, use);
+    BigInt result;
+    status = operation(result, number_, operand);
+    return FAILED(status) ? status : Return(result, out);
+  });
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::Add(VARIANT v, IPexBigNumber** ppObj) {
@@ -109,23 +146,29 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::ModInv(VARIANT vm, IPexBigNumber** pp
 HRESULT STDMETHODCALLTYPE BigNumberObject::ModExp(VARIANT ve, VARIANT vm, IPexBigNumber** ppObj) {
   if (ppObj == nullptr) return E_POINTER;
   *ppObj = nullptr;
-  BigInt exponent;
-  BigInt modulus;
-  HRESULT status = NumberFromVariant(exponent, ve, NumberBase::kDecimal);
-  if (SUCCEEDED(status)) status = NumberFromVariant(modulus, vm, NumberBase::kDecimal);
-  if (FAILED(status)) return status;
-  BigInt result;
-  status = mirolta::ModExp(result, number_, exponent, modulus);
-  return FAILED(status) ? status : Return(result, ppObj);
+  return WipedNumbers([&](StackUse* use) {
+    *use = StackUse::kDeep;
+    BigInt exponent;
+    BigInt modulus;
+    HRESULT status = NumberFromVariant(exponent, ve, NumberBase::kDecimal);
+    if (SUCCEEDED(status)) status = NumberFromVariant(modulus, vm, NumberBase::kDecimal);
+    if (FAILED(status)) return status;
+    BigInt result;
+    status = mirolta::ModExp(result, number_, exponent, modulus);
+    return FAILED(status) ? status : Return(result, ppObj);
+  });
 }
 
 HRESULT BigNumberObject::Step(HRESULT (BigInt::*change)(const BigInt&) noexcept, const VARIANT& v) {
-  BigInt amount(1);
-  if (!IsLeftOut(v)) {
-    const HRESULT status = NumberFromVariant(amount, v, NumberBase::kDecimal);
-    if (FAILED(status)) return status;
-  }
-  return (number_.*change)(amount);
+  return WipedNumbers([&](StackUse* use) {
+    BigInt amount(1);
+    if (!IsLeftOut(v)) {
+      const HRESULT status = NumberFromVariant(amount, v, NumberBase::kDecimal);
+      if (FAILED(status)) return status;
+      NoteSize(amount, use);
+    }
+    return (number_.*change)(amount);
+  });
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::Inc(VARIANT v) {
@@ -138,26 +181,33 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::Dec(VARIANT v) {
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::Cmp(VARIANT v, LONG* plResult) {
   if (plResult == nullptr) return E_POINTER;
-  BigInt operand;
-  const HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
-  if (FAILED(status)) return status;
-  *plResult = Compare(number_, operand);
-  return S_OK;
+  return WipedNumbers([&](StackUse* use) -> HRESULT {
+    BigInt operand;
+    const HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
+    if (FAILED(status)) return status;
+    NoteSize(operand, use);
+    *plResult = Compare(number_, operand);
+    return S_OK;
+  });
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::NewNumber(VARIANT v, IPexBigNumber** ppObj) {
   if (ppObj == nullptr) return E_POINTER;
   *ppObj = nullptr;
-  BigInt value;
-  // A value left out reads as zero. One that cannot be read counts as memory that ran out: callers
-  // know this member by that one failure.
-  if (FAILED(NumberFromVariant(value, v, NumberBase::kDecimal))) return E_OUTOFMEMORY;
-  return Return(value, ppObj);
+  return WipedNumbers([&](StackUse* use) -> HRESULT {
+    BigInt value;
+    // A value left out reads as zero. One that cannot be read counts as memory that ran out: callers
+    // know this member by that one failure.
+    if (FAILED(NumberFromVariant(value, v, NumberBase::kDecimal))) return E_OUTOFMEMORY;
+    NoteSize(value, use);
+    return Return(value, ppObj);
+  });
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::Random(LONG lSize, VARIANT_BOOL bEnsureSize,
                                                   VARIANT_BOOL bOdd) {
-  return mirolta::Random(number_, lSize, bEnsureSize != 0, bOdd != 0);
+  return WipedNumbers(
+      [&](StackUse*) { return mirolta::Random(number_, lSize, bEnsureSize != 0, bOdd != 0); });
 }
 
 }  // namespace mirolta

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "big_int.h"
+#include "big_variant.h"
 #include "dispatch_object.h"
 #include "mirolta.h"
 
@@ -43,6 +44,8 @@ class BigNumberObject final : public DispatchObject<kBigNumberClass, IPexBigNumb
   // A binary operation of the numbers: r := a op b.
   using Operation = HRESULT (*)(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 
+  HRESULT Give(VARTYPE type, NumberBase base, VARIANT* value) const;
+  HRESULT Take(const VARIANT& value, NumberBase base);
   HRESULT Operate(Operation operation, const VARIANT& v, IPexBigNumber** out) const;
   HRESULT Step(HRESULT (BigInt::*change)(const BigInt&) noexcept, const VARIANT& v);
   // Return hands out a new object that holds value, which is taken.

@@ -175,25 +175,24 @@ MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
   }
 }
 
-// Returns how many of the blocks it transformed: all but a rest that is too short for a pass.
-MIROLTA_DES_TARGET __attribute__((noinline)) uint32_t TransformSlices(
-    const uint32_t* words, uint32_t rounds, const uint8_t* in, uint8_t* out, uint32_t block_count,
-    uint32_t least) {
-  Work work;
-  MakeMasks(words, rounds, work.masks);
+MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {
+  Passes& passes = *static_cast<Passes*>(context);
+  Work* const work = passes.work;
+  MakeMasks(passes.words, passes.rounds, work->masks);
   uint32_t done = 0;
-  while (block_count - done >= least) {
-    const uint32_t left = block_count - done;
+  while (passes.block_count - done >= passes.least) {
+    const uint32_t left = passes.block_count - done;
     const uint32_t count = left < kMostBlocks ? left : kMostBlocks;
-    Slice(in + kDesBlockSize * done, count, work.state);
-    AllRounds(work.state, work.masks, rounds);
-    Join(work.state, count, out + kDesBlockSize * done);
+    Slice(passes.in + kDesBlockSize * done, count, work->state);
+    AllRounds(work->state, work->masks, passes.rounds);
+    Join(work->state, count, passes.out + kDesBlockSize * done);
     done += count;
   }
-  WipeMemory(work.state, sizeof work.state);
-  WipeMemory(work.masks, rounds * kRoundMasks * sizeof work.masks[0]);
-  return done;
+  passes.done = done;
+  return S_OK;
 }
+
+  #include "des_passes.inc"
 
 template <DesTransform kRest>
 inline void Transform(const DesSchedule& schedule, const uint32_t* words, const uint8_t* in,

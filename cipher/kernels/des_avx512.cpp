@@ -178,28 +178,29 @@ MIROLTA_DES_TARGET __attribute__((noinline)) void RunRounds(Work* work, uint32_t
   AllRounds(work->state, work->masks, rounds);
 }
 
-// Returns how many of the blocks it transformed: all but a rest that is too short for a pass.
-MIROLTA_DES_TARGET __attribute__((noinline)) uint32_t TransformSlices(
-    const uint32_t* words, uint32_t rounds, const uint8_t* in, uint8_t* out, uint32_t block_count,
-    uint32_t least) {
-  Work work;
-  MakeMasks(words, rounds, work.masks);
+MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {
+  Passes& passes = *static_cast<Passes*>(context);
+  Work* const work = passes.work;
+  const uint32_t rounds = passes.rounds;
+  const uint32_t block_count = passes.block_count;
+  MakeMasks(passes.words, rounds, work->masks);
   uint32_t done = 0;
   for (; block_count - done >= kMostBlocks; done += kMostBlocks) {
-    Slice<true>(in + kDesBlockSize * done, kMostBlocks, work.state);
-    RunRounds(&work, rounds);
-    Join<true>(work.state, kMostBlocks, out + kDesBlockSize * done);
+    Slice<true>(passes.in + kDesBlockSize * done, kMostBlocks, work->state);
+    RunRounds(work, rounds);
+    Join<true>(work->state, kMostBlocks, passes.out + kDesBlockSize * done);
   }
-  if (block_count - done >= least) {
-    Slice<false>(in + kDesBlockSize * done, block_count - done, work.state);
-    RunRounds(&work, rounds);
-    Join<false>(work.state, block_count - done, out + kDesBlockSize * done);
+  if (block_count - done >= passes.least) {
+    Slice<false>(passes.in + kDesBlockSize * done, block_count - done, work->state);
+    RunRounds(work, rounds);
+    Join<false>(work->state, block_count - done, passes.out + kDesBlockSize * done);
     done = block_count;
   }
-  WipeMemory(work.state, sizeof work.state);
-  WipeMemory(work.masks, rounds * kRoundMasks * sizeof work.masks[0]);
-  return done;
+  passes.done = done;
+  return S_OK;
 }
+
+  #include "des_passes.inc"
 
 template <DesTransform kRest>
 inline void Transform(const DesSchedule& schedule, const uint32_t* words, const uint8_t* in,

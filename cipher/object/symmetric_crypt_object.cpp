@@ -71,7 +71,7 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_Key(VARIANT key) {
 }
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_BlockSize(LONG* size) {
-  return Frame(size, [&] {
+  return PlainFrame(size, [&] {
     return WithEngine([&] {
       *size = static_cast<LONG>(engine_->BlockSize());
       return S_OK;
@@ -80,14 +80,14 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_BlockSize(LONG* size) {
 }
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_codePage(LONG* code_page) {
-  return Frame(code_page, [&] {
+  return PlainFrame(code_page, [&] {
     *code_page = code_page_;
     return S_OK;
   });
 }
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_codePage(LONG code_page) {
-  return Frame([&] {
+  return PlainFrame([&] {
     code_page_ = code_page;
     return S_OK;
   });

@@ -35,7 +35,7 @@ HRESULT STDMETHODCALLTYPE HashObject::get_BinaryValue(VARIANT* value) {
 }
 
 HRESULT STDMETHODCALLTYPE HashObject::get_HashSize(LONG* size) {
-  return Frame(size, [&] {
+  return PlainFrame(size, [&] {
     return WithEngine([&] {
       *size = engine_->DigestSize();
       return S_OK;
@@ -44,7 +44,7 @@ HRESULT STDMETHODCALLTYPE HashObject::get_HashSize(LONG* size) {
 }
 
 HRESULT STDMETHODCALLTYPE HashObject::get_BlockSize(LONG* size) {
-  return Frame(size, [&] {
+  return PlainFrame(size, [&] {
     return WithEngine([&] {
       *size = engine_->BlockSize();
       return S_OK;
@@ -96,14 +96,14 @@ HRESULT STDMETHODCALLTYPE HashObject::HashFinalize() {
 }
 
 HRESULT STDMETHODCALLTYPE HashObject::get_codePage(LONG* code_page) {
-  return Frame(code_page, [&] {
+  return PlainFrame(code_page, [&] {
     *code_page = code_page_;
     return S_OK;
   });
 }
 
 HRESULT STDMETHODCALLTYPE HashObject::put_codePage(LONG code_page) {
-  return Frame([&] {
+  return PlainFrame([&] {
     code_page_ = code_page;
     return S_OK;
   });

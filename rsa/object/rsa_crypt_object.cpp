@@ -48,7 +48,7 @@ void RsaCryptObject::DropNewQ() {
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateKeys(VARIANT v1, VARIANT v2) {
-  return Frame([&] {
+  return DeepFrame([&] {
     BigInt first;
     BigInt second;
     HRESULT status = Read(first, v1);
@@ -61,7 +61,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateKeys(VARIANT v1, VARIANT v2) {
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateRandKeys(LONG lByteSize, VARIANT_BOOL bExactSize) {
-  return Frame([&] {
+  return DeepFrame([&] {
     const HRESULT status = BuildRandomKey(key(), lByteSize, bExactSize != 0);
     // A Q put while the key was in the making belongs to the old one.
     if (SUCCEEDED(status)) DropNewQ();
@@ -74,7 +74,7 @@ HRESULT RsaCryptObject::GetNumber(BigInt RsaKey::*field, VARIANT* value) {
 }
 
 HRESULT RsaCryptObject::PutNumber(BigInt RsaKey::*field, const VARIANT& value) {
-  return Frame([&] { return Read(key().*field, value); });
+  return DeepFrame([&] { return Read(key().*field, value); });
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::get_Modulus(VARIANT* value) {
@@ -106,19 +106,22 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::get_Q(VARIANT* value) {
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::put_Q(VARIANT value) {
-  BigInt* const number = new (std::nothrow) BigInt();
-  if (number == nullptr) return E_OUTOFMEMORY;
-  const HRESULT status = Read(*number, value);
-  if (FAILED(status)) {
-    delete number;
-    return status;
-  }
-  delete new_q_.exchange(number);
-  return S_OK;
+  auto put = [&]() -> HRESULT {
+    BigInt* const number = new (std::nothrow) BigInt();
+    if (number == nullptr) return E_OUTOFMEMORY;
+    const HRESULT status = Read(*number, value);
+    if (FAILED(status)) {
+      delete number;
+      return status;
+    }
+    delete new_q_.exchange(number);
+    return S_OK;
+  };
+  return RunWiped(put, StackUse::kDeep);
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::Encrypt(VARIANT vData, VARIANT* pvOut) {
-  return Frame(pvOut, [&] {
+  return DeepFrame(pvOut, [&] {
     const RsaKey& now = key();
     if (now.e.IsZero() || now.n.IsZero()) return Raise(kMessageKeyNotSet);
     BigInt message;
@@ -130,7 +133,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::Encrypt(VARIANT vData, VARIANT* pvOut)
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::Decrypt(VARIANT vData, VARIANT* pvOut) {
-  return Frame(pvOut, [&] {
+  return DeepFrame(pvOut, [&] {
     const RsaKey& now = key();
     if (now.e.IsZero() || now.n.IsZero()) return Raise(kMessageKeyNotSet);
     BigInt ciphertext;
@@ -140,7 +143,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::Decrypt(VARIANT vData, VARIANT* pvOut)
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::DecryptPQ(VARIANT vData, VARIANT* pvOut) {
-  return Frame(pvOut, [&] {
+  return DeepFrame(pvOut, [&] {
     const RsaKey& now = key();
     if (now.e.IsZero() || now.d.IsZero() || now.p.IsZero() || now.q.IsZero()) {
       return Raise(kMessageKeyNotSet);
@@ -159,7 +162,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::Reset() {
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::get_BlockSize(LONG* size) {
-  return Frame(size, [&] {
+  return PlainFrame(size, [&] {
     *size = BlockSize(key().n);
     return S_OK;
   });

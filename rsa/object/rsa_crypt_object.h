@@ -37,6 +37,12 @@ class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
   HRESULT STDMETHODCALLTYPE get_BlockSize(LONG* size) override;
 
  private:
+  // Frame for powers, primes and numbers from text.
+  template <typename... Arguments>
+  HRESULT DeepFrame(Arguments... arguments) {
+    return Frame(arguments..., StackUse::kDeep);
+  }
+
   HRESULT GetNumber(BigInt RsaKey::*field, VARIANT* value);
   HRESULT PutNumber(BigInt RsaKey::*field, const VARIANT& value);
 

@@ -19,7 +19,7 @@ namespace mirolta::test {
 namespace {
 
 constexpr size_t kWindow = 8;
-constexpr size_t kMostSecrets = 32;
+constexpr size_t kMostSecrets = 128;
 constexpr size_t kLargestSecret = 512;
 
 std::atomic<long> in_use{0};
@@ -79,12 +79,19 @@ void StartWatchingForSecrets() {
 
 void StopWatchingForSecrets() {
   watching = false;
-  std::memset(secrets, 0, sizeof secrets);
-  std::memset(starts, 0, sizeof starts);
+  std::memset(secrets, 0, secret_count * sizeof secrets[0]);
+  std::memset(starts, 0, secret_count * sizeof starts[0]);
   secret_count = 0;
   found = 0;
   searched = 0;
   last_found = -1;
+}
+
+int FindSecret(const void* block, size_t size) {
+  for (size_t i = 0; i < secret_count; ++i) {
+    if (Holds(static_cast<const unsigned char*>(block), size, i)) return static_cast<int>(i);
+  }
+  return -1;
 }
 
 long SecretsFreed() {

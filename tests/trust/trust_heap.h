@@ -12,10 +12,12 @@ long BlocksInUse();
 
 // A secret is found by any eight of its bytes that stand together, so that half a block of it is
 // enough. The copy that is compared with is not on the heap.
-void WatchForSecret(const void* bytes, size_t size);  // size 8..512, at most 32 secrets
+void WatchForSecret(const void* bytes, size_t size);  // size 8..512, at most 128 secrets
 // The watch begins when all secrets are known: what told of them has been freed by then.
 void StartWatchingForSecrets();
 void StopWatchingForSecrets();
+// FindSecret returns the index of a secret of which block[size] holds any eight bytes, or -1.
+int FindSecret(const void* block, size_t size);
 // Freed blocks with a secret in them since the watch began, and the index of the last one's secret.
 long SecretsFreed();
 int LastSecretFreed();
