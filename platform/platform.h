@@ -5,6 +5,7 @@
 #include "system_headers.h"
 
 #include "seam/byte_array.h"
+#include "seam/checked_size.h"
 #include "seam/memory.h"
 #include "seam/processor.h"
 #include "seam/random.h"

@@ -1,7 +1,5 @@
 #include "stream_transfer.h"
 
-#include <new>
-
 namespace mirolta {
 
 HRESULT ReadFrom(IStream* source, void* bytes, ULONG count, ULONG* done) {
@@ -33,7 +31,7 @@ PassedBytes::~PassedBytes() {
 }
 
 HRESULT PassedBytes::Fill(IStream* source, ULONG count) {
-  data_ = new (std::nothrow) uint8_t[count != 0 ? count : 1];
+  data_ = NewArray<uint8_t>(count != 0 ? CheckedSize(count) : SizeConstant(1));
   if (data_ == nullptr) return E_OUTOFMEMORY;
   return ReadFrom(source, data_, count, &count_);
 }

@@ -1,7 +1,6 @@
 #include "byte_buffer.h"
 
 #include <cstring>
-#include <new>
 
 namespace mirolta {
 
@@ -36,7 +35,7 @@ void ByteBuffer::Construct(uint32_t limit, uint32_t step) noexcept {
 }
 
 void ByteBuffer::AllocateStep() noexcept {
-  data_ = new (std::nothrow) uint8_t[step_];
+  data_ = NewArray<uint8_t>(CheckedSize(step_));
   capacity_ = data_ != nullptr ? step_ : 0;
   length_ = 0;
 }
@@ -73,7 +72,7 @@ bool ByteBuffer::GrownCapacity(uint32_t need, uint32_t* capacity) const noexcept
 bool ByteBuffer::Grow(uint32_t need) noexcept {
   uint32_t capacity = 0;
   if (!GrownCapacity(need, &capacity)) return false;
-  uint8_t* data = new (std::nothrow) uint8_t[capacity];
+  uint8_t* data = NewArray<uint8_t>(CheckedSize(capacity));
   if (data == nullptr) return false;
   if (data_ != nullptr) std::memcpy(data, data_, length_);
   WipeAndFree(data_, capacity_);

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <new>
 
 #include "platform.h"
 
@@ -44,7 +43,7 @@ class ByteString {
   [[nodiscard]] bool Allocate(uint32_t count) noexcept {
     Clear();
     // Never of size 0: presence must not hang on what the allocator does with it.
-    data_ = new (std::nothrow) uint8_t[count != 0 ? count : 1];
+    data_ = NewArray<uint8_t>(count != 0 ? CheckedSize(count) : SizeConstant(1));
     if (data_ == nullptr) return false;
     count_ = count;
     return true;

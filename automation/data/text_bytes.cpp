@@ -1,7 +1,5 @@
 #include "text_bytes.h"
 
-#include <new>
-
 #include "owned_value.h"
 #include "utf16_bytes.h"
 
@@ -43,7 +41,7 @@ HRESULT EmptyText(BSTR* out) {
 class TextScratch {
  public:
   explicit TextScratch(uint32_t length)
-      : text_(new (std::nothrow) OLECHAR[size_t{length} + 1]), length_(length) {}
+      : text_(NewArray<OLECHAR>(CheckedSize(length) + 1)), length_(length) {}
   ~TextScratch() {
     if (text_ != nullptr) WipeMemory(text_, (size_t{length_} + 1) * sizeof(OLECHAR));
     delete[] text_;

@@ -62,7 +62,7 @@ HRESULT TypeInfoHolder::BuildNames(ITypeInfo* info) {
   const UINT functions = attributes->cFuncs;
   info->ReleaseTypeAttr(attributes);
 
-  names_ = new (std::nothrow) CachedName[functions];
+  names_ = NewArray<CachedName>(CheckedSize(functions));
   if (names_ == nullptr) return E_OUTOFMEMORY;
   for (UINT i = 0; i < functions && SUCCEEDED(status); ++i) {
     FUNCDESC* function = nullptr;

@@ -20,7 +20,9 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
   const size_t an = LimbsForWords(am.used());
   const size_t bn = LimbsForWords(bm.used());
   const size_t qn = an < bn ? 0 : an - bn + 1;
-  LimbScratch memory(an + 1 + bn + qn + (qn != 0 ? DivideScratch(an, bn) : 0));
+  CheckedSize limbs = CheckedSize(an) + 1 + CheckedSize(bn) + CheckedSize(qn);
+  if (qn != 0) limbs = limbs + DivideScratch(an, bn);
+  LimbScratch memory(limbs);
   if (memory.get() == nullptr) return E_OUTOFMEMORY;
   Limb* const x = memory.get();
   Limb* const y = x + an + 1;
@@ -76,7 +78,7 @@ HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const Bi
 __attribute__((noinline)) HRESULT MultiplyLong(BigInt& r, const BigMagnitude& a, size_t m,
                                                const BigMagnitude& b, size_t n) {
   const bool square = &a == &b;
-  LimbScratch memory(m + n + MultiplyScratch(m, n));
+  LimbScratch memory(CheckedSize(m) + CheckedSize(n) + MultiplyScratch(m, n));
   if (memory.get() == nullptr) return E_OUTOFMEMORY;
   Limb* const x = memory.get();
   Limb* const y = square ? x : x + m;

@@ -1,7 +1,5 @@
 #include "big_magnitude.h"
 
-#include <new>
-
 #include "limb_basics.h"
 #include "limb_divide.h"
 #include "limb_multiply.h"
@@ -16,7 +14,7 @@ BigMagnitude::~BigMagnitude() {
 
 bool BigMagnitude::reserve(uint32_t n) noexcept {
   if (n <= capacity_) return true;
-  uint32_t* const larger = new (std::nothrow) uint32_t[n];
+  uint32_t* const larger = n <= kMostWords ? NewArray<uint32_t>(CheckedSize(n)) : nullptr;
   if (larger == nullptr) return false;
   for (uint32_t i = 0; i < used_; ++i) larger[i] = digits_[i];
   WipeMemory(digits_, size_t{capacity_} * 4);
@@ -177,7 +175,7 @@ bool BigMagnitude::multiplyTrunc(BigMagnitude& r, const BigMagnitude& a, const B
   // Words of an operand at or above the cut cannot reach the result.
   const size_t an = LimbsForWords(a.used_ < words ? a.used_ : words);
   const size_t bn = LimbsForWords(b.used_ < words ? b.used_ : words);
-  LimbScratch memory(2 * (an + bn) + MultiplyScratch(an, bn));
+  LimbScratch memory(2 * CheckedSize(an) + 2 * CheckedSize(bn) + MultiplyScratch(an, bn));
   if (memory.get() == nullptr || !r.reserve(words)) return false;
   Limb* const x = memory.get();
   Limb* const y = &a == &b ? x : x + an;
@@ -208,7 +206,7 @@ bool BigMagnitude::divide(BigMagnitude& q, const BigMagnitude& a, const BigMagni
   const size_t an = LimbsForWords(a.used_);
   const size_t bn = LimbsForWords(bw);
   const size_t qn = an - bn + 1;
-  LimbScratch memory(an + bn + qn + bn);
+  LimbScratch memory(CheckedSize(an) + 2 * CheckedSize(bn) + CheckedSize(qn));
   if (memory.get() == nullptr) return false;
   Limb* const x = memory.get();
   Limb* const y = x + an;

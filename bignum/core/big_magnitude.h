@@ -13,6 +13,9 @@ namespace mirolta {
 // given back to the heap are wiped.
 class BigMagnitude {
  public:
+  // So many words have fewer bits than a size_t counts.
+  static constexpr size_t kMostWords = sizeof(size_t) > 4 ? UINT32_MAX : SIZE_MAX / 32;
+
   BigMagnitude() noexcept = default;
   ~BigMagnitude();
   BigMagnitude(const BigMagnitude&) = delete;
@@ -26,7 +29,7 @@ class BigMagnitude {
   // different threads, so the count changes atomically.
   std::atomic<uint32_t> shareCount{0};
 
-  // Grows the capacity to n words if it is smaller; never shrinks it.
+  // Grows the capacity to n words, at most kMostWords, if it is smaller; never shrinks it.
   bool reserve(uint32_t n) noexcept;
   // reserve(n), then zeroes all words and the value.
   bool clearTo(uint32_t n) noexcept;

@@ -1,7 +1,5 @@
 #include "big_random.h"
 
-#include <new>
-
 #include "big_bytes.h"
 
 namespace mirolta {
@@ -9,7 +7,7 @@ namespace mirolta {
 HRESULT Random(BigInt& n, LONG size, bool ensure_size, bool odd) noexcept {
   if (size < 1) return E_INVALIDARG;
   const uint32_t length = static_cast<uint32_t>(size);
-  uint8_t* const bytes = new (std::nothrow) uint8_t[length];
+  uint8_t* const bytes = NewArray<uint8_t>(CheckedSize(length));
   if (bytes == nullptr) return E_OUTOFMEMORY;
   HRESULT status = E_FAIL;
   const RandomSource& source = CurrentRandomSource();

@@ -1,7 +1,5 @@
 #include "big_text.h"
 
-#include <new>
-
 #include "hex_kernels.h"
 #include "limb_basics.h"
 #include "limb_decimal.h"
@@ -36,9 +34,12 @@ HRESULT HexText(NumberText& text, const BigInt& n) {
 
 HRESULT DecimalText(NumberText& text, const BigInt& n) {
   const size_t limbs = LimbsForWords(n.used());
-  const size_t room = DecimalDigitsRoom(limbs);
-  LimbScratch value(limbs);
-  LimbScratch characters(room / sizeof(Limb) + 1);
+  const CheckedSize digits_room = DecimalDigitsRoom(limbs);
+  if (digits_room.value() == CheckedSize::kTooLarge) return E_OUTOFMEMORY;
+  const size_t room = digits_room.value();
+  const size_t room_limbs = room / sizeof(Limb) + 1;
+  LimbScratch value{CheckedSize(limbs)};
+  LimbScratch characters{CheckedSize(room_limbs)};
   if (value.get() == nullptr || characters.get() == nullptr) return E_OUTOFMEMORY;
   // Memory of limbs may be used as characters.
   char* const digits = reinterpret_cast<char*>(characters.get());
@@ -134,7 +135,7 @@ void NumberText::Clear() noexcept {
 
 OLECHAR* NumberText::Resize(uint32_t length) noexcept {
   if (length > capacity_) {
-    OLECHAR* const fresh = new (std::nothrow) OLECHAR[size_t{length} + 1];
+    OLECHAR* const fresh = NewArray<OLECHAR>(CheckedSize(length) + 1);
     if (fresh == nullptr) return nullptr;
     Clear();
     characters_ = fresh;
@@ -158,7 +159,7 @@ HRESULT ToText(NumberText& text, const BigInt& n, uint32_t base) noexcept {
 HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) noexcept {
   const uint32_t digits = CountDigits(characters, length);
   const size_t count = (size_t{digits} + kDecimalDigits - 1) / kDecimalDigits;
-  LimbScratch memory(2 * count);
+  LimbScratch memory(2 * CheckedSize(count));
   if (memory.get() == nullptr) return E_OUTOFMEMORY;
   Limb* const chunks = memory.get();
   Limb* const value = chunks + count;

@@ -1,7 +1,5 @@
 #include "decimal_powers.h"
 
-#include <new>
-
 #include "limb_basics.h"
 #include "limb_multiply.h"
 #include "limb_scratch.h"
@@ -21,8 +19,9 @@ DecimalPower Trimmed(const Limb* x, size_t n, size_t zeros) {
 bool DecimalPowers::Make(size_t chunks, size_t most_leaf) noexcept {
   leaf_ = chunks;
   for (; leaf_ > most_leaf; leaf_ = (leaf_ + 1) / 2) ++levels_;
+  const size_t powers = size_t{1} << levels_;
   // A chunk fits a limb, so power i fits leaf * 2^i limbs, and all of them fit this.
-  limbs_ = new (std::nothrow) Limb[leaf_ << levels_];
+  limbs_ = NewArray<Limb>(CheckedSize(leaf_) * CheckedSize(powers));
   if (limbs_ == nullptr) return false;
   limbs_[0] = kDecimalPower;
   for (size_t i = 1; i < leaf_; ++i) {

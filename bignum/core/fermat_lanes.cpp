@@ -43,7 +43,8 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
   }
   const size_t digits = LaneDigits(DigitsFor(bits_, spare));
   const size_t zeros = digits * kDigitBits / kLimbBits;
-  LimbScratch memory((2 * digits + 3) * kLanes + zeros + 2 + n);
+  LimbScratch memory((2 * CheckedSize(digits) + 3) * kLanes + CheckedSize(zeros) + 2 +
+                     CheckedSize(n));
   if (memory.get() == nullptr) return false;
   const size_t beyond = reinterpret_cast<uintptr_t>(memory.get()) % 64 / sizeof(Limb);
   Limb* const m = memory.get() + (kLanes - beyond);

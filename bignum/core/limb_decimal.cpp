@@ -81,13 +81,13 @@ class LeafWriter {
   explicit LeafWriter(const DecimalPowers& powers)
       : leaf_(powers.leaf()),
         inverse_size_(2 * leaf_ + 2 - powers[0].size - powers[0].zeros),
-        memory_(2 * inverse_size_ + (leaf_ + inverse_size_) +
+        memory_(3 * CheckedSize(inverse_size_) + CheckedSize(leaf_) +
                 MultiplyScratch(inverse_size_, leaf_)) {}
 
   // Makes the inverse; false if memory runs out.
   [[nodiscard]] bool Make(const DecimalPower& power) {
     const size_t n = 2 * leaf_ - power.zeros + 1;
-    LimbScratch one(n);
+    LimbScratch one{CheckedSize(n)};
     if (memory_.get() == nullptr || one.get() == nullptr) return false;
     ZeroLimbs(one.get(), n - 1);
     one.get()[n - 1] = 1;
@@ -144,10 +144,11 @@ bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const DecimalPow
   // The zero limbs of the power leave those of x alone.
   Limb* const upper = x + power.zeros;
   const size_t m = n - power.zeros;
-  LimbScratch quotient(m - power.size + 1);
+  const size_t quotient_size = m - power.size + 1;
+  LimbScratch quotient{CheckedSize(quotient_size)};
   if (quotient.get() == nullptr) return false;
   if (!DivideLimbs(quotient.get(), upper, upper, m, power.limbs, power.size)) return false;
-  return WriteDigits(digits, quotient.get(), m - power.size + 1, count - low, powers, level - 1,
+  return WriteDigits(digits, quotient.get(), quotient_size, count - low, powers, level - 1,
                      leaves) &&
          WriteDigits(low_digits, x, power.zeros + power.size, low, powers, level - 1, leaves);
 }
@@ -171,7 +172,8 @@ bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const DecimalPowers& powe
   if (n <= low) return ReadChunks(z, chunks, n, powers, level - 1);
   const DecimalPower& power = powers[level - 1];
   const size_t high = n - low;
-  LimbScratch memory(high + high + power.size + MultiplyScratch(high, power.size));
+  LimbScratch memory(2 * CheckedSize(high) + CheckedSize(power.size) +
+                     MultiplyScratch(high, power.size));
   if (memory.get() == nullptr) return false;
   Limb* const upper = memory.get();
   Limb* const product = upper + high;
@@ -188,19 +190,20 @@ bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const DecimalPowers& powe
   return true;
 }
 
-size_t ChunksRoom(size_t n) {
+CheckedSize ChunksRoom(size_t n) {
   // log10(2^64) = 19.27 digits a limb and 19 a chunk; 9.64 and 9 for 32 bits.
-  return kLimbBits == 64 ? n + n / 64 + 1 : n + n / 12 + 1;
+  const size_t part = kLimbBits == 64 ? n / 64 : n / 12;
+  return CheckedSize(n) + CheckedSize(part) + 1;
 }
 
 }  // namespace
 
-size_t DecimalDigitsRoom(size_t n) noexcept {
-  return ChunksRoom(n) * kDecimalDigits;
+CheckedSize DecimalDigitsRoom(size_t n) noexcept {
+  return ChunksRoom(n) * SizeConstant(kDecimalDigits);
 }
 
 bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept {
-  const size_t count = ChunksRoom(n);
+  const size_t count = ChunksRoom(n).value();
   if (count <= kChunksOut) {
     WriteChunks(digits, x, n, count);
     return true;

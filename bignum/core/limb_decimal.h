@@ -6,10 +6,10 @@
 namespace mirolta {
 
 // DecimalDigitsRoom returns a count of digits that holds every value of n limbs.
-size_t DecimalDigitsRoom(size_t n) noexcept;
+CheckedSize DecimalDigitsRoom(size_t n) noexcept;
 
 // DigitsFromLimbs writes x as exactly count digits '0' to '9', zeros in front.
-// Shapes: x[n], destroyed; digits[count], count = DecimalDigitsRoom(n).
+// Shapes: x[n], destroyed; digits[count], count = DecimalDigitsRoom(n).value().
 // Errors: false if memory runs out.
 [[nodiscard]] bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept;
 

@@ -184,9 +184,10 @@ Limb ModLimb(const Limb* a, size_t n, const LimbDivisor& d) noexcept {
   return high >> d.shift;
 }
 
-size_t DivideScratch(size_t m, size_t n) noexcept {
+CheckedSize DivideScratch(size_t m, size_t n) noexcept {
   const bool halves = m - n + 1 >= kHalvesLimbs && n >= kHalvesLimbs;
-  return halves ? n + MultiplyScratch(n, n) : 0;
+  if (!halves) return SizeConstant(0);
+  return CheckedSize(n) + MultiplyScratch(n, n);
 }
 
 namespace {
@@ -264,7 +265,8 @@ bool DivideLimbs(Limb* q, Limb* r, const Limb* a, size_t m, const Limb* d, size_
     return true;
   }
   const size_t count = m - n + 1;  // quotient limbs
-  LimbScratch memory((m + 1) + n + count + DivideScratch(m, n));
+  LimbScratch memory(CheckedSize(m) + 1 + CheckedSize(n) + CheckedSize(count) +
+                     DivideScratch(m, n));
   if (memory.get() == nullptr) return false;
   Limb* const u = memory.get();
   Limb* const v = u + m + 1;

@@ -41,7 +41,7 @@ Limb ModLimb(const Limb* a, size_t n, const LimbDivisor& d) noexcept;
 // the rest of u, and v, are destroyed.
 // Shapes: u[m + 1] of which m are the dividend, v[n], q[m - n + 1], scratch[DivideScratch(m, n)].
 // Alias:  none.
-size_t DivideScratch(size_t m, size_t n) noexcept;
+CheckedSize DivideScratch(size_t m, size_t n) noexcept;
 void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch) noexcept;
 
 // QuotientInPlace computes q alone, of the same shapes, with about half of the products: what

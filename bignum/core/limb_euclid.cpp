@@ -1,7 +1,5 @@
 #include "limb_euclid.h"
 
-#include <new>
-
 #include "limb_basics.h"
 #include "limb_divide.h"
 #include "limb_multiply.h"
@@ -79,10 +77,11 @@ bool EuclidRun::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_
   const size_t size = (m > n ? m : n) + 1;
   // A cofactor never exceeds the larger operand; a product formed on the way has two limbs more.
   const size_t wide = with_cofactor ? size + 3 : 0;
-  const size_t scratch = with_cofactor ? MultiplyScratch(size, size) : 0;
-  memory_limbs_ = 5 * size + 4 * wide + scratch;
-  memory_ = new (std::nothrow) Limb[memory_limbs_];
+  CheckedSize limbs = 5 * CheckedSize(size) + 4 * CheckedSize(wide);
+  if (with_cofactor) limbs = limbs + MultiplyScratch(size, size);
+  memory_ = NewArray<Limb>(limbs);
   if (memory_ == nullptr) return false;
+  memory_limbs_ = limbs.value();
   ZeroLimbs(memory_, memory_limbs_);
   x_ = memory_;
   y_ = x_ + size;

@@ -16,8 +16,8 @@ MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept {
   return {m, n, static_cast<Limb>(0 - inverse)};
 }
 
-size_t MontgomeryScratch(size_t n) noexcept {
-  return 2 * n + MultiplyScratch(n, n);
+CheckedSize MontgomeryScratch(size_t n) noexcept {
+  return 2 * CheckedSize(n) + MultiplyScratch(n, n);
 }
 
 void MontgomeryMultiply(Limb* z, const Limb* x, const Limb* y, const MontgomeryModulus& modulus,
@@ -39,7 +39,7 @@ void FromMontgomery(Limb* z, const Limb* x, const MontgomeryModulus& modulus,
 
 bool ToMontgomery(Limb* z, const Limb* x, size_t count, const MontgomeryModulus& modulus) noexcept {
   const size_t n = modulus.n;
-  LimbScratch memory(n + count);
+  LimbScratch memory(CheckedSize(n) + CheckedSize(count));
   if (memory.get() == nullptr) return false;
   ZeroLimbs(memory.get(), n);
   CopyLimbs(memory.get() + n, x, count);

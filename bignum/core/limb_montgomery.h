@@ -17,7 +17,7 @@ struct MontgomeryModulus {
 MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept;
 
 // MontgomeryScratch returns the limbs of working memory of the next operations.
-size_t MontgomeryScratch(size_t n) noexcept;
+CheckedSize MontgomeryScratch(size_t n) noexcept;
 
 // MontgomeryMultiply: z := x * y / B^n mod m. Shapes: x[n], y[n], z[n] all below m. z may be x or
 // y. Equal pointers x and y make a cheaper square.

@@ -19,10 +19,10 @@ constexpr size_t kThreeByTwoLimbs = kLimbBits == 64 ? 40 : 80;
 // remainder; the remainders of Euclid's kind halve every second time, so all levels together keep
 // less than 8n. Three parts by two keep 4.8n + 7 limbs or less for two values and go on with at
 // most half of n.
-size_t MultiplyScratch(size_t m, size_t n) noexcept {
+CheckedSize MultiplyScratch(size_t m, size_t n) noexcept {
   const size_t less = m < n ? m : n;
-  if (less < kRowsLimbs) return 0;
-  return 8 * less + EqualScratch(less);
+  if (less < kRowsLimbs) return SizeConstant(0);
+  return 8 * CheckedSize(less) + EqualScratch(less);
 }
 
 void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,

@@ -6,7 +6,7 @@
 namespace mirolta {
 
 // MultiplyScratch returns the limbs of working memory for a product of m by n limbs.
-size_t MultiplyScratch(size_t m, size_t n) noexcept;
+CheckedSize MultiplyScratch(size_t m, size_t n) noexcept;
 
 // MultiplyLimbs: z := x * y.
 // Shapes: x[m], y[n], z[m + n], scratch[MultiplyScratch(m, n)], m and n >= 1.

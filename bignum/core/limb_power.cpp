@@ -25,7 +25,9 @@ struct PowerOfTwo {
   size_t n;
   Limb* scratch;  // ScratchLimbs(n)
 
-  static size_t ScratchLimbs(size_t n) { return 2 * n + MultiplyScratch(n, n); }
+  static CheckedSize ScratchLimbs(size_t n) {
+    return 2 * CheckedSize(n) + MultiplyScratch(n, n);
+  }
 
   void Cut(Limb* z) const {
     if (bits % kLimbBits != 0) z[n - 1] &= kLimbMax >> (kLimbBits - bits % kLimbBits);
@@ -70,7 +72,7 @@ bool PowerModuloPowerOfTwo(Limb* z, const Limb* x, const Limb* e, size_t en,
     exponent_bits = modulus.bits - 1;
   }
   en = exponent_bits / kLimbBits + 1;
-  LimbScratch exponent(en);
+  LimbScratch exponent{CheckedSize(en)};
   if (exponent.get() == nullptr) return false;
   for (size_t i = 0; i < en; ++i) {
     const size_t above = exponent_bits - i * kLimbBits;
@@ -83,11 +85,12 @@ bool PowerModuloPowerOfTwo(Limb* z, const Limb* x, const Limb* e, size_t en,
     return true;
   }
   const uint32_t window = WindowBits(LimbBits(exponent.get(), en));
-  LimbScratch table((n << (window - 1)) + n);
+  const size_t powers = size_t{1} << (window - 1);
+  LimbScratch table((CheckedSize(powers) + 1) * CheckedSize(n));
   if (table.get() == nullptr) return false;
   CopyLimbs(table.get(), x, n);
   SlidingWindow(
-      z, table.get(), table.get() + (n << (window - 1)), exponent.get(), en, n, window,
+      z, table.get(), table.get() + powers * n, exponent.get(), en, n, window,
       [&modulus, n](Limb* r, const Limb* a, const Limb* b) { modulus.MultiplyLow(r, a, b, n); });
   modulus.Cut(z);
   return true;
@@ -106,7 +109,7 @@ bool Residue(Limb* z, const Limb* x, size_t xn, const Limb* d, size_t n) {
 
 bool PowerModuloAnyOdd(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, const Limb* m,
                        size_t n) {
-  LimbScratch reduced(n);
+  LimbScratch reduced{CheckedSize(n)};
   if (reduced.get() == nullptr) return false;
   if (!Residue(reduced.get(), x, xn, m, n)) return false;
   return ChoosePowerKernel(LimbBits(m, n), ProcessorFeatures())
@@ -129,11 +132,11 @@ bool PowerModuloOdd(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb
                     size_t n) noexcept {
   const MontgomeryModulus modulus = PrepareMontgomery(m, n);
   const uint32_t window = WindowBits(LimbBits(e, en));
-  const size_t table_limbs = n << (window - 1);
-  LimbScratch memory(table_limbs + n + MontgomeryScratch(n));
+  const size_t powers = size_t{1} << (window - 1);
+  LimbScratch memory((CheckedSize(powers) + 1) * CheckedSize(n) + MontgomeryScratch(n));
   if (memory.get() == nullptr) return false;
   Limb* const table = memory.get();
-  Limb* const spare = table + table_limbs;
+  Limb* const spare = table + powers * n;
   Limb* const scratch = spare + n;
   if (!ToMontgomery(table, x, n, modulus)) return false;
   SlidingWindow(z, table, spare, e, en, n, window,
@@ -154,7 +157,8 @@ bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, co
   const uint32_t shift = TrailingZeros(m[zeros]);
   const size_t bits = zeros * kLimbBits + shift;
   const size_t k = (bits + kLimbBits - 1) / kLimbBits;
-  LimbScratch memory(3 * n + 4 * k + (n + k) + PowerOfTwo::ScratchLimbs(k) + MultiplyScratch(n, k));
+  LimbScratch memory(4 * CheckedSize(n) + 5 * CheckedSize(k) + PowerOfTwo::ScratchLimbs(k) +
+                     MultiplyScratch(n, k));
   if (memory.get() == nullptr) return false;
   Limb* const d = memory.get();
   Limb* const odd_part = d + n;
@@ -198,7 +202,7 @@ bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size
   const PowerKernel& kernel = ChoosePowerKernel(LimbBits(m, n), ProcessorFeatures());
   if (kernel.function != PowerModuloOdd) {
     // Its products are so much faster that those for the window do not matter.
-    LimbScratch memory(2 * n);
+    LimbScratch memory(2 * CheckedSize(n));
     if (memory.get() == nullptr) return false;
     Limb* const two = memory.get();
     Limb* const power = two + n;
@@ -210,7 +214,7 @@ bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size
   }
   const LimbKernels& k = CurrentLimbKernels();
   const MontgomeryModulus modulus = PrepareMontgomery(m, n);
-  LimbScratch memory(2 * n + MontgomeryScratch(n));
+  LimbScratch memory(2 * CheckedSize(n) + MontgomeryScratch(n));
   if (memory.get() == nullptr) return false;
   Limb* const one = memory.get();
   Limb* const power = one + n;

@@ -19,8 +19,8 @@ constexpr size_t kAlignment = 64;
 bool ToDigitForm(Limb* z, size_t count, const Limb* x, const Limb* m, size_t n) {
   const size_t bits = count * kDigitBits;
   const size_t zeros = bits / kLimbBits;
-  LimbScratch shifted(zeros + n + 1);
-  LimbScratch residue(n);
+  LimbScratch shifted(CheckedSize(zeros) + CheckedSize(n) + 1);
+  LimbScratch residue{CheckedSize(n)};
   if (shifted.get() == nullptr || residue.get() == nullptr) return false;
   ZeroLimbs(shifted.get(), zeros);
   Limb* const top = shifted.get() + zeros;
@@ -40,7 +40,8 @@ bool PowerModuloOddIfma(Limb* z, const Limb* x, const Limb* e, size_t en, const 
   const size_t padded = vectors * kVectorDigits;
   const uint32_t window = WindowBits(LimbBits(e, en));
   const size_t table_limbs = padded << (window - 1);
-  LimbScratch memory(table_limbs + 3 * padded + kAlignment / sizeof(Limb));
+  LimbScratch memory(CheckedSize(table_limbs) + 3 * CheckedSize(padded) +
+                     kAlignment / sizeof(Limb));
   if (memory.get() == nullptr) return false;
   const size_t beyond = reinterpret_cast<uintptr_t>(memory.get()) % kAlignment / sizeof(Limb);
   Limb* const modulus = memory.get() + (kAlignment / sizeof(Limb) - beyond);

@@ -1,12 +1,10 @@
 #include "limb_scratch.h"
 
-#include <new>
-
 namespace mirolta {
 
 // The content is written before it is read, so the limbs inside stay unset here.
-LimbScratch::LimbScratch(size_t count) noexcept : limbs_(inside_), count_(count) {
-  if (count > kInside) limbs_ = new (std::nothrow) Limb[count];
+LimbScratch::LimbScratch(CheckedSize count) noexcept : limbs_(inside_), count_(count.value()) {
+  if (count_ > kInside) limbs_ = NewArray<Limb>(count);
 }
 
 }  // namespace mirolta

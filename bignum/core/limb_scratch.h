@@ -9,7 +9,7 @@ namespace mirolta {
 // the heap.
 class LimbScratch {
  public:
-  explicit LimbScratch(size_t count) noexcept;
+  explicit LimbScratch(CheckedSize count) noexcept;
   ~LimbScratch() {
     if (limbs_ == nullptr) return;
     WipeMemory(limbs_, count_ * sizeof(Limb));
@@ -18,7 +18,7 @@ class LimbScratch {
   LimbScratch(const LimbScratch&) = delete;
   LimbScratch& operator=(const LimbScratch&) = delete;
 
-  // Null if the heap had nothing to give.
+  // Null if the heap had nothing to give, or the count is too large.
   Limb* get() const { return limbs_; }
 
  private:

@@ -19,8 +19,8 @@ void MultiplyThreeByTwo(Limb* z, const Limb* x, size_t m, const Limb* y, size_t 
 // EqualScratch returns the limbs of working memory for MultiplyEqual.
 // Karatsuba takes 2h + 2 a level for halves h = (n + 1) / 2, Toom-3 6k + 6 for thirds; both sum to
 // less than 4n plus a few limbs a level, and there are at most 64 levels.
-inline size_t EqualScratch(size_t n) noexcept {
-  return 4 * n + 64 * 8;
+inline CheckedSize EqualScratch(size_t n) noexcept {
+  return 4 * CheckedSize(n) + 64 * 8;
 }
 
 }  // namespace mirolta

@@ -12,7 +12,7 @@ HRESULT PowerOfSizes(BigInt& r, const BigInt& x, const BigInt& e, const BigInt& 
   const size_t xn = LimbsForWords(x.used());
   const size_t en = LimbsForWords(e.used());
   const size_t n = LimbsForWords(m.used());
-  LimbScratch memory(xn + en + 2 * n);
+  LimbScratch memory(CheckedSize(xn) + CheckedSize(en) + 2 * CheckedSize(n));
   if (memory.get() == nullptr) return E_OUTOFMEMORY;
   Limb* const base = memory.get();
   Limb* const exponent = base + xn;

@@ -42,7 +42,7 @@ bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
   *result = false;
   // 1, and all even numbers: two to any power above zero stays even modulo them.
   if ((candidate[0] & 1) == 0 || (n == 1 && candidate[0] == 1)) return true;
-  LimbScratch power(n);
+  LimbScratch power{CheckedSize(n)};
   if (power.get() == nullptr) return false;
   CopyLimbs(memory, candidate, n);
   memory[0] -= 1;
@@ -175,7 +175,7 @@ bool PrimeSearch::Run(Limb* start, size_t n) {
   const size_t bits = LimbBits(start, n);
   const FermatBatch batch(bits);
   const size_t together = batch.capacity() != 0 ? batch.capacity() : 1;
-  LimbScratch memory((together + kOtherBaseCount) * n);
+  LimbScratch memory((CheckedSize(together) + kOtherBaseCount) * CheckedSize(n));
   if (memory.get() == nullptr) return false;
   Limb* const candidates = memory.get();
   Limb* const spare = candidates + together * n;
@@ -216,7 +216,7 @@ HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept {
     return S_OK;
   }
   const size_t limbs = LimbsForWords(n.used());
-  LimbScratch memory(2 * limbs);
+  LimbScratch memory(2 * CheckedSize(limbs));
   if (memory.get() == nullptr) return E_OUTOFMEMORY;
   LimbsFromWords(memory.get(), n.magnitude().digits(), n.used());
   bool found = false;
@@ -235,7 +235,7 @@ HRESULT NextPrime(BigInt& n) noexcept {
     return S_OK;
   }
   const size_t limbs = LimbsForWords(n.used()) + 1;
-  LimbScratch memory(limbs);
+  LimbScratch memory{CheckedSize(limbs)};
   PrimeSearch* const search = new (std::nothrow) PrimeSearch;
   HRESULT status = E_OUTOFMEMORY;
   if (memory.get() != nullptr && search != nullptr) {

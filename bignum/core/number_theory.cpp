@@ -12,7 +12,7 @@ namespace {
 bool RunEuclid(EuclidRun* run, const BigInt& r0, const BigInt& r1, bool with_cofactor) {
   const size_t n0 = LimbsForWords(r0.used());
   const size_t n1 = LimbsForWords(r1.used());
-  LimbScratch memory(n0 + n1);
+  LimbScratch memory(CheckedSize(n0) + CheckedSize(n1));
   if (memory.get() == nullptr) return false;
   LimbsFromWords(memory.get(), r0.magnitude().digits(), r0.used());
   LimbsFromWords(memory.get() + n0, r1.magnitude().digits(), r1.used());

@@ -1,0 +1,79 @@
+// Sizes on their way to an allocator.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <type_traits>
+
+namespace mirolta {
+
+// A constant of the program as a term or factor of a size; no value known only at run time is one.
+struct SizeConstant {
+  consteval SizeConstant(size_t count) : value(count) {}  // NOLINT(google-explicit-constructor)
+  size_t value;
+};
+
+// BasicCheckedSize computes a size from counts that a caller chose: every sum and product is the true
+// one or, where Word cannot hold that, kTooLarge. No allocator has kTooLarge bytes. A count is named
+// before it is used, so that an unchecked sum or product does not compile as one.
+template <typename Word>
+class BasicCheckedSize {
+ public:
+  static constexpr Word kTooLarge = static_cast<Word>(~Word{0});
+
+  constexpr BasicCheckedSize(SizeConstant count)  // NOLINT(google-explicit-constructor)
+      : value_(Narrow(count.value)) {}
+  template <typename Count>
+  explicit constexpr BasicCheckedSize(Count& count) : value_(Narrow(count)) {
+    static_assert(std::is_unsigned_v<Count>);
+  }
+
+  constexpr Word value() const { return value_; }
+
+  friend constexpr BasicCheckedSize operator+(BasicCheckedSize a, BasicCheckedSize b) {
+    if (__builtin_add_overflow(a.value_, b.value_, &a.value_)) a.value_ = kTooLarge;
+    return a;
+  }
+  friend constexpr BasicCheckedSize operator*(BasicCheckedSize a, BasicCheckedSize b) {
+    if (__builtin_mul_overflow(a.value_, b.value_, &a.value_)) a.value_ = kTooLarge;
+    return a;
+  }
+  friend constexpr BasicCheckedSize operator+(BasicCheckedSize a, SizeConstant b) {
+    return a + BasicCheckedSize(b);
+  }
+  friend constexpr BasicCheckedSize operator*(BasicCheckedSize a, SizeConstant b) {
+    return a * BasicCheckedSize(b);
+  }
+  friend constexpr BasicCheckedSize operator*(SizeConstant a, BasicCheckedSize b) {
+    return BasicCheckedSize(a) * b;
+  }
+
+ private:
+  template <typename Count>
+  static constexpr Word Narrow(Count count) {
+    if constexpr (sizeof(Count) > sizeof(Word)) {
+      if (count > kTooLarge) return kTooLarge;
+    }
+    return static_cast<Word>(count);
+  }
+
+  Word value_;
+};
+
+using CheckedSize = BasicCheckedSize<size_t>;
+
+// NewArray allocates count elements of unset value; null if memory is short or the array's size is
+// above kMostArrayBytes, without asking the allocator.
+//
+// Sizes near PTRDIFF_MAX are above what compilers take for an array; they throw for these, nothrow or
+// not.
+inline constexpr size_t kMostArrayBytes = size_t{PTRDIFF_MAX} / 8 * 7;
+template <typename T>
+[[nodiscard]] T* NewArray(CheckedSize count) noexcept {
+  static_assert(std::is_trivially_destructible_v<T>);
+  if (count.value() > kMostArrayBytes / sizeof(T)) return nullptr;
+  return new (std::nothrow) T[count.value()];
+}
+
+}  // namespace mirolta
