@@ -247,7 +247,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::CopyTo(IStream* to, ULARGE_INTEGER co
     if (FAILED(status)) return status;
     totals.Report(read, written);
     return S_OK;
-  }, StackUse::kLong);
+  }, StackUse::kMedium);
 }
 
 }  // namespace mirolta

@@ -197,7 +197,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamDigest::CopyTo(IStream* to, ULARGE_INTEGER c
     if (FAILED(status)) return status;
     totals.Report(read, written);
     return S_OK;
-  }, StackUse::kLong);
+  }, StackUse::kMedium);
 }
 
 }  // namespace mirolta

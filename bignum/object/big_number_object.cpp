@@ -17,7 +17,7 @@ TypeInfoHolder type_info(IID_IPexBigNumber);
 // if it went deep. A failure may have come from anywhere.
 template <typename Work>
 HRESULT WipedNumbers(Work work) {
-  StackUse use = StackUse::kLong;
+  StackUse use = StackUse::kMedium;
   auto run = [&]() -> HRESULT {
     const HRESULT status = work(&use);
     if (FAILED(status)) use = StackUse::kDeep;

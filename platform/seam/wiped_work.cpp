@@ -152,7 +152,7 @@ MIROLTA_OWN_FRAME HRESULT RunWiped(HRESULT (*function)(void* context), void* con
     case StackUse::kShort:
       Overwrite<kShortBytes>();
       break;
-    case StackUse::kLong:
+    case StackUse::kMedium:
       Overwrite<kLongBytes>();
       break;
     case StackUse::kDeep:

@@ -7,9 +7,9 @@ namespace mirolta {
 
 // How much of the stack a piece of work may use; tests paint the stack to see that none uses more.
 enum class StackUse : uint8_t {
-  kShort,  // keys, digests, blocks
-  kLong,   // numbers up to kLargeNumberWords words
-  kDeep,   // powers, primes and texts, large numbers
+  kShort,   // keys, digests, blocks
+  kMedium,  // numbers up to kLargeNumberWords words
+  kDeep,    // powers, primes and texts, large numbers
 };
 
 // From so many 32-bit words on, recursive algorithms make the stack of numbers deep.
@@ -19,7 +19,7 @@ inline constexpr uint32_t kLargeNumberWords = 64;
 // used and clears the registers that a call need not preserve: compilers keep copies of secrets in
 // both. What stays in memory otherwise is for its owners to wipe.
 // *use is read after the call, which may have found that it needs more.
-// Time: kShort 20 ns, kLong 50 ns, kDeep 300 ns or so.
+// Time: kShort 20 ns, kMedium 50 ns, kDeep 300 ns or so.
 HRESULT RunWiped(HRESULT (*function)(void* context), void* context, const StackUse* use) noexcept;
 
 // The same for a function object.
