@@ -4,10 +4,10 @@
 
 namespace mirolta {
 
-bool CipherSide::SetAlgorithm(const OLECHAR* name) {
+bool CipherSide::SetAlgorithm(BSTR name) {
   pad_.EngineGone();
   engine_.reset();
-  const LONG algorithm = FindCipherAlgorithm(name);
+  const LONG algorithm = FindCipherAlgorithm(name, SysStringLen(name));
   if (algorithm < 0) return false;
   engine_ = CreateCipherEngine(algorithm);
   if (engine_ != nullptr) pad_.EngineMade();

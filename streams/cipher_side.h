@@ -19,7 +19,7 @@ class CipherSide {
   // SetAlgorithm drops the engine held and, for a known name, makes a new one, without key and with
   // pad setting 0. Without memory for the engine there is none, and that is no failure.
   // Returns: false for an unknown name.
-  bool SetAlgorithm(const OLECHAR* name);
+  bool SetAlgorithm(BSTR name);
 
   // GetName gives the algorithm's name, an empty text without one. Errors: E_OUTOFMEMORY.
   HRESULT GetName(BSTR* name) const;

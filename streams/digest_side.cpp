@@ -4,10 +4,10 @@
 
 namespace mirolta {
 
-bool DigestSide::SetAlgorithm(const OLECHAR* name) {
+bool DigestSide::SetAlgorithm(BSTR name) {
   engine_.reset();
   HashEngine* engine = nullptr;
-  if (CreateHashEngine(name, &engine) < 0) return false;
+  if (CreateHashEngine(name, SysStringLen(name), &engine) < 0) return false;
   engine_.reset(engine);
   enabled_ = 1;
   return true;

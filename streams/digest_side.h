@@ -16,7 +16,7 @@ class DigestSide {
   // SetAlgorithm drops the engine held and, for a known name, makes a new one and switches the
   // direction on. Without memory for the engine there is none, and that is no failure.
   // Returns: false for an unknown name; the switch stays as it was.
-  bool SetAlgorithm(const OLECHAR* name);
+  bool SetAlgorithm(BSTR name);
 
   // GetName gives the algorithm's name, an empty text without one. Errors: E_OUTOFMEMORY.
   HRESULT GetName(BSTR* name) const;

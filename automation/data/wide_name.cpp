@@ -1,6 +1,14 @@
 #include "wide_name.h"
 
+#include <algorithm>
+
 namespace mirolta {
+
+uint32_t NameLength(const OLECHAR* name) noexcept {
+  uint32_t length = 0;
+  while (name != nullptr && name[length] != 0) ++length;
+  return length;
+}
 
 bool SameWideName(const OLECHAR* a, const OLECHAR* b) noexcept {
   if (a == b) return true;
@@ -12,16 +20,17 @@ bool SameWideName(const OLECHAR* a, const OLECHAR* b) noexcept {
   return *a == *b;
 }
 
-int FindName(const NameSlot* table, const OLECHAR* name) noexcept {
+int FindName(const NameSlot* table, const OLECHAR* name, uint32_t length) noexcept {
+  if (name == nullptr) return -1;
   for (int index = 0; table[index][0] != 0; ++index) {
-    if (SameWideName(table[index], name)) return index;
+    if (NameLength(table[index]) != length) continue;
+    if (std::equal(name, name + length, table[index])) return index;
   }
   return -1;
 }
 
 HRESULT CopyName(const NameSlot& slot, OLECHAR* buffer, LONG capacity) noexcept {
-  LONG length = 0;
-  while (slot[length] != 0) ++length;
+  const LONG length = static_cast<LONG>(NameLength(slot));
   if (buffer == nullptr || (capacity >= 1 && length >= capacity)) return E_OUTOFMEMORY;
   for (LONG i = 0; i <= length; ++i) buffer[i] = slot[i];
   return S_OK;

@@ -9,12 +9,16 @@ namespace mirolta {
 constexpr int kNameSlotLength = 16;
 typedef OLECHAR NameSlot[kNameSlotLength];
 
+// NameLength counts the units before the first zero; 0 for null.
+uint32_t NameLength(const OLECHAR* name) noexcept;
+
 // SameWideName compares exactly, case and all. One pointer twice is equal, null included; null and
 // a text are not.
 bool SameWideName(const OLECHAR* a, const OLECHAR* b) noexcept;
 
-// FindName returns the index of the first slot equal to name, or -1.
-int FindName(const NameSlot* table, const OLECHAR* name) noexcept;
+// FindName returns the index of the first slot equal to name[length], or -1. A zero character is
+// one like any other: no name has one.
+int FindName(const NameSlot* table, const OLECHAR* name, uint32_t length) noexcept;
 
 // CopyName copies the name of a slot with its terminator. A capacity below 1 is not looked at: the
 // caller vouches for the room.

@@ -29,8 +29,8 @@ constexpr Maker kMakers[] = {
 
 }  // namespace
 
-LONG FindCipherAlgorithm(const OLECHAR* name) noexcept {
-  return FindName(kCipherNames, name);
+LONG FindCipherAlgorithm(const OLECHAR* name, uint32_t length) noexcept {
+  return FindName(kCipherNames, name, length);
 }
 
 std::unique_ptr<CipherEngine> CreateCipherEngine(LONG algorithm) noexcept {

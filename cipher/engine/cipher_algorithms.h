@@ -16,9 +16,13 @@ inline constexpr LONG kCipherDes = 1;
 // The name table, ended by an empty slot.
 extern const NameSlot kCipherNames[];
 
-// FindCipherAlgorithm returns the number of the cipher with exactly this name, letter case
-// included, or -1; a null name is not found.
-LONG FindCipherAlgorithm(const OLECHAR* name) noexcept;
+// FindCipherAlgorithm returns the number of the cipher with exactly the name name[length], letter
+// case included, or -1; a null name is not found.
+LONG FindCipherAlgorithm(const OLECHAR* name, uint32_t length) noexcept;
+// The same for a name that ends at its first zero character.
+inline LONG FindCipherAlgorithm(const OLECHAR* name) noexcept {
+  return FindCipherAlgorithm(name, NameLength(name));
+}
 
 // CreateCipherEngine makes an engine without a key, with pad setting 0 and empty queues; null for
 // an unknown number or name, or when memory is short.

@@ -48,7 +48,8 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Init(VARIANT vAlg) {
     // Again: reading an object runs the caller's code, which may have called Init.
     DropEngine();
     if (FAILED(status)) return status;
-    const LONG algorithm = FindCipherAlgorithm(V_BSTR(name.Get()));
+    const BSTR text = V_BSTR(name.Get());
+    const LONG algorithm = FindCipherAlgorithm(text, SysStringLen(text));
     if (algorithm < 0) return Raise(kMessageAlgorithmNotFound);
     // Without memory for the engine the object stays without one, and that is no failure.
     engine_ = CreateCipherEngine(algorithm);

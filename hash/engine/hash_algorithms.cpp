@@ -15,13 +15,13 @@ const NameSlot kHashAlgorithms[kHashAlgorithmCount + 1] = {
     OLESTR(""),
 };
 
-int FindHashAlgorithm(const OLECHAR* name) noexcept {
-  return FindName(kHashAlgorithms, name);
+int FindHashAlgorithm(const OLECHAR* name, uint32_t length) noexcept {
+  return FindName(kHashAlgorithms, name, length);
 }
 
-int CreateHashEngine(const OLECHAR* name, HashEngine** engine) noexcept {
+int CreateHashEngine(const OLECHAR* name, uint32_t length, HashEngine** engine) noexcept {
   *engine = nullptr;
-  const int algorithm = FindHashAlgorithm(name);
+  const int algorithm = FindHashAlgorithm(name, length);
   switch (algorithm) {
     case kHashMd5:
       *engine = new (std::nothrow) Md5Engine;

@@ -56,7 +56,9 @@ HRESULT STDMETHODCALLTYPE HashObject::InitHash(BSTR bstrAlg) {
   return Frame([&]() -> HRESULT {
     engine_.reset();
     HashEngine* engine = nullptr;
-    if (CreateHashEngine(bstrAlg, &engine) < 0) return Raise(kMessageAlgorithmNotFound);
+    if (CreateHashEngine(bstrAlg, SysStringLen(bstrAlg), &engine) < 0) {
+      return Raise(kMessageAlgorithmNotFound);
+    }
     // Without memory for the engine the object stays without an algorithm, and that is no failure.
     engine_.reset(engine);
     return S_OK;

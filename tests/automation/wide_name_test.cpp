@@ -25,15 +25,37 @@ TEST(WideName, SameNameIsExact) {
   }
 }
 
+int Find(const NameSlot* table, const OLECHAR* name) {
+  return FindName(table, name, NameLength(name));
+}
+
+TEST(WideName, LengthEndsAtTheFirstZero) {
+  EXPECT_EQ(NameLength(nullptr), 0u);
+  EXPECT_EQ(NameLength(OLESTR("")), 0u);
+  EXPECT_EQ(NameLength(OLESTR("MD5\0x")), 3u);
+}
+
+TEST(WideName, ZeroCharactersCount) {
+  EXPECT_EQ(FindName(kTable, OLESTR("MD5"), 3), 0);
+  EXPECT_EQ(FindName(kTable, OLESTR("MD5"), 4), -1);
+  EXPECT_EQ(FindName(kTable, OLESTR("MD5\0x"), 5), -1);
+  EXPECT_EQ(FindName(kTable, OLESTR("MD5\0x"), 3), 0);
+  EXPECT_EQ(FindName(kTable, OLESTR("\0MD5"), 4), -1);
+  // Read no further than it is long.
+  const OLECHAR open[] = {'S', 'H', 'A', '1'};
+  EXPECT_EQ(FindName(kTable, open, 4), 1);
+  EXPECT_EQ(FindName(kTable, open, 3), -1);
+}
+
 TEST(WideName, FindStopsAtTheEmptySlot) {
-  EXPECT_EQ(FindName(kTable, OLESTR("MD5")), 0);
-  EXPECT_EQ(FindName(kTable, OLESTR("SHA1")), 1);
-  EXPECT_EQ(FindName(kTable, OLESTR("FIFTEENLETTERSX")), 2);
-  EXPECT_EQ(FindName(kTable, OLESTR("md5")), -1);
-  EXPECT_EQ(FindName(kTable, OLESTR("")), -1);
-  EXPECT_EQ(FindName(kTable, nullptr), -1);
-  EXPECT_EQ(FindName(kEmptyTable, OLESTR("MD5")), -1);
-  EXPECT_EQ(FindName(kEmptyTable, OLESTR("")), -1);
+  EXPECT_EQ(Find(kTable, OLESTR("MD5")), 0);
+  EXPECT_EQ(Find(kTable, OLESTR("SHA1")), 1);
+  EXPECT_EQ(Find(kTable, OLESTR("FIFTEENLETTERSX")), 2);
+  EXPECT_EQ(Find(kTable, OLESTR("md5")), -1);
+  EXPECT_EQ(Find(kTable, OLESTR("")), -1);
+  EXPECT_EQ(Find(kTable, nullptr), -1);
+  EXPECT_EQ(Find(kEmptyTable, OLESTR("MD5")), -1);
+  EXPECT_EQ(Find(kEmptyTable, OLESTR("")), -1);
 }
 
 TEST(WideName, CopyLooksAtCapacitiesFromOneOn) {

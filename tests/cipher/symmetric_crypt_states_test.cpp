@@ -132,8 +132,7 @@ TEST_F(SymmetricCryptStatesTest, InitTakesExactNamesOnly) {
       TextValue(OLESTR("")),     TestValue(VT_EMPTY),       NumberValue(0)};
   for (size_t i = 0; i < std::size(wrong); ++i) {
     StartAes();
-    EXPECT_EQ(crypt->Init(wrong[i]), i == 8 ? S_OK : kNotFound) << i;
-    if (i == 8) continue;
+    EXPECT_EQ(crypt->Init(wrong[i]), kNotFound) << i;
     Text source;
     EXPECT_EQ(ErrorText(&source), OLESTR("Algorithm not found.")) << i;
     EXPECT_EQ(source, OLESTR("A description")) << i;

@@ -126,6 +126,14 @@ TEST_F(HashObjectTest, UnknownAlgorithmsLeaveNone) {
     EXPECT_EQ(hash->get_Value(nullptr), kBareNumber);
     EXPECT_EQ(Data(OLESTR("abc")), kNotInitialized);
   }
+  // The whole text counts, also what follows a zero character.
+  for (const Text& name : {Text(OLESTR("MD5\0x"), 5), Text(OLESTR("MD5\0"), 4),
+                           Text(OLESTR("\0MD5"), 4), Text(OLESTR("\0"), 1)}) {
+    ASSERT_EQ(Init(OLESTR("MD5")), S_OK);
+    EXPECT_EQ(Init(name), kNotFound);
+    EXPECT_EQ(TakeError().description, OLESTR("Algorithm not found."));
+    EXPECT_FALSE(HasAlgorithm());
+  }
   ASSERT_EQ(Init(OLESTR("MD5")), S_OK);
   EXPECT_EQ(hash->InitHash(nullptr), kNotFound);
   EXPECT_FALSE(HasAlgorithm());

@@ -140,6 +140,11 @@ TEST_F(StreamCryptTest, AnUnknownAlgorithmLeavesNone) {
       EXPECT_EQ((F()->*side->put_pad)(4), kNotInitialized);
       EXPECT_EQ(SetKey(*side, kKey), kNotInitialized);
     }
+    // The whole text counts, also what follows a zero character.
+    Choose(*side);
+    EXPECT_EQ((F()->*side->put_algorithm)(OwnedBstr(SysAllocStringLen(OLESTR("AES\0x"), 5)).Get()),
+              kAlgorithmNotFound);
+    EXPECT_EQ(Name(*side), "");
     EXPECT_EQ((F()->*side->put_algorithm)(nullptr), kAlgorithmNotFound);
   }
 }

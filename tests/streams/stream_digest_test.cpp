@@ -155,6 +155,12 @@ TEST_F(StreamDigestTest, AnUnknownAlgorithmRemovesTheEngineAndLeavesTheSwitch) {
         EXPECT_EQ((filter.operator->()->*side->value)(&text), kBareNumber);
       }
     }
+    // The whole text counts, also what follows a zero character.
+    Choose(*side, OLESTR("SHA256"));
+    EXPECT_EQ((filter.operator->()->*side->put_algorithm)(
+                  OwnedBstr(SysAllocStringLen(OLESTR("SHA256\0"), 7)).Get()),
+              kAlgorithmNotFound);
+    EXPECT_EQ(Name(*side), "");
     EXPECT_EQ((filter.operator->()->*side->put_algorithm)(nullptr), kAlgorithmNotFound);
   }
 }
