@@ -1,5 +1,7 @@
 #include "stream_transfer.h"
 
+#include <cstring>
+
 namespace mirolta {
 
 HRESULT ReadFrom(IStream* source, void* bytes, ULONG count, ULONG* done) {
@@ -25,14 +27,17 @@ HRESULT SendQueue(ByteBuffer& queue, IStream* target) {
 }
 
 PassedBytes::~PassedBytes() {
-  // The rest of a large request that met a short stream was never touched, and need not be.
-  if (data_ != nullptr) WipeMemory(data_, count_);
+  // All of it: a source may write more than it reports.
+  if (data_ != nullptr) WipeMemory(data_, size_);
   delete[] data_;
 }
 
 HRESULT PassedBytes::Fill(IStream* source, ULONG count) {
-  data_ = NewArray<uint8_t>(count != 0 ? CheckedSize(count) : SizeConstant(1));
+  const ULONG size = count != 0 ? count : 1;
+  data_ = NewArray<uint8_t>(CheckedSize(size));
   if (data_ == nullptr) return E_OUTOFMEMORY;
+  std::memset(data_, 0, size);
+  size_ = size;
   return ReadFrom(source, data_, count, &count_);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 
 #include "byte_buffer.h"
 #include "platform.h"
@@ -19,7 +20,8 @@ HRESULT WriteTo(IStream* target, const void* bytes, ULONG count, ULONG* done);
 // Alias:  the queue stays as it is while the stream is called.
 HRESULT SendQueue(ByteBuffer& queue, IStream* target);
 
-// PassedBytes holds the bytes of one transfer on their way through a filter, and wipes them.
+// PassedBytes holds the bytes of one transfer on their way through a filter, and wipes them. Bytes
+// that the source reports and never wrote are zeros.
 class PassedBytes {
  public:
   PassedBytes() = default;
@@ -36,6 +38,7 @@ class PassedBytes {
 
  private:
   uint8_t* data_ = nullptr;
+  ULONG size_ = 0;
   ULONG count_ = 0;
 };
 
@@ -54,7 +57,8 @@ struct CopyTotals {
 
 // CopyPieces reads up to count bytes from source, a piece at a time, and has each taken by
 // `take(piece, length, &written)`. It ends early after a piece without bytes and after one of which
-// nothing was written. A piece that is written in part is not written again.
+// nothing was written. A piece that is written in part is not written again. Bytes that the source
+// reports and never wrote are zeros.
 // Returns: the status of the last read or take, so any success when all went well.
 // Errors:  a failing read's, with the bytes got in the totals all the same; a failing take's.
 template <typename Take>
@@ -63,6 +67,7 @@ HRESULT CopyPieces(IStream* source, ULONGLONG count, CopyTotals* totals, Take ta
   HRESULT status = S_OK;
   while (count != 0) {
     ULONG got = 0;
+    std::memset(piece, 0, sizeof piece);
     const ULONG wanted = static_cast<ULONG>(std::min<ULONGLONG>(count, kCopyPiece));
     status = ReadFrom(source, piece, wanted, &got);
     totals->read += got;

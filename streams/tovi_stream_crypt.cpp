@@ -1,5 +1,7 @@
 #include "tovi_stream_crypt.h"
 
+#include <cstring>
+
 #include "instance_creators.h"
 #include "key_conversion.h"
 #include "stream_transfer.h"
@@ -162,6 +164,20 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_WritePadType(LONG value) {
   return PutPadType(write_, value);
 }
 
+namespace {
+
+// By way of memory of its own: what a failing stream writes does not reach the caller.
+HRESULT ReadPlain(IStream* target, void* bytes, ULONG count, ULONG* moved) {
+  PassedBytes taken;
+  const HRESULT status = taken.Fill(target, count);
+  if (FAILED(status)) return status;
+  if (taken.Count() != 0) std::memcpy(bytes, taken.Data(), taken.Count());
+  *moved = taken.Count();
+  return status;
+}
+
+}  // namespace
+
 // Takes up to count bytes into the engine, unless draining, and hands out up to count bytes of what
 // has come out of it. A stream without bytes gets its status returned, whatever is still queued.
 HRESULT ToviStreamCrypt::ReadThroughEngine(IStream* target, uint8_t* bytes, ULONG count,
@@ -185,8 +201,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::Read(void* bytes, ULONG count, ULONG*
     HRESULT status = count != 0 ? S_FALSE : S_OK;
     if (target != nullptr) {
       if (read_.Engine() == nullptr) {
-        status = ReadFrom(target, bytes, count, &moved);
-        if (FAILED(status)) moved = 0;
+        status = ReadPlain(target, bytes, count, &moved);
       } else if (read_.LacksKey()) {
         status = E_UNEXPECTED;
       } else {

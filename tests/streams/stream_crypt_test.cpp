@@ -291,6 +291,56 @@ TEST_F(StreamCryptTest, AFailingReadCountsNothing) {
   }
 }
 
+TEST_F(StreamCryptTest, AFailingReadLeavesTheBufferAlone) {
+  Bind();
+  target.content = Pattern(64);
+  target.failing_read = 1;
+  target.moved_by_failure = 3;
+  const Bytes before(32, 0x5A);
+  Bytes bytes = before;
+  ULONG count = kUntouched;
+  EXPECT_EQ(Stream()->Read(bytes.data(), 32, &count), kStreamFailure);
+  EXPECT_EQ(bytes, before);
+  // Nor does a short read touch what is behind its bytes.
+  target.largest_read = 4;
+  EXPECT_EQ(Stream()->Read(bytes.data(), 32, &count), S_FALSE);
+  EXPECT_EQ(count, 4u);
+  EXPECT_EQ(Slice(bytes, 0, 4), Slice(target.content, 3, 4));
+  EXPECT_EQ(Slice(bytes, 4, 28), Slice(before, 4, 28));
+}
+
+// A stream that claims bytes it never wrote: zeros stand for them, not what the memory held before.
+TEST_F(StreamCryptTest, BytesClaimedButNeverWrittenAreZeros) {
+  Bind();
+  const Bytes zeros(1024);
+  for (const bool with_engine : {false, true}) {
+    if (with_engine) {
+      Choose(kReading);
+      Encrypting();
+    }
+    const auto expected = [&](const Bytes& plain) {
+      return with_engine ? PeerAes(kKey, plain, true) : plain;
+    };
+    target.excess_report = 1024;
+    // Blocks of the heap that held something else last.
+    for (int i = 0; i < 8; ++i) const std::vector<uint8_t> used(1024, 0xEE);
+    EXPECT_EQ(ReadOnce(Stream(), 1024, with_engine ? S_OK : S_FALSE), expected(zeros));
+    ScriptedStream sink;
+    EXPECT_EQ(Stream()->CopyTo(&sink, Large(2048), nullptr, nullptr), S_OK);
+    EXPECT_EQ(sink.content, expected(Bytes(2048)));
+    // What a piece holds that was read before does not come twice either.
+    target.content = Pattern(1024);
+    target.position = 0;
+    sink.content.clear();
+    EXPECT_EQ(Stream()->CopyTo(&sink, Large(2048), nullptr, nullptr), S_OK);
+    Bytes once = Pattern(1024);
+    once.resize(2048);
+    EXPECT_EQ(sink.content, expected(once));
+    target.content.clear();
+    target.position = 0;
+  }
+}
+
 TEST_F(StreamCryptTest, ReadingGivesWholeBlocksAndDrainsAfterFinalize) {
   Bind();
   target.content = Pattern(20);
