@@ -26,9 +26,9 @@ HRESULT ToviStreamCrypt::ChooseAlgorithm(CipherSide& side, BSTR name) {
 
 HRESULT ToviStreamCrypt::ChooseKey(const CipherSide& side, const VARIANT& key) {
   if (side.Engine() == nullptr) return Raise(kMessageNotInitialized);
-  const PlainKey plain(key);
+  const PlainKey plain(*side.Engine(), key, code_page());
   if (side.Engine() == nullptr) return Raise(kMessageNotInitialized);
-  return plain.GiveTo(*side.Engine(), code_page());
+  return plain.GiveTo(*side.Engine());
 }
 
 HRESULT ToviStreamCrypt::GetAlgorithm(const CipherSide& side, BSTR* name) {

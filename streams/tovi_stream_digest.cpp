@@ -41,10 +41,9 @@ HRESULT ToviStreamDigest::GetKey(const DigestSide& side, VARIANT* key) {
 
 HRESULT ToviStreamDigest::PutKey(const DigestSide& side, const VARIANT& key) {
   return Frame([&] {
-    return WithEngine(side, [&](HashEngine&) {
-      const PlainKey plain(key);
-      return WithEngine(side,
-                        [&](HashEngine& engine) { return plain.GiveTo(engine, code_page()); });
+    return WithEngine(side, [&](HashEngine& before) {
+      const PlainKey plain(before, key, code_page());
+      return WithEngine(side, [&](HashEngine& engine) { return plain.GiveTo(engine); });
     });
   });
 }

@@ -17,10 +17,27 @@ bool HoldsNothing(const SAFEARRAY* array) {
 
 }  // namespace
 
+const VARIANT& Referent(const VARIANT& value) noexcept {
+  const bool refers = V_VT(&value) == (VT_BYREF | VT_VARIANT) && V_VARIANTREF(&value) != nullptr;
+  return refers ? *V_VARIANTREF(&value) : value;
+}
+
+SAFEARRAY* PassingArray(const VARIANT& value) noexcept {
+  const VARTYPE type = V_VT(&value);
+  if (!PassesAsByteArray(static_cast<VARTYPE>(type & ~VT_BYREF))) return nullptr;
+  if ((type & VT_BYREF) == 0) return V_ARRAY(&value);
+  return V_ARRAYREF(&value) != nullptr ? *V_ARRAYREF(&value) : nullptr;
+}
+
+bool LacksData(const SAFEARRAY* array) noexcept {
+  return array->pvData == nullptr && array->cDims != 0 && !HoldsNothing(array);
+}
+
 HRESULT ArrayByteCount(SAFEARRAY* array, uint32_t* count) noexcept {
   if (count == nullptr) return E_POINTER;
   *count = 0;
   if (array == nullptr) return E_POINTER;
+  if (LacksData(array)) return E_INVALIDARG;
   LONG lower = 0;
   LONG upper = 0;
   HRESULT status = SafeArrayGetLBound(array, 1, &lower);

@@ -7,29 +7,15 @@ namespace mirolta {
 
 namespace {
 
-// Follows a reference to a value as the platform's copy does: once.
-const VARIANT& Referent(const VARIANT& value) {
-  const bool refers = V_VT(&value) == (VT_BYREF | VT_VARIANT) && V_VARIANTREF(&value) != nullptr;
-  return refers ? *V_VARIANTREF(&value) : value;
-}
-
-// The array that the value is or refers to, if its type without the reference passes the test;
-// null for anything that the platform's copy might refuse, which the copying path then reports.
-template <typename Test>
-SAFEARRAY* StandingArray(const VARIANT& value, Test is_taken) {
-  const VARTYPE type = V_VT(&value);
-  if (!is_taken(static_cast<VARTYPE>(type & ~VT_BYREF))) return nullptr;
-  SAFEARRAY* array = nullptr;
-  if ((type & VT_BYREF) == 0) {
-    array = V_ARRAY(&value);
-  } else if (V_ARRAYREF(&value) != nullptr) {
-    array = *V_ARRAYREF(&value);
-  }
+// An array to be borrowed; null for anything that the copying path might refuse, which then says
+// so.
+SAFEARRAY* StandingArray(const VARIANT& value) {
+  SAFEARRAY* const array = PassingArray(value);
   return array != nullptr && SafeArrayGetDim(array) > 0 ? array : nullptr;
 }
 
-bool IsByteArray(VARTYPE type) {
-  return type == kByteArrayType;
+bool IsByteArray(const VARIANT& value) {
+  return (V_VT(&value) & ~VT_BYREF) == kByteArrayType;
 }
 
 }  // namespace
@@ -84,7 +70,8 @@ HRESULT ByteView::OwnCopy(VARIANT* copy, LONG code_page) noexcept {
 // Byte arrays and texts need no copy of the value; false for anything else.
 bool ByteView::OpenInPlace(const VARIANT& value, LONG code_page, HRESULT* status) noexcept {
   const VARIANT& standing = Referent(value);
-  if (SAFEARRAY* const array = StandingArray(standing, IsByteArray); array != nullptr) {
+  SAFEARRAY* const array = IsByteArray(standing) ? StandingArray(standing) : nullptr;
+  if (array != nullptr) {
     *status = Borrow(array);
     return true;
   }
@@ -126,7 +113,7 @@ HRESULT ByteView::OpenUnresolved(const VARIANT& value, LONG code_page) noexcept 
 
 HRESULT ByteView::OpenByteArray(const VARIANT& value) noexcept {
   Close();
-  SAFEARRAY* const array = StandingArray(Referent(value), PassesAsByteArray);
+  SAFEARRAY* const array = StandingArray(Referent(value));
   if (array != nullptr) return Borrow(array);
   const HRESULT status = VariantToByteArrayBytes(value, &owned_);
   data_ = owned_.Data();

@@ -33,13 +33,19 @@ HRESULT KeyFromCharacterSet(const OLECHAR* text, UINT character_set, ByteString*
 
 }  // namespace
 
-HRESULT KeyFromVariant(const VARIANT& value, LONG code_page, ByteString* key) noexcept {
+HRESULT KeyFromVariant(const VARIANT& value, LONG code_page, ByteString* key,
+                       KeyArrays arrays) noexcept {
   if (key == nullptr) return E_POINTER;
   key->Clear();
   OwnedVariant copy;
-  HRESULT status = VariantCopyInd(copy.Get(), &value);
+  HRESULT status = CopyReferent(value, copy.Get());
   if (FAILED(status)) return status;
-  if (copy.Type() == kByteArrayType) return SafeArrayToBytes(V_ARRAY(copy.Get()), key);
+  if (copy.Type() == kByteArrayType) {
+    SAFEARRAY* const array = V_ARRAY(copy.Get());
+    const bool one_dimension = array == nullptr || SafeArrayGetDim(array) == 1;
+    if (arrays == KeyArrays::kOneDimension && !one_dimension) return DISP_E_TYPEMISMATCH;
+    return SafeArrayToBytes(array, key);
+  }
   status = CoerceToText(copy.Get());
   if (FAILED(status)) return status;
   const BSTR text = V_BSTR(copy.Get());
@@ -49,10 +55,10 @@ HRESULT KeyFromVariant(const VARIANT& value, LONG code_page, ByteString* key) no
                              key);
 }
 
-PlainKey::PlainKey(const VARIANT& value) noexcept : read_(VariantCopyInd(value_.Get(), &value)) {
+void PlainKey::Read(const VARIANT& value) noexcept {
+  read_ = CopyReferent(value, value_.Get());
   const bool is_object = value_.Type() == VT_DISPATCH || value_.Type() == VT_UNKNOWN;
   if (SUCCEEDED(read_) && is_object) read_ = CoerceToText(value_.Get());
-  if (FAILED(read_)) V_VT(value_.Put()) = VT_NULL;
 }
 
 }  // namespace mirolta

@@ -20,7 +20,7 @@ HRESULT VariantToByteArrayBytes(const VARIANT& input, ByteString* out) noexcept 
   if (out == nullptr) return E_POINTER;
   out->Clear();
   OwnedVariant value;
-  const HRESULT status = VariantCopyInd(value.Get(), &input);
+  const HRESULT status = CopyReferent(input, value.Get());
   if (FAILED(status)) return status;
   if (value.Type() == VT_EMPTY) return S_OK;
   if (!PassesAsByteArray(value.Type())) return DISP_E_TYPEMISMATCH;

@@ -16,8 +16,8 @@ namespace mirolta {
 HRESULT VariantToBytes(const VARIANT& input, LONG code_page, ByteString* out) noexcept;
 
 // VariantToByteArrayBytes takes byte arrays and, as no bytes, VT_EMPTY; objects are not resolved.
-// The type is tested by mask: arrays of VT_UI4, VT_UI8 and VT_UINT pass as well, giving as many
-// bytes as they have elements.
+// The type is tested by PassesAsByteArray; other elements than bytes give as many bytes as there
+// are elements.
 // Errors: E_POINTER for a null out; a failed copy's status; DISP_E_TYPEMISMATCH for any other type
 //         and for a null array; those of SafeArrayToBytes. *out is empty on failure.
 HRESULT VariantToByteArrayBytes(const VARIANT& input, ByteString* out) noexcept;
@@ -27,10 +27,5 @@ HRESULT VariantToByteArrayBytes(const VARIANT& input, ByteString* out) noexcept;
 // CoerceToText turns *value into its text in place, with the platform's standard coercion.
 // Errors: the platform's status; *value is unchanged then.
 HRESULT CoerceToText(VARIANT* value) noexcept;
-
-// PassesAsByteArray is that test by mask.
-constexpr bool PassesAsByteArray(VARTYPE type) noexcept {
-  return (type & kByteArrayType) == kByteArrayType;
-}
 
 }  // namespace mirolta

@@ -1,5 +1,6 @@
 #include "value_resolution.h"
 
+#include "array_bytes.h"
 #include "owned_value.h"
 
 namespace mirolta {
@@ -23,13 +24,18 @@ HRESULT ReadDefaultValue(const VARIANT& value, VARIANT* out) {
 
 }  // namespace
 
+HRESULT CopyReferent(const VARIANT& value, VARIANT* out) noexcept {
+  const SAFEARRAY* const array = PassingArray(Referent(value));
+  return array != nullptr && LacksData(array) ? E_INVALIDARG : VariantCopyInd(out, &value);
+}
+
 HRESULT ResolveValue(const VARIANT* input, VARIANT* out, CountsAsEmpty counts_as_empty) noexcept {
   if (out == nullptr) return E_POINTER;
   VariantInit(out);
   if (input == nullptr) return E_POINTER;
 
   OwnedVariant value;
-  HRESULT status = VariantCopyInd(value.Get(), input);
+  HRESULT status = CopyReferent(*input, value.Get());
   if (FAILED(status)) return status;
   for (int followed = 0; IsObject(value.Type()); ++followed) {
     if (followed == kMaximumDefaultValueChain) return DISP_E_TYPEMISMATCH;
@@ -44,7 +50,7 @@ HRESULT ResolveValue(const VARIANT* input, VARIANT* out, CountsAsEmpty counts_as
     }
     // Copied before the object goes: the value it gave may refer into it.
     OwnedVariant plain;
-    status = VariantCopyInd(plain.Get(), inner.Get());
+    status = CopyReferent(inner.Value(), plain.Get());
     if (FAILED(status)) return status;
     plain.MoveTo(value.Put());
   }

@@ -8,6 +8,11 @@ namespace mirolta {
 // Default values are followed through at most this many objects.
 constexpr int kMaximumDefaultValueChain = 64;
 
+// CopyReferent is the platform's VariantCopyInd into *out, which is empty, without arrays that pass
+// as byte arrays and lack data: what would stand for it is the platform's choice.
+// Errors: E_INVALIDARG for those; those of VariantCopyInd. *out stays empty.
+HRESULT CopyReferent(const VARIANT& value, VARIANT* out) noexcept;
+
 // Asked of an object whose default value cannot be read: true makes it count as VT_EMPTY.
 using CountsAsEmpty = bool (*)(IUnknown* object) noexcept;
 

@@ -71,6 +71,9 @@ class CipherEngine {
   // DecryptFinal returns S_FALSE if a partial block stays queued, else S_OK.
   [[nodiscard]] virtual HRESULT DecryptFinal();
 
+  // DropKey wipes the key and leaves the queues as they are.
+  void DropKey();
+
   // EncryptStraight and DecryptStraight are for an owner that has a place for the output of an
   // update with length bytes: the transform to run there instead of the update, without run where
   // the queues have a part in it.
@@ -100,7 +103,6 @@ class CipherEngine {
   virtual bool BuildSchedule(const uint8_t* key, uint32_t length) = 0;
   virtual void WipeSchedule() = 0;
 
-  void DropKey();
   // The transform of a direction; without a key, one that cannot run.
   BlockTransform Keyed(const BlockTransform& transform) const;
   BlockTransform Straight(const BlockTransform& transform, CipherChannel& channel,

@@ -43,7 +43,7 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Init(VARIANT vAlg) {
   return Frame([&]() -> HRESULT {
     DropEngine();
     OwnedVariant name;
-    HRESULT status = VariantCopyInd(name.Get(), &vAlg);
+    HRESULT status = CopyReferent(vAlg, name.Get());
     if (SUCCEEDED(status)) status = CoerceToText(name.Get());
     // Again: reading an object runs the caller's code, which may have called Init.
     DropEngine();
@@ -65,8 +65,8 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_Key(VARIANT* key) {
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_Key(VARIANT key) {
   return Frame([&] {
     return WithEngine([&] {
-      const PlainKey plain(key);
-      return WithEngine([&] { return plain.GiveTo(*engine_, code_page_); });
+      const PlainKey plain(*engine_, key, code_page_);
+      return WithEngine([&] { return plain.GiveTo(*engine_); });
     });
   });
 }

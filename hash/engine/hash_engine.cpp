@@ -94,7 +94,7 @@ HRESULT HashEngine::FinalKeyed(const HashChain& outer) noexcept {
 
 HRESULT HashEngine::SetKey(const VARIANT& key, LONG code_page) noexcept {
   DropKey();
-  const HRESULT status = KeyFromVariant(key, code_page, &key_);
+  const HRESULT status = KeyFromVariant(key, code_page, &key_, KeyArrays::kOneDimension);
   return FAILED(status) ? status : BeginKeyed();
 }
 

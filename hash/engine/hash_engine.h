@@ -62,6 +62,9 @@ class HashEngine {
   virtual HRESULT Start() noexcept;
   virtual HRESULT Finish() noexcept;
 
+  // DropKey wipes the key. The computation goes on as it is, and ends as a plain one.
+  void DropKey() noexcept;
+
  protected:
   HashEngine() noexcept = default;
 
@@ -88,7 +91,6 @@ class HashEngine {
   HRESULT FillPaddedKey(uint8_t* padded_key) noexcept;
   HRESULT AbsorbPad(const uint8_t* padded_key, uint8_t pad_byte, HashChain* chain) noexcept;
   HRESULT PreparePads() noexcept;
-  void DropKey() noexcept;
 
   ByteString key_;
   Pads pads_ = {};

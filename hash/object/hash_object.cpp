@@ -118,8 +118,8 @@ HRESULT STDMETHODCALLTYPE HashObject::get_Key(VARIANT* key) {
 HRESULT STDMETHODCALLTYPE HashObject::put_Key(VARIANT key) {
   return Frame([&] {
     return WithEngine([&] {
-      const PlainKey plain(key);
-      return WithEngine([&] { return plain.GiveTo(*engine_, code_page_); });
+      const PlainKey plain(*engine_, key, code_page_);
+      return WithEngine([&] { return plain.GiveTo(*engine_); });
     });
   });
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "key_conversion.h"
 #include "memory_watch.h"
 #include "owned_value.h"
 #include "portable/test_hooks.h"
@@ -45,6 +46,33 @@ TEST(ByteView, GivesWhatTheCopyingConversionsGive) {
   view.Close();
   EXPECT_EQ(values.array_->parray->cLocks, 0u);
   EXPECT_EQ(values.words_->parray->cLocks, 0u);
+}
+
+TEST(ByteView, ArraysWithoutDataAreRefusedEverywhere) {
+  ValueCases values;
+  int hollow = 0;
+  for (const auto& row : values.All()) {
+    if (row.name.find("without data") == row.name.npos) continue;
+    const bool words = row.name.find("words") != row.name.npos;
+    const bool behind_object = row.name.find("object") != row.name.npos;
+    ++hollow;
+    ByteView view;
+    const HRESULT refused = E_INVALIDARG;
+    EXPECT_EQ(view.Open(row.value, 0), refused) << row.name;
+    EXPECT_EQ(view.Data(), nullptr);
+    EXPECT_EQ(view.OpenUnresolved(row.value, 0), refused) << row.name;
+    EXPECT_EQ(view.OpenByteArray(row.value), behind_object ? DISP_E_TYPEMISMATCH : refused);
+    ByteString bytes;
+    EXPECT_EQ(VariantToBytes(row.value, 0, &bytes), refused) << row.name;
+    EXPECT_EQ(VariantToByteArrayBytes(row.value, &bytes),
+              behind_object ? DISP_E_TYPEMISMATCH : refused);
+    if (words || behind_object) continue;
+    EXPECT_EQ(KeyFromVariant(row.value, 0, &bytes), refused) << row.name;
+    EXPECT_FALSE(bytes.IsPresent());
+    EXPECT_EQ(SafeArrayToBytes(values.hollow_->parray, &bytes), refused);
+  }
+  EXPECT_EQ(hollow, 5);
+  EXPECT_EQ(values.hollow_->parray->cLocks, 0u);
 }
 
 TEST(ByteView, UnresolvedTakesByteArraysFromTheValueAsGiven) {

@@ -34,6 +34,23 @@ TEST(KeyFromVariant, ByteArraysAreTakenAsTheyAre) {
   }
 }
 
+TEST(KeyFromVariant, OfTwoDimensionsOnlyWhereThatIsAllowed) {
+  SAFEARRAYBOUND bounds[] = {{4, 0}, {2, 0}};
+  TestValue array(VT_ARRAY | VT_UI1);
+  array->parray = SafeArrayCreate(VT_UI1, 2, bounds);
+  std::memcpy(array->parray->pvData, "12345678", 8);
+  ByteString key;
+  for (const VARIANT& value :
+       {static_cast<const VARIANT&>(array), ReferenceTo(VT_ARRAY | VT_UI1, &array->parray)}) {
+    EXPECT_EQ(KeyFromVariant(value, 0, &key, KeyArrays::kOneDimension), DISP_E_TYPEMISMATCH);
+    EXPECT_FALSE(key.IsPresent());
+    EXPECT_EQ(KeyFromVariant(value, 0, &key), S_OK);
+    EXPECT_EQ(Bytes(key.Data(), key.Data() + key.Count()), BytesOf("1234"));
+  }
+  EXPECT_EQ(KeyFromVariant(BytesValue({7}), 0, &key, KeyArrays::kOneDimension), S_OK);
+  EXPECT_EQ(key.Count(), 1u);
+}
+
 TEST(KeyFromVariant, NegativeCodePagesTakeUnitsLowByteFirst) {
   const TestValue text = TextValue(OLESTR("A\0\u20AC"));
   for (const LONG code_page : {-1, -2, INT32_MIN}) {

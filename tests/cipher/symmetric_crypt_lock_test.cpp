@@ -113,6 +113,24 @@ TEST_F(SymmetricCryptLockTest, ACallFromInsideMayTakeTheEngineAwayUnderAKey) {
   EXPECT_EQ(Key(), BytesOf("76543210"));
 }
 
+TEST_F(SymmetricCryptLockTest, TheOldKeyGoesBeforeTheNewOneIsReadAndTheCodePageIsTheCalls) {
+  StartDes();
+  Bytes seen;
+  CallingObject key(OLESTR("01234567"), [&] {
+    seen = Key();
+    EXPECT_EQ(Encrypt(BytesValue(Bytes(8))).status, kNotInitialized);
+    EXPECT_EQ(crypt->put_codePage(-1), S_OK);
+  });
+  EXPECT_EQ(crypt->put_Key(ObjectValue(&key)), S_OK);
+  EXPECT_EQ(seen, BytesOf("(none)"));
+  EXPECT_EQ(Key(), BytesOf("01234567"));
+  // One rule for keys and data.
+  StartDes();
+  EXPECT_EQ(crypt->put_codePage(0), S_OK);
+  CallingObject data(OLESTR("Now is t"), [&] { EXPECT_EQ(crypt->put_codePage(-1), S_OK); });
+  EXPECT_EQ(Good(Encrypt(ObjectValue(&data))), BytesOfHex(kDesCipher));
+}
+
 TEST_F(SymmetricCryptLockTest, ACallFromInsideMayInitUnderInit) {
   StartAes();
   CallingObject unknown(OLESTR("none"), [&] {

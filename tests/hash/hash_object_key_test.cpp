@@ -1,4 +1,5 @@
 // HashObject with a key: HMAC, and how keys come, stay and go.
+#include "calling_object.h"
 #include "hash_object_fixture.h"
 #include "memory_watch.h"
 
@@ -140,6 +141,44 @@ TEST_F(HashObjectKeyTest, KeysThatCannotBeReadLeaveNone) {
   EXPECT_EQ(PutKey(""), E_UNEXPECTED);
   EXPECT_EQ(Key(), BytesOf("(none)"));
   EXPECT_FALSE(TakeError().published);
+}
+
+TEST_F(HashObjectKeyTest, AByteArrayOfTwoDimensionsIsNoKey) {
+  SAFEARRAYBOUND bounds[] = {{4, 0}, {4, 0}};
+  TestValue key(VT_ARRAY | VT_UI1);
+  key->parray = SafeArrayCreate(VT_UI1, 2, bounds);
+  ASSERT_EQ(PutKey("Jefe"), S_OK);
+  EXPECT_EQ(hash->put_Key(key), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Key(), BytesOf("(none)"));
+}
+
+// The old key goes before the new one is read, and the code page is the one at the call.
+TEST_F(HashObjectKeyTest, WhatAKeyObjectSeesAndChanges) {
+  ASSERT_EQ(PutKey("Jefe"), S_OK);
+  ASSERT_EQ(hash->put_codePage(1252), S_OK);
+  Bytes seen;
+  CallingObject object([&] {
+    seen = Key();
+    EXPECT_EQ(hash->put_codePage(-1), S_OK);
+  });
+  TestValue key = ObjectValue(&object);
+  ASSERT_EQ(hash->put_Key(key), S_OK);
+  EXPECT_EQ(seen, BytesOf("(none)"));
+  EXPECT_EQ(Key(), BytesOf("abc"));
+  // The same for data.
+  ASSERT_EQ(hash->ResetKey(), S_OK);
+  ASSERT_EQ(hash->put_codePage(1252), S_OK);
+  ASSERT_EQ(Data(key), S_OK);
+  EXPECT_EQ(Value(), kAbcMd5);
+  // A key that is set from inside is replaced, one that then cannot be read leaves none.
+  CallingObject sets([&] { EXPECT_EQ(PutKey("inner"), S_OK); });
+  key = ObjectValue(&sets);
+  ASSERT_EQ(hash->put_codePage(0), S_OK);
+  ASSERT_EQ(hash->put_Key(key), S_OK);
+  EXPECT_EQ(Key(), BytesOf("abc"));
+  sets.status = E_ACCESSDENIED;
+  EXPECT_EQ(hash->put_Key(key), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Key(), BytesOf("(none)"));
 }
 
 TEST_F(HashObjectKeyTest, KeysAreWipedBeforeTheirMemoryGoes) {

@@ -206,6 +206,26 @@ TEST_F(StreamCryptTest, AKeyThatIsAnObjectMayCallBack) {
   }
 }
 
+TEST_F(StreamCryptTest, TheOldKeyGoesBeforeTheNewOneIsRead) {
+  for (const Direction* side : kDirections) {
+    Choose(*side, OLESTR("DES"), Pattern(8));
+    EXPECT_EQ(filter->put_codePage(1252), S_OK);
+    int calls = 0;
+    TextObject object(OLESTR("eightchr"), [&] {
+      ++calls;
+      OwnedVariant key;
+      EXPECT_EQ((F()->*side->get_key)(key.Put()), S_OK);
+      EXPECT_EQ(key.Type(), VT_EMPTY);
+      EXPECT_EQ(filter->put_codePage(-1), S_OK);
+    });
+    EXPECT_EQ((F()->*side->put_key)(object.Value()), S_OK);
+    EXPECT_EQ(calls, 1);
+    OwnedVariant key;
+    EXPECT_EQ((F()->*side->get_key)(key.Put()), S_OK);
+    EXPECT_EQ(FromArray(key.Value()), FromText("eightchr"));
+  }
+}
+
 TEST_F(StreamCryptTest, DirectionsAndPadsAreKeptAsGiven) {
   for (const Direction* side : kDirections) {
     for (const VARIANT_BOOL given : {VARIANT_TRUE, VARIANT_BOOL{0}, VARIANT_BOOL{321}}) {

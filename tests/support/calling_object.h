@@ -26,10 +26,13 @@ class CallingObject final : public IDispatch {
   HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
                                    EXCEPINFO*, UINT*) override {
     call_();
+    if (FAILED(status)) return status;
     V_VT(result) = VT_BSTR;
     result->bstrVal = SysAllocString(OLESTR("abc"));
     return S_OK;
   }
+
+  HRESULT status = S_OK;  // of reading the value
 
  private:
   std::function<void()> call_;
