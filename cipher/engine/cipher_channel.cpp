@@ -39,12 +39,10 @@ HRESULT CipherChannel::Update(const BlockTransform& transform, const uint8_t* da
   return TransformQueued(transform);
 }
 
-bool CipherChannel::PassesStraight(uint32_t block_size, uint32_t length) noexcept {
-  const uint32_t block_count = WholeBlocks(length, block_size);
-  if (length == 0 || length != block_count * block_size) return false;
-  if (in_.Length() != 0 || out_.Length() != 0 || length > in_.Maximum()) return false;
-  if (in_.Capacity() < block_size) return false;
-  return ReserveBlocks(block_size, block_count) == block_count;
+bool CipherChannel::PassesStraight(uint32_t block_size, uint32_t length) const noexcept {
+  if (length == 0 || length != WholeBlocks(length, block_size) * block_size) return false;
+  if (in_.Length() != 0 || out_.Length() != 0) return false;
+  return length <= in_.Maximum();  // the output queue's too
 }
 
 bool CipherChannel::Append(const uint8_t* data, uint32_t length) noexcept {

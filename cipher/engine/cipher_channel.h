@@ -32,10 +32,10 @@ class CipherChannel {
   [[nodiscard]] HRESULT Update(const BlockTransform& transform, const uint8_t* data,
                                uint32_t length) noexcept;
 
-  // PassesStraight tells whether Update with length bytes would put just their blocks into the
-  // output queue and change nothing else: nothing waits in either queue, there are whole blocks
-  // only, and each queue may hold them. The output queue makes room for them as Update would.
-  bool PassesStraight(uint32_t block_size, uint32_t length) noexcept;
+  // PassesStraight tells whether Update with length bytes would, given memory, put just their blocks
+  // into the output queue and change nothing else: nothing waits in either queue, there are whole
+  // blocks only, and each queue may hold them.
+  bool PassesStraight(uint32_t block_size, uint32_t length) const noexcept;
 
   // Append adds data[length] to what waits, without transforming; false and no change on failure.
   [[nodiscard]] bool Append(const uint8_t* data, uint32_t length) noexcept;

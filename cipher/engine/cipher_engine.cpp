@@ -111,7 +111,7 @@ BlockTransform CipherEngine::DecryptStraight(uint32_t length) noexcept {
   return Straight(decryption_, decrypt_, length);
 }
 
-BlockTransform CipherEngine::Straight(const BlockTransform& transform, CipherChannel& channel,
+BlockTransform CipherEngine::Straight(const BlockTransform& transform, const CipherChannel& channel,
                                       uint32_t length) const {
   BlockTransform keyed = Keyed(transform);
   if (keyed.run != nullptr && !channel.PassesStraight(keyed.block_size, length)) {

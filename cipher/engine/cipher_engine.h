@@ -76,7 +76,7 @@ class CipherEngine {
 
   // EncryptStraight and DecryptStraight are for an owner that has a place for the output of an
   // update with length bytes: the transform to run there instead of the update, without run where
-  // the queues have a part in it.
+  // the queues have a part in it. The queues need no memory then.
   BlockTransform EncryptStraight(uint32_t length) noexcept;
   BlockTransform DecryptStraight(uint32_t length) noexcept;
 
@@ -105,7 +105,7 @@ class CipherEngine {
 
   // The transform of a direction; without a key, one that cannot run.
   BlockTransform Keyed(const BlockTransform& transform) const;
-  BlockTransform Straight(const BlockTransform& transform, CipherChannel& channel,
+  BlockTransform Straight(const BlockTransform& transform, const CipherChannel& channel,
                           uint32_t length) const;
 
   ByteString key_;
