@@ -101,7 +101,8 @@ bool IsSensible(HRESULT status) {
                                 E_UNEXPECTED,
                                 E_OUTOFMEMORY,
                                 E_INVALIDARG,
-                                E_ACCESSDENIED,  // the failing object's own
+                                E_ACCESSDENIED,    // the failing object's own
+                                DISP_E_EXCEPTION,  // of a number whose text cannot be read
                                 DISP_E_TYPEMISMATCH,
                                 DISP_E_OVERFLOW,
                                 DISP_E_BADVARTYPE,

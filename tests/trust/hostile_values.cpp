@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
+#include "instance_creators.h"
 #include "member_calls.h"
 
 namespace mirolta::test {
@@ -38,6 +40,7 @@ HostileValues::HostileValues()
 HostileValues::~HostileValues() {
   V_VT(&itself_.value) = VT_EMPTY;
   SafeArrayUnlock(locked_);
+  hollow_->pvData = hollow_data_;
   for (VARIANT& value : owned_) VariantClear(&value);
 }
 
@@ -189,6 +192,11 @@ void HostileValues::AddArrays() {
   locked_ = locked.parray;
   SafeArrayLock(locked_);
   Add("bytes-locked", locked);
+  // The descriptor counts elements and points to no data.
+  VARIANT& hollow = OwnArray(VT_UI1, {{16, 0}});
+  hollow_ = hollow.parray;
+  hollow_data_ = std::exchange(hollow_->pvData, nullptr);
+  AddBoth("bytes-hollow", hollow);
   for (const auto& [name, type] : std::initializer_list<std::pair<const char*, VARTYPE>>{
            {"i1s", VT_I1},           {"i2s", VT_I2},
            {"ui2s", VT_UI2},         {"i4s", VT_I4},
@@ -217,6 +225,12 @@ void HostileValues::AddObjects() {
   AddBoth("unknown-text", object(with_text_, VT_UNKNOWN));
   AddBoth("object-null", Own(VT_DISPATCH));
   AddBoth("unknown-null", Own(VT_UNKNOWN));
+  // A number that holds zero, whose default value cannot be read.
+  void* zero = nullptr;
+  if (CreatePexBigNumber(nullptr, IID_IDispatch, &zero) != S_OK) std::abort();
+  VARIANT& number = Own(VT_DISPATCH);
+  number.pdispVal = static_cast<IDispatch*>(zero);
+  Add("number-zero", number);
   Add("object-failing", object(failing_, VT_DISPATCH));
   Add("object-itself", object(itself_, VT_DISPATCH));
   Add("unknown-without-dispatch", object(without_dispatch_, VT_UNKNOWN));

@@ -56,6 +56,8 @@ class HostileValues {
   FakeObject itself_;
   FakeObject without_dispatch_;
   SAFEARRAY* locked_ = nullptr;
+  SAFEARRAY* hollow_ = nullptr;
+  void* hollow_data_ = nullptr;
 };
 
 }  // namespace mirolta::test
