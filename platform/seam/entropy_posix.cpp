@@ -1,10 +1,36 @@
+#include <pthread.h>
 #include <sys/random.h>
 
+#include <atomic>
 #include <cerrno>
 
 #include "seam/random.h"
 
 namespace mirolta {
+
+namespace {
+
+// Zero until forks are watched.
+std::atomic<uint32_t> forks{0};
+
+void CountFork() {
+  forks.fetch_add(1, std::memory_order_relaxed);
+}
+
+}  // namespace
+
+uint32_t ForkCount() noexcept {
+  return forks.load(std::memory_order_relaxed);
+}
+
+bool WatchForks() noexcept {
+  if (ForkCount() != 0) return true;
+  // Two threads may both come here: a fork then counts twice.
+  if (pthread_atfork(nullptr, nullptr, CountFork) != 0) return false;
+  uint32_t unwatched = 0;
+  forks.compare_exchange_strong(unwatched, 1);
+  return true;
+}
 
 bool SystemEntropy(uint8_t* bytes, uint32_t count) noexcept {
   while (count > 0) {

@@ -1,41 +1,18 @@
 #include "platform.h"
+#include "seam/entropy_generator.h"
 
 namespace mirolta {
 
 namespace {
 
-constexpr uint32_t kPoolSize = 256;
-
-// A pool of entropy and the state of the seed's own sequence, one a thread.
-struct Generator {
-  uint32_t sequence;
-  uint32_t used;
-  uint8_t pool[kPoolSize];
-};
-
-thread_local Generator generator = {0, kPoolSize, {}};
+thread_local EntropyGenerator generator;
 
 bool SeedFromSystem(uint32_t seed) {
-  generator.sequence = seed;
-  generator.used = 0;
-  return SystemEntropy(generator.pool, kPoolSize);
+  return generator.Seed(seed);
 }
 
 uint32_t NextFromSystem() {
-  if (generator.used == kPoolSize) {
-    // A seed has succeeded before, so entropy is there; were it gone, a stale pool must not be used
-    // twice.
-    if (!SystemEntropy(generator.pool, kPoolSize)) __builtin_trap();
-    generator.used = 0;
-  }
-  uint32_t entropy = 0;
-  for (int i = 0; i < 4; ++i) {
-    entropy = entropy << 8 | generator.pool[generator.used];
-    generator.pool[generator.used++] = 0;
-  }
-  // Adding a known sequence takes nothing from the entropy's unpredictability.
-  generator.sequence = generator.sequence * 1664525u + 1013904223u;
-  return (entropy ^ generator.sequence >> 8) & 0x7FFFFFFFu;
+  return generator.Next();
 }
 
 constexpr RandomSource kSystemSource = {SeedFromSystem, NextFromSystem};

@@ -27,4 +27,9 @@ uint32_t ClockSeed() noexcept;
 // SystemEntropy fills bytes with the operating system's unpredictable bytes; false if it cannot.
 bool SystemEntropy(uint8_t* bytes, uint32_t count) noexcept;
 
+// WatchForks makes ForkCount another number in a child than in its parent; false if the system has no
+// room to note that. Once is enough. Where no process forks there is nothing to watch.
+bool WatchForks() noexcept;
+uint32_t ForkCount() noexcept;
+
 }  // namespace mirolta

@@ -1,5 +1,7 @@
 // The operations of the seam that no system header offers.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <set>
@@ -50,6 +52,26 @@ TEST(RandomSourceTest, EveryThreadHasItsOwnNumbers) {
   const std::vector<uint32_t> mine = Draw(1, 100);
   other.join();
   EXPECT_NE(mine, others);
+}
+
+// The system's own entropy and the system's own note of a fork.
+TEST(RandomSourceTest, AChildHasOtherNumbersThanItsParent) {
+  ASSERT_TRUE(CurrentRandomSource().seed(1));
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  constexpr size_t kCount = 8;
+  uint32_t numbers[kCount] = {};
+  const pid_t child = fork();
+  for (uint32_t& number : numbers) number = CurrentRandomSource().next();
+  if (child == 0) _exit(write(ends[1], numbers, sizeof numbers) == sizeof numbers ? 0 : 1);
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  uint32_t of_child[kCount] = {};
+  ASSERT_EQ(read(ends[0], of_child, sizeof of_child), static_cast<ssize_t>(sizeof of_child));
+  for (size_t i = 0; i < kCount; ++i) EXPECT_NE(numbers[i], of_child[i]) << i;
+  close(ends[0]);
+  close(ends[1]);
 }
 
 uint32_t seeded = 0;

@@ -1,0 +1,34 @@
+#include "seam/entropy_generator.h"
+
+#include "seam/random.h"
+
+namespace mirolta {
+
+bool EntropyGenerator::Fill() noexcept {
+  used_ = kPoolSize;
+  forks_ = ForkCount();
+  if (!SystemEntropy(pool_, kPoolSize)) return false;
+  used_ = 0;
+  return true;
+}
+
+bool EntropyGenerator::Seed(uint32_t seed) noexcept {
+  sequence_ = seed;
+  return WatchForks() && Fill();
+}
+
+uint32_t EntropyGenerator::Next() noexcept {
+  // A seed has succeeded before, so entropy is there; were it gone, a stale pool must not be used
+  // twice.
+  if ((used_ == kPoolSize || forks_ != ForkCount()) && !Fill()) __builtin_trap();
+  uint32_t entropy = 0;
+  for (int i = 0; i < 4; ++i) {
+    entropy = entropy << 8 | pool_[used_];
+    pool_[used_++] = 0;
+  }
+  // Adding a known sequence takes nothing from the entropy's unpredictability.
+  sequence_ = sequence_ * 1664525u + 1013904223u;
+  return (entropy ^ sequence_ >> 8) & 0x7FFFFFFFu;
+}
+
+}  // namespace mirolta
