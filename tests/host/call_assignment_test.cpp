@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <string>
+
+#include "generated_script.h"
+#include "script_engine.h"
 
 namespace mirolta {
 namespace {
@@ -30,6 +34,17 @@ TEST(CallAssignment, AssignmentsToCallsAreRewritten) {
       {"o.return(1) = 2", "o[\"return()=\"](1).value = 2"},
       {"if (x) o.T(1) = 2", "if (x) o[\"T()=\"](1).value = 2"},
       {"o.T(o.U(1) = 2) = 3", "o[\"T()=\"](o[\"U()=\"](1).value = 2).value = 3"},
+      {"if (a) (b)(c) = 1", "if (a) (b)[\"()=\"](c).value = 1"},
+      {"this(1) = 2", "this[\"()=\"](1).value = 2"},
+      {"o.if(1) = 2", "o[\"if()=\"](1).value = 2"},
+      {"[f](1) = 2", "[f][\"()=\"](1).value = 2"},
+      {"(function () {}(1)) (2) = 3", "(function () {}(1))[\"()=\"] (2).value = 3"},
+      {"x = {} / 2, o.T('/') = 1", "x = {} / 2, o[\"T()=\"]('/').value = 1"},
+      {"a = b\n/o.T(1) = 2/i", "a = b\n/o[\"T()=\"](1).value = 2/i"},
+      {"'a\\\r\n' + o.T('') = 2", "'a\\\r\n' + o[\"T()=\"]('').value = 2"},
+      {"// it's\ro.T(1) = '2'", "// it's\ro[\"T()=\"](1).value = '2'"},
+      {"// it's\xE2\x80\xA8o.T(1) = '2'", "// it's\xE2\x80\xA8o[\"T()=\"](1).value = '2'"},
+      {"<!-- it's\no.T(1) = '2'", "<!-- it's\no[\"T()=\"](1).value = '2'"},
   };
   for (const RewriteCase& one : kCases) {
     EXPECT_EQ(RewriteCallAssignments(one.script), one.rewritten) << one.script;
@@ -64,6 +79,41 @@ TEST(CallAssignment, OtherScriptsStayAsTheyAre) {
       "( ) ) ] } = 1",
       "return /x(1) = 2/",
       "1e+5.T",
+      // A parenthesis after one that holds no operand
+      "if (true) (a) = 1",
+      "for (i in x) (b.c) = i",
+      "for (;;) (b.c) = i",
+      "while (x) (a) = 1",
+      "with (x) (a) = 1",
+      "do (a) = 1; while (x) (b) = 2",
+      "if (x) y; else (a) = 1",
+      "if\xC2\xA0(x) (a) = 1",
+      "{ } (a) = 1",
+      "function f() { } (a) = 1",
+      "try { } catch (e) { } (a) = 1",
+      "if (x) [a[0]] = 1",
+      "x: for (;;) { break x\n(a) = 1 }",
+      "x: for (;;) { continue x\n(a) = 1 }",
+      "debugger\n(a) = 1",
+      "a++\n(b) = 1",
+      "switch (x) { case y: (a) = 1; default: (b) = 2 }",
+      "x ? (a) : (b) = 1",
+      "x: (a) = 1",
+      "x = { if: (a) = 1, get if() { (b) = 2 }, return: /(1)(2) = 3/ }",
+      // A slash after a brace or a word
+      "x = {} / 2; y = '/(1) = 2'",
+      "x = function () { } / 2; y = '/(1) = 2'",
+      "{ } /'/.test(y)",
+      "function f() { } /'/.test(y)",
+      "x = y.return / 2 + '/(1) = 2'",
+      "return\n{ } /'(1)(2) = 3/.test(y)",
+      "x = a\n++/x'/.lastIndex; '(1)(2) = 3'",
+      // Strings and comments that go on, or end early
+      "'a\\\r\no.T(1) = 2'",
+      "'a\\\no.T(1) = 2'",
+      "/* ' */ x = 'o.T(1) = 2'",
+      "x\n--> it's o.T(1) = 2",
+      "<!-- it's o.T(1) = 2",
   };
   for (const char* script : kScripts) EXPECT_EQ(RewriteCallAssignments(script), script) << script;
 }
@@ -74,6 +124,34 @@ TEST(CallAssignment, LineNumbersStay) {
   EXPECT_NE(rewritten, script);
   EXPECT_EQ(std::count(rewritten.begin(), rewritten.end(), '\n'),
             std::count(script.begin(), script.end(), '\n'));
+}
+
+// Scripts from the grammar, which knows what each parenthesis is.
+TEST(CallAssignment, GeneratedScriptsAreRewrittenAsTheyWereMeant) {
+  uint32_t state = 1;
+  const std::function<uint32_t(uint32_t)> choose = [&](uint32_t count) {
+    state = state * 1664525u + 1013904223u;
+    return (state >> 8) % count;
+  };
+  ScriptEngine engine;
+  std::string problem;
+  ASSERT_TRUE(engine.Start(&problem)) << problem;
+  int with_assignments = 0, without = 0;
+  for (int round = 0; round < 10000; ++round) {
+    state = static_cast<uint32_t>(round) * 2654435761u;
+    const test::GeneratedScript one = test::MakeScript(choose);
+    ASSERT_EQ(RewriteCallAssignments(one.script), one.rewritten) << round << ": " << one.script;
+    // What the host makes holds no more assignments to calls.
+    ASSERT_EQ(RewriteCallAssignments(one.rewritten), one.rewritten) << one.script;
+    ++(one.call_assignments != 0 ? with_assignments : without);
+    if (round % 8 != 0) continue;
+    ASSERT_EQ(duk_pcompile_lstring(engine.api(), 0, one.rewritten.data(), one.rewritten.size()), 0)
+        << duk_safe_to_string(engine.api(), -1) << "\n"
+        << one.rewritten;
+    duk_pop(engine.api());
+  }
+  EXPECT_GT(with_assignments, 1000);
+  EXPECT_GT(without, 1000);
 }
 
 // Whatever the bytes, it comes back and changes nothing but what it inserts.

@@ -1,0 +1,176 @@
+// The tokens and calls of scripts that others wrote, compared with those that an independent
+// parser finds, which the script engine itself runs.
+#include "script_tokens.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "call_assignment.h"
+#include "script_engine.h"
+
+namespace mirolta {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Debian packages of ES5 scripts, and how many of their files must be found to compile. Minified
+// files are there too, with few line breaks and semicolons left out.
+struct BodyRow {
+  const char* folder;
+  int least_files;
+};
+constexpr BodyRow kBodies[] = {
+    {"/usr/share/nodejs/esprima/dist", 1},
+    {"/usr/share/javascript/codemirror", 100},
+    {"/usr/share/javascript/jquery", 2},
+    {"/usr/share/javascript/lodash", 1},
+    {"/usr/share/javascript/moment", 50},
+    {"/usr/share/javascript/prototype", 1},
+    {"/usr/share/javascript/underscore", 1},
+};
+constexpr char kParser[] = "/usr/share/nodejs/esprima/dist/esprima.js";
+// The parser is slow in our engine: what is longer is compared by its rewriting only.
+#ifdef MIROLTA_SLOW_BUILD
+constexpr size_t kMostParsed = 5000;
+#else
+constexpr size_t kMostParsed = 25000;
+#endif
+
+// A letter and the end for every token; of braces and parentheses what they are.
+constexpr char kDescribe[] = R"(
+(function (text) {
+  var marks = {}, out = [];
+  function isWord(type) {
+    return type === 'Keyword' || type === 'Identifier' || type === 'Boolean' || type === 'Null';
+  }
+  function note(node) {
+    var end = node.range[1];
+    if (node.type === 'CallExpression') marks[end] = 'c';
+    if (node.type === 'NewExpression' && text.slice(node.callee.range[1], end).indexOf('(') >= 0) marks[end] = 'c';
+    if (node.type === 'ObjectExpression') marks[end] = 'o';
+    if (node.type === 'FunctionExpression') marks[end] = 'f';
+    if (node.type === 'MemberExpression' && node.computed) marks[end] = 'm';
+  }
+  var tokens = esprima.parseScript(text, { tokens: true, range: true }, note).tokens;
+  for (var i = 0; i < tokens.length; i++) {
+    var token = tokens[i], end = token.range[1];
+    var letter = isWord(token.type) ? 'W' : token.type.charAt(0);
+    out.push(letter + end + (letter === 'P' && /[)}\]]/.test(token.value) && marks[end] || ''));
+  }
+  return out.join(' ');
+})
+)";
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// The characters before each byte: the parser counts in them.
+std::vector<size_t> CharactersBefore(const std::string& text) {
+  std::vector<size_t> counts;
+  size_t characters = 0;
+  for (char c : text) {
+    counts.push_back(characters);
+    if ((static_cast<unsigned char>(c) & 0xC0u) != 0x80) ++characters;
+  }
+  counts.push_back(characters);
+  return counts;
+}
+
+std::string Describe(const std::string& text) {
+  constexpr char kLetters[] = {'W', 'W', 'N', 'S', 'R', 'P'};  // by TokenKind
+  const std::vector<size_t> characters = CharactersBefore(text);
+  std::string out;
+  for (const Token& token : SplitScript(text)) {
+    if (!out.empty()) out += ' ';
+    out += kLetters[static_cast<size_t>(token.kind)];
+    out += std::to_string(characters[token.end]);
+    const bool closes = token.kind == TokenKind::kPunctuator &&
+                        std::string_view(")]}").find(text[token.begin]) != std::string_view::npos;
+    if (!closes) continue;
+    if (token.bracket == BracketKind::kArguments) out += 'c';
+    if (token.bracket == BracketKind::kObject) out += 'o';
+    if (token.bracket == BracketKind::kBody) out += 'f';
+    if (token.bracket == BracketKind::kMember) out += 'm';
+  }
+  return out;
+}
+
+class ScriptBody : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string problem;
+    ASSERT_TRUE(engine_.Start(&problem)) << problem;
+    const std::string parser = ReadFile(kParser);
+    ASSERT_FALSE(parser.empty()) << kParser << " is missing: scripts/setup.sh installs it";
+    ASSERT_EQ(duk_peval_string(api(), "var window = this"), 0);
+    ASSERT_EQ(duk_peval_lstring(api(), parser.data(), parser.size()), 0)
+        << duk_safe_to_string(api(), -1);
+    ASSERT_EQ(duk_peval_string(api(), kDescribe), 0) << duk_safe_to_string(api(), -1);
+  }
+  duk_context* api() { return engine_.api(); }
+
+  bool Compiles(const std::string& text) {
+    const bool compiles = duk_pcompile_lstring(api(), 0, text.data(), text.size()) == 0;
+    duk_pop(api());
+    return compiles;
+  }
+
+  // False if the parser does not take the script.
+  bool ParserDescribes(const std::string& text, std::string* out) {
+    duk_dup_top(api());
+    duk_push_lstring(api(), text.data(), text.size());
+    const bool parsed = duk_pcall(api(), 1) == 0;
+    *out = duk_safe_to_string(api(), -1);
+    duk_pop(api());
+    return parsed;
+  }
+
+  ScriptEngine engine_;
+};
+
+// Where two descriptions part, with what stands there.
+std::string Difference(const std::string& ours, const std::string& theirs) {
+  const auto parted = std::mismatch(ours.begin(), ours.end(), theirs.begin(), theirs.end());
+  const auto at = static_cast<size_t>(parted.first - ours.begin());
+  const size_t from = at > 40 ? at - 40 : 0;
+  return "ours:   " + ours.substr(from, 80) + "\ntheirs: " + theirs.substr(from, 80);
+}
+
+TEST_F(ScriptBody, ScriptsOfOthersStayAsTheyAreAndHaveTheTokensThatAParserFinds) {
+  int compared = 0;
+  for (const BodyRow& row : kBodies) {
+    std::vector<fs::path> paths;
+    for (const auto& entry : fs::recursive_directory_iterator(row.folder)) {
+      if (entry.is_regular_file() && entry.path().extension() == ".js") {
+        paths.push_back(entry.path());
+      }
+    }
+    std::sort(paths.begin(), paths.end());
+    int files = 0;
+    for (const fs::path& path : paths) {
+      const std::string text = ReadFile(path);
+      if (!Compiles(text)) continue;  // newer than the engine's language
+      ++files;
+      EXPECT_TRUE(RewriteCallAssignments(text) == text) << path;
+      std::string theirs;
+      if (text.size() > kMostParsed || !ParserDescribes(text, &theirs)) continue;
+      ++compared;
+      const std::string ours = Describe(text);
+      EXPECT_TRUE(ours == theirs) << path << "\n" << Difference(ours, theirs);
+    }
+    EXPECT_GE(files, row.least_files) << row.folder;
+  }
+  RecordProperty("compared", compared);
+  EXPECT_GE(compared, 100);
+}
+
+}  // namespace
+}  // namespace mirolta
