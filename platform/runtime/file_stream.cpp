@@ -104,6 +104,16 @@ class FileStream final : public StreamBase {
     return S_OK;
   }
 
+  // Returns once the bytes are on the disk; pipes and devices have none.
+  HRESULT STDMETHODCALLTYPE Commit(DWORD) override {
+    if ((mode_ & kAccess) == STGM_READ) return S_OK;
+    while (fsync(file_) != 0) {
+      if (errno == EINVAL || errno == EROFS) return S_OK;
+      if (errno != EINTR) return StatusOf(errno, STG_E_WRITEFAULT);
+    }
+    return S_OK;
+  }
+
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override {
     if (statistics == nullptr) return STG_E_INVALIDPOINTER;
     if (flags > STATFLAG_NONAME) return STG_E_INVALIDFLAG;

@@ -357,6 +357,14 @@ TEST(FileStream, ReadsAndWritesTheFile) {
   EXPECT_EQ(ReadFile(file), "");  // made anew
 }
 
+TEST(FileStream, CommitsWhatIsOnADisk) {
+  const TemporaryFolder folder;
+  WriteFile(folder.File("data"), "12345");
+  EXPECT_EQ(StreamHolder(OpenFileStream(folder.File("data"), STGM_READ))->Commit(0), S_OK);
+  EXPECT_EQ(StreamHolder(OpenFileStream(folder.File("data"), STGM_READWRITE))->Commit(0), S_OK);
+  EXPECT_EQ(StreamHolder(OpenFileStream("/dev/null", STGM_WRITE))->Commit(0), S_OK);
+}
+
 TEST(FileStream, HasNameSizeAndTimes) {
   const TemporaryFolder folder;
   const std::string file = folder.File("data");
