@@ -7,6 +7,7 @@
 #include "array_value.h"
 #include "dispatch_object.h"
 #include "host_errors.h"
+#include "output_file.h"
 #include "script_context.h"
 #include "script_object.h"
 #include "script_source.h"
@@ -59,6 +60,7 @@ void* Reallocate(void* context, void* block, duk_size_t size) {
 // The engine cannot go on: it ran out of memory where it may not, or the host misused it.
 [[noreturn]] void EndOnFatal(void*, const char* message) {
   FlushOutput();
+  DiscardOutputs();
   fprintf(stderr, "mirolta-host: the script engine failed: %s\n",
           message != nullptr ? message : "no reason given");
   _Exit(1);
@@ -148,7 +150,9 @@ int RunScript(const std::string& path, const std::vector<std::string>& arguments
     fflush(stdout);
     if (!succeeded) PrintReport(DescribeError(engine.api()));
   }
-  return FlushOutput() && succeeded ? 0 : 1;
+  succeeded = FlushOutput() && succeeded && FinishOutputs();
+  DiscardOutputs();
+  return succeeded ? 0 : 1;
 }
 
 }  // namespace mirolta

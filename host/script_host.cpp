@@ -1,4 +1,5 @@
 // mirolta-host: runs a script that drives automation objects, or registers a module.
+#include <signal.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -60,6 +61,8 @@ int main(int count, char** words) {
     fputs(kUsage, stderr);
     return kUsageError;
   }
+  // A file at the process's size limit is a failed write like that of a full disk.
+  signal(SIGXFSZ, SIG_IGN);
   const HRESULT started = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   if (FAILED(started)) {
     fprintf(stderr, "mirolta-host: automation cannot be started (0x%08X)\n",

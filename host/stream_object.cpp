@@ -2,42 +2,44 @@
 
 #include <string.h>
 
+#include <algorithm>
 #include <string_view>
 
-#include "hidden_property.h"
+#include "file_stream.h"
 #include "host_errors.h"
 #include "object_handle.h"
 #include "owned_values.h"
 #include "protected_call.h"
 #include "script_context.h"
+#include "target_path.h"
 #include "value_marshal.h"
 
 namespace mirolta {
 namespace {
 
-constexpr char kPathKey[] = DUK_HIDDEN_SYMBOL("path");
 constexpr char kPrototype[] = "stream.prototype";
 constexpr uint32_t kUsualRead = 65536;
-constexpr uint32_t kMostRead = 16u << 20;
+constexpr uint64_t kMostRead = 512u << 20;
 constexpr double kMostPosition = 9007199254740992.0;  // what a script's number can count
 
 struct ModeRow {
   std::string_view name;
-  DWORD mode;
+  FileMode mode;
 };
 constexpr ModeRow kModes[] = {
-    {"r", STGM_READ},
-    {"r+", STGM_READWRITE},
-    {"w", STGM_WRITE | STGM_CREATE},
-    {"w+", STGM_READWRITE | STGM_CREATE},
+    {"r", {STGM_READ}},
+    {"r+", {STGM_READWRITE}},
+    {"w", {STGM_WRITE, true}},
+    {"w+", {STGM_READWRITE, true}},
+    {"wx", {STGM_WRITE, true, true}},
 };
 
-// Throws for a failed operation on the stream that `this` is, its file named if it has one.
-[[noreturn]] void ThrowForThis(duk_context* engine, HRESULT status) {
-  duk_push_this(engine);
-  if (!PushOwn(engine, -1, kPathKey)) ThrowStatus(engine, status);
+// Throws for a failed operation; the file at fault is named if there is one.
+[[noreturn]] void ThrowForFile(duk_context* engine, HRESULT status) {
+  const char* file = FailedFileName().c_str();
+  if (*file == '\0') ThrowStatus(engine, status);
   const char* standard = StandardText(status);
-  ThrowText(engine, status, "%s: %s", duk_get_string(engine, -1),
+  ThrowText(engine, status, "%s: %s", file,
             standard != nullptr ? standard : "Input or output failed");
 }
 
@@ -62,10 +64,11 @@ struct StreamFrame {
     if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
     duk_pop(engine);
     if (IsClosedStream(*slot)) ThrowStatus(engine, kStreamClosed);
+    ForgetFileFailure();
     stream.Share(static_cast<IStream*>(slot->value.punkVal));
   }
   void Check(duk_context* engine, HRESULT status) const {
-    if (FAILED(status)) ThrowForThis(engine, status);
+    if (FAILED(status)) ThrowForFile(engine, status);
   }
   uint64_t SeekTo(duk_context* engine, int64_t move, DWORD origin) const {
     LARGE_INTEGER by;
@@ -77,19 +80,47 @@ struct StreamFrame {
   }
 };
 
+// Reads until there are enough bytes or a read gives none: one read may give fewer than there are.
 struct ReadFrame : StreamFrame {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
-    uint64_t count = duk_is_undefined(engine, 0) ? kUsualRead : CountAt(engine, 0);
-    if (count > kMostRead) count = kMostRead;
-    uint8_t* bytes = PushBytes(engine, static_cast<size_t>(count));
-    ULONG done = 0;
+    const uint64_t count = duk_is_undefined(engine, 0) ? kUsualRead : CountAt(engine, 0);
+    uint64_t room = std::min<uint64_t>(count, std::max<uint64_t>(BytesAhead(), kUsualRead) + 1);
+    uint64_t done = 0;
+    auto* bytes = static_cast<uint8_t*>(duk_push_dynamic_buffer(engine, Size(engine, room)));
     uint8_t none = 0;
-    Check(engine, stream->Read(count == 0 ? &none : bytes, static_cast<ULONG>(count), &done));
-    if (done >= count) return 1;
-    uint8_t* fewer = PushBytes(engine, done);
-    if (done != 0) memcpy(fewer, bytes, done);
+    for (;;) {
+      const auto wanted = static_cast<ULONG>(room - done);
+      ULONG got = 0;
+      Check(engine, stream->Read(wanted == 0 ? &none : bytes + done, wanted, &got));
+      done += got;
+      if (got == 0 || done == count) break;
+      if (done < room) continue;
+      room = std::min(count, std::max(std::min(2 * room, kMostRead), room + 1));
+      bytes = static_cast<uint8_t*>(duk_resize_buffer(engine, -1, Size(engine, room)));
+    }
+    duk_resize_buffer(engine, -1, static_cast<duk_size_t>(done));
+    duk_push_buffer_object(engine, -1, 0, static_cast<duk_size_t>(done), DUK_BUFOBJ_UINT8ARRAY);
     return 1;
+  }
+
+  // How many bytes the stream says are still to come; 0 if it does not say.
+  uint64_t BytesAhead() const {
+    STATSTG statistics = {};
+    LARGE_INTEGER stay;
+    stay.QuadPart = 0;
+    ULARGE_INTEGER position;
+    position.QuadPart = 0;
+    const bool is_known = SUCCEEDED(stream->Stat(&statistics, STATFLAG_NONAME)) &&
+                          SUCCEEDED(stream->Seek(stay, STREAM_SEEK_CUR, &position));
+    ForgetFileFailure();
+    const uint64_t size = statistics.cbSize.QuadPart;
+    return is_known && size > position.QuadPart ? size - position.QuadPart : 0;
+  }
+
+  static duk_size_t Size(duk_context* engine, uint64_t room) {
+    if (room > kMostRead) ThrowText(engine, E_OUTOFMEMORY, "One Read gives no more than 512 MB");
+    return static_cast<duk_size_t>(room);
   }
 };
 
@@ -188,15 +219,38 @@ struct TextFrame : StreamFrame {
   }
 };
 
-duk_ret_t Close(duk_context* engine) {
-  duk_push_this(engine);
-  ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
-  if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
-  VARIANT value = slot->value;
-  slot->value = VARIANT{};
-  VariantClear(&value);
-  return 0;
-}
+// Lets the stream of `this` go; the script cannot use it any more. Does nothing if it is closed.
+struct EndFrame {
+  Reference<IStream> stream;
+
+  OutputFile* TakeOutput(duk_context* engine) {
+    duk_push_this(engine);
+    ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
+    if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
+    if (IsClosedStream(*slot)) return nullptr;
+    stream.Take(static_cast<IStream*>(slot->value.punkVal));
+    slot->value = VARIANT{};
+    return OutputOf(stream.Get());
+  }
+};
+struct CloseFrame : EndFrame {
+  duk_ret_t Run(duk_context* engine) {
+    OutputFile* output = TakeOutput(engine);
+    if (output == nullptr) return 0;
+    const HRESULT status = output->Finish();
+    if (SUCCEEDED(status)) return 0;
+    const char* standard = StandardText(status);
+    ThrowText(engine, status, "%s: %s", output->name().c_str(),
+              standard != nullptr ? standard : "The file cannot be written");
+  }
+};
+struct DiscardFrame : EndFrame {
+  duk_ret_t Run(duk_context* engine) {
+    OutputFile* output = TakeOutput(engine);
+    if (output != nullptr) output->Discard();
+    return 0;
+  }
+};
 
 constexpr duk_function_list_entry kMethods[] = {
     {"Read", RunProtected<ReadFrame>, 1},
@@ -204,7 +258,8 @@ constexpr duk_function_list_entry kMethods[] = {
     {"Seek", RunProtected<SeekFrame>, 2},
     {"CopyTo", RunProtected<CopyFrame>, 2},
     {"Commit", RunProtected<CommitFrame>, 0},
-    {"Close", Close, 0},
+    {"Close", RunProtected<CloseFrame>, 0},
+    {"Discard", RunProtected<DiscardFrame>, 0},
     {"toString", RunProtected<TextFrame>, 0},
     {nullptr, nullptr, 0},
 };
@@ -217,28 +272,25 @@ void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, d
                DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER | DUK_DEFPROP_SET_ENUMERABLE);
 }
 
-// WScript.OpenFile(path, mode)
+// WScript.OpenFile(path, mode, isPrivate)
 struct OpenFileFrame {
-  Units path;
+  std::string name;
   Reference<IStream> stream;
   duk_ret_t Run(duk_context* engine) {
     duk_size_t size = 0;
     const char* text = duk_to_lstring(engine, 0, &size);
     const ModeRow* mode = FindMode(engine);
-    path = UnitsFromEngine({text, size});
-    if (path.empty() || path.find(OLECHAR{0}) != Units::npos) {
-      ThrowText(engine, STG_E_FILENOTFOUND, "\"%s\": File not found", text);
-    }
-    const HRESULT status =
-        SHCreateStreamOnFileEx(path.c_str(), mode->mode, 0, FALSE, nullptr, stream.Out());
+    const bool is_private = duk_to_boolean(engine, 2) != 0;
+    name.assign(text, size);
+    const HRESULT status = OpenFileStream(name, mode->mode, is_private, &stream);
     if (FAILED(status)) {
       const char* standard = StandardText(status);
-      ThrowText(engine, status, "%s: %s", text,
+      // A name that the text does not show as it is stands in quotes.
+      const bool is_plain = size != 0 && strlen(text) == size;
+      ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", text,
                 standard != nullptr ? standard : "The file cannot be opened");
     }
     PushStream(engine, stream.Release());
-    duk_dup(engine, 0);
-    duk_put_prop_string(engine, -2, kPathKey);
     return 1;
   }
 
@@ -248,7 +300,7 @@ struct OpenFileFrame {
     for (const ModeRow& row : kModes) {
       if (row.name == name) return &row;
     }
-    ThrowText(engine, kInvalidCall, "No such file mode: \"%s\" (r, r+, w or w+)",
+    ThrowText(engine, kInvalidCall, "No such file mode: \"%s\" (r, r+, w, w+ or wx)",
               duk_get_string(engine, 1));
   }
 };
@@ -296,8 +348,23 @@ struct StreamOfFrame {
   }
 };
 
+// WScript.IsSameFile(a, b)
+struct SameFileFrame {
+  std::string paths[2];
+  duk_ret_t Run(duk_context* engine) {
+    for (duk_idx_t i = 0; i < 2; ++i) {
+      duk_size_t size = 0;
+      const char* text = duk_to_lstring(engine, i, &size);
+      paths[i] = SystemFromUnits(UnitsFromEngine({text, size}));
+    }
+    duk_push_boolean(engine, IsSameFile(paths[0], paths[1]));
+    return 1;
+  }
+};
+
 constexpr duk_function_list_entry kMakers[] = {
-    {"OpenFile", RunProtected<OpenFileFrame>, 2},
+    {"OpenFile", RunProtected<OpenFileFrame>, 3},
+    {"IsSameFile", RunProtected<SameFileFrame>, 2},
     {"MemoryStream", RunProtected<MemoryStreamFrame>, 1},
     {"StreamOf", RunProtected<StreamOfFrame>, 1},
     {nullptr, nullptr, 0},

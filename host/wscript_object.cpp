@@ -4,11 +4,13 @@
 #include <stdlib.h>
 #include <strings.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <string_view>
 
 #include "active_x.h"
 #include "host_errors.h"
+#include "output_file.h"
 #include "protected_call.h"
 #include "script_context.h"
 #include "stream_object.h"
@@ -83,8 +85,9 @@ duk_ret_t Quit(duk_context* engine) {
   ScriptContext& context = ContextOf(engine);
   // An object in the middle of a call that led here cannot be let go.
   if (context.calls_running == 0) context.objects.Clear();
-  const bool flushed = FlushOutput();
-  _Exit(flushed || status != 0 ? status : 1);
+  const bool succeeded = FlushOutput() && status == 0 && FinishOutputs();
+  DiscardOutputs();
+  _Exit(succeeded || status != 0 ? status : 1);
 }
 
 duk_ret_t Sleep(duk_context* engine) {
@@ -110,6 +113,22 @@ struct ArgumentFrame {
       ThrowStatus(engine, kSubscriptOutOfRange);
     }
     text = UnitsFromSystem(arguments[static_cast<size_t>(index)]);
+    PushUnits(engine, text);
+    return 1;
+  }
+};
+
+// WScript.EnvironmentVariable(name): its text, undefined if it is not set.
+struct EnvironmentFrame {
+  std::string name;
+  Units text;
+  duk_ret_t Run(duk_context* engine) {
+    duk_size_t size = 0;
+    const char* bytes = duk_to_lstring(engine, 0, &size);
+    name = SystemFromUnits(UnitsFromEngine({bytes, size}));
+    const char* value = getenv(name.c_str());
+    if (value == nullptr) return 0;
+    text = UnitsFromSystem(value);
     PushUnits(engine, text);
     return 1;
   }
@@ -153,13 +172,15 @@ void PutText(duk_context* engine, const char* name, const std::string& system_te
   duk_put_prop_string(engine, -2, name);
 }
 
-void PutStandardStream(duk_context* engine, const char* name, duk_c_function write,
+void PutStandardStream(duk_context* engine, const char* name, int file, duk_c_function write,
                        duk_c_function write_line) {
   duk_push_object(engine);
   duk_push_c_function(engine, write, DUK_VARARGS);
   duk_put_prop_string(engine, -2, "Write");
   duk_push_c_function(engine, write_line, DUK_VARARGS);
   duk_put_prop_string(engine, -2, "WriteLine");
+  duk_push_boolean(engine, isatty(file) != 0);
+  duk_put_prop_string(engine, -2, "IsTerminal");
   IgnoreCase(engine);
   duk_put_prop_string(engine, -2, name);
 }
@@ -179,6 +200,7 @@ void PutArguments(duk_context* engine) {
 
 constexpr duk_function_list_entry kMembers[] = {
     {"Echo", RunProtected<EchoFrame>, DUK_VARARGS},
+    {"EnvironmentVariable", RunProtected<EnvironmentFrame>, 1},
     {"Quit", Quit, 1},
     {"Sleep", Sleep, 1},
     {nullptr, nullptr, 0},
@@ -204,8 +226,10 @@ void InstallWScript(duk_context* engine) {
   PutText(engine, "ScriptName", std::string(FileName(context.script_full_path)));
   PutText(engine, "ScriptFullName", context.script_full_path);
   PutText(engine, "Name", "mirolta-host");
-  PutStandardStream(engine, "StdOut", RunProtected<OutWriteFrame>, RunProtected<EchoFrame>);
-  PutStandardStream(engine, "StdErr", RunProtected<ErrWriteFrame>, RunProtected<ErrWriteLineFrame>);
+  PutStandardStream(engine, "StdOut", STDOUT_FILENO, RunProtected<OutWriteFrame>,
+                    RunProtected<EchoFrame>);
+  PutStandardStream(engine, "StdErr", STDERR_FILENO, RunProtected<ErrWriteFrame>,
+                    RunProtected<ErrWriteLineFrame>);
   PutArguments(engine);
   InstallActiveX(engine);
   InstallStreams(engine);

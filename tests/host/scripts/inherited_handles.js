@@ -52,6 +52,7 @@ WScript.Echo(proxy.Size, attempt(function () { write.call(proxy, new Uint8Array(
 proxy = null;
 
 // A stream whose prototype is another one keeps its own file, and its name in errors.
+others[3].Close();
 var second = WScript.OpenFile("other3.bin");
 Object.setPrototypeOf(second, first);
 WScript.Echo(second.Size, attempt(function () { second.Write(new Uint8Array(1)); }));

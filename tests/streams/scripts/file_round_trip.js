@@ -27,12 +27,13 @@ for (var algorithm in ciphers) {
     c.ReadAlgorithm = c.WriteAlgorithm = algorithm;
     c.ReadKey = c.WriteKey = ciphers[algorithm][1];
     // plain -> digest -> cipher -> digest -> file
-    var below = digest(WScript.OpenFile("cipher.bin", "w"), "Write");
+    var file = WScript.OpenFile("cipher.bin", "w"), below = digest(file, "Write");
     c.Stream = below;
     var above = digest(c, "Write");
     var into = WScript.StreamOf(above);
     for (var at = 0; at < plain.length; at += 30000) into.Write(plain.subarray(at, at + 30000));
     c.WriteFinalize();
+    file.Close();
     var written = [above.WriteValue, below.WriteValue];
     // file -> digest -> cipher -> file
     below = digest(WScript.OpenFile("cipher.bin"), "Read");
