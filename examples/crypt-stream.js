@@ -3,94 +3,125 @@
 //   crypt-stream.js encrypt ALG KEY IN OUT
 //   crypt-stream.js decrypt ALG KEY IN OUT [--length N]
 //
-// ALG is AES or DES; KEY is hexadecimal, of 16, 24 or 32 bytes for AES and 8, 16 or 24 for DES. A
-// last partial block is filled up with zeros and stays so: encrypt prints the length of the plain
+// ALG is AES or DES; KEY is hexadecimal, of 16, 24 or 32 bytes for AES and 8, 16 or 24 for DES.
+// --key-file FILE or --key-env NAME in place of KEY take it from a file or an environment variable.
+// A last partial block is filled up with zeros and stays so: encrypt prints the length of the plain
 // file, and decrypt with --length N cuts its output to it.
 //
-// Block-by-block mode hides no patterns and authenticates nothing.
+// An OUT that is there is replaced when all is written; after a failure it is as it was.
+// Block-by-block mode hides no patterns and authenticates nothing; nothing tells a wrong key.
 
-var PIECE = 1 << 20;
+// Functions that the examples share.
+function sharedFunctions() {
+  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
+  if (typeof WScript.OpenFile === "undefined") {
+    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
+  }
+  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
+}
+eval(sharedFunctions());
+
+var COPIED_AT_ONCE = 1 << 20;
 var BLOCK_SIZES = {AES: 16, DES: 8};
+var WRONG_KEY_LENGTH = 0x80070057 | 0;
 
 function usage() {
   WScript.Echo("Usage: " + WScript.ScriptName + " encrypt ALG KEY IN OUT");
   WScript.Echo("       " + WScript.ScriptName + " decrypt ALG KEY IN OUT [--length N]");
   WScript.Echo("ALG is AES or DES, KEY hexadecimal. encrypt prints the length of IN; N cuts OUT.");
+  WScript.Echo(KEY_USAGE);
   WScript.Echo("Block-by-block mode hides no patterns and authenticates nothing.");
   WScript.Quit(2);
 }
 
-function keyBytes(text) {
-  if (!/^([0-9a-fA-F]{2})+$/.test(text)) throw new Error("the key is not hexadecimal");
-  var bytes = new Uint8Array(text.length / 2);
-  for (var i = 0; i < bytes.length; i++) bytes[i] = parseInt(text.substr(2 * i, 2), 16);
+function keyBytes(digits) {
+  var bytes = new Uint8Array(digits.length / 2);
+  for (var i = 0; i < bytes.length; i++) bytes[i] = parseInt(digits.substr(2 * i, 2), 16);
   return bytes;
 }
 
-// Gives one direction of a filter its algorithm and key.
-function configure(filter, direction, algorithm, key) {
+// A filter in front of `stream` whose one direction has algorithm and key.
+function filterOf(direction, algorithm, digits, stream) {
+  var filter = new ActiveXObject("Vardeko.crypt.ToviStreamCrypt");
   filter[direction + "Algorithm"] = algorithm;
   try {
-    filter[direction + "Key"] = keyBytes(key);
+    filter[direction + "Key"] = keyBytes(digits);
   } catch (e) {
-    if (e.number !== (0x80070057 | 0)) throw e;
-    throw new Error(algorithm + " takes no key of " + key.length / 2 + " bytes");
+    if (e.number !== WRONG_KEY_LENGTH) throw e;
+    fail(algorithm + " takes no key of " + digits.length / 2 + " bytes");
   }
+  if (stream !== null) filter.Stream = stream;
+  return filter;
+}
+
+function copyAll(from, to, path, size) {
+  var report = progressOf(path, size), done = 0, count;
+  while ((count = from.CopyTo(to, COPIED_AT_ONCE)) > 0) {
+    done += count;
+    report(done);
+  }
+  report();
 }
 
 // Writing encrypts: the filter stands in front of the output.
-function encrypt(algorithm, key, input, output) {
-  var filter = new ActiveXObject("Vardeko.crypt.ToviStreamCrypt");
-  configure(filter, "Write", algorithm, key);
-  filter.Stream = output;
-  var into = WScript.StreamOf(filter);
-  while (input.CopyTo(into, PIECE) > 0) {}
-  filter.WriteFinalize();
-  WScript.Echo(input.Size);
+function encrypt(job, input, output) {
+  var filter = filterOf("Write", job.algorithm, job.digits, output);
+  copyAll(input, WScript.StreamOf(filter), job.from, input.Size);
+  try {
+    filter.WriteFinalize();
+  } catch (e) {
+    fail(job.to + ": " + describe(e));
+  }
 }
 
 // Reading decrypts: the filter stands in front of the input.
-function decrypt(algorithm, key, input, output) {
-  var block = BLOCK_SIZES[algorithm];
-  if (input.Size % block !== 0) {
-    throw new Error("the input is not a multiple of " + block + " bytes");
-  }
-  var filter = new ActiveXObject("Vardeko.crypt.ToviStreamCrypt");
-  configure(filter, "Read", algorithm, key);
-  filter.Stream = input;
-  var from = WScript.StreamOf(filter);
-  while (from.CopyTo(output, PIECE) > 0) {}
+function decrypt(job, input, output) {
+  var filter = filterOf("Read", job.algorithm, job.digits, input);
+  copyAll(WScript.StreamOf(filter), output, job.from, input.Size);
+  if (job.length > output.Size) fail(job.to + " would have only " + output.Size + " bytes");
+  if (job.length >= 0) output.Size = job.length;
 }
 
-function plainLength(args) {
-  if (args.length === 5) return -1;
-  if (args.length !== 7 || args(0) !== "decrypt" || args(5) !== "--length") usage();
-  if (!/^[0-9]+$/.test(args(6))) usage();
-  return Number(args(6));
+function run(work, job) {
+  var block = BLOCK_SIZES[job.algorithm], size;
+  refuseSameFiles([job.from, job.key.file], [job.to]);
+  job.digits = keyDigits(job.key);
+  // Refuses a key before any file is opened.
+  filterOf("Read", job.algorithm, job.digits, null);
+  var input = WScript.OpenFile(job.from, "r"), output;
+  size = input.Size;
+  if (work === decrypt && size % block !== 0) {
+    fail(job.from + ": is not a multiple of " + block + " bytes");
+  }
+  output = WScript.OpenFile(job.to, "w");
+  try {
+    work(job, input, output);
+    output.Close();
+  } finally {
+    // After a failure: the old file stays.
+    output.Discard();
+  }
+  return size;
 }
 
 function main() {
-  var args = WScript.Arguments;
   if (typeof WScript.StreamOf === "undefined") {
     WScript.Echo("This script host offers scripts no streams.");
     WScript.Quit(2);
   }
-  var work = {encrypt: encrypt, decrypt: decrypt}[args.length > 0 ? args(0) : ""];
-  if (!work) usage();
-  var length = plainLength(args);
-  if (!BLOCK_SIZES.hasOwnProperty(args(1))) usage();
+  var found = splitArguments(KEY_OPTIONS.concat("--length"), usage), words = found.words;
+  var length = found["--length"], key = takeKey(found, 2, usage), size;
+  var work = {encrypt: encrypt, decrypt: decrypt}[words[0]];
+  if (words.length !== 4 || !work || !BLOCK_SIZES.hasOwnProperty(words[1])) usage();
+  if (length !== undefined && (work !== decrypt || !/^[0-9]{1,15}$/.test(length))) usage();
   try {
-    if (args(3) === args(4)) throw new Error(args(3) + ": is both input and output");
-    var input = WScript.OpenFile(args(3), "r");
-    // A key that is refused must not cost the old content of the output.
-    configure(new ActiveXObject("Vardeko.crypt.ToviStreamCrypt"), "Read", args(1), args(2));
-    var output = WScript.OpenFile(args(4), "w");
-    work(args(1), args(2), input, output);
-    if (length > output.Size) throw new Error("the output has only " + output.Size + " bytes");
-    if (length >= 0) output.Size = length;
-    output.Close();
+    size = run(work, {
+      algorithm: words[1], key: key, from: words[2], to: words[3],
+      length: length === undefined ? -1 : Number(length)
+    });
+    if (work === encrypt) WScript.Echo(size);
   } catch (e) {
-    WScript.StdErr.WriteLine(WScript.ScriptName + ": " + (e.description || e.message));
+    complain(WScript.ScriptName + ": " + describe(e));
     WScript.Quit(1);
   }
 }

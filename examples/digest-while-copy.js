@@ -4,16 +4,22 @@
 //
 // Three digesting streams stand one in front of the other; what is copied passes through each. The
 // output is that of md5sum, sha1sum and sha256sum on IN. The file is copied in pieces, so its size
-// does not matter; above 16 MB the progress is shown on standard error.
+// does not matter; above 16 MB the progress is shown on standard error if that is a terminal.
+//
+// An OUT that is there is replaced when all is written; after a failure it is as it was.
+
+// Functions that the examples share.
+function sharedFunctions() {
+  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
+  if (typeof WScript.OpenFile === "undefined") {
+    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
+  }
+  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
+}
+eval(sharedFunctions());
 
 var ALGORITHMS = ["MD5", "SHA1", "SHA256"];
-var PIECE = 1 << 20;
-var LARGE = 16 * 1024 * 1024;
-
-function fail(status, text) {
-  WScript.StdErr.WriteLine(text);
-  WScript.Quit(status);
-}
+var COPIED_AT_ONCE = 1 << 20;
 
 // The filters from the one in front of `source` to the one that the copy is taken from.
 function digestingFilters(source) {
@@ -28,17 +34,29 @@ function digestingFilters(source) {
   return filters;
 }
 
-function copy(source, size, to, path) {
-  var done = 0, count, shown = -1;
-  while ((count = source.CopyTo(to, PIECE)) > 0) {
+function copyAll(source, size, to, path) {
+  var report = progressOf(path, size), done = 0, count;
+  while ((count = source.CopyTo(to, COPIED_AT_ONCE)) > 0) {
     done += count;
-    var percent = Math.floor(done / size * 100);
-    if (size > LARGE && percent !== shown) {
-      shown = percent;
-      WScript.StdErr.Write("\r" + path + ": " + percent + " %");
-    }
+    report(done);
   }
-  if (shown >= 0) WScript.StdErr.Write("\n");
+  report();
+}
+
+// Returns the filters that the file went through.
+function copyFile(from, to) {
+  refuseSameFiles([from], [to]);
+  var input = WScript.OpenFile(from, "r");
+  var filters = digestingFilters(input);
+  var output = WScript.OpenFile(to, "w");
+  try {
+    copyAll(WScript.StreamOf(filters[filters.length - 1]), input.Size, output, from);
+    output.Close();
+  } finally {
+    // After a failure: the old file stays.
+    output.Discard();
+  }
+  return filters;
 }
 
 function main() {
@@ -51,19 +69,15 @@ function main() {
     WScript.Echo("Copies IN to OUT and prints the MD5, SHA1 and SHA256 digests of IN.");
     WScript.Quit(2);
   }
-  var from = WScript.Arguments(0), to = WScript.Arguments(1);
-  if (from === to) fail(2, WScript.ScriptName + ": " + from + ": cannot be copied to itself");
+  var from = WScript.Arguments(0), filters;
   try {
-    var input = WScript.OpenFile(from, "r");
-    var output = WScript.OpenFile(to, "w");
-    var filters = digestingFilters(input);
-    copy(WScript.StreamOf(filters[filters.length - 1]), input.Size, output, from);
-    output.Close();
+    filters = copyFile(from, WScript.Arguments(1));
     for (var i = 0; i < filters.length; i++) {
       WScript.Echo(filters[i].ReadValue.toLowerCase() + "  " + from);
     }
   } catch (e) {
-    fail(1, WScript.ScriptName + ": " + (e.description || e.message));
+    complain(WScript.ScriptName + ": " + describe(e));
+    WScript.Quit(1);
   }
 }
 

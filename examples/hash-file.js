@@ -3,11 +3,18 @@
 //   hash-file.js ALG FILE...        ALG is MD5, SHA1 or SHA256
 //
 // A file is read in pieces, so its size does not matter; above 16 MB the progress is shown on
-// standard error. A file that cannot be read is named there, the others go on, and the exit status
-// is then 1.
+// standard error if that is a terminal. A file that cannot be read is named there, the others go
+// on, and the exit status is then 1.
 
-var PIECE = 1 << 20;
-var LARGE = 16 * 1024 * 1024;
+// Functions that the examples share.
+function sharedFunctions() {
+  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
+  if (typeof WScript.OpenFile === "undefined") {
+    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
+  }
+  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
+}
+eval(sharedFunctions());
 
 function usage() {
   WScript.Echo("Usage: " + WScript.ScriptName + " ALG FILE...");
@@ -15,71 +22,18 @@ function usage() {
   WScript.Quit(2);
 }
 
-// Not every host has a standard error stream for scripts.
-function offersStdErr() {
-  try {
-    return typeof WScript.StdErr === "object" && WScript.StdErr !== null;
-  } catch (e) {
-    return false;
-  }
-}
-var hasStdErr = offersStdErr();
-
-function complain(text) {
-  if (hasStdErr) {
-    WScript.StdErr.WriteLine(text);
-  } else {
-    WScript.Echo(text);
-  }
-}
-
-// Opens a file as an object with size, read(n) and close(); read gives null at the end.
-function openFile(path) {
-  if (typeof WScript.OpenFile !== "undefined") {
-    var stream = WScript.OpenFile(path, "r");
-    return {
-      size: stream.Size,
-      read: function (n) { var bytes = stream.Read(n); return bytes.length > 0 ? bytes : null; },
-      close: function () { stream.Close(); }
-    };
-  }
-  var binary;
-  try {
-    binary = new ActiveXObject("ADODB.Stream");
-  } catch (e) {
-    throw new Error(e.number, "this script host offers no way to read bytes of a file");
-  }
-  binary.Type = 1;
-  binary.Open();
-  binary.LoadFromFile(path);
-  return {
-    size: binary.Size,
-    read: function (n) { return binary.EOS ? null : binary.Read(n); },
-    close: function () { binary.Close(); }
-  };
-}
-
-function showProgress(path, done, size, shown) {
-  var percent = Math.floor(done / size * 100);
-  if (percent !== shown) WScript.StdErr.Write("\r" + path + ": " + percent + " %");
-  return percent;
-}
-
 function hashFile(hash, path) {
-  var file = openFile(path);
+  var input = openInput(path), report = progressOf(path, input.size), bytes;
   try {
-    var showsProgress = hasStdErr && file.size > LARGE;
-    var done = 0, shown = -1, bytes;
     hash.Reset();
-    while ((bytes = file.read(PIECE)) !== null) {
+    while ((bytes = input.read(PIECE)) !== null) {
       hash.HashUpdate(bytes);
-      done = Math.min(done + PIECE, file.size);
-      if (showsProgress) shown = showProgress(path, done, file.size, shown);
+      report(input.taken());
     }
-    if (showsProgress) WScript.StdErr.Write("\n");
+    report();
     return hash.Value.toLowerCase();
   } finally {
-    file.close();
+    input.close();
   }
 }
 

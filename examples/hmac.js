@@ -4,61 +4,60 @@
 //   hmac.js ALG KEY -t TEXT
 //   hmac.js ALG KEY                 the empty message
 //
-// Key and text are taken as UTF-8. The file is read in pieces.
+// --key-file FILE or --key-env NAME in place of KEY take it from a file or an environment variable;
+// of a file the bytes count, without a line end behind them. KEY and text are taken as UTF-8. The
+// file is read in pieces.
+
+// Functions that the examples share.
+function sharedFunctions() {
+  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
+  if (typeof WScript.OpenFile === "undefined") {
+    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
+  }
+  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
+}
+eval(sharedFunctions());
 
 var UTF8 = 65001;
-var PIECE = 1 << 20;
 
 function usage() {
   WScript.Echo("Usage: " + WScript.ScriptName + " ALG KEY [FILE | -t TEXT]");
   WScript.Echo("Prints the HMAC of a file or a text. ALG is MD5, SHA1 or SHA256.");
+  WScript.Echo(KEY_USAGE);
   WScript.Quit(2);
 }
 
-function complain(text) {
-  var stream = null;
-  try { stream = WScript.StdErr; } catch (e) { stream = null; }
-  if (stream) {
-    stream.WriteLine(text);
-  } else {
-    WScript.Echo(text);
-  }
-}
-
 function addFile(hash, path) {
-  if (typeof WScript.OpenFile === "undefined") {
-    throw new Error(1, path + ": this script host offers no way to read bytes of a file");
-  }
-  var file = WScript.OpenFile(path, "r");
+  var input = openInput(path), report = progressOf(path, input.size), bytes;
   try {
-    for (;;) {
-      var bytes = file.Read(PIECE);
-      if (bytes.length === 0) break;
+    while ((bytes = input.read(PIECE)) !== null) {
       hash.HashUpdate(bytes);
+      report(input.taken());
     }
+    report();
   } finally {
-    file.Close();
+    input.close();
   }
 }
 
 function main() {
-  var words = WScript.Arguments;
-  var hasText = words.length > 2 && words(2) === "-t";
-  if (words.length < 2 || (hasText ? words.length !== 4 : words.length > 3)) usage();
+  var found = splitArguments(KEY_OPTIONS.concat("-t"), usage), words = found.words;
+  var key = takeKey(found, 1, usage), text = found["-t"];
+  if (words.length < 1 || words.length > (text === undefined ? 2 : 1)) usage();
   try {
     var hash = new ActiveXObject("Vardeko.crypt.HashObject");
-    hash.InitHash(words(0));
+    hash.InitHash(words[0]);
     // The key is turned into bytes when it is set.
     hash.codePage = UTF8;
-    hash.Key = words(1);
-    if (hasText) {
-      hash.HashUpdate(words(3));
-    } else if (words.length > 2) {
-      addFile(hash, words(2));
+    hash.Key = keyValue(key);
+    if (text !== undefined) {
+      hash.HashUpdate(text);
+    } else if (words.length > 1) {
+      addFile(hash, words[1]);
     }
     WScript.Echo(hash.Value.toLowerCase());
   } catch (e) {
-    complain(WScript.ScriptName + ": " + (e.description || e.message));
+    complain(WScript.ScriptName + ": " + describe(e));
     WScript.Quit(1);
   }
 }

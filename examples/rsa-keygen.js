@@ -3,23 +3,22 @@
 //   rsa-keygen.js BITS OUT.json     BITS is a multiple of 16 from 64 to 16384
 //
 // The file holds the five numbers in hexadecimal: n and e, which everybody may know, and d, p and
-// q, which nobody else may. A copy without those three serves rsa-encrypt.js as the public key.
+// q, which nobody else may: only its owner may read or write it, where the script host can say so.
+// A copy without d, p and q serves rsa-encrypt.js as the public key.
 
+// Functions that the examples share.
+function sharedFunctions() {
+  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
+  if (typeof WScript.OpenFile === "undefined") {
+    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
+  }
+  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
+}
+eval(sharedFunctions());
+
+var ALREADY_THERE = 0x80030050 | 0;
 var NO_PADDING =
   "Raw RSA has no padding: equal data gives equal results, and small data is unsafe.";
-
-// Not every host has a standard error stream for scripts.
-function complain(text) {
-  var stream = null;
-  try {
-    stream = WScript.StdErr;
-  } catch (e) {}
-  if (stream) {
-    stream.WriteLine(text);
-  } else {
-    WScript.Echo(text);
-  }
-}
 
 function usage() {
   WScript.Echo("Usage: " + WScript.ScriptName + " BITS OUT.json");
@@ -29,41 +28,41 @@ function usage() {
   WScript.Quit(2);
 }
 
-function fail(text) {
-  throw new Error(1, text);
-}
-
-var number = new ActiveXObject("Vardeko.crypt.Number");
-
-function hexOf(bytes) {
-  number.Binary = bytes;
-  return number.Hex;
-}
-
-function exists(path) {
-  if (typeof WScript.OpenFile === "undefined") {
-    return new ActiveXObject("Scripting.FileSystemObject").FileExists(path);
+// The key file, which must be new, to write(text) or to discard().
+function newKeyFile(path) {
+  if (!hasFileStreams()) {
+    var files = new ActiveXObject("Scripting.FileSystemObject");
+    if (files.FileExists(path)) refuseKeyFile(path);
+    return {
+      write: function (text) {
+        var file = files.CreateTextFile(path, false);
+        file.Write(text);
+        file.Close();
+        complain("Beware: whoever may read the folder may read the key. Protect " + path + ".");
+      },
+      discard: function () {}
+    };
   }
+  var stream;
   try {
-    WScript.OpenFile(path, "r").Close();
-    return true;
+    stream = WScript.OpenFile(path, "wx", true);
   } catch (e) {
-    return e.number !== (0x80030002 | 0);
+    if (e.number === ALREADY_THERE) refuseKeyFile(path);
+    throw e;
   }
+  return {
+    write: function (text) {
+      var number = newNumber();
+      number.Text = text;
+      stream.Write(number.Binary);
+      stream.Close();
+    },
+    discard: function () { stream.Discard(); }
+  };
 }
 
-function writeText(path, text) {
-  if (typeof WScript.OpenFile === "undefined") {
-    var file = new ActiveXObject("Scripting.FileSystemObject").CreateTextFile(path, false);
-    file.Write(text);
-    file.Close();
-    return;
-  }
-  var stream = WScript.OpenFile(path, "w");
-  number.Text = text;
-  stream.Write(number.Binary);
-  stream.Commit();
-  stream.Close();
+function refuseKeyFile(path) {
+  fail(path + ": is there already, and may be a key that is still needed");
 }
 
 function keyText(rsa, bits) {
@@ -74,13 +73,18 @@ function keyText(rsa, bits) {
 }
 
 function makeKey(bits, path) {
-  if (exists(path)) fail(path + ": is there already, and may be a key that is still needed");
-  WScript.Echo("Making an RSA key of " + bits + " bits; nothing more is said until it is done.");
-  var rsa = new ActiveXObject("Vardeko.crypt.RSA");
-  var start = new Date().getTime();
-  rsa.CreateRandKeys(bits / 8, true);
-  var seconds = (new Date().getTime() - start) / 1000;
-  writeText(path, keyText(rsa, bits));
+  var file = newKeyFile(path), written = false;
+  try {
+    WScript.Echo("Making an RSA key of " + bits + " bits; nothing more is said until it is done.");
+    var rsa = new ActiveXObject("Vardeko.crypt.RSA");
+    var start = new Date().getTime();
+    rsa.CreateRandKeys(bits / 8, true);
+    var seconds = (new Date().getTime() - start) / 1000;
+    file.write(keyText(rsa, bits));
+    written = true;
+  } finally {
+    if (!written) file.discard();
+  }
   WScript.Echo("Done in " + seconds.toFixed(2) + " s. " + path + " holds the secret key.");
 }
 
@@ -92,7 +96,7 @@ function main() {
   try {
     makeKey(bits, words(1));
   } catch (e) {
-    complain(WScript.ScriptName + ": " + (e.description || e.message || "error " + e.number));
+    complain(WScript.ScriptName + ": " + describe(e));
     WScript.Quit(1);
   }
   WScript.Echo(NO_PADDING);

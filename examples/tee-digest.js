@@ -4,17 +4,26 @@
 //
 // Each output is written through a digesting stream of its own, and the input is read through one;
 // a digest that differs from the input's is named on standard error, and the exit status is then 1.
+//
+// The outputs that are there are replaced when all of them are written; a failure before leaves them
+// as they were.
 
-var PIECE = 1 << 20;
+// Functions that the examples share.
+function sharedFunctions() {
+  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
+  if (typeof WScript.OpenFile === "undefined") {
+    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
+  }
+  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
+}
+eval(sharedFunctions());
+
+var READ_AT_ONCE = 1 << 20;
 
 function usage() {
   WScript.Echo("Usage: " + WScript.ScriptName + " ALG IN OUT...");
   WScript.Echo("Copies IN to every OUT and prints the digest of each. ALG is MD5, SHA1 or SHA256.");
   WScript.Quit(2);
-}
-
-function complain(text) {
-  WScript.StdErr.WriteLine(WScript.ScriptName + ": " + text);
 }
 
 function digesting(direction, algorithm, stream) {
@@ -24,27 +33,40 @@ function digesting(direction, algorithm, stream) {
   return filter;
 }
 
+// Each output as {name, file, filter, stream}: the stream writes through the filter to the file.
+function openOutputs(algorithm, names) {
+  var outputs = [];
+  for (var i = 0; i < names.length; i++) {
+    var file = WScript.OpenFile(names[i], "w"), filter = digesting("Write", algorithm, file);
+    outputs.push({name: names[i], file: file, filter: filter, stream: WScript.StreamOf(filter)});
+  }
+  return outputs;
+}
+
+function copyAll(input, outputs, path, size) {
+  var report = progressOf(path, size), done = 0, bytes, i;
+  while ((bytes = input.Read(READ_AT_ONCE)).length > 0) {
+    for (i = 0; i < outputs.length; i++) outputs[i].stream.Write(bytes);
+    done += bytes.length;
+    report(done);
+  }
+  report();
+}
+
 function tee(algorithm, from, names) {
-  // An unknown algorithm must not cost the old content of the outputs.
+  refuseSameFiles([from], names);
+  // Refuses an unknown algorithm before any file is opened.
   digesting("Read", algorithm, null);
-  var source = digesting("Read", algorithm, WScript.OpenFile(from, "r"));
-  var outputs = [], streams = [], i, bytes;
-  for (i = 0; i < names.length; i++) {
-    if (names[i] === from) throw new Error(from + ": is both input and output");
-  }
-  for (i = 0; i < names.length; i++) {
-    outputs.push(digesting("Write", algorithm, WScript.OpenFile(names[i], "w")));
-    streams.push(WScript.StreamOf(outputs[i]));
-  }
-  var input = WScript.StreamOf(source);
-  while ((bytes = input.Read(PIECE)).length > 0) {
-    for (i = 0; i < streams.length; i++) streams[i].Write(bytes);
-  }
-  var status = 0;
+  var file = WScript.OpenFile(from, "r");
+  var source = digesting("Read", algorithm, file);
+  // What is not closed when the script fails is dropped by the host.
+  var outputs = openOutputs(algorithm, names), status = 0, i;
+  copyAll(WScript.StreamOf(source), outputs, from, file.Size);
+  for (i = 0; i < outputs.length; i++) outputs[i].file.Close();
   for (i = 0; i < outputs.length; i++) {
-    WScript.Echo(outputs[i].WriteValue.toLowerCase() + "  " + names[i]);
-    if (outputs[i].WriteValue !== source.ReadValue) {
-      complain(names[i] + ": differs from " + from);
+    WScript.Echo(outputs[i].filter.WriteValue.toLowerCase() + "  " + names[i]);
+    if (outputs[i].filter.WriteValue !== source.ReadValue) {
+      complain(WScript.ScriptName + ": " + names[i] + ": differs from " + from);
       status = 1;
     }
   }
@@ -57,14 +79,15 @@ function main() {
     WScript.Quit(2);
   }
   if (WScript.Arguments.length < 3) usage();
-  var names = [];
+  var names = [], status;
   for (var i = 2; i < WScript.Arguments.length; i++) names.push(WScript.Arguments(i));
   try {
-    WScript.Quit(tee(WScript.Arguments(0), WScript.Arguments(1), names));
+    status = tee(WScript.Arguments(0), WScript.Arguments(1), names);
   } catch (e) {
-    complain(e.description || e.message);
-    WScript.Quit(1);
+    complain(WScript.ScriptName + ": " + describe(e));
+    status = 1;
   }
+  WScript.Quit(status);
 }
 
 main();

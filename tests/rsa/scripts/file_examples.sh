@@ -115,7 +115,7 @@ refuses 'short: is cut short or damaged' rsa-decrypt.js key1024.json short out
 refuses 'nowhere: File not found' rsa-decrypt.js key1024.json nowhere out
 refuses 'nowhere: File not found' rsa-encrypt.js nowhere plain out
 refuses 'nowhere: File not found' rsa-encrypt.js key1024.json nowhere out
-refuses 'public.json: is an input too' rsa-encrypt.js public.json plain public.json
+refuses 'public.json: is both input and output' rsa-encrypt.js public.json plain public.json
 refuses 'plain: is no key file' rsa-encrypt.js plain plain out
 "$host" "$examples/rsa-keygen.js" 256 key256.json > out.txt || failed "keygen 256"
 refuses 'key256.json: the modulus is too short for an AES key' \

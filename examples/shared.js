@@ -1,0 +1,376 @@
+// Functions that the examples share: messages, options, keys, files. Each example evaluates this
+// file; it runs on every script host.
+//
+// Where a host offers WScript.OpenFile, files of any size are read and written in pieces, and what
+// is written takes the place of the old file only when it is complete. Elsewhere ADODB.Stream holds
+// a file in memory as a whole, so there is a limit to its size.
+
+var PIECE = 1 << 19;
+var LARGE = 16 * 1024 * 1024;
+var MOST_IN_MEMORY = 256 * 1024 * 1024;
+var MOST_KEY_TEXT = 65536;
+var CIPHER_KEY_BYTES = {AES: "16, 24 or 32", DES: "8, 16 or 24"};
+var KEY_OPTIONS = ["--key-file", "--key-env"];
+var KEY_USAGE = "In place of KEY: --key-file FILE or --key-env NAME, an environment variable.";
+
+// Messages.
+
+function fail(text) {
+  throw new Error(1, text);
+}
+
+function describe(error) {
+  return error.description || error.message || "error " + error.number;
+}
+
+// Not every host has a standard error stream for scripts.
+function standardError() {
+  try {
+    return WScript.StdErr || null;
+  } catch (e) {
+    return null;
+  }
+}
+
+function complain(text) {
+  var stream = standardError();
+  if (stream !== null) {
+    stream.WriteLine(text);
+  } else {
+    WScript.Echo(text);
+  }
+}
+
+function isTerminal(stream) {
+  try {
+    return stream !== null && stream.IsTerminal === true;
+  } catch (e) {
+    return false;
+  }
+}
+
+// Returns a function to call with the bytes done so far and, at the end, without. It shows the
+// progress of long work on a terminal.
+function progressOf(path, size) {
+  var stream = standardError(), shown = -1;
+  if (size <= LARGE || !isTerminal(stream)) return function () {};
+  return function (done) {
+    if (done === undefined) {
+      stream.Write("\n");
+      return;
+    }
+    var percent = Math.min(100, Math.floor(done / size * 100));
+    if (percent !== shown) stream.Write("\r" + path + ": " + percent + " %");
+    shown = percent;
+  };
+}
+
+// Arguments.
+
+// Splits the arguments into words and the values of the options named. Calls usage() for an option
+// without a value.
+function splitArguments(options, usage) {
+  var found = {words: []}, all = WScript.Arguments;
+  for (var i = 0; i < all.length; i++) {
+    if (!isOneOf(all(i), options)) {
+      found.words.push(all(i));
+    } else if (i + 1 === all.length || found.hasOwnProperty(all(i))) {
+      usage();
+    } else {
+      found[all(i)] = all(i + 1);
+      i++;
+    }
+  }
+  return found;
+}
+
+function isOneOf(text, list) {
+  for (var i = 0; i < list.length; i++) {
+    if (list[i] === text) return true;
+  }
+  return false;
+}
+
+// Takes the key out of the arguments: {text} of the word at `index`, {file} or {variable}.
+function takeKey(found, index, usage) {
+  var file = found["--key-file"], variable = found["--key-env"];
+  if (file !== undefined && variable !== undefined) usage();
+  if (file !== undefined) return {file: file};
+  if (variable !== undefined) return {variable: variable};
+  if (found.words.length <= index) usage();
+  return {text: found.words.splice(index, 1)[0]};
+}
+
+function environmentVariable(name) {
+  var text = typeof WScript.EnvironmentVariable !== "undefined"
+    ? WScript.EnvironmentVariable(name)
+    : new ActiveXObject("WScript.Shell").Environment("PROCESS")(name);
+  if (!text) fail("the environment variable " + name + " is not set");
+  return text;
+}
+
+// The hexadecimal digits of a key. Space around those of a file does not count.
+function keyDigits(key) {
+  var text = key.text;
+  if (key.variable !== undefined) text = environmentVariable(key.variable);
+  if (key.file !== undefined) text = readText(key.file).replace(/^\s+|\s+$/g, "");
+  if (!/^([0-9A-Fa-f][0-9A-Fa-f])*$/.test(text)) fail("the key is not whole bytes in hexadecimal");
+  return text;
+}
+
+// A key that is any bytes: text, or the bytes of a file without a line end behind them.
+function keyValue(key) {
+  if (key.variable !== undefined) return environmentVariable(key.variable);
+  if (key.file === undefined) return key.text;
+  var input = openInput(key.file), bytes, cut;
+  try {
+    bytes = input.size > MOST_KEY_TEXT ? null : input.read(MOST_KEY_TEXT);
+    if (bytes === null) fail(key.file + ": is no key file");
+    cut = /0d0a$/.test(hexOf(bytes)) ? 2 : /0a$/.test(hexOf(bytes)) ? 1 : 0;
+    return cut === 0 ? bytes : input.without(bytes, cut);
+  } finally {
+    input.close();
+  }
+}
+
+// A cipher object with algorithm and key. The bytes of the key go in as the 16-bit units of a text, which
+// the object takes as they are when its code page is negative: so the script needs no byte arrays.
+function makeCrypt(algorithm, hex) {
+  var crypt = new ActiveXObject("Vardeko.crypt.Symmetric");
+  try {
+    crypt.Init(algorithm);
+  } catch (e) {
+    fail(algorithm + ": " + describe(e) + " AES and DES are known, written exactly so.");
+  }
+  var size = hex.length / 2;
+  var units = "";
+  for (var i = 0; i + 4 <= hex.length; i += 4) {
+    units += String.fromCharCode(parseInt(hex.substr(i + 2, 2) + hex.substr(i, 2), 16));
+  }
+  crypt.codePage = -1;
+  try {
+    if (size % 2 !== 0) fail("");
+    crypt.Key = units;
+  } catch (e2) {
+    fail("a key of " + size + " bytes does not fit " + algorithm + ", which takes " +
+         CIPHER_KEY_BYTES[algorithm] + " bytes");
+  }
+  return crypt;
+}
+
+// Bytes.
+
+function newNumber() {
+  return new ActiveXObject("Vardeko.crypt.Number");
+}
+
+// Bytes to whole bytes of hexadecimal digits by way of a number, which loses zero bytes in front.
+function hexOf(bytes) {
+  var number = newNumber();
+  number.Binary = bytes;
+  if (number.Cmp(0) === 0) return "";
+  var hex = number.Hex.toLowerCase();
+  return hex.length % 2 === 0 ? hex : "0" + hex;
+}
+
+function bytesOf(hex) {
+  var number = newNumber();
+  number.Hex = hex;
+  return number.Binary;
+}
+
+// Files.
+
+function hasFileStreams() {
+  return typeof WScript.OpenFile !== "undefined";
+}
+
+function isSameFile(a, b) {
+  if (a === b) return true;
+  if (hasFileStreams()) return WScript.IsSameFile(a, b);
+  try {
+    var files = new ActiveXObject("Scripting.FileSystemObject");
+    return files.GetAbsolutePathName(a).toLowerCase() === files.GetAbsolutePathName(b).toLowerCase();
+  } catch (e) {
+    return false;
+  }
+}
+
+// Refuses a file to write that is also read, or written twice, by whatever name.
+function refuseSameFiles(inputs, outputs) {
+  for (var i = 0; i < outputs.length; i++) {
+    for (var j = 0; j < inputs.length; j++) {
+      if (inputs[j] !== undefined && isSameFile(inputs[j], outputs[i])) {
+        fail(outputs[i] + ": is both input and output");
+      }
+    }
+    for (j = 0; j < i; j++) {
+      if (isSameFile(outputs[j], outputs[i])) fail(outputs[i] + ": is to be written twice");
+    }
+  }
+}
+
+function openBinary() {
+  var binary;
+  try {
+    binary = new ActiveXObject("ADODB.Stream");
+  } catch (e) {
+    fail("this script host has neither WScript.OpenFile nor ADODB.Stream, so it cannot use files");
+  }
+  binary.Type = 1;
+  binary.Open();
+  return binary;
+}
+
+function loadBinary(path) {
+  var files = new ActiveXObject("Scripting.FileSystemObject");
+  if (files.FileExists(path) && files.GetFile(path).Size > MOST_IN_MEMORY) {
+    fail(path + ": has more than 256 MB, and this script host holds files in memory as a whole");
+  }
+  var binary = openBinary();
+  try {
+    binary.LoadFromFile(path);
+  } catch (e) {
+    fail(path + ": " + describe(e));
+  }
+  return binary;
+}
+
+// The file to read: path and size; read(n), null at the end; taken(), how many bytes were read;
+// without(bytes, n), the bytes of the only read without the last n; close().
+function openInput(path) {
+  if (hasFileStreams()) {
+    var stream = WScript.OpenFile(path, "r"), done = 0;
+    return {
+      path: path,
+      size: stream.Size,
+      read: function (n) {
+        var bytes = stream.Read(n);
+        done += bytes.length;
+        return bytes.length > 0 ? bytes : null;
+      },
+      taken: function () { return done; },
+      without: function (bytes, n) { return bytes.subarray(0, bytes.length - n); },
+      close: function () { stream.Close(); }
+    };
+  }
+  var binary = loadBinary(path);
+  return {
+    path: path,
+    size: binary.Size,
+    read: function (n) { return binary.EOS ? null : binary.Read(n); },
+    taken: function () { return binary.Position; },
+    without: function (bytes, n) {
+      var end = binary.Position - n;
+      binary.Position = 0;
+      return end > 0 ? binary.Read(end) : "";
+    },
+    close: function () { binary.Close(); }
+  };
+}
+
+function readText(path) {
+  var file = openInput(path), bytes;
+  try {
+    if (file.size > MOST_KEY_TEXT) fail(path + ": is no key file");
+    bytes = file.read(MOST_KEY_TEXT);
+  } finally {
+    file.close();
+  }
+  if (bytes === null) return "";
+  var number = newNumber();
+  number.Binary = bytes;
+  return number.Text;
+}
+
+// An RSA object with the numbers of a key file that `properties` names.
+function readRsaKey(path, properties) {
+  var text = readText(path);
+  var rsa = new ActiveXObject("Vardeko.crypt.RSA");
+  for (var name in properties) {
+    var found = new RegExp("\"" + name + "\"\\s*:\\s*\"([0-9a-fA-F]+)\"").exec(text);
+    if (found === null) fail(path + ": has no number " + name);
+    rsa[properties[name]] = bytesOf(found[1]);
+  }
+  return rsa;
+}
+
+// Writes what ADODB.Stream holds to a file beside `path`, which then takes its place.
+function saveBinary(binary, path) {
+  var files = new ActiveXObject("Scripting.FileSystemObject");
+  var folder = files.GetParentFolderName(files.GetAbsolutePathName(path));
+  var temporary = files.BuildPath(folder, files.GetTempName());
+  try {
+    binary.SaveToFile(temporary, 1);
+    if (files.FileExists(path)) files.DeleteFile(path);
+  } catch (e) {
+    if (files.FileExists(temporary)) files.DeleteFile(temporary);
+    fail(path + ": " + describe(e));
+  }
+  try {
+    files.MoveFile(temporary, path);
+  } catch (e2) {
+    fail(path + ": " + describe(e2) + " (the result is in " + temporary + ")");
+  }
+}
+
+// The file to write: write(bytes), finish() and discard(). Its first `most` bytes are kept; until
+// finish() the old file stays, and discard() leaves it for good.
+function openOutput(path, most) {
+  var done = 0;
+  if (hasFileStreams()) {
+    var stream = WScript.OpenFile(path, "w");
+    return {
+      write: function (bytes) {
+        var part = bytes.length > most - done ? bytes.subarray(0, most - done) : bytes;
+        if (stream.Write(part) !== part.length) fail(path + ": not all bytes could be written");
+        done += part.length;
+      },
+      finish: function () { stream.Close(); },
+      discard: function () { stream.Discard(); }
+    };
+  }
+  var binary = openBinary();
+  return {
+    write: function (bytes) { binary.Write(bytes); },
+    finish: function () {
+      if (binary.Size > most) {
+        binary.Position = most;
+        binary.SetEOS();
+      }
+      saveBinary(binary, path);
+      binary.Close();
+    },
+    discard: function () { binary.Close(); }
+  };
+}
+
+// Calls work(input, output) with the files, of which the output keeps its first most(input) bytes,
+// and puts the output in place unless the work fails.
+function withFiles(from, to, most, work) {
+  var input = openInput(from), output = null, finished = false;
+  try {
+    output = openOutput(to, most(input));
+    work(input, output);
+    output.finish();
+    finished = true;
+  } finally {
+    input.close();
+    if (output !== null && !finished) output.discard();
+  }
+  return input.size;
+}
+
+// Sends the rest of the file in pieces through transform(bytes, isLast) to the output.
+function pump(input, output, transform) {
+  var report = progressOf(input.path, input.size);
+  var bytes = input.read(PIECE), next;
+  while (bytes !== null) {
+    next = input.read(PIECE);
+    report(input.taken());
+    output.write(transform(bytes, next === null));
+    bytes = next;
+  }
+  report();
+  if (input.taken() !== input.size) fail(input.path + ": changed while it was read");
+}
