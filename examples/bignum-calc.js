@@ -45,7 +45,8 @@ function fail(text) {
 }
 
 // Numbers. An operand gives up its sign when it is read, so a value here is {minus, size} with a
-// PexBigNumber that is never below zero. Operands are passed as bytes, because zero has no text.
+// PexBigNumber that is never below zero. Operands are passed as bytes: an object would be read as its
+// decimal text, which may lose the top of very long numbers.
 
 var maker = new ActiveXObject("Vardeko.crypt.Number");
 

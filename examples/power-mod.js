@@ -48,7 +48,8 @@ function main() {
   var words = WScript.Arguments;
   if (words.length !== 3) usage();
   try {
-    // Operands go in as bytes: an object would be read as its decimal text, which zero has not.
+    // Operands go in as bytes: an object would be read as its decimal text, which may lose the top
+    // of very long numbers.
     var result = read(words(0)).ModExp(read(words(1)).Binary, read(words(2)).Binary);
     WScript.Echo(result.Cmp(0) === 0 ? "0" : result.Value);
   } catch (e) {
