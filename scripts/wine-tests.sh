@@ -135,7 +135,8 @@ both_hosts() {
   same "$name" "$work/$name.windows" "$work/$name.native"
 }
 
-# The tour, the examples that need no files, and the test scripts of both script languages.
+# The tour, the examples that need no files, what the others say without any, and the test scripts of
+# both script languages.
 scripts() {
   examples=$root/examples
   both_hosts tour "$examples/tour.js"
@@ -148,7 +149,11 @@ scripts() {
     170141183460469231731687303715884105727
   both_hosts power-mod "$examples/power-mod.js" 3 0x10000000000000001 1000000000000000003
   both_hosts hmac "$examples/hmac.js" SHA256 key -t "what do ya want for nothing?"
-  both_hosts hmac-usage "$examples/hmac.js"
+  export THE_KEY=secret
+  both_hosts hmac-env "$examples/hmac.js" --key-env THE_KEY MD5 -t text
+  for example in hmac hash-file encrypt-file decrypt-file rsa-keygen rsa-encrypt rsa-decrypt; do
+    both_hosts "$example-usage" "$examples/$example.js"
+  done
 
   for script in "$root"/tests/windows/scripts/*.js; do
     name=$(basename "$script" .js)

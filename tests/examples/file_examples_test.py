@@ -2,6 +2,7 @@
 import hashlib
 import hmac
 import os
+import pathlib
 import signal
 import stat
 import struct
@@ -356,6 +357,74 @@ class LongWork(ExampleTest):
                 process.returncode = os.waitstatus_to_exitcode(status)
                 self.assertEqual(process.returncode, 0)
                 self.assertLess(usage.ru_maxrss, 64 << 10)  # in KiB
+
+
+class MemoryHost(HostTest):
+    """Script hosts without file streams, played by memory_host.js."""
+
+    OLD = ["in=text", "out=old", "key=" + AES]
+    OLD_FILES = "in=74657874\nout=6f6c64\nkey=" + AES.encode().hex() + "\n"
+
+    def run_there(self, failing, example, *words, files=None):
+        return self.run_host(pathlib.Path(__file__).with_name("memory_host.js"), failing,
+                             *(files or self.OLD), "--", EXAMPLES / example, *words)
+
+    def encrypted(self):
+        self.write("in", b"text")
+        self.run_host(EXAMPLES / "encrypt-file.js", "AES", AES, "in", "encrypted")
+        return self.read("encrypted").hex()
+
+    def test_files(self):
+        run = self.run_there("none", "encrypt-file.js", "AES", "--key-file", "key", "in", "out")
+        self.assertEqual(run.returncode, 0, run)
+        self.assertIn("plain length: 4\n", run.stdout)
+        self.assertIn(f"\nout={self.encrypted()}\n", run.stdout)
+        self.assertNotIn("rad12345.tmp", run.stdout)
+        back = "in=" + "".join(map(chr, bytes.fromhex(self.encrypted())))
+        run = self.run_there("none", "decrypt-file.js", "--length", "4", "AES", AES, "in", "new",
+                             files=[back])
+        self.assertEqual(run.returncode, 0, run)
+        self.assertIn("\nnew=74657874\n", run.stdout)
+        run = self.run_there("none", "encrypt-file.js", "AES", AES, "in", "new", files=["in="])
+        self.assertIn("\nin=\nnew=\n", run.stdout)
+
+    def test_hmac(self):
+        run = self.run_there("none", "hmac.js", "SHA1", "--key-file", "k", "in",
+                             files=["in=text", "k=secret\r\n"])
+        self.assertIn(hmac.new(b"secret", b"text", "sha1").hexdigest() + "\n", run.stdout)
+
+    def test_failures_leave_the_old_file(self):
+        for failing in ("LoadFromFile", "Read", "Write", "SaveToFile"):
+            run = self.run_there(failing, "encrypt-file.js", "AES", AES, "in", "out")
+            self.assertEqual(run.returncode, 1, run)
+            self.assertIn(failing + " failed", run.stdout)
+            self.assertTrue(run.stdout.endswith(self.OLD_FILES), run.stdout)
+        # The old file is gone and the new one not yet there: it must not be lost.
+        run = self.run_there("MoveFile", "encrypt-file.js", "AES", AES, "in", "out")
+        self.assertEqual(run.returncode, 1, run)
+        self.assertIn("out: MoveFile failed (the result is in C:\\Work\\rad12345.tmp)", run.stdout)
+        self.assertIn(f"\nrad12345.tmp={self.encrypted()}\n", run.stdout)
+
+    def test_the_same_file(self):
+        for name in ("in", "IN", "c:\\work\\in"):
+            run = self.run_there("none", "encrypt-file.js", "AES", AES, "in", name)
+            self.assertEqual(run.returncode, 1, run)
+            self.assertIn(f"{name}: is both input and output\n", run.stdout)
+            self.assertTrue(run.stdout.endswith(self.OLD_FILES), run.stdout)
+
+    def test_large_files_are_refused(self):
+        for example, words in (("encrypt-file.js", ("AES", AES, "in", "out")),
+                               ("hash-file.js", ("MD5", "in"))):
+            run = self.run_there("none", example, *words, files=["in=huge", "out=old"])
+            self.assertEqual(run.returncode, 1, run)
+            self.assertIn("in: has more than 256 MB", run.stdout)
+            self.assertTrue(run.stdout.endswith("in=huge\nout=6f6c64\n"), run.stdout)
+
+    def test_key_files(self):
+        run = self.run_there("none", "rsa-keygen.js", "128", "out")
+        self.assertEqual(run.returncode, 1, run)
+        self.assertIn("out: is there already", run.stdout)
+        self.assertTrue(run.stdout.endswith(self.OLD_FILES), run.stdout)
 
 
 if __name__ == "__main__":
