@@ -4,6 +4,8 @@
 #include <openssl/aes.h>
 #include <openssl/evp.h>
 
+#include <array>
+
 #include "aes_kernels.h"
 #include "bench_ciphers.h"
 

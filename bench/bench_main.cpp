@@ -11,8 +11,10 @@
 #include <nettle/version.h>
 #include <openssl/crypto.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <regex>
 
 #include "bench_row.h"

@@ -3,6 +3,8 @@
 #include <nettle/des.h>
 #include <openssl/des.h>
 
+#include <array>
+
 #include "bench_ciphers.h"
 #include "des_kernels.h"
 

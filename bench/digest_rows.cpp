@@ -8,6 +8,8 @@
 #include <openssl/md5.h>
 #include <openssl/sha.h>
 
+#include <algorithm>
+
 #include "bench_bytes.h"
 #include "bench_digests.h"
 #include "hash_kernels.h"

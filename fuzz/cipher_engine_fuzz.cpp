@@ -5,6 +5,8 @@
 #include <openssl/aes.h>
 #include <openssl/des.h>
 
+#include <algorithm>
+
 #include "cipher_algorithms.h"
 #include "cipher_model.h"
 #include "fuzz_values.h"

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "memory_watch.h"
 #include "portable/test_hooks.h"
 #include "value_cases.h"

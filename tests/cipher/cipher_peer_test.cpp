@@ -3,6 +3,8 @@
 #include <openssl/des.h>
 #include <openssl/evp.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 
 #include "test_engines.h"

@@ -1,4 +1,5 @@
 // SymmetricCryptObject: its states, what each member does in them, and what it reports.
+#include <algorithm>
 #include <functional>
 #include <vector>
 

@@ -1,4 +1,5 @@
 #include <atomic>
+#include <chrono>
 #include <ctime>
 #include <thread>
 #include <vector>

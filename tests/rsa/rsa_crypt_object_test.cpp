@@ -1,4 +1,5 @@
 // RSACrypt through its interface's slots.
+#include <cstdio>
 #include <functional>
 #include <vector>
 
