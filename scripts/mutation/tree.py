@@ -10,8 +10,8 @@ import subprocess
 import time
 
 CONFIGURE = [
-    "-DCMAKE_BUILD_TYPE=Mutate", "-DCMAKE_CXX_FLAGS_MUTATE=-O1 -g0 -w",
-    "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold",
+    "-DMIROLTA_TESTS=ON", "-DCMAKE_BUILD_TYPE=Mutate", "-DCMAKE_CXX_FLAGS_MUTATE=-O1 -g0 -w",
+    "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld",
     # A program need not be linked again when the inside of a shared library changes.
     "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
 MEMORY_KB = 6 * 1024 * 1024
