@@ -16,6 +16,7 @@ table() {
 O0     | -O0 -funsigned-char |
 lto    | -O3 -flto=auto      |
 clang  | -O2                 | -DCMAKE_CXX_COMPILER=clang++
+libc++ | -O2 -stdlib=libc++  | -DCMAKE_CXX_COMPILER=clang++ -DMIROLTA_GTEST_SOURCE=/usr/src/googletest/googletest
 32-bit | -O2                 | --toolchain cmake/linux-i686.cmake -DMIROLTA_I386=build/i386
 ROWS
 }
@@ -45,7 +46,8 @@ run_row() {
     export GCONV_PATH="$root/build/i386/root/usr/lib/i386-linux-gnu/gconv"
   fi
   # shellcheck disable=SC2086  # $3 is a list of arguments
-  if ! { cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release "-DCMAKE_CXX_FLAGS_RELEASE=$2" $3 &&
+  if ! { cmake -S . -B "$build" -DMIROLTA_TESTS=ON -DCMAKE_COMPILE_WARNING_AS_ERROR=ON \
+    "-DCMAKE_CXX_FLAGS_RELEASE=$2" $3 &&
     cmake --build "$build" -j"$jobs"; } >"$log" 2>&1; then
     echo "no build (see $log)"
     return 1
