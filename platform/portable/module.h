@@ -9,6 +9,7 @@ constexpr DWORD DLL_PROCESS_ATTACH = 1;
 constexpr DWORD COINIT_MULTITHREADED = 0;
 constexpr DWORD COINIT_APARTMENTTHREADED = 2;
 constexpr INT MAX_PATH = 260;
+constexpr DWORD INFINITE = 0xFFFFFFFFu;
 
 typedef void* HRSRC;
 typedef LONG(WINAPI* FARPROC)();
@@ -29,8 +30,9 @@ MIROLTA_RUNTIME FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 MIROLTA_RUNTIME BOOL FreeLibrary(HMODULE module);
 
 // Class objects. A class is found through the registry's InprocServer32 entry; its module stays
-// loaded until CoFreeUnusedLibraries finds that its DllCanUnloadNow agrees.
+// loaded while the runtime is in it and until a clean-up finds that its DllCanUnloadNow agrees.
 MIROLTA_RUNTIME HRESULT CoInitializeEx(LPVOID reserved, DWORD model);
+// The last one unloads idle modules, at once those that only initialized threads have used.
 MIROLTA_RUNTIME void CoUninitialize();
 MIROLTA_RUNTIME HRESULT CoGetClassObject(REFCLSID id, DWORD context, LPVOID reserved, REFIID iid,
                                          LPVOID* out);
@@ -38,5 +40,10 @@ MIROLTA_RUNTIME HRESULT CoCreateInstance(REFCLSID id, IUnknown* outer, DWORD con
                                          LPVOID* out);
 MIROLTA_RUNTIME HRESULT CLSIDFromProgID(LPCOLESTR prog_id, CLSID* id);
 MIROLTA_RUNTIME HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* prog_id);
-MIROLTA_RUNTIME void CoFreeUnusedLibraries();
+// Unloads modules that have been idle for `delay` milliseconds, counted from the first clean-up
+// that found them so; any use begins that anew. A thread may still be at the end of its last
+// Release when a module first looks idle: 0 is for callers who know that no thread is. INFINITE is
+// the usual delay, ten minutes. While one thread cleans up, the same call by another does nothing.
+MIROLTA_RUNTIME void CoFreeUnusedLibrariesEx(DWORD delay, DWORD reserved);
+MIROLTA_RUNTIME void CoFreeUnusedLibraries();  // the usual delay
 }

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <mutex>
 
 #include "module_table.h"
@@ -11,12 +12,19 @@ namespace {
 using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
 using CanUnloadNow = HRESULT(STDAPICALLTYPE*)();
 
+using Clock = std::chrono::steady_clock;
+
 constexpr INT kGuidCapacity = 39;
+constexpr std::chrono::milliseconds kUsualDelay = std::chrono::minutes(10);
 
 // A module that was loaded for its classes.
 struct Server {
   Server* next = nullptr;
-  LONG users = 0;  // calls that are inside get_class_object now
+  LONG users = 0;          // calls of the runtime that are inside now
+  uint64_t uses = 0;       // all that ever were
+  bool is_shared = false;  // used by threads that had not initialized
+  bool is_idle = false;    // was so at the last clean-up, and not used since
+  Clock::time_point idle_since;
   HMODULE module = nullptr;
   GetClassObject get_class_object = nullptr;
   CanUnloadNow can_unload_now = nullptr;  // null: stays for good
@@ -31,6 +39,7 @@ struct Server {
 // No destructors: at the process's end the modules go with it.
 std::mutex g_lock;
 Server* g_servers = nullptr;
+bool g_cleaning = false;
 LONG g_initializations = 0;
 thread_local LONG t_initializations = 0;
 
@@ -76,37 +85,105 @@ HRESULT LoadServer(const WideText& file, Server** out) {
   return S_OK;
 }
 
-// UseServer finds or loads the module and keeps it from being unloaded until LeaveServer.
-HRESULT UseServer(const WideText& file, Server** out) {
-  {
-    const std::lock_guard<std::mutex> lock(g_lock);
-    *out = FindServer(file);
-    if (*out != nullptr) {
-      ++(*out)->users;
-      return S_OK;
-    }
-  }
-  // Not under the lock: a module's start may come back here.
-  Server* loaded = nullptr;
-  const HRESULT status = LoadServer(file, &loaded);
-  if (FAILED(status)) return status;
-  {
-    const std::lock_guard<std::mutex> lock(g_lock);
-    *out = FindServer(file);
-    if (*out == nullptr) {
-      Insert(loaded);
-      *out = loaded;
-      loaded = nullptr;
-    }
-    ++(*out)->users;
-  }
-  if (loaded != nullptr) loaded->Unload();  // another thread was first
-  return S_OK;
+// Under g_lock.
+Server* Use(Server* server) {
+  ++server->users;
+  ++server->uses;
+  server->is_idle = false;
+  if (t_initializations == 0) server->is_shared = true;
+  return server;
 }
 
-void LeaveServer(Server* server) {
-  const std::lock_guard<std::mutex> lock(g_lock);
-  --server->users;
+// ServerUse finds or loads a module and keeps it from being unloaded while it lives.
+class ServerUse {
+ public:
+  ServerUse() = default;
+  ServerUse(const ServerUse&) = delete;
+  ServerUse& operator=(const ServerUse&) = delete;
+  ~ServerUse() {
+    if (server_ == nullptr) return;
+    const std::lock_guard<std::mutex> lock(g_lock);
+    --server_->users;
+  }
+
+  HRESULT Begin(const WideText& file) {
+    {
+      const std::lock_guard<std::mutex> lock(g_lock);
+      if (Server* server = FindServer(file)) {
+        server_ = Use(server);
+        return S_OK;
+      }
+    }
+    // Not under the lock: a module's start may come back here.
+    Server* loaded = nullptr;
+    const HRESULT status = LoadServer(file, &loaded);
+    if (FAILED(status)) return status;
+    {
+      const std::lock_guard<std::mutex> lock(g_lock);
+      Server* server = FindServer(file);
+      if (server == nullptr) {
+        Insert(loaded);
+        server = loaded;
+        loaded = nullptr;
+      }
+      server_ = Use(server);
+    }
+    if (loaded != nullptr) loaded->Unload();  // another thread was first
+    return S_OK;
+  }
+
+  HRESULT GetClassObject(REFCLSID id, REFIID iid, void** out) const {
+    return server_->get_class_object(id, iid, out);
+  }
+
+ private:
+  Server* server_ = nullptr;
+};
+
+// Only clean-up takes servers out, one thread at a time.
+void Remove(Server* server) {
+  Server** link = &g_servers;
+  while (*link != server) link = &(*link)->next;
+  *link = server->next;
+}
+
+// Unloads what has been idle for delay(server). A module's count falls to zero before the thread
+// that lowered it has left the module's code, so a delay is what tells that it has. Once a module
+// looked idle, only the runtime leads into it again, and a use begins the delay anew.
+template <typename Delay>
+void FreeUnused(Delay delay) {
+  Server* unused = nullptr;
+  std::unique_lock<std::mutex> lock(g_lock);
+  if (g_cleaning) return;
+  g_cleaning = true;
+  for (Server* next = g_servers; next != nullptr;) {
+    Server* const server = next;
+    next = server->next;
+    if (server->can_unload_now == nullptr || server->users != 0) continue;
+    const uint64_t uses = server->uses;
+    // Not under the lock: it is the module's code.
+    lock.unlock();
+    const bool can_unload = server->can_unload_now() == S_OK;
+    lock.lock();
+    const Clock::time_point now = Clock::now();
+    if (!can_unload || server->uses != uses) {
+      server->is_idle = false;
+      continue;
+    }
+    if (!server->is_idle) server->idle_since = now;
+    server->is_idle = true;
+    if (now - server->idle_since < delay(*server)) continue;
+    Remove(server);
+    server->next = unused;
+    unused = server;
+  }
+  g_cleaning = false;
+  lock.unlock();
+  while (unused != nullptr) {
+    Server* const server = unused;
+    unused = server->next;
+    server->Unload();
+  }
 }
 
 // The status for a registry that could not answer; `missing` if it did and has no such entry.
@@ -122,6 +199,16 @@ LONG ReadClassEntry(REFCLSID id, LPCWSTR entry, WideText* text) {
   WideText path;
   const LONG error = SetText(&path, u"CLSID\\", id_text, u"\\", entry);
   return error == ERROR_SUCCESS ? ReadText(path.data(), nullptr, text) : error;
+}
+
+// Finds the module of a class, which `use` then holds, and asks it for the class object.
+HRESULT FindClassObject(REFCLSID id, DWORD context, REFIID iid, ServerUse* use, void** out) {
+  if ((context & CLSCTX_INPROC_SERVER) == 0) return REGDB_E_CLASSNOTREG;
+  WideText file;
+  const LONG error = ReadClassEntry(id, u"InprocServer32", &file);
+  if (error != ERROR_SUCCESS) return RegistryStatus(error, REGDB_E_CLASSNOTREG);
+  const HRESULT status = use->Begin(file);
+  return FAILED(status) ? status : use->GetClassObject(id, iid, out);
 }
 
 }  // namespace
@@ -144,30 +231,26 @@ extern "C" void CoUninitialize() {
     const std::lock_guard<std::mutex> lock(g_lock);
     last = --g_initializations == 0;
   }
-  if (last) CoFreeUnusedLibraries();
+  if (!last) return;
+  FreeUnused([](const Server& server) {
+    return server.is_shared ? kUsualDelay : std::chrono::milliseconds::zero();
+  });
 }
 
 extern "C" HRESULT CoGetClassObject(REFCLSID id, DWORD context, LPVOID, REFIID iid, LPVOID* out) {
   if (out == nullptr) return E_INVALIDARG;
   *out = nullptr;
-  if ((context & CLSCTX_INPROC_SERVER) == 0) return REGDB_E_CLASSNOTREG;
-  WideText file;
-  const LONG error = ReadClassEntry(id, u"InprocServer32", &file);
-  if (error != ERROR_SUCCESS) return RegistryStatus(error, REGDB_E_CLASSNOTREG);
-  Server* server = nullptr;
-  HRESULT status = UseServer(file, &server);
-  if (FAILED(status)) return status;
-  status = server->get_class_object(id, iid, out);
-  LeaveServer(server);
-  return status;
+  ServerUse use;
+  return FindClassObject(id, context, iid, &use, out);
 }
 
 extern "C" HRESULT CoCreateInstance(REFCLSID id, IUnknown* outer, DWORD context, REFIID iid,
                                     LPVOID* out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
+  ServerUse use;  // until the factory's last Release has returned
   void* object = nullptr;
-  HRESULT status = CoGetClassObject(id, context, nullptr, IID_IClassFactory, &object);
+  HRESULT status = FindClassObject(id, context, IID_IClassFactory, &use, &object);
   if (FAILED(status)) return status;
   if (object == nullptr) return E_NOINTERFACE;  // a module that says yes and gives nothing
   IClassFactory* factory = static_cast<IClassFactory*>(object);
@@ -201,32 +284,12 @@ extern "C" HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* prog_id) {
   return S_OK;
 }
 
+extern "C" void CoFreeUnusedLibrariesEx(DWORD delay, DWORD) {
+  const std::chrono::milliseconds wanted =
+      delay == INFINITE ? kUsualDelay : std::chrono::milliseconds(delay);
+  FreeUnused([wanted](const Server&) { return wanted; });
+}
+
 extern "C" void CoFreeUnusedLibraries() {
-  // Take the idle modules out of the table first: who needs one meanwhile loads it anew, and so
-  // keeps it by a reference of its own.
-  Server* idle = nullptr;
-  {
-    const std::lock_guard<std::mutex> lock(g_lock);
-    for (Server** link = &g_servers; *link != nullptr;) {
-      Server* server = *link;
-      if (server->users != 0 || server->can_unload_now == nullptr) {
-        link = &server->next;
-        continue;
-      }
-      *link = server->next;
-      server->next = idle;
-      idle = server;
-    }
-  }
-  while (idle != nullptr) {
-    Server* server = idle;
-    idle = server->next;
-    bool unload = server->can_unload_now() == S_OK;
-    if (!unload) {
-      const std::lock_guard<std::mutex> lock(g_lock);
-      unload = FindServer(server->file) != nullptr;  // loaded anew: this reference is one too many
-      if (!unload) Insert(server);
-    }
-    if (unload) server->Unload();
-  }
+  CoFreeUnusedLibrariesEx(INFINITE, 0);
 }

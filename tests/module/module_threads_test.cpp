@@ -8,6 +8,7 @@
 #include "all_at_once.h"
 #include "loaded_module.h"
 #include "portable/registry_mode.h"
+#include "run_time.h"
 
 namespace mirolta::test {
 namespace {
@@ -183,6 +184,7 @@ class ClassObjectThreadsTest : public testing::Test {
     ASSERT_EQ(do_register(), S_OK);
   }
   void TearDown() override {
+    CoFreeUnusedLibrariesEx(0, 0);
     CoUninitialize();
     EXPECT_FALSE(IsLoaded());
     MiroltaRegistryInMemory(FALSE);
@@ -211,42 +213,80 @@ TEST_F(ClassObjectThreadsTest, TheFirstCallsLoadItAndTheLastUnloadIt) {
     EXPECT_TRUE(IsLoaded());
     // All but one go; the module stays for it.
     AllAtOnce(7, [&](unsigned i) { objects[i].Reset(); });
-    AllAtOnce(8, [](unsigned) { CoFreeUnusedLibraries(); });
+    AllAtOnce(8, [](unsigned) { CoFreeUnusedLibrariesEx(0, 0); });
     EXPECT_TRUE(IsLoaded());
     EXPECT_EQ(objects[7]->Reset(), static_cast<HRESULT>(0x80042778));
     objects[7].Reset();
-    AllAtOnce(8, [](unsigned) { CoFreeUnusedLibraries(); });
+    AllAtOnce(8, [](unsigned) { CoFreeUnusedLibrariesEx(0, 0); });
     EXPECT_FALSE(IsLoaded());
   }
   SetErrorInfo(0, nullptr);
 }
 
-// Cleaning up takes away nothing that somebody is about to use. (Objects that end while others
-// clean up are their owners' to keep apart: the module cannot hold itself until its last
-// instruction.)
-TEST_F(ClassObjectThreadsTest, CleaningUpWhileOthersCreate) {
-  for (int round = 0; round < 20; ++round) {
-    std::vector<OwnedReference<IHashObject>> objects(4);
-    std::atomic<unsigned> creating{4};
-    AllAtOnce(8, [&](unsigned i) {
-      if (i < 4) {
-        objects[i] = Create();
-        EXPECT_EQ(objects[i]->Reset(), static_cast<HRESULT>(0x80042778));
-        SetErrorInfo(0, nullptr);
-        --creating;
+// Cleaning up takes away nothing that somebody is in or about to use: neither from under a creation
+// nor from under the last reference that goes.
+TEST_F(ClassObjectThreadsTest, CleaningUpWhileOthersCreateAndRelease) {
+  const RunTime time(1);
+  // Few of them, so that the module is often idle.
+  AllAtOnce(4, [&](unsigned i) {
+    for (unsigned round = 0; !time.IsOver(); ++round) {
+      if (i < 2) {
+        OwnedReference<IHashObject> object = Create();
+        ASSERT_TRUE(object);
+        if (round % 8 == 0) {
+          EXPECT_EQ(object->Reset(), static_cast<HRESULT>(0x80042778));
+          SetErrorInfo(0, nullptr);
+        }
+        object.Reset();
       } else {
-        while (creating != 0) CoFreeUnusedLibraries();
+        CoFreeUnusedLibraries();
       }
-    });
-    for (OwnedReference<IHashObject>& object : objects) {
-      LONG size = 1;
-      EXPECT_EQ(object->get_codePage(&size), S_OK);
-      EXPECT_EQ(size, 0);
-      object.Reset();
     }
-    CoFreeUnusedLibraries();
-    EXPECT_FALSE(IsLoaded());
-  }
+  });
+}
+
+// The module goes once nobody has used it for the delay, and comes back for the next one. Between
+// the rounds all threads are outside; within them clean-up goes on.
+TEST_F(ClassObjectThreadsTest, CleaningUpUnloadsAfterTheDelay) {
+  constexpr DWORD kDelay = 500;  // more than any thread is kept waiting inside its last release
+  const RunTime time(2);
+  std::atomic<bool> over{false};
+  std::thread cleaner([&] {
+    while (!over) {
+      CoFreeUnusedLibrariesEx(kDelay, 0);
+      std::this_thread::yield();
+    }
+  });
+  do {
+    AllAtOnce(4, [&](unsigned) {
+      for (int i = 0; i < 200; ++i) EXPECT_TRUE(Create());
+    });
+    EXPECT_TRUE(IsLoaded());
+    for (const RunTime limit(30); IsLoaded() && !limit.IsOver();) std::this_thread::yield();
+    ASSERT_FALSE(IsLoaded());
+  } while (!time.IsOver());
+  over = true;
+  cleaner.join();
+}
+
+TEST_F(ClassObjectThreadsTest, TheDelayBeginsAnewWithEveryUse) {
+  constexpr DWORD kDelay = 1500;
+  const auto wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1000)); };
+  Create();
+  CoFreeUnusedLibrariesEx(kDelay, 0);
+  wait();
+  Create();
+  CoFreeUnusedLibrariesEx(kDelay, 0);
+  wait();
+  CoFreeUnusedLibrariesEx(kDelay, 0);  // too late after the first look, not after the second
+  EXPECT_TRUE(IsLoaded());
+  // Without a delay of its own it is minutes.
+  wait();
+  CoFreeUnusedLibraries();
+  CoFreeUnusedLibrariesEx(INFINITE, 0);
+  EXPECT_TRUE(IsLoaded());
+  CoFreeUnusedLibrariesEx(0, 0);
+  EXPECT_FALSE(IsLoaded());
 }
 
 TEST(ModuleThreadsTest, TypeInformationOutlivesTheModule) {

@@ -153,7 +153,7 @@ TEST(Modules, ThePlatformsOwnLibrariesAreThisRuntime) {
 class ClassObjects : public RegistryTest {
  protected:
   ClassObjects() { Register(kModuleFile); }
-  ~ClassObjects() override { CoFreeUnusedLibraries(); }
+  ~ClassObjects() override { CoFreeUnusedLibrariesEx(0, 0); }
 
   static void SetDefault(const std::u16string& path, const std::string& text) {
     HKEY key = nullptr;
@@ -190,11 +190,11 @@ TEST_F(ClassObjects, AreCreatedAndTheirModuleUnloads) {
   IUnknown* object = nullptr;
   ASSERT_EQ(Create(&object), S_OK);
   EXPECT_TRUE(ModuleIsLoaded());
-  CoFreeUnusedLibraries();
+  CoFreeUnusedLibrariesEx(0, 0);
   EXPECT_TRUE(ModuleIsLoaded());  // in use
   EXPECT_EQ(object->Release(), 0u);
   EXPECT_TRUE(ModuleIsLoaded());
-  CoFreeUnusedLibraries();
+  CoFreeUnusedLibrariesEx(0, 0);
   EXPECT_FALSE(ModuleIsLoaded());
   ASSERT_EQ(Create(&object), S_OK);  // and loads again
   object->Release();
@@ -207,11 +207,11 @@ TEST_F(ClassObjects, FactoriesAndLocksKeepTheModule) {
   IClassFactory* factory = static_cast<IClassFactory*>(out);
   factory->LockServer(TRUE);
   IClassFactory* again = factory;
-  CoFreeUnusedLibraries();
+  CoFreeUnusedLibrariesEx(0, 0);
   EXPECT_TRUE(ModuleIsLoaded());
   again->LockServer(FALSE);
   again->Release();
-  CoFreeUnusedLibraries();
+  CoFreeUnusedLibrariesEx(0, 0);
   EXPECT_FALSE(ModuleIsLoaded());
 }
 
@@ -288,6 +288,76 @@ TEST_F(ClassObjects, InitializingCounts) {
   CoUninitialize();                // one too many does nothing
 }
 
+// A thread that never initialized may still be inside a module when the last one that did is done.
+TEST_F(ClassObjects, TheLastUninitializingKeepsWhatOtherThreadsUsed) {
+  EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+  std::thread([] {
+    IUnknown* object = nullptr;
+    ASSERT_EQ(Create(&object), S_OK);
+    object->Release();
+  }).join();
+  CoUninitialize();
+  EXPECT_TRUE(ModuleIsLoaded());
+  CoFreeUnusedLibrariesEx(0, 0);
+  EXPECT_FALSE(ModuleIsLoaded());
+}
+
+// Sets what the loaded module calls once at one of its hooks.
+void SetHook(LPCSTR hook, void (*call)()) {
+  const HMODULE module = LoadLibraryW(Wide(kModuleFile).c_str());
+  using Setter = void (*)(void (*)());
+  const Setter set =
+      reinterpret_cast<Setter>(reinterpret_cast<void (*)()>(GetProcAddress(module, hook)));
+  ASSERT_NE(set, nullptr);
+  set(call);
+  FreeLibrary(module);
+}
+
+// A module's DllCanUnloadNow may clean up itself.
+TEST_F(ClassObjects, CleaningUpMayComeBack) {
+  IUnknown* object = nullptr;
+  ASSERT_EQ(Create(&object), S_OK);
+  SetHook("TestModuleOnCanUnload", [] { CoFreeUnusedLibrariesEx(0, 0); });
+  object->Release();
+  CoFreeUnusedLibrariesEx(0, 0);
+  EXPECT_FALSE(ModuleIsLoaded());
+}
+
+// One that is entered while it says that it is idle stays.
+TEST_F(ClassObjects, AUseDuringTheQuestionKeepsTheModule) {
+  IUnknown* object = nullptr;
+  ASSERT_EQ(Create(&object), S_OK);
+  static IUnknown* entered = nullptr;
+  SetHook("TestModuleOnCanUnload", [] { ASSERT_EQ(Create(&entered), S_OK); });
+  object->Release();
+  CoFreeUnusedLibrariesEx(0, 0);
+  ASSERT_TRUE(ModuleIsLoaded());
+  EXPECT_EQ(entered->Release(), 0u);
+}
+
+// Clean-up at the moment when the module counts nothing any more and a thread is still inside.
+TEST_F(ClassObjects, AModuleStaysUntilTheLastReleaseIsDone) {
+  IUnknown* object = nullptr;
+  ASSERT_EQ(Create(&object), S_OK);
+  SetHook("TestModuleOnReleased", [] { CoFreeUnusedLibraries(); });
+  EXPECT_EQ(object->Release(), 0u);
+  EXPECT_TRUE(ModuleIsLoaded());
+}
+
+// The runtime's own calls hold the module without any delay.
+TEST_F(ClassObjects, AModuleStaysUntilItsFactoryIsReleased) {
+  IUnknown* object = nullptr;
+  ASSERT_EQ(Create(&object), S_OK);
+  object->Release();
+  // The object that does not have the interface goes first, then the factory.
+  SetHook("TestModuleOnReleased",
+          [] { SetHook("TestModuleOnReleased", [] { CoFreeUnusedLibrariesEx(0, 0); }); });
+  void* none = nullptr;
+  EXPECT_EQ(CoCreateInstance(kTestClass, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &none),
+            E_NOINTERFACE);
+  EXPECT_TRUE(ModuleIsLoaded());
+}
+
 TEST_F(ClassObjects, ManyThreadsCreateWhileModulesAreFreed) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
@@ -298,14 +368,14 @@ TEST_F(ClassObjects, ManyThreadsCreateWhileModulesAreFreed) {
       for (int n = 0; n < 50; ++n) {
         IUnknown* object = nullptr;
         ASSERT_EQ(Create(&object), S_OK);
-        CoFreeUnusedLibraries();
+        CoFreeUnusedLibrariesEx(0, 0);
         EXPECT_EQ(object->Release(), 0u);
       }
       kept->Release();
     });
   }
   for (std::thread& thread : threads) thread.join();
-  CoFreeUnusedLibraries();
+  CoFreeUnusedLibrariesEx(0, 0);
   EXPECT_FALSE(ModuleIsLoaded());
 }
 
@@ -318,7 +388,7 @@ TEST_F(ClassObjects, EveryShortAllocationIsReported) {
     const bool failed = MiroltaAllocationHasFailed();
     MiroltaFailAllocationAfter(-1);
     if (object != nullptr) object->Release();
-    CoFreeUnusedLibraries();
+    CoFreeUnusedLibrariesEx(0, 0);
     if (!failed) {
       EXPECT_EQ(status, S_OK);
       break;

@@ -14,6 +14,15 @@ namespace mirolta {
 namespace {
 
 std::atomic<LONG> g_count = 0;
+void (*g_on_can_unload)() = nullptr;
+void (*g_on_released)() = nullptr;
+
+// Makes a call that a test asked for, once.
+void Call(void (*&hook)()) {
+  void (*const call)() = hook;
+  hook = nullptr;
+  if (call != nullptr) call();
+}
 
 constexpr StringResource kStrings[] = {{100, u"Test module"}, {101, u""}, {65535, u"last"}};
 constexpr BYTE kBytes[] = {1, 2, 3};
@@ -52,6 +61,7 @@ class Factory final : public IClassFactory {
       this->~Factory();
       ::operator delete(this);
       --g_count;
+      Call(g_on_released);
     }
     return static_cast<ULONG>(left);
   }
@@ -85,6 +95,8 @@ class Factory final : public IClassFactory {
 EXPORT HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out);
 EXPORT HRESULT DllCanUnloadNow();
 EXPORT HINSTANCE TestModuleHandle();
+EXPORT void TestModuleOnCanUnload(void (*call)());
+EXPORT void TestModuleOnReleased(void (*call)());
 
 EXPORT HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out) {
   using namespace mirolta;
@@ -99,7 +111,19 @@ EXPORT HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void** out) {
 }
 
 EXPORT HRESULT DllCanUnloadNow() {
-  return mirolta::g_count.load() == 0 ? S_OK : S_FALSE;
+  const bool idle = mirolta::g_count.load() == 0;
+  mirolta::Call(mirolta::g_on_can_unload);
+  return idle ? S_OK : S_FALSE;
+}
+
+// What happens once inside the next last Release, when nothing is counted any more.
+EXPORT void TestModuleOnReleased(void (*call)()) {
+  mirolta::g_on_released = call;
+}
+
+// What happens once inside the next DllCanUnloadNow, after it has counted.
+EXPORT void TestModuleOnCanUnload(void (*call)()) {
+  mirolta::g_on_can_unload = call;
 }
 
 EXPORT HINSTANCE TestModuleHandle() {
