@@ -256,8 +256,7 @@ extern "C" LONG RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kEnumerate, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  const RegistryKey* child = key->first_child();
-  while (child != nullptr && index-- != 0) child = child->next();
+  const RegistryKey* child = key->ChildAt(index);
   if (child == nullptr) return ERROR_NO_MORE_ITEMS;
   // Keys have no classes and no times here.
   if (key_class != nullptr && class_length != nullptr && *class_length != 0) key_class[0] = 0;
@@ -276,11 +275,10 @@ extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   RegistryKey* key = nullptr;
   LONG error = FindKey(use, handle, kQuery, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  const RegistryValue* value = key->first_value();
-  while (value != nullptr && (value->is_comment || index-- != 0)) value = value->next;
+  const RegistryValue* value = key->ValueAt(index);
   if (value == nullptr) return ERROR_NO_MORE_ITEMS;
   const DWORD room = *length;
-  error = GiveName(ViewOf(value->name), name, length);
+  error = GiveName(value->name(), name, length);
   if (error != ERROR_SUCCESS) return error;
   error = GiveData(*value, type, data, size);
   if (error != ERROR_SUCCESS) *length = room;

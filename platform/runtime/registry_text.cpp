@@ -266,7 +266,7 @@ bool PutValue(RuntimeArray<char>* text, const RegistryValue& value) {
     return text->Append(reinterpret_cast<const char*>(value.data.data()), value.data.size()) &&
            text->Append('\n');
   }
-  if (!(value.name.empty() ? text->Append('@') : PutQuoted(text, ViewOf(value.name)))) return false;
+  if (!(value.name().size == 0 ? text->Append('@') : PutQuoted(text, value.name()))) return false;
   if (!text->Append('=')) return false;
   const size_t column = text->size() - begin;
   if (IsTextType(value.type)) {
@@ -297,7 +297,7 @@ bool PutKey(RuntimeArray<char>* text, const RegistryKey& key) {
   if (!outermost && !(is_root && key.first_value() == nullptr)) {
     if (!Put(text, "\n[") || !PutPath(text, key) || !Put(text, "]\n")) return false;
   }
-  for (const RegistryValue* value = key.first_value(); value != nullptr; value = value->next) {
+  for (const RegistryValue* value = key.first_value(); value != nullptr; value = value->next()) {
     if (!PutValue(text, *value)) return false;
   }
   for (const RegistryKey* child = key.first_child(); child != nullptr; child = child->next()) {

@@ -26,6 +26,12 @@ bool SameName(NameView a, NameView b) {
   return true;
 }
 
+uint32_t NameHash(NameView name) {  // FNV-1a
+  uint32_t hash = 2166136261u;
+  for (size_t i = 0; i < name.size; ++i) hash = (hash ^ Folded(name.text[i])) * 16777619u;
+  return hash;
+}
+
 bool TakeName(NameView* path, NameView* name) {
   while (path->size != 0 && *path->text == u'\\') {
     ++path->text;
@@ -48,65 +54,47 @@ bool HasControls(NameView name) {
 }
 
 RegistryKey::~RegistryKey() {
-  while (first_child_ != nullptr) RemoveChild(first_child_);
-  while (first_value_ != nullptr) {
-    RegistryValue* value = first_value_;
-    first_value_ = value->next;
+  while (!children_.empty()) RemoveChild(children_.first());
+  while (RegistryValue* value = values_.first()) {
+    values_.Remove(value);
     DeleteRuntime(value);
   }
-}
-
-RegistryKey* RegistryKey::FindChild(NameView name) {
-  RegistryKey* child = first_child_;
-  while (child != nullptr && !SameName(child->name(), name)) child = child->next_;
-  return child;
 }
 
 RegistryKey* RegistryKey::AddChild(NameView name) {
   RegistryKey* child = NewRuntime<RegistryKey>();
   if (child == nullptr) return nullptr;
-  if (!child->name_.Append(name.text, name.size)) {
+  if (!child->name_.Append(name.text, name.size) || !children_.Append(child)) {
     DeleteRuntime(child);
     return nullptr;
   }
   child->parent_ = this;
-  RegistryKey** link = &first_child_;
-  while (*link != nullptr) link = &(*link)->next_;
-  *link = child;
   return child;
 }
 
 void RegistryKey::RemoveChild(RegistryKey* child) {
-  RegistryKey** link = &first_child_;
-  while (*link != child) link = &(*link)->next_;
-  *link = child->next_;
+  children_.Remove(child);
   DeleteRuntime(child);
 }
 
-const RegistryValue* RegistryKey::FindValue(NameView name) const {
-  const RegistryValue* value = first_value_;
-  while (value != nullptr &&
-         (value->is_comment || !SameName({value->name.data(), value->name.size()}, name))) {
-    value = value->next;
-  }
-  return value;
+bool RegistryKey::AddValue(RegistryValue* value, bool first) {
+  if (first ? values_.Prepend(value) : values_.Append(value)) return true;
+  DeleteRuntime(value);
+  return false;
 }
 
 bool RegistryKey::SetValue(NameView name, DWORD type, const BYTE* data, size_t size) {
   RuntimeArray<BYTE> copy;
   if (!copy.Append(data, size)) return false;
-  RegistryValue* value = const_cast<RegistryValue*>(FindValue(name));  // this key's own
+  RegistryValue* value = values_.Find(name);
   if (value == nullptr) {
     value = NewRuntime<RegistryValue>();
     if (value == nullptr) return false;
-    if (!value->name.Append(name.text, name.size)) {
+    if (!value->name_text.Append(name.text, name.size)) {
       DeleteRuntime(value);
       return false;
     }
-    RegistryValue** link = &first_value_;
-    while (name.size != 0 && *link != nullptr) link = &(*link)->next;
-    value->next = *link;
-    *link = value;
+    if (!AddValue(value, name.size == 0)) return false;
   }
   value->type = type;
   value->data.Swap(copy);
@@ -122,20 +110,34 @@ bool RegistryKey::AddComment(const char* text, size_t size) {
     return false;
   }
   std::memcpy(comment->data.data(), text, size);
-  RegistryValue** link = &first_value_;
-  while (*link != nullptr) link = &(*link)->next;
-  *link = comment;
-  return true;
+  return AddValue(comment, false);
 }
 
 bool RegistryKey::RemoveValue(NameView name) {
-  const RegistryValue* found = FindValue(name);
-  if (found == nullptr) return false;
-  RegistryValue** link = &first_value_;
-  while (*link != found) link = &(*link)->next;
-  RegistryValue* removed = *link;
-  *link = removed->next;
-  DeleteRuntime(removed);
+  RegistryValue* value = values_.Find(name);
+  if (value == nullptr) return false;
+  values_.Remove(value);
+  DeleteRuntime(value);
+  return true;
+}
+
+bool RegistryKey::CopyTo(RegistryKey* copy) const {
+  for (const RegistryValue* value = first_value(); value != nullptr; value = value->next()) {
+    RegistryValue* added = NewRuntime<RegistryValue>();
+    if (added == nullptr) return false;
+    added->is_comment = value->is_comment;
+    added->type = value->type;
+    if (!added->name_text.Append(value->name_text.data(), value->name_text.size()) ||
+        !added->data.Append(value->data.data(), value->data.size())) {
+      DeleteRuntime(added);
+      return false;
+    }
+    if (!copy->AddValue(added, false)) return false;
+  }
+  for (const RegistryKey* child = first_child(); child != nullptr; child = child->next()) {
+    RegistryKey* added = copy->AddChild(child->name());
+    if (added == nullptr || !child->CopyTo(added)) return false;
+  }
   return true;
 }
 

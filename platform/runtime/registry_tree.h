@@ -2,8 +2,8 @@
 // came.
 #pragma once
 
+#include "named_list.h"
 #include "portable/registry.h"
-#include "runtime_array.h"
 
 namespace mirolta {
 
@@ -19,23 +19,18 @@ constexpr bool IsTextType(DWORD type) {
   return type == REG_SZ || type == REG_EXPAND_SZ || type == kRegMultiText;
 }
 
-// Text that is not owned and not terminated.
-struct NameView {
-  const WCHAR* text;
-  size_t size;
-};
-
-// SameName compares names letter case aside.
-bool SameName(NameView a, NameView b);
-
 // A value, or a comment line that the file has at this place; a comment's text is its data.
 // Texts are kept as 16-bit characters in this processor's byte order, terminator included.
 struct RegistryValue {
-  RegistryValue* next = nullptr;
+  NamedListLinks<RegistryValue> links;
   bool is_comment = false;
   DWORD type = REG_NONE;
-  RuntimeArray<WCHAR> name;  // empty: the default value
+  RuntimeArray<WCHAR> name_text;  // empty: the default value
   RuntimeArray<BYTE> data;
+
+  NameView name() const { return {name_text.data(), name_text.size()}; }
+  bool HasName() const { return !is_comment; }
+  RegistryValue* next() const { return links.next; }
 };
 
 // RegistryKey owns its values and the keys below it.
@@ -48,22 +43,30 @@ class RegistryKey {
 
   RegistryKey* parent() { return parent_; }
   const RegistryKey* parent() const { return parent_; }
-  const RegistryKey* next() const { return next_; }
-  const RegistryKey* first_child() const { return first_child_; }
-  const RegistryValue* first_value() const { return first_value_; }
+  const RegistryKey* next() const { return links.next; }
+  const RegistryKey* first_child() const { return children_.first(); }
+  const RegistryValue* first_value() const { return values_.first(); }
   NameView name() const { return {name_.data(), name_.size()}; }
+  bool HasName() const { return true; }
 
-  RegistryKey* FindChild(NameView name);
+  // By index, null if there are not so many; comments do not count.
+  const RegistryKey* ChildAt(DWORD index) const { return children_.At(index); }
+  const RegistryValue* ValueAt(DWORD index) const { return values_.At(index); }
+  RegistryKey* FindChild(NameView name) const { return children_.Find(name); }
   // Adds a key after the others; null if memory is short.
   RegistryKey* AddChild(NameView name);
   void RemoveChild(RegistryKey* child);
 
-  const RegistryValue* FindValue(NameView name) const;
+  const RegistryValue* FindValue(NameView name) const { return values_.Find(name); }
   // Sets a value, replacing one of that name at its place. A new default value comes first, others
   // last. False if memory is short; the key is then as it was.
   [[nodiscard]] bool SetValue(NameView name, DWORD type, const BYTE* data, size_t size);
   [[nodiscard]] bool AddComment(const char* text, size_t size);
   bool RemoveValue(NameView name);
+
+  // CopyTo adds copies of the values and keys to the empty key `copy`; false if memory is short,
+  // with some of them added.
+  [[nodiscard]] bool CopyTo(RegistryKey* copy) const;
 
   // FindPath follows names parted by backslashes; null if one is missing.
   RegistryKey* FindPath(NameView path);
@@ -72,11 +75,14 @@ class RegistryKey {
   // characters, and for keys too deep. After a failure the tree is as it was.
   LONG MakePath(NameView path, RegistryKey** key, bool* made);
 
+  NamedListLinks<RegistryKey> links;  // the list's own
+
  private:
+  [[nodiscard]] bool AddValue(RegistryValue* value, bool first);
+
   RegistryKey* parent_ = nullptr;
-  RegistryKey* next_ = nullptr;
-  RegistryKey* first_child_ = nullptr;
-  RegistryValue* first_value_ = nullptr;
+  NamedList<RegistryKey> children_;
+  NamedList<RegistryValue> values_;
   RuntimeArray<WCHAR> name_;
 };
 

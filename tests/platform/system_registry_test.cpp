@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 
 #include <cstring>
+#include <ctime>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -344,6 +346,56 @@ TEST_F(Registry, ReadsTheEditorsForm) {
             "REGEDIT4\n; kept\n\n[HKEY_CLASSES_ROOT\\K]\n@=\"default\"\n; about the next\n"
             "\"a\\\\b\\\"\"=\"C:\\\\x\"\n\"n\"=dword:0000002a\n\"h\"=hex:01,02,03\n"
             "\"x\"=hex(2):25,78,25,00\n\"new\"=\"y\"\n\n[HKEY_OTHER\\Kept]\n\"v\"=hex(b):01,00\n");
+}
+
+// The time that loading, looking up, enumerating and changing take grows with the file, not with
+// its square.
+TEST_F(Registry, LargeFilesAreReadInLinearTime) {
+  constexpr int kCount = 40000;
+  const std::function<std::string(int)> lines[] = {
+      [](int i) { return "[HKEY_CLASSES_ROOT\\K\\Key" + std::to_string(i) + "]\n@=\"text\"\n"; },
+      [](int i) { return "\"Name" + std::to_string(i) + "\"=\"text\"\n"; },
+      [](int) { return "; a line that is kept\n"; },
+  };
+  for (const auto& line : lines) {
+    std::string text = "REGEDIT4\n[HKEY_CLASSES_ROOT\\K]\n";
+    for (int i = 0; i < kCount; ++i) text += line(i);
+    WriteFile(file_, text);
+    const std::clock_t begin = std::clock();
+    EXPECT_EQ(OpenStatus(u"K"), ERROR_SUCCESS);
+    const Key key(u"K");
+    EXPECT_EQ(SubkeysOf(key).size() + ValuesOf(key).size(), &line == &lines[2] ? 0u : kCount);
+    EXPECT_EQ(SetText(key, u"Name39999", u"other"), ERROR_SUCCESS);
+    EXPECT_EQ(GetText(key, u"name39999"), u"other");
+    const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+    EXPECT_LT(seconds, 5) << line(0);
+  }
+}
+
+TEST_F(Registry, ManyNamesAreFoundAndGo) {
+  const Key key(u"K");
+  EXPECT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
+  for (int i = 0; i < 100; ++i) {
+    const std::u16string name = u"Name\u00C4" + Wide(std::to_string(i));
+    const Key below(name, key);
+    EXPECT_EQ(SetText(key, name.c_str(), Wide(std::to_string(i))), ERROR_SUCCESS);
+  }
+  for (int i = 0; i < 100; i += 3) {
+    const std::u16string name = u"nAME\u00E4" + Wide(std::to_string(i));
+    EXPECT_EQ(RegDeleteKeyW(key, name.c_str()), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteValueW(key, name.c_str()), ERROR_SUCCESS);
+  }
+  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
+  Names left;
+  for (int i = 0; i < 100; ++i) {
+    const std::u16string name = u"NAME\u00E4" + Wide(std::to_string(i));
+    const bool gone = i % 3 == 0;
+    EXPECT_EQ(OpenStatus(u"k\\" + name), gone ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS) << i;
+    EXPECT_EQ(GetText(key, name.c_str()), gone ? u"<2>" : Wide(std::to_string(i))) << i;
+    if (!gone) left.push_back(Narrow(u"Name\u00C4" + Wide(std::to_string(i))));
+  }
+  EXPECT_EQ(SubkeysOf(key), left);
+  EXPECT_EQ(ValuesOf(key), left);
 }
 
 TEST_F(Registry, MalformedFilesAreRefusedAndKept) {
