@@ -9,9 +9,13 @@ extern "C" {
 // Errors: ERROR_OUTOFMEMORY, with nothing changed.
 MIROLTA_RUNTIME LONG MiroltaRegistryInMemory(BOOL in_memory);
 
-// Between TRUE and FALSE (they nest) changes are collected and the file stays locked; the last
-// FALSE writes them all at once and returns whether that went well. Makes a registration one
-// change, on the disk whole or not at all.
+// Between TRUE and FALSE (they nest) the changes that this thread makes are collected: it sees
+// them, nobody else does. Nothing is locked meanwhile. The last FALSE makes them all again on what
+// the registry is by then, writes the result at once, whole or not at all, and returns whether that
+// went well; where others have changed the same, the batch has the last word. A thread that ends
+// within a batch gives it up. Errors: those of reading and writing the file;
+// ERROR_INVALID_PARAMETER for FALSE without TRUE on
+//         this thread.
 MIROLTA_RUNTIME LONG MiroltaRegistryBatch(BOOL begin);
 
 // For messages: the file's name, its length returned (0 if there is none or it does not fit), and

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "file_trust.h"
 #include "module_table.h"
 #include "utf8_text.h"
 
@@ -105,11 +106,11 @@ void* OpenSelf() {
   return library != nullptr ? library : dlopen(nullptr, RTLD_NOW);
 }
 
-void* OpenByName(const char* file) {
+bool IsOwnName(const char* file) {
   for (const char* name : kOwnNames) {
-    if (strcasecmp(file, name) == 0) return OpenSelf();
+    if (strcasecmp(file, name) == 0) return true;
   }
-  return dlopen(file, RTLD_NOW | RTLD_LOCAL);
+  return false;
 }
 
 }  // namespace
@@ -117,13 +118,23 @@ void* OpenByName(const char* file) {
 HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
   *out = nullptr;
   RuntimeArray<char> name;
+  RuntimeArray<char> resolved;
   Module* made = NewRuntime<Module>();
   if (made == nullptr || !AppendFileName(file, WideLength(file), &name) || !name.Append('\0')) {
     DeleteRuntime(made);
     return E_OUTOFMEMORY;
   }
+  const bool own = IsOwnName(name.data());
+  if (!own && HasBorrowedRights()) {
+    const HRESULT trust = ResolveTrusted(name.data(), &resolved);
+    if (FAILED(trust)) {
+      DeleteRuntime(made);
+      return trust;
+    }
+    name.Swap(resolved);
+  }
   // Not under the lock: a module that is loaded attaches itself, and one that goes detaches itself.
-  void* library = OpenByName(name.data());
+  void* library = own ? OpenSelf() : dlopen(name.data(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
     DeleteRuntime(made);
     return access(name.data(), F_OK) == 0 ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;

@@ -81,21 +81,54 @@ LONG FindKey(const RegistryUse& use, HKEY handle, REGSAM access, RegistryKey** k
   return *key == nullptr ? kErrorKeyDeleted : ERROR_SUCCESS;
 }
 
-LONG Open(const Place& from, LPCWSTR path, REGSAM access, HKEY* out) {
-  OpenKey* open = NewRuntime<OpenKey>();
+// Joins the place of a handle and a path below it.
+LONG JoinPath(const Place& from, NameView below, RuntimeArray<WCHAR>* path) {
   const NameView base = from.path();
-  const NameView below = ViewOf(path);
-  if (open == nullptr || !open->path.Append(base.text, base.size) || !open->path.Append(u'\\') ||
-      !open->path.Append(below.text, below.size)) {
-    DeleteRuntime(open);
-    return ERROR_OUTOFMEMORY;
-  }
-  open->access = access;
-  open->next = g_open_keys;
-  g_open_keys = open;
-  *out = reinterpret_cast<HKEY>(open);
-  return ERROR_SUCCESS;
+  return path->Append(base.text, base.size) && path->Append(u'\\') &&
+                 path->Append(below.text, below.size)
+             ? ERROR_SUCCESS
+             : ERROR_OUTOFMEMORY;
 }
+
+// An open key that is not in the table yet.
+struct NewOpenKey {
+  NewOpenKey() = default;
+  NewOpenKey(const NewOpenKey&) = delete;
+  NewOpenKey& operator=(const NewOpenKey&) = delete;
+  ~NewOpenKey() { DeleteRuntime(key); }
+
+  LONG Make(const Place& from, NameView below, REGSAM access) {
+    key = NewRuntime<OpenKey>();
+    if (key == nullptr) return ERROR_OUTOFMEMORY;
+    key->access = access;
+    return JoinPath(from, below, &key->path);
+  }
+  HKEY PutInTable() {
+    OpenKey* const made = key;
+    key = nullptr;
+    made->next = g_open_keys;
+    g_open_keys = made;
+    return reinterpret_cast<HKEY>(made);
+  }
+
+  OpenKey* key = nullptr;
+};
+
+// A change that nobody has taken over yet.
+struct NewChange {
+  explicit NewChange(RegistryChange::Kind kind) : change(NewRuntime<RegistryChange>(kind)) {}
+  NewChange(const NewChange&) = delete;
+  NewChange& operator=(const NewChange&) = delete;
+  ~NewChange() { DeleteRuntime(change); }
+
+  // Makes the change below the place of a handle.
+  LONG Make(RegistryUse* use, const Place& from, NameView below, bool* changed) {
+    const LONG error = JoinPath(from, below, &change->path);
+    return error == ERROR_SUCCESS ? use->Make(&change, changed) : error;
+  }
+
+  RegistryChange* change;
+};
 
 // Text is kept as whole characters with a terminator, whatever a caller leaves out.
 LONG TextAsKept(const BYTE* data, DWORD size, RuntimeArray<WCHAR>* text) {
@@ -105,11 +138,6 @@ LONG TextAsKept(const BYTE* data, DWORD size, RuntimeArray<WCHAR>* text) {
     return ERROR_OUTOFMEMORY;
   }
   return SurvivesFile(ViewOf(*text)) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
-}
-
-bool HasData(const RegistryValue* value, DWORD type, const BYTE* data, size_t size) {
-  return value != nullptr && value->type == type && value->data.size() == size &&
-         (size == 0 || std::memcmp(value->data.data(), data, size) == 0);
 }
 
 // Gives a value's type and data by the rules that querying and enumerating share.
@@ -146,7 +174,10 @@ extern "C" LONG RegOpenKeyExW(HKEY handle, LPCWSTR path, DWORD, REGSAM access, H
   const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   if (key->FindPath(ViewOf(path)) == nullptr) return ERROR_FILE_NOT_FOUND;
-  return Open(place, path, access, out);
+  NewOpenKey opened;
+  const LONG made = opened.Make(place, ViewOf(path), access);
+  if (made == ERROR_SUCCESS) *out = opened.PutInTable();
+  return made;
 }
 
 extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD, REGSAM access,
@@ -159,19 +190,22 @@ extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD,
   LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   const NameView below = ViewOf(path);
-  bool made = false;
   if (key->FindPath(below) == nullptr) {
     if (!place.Allows(kCreate)) return ERROR_ACCESS_DENIED;
     if (!SurvivesFile(below)) return ERROR_INVALID_PARAMETER;
   }
-  RegistryKey* target = nullptr;
-  error = key->MakePath(below, &target, &made);
-  if (error == ERROR_SUCCESS && made) error = use.Store();
-  if (error == ERROR_SUCCESS) error = Open(place, path, access, out);
-  if (error == ERROR_SUCCESS && disposition != nullptr) {
+  NewOpenKey opened;
+  NewChange change(RegistryChange::Kind::kMakeKey);
+  if (change.change == nullptr) return ERROR_OUTOFMEMORY;
+  error = opened.Make(place, below, access);
+  bool made = false;
+  if (error == ERROR_SUCCESS) error = change.Make(&use, place, below, &made);
+  if (error != ERROR_SUCCESS) return error;
+  *out = opened.PutInTable();
+  if (disposition != nullptr) {
     *disposition = made ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
   }
-  return error;
+  return ERROR_SUCCESS;
 }
 
 extern "C" LONG RegCloseKey(HKEY handle) {
@@ -194,13 +228,10 @@ extern "C" LONG RegDeleteKeyW(HKEY handle, LPCWSTR path) {
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  RegistryKey* target = key->FindPath(ViewOf(path));
-  if (target == nullptr) return ERROR_FILE_NOT_FOUND;
-  RegistryKey* above = target->parent();
-  const bool is_root = above == nullptr || above->parent() == nullptr;
-  if (is_root || target->first_child() != nullptr) return ERROR_ACCESS_DENIED;
-  above->RemoveChild(target);
-  return use.Store();
+  NewChange change(RegistryChange::Kind::kDeleteKey);
+  if (change.change == nullptr) return ERROR_OUTOFMEMORY;
+  bool changed = false;
+  return change.Make(&use, place, ViewOf(path), &changed);
 }
 
 extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
@@ -209,7 +240,13 @@ extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kSetValue, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  return key->RemoveValue(ViewOf(name)) ? use.Store() : ERROR_FILE_NOT_FOUND;
+  NewChange change(RegistryChange::Kind::kDeleteValue);
+  const NameView value = ViewOf(name);
+  if (change.change == nullptr || !change.change->value_name.Append(value.text, value.size)) {
+    return ERROR_OUTOFMEMORY;
+  }
+  bool changed = false;
+  return change.Make(&use, place, {nullptr, 0}, &changed);
 }
 
 extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD type, const BYTE* data,
@@ -219,6 +256,8 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
   if (name.size > kLongestValueName || HasControls(name) || !SurvivesFile(name)) {
     return ERROR_INVALID_PARAMETER;
   }
+  NewChange change(RegistryChange::Kind::kSetValue);
+  if (change.change == nullptr) return ERROR_OUTOFMEMORY;
   RuntimeArray<WCHAR> text;
   size_t kept_size = size;
   if (IsTextType(type)) {
@@ -227,13 +266,18 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
     data = reinterpret_cast<const BYTE*>(text.data());
     kept_size = text.size() * sizeof(WCHAR);
   }
+  change.change->type = type;
+  if (!change.change->value_name.Append(name.text, name.size) ||
+      !change.change->data.Append(data, kept_size)) {
+    return ERROR_OUTOFMEMORY;
+  }
   RegistryUse use(RegistryAccess::kWrite);
   Place place;
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kSetValue, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  if (HasData(key->FindValue(name), type, data, kept_size)) return ERROR_SUCCESS;
-  return key->SetValue(name, type, data, kept_size) ? use.Store() : ERROR_OUTOFMEMORY;
+  bool changed = false;
+  return change.Make(&use, place, {nullptr, 0}, &changed);
 }
 
 extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type, BYTE* data,

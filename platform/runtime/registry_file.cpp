@@ -9,16 +9,20 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 
+#include "file_trust.h"
 #include "registry_text.h"
 
 namespace mirolta {
 namespace {
 
-constexpr LONG kErrorDiskFull = 112;
-constexpr LONG kErrorCannotRead = 1012;
+constexpr LONG ERROR_DISK_FULL = 112;
+constexpr LONG ERROR_CANTREAD = 1012;
 constexpr mode_t kFolderMode = 0755;
 constexpr mode_t kFileMode = 0644;
+constexpr mode_t kLockMode = 0600;  // who could only read it could hold it all the same
+constexpr int kMostLinks = 40;
 
 LONG ErrorNumber(int error, LONG otherwise) {
   switch (error) {
@@ -30,7 +34,7 @@ LONG ErrorNumber(int error, LONG otherwise) {
       return ERROR_OUTOFMEMORY;
     case ENOSPC:
     case EDQUOT:
-      return kErrorDiskFull;
+      return ERROR_DISK_FULL;
     default:
       return otherwise;
   }
@@ -40,9 +44,10 @@ FileState StateFrom(const struct stat& facts) {
   return {true, facts.st_dev, facts.st_ino, facts.st_size, facts.st_mtim, facts.st_ctim};
 }
 
-// The part of a variable that counts; empty ones and relative folders do not.
+// The part of a variable that counts; empty ones and relative folders do not, and none where the
+// process has rights that whoever set them does not have.
 const char* Variable(const char* name, bool absolute) {
-  const char* value = std::getenv(name);
+  const char* value = secure_getenv(name);
   if (value == nullptr || *value == 0 || (absolute && *value != '/')) return nullptr;
   return value;
 }
@@ -67,7 +72,7 @@ LONG ReadAll(int file, RuntimeArray<char>* text) {
   for (;;) {
     const ssize_t got = read(file, block, sizeof(block));
     if (got == 0) return ERROR_SUCCESS;
-    if (got < 0 && errno != EINTR) return ErrorNumber(errno, kErrorCannotRead);
+    if (got < 0 && errno != EINTR) return ErrorNumber(errno, ERROR_CANTREAD);
     if (got > 0 && !text->Append(block, static_cast<size_t>(got))) return ERROR_OUTOFMEMORY;
   }
 }
@@ -84,23 +89,59 @@ LONG WriteAll(int file, const char* bytes, size_t size) {
   return ERROR_SUCCESS;
 }
 
-// Writes `text` to the new file; the caller removes it after a failure.
-LONG WriteNew(const char* file, mode_t mode, const RuntimeArray<char>& text, FileState* state) {
-  const OpenedFile opened(open(file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, mode));
-  if (opened.number < 0) return ErrorNumber(errno, ERROR_CANTWRITE);
-  const LONG error = WriteAll(opened.number, text.data(), text.size());
-  if (error != ERROR_SUCCESS) return error;
-  struct stat facts = {};
-  if (fsync(opened.number) != 0 || fstat(opened.number, &facts) != 0) {
-    return ErrorNumber(errno, ERROR_CANTWRITE);
+// The folder of a file, opened, and the file's name in it; without one errno says why.
+struct FilePlace {
+  explicit FilePlace(const char* file) : name(std::strrchr(file, '/')) {
+    RuntimeArray<char> path;
+    if (name == nullptr) {
+      name = file;
+      folder.number = open(".", kFlags);
+      return;
+    }
+    const size_t length = name == file ? 1 : static_cast<size_t>(name - file);
+    ++name;
+    if (path.Append(file, length) && path.Append('\0')) {
+      folder.number = open(path.data(), kFlags);
+    } else {
+      errno = ENOMEM;
+    }
   }
-  *state = StateFrom(facts);
-  return ERROR_SUCCESS;
+
+  static constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  OpenedFile folder{-1};
+  const char* name;
+};
+
+// Makes a file that was not there, whatever lies about under its name: what a killed writer left is
+// removed, links are not followed. Writes `text` to it.
+LONG WriteNew(const FilePlace& place, const char* fresh, const RuntimeArray<char>& text,
+              OpenedFile* file) {
+  const int folder = place.folder.number;
+  unlinkat(folder, fresh, 0);
+  file->number =
+      openat(folder, fresh, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kFileMode);
+  if (file->number < 0) return ErrorNumber(errno, ERROR_CANTWRITE);
+  const LONG error = WriteAll(file->number, text.data(), text.size());
+  if (error != ERROR_SUCCESS) return error;
+  return fsync(file->number) == 0 ? ERROR_SUCCESS : ErrorNumber(errno, ERROR_CANTWRITE);
 }
 
-// A link stays a link: what it leads to is locked and replaced. `place` has PATH_MAX bytes.
-const char* PlaceOf(const char* file, char* place) {
-  return realpath(file, place) != nullptr ? place : file;
+// A link stays a link, one that leads nowhere too: what it leads to is locked and replaced.
+LONG FollowLinks(const char* file, RuntimeArray<char>* place) {
+  if (!Join(place, file, "")) return ERROR_OUTOFMEMORY;
+  char target[PATH_MAX];
+  for (int links = 0;; ++links) {
+    const ssize_t length = readlink(place->data(), target, sizeof(target));
+    if (length < 0) return ERROR_SUCCESS;
+    if (length == sizeof(target) || links == kMostLinks) return ERROR_CANTWRITE;
+    // A relative one is from the link's folder.
+    const char* const slash = std::strrchr(place->data(), '/');
+    const bool relative = target[0] != '/' && slash != nullptr;
+    place->Shorten(relative ? static_cast<size_t>(slash - place->data()) + 1 : 0);
+    if (!place->Append(target, static_cast<size_t>(length)) || !place->Append('\0')) {
+      return ERROR_OUTOFMEMORY;
+    }
+  }
 }
 
 // Makes the folders that `file` lies in.
@@ -150,19 +191,22 @@ LONG StateOf(const char* file, FileState* state) {
     *state = StateFrom(facts);
     return ERROR_SUCCESS;
   }
-  return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS : ErrorNumber(errno, kErrorCannotRead);
+  return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS : ErrorNumber(errno, ERROR_CANTREAD);
 }
 
 LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWORD* bad_line) {
   *state = {};
   *bad_line = 0;
-  const OpenedFile opened(open(file, O_RDONLY | O_CLOEXEC));
-  if (opened.number < 0) {
-    return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS
-                                               : ErrorNumber(errno, kErrorCannotRead);
-  }
   struct stat facts = {};
-  if (fstat(opened.number, &facts) != 0) return ErrorNumber(errno, kErrorCannotRead);
+  // Only looked at: opening a device may do something, and opening a pipe waits.
+  if (stat(file, &facts) == 0 && !S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
+  const OpenedFile opened(open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (opened.number < 0) {
+    return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS : ErrorNumber(errno, ERROR_CANTREAD);
+  }
+  if (fstat(opened.number, &facts) != 0) return ErrorNumber(errno, ERROR_CANTREAD);
+  if (!S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
+  if (!IsTrusted(facts)) return ERROR_ACCESS_DENIED;
   *state = StateFrom(facts);
   RuntimeArray<char> text;
   const LONG error = ReadAll(opened.number, &text);
@@ -172,40 +216,66 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
 
 LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state) {
   RuntimeArray<char> text;
+  RuntimeArray<char> target;
   RuntimeArray<char> fresh;
-  char place[PATH_MAX];
-  file = PlaceOf(file, place);
-  if (!FormatRegistry(root, &text) || !Join(&fresh, file, ".new")) return ERROR_OUTOFMEMORY;
+  LONG error = FollowLinks(file, &target);
+  if (error != ERROR_SUCCESS) return error;
+  const FilePlace place(target.data());
+  const int folder = place.folder.number;
+  if (folder < 0) return ErrorNumber(errno, ERROR_CANTWRITE);
+  if (!FormatRegistry(root, &text) || !Join(&fresh, place.name, ".new")) return ERROR_OUTOFMEMORY;
   struct stat old = {};
-  const bool replaces = stat(file, &old) == 0;
-  LONG error = WriteNew(fresh.data(), replaces ? old.st_mode & 0777 : kFileMode, text, state);
-  if (error == ERROR_SUCCESS && rename(fresh.data(), file) != 0) {
+  const bool replaces = fstatat(folder, place.name, &old, AT_SYMLINK_NOFOLLOW) == 0;
+  OpenedFile opened(-1);
+  error = WriteNew(place, fresh.data(), text, &opened);
+  if (error == ERROR_SUCCESS && replaces && fchmod(opened.number, old.st_mode & 0777) != 0) {
+    error = ErrorNumber(errno, ERROR_CANTWRITE);
+  }
+  if (error == ERROR_SUCCESS && renameat(folder, fresh.data(), folder, place.name) != 0) {
     error = ErrorNumber(errno, ERROR_CANTWRITE);
   }
   if (error != ERROR_SUCCESS) {
-    unlink(fresh.data());
+    if (opened.number >= 0) unlinkat(folder, fresh.data(), 0);
     return error;
   }
-  // Renaming may count as a change of the file.
-  return StateOf(file, state);
+  // After renaming, which may count as a change of the file. One that cannot be told is read anew.
+  struct stat facts = {};
+  *state = fstat(opened.number, &facts) == 0 ? StateFrom(facts) : FileState{};
+  return ERROR_SUCCESS;
 }
 
+namespace {
+
+std::mutex g_held_lock;  // holds for moments only
+RegistryLock* g_held = nullptr;
+
+}  // namespace
+
 LONG RegistryLock::Enter(const char* file) {
-  char place[PATH_MAX];
-  file = PlaceOf(file, place);
+  RuntimeArray<char> target;
   RuntimeArray<char> name;
-  if (!Join(&name, file, ".lock")) return ERROR_OUTOFMEMORY;
-  constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC;
-  lock_file_ = open(name.data(), kFlags, kFileMode);
+  LONG error = FollowLinks(file, &target);
+  if (error != ERROR_SUCCESS) return error;
+  if (!Join(&name, target.data(), ".lock")) return ERROR_OUTOFMEMORY;
+  constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+  const auto open_file = [&] {
+    // A child that is forked in between would keep what it does not know of.
+    const std::lock_guard<std::mutex> lock(g_held_lock);
+    lock_file_ = open(name.data(), kFlags, kLockMode);
+    if (lock_file_ < 0) return;
+    next_ = g_held;
+    g_held = this;
+  };
+  open_file();
   if (lock_file_ < 0 && errno == ENOENT) {
-    const LONG error = MakeFolders(file);
+    error = MakeFolders(target.data());
     if (error != ERROR_SUCCESS) return error;
-    lock_file_ = open(name.data(), kFlags, kFileMode);
+    open_file();
   }
   if (lock_file_ < 0) return ErrorNumber(errno, ERROR_CANTWRITE);
   while (flock(lock_file_, LOCK_EX) != 0) {
     if (errno == EINTR) continue;
-    const LONG error = ErrorNumber(errno, ERROR_CANTWRITE);
+    error = ErrorNumber(errno, ERROR_CANTWRITE);
     Leave();
     return error;
   }
@@ -213,8 +283,27 @@ LONG RegistryLock::Enter(const char* file) {
 }
 
 void RegistryLock::Leave() {
-  if (lock_file_ >= 0) close(lock_file_);
+  if (lock_file_ < 0) return;
+  const std::lock_guard<std::mutex> lock(g_held_lock);
+  RegistryLock** link = &g_held;
+  while (*link != this) link = &(*link)->next_;
+  *link = next_;
+  // By name: a child that has the file open would keep the lock beyond its closing here.
+  flock(lock_file_, LOCK_UN);
+  close(lock_file_);
   lock_file_ = -1;
+}
+
+void RegistryLock::BeforeFork() {
+  g_held_lock.lock();
+}
+
+void RegistryLock::AfterFork(bool in_child) {
+  for (; in_child && g_held != nullptr; g_held = g_held->next_) {
+    close(g_held->lock_file_);
+    g_held->lock_file_ = -1;
+  }
+  g_held_lock.unlock();
 }
 
 }  // namespace mirolta

@@ -20,36 +20,48 @@ struct FileState {
 };
 bool operator==(const FileState& a, const FileState& b);
 
-// NameRegistryFile sets the empty *file to the file's name with a terminator: what MIROLTA_REGISTRY
-// says, else mirolta/registry.reg in XDG_DATA_HOME or in .local/share of the home folder.
-// Errors: ERROR_OUTOFMEMORY; ERROR_FILE_NOT_FOUND if none of the three is known.
+// NameRegistryFile sets the empty *file to the name of the user's file with a terminator: what
+// MIROLTA_REGISTRY says, else mirolta/registry.reg in XDG_DATA_HOME or in .local/share of the home
+// folder. A process with rights that its user does not have has no such file.
+// Errors: ERROR_OUTOFMEMORY; ERROR_FILE_NOT_FOUND if there is none.
 LONG NameRegistryFile(RuntimeArray<char>* file);
 
 // StateOf looks at the file. Errors: any but that it does not exist.
 LONG StateOf(const char* file, FileState* state);
 
 // LoadRegistryFile reads the file into the empty key `root`; one that does not exist leaves it
-// empty. Errors: ERROR_BADDB with the offending line; ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, and
-// ERROR_CANTREAD for what else keeps it from being read.
+// empty.
+// Errors: ERROR_BADDB with the offending line; ERROR_ACCESS_DENIED, also for a file that others can
+//         change (file_trust.h); ERROR_OUTOFMEMORY; ERROR_CANTREAD for what is no file and what
+//         else keeps it from being read.
 LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWORD* bad_line);
 
-// StoreRegistryFile puts a new file in the old one's place. It is on the disk before it takes the
-// place, so a crash leaves the one or the other. Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY,
-// ERROR_DISK_FULL, ERROR_CANTWRITE; the old file then stands untouched.
+// StoreRegistryFile puts a new file in the old one's place, or in the place that a link leads to.
+// It is on the disk before it takes the place, so a crash leaves the one or the other. Errors:
+// ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_DISK_FULL, ERROR_CANTWRITE; the old file then
+//         stands untouched.
 LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state);
 
-// RegistryLock keeps other processes from changing the file. The folder is made if there is none.
+// RegistryLock keeps other writers, threads of this process too, from changing the file. The folder
+// is made if there is none.
 class RegistryLock {
  public:
   RegistryLock() = default;
   RegistryLock(const RegistryLock&) = delete;
   RegistryLock& operator=(const RegistryLock&) = delete;
   ~RegistryLock() { Leave(); }
+
   LONG Enter(const char* file);
   void Leave();
+  bool IsHeld() const { return lock_file_ >= 0; }
+
+  // Around a fork: the child does not keep the locks of its parent's threads.
+  static void BeforeFork();
+  static void AfterFork(bool in_child);
 
  private:
   int lock_file_ = -1;
+  RegistryLock* next_ = nullptr;  // of those that are held
 };
 
 }  // namespace mirolta

@@ -1,24 +1,66 @@
 #include "registry_store.h"
 
+#include <pthread.h>
+
 #include <mutex>
 
-#include "registry_file.h"
 #include "utf8_text.h"
 
 namespace mirolta {
 namespace {
 
-// Everything under g_lock. Nothing here has a destructor that runs at the end of the process; what
-// is left in memory then is still in use by definition.
+// What follows, and the keys of the tree, under g_lock. Nothing here has a destructor that runs at
+// the end of the process; what is left in memory then is still in use by definition.
 std::mutex g_lock;
 RegistryKey* g_root = nullptr;  // null: nothing loaded
 FileState g_state;
 RuntimeArray<char>* g_file = nullptr;  // what g_root was loaded from
 bool g_in_memory = false;
-unsigned g_batches = 0;
-bool g_changed = false;  // within the batch
 DWORD g_bad_line = 0;
-RegistryLock* g_file_lock = nullptr;
+
+// The changes that a thread collects.
+struct Batch {
+  unsigned depth = 0;
+  RegistryKey root;  // the registry with the changes
+  RegistryChange* first = nullptr;
+  RegistryChange** end = &first;
+
+  ~Batch() {
+    while (RegistryChange* change = first) {
+      first = change->next;
+      DeleteRuntime(change);
+    }
+  }
+};
+thread_local Batch* t_batch = nullptr;
+
+// A thread that ends within a batch gives it up. Made by threads that begin one only.
+struct BatchEnd {
+  bool watches = false;
+  ~BatchEnd() {
+    DeleteRuntime(t_batch);
+    t_batch = nullptr;
+  }
+};
+thread_local BatchEnd t_batch_end;
+
+// A process that is forked finds the registry held by nobody, and keeps no lock of its parent.
+void BeforeFork() {
+  g_lock.lock();
+  RegistryLock::BeforeFork();
+}
+void AfterForkInParent() {
+  RegistryLock::AfterFork(false);
+  g_lock.unlock();
+}
+void AfterForkInChild() {
+  RegistryLock::AfterFork(true);
+  g_lock.unlock();
+}
+void WatchForks() {
+  static std::once_flag once;
+  std::call_once(once, [] { pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild); });
+}
 
 void Forget() {
   DeleteRuntime(g_root);
@@ -28,7 +70,7 @@ void Forget() {
 
 // Loads what the file says unless that is what is loaded.
 LONG Refresh() {
-  if (g_root != nullptr && (g_in_memory || g_batches != 0)) return ERROR_SUCCESS;
+  if (g_root != nullptr && g_in_memory) return ERROR_SUCCESS;
   RuntimeArray<char> file;
   LONG error = NameRegistryFile(&file);
   if (error != ERROR_SUCCESS) return error;
@@ -54,57 +96,152 @@ LONG Refresh() {
   return ERROR_SUCCESS;
 }
 
-LONG EnterFile() {
-  if (g_in_memory || g_batches != 0) return ERROR_SUCCESS;
-  RuntimeArray<char> file;
-  const LONG error = NameRegistryFile(&file);
-  if (error != ERROR_SUCCESS) return error;
-  if (g_file_lock == nullptr) g_file_lock = NewRuntime<RegistryLock>();
-  if (g_file_lock == nullptr) return ERROR_OUTOFMEMORY;
-  return g_file_lock->Enter(file.data());
-}
-
-void LeaveFile() {
-  if (g_batches == 0 && g_file_lock != nullptr) g_file_lock->Leave();
-}
-
-LONG StoreFile() {
-  const LONG error = StoreRegistryFile(g_file->data(), *g_root, &g_state);
-  if (error != ERROR_SUCCESS) Forget();
-  return error;
+RegistryKey* CopyOf(const RegistryKey& root) {
+  RegistryKey* copy = NewRuntime<RegistryKey>();
+  if (copy == nullptr || root.CopyTo(copy)) return copy;
+  DeleteRuntime(copy);
+  return nullptr;
 }
 
 }  // namespace
 
-RegistryUse::RegistryUse(RegistryAccess access) : access_(access) {
+RegistryUse::RegistryUse(RegistryAccess access) {
+  WatchForks();
   g_lock.lock();
-  error_ = access == RegistryAccess::kWrite ? EnterFile() : ERROR_SUCCESS;
-  if (error_ == ERROR_SUCCESS && access != RegistryAccess::kHandles) error_ = Refresh();
+  if (access == RegistryAccess::kHandles || t_batch != nullptr) return;
+  while (access == RegistryAccess::kWrite && !g_in_memory && !file_lock_.IsHeld()) {
+    g_lock.unlock();
+    RuntimeArray<char> file;
+    error_ = NameRegistryFile(&file);
+    if (error_ == ERROR_SUCCESS) error_ = file_lock_.Enter(file.data());
+    g_lock.lock();
+    if (error_ != ERROR_SUCCESS) return;
+  }
+  error_ = Refresh();
 }
 
 RegistryUse::~RegistryUse() {
-  if (access_ == RegistryAccess::kWrite) LeaveFile();
   g_lock.unlock();
 }
 
 RegistryKey* RegistryUse::root() const {
-  return g_root;
+  return t_batch != nullptr ? &t_batch->root : g_root;
 }
 
-LONG RegistryUse::Store() {
-  if (g_in_memory) return ERROR_SUCCESS;
-  if (g_batches != 0) {
-    g_changed = true;
+LONG RegistryUse::Make(RegistryChange** change, bool* changed) {
+  if (t_batch != nullptr) {
+    const LONG error = MakeChange(**change, &t_batch->root, changed);
+    if (error != ERROR_SUCCESS) return error;
+    // Also if it changes nothing here: it may where it is repeated.
+    *t_batch->end = *change;
+    t_batch->end = &(*change)->next;
+    *change = nullptr;
     return ERROR_SUCCESS;
   }
-  return StoreFile();
+  if (g_in_memory) return MakeChange(**change, g_root, changed);
+  const RuntimeArray<WCHAR>& path = (*change)->path;
+  if ((*change)->kind == RegistryChange::Kind::kMakeKey &&
+      g_root->FindPath({path.data(), path.size()}) != nullptr) {
+    *changed = false;
+    return ERROR_SUCCESS;
+  }
+  RegistryKey* draft = CopyOf(*g_root);
+  if (draft == nullptr) return ERROR_OUTOFMEMORY;
+  const LONG error = MakeChange(**change, draft, changed);
+  if (error == ERROR_SUCCESS && *changed) return Publish(draft);
+  DeleteRuntime(draft);
+  return error;
 }
 
+LONG RegistryUse::MakeAgain(const RegistryChange* first) {
+  RegistryKey* draft = CopyOf(*g_root);
+  if (draft == nullptr) return ERROR_OUTOFMEMORY;
+  LONG error = ERROR_SUCCESS;
+  bool any = false;
+  for (const RegistryChange* change = first; change != nullptr && error == ERROR_SUCCESS;
+       change = change->next) {
+    bool changed = false;
+    error = RepeatChange(*change, draft, &changed);
+    any = any || changed;
+  }
+  if (error == ERROR_SUCCESS && any) return Publish(draft);
+  DeleteRuntime(draft);
+  return error;
+}
+
+// Makes `draft` the registry. Other processes cannot: the file's lock is held.
+LONG RegistryUse::Publish(RegistryKey* draft) {
+  LONG error = ERROR_SUCCESS;
+  FileState state;
+  RuntimeArray<char> file;
+  if (!g_in_memory) {
+    if (!file.Append(g_file->data(), g_file->size())) {
+      DeleteRuntime(draft);
+      return ERROR_OUTOFMEMORY;
+    }
+    g_lock.unlock();
+    error = StoreRegistryFile(file.data(), *draft, &state);
+    g_lock.lock();
+  }
+  // Another thread may have changed to memory meanwhile, where this is not seen.
+  if (error != ERROR_SUCCESS || (g_in_memory && !file.empty())) {
+    DeleteRuntime(draft);
+    return error;
+  }
+  DeleteRuntime(g_root);
+  g_root = draft;
+  g_state = state;
+  if (!file.empty()) g_file->Swap(file);
+  return ERROR_SUCCESS;
+}
+
+namespace {
+
+LONG BeginBatch() {
+  if (t_batch != nullptr) {
+    ++t_batch->depth;
+    return ERROR_SUCCESS;
+  }
+  Batch* batch = NewRuntime<Batch>();
+  if (batch == nullptr) return ERROR_OUTOFMEMORY;
+  LONG error;
+  {
+    const RegistryUse use(RegistryAccess::kRead);
+    error = use.error();
+    if (error == ERROR_SUCCESS && !use.root()->CopyTo(&batch->root)) error = ERROR_OUTOFMEMORY;
+  }
+  if (error != ERROR_SUCCESS) {
+    DeleteRuntime(batch);
+    return error;
+  }
+  batch->depth = 1;
+  t_batch_end.watches = true;
+  t_batch = batch;
+  return ERROR_SUCCESS;
+}
+
+LONG EndBatch() {
+  Batch* batch = t_batch;
+  if (batch == nullptr) return ERROR_INVALID_PARAMETER;
+  if (--batch->depth != 0) return ERROR_SUCCESS;
+  t_batch = nullptr;
+  LONG error = ERROR_SUCCESS;
+  if (batch->first != nullptr) {
+    RegistryUse use(RegistryAccess::kWrite);
+    error = use.error();
+    if (error == ERROR_SUCCESS) error = use.MakeAgain(batch->first);
+  }
+  DeleteRuntime(batch);
+  return error;
+}
+
+}  // namespace
 }  // namespace mirolta
 
 using namespace mirolta;
 
 extern "C" LONG MiroltaRegistryInMemory(BOOL in_memory) {
+  WatchForks();
   const std::lock_guard<std::mutex> lock(g_lock);
   const bool wanted = in_memory != FALSE;
   if (wanted == g_in_memory) return ERROR_SUCCESS;
@@ -125,23 +262,7 @@ extern "C" LONG MiroltaRegistryInMemory(BOOL in_memory) {
 }
 
 extern "C" LONG MiroltaRegistryBatch(BOOL begin) {
-  const std::lock_guard<std::mutex> lock(g_lock);
-  if (begin != FALSE) {
-    LONG error = EnterFile();
-    if (error == ERROR_SUCCESS) error = Refresh();
-    if (error != ERROR_SUCCESS) {
-      LeaveFile();
-      return error;
-    }
-    ++g_batches;
-    return ERROR_SUCCESS;
-  }
-  if (g_batches == 0) return ERROR_INVALID_PARAMETER;
-  if (--g_batches != 0) return ERROR_SUCCESS;
-  const LONG error = g_changed && !g_in_memory ? StoreFile() : ERROR_SUCCESS;
-  g_changed = false;
-  LeaveFile();
-  return error;
+  return begin != FALSE ? BeginBatch() : EndBatch();
 }
 
 extern "C" DWORD MiroltaRegistryFile(LPWSTR file, DWORD capacity) {

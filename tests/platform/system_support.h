@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -39,6 +40,7 @@ class TemporaryFolder {
 class RegistryTest : public testing::Test {
  protected:
   RegistryTest() : file_(folder_.File("registry.reg")) {
+    umask(022);  // files that others may write are refused
     setenv("MIROLTA_REGISTRY", file_.c_str(), 1);
   }
   ~RegistryTest() override { unsetenv("MIROLTA_REGISTRY"); }

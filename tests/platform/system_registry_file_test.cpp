@@ -1,0 +1,128 @@
+// What may lie where the registry's file is looked for, and what may not.
+#include <fcntl.h>
+#include <sys/wait.h>
+
+#include "portable/registry_mode.h"
+#include "registry_support.h"
+
+namespace mirolta {
+namespace {
+
+class RegistryFile : public RegistryTest {
+ protected:
+  static LONG Write() {
+    HKEY key = nullptr;
+    const LONG error =
+        RegCreateKeyExW(HKEY_CLASSES_ROOT, u"K", 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr);
+    if (error == ERROR_SUCCESS) RegCloseKey(key);
+    return error;
+  }
+};
+
+// Somebody who may make files in the folder lets the new file's name lead elsewhere.
+TEST_F(RegistryFile, PlantedLinksAreNotFollowed) {
+  const std::string victim = folder_.File("victim");
+  WriteFile(victim, "untouched");
+  std::filesystem::create_symlink(victim, file_ + ".new");
+  EXPECT_EQ(Write(), ERROR_SUCCESS);
+  EXPECT_EQ(ReadFile(victim), "untouched");
+  EXPECT_FALSE(std::filesystem::is_symlink(file_));
+  EXPECT_NE(ReadFile(file_).find("K]"), std::string::npos);
+  // The lock neither.
+  std::filesystem::remove(file_);
+  std::filesystem::remove(file_ + ".lock");
+  std::filesystem::create_symlink(folder_.File("made"), file_ + ".lock");
+  EXPECT_NE(Write(), ERROR_SUCCESS);
+  EXPECT_FALSE(std::filesystem::exists(folder_.File("made")));
+}
+
+TEST_F(RegistryFile, WhatAKilledWriterLeftIsReplaced) {
+  WriteFile(file_ + ".new", std::string(100000, 'x'));
+  EXPECT_EQ(Write(), ERROR_SUCCESS);
+  EXPECT_EQ(ReadFile(file_), "REGEDIT4\n\n[HKEY_CLASSES_ROOT\\K]\n");
+  EXPECT_FALSE(std::filesystem::exists(file_ + ".new"));
+}
+
+TEST_F(RegistryFile, ALinkThatLeadsNowhereStaysALink) {
+  // By way of another link, relative ones, into a folder that is not there.
+  std::filesystem::create_symlink("second", file_);
+  std::filesystem::create_symlink("deep/down/real.reg", folder_.File("second"));
+  EXPECT_EQ(OpenStatus(u"K"), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(Write(), ERROR_SUCCESS);
+  EXPECT_TRUE(std::filesystem::is_symlink(file_));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder_.File("second")));
+  EXPECT_NE(ReadFile(folder_.File("deep/down/real.reg")).find("K]"), std::string::npos);
+  EXPECT_EQ(OpenStatus(u"K"), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryFile, LinksInACircleAreRefused) {
+  std::filesystem::create_symlink(folder_.File("second"), file_);
+  std::filesystem::create_symlink(file_, folder_.File("second"));
+  EXPECT_NE(OpenStatus(u"K"), ERROR_SUCCESS);
+  EXPECT_NE(Write(), ERROR_SUCCESS);
+  EXPECT_TRUE(std::filesystem::is_symlink(file_));
+}
+
+// None is waited for, read from or replaced.
+TEST_F(RegistryFile, PipesDevicesAndFoldersAreRefused) {
+  constexpr LONG kCannotRead = 1012;
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  alarm(60);  // ends the program where it waits
+  EXPECT_EQ(OpenStatus(u"K"), kCannotRead);
+  EXPECT_EQ(Write(), kCannotRead);
+  alarm(0);
+  EXPECT_TRUE(std::filesystem::is_fifo(file_));
+  setenv("MIROLTA_REGISTRY", "/dev/null", 1);
+  EXPECT_EQ(OpenStatus(u"K"), kCannotRead);
+  setenv("MIROLTA_REGISTRY", folder_.File("").c_str(), 1);
+  EXPECT_NE(OpenStatus(u"K"), ERROR_SUCCESS);
+  // Also one that takes the place of a file that was read.
+  std::filesystem::remove(file_);
+  setenv("MIROLTA_REGISTRY", file_.c_str(), 1);
+  EXPECT_EQ(Write(), ERROR_SUCCESS);
+  std::filesystem::remove(file_);
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  EXPECT_EQ(OpenStatus(u"K"), kCannotRead);
+}
+
+TEST_F(RegistryFile, FilesThatOthersMayChangeAreRefused) {
+  ASSERT_EQ(Write(), ERROR_SUCCESS);
+  for (const mode_t mode : {0664u, 0646u, 0666u, 0777u}) {
+    ASSERT_EQ(chmod(file_.c_str(), mode), 0);
+    EXPECT_EQ(OpenStatus(u"K"), ERROR_ACCESS_DENIED) << std::oct << mode;
+    EXPECT_EQ(Write(), ERROR_ACCESS_DENIED) << std::oct << mode;
+  }
+  for (const mode_t mode : {0600u, 0644u, 0755u}) {
+    ASSERT_EQ(chmod(file_.c_str(), mode), 0);
+    EXPECT_EQ(OpenStatus(u"K"), ERROR_SUCCESS) << std::oct << mode;
+  }
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  ASSERT_EQ(chown(file_.c_str(), 65534, 65534), 0);
+  EXPECT_EQ(OpenStatus(u"K"), ERROR_ACCESS_DENIED);
+  // Root's is everybody's.
+  ASSERT_EQ(chown(file_.c_str(), 0, 0), 0);
+  ASSERT_EQ(chmod(folder_.File("").c_str(), 0755), 0);
+  const pid_t child = fork();
+  if (child == 0) _exit(setuid(65534) == 0 && OpenStatus(u"K") == ERROR_SUCCESS ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
+// A umask of the user's does not take away what the old file allowed.
+TEST_F(RegistryFile, TheModeStays) {
+  ASSERT_EQ(Write(), ERROR_SUCCESS);
+  ASSERT_EQ(chmod(file_.c_str(), 0640), 0);
+  umask(077);
+  { const Key key(u"L"); }
+  umask(022);
+  struct stat facts = {};
+  ASSERT_EQ(stat(file_.c_str(), &facts), 0);
+  EXPECT_EQ(facts.st_mode & 0777, 0640u);
+  // Who can only read the registry cannot lock it.
+  ASSERT_EQ(stat((file_ + ".lock").c_str(), &facts), 0);
+  EXPECT_EQ(facts.st_mode & 0777, 0600u);
+}
+
+}  // namespace
+}  // namespace mirolta
