@@ -66,9 +66,11 @@ MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow() {
 }
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer() {
-  return CurrentModule() == nullptr ? E_INVALIDARG : RegisterModule();
+  return CurrentModule() == nullptr ? E_INVALIDARG : AsOneRegistryChange(RegisterModule);
 }
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllUnregisterServer() {
-  return CurrentModule() == nullptr ? E_INVALIDARG : UnregisterModule();
+  if (CurrentModule() == nullptr) return E_INVALIDARG;
+  static_cast<void>(AsOneRegistryChange(UnregisterModule));  // never fails as a whole
+  return S_OK;
 }

@@ -9,4 +9,5 @@
 #include "seam/memory.h"
 #include "seam/processor.h"
 #include "seam/random.h"
+#include "seam/registry_change.h"
 #include "seam/wiped_work.h"

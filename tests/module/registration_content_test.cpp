@@ -202,8 +202,8 @@ TEST_F(RegistrationContentTest, RegisteredClassesCanBeCreatedByName) {
   EXPECT_EQ(LoadRegTypeLib(LIBID_MIROLTALib, 1, 0, 0, library.Put()), S_OK);
 }
 
-// Whatever allocation fails, registration fails with it and leaves the rows before it; the next
-// attempt completes.
+// Whatever allocation fails, registration fails with it and leaves the rows before it, or none if
+// they could not be put in place; the next attempt completes.
 TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
   constexpr size_t kRowsOfAClass = 22;
   const Rows all = Everything();
@@ -226,7 +226,7 @@ TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
       ASSERT_EQ(all.count(key), 1u) << key;
       EXPECT_EQ(all.at(key), text) << key;
     }
-    if (FAILED(status)) {
+    if (FAILED(status) && !left.empty()) {
       // Rows written before stay. Only the class that was being rewritten may lack its own.
       EXPECT_GE(left.size() + kRowsOfAClass, most_left);
       most_left = std::max(most_left, left.size());

@@ -14,14 +14,12 @@ namespace mirolta {
 namespace {
 
 std::atomic<LONG> g_count = 0;
-void (*g_on_can_unload)() = nullptr;
-void (*g_on_released)() = nullptr;
+std::atomic<void (*)()> g_on_can_unload = nullptr;
+std::atomic<void (*)()> g_on_released = nullptr;
 
 // Makes a call that a test asked for, once.
-void Call(void (*&hook)()) {
-  void (*const call)() = hook;
-  hook = nullptr;
-  if (call != nullptr) call();
+void Call(std::atomic<void (*)()>& hook) {
+  if (void (*const call)() = hook.exchange(nullptr)) call();
 }
 
 constexpr StringResource kStrings[] = {{100, u"Test module"}, {101, u""}, {65535, u"last"}};

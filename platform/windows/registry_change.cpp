@@ -1,0 +1,9 @@
+#include "platform.h"
+
+namespace mirolta {
+
+HRESULT AsOneRegistryChange(HRESULT (*work)()) noexcept {
+  return work();
+}
+
+}  // namespace mirolta
