@@ -68,16 +68,39 @@ class Write final : public RegistryAction {
   }
 };
 
+// Deletes a key's default value if it is `text`: another one is somebody else's.
+LONG DeleteOwnText(HKEY key, const OLECHAR* text) {
+  OLECHAR found[kLongestRegistryText + 1];
+  DWORD size = sizeof found;
+  DWORD type = REG_NONE;
+  const LONG error =
+      RegQueryValueExW(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(found), &size);
+  if (IsMissing(error) || error == ERROR_MORE_DATA) return ERROR_SUCCESS;
+  if (error != ERROR_SUCCESS) return error;
+  if (type != REG_SZ) return ERROR_SUCCESS;
+  const DWORD length = size / static_cast<DWORD>(sizeof(OLECHAR));
+  DWORD same = 0;
+  while (same < length && found[same] != 0 && found[same] == text[same]) ++same;
+  const bool ends = same == length || found[same] == 0;
+  return ends && text[same] == 0 ? RegDeleteValueW(key, nullptr) : ERROR_SUCCESS;
+}
+
 class Remove final : public RegistryAction {
  public:
-  HRESULT EnterKey(HKEY parent, const OLECHAR* name, KeyRule rule, const OLECHAR*,
+  HRESULT EnterKey(HKEY parent, const OLECHAR* name, KeyRule rule, const OLECHAR* value,
                    HKEY* key) override {
     *key = nullptr;
     if (parent == nullptr) return S_OK;
     // What is in a key that goes as a whole needs no looking at.
     if (rule == KeyRule::kForceRemove) return FromError(DeleteTree(parent, name));
-    const LONG error = RegOpenKeyExW(parent, name, 0, KEY_ALL_ACCESS, key);
-    return IsMissing(error) ? S_OK : FromError(error);
+    LONG error = RegOpenKeyExW(parent, name, 0, KEY_ALL_ACCESS, key);
+    if (IsMissing(error)) return S_OK;
+    // At once, and not only if the key stays: others may put something into it until then.
+    if (error == ERROR_SUCCESS && rule == KeyRule::kPlain && value != nullptr) {
+      error = DeleteOwnText(*key, value);
+      if (error != ERROR_SUCCESS) RegCloseKey(*key);
+    }
+    return FromError(error);
   }
   HRESULT LeaveKey(HKEY parent, const OLECHAR* name, KeyRule rule, HKEY key) override {
     if (key == nullptr) return S_OK;

@@ -4,8 +4,7 @@ namespace mirolta {
 
 namespace {
 
-// A value may hold the module's file name.
-constexpr unsigned kTokenCapacity = MAX_PATH + 64;
+constexpr unsigned kTokenCapacity = kLongestRegistryText + 1;
 constexpr int kMaxDepth = 8;
 
 enum class TokenKind { kWord, kQuoted, kOpen, kClose, kEquals, kEnd, kBad };

@@ -1,7 +1,9 @@
 // The script language of registration.
 //
 //   HKCR { entries }                     keys below the classes root
-//   name = s 'text' { entries }          a key, its default value, what is in it (both optional)
+//   name = s 'text' { entries }          a key, its default value, what is in it (both optional);
+//                                        unregistration takes the value from a key that stays
+//                                        because others have put subkeys into it
 //   val name = s 'text'                  a named value of the enclosing key
 //   NoRemove name ...                    a key that unregistration leaves
 //   ForceRemove name ...                 a key that is deleted with all subkeys before it is
@@ -16,6 +18,9 @@
 #include "platform.h"
 
 namespace mirolta {
+
+// A value may hold the module's file name.
+inline constexpr unsigned kLongestRegistryText = MAX_PATH + 63;
 
 enum class KeyRule { kPlain, kNoRemove, kForceRemove };
 

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "class_table.h"
 #include "mirolta.h"
 #include "module_state.h"
@@ -64,6 +67,56 @@ TEST_F(EntryPointsTest, NoClassHasADescriptionOrCategoriesOfItsOwn) {
     EXPECT_EQ(row->category_map(), nullptr);
     EXPECT_EQ(row->cookie, 0u);
   }
+}
+
+// Every row's hook, in order: at the end after the row's factory is gone, at the start with the
+// module's state in place.
+TEST_F(EntryPointsTest, EveryRowHearsOfTheModulesStartAndEnd) {
+  static std::string heard;
+  std::vector<ClassRow> kept;
+  for (ClassRow* row = ClassTable(); row->id != nullptr; ++row) {
+    kept.push_back(*row);
+    row->init_term = [](bool loads) {
+      heard += loads ? "+" : "-";
+      if (CurrentModule() == nullptr) heard += "without a module";
+    };
+  }
+  ASSERT_EQ(kept.size(), 12u);
+  const HINSTANCE instance = CurrentModule()->instance;
+  DllMain(instance, DLL_PROCESS_DETACH, nullptr);
+  EXPECT_EQ(heard, "------------");
+  heard.clear();
+  DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
+  EXPECT_EQ(heard, "++++++++++++");
+  for (size_t i = 0; i < kept.size(); ++i) ClassTable()[i] = kept[i];
+}
+
+TEST_F(EntryPointsTest, TheTableHasItsOrder) {
+  const struct {
+    const CLSID* id;
+    const OLECHAR* prog_id;
+  } rows[] = {
+      {&CLSID_ToviStreamDigest, OLESTR("Vardeko.crypt.ToviStreamDigest.1")},
+      {&CLSID_HashObject, OLESTR("Vardeko.crypt.HashObject.1")},
+      {&CLSID_SymmetricCryptObject, OLESTR("Vardeko.crypt.Symmetric.1")},
+      {&CLSID_RSACrypt, OLESTR("Vardeko.crypt.RSA.1")},
+      {&CLSID_PexBigNumber, OLESTR("Vardeko.crypt.Number.1")},
+      {&CLSID_ToviStreamCrypt, OLESTR("Vardeko.crypt.ToviStreamCrypt.1")},
+      {&CLSID_ToviStreamDigestFree, OLESTR("Vardeko.crypt.ToviStreamDigest.free.1")},
+      {&CLSID_HashObjectFree, OLESTR("Vardeko.crypt.HashObject.free.1")},
+      {&CLSID_SymmetricCryptObjectFree, OLESTR("Vardeko.crypt.Symmetric.free.1")},
+      {&CLSID_RSACryptFree, OLESTR("Vardeko.crypt.RSA.free.1")},
+      {&CLSID_PexBigNumberFree, OLESTR("Vardeko.crypt.Number.free.1")},
+      {&CLSID_ToviStreamCryptFree, OLESTR("Vardeko.crypt.ToviStreamCrypt.free.1")},
+  };
+  const ClassRow* row = ClassTable();
+  for (const auto& expected : rows) {
+    ASSERT_NE(row->id, nullptr);
+    EXPECT_EQ(*row->id, *expected.id);
+    EXPECT_EQ(std::basic_string<OLECHAR>(row->prog_id), expected.prog_id);
+    ++row;
+  }
+  EXPECT_EQ(row->id, nullptr);
 }
 
 TEST_F(EntryPointsTest, ThreadsThatComeAndGoChangeNothing) {

@@ -2,6 +2,9 @@
 // error objects. This program has operations of those names of its own, which are the runtime's
 // until one is told to fail.
 #include <array>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "class_registration.h"
 #include "class_table.h"
@@ -24,14 +27,17 @@ namespace {
 constexpr LONG kDenied = 5;  // ERROR_ACCESS_DENIED
 constexpr HRESULT kStruck = static_cast<HRESULT>(0x80070005u);
 
-PlatformFault open_key, create_key, close_key, delete_key, delete_value, set_value, enum_key,
-    enum_value, file_name, lock_resource, guid_text, create_error, load_library, get_address;
+PlatformFault open_key, create_key, close_key, delete_key, delete_value, set_value, query_value,
+    enum_key, enum_value, file_name, lock_resource, guid_text, create_error, load_library,
+    get_address;
 
 // What stands in for the module's name and library when it is set.
 const OLECHAR* module_file = nullptr;
 ITypeLib* module_library = nullptr;
 std::basic_string<OLECHAR> registered_file, registered_folder;
 int unregistered = 0;
+// Which libraries were asked for, in order.
+std::string library_calls;
 
 }  // namespace
 
@@ -70,6 +76,12 @@ LONG RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BY
                     DWORD size) {
   static auto* const runtime = RuntimeOperation(&RegSetValueExW, "RegSetValueExW");
   return set_value.Strikes() ? kDenied : runtime(key, name, reserved, type, data, size);
+}
+
+LONG RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, BYTE* data,
+                      DWORD* size) {
+  static auto* const runtime = RuntimeOperation(&RegQueryValueExW, "RegQueryValueExW");
+  return query_value.Strikes() ? kDenied : runtime(key, name, reserved, type, data, size);
 }
 
 LONG RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* length, DWORD* reserved,
@@ -112,10 +124,18 @@ INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity) {
 
 HRESULT LoadTypeLib(const OLECHAR* file, ITypeLib** out) {
   static auto* const runtime = RuntimeOperation(&LoadTypeLib, "LoadTypeLib");
+  library_calls += "file ";
   if (module_library == nullptr) return runtime(file, out);
   *out = module_library;
   module_library->AddRef();
   return S_OK;
+}
+
+HRESULT LoadRegTypeLib(REFGUID library, WORD major, WORD minor, LCID locale, ITypeLib** out) {
+  static auto* const runtime = RuntimeOperation(&LoadRegTypeLib, "LoadRegTypeLib");
+  library_calls += "registered " + std::to_string(major) + "." + std::to_string(minor) + " " +
+                   std::to_string(locale) + " ";
+  return runtime(library, major, minor, locale, out);
 }
 
 HRESULT RegisterTypeLib(ITypeLib* library, OLECHAR* file, OLECHAR* help_directory) {
@@ -192,9 +212,10 @@ class ModuleFailuresTest : public RegistrationTest {
     InitModuleState(instance_, nullptr, LIBID_MIROLTALib);
   }
   void TearDown() override {
-    for (PlatformFault* fault : {&open_key, &create_key, &close_key, &delete_key, &delete_value,
-                                 &set_value, &enum_key, &enum_value, &file_name, &lock_resource,
-                                 &guid_text, &create_error, &load_library, &get_address}) {
+    for (PlatformFault* fault :
+         {&open_key, &create_key, &close_key, &delete_key, &delete_value, &set_value, &query_value,
+          &enum_key, &enum_value, &file_name, &lock_resource, &guid_text, &create_error,
+          &load_library, &get_address}) {
       fault->Disarm();
     }
     module_file = nullptr;
@@ -257,10 +278,11 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsRemoved) {
   ASSERT_EQ(Register(), S_OK);
   ASSERT_EQ(Unregister(), S_OK);
   const Rows left = AllRows();
-  EXPECT_EQ(left, (Rows{{"A", ""}, {"A|@", "a"}, {"A\\D", ""}}));
-  PlatformFault* const kFaults[] = {&open_key, &enum_key, &delete_key, &close_key};
+  EXPECT_EQ(left, (Rows{{"A", ""}, {"A\\D", ""}}));
+  PlatformFault* const kFaults[] = {&open_key,  &enum_key,    &delete_key,
+                                    &close_key, &query_value, &delete_value};
   // A, which cannot be looked through, is taken for empty; then its deletion fails, for D is in it.
-  const int kTold[] = {4, 4, 2, 0};
+  const int kTold[] = {4, 4, 2, 0, 1, 1};
   for (size_t i = 0; i < std::size(kFaults); ++i) {
     PlatformFault& fault = *kFaults[i];
     int told = 0;
@@ -325,6 +347,65 @@ TEST_F(ModuleFailuresTest, TheLibraryIsFoundByTheModulesName) {
   EXPECT_EQ(RegisterModuleTypeLibrary(), E_FAIL);
   file_name.Arm();
   EXPECT_EQ(UnregisterModuleTypeLibrary(), E_FAIL);
+}
+
+// The class table with rows that only note what is asked of them.
+class RegistrationWalkTest : public ModuleFailuresTest {
+ protected:
+  void SetUp() override {
+    ModuleFailuresTest::SetUp();
+    for (ClassRow* row = ClassTable(); row->id != nullptr; ++row) {
+      kept_.push_back(*row);
+      row->update_registry = [](const ClassRow& of, bool registers) -> HRESULT {
+        walked.push_back({&of, registers});
+        return walked.size() == fails_at || fails_at == 0 ? E_ABORT : S_OK;
+      };
+    }
+    walked.clear();
+  }
+  void TearDown() override {
+    for (size_t i = 0; i < kept_.size(); ++i) ClassTable()[i] = kept_[i];
+    ModuleFailuresTest::TearDown();
+  }
+  static void ExpectWalked(size_t count, bool registers) {
+    ASSERT_EQ(walked.size(), count);
+    for (size_t i = 0; i < count; ++i) {
+      EXPECT_EQ(walked[i].first, ClassTable() + i) << i;
+      EXPECT_EQ(walked[i].second, registers) << i;
+    }
+  }
+
+  static std::vector<std::pair<const ClassRow*, bool>> walked;
+  static size_t fails_at;  // 0: always
+
+ private:
+  std::vector<ClassRow> kept_;
+};
+std::vector<std::pair<const ClassRow*, bool>> RegistrationWalkTest::walked;
+size_t RegistrationWalkTest::fails_at = 0;
+
+TEST_F(RegistrationWalkTest, RegistrationEndsAtTheFirstFailure) {
+  fails_at = 5;
+  EXPECT_EQ(RegisterModule(), E_ABORT);
+  ExpectWalked(5, true);
+}
+
+// This program has no type library.
+TEST_F(RegistrationWalkTest, TheLibrarysStatusIsTheModules) {
+  fails_at = 100;
+  EXPECT_EQ(RegisterModule(), TYPE_E_CANTLOADLIBRARY);
+  ExpectWalked(12, true);
+}
+
+TEST_F(RegistrationWalkTest, UnregistrationGoesOnPastFailuresToTheLibrary) {
+  for (const size_t failing : {size_t{0}, size_t{1}, size_t{12}}) {
+    walked.clear();
+    library_calls.clear();
+    fails_at = failing;
+    EXPECT_EQ(UnregisterModule(), S_OK);
+    ExpectWalked(12, false);
+    EXPECT_EQ(library_calls, "file file ");
+  }
 }
 
 // The module's library while it stands, with attributes of its own, or none.
@@ -436,6 +517,23 @@ TEST_F(ErrorSourceTest, AnErrorWithoutInformationIsNotPublished) {
   OwnedReference<IErrorInfo> info;
   EXPECT_EQ(GetErrorInfo(0, info.Put()), S_FALSE);
   EXPECT_EQ(mute_error.references, 0u);
+}
+
+TEST_F(ModuleFailuresTest, TheModulesOwnLibraryComesBeforeTheRegisteredOne) {
+  for (const LCID locale : {LCID{0}, LCID{0x409}, LCID{0xFFFFFFFF}}) {
+    TypeInfoHolder holder(IID_IHashObject);
+    OwnedReference<ITypeInfo> info;
+    library_calls.clear();
+    EXPECT_EQ(holder.Get(locale, info.Put()), TYPE_E_LIBNOTREGISTERED);
+    EXPECT_EQ(library_calls, "file registered 1.0 " + std::to_string(locale) + " ");
+  }
+  // With one of its own no other is asked for; this one does not have the interface.
+  FakeLibrary library;
+  TypeInfoHolder holder(IID_IHashObject);
+  OwnedReference<ITypeInfo> info;
+  library_calls.clear();
+  EXPECT_EQ(holder.Get(0x409, info.Put()), E_NOTIMPL);
+  EXPECT_EQ(library_calls, "file ");
 }
 
 TEST_F(ModuleFailuresTest, WithoutAModuleThereIsNoTypeInformation) {

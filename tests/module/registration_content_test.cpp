@@ -178,6 +178,8 @@ TEST_F(RegistrationContentTest, SubkeysOfOthersUnderTheProgIdsStay) {
   ASSERT_EQ(unregister_(), S_OK);
   const Rows left = AllRows();
   EXPECT_EQ(left.count("Vardeko.crypt.RSA\\shell|@"), 1u);
+  EXPECT_EQ(left.count("Vardeko.crypt.RSA"), 1u);
+  EXPECT_EQ(left.count("Vardeko.crypt.RSA|@"), 0u);  // the module's own description
   EXPECT_EQ(left.count("Vardeko.crypt.RSA\\CLSID"), 0u);
   EXPECT_EQ(left.count("Vardeko.crypt.RSA\\CurVer"), 0u);
   EXPECT_EQ(left.count("Vardeko.crypt.RSA.1"), 0u);
@@ -202,8 +204,8 @@ TEST_F(RegistrationContentTest, RegisteredClassesCanBeCreatedByName) {
   EXPECT_EQ(LoadRegTypeLib(LIBID_MIROLTALib, 1, 0, 0, library.Put()), S_OK);
 }
 
-// Whatever allocation fails, registration fails with it and leaves the rows before it, or none if
-// they could not be put in place; the next attempt completes.
+// Whatever allocation fails, registration fails with it and leaves the rows before it, or none of
+// them if they could not be put in place; the next attempt completes.
 TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
   constexpr size_t kRowsOfAClass = 22;
   const Rows all = Everything();
@@ -212,6 +214,7 @@ TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
   // Steps that are no divisor of what one class needs, so that all kinds of places are hit.
   for (LONG allowed = 0;; allowed += 37) {
     SCOPED_TRACE(allowed);
+    const Rows before = AllRows();
     MiroltaFailAllocationAfter(allowed);
     const HRESULT status = register_();
     const bool failed = MiroltaAllocationHasFailed();
@@ -226,7 +229,7 @@ TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
       ASSERT_EQ(all.count(key), 1u) << key;
       EXPECT_EQ(all.at(key), text) << key;
     }
-    if (FAILED(status) && !left.empty()) {
+    if (FAILED(status) && left != before) {
       // Rows written before stay. Only the class that was being rewritten may lack its own.
       EXPECT_GE(left.size() + kRowsOfAClass, most_left);
       most_left = std::max(most_left, left.size());

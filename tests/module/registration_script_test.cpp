@@ -84,9 +84,29 @@ TEST_F(RegistrationScriptTest, SubkeysOfOthersKeepAPlainKey) {
   WriteKey("A\\B\\Other", OLESTR("kept"));
   WriteKey("A\\Third", nullptr);
   ASSERT_EQ(Unregister(script), S_OK);
-  const Rows left = AllRows();
-  EXPECT_EQ(left.count("A\\B\\Other|@"), 1u);
-  EXPECT_EQ(left.count("A\\Third"), 1u);
+  EXPECT_EQ(AllRows(), (Rows{{"A", ""},
+                             {"A\\B", ""},
+                             {"A\\B\\Other", ""},
+                             {"A\\B\\Other|@", "kept"},
+                             {"A\\Third", ""}}));
+}
+
+// A key that stays loses the default value that the script gave it, and keeps another one.
+TEST_F(RegistrationScriptTest, DefaultValuesOfOthersStay) {
+  const std::string script = "HKCR { A = s 'a' B = s 'b' C = s 'c' NoRemove D = s 'd' E }";
+  const std::string longer(600, 'x');
+  ASSERT_EQ(Register(script), S_OK);
+  for (const char* key : {"A", "B", "C", "D", "E"}) WriteKey(key + std::string("\\Other"), nullptr);
+  WriteKey("B", OLESTR("bb"));
+  WriteKey("C", Wide(longer).c_str());
+  WriteKey("E", OLESTR("e"));
+  ASSERT_EQ(Unregister(script), S_OK);
+  Rows left = AllRows();
+  for (const char* key : {"A", "B", "C", "D", "E"}) {
+    EXPECT_EQ(left.erase(key), 1u);
+    EXPECT_EQ(left.erase(key + std::string("\\Other")), 1u);
+  }
+  EXPECT_EQ(left, (Rows{{"B|@", "bb"}, {"C|@", longer}, {"D|@", "d"}, {"E|@", "e"}}));
 }
 
 TEST_F(RegistrationScriptTest, RemovingWhatIsNotThereIsNoFailure) {
