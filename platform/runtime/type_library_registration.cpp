@@ -1,3 +1,4 @@
+#include "copied_library.h"
 #include "portable/dispatch.h"
 #include "portable/registry_mode.h"
 #include "portable/system.h"
@@ -8,7 +9,13 @@ namespace mirolta {
 namespace {
 
 constexpr INT kGuidCapacity = 39;
-constexpr LPCWSTR kPlatform = sizeof(void*) == 8 ? u"linux64" : u"linux32";
+// A library's files by system, below version and locale.
+struct PlatformName {
+  SYSKIND kind;
+  LPCWSTR name;
+};
+constexpr PlatformName kPlatforms[] = {{SYS_WIN32, u"linux32"}, {SYS_WIN64, u"linux64"}};
+constexpr LPCWSTR kPlatform = kPlatforms[sizeof(void*) == 8 ? 1 : 0].name;
 // The platform's marshalers for automation interfaces and for late-bound ones only.
 constexpr LPCWSTR kAutomationMarshaler = u"{00020424-0000-0000-C000-000000000046}";
 constexpr LPCWSTR kDispatchMarshaler = u"{00020420-0000-0000-C000-000000000046}";
@@ -162,18 +169,50 @@ LONG DeleteIfEmpty(LPCWSTR path) {
   return error == ERROR_NO_MORE_ITEMS ? RegDeleteKeyW(HKEY_CLASSES_ROOT, path) : error;
 }
 
-LONG DeleteLibrary(REFGUID library, WORD major, WORD minor) {
+// Whether a version of a library has files for some locale and system still.
+LONG HasFiles(LPCWSTR version_path, bool* has) {
+  WCHAR name[kKeyNameCapacity];
+  LONG error = ERROR_SUCCESS;
+  *has = false;
+  for (DWORD i = 0; !*has && (error = SubkeyName(version_path, i, name)) == ERROR_SUCCESS; ++i) {
+    *has = !SameName(name, u"FLAGS") && !SameName(name, u"HELPDIR");
+  }
+  return *has || error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
+}
+
+LONG DeleteLibrary(REFGUID library, WORD major, WORD minor, LCID locale, SYSKIND kind) {
   const GuidText id(library);
   const NumberText version = VersionText(major, minor);
+  const NumberText locale_text(locale, 16);
+  LPCWSTR platform = nullptr;
+  for (const PlatformName& row : kPlatforms) {
+    if (row.kind == kind) platform = row.name;
+  }
+  if (platform == nullptr) return ERROR_FILE_NOT_FOUND;
   WideText base;
   WideText path;
+  WideText locale_path;
+  WideText file_path;
   LONG error = SetText(&base, u"TypeLib\\", id.text);
   if (error == ERROR_SUCCESS) error = SetText(&path, base.data(), u"\\", version.text);
+  if (error == ERROR_SUCCESS) {
+    error = SetText(&locale_path, path.data(), u"\\", locale_text.text);
+  }
+  if (error == ERROR_SUCCESS) {
+    error = SetText(&file_path, locale_path.data(), u"\\", platform);
+  }
   if (error == ERROR_SUCCESS) {  // is it registered?
     WCHAR name[kKeyNameCapacity];
-    error = SubkeyName(path.data(), 0, name);
+    error = SubkeyName(file_path.data(), 0, name);
+    if (error == ERROR_NO_MORE_ITEMS) error = ERROR_SUCCESS;
   }
-  if (error == ERROR_SUCCESS) error = DeleteInterfaces(id.text, version.text);
+  if (error == ERROR_SUCCESS) error = DeleteKeyTree(file_path.data());
+  if (error == ERROR_SUCCESS) error = DeleteIfEmpty(locale_path.data());
+  // The last file takes with it what all share.
+  bool has_files = false;
+  if (error == ERROR_SUCCESS) error = HasFiles(path.data(), &has_files);
+  if (error != ERROR_SUCCESS || has_files) return error;
+  error = DeleteInterfaces(id.text, version.text);
   if (error == ERROR_SUCCESS) error = DeleteKeyTree(path.data());
   if (error == ERROR_SUCCESS) error = DeleteIfEmpty(base.data());
   return error;
@@ -245,10 +284,11 @@ extern "C" HRESULT RegisterTypeLib(ITypeLib* library, OLECHAR* file, OLECHAR* he
   return status;
 }
 
-extern "C" HRESULT UnRegisterTypeLib(REFGUID library, WORD major, WORD minor, LCID, SYSKIND) {
+extern "C" HRESULT UnRegisterTypeLib(REFGUID library, WORD major, WORD minor, LCID locale,
+                                     SYSKIND kind) {
   HRESULT status = StatusOf(MiroltaRegistryBatch(TRUE));
   if (FAILED(status)) return status;
-  status = StatusOf(DeleteLibrary(library, major, minor));
+  status = StatusOf(DeleteLibrary(library, major, minor, locale, kind));
   const HRESULT written = StatusOf(MiroltaRegistryBatch(FALSE));
   return FAILED(status) ? status : written;
 }

@@ -96,6 +96,44 @@ TEST_F(TypeLibraryRegistration, UnregisteringRemovesItsRowsOnly) {
   EXPECT_EQ(TextAt(u"Interface\\{other}"), "<no value>");
 }
 
+// One version has a file for each locale and system; what they share goes with the last.
+TEST_F(TypeLibraryRegistration, OtherLocalesAndSystemsStay) {
+  const std::u16string version = std::u16string(kLibraryKey) + u"\\1.12";
+  const std::u16string own = version + u"\\0\\" + kPlatform;
+  const SYSKIND other_system = kSystem == SYS_WIN64 ? SYS_WIN32 : SYS_WIN64;
+  const std::u16string other = other_system == SYS_WIN64 ? u"\\linux64" : u"\\linux32";
+  const std::u16string others[] = {version + u"\\0" + other, version + u"\\409\\" + kPlatform};
+  ASSERT_EQ(Register(), S_OK);
+  for (const std::u16string& path : others) {
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
+                              &key, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+  }
+  // Neither is known.
+  EXPECT_EQ(UnRegisterTypeLib(kTestLibrary, 1, 0x12, 0x809, kSystem), TYPE_E_REGISTRYACCESS);
+  EXPECT_EQ(UnRegisterTypeLib(kTestLibrary, 1, 0x12, 0x409, other_system), TYPE_E_REGISTRYACCESS);
+  EXPECT_EQ(UnRegisterTypeLib(kTestLibrary, 1, 0x12, 0, SYS_MAC), TYPE_E_REGISTRYACCESS);
+  EXPECT_EQ(TextAt(own), kModuleFile);
+
+  EXPECT_EQ(UnRegisterTypeLib(kTestLibrary, 1, 0x12, 0, kSystem), S_OK);
+  EXPECT_EQ(TextAt(own), "<no key>");
+  EXPECT_EQ(TextAt(others[0]), "<no value>");
+  EXPECT_EQ(TextAt(others[1]), "<no value>");
+  EXPECT_EQ(TextAt(version + u"\\HELPDIR"), "/help");
+  EXPECT_EQ(TextAt(kInterfaceKey), "ITest");
+  EXPECT_EQ(UnRegisterTypeLib(kTestLibrary, 1, 0x12, 0, kSystem), TYPE_E_REGISTRYACCESS);
+
+  EXPECT_EQ(UnRegisterTypeLib(kTestLibrary, 1, 0x12, 0, other_system), S_OK);
+  EXPECT_EQ(TextAt(version + u"\\0"), "<no key>");
+  EXPECT_EQ(TextAt(others[1]), "<no value>");
+  EXPECT_EQ(TextAt(kInterfaceKey), "ITest");
+  EXPECT_EQ(UnRegisterTypeLib(kTestLibrary, 1, 0x12, 0x409, kSystem), S_OK);
+  EXPECT_EQ(TextAt(kLibraryKey), "<no key>");
+  EXPECT_EQ(TextAt(kInterfaceKey), "<no key>");
+}
+
 TEST_F(TypeLibraryRegistration, OtherVersionsStay) {
   ASSERT_EQ(Register(), S_OK);
   const std::u16string other = std::u16string(kLibraryKey) + u"\\2.0";
