@@ -9,12 +9,22 @@
 namespace mirolta {
 namespace {
 
-// The class identifier of a ProgID, or of an identifier's registry text.
-HRESULT FindClass(const OLECHAR* name, CLSID* id) {
-  if (name[0] == OLECHAR{'{'}) return CLSIDFromString(name, id);
-  HRESULT status = CLSIDFromProgID(name, id);
-  if (FAILED(status) && RegisterOwnModule()) status = CLSIDFromProgID(name, id);
-  return status;
+// Creates an object of the class with this ProgID or, in braces, this identifier.
+HRESULT CreateRegistered(const OLECHAR* name, Reference<IDispatch>* object) {
+  CLSID id;
+  const HRESULT status = CLSIDFromProgID(name, &id);
+  if (FAILED(status)) return status;
+  void* made = nullptr;
+  const HRESULT created = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &made);
+  object->Take(made);
+  return created;
+}
+
+// The same, with the module beside the host where nothing is registered.
+HRESULT Create(const OLECHAR* name, Reference<IDispatch>* object) {
+  const HRESULT status = CreateRegistered(name, object);
+  if (SUCCEEDED(status) || !RegisterOwnModule()) return status;
+  return CreateRegistered(name, object);
 }
 
 struct CreateFrame {
@@ -24,13 +34,7 @@ struct CreateFrame {
     duk_size_t size = 0;
     const char* text = duk_to_lstring(engine, 0, &size);
     name = UnitsFromEngine({text, size});
-    CLSID id;
-    HRESULT status = FindClass(name.c_str(), &id);
-    if (SUCCEEDED(status)) {
-      void* made = nullptr;
-      status = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &made);
-      object.Take(made);
-    }
+    const HRESULT status = Create(name.c_str(), &object);
     if (FAILED(status)) {
       const char* reason = StandardText(status);
       ThrowText(engine, kCannotCreateObject, "%s: \"%s\" (0x%08X%s%s)",

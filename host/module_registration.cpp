@@ -4,6 +4,8 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <vector>
+
 #include "host_errors.h"
 #include "portable/registry_mode.h"
 #include "text_encoding.h"
@@ -28,6 +30,12 @@ std::string OwnModulePath() {
   return slash == std::string::npos ? "" : FullPath(host.substr(0, slash) + kOwnModule);
 }
 
+std::string RegistryFile() {
+  OLECHAR file[4096];
+  const DWORD length = MiroltaRegistryFile(file, 4096);
+  return SystemFromUnits({file, length});
+}
+
 std::string StatusSentence(const char* what, HRESULT status) {
   char number[16];
   snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(status));
@@ -36,12 +44,78 @@ std::string StatusSentence(const char* what, HRESULT status) {
   if (text != nullptr) sentence = sentence + " (" + text + ")";
   const DWORD line = MiroltaRegistryBadLine();
   if (line != 0) {
-    OLECHAR file[4096];
-    const DWORD length = MiroltaRegistryFile(file, 4096);
-    sentence += "; the registry file " + SystemFromUnits({file, length}) +
-                " is malformed in line " + std::to_string(line);
+    sentence +=
+        "; the registry file " + RegistryFile() + " is malformed in line " + std::to_string(line);
   }
   return sentence;
+}
+
+// The same for the registry as a whole.
+HRESULT RegistryFailure(const char* what, LONG error, std::string* problem) {
+  const HRESULT status = HRESULT_FROM_WIN32(error);
+  *problem = StatusSentence((what + (" the registry file " + RegistryFile())).c_str(), status);
+  return status;
+}
+
+HRESULT CallEntry(const std::string& path, const char* entry, std::string* problem) {
+  const HMODULE loaded = LoadLibraryW(UnitsFromSystem(path).c_str());
+  if (loaded == nullptr) {
+    *problem = "the file cannot be loaded as a module";
+    return CO_E_ERRORINDLL;
+  }
+  HRESULT status = CO_E_ERRORINDLL;
+  if (const FARPROC function = GetProcAddress(loaded, entry)) {
+    status = function();
+    if (FAILED(status)) *problem = StatusSentence(entry, status);
+  } else {
+    *problem = std::string("the module has no entry point ") + entry;
+  }
+  FreeLibrary(loaded);
+  return status;
+}
+
+// Adds the keys at `name` and below whose default value names the module's file.
+LONG FindKeysOf(const std::string& module, HKEY parent, const Units& name, const std::string& above,
+                std::vector<std::string>* found) {
+  HKEY key = nullptr;
+  LONG error = RegOpenKeyExW(parent, name.c_str(), 0, KEY_READ, &key);
+  if (error == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
+  if (error != ERROR_SUCCESS) return error;
+  const std::string path = above + "\\" + SystemFromUnits(name);
+  OLECHAR text[4096];
+  DWORD size = sizeof text;
+  DWORD type = REG_NONE;
+  error = RegQueryValueExW(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(text), &size);
+  // Other names of the same file are the module's too.
+  if (error == ERROR_SUCCESS && type == REG_SZ && text[0] == OLECHAR{'/'} &&
+      FullPath(SystemFromUnits(text)) == module) {
+    found->push_back(path);
+  }
+  for (DWORD i = 0;; ++i) {
+    OLECHAR below[256];
+    DWORD length = 256;
+    error = RegEnumKeyExW(key, i, below, &length, nullptr, nullptr, nullptr, nullptr);
+    if (error == ERROR_SUCCESS) error = FindKeysOf(module, key, below, path, found);
+    if (error != ERROR_SUCCESS) break;
+  }
+  RegCloseKey(key);
+  return error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
+}
+
+// A module's DllUnregisterServer may well succeed whatever it has left.
+HRESULT CheckIsGone(const std::string& module, std::string* problem) {
+  std::vector<std::string> left;
+  LONG error = ERROR_SUCCESS;
+  for (const OLECHAR* root : {OLESTR("CLSID"), OLESTR("TypeLib")}) {
+    if (error == ERROR_SUCCESS) {
+      error = FindKeysOf(module, HKEY_CLASSES_ROOT, root, "HKEY_CLASSES_ROOT", &left);
+    }
+  }
+  if (error != ERROR_SUCCESS) return RegistryFailure("reading", error, problem);
+  if (left.empty()) return S_OK;
+  *problem = "still registered in";
+  for (const std::string& path : left) *problem += " " + path;
+  return E_FAIL;
 }
 
 }  // namespace
@@ -52,21 +126,14 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
     *problem = "there is no such file";
     return STG_E_FILENOTFOUND;
   }
-  const HMODULE loaded = LoadLibraryW(UnitsFromSystem(path).c_str());
-  if (loaded == nullptr) {
-    *problem = "the file cannot be loaded as a module";
-    return CO_E_ERRORINDLL;
-  }
+  const LONG begun = MiroltaRegistryBatch(TRUE);
+  if (begun != ERROR_SUCCESS) return RegistryFailure("reading", begun, problem);
   const char* entry = registers ? "DllRegisterServer" : "DllUnregisterServer";
-  HRESULT status = CO_E_ERRORINDLL;
-  if (const FARPROC function = GetProcAddress(loaded, entry)) {
-    status = function();
-    if (FAILED(status)) *problem = StatusSentence(entry, status);
-  } else {
-    *problem = std::string("the module has no entry point ") + entry;
-  }
-  FreeLibrary(loaded);
-  return status;
+  const HRESULT status = CallEntry(path, entry, problem);
+  const LONG written = MiroltaRegistryBatch(FALSE);
+  if (FAILED(status)) return status;
+  if (written != ERROR_SUCCESS) return RegistryFailure("writing", written, problem);
+  return registers ? status : CheckIsGone(path, problem);
 }
 
 bool RegisterOwnModule() {

@@ -24,7 +24,8 @@ constexpr char kUsage[] =
     "Where nothing is registered, the module ../lib/libMirolta.so beside the host is used.\n"
     "\n"
     "Exit status: 0, the script's WScript.Quit code, 1 for an uncaught error or a script that\n"
-    "cannot be read or compiled, 2 for a wrong command line.\n"
+    "cannot be read or compiled, or a module that was not wholly registered or unregistered, 2 for\n"
+    "a wrong command line.\n"
     "MIROLTA_REGISTRY names the registry file.\n";
 
 int ChangeRegistration(const char* module, bool registers) {

@@ -1,0 +1,10 @@
+// Nothing is registered: the module beside the host serves identifiers as it serves ProgIDs.
+var h = new ActiveXObject("{9D56F139-1F04-4283-AED7-3DB89AFF00FD}");
+h.InitHash("MD5");
+h.HashData("abc");
+WScript.Echo(h.Value);
+try {
+  new ActiveXObject("{00000000-0000-0000-0000-000000000001}");
+} catch (e) {
+  WScript.Echo(e.description);
+}
