@@ -16,7 +16,7 @@ extern const LimbKernels kMulxAdxKernels;
 // Its products, by blocks of rows.
 void MultiplyMulxAdx(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n);
 
-// Its products in Montgomery's form, for 4 and 8 limbs.
+// Its products in Montgomery's form, for 2, 3, 4, 6 and 8 limbs.
 bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n,
                         Limb inverse);
 #endif

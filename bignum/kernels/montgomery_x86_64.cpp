@@ -4,6 +4,7 @@
 
   #include <immintrin.h>
 
+  #include "limb_loops.h"
   #include "mulx_rows.h"
 
 namespace mirolta {
@@ -58,6 +59,25 @@ void Montgomery4(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inve
   z[3] = d3;
 }
 
+void Montgomery6(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inverse) {
+  Limb t0 = 0, t1 = 0, t2 = 0, t3 = 0, t4 = 0, t5 = 0, t6 = 0, t7 = 0;
+  Limb low, high;
+  #pragma GCC unroll 6
+  for (size_t i = 0; i < 6; ++i) {
+    MIROLTA_ROW_OF_6(y, x[i]);
+    MIROLTA_ROW_OF_6(m, t0 * inverse);
+    t0 = t1;
+    t1 = t2;
+    t2 = t3;
+    t3 = t4;
+    t4 = t5;
+    t5 = t6;
+    t6 = t7;
+    t7 = 0;
+  }
+  StoreReduced<6>(z, {t0, t1, t2, t3, t4, t5}, t6, m);
+}
+
 void Montgomery8(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inverse) {
   Limb t0 = 0, t1 = 0, t2 = 0, t3 = 0, t4 = 0, t5 = 0, t6 = 0, t7 = 0, t8 = 0, t9 = 0;
   Limb low, high;
@@ -84,8 +104,17 @@ void Montgomery8(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inve
 bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n,
                         Limb inverse) {
   switch (n) {
+    case 2:
+      MontgomeryOf<2>(z, x, y, m, inverse);
+      return true;
+    case 3:
+      MontgomeryOf<3>(z, x, y, m, inverse);
+      return true;
     case 4:
       Montgomery4(z, x, y, m, inverse);
+      return true;
+    case 6:
+      Montgomery6(z, x, y, m, inverse);
       return true;
     case 8:
       Montgomery8(z, x, y, m, inverse);

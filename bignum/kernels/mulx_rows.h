@@ -27,6 +27,17 @@
           : "d"(factor), [y] "r"(row)                                                           \
           : "cc", "memory")
 
+// t += y * factor for 6 limbs of y, the sum in 8 registers.
+#define MIROLTA_ROW_OF_6(row, factor)                                                           \
+  __asm__("xorl %k[low], %k[low]\n" MIROLTA_TERM("0", "t0", "t1") MIROLTA_TERM("8", "t1", "t2") \
+              MIROLTA_TERM("16", "t2", "t3") MIROLTA_TERM("24", "t3", "t4")                     \
+                  MIROLTA_TERM("32", "t4", "t5") MIROLTA_TERM("40", "t5", "t6")                 \
+                      MIROLTA_TERM_END("t6", "t7")                                              \
+          : [t0] "+r"(t0), [t1] "+r"(t1), [t2] "+r"(t2), [t3] "+r"(t3), [t4] "+r"(t4),          \
+            [t5] "+r"(t5), [t6] "+r"(t6), [t7] "+r"(t7), [low] "=&r"(low), [high] "=&r"(high)   \
+          : "d"(factor), [y] "r"(row)                                                           \
+          : "cc", "memory")
+
 // t += y * factor for 8 limbs of y, the sum in 10 registers.
 #define MIROLTA_ROW_OF_8(row, factor)                                                             \
   __asm__("xorl %k[low], %k[low]\n" MIROLTA_TERM("0", "t0", "t1") MIROLTA_TERM("8", "t1", "t2")   \

@@ -2,6 +2,10 @@
 
 #include <initializer_list>
 
+#include "limb_basics.h"
+#include "limb_divide.h"
+#include "limb_power_pair.h"
+#include "limb_scratch.h"
 #include "number_theory.h"
 
 namespace mirolta {
@@ -43,6 +47,7 @@ HRESULT FindPublicExponent(BigInt& e, const BigInt& p_less_1, const BigInt& q_le
 
 void RsaKey::Reset() {
   for (BigInt* number : {&n, &e, &p, &q, &d}) *number = BigInt();
+  DropValues();
 }
 
 HRESULT BuildKey(RsaKey& key, const BigInt& first_start, const BigInt& second_start) {
@@ -77,6 +82,7 @@ HRESULT BuildKeyFromPrimes(RsaKey& key, BigInt& first, BigInt& second) {
   key.p.Swap(made.p);
   key.q.Swap(made.q);
   key.d.Swap(made.d);
+  key.DropValues();
   return S_OK;
 }
 
@@ -90,41 +96,115 @@ HRESULT RsaDecrypt(BigInt& r, const RsaKey& key, const BigInt& c) {
 
 namespace {
 
-// The residue of c^d modulo one prime: r = (c mod prime)^(d mod (prime-1)) mod prime.
-HRESULT PowerModuloPrime(BigInt& r, const BigInt& c, const BigInt& d, const BigInt& prime,
-                         const BigInt& prime_less_1) {
-  BigInt reduced;
-  BigInt exponent;
-  HRESULT status = Remainder(reduced, c, prime);
-  if (SUCCEEDED(status)) status = Remainder(exponent, d, prime_less_1);
-  return FAILED(status) ? status : ModExp(r, reduced, exponent, prime);
+// Whether two numbers are the same, sign's flag and all. Copies share their words.
+bool IsSame(const BigInt& a, const BigInt& b) {
+  return a.negative() == b.negative() &&
+         (&a.magnitude() == &b.magnitude() ||
+          BigMagnitude::compare(a.magnitude(), b.magnitude()) == 0);
 }
 
-HRESULT DecryptWithPrimes(BigInt& r, const RsaKey& key, const BigInt& c) {
+HRESULT MakeValues(RsaPrimeValues& made, const RsaKey& key) {
   const BigInt p_less_1 = key.p - BigInt(1);
   const BigInt q_less_1 = key.q - BigInt(1);
   BigInt d;
-  BigInt p_inverse;
   HRESULT status = Inverse(d, key.e, p_less_1 * q_less_1);
-  if (SUCCEEDED(status)) status = Inverse(p_inverse, key.p, key.q);
+  if (SUCCEEDED(status)) status = Inverse(made.p_inverse, key.p, key.q);
+  if (SUCCEEDED(status)) status = Remainder(made.d_p, d, p_less_1);
+  if (SUCCEEDED(status)) status = Remainder(made.d_q, d, q_less_1);
   if (FAILED(status)) return status;
+  made.e = key.e;
+  made.p = key.p;
+  made.q = key.q;
+  return S_OK;
+}
 
+// The residue of c^d modulo one prime: r = (c mod prime)^(d mod (prime-1)) mod prime.
+HRESULT PowerModuloPrime(BigInt& r, const BigInt& c, const BigInt& exponent, const BigInt& prime) {
+  BigInt reduced;
+  const HRESULT status = Remainder(reduced, c, prime);
+  return FAILED(status) ? status : ModExp(r, reduced, exponent, prime);
+}
+
+HRESULT JoinResidues(BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
   BigInt m1;
   BigInt m2;
-  status = PowerModuloPrime(m1, c, d, key.p, p_less_1);
-  if (SUCCEEDED(status)) status = PowerModuloPrime(m2, c, d, key.q, q_less_1);
-  if (SUCCEEDED(status) && m2 < m1) status = m2.add(key.q);
+  HRESULT status = PowerModuloPrime(m1, c, values.d_p, values.p);
+  if (SUCCEEDED(status)) status = PowerModuloPrime(m2, c, values.d_q, values.q);
+  if (SUCCEEDED(status) && m2 < m1) status = m2.add(values.q);
   if (FAILED(status)) return status;
 
-  BigInt result = m1 + key.p * (((m2 - m1) * p_inverse) % key.q);
+  BigInt result = m1 + values.p * (((m2 - m1) * values.p_inverse) % values.q);
   if (FAILED(result.status())) return result.status();
   r.Swap(result);
   return S_OK;
 }
 
+// The number as one limb; false if it has more or a sign.
+bool IsLimb(Limb* limb, const BigInt& n) {
+  if (n.negative() || n.used() > kLimbWords) return false;
+  *limb = 0;
+  LimbsFromWords(limb, n.magnitude().digits(), n.used());
+  return true;
+}
+
+// JoinResidues for short numbers: there its computations cost less than its numbers.
+// Sets *done; where that stays false nothing was computed.
+HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
+  Limb p = 0, q = 0, d_p = 0, d_q = 0, p_inverse = 0;
+  const bool are_limbs = IsLimb(&p, values.p) && IsLimb(&q, values.q) && IsLimb(&d_p, values.d_p) &&
+                         IsLimb(&d_q, values.d_q) && IsLimb(&p_inverse, values.p_inverse);
+  const bool are_odd = (p & q & 1) != 0 && p != 1 && q != 1;
+  if (!are_limbs || !are_odd || c.negative()) return S_OK;
+  const size_t size = LimbsForWords(c.used());
+  LimbScratch limbs{CheckedSize(size)};
+  if (limbs.get() == nullptr) return E_OUTOFMEMORY;
+  LimbsFromWords(limbs.get(), c.magnitude().digits(), c.used());
+  const LimbDivisor by_q = PrepareDivisor(q);
+  PairPower powers[2] = {{ModLimb(limbs.get(), size, PrepareDivisor(p)), d_p, p},
+                         {ModLimb(limbs.get(), size, by_q), d_q, q}};
+  Limb residues[2];
+  PowerPair(residues, powers);
+
+  // (m2 - m1) mod q, q added once: with p above q that may not be enough.
+  Limb difference = static_cast<Limb>(residues[1] - residues[0]);
+  if (residues[1] < residues[0]) {
+    const Limb missing = static_cast<Limb>(residues[0] - residues[1]);
+    if (missing > q) return S_OK;
+    difference = static_cast<Limb>(q - missing);
+  }
+  const LimbPair product = Product(difference, p_inverse);
+  const Limb dividend[2] = {product.low, product.high};
+  const LimbPair above = Product(p, ModLimb(dividend, 2, by_q));
+  const LimbPair sum = AddPair(above, {residues[0], 0});
+  Limb result[2] = {sum.low, sum.high};
+  const HRESULT status = r.AssignLimbs(result, 2);
+  if (SUCCEEDED(status)) r.set_negative(false);
+  *done = SUCCEEDED(status);
+  WipeMemory(powers, sizeof powers);
+  WipeMemory(residues, sizeof residues);
+  WipeMemory(result, sizeof result);
+  return status;
+}
+
+HRESULT DecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c) {
+  const RsaPrimeValues& kept = key.values;
+  const bool are_made =
+      IsSame(kept.e, key.e) && IsSame(kept.p, key.p) && IsSame(kept.q, key.q) && !kept.q.IsZero();
+  RsaPrimeValues made;
+  HRESULT status = are_made ? S_OK : MakeValues(made, key);
+  if (FAILED(status)) return status;
+  const RsaPrimeValues& values = are_made ? kept : made;
+  bool done = false;
+  status = JoinShortResidues(&done, r, values, c);
+  if (SUCCEEDED(status) && !done) status = JoinResidues(r, values, c);
+  // A call that fails keeps nothing.
+  if (SUCCEEDED(status) && !are_made) key.values = static_cast<RsaPrimeValues&&>(made);
+  return status;
+}
+
 }  // namespace
 
-HRESULT RsaDecryptWithPrimes(BigInt& r, const RsaKey& key, const BigInt& c) {
+HRESULT RsaDecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c) {
   return FromStep(DecryptWithPrimes(r, key, c));
 }
 

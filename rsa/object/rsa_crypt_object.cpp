@@ -19,8 +19,9 @@ HRESULT Write(const BigInt& n, VARIANT* out) {
 }
 
 // Runs one raw operation on the number in data.
-HRESULT Transform(HRESULT (*operation)(BigInt&, const RsaKey&, const BigInt&), const RsaKey& key,
-                  const BigInt& input, VARIANT* out) {
+template <typename Key>
+HRESULT Transform(HRESULT (*operation)(BigInt&, Key&, const BigInt&), Key& key, const BigInt& input,
+                  VARIANT* out) {
   BigInt output;
   const HRESULT status = operation(output, key, input);
   return FAILED(status) ? status : Write(output, out);
@@ -39,6 +40,7 @@ RsaKey& RsaCryptObject::key() {
   if (fresh != nullptr) {
     key_.q.Swap(*fresh);
     delete fresh;
+    key_.DropValues();
   }
   return key_;
 }
@@ -74,7 +76,11 @@ HRESULT RsaCryptObject::GetNumber(BigInt RsaKey::*field, VARIANT* value) {
 }
 
 HRESULT RsaCryptObject::PutNumber(BigInt RsaKey::*field, const VARIANT& value) {
-  return DeepFrame([&] { return Read(key().*field, value); });
+  return DeepFrame([&] {
+    RsaKey& now = key();
+    now.DropValues();
+    return Read(now.*field, value);
+  });
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::get_Modulus(VARIANT* value) {
@@ -144,7 +150,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::Decrypt(VARIANT vData, VARIANT* pvOut)
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::DecryptPQ(VARIANT vData, VARIANT* pvOut) {
   return DeepFrame(pvOut, [&] {
-    const RsaKey& now = key();
+    RsaKey& now = key();
     if (now.e.IsZero() || now.d.IsZero() || now.p.IsZero() || now.q.IsZero()) {
       return Raise(kMessageKeyNotSet);
     }

@@ -1,6 +1,7 @@
 // Keys from given starting values, and the raw operations at their edges.
 #include "rsa_key.h"
 
+#include "limb.h"
 #include "rsa_testing.h"
 
 namespace mirolta::test {
@@ -101,7 +102,7 @@ TEST(RsaKeyTest, ResetClearsAllFive) {
 
 TEST(RsaKeyTest, RawOperationsOfASmallKey) {
   // p = 61, q = 53 are below what the prime search finds, but a key may be loaded.
-  const RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+  RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
   for (uint32_t m = 0; m < 3233; ++m) {
     BigInt c, back, by_primes;
     ASSERT_EQ(RsaEncrypt(c, key, BigInt(m)), S_OK);
@@ -113,7 +114,7 @@ TEST(RsaKeyTest, RawOperationsOfASmallKey) {
 }
 
 TEST(RsaKeyTest, LargerDataIsReduced) {
-  const RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+  RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
   for (uint32_t c = 0; c < 50; ++c) {
     BigInt small, large;
     ASSERT_EQ(RsaDecrypt(small, key, BigInt(c)), S_OK);
@@ -135,7 +136,7 @@ TEST(RsaKeyTest, SecretExponentZeroGivesOne) {
 }
 
 TEST(RsaKeyTest, AModulusOfZeroFails) {
-  const RsaKey key = KeyOf(BigInt(), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+  RsaKey key = KeyOf(BigInt(), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
   BigInt r(9);
   EXPECT_EQ(RsaEncrypt(r, key, BigInt(5)), E_INVALIDARG);
   EXPECT_EQ(RsaDecrypt(r, key, BigInt(5)), E_INVALIDARG);
@@ -150,7 +151,7 @@ TEST(RsaKeyTest, PrimesOfZeroAndOneFail) {
   for (const BigInt& one : small) {
     for (const BigInt& other : {BigInt(0), BigInt(1), BigInt(61)}) {
       for (const bool first : {true, false}) {
-        const RsaKey key =
+        RsaKey key =
             KeyOf(BigInt(3233), BigInt(17), first ? one : other, first ? other : one, BigInt(2753));
         BigInt r(9);
         EXPECT_EQ(RsaDecryptWithPrimes(r, key, BigInt(5)), E_INVALIDARG)
@@ -183,7 +184,7 @@ BigInt StepByStep(const RsaKey& key, const Bn& c) {
 
 // With p above q one addition of q need not be enough, and the result is another number.
 TEST(RsaKeyTest, PrimesTheWrongWayRound) {
-  const RsaKey right = Build(BigInt(1000000), BigInt(40000000), 5);
+  RsaKey right = Build(BigInt(1000000), BigInt(40000000), 5);
   RsaKey wrong = right;
   wrong.p.Swap(wrong.q);
   int other = 0;
@@ -199,12 +200,118 @@ TEST(RsaKeyTest, PrimesTheWrongWayRound) {
   EXPECT_GT(other, 0);
 }
 
+uint32_t Draw(std::mt19937* generator) {
+  return static_cast<uint32_t>((*generator)());
+}
+
+// A number of so many bits, its top bit set.
+BigInt RandomBits(std::mt19937* generator, uint32_t bits) {
+  BigInt n;
+  BigMagnitude* const m = n.Rewrite((bits + 31) / 32);
+  for (uint32_t i = 0; i < (bits + 31) / 32; ++i) m->digits()[i] = Draw(generator);
+  const uint32_t top = (bits - 1) % 32;
+  uint32_t* const last = m->digits() + (bits - 1) / 32;
+  *last = (*last & ((1u << top) - 1)) | 1u << top;
+  m->normalise();
+  return n;
+}
+
+// Any numbers for which the peer finds the inverses: no primes, even ones, equal ones, either order.
+TEST(RsaKeyTest, NumbersOfAnyKindGoThroughTheSameSteps) {
+  std::mt19937 generator(61);
+  int compared = 0;
+  int one_limb = 0;
+  for (int i = 0; i < 6000; ++i) {
+    const uint32_t bits = 2 + Draw(&generator) % 67;
+    const BigInt p = RandomBits(&generator, bits);
+    const BigInt q = i % 50 == 0 ? p : RandomBits(&generator, 2 + (bits + Draw(&generator) % 9) % 67);
+    const BigInt c = RandomBits(&generator, 1 + Draw(&generator) % 200);
+    RsaKey key = KeyOf(BigInt(), BigInt(3 + 2 * (Draw(&generator) % 1000)), p, q, BigInt(1));
+    const Bn order = Times(Less1(Bn(p)), Less1(Bn(q)));
+    Bn inverse;
+    const bool has_inverses =
+        BN_mod_inverse(inverse, Bn(key.e), order, Context()) != nullptr &&
+        BN_mod_inverse(inverse, Bn(p), Bn(q), Context()) != nullptr;
+    BigInt first, second;
+    const HRESULT status = RsaDecryptWithPrimes(first, key, c);
+    EXPECT_EQ(RsaDecryptWithPrimes(second, key, c), status);
+    if (SUCCEEDED(status)) {
+      ASSERT_EQ(Hex(first), Hex(second)) << i;
+    }
+    if (!has_inverses) continue;
+    ASSERT_EQ(status, S_OK);
+    ASSERT_EQ(Hex(first), Hex(StepByStep(key, Bn(c)))) << Hex(p) << " " << Hex(q) << " " << Hex(c);
+    ++compared;
+    if (p.IsOdd() && q.IsOdd() && bits <= kLimbBits) ++one_limb;
+  }
+  EXPECT_GT(compared, 1000);
+  EXPECT_GT(one_limb, 200);
+}
+
+// What a decryption keeps is of the numbers as they are, whichever of them was changed.
+TEST(RsaKeyTest, ValuesKeptAreThoseOfTheKey) {
+  const BigInt c(0x12345678);
+  for (const uint32_t start : {1u << 20, 1u << 31}) {
+    RsaKey key = Build(BigInt(start), BigInt(start + 12345));
+    RsaKey other = Build(BigInt(start + 99999), BigInt(start + 777777), 17);
+    const auto expect_fresh = [&c](RsaKey& changed) {
+      RsaKey fresh = KeyOf(changed.n, changed.e, changed.p, changed.q, changed.d);
+      BigInt expected, r;
+      const HRESULT status = RsaDecryptWithPrimes(expected, fresh, c);
+      ASSERT_EQ(RsaDecryptWithPrimes(r, changed, c), status);
+      if (SUCCEEDED(status)) {
+        ASSERT_EQ(Hex(r), Hex(expected));
+      }
+    };
+    expect_fresh(key);
+    key.e = other.e;
+    expect_fresh(key);
+    key.p = other.p;
+    expect_fresh(key);
+    key.q = other.q;
+    expect_fresh(key);
+    key.p.Swap(key.q);
+    expect_fresh(key);
+    ASSERT_EQ(key.p.add(BigInt(2)), S_OK);  // in place
+    expect_fresh(key);
+    for (BigInt RsaKey::*const field : {&RsaKey::e, &RsaKey::p, &RsaKey::q}) {
+      const BigInt before = key.*field;
+      key.*field = BigInt();
+      expect_fresh(key);
+      key.*field = before;
+      expect_fresh(key);
+    }
+  }
+}
+
+bool KeepsNothing(const RsaKey& key) {
+  const RsaPrimeValues& kept = key.values;
+  for (const BigInt* n : {&kept.e, &kept.p, &kept.q, &kept.d_p, &kept.d_q, &kept.p_inverse}) {
+    if (!n->IsZero()) return false;
+  }
+  return true;
+}
+
+TEST(RsaKeyTest, ValuesGoWithTheirKey) {
+  RsaKey key = Build(BigInt(1000000), BigInt(2000000));
+  BigInt r;
+  ASSERT_EQ(RsaDecryptWithPrimes(r, key, BigInt(5)), S_OK);
+  EXPECT_FALSE(KeepsNothing(key));
+  BigInt first(1000003), second(2000003);
+  ASSERT_EQ(BuildKeyFromPrimes(key, first, second), S_OK);
+  EXPECT_TRUE(KeepsNothing(key));
+  ASSERT_EQ(RsaDecryptWithPrimes(r, key, BigInt(5)), S_OK);
+  EXPECT_FALSE(KeepsNothing(key));
+  key.Reset();
+  EXPECT_TRUE(KeepsNothing(key));
+}
+
 // Numbers that are no key at all: every call ends.
 TEST(RsaKeyTest, SenselessKeysEnd) {
   for (uint32_t p = 2; p < 20; ++p) {
     for (uint32_t q = 2; q < 20; ++q) {
       for (uint32_t e = 1; e < 6; ++e) {
-        const RsaKey key = KeyOf(BigInt(p * q), BigInt(e), BigInt(p), BigInt(q), BigInt(3));
+        RsaKey key = KeyOf(BigInt(p * q), BigInt(e), BigInt(p), BigInt(q), BigInt(3));
         BigInt r;
         const HRESULT status = RsaDecryptWithPrimes(r, key, BigInt(p + q));
         EXPECT_TRUE(status == S_OK || status == E_INVALIDARG);

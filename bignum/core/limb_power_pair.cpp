@@ -1,0 +1,60 @@
+#include "limb_power_pair.h"
+
+#include "limb_basics.h"
+#include "limb_divide.h"
+#include "limb_montgomery.h"
+
+namespace mirolta {
+
+namespace {
+
+// One of the powers, in Montgomery's form.
+struct Chain {
+  Limb m;
+  Limb inverse;  // 1 / m mod B
+  Limb one;
+  Limb x;
+  Limb power;
+
+  explicit Chain(const PairPower& of) noexcept
+      : m(of.m), inverse(static_cast<Limb>(0 - PrepareMontgomery(&m, 1).inverse)) {
+    const LimbDivisor divisor = PrepareDivisor(m);
+    const Limb unit[2] = {0, 1};
+    const Limb value[2] = {0, of.x};
+    one = ModLimb(unit, 2, divisor);
+    x = ModLimb(value, 2, divisor);
+    power = one;
+  }
+
+  // a * b / B mod m: the low limbs of a b and of the multiple of m below cancel, and both high ones
+  // are below m.
+  Limb Product(Limb a, Limb b) const noexcept {
+    const LimbPair t = mirolta::Product(a, b);
+    const Limb multiple = mirolta::Product(static_cast<Limb>(t.low * inverse), m).high;
+    const Limb below_zero = static_cast<Limb>(0 - static_cast<Limb>(t.high < multiple));
+    return static_cast<Limb>(t.high - multiple + (m & below_zero));
+  }
+  void Step(Limb bit) noexcept {
+    const Limb mask = static_cast<Limb>(0 - bit);
+    power = Product(power, power);
+    power = Product(power, static_cast<Limb>((x & mask) | (one & ~mask)));
+  }
+};
+
+}  // namespace
+
+void PowerPair(Limb (&z)[2], const PairPower (&powers)[2]) noexcept {
+  Chain first(powers[0]);
+  Chain second(powers[1]);
+  const Limb both = powers[0].e | powers[1].e;
+  for (size_t i = LimbBits(&both, 1); i-- != 0;) {
+    first.Step(powers[0].e >> i & 1);
+    second.Step(powers[1].e >> i & 1);
+  }
+  z[0] = first.Product(first.power, 1);
+  z[1] = second.Product(second.power, 1);
+  WipeMemory(&first, sizeof first);
+  WipeMemory(&second, sizeof second);
+}
+
+}  // namespace mirolta
