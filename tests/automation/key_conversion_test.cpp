@@ -70,6 +70,22 @@ TEST(KeyFromVariant, CharacterSetsLeaveOutTheTerminator) {
   EXPECT_EQ(KeyOf(TextValue(OLESTR("")), 0), Bytes());
 }
 
+TEST(KeyFromVariant, WhatTheSetLacksIsReplacedNotRefused) {
+  EXPECT_EQ(KeyOf(TextValue(OLESTR("a\u0416b")), 1252), BytesOf("a?b"));
+  TestValue half(VT_BSTR);
+  half->bstrVal = SysAllocStringLen(OLESTR("a?b"), 3);
+  half->bstrVal[1] = static_cast<OLECHAR>(0xD800);
+  EXPECT_EQ(KeyOf(half, 65001), (Bytes{'a', 0xEF, 0xBF, 0xBD, 'b'}));
+}
+
+TEST(KeyFromVariant, OfATextOfAnOddNumberOfBytesWholeUnitsCount) {
+  TestValue odd(VT_BSTR);
+  odd->bstrVal = SysAllocStringByteLen("a\0b\0c", 5);
+  for (const LONG code_page : {-1, -2}) {
+    EXPECT_EQ(KeyOf(odd, code_page), (Bytes{'a', 0, 'b', 0})) << code_page;
+  }
+}
+
 TEST(KeyFromVariant, OtherValuesGoThroughTheirText) {
   LONG number = 255;
   EXPECT_EQ(KeyOf(NumberValue(255), 0), BytesOf("255"));

@@ -16,6 +16,13 @@ test::PlatformFault lower_bound, upper_bound, access, release, to_bytes, to_wide
 
 constexpr HRESULT kStruck = STG_E_ACCESSDENIED;
 
+// Conversions of character sets, and those of them with flags or a default character.
+int conversions = 0, special_conversions = 0;
+void NoteCall(bool is_plain) {
+  ++conversions;
+  special_conversions += !is_plain;
+}
+
 }  // namespace
 }  // namespace mirolta
 
@@ -49,6 +56,7 @@ HRESULT SafeArrayUnaccessData(SAFEARRAY* array) {
 INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, INT length, LPSTR bytes,
                         INT capacity, LPCSTR default_character, BOOL* used_default) {
   static auto* const runtime = test::RuntimeOperation(&WideCharToMultiByte, "WideCharToMultiByte");
+  NoteCall(flags == 0 && default_character == nullptr && used_default == nullptr);
   if (to_bytes.Strikes()) return 0;
   return runtime(code_page, flags, text, length, bytes, capacity, default_character, used_default);
 }
@@ -56,6 +64,7 @@ INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, INT length, L
 INT MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR bytes, INT length, LPWSTR text,
                         INT capacity) {
   static auto* const runtime = test::RuntimeOperation(&MultiByteToWideChar, "MultiByteToWideChar");
+  NoteCall(flags == 0);
   if (to_wide.Strikes()) return 0;
   return runtime(code_page, flags, bytes, length, text, capacity);
 }
@@ -161,6 +170,17 @@ TEST_F(PlatformFailuresTest, BytesThatAreNotConvertedGiveAnEmptyText) {
     EXPECT_NE(text.Get(), nullptr);
     EXPECT_EQ(SysStringLen(text.Get()), 0u);
   }
+}
+
+TEST_F(PlatformFailuresTest, ConversionsHaveNoFlagsAndNoDefaultCharacter) {
+  conversions = special_conversions = 0;
+  ByteString bytes;
+  EXPECT_EQ(WideToBytes(OLESTR("abc"), 1252, &bytes), S_OK);
+  EXPECT_EQ(KeyFromVariant(TextValue(OLESTR("abc")), 1252, &bytes), S_OK);
+  OwnedBstr text;
+  EXPECT_EQ(BytesToWide(bytes.Data(), bytes.Count(), 1252, text.Put()), S_OK);
+  EXPECT_EQ(conversions, 6);
+  EXPECT_EQ(special_conversions, 0);
 }
 
 // What cannot be wiped is freed all the same; the sanitizers would tell a leak.

@@ -46,6 +46,15 @@ TEST(WideToBytes, ConvertsThroughCharacterSets) {
   EXPECT_EQ(FromWide(OLESTR("\u00E4"), 1252), (Bytes{0xE4}));
 }
 
+TEST(WideToBytes, WhatTheSetLacksIsReplacedNotRefused) {
+  EXPECT_EQ(FromWide(OLESTR("a\u0416b"), 1252), BytesOf("a?b"));
+  EXPECT_EQ(FromWide(OLESTR("a\u0416b"), 20127), BytesOf("a?b"));
+  // Half a pair.
+  const OLECHAR half[] = {'a', static_cast<OLECHAR>(0xD800), 'b', 0};
+  EXPECT_EQ(FromWide(half, kUtf8), (Bytes{'a', 0xEF, 0xBF, 0xBD, 'b'}));
+  EXPECT_EQ(FromWide(half, -1), (Bytes{'a', 0, 0, 0xD8, 'b', 0}));
+}
+
 TEST(WideToBytes, NothingToConvertGivesNoBytes) {
   for (const LONG code_page : {-2, -1, 0, static_cast<int>(kUtf8)}) {
     EXPECT_EQ(FromWide(nullptr, code_page), Bytes());
@@ -88,6 +97,11 @@ TEST(BytesToWide, ConvertsThroughCharacterSets) {
   EXPECT_EQ(ToWide(BytesOf("abc"), 0), OLESTR("abc"));
   EXPECT_EQ(ToWide({0xC3, 0xA4}, kUtf8), OLESTR("\u00E4"));
   EXPECT_EQ(ToWide({0xE4}, 1252), OLESTR("\u00E4"));
+}
+
+TEST(BytesToWide, BytesThatAreNoCharacterAreReplacedNotRefused) {
+  EXPECT_EQ(ToWide({'a', 0xFF, 'b'}, kUtf8), OLESTR("a\uFFFDb"));
+  EXPECT_EQ(ToWide({'a', 0xC3}, kUtf8), OLESTR("a\uFFFD"));
 }
 
 TEST(BytesToWide, EndsAtTheFirstZero) {

@@ -123,6 +123,14 @@ TEST(VariantToBytes, NullOutAndNoMemory) {
   }
 }
 
+// The text ends at its first zero character, and the terminator completes an odd last byte.
+TEST(VariantToBytes, ATextOfAnOddNumberOfBytesGoesOnToItsZero) {
+  TestValue odd(VT_BSTR);
+  odd->bstrVal = SysAllocStringByteLen("a\0b\0c", 5);
+  EXPECT_EQ(Convert(odd, -1), (Outcome{S_OK, {'a', 0, 'b', 0, 'c', 0}}));
+  EXPECT_EQ(Convert(odd, 1252), (Outcome{S_OK, BytesOf("abc")}));
+}
+
 TEST(VariantToByteArrayBytes, EachKindOfValue) {
   ValueCases values;
   const Bytes none;

@@ -48,6 +48,7 @@ TEST(ResolveValue, ObjectsGiveTheirDefaultValue) {
     EXPECT_EQ(out.Type(), VT_I4);
     EXPECT_EQ(V_I4(out.Get()), 5);
     EXPECT_EQ(object.reads, 1);
+    EXPECT_EQ(object.last_flags, DISPATCH_PROPERTYGET);  // no call of a method
     EXPECT_EQ(object.references, 2u);  // the test's and the value's
   }
   EXPECT_EQ(object.references, 1u);

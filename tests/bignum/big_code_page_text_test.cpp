@@ -81,6 +81,19 @@ TEST(BigCodePageTextTest, ZeroCharacters) {
   EXPECT_EQ(TextOfNumber("610000006200", -2), text);
 }
 
+TEST(BigCodePageTextTest, WhatTheSetLacksIsReplacedNotRefused) {
+  EXPECT_EQ(NumberOfText(OLESTR("a\u0416b"), 1252), "613f62");
+  EXPECT_EQ(NumberOfText(Text(1, static_cast<OLECHAR>(0xD800)), 65001), "efbfbd");
+  EXPECT_EQ(TextOfNumber("61ff62", 65001), OLESTR("a\uFFFDb"));
+}
+
+TEST(BigCodePageTextTest, OfATextOfAnOddNumberOfBytesWholeUnitsCount) {
+  const OwnedBstr odd(SysAllocStringByteLen("a\0b\0c", 5));
+  BigInt n(77);
+  ASSERT_EQ(NumberFromCodePageText(n, odd.Get(), -2), S_OK);
+  EXPECT_EQ(Hex(n), "61006200");
+}
+
 TEST(BigCodePageTextTest, TheFlagStays) {
   BigInt n = BigInt(1) - BigInt(2);
   const OwnedBstr text(SysAllocString(OLESTR("a")));

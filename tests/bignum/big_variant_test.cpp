@@ -136,6 +136,13 @@ TEST(BigVariantTest, Text) {
   EXPECT_EQ(ReadAs(TestValue(VT_BSTR)), "0");
 }
 
+TEST(BigVariantTest, OfATextOfAnOddNumberOfBytesWholeUnitsCount) {
+  TestValue odd(VT_BSTR);
+  odd->bstrVal = SysAllocStringByteLen("1\0002\0003", 5);
+  EXPECT_EQ(ReadAs(odd), "c");
+  EXPECT_EQ(ReadAs(odd, NumberBase::kHexadecimal), "12");
+}
+
 TEST(BigVariantTest, CharactersLikeDigitsAreSkipped) {
   // The neighbours of the digits, and full-width and Arabic-Indic ones.
   EXPECT_EQ(ReadAs(TextValue(OLESTR("/1:2\uFF13\u06632"))), "7a");

@@ -195,6 +195,14 @@ TEST_F(SymmetricCryptMemoryTest, ResetWipesPlaintextToo) {
 }
 
 // The watch itself sees what is freed unwiped, on both sides of the module's border.
+TEST_F(SymmetricCryptMemoryTest, ResetKeyGivesTheStorageOfTheQueuesBack) {
+  StartAes();
+  const char nothing[] = "not in memory";
+  const WatchFreedMemory watch(nothing, sizeof nothing);
+  EXPECT_EQ(crypt->ResetKey(), S_OK);
+  EXPECT_EQ(watch.Freed(), 5);  // the key and four queues
+}
+
 TEST_F(SymmetricCryptMemoryTest, TheWatchSeesTheModulesMemory) {
   const long before = LiveAllocations();
   ASSERT_EQ(Init(kAes), S_OK);

@@ -64,6 +64,16 @@ TEST_P(KeyedEngine, StartKeepsTheKeyAcrossComputations) {
   }
 }
 
+// What a computation begins with does not depend on whether its key has been used before: the digest
+// bytes are no earlier computation's.
+TEST_P(KeyedEngine, ARestartWithTheSameKeyDropsTheDigest) {
+  ASSERT_EQ(engine_->SetKey(BytesValue(BytesOf("key")), 0), S_OK);
+  const Bytes fresh = RawBytes(*engine_);
+  EXPECT_NE(DigestOf(*engine_, BytesOf("abc")), fresh);
+  ASSERT_EQ(engine_->Start(), S_OK);
+  EXPECT_EQ(RawBytes(*engine_), fresh);
+}
+
 TEST_P(KeyedEngine, ASecondFinishGoesOnBehindTheFirst) {
   const Bytes key = BytesOf("key");
   ASSERT_EQ(engine_->SetKey(BytesValue(key), 0), S_OK);

@@ -19,6 +19,7 @@ class FakeObject final : public IDispatch {
   bool has_dispatch = true;
   bool gives_null = false;  // QueryInterface succeeds without an interface
   int reads = 0;
+  WORD last_flags = 0;  // of the last call
   ULONG references = 1;
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -43,6 +44,7 @@ class FakeObject final : public IDispatch {
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params,
                                    VARIANT* result, EXCEPINFO*, UINT*) override {
+    last_flags = flags;
     if (id != DISPID_VALUE || (flags & DISPATCH_PROPERTYGET) == 0 || params == nullptr ||
         params->cArgs != 0 || result == nullptr) {
       return DISP_E_MEMBERNOTFOUND;
