@@ -4,6 +4,8 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <string_view>
+
 #include "script_context.h"
 #include "value_marshal.h"
 
@@ -49,7 +51,10 @@ constexpr NumberRow kEngineErrors[] = {
     {"TypeError", MIROLTA_STATUS(0x800A138Fu)},
     {"RangeError", kInvalidCall},
     {"URIError", MIROLTA_STATUS(0x800A13A1u)},
+    {"DoubleError", E_OUTOFMEMORY},  // what is left when there is no room for another one
 };
+// An Error by its name. The compiler appends its line to the message.
+constexpr char kEngineExhausted[] = "alloc failed";
 
 // Error.prototype.number of an error that has none of its own.
 duk_ret_t GetNumber(duk_context* engine) {
@@ -59,6 +64,11 @@ duk_ret_t GetNumber(duk_context* engine) {
   HRESULT number = 0;
   for (const NumberRow& row : kEngineErrors) {
     if (strcmp(name, row.name) == 0) number = row.number;
+  }
+  if (number == 0) {
+    duk_get_prop_string(engine, 0, "message");
+    const std::string_view message = duk_get_string_default(engine, -1, "");
+    if (message.starts_with(kEngineExhausted)) number = E_OUTOFMEMORY;
   }
   duk_push_int(engine, number);
   return 1;
@@ -117,20 +127,63 @@ duk_ret_t NoteThrow(duk_context* engine) {
   return 1;
 }
 
+// The text of a value that ReadError left.
 std::string TextAt(duk_context* engine, duk_idx_t index) {
   duk_size_t size = 0;
-  const char* text = duk_safe_to_lstring(engine, index, &size);
-  return SystemFromUnits(UnitsFromEngine({text, size}));
+  const char* text = duk_get_lstring(engine, index, &size);
+  return text == nullptr ? std::string() : SystemFromUnits(UnitsFromEngine({text, size}));
 }
 
-// Pushes number, description, source, name, fileName and lineNumber of the error at index 0.
-duk_ret_t ReadErrorProperties(duk_context* engine, void*) {
+// What ReadError leaves on the stack, one a place.
+enum ErrorField : duk_idx_t {
+  kNumberField,       // undefined if it is not an error
+  kDescriptionField,  // texts, or undefined
+  kSourceField,
+  kNameField,
+  kFileField,
+  kLineField,
+  kFieldCount,
+};
+constexpr const char* kFieldNames[kFieldCount] = {"number", "description", "source",
+                                                  "name",   "fileName",    "lineNumber"};
+
+// Takes the value thrown.
+duk_ret_t ReadError(duk_context* engine, void*) {
   const duk_idx_t error = duk_get_top_index(engine);
-  for (const char* name : {"number", "description", "source", "name", "fileName", "lineNumber"}) {
-    duk_get_prop_string(engine, error, name);
+  const bool is_error = duk_is_error(engine, error) != 0;
+  for (duk_idx_t i = 0; i < kFieldCount; ++i) {
+    if (is_error) {
+      duk_get_prop_string(engine, error, kFieldNames[i]);
+    } else if (i == kDescriptionField) {
+      duk_dup(engine, error);
+      duk_safe_to_string(engine, -1);
+    } else {
+      duk_push_undefined(engine);
+    }
   }
-  return 6;
+  if (!is_error) return kFieldCount;
+  const duk_idx_t first = duk_get_top(engine) - kFieldCount;
+  duk_push_int(engine, duk_is_number(engine, first) ? duk_to_int32(engine, first) : 0);
+  duk_replace(engine, first);
+  if (!duk_is_undefined(engine, first + kDescriptionField)) {
+    duk_safe_to_string(engine, first + kDescriptionField);
+  }
+  duk_safe_to_string(engine, first + kNameField);
+  return kFieldCount;
 }
+
+// Restores the height of the engine's stack.
+class StackHeight {
+ public:
+  explicit StackHeight(duk_context* engine) : engine_(engine), top_(duk_get_top(engine)) {}
+  StackHeight(const StackHeight&) = delete;
+  StackHeight& operator=(const StackHeight&) = delete;
+  ~StackHeight() { duk_set_top(engine_, top_); }
+
+ private:
+  duk_context* engine_;
+  duk_idx_t top_;
+};
 
 }  // namespace
 
@@ -192,28 +245,24 @@ ErrorReport DescribeError(duk_context* engine) {
   report.file = context.script_path;
   report.line = context.last_thrown_line;
   report.number = kThrownValue;
-  const duk_idx_t top = duk_get_top(engine);
-  if (!duk_is_error(engine, -1)) {
-    duk_dup_top(engine);
-    report.description = "Exception thrown and not caught: " + TextAt(engine, -1);
-    duk_set_top(engine, top);
-    return report;
-  }
+  report.description = "The error thrown cannot be read";
+  // Room for the copy, the fields and an error.
+  if (!duk_check_stack(engine, kFieldCount + 2)) return report;
+  const StackHeight height(engine);
   duk_dup_top(engine);
-  if (duk_safe_call(engine, ReadErrorProperties, nullptr, 1, 6) != DUK_EXEC_SUCCESS) {
-    duk_set_top(engine, top);
-    report.description = "The error thrown cannot be read";
+  const duk_idx_t first = duk_get_top_index(engine);
+  if (duk_safe_call(engine, ReadError, nullptr, 1, kFieldCount) != DUK_EXEC_SUCCESS) return report;
+  report.description = TextAt(engine, first + kDescriptionField);
+  if (!duk_is_number(engine, first + kNumberField)) {
+    report.description = "Exception thrown and not caught: " + report.description;
     return report;
   }
-  const duk_idx_t first = top;
-  report.number = duk_is_number(engine, first) ? duk_to_int32(engine, first) : 0;
-  if (!duk_is_undefined(engine, first + 1)) report.description = TextAt(engine, first + 1);
-  if (duk_is_string(engine, first + 2)) report.source = TextAt(engine, first + 2);
-  const std::string name = TextAt(engine, first + 3);
+  report.number = duk_get_int(engine, first + kNumberField);
+  report.source = TextAt(engine, first + kSourceField);
+  const std::string name = TextAt(engine, first + kNameField);
   if (name != "Error") report.description = name + ": " + report.description;
-  if (duk_is_string(engine, first + 4)) report.file = TextAt(engine, first + 4);
-  report.line = duk_get_int(engine, first + 5);
-  duk_set_top(engine, top);
+  if (duk_is_string(engine, first + kFileField)) report.file = TextAt(engine, first + kFileField);
+  report.line = duk_get_int(engine, first + kLineField);
   return report;
 }
 

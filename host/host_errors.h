@@ -42,7 +42,9 @@ struct ErrorReport {
   std::string description;
   std::string source;
 };
-// DescribeError takes the thrown value on top of the stack; it stays there.
+// DescribeError takes the thrown value on top of the stack; it stays there. It throws no engine error,
+// so that it may be called where native code of others would be jumped over.
+// Errors: std::bad_alloc.
 ErrorReport DescribeError(duk_context* engine);
 
 }  // namespace mirolta

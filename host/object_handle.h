@@ -12,7 +12,8 @@ namespace mirolta {
 using MakeObject = void (*)(duk_context* engine, SlotNumber number);
 
 // PushSlotObject adds `value` to the table, which takes it over in any case, and pushes its script
-// object. The slot is freed when the engine drops the object.
+// object. The slot is freed when the engine drops the object, or at the engine's end if memory was
+// too short then to run the finalizer.
 // Errors: the engine's, and E_OUTOFMEMORY; `value` is then given back.
 void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make);
 

@@ -46,6 +46,7 @@ class ObjectTable {
   ObjectSlot* Find(SlotNumber number, SlotKind kind);
   // The slot of any kind, or null.
   ObjectSlot* Find(SlotNumber number);
+  size_t Count() const { return slots_.size(); }
   // Frees the slot and gives its value back.
   void Remove(SlotNumber number);
   // Gives every value back.

@@ -1,11 +1,29 @@
 // Native functions of the script engine. The engine reports errors with longjmp, which runs no
 // destructors; a native function therefore keeps everything that must be freed in a frame object
-// outside a protected call and does its work inside.
+// outside a protected call and does its work inside. Exceptions, on the other hand, must not reach
+// the engine: missing memory becomes a script error.
 #pragma once
 
+#include <new>
+#include <stdexcept>
+
 #include "engine_api.h"
+#include "host_errors.h"
 
 namespace mirolta {
+
+// ThrowIfExhausted does the work of a function that the engine calls; an exception for want of
+// memory becomes a script error with E_OUTOFMEMORY.
+template <typename Work>
+duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+  } catch (const std::length_error&) {
+  }
+  // Not from within the handlers: longjmp would not end them.
+  ThrowStatus(engine, E_OUTOFMEMORY);
+}
 
 // RunProtected is a native function built from Frame: Frame::Run(duk_context*) works with the
 // function's arguments and `this` and returns 1 with its result on top, or 0 for undefined. Run may
@@ -15,7 +33,7 @@ template <typename Frame>
 duk_ret_t RunProtected(duk_context* engine) {
   struct Local {
     static duk_ret_t Enter(duk_context* inner, void* frame) {
-      return static_cast<Frame*>(frame)->Run(inner);
+      return ThrowIfExhausted(inner, [&] { return static_cast<Frame*>(frame)->Run(inner); });
     }
   };
   duk_int_t status = DUK_EXEC_SUCCESS;

@@ -28,6 +28,9 @@ struct ScriptContext {
   // Where the last value that is no Error was thrown.
   int last_thrown_line = 0;
   size_t memory_in_use = 0;
+  // What the engine may have at one time. A script that wants more gets an error, not the machine's
+  // last memory.
+  size_t memory_limit = size_t{1} << 30;
 };
 
 // ContextOf returns the context that the engine was made with.

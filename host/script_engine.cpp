@@ -4,10 +4,13 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <new>
+
 #include "array_value.h"
 #include "dispatch_object.h"
 #include "host_errors.h"
 #include "output_file.h"
+#include "protected_call.h"
 #include "script_context.h"
 #include "script_object.h"
 #include "script_source.h"
@@ -17,9 +20,6 @@
 namespace mirolta {
 namespace {
 
-// What the engine may have at one time. A script that wants more gets an error, not the machine's
-// last memory.
-constexpr size_t kMemoryLimit = size_t{1} << 30;
 constexpr size_t kBlockHeader = 16;  // keeps the alignment of what follows
 
 size_t* SizeOf(void* block) {
@@ -28,8 +28,10 @@ size_t* SizeOf(void* block) {
 
 void* Resize(ScriptContext* context, void* block, size_t size) {
   const size_t old_size = block != nullptr ? *SizeOf(block) : 0;
-  if (size > kMemoryLimit || context->memory_in_use - old_size > kMemoryLimit - size)
+  const size_t limit = context->memory_limit;
+  if (size > old_size && (size > limit || context->memory_in_use - old_size > limit - size)) {
     return nullptr;
+  }
   char* start = block != nullptr ? static_cast<char*>(block) - kBlockHeader : nullptr;
   auto* grown = static_cast<char*>(realloc(start, size + kBlockHeader));
   if (grown == nullptr) return nullptr;
@@ -66,8 +68,7 @@ void* Reallocate(void* context, void* block, duk_size_t size) {
   _Exit(1);
 }
 
-duk_ret_t Install(duk_context* engine, void* data) {
-  auto* context = static_cast<ScriptContext*>(data);
+void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallErrors(engine);
   InstallMarshalling(engine);
   InstallDispatchObjects(engine);
@@ -78,7 +79,13 @@ duk_ret_t Install(duk_context* engine, void* data) {
   // They reach into the engine itself.
   duk_push_global_object(engine);
   for (const char* name : {"Duktape", "CBOR"}) duk_del_prop_string(engine, -1, name);
-  return 0;
+}
+
+duk_ret_t Install(duk_context* engine, void* context) {
+  return ThrowIfExhausted(engine, [&] {
+    InstallAll(engine, static_cast<ScriptContext*>(context));
+    return 0;
+  });
 }
 
 void PrintReport(const ErrorReport& report) {
@@ -101,11 +108,37 @@ std::string FullScriptPath(const std::string& path) {
   return found;
 }
 
-// Compiles and runs; the error, if any, is on top of the stack.
-bool Execute(duk_context* engine, const std::string& name, const std::string& script) {
-  duk_push_lstring(engine, name.data(), name.size());
-  if (duk_pcompile_lstring_filename(engine, 0, script.data(), script.size()) != 0) return false;
-  return duk_pcall(engine, 0) == DUK_EXEC_SUCCESS;
+struct Script {
+  std::string name;  // in the engine's form
+  std::string text;
+};
+duk_ret_t CompileAndRun(duk_context* engine, void* data) {
+  const auto* script = static_cast<const Script*>(data);
+  duk_push_lstring(engine, script->name.data(), script->name.size());
+  duk_compile_lstring_filename(engine, 0, script->text.data(), script->text.size());
+  duk_call(engine, 0);
+  return 1;
+}
+
+int RunLoaded(const std::string& path, Script* script, const std::vector<std::string>& arguments) {
+  bool succeeded = false;
+  {
+    ScriptEngine engine;
+    engine.context().script_path = path;
+    engine.context().script_full_path = FullScriptPath(path);
+    engine.context().arguments = arguments;
+    std::string problem;
+    if (!engine.Start(&problem)) {
+      fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
+      return 1;
+    }
+    succeeded = duk_safe_call(engine.api(), CompileAndRun, script, 0, 1) == DUK_EXEC_SUCCESS;
+    fflush(stdout);
+    if (!succeeded) PrintReport(DescribeError(engine.api()));
+  }
+  succeeded = FlushOutput() && succeeded && FinishOutputs();
+  DiscardOutputs();
+  return succeeded ? 0 : 1;
 }
 
 }  // namespace
@@ -131,28 +164,21 @@ bool ScriptEngine::Start(std::string* problem) {
 }
 
 int RunScript(const std::string& path, const std::vector<std::string>& arguments) {
-  std::string script, problem;
-  if (!LoadScript(path, &script, &problem)) {
-    fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(), problem.c_str());
-    return 1;
-  }
-  bool succeeded = false;
-  {
-    ScriptEngine engine;
-    engine.context().script_path = path;
-    engine.context().script_full_path = FullScriptPath(path);
-    engine.context().arguments = arguments;
-    if (!engine.Start(&problem)) {
-      fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
+  try {
+    Script script;
+    std::string problem;
+    if (!LoadScript(path, &script.text, &problem)) {
+      fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(),
+              problem.c_str());
       return 1;
     }
-    succeeded = Execute(engine.api(), EngineFromUnits(UnitsFromSystem(path)), script);
-    fflush(stdout);
-    if (!succeeded) PrintReport(DescribeError(engine.api()));
+    script.name = EngineFromUnits(UnitsFromSystem(path));
+    return RunLoaded(path, &script, arguments);
+  } catch (const std::bad_alloc&) {
+    DiscardOutputs();
+    fputs("mirolta-host: not enough memory\n", stderr);
+    return 1;
   }
-  succeeded = FlushOutput() && succeeded && FinishOutputs();
-  DiscardOutputs();
-  return succeeded ? 0 : 1;
 }
 
 }  // namespace mirolta

@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,8 @@ int RunCommand(int count, char** words) {
 }  // namespace
 
 int main(int count, char** words) {
+  // A reader that goes away is an error of the script that writes, not the host's end.
+  signal(SIGPIPE, SIG_IGN);
   if (count < 2) {
     fputs(kUsage, stderr);
     return kUsageError;
@@ -70,7 +73,12 @@ int main(int count, char** words) {
             static_cast<unsigned>(started));
     return 1;
   }
-  const int status = RunCommand(count, words);
+  int status = 1;
+  try {
+    status = RunCommand(count, words);
+  } catch (const std::bad_alloc&) {
+    fputs("mirolta-host: not enough memory\n", stderr);
+  }
   CoUninitialize();
   return status;
 }

@@ -24,6 +24,8 @@ constexpr IID kScriptObjectId = {
     0x5C7A9E21, 0x0D3B, 0x4F66, {0x9A, 0x47, 0x3E, 0x81, 0x2B, 0xC5, 0x70, 0x1D}};
 constexpr HRESULT kWrongThread = MIROLTA_STATUS(0x8001010Eu);
 constexpr int kMostCalls = 64;  // script calls through automation, one inside the other
+// Places on the engine's stack that a call takes before it is protected.
+constexpr duk_idx_t kNeededStack = 16;
 constexpr char kWrapped[] = "wrapped";
 constexpr char kPendingError[] = "pendingError";
 constexpr char kPendingNumber[] = "pendingNumber";
@@ -96,14 +98,21 @@ duk_ret_t ProtectedCall(duk_context* engine, void* data) {
   return 0;
 }
 
-// Keeps the error on top of the stack and tells it to the caller.
+// Keeps the error on top of the stack, with the number that is told of it.
+duk_ret_t KeepError(duk_context* engine, void* number) {
+  KeepValue(engine, kPendingError);
+  duk_push_int(engine, *static_cast<HRESULT*>(number));
+  KeepValue(engine, kPendingNumber);
+  return 0;
+}
+
+// Tells the error on top of the stack, which it takes, to the caller. An engine error must not
+// leave it: between here and the script is the caller's own code.
 HRESULT ReportError(duk_context* engine, EXCEPINFO* exception) {
   const ErrorReport report = DescribeError(engine);
-  const HRESULT number = FAILED(report.number) ? report.number : E_FAIL;
-  duk_dup_top(engine);
-  KeepValue(engine, kPendingError);
-  duk_push_int(engine, number);
-  KeepValue(engine, kPendingNumber);
+  HRESULT number = FAILED(report.number) ? report.number : E_FAIL;
+  // Without memory to keep it, it is an error like any other's.
+  duk_safe_call(engine, KeepError, &number, 1, 1);
   if (exception == nullptr) return number;
   *exception = {};
   const Units description = UnitsFromSystem(report.description);
@@ -132,6 +141,16 @@ duk_ret_t FindName(duk_context* engine, void* data) {
   PushUnits(engine, question->name);
   question->found = duk_has_prop(engine, -2) != 0;
   return 0;
+}
+
+// Returns the status of `work`, which may run out of memory.
+template <typename Work>
+HRESULT StatusOf(Work work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  }
 }
 
 class ScriptObject final : public IDispatch {
@@ -178,8 +197,10 @@ class ScriptObject final : public IDispatch {
     const duk_int_t failed = duk_safe_call(link_->engine, FindName, &question, 0, 1);
     duk_pop(link_->engine);
     if (failed != DUK_EXEC_SUCCESS || !question.found) return DISP_E_UNKNOWNNAME;
-    ids[0] = IdOf(question.name);
-    return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
+    return StatusOf([&] {
+      ids[0] = IdOf(question.name);
+      return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
+    });
   }
 
   HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params,
@@ -205,12 +226,17 @@ class ScriptObject final : public IDispatch {
     ++link_->calls_running;
     const duk_int_t failed = duk_safe_call(engine, ProtectedCall, &call, 0, 1);
     --link_->calls_running;
-    const HRESULT status =
-        failed != DUK_EXEC_SUCCESS ? ReportError(engine, exception) : call.status;
+    HRESULT status = call.status;
+    if (failed != DUK_EXEC_SUCCESS) {
+      const duk_idx_t top = duk_get_top(engine);
+      status = StatusOf([&] { return ReportError(engine, exception); });
+      duk_set_top(engine, top);
+    }
     duk_pop(engine);
     return status;
   }
 
+  const ScriptLink* link() const { return link_; }
   uint32_t key() const { return key_; }
 
  private:
@@ -224,7 +250,8 @@ class ScriptObject final : public IDispatch {
 
   HRESULT CheckAlive() const {
     if (GetCurrentThreadId() != link_->thread) return kWrongThread;
-    return link_->engine == nullptr ? kDisconnected : S_OK;
+    if (link_->engine == nullptr) return kDisconnected;
+    return duk_check_stack(link_->engine, kNeededStack) ? S_OK : E_OUTOFMEMORY;
   }
 
   // Ids count from 1 in the order of asking.
@@ -267,7 +294,13 @@ IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index) {
   duk_dup(engine, index);
   duk_put_prop_index(engine, -2, key);
   duk_pop(engine);
-  return new (std::nothrow) ScriptObject(link, key);
+  auto* wrapper = new (std::nothrow) ScriptObject(link, key);
+  if (wrapper == nullptr) {
+    PushKept(engine, kWrapped);
+    duk_del_prop_index(engine, -1, key);
+    duk_pop(engine);
+  }
+  return wrapper;
 }
 
 bool PushWrappedObject(duk_context* engine, IUnknown* object) {
@@ -275,7 +308,10 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object) {
   if (FAILED(object->QueryInterface(kScriptObjectId, &found))) return false;
   auto* wrapper = static_cast<ScriptObject*>(static_cast<IDispatch*>(found));
   const uint32_t key = wrapper->key();
+  // One of another engine is an object like any other here.
+  const bool is_ours = wrapper->link() == ContextOf(engine).link;
   wrapper->Release();
+  if (!is_ours) return false;
   PushTarget(engine, key);
   return true;
 }

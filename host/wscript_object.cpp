@@ -51,7 +51,9 @@ struct PrintFrame {
     if (ends_line) text += '\n';
     // Both streams in the order of printing.
     if (file == stderr) static_cast<void>(fflush(stdout));
-    static_cast<void>(fwrite(text.data(), 1, text.size(), file));
+    if (fwrite(text.data(), 1, text.size(), file) != text.size()) {
+      ThrowText(engine, STG_E_WRITEFAULT, "The output cannot be written");
+    }
   }
 };
 struct EchoFrame : PrintFrame {

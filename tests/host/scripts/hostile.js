@@ -44,6 +44,17 @@ attempt(function () {
   });
 });
 attempt(function () { Object.prototype.value = 3; Object.prototype.handle = 5; return o.Count(1); });
+attempt(function () {
+  var r = { toString: function () { WScript.Echo(r); } };
+  WScript.Echo(r);
+});
+attempt(function () {
+  var s = WScript.MemoryStream(), r = { valueOf: function () { return s.Seek(r); } };
+  return s.Seek(r);
+});
+attempt(function () { return WScript.OpenFile("\ud800\udfff\udc00", "w+").Size; });
+attempt(function () { return o["\ud800"]; });
+attempt(function () { return o.Describe("\udc00\ud800"); });
 for (var i = 0; i < 2000; i++) { var x = o.Child; x = o.Make("bytes"); x = o.Make("table"); }
 x = null;
 WScript.Echo(o.Live);

@@ -1,0 +1,409 @@
+// Memory that runs out in the host's native functions: for every one of them allocation 1, 2, 3 ...
+// fails, of operator new, of the runtime or of the script engine. Each failure is a script error
+// that says so, nothing is lost, and the same call goes well afterwards. The program is the module.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "dispatch_object.h"
+#include "host_errors.h"
+#include "memory_watch.h"
+#include "mirolta.h"
+#include "portable/registry_mode.h"
+#include "portable/test_hooks.h"
+#include "script_engine.h"
+
+MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
+MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
+
+namespace mirolta {
+namespace {
+
+// A script of the native functions named; it runs again and again and gives the same text.
+struct NativeRow {
+  const char* name;
+  const char* script;
+  HRESULT also = E_OUTOFMEMORY;  // another number that may say so
+};
+constexpr NativeRow kRows[] = {
+    {"Echo", "WScript.Echo('a\\u00e9\\ud83d\\ude00\\ud800' + long, 1, true, undefined, [1, 2])"},
+    {"StdOut.Write", "WScript.StdOut.Write(long, 1.5)"},
+    {"StdOut.WriteLine", "WScript.StdOut.WriteLine(long)"},
+    {"StdErr.Write", "WScript.StdErr.Write(long, null)"},
+    {"StdErr.WriteLine", "WScript.StdErr.WriteLine(long)"},
+    {"Sleep", "WScript.Sleep(0)"},
+    {"Arguments", "WScript.Arguments(0) + WScript.Arguments.Item(1)"},
+    {"Arguments.Count", "WScript.Arguments.Count() + WScript.Arguments.length"},
+    {"any letter case", "typeof WScript.eChO + WScript.STDOUT.wRITE('')"},
+    {"OpenFile", "var f = WScript.OpenFile('/dev/null', 'r'); f.Close()"},
+    {"OpenFile of none", "failing(function () { WScript.OpenFile(long + '/' + long) })"},
+    {"OpenFile of no text", "failing(function () { WScript.OpenFile('\\ud800\\u0000') })"},
+    {"MemoryStream", "WScript.MemoryStream(bytes).Size"},
+    {"StreamOf", "WScript.StreamOf(stream).Size"},
+    {"StreamOf of a script object", "failing(function () { WScript.StreamOf({}) })"},
+    {"Read", "stream.Position = 0; stream.Read(100).length + stream.Read().length"},
+    {"Write", "stream.Position = 0; stream.Write(bytes)"},
+    {"Write beyond", "var s = WScript.MemoryStream(); s.Write(bytes); s.Write(bytes); s.Size"},
+    {"Seek", "stream.Seek(1) + stream.Seek(-1, 2)"},
+    {"CopyTo", "var s = WScript.MemoryStream(); stream.Position = 0; stream.CopyTo(s) + s.Size"},
+    {"Commit", "stream.Commit()"},
+    {"Size =", "var s = WScript.MemoryStream(); s.Size = 5000; s.Size"},
+    {"Close", "var s = WScript.MemoryStream(); s.Close(); failing(function () { s.Size })"},
+    {"stream as text", "'' + stream"},
+    {"ActiveXObject", "typeof new ActiveXObject('Vardeko.crypt.Number')"},
+    {"CreateObject", "typeof WScript.CreateObject('Vardeko.crypt.HashObject')"},
+    {"CreateObject of none", "failing(function () { WScript.CreateObject('None.' + long) })"},
+    {"member read", "number.Value = 77; number.Value"},
+    {"member not there", "typeof number.Nothing + typeof number[long]"},
+    {"member that is not there called", "failing(function () { number.Nothing(1) })"},
+    {"member called", "hash.HashData(bytes); hash.Value"},
+    {"method read and called later", "var m = hash.Reset; m()"},
+    {"text both ways", "number.Value = digits; number.Value = 5; number.Text(65001)"},
+    {"bytes both ways", "hash.HashData(bytes); hash.BinaryValue.length"},
+    {"object as result", "number.Value = 7; var n = number.NewNumber(); typeof n"},
+    {"object as argument",
+     "var n = new ActiveXObject('Vardeko.crypt.Number'); n.Value = 7; n.Add(n)",
+     // Of an error of an object that is read as a value the runtime keeps that there was one.
+     DISP_E_EXCEPTION},
+    {"property by reference", "filter.Stream = stream; typeof filter.Stream"},
+    {"assignment with arguments", "number['Text()='](65001).value = '12'; number.Value"},
+    {"reading before assigning", "number['Text()='](65001).value += '3'; 0"},
+    {"default value", "number.Value = 7; '' + number + (number - 1) + number()"},
+    {"in", "('Value' in number) + ',' + ('None' in number)"},
+    {"error of a member", "failing(function () { number.Mod(0, 0, 0, 0, 0, 0) })"},
+    {"error with a text", "failing(function () { other.InitHash(long) })"},
+    {"VBArray",
+     "var v = new VBArray(bytes); v.ubound() + v.lbound() + v.dimensions() + v.getItem(1)"},
+    {"VBArray.toArray", "new VBArray(new Uint8Array(40)).toArray().length"},
+    {"Date", "sink(new Date(0)) + sink(date).getTime()"},
+    {"arrays", "typeof sink('array') + new VBArray(sink('array')).getItem(1)"},
+    {"by reference", "sink('reference')"},
+    {"plain object", "typeof sink('plain')"},
+    {"script object there and back", "var o = { a: 1 }; sink(o) === o"},
+    {"callback", "sink(function (x) { return 'called ' + x + long }).length"},
+    {"callback's member", "sink({ member: function (x) { return digits + x } })"},
+    {"callback that throws",
+     "failing(function () { sink(function () { throw new Error(5, long) }) })"},
+    {"callback that throws a text", "failing(function () { sink(function () { throw long }) })"},
+    {"script object as a value", "number.Value = { valueOf: function () { return digits } }; 0"},
+    {"script object that throws",
+     "failing(function () { number.Value = { valueOf: function () { throw new Error(7, 'x') } } "
+     "})"},
+    {"Error", "var e = new Error(1, long); e.number + e.description"},
+    {"error's members", "try { null.x } catch (e) { e.number + e.description }"},
+    {"throw", "try { throw 5 } catch (e) { e }"},
+};
+
+constexpr char kStart[] =
+    "var long = 'x', digits = '7', bytes = new Uint8Array(300), i, date = new Date(86400000);"
+    "for (i = 0; i < 9; i++) { long += long; digits += i }"
+    "var stream = WScript.MemoryStream(bytes);"
+    "var number = new ActiveXObject('Vardeko.crypt.Number');"
+    "var hash = new ActiveXObject('Vardeko.crypt.HashObject');"
+    "var other = new ActiveXObject('Vardeko.crypt.HashObject'); hash.InitHash('MD5');"
+    "var filter = new ActiveXObject('Vardeko.crypt.ToviStreamDigest');"
+    // The error of f, unless memory is short, which is an error of the row.
+    "function failing(f) {"
+    "  try { f() } catch (e) {"
+    "    if (e.number === -2147024882 || e.number === -2147287032 ||"
+    "        /0x8007000E/.test(e.description)) throw e;"
+    "    return '' + (e.number || e);"
+    "  }"
+    "  throw new Error('no error');"
+    "}";
+
+// Is called with one argument: gives values that scripts cannot make, calls functions and members,
+// and gives back all else.
+class Sink final : public IDispatch {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
+    return *out != nullptr ? S_OK : E_NOINTERFACE;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return DISP_E_UNKNOWNNAME;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT* result,
+                                   EXCEPINFO* exception, UINT*) override {
+    if (params->cArgs != 1) return DISP_E_BADPARAMCOUNT;
+    const VARIANT& argument = params->rgvarg[0];
+    if (argument.vt == VT_DISPATCH) return Call(argument.pdispVal, result, exception);
+    if (argument.vt != VT_BSTR) return VariantCopy(result, &argument);
+    switch (argument.bstrVal[0]) {
+      case 'a': {
+        SAFEARRAYBOUND bound = {3, 0};
+        SAFEARRAY* const array = SafeArrayCreate(VT_I4, 1, &bound);
+        if (array == nullptr) return E_OUTOFMEMORY;
+        result->vt = VT_ARRAY | VT_I4;
+        result->parray = array;
+        return S_OK;
+      }
+      case 'r':
+        result->vt = VT_BYREF | VT_BSTR;
+        result->pbstrVal = &text_;
+        return S_OK;
+      case 'p':
+        result->vt = VT_UNKNOWN;
+        result->punkVal = &plain_;
+        return S_OK;
+      default:
+        return VariantCopy(result, &argument);
+    }
+  }
+
+ private:
+  class Plain final : public IUnknown {
+   public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+      *out = iid == IID_IUnknown ? this : nullptr;
+      return *out != nullptr ? S_OK : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  };
+
+  static HRESULT Call(IDispatch* object, VARIANT* result, EXCEPINFO* exception) {
+    VARIANT one = {};
+    one.vt = VT_I4;
+    one.lVal = 1;
+    DISPPARAMS params = {&one, nullptr, 1, 0};
+    OLECHAR name[] = OLESTR("member");
+    LPOLESTR names[] = {name};
+    DISPID id = DISPID_VALUE;
+    const HRESULT found = object->GetIDsOfNames(IID_NULL, names, 1, 0, &id);
+    if (found == DISP_E_UNKNOWNNAME) id = DISPID_VALUE;
+    if (FAILED(found) && found != DISP_E_UNKNOWNNAME) return found;
+    const HRESULT status =
+        object->Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, result, exception, nullptr);
+    if (status != DISP_E_TYPEMISMATCH && status != DISP_E_MEMBERNOTFOUND) return status;
+    result->vt = VT_DISPATCH;
+    result->pdispVal = object;
+    object->AddRef();
+    return S_OK;
+  }
+
+  BSTR text_ = SysAllocString(OLESTR("referred"));
+  Plain plain_;
+
+ public:
+  ~Sink() { SysFreeString(text_); }
+};
+
+// What is printed meanwhile goes nowhere.
+class Quiet {
+ public:
+  Quiet() {
+    FlushBoth();
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    for (int i = 0; i < 2; ++i) {
+      kept_[i] = fcntl(i + 1, F_DUPFD_CLOEXEC, 3);
+      dup2(nowhere, i + 1);
+    }
+    close(nowhere);
+  }
+  ~Quiet() {
+    FlushBoth();
+    for (int i = 0; i < 2; ++i) {
+      dup2(kept_[i], i + 1);
+      close(kept_[i]);
+    }
+  }
+
+ private:
+  static void FlushBoth() {
+    std::fflush(stdout);
+    std::fflush(stderr);
+  }
+  int kept_[2];
+};
+
+bool PrepareModule() {
+  setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1);
+  return MiroltaRegistryInMemory(TRUE) == ERROR_SUCCESS && DllRegisterServer() == S_OK &&
+         SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
+}
+
+enum class Heap { kOperatorNew, kRuntime, kEngine };
+
+class HostMemory : public testing::TestWithParam<Heap> {
+ protected:
+  void SetUp() override {
+    static const bool prepared = PrepareModule();
+    ASSERT_TRUE(prepared);
+    std::string problem;
+    engine_.emplace();
+    engine_->context().arguments = {"one", "two \xFF"};
+    ASSERT_TRUE(engine_->Start(&problem)) << problem;
+    PushDispatch(api(), &sink_);
+    duk_put_global_string(api(), "sink");
+    ASSERT_EQ(duk_peval_string(api(), kStart), 0) << duk_safe_to_string(api(), -1);
+    duk_pop(api());
+  }
+  duk_context* api() { return engine_->api(); }
+
+  struct Outcome {
+    bool threw = false;
+    bool says_so = false;  // the error is that memory ran out
+    HRESULT number = S_OK;
+    std::string text;
+  };
+
+  // Runs the function on top of the stack, which stays there.
+  Outcome Run() {
+    const Quiet quiet;
+    duk_dup_top(api());
+    Outcome outcome;
+    outcome.threw = duk_pcall(api(), 0) != 0;
+    return outcome;
+  }
+  // Looks at what Run left, with memory there again.
+  void Look(Outcome* outcome) {
+    if (outcome->threw && duk_is_error(api(), -1)) {
+      duk_get_prop_string(api(), -1, "number");
+      const HRESULT number = outcome->number = duk_get_int(api(), -1);
+      duk_pop(api());
+      duk_get_prop_string(api(), -1, "description");
+      const std::string description = duk_safe_to_string(api(), -1);
+      duk_pop(api());
+      outcome->says_so =
+          number == E_OUTOFMEMORY || number == STG_E_INSUFFICIENTMEMORY ||
+          (number == kCannotCreateObject && description.find("8007000E") != std::string::npos);
+      outcome->text = std::to_string(number) + " " + description;
+      duk_pop(api());
+      return;
+    }
+    outcome->text = duk_safe_to_string(api(), -1);
+    duk_pop(api());
+  }
+
+  // The objects that the script holds, after what it dropped is gone.
+  size_t ObjectsHeld() {
+    duk_gc(api(), 0);
+    duk_gc(api(), 0);
+    return engine_->context().objects.Count();
+  }
+
+  // Runs with the failure `count` armed; false once there is nothing left to fail.
+  bool RunFailing(int count, Outcome* outcome) {
+    ScriptContext& context = engine_->context();
+    bool struck = false;
+    switch (GetParam()) {
+      case Heap::kOperatorNew: {
+        const test::FailOneAllocation failure(count);
+        *outcome = Run();
+        struck = test::AllocationHasFailed();
+        break;
+      }
+      case Heap::kRuntime:
+        MiroltaFailAllocationAfter(count);
+        *outcome = Run();
+        struck = MiroltaAllocationHasFailed();
+        MiroltaFailAllocationAfter(-1);
+        break;
+      case Heap::kEngine: {
+        constexpr size_t kStep = 184;
+        const size_t usual = context.memory_limit;
+        context.memory_limit = context.memory_in_use + static_cast<size_t>(count) * kStep;
+        *outcome = Run();
+        context.memory_limit = usual;
+        struck = outcome->threw || count < 3;
+        break;
+      }
+    }
+    return struck;
+  }
+
+  Sink sink_;
+  std::optional<ScriptEngine> engine_;
+};
+
+TEST_P(HostMemory, EveryFailureIsAScriptErrorThatSaysSo) {
+  int total_failures = 0;
+  for (const NativeRow& row : kRows) {
+    SCOPED_TRACE(row.name);
+    // The row itself as a function: its last expression is the result.
+    duk_push_string(api(), row.script);
+    duk_put_global_string(api(), "row");
+    ASSERT_EQ(duk_peval_string(api(), "(function () { return eval(row) })"), 0);
+    Outcome usual = Run();
+    Look(&usual);
+    ASSERT_FALSE(usual.threw) << usual.text;
+    usual = Run();
+    Look(&usual);
+    const size_t held = ObjectsHeld();
+    const long blocks = test::LiveAllocations();
+    int failures = 0;
+    for (int count = 0;; ++count) {
+      ASSERT_LT(count, 2000);
+      Outcome outcome;
+      const bool struck = RunFailing(count, &outcome);
+      Look(&outcome);
+      if (outcome.threw) {
+        EXPECT_TRUE(outcome.says_so || outcome.number == row.also) << count << ": " << outcome.text;
+        ++failures;
+      } else {
+        EXPECT_EQ(outcome.text, usual.text) << count;
+      }
+      Outcome again = Run();
+      Look(&again);
+      ASSERT_FALSE(again.threw) << count << ": " << again.text;
+      ASSERT_EQ(again.text, usual.text) << count;
+      if (!struck) break;
+    }
+    // What the engine had no room to finalize is given back at its end.
+    if (GetParam() != Heap::kEngine) {
+      EXPECT_EQ(ObjectsHeld(), held) << "after " << failures << " failures";
+      EXPECT_EQ(test::LiveAllocations(), blocks) << "after " << failures << " failures";
+    }
+    total_failures += failures;
+    duk_pop(api());
+  }
+  EXPECT_GT(total_failures, 100);
+  duk_eval_string_noresult(api(), "filter.Stream = WScript.MemoryStream()");
+  EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
+  engine_.reset();
+  EXPECT_EQ(DllCanUnloadNow(), S_OK);
+}
+
+// A native function of the host without a row above fails here.
+TEST_P(HostMemory, EveryNativeFunctionHasItsRow) {
+  ASSERT_EQ(duk_peval_string(api(),
+                             "[WScript, WScript.StdOut, WScript.StdErr, WScript.Arguments,"
+                             " Object.getPrototypeOf(stream), VBArray.prototype].map("
+                             "Object.getOwnPropertyNames).join()"),
+            0)
+      << duk_safe_to_string(api(), -1);
+  // Texts, what ends the process, and what is not the host's own.
+  std::string untested;
+  std::string names = std::string(duk_get_string(api(), -1)) + ",";
+  for (size_t end = 0; (end = names.find(',')) != std::string::npos; names.erase(0, end + 1)) {
+    const std::string name = names.substr(0, end);
+    bool found = name == "ScriptName" || name == "ScriptFullName" || name == "Name" ||
+                 name == "Quit" || name == "prototype" || name == "name" || name == "toString";
+    for (const NativeRow& row : kRows) {
+      found = found || std::string(row.script).find(name) != std::string::npos;
+    }
+    if (!found) untested += name + " ";
+  }
+  EXPECT_EQ(untested, "");
+}
+
+std::string HeapName(const testing::TestParamInfo<Heap>& heap) {
+  if (heap.param == Heap::kEngine) return "Engine";
+  return heap.param == Heap::kRuntime ? "Runtime" : "OperatorNew";
+}
+
+INSTANTIATE_TEST_SUITE_P(Heaps, HostMemory,
+                         testing::Values(Heap::kOperatorNew, Heap::kRuntime, Heap::kEngine),
+                         HeapName);
+
+}  // namespace
+}  // namespace mirolta
