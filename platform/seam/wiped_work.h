@@ -1,6 +1,9 @@
 // Work with secrets, of which nothing is left on the stack or in registers.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "system_headers.h"
 
 namespace mirolta {

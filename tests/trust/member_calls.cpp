@@ -239,7 +239,13 @@ Subject::Subject(const ClassTableRow& class_row, State state) : class_row_(class
 }
 
 Subject::~Subject() {
-  if (dual_ != nullptr) dual_->Release();
+  Release();
+}
+
+void Subject::Release() {
+  IDispatch* const object = dual_;
+  dual_ = nullptr;
+  if (object != nullptr) object->Release();
 }
 
 HRESULT Subject::Call(const MemberRow& row, VARIANT* arguments, VARIANT* result) const {

@@ -79,6 +79,8 @@ class Subject {
   Subject& operator=(const Subject&) = delete;
 
   explicit operator bool() const { return dual_ != nullptr; }
+  // Gives the object up before the subject's end.
+  void Release();
   IUnknown* Unknown() const { return static_cast<IUnknown*>(dual_); }
   IDispatch* Dispatch() const { return static_cast<IDispatch*>(dual_); }
 

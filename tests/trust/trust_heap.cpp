@@ -35,14 +35,22 @@ size_t secret_count = 0;
 // Whether windows that start with these two bytes are part of the secret.
 bool starts[kMostSecrets][65536];
 
-bool Holds(const unsigned char* block, size_t size, size_t secret) {
-  for (size_t at = 0; at + kWindow <= size; ++at) {
+// Bytes that are mostly zero, such as a small number, may stand anywhere by chance.
+bool IsTelling(const unsigned char* window) {
+  size_t zeros = 0;
+  for (size_t i = 0; i < kWindow; ++i) zeros += window[i] == 0 ? 1 : 0;
+  return zeros <= kWindow / 2;
+}
+
+bool Holds(const unsigned char* block, size_t size, size_t secret, size_t window = kWindow) {
+  for (size_t at = 0; at + window <= size; ++at) {
     // Long runs of zeros are common and no secret.
     uint64_t eight = 0;
     std::memcpy(&eight, block + at, sizeof eight);
     if (eight == 0 || !starts[secret][block[at] << 8 | block[at + 1]]) continue;
-    for (size_t i = 0; i + kWindow <= secret_sizes[secret]; ++i) {
-      if (std::memcmp(block + at, secrets[secret] + i, kWindow) == 0) return true;
+    if (!IsTelling(block + at)) continue;
+    for (size_t i = 0; i + window <= secret_sizes[secret]; ++i) {
+      if (std::memcmp(block + at, secrets[secret] + i, window) == 0) return true;
     }
   }
   return false;
@@ -87,9 +95,9 @@ void StopWatchingForSecrets() {
   last_found = -1;
 }
 
-int FindSecret(const void* block, size_t size) {
+int FindSecret(const void* block, size_t size, size_t window) {
   for (size_t i = 0; i < secret_count; ++i) {
-    if (Holds(static_cast<const unsigned char*>(block), size, i)) return static_cast<int>(i);
+    if (Holds(static_cast<const unsigned char*>(block), size, i, window)) return static_cast<int>(i);
   }
   return -1;
 }

@@ -16,8 +16,9 @@ void WatchForSecret(const void* bytes, size_t size);  // size 8..512, at most 12
 // The watch begins when all secrets are known: what told of them has been freed by then.
 void StartWatchingForSecrets();
 void StopWatchingForSecrets();
-// FindSecret returns the index of a secret of which block[size] holds any eight bytes, or -1.
-int FindSecret(const void* block, size_t size);
+// FindSecret returns the index of a secret of which block[size] holds any eight bytes that stand
+// together, or that many, or -1.
+int FindSecret(const void* block, size_t size, size_t window = 8);
 // Freed blocks with a secret in them since the watch began, and the index of the last one's secret.
 long SecretsFreed();
 int LastSecretFreed();

@@ -5,15 +5,25 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <string_view>
 
 #include "aes_schedule.h"
+#include "big_bytes.h"
+#include "block_hash_engine.h"
 #include "des_schedule.h"
+#include "limb_basics.h"
+#include "md5_engine.h"
 #include "member_calls.h"
+#include "number_theory.h"
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
+#include "sha1_engine.h"
+#include "sha256_engine.h"
+#include "small_primes.h"
 #include "trust_heap.h"
 
 namespace mirolta::test {
@@ -156,6 +166,138 @@ class WipingTest : public testing::Test {
       ASSERT_TRUE(ExpandDesKey(key.data(), length, &schedule));
       WatchForWords(schedule.encryption, 2 * schedule.rounds);
       WatchForWords(schedule.decryption, 2 * schedule.rounds);
+    }
+  }
+
+  // The key as HMAC pads it to a block, and the chaining words behind the blocks of both pads.
+  // Returns the words behind the inner one, then the outer one.
+  static std::array<Bytes, 2> WatchForPads(const std::string& algorithm, const Bytes& key) {
+    if (algorithm == "MD5") return WatchForPadsOf<Md5Primitive>(key);
+    if (algorithm == "SHA1") return WatchForPadsOf<Sha1Primitive>(key);
+    return WatchForPadsOf<Sha256Primitive>(key);
+  }
+  template <typename Primitive>
+  static std::array<Bytes, 2> WatchForPadsOf(const Bytes& key) {
+    Bytes padded = key;
+    if (key.size() > kHashBlockSize) {
+      HashEngine* made = nullptr;
+      (void)CreateHashEngine(kHashAlgorithms[Primitive::kAlgorithm], &made);
+      const std::unique_ptr<HashEngine> engine(made);
+      (void)engine->Update(key.data(), static_cast<uint32_t>(key.size()));
+      (void)engine->Final();
+      padded.assign(engine->RawDigest(), engine->RawDigest() + engine->DigestSize());
+    }
+    WatchFor(padded);
+    const size_t used = padded.size();
+    padded.resize(kHashBlockSize);
+    std::array<Bytes, 2> chains;
+    for (const uint8_t mask : {uint8_t{0x36}, uint8_t{0x5C}}) {
+      const Bytes pad = Masked(padded, mask);
+      WatchFor(Bytes(pad.begin(), pad.begin() + static_cast<std::ptrdiff_t>(used)));
+      uint32_t words[Primitive::kWordCount];
+      std::copy(std::begin(Primitive::kInitial), std::end(Primitive::kInitial), words);
+      Primitive::Kernel()(words, pad.data(), 1);
+      WatchForWords(words, Primitive::kWordCount);
+      Bytes& chain = chains[mask == 0x5C ? 1 : 0];
+      chain.resize(sizeof words);
+      std::memcpy(chain.data(), words, sizeof words);
+    }
+    return chains;
+  }
+
+  static BigInt NumberOf(const Bytes& bytes) {
+    BigInt number;
+    EXPECT_EQ(FromBytes(number, bytes.data(), static_cast<uint32_t>(bytes.size())), S_OK);
+    return number;
+  }
+  static Bytes BytesOfNumber(const BigInt& number) {
+    Bytes bytes(ByteLength(number));
+    ToBytes(bytes.data(), number);
+    return bytes;
+  }
+  // A number in both byte orders and in digits of 52 bits.
+  static void WatchForDigits(const BigInt& number) {
+    const Bytes bytes = BytesOfNumber(number);
+    if (bytes.size() < 16) return;
+    WatchForNumber(bytes);
+    Bytes digits;
+    for (uint64_t bit = 0; bit < number.bitLength(); bit += 52) {
+      uint64_t digit = 0;
+      for (unsigned i = 0; i < 52; ++i) digit |= uint64_t{number.testBit(bit + i)} << i;
+      for (unsigned i = 0; i < 8; ++i) digits.push_back(static_cast<uint8_t>(digit >> (8 * i)));
+    }
+    digits.resize(std::min(digits.size(), size_t{512}));
+    WatchFor(digits);
+  }
+  static BigInt PowerOfTwo(uint64_t bits) {
+    Bytes bytes(bits / 8 + 1);
+    bytes[0] = static_cast<uint8_t>(1u << bits % 8);
+    return NumberOf(bytes);
+  }
+  // x * 2^bits mod m, for each number of bits that Montgomery's form may have there.
+  static void WatchForMontgomeryForms(const BigInt& x, const BigInt& m) {
+    const uint64_t bits = m.bitLength();
+    const uint64_t limbs = (bits + kLimbBits - 1) / kLimbBits * kLimbBits;
+    const uint64_t digits = (bits + 2 + 51) / 52 * 52;
+    for (const uint64_t shift : {limbs, digits}) WatchForDigits(x * PowerOfTwo(shift) % m);
+  }
+  // What the search for a prime keeps of its start and of the windows after it: minus the number
+  // modulo each small prime.
+  static void WatchForResidues(const BigInt& start, uint32_t window, unsigned windows) {
+    BigInt number = start;
+    for (unsigned i = 0; i <= windows; ++i) {
+      Bytes residues;
+      for (size_t prime = 100; prime < 200; ++prime) {  // the first are too small to tell
+        const uint32_t p = kSmallPrimes.primes[prime];
+        const BigInt residue = number % BigInt(p);
+        const uint16_t first = static_cast<uint16_t>((p - residue.getWord(0)) % p);
+        residues.push_back(static_cast<uint8_t>(first));
+        residues.push_back(static_cast<uint8_t>(first >> 8));
+      }
+      WatchFor(residues);
+      ASSERT_EQ(number.add(BigInt(window)), S_OK);
+    }
+  }
+
+  // An RSA key of the module's own making, and what its holder must not leave behind.
+  struct RsaNumbers {
+    Bytes p, q, d, n, message, encrypted;
+  };
+  // Makes the key that PlannedChance gives from its start.
+  RsaNumbers MakeRsaKey(const std::string& words) {
+    const ClassTableRow& rsa = ClassNamed("RSACrypt");
+    const Subject subject(rsa, State::kFresh);
+    PlannedChance::Restart();
+    EXPECT_EQ(subject.Call("CreateRandKeys", kMethod, words), S_OK);
+    const auto read = [&](const char* name) {
+      EXPECT_EQ(Call(subject, rsa, name, kGet, {}), S_OK);
+      return BytesOfArray(values.back());
+    };
+    RsaNumbers key = {read("P"), read("Q"), read("SecretExp"), read("Modulus"), {}, {}};
+    key.message = Secret(95, key.n.size() - 1);
+    EXPECT_EQ(Call(subject, rsa, "Encrypt", kMethod, {BytesArgument(key.message)}), S_OK);
+    key.encrypted = BytesOfArray(values.back());
+    return key;
+  }
+  static void WatchForRsaKey(const RsaNumbers& key) {
+    const BigInt one(1);
+    const BigInt p = NumberOf(key.p);
+    const BigInt q = NumberOf(key.q);
+    const BigInt d = NumberOf(key.d);
+    const BigInt c = NumberOf(key.encrypted);
+    const BigInt m = NumberOf(key.message);
+    BigInt p_inverse;
+    ASSERT_EQ(Inverse(p_inverse, p, q), S_OK);
+    const BigInt order = (p - one) * (q - one);
+    for (const BigInt& secret : {p, q, d, m, order, p_inverse, d % (p - one), d % (q - one)}) {
+      WatchForDigits(secret);
+    }
+    for (const BigInt& prime : {p, q}) {
+      WatchForDigits(c % prime);
+      WatchForDigits(m % prime);
+      // The first rows of the table of powers.
+      WatchForMontgomeryForms(c % prime, prime);
+      WatchForMontgomeryForms(c * c % prime * c % prime, prime);
     }
   }
 
