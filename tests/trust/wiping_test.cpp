@@ -118,10 +118,7 @@ TEST_P(KeyWipingTest, HashKeysAndTheirPads) {
               S_OK);
           WatchFor(given);
           if (form >= 2 && form != 3) WatchForText(given);
-          if (given.size() <= 64) {
-            WatchFor(Masked(given, 0x36));
-            WatchFor(Masked(given, 0x5C));
-          }
+          WatchForPads(algorithm, given);
           WatchFor(data);
           StartWatchingForSecrets();
           ASSERT_EQ(Call(subject, hash, "Key", kPut, {argument}), S_OK);
@@ -240,8 +237,7 @@ TEST_P(KeyWipingTest, StreamKeysAndWhatPasses) {
         if (crypts) {
           WatchForSchedule(true, given);
         } else {
-          WatchFor(Masked(given, 0x36));
-          WatchFor(Masked(given, 0x5C));
+          WatchForPads("SHA1", given);
         }
         WatchFor(read);
         WatchFor(written);
@@ -279,38 +275,10 @@ INSTANTIATE_TEST_SUITE_P(Forms, KeyWipingTest, testing::Range(0, 6));
 
 TEST_F(WipingTest, PrivateNumbersOfRsa) {
   const ClassTableRow& rsa = ClassNamed("RSACrypt");
-  const ClassTableRow& number = ClassNamed("PexBigNumber");
   const PlannedChance chance;
-  const auto read = [&](const Subject& subject, const char* name) {
-    EXPECT_EQ(Call(subject, rsa, name, kGet, {}), S_OK);
-    return BytesOfArray(values.back());
-  };
   // The same chance makes the same key again; what its private numbers are is learnt first.
-  Bytes p, q, d, n;
-  {
-    const Subject subject(rsa, State::kFresh);
-    PlannedChance::Restart();
-    ASSERT_EQ(subject.Call("CreateRandKeys", kMethod, "i64 B-1"), S_OK);
-    p = read(subject, "P");
-    q = read(subject, "Q");
-    d = read(subject, "SecretExp");
-    n = read(subject, "Modulus");
-  }
-  // d modulo p - 1, and q - 1
-  const auto residue = [&](const Bytes& prime) {
-    const Subject of_d(number, State::kFresh);
-    EXPECT_EQ(Call(of_d, number, "Binary", kPut, {BytesArgument(d)}), S_OK);
-    Bytes less = prime;
-    less.back() = static_cast<uint8_t>(less.back() - 1);
-    EXPECT_EQ(Call(of_d, number, "Mod", kMethod, {BytesArgument(less)}), S_OK);
-    IPexBigNumber* const result = static_cast<IPexBigNumber*>(values.back()->pdispVal);
-    TestValue bytes;
-    EXPECT_EQ(result->get_Binary(&bytes), S_OK);
-    return BytesOfArray(bytes);
-  };
-  const Bytes dp = residue(p);
-  const Bytes dq = residue(q);
-  const Bytes message = Secret(95, 63);
+  const RsaNumbers key = MakeRsaKey("i64 B-1");
+  const auto& [p, q, d, n, message, known] = key;
   const VARIANT plain = BytesArgument(message);
   const VARIANT p_argument = BytesArgument(p);
   const VARIANT q_argument = BytesArgument(q);
@@ -325,11 +293,10 @@ TEST_F(WipingTest, PrivateNumbersOfRsa) {
       {"too much", "Encrypt", kMethod, "b100"},
       {"refused data", "DecryptPQ", kMethod, "B-1"},
   };
-  const std::vector<Bytes> secrets = {p, q, d, dp, dq, message};
   for (const End& end : kEnds) {
     {
       const Subject subject(rsa, State::kFresh);
-      for (const Bytes& secret : secrets) WatchForNumber(secret);
+      WatchForRsaKey(key);
       StartWatchingForSecrets();
       PlannedChance::Restart();
       ASSERT_EQ(subject.Call("CreateRandKeys", kMethod, "i64 B-1"), S_OK);
@@ -351,6 +318,28 @@ TEST_F(WipingTest, PrivateNumbersOfRsa) {
       if (end.member[0] != 0) subject.Call(end.member, end.kind, end.words);
     }
     ExpectClean(end.name);
+    StopWatchingForSecrets();
+  }
+}
+
+// What a search knows of its start gives the prime away.
+TEST_F(WipingTest, ResiduesOfThePrimeSearch) {
+  const ClassTableRow& rsa = ClassNamed("RSACrypt");
+  for (const size_t size : {size_t{20}, size_t{64}}) {
+    const Bytes first = Secret(101, size);
+    const Bytes second = Secret(102, size);
+    const VARIANT first_argument = BytesArgument(first);
+    const VARIANT second_argument = BytesArgument(second);
+    const Subject subject(rsa, State::kFresh);
+    for (const Bytes& start : {first, second}) {
+      const BigInt number = NumberOf(start);
+      // Offsets that are looked at together.
+      const uint32_t window = std::max(static_cast<uint32_t>(number.bitLength()) * 4, 512u);
+      WatchForResidues(number, window, 6);
+    }
+    StartWatchingForSecrets();
+    ASSERT_EQ(Call(subject, rsa, "CreateKeys", kMethod, {first_argument, second_argument}), S_OK);
+    ExpectClean(std::to_string(size));
     StopWatchingForSecrets();
   }
 }
