@@ -273,11 +273,15 @@ TEST_P(KeyWipingTest, StreamKeysAndWhatPasses) {
 
 INSTANTIATE_TEST_SUITE_P(Forms, KeyWipingTest, testing::Range(0, 6));
 
-TEST_F(WipingTest, PrivateNumbersOfRsa) {
+// Sizes of moduli in bytes: powers with tables on the stack and in memory, of limbs and of digits.
+class RsaWipingTest : public WipingTest, public testing::WithParamInterface<int> {};
+
+TEST_P(RsaWipingTest, PrivateNumbers) {
   const ClassTableRow& rsa = ClassNamed("RSACrypt");
   const PlannedChance chance;
+  const std::string words = "i" + std::to_string(GetParam()) + " B-1";
   // The same chance makes the same key again; what its private numbers are is learnt first.
-  const RsaNumbers key = MakeRsaKey("i64 B-1");
+  const RsaNumbers key = MakeRsaKey(words);
   const auto& [p, q, d, n, message, known] = key;
   const VARIANT plain = BytesArgument(message);
   const VARIANT p_argument = BytesArgument(p);
@@ -290,7 +294,7 @@ TEST_F(WipingTest, PrivateNumbersOfRsa) {
       {"other key", "CreateKeys", kMethod, "d4 d5"},
       {"refused key", "CreateRandKeys", kMethod, "i0 B0"},
       {"other numbers", "SecretExp", kPut, "b3"},
-      {"too much", "Encrypt", kMethod, "b100"},
+      {"too much", "Encrypt", kMethod, "b300"},
       {"refused data", "DecryptPQ", kMethod, "B-1"},
   };
   for (const End& end : kEnds) {
@@ -299,7 +303,7 @@ TEST_F(WipingTest, PrivateNumbersOfRsa) {
       WatchForRsaKey(key);
       StartWatchingForSecrets();
       PlannedChance::Restart();
-      ASSERT_EQ(subject.Call("CreateRandKeys", kMethod, "i64 B-1"), S_OK);
+      ASSERT_EQ(subject.Call("CreateRandKeys", kMethod, words), S_OK);
       ASSERT_EQ(Call(subject, rsa, "Encrypt", kMethod, {plain}), S_OK);
       const VARIANT encrypted = values.back();
       ASSERT_EQ(Call(subject, rsa, "Decrypt", kMethod, {encrypted}), S_OK);
@@ -321,6 +325,8 @@ TEST_F(WipingTest, PrivateNumbersOfRsa) {
     StopWatchingForSecrets();
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Sizes, RsaWipingTest, testing::Values(64, 128, 256));
 
 // What a search knows of its start gives the prime away.
 TEST_F(WipingTest, ResiduesOfThePrimeSearch) {
