@@ -68,8 +68,10 @@ else()
   endif()
 endif()
 if(NOT MIROLTA_SANITIZE)
+  # The module for Windows has a size to keep to: arrays of characters only.
+  set(protector -fstack-protector$<$<NOT:$<BOOL:${WIN32}>>:-strong>)
   target_compile_options(mirolta_options INTERFACE
-    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:MIROLTA_HOT>>>:-fstack-protector-strong>)
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:MIROLTA_HOT>>>:${protector}>)
 endif()
 
 # What the module itself is made of: no exceptions and no run-time type information, and nothing read

@@ -13,8 +13,8 @@ MIROLTA_RUNTIME void MiroltaFailAllocationAfter(LONG count);
 // True if the failure asked for has happened.
 MIROLTA_RUNTIME bool MiroltaAllocationHasFailed();
 
-// Arrays keep what they held when they are destroyed, as on a platform that does not clear them: so
-// what their makers left there can be found in the freed memory.
+// Arrays and texts keep what they held when they are freed, as on a platform that does not clear
+// them: so what their makers left there can be found in the freed memory.
 MIROLTA_RUNTIME void MiroltaKeepDestroyedArrays(bool keep);
 
 // Replaces the clock of GetTickCount and GetLocalTime; null restores the system's.

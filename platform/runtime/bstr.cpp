@@ -4,6 +4,8 @@
 
 #include "allocation.h"
 #include "portable/variant.h"
+#include "safearray_elements.h"
+#include "seam/memory.h"
 
 namespace {
 
@@ -89,8 +91,11 @@ INT SysReAllocStringLen(BSTR* text, const OLECHAR* from, UINT length) {
   return TRUE;
 }
 
+// Texts that the runtime itself made on the way to another type are freed here too.
 void SysFreeString(BSTR text) {
-  if (text != nullptr) mirolta::FreeRuntime(BlockOf(text));
+  if (text == nullptr) return;
+  if (mirolta::ClearsWhatItFrees()) mirolta::WipeMemory(text, SysStringByteLen(text));
+  mirolta::FreeRuntime(BlockOf(text));
 }
 
 UINT SysStringByteLen(BSTR text) {

@@ -7,11 +7,13 @@
 #include <utility>
 
 #include "allocation.h"
+#include "seam/memory.h"
 
 namespace mirolta {
 
 // RuntimeArray owns size elements that may be moved as bytes. Growth at least doubles, so appending
-// one by one takes time linear in the result. After a false the content is as it was.
+// one by one takes time linear in the result. After a false the content is as it was. Memory is wiped
+// before it is given back: streams hold whatever their users write.
 template <typename T>
 class RuntimeArray {
  public:
@@ -25,7 +27,7 @@ class RuntimeArray {
   }
   RuntimeArray(const RuntimeArray&) = delete;
   RuntimeArray& operator=(const RuntimeArray&) = delete;
-  ~RuntimeArray() { FreeRuntime(data_); }
+  ~RuntimeArray() { WipeAndFree(); }
 
   T* data() { return data_; }
   const T* data() const { return data_; }
@@ -38,9 +40,11 @@ class RuntimeArray {
     if (capacity <= capacity_) return true;
     if (capacity > SIZE_MAX / 2 / sizeof(T)) return false;
     if (capacity < 2 * capacity_) capacity = 2 * capacity_;
-    void* grown = ReallocateRuntime(data_, capacity * sizeof(T));
+    T* const grown = static_cast<T*>(AllocateRuntime(capacity * sizeof(T)));
     if (grown == nullptr) return false;
-    data_ = static_cast<T*>(grown);
+    if (size_ != 0) std::memcpy(grown, data_, size_ * sizeof(T));
+    WipeAndFree();
+    data_ = grown;
     capacity_ = capacity;
     return true;
   }
@@ -75,6 +79,11 @@ class RuntimeArray {
   }
 
  private:
+  void WipeAndFree() {
+    if (data_ != nullptr) WipeMemory(data_, capacity_ * sizeof(T));
+    FreeRuntime(data_);
+  }
+
   T* data_ = nullptr;
   size_t size_ = 0;
   size_t capacity_ = 0;

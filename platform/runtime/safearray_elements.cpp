@@ -31,6 +31,10 @@ extern "C" void MiroltaKeepDestroyedArrays(bool keep) {
   g_keeps_destroyed.store(keep, std::memory_order_relaxed);
 }
 
+bool ClearsWhatItFrees() {
+  return !g_keeps_destroyed.load(std::memory_order_relaxed);
+}
+
 USHORT ArrayFeatures(VARTYPE type) {
   switch (type) {
     case VT_BSTR:
@@ -59,7 +63,7 @@ HRESULT ClearArrayElements(USHORT features, ULONG element_size, void* elements, 
       if (FAILED(status)) return status;
     }
   }
-  if (!g_keeps_destroyed.load(std::memory_order_relaxed)) {
+  if (ClearsWhatItFrees()) {
     memset(elements, 0, size_t{element_size} * count);
   }
   return S_OK;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "seam/memory.h"
+
 namespace mirolta {
 
 HRESULT STDMETHODCALLTYPE StreamBase::QueryInterface(REFIID iid, void** out) {
@@ -31,8 +33,8 @@ HRESULT STDMETHODCALLTYPE StreamBase::CopyTo(IStream* to, ULARGE_INTEGER count,
   ULONGLONG given = 0;
   HRESULT status = to == nullptr ? STG_E_INVALIDPOINTER : S_OK;
   ULONGLONG left = std::min<ULONGLONG>(count.QuadPart, CopyLimit());
+  BYTE block[16384];
   while (SUCCEEDED(status) && left != 0) {
-    BYTE block[16384];
     const ULONG wanted = static_cast<ULONG>(std::min<ULONGLONG>(left, sizeof(block)));
     ULONG got = 0;
     status = Read(block, wanted, &got);
@@ -48,6 +50,7 @@ HRESULT STDMETHODCALLTYPE StreamBase::CopyTo(IStream* to, ULARGE_INTEGER count,
       status = STG_E_MEDIUMFULL;
     }
   }
+  WipeMemory(block, static_cast<size_t>(std::min<ULONGLONG>(taken, sizeof(block))));
   if (read != nullptr) read->QuadPart = taken;
   if (written != nullptr) written->QuadPart = given;
   return FAILED(status) ? status : S_OK;

@@ -1,5 +1,6 @@
 // VariantChangeType: which conversions exist, and those to and from text and objects.
 #include "portable/dispatch.h"
+#include "seam/wiped_work.h"
 #include "variant_byte_array.h"
 #include "variant_date.h"
 #include "variant_number_text.h"
@@ -244,15 +245,7 @@ HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VAR
   return S_OK;
 }
 
-}  // namespace
-
-extern "C" {
-
-// The locale names no other conventions than those of English (United States): the runtime has no
-// more, so that results do not depend on where a program runs.
-HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags,
-                            VARTYPE type) {
-  if (to == nullptr || from == nullptr) return E_INVALIDARG;
+HRESULT ChangeInto(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags, VARTYPE type) {
   HRESULT status = mirolta::CheckType(from->vt);
   if (SUCCEEDED(status)) status = mirolta::CheckType(type);
   if (FAILED(status)) return status;
@@ -278,6 +271,21 @@ HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHOR
   }
   *to = made;
   return S_OK;
+}
+
+}  // namespace
+
+extern "C" {
+
+// The locale names no other conventions than those of English (United States): the runtime has no
+// more, so that results do not depend on where a program runs.
+// Numbers and texts may be secrets. They pass through digits on the stack, and the caller need not be
+// a member of the module, which would wipe what is left there.
+HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags,
+                            VARTYPE type) {
+  if (to == nullptr || from == nullptr) return E_INVALIDARG;
+  auto change = [&] { return ChangeInto(to, from, locale, flags, type); };
+  return mirolta::RunWiped(change, mirolta::StackUse::kLong);
 }
 
 HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, USHORT flags, VARTYPE type) {

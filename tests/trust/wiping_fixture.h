@@ -72,7 +72,7 @@ class WipingTest : public testing::Test {
   void SetUp() override {
     ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
     ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
-    // The runtime would clear arrays for whoever forgets to.
+    // The runtime would clear arrays and texts for whoever forgets to.
     MiroltaKeepDestroyedArrays(true);
   }
   void TearDown() override {

@@ -489,6 +489,49 @@ TEST_F(WipingStackTest, NumbersAndTheirDigits) {
   }
 }
 
+// What the runtime does by itself, outside the module's members.
+TEST_F(WipingStackTest, CopiesOfTheRuntime) {
+  const Bytes content = Secret(103, 20000);
+  OwnedReference<IStream> from;
+  OwnedReference<IStream> to;
+  ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, from.Put()), S_OK);
+  ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, to.Put()), S_OK);
+  ASSERT_EQ(from->Write(content.data(), 20000, nullptr), S_OK);
+  WatchFor(Bytes(content.begin(), content.begin() + 512));
+  WatchFor(Bytes(content.end() - 512, content.end()));
+  LARGE_INTEGER start;
+  start.QuadPart = 0;
+  ASSERT_EQ(from->Seek(start, STREAM_SEEK_SET, nullptr), S_OK);
+  ULARGE_INTEGER count;
+  count.QuadPart = 30000;
+  HRESULT status = E_FAIL;
+  RunOnce("CopyTo", [&] { status = from->CopyTo(to.Get(), count, nullptr, nullptr); });
+  EXPECT_EQ(status, S_OK);
+  StopWatchingForSecrets();
+
+  const TestValue text = TextValue(OLESTR("3141592653589793238"));
+  WatchFor(BytesOf("3141592653589793238"));
+  WatchForText(BytesOf("3141592653589793238"));
+  Bytes digits = BytesOf("3141592653589793238");
+  for (uint8_t& digit : digits) digit = static_cast<uint8_t>(digit - '0');
+  WatchFor(digits);
+  WatchFor(Reversed(digits));
+  double number = 3141592653589793238.0;
+  WatchForSecret(&number, sizeof number);
+  const VARTYPE kTypes[] = {VT_R8, VT_DECIMAL, VT_CY, VT_I4};
+  for (const VARTYPE type : kTypes) {
+    VARIANT made;
+    VariantInit(&made);
+    Run("a text as " + std::to_string(type),
+        [&] { (void)VariantChangeType(&made, &static_cast<const VARIANT&>(text), 0, type); });
+    if (type == VT_I4 || type == VT_CY) continue;  // too large
+    EXPECT_EQ(V_VT(&made), type);
+    Run("back", [&] { status = VariantChangeType(&made, &made, 0, VT_BSTR); });
+    EXPECT_EQ(status, S_OK);
+    VariantClear(&made);
+  }
+}
+
 // Engines wipe what they themselves put on the stack, whoever calls them; only what compilers keep
 // there is left to the members' frames.
 TEST_F(WipingStackTest, EnginesWipeTheirOwnBuffers) {

@@ -407,6 +407,45 @@ TEST_F(WipingTest, NumbersAndTheirDigits) {
   }
 }
 
+// The runtime's own memory: what streams held before they grew or went, and values on their way to
+// another type.
+TEST_F(WipingTest, WhatTheRuntimeHolds) {
+  MiroltaKeepDestroyedArrays(false);
+  const Bytes content = Secret(103, 3000);
+  WatchFor(Bytes(content.begin(), content.begin() + 512));
+  WatchFor(Bytes(content.begin() + 1000, content.begin() + 1512));
+  StartWatchingForSecrets();
+  {
+    OwnedReference<IStream> stream;
+    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
+    for (unsigned at = 0; at < 3000; at += 300) {
+      ASSERT_EQ(stream->Write(content.data() + at, 300, nullptr), S_OK);
+    }
+    ULARGE_INTEGER size;
+    size.QuadPart = 100;
+    ASSERT_EQ(stream->SetSize(size), S_OK);
+  }
+  ExpectClean("a stream that grew, shrank and went");
+  StopWatchingForSecrets();
+
+  FakeObject object(TextValue(OLESTR("3141592653589793238")));
+  const VARTYPE kTypes[] = {VT_R8, VT_DECIMAL, VT_BSTR};
+  for (const VARTYPE type : kTypes) {
+    const TestValue of_object = ObjectValue(&object);
+    WatchForText(BytesOf("3141592653589793238"));
+    StartWatchingForSecrets();
+    {
+      TestValue made;
+      const VARIANT& from = of_object;
+      ASSERT_EQ(VariantChangeType(&made, &from, 0, type), S_OK);
+    }
+    ExpectClean("a text that was read from an object, as " + std::to_string(type));
+    StopWatchingForSecrets();
+  }
+  // Left to itself, as while the module is looked at, the runtime leaves what was freed as it was.
+  MiroltaKeepDestroyedArrays(true);
+}
+
 // Memory that runs out under a call leaves nothing behind either.
 TEST_F(WipingTest, CallsThatFailForMemory) {
   const Bytes key = Secret(97, 16);
