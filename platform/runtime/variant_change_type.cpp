@@ -285,7 +285,7 @@ HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHOR
                             VARTYPE type) {
   if (to == nullptr || from == nullptr) return E_INVALIDARG;
   auto change = [&] { return ChangeInto(to, from, locale, flags, type); };
-  return mirolta::RunWiped(change, mirolta::StackUse::kLong);
+  return mirolta::RunWiped(change, mirolta::StackUse::kMedium);
 }
 
 HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, USHORT flags, VARTYPE type) {

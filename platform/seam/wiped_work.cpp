@@ -20,7 +20,7 @@ constexpr size_t kFrameScale = 1;
 constexpr size_t kFrameScale = 6;
 #endif
 constexpr size_t kShortBytes = kFrameScale * 3072;
-constexpr size_t kLongBytes = kFrameScale * 6144;
+constexpr size_t kMediumBytes = kFrameScale * 6144;
 constexpr size_t kDeepBytes = kFrameScale * 24576;
 
 // A function that has an array at the end of its frame does not reach what lies before it: return
@@ -153,7 +153,7 @@ MIROLTA_OWN_FRAME HRESULT RunWiped(HRESULT (*function)(void* context), void* con
       Overwrite<kShortBytes>();
       break;
     case StackUse::kMedium:
-      Overwrite<kLongBytes>();
+      Overwrite<kMediumBytes>();
       break;
     case StackUse::kDeep:
       Overwrite<kDeepBytes>();

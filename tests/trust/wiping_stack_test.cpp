@@ -132,7 +132,7 @@ TEST_F(WipingStackTest, WipedWorkLeavesNoPlaceOut) {
   stack.Run([&] { (void)LeaveEverywhere(context); });
   EXPECT_EQ(FindSecret(stack.Touched(), stack.TouchedBytes()), 0);
   EXPECT_EQ(FindSecret(stack.Registers(), PaintedStack::kRegisterBytes), 0);
-  for (const StackUse use : {StackUse::kShort, StackUse::kLong, StackUse::kDeep}) {
+  for (const StackUse use : {StackUse::kShort, StackUse::kMedium, StackUse::kDeep}) {
     RunOnce("everywhere", [&] { (void)RunWiped(LeaveEverywhere, context, &use); });
     if (!__builtin_cpu_supports("avx512bw")) continue;
     RunOnce("wide registers", [&] { (void)RunWiped(LeaveInWideRegisters, context, &use); });
