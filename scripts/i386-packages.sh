@@ -26,7 +26,10 @@ mkdir -p "$folder/state/lists/partial" "$folder/cache/archives/partial"
 apt_for_i386 update || true
 # shellcheck disable=SC2086  # one word a package
 apt_for_i386 --download-only -y install $wanted >/dev/null
+# Packages have files in /lib or in /usr/lib, which are one folder.
+mkdir -p "$folder/root/usr/lib" "$folder/root/usr/bin" "$folder/root/usr/sbin"
+for name in bin sbin lib; do ln -s "usr/$name" "$folder/root/$name"; done
 for package in "$folder"/cache/archives/*.deb; do
-  dpkg-deb -x "$package" "$folder/root"
+  dpkg-deb --fsys-tarfile "$package" | tar -x --keep-directory-symlink -C "$folder/root"
 done
 printf '%s' "$wanted" >"$folder/unpacked"
