@@ -80,6 +80,13 @@ VARIANT ArgumentOf(const std::string& word) {
   switch (word[0]) {
     case 'b':
       return Released(BytesValue(PatternBytes(std::stoul(rest))));
+    case 'x': {
+      Bytes bytes;
+      for (size_t i = 0; i < rest.size(); i += 2) {
+        bytes.push_back(static_cast<uint8_t>(std::stoul(rest.substr(i, 2), nullptr, 16)));
+      }
+      return Released(BytesValue(bytes));
+    }
     case 't':
       return TextArgument(WideOf(rest.substr(1)));
     case 'd':
@@ -276,13 +283,24 @@ HRESULT Subject::Invoke(const MemberRow& row, const VARIANT* arguments, unsigned
 }
 
 HRESULT Subject::Call(const std::string& member, INVOKEKIND kind, const std::string& words) const {
-  const MemberRow* const row = FindMember(class_row_, member, kind);
-  Arguments arguments(words);
-  if (row == nullptr || row->parameters.Count() != arguments.Count()) return E_INVALIDARG;
-  VARIANT result;
-  const HRESULT status = Call(*row, arguments.Get(), &result);
-  VariantClear(&result);
+  HRESULT status = E_FAIL;
+  Answer(member, kind, Arguments(words), &status);
   return status;
+}
+
+std::string Subject::Answer(const std::string& member, INVOKEKIND kind, const Arguments& arguments,
+                            HRESULT* status) const {
+  const MemberRow* const row = FindMember(class_row_, member, kind);
+  if (row == nullptr || row->parameters.Count() != arguments.Count()) {
+    *status = E_INVALIDARG;
+    return "(no such call)";
+  }
+  std::vector<VARIANT> values(arguments.Get(), arguments.Get() + arguments.Count());
+  VARIANT result;
+  *status = Call(*row, values.data(), &result);
+  std::string shown = Shown(result);
+  VariantClear(&result);
+  return shown;
 }
 
 std::string Subject::Snapshot() const {

@@ -32,7 +32,7 @@ const std::vector<Member>& AllMembers();
 const std::vector<const ClassTableRow*>& AllClasses();
 
 // Arguments reads values from text, one a word:
-//   b40      a byte array of 40 bytes (b0: without elements)
+//   b40      a byte array of 40 bytes (b0: without elements)      x0AE6  one of these bytes
 //   t:AES    a text           d40  a text of 40 digits          h40  a text of 40 hexadecimal ones
 //   i-1      a VT_I4          B1   a VT_BOOL                    m    an argument left out
 //   S3000    a memory stream that holds 3000 bytes
@@ -91,6 +91,10 @@ class Subject {
                  VARIANT* result) const;
   // An early-bound call by name with arguments from text.
   HRESULT Call(const std::string& member, INVOKEKIND kind, const std::string& words) const;
+
+  // The same by ready arguments: what it gives as Shown has it, and its status.
+  std::string Answer(const std::string& member, INVOKEKIND kind, const Arguments& arguments,
+                     HRESULT* status) const;
 
   // What every property without parameters reads as, status and value, as text.
   std::string Snapshot() const;

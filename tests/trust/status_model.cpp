@@ -1,0 +1,680 @@
+#include "status_model.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+#include "fake_object.h"
+
+namespace mirolta::test {
+
+namespace {
+
+constexpr HRESULT kAlgorithmNotFound = MIROLTA_STATUS(0x80042777u);
+constexpr HRESULT kNotInitialized = MIROLTA_STATUS(0x80042778u);
+constexpr HRESULT kKeyNotSet = MIROLTA_STATUS(0x80042779u);
+constexpr HRESULT kTooMuchData = MIROLTA_STATUS(0x8004277Au);
+constexpr HRESULT kNoStream = MIROLTA_STATUS(0x80042775u);
+
+// What a member does with an argument.
+enum class Rule {
+  kWholeData,       // bytes of a digest in one call
+  kPieceOfData,     // more bytes of a digest
+  kHashKey,         // any length
+  kEncrypted,       // bytes for a cipher's queue
+  kDecrypted,       //
+  kAesKey,          // 16, 24 or 32 bytes
+  kDesKey,          // 8, 16 or 24 bytes
+  kDecimal,         // a number, texts decimal
+  kHexadecimal,     // a number, texts hexadecimal
+  kDivisor,         // a decimal number that may not be zero
+  kMessage,         // a hexadecimal number below the modulus
+  kNewNumber,       // a decimal number, every failure reported as missing memory
+  kHashName,        // a text: one of the digests
+  kCipherName,      // a text: one of the ciphers
+  kCipherNameValue,  // a value that is made a text: one of the ciphers
+  kText,            // a text, whichever
+  kInteger,         // a 32-bit number, whichever
+  kSize,            // a 32-bit number, 1 at least
+  kKeySize,         // a 32-bit number, 2 at least: of 1 no half is left
+  kSwitch,          // a truth value, whichever
+  kStream,          // an object that is a stream
+};
+
+// What an object needs before it looks at the argument; a fresh one has it not.
+enum class Needs { kNothing, kAlgorithm, kRsaKey };
+
+struct Row {
+  const char* member;
+  const char* parameter;
+  Rule rule;
+  Needs needs = Needs::kNothing;
+  bool has_default = false;  // a late-bound caller may leave the argument out
+};
+
+constexpr bool kOptional = true;
+
+constexpr Row kRows[] = {
+    {"HashObject.InitHash", "bstrAlg", Rule::kHashName},
+    {"HashObject.HashData", "vData", Rule::kWholeData, Needs::kAlgorithm},
+    {"HashObject.HashData", "lCP", Rule::kInteger, Needs::kAlgorithm, kOptional},
+    {"HashObject.HashUpdate", "vData", Rule::kPieceOfData, Needs::kAlgorithm},
+    {"HashObject.HashUpdate", "lCP", Rule::kInteger, Needs::kAlgorithm, kOptional},
+    {"HashObject.codePage put", "lCP", Rule::kInteger},
+    {"HashObject.Key put", "vKey", Rule::kHashKey, Needs::kAlgorithm},
+
+    {"SymmetricCryptObject.Key put", "vKey", Rule::kAesKey, Needs::kAlgorithm},
+    {"SymmetricCryptObject.codePage put", "lCP", Rule::kInteger},
+    {"SymmetricCryptObject.Encrypt", "vData", Rule::kEncrypted, Needs::kAlgorithm},
+    {"SymmetricCryptObject.Encrypt", "bFinalize", Rule::kSwitch, Needs::kAlgorithm, kOptional},
+    {"SymmetricCryptObject.Decrypt", "vData", Rule::kDecrypted, Needs::kAlgorithm},
+    {"SymmetricCryptObject.Decrypt", "bFinalize", Rule::kSwitch, Needs::kAlgorithm, kOptional},
+    {"SymmetricCryptObject.Reset", "lWhat", Rule::kInteger, Needs::kAlgorithm, kOptional},
+    {"SymmetricCryptObject.Init", "vAlg", Rule::kCipherNameValue},
+    {"SymmetricCryptObject.PadType put", "lPad", Rule::kInteger, Needs::kAlgorithm},
+
+    {"PexBigNumber.Value put", "vValue", Rule::kDecimal},
+    {"PexBigNumber.Hex put", "vValue", Rule::kHexadecimal},
+    {"PexBigNumber.Text get", "lCP", Rule::kInteger, Needs::kNothing, kOptional},
+    {"PexBigNumber.Text put", "lCP", Rule::kInteger, Needs::kNothing, kOptional},
+    {"PexBigNumber.Text put", "bstrText", Rule::kText},
+    {"PexBigNumber.Binary put", "vValue", Rule::kDecimal},
+    {"PexBigNumber.Add", "v", Rule::kDecimal},
+    {"PexBigNumber.Sub", "v", Rule::kDecimal},
+    {"PexBigNumber.Mul", "v", Rule::kDecimal},
+    {"PexBigNumber.Div", "v", Rule::kDivisor},
+    {"PexBigNumber.Mod", "v", Rule::kDivisor},
+    {"PexBigNumber.Inc", "v", Rule::kDecimal},
+    {"PexBigNumber.Dec", "v", Rule::kDecimal},
+    {"PexBigNumber.Cmp", "v", Rule::kDecimal},
+    {"PexBigNumber.NewNumber", "v", Rule::kNewNumber},
+    {"PexBigNumber.Random", "lSize", Rule::kSize},
+    {"PexBigNumber.Random", "bEnsureSize", Rule::kSwitch, Needs::kNothing, kOptional},
+    {"PexBigNumber.Random", "bOdd", Rule::kSwitch, Needs::kNothing, kOptional},
+    {"PexBigNumber.GCD", "v", Rule::kDecimal},
+    {"PexBigNumber.ModExp", "ve", Rule::kDecimal},
+    {"PexBigNumber.ModExp", "vm", Rule::kDivisor},
+    {"PexBigNumber.ModInv", "vm", Rule::kDivisor},
+
+    {"RSACrypt.CreateKeys", "v1", Rule::kHexadecimal},
+    {"RSACrypt.CreateKeys", "v2", Rule::kHexadecimal},
+    {"RSACrypt.CreateRandKeys", "lByteSize", Rule::kKeySize, Needs::kNothing, kOptional},
+    {"RSACrypt.CreateRandKeys", "bExactSize", Rule::kSwitch, Needs::kNothing, kOptional},
+    {"RSACrypt.Modulus put", "vValue", Rule::kHexadecimal},
+    {"RSACrypt.PublicExp put", "vValue", Rule::kHexadecimal},
+    {"RSACrypt.SecretExp put", "vValue", Rule::kHexadecimal},
+    {"RSACrypt.P put", "vValue", Rule::kHexadecimal},
+    {"RSACrypt.Q put", "vValue", Rule::kHexadecimal},
+    {"RSACrypt.Encrypt", "vData", Rule::kMessage, Needs::kRsaKey},
+    {"RSACrypt.Decrypt", "vData", Rule::kHexadecimal, Needs::kRsaKey},
+    {"RSACrypt.DecryptPQ", "vData", Rule::kHexadecimal, Needs::kRsaKey},
+
+    {"ToviStreamDigest.Stream putref", "pStream", Rule::kStream},
+    {"ToviStreamDigest.ReadAlgorithm put", "bstrAlg", Rule::kHashName},
+    {"ToviStreamDigest.WriteAlgorithm put", "bstrAlg", Rule::kHashName},
+    {"ToviStreamDigest.WriteKey put", "vKey", Rule::kHashKey, Needs::kAlgorithm},
+    {"ToviStreamDigest.ReadKey put", "vKey", Rule::kHashKey, Needs::kAlgorithm},
+    {"ToviStreamDigest.WriteHashEnable put", "bEnable", Rule::kSwitch},
+    {"ToviStreamDigest.ReadHashEnable put", "bEnable", Rule::kSwitch},
+    {"ToviStreamDigest.SeekingForbidden put", "bForbidden", Rule::kSwitch},
+    {"ToviStreamDigest.codePage put", "lCP", Rule::kInteger},
+
+    {"ToviStreamCrypt.Stream putref", "pStream", Rule::kStream},
+    {"ToviStreamCrypt.ReadAlgorithm put", "bstrAlg", Rule::kCipherName},
+    {"ToviStreamCrypt.WriteAlgorithm put", "bstrAlg", Rule::kCipherName},
+    // Subject gives the read side AES and the write side DES.
+    {"ToviStreamCrypt.ReadKey put", "vKey", Rule::kAesKey, Needs::kAlgorithm},
+    {"ToviStreamCrypt.WriteKey put", "vKey", Rule::kDesKey, Needs::kAlgorithm},
+    {"ToviStreamCrypt.SeekingForbidden put", "bForbidden", Rule::kSwitch},
+    {"ToviStreamCrypt.codePage put", "lCP", Rule::kInteger},
+    {"ToviStreamCrypt.WriteDecrypt put", "bDecrypt", Rule::kSwitch},
+    {"ToviStreamCrypt.ReadDecrypt put", "bDecrypt", Rule::kSwitch},
+    {"ToviStreamCrypt.ReadPadType put", "lPadType", Rule::kInteger, Needs::kAlgorithm},
+    {"ToviStreamCrypt.WritePadType put", "lPadType", Rule::kInteger, Needs::kAlgorithm},
+};
+
+// A status, and what there is if it is a success.
+template <typename T>
+struct Result {
+  HRESULT status;
+  T value = T();
+
+  bool failed() const { return FAILED(status); }
+};
+
+constexpr VARTYPE kBytesType = VT_ARRAY | VT_UI1;
+
+VARTYPE BaseOf(VARTYPE type) {
+  return static_cast<VARTYPE>(type & ~(VT_ARRAY | VT_BYREF));
+}
+
+bool IsObject(const VARIANT& value) {
+  return V_VT(&value) == VT_DISPATCH || V_VT(&value) == VT_UNKNOWN;
+}
+
+// Types that a value may have: the numbered ones below VT_VOID, which include none of number 15, and
+// no arrays of or references to nothing.
+bool IsType(VARTYPE type) {
+  const VARTYPE base = BaseOf(type);
+  return base < VT_VOID && base != 15 && (base > VT_NULL || base == type);
+}
+
+// --- Values behind references, borrowed -----------------------------------------------------------
+
+size_t SizeOf(VARTYPE type) {
+  if ((type & VT_ARRAY) != 0) return sizeof(SAFEARRAY*);
+  switch (type) {
+    case VT_I1:
+    case VT_UI1:
+      return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+      return 2;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE:
+      return 8;
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+      return sizeof(void*);
+    default:
+      return 4;
+  }
+}
+
+// As a copy that follows references: one to a value, and what that refers to, but no further.
+Result<VARIANT> Followed(const VARIANT& value, bool is_inner = false) {
+  if ((V_VT(&value) & VT_BYREF) == 0) {
+    return {IsType(V_VT(&value)) ? S_OK : DISP_E_BADVARTYPE, value};
+  }
+  const VARTYPE type = static_cast<VARTYPE>(V_VT(&value) & ~VT_BYREF);
+  if (value.byref == nullptr || !IsType(V_VT(&value))) return {E_INVALIDARG};
+  if (type == VT_VARIANT) {
+    if (is_inner) return {E_INVALIDARG};
+    return Followed(*value.pvarVal, true);
+  }
+  Result<VARIANT> out = {S_OK};
+  VariantInit(&out.value);
+  if (type == VT_DECIMAL) {
+    std::memcpy(&out.value, value.byref, sizeof(DECIMAL));
+  } else {
+    std::memcpy(&out.value.byref, value.byref, SizeOf(type));
+  }
+  V_VT(&out.value) = type;
+  return out;
+}
+
+// --- Objects with a default value -----------------------------------------------------------------
+
+// All objects among the values are this.
+const FakeObject* ObjectIn(const VARIANT& value) {
+  return static_cast<const FakeObject*>(static_cast<IDispatch*>(value.pdispVal));
+}
+
+// The plain value that is read instead of an object, however it is reached.
+Result<VARIANT> Resolved(const VARIANT& value) {
+  Result<VARIANT> plain = Followed(value);
+  if (plain.failed()) return plain;
+  for (int chain = 0; IsObject(plain.value); ++chain) {
+    if (chain == 100) return {DISP_E_TYPEMISMATCH};
+    const FakeObject* const object = ObjectIn(plain.value);
+    if (object == nullptr || !object->has_dispatch) return {E_FAIL};
+    if (FAILED(object->status)) return {object->status};
+    plain = Followed(object->value);
+    if (plain.failed()) return plain;
+  }
+  return plain;
+}
+
+// --- Numbers --------------------------------------------------------------------------------------
+
+// Of every type that holds a number.
+Result<double> NumberIn(const VARIANT& value) {
+  switch (V_VT(&value)) {
+    case VT_I1:
+      return {S_OK, static_cast<double>(value.cVal)};
+    case VT_UI1:
+      return {S_OK, static_cast<double>(value.bVal)};
+    case VT_I2:
+      return {S_OK, static_cast<double>(value.iVal)};
+    case VT_UI2:
+      return {S_OK, static_cast<double>(value.uiVal)};
+    case VT_I4:
+    case VT_INT:
+      return {S_OK, static_cast<double>(value.lVal)};
+    case VT_UI4:
+    case VT_UINT:
+      return {S_OK, static_cast<double>(value.ulVal)};
+    case VT_I8:
+      return {S_OK, static_cast<double>(value.llVal)};
+    case VT_UI8:
+      return {S_OK, static_cast<double>(value.ullVal)};
+    case VT_R4:
+      return {S_OK, static_cast<double>(value.fltVal)};
+    case VT_R8:
+    case VT_DATE:
+      return {S_OK, value.dblVal};
+    case VT_CY:
+      return {S_OK, static_cast<double>(value.cyVal.int64) / 10000};
+    case VT_DECIMAL:
+      return {S_OK, static_cast<double>(value.decVal.Lo64)};
+    case VT_BOOL:
+      return {S_OK, value.boolVal == VARIANT_FALSE ? 0.0 : -1.0};
+    default:
+      return {DISP_E_TYPEMISMATCH};
+  }
+}
+
+std::basic_string<OLECHAR> TextIn(BSTR text) {
+  return text == nullptr ? Text() : Text(text, SysStringLen(text));
+}
+
+// What coercion to a number makes of a text: digits alone are one, possibly too large for any.
+Result<double> NumberInText(const Text& text) {
+  double number = 0;
+  for (const OLECHAR c : text) {
+    if (c < '0' || c > '9') return {DISP_E_TYPEMISMATCH};
+    number = number * 10 + (c - '0');
+  }
+  if (text.empty()) return {DISP_E_TYPEMISMATCH};
+  return {std::isinf(number) ? DISP_E_OVERFLOW : S_OK, number};
+}
+
+// --- Coercion of late-bound arguments and of texts ------------------------------------------------
+
+// The value to be coerced. An object is its default value, but a null one no value at all; objects
+// whose value cannot be had, or that say no more of themselves than that they are, do not fit.
+Result<VARIANT> ToCoerce(const VARIANT& value) {
+  if (!IsType(V_VT(&value))) return {DISP_E_BADVARTYPE};
+  const Result<VARIANT> plain = Followed(value);
+  if (plain.failed() || V_VT(&plain.value) != VT_DISPATCH) return plain;
+  if (plain.value.pdispVal == nullptr) return {DISP_E_BADVARTYPE};
+  const Result<VARIANT> content = Resolved(plain.value);
+  return content.failed() ? Result<VARIANT>{DISP_E_TYPEMISMATCH} : content;
+}
+
+Result<double> CoercedNumber(const VARIANT& value) {
+  const Result<VARIANT> plain = ToCoerce(value);
+  if (plain.failed()) return {plain.status};
+  if (V_VT(&plain.value) == VT_EMPTY) return {S_OK, 0};
+  if (V_VT(&plain.value) == VT_BSTR) return NumberInText(TextIn(plain.value.bstrVal));
+  return NumberIn(plain.value);
+}
+
+Result<LONG> CoercedInteger(const VARIANT& value) {
+  const Result<double> number = CoercedNumber(value);
+  if (number.failed()) return {number.status};
+  // An unsigned number of the same size keeps its bits.
+  if (V_VT(&value) == VT_UI4) return {S_OK, value.lVal};
+  if (!(number.value >= -2147483648.5 && number.value < 2147483647.5)) return {DISP_E_OVERFLOW};
+  return {S_OK, static_cast<LONG>(std::nearbyint(number.value))};
+}
+
+// A text, and the number of its bytes in UTF-8, which is the system's character set here: up to its
+// first zero.
+struct CoercedText {
+  Text text;
+  size_t ByteCount() const {
+    size_t count = 0;
+    for (const OLECHAR c : text) {
+      if (c == 0) break;
+      count += c < 0x80 ? 1u : c < 0x800 ? 2u : 3u;
+    }
+    return count;
+  }
+};
+
+Result<CoercedText> TextFrom(const VARIANT& plain) {
+  switch (V_VT(&plain)) {
+    case VT_EMPTY:
+      return {S_OK};
+    case VT_BSTR:
+      return {S_OK, {TextIn(plain.bstrVal)}};
+    case VT_DATE:
+      return {S_OK, {OLESTR("1/6/1900")}};  // the seventh day
+    case kBytesType: {
+      // Its bytes are the text's; no other arrays have one.
+      const SAFEARRAY* const array = plain.parray;
+      if (array == nullptr || array->cDims != 1) return {E_INVALIDARG};
+      Text text(array->rgsabound[0].cElements / sizeof(OLECHAR), 0);
+      if (!text.empty()) std::memcpy(&text[0], array->pvData, text.size() * sizeof(OLECHAR));
+      return {S_OK, {text}};
+    }
+    default: {
+      const Result<double> number = NumberIn(plain);
+      if (number.failed()) return {number.status};
+      char digits[64];
+      std::snprintf(digits, sizeof digits, "%.15G", number.value);
+      return {S_OK, {WideOf(digits)}};
+    }
+  }
+}
+
+Result<CoercedText> CoercedToText(const VARIANT& value) {
+  const Result<VARIANT> plain = ToCoerce(value);
+  return plain.failed() ? Result<CoercedText>{plain.status} : TextFrom(plain.value);
+}
+
+HRESULT NameStatus(const Text& name, std::initializer_list<const OLECHAR*> known) {
+  for (const OLECHAR* const one : known) {
+    if (name == one) return S_OK;
+  }
+  return kAlgorithmNotFound;
+}
+
+// --- Bytes ----------------------------------------------------------------------------------------
+
+// How many bytes an array gives: the elements of its first dimension, none if any dimension is empty.
+Result<size_t> ArrayByteCount(const SAFEARRAY* array, HRESULT status_of_null) {
+  if (array == nullptr) return {status_of_null};
+  size_t all = 1;
+  for (USHORT i = 0; i < array->cDims; ++i) all *= array->rgsabound[i].cElements;
+  return {S_OK, all == 0 ? 0 : array->rgsabound[array->cDims - 1].cElements};
+}
+
+HRESULT DataStatus(const VARIANT& value, bool in_pieces) {
+  const Result<VARIANT> plain = Resolved(value);
+  if (plain.failed()) return plain.status;
+  if (V_VT(&plain.value) == kBytesType) {
+    const Result<size_t> count = ArrayByteCount(plain.value.parray, E_POINTER);
+    if (count.failed()) return count.status;
+    return count.value == 0 ? S_FALSE : S_OK;
+  }
+  const Result<CoercedText> text = TextFrom(plain.value);
+  if (text.failed()) return text.status;
+  return in_pieces && text.value.ByteCount() == 0 ? S_FALSE : S_OK;
+}
+
+// The queue takes so many bytes in all; a ready object has so many of plaintext in it.
+constexpr size_t kQueueLimit = 1048832;
+constexpr size_t kPlaintextWaiting = 5;
+
+HRESULT CipherDataStatus(const VARIANT& value, size_t waiting) {
+  const Result<VARIANT> plain = Resolved(value);
+  if (plain.failed()) return plain.status;
+  size_t bytes = 0;
+  if (V_VT(&plain.value) == kBytesType) {
+    // Only the caller's own array counts, not one behind an object.
+    if (IsObject(Followed(value).value)) return DISP_E_TYPEMISMATCH;
+    const Result<size_t> count = ArrayByteCount(plain.value.parray, DISP_E_TYPEMISMATCH);
+    if (count.failed()) return count.status;
+    bytes = count.value;
+  } else {
+    const Result<CoercedText> text = TextFrom(plain.value);
+    if (text.failed()) return text.status;
+    bytes = text.value.ByteCount();
+  }
+  return waiting + bytes > kQueueLimit ? E_OUTOFMEMORY : S_OK;
+}
+
+struct Key {
+  size_t bytes;
+  bool is_text;
+};
+
+Result<Key> KeyFrom(const VARIANT& value) {
+  const Result<VARIANT> plain = Followed(value);
+  if (plain.failed()) return {plain.status};
+  if (V_VT(&plain.value) == kBytesType) {
+    const SAFEARRAY* const array = plain.value.parray;
+    if (array != nullptr && array->cDims != 1) return {DISP_E_TYPEMISMATCH};
+    const Result<size_t> count = ArrayByteCount(plain.value.parray, E_POINTER);
+    return {count.status, {count.value, false}};
+  }
+  const Result<CoercedText> text = CoercedToText(plain.value);
+  return {text.status, {text.value.ByteCount(), true}};
+}
+
+HRESULT HashKeyStatus(const VARIANT& value) {
+  const Result<Key> key = KeyFrom(value);
+  if (key.failed()) return key.status;
+  // An empty array is no key, an empty text one without bytes.
+  return key.value.bytes == 0 && !key.value.is_text ? E_UNEXPECTED : S_OK;
+}
+
+HRESULT CipherKeyStatus(const VARIANT& value, std::initializer_list<size_t> lengths) {
+  const Result<Key> key = KeyFrom(value);
+  if (key.failed()) return key.status;
+  for (const size_t length : lengths) {
+    if (key.value.bytes == length) return S_OK;
+  }
+  return E_INVALIDARG;
+}
+
+// --- Numbers of any size --------------------------------------------------------------------------
+
+// How many bytes or digits a number has from its first that is not zero, and that one.
+struct Magnitude {
+  size_t digits = 0;
+  int bits_of_digit = 4;
+  int first = 0;
+
+  void Append(int digit) {
+    if (digits == 0) first = digit;
+    if (digits != 0 || digit != 0) ++digits;
+  }
+  bool IsZero() const { return digits == 0; }
+};
+
+Magnitude MagnitudeOfText(const Text& text, bool hexadecimal) {
+  Magnitude magnitude;
+  for (const OLECHAR c : text) {
+    if (c >= '0' && c <= '9') magnitude.Append(c - '0');
+    if (hexadecimal && c >= 'a' && c <= 'f') magnitude.Append(c - 'a' + 10);
+    if (hexadecimal && c >= 'A' && c <= 'F') magnitude.Append(c - 'A' + 10);
+  }
+  return magnitude;
+}
+
+Result<Magnitude> MagnitudeOf(const VARIANT& value, bool hexadecimal) {
+  // References are copied as such, and are no numbers then.
+  if (!IsType(V_VT(&value))) return {DISP_E_BADVARTYPE};
+  const Result<VARIANT> plain = IsObject(value) ? Resolved(value) : Result<VARIANT>{S_OK, value};
+  if (plain.failed()) return {plain.status};
+  switch (V_VT(&plain.value)) {
+    case VT_EMPTY:
+    case VT_NULL:
+      return {S_OK};
+    case VT_ERROR:
+      return {plain.value.scode == DISP_E_PARAMNOTFOUND ? S_OK : DISP_E_TYPEMISMATCH};
+    case VT_BSTR:
+      return {S_OK, MagnitudeOfText(TextIn(plain.value.bstrVal), hexadecimal)};
+    case kBytesType: {
+      const Result<size_t> count = ArrayByteCount(plain.value.parray, S_OK);
+      Magnitude magnitude;
+      magnitude.bits_of_digit = 8;
+      for (size_t i = 0; i < count.value; ++i) {
+        magnitude.Append(static_cast<const uint8_t*>(plain.value.parray->pvData)[i]);
+      }
+      return {S_OK, magnitude};
+    }
+    case VT_I1:
+    case VT_UI1:
+    case VT_I2:
+    case VT_UI2:
+    case VT_I4:
+    case VT_UI4:
+    case VT_R4:
+    case VT_R8: {
+      const double number = NumberIn(plain.value).value;
+      if (!(number >= -0.5 && number < 4294967295.5)) return {DISP_E_OVERFLOW};
+      Magnitude magnitude;
+      char digits[16];
+      std::snprintf(digits, sizeof digits, "%X", static_cast<unsigned>(std::nearbyint(number)));
+      return {S_OK, MagnitudeOfText(WideOf(digits), true)};
+    }
+    default:
+      return {DISP_E_TYPEMISMATCH};
+  }
+}
+
+// Against the modulus of a ready object, 0x79... of 127 bits. No value has its very first byte.
+bool IsBelowModulus(const Magnitude& m) {
+  const size_t bits = m.digits * static_cast<size_t>(m.bits_of_digit);
+  if (bits != 128) return bits < 128;
+  return m.first < (m.bits_of_digit == 8 ? 0x79 : 0x7);
+}
+
+HRESULT NumberStatus(const VARIANT& value, Rule rule) {
+  const bool hexadecimal = rule == Rule::kHexadecimal || rule == Rule::kMessage;
+  const Result<Magnitude> magnitude = MagnitudeOf(value, hexadecimal);
+  if (magnitude.failed()) return rule == Rule::kNewNumber ? E_OUTOFMEMORY : magnitude.status;
+  if (rule == Rule::kDivisor && magnitude.value.IsZero()) return DISP_E_DIVBYZERO;
+  if (rule == Rule::kMessage && !IsBelowModulus(magnitude.value)) return kTooMuchData;
+  return S_OK;
+}
+
+// --- Whole calls ----------------------------------------------------------------------------------
+
+HRESULT IntegerStatus(LONG number, Rule rule) {
+  if (rule == Rule::kSize) return number < 1 ? E_INVALIDARG : S_OK;
+  if (rule == Rule::kKeySize) return number < 2 ? E_INVALIDARG : S_OK;
+  return S_OK;
+}
+
+HRESULT TextStatus(const Text& text, Rule rule) {
+  if (rule == Rule::kHashName) {
+    return NameStatus(text, {OLESTR("MD5"), OLESTR("SHA1"), OLESTR("SHA256")});
+  }
+  if (rule == Rule::kCipherName || rule == Rule::kCipherNameValue) {
+    return NameStatus(text, {OLESTR("AES"), OLESTR("DES")});
+  }
+  return S_OK;
+}
+
+// What the member itself says to an argument that has the declared type.
+HRESULT MemberStatus(Rule rule, const VARIANT& value) {
+  switch (rule) {
+    case Rule::kWholeData:
+      return DataStatus(value, false);
+    case Rule::kPieceOfData:
+      return DataStatus(value, true);
+    case Rule::kHashKey:
+      return HashKeyStatus(value);
+    case Rule::kEncrypted:
+      return CipherDataStatus(value, kPlaintextWaiting);
+    case Rule::kDecrypted:
+      return CipherDataStatus(value, 0);
+    case Rule::kAesKey:
+      return CipherKeyStatus(value, {16, 24, 32});
+    case Rule::kDesKey:
+      return CipherKeyStatus(value, {8, 16, 24});
+    case Rule::kDecimal:
+    case Rule::kHexadecimal:
+    case Rule::kDivisor:
+    case Rule::kMessage:
+    case Rule::kNewNumber:
+      return NumberStatus(value, rule);
+    case Rule::kCipherNameValue: {
+      const Result<VARIANT> plain = Followed(value);
+      if (plain.failed()) return plain.status;
+      const Result<CoercedText> text = CoercedToText(plain.value);
+      return text.failed() ? text.status : TextStatus(text.value.text, rule);
+    }
+    case Rule::kHashName:
+    case Rule::kCipherName:
+    case Rule::kText:
+      return TextStatus(TextIn(value.bstrVal), rule);
+    case Rule::kInteger:
+    case Rule::kSize:
+    case Rule::kKeySize:
+      return IntegerStatus(value.lVal, rule);
+    case Rule::kSwitch:
+      return S_OK;
+    case Rule::kStream: {
+      if (value.punkVal == nullptr) return E_POINTER;
+      IStream* stream = nullptr;
+      if (value.punkVal->QueryInterface(IID_IStream, reinterpret_cast<void**>(&stream)) != S_OK) {
+        return kNoStream;
+      }
+      stream->Release();
+      return S_OK;
+    }
+  }
+  return E_FAIL;
+}
+
+bool TakesAnyValue(Rule rule) {
+  return rule <= Rule::kNewNumber || rule == Rule::kCipherNameValue;
+}
+
+bool IsMissing(const VARIANT& value) {
+  return V_VT(&value) == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND;
+}
+
+// What a late-bound call makes of an argument before the member sees it: a status, and the value in
+// the declared type as far as the member's answer depends on it.
+Result<VARIANT> Delivered(const Row& row, const VARIANT& value) {
+  Result<VARIANT> out = {S_OK, value};
+  if (TakesAnyValue(row.rule)) {
+    if (V_VT(&value) != (VT_BYREF | VT_VARIANT)) return out;
+    if (value.pvarVal == nullptr) return {E_INVALIDARG};
+    return {S_OK, *value.pvarVal};
+  }
+  if (IsMissing(value)) {
+    // The defaults are values that the member takes.
+    out.value.lVal = 32;
+    return row.has_default ? out : Result<VARIANT>{DISP_E_PARAMNOTOPTIONAL};
+  }
+  switch (row.rule) {
+    case Rule::kSwitch:
+      return {CoercedNumber(value).status, value};
+    case Rule::kInteger:
+    case Rule::kSize:
+    case Rule::kKeySize: {
+      const Result<LONG> number = CoercedInteger(value);
+      out.value.lVal = number.value;
+      return {number.status, out.value};
+    }
+    case Rule::kStream: {
+      if (!IsType(V_VT(&value))) return {DISP_E_BADVARTYPE};
+      const Result<VARIANT> plain = Followed(value);
+      if (plain.failed() || IsObject(plain.value)) return plain;
+      return {DISP_E_TYPEMISMATCH};
+    }
+    default:
+      return out;  // texts
+  }
+}
+
+}  // namespace
+
+size_t StatusModelRows() {
+  return sizeof kRows / sizeof kRows[0];
+}
+
+Outcome ExpectedOutcome(const Member& member, const std::string& parameter, State state, bool late,
+                        const VARIANT& value) {
+  for (const Row& row : kRows) {
+    if (member.Name() != row.member || parameter != row.parameter) continue;
+    Result<VARIANT> argument = {S_OK, value};
+    HRESULT status_of_text = S_OK;
+    const bool is_text = row.rule == Rule::kHashName || row.rule == Rule::kCipherName ||
+                         row.rule == Rule::kText;
+    if (late) {
+      argument = Delivered(row, value);
+      if (argument.failed()) return {argument.status, false};
+      if (is_text) {
+        const Result<CoercedText> text = CoercedToText(value);
+        if (text.failed()) return {text.status, false};
+        status_of_text = TextStatus(text.value.text, row.rule);
+      }
+    }
+    if (state == State::kFresh && row.needs == Needs::kAlgorithm) return {kNotInitialized, true};
+    if (state == State::kFresh && row.needs == Needs::kRsaKey) return {kKeyNotSet, true};
+    const HRESULT status =
+        late && is_text ? status_of_text : MemberStatus(row.rule, argument.value);
+    // A late-bound call knows one success only.
+    return {late && SUCCEEDED(status) ? S_OK : status, true};
+  }
+  ADD_FAILURE() << "no row: " << member.Name() << " " << parameter;
+  return {E_FAIL, false};
+}
+
+}  // namespace mirolta::test

@@ -1,0 +1,23 @@
+// A model of what members say to their arguments: the rules of the interfaces, written a second time
+// by type and content of the value, without the module's code and without the runtime's operations.
+#pragma once
+
+#include "member_calls.h"
+
+namespace mirolta::test {
+
+struct Outcome {
+  HRESULT status;
+  bool called;  // false if a late-bound call did not get as far as the member
+};
+
+// ExpectedOutcome says how a member answers when one argument is `value` and all others are the
+// ordinary ones of member_arguments.cpp. The object is in `state` as Subject makes it.
+// Fails the test if the argument has no row.
+Outcome ExpectedOutcome(const Member& member, const std::string& parameter, State state, bool late,
+                        const VARIANT& value);
+
+// The number of rows: one for each parameter of each member.
+size_t StatusModelRows();
+
+}  // namespace mirolta::test
