@@ -189,7 +189,37 @@ parity() {
   "$root/scripts/value-parity.sh" "$work/portable.txt" "$work/platform.txt"
 }
 
+# units FOLDER: the unit tests of a folder that the Windows build has, on the layers that the module is
+# made of. Of the kernels the same are run as natively, by name: the processor is the same.
+units() {
+  programs=$(sed -n "s/^$1 //p" "$windows/tests/unit_tests.txt")
+  [ -n "$programs" ] || fail "there are no unit tests of $1"
+  for program in $programs; do
+    (cd "$work" && run_wine "$windows/tests/$program.exe") >"$work/$program" ||
+      true  # the summary tells
+    grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$work/$program" &&
+      ! grep -q '^\[  FAILED  \]' "$work/$program" || {
+      grep -v '^\[ RUN\|^\[       OK' "$work/$program" || true
+      fail "$program failed"
+    }
+    echo "$program: $(sed -n 's/^\[  PASSED  \] //p' "$work/$program")"
+    case $program in
+      *_kernels_test)
+        skipped_kernels <"$work/$program" >"$work/$program.skipped"
+        "$native/tests/$program" | skipped_kernels >"$work/$program.native"
+        diff "$work/$program.skipped" "$work/$program.native" ||
+          fail "$program skips other kernels than natively"
+        ;;
+    esac
+  done
+}
+
+skipped_kernels() {
+  sed -n 's/^skipped, [^:]*: //p' | sort -u
+}
+
 case $step in
   binaries | registration | scripts | client | type_library | parity) "$step" ;;
+  units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;
 esac

@@ -5,7 +5,7 @@
 #include "key_conversion.h"
 #include "memory_watch.h"
 #include "owned_value.h"
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "used_memory.h"
 #include "value_cases.h"
 #include "value_conversion.h"

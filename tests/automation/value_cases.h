@@ -73,9 +73,11 @@ class ValueCases {
     AddReference("value reference to array", VT_VARIANT, &array_);
     AddReference("value reference to text", VT_VARIANT, &text_);
     AddReference("value reference to array reference", VT_VARIANT, &inner_);
+#ifndef _WIN32  // where the system itself follows them
     AddReference("array reference to nowhere", VT_ARRAY | VT_UI1, nullptr);
     AddReference("text reference to nowhere", VT_BSTR, nullptr);
     AddReference("value reference to nowhere", VT_VARIANT, nullptr);
+#endif
   }
   ~ValueCases() {
     hollow_->parray->pvData = hollow_data_;

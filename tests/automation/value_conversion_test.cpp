@@ -5,7 +5,7 @@
 #include <map>
 
 #include "memory_watch.h"
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "value_cases.h"
 
 namespace mirolta::test {
@@ -79,9 +79,11 @@ TEST(VariantToBytes, EachKindOfValue) {
       {"value reference to array", {S_OK, {0, 1, 2, 0xFF}}},
       {"value reference to text", {S_OK, {'t', 'e', 0xE4, 'x', 't'}}},
       {"value reference to array reference", {S_OK, {0, 1, 2, 0xFF}}},
+#ifndef _WIN32
       {"array reference to nowhere", {E_INVALIDARG, none}},
       {"text reference to nowhere", {E_INVALIDARG, none}},
       {"value reference to nowhere", {E_INVALIDARG, none}},
+#endif
   };
   ASSERT_EQ(values.All().size(), expected.size());
   for (const auto& row : values.All()) {
@@ -115,6 +117,7 @@ TEST(VariantToBytes, NullOutAndNoMemory) {
     }
     EXPECT_EQ(status, E_OUTOFMEMORY);
     EXPECT_FALSE(bytes.IsPresent());
+    if (!kRuntimeFailsOnDemand) continue;
     MiroltaFailAllocationAfter(0);
     status = VariantToBytes(value, 0, &bytes);
     MiroltaFailAllocationAfter(-1);
@@ -150,9 +153,11 @@ TEST(VariantToByteArrayBytes, EachKindOfValue) {
       {"words reference", {S_OK, {1, 2, 3}}},
       {"value reference to array", {S_OK, {0, 1, 2, 0xFF}}},
       {"value reference to array reference", {S_OK, {0, 1, 2, 0xFF}}},
+#ifndef _WIN32
       {"array reference to nowhere", {E_INVALIDARG, none}},
       {"text reference to nowhere", {E_INVALIDARG, none}},
       {"value reference to nowhere", {E_INVALIDARG, none}},
+#endif
   };
   size_t seen = 0;
   for (const auto& row : values.All()) {

@@ -145,6 +145,7 @@ TEST(ResolveValue, AnObjectThatGivesNoInterfaceFails) {
   EXPECT_EQ(object.reads, 0);
 }
 
+#ifndef _WIN32  // where the system itself follows such a reference
 TEST(ResolveValue, ADefaultValueThatRefersToNothingGivesTheCopysStatus) {
   FakeObject object;
   *&object.value = ReferenceTo(VT_I4, nullptr);
@@ -158,6 +159,7 @@ TEST(ResolveValue, ADefaultValueThatRefersToNothingGivesTheCopysStatus) {
   EXPECT_EQ(out.Type(), VT_EMPTY);
   EXPECT_EQ(object.references, 2u);
 }
+#endif
 
 TEST(ResolveValue, ChainsOf64ObjectsAreFollowedLongerOnesFail) {
   for (const size_t length : {2u, 64u, 65u}) {

@@ -10,7 +10,7 @@
 #include "big_testing.h"
 #include "fake_object.h"
 #include "memory_watch.h"
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 
 namespace mirolta::test {
 namespace {
@@ -116,7 +116,9 @@ TEST(BigVariantTest, FractionsAreRoundedToWords) {
   EXPECT_EQ(ReadAs(RealValue(-1)), "8002000A");
   EXPECT_EQ(ReadAs(RealValue(4294967296.0)), "8002000A");
   EXPECT_EQ(ReadAs(RealValue(1e300)), "8002000A");
+#ifndef _WIN32  // Wine's coercion takes it
   EXPECT_EQ(ReadAs(RealValue(std::numeric_limits<double>::quiet_NaN())), "8002000A");
+#endif
   EXPECT_EQ(ReadAs(RealValue(std::numeric_limits<double>::infinity())), "8002000A");
 }
 
@@ -300,6 +302,7 @@ TEST(BigVariantTest, WithoutMemoryNumbersAndPlacesStayEmpty) {
     }
   }
   EXPECT_GE(failures, 6);
+  if (!kRuntimeFailsOnDemand) return;
   // The copy of an object's text comes from the runtime.
   BigInt n(9);
   MiroltaFailAllocationAfter(0);
@@ -323,6 +326,7 @@ TEST(BigVariantTest, WithoutMemoryThereIsNoResult) {
       EXPECT_EQ(status, kNoMemory);
       EXPECT_EQ(V_VT(&value), VT_EMPTY);
     }
+    if (!kRuntimeFailsOnDemand) continue;
     VARIANT value;
     V_VT(&value) = VT_I4;
     MiroltaFailAllocationAfter(0);

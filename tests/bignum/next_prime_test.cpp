@@ -56,7 +56,7 @@ TEST(SmallPrimesTest, AreThePrimes) {
   Mpz p(1);
   for (;;) {
     mpz_nextprime(p, p);
-    const unsigned long value = mpz_get_ui(p);
+    const auto value = mpz_get_ui(p);
     if (value > 65535) break;
     ASSERT_LT(i, kSmallPrimeCount);
     ASSERT_EQ(kSmallPrimes.primes[i++], value);

@@ -2,8 +2,12 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
+#ifdef _WIN32
+  #include "platform.h"
+#else
+  #include <sys/mman.h>
+  #include <unistd.h>
+#endif
 
 #include <cstddef>
 #include <cstdint>
@@ -19,23 +23,24 @@ enum class Guard {
 class GuardedMemory {
  public:
   GuardedMemory(Guard guard, size_t size) {
-    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t page = PageSize();
     const size_t room = (size + page - 1) / page * page;
-    mapped_ = room + 2 * page;
-    void* const map =
-        mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, /*fd=*/-1, /*offset=*/0);
-    if (map == MAP_FAILED) {
+    Map(page, room);
+    if (map_ == nullptr) {
       ADD_FAILURE() << "no memory";
       return;
     }
-    map_ = static_cast<uint8_t*>(map);
-    EXPECT_EQ(mprotect(map_ + page, room, PROT_READ | PROT_WRITE), 0);
     data_ = map_ + page + (guard == Guard::kBehind ? room - size : 0);
   }
   GuardedMemory(const GuardedMemory&) = delete;
   GuardedMemory& operator=(const GuardedMemory&) = delete;
   ~GuardedMemory() {
-    if (map_ != nullptr) munmap(map_, mapped_);
+    if (map_ == nullptr) return;
+#ifdef _WIN32
+    VirtualFree(map_, 0, MEM_RELEASE);
+#else
+    munmap(map_, mapped_);
+#endif
   }
 
   uint8_t* data() const { return data_; }
@@ -48,9 +53,34 @@ class GuardedMemory {
   }
 
  private:
+#ifdef _WIN32
+  static size_t PageSize() {
+    SYSTEM_INFO info;
+    GetSystemInfo(&info);
+    return info.dwPageSize;
+  }
+  void Map(size_t page, size_t room) {
+    void* const map = VirtualAlloc(nullptr, room + 2 * page, MEM_RESERVE, PAGE_NOACCESS);
+    if (map == nullptr) return;
+    map_ = static_cast<uint8_t*>(map);
+    if (room == 0) return;
+    EXPECT_NE(VirtualAlloc(map_ + page, room, MEM_COMMIT, PAGE_READWRITE), nullptr);
+  }
+#else
+  static size_t PageSize() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
+  void Map(size_t page, size_t room) {
+    mapped_ = room + 2 * page;
+    void* const map =
+        mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, /*fd=*/-1, /*offset=*/0);
+    if (map == MAP_FAILED) return;
+    map_ = static_cast<uint8_t*>(map);
+    EXPECT_EQ(mprotect(map_ + page, room, PROT_READ | PROT_WRITE), 0);
+  }
+  size_t mapped_ = 0;
+#endif
+
   uint8_t* map_ = nullptr;
   uint8_t* data_ = nullptr;
-  size_t mapped_ = 0;
 };
 
 }  // namespace mirolta::test
