@@ -25,7 +25,8 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from mutation import answers, report, sample  # noqa: E402
 from mutation.tree import Tree, tracked_files  # noqa: E402
-from mutation.trial import Trial  # noqa: E402
+from mutation.trial import Trial, sees  # noqa: E402
+from mutation.windows_tree import WindowsTree  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 ANSWERS = os.path.join(ROOT, "tests", "trust", "mutation_survivors.txt")
@@ -63,15 +64,18 @@ class Results:
         return counts
 
 
-def prepare(tree, jobs):
-    """prepare builds a copy; programs that do not build are left to Tree.read_tests' caller."""
+def prepare(tree, jobs, folders):
+    """prepare builds what the tests need that see the folders; programs that do not build are left out."""
     done, output = tree.configure()
     if not done:
         say(output)
         return False
-    done, output = tree.ninja([], jobs, keep_going=True)
+    tests = [t for t in tree.read_tests() if any(sees(folder, t) for folder in folders)]
+    all_of_them = len(tests) == len(tree.tests)
+    tree.tests = tests
+    done, output = tree.ninja([] if all_of_them else sorted({n for t in tests for n in t.targets}),
+                              jobs, keep_going=True)
     tree.read_objects()
-    tree.read_tests()
     if not done:
         for test in list(tree.tests):
             if not tree.ninja(sorted(test.targets), jobs)[0]:
@@ -80,17 +84,18 @@ def prepare(tree, jobs):
     return bool(tree.tests)
 
 
-def measure(tree, folder):
+def measure(tree, known):
     """measure runs every test once, unless the same sources have been measured before."""
-    known = os.path.join(folder, "tests.json")
     digest = tree.sources_digest()
+    measured = {}
     if os.path.exists(known):
         with open(known, encoding="utf-8") as file:
             measured = json.load(file)
-        if measured.pop("sources") == digest:
-            return measured
-    measured = {}
+        if measured.pop("sources") != digest:
+            measured = {}
     for test in tree.tests:
+        if test.name in measured:
+            continue
         if test.measure(tree) == "passed":
             measured[test.name] = (test.cpu, test.wall)
         else:
@@ -100,9 +105,9 @@ def measure(tree, folder):
     return measured
 
 
-def work(tree, measured, kills, jobs, rows):
+def work(tree, folders, measured, kills, jobs, rows):
     """work is a worker: takes lists of mutants until there is none."""
-    if not tree.tests and not prepare(tree, 1):
+    if not tree.tests and not prepare(tree, 1, folders):
         rows.put(None)
         return
     tree.tests = [t for t in tree.tests if t.name in measured]
@@ -122,7 +127,28 @@ def work(tree, measured, kills, jobs, rows):
     rows.put(None)
 
 
-def try_all(trees, measured, mutants, results):
+class Crew:
+    """Copies of the sources with the same build, for the mutants of some folders."""
+
+    def __init__(self, trees, known):
+        self.trees = trees
+        self.known = known
+        self.folders = set()
+        self.measured = {}
+
+    def try_all(self, mutants, results):
+        folders = {mutant.folder for mutant in mutants}
+        if not folders <= self.folders:
+            self.folders |= folders
+            if not prepare(self.trees[0], len(self.trees), self.folders):
+                sys.exit(2)
+            self.measured = measure(self.trees[0], self.known)
+            for tree in self.trees[1:]:
+                tree.tests = []
+        try_all(self.trees, self.folders, self.measured, mutants, results)
+
+
+def try_all(trees, folders, measured, mutants, results):
     """try_all hands the mutants of a source to one worker together: it is built once for all then."""
     jobs, rows = multiprocessing.Queue(), multiprocessing.Queue()
     sources = {}
@@ -136,7 +162,8 @@ def try_all(trees, measured, mutants, results):
     workers = []
     for tree in trees:
         jobs.put(None)
-        worker = multiprocessing.Process(target=work, args=(tree, measured, results.kills(), jobs, rows))
+        worker = multiprocessing.Process(target=work,
+                                         args=(tree, folders, measured, results.kills(), jobs, rows))
         worker.start()
         workers.append(worker)
     running, count, start = len(workers), 0, time.monotonic()
@@ -172,6 +199,17 @@ def chosen(order, quotas, results):
     return todo
 
 
+def crew(given, windows, root, files):
+    """crew makes the copies; one will do for the few sources of the Windows build."""
+    if windows:
+        trees = [WindowsTree(os.path.join(given.folder, "tree-windows"))]
+    else:
+        trees = [Tree(os.path.join(given.folder, f"tree-{n + 1}")) for n in range(given.workers)]
+    for tree in trees:
+        tree.copy(root, files)
+    return Crew(trees, os.path.join(given.folder, "tests-windows.json" if windows else "tests.json"))
+
+
 def options():
     parser = argparse.ArgumentParser()
     parser.add_argument("folder")
@@ -189,20 +227,25 @@ def main():
     given = options()
     os.makedirs(given.folder, exist_ok=True)
     results = Results(os.path.join(given.folder, "results.jsonl"))
+    crews = {}
+
+    def try_in_crews(mutants):
+        for windows in (False, True):
+            some = [m for m in mutants if (m.folder in sample.WINDOWS) == windows]
+            if not some:
+                continue
+            if windows not in crews:
+                crews[windows] = crew(given, windows, root, files)
+            crews[windows].try_all(some, results)
+
     files = tracked_files(ROOT)
-    trees = [Tree(os.path.join(given.folder, f"tree-{n + 1}")) for n in range(given.workers)]
-    root, measured = ROOT, {}
+    root = ROOT
     if not given.report:
         # All have the same sources, whatever is edited meanwhile.
         originals = Tree(os.path.join(given.folder, "sources"))
         if not given.stay:
             originals.copy(ROOT, files)
         root, files = originals.folder, originals.files()
-        for tree in trees:
-            tree.copy(root, files)
-        if not prepare(trees[0], given.workers):
-            return 2
-        measured = measure(trees[0], given.folder)
     texts = sample.sources(root, [p for p in files if p.startswith(given.filter)])
     everything = sample.all_mutants(texts)
     by_key = {m.key: m for m in everything}
@@ -210,12 +253,12 @@ def main():
     say(f"{len(everything)} possible mutants in {len(texts)} sources")
     if given.retry:
         _, survivors, _ = report.classify(results.rows, by_key, given_answers)
-        try_all(trees, measured, survivors, results)
+        try_in_crews(survivors)
     elif not given.report:
         order = sample.drawn(everything, given.seed)
         quotas = sample.quotas(texts, given.mutants)
         while todo := chosen(order, quotas, results):
-            try_all(trees, measured, todo, results)
+            try_in_crews(todo)
     counts, survivors, _ = report.classify(results.rows, by_key, given_answers)
     table, score = report.text(counts, survivors, results.rows)
     say(table)

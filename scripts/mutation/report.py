@@ -32,10 +32,10 @@ def classify(rows, mutants, answers):
 
 
 def score(count):
-    """score is the part found of those that can be seen, in per cent."""
+    """score is the part found of all that were tried, in per cent; a reason finds nothing."""
     found = count["found"] + count["timed out"]
-    seen = found + count["survived"]
-    return 100.0 * found / seen if seen else 100.0
+    tried = found + count["survived"] + count["answered"]
+    return 100.0 * found / tried if tried else 100.0
 
 
 def text(counts, survivors, rows):

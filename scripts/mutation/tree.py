@@ -14,7 +14,6 @@ CONFIGURE = [
     "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld",
     # A program need not be linked again when the inside of a shared library changes.
     "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
-MEMORY_KB = 6 * 1024 * 1024
 
 
 def tracked_files(root):
@@ -31,6 +30,8 @@ def cpu_seconds():
 
 class Tree:
     """The copy and its build folder. All commands run at low priority."""
+
+    memory_kb = 6 * 1024 * 1024  # what a test may have; None for all there is
 
     def __init__(self, folder):
         self.folder = os.path.abspath(folder)
@@ -168,7 +169,7 @@ class Tree:
         for setting in test.properties.get("ENVIRONMENT", []):
             name, value = setting.split("=", 1)
             environment[name] = value
-        limits = f'ulimit -t {int(cpu_limit) + 1}; ulimit -v {MEMORY_KB}; ulimit -c 0; exec "$@"'
+        limits = f'ulimit -t {int(cpu_limit) + 1}; ulimit -v {self.memory_kb or "unlimited"}; ulimit -c 0; exec "$@"'
         process = subprocess.Popen(
             ["nice", "-n", "5", "sh", "-c", limits, "sh"] + test.command,
             cwd=test.properties["WORKING_DIRECTORY"], env=environment, stdin=subprocess.DEVNULL,

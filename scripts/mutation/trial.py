@@ -11,21 +11,30 @@ ABOVE = {
     "platform/seam": ["platform", "bignum", "rsa"],
     "platform/portable": ["platform"],
     "platform/runtime": ["platform"],
+    "platform/windows": ["windows"],
     "automation": ["automation", "hash", "cipher", "streams", "module"],
     "hash": ["hash", "streams", "module"],
     "cipher": ["cipher", "streams", "module"],
     "bignum": ["bignum", "rsa", "module"],
     "rsa": ["rsa", "module"],
     "streams": ["streams", "module"],
-    "module": ["module"]}
+    "module": ["module"],
+    "host": ["host"]}
 # Run after those, before the layers below.
 LAST = ["tests/trust", "tests/host", "fuzz"]
 # So many of the folder's tests are built one by one.
 ALONE = 4
 
 
+def sees(folder, test):
+    """sees says whether a test runs code of a folder: nothing but its own tests links the host."""
+    return folder != "host" or test.folder.startswith("tests/host") or \
+        any(target.endswith("mirolta-host") for target in test.targets)
+
+
 def stages(folder, tests):
     """stages returns lists of tests in the order in which they are run."""
+    tests = [t for t in tests if sees(folder, t)]
     order = ["tests/" + name for name in ABOVE[folder]] + LAST
     out = []
     for name in order:
@@ -102,7 +111,7 @@ class Trial:
         layers above and the harnesses.
         """
         own, *rest = stages(mutant.folder, self.tree.tests)
-        dirty = {t.name: self.to_compile(mutant, t) for t in self.tree.tests}
+        dirty = {t.name: self.to_compile(mutant, t) for t in own + [t for s in rest for t in s]}
         tests = [t for stage in rest for t in stage]
         near = tuple("tests/" + name for name in ABOVE[mutant.folder]) + ("fuzz",)
         quick = self.by_promise(mutant, [t for t in own if 0 < dirty[t.name] <= 2])[:2]
@@ -144,8 +153,7 @@ class Trial:
         return None, False
 
     def of_module(self, name):
-        source = self.tree.object_source[name]
-        return sample.folder_of(source) is not None or source.startswith("host/")
+        return sample.folder_of(self.tree.object_source[name]) is not None
 
     @staticmethod
     def refused(output):

@@ -9,7 +9,7 @@ ROOT = os.path.abspath(sys.argv.pop())
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 sys.dont_write_bytecode = True
 
-from mutation import answers, lexer, operators, sample  # noqa: E402
+from mutation import answers, lexer, operators, report, sample, trial  # noqa: E402
 
 
 def changed(text):
@@ -95,12 +95,33 @@ class Sample(unittest.TestCase):
         self.assertEqual([m.key for m in one["hash"]], [m.key for m in two["hash"]])
         self.assertEqual(len(one["hash"]), 5)
 
+    def test_all_code_but_tests_and_tools_is_in_it(self):
+        self.assertLessEqual({"host", "platform/windows", "platform/runtime"}, set(sample.FOLDERS))
+        self.assertEqual(set(trial.ABOVE), set(sample.FOLDERS))
+        self.assertLessEqual(sample.WINDOWS, set(sample.FOLDERS))
+
     def test_every_answer_can_be_read(self):
         for path, old, new, _, reason in answers.read(
                 os.path.join(ROOT, "tests", "trust", "mutation_survivors.txt")):
             self.assertTrue(os.path.exists(os.path.join(ROOT, path)), path)
             self.assertNotEqual(old, new)
             self.assertTrue(reason)
+
+
+class Report(unittest.TestCase):
+    def test_a_survivor_with_a_reason_is_a_survivor(self):
+        mutants = sample.mutants_of("hash/a.cpp", body("return a < b;"),
+                                    lexer.tokenize(body("return a < b;")), operators.Names())
+        rows = {mutant.key: {"status": "survived", "cpu": 1} for mutant in mutants}
+        rows[mutants[0].key]["status"] = "found"
+        reasons = [(m.path, m.old_lines, m.new_lines, None, "Costs time only.") for m in mutants[1:]]
+        self.assertEqual(len(reasons), 1)
+        by_key = {mutant.key: mutant for mutant in mutants}
+        for given in ([], reasons):
+            counts, survivors, _ = report.classify(rows, by_key, given)
+            self.assertEqual(len(survivors), 1 - len(given))
+            self.assertEqual(report.score(counts["hash"]), 50.0)
+            self.assertEqual(report.text(counts, survivors, rows)[1], 50.0)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,54 @@
+"""A copy of the sources with the Windows build, whose tests Wine runs."""
+
+import os
+import subprocess
+
+from .tree import CONFIGURE, Test, Tree
+
+# What the steps compare the Windows module with; kernels by what their tests leave out.
+NATIVE = ["mirolta-definitions", "mirolta-host", "mirolta", "registry_listing",
+          "type_library_listing", "value_parity", "hash_kernels_test", "aes_kernels_test",
+          "des_kernels_test"]
+# Steps of scripts/wine-tests.sh. The first registers the module for those after it.
+FIRST = "registration"
+STEPS = ["client", "units_automation", "units_hash", "units_cipher", "scripts", "type_library",
+         "parity", "binaries", "units_bignum"]
+
+
+class WindowsTree(Tree):
+    """The build that Tree has is the Windows one; the native one stands beside it."""
+
+    memory_kb = None  # Wine reserves addresses that it does not use
+
+    def __init__(self, folder):
+        super().__init__(folder)
+        self.native = os.path.join(self.folder, "build", "native")
+        self.build = os.path.join(self.folder, "build", "windows-x64")
+
+    def configure(self):
+        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if self.has("ccache") else []
+        common = ["cmake", "-G", "Ninja", "-S", self.folder] + launcher
+        commands = [
+            common + ["-B", self.native, "-DMIROLTA_WINE_TESTS=ON"] + CONFIGURE,
+            ["nice", "-n", "5", "ninja", "-C", self.native] + NATIVE,
+            common + ["-B", self.build, "-DCMAKE_BUILD_TYPE=MinSizeRel",
+                      "-DCMAKE_TOOLCHAIN_FILE=" + self.path("cmake/mingw-x86_64.cmake"),
+                      "-DMIROLTA_DEFINITIONS=" + os.path.join(self.native, "bin", "mirolta-definitions")]]
+        for command in commands:
+            done = subprocess.run(command, env=self.environment, capture_output=True, text=True)
+            if done.returncode != 0:
+                return False, done.stdout + done.stderr
+        return True, ""
+
+    def ninja(self, targets, jobs=1, keep_cache=True, keep_going=False):
+        return super().ninja(targets or ["windows-tests"], jobs, keep_cache, keep_going)
+
+    def read_tests(self):
+        def step(name, **properties):
+            command = [self.path("scripts/wine-tests.sh"), name, self.native]
+            return Test(name, command, "tests/windows", {"windows-tests"},
+                        dict(properties, WORKING_DIRECTORY=self.build))
+
+        self.tests = [step(FIRST, FIXTURES_SETUP=["module"])]
+        self.tests += [step(name, FIXTURES_REQUIRED=["module"]) for name in STEPS]
+        return self.tests
