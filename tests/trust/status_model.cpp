@@ -416,24 +416,24 @@ HRESULT CipherDataStatus(const VARIANT& value, size_t waiting) {
 struct Key {
   size_t bytes;
   bool is_text;
+  bool is_table;  // an array of more than one dimension
 };
 
 Result<Key> KeyFrom(const VARIANT& value) {
   const Result<VARIANT> plain = Followed(value);
   if (plain.failed()) return {plain.status};
   if (V_VT(&plain.value) == kBytesType) {
-    const SAFEARRAY* const array = plain.value.parray;
-    if (array != nullptr && array->cDims != 1) return {DISP_E_TYPEMISMATCH};
     const Result<size_t> count = ArrayByteCount(plain.value.parray, E_POINTER);
-    return {count.status, {count.value, false}};
+    return {count.status, {count.value, false, !count.failed() && plain.value.parray->cDims != 1}};
   }
   const Result<CoercedText> text = CoercedToText(plain.value);
-  return {text.status, {text.value.ByteCount(), true}};
+  return {text.status, {text.value.ByteCount(), true, false}};
 }
 
 HRESULT HashKeyStatus(const VARIANT& value) {
   const Result<Key> key = KeyFrom(value);
   if (key.failed()) return key.status;
+  if (key.value.is_table) return DISP_E_TYPEMISMATCH;
   // An empty array is no key, an empty text one without bytes.
   return key.value.bytes == 0 && !key.value.is_text ? E_UNEXPECTED : S_OK;
 }
