@@ -210,17 +210,41 @@ Result<VARIANT> Followed(const VARIANT& value, bool is_inner = false) {
   return out;
 }
 
+// A copy of all that the value owns: there is none of an array that counts elements and has no data.
+Result<VARIANT> Copied(const VARIANT& value) {
+  const Result<VARIANT> out = Followed(value);
+  if (out.failed() || (V_VT(&out.value) & VT_ARRAY) == 0) return out;
+  const SAFEARRAY* const array = out.value.parray;
+  if (array == nullptr || array->pvData != nullptr) return out;
+  for (USHORT i = 0; i < array->cDims; ++i) {
+    if (array->rgsabound[i].cElements == 0) return out;
+  }
+  return {E_INVALIDARG};
+}
+
 // --- Objects with a default value -----------------------------------------------------------------
 
-// All objects among the values are this.
+// The numbers among the objects hold zero, whose text cannot be read.
+bool IsZeroNumber(const VARIANT& value) {
+  IUnknown* number = nullptr;
+  if (!IsObject(value) || value.punkVal == nullptr ||
+      value.punkVal->QueryInterface(IID_IPexBigNumber, reinterpret_cast<void**>(&number)) != S_OK) {
+    return false;
+  }
+  number->Release();
+  return true;
+}
+
+// All other objects are this.
 const FakeObject* ObjectIn(const VARIANT& value) {
   return static_cast<const FakeObject*>(static_cast<IDispatch*>(value.pdispVal));
 }
 
 // The plain value that is read instead of an object, however it is reached.
 Result<VARIANT> Resolved(const VARIANT& value) {
-  Result<VARIANT> plain = Followed(value);
+  Result<VARIANT> plain = Copied(value);
   if (plain.failed()) return plain;
+  if (IsZeroNumber(plain.value)) return {DISP_E_EXCEPTION};
   for (int chain = 0; IsObject(plain.value); ++chain) {
     if (chain == 100) return {DISP_E_TYPEMISMATCH};
     const FakeObject* const object = ObjectIn(plain.value);
@@ -342,6 +366,7 @@ Result<CoercedText> TextFrom(const VARIANT& plain) {
       // Its bytes are the text's; no other arrays have one.
       const SAFEARRAY* const array = plain.parray;
       if (array == nullptr || array->cDims != 1) return {E_INVALIDARG};
+      if (array->pvData == nullptr) return {S_OK};
       Text text(array->rgsabound[0].cElements / sizeof(OLECHAR), 0);
       if (!text.empty()) std::memcpy(&text[0], array->pvData, text.size() * sizeof(OLECHAR));
       return {S_OK, {text}};
@@ -420,7 +445,7 @@ struct Key {
 };
 
 Result<Key> KeyFrom(const VARIANT& value) {
-  const Result<VARIANT> plain = Followed(value);
+  const Result<VARIANT> plain = Copied(value);
   if (plain.failed()) return {plain.status};
   if (V_VT(&plain.value) == kBytesType) {
     const Result<size_t> count = ArrayByteCount(plain.value.parray, E_POINTER);
@@ -475,7 +500,11 @@ Magnitude MagnitudeOfText(const Text& text, bool hexadecimal) {
 Result<Magnitude> MagnitudeOf(const VARIANT& value, bool hexadecimal) {
   // References are copied as such, and are no numbers then.
   if (!IsType(V_VT(&value))) return {DISP_E_BADVARTYPE};
-  const Result<VARIANT> plain = IsObject(value) ? Resolved(value) : Result<VARIANT>{S_OK, value};
+  if (IsZeroNumber(value)) return {S_OK};
+  const bool is_reference = (V_VT(&value) & VT_BYREF) != 0;
+  const Result<VARIANT> plain = is_reference      ? Result<VARIANT>{S_OK, value}
+                                : IsObject(value) ? Resolved(value)
+                                                  : Copied(value);
   if (plain.failed()) return {plain.status};
   switch (V_VT(&plain.value)) {
     case VT_EMPTY:
@@ -572,7 +601,7 @@ HRESULT MemberStatus(Rule rule, const VARIANT& value) {
     case Rule::kNewNumber:
       return NumberStatus(value, rule);
     case Rule::kCipherNameValue: {
-      const Result<VARIANT> plain = Followed(value);
+      const Result<VARIANT> plain = Copied(value);
       if (plain.failed()) return plain.status;
       const Result<CoercedText> text = CoercedToText(plain.value);
       return text.failed() ? text.status : TextStatus(text.value.text, rule);
