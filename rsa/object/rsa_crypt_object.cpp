@@ -78,8 +78,9 @@ HRESULT RsaCryptObject::GetNumber(BigInt RsaKey::*field, VARIANT* value) {
 HRESULT RsaCryptObject::PutNumber(BigInt RsaKey::*field, const VARIANT& value) {
   return DeepFrame([&] {
     RsaKey& now = key();
-    now.DropValues();
-    return Read(now.*field, value);
+    const HRESULT status = Read(now.*field, value);
+    if (SUCCEEDED(status)) now.DropValues();
+    return status;
   });
 }
 
@@ -156,7 +157,12 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::DecryptPQ(VARIANT vData, VARIANT* pvOu
     }
     BigInt ciphertext;
     const HRESULT status = Read(ciphertext, vData);
-    return FAILED(status) ? status : Transform(RsaDecryptWithPrimes, now, ciphertext, pvOut);
+    if (FAILED(status)) return status;
+    const bool had_values = !now.values.q.IsZero();
+    const HRESULT result = Transform(RsaDecryptWithPrimes, now, ciphertext, pvOut);
+    // A call that fails leaves nothing behind.
+    if (FAILED(result) && !had_values) now.DropValues();
+    return result;
   });
 }
 

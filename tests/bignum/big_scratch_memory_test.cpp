@@ -90,6 +90,63 @@ TEST_F(BigScratchMemoryTest, PowersModuloNumbersOfEveryForm) {
   for (const Operands& row : rows) FailEachOfModExp(row);
 }
 
+// Every single allocation of an operation fails once; results and operands are as they should be.
+template <typename Operation>
+void FailEachOf(const char* name, const BigInt& start, const Operation& operation) {
+  SCOPED_TRACE(name);
+  BigInt expected = start;
+  ASSERT_EQ(operation(expected), S_OK);
+  int failures = 0;
+  for (long count = 0;; ++count) {
+    const long before = LiveAllocations();
+    {
+      BigInt result = start;
+      HRESULT status = S_OK;
+      {
+        const FailOneAllocation failing(count);
+        status = operation(result);
+      }
+      const bool failed = AllocationHasFailed();
+      if (FAILED(status)) {
+        ++failures;
+        EXPECT_EQ(status, E_OUTOFMEMORY) << count;
+        EXPECT_EQ(Compare(result, start), 0) << count;
+        EXPECT_EQ(result.negative(), start.negative()) << count;
+      } else {
+        EXPECT_EQ(Compare(result, expected), 0) << count;
+        EXPECT_EQ(result.negative(), expected.negative()) << count;
+      }
+      EXPECT_EQ(result.status(), S_OK) << count;
+      if (!failed) break;
+    }
+    EXPECT_EQ(LiveAllocations(), before) << count;
+  }
+  EXPECT_GT(failures, 0);
+}
+
+TEST_F(BigScratchMemoryTest, APowerWithExponentZero) {
+  const BigInt base = Pattern(3, 5), odd = Pattern(200, 3), even = Pattern(200, 4);
+  for (const BigInt* modulus : {&odd, &even}) {
+    FailEachOf("apart", BigInt(7),
+               [&](BigInt& r) { return ModExp(r, base, BigInt(), *modulus); });
+    FailEachOf("in the base", base, [&](BigInt& r) { return ModExp(r, r, BigInt(), *modulus); });
+    FailEachOf("in the modulus", *modulus,
+               [&](BigInt& r) { return ModExp(r, base, BigInt(), r); });
+  }
+}
+
+TEST_F(BigScratchMemoryTest, CommonDivisors) {
+  const BigInt common = Pattern(70, 7);
+  const BigInt a = common * Pattern(130, 3), b = common * Pattern(60, 9);
+  FailEachOf("long", BigInt(7), [&](BigInt& r) { return Gcd(r, a, b); });
+  FailEachOf("the shorter first", BigInt(7), [&](BigInt& r) { return Gcd(r, b, a); });
+  FailEachOf("in an operand", a, [&](BigInt& r) { return Gcd(r, r, b); });
+  FailEachOf("one limb", BigInt(7), [&](BigInt& r) { return Gcd(r, a, BigInt(35)); });
+  FailEachOf("zero", BigInt(7), [&](BigInt& r) { return Gcd(r, a, BigInt()); });
+  FailEachOf("zero first", BigInt(7), [&](BigInt& r) { return Gcd(r, BigInt(), a); });
+  FailEachOf("inverse", BigInt(7), [&](BigInt& r) { return Inverse(r, b, a + BigInt(2)); });
+}
+
 // Only the first allocations: what comes after them is the search itself.
 TEST_F(BigScratchMemoryTest, PrimesOfEverySizeAreNotFoundWithoutMemory) {
   for (const uint32_t words : {1u, 4u, 12u, 40u}) {

@@ -139,7 +139,7 @@ TEST(LimbBounds, MontgomeryProductsStayInside) {
 TEST(LimbBounds, ScratchHoldsItsLimbs) {
   for (size_t count = 1; count < 200; ++count) {
     const GuardedMemory memory(Guard::kBehind, sizeof(LimbScratch));
-    LimbScratch* const scratch = new (memory.data()) LimbScratch(count);
+    LimbScratch* const scratch = new (memory.data()) LimbScratch(CheckedSize(count));
     ASSERT_NE(scratch->get(), nullptr);
     for (size_t i = 0; i < count; ++i) scratch->get()[i] = static_cast<Limb>(i + 1);
     EXPECT_EQ(scratch->get()[count - 1], count);

@@ -215,6 +215,59 @@ TEST(ModExpTest, ResultsMayBeOperands) {
   EXPECT_EQ(Hex(r), Hex(base));
 }
 
+// Whatever is read of an operand is read before the result takes its place: values and signs of
+// every kind, the result being each of the operands, against a result apart.
+TEST(ModExpTest, TheResultInAnOperandsPlaceIsTheSame) {
+  std::vector<BigInt> values;
+  for (const uint32_t word : {0u, 1u, 2u, 3u, 8u, 0xFFFFFFFFu}) {
+    values.push_back(BigInt(word));
+    values.push_back(BigInt(word));
+    values.back().set_negative(true);
+  }
+  values.push_back(RandomBigOf(80));
+  values.push_back(values.back());
+  values.back().set_negative(true);
+  for (const BigInt& base : values) {
+    for (const BigInt& e : values) {
+      for (const BigInt& m : values) {
+        BigInt apart(9);
+        const HRESULT status = ModExp(apart, base, e, m);
+        BigInt x = base, y = e, z = m;
+        EXPECT_EQ(ModExp(x, x, e, m), status);
+        EXPECT_EQ(ModExp(y, base, y, m), status);
+        EXPECT_EQ(ModExp(z, base, e, z), status);
+        const BigInt* const operands[] = {&base, &e, &m};
+        const BigInt* const results[] = {&x, &y, &z};
+        for (size_t i = 0; i < 3; ++i) {
+          const BigInt& wanted = SUCCEEDED(status) ? apart : *operands[i];
+          ASSERT_EQ(Hex(*results[i]), Hex(wanted)) << i;
+          ASSERT_EQ(results[i]->negative(), wanted.negative()) << i;
+        }
+      }
+    }
+  }
+}
+
+// The sign of the base is that of an odd power, also of one that is zero, and of a base that the
+// result replaces.
+TEST(ModExpTest, AModulusOfOneKeepsTheSignOfAnOddPower) {
+  for (const bool negative : {false, true}) {
+    for (const uint32_t e : {1u, 2u, 3u}) {
+      BigInt r(5);
+      r.set_negative(negative);
+      ASSERT_EQ(ModExp(r, r, BigInt(e), BigInt(1)), S_OK);
+      EXPECT_TRUE(r.IsZero());
+      EXPECT_EQ(r.negative(), negative && e % 2 != 0) << e;
+    }
+    // The exponent zero makes a number of its own.
+    BigInt r(5);
+    r.set_negative(negative);
+    ASSERT_EQ(ModExp(r, r, BigInt(0), BigInt(1)), S_OK);
+    EXPECT_TRUE(r.IsZero());
+    EXPECT_FALSE(r.negative());
+  }
+}
+
 TEST(ModExpTest, PowersMultiply) {
   for (int i = 0; i < Cases(60); ++i) {
     const BigInt m = RandomBig(500) + BigInt(2), x = RandomBig(600);
@@ -240,6 +293,14 @@ TEST(NumberTheoryTest, FailuresPassOn) {
 TEST(PowerKernelTest, ThePortableRowTakesEverything) {
   EXPECT_EQ(ChoosePowerKernel(1, 0).function, PowerModuloOdd);
   EXPECT_EQ(ChoosePowerKernel(100000, 0).function, PowerModuloOdd);
+  for (const size_t bits : {size_t{0}, size_t{1}, SIZE_MAX}) {
+    const PowerKernel& last = ChoosePowerKernel(bits, 0);
+    EXPECT_STREQ(last.name, "montgomery");
+    EXPECT_EQ(last.needs, 0u);
+    EXPECT_EQ(last.least_bits, 0u);
+    EXPECT_EQ(last.most_bits, SIZE_MAX);
+    EXPECT_EQ(last.function, PowerModuloOdd);
+  }
 }
 
 }  // namespace

@@ -100,6 +100,38 @@ TEST_F(RsaCryptMemoryTest, FailuresLeaveTheKey) {
   EXPECT_GE(FailAtEach([&](VARIANT*) { return rsa->put_Q(longer); }), 2);
 }
 
+// A Q that is put while a key is in the making, at each moment that the making allocates memory,
+// belongs to the old key: the new one is whole.
+TEST_F(RsaCryptMemoryTest, AQPutWhileAKeyIsMadeGoesWithTheOldKey) {
+  const TestValue first = BytesValue(Bytes(24, 0x61));
+  const TestValue second = BytesValue(Bytes(24, 0x71));
+  Load();
+  ASSERT_EQ(rsa->CreateKeys(first, second), S_OK);
+  TestValue whole;
+  ASSERT_EQ(rsa->get_Q(&whole), S_OK);
+  int moments = 0;
+  for (long count = 0;; ++count) {
+    Load();
+    bool called = false;
+    {
+      const CallAtAllocation putting(
+          count,
+          [](void* context) {
+            EXPECT_EQ(static_cast<IRSACrypt*>(context)->put_Q(NumberValue(7)), S_OK);
+          },
+          rsa.Get());
+      ASSERT_EQ(rsa->CreateKeys(first, second), S_OK);
+      called = putting.HasCalled();
+    }
+    TestValue q;
+    ASSERT_EQ(rsa->get_Q(&q), S_OK);
+    EXPECT_EQ(BytesOfArray(q), BytesOfArray(whole)) << count;
+    if (!called) break;
+    ++moments;
+  }
+  EXPECT_GT(moments, 20);
+}
+
 TEST_F(RsaCryptMemoryTest, RandomKeysNeedTheirMemory) {
   Load();
   ASSERT_TRUE(KeyIsAsLoaded());

@@ -15,6 +15,9 @@ std::atomic<bool> failing{false};
 std::atomic<bool> failing_once{false};
 std::atomic<bool> has_failed{false};
 std::atomic<long> allowed{0};
+void (*called)(void*) = nullptr;
+void* called_context = nullptr;
+long calls_after = 0;
 std::atomic<long> live{0};
 std::atomic<bool> watching{false};
 std::atomic<int> freed{0};
@@ -23,6 +26,11 @@ unsigned char secret_bytes[64];
 size_t secret_size = 0;
 
 void* Allocate(size_t size) {
+  if (called != nullptr && calls_after-- == 0) {
+    void (*const call)(void*) = called;
+    called = nullptr;
+    call(called_context);
+  }
   if (failing && allowed-- <= 0) {
     has_failed = true;
     if (failing_once) failing = false;
@@ -114,6 +122,20 @@ FailOneAllocation::FailOneAllocation(long count) {
 
 FailOneAllocation::~FailOneAllocation() {
   failing = false;
+}
+
+CallAtAllocation::CallAtAllocation(long count, void (*call)(void*), void* context) {
+  calls_after = count;
+  called_context = context;
+  called = call;
+}
+
+CallAtAllocation::~CallAtAllocation() {
+  called = nullptr;
+}
+
+bool CallAtAllocation::HasCalled() const {
+  return called == nullptr;
 }
 
 bool AllocationHasFailed() {

@@ -26,6 +26,19 @@ class FailOneAllocation {
   FailOneAllocation& operator=(const FailOneAllocation&) = delete;
 };
 
+// While it lives, the allocation after the first `count` calls something before it succeeds: what
+// another thread could do just then.
+class CallAtAllocation {
+ public:
+  // `call` may allocate.
+  CallAtAllocation(long count, void (*call)(void* context), void* context);
+  ~CallAtAllocation();
+  CallAtAllocation(const CallAtAllocation&) = delete;
+  CallAtAllocation& operator=(const CallAtAllocation&) = delete;
+  // False if there were fewer allocations.
+  bool HasCalled() const;
+};
+
 // True if an allocation was made to fail since the last FailAllocationsAfter or FailOneAllocation
 // began.
 bool AllocationHasFailed();
