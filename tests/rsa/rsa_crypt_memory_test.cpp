@@ -100,6 +100,27 @@ TEST_F(RsaCryptMemoryTest, FailuresLeaveTheKey) {
   EXPECT_GE(FailAtEach([&](VARIANT*) { return rsa->put_Q(longer); }), 2);
 }
 
+// What a decryption by the primes keeps goes when any number of the key is put, and with Reset.
+TEST_F(RsaCryptMemoryTest, AnyPutDropsWhatADecryptionKept) {
+  constexpr Put kPuts[] = {&IRSACrypt::put_Modulus, &IRSACrypt::put_PublicExp,
+                           &IRSACrypt::put_SecretExp, &IRSACrypt::put_P, &IRSACrypt::put_Q};
+  const TestValue data = BytesValue(Bytes(63, 0x35));
+  for (size_t i = 0; i < 5; ++i) {
+    Load();
+    ASSERT_TRUE(KeyIsAsLoaded());
+    const long loaded = LiveAllocations();
+    VARIANT out;
+    VariantInit(&out);
+    ASSERT_EQ(rsa->DecryptPQ(data, &out), S_OK);
+    VariantClear(&out);
+    EXPECT_GT(LiveAllocations(), loaded);
+    const Put put = kPuts[i];
+    ASSERT_EQ((rsa.Get()->*put)(key_values[i]), S_OK);
+    ASSERT_TRUE(KeyIsAsLoaded());
+    EXPECT_EQ(LiveAllocations(), loaded) << i;
+  }
+}
+
 // A Q that is put while a key is in the making, at each moment that the making allocates memory,
 // belongs to the old key: the new one is whole.
 TEST_F(RsaCryptMemoryTest, AQPutWhileAKeyIsMadeGoesWithTheOldKey) {
