@@ -2,6 +2,7 @@
 #include "rsa_key.h"
 
 #include "limb.h"
+#include "number_theory.h"
 #include "rsa_testing.h"
 
 namespace mirolta::test {
@@ -246,6 +247,40 @@ TEST(RsaKeyTest, NumbersOfAnyKindGoThroughTheSameSteps) {
   }
   EXPECT_GT(compared, 1000);
   EXPECT_GT(one_limb, 200);
+}
+
+// The steps by the numbers' own operations, which know signs.
+HRESULT StepByStepWithSigns(BigInt& r, const RsaKey& key, const BigInt& c) {
+  const BigInt p_less_1 = key.p - BigInt(1), q_less_1 = key.q - BigInt(1);
+  BigInt d, p_inverse, m1, m2;
+  HRESULT status = Inverse(d, key.e, p_less_1 * q_less_1);
+  if (SUCCEEDED(status)) status = Inverse(p_inverse, key.p, key.q);
+  if (SUCCEEDED(status)) status = ModExp(m1, c % key.p, d % p_less_1, key.p);
+  if (SUCCEEDED(status)) status = ModExp(m2, c % key.q, d % q_less_1, key.q);
+  if (SUCCEEDED(status) && m2 < m1) status = m2.add(key.q);
+  if (SUCCEEDED(status)) r = m1 + key.p * (((m2 - m1) * p_inverse) % key.q);
+  return status;
+}
+
+TEST(RsaKeyTest, SignsGoThroughTheSameSteps) {
+  std::mt19937 generator(67);
+  for (int i = 0; i < 800; ++i) {
+    RsaKey key = KeyOf(BigInt(), BigInt(3 + 2 * (Draw(&generator) % 50)),
+                       RandomBits(&generator, 2 + Draw(&generator) % 30),
+                       RandomBits(&generator, 2 + Draw(&generator) % 30), BigInt(1));
+    BigInt c = RandomBits(&generator, 1 + Draw(&generator) % 60);
+    key.e.set_negative(i % 2 != 0);
+    key.p.set_negative(i % 4 / 2 != 0);
+    key.q.set_negative(i % 8 / 4 != 0);
+    c.set_negative(i % 16 / 8 != 0);
+    BigInt expected, r;
+    const HRESULT status = StepByStepWithSigns(expected, key, c);
+    ASSERT_EQ(RsaDecryptWithPrimes(r, key, c), status == DISP_E_DIVBYZERO ? E_INVALIDARG : status);
+    if (SUCCEEDED(status)) {
+      ASSERT_EQ(Hex(r), Hex(expected)) << i;
+      ASSERT_EQ(r.negative(), expected.negative()) << i;
+    }
+  }
 }
 
 // What a decryption keeps is of the numbers as they are, whichever of them was changed.

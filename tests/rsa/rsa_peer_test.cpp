@@ -15,7 +15,7 @@ std::vector<Bn> Messages(const Bn& n) {
   return messages;
 }
 
-void ExpectSameAsPeer(RsaKey& key) {
+void ExpectSameAsPeer(RsaKey key) {
   const Bn n(key.n), e(key.e), d(key.d);
   for (const Bn& message : Messages(n)) {
     const Bn encrypted = Power(message, e, n);
