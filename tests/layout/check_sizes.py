@@ -41,7 +41,7 @@ REFUSED = [
     "LimbScratch memory(CheckedSize(n) + 2 * m);",
     "LimbScratch memory(CheckedSize(n) * m);",
     "LimbScratch memory(CheckedSize(n) << 3);",
-    "LimbScratch memory(CheckedSize(signed_count));",
+    "LimbScratch memory{CheckedSize(signed_count)};",
     "uint8_t* bytes = NewArray<uint8_t>(2 * n); delete[] bytes;",
     "uint8_t* bytes = NewArray<uint8_t>(SizeConstant(n)); delete[] bytes;",
 ]

@@ -307,6 +307,17 @@ TEST(MemoryStream, ReportsShortMemory) {
   EXPECT_EQ(at, 0x7FFFFFFFFFFFFFFFull);
 }
 
+TEST(MemoryStream, SizesAboveAPointersDoNotWrap) {
+  if (sizeof(size_t) > 4) GTEST_SKIP() << "a size_t of 64 bits counts more bytes than a disk holds";
+  const StreamHolder stream(NewMemoryStream());
+  ULONG written = 0;
+  ASSERT_EQ(stream->Write("abc", 3, &written), S_OK);
+  EXPECT_EQ(SetSize(stream.get(), (1ull << 32) + 5), E_OUTOFMEMORY);
+  EXPECT_EQ(Seek(stream.get(), 0xFFFFFFFF, STREAM_SEEK_SET), S_OK);
+  EXPECT_EQ(stream->Write("ab", 2, &written), E_OUTOFMEMORY);
+  EXPECT_EQ(SizeOf(stream.get()), 3u);
+}
+
 TEST(MemoryStream, TakesOnlyNoMemoryBlock) {
   IStream* stream = nullptr;
   char block;
