@@ -1,23 +1,29 @@
 #!/bin/sh
 # Compares the automation values of the portable runtime with those of the platform.
 #
-#   value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT
+#   value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION
 #
 # The two files are what tests/platform/value_parity.cpp prints, built over the one and the other. A
 # difference must be described by a rule of tests/platform/value_parity_allowed.txt, and every rule
-# must describe one. Prints the rules, the number of operations compared and that of differences.
+# must describe one, but that a rule of "[N]" is for versions from N on. Prints the rules, the number of operations compared and that of differences.
 set -eu
 
-portable=${1:?usage: value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT}
-platform=${2:?usage: value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT}
+usage="usage: value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION"
+portable=${1:?$usage}
+platform=${2:?$usage}
+version=${3:?$usage}
 rules=$(cd "$(dirname "$0")/.." && pwd)/tests/platform/value_parity_allowed.txt
 
 echo "What may differ ($(grep -c '^[^#]' "$rules") rules):"
 sed 's/^/  /' "$rules"
 
 # A rule is matched against "section operation => portable result ## platform result".
-awk -v portable="$portable" -v platform="$platform" '
+awk -v portable="$portable" -v platform="$platform" -v version="$version" '
   /^#/ || /^$/ { next }
+  /^\[[0-9]+\] / {
+    if (substr($1, 2) + 0 > version + 0) next
+    sub(/^\[[0-9]+\] /, "")
+  }
   { rules[++rule_count] = $0 }
   END {
     for (;;) {

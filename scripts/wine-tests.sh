@@ -186,7 +186,8 @@ type_library() {
 parity() {
   LC_ALL=C "$native/tests/value_parity" >"$work/portable.txt"
   run_wine "$windows/tests/value_parity.exe" >"$work/platform.txt"
-  "$root/scripts/value-parity.sh" "$work/portable.txt" "$work/platform.txt"
+  version=$(wine --version 2>/dev/null | sed 's/^wine-\([0-9]*\).*/\1/')
+  "$root/scripts/value-parity.sh" "$work/portable.txt" "$work/platform.txt" "$version"
 }
 
 # units FOLDER: the unit tests of a folder that the Windows build has, on the layers that the module is
