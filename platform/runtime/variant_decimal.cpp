@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 namespace mirolta {
@@ -221,7 +222,8 @@ bool DigitsToDecimal(const Digits& number, DECIMAL* value) {
 }
 
 bool DigitsToReal(const Digits& number, double* value) {
-  // Digits, one for what was cut off, and the exponent: read without a decimal point.
+  // Digits, one for what was cut off, and the exponent: without a decimal point, so that strtod reads
+  // it alike in every locale. Not all standard libraries have from_chars for numbers of this kind.
   char text[Digits::kCapacity + 24];
   char* at = text;
   for (int i = 0; i < number.count; ++i) *at++ = static_cast<char>('0' + number.digits[i]);
@@ -232,13 +234,10 @@ bool DigitsToReal(const Digits& number, double* value) {
     --exponent;
   }
   *at++ = 'e';
-  at = std::to_chars(at, text + sizeof text, exponent).ptr;
-  double read = 0;
-  const std::from_chars_result result = std::from_chars(text, at, read);
-  if (result.ec == std::errc::result_out_of_range) {
-    if (number.count + number.exponent > 0) return false;
-    read = 0;  // too small, not too large
-  }
+  at = std::to_chars(at, text + sizeof text - 1, exponent).ptr;
+  *at = '\0';
+  const double read = std::strtod(text, nullptr);
+  if (std::isinf(read)) return false;
   *value = number.negative ? -read : read;
   return true;
 }
