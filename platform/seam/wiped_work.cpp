@@ -60,74 +60,55 @@ VectorRegisters WidestVectorRegisters() noexcept {
   return has_avx512 ? VectorRegisters::kAvx512 : VectorRegisters::kAvx;
 }
 
-#define MIROLTA_CLEAR(n) "xorps %%xmm" #n ", %%xmm" #n "\n\t"
-#define MIROLTA_CLEAR_WIDE(n) "vpxord %%zmm" #n ", %%zmm" #n ", %%zmm" #n "\n\t"
-#define MIROLTA_CLEAR_MASK(n) "kxorw %%k" #n ", %%k" #n ", %%k" #n "\n\t"
-
-// Clears the vector, mask and general registers that are lost in a call.
+// Clears the vector, mask and general registers that a call need not preserve. The lists are the
+// calling convention's; registers that the compiler does not know here need not be named as changed.
 __attribute__((always_inline)) inline void ClearRegisters() noexcept {
   static const VectorRegisters widest = WidestVectorRegisters();
   if (widest == VectorRegisters::kAvx512) {
     __asm__ __volatile__(
-        MIROLTA_CLEAR_MASK(0) MIROLTA_CLEAR_MASK(1) MIROLTA_CLEAR_MASK(2) MIROLTA_CLEAR_MASK(3)
-            MIROLTA_CLEAR_MASK(4) MIROLTA_CLEAR_MASK(5) MIROLTA_CLEAR_MASK(6) MIROLTA_CLEAR_MASK(7)
+        ".irp n,0,1,2,3,4,5,6,7\n\t"
+        "kxorw %%k\\n, %%k\\n, %%k\\n\n\t"
+        ".endr\n\t"
 #if defined(__x86_64__)
-                MIROLTA_CLEAR_WIDE(16) MIROLTA_CLEAR_WIDE(17) MIROLTA_CLEAR_WIDE(18)
-                    MIROLTA_CLEAR_WIDE(19) MIROLTA_CLEAR_WIDE(20) MIROLTA_CLEAR_WIDE(21)
-                        MIROLTA_CLEAR_WIDE(22) MIROLTA_CLEAR_WIDE(23) MIROLTA_CLEAR_WIDE(24)
-                            MIROLTA_CLEAR_WIDE(25) MIROLTA_CLEAR_WIDE(26) MIROLTA_CLEAR_WIDE(27)
-                                MIROLTA_CLEAR_WIDE(28) MIROLTA_CLEAR_WIDE(29)
-                                    MIROLTA_CLEAR_WIDE(30) MIROLTA_CLEAR_WIDE(31)
+        ".irp n,16,17,18,19,20,21,22,23,24,25,26,27,28,29,30,31\n\t"
+        "vpxord %%zmm\\n, %%zmm\\n, %%zmm\\n\n\t"
+        ".endr"
 #endif
         :);
   }
-#if defined(_WIN64)
-  // The callee keeps the low halves of registers 6 to 15.
+  // The upper parts first, as instructions without them are slow while they are in use.
   if (widest >= VectorRegisters::kAvx) __asm__ __volatile__("vzeroupper");
-  __asm__ __volatile__(MIROLTA_CLEAR(0) MIROLTA_CLEAR(1) MIROLTA_CLEAR(2) MIROLTA_CLEAR(3)
-                           MIROLTA_CLEAR(4) MIROLTA_CLEAR(5)
-                       :
-                       :
-                       : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5");
+#if defined(_WIN64)
   __asm__ __volatile__(
+      ".irp n,0,1,2,3,4,5\n\t"
+      "xorps %%xmm\\n, %%xmm\\n\n\t"
+      ".endr\n\t"
       "xorl %%eax, %%eax; xorl %%ecx, %%ecx; xorl %%edx, %%edx; xorl %%r8d, %%r8d\n\t"
       "xorl %%r9d, %%r9d; xorl %%r10d, %%r10d; xorl %%r11d, %%r11d"
       :
       :
-      : "rax", "rcx", "rdx", "r8", "r9", "r10", "r11", "cc");
+      : "rax", "rcx", "rdx", "r8", "r9", "r10", "r11", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4",
+        "xmm5", "cc");
 #elif defined(__x86_64__)
-  if (widest >= VectorRegisters::kAvx) {
-    __asm__ __volatile__("vzeroall"
-                         :
-                         :
-                         : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8",
-                           "xmm9", "xmm10", "xmm11", "xmm12", "xmm13", "xmm14", "xmm15");
-  } else {
-    __asm__ __volatile__(
-        MIROLTA_CLEAR(0) MIROLTA_CLEAR(1) MIROLTA_CLEAR(2) MIROLTA_CLEAR(3) MIROLTA_CLEAR(4)
-            MIROLTA_CLEAR(5) MIROLTA_CLEAR(6) MIROLTA_CLEAR(7) MIROLTA_CLEAR(8) MIROLTA_CLEAR(9)
-                MIROLTA_CLEAR(10) MIROLTA_CLEAR(11) MIROLTA_CLEAR(12) MIROLTA_CLEAR(13)
-                    MIROLTA_CLEAR(14) MIROLTA_CLEAR(15)
-        :
-        :
-        : "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10",
-          "xmm11", "xmm12", "xmm13", "xmm14", "xmm15");
-  }
   __asm__ __volatile__(
+      ".irp n,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15\n\t"
+      "xorps %%xmm\\n, %%xmm\\n\n\t"
+      ".endr\n\t"
       "xorl %%eax, %%eax; xorl %%ecx, %%ecx; xorl %%edx, %%edx; xorl %%esi, %%esi\n\t"
       "xorl %%edi, %%edi; xorl %%r8d, %%r8d; xorl %%r9d, %%r9d; xorl %%r10d, %%r10d\n\t"
       "xorl %%r11d, %%r11d"
       :
       :
-      : "rax", "rcx", "rdx", "rsi", "rdi", "r8", "r9", "r10", "r11", "cc");
+      : "rax", "rcx", "rdx", "rsi", "rdi", "r8", "r9", "r10", "r11", "xmm0", "xmm1", "xmm2", "xmm3",
+        "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11", "xmm12", "xmm13", "xmm14",
+        "xmm15", "cc");
 #else
-  // Code for this processor uses no vector registers by itself, so none is named as changed.
-  if (widest >= VectorRegisters::kAvx) {
-    __asm__ __volatile__("vzeroall");
-  } else if (widest == VectorRegisters::kSse) {
-    __asm__ __volatile__(MIROLTA_CLEAR(0) MIROLTA_CLEAR(1) MIROLTA_CLEAR(2) MIROLTA_CLEAR(3)
-                             MIROLTA_CLEAR(4) MIROLTA_CLEAR(5) MIROLTA_CLEAR(6) MIROLTA_CLEAR(7)
-                         :);
+  if (widest >= VectorRegisters::kSse) {
+    __asm__ __volatile__(
+        ".irp n,0,1,2,3,4,5,6,7\n\t"
+        "xorps %%xmm\\n, %%xmm\\n\n\t"
+        ".endr"
+        :);
   }
   __asm__ __volatile__("xorl %%eax, %%eax; xorl %%ecx, %%ecx; xorl %%edx, %%edx"
                        :
