@@ -26,9 +26,9 @@ HRESULT WipedNumbers(Work work) {
   return RunWiped(run, use);
 }
 
-// Notes that an operation on the number goes as deep as its size takes it.
-void NoteSize(const BigInt& number, StackUse* use) {
-  if (number.used() >= kLargeNumberWords) *use = StackUse::kDeep;
+// Notes a number that was read from a value: long texts are taken apart recursively.
+void NoteSize(const BigInt& number, const VARIANT& value, StackUse* use) {
+  if (V_VT(&value) != kByteArrayType && number.used() >= kLargeNumberWords) *use = StackUse::kDeep;
 }
 
 bool IsLeftOut(const VARIANT& value) {
@@ -77,7 +77,7 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::put_Binary(VARIANT value) {
 
 HRESULT BigNumberObject::Give(VARTYPE type, NumberBase base, VARIANT* value) const {
   return WipedNumbers([&](StackUse* use) {
-    NoteSize(number_, use);
+    if (type == VT_BSTR && number_.used() >= kLargeNumberWords) *use = StackUse::kDeep;
     return NumberToVariant(number_, type, base, value);
   });
 }
@@ -85,7 +85,7 @@ HRESULT BigNumberObject::Give(VARTYPE type, NumberBase base, VARIANT* value) con
 HRESULT BigNumberObject::Take(const VARIANT& value, NumberBase base) {
   return WipedNumbers([&](StackUse* use) {
     const HRESULT status = NumberFromVariant(number_, value, base);
-    NoteSize(number_, use);
+    NoteSize(number_, value, use);
     return status;
   });
 }
@@ -107,8 +107,7 @@ HRESULT BigNumberObject::Operate(Operation operation, const VARIANT& v, IPexBigN
     BigInt operand;
     HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
     if (FAILED(status)) return status;
-    NoteSize(number_, use);
-    NoteSize(operand, use);
+    NoteSize(operand, v, use);
     BigInt result;
     status = operation(result, number_, operand);
     return FAILED(status) ? status : Return(result, out);
@@ -165,7 +164,7 @@ HRESULT BigNumberObject::Step(HRESULT (BigInt::*change)(const BigInt&) noexcept,
     if (!IsLeftOut(v)) {
       const HRESULT status = NumberFromVariant(amount, v, NumberBase::kDecimal);
       if (FAILED(status)) return status;
-      NoteSize(amount, use);
+      NoteSize(amount, v, use);
     }
     return (number_.*change)(amount);
   });
@@ -185,7 +184,7 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::Cmp(VARIANT v, LONG* plResult) {
     BigInt operand;
     const HRESULT status = NumberFromVariant(operand, v, NumberBase::kDecimal);
     if (FAILED(status)) return status;
-    NoteSize(operand, use);
+    NoteSize(operand, v, use);
     *plResult = Compare(number_, operand);
     return S_OK;
   });
@@ -199,7 +198,7 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::NewNumber(VARIANT v, IPexBigNumber** 
     // A value left out reads as zero. One that cannot be read counts as memory that ran out: callers
     // know this member by that one failure.
     if (FAILED(NumberFromVariant(value, v, NumberBase::kDecimal))) return E_OUTOFMEMORY;
-    NoteSize(value, use);
+    NoteSize(value, v, use);
     return Return(value, ppObj);
   });
 }

@@ -19,7 +19,7 @@ constexpr size_t kFrameScale = 1;
 #else
 constexpr size_t kFrameScale = 6;
 #endif
-constexpr size_t kShortBytes = kFrameScale * 3072;
+constexpr size_t kShortBytes = kFrameScale * 2048;
 constexpr size_t kMediumBytes = kFrameScale * 6144;
 constexpr size_t kDeepBytes = kFrameScale * 24576;
 

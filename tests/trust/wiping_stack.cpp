@@ -195,13 +195,6 @@ void PaintedStack::Run(void (*function)(void*), void* context) {
   }
 }
 
-size_t PaintedStack::DirtyDepth() const {
-  const unsigned char* byte = touched_ + kLastCall;
-  if (byte >= top_) return 0;
-  while (byte != top_ && (*byte == 0 || *byte == kPaint)) ++byte;
-  return static_cast<size_t>(top_ - byte);
-}
-
 size_t PaintedStack::DirtyBytes(size_t depth) const {
   size_t count = 0;
   for (const unsigned char* byte = touched_ + kLastCall; byte < top_ - depth; ++byte) {

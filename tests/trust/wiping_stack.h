@@ -33,10 +33,8 @@ class PaintedStack {
   // The part that the last call wrote to, from the deepest byte up.
   const unsigned char* Touched() const { return touched_; }
   size_t TouchedBytes() const { return static_cast<size_t>(top_ - touched_); }
-  // The distance from the top of the deepest byte that is neither paint nor zero; but for the call by
-  // which the stack is overwritten, the deepest of all.
-  size_t DirtyDepth() const;
-  // How many of these bytes are deeper than that.
+  // How many bytes deeper than that are neither paint nor zero; but for the call by which the stack is
+  // overwritten, the deepest of all.
   size_t DirtyBytes(size_t depth) const;
 
   const unsigned char* Registers() const { return registers_; }
