@@ -129,16 +129,12 @@ inline void ClearRegisters() noexcept {}
 MIROLTA_OWN_FRAME HRESULT RunWiped(HRESULT (*function)(void* context), void* context,
                                    const StackUse* use) noexcept {
   const HRESULT status = RunDeeper(function, context);
-  switch (*use) {
-    case StackUse::kShort:
-      Overwrite<kShortBytes>();
-      break;
-    case StackUse::kMedium:
-      Overwrite<kMediumBytes>();
-      break;
-    case StackUse::kDeep:
-      Overwrite<kDeepBytes>();
-      break;
+  if (*use == StackUse::kShort) {
+    Overwrite<kShortBytes>();
+  } else if (*use == StackUse::kMedium) {
+    Overwrite<kMediumBytes>();
+  } else {
+    Overwrite<kDeepBytes>();
   }
   ClearRegisters();
   return status;
