@@ -78,6 +78,84 @@ TYPED_TEST(StreamBindingTest, ASourceThatHandsOutNothingIsBoundWithoutAStream) {
   EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
 }
 
+// A stream that is a source of another one, and says when it is asked for interfaces and counted.
+class StreamAndSource : public ScriptedSource {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    if (on_query) on_query();
+    if (own_stream != nullptr && iid == IID_IStream) {
+      *out = own_stream;
+      own_stream->AddRef();
+      return S_OK;
+    }
+    return ScriptedSource::QueryInterface(iid, out);
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override {
+    if (on_count) on_count();
+    return ScriptedSource::AddRef();
+  }
+  HRESULT STDMETHODCALLTYPE GetStream(IStream** out) override {
+    ++asked;
+    return ScriptedSource::GetStream(out);
+  }
+  IStream* own_stream = nullptr;
+  int asked = 0;
+  std::function<void()> on_query;
+  std::function<void()> on_count;
+};
+
+TYPED_TEST(StreamBindingTest, AnObjectWithBothInterfacesIsItsOwnStream) {
+  ScriptedStream other;
+  StreamAndSource both;
+  both.own_stream = &this->target;
+  both.stream = &other;
+  EXPECT_EQ(this->filter->putref_Stream(&both), S_OK);
+  EXPECT_EQ(both.asked, 0);
+  EXPECT_EQ(this->filter.Stream()->Revert(), S_OK);
+  EXPECT_EQ(this->target.passed.size(), 1u);
+  EXPECT_TRUE(other.passed.empty());
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+}
+
+TYPED_TEST(StreamBindingTest, TheOldStreamIsReleasedBeforeTheNewObjectIsAsked) {
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  ScriptedStream other;
+  StreamAndSource source;
+  source.stream = &other;
+  int queries = 0;
+  source.on_query = [&] {
+    ++queries;
+    EXPECT_EQ(this->target.references, 1);
+    IUnknown* out = nullptr;
+    EXPECT_EQ(this->Get(&out), kNoStream);
+  };
+  EXPECT_EQ(this->filter->putref_Stream(&source), S_OK);
+  EXPECT_EQ(queries, 2);
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+}
+
+// Between the stream and the object: what reads the binding then gets the stream.
+TYPED_TEST(StreamBindingTest, ABindingOfAStreamAloneReadsBackAsTheStream) {
+  StreamAndSource source;
+  source.stream = &this->target;
+  int counted = 0;
+  source.on_count = [&] {
+    // The query counts first, when nothing is bound.
+    IUnknown* out = nullptr;
+    if (counted++ == 0) {
+      EXPECT_EQ(this->Get(&out), kNoStream);
+      return;
+    }
+    EXPECT_EQ(this->Get(&out), S_OK);
+    EXPECT_EQ(out, static_cast<IUnknown*>(&this->target));
+    if (out != nullptr) out->Release();
+  };
+  EXPECT_EQ(this->filter->putref_Stream(&source), S_OK);
+  EXPECT_EQ(counted, 2);
+  source.on_count = nullptr;
+  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+}
+
 TYPED_TEST(StreamBindingTest, AnObjectWithoutStreamGivesUpTheOldOneToo) {
   EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
   ScriptedStream other;

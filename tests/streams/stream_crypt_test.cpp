@@ -29,6 +29,8 @@ constexpr Direction kWriting = {
 const Direction* const kDirections[] = {&kReading, &kWriting};
 
 const Bytes kKey = Pattern(16, 99);
+// A success that no part of a filter returns by itself.
+constexpr HRESULT kOtherSuccess = 0x00030200;
 // Above what an engine's queue holds at once.
 constexpr ULONG kTooMuch = 1048832 + 1;
 
@@ -417,6 +419,146 @@ TEST_F(StreamCryptTest, AReadOfNothingAsksTheStreamForNothing) {
   EXPECT_EQ(target.read_sizes, std::vector<ULONG>{0});
   uint8_t byte = 0;
   EXPECT_EQ(Stream()->Read(&byte, 1, nullptr), S_OK);
+}
+
+TEST_F(StreamCryptTest, AReadOfNothingEndsDraining) {
+  Bind();
+  target.content = Pattern(20);
+  Choose(kReading);
+  Encrypting();
+  EXPECT_EQ(ReadOnce(Stream(), 20).size(), 16u);
+  EXPECT_EQ(filter->ReadFinalize(), S_OK);
+  const size_t reads = target.read_sizes.size();
+  EXPECT_EQ(ReadOnce(Stream(), 0, S_OK), Bytes{});
+  EXPECT_EQ(target.read_sizes.size(), reads);
+  // The last block is still queued; the stream is asked before it, and has no more.
+  EXPECT_EQ(ReadOnce(Stream(), 16, S_FALSE), Bytes{});
+  EXPECT_EQ(target.read_sizes.size(), reads + 1);
+  EXPECT_EQ(filter->ReadFinalize(), S_OK);
+  EXPECT_EQ(ReadOnce(Stream(), 16, S_OK), Slice(PeerAes(kKey, Pattern(20), true), 16, 16));
+}
+
+// Zero counts: reads are passed on, writes are not.
+TEST_F(StreamCryptTest, WithoutAnAlgorithmAReadOfNothingIsPassedOnAndAWriteIsNot) {
+  Bind();
+  target.content = Pattern(16);
+  EXPECT_EQ(ReadOnce(Stream(), 0, S_OK), Bytes{});
+  EXPECT_EQ(target.read_sizes, std::vector<ULONG>{0});
+  for (int chosen = 0; chosen < 2; ++chosen) {
+    ULONG count = kUntouched;
+    EXPECT_EQ(WriteAll(Stream(), {}, &count), S_OK);
+    EXPECT_EQ(count, 0u);
+    Choose(kWriting);
+  }
+  EXPECT_TRUE(target.write_sizes.empty());
+}
+
+TEST_F(StreamCryptTest, TheStreamsOwnSuccessCodesAreReturned) {
+  Bind();
+  target.content = Pattern(20);
+  target.short_read_status = kOtherSuccess;
+  EXPECT_EQ(ReadOnce(Stream(), 30, kOtherSuccess), target.content);
+  target.write_status = kOtherSuccess;
+  EXPECT_EQ(WriteAll(Stream(), Pattern(3)), kOtherSuccess);
+  // Through an engine: nothing read is the stream's status, something read is a success.
+  Choose(kReading);
+  target.content = Pattern(16);
+  target.position = 0;
+  EXPECT_EQ(ReadOnce(Stream(), 30, S_OK).size(), 16u);
+  EXPECT_EQ(ReadOnce(Stream(), 30, kOtherSuccess), Bytes{});
+  // A write is the stream's, unless nothing came out to be written.
+  Choose(kWriting);
+  ULONG count = kUntouched;
+  EXPECT_EQ(WriteAll(Stream(), Pattern(5), &count), S_OK);
+  EXPECT_EQ(WriteAll(Stream(), Pattern(16), &count), kOtherSuccess);
+  EXPECT_EQ(count, 16u);
+  EXPECT_EQ(filter->WriteFinalize(), kOtherSuccess);
+  // A copy is a success.
+  ScriptedStream sink;
+  sink.write_status = kOtherSuccess;
+  target.content = Pattern(2048);
+  target.position = 0;
+  target.largest_read = 500;
+  ULARGE_INTEGER written = Large(kUntouchedTotal);
+  EXPECT_EQ(Stream()->CopyTo(&sink, Large(5000), nullptr, &written), S_OK);
+  EXPECT_EQ(written.QuadPart, 2048u);
+  EXPECT_EQ(filter->put_ReadAlgorithm(Text(OLESTR("none")).Get()), kAlgorithmNotFound);
+  target.position = 0;
+  EXPECT_EQ(Stream()->CopyTo(&sink, Large(5000), nullptr, &written), S_OK);
+  EXPECT_EQ(written.QuadPart, 2048u);
+}
+
+TEST_F(StreamCryptTest, AFailingPlainWriteReportsItsCount) {
+  Bind();
+  target.failing_write = 1;
+  target.moved_by_failure = 3;
+  target.failure = STG_E_MEDIUMFULL;
+  ULONG count = kUntouched;
+  EXPECT_EQ(WriteAll(Stream(), Pattern(8), &count), STG_E_MEDIUMFULL);
+  EXPECT_EQ(count, 3u);
+}
+
+TEST_F(StreamCryptTest, ChangingTheReadDirectionLeavesTheQueues) {
+  Bind();
+  target.content = Pattern(16);
+  Choose(kReading);
+  Encrypting();
+  EXPECT_EQ(ReadOnce(Stream(), 5), Bytes{});
+  EXPECT_EQ(filter->put_ReadDecrypt(VARIANT_BOOL{2}), S_OK);
+  EXPECT_EQ(filter->ReadFinalize(), S_OK);
+  EXPECT_EQ(ReadOnce(Stream(), 16), Bytes{});
+  EXPECT_EQ(filter->put_ReadDecrypt(VARIANT_FALSE), S_OK);
+  EXPECT_EQ(ReadOnce(Stream(), 16), PeerAes(kKey, Pattern(16), true));
+}
+
+// Any value but 0 is true.
+TEST_F(StreamCryptTest, OtherTruthValuesDecryptToo) {
+  Bind();
+  for (const VARIANT_BOOL truth : {VARIANT_BOOL{2}, VARIANT_BOOL{256}, VARIANT_BOOL{-32768}}) {
+    Choose(kReading);
+    Choose(kWriting);
+    EXPECT_EQ(filter->put_ReadDecrypt(truth), S_OK);
+    EXPECT_EQ(filter->put_WriteDecrypt(truth), S_OK);
+    target.content = PeerAes(kKey, Pattern(16), true);
+    target.position = 0;
+    EXPECT_EQ(ReadOnce(Stream(), 16), Pattern(16)) << truth;
+    target.content.clear();
+    EXPECT_EQ(WriteAll(Stream(), PeerAes(kKey, Pattern(16), true)), S_OK);
+    EXPECT_EQ(target.content, Pattern(16)) << truth;
+  }
+}
+
+// Without a stream the missing key is not looked at.
+TEST_F(StreamCryptTest, UnboundComesBeforeKeyless) {
+  for (const Direction* side : kDirections) {
+    EXPECT_EQ((F()->*side->put_algorithm)(Text(OLESTR("AES")).Get()), S_OK);
+  }
+  uint8_t bytes[16] = {};
+  ULONG count = kUntouched;
+  EXPECT_EQ(Stream()->Read(bytes, 16, &count), S_FALSE);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(Stream()->Read(bytes, 0, &count), S_OK);
+  EXPECT_EQ(Stream()->Write(bytes, 16, &count), STG_E_CANTSAVE);
+  EXPECT_EQ(filter->WriteFinalize(), STG_E_CANTSAVE);
+  ScriptedStream sink;
+  EXPECT_EQ(Stream()->CopyTo(&sink, Large(1), nullptr, nullptr), STG_E_REVERTED);
+}
+
+TEST_F(StreamCryptTest, AFinalizeThatFailsWhileDrainingGoesOnDraining) {
+  Bind();
+  target.content = Pattern(20);
+  Choose(kReading);
+  Encrypting();
+  EXPECT_EQ(filter->ReadFinalize(), S_OK);
+  // A copy that fails leaves a partial block behind, and draining as it is.
+  ScriptedStream sink;
+  sink.failing_write = 1;
+  EXPECT_EQ(Stream()->CopyTo(&sink, Large(20), nullptr, nullptr), kStreamFailure);
+  EXPECT_EQ(filter->put_ReadPadType(-2), S_OK);
+  EXPECT_EQ(filter->ReadFinalize(), E_OUTOFMEMORY);
+  const size_t reads = target.read_sizes.size();
+  EXPECT_EQ(ReadOnce(Stream(), 16, S_OK), Slice(PeerAes(kKey, Pattern(20), true), 0, 16));
+  EXPECT_EQ(target.read_sizes.size(), reads);
 }
 
 TEST_F(StreamCryptTest, FinalizingADecryptionLeavesAPartialBlockBehind) {

@@ -238,7 +238,6 @@ TEST_F(StreamDigestTest, KeysMakeHmacAndBelongToTheirDirection) {
 }
 
 TEST_F(StreamDigestTest, TextKeysGoThroughTheCodePage) {
-  Choose(kWriting, OLESTR("SHA1"));
   const OwnedBstr text = Text(OLESTR("k\u00E9y"));
   VARIANT value;
   V_VT(&value) = VT_BSTR;
@@ -247,13 +246,17 @@ TEST_F(StreamDigestTest, TextKeysGoThroughTheCodePage) {
     LONG code_page;
     Bytes key;
   };
-  for (const Row& row : {Row{-1, {'k', 0, 0xE9, 0, 'y', 0}}, Row{-2, {'k', 0, 0xE9, 0, 'y', 0}},
-                         Row{1252, {'k', 0xE9, 'y'}}, Row{65001, {'k', 0xC3, 0xA9, 'y'}}}) {
-    EXPECT_EQ(filter->put_codePage(row.code_page), S_OK);
-    EXPECT_EQ(filter->put_WriteKey(value), S_OK);
-    OwnedVariant key;
-    EXPECT_EQ(filter->get_WriteKey(key.Put()), S_OK);
-    EXPECT_EQ(FromArray(key.Value()), row.key) << row.code_page;
+  for (const Direction* side : kDirections) {
+    IToviStreamDigest* const f = filter.operator->();
+    Choose(*side, OLESTR("SHA1"));
+    for (const Row& row : {Row{-1, {'k', 0, 0xE9, 0, 'y', 0}}, Row{-2, {'k', 0, 0xE9, 0, 'y', 0}},
+                           Row{1252, {'k', 0xE9, 'y'}}, Row{65001, {'k', 0xC3, 0xA9, 'y'}}}) {
+      EXPECT_EQ(filter->put_codePage(row.code_page), S_OK);
+      EXPECT_EQ((f->*side->put_key)(value), S_OK);
+      OwnedVariant key;
+      EXPECT_EQ((f->*side->get_key)(key.Put()), S_OK);
+      EXPECT_EQ(FromArray(key.Value()), row.key) << row.code_page;
+    }
   }
 }
 
@@ -271,6 +274,77 @@ TEST_F(StreamDigestTest, AKeyThatIsAnObjectMayCallBack) {
     });
     EXPECT_EQ((filter.operator->()->*side->put_key)(removing.Value()), kNotInitialized);
   }
+}
+
+TEST_F(StreamDigestTest, TransfersOfNothingArePassedOn) {
+  Bind();
+  target.content = Pattern(8);
+  target.write_status = kOtherSuccess;
+  for (const bool chosen : {false, true}) {
+    if (chosen) {
+      Choose(kReading, OLESTR("MD5"));
+      Choose(kWriting, OLESTR("MD5"));
+    }
+    target.read_sizes.clear();
+    target.write_sizes.clear();
+    EXPECT_EQ(ReadOnce(filter.Stream(), 0, S_OK), Bytes{});
+    EXPECT_EQ(target.read_sizes, std::vector<ULONG>{0});
+    ULONG count = kUntouched;
+    EXPECT_EQ(WriteAll(filter.Stream(), {}, &count), kOtherSuccess);
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(target.write_sizes, std::vector<ULONG>{0});
+  }
+}
+
+TEST_F(StreamDigestTest, TheStreamsOwnSuccessCodesAreReturnedUnlessDigested) {
+  Bind();
+  target.content = Pattern(8);
+  target.short_read_status = target.write_status = kOtherSuccess;
+  EXPECT_EQ(ReadOnce(filter.Stream(), 10, kOtherSuccess), target.content);
+  EXPECT_EQ(WriteAll(filter.Stream(), Pattern(3)), kOtherSuccess);
+  Choose(kReading, OLESTR("MD5"));
+  Choose(kWriting, OLESTR("MD5"));
+  target.content = Pattern(8);
+  target.position = 0;
+  EXPECT_EQ(ReadOnce(filter.Stream(), 10, S_OK), target.content);
+  EXPECT_EQ(ReadOnce(filter.Stream(), 10, kOtherSuccess), Bytes{});
+  EXPECT_EQ(WriteAll(filter.Stream(), Pattern(3)), S_OK);
+  // A copy is a success.
+  ScriptedStream sink;
+  sink.write_status = kOtherSuccess;
+  target.content = Pattern(2048);
+  target.position = 0;
+  target.largest_read = 500;
+  ULARGE_INTEGER written = Large(kUntouchedTotal);
+  EXPECT_EQ(filter.Stream()->CopyTo(&sink, Large(5000), nullptr, &written), S_OK);
+  EXPECT_EQ(written.QuadPart, 2048u);
+}
+
+// Any value but 0 is true.
+TEST_F(StreamDigestTest, OtherTruthValuesSwitchOnToo) {
+  Bind();
+  for (const Direction* side : kDirections) {
+    for (const VARIANT_BOOL truth : {VARIANT_BOOL{2}, VARIANT_BOOL{256}, VARIANT_BOOL{-32768}}) {
+      Choose(*side, OLESTR("MD5"));
+      EXPECT_EQ((filter.operator->()->*side->put_enable)(truth), S_OK);
+      Pass(*side, FromText("abc"));
+      EXPECT_EQ(Value(*side), PeerDigest("MD5", FromText("abc"))) << truth;
+    }
+  }
+}
+
+// Bytes that a stream reports and never wrote are digested as the zeros that are copied.
+TEST_F(StreamDigestTest, CopyToTakesZerosForBytesThatWereNeverWritten) {
+  Bind();
+  Choose(kReading, OLESTR("SHA256"));
+  target.content = Pattern(1024);
+  target.excess_report = 1024;
+  ScriptedStream sink;
+  EXPECT_EQ(filter.Stream()->CopyTo(&sink, Large(2048), nullptr, nullptr), S_OK);
+  Bytes expected = Pattern(1024);
+  expected.resize(2048);
+  EXPECT_EQ(sink.content, expected);
+  EXPECT_EQ(Value(kReading), PeerDigest("SHA256", expected));
 }
 
 TEST_F(StreamDigestTest, NullBuffersAreRefusedEvenForNothing) {
