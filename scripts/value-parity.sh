@@ -1,18 +1,19 @@
 #!/bin/sh
 # Compares the automation values of the portable runtime with those of the platform.
 #
-#   value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION
+#   value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION [RULES]
 #
-# The two files are what tests/platform/value_parity.cpp prints, built over the one and the other. A
-# difference must be described by a rule of tests/platform/value_parity_allowed.txt, and every rule
-# must describe one, but that a rule of "[N]" is for versions from N on. Prints the rules, the number of operations compared and that of differences.
+# The two files are what one program prints, built over the one and the other. A difference must be
+# described by a rule of RULES, by default tests/platform/value_parity_allowed.txt, and every rule must
+# describe one, but that a rule of "[N]" is for versions from N on. Prints the rules, the number of
+# operations compared and that of differences.
 set -eu
 
-usage="usage: value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION"
+usage="usage: value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION [RULES]"
 portable=${1:?$usage}
 platform=${2:?$usage}
 version=${3:?$usage}
-rules=$(cd "$(dirname "$0")/.." && pwd)/tests/platform/value_parity_allowed.txt
+rules=${4:-$(cd "$(dirname "$0")/.." && pwd)/tests/platform/value_parity_allowed.txt}
 
 echo "What may differ ($(grep -c '^[^#]' "$rules") rules):"
 sed 's/^/  /' "$rules"

@@ -182,12 +182,25 @@ type_library() {
   same "type library" "$work/windows" "$work/native"
 }
 
+# compare_values [RULES]: what a program printed over the portable runtime and over the system.
+compare_values() {
+  version=$(wine --version 2>/dev/null | sed 's/^wine-\([0-9]*\).*/\1/')
+  "$root/scripts/value-parity.sh" "$work/portable.txt" "$work/platform.txt" "$version" "$@"
+}
+
+# Late-bound calls through type information: the portable runtime's, and the system's.
+invoke() {
+  "$native/tests/invoke_listing" "$native/lib/libMirolta.so" >"$work/portable.txt"
+  run_wine "$windows/tests/invoke_listing.exe" "$(windows_name "$windows/Mirolta.dll")" \
+    >"$work/platform.txt"
+  compare_values "$root/tests/windows/invoke_allowed.txt"
+}
+
 # Automation values: the portable runtime's results and statuses, and the platform's.
 parity() {
   LC_ALL=C "$native/tests/value_parity" >"$work/portable.txt"
   run_wine "$windows/tests/value_parity.exe" >"$work/platform.txt"
-  version=$(wine --version 2>/dev/null | sed 's/^wine-\([0-9]*\).*/\1/')
-  "$root/scripts/value-parity.sh" "$work/portable.txt" "$work/platform.txt" "$version"
+  compare_values
 }
 
 # units FOLDER: the unit tests of a folder that the Windows build has, on the layers that the module is
@@ -220,7 +233,7 @@ skipped_kernels() {
 }
 
 case $step in
-  binaries | registration | scripts | client | type_library | parity) "$step" ;;
+  binaries | registration | scripts | client | type_library | invoke | parity) "$step" ;;
   units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;
 esac

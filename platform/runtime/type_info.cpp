@@ -260,6 +260,7 @@ class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
       element.paramdesc.wParamFlags = PARAMFLAG_FIN;
       if (parameter.presence != Presence::kRequired) {
         element.paramdesc.wParamFlags |= PARAMFLAG_FOPT;
+        ++function.cParamsOpt;
       }
       if (parameter.presence != Presence::kDefault) continue;
       element.paramdesc.wParamFlags |= PARAMFLAG_FHASDEFAULT;

@@ -31,16 +31,18 @@ class CallArguments {
 
   HRESULT Prepare(const MemberRow& row, const DISPPARAMS& params, UINT* bad_argument) {
     const unsigned wanted = row.parameters.Count();
-    if (params.cArgs > wanted) return DISP_E_BADPARAMCOUNT;
-    if (params.cNamedArgs > params.cArgs) return DISP_E_BADPARAMCOUNT;
     if (params.cArgs > 0 && params.rgvarg == nullptr) return E_INVALIDARG;
     if (params.cNamedArgs > 0 && params.rgdispidNamedArgs == nullptr) return E_INVALIDARG;
+    if (IsPut(row) && !NamesItsValue(params)) return DISP_E_PARAMNOTFOUND;
+    if (params.cArgs > wanted) return DISP_E_BADPARAMCOUNT;
+    if (params.cNamedArgs > params.cArgs) return DISP_E_BADPARAMCOUNT;
 
     const VARIANT* given[kMaxParameters] = {};
     HRESULT status = Arrange(row, params, wanted, given, bad_argument);
     if (FAILED(status)) return status;
     for (unsigned i = 0; i < wanted; ++i) {
-      status = given[i] == nullptr || IsMissing(*given[i])
+      const bool takes_any = row.parameters.rows[i].type.type == VT_VARIANT;
+      status = given[i] == nullptr || IsMissing(*given[i], !takes_any)
                    ? UseDefault(row.parameters.rows[i], given[i] != nullptr, i)
                    : Bring(row.parameters.rows[i], *given[i], i);
       if (FAILED(status)) {
@@ -54,8 +56,16 @@ class CallArguments {
   }
 
  private:
-  static bool IsMissing(const VARIANT& argument) {
-    const bool refers = argument.vt == (VT_BYREF | VT_VARIANT) && argument.pvarVal != nullptr;
+  static bool IsPut(const MemberRow& row) { return row.kind == kPut || row.kind == kPutRef; }
+
+  // A put's value comes first in memory, named as such.
+  static bool NamesItsValue(const DISPPARAMS& params) {
+    return params.cNamedArgs > 0 && params.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT;
+  }
+
+  static bool IsMissing(const VARIANT& argument, bool follows) {
+    const bool refers =
+        follows && argument.vt == (VT_BYREF | VT_VARIANT) && argument.pvarVal != nullptr;
     const VARIANT& value = refers ? *argument.pvarVal : argument;
     return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND;
   }
@@ -63,7 +73,7 @@ class CallArguments {
   // Sorts the arguments to their parameters: named ones first, then the rest in reverse.
   static HRESULT Arrange(const MemberRow& row, const DISPPARAMS& params, unsigned wanted,
                          const VARIANT** given, UINT* bad_argument) {
-    const bool puts = row.kind == kPut || row.kind == kPutRef;
+    const bool puts = IsPut(row);
     for (UINT i = 0; i < params.cNamedArgs; ++i) {
       DISPID target = params.rgdispidNamedArgs[i];
       if (puts && target == DISPID_PROPERTYPUT) target = static_cast<DISPID>(wanted) - 1;
@@ -105,11 +115,12 @@ class CallArguments {
   HRESULT Bring(const ParameterRow& parameter, const VARIANT& from, unsigned index) {
     VARIANT& value = values_[index];
     const VARTYPE type = parameter.type.type;
-    if (from.vt == (VT_BYREF | VT_VARIANT) && from.pvarVal == nullptr) return E_INVALIDARG;
     if (type == VT_VARIANT) {
-      value = from.vt == (VT_BYREF | VT_VARIANT) ? *from.pvarVal : from;
+      // As it is: what a reference means is the member's business.
+      value = from;
       return S_OK;
     }
+    if (from.vt == (VT_BYREF | VT_VARIANT) && from.pvarVal == nullptr) return E_INVALIDARG;
     const bool is_object = from.vt == VT_UNKNOWN || from.vt == VT_DISPATCH;
     if (type == VT_UNKNOWN && is_object) {
       value.vt = VT_UNKNOWN;

@@ -196,7 +196,6 @@ TEST_F(TypeInfoInvokeTest, CountsOfArgumentsAreChecked) {
   EXPECT_EQ(Method(kSelfId, {NumberValue(1)}), DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(Call(kValueId, DISPATCH_PROPERTYGET, {NumberValue(1)}), DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(Put(kCountId, {NumberValue(1), NumberValue(2)}), DISP_E_BADPARAMCOUNT);
-  EXPECT_EQ(Call(kCountId, DISPATCH_PROPERTYPUT), DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(Method(kEchoId, {NumberValue(1), NumberValue(1), NumberValue(1), NumberValue(1)}),
             DISP_E_BADPARAMCOUNT);
   VARIANT argument = NumberValue(1);
@@ -205,6 +204,28 @@ TEST_F(TypeInfoInvokeTest, CountsOfArgumentsAreChecked) {
   EXPECT_EQ(info->Invoke(&object, kTakeId, DISPATCH_METHOD, &more_names, nullptr, nullptr, nullptr),
             DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(object.calls, 0);
+}
+
+TEST_F(TypeInfoInvokeTest, APutNamesItsValue) {
+  for (const WORD flags :
+       {WORD{DISPATCH_PROPERTYPUT}, WORD{DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF}}) {
+    EXPECT_EQ(Call(kCountId, flags), DISP_E_PARAMNOTFOUND);
+    EXPECT_EQ(Call(kCountId, flags, {NumberValue(1)}), DISP_E_PARAMNOTFOUND);
+    EXPECT_EQ(Call(kCountId, flags, {NumberValue(1)}, {0}), DISP_E_PARAMNOTFOUND);
+    EXPECT_EQ(Call(kItemId, flags, {NumberValue(1), TextValue(OLESTR("x"))}), DISP_E_PARAMNOTFOUND);
+    // The name stands first.
+    EXPECT_EQ(
+        Call(kItemId, flags, {TextValue(OLESTR("x")), NumberValue(1)}, {0, DISPID_PROPERTYPUT}),
+        DISP_E_PARAMNOTFOUND);
+  }
+  FakeObject other;
+  EXPECT_EQ(Call(kObjectId, DISPATCH_PROPERTYPUTREF, {ObjectValue(&other)}), DISP_E_PARAMNOTFOUND);
+  EXPECT_EQ(bad_argument, kNoArgument);
+  EXPECT_EQ(object.calls, 0);
+  ASSERT_EQ(Call(kItemId, DISPATCH_PROPERTYPUT, {NumberValue(3), TextValue(OLESTR("x"))},
+                 {DISPID_PROPERTYPUT, 0}),
+            S_OK);
+  EXPECT_EQ(object.last_number, 3);
 }
 
 TEST_F(TypeInfoInvokeTest, NamedArgumentsFindTheirPlace) {
@@ -303,16 +324,23 @@ TEST_F(TypeInfoInvokeTest, ReferencesAreFollowed) {
   EXPECT_EQ(object.item, OLESTR("by reference"));
   ASSERT_EQ(Method(kWriteId, {BoolValue(true), ReferenceTo(VT_VARIANT, &text)}), S_OK);
   EXPECT_EQ(object.item, OLESTR("by reference"));
+  // A member that takes any value gets the reference.
   ASSERT_EQ(Method(kEchoId, {ReferenceTo(VT_VARIANT, &text)}), S_OK);
-  EXPECT_EQ(object.last_type, VT_BSTR);
-  EXPECT_EQ(ResultText(), OLESTR("by reference"));
+  EXPECT_EQ(object.last_type, VT_BYREF | VT_VARIANT);
+  ASSERT_EQ(Method(kEchoId, {ReferenceTo(VT_BSTR, &text->bstrVal)}), S_OK);
+  EXPECT_EQ(object.last_type, VT_BYREF | VT_BSTR);
+  TestValue missing = MissingValue();
+  ASSERT_EQ(Method(kTakeId, {ReferenceTo(VT_VARIANT, &missing)}), S_OK);
+  EXPECT_EQ(object.last_type, VT_BYREF | VT_VARIANT);
+  ASSERT_EQ(Method(kTakeId, {ReferenceTo(VT_VARIANT, nullptr)}), S_OK);
+  EXPECT_EQ(object.last_type, VT_BYREF | VT_VARIANT);
   // The callers' values stay theirs.
   EXPECT_EQ(V_VT(&text), VT_BSTR);
   EXPECT_EQ(Text(text->bstrVal), OLESTR("by reference"));
 }
 
 TEST_F(TypeInfoInvokeTest, AReferenceToNothingIsRefused) {
-  EXPECT_EQ(Method(kTakeId, {ReferenceTo(VT_VARIANT, nullptr)}), E_INVALIDARG);
+  EXPECT_EQ(Method(kFailId, {ReferenceTo(VT_VARIANT, nullptr)}), E_INVALIDARG);
   EXPECT_EQ(bad_argument, 0u);
   EXPECT_EQ(object.calls, 0);
 }

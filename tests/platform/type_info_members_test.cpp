@@ -58,7 +58,12 @@ TEST_F(TypeInfoMembersTest, DescribesEveryMember) {
     EXPECT_EQ(function->callconv, CC_STDCALL);
     EXPECT_EQ(function->oVft, static_cast<SHORT>((7 + i) * sizeof(void*)));
     EXPECT_EQ(function->cParams, static_cast<SHORT>(row.parameters.Count()));
-    EXPECT_EQ(function->cParamsOpt, 0);
+    SHORT optional = 0;
+    for (unsigned k = 0; k < row.parameters.Count(); ++k) {
+      optional = static_cast<SHORT>(
+          optional + (row.parameters.rows[k].presence != Presence::kRequired ? 1 : 0));
+    }
+    EXPECT_EQ(function->cParamsOpt, optional);
     info->ReleaseFuncDesc(function);
   }
   FUNCDESC* function = nullptr;

@@ -641,11 +641,8 @@ bool IsMissing(const VARIANT& value) {
 // the declared type as far as the member's answer depends on it.
 Result<VARIANT> Delivered(const Row& row, const VARIANT& value) {
   Result<VARIANT> out = {S_OK, value};
-  if (TakesAnyValue(row.rule)) {
-    if (V_VT(&value) != (VT_BYREF | VT_VARIANT)) return out;
-    if (value.pvarVal == nullptr) return {E_INVALIDARG};
-    return {S_OK, *value.pvarVal};
-  }
+  // A member that takes any value gets it as it is, a reference too.
+  if (TakesAnyValue(row.rule)) return out;
   if (IsMissing(value)) {
     // The defaults are values that the member takes.
     out.value.lVal = 32;

@@ -1,9 +1,8 @@
 // Prints the type library of a module, member by member. Built natively and for Windows, where the
 // system reads the library from the file's resources, it must print the same.
 //
-// Left out is what does not come from the library: flags that the loader adds, the methods that
-// each interface inherits (the system lists them, the portable runtime does not), and the count of
-// optional parameters, which their own flags say.
+// Left out is what does not come from the library: flags that the loader adds, and the methods that
+// each interface inherits (the system lists them, the portable runtime does not).
 #include <stdio.h>
 
 #include "platform.h"
@@ -78,11 +77,11 @@ void PrintFunction(ITypeInfo* info, UINT index) {
     info->ReleaseFuncDesc(function);
     return;
   }
-  printf("    function id=%ld kind=%d.%d call=%d slot=%d flags=%X result=",
+  printf("    function id=%ld kind=%d.%d call=%d slot=%d flags=%X optional=%d result=",
          static_cast<long>(function->memid), static_cast<int>(function->funckind),
          static_cast<int>(function->invkind), static_cast<int>(function->callconv),
          static_cast<int>(function->oVft) / static_cast<int>(sizeof(void*)),
-         static_cast<unsigned>(function->wFuncFlags));
+         static_cast<unsigned>(function->wFuncFlags), function->cParamsOpt);
   PrintType(info, function->elemdescFunc.tdesc);
   PrintDocumentation(info, function->memid);
   printf("\n");
