@@ -138,7 +138,8 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
 
 bool RegisterOwnModule() {
   CLSID known;
-  if (SUCCEEDED(CLSIDFromProgID(kOwnClass, &known))) return false;
+  // Not known is one thing; a registry that cannot answer for want of memory is another.
+  if (CLSIDFromProgID(kOwnClass, &known) != CO_E_CLASSSTRING) return false;
   const std::string module = OwnModulePath();
   if (module.empty() || MiroltaRegistryInMemory(TRUE) != ERROR_SUCCESS) return false;
   std::string problem;

@@ -6,7 +6,7 @@ function attempt(name, f) {
   WScript.Echo(name, said);
 }
 var o = new ActiveXObject("Fake.Object"), text = "\u00e9\ud800", i;
-for (i = 0; i < 25; i++) text += text;
+for (i = 0; i < 23; i++) text += text;
 WScript.Echo(text.length);
 attempt("Echo", function () { WScript.Echo(text); });
 attempt("StdErr", function () { WScript.StdErr.Write(text); });
