@@ -1,13 +1,27 @@
-// Scripts without loops, made of the input, on the script host: statements that create objects,
-// read and set their members and call them with each other's results and odd values. The program
-// is the module, and the only one that is registered.
+// Scripts without endless loops, made of the input, on two script hosts, which must log the same.
+// The program is the module, and the only one that is registered. The input's first byte chooses:
+// - automation objects: statements that create them, read and set their members, call and assign
+// with
+//   each other's results, heirs and odd values; one host gets the assignments to calls rewritten by
+//   the host, the other as the generator means them;
+// - streams: a model tells what the script must log and what its files must hold;
+// - the grammar of the language: what is rewritten is known, and compiles;
+// - any text: it is compiled, and what compiles does so after rewriting.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
 #include <string>
 
-#include "duktape.h"
+#include "call_assignment.h"
 #include "fuzz_input.h"
+#include "generated_script.h"
 #include "mirolta.h"
+#include "output_file.h"
 #include "portable/registry_mode.h"
 #include "script_engine.h"
+#include "stream_script.h"
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
 
@@ -16,11 +30,20 @@ using namespace mirolta::fuzz;
 
 namespace {
 
+// That classes are found at all: without it every script would only see errors.
+bool CreatesObjects() {
+  ScriptEngine engine;
+  std::string problem;
+  return engine.Start(&problem) &&
+         duk_peval_string(engine.api(), "new ActiveXObject('Vardeko.crypt.Number')") == 0;
+}
+
 bool PrepareModule() {
   setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1);
   FUZZ_CHECK(MiroltaRegistryInMemory(TRUE) == ERROR_SUCCESS);
   FUZZ_CHECK(DllRegisterServer() == S_OK);
   FUZZ_CHECK(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED) == S_OK);
+  FUZZ_CHECK(CreatesObjects());
   return true;
 }
 
@@ -60,7 +83,15 @@ constexpr const char* kValues[] = {"null",
                                    "new VBArray(c)",
                                    "this",
                                    "WScript",
-                                   "a.Key"};
+                                   "a.Key",
+                                   "Object.create(a)",
+                                   "Object.create(c)",
+                                   "(F.prototype = b, new F)",
+                                   "Object.setPrototypeOf({}, a)",
+                                   "WScript.MemoryStream(new Uint8Array(5))",
+                                   "Object.create(WScript.MemoryStream())",
+                                   "WScript.StreamOf(a)",
+                                   "Object.create(new VBArray(b.Binary))"};
 constexpr const char* kNames[] = {
     "Value",        "Hex",       "Binary",   "Text",          "Key",
     "Init",         "InitHash",  "HashData", "HashUpdate",    "HashFinalize",
@@ -76,36 +107,169 @@ const char* Pick(FuzzInput& in, const char* const (&choices)[kCount]) {
   return choices[in.Byte() % kCount];
 }
 
-std::string Script(FuzzInput& in) {
-  std::string script = "var a, b, c;\n";
+struct ObjectScript {
+  std::string script;
+  std::string rewritten;
+};
+
+// The right side is given by `value`; both forms of the left side.
+ObjectScript CallAssignment(FuzzInput& in, const std::string& object) {
+  const std::string name = Pick(in, kNames), argument = Pick(in, kValues),
+                    value = Pick(in, kValues);
+  const std::string tail = "(" + argument + ")";
+  return {object + "." + name + tail + " = " + value,
+          object + "[\"" + name + "()=\"]" + tail + ".value = " + value};
+}
+
+ObjectScript Script(FuzzInput& in) {
+  ObjectScript script;
+  script.script = script.rewritten = "var a, b, c, log = ''; function F() {}\n";
   for (int lines = 0; lines < 25 && !in.IsEmpty(); ++lines) {
     const std::string name(1, static_cast<char>('a' + in.Byte() % 3));
-    std::string line;
-    switch (in.Byte() % 7) {
+    ObjectScript line;
+    switch (in.Byte() % 9) {
       case 0:
       case 1:
-        line = name + " = new ActiveXObject('Vardeko.crypt." + Pick(in, kClasses) + "')";
+        line.script = name + " = new ActiveXObject('Vardeko.crypt." + Pick(in, kClasses) + "')";
         break;
       case 2:
-        line = name + " = " + Pick(in, kValues);
+        line.script = name + " = " + Pick(in, kValues);
         break;
       case 3:
-        line = name + "." + Pick(in, kNames) + " = " + Pick(in, kValues);
+        line.script = name + "." + Pick(in, kNames) + " = " + Pick(in, kValues);
         break;
       case 4:
-        line = name + " = b." + Pick(in, kNames);
+        line.script = name + " = b." + Pick(in, kNames);
+        break;
+      case 5:
+        line = CallAssignment(in, name);
+        break;
+      case 6:
+        line.script = "if (true) (" + name + ") = " + Pick(in, kValues);
         break;
       default: {
-        line = name + " = a." + Pick(in, kNames) + "(";
+        line.script = name + " = a." + Pick(in, kNames) + "(";
         const uint8_t count = in.Byte() % 4;
-        for (int i = 0; i < count; ++i) line += std::string(i > 0 ? ", " : "") + Pick(in, kValues);
-        line += ")";
+        for (int i = 0; i < count; ++i) {
+          line.script += std::string(i > 0 ? ", " : "") + Pick(in, kValues);
+        }
+        line.script += ")";
         break;
       }
     }
-    script += "try { " + line + " } catch (e) { e.number + e.message + e.description }\n";
+    if (line.rewritten.empty()) line.rewritten = line.script;
+    const std::string end = "; log += typeof " + name +
+                            " } catch (e) { log += e.number + e.message + e.description }\n";
+    script.script += "try { " + line.script + end;
+    script.rewritten += "try { " + line.rewritten + end;
   }
   return script;
+}
+
+bool Compiles(duk_context* api, const std::string& text) {
+  const bool compiles = duk_pcompile_lstring(api, 0, text.data(), text.size()) == 0;
+  duk_pop(api);
+  return compiles;
+}
+
+// Runs the script on a host of its own and returns the global `log`.
+std::string LogOf(const std::string& script, const std::string& folder = "") {
+  ScriptEngine engine;
+  std::string problem;
+  FUZZ_CHECK(engine.Start(&problem));
+  duk_push_lstring(engine.api(), folder.data(), folder.size());
+  duk_put_global_string(engine.api(), "folder");
+  const bool went_well = duk_peval_lstring(engine.api(), script.data(), script.size()) == 0;
+  if (!went_well) {
+    std::fprintf(stderr, "%s\n%s\n", script.c_str(), duk_safe_to_string(engine.api(), -1));
+  }
+  FUZZ_CHECK(went_well);
+  duk_get_global_string(engine.api(), "log");
+  duk_size_t size = 0;
+  const char* log = duk_get_lstring(engine.api(), -1, &size);
+  FUZZ_CHECK(log != nullptr);
+  return {log, size};
+}
+
+void RunObjects(FuzzInput& in) {
+  const ObjectScript made = Script(in);
+  const std::string rewritten = RewriteCallAssignments(made.script);
+  if (rewritten != made.rewritten) std::fprintf(stderr, "%s", made.script.c_str());
+  FUZZ_CHECK(rewritten == made.rewritten);
+  const std::string first = LogOf(rewritten), second = LogOf(made.rewritten);
+  if (first != second) {
+    std::fprintf(stderr, "%s\n%s\n%s\n", made.script.c_str(), first.c_str(), second.c_str());
+  }
+  FUZZ_CHECK(first == second);
+}
+
+// A folder of this process.
+const std::string& Folder() {
+  static const std::string folder = [] {
+    char name[] = "/tmp/mirolta-fuzz-XXXXXX";
+    FUZZ_CHECK(mkdtemp(name) != nullptr);
+    return std::string(name);
+  }();
+  return folder;
+}
+struct FolderEnd {
+  ~FolderEnd() {
+    for (const auto& [name, text] : FilesBefore()) unlink((Folder() + "/" + name).c_str());
+    rmdir(Folder().c_str());
+  }
+};
+
+void RunStreams(FuzzInput& in) {
+  static const FolderEnd end;
+  const StreamScript made = MakeStreamScript(in);
+  FUZZ_CHECK(RewriteCallAssignments(made.script) == made.script);
+  for (int host = 0; host < 2; ++host) {
+    for (const auto& [name, text] : FilesBefore()) {
+      std::ofstream(Folder() + "/" + name, std::ios::binary | std::ios::trunc) << text;
+    }
+    const std::string log = LogOf(made.script, Folder());
+    DiscardOutputs();
+    if (log != made.log) {
+      std::fprintf(stderr, "%s\n%s\n%s\n", made.script.c_str(), log.c_str(), made.log.c_str());
+    }
+    FUZZ_CHECK(log == made.log);
+    for (const auto& [name, text] : made.files) {
+      std::ifstream file(Folder() + "/" + name, std::ios::binary);
+      const std::string got((std::istreambuf_iterator<char>(file)),
+                            std::istreambuf_iterator<char>());
+      if (got != text) std::fprintf(stderr, "%s%s\n", made.script.c_str(), name.c_str());
+      FUZZ_CHECK(got == text);
+    }
+  }
+}
+
+ScriptEngine& Compiler() {
+  static ScriptEngine engine;
+  std::string problem;
+  if (engine.api() == nullptr) FUZZ_CHECK(engine.Start(&problem));
+  return engine;
+}
+
+void RunGrammar(FuzzInput& in) {
+  const std::function<uint32_t(uint32_t)> choose = [&](uint32_t count) {
+    return in.Byte() % count;
+  };
+  const test::GeneratedScript made = test::MakeScript(choose);
+  const bool as_meant = RewriteCallAssignments(made.script) == made.rewritten;
+  const bool compiles = Compiles(Compiler().api(), made.rewritten);
+  if (!as_meant || !compiles) std::fprintf(stderr, "%s\n", made.script.c_str());
+  FUZZ_CHECK(as_meant);
+  FUZZ_CHECK(compiles);
+}
+
+void RunText(FuzzInput& in) {
+  const Bytes rest = in.Rest();
+  const std::string text(rest.begin(), rest.end());
+  const std::string rewritten = RewriteCallAssignments(text);
+  const bool compiled = Compiles(Compiler().api(), text);
+  const bool compiles = Compiles(Compiler().api(), rewritten);
+  if (compiled && !compiles) std::fprintf(stderr, "%s\n", rewritten.c_str());
+  FUZZ_CHECK(compiles || !compiled);
 }
 
 }  // namespace
@@ -113,19 +277,21 @@ std::string Script(FuzzInput& in) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   [[maybe_unused]] static const bool prepared = PrepareModule();
   FuzzInput in(data, size);
-  // Or any text at all, compiled only: it may hold loops.
-  const bool compiles_only = in.Byte() % 8 == 0;
-  const Bytes rest = compiles_only ? in.Rest() : Bytes();
-  const std::string script = compiles_only ? std::string(rest.begin(), rest.end()) : Script(in);
-  ScriptEngine engine;
-  std::string problem;
-  FUZZ_CHECK(engine.Start(&problem));
-  if (compiles_only) {
-    duk_pcompile_lstring(engine.api(), 0, script.data(), script.size());
-  } else {
-    const bool went_well = duk_peval_lstring(engine.api(), script.data(), script.size()) == 0;
-    if (!went_well) std::fprintf(stderr, "%s\n", script.c_str());
-    FUZZ_CHECK(went_well);
+  switch (in.Byte() % 8) {
+    case 0:
+      RunText(in);
+      break;
+    case 1:
+      RunGrammar(in);
+      break;
+    case 2:
+    case 3:
+    case 4:
+      RunStreams(in);
+      break;
+    default:
+      RunObjects(in);
+      break;
   }
   return 0;
 }
