@@ -1,7 +1,7 @@
 #include "file_stream.h"
 
 #include <algorithm>
-#include <utility>
+#include <new>
 
 #include "target_path.h"
 #include "text_encoding.h"
@@ -19,9 +19,11 @@ std::string& LastFailedName() {
 
 class FileStream final : public IStream {
  public:
-  FileStream(IStream* system, std::string name, std::shared_ptr<OutputFile> output)
-      : name_(std::move(name)), output_(std::move(output)) {
-    system_.Take(system);
+  // Takes over `system` once nothing can fail any more.
+  FileStream(Reference<IStream>* system, const std::string& name,
+             const std::shared_ptr<OutputFile>& output)
+      : name_(name), output_(output) {
+    system_.Take(system->Release());
   }
   FileStream(const FileStream&) = delete;
   FileStream& operator=(const FileStream&) = delete;
@@ -113,7 +115,13 @@ class FileStream final : public IStream {
   // The output was finished or discarded: nothing may change what is in place.
   bool IsEnded() const { return output_ != nullptr && !output_->is_open(); }
   HRESULT Noted(HRESULT status) const {
-    if (FAILED(status)) LastFailedName() = name_;
+    if (SUCCEEDED(status)) return status;
+    try {
+      LastFailedName() = name_;
+    } catch (const std::bad_alloc&) {
+      // The caller may be a module, which knows no exceptions. The error then names no file.
+      LastFailedName().clear();
+    }
     return status;
   }
   HRESULT NotedWrite(HRESULT status) const {
@@ -128,7 +136,15 @@ class FileStream final : public IStream {
 };
 
 // What opening gave: the system's stream and, for a new file, its output.
+// An output that nobody takes is dropped: at the script's end it would replace its target.
 struct OpenedFile {
+  OpenedFile() = default;
+  OpenedFile(const OpenedFile&) = delete;
+  OpenedFile& operator=(const OpenedFile&) = delete;
+  ~OpenedFile() {
+    if (output != nullptr) output->Discard();
+  }
+
   Reference<IStream> stream;
   std::shared_ptr<OutputFile> output;
 };
@@ -162,7 +178,8 @@ HRESULT OpenFileStream(const std::string& name, const FileMode& mode, bool is_pr
   OpenedFile file;
   const HRESULT status = Open(path, name, mode, is_private, &file);
   if (FAILED(status)) return status;
-  *stream->Out() = new FileStream(file.stream.Release(), name, std::move(file.output));
+  *stream->Out() = new FileStream(&file.stream, name, file.output);
+  file.output.reset();
   return S_OK;
 }
 

@@ -275,7 +275,12 @@ void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, d
 // WScript.OpenFile(path, mode, isPrivate)
 struct OpenFileFrame {
   std::string name;
-  Reference<IStream> stream;
+  Reference<IStream> stream;  // until the script has it
+
+  ~OpenFileFrame() {
+    OutputFile* output = stream ? OutputOf(stream.Get()) : nullptr;
+    if (output != nullptr) output->Discard();
+  }
   duk_ret_t Run(duk_context* engine) {
     duk_size_t size = 0;
     const char* text = duk_to_lstring(engine, 0, &size);
@@ -290,7 +295,9 @@ struct OpenFileFrame {
       ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", text,
                 standard != nullptr ? standard : "The file cannot be opened");
     }
-    PushStream(engine, stream.Release());
+    stream->AddRef();
+    PushStream(engine, stream.Get());
+    stream.Reset();
     return 1;
   }
 

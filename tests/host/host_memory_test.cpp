@@ -13,6 +13,7 @@
 #include "host_errors.h"
 #include "memory_watch.h"
 #include "mirolta.h"
+#include "output_file.h"
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
 #include "script_engine.h"
@@ -42,6 +43,12 @@ constexpr NativeRow kRows[] = {
     {"OpenFile", "var f = WScript.OpenFile('/dev/null', 'r'); f.Close()"},
     {"OpenFile of none", "failing(function () { WScript.OpenFile(long + '/' + long) })"},
     {"OpenFile of no text", "failing(function () { WScript.OpenFile('\\ud800\\u0000') })"},
+    {"file that is made",
+     "var f = WScript.OpenFile(file, 'w+', true); f.Write(bytes); f.Close(); f.Close()"},
+    {"file that is dropped", "var f = WScript.OpenFile(file, 'w'); f.Write(bytes); f.Discard()"},
+    {"IsSameFile", "WScript.IsSameFile('/dev/null', '/dev/' + '../dev/null')"},
+    {"EnvironmentVariable",
+     "WScript.EnvironmentVariable('PATH') + WScript.EnvironmentVariable(long)"},
     {"MemoryStream", "WScript.MemoryStream(bytes).Size"},
     {"StreamOf", "WScript.StreamOf(stream).Size"},
     {"StreamOf of a script object", "failing(function () { WScript.StreamOf({}) })"},
@@ -244,8 +251,15 @@ class HostMemory : public testing::TestWithParam<Heap> {
     ASSERT_TRUE(engine_->Start(&problem)) << problem;
     PushDispatch(api(), &sink_);
     duk_put_global_string(api(), "sink");
+    const std::string file = testing::TempDir() + "mirolta-" + std::to_string(getpid());
+    duk_push_string(api(), file.c_str());
+    duk_put_global_string(api(), "file");
     ASSERT_EQ(duk_peval_string(api(), kStart), 0) << duk_safe_to_string(api(), -1);
     duk_pop(api());
+  }
+  void TearDown() override {
+    DiscardOutputs();
+    unlink((testing::TempDir() + "mirolta-" + std::to_string(getpid())).c_str());
   }
   duk_context* api() { return engine_->api(); }
 
@@ -386,7 +400,8 @@ TEST_P(HostMemory, EveryNativeFunctionHasItsRow) {
   for (size_t end = 0; (end = names.find(',')) != std::string::npos; names.erase(0, end + 1)) {
     const std::string name = names.substr(0, end);
     bool found = name == "ScriptName" || name == "ScriptFullName" || name == "Name" ||
-                 name == "Quit" || name == "prototype" || name == "name" || name == "toString";
+                 name == "Quit" || name == "IsTerminal" || name == "prototype" || name == "name" ||
+                 name == "toString";
     for (const NativeRow& row : kRows) {
       found = found || std::string(row.script).find(name) != std::string::npos;
     }
