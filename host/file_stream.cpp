@@ -13,7 +13,7 @@ constexpr IID kFileStreamId = {
     0x2B6F1D84, 0x93C7, 0x4E0A, {0xB1, 0x5D, 0x60, 0xE8, 0x4C, 0x7A, 0x39, 0xF2}};
 
 std::string& LastFailedName() {
-  static std::string name;
+  static std::string& name = *new std::string;  // lives as long as any stream
   return name;
 }
 

@@ -12,15 +12,15 @@
 namespace mirolta {
 
 struct FileMode {
-  DWORD access;                // STGM_READ, STGM_WRITE or STGM_READWRITE
-  bool makes_file = false;     // what is there is replaced, once the stream is closed
-  bool must_be_new = false;    // with makes_file
+  DWORD access;              // STGM_READ, STGM_WRITE or STGM_READWRITE
+  bool makes_file = false;   // what is there is replaced, once the stream is closed
+  bool must_be_new = false;  // with makes_file
 };
 
 // OpenFileStream opens the file of the engine's text `name`. A folder, pipe or device is opened as
 // it is, also by a mode that makes files.
-[[nodiscard]] HRESULT OpenFileStream(const std::string& name, const FileMode& mode,
-                                     bool is_private, Reference<IStream>* stream);
+[[nodiscard]] HRESULT OpenFileStream(const std::string& name, const FileMode& mode, bool is_private,
+                                     Reference<IStream>* stream);
 
 // OutputOf returns the output that a stream writes, null if it is none or a file in place. It lives
 // as long as the stream.

@@ -17,7 +17,7 @@ namespace {
 using Outputs = std::vector<std::shared_ptr<OutputFile>>;
 
 Outputs& OpenOutputs() {
-  static Outputs outputs;
+  static Outputs& outputs = *new Outputs;  // also for what ends after static objects
   return outputs;
 }
 
@@ -26,8 +26,8 @@ struct StatusRow {
   HRESULT status;
 };
 constexpr StatusRow kStatuses[] = {
-    {EEXIST, STG_E_FILEALREADYEXISTS}, {EACCES, STG_E_ACCESSDENIED}, {EPERM, STG_E_ACCESSDENIED},
-    {EBUSY, STG_E_ACCESSDENIED},       {EROFS, STG_E_ACCESSDENIED},  {EISDIR, STG_E_ACCESSDENIED},
+    {EEXIST, STG_E_FILEALREADYEXISTS}, {EACCES, STG_E_ACCESSDENIED},  {EPERM, STG_E_ACCESSDENIED},
+    {EBUSY, STG_E_ACCESSDENIED},       {EROFS, STG_E_ACCESSDENIED},   {EISDIR, STG_E_ACCESSDENIED},
     {ENOENT, STG_E_FILENOTFOUND},      {ENOTDIR, STG_E_FILENOTFOUND}, {ENOSPC, STG_E_MEDIUMFULL},
     {EDQUOT, STG_E_MEDIUMFULL},        {EFBIG, STG_E_MEDIUMFULL},
 };
@@ -74,7 +74,6 @@ HRESULT OutputFile::Open(const Target& target, const std::string& name,
                          const OutputOptions& options, Reference<IStream>* stream,
                          std::shared_ptr<OutputFile>* output) {
   if (target.kind == TargetKind::kRegular) {
-    if (options.must_be_new) return STG_E_FILEALREADYEXISTS;
     // Who may not write the file may not replace it either.
     const HRESULT status = SHCreateStreamOnFileEx(UnitsFromSystem(target.path).c_str(), STGM_WRITE,
                                                   0, FALSE, nullptr, stream->Out());
@@ -84,8 +83,7 @@ HRESULT OutputFile::Open(const Target& target, const std::string& name,
   made->target_ = target;
   made->name_ = name;
   made->options_ = options;
-  const HRESULT status =
-      made->temporary_.Create(FolderOf(target.path), options.mode, stream);
+  const HRESULT status = made->temporary_.Create(FolderOf(target.path), options.mode, stream);
   if (FAILED(status)) return status;
   OpenOutputs().push_back(made);
   *output = std::move(made);

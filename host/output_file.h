@@ -21,15 +21,16 @@ struct OutputOptions {
 class OutputFile {
  public:
   // Open makes the temporary file. The output then waits for Finish, Discard, or FinishOutputs or
-  // DiscardOutputs. `target` is a new or a regular file; `name` is what messages call it.
+  // DiscardOutputs. `target` is a new or a regular file, which fails Finish if the file must be
+  // new; `name` is what messages call it.
   [[nodiscard]] static HRESULT Open(const Target& target, const std::string& name,
                                     const OutputOptions& options, Reference<IStream>* stream,
                                     std::shared_ptr<OutputFile>* output);
 
   // Finish puts the file on the disk and then in the target's place, with the target's permissions
   // and, as far as the process may, its owner; a symbolic link stays and the file it leads to is
-  // replaced. After a failure, also a write's that came before, the target is as it was. Does nothing for an
-  // output that is no longer open.
+  // replaced. After a failure, also a write's that came before, the target is as it was. Does
+  // nothing for an output that is no longer open.
   [[nodiscard]] HRESULT Finish();
   void Discard();
   bool is_open() const { return is_open_; }

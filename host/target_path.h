@@ -15,7 +15,7 @@ enum class TargetKind {
 
 struct Target {
   TargetKind kind = TargetKind::kOther;
-  std::string path;       // symbolic links in its last component followed
+  std::string path;        // symbolic links in its last component followed
   struct stat facts = {};  // of a regular file
 };
 

@@ -15,8 +15,8 @@ AES = "000102030405060708090a0b0c0d0e0f"
 SIZE = 1 << 20  # a multiple of both block sizes
 LONG = 17 << 20  # progress is shown from 16 MB on
 
-# The examples that read IN and write OUT, with their arguments. KEY.json is an RSA key, WRAPPED what
-# rsa-encrypt.js made of SIZE bytes with it.
+# The examples that read IN and write OUT, with their arguments. KEY.json is an RSA key, WRAPPED
+# what rsa-encrypt.js made of SIZE bytes with it.
 WRITERS = {
     "encrypt-file.js": ("AES", AES, "IN", "OUT"),
     "decrypt-file.js": ("AES", AES, "IN", "OUT"),
@@ -148,8 +148,9 @@ class Outputs(ExampleTest):
             run = self.run_host(*self.command(example, row, target="new"),
                                 preexec_fn=limit_files(4096))
             self.expect_failure(run, ": new: Disk full")
-            run = self.run_host(*self.command(example, row, target="/dev/full"))
-            self.expect_failure(run, ": /dev/full: Disk full")
+            full = self.device("full")
+            run = self.run_host(*self.command(example, row, target=full))
+            self.expect_failure(run, f": {full}: Disk full")
 
     def test_a_disk_that_is_full_in_the_end(self):
         for example, row in self.each(WRITERS):
@@ -159,8 +160,9 @@ class Outputs(ExampleTest):
 
     def test_one_of_several_outputs_fails(self):
         self.add("in", bytes(SIZE))
-        run = self.run_host(EXAMPLES / "tee-digest.js", "MD5", "in", "out", "/dev/full", "new")
-        self.expect_failure(run, ": /dev/full: Disk full")
+        full = self.device("full")
+        run = self.run_host(EXAMPLES / "tee-digest.js", "MD5", "in", "out", full, "new")
+        self.expect_failure(run, f": {full}: Disk full")
 
     def test_a_read_that_fails(self):
         for example, row in self.each(WRITERS):
@@ -262,7 +264,8 @@ class KeySources(ExampleTest):
             self.assertEqual(run.stdout, hmac.new(bare, b"text", hashlib.sha256).hexdigest() + "\n")
         run = self.run_host(EXAMPLES / "hmac.js", "--key-env", "THE_KEY", "MD5",
                             env={"THE_KEY": "se\u00e9cret"})
-        self.assertEqual(run.stdout, hmac.new("se\u00e9cret".encode(), b"", "md5").hexdigest() + "\n")
+        expected = hmac.new("se\u00e9cret".encode(), b"", "md5").hexdigest()
+        self.assertEqual(run.stdout, expected + "\n")
 
     def test_a_key_from_a_pipe(self):
         run = subprocess.run(["sh", "-c", f"printf secret | $MIROLTA_TEST_HOST {EXAMPLES}/hmac.js "
@@ -333,11 +336,11 @@ class LongWork(ExampleTest):
         for example, row in {**WRITERS, **READERS}.items():
             with self.subTest(example):
                 self.make_input(example, LONG)
-                run = self.run_host(*self.command(example, row, target="/dev/null"))
+                run = self.run_host(*self.command(example, row, target=self.device("null")))
                 self.assertEqual(run.returncode, 0, run)
                 self.assertNotIn("%", run.stderr)
                 main, terminal = os.openpty()
-                run = self.run_host(*self.command(example, row, target="/dev/null"),
+                run = self.run_host(*self.command(example, row, target=self.device("null")),
                                     stderr=terminal)
                 os.close(terminal)
                 self.assertEqual(run.returncode, 0, run)
@@ -351,7 +354,7 @@ class LongWork(ExampleTest):
         for example, row in {**WRITERS, **READERS}.items():
             with self.subTest(example):
                 self.make_input(example, 200 << 20)
-                process = self.start(self.command(example, row, target="/dev/null"),
+                process = self.start(self.command(example, row, target=self.device("null")),
                                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
                 _, status, usage = os.wait4(process.pid, 0)
                 process.returncode = os.waitstatus_to_exitcode(status)

@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 import unittest
 
-from runner import HostTest, limit_files
+from runner import SIGNALS, HostTest, limit_files
 
 OPEN = 'var out = WScript.OpenFile(WScript.Arguments(0), "w");\n'
 BYTES = "new Uint8Array([110, 101, 119])"  # new
@@ -98,7 +98,7 @@ class WhenTheOldOneStays(OutputFileTest):
         self.expect_old()
 
     def test_signals(self):
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
+        for number in SIGNALS:
             with self.subTest(number):
                 with tempfile.NamedTemporaryFile("w", suffix=".js") as script:
                     script.write(WRITE + "out = null; WScript.Sleep(600000);")
@@ -108,6 +108,18 @@ class WhenTheOldOneStays(OutputFileTest):
                     self.interrupt(process, number)
                 self.assertEqual(process.returncode, -number)
                 self.expect_old()
+
+    def test_an_ignored_signal_stays_ignored(self):
+        with tempfile.NamedTemporaryFile("w", suffix=".js") as script:
+            script.write(WRITE + "WScript.Sleep(600000);")
+            script.flush()
+            process = self.start([script.name, "out"], preexec_fn=lambda: signal.signal(
+                signal.SIGHUP, signal.SIG_IGN))
+            self.wait_for(self.has_temporary, process)
+            process.send_signal(signal.SIGHUP)
+            self.interrupt(process, signal.SIGTERM)
+        self.assertEqual(process.returncode, -signal.SIGTERM)
+        self.expect_old()
 
     def test_a_closed_pipe(self):
         ends = os.pipe()
@@ -231,15 +243,15 @@ class NewFilesOnly(OutputFileTest):
 
     def test_what_is_there_is_refused(self):
         os.symlink("nowhere", self.folder / "link")
-        for name in ("out", "link", "/dev/null", "."):
+        for name in ("out", "link", self.device("null"), "."):
             run = self.run_script(self.MAKE, name)
             self.assertEqual(run.returncode, 1)
             self.assertIn(f"{name}: File already exists", run.stderr)
         self.expect_old(["link", "out"])
 
     def test_what_appears_meanwhile_stays(self):
-        run = self.run_script(self.MAKE + 'var other = WScript.OpenFile("made", "w"); other.Close();'
-                              "out.Close();", "made")
+        other = 'var other = WScript.OpenFile("made", "w"); other.Close();'
+        run = self.run_script(self.MAKE + other + "out.Close();", "made")
         self.assertEqual(run.returncode, 1)
         self.assertIn("made: File already exists", run.stderr)
         self.assertEqual(self.read("made"), b"")
@@ -266,9 +278,11 @@ class WrittenDirectly(OutputFileTest):
             self.assertEqual((self.folder / "out").stat().st_ino, inode)
 
     def test_devices(self):
-        run = self.run_script(WRITE, "/dev/full")
-        self.assertIn("/dev/full: Disk full", run.stderr)
-        self.assertEqual(self.run_script(WRITE + "out.Close();", "/dev/null").returncode, 0)
+        full = self.device("full")
+        run = self.run_script(WRITE, full)
+        self.assertIn(f"{full}: Disk full", run.stderr)
+        run = self.run_script(WRITE + "out.Close();", self.device("null"))
+        self.assertEqual(run.returncode, 0, run)
 
 
 class ClosedOutputs(OutputFileTest):
@@ -320,8 +334,8 @@ class Reading(OutputFileTest):
           WScript.Echo(WScript.MemoryStream(new Uint8Array(17 << 20)).Read(17 << 20).length);
           WScript.Echo(String(WScript.OpenFile("/proc/self/status").Read(1e9).length > 100));""")
         expected = subprocess.run(["md5sum", self.folder / "in"], capture_output=True, text=True)
-        self.assertEqual(run.stdout, f"{expected.stdout[:32]} {size} 0\n65536 65536 {size - 65536} 0\n"
-                         f"{17 << 20}\ntrue\n")
+        self.assertEqual(run.stdout, f"{expected.stdout[:32]} {size} 0\n"
+                         f"65536 65536 {size - 65536} 0\n{17 << 20}\ntrue\n")
 
     def test_pieces_of_a_pipe_are_put_together(self):
         os.mkfifo(self.folder / "pipe")

@@ -3,6 +3,7 @@ import os
 import pathlib
 import resource
 import signal
+import stat
 import subprocess
 import tempfile
 import time
@@ -15,6 +16,7 @@ FAILING_CALLS = os.environ["MIROLTA_TEST_FAILING_CALLS"]
 SANITIZED = os.environ.get("MIROLTA_TEST_SANITIZED", "") not in ("", "OFF")
 
 TIMEOUT = 60
+SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT)
 
 
 def limit_files(most_bytes):
@@ -27,6 +29,7 @@ class HostTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
+        self.addCleanup(self.expect_devices)
 
     def write(self, name, content):
         (self.folder / name).write_bytes(content)
@@ -34,12 +37,41 @@ class HostTest(unittest.TestCase):
     def read(self, name):
         return (self.folder / name).read_bytes()
 
-    def names(self):
-        return sorted(os.listdir(self.folder))
+    def device(self, name):
+        """The path of a device such as /dev/full that a wrong program cannot spoil for others."""
+        if os.geteuid() != 0:
+            return f"/dev/{name}"
+        path = self.folder / "devices" / name
+        if not path.exists():
+            path.parent.mkdir(exist_ok=True)
+            try:
+                os.mknod(path, stat.S_IFCHR | 0o666, os.stat(f"/dev/{name}").st_rdev)
+                path.open("rb").close()
+            except OSError as error:
+                self.skipTest(f"no device can be made in {path.parent}: {error}")
+        return f"devices/{name}"
 
-    def start(self, words, env=None, **options):
+    def expect_devices(self):
+        """No device was replaced, and nothing was left beside them."""
+        folder = self.folder / "devices"
+        if folder.exists():
+            self.assertEqual([p.name for p in folder.iterdir() if not p.is_char_device()], [])
+
+    def names(self):
+        return sorted(name for name in os.listdir(self.folder) if name != "devices")
+
+    def start(self, words, env=None, preexec_fn=None, **options):
         options.setdefault("stdout", subprocess.PIPE)
         options.setdefault("stderr", subprocess.PIPE)
+
+        def prepare():
+            # A test that runs in the background may have been started with some of them ignored.
+            for number in SIGNALS:
+                signal.signal(number, signal.SIG_DFL)
+            if preexec_fn is not None:
+                preexec_fn()
+
+        options["preexec_fn"] = prepare
         return subprocess.Popen([HOST, *map(str, words)], cwd=self.folder,
                                 env={**os.environ, **(env or {})}, **options)
 
