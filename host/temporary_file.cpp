@@ -11,7 +11,7 @@
 namespace mirolta {
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE};
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 // The files to remove. It changes with the signals blocked only.
 TemporaryFile* volatile first_file = nullptr;

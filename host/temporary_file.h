@@ -1,6 +1,6 @@
 // A file under a name of its own until it takes the place of another. It is removed if that does
 // not happen: when its owner ends, and when the process is interrupted (SIGINT, SIGTERM, SIGHUP,
-// SIGQUIT, SIGPIPE), which then still ends the process. SIGKILL leaves it.
+// SIGQUIT), which then still ends the process. SIGKILL leaves it.
 #pragma once
 
 #include <string>

@@ -346,6 +346,16 @@ class Reading(OutputFileTest):
         writer.wait()
         self.assertEqual(run.stdout, "4 1 0\n")
 
+    def test_short_reads_of_a_filter_are_put_together(self):
+        # 24 bytes from behind make one block, and the rest of the next comes with the next read.
+        run = self.run_script("""
+          var filter = new ActiveXObject("Vardeko.crypt.ToviStreamCrypt");
+          filter.ReadAlgorithm = "AES";
+          filter.ReadKey = "sixteen byte key";
+          filter.Stream = WScript.MemoryStream(new Uint8Array(64));
+          WScript.Echo(WScript.StreamOf(filter).Read(24).length);""")
+        self.assertEqual(run.stdout, "24\n")
+
     def test_too_much_at_once(self):
         with open(self.folder / "in", "wb") as file:
             file.truncate(600 << 20)
