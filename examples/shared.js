@@ -211,15 +211,14 @@ function refuseSameFiles(inputs, outputs) {
 }
 
 function openBinary() {
-  var binary;
   try {
-    binary = new ActiveXObject("ADODB.Stream");
+    var binary = new ActiveXObject("ADODB.Stream");
+    binary.Type = 1;
+    binary.Open();
+    return binary;
   } catch (e) {
     fail("this script host has neither WScript.OpenFile nor ADODB.Stream, so it cannot use files");
   }
-  binary.Type = 1;
-  binary.Open();
-  return binary;
 }
 
 function loadBinary(path) {

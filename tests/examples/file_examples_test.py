@@ -433,6 +433,11 @@ class MemoryHost(HostTest):
             self.assertIn(f"{name}: is both input and output\n", run.stdout)
             self.assertTrue(run.stdout.endswith(self.OLD_FILES), run.stdout)
 
+    def test_no_way_to_use_files(self):
+        run = self.run_there("Open", "encrypt-file.js", "AES", AES, "in", "out")
+        self.assertEqual(run.returncode, 1, run)
+        self.assertIn("has neither WScript.OpenFile nor ADODB.Stream", run.stdout)
+
     def test_large_files_are_refused(self):
         for example, words in (("encrypt-file.js", ("AES", AES, "in", "out")),
                                ("hash-file.js", ("MD5", "in"))):

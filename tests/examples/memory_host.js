@@ -64,7 +64,7 @@ FileSystemObject.prototype = {
 
 function Stream() {}
 Stream.prototype = {
-  Open: function () { this.bytes = new Uint8Array(0); this.Position = 0; },
+  Open: function () { mayFail("Open"); this.bytes = new Uint8Array(0); this.Position = 0; },
   Close: function () { this.bytes = null; },
   get Size() { return this.bytes.length; },
   get EOS() { return this.Position >= this.bytes.length; },
