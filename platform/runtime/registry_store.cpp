@@ -34,15 +34,12 @@ struct Batch {
 };
 thread_local Batch* t_batch = nullptr;
 
-// A thread that ends within a batch gives it up. Made by threads that begin one only.
-struct BatchEnd {
-  bool watches = false;
-  ~BatchEnd() {
-    DeleteRuntime(t_batch);
-    t_batch = nullptr;
-  }
-};
-thread_local BatchEnd t_batch_end;
+// A thread that ends within a batch gives it up: the key's value is the thread's batch.
+pthread_key_t g_batch_end;
+bool g_has_batch_end = false;
+void GiveUp(void* batch) {
+  DeleteRuntime(static_cast<Batch*>(batch));
+}
 
 // A process that is forked finds the registry held by nobody, and keeps no lock of its parent.
 void BeforeFork() {
@@ -57,9 +54,12 @@ void AfterForkInChild() {
   RegistryLock::AfterFork(true);
   g_lock.unlock();
 }
-void WatchForks() {
+void WatchForksAndThreads() {
   static std::once_flag once;
-  std::call_once(once, [] { pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild); });
+  std::call_once(once, [] {
+    pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
+    g_has_batch_end = pthread_key_create(&g_batch_end, GiveUp) == 0;
+  });
 }
 
 void Forget() {
@@ -106,7 +106,7 @@ RegistryKey* CopyOf(const RegistryKey& root) {
 }  // namespace
 
 RegistryUse::RegistryUse(RegistryAccess access) {
-  WatchForks();
+  WatchForksAndThreads();
   g_lock.lock();
   if (access == RegistryAccess::kHandles || t_batch != nullptr) return;
   while (access == RegistryAccess::kWrite && !g_in_memory && !file_lock_.IsHeld()) {
@@ -215,7 +215,7 @@ LONG BeginBatch() {
     return error;
   }
   batch->depth = 1;
-  t_batch_end.watches = true;
+  if (g_has_batch_end) pthread_setspecific(g_batch_end, batch);
   t_batch = batch;
   return ERROR_SUCCESS;
 }
@@ -225,6 +225,7 @@ LONG EndBatch() {
   if (batch == nullptr) return ERROR_INVALID_PARAMETER;
   if (--batch->depth != 0) return ERROR_SUCCESS;
   t_batch = nullptr;
+  if (g_has_batch_end) pthread_setspecific(g_batch_end, nullptr);
   LONG error = ERROR_SUCCESS;
   if (batch->first != nullptr) {
     RegistryUse use(RegistryAccess::kWrite);
@@ -241,7 +242,7 @@ LONG EndBatch() {
 using namespace mirolta;
 
 extern "C" LONG MiroltaRegistryInMemory(BOOL in_memory) {
-  WatchForks();
+  WatchForksAndThreads();
   const std::lock_guard<std::mutex> lock(g_lock);
   const bool wanted = in_memory != FALSE;
   if (wanted == g_in_memory) return ERROR_SUCCESS;

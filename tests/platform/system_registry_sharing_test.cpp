@@ -263,11 +263,10 @@ TEST_F(RegistrySharing, AChildOfAKilledWriterKeepsNoLock) {
       }).detach();
       usleep(static_cast<useconds_t>(3000 + 700 * round));
       const pid_t child = fork();
-      if (child == 0) {
-        close(ends[0]);
-        for (;;) pause();
+      if (child == 0) {  // which says so once its fork is complete
+        const pid_t own = getpid();
+        (void)!write(ends[1], &own, sizeof own);
       }
-      (void)!write(ends[1], &child, sizeof child);
       for (;;) pause();
     }
     pid_t child = 0;
