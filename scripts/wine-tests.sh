@@ -211,11 +211,11 @@ units() {
   for program in $programs; do
     (cd "$work" && run_wine "$windows/tests/$program.exe") >"$work/$program" ||
       true  # the summary tells
-    grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$work/$program" &&
-      ! grep -q '^\[  FAILED  \]' "$work/$program" || {
+    if ! grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$work/$program" ||
+      grep -q '^\[  FAILED  \]' "$work/$program"; then
       grep -v '^\[ RUN\|^\[       OK' "$work/$program" || true
       fail "$program failed"
-    }
+    fi
     echo "$program: $(sed -n 's/^\[  PASSED  \] //p' "$work/$program")"
     case $program in
       *_kernels_test)

@@ -7,8 +7,8 @@
 #   wine32.sh [FOLDER]              FOLDER is build/wine32 if not given
 #
 # Registers build/windows-x86/Mirolta.dll, runs the tour and the test scripts by cscript, and
-# compares what they print with the native host's (NATIVE_BUILD, build/native if not set). Then runs
-# every unit test that `cmake --build build/windows-x86 --target windows-tests` has built.
+# compares what they print with the native host's (NATIVE_BUILD, build/native if not set). Then
+# builds the unit tests of that build and runs them.
 set -eu
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -93,9 +93,11 @@ if [ -d "$vectors" ]; then
   cp -ru "$vectors/hashes" "$vectors/ciphers" "$system$vectors"
 fi
 tests=$root/build/windows-x86/tests
+cmake --build "$root/build/windows-x86" --target windows-tests >"$folder/build" ||
+  fail "the unit tests do not build: $folder/build"
 while read -r _ program; do
-  cp "$tests/$program.exe" "$work" || fail "build the target windows-tests of build/windows-x86"
-  in_system wine "Z:\\root\\module\\$program.exe" >"$folder/$program.output"
+  cp "$tests/$program.exe" "$work"
+  in_system wine "Z:\\root\\module\\$program.exe" >"$folder/$program.output" </dev/null
   if grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$folder/$program.output" &&
     ! grep -q '^\[  FAILED  \]' "$folder/$program.output"; then
     echo "$program: $(sed -n 's/^\[  PASSED  \] //p' "$folder/$program.output")"
