@@ -12,7 +12,7 @@ NATIVE = ["mirolta-definitions", "mirolta-host", "mirolta", "registry_listing",
 # Steps of scripts/wine-tests.sh. The first registers the module for those after it.
 FIRST = "registration"
 STEPS = ["client", "units_automation", "units_hash", "units_cipher", "scripts", "type_library",
-         "parity", "binaries", "units_bignum"]
+         "parity", "units_bignum"]
 
 
 class WindowsTree(Tree):
