@@ -1,4 +1,4 @@
-# The oldest compilers that pass all tests. Others of C++20 are let through: nobody has tried them.
+# The oldest compilers that have been tried. Others than these two are let through, untried.
 set(least_GNU 12)
 set(least_Clang 14)
 set(least "${least_${CMAKE_CXX_COMPILER_ID}}")
