@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+#include "aes_kernels.h"
+#include "des_kernels.h"
 #include "fake_object.h"
 #include "member_locks.h"
 #include "used_memory.h"
@@ -534,6 +536,52 @@ TEST_F(WipingStackTest, CopiesOfTheRuntime) {
     EXPECT_EQ(status, S_OK);
     VariantClear(&made);
   }
+}
+
+// Kernels by themselves, with no member's frame around them: keys are kept in registers or read from
+// the schedule, and those that go deep wipe what they spill.
+TEST_F(WipingStackTest, CipherKernelsLeaveNoRoundKeys) {
+  Bytes blocks = Secret(104, 16 * 700);
+  Bytes out(blocks.size());
+  for (const size_t size : {size_t{8}, size_t{16}, size_t{24}, size_t{32}}) {
+    const Bytes key = Secret(105, size);
+    const uint32_t length = static_cast<uint32_t>(size);
+    if (size != 32) {
+      DesSchedule schedule;
+      WatchForSchedule(false, key);
+      ASSERT_TRUE(ExpandDesKey(key.data(), length, &schedule));
+      for (const DesKernelList& list : {DesEncryptKernels(), DesDecryptKernels()}) {
+        for (uint32_t i = 0; i < list.count; ++i) {
+          if ((list.kernels[i].needs & ~ProcessorFeatures()) != 0) continue;
+          for (const uint32_t count : {1u, 8u, 64u, 512u, 700u}) {
+            stack.Run(
+                [&] { list.kernels[i].function(schedule, blocks.data(), out.data(), count); });
+            EXPECT_EQ(FindSecret(stack.Touched(), stack.TouchedBytes()), -1)
+                << list.kernels[i].name << " " << size << " " << count;
+            ++searched;
+          }
+        }
+      }
+      StopWatchingForSecrets();
+    }
+    if (size == 8) continue;
+    AesSchedule schedule;
+    WatchForSchedule(true, key);
+    ASSERT_TRUE(ExpandAesKey(key.data(), length, &schedule));
+    for (const AesKernelList& list : {AesEncryptKernels(), AesDecryptKernels()}) {
+      for (uint32_t i = 0; i < list.count; ++i) {
+        if ((list.kernels[i].needs & ~ProcessorFeatures()) != 0) continue;
+        for (const uint32_t count : {1u, 4u, 5u, 8u, 16u, 31u, 32u, 700u}) {
+          stack.Run([&] { list.kernels[i].function(schedule, blocks.data(), out.data(), count); });
+          EXPECT_EQ(FindSecret(stack.Touched(), stack.TouchedBytes()), -1)
+              << list.kernels[i].name << " " << size << " " << count;
+          ++searched;
+        }
+      }
+    }
+    StopWatchingForSecrets();
+  }
+  EXPECT_GT(searched, 0);
 }
 
 // Engines wipe what they themselves put on the stack, whoever calls them; only what compilers keep
