@@ -211,7 +211,7 @@ class WipingTest : public testing::Test {
     return number;
   }
   static Bytes BytesOfNumber(const BigInt& number) {
-    Bytes bytes(ByteLength(number));
+    Bytes bytes(static_cast<size_t>(ByteLength(number)));
     ToBytes(bytes.data(), number);
     return bytes;
   }
@@ -230,7 +230,7 @@ class WipingTest : public testing::Test {
     WatchFor(digits);
   }
   static BigInt PowerOfTwo(uint64_t bits) {
-    Bytes bytes(bits / 8 + 1);
+    Bytes bytes(static_cast<size_t>(bits / 8 + 1));
     bytes[0] = static_cast<uint8_t>(1u << bits % 8);
     return NumberOf(bytes);
   }
