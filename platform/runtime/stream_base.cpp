@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "seam/memory.h"
+#include "seam/wiped_work.h"
 
 namespace mirolta {
 
@@ -34,13 +35,16 @@ HRESULT STDMETHODCALLTYPE StreamBase::CopyTo(IStream* to, ULARGE_INTEGER count,
   HRESULT status = to == nullptr ? STG_E_INVALIDPOINTER : S_OK;
   ULONGLONG left = std::min<ULONGLONG>(count.QuadPart, CopyLimit());
   BYTE block[16384];
-  while (SUCCEEDED(status) && left != 0) {
+  auto copy_block = [&]() -> HRESULT {
     const ULONG wanted = static_cast<ULONG>(std::min<ULONGLONG>(left, sizeof(block)));
     ULONG got = 0;
     status = Read(block, wanted, &got);
     taken += got;
     left -= got;
-    if (got == 0) break;
+    if (got == 0) {
+      left = 0;
+      return status;
+    }
     ULONG put = 0;
     const HRESULT write_status = to->Write(block, got, &put);
     given += put;
@@ -49,7 +53,10 @@ HRESULT STDMETHODCALLTYPE StreamBase::CopyTo(IStream* to, ULARGE_INTEGER count,
     } else if (put < got) {
       status = STG_E_MEDIUMFULL;
     }
-  }
+    return status;
+  };
+  // Copying takes the bytes through registers.
+  while (SUCCEEDED(status) && left != 0) (void)RunWiped(copy_block);
   WipeMemory(block, static_cast<size_t>(std::min<ULONGLONG>(taken, sizeof(block))));
   if (read != nullptr) read->QuadPart = taken;
   if (written != nullptr) written->QuadPart = given;

@@ -335,7 +335,7 @@ TEST_P(CipherStackTest, KeysAndPlaintext) {
     EXPECT_EQ(CallPainted(subject, crypt, "Decrypt", kMethod, {encrypted, no}), S_OK);
     // The rest of a block waits.
     const unsigned whole = size - size % (aes ? 16u : 8u);
-    EXPECT_TRUE(HoldsBytes(values.back(), Bytes(plain.begin(), plain.begin() + whole)));
+    EXPECT_TRUE(HoldsBytes(values.back(), Bytes(plain.begin(), plain.begin() + static_cast<int>(whole))));
     EXPECT_EQ(CallPainted(subject, crypt, "Encrypt", kMethod, {rest_argument, no}), S_OK);
     EXPECT_EQ(CallPainted(subject, crypt, "Encrypt", kMethod, {plain_argument, no}), S_OK);
     EXPECT_EQ(CallPainted(subject, crypt, "Key", kGet, {}), S_OK);
