@@ -314,6 +314,9 @@ inline void mpz_sub_ui(mpz_ptr z, mpz_srcptr x, uint64_t y) {
 inline void mpz_mul(mpz_ptr z, mpz_srcptr x, mpz_srcptr y) {
   *z = peer::Multiply(*x, *y);
 }
+inline void mpz_mul_ui(mpz_ptr z, mpz_srcptr x, uint64_t y) {
+  *z = peer::Multiply(*x, peer::From(y));
+}
 inline void mpz_mul_2exp(mpz_ptr z, mpz_srcptr x, mp_bitcnt_t bits) {
   *z = peer::ShiftedLeft(*x, bits);
 }
