@@ -54,7 +54,7 @@ HRESULT RsaEncrypt(BigInt& r, const RsaKey& key, const BigInt& m);
 HRESULT RsaDecrypt(BigInt& r, const RsaKey& key, const BigInt& c);
 
 // RsaDecryptWithPrimes computes the same from e, p and q alone. The first call for these numbers makes
-// key.values, which takes the time of one or two short decryptions; later ones find them there.
+// key.values, which takes up to half the time of a short RsaDecrypt; later ones find them there.
 // Errors: E_INVALIDARG if p or q is 0 or 1; E_OUTOFMEMORY. r is unchanged.
 // Source: Garner's form of the Chinese remainder theorem, Knuth TAOCP 2, 4.3.2.
 HRESULT RsaDecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c);
