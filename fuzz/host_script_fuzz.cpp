@@ -213,6 +213,10 @@ const std::string& Folder() {
   return folder;
 }
 struct FolderEnd {
+  // The folder's name is made before this object, and so outlives it.
+  FolderEnd() { (void)Folder(); }
+  FolderEnd(const FolderEnd&) = delete;
+  FolderEnd& operator=(const FolderEnd&) = delete;
   ~FolderEnd() {
     for (const auto& [name, text] : FilesBefore()) unlink((Folder() + "/" + name).c_str());
     rmdir(Folder().c_str());
