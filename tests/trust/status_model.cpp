@@ -533,7 +533,6 @@ Result<Magnitude> MagnitudeOf(const VARIANT& value, bool hexadecimal) {
     case VT_R8: {
       const double number = NumberIn(plain.value).value;
       if (!(number >= -0.5 && number < 4294967295.5)) return {DISP_E_OVERFLOW};
-      Magnitude magnitude;
       char digits[16];
       std::snprintf(digits, sizeof digits, "%X", static_cast<unsigned>(std::nearbyint(number)));
       return {S_OK, MagnitudeOfText(WideOf(digits), true)};
