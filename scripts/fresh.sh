@@ -80,6 +80,7 @@ run() {
   unshare --mount --pid --fork --kill-child sh -euc '
     mount -t proc proc "$1/proc"
     mount -t tmpfs tmpfs "$1/dev/shm"
+    mount -t devpts -o newinstance,ptmxmode=0666 devpts "$1/dev/pts"
     mount --bind "$2" "$1/var/cache/apt/archives"
     exec env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin \
       chroot "$1" sh -c "cd /root/mirolta && $3"' fresh "$system" "$archives" "$1" 9>&- </dev/null
