@@ -63,7 +63,10 @@ binaries() {
 
     size=$(wc -c <"$module")
     [ "$size" -lt 409600 ] || fail "$module has $size bytes"
-    sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' "$work/headers" |
+    # Newer tools write the ordinal and a hint before the name.
+    sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/{
+      s/^\t\[ *[0-9]*\] \(+base\[ *[0-9]*\]  *[0-9a-f]* \)\{0,1\}//p
+    }' "$work/headers" |
       tr '\n' ' ' >"$work/exports"
     expected="DllCanUnloadNow DllGetClassObject DllRegisterServer DllUnregisterServer "
     [ "$(cat "$work/exports")" = "$expected" ] || fail "$module exports $(cat "$work/exports")"
