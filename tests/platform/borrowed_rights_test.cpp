@@ -41,6 +41,9 @@ class BorrowedRights : public RegistryTest {
       GTEST_SKIP() << "set-user-id programs have no effect in " << folder_.File("");
     }
     module_ = Copy(SYSTEM_TEST_MODULE, "module.so");
+    // Nobody may be kept out of the folder that the build lies in.
+    const std::filesystem::path runtime = MIROLTA_RUNTIME_FILE;
+    (void)Copy(runtime.string(), runtime.filename().string());
   }
 
   std::string Copy(const std::string& from, const std::string& name) {
@@ -60,6 +63,7 @@ class BorrowedRights : public RegistryTest {
       std::vector<char*> arguments;
       for (std::string& word : words) arguments.push_back(word.data());
       arguments.push_back(nullptr);
+      setenv("LD_LIBRARY_PATH", folder_.File("").c_str(), 1);  // not for who borrows rights
       if (chdir(folder_.File("").c_str()) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0) {
         execv(program.c_str(), arguments.data());
       }
