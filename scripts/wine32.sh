@@ -90,7 +90,7 @@ done
 vectors=/usr/lib/python3/dist-packages/cryptography_vectors
 if [ -d "$vectors" ]; then
   mkdir -p "$system$vectors"
-  cp -ru "$vectors/hashes" "$vectors/ciphers" "$system$vectors"
+  cp -ru "$vectors/hashes" "$vectors/ciphers" "$vectors/HMAC" "$system$vectors"
 fi
 tests=$root/build/windows-x86/tests
 cmake --build "$root/build/windows-x86" --target windows-tests >"$folder/build" ||
