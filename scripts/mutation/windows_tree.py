@@ -7,12 +7,12 @@ from .tree import CONFIGURE, Test, Tree
 
 # What the steps compare the Windows module with; kernels by what their tests leave out.
 NATIVE = ["mirolta-definitions", "mirolta-host", "mirolta", "registry_listing",
-          "type_library_listing", "value_parity", "hash_kernels_test", "aes_kernels_test",
-          "des_kernels_test"]
+          "type_library_listing", "invoke_listing", "value_parity", "hash_kernels_test",
+          "aes_kernels_test", "des_kernels_test"]
 # Steps of scripts/wine-tests.sh. The first registers the module for those after it.
 FIRST = "registration"
 STEPS = ["client", "units_automation", "units_hash", "units_cipher", "scripts", "type_library",
-         "parity", "units_bignum"]
+         "invoke", "parity", "units_bignum"]
 
 
 class WindowsTree(Tree):
@@ -31,7 +31,7 @@ class WindowsTree(Tree):
         commands = [
             common + ["-B", self.native, "-DMIROLTA_WINE_TESTS=ON"] + CONFIGURE,
             ["nice", "-n", "5", "ninja", "-C", self.native] + NATIVE,
-            common + ["-B", self.build, "-DCMAKE_BUILD_TYPE=MinSizeRel",
+            common + ["-B", self.build, "-DCMAKE_BUILD_TYPE=MinSizeRel", "-DMIROLTA_TESTS=ON",
                       "-DCMAKE_TOOLCHAIN_FILE=" + self.path("cmake/mingw-x86_64.cmake"),
                       "-DMIROLTA_DEFINITIONS=" + os.path.join(self.native, "bin", "mirolta-definitions")]]
         for command in commands:
