@@ -27,6 +27,11 @@ void* Give(size_t size) {
   return refuses ? nullptr : std::malloc(size != 0 ? size : 1);
 }
 
+// Not inlined: gcc would take free for another allocator's than that of the operator new that it sees.
+[[gnu::noinline]] void Free(void* memory) {
+  std::free(memory);
+}
+
 }  // namespace
 
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
@@ -35,14 +40,32 @@ void* operator new(size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](size_t size, const std::nothrow_t&) noexcept {
   return Give(size);
 }
+// All of them: the standard library frees by these what it got by those above.
+void* operator new(size_t size) {
+  void* const memory = std::malloc(size != 0 ? size : 1);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void* operator new[](size_t size) {
+  return operator new(size);
+}
+void operator delete(void* memory) noexcept {
+  Free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+  Free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+  Free(memory);
+}
 void operator delete[](void* memory) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete[](void* memory, size_t) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 
 namespace mirolta {
