@@ -13,8 +13,8 @@ MIROLTA_RUNTIME LONG MiroltaRegistryInMemory(BOOL in_memory);
 // them, nobody else does. Nothing is locked meanwhile. The last FALSE makes them all again on what
 // the registry is by then, writes the result at once, whole or not at all, and returns whether that
 // went well; where others have changed the same, the batch has the last word. A thread that ends
-// within a batch gives it up. Errors: those of reading and writing the file;
-// ERROR_INVALID_PARAMETER for FALSE without TRUE on
+// within a batch gives it up.
+// Errors: those of reading and writing the file; ERROR_INVALID_PARAMETER for FALSE without TRUE on
 //         this thread.
 MIROLTA_RUNTIME LONG MiroltaRegistryBatch(BOOL begin);
 

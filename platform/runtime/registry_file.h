@@ -37,8 +37,8 @@ LONG StateOf(const char* file, FileState* state);
 LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWORD* bad_line);
 
 // StoreRegistryFile puts a new file in the old one's place, or in the place that a link leads to.
-// It is on the disk before it takes the place, so a crash leaves the one or the other. Errors:
-// ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_DISK_FULL, ERROR_CANTWRITE; the old file then
+// It is on the disk before it takes the place, so a crash leaves the one or the other.
+// Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_DISK_FULL, ERROR_CANTWRITE; the old file then
 //         stands untouched.
 LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state);
 
