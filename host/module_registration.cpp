@@ -1,11 +1,11 @@
 #include "module_registration.h"
 
 #include <stdio.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <vector>
 
+#include "full_path.h"
 #include "host_errors.h"
 #include "portable/registry_mode.h"
 #include "text_encoding.h"
@@ -15,14 +15,6 @@ namespace {
 
 constexpr OLECHAR kOwnClass[] = OLESTR("Vardeko.crypt.HashObject");
 constexpr char kOwnModule[] = "/../lib/libMirolta.so";
-
-// The absolute path of a file, empty if there is no such file.
-std::string FullPath(const std::string& path) {
-  char* full = realpath(path.c_str(), nullptr);
-  std::string found = full != nullptr ? full : "";
-  free(full);
-  return found;
-}
 
 std::string OwnModulePath() {
   const std::string host = FullPath("/proc/self/exe");

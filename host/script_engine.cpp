@@ -8,6 +8,7 @@
 
 #include "array_value.h"
 #include "dispatch_object.h"
+#include "full_path.h"
 #include "host_errors.h"
 #include "output_file.h"
 #include "protected_call.h"
@@ -101,13 +102,6 @@ void PrintReport(const ErrorReport& report) {
           report.description.c_str());
 }
 
-std::string FullScriptPath(const std::string& path) {
-  char* full = realpath(path.c_str(), nullptr);
-  std::string found = full != nullptr ? full : path;
-  free(full);
-  return found;
-}
-
 struct Script {
   std::string name;  // in the engine's form
   std::string text;
@@ -125,7 +119,8 @@ int RunLoaded(const std::string& path, Script* script, const std::vector<std::st
   {
     ScriptEngine engine;
     engine.context().script_path = path;
-    engine.context().script_full_path = FullScriptPath(path);
+    const std::string full = FullPath(path);
+    engine.context().script_full_path = full.empty() ? path : full;
     engine.context().arguments = arguments;
     std::string problem;
     if (!engine.Start(&problem)) {

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace mirolta {
+
+// FullPath returns the absolute path of a file, symbolic links followed; "" if there is none.
+std::string FullPath(const std::string& path);
+
+}  // namespace mirolta
