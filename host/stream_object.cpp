@@ -34,13 +34,18 @@ constexpr ModeRow kModes[] = {
     {"wx", {STGM_WRITE, true, true}},
 };
 
+// Throws for a file; `otherwise` says what happened where the status has no wording.
+[[noreturn]] void ThrowNamed(duk_context* engine, HRESULT status, const char* file,
+                             const char* otherwise) {
+  const char* standard = StandardText(status);
+  ThrowText(engine, status, "%s: %s", file, standard != nullptr ? standard : otherwise);
+}
+
 // Throws for a failed operation; the file at fault is named if there is one.
 [[noreturn]] void ThrowForFile(duk_context* engine, HRESULT status) {
   const char* file = FailedFileName().c_str();
   if (*file == '\0') ThrowStatus(engine, status);
-  const char* standard = StandardText(status);
-  ThrowText(engine, status, "%s: %s", file,
-            standard != nullptr ? standard : "Input or output failed");
+  ThrowNamed(engine, status, file, "Input or output failed");
 }
 
 // A whole number from 0 up at `index`.
@@ -239,9 +244,7 @@ struct CloseFrame : EndFrame {
     if (output == nullptr) return 0;
     const HRESULT status = output->Finish();
     if (SUCCEEDED(status)) return 0;
-    const char* standard = StandardText(status);
-    ThrowText(engine, status, "%s: %s", output->name().c_str(),
-              standard != nullptr ? standard : "The file cannot be written");
+    ThrowNamed(engine, status, output->name().c_str(), "The file cannot be written");
   }
 };
 struct DiscardFrame : EndFrame {
