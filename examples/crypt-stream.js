@@ -21,7 +21,6 @@ function sharedFunctions() {
 }
 eval(sharedFunctions());
 
-var COPIED_AT_ONCE = 1 << 20;
 var BLOCK_SIZES = {AES: 16, DES: 8};
 var WRONG_KEY_LENGTH = 0x80070057 | 0;
 
@@ -54,19 +53,10 @@ function filterOf(direction, algorithm, digits, stream) {
   return filter;
 }
 
-function copyAll(from, to, path, size) {
-  var report = progressOf(path, size), done = 0, count;
-  while ((count = from.CopyTo(to, COPIED_AT_ONCE)) > 0) {
-    done += count;
-    report(done);
-  }
-  report();
-}
-
 // Writing encrypts: the filter stands in front of the output.
 function encrypt(job, input, output) {
   var filter = filterOf("Write", job.algorithm, job.digits, output);
-  copyAll(input, WScript.StreamOf(filter), job.from, input.Size);
+  copyStream(input, WScript.StreamOf(filter), job.from, input.Size);
   try {
     filter.WriteFinalize();
   } catch (e) {
@@ -77,7 +67,7 @@ function encrypt(job, input, output) {
 // Reading decrypts: the filter stands in front of the input.
 function decrypt(job, input, output) {
   var filter = filterOf("Read", job.algorithm, job.digits, input);
-  copyAll(WScript.StreamOf(filter), output, job.from, input.Size);
+  copyStream(WScript.StreamOf(filter), output, job.from, input.Size);
   if (job.length > output.Size) fail(job.to + " would have only " + output.Size + " bytes");
   if (job.length >= 0) output.Size = job.length;
 }

@@ -19,7 +19,6 @@ function sharedFunctions() {
 eval(sharedFunctions());
 
 var ALGORITHMS = ["MD5", "SHA1", "SHA256"];
-var COPIED_AT_ONCE = 1 << 20;
 
 // The filters from the one in front of `source` to the one that the copy is taken from.
 function digestingFilters(source) {
@@ -34,15 +33,6 @@ function digestingFilters(source) {
   return filters;
 }
 
-function copyAll(source, size, to, path) {
-  var report = progressOf(path, size), done = 0, count;
-  while ((count = source.CopyTo(to, COPIED_AT_ONCE)) > 0) {
-    done += count;
-    report(done);
-  }
-  report();
-}
-
 // Returns the filters that the file went through.
 function copyFile(from, to) {
   refuseSameFiles([from], [to]);
@@ -50,7 +40,7 @@ function copyFile(from, to) {
   var filters = digestingFilters(input);
   var output = WScript.OpenFile(to, "w");
   try {
-    copyAll(WScript.StreamOf(filters[filters.length - 1]), input.Size, output, from);
+    copyStream(WScript.StreamOf(filters[filters.length - 1]), output, from, input.Size);
     output.Close();
   } finally {
     // After a failure: the old file stays.

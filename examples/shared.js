@@ -6,6 +6,7 @@
 // a file in memory as a whole, so there is a limit to its size.
 
 var PIECE = 1 << 19;
+var COPIED_AT_ONCE = 1 << 20;
 var LARGE = 16 * 1024 * 1024;
 var MOST_IN_MEMORY = 256 * 1024 * 1024;
 var MOST_KEY_TEXT = 65536;
@@ -63,6 +64,16 @@ function progressOf(path, size) {
     if (percent !== shown) stream.Write("\r" + path + ": " + percent + " %");
     shown = percent;
   };
+}
+
+// Copies a stream to its end and shows the progress: that of `size` bytes of the file `path`.
+function copyStream(from, to, path, size) {
+  var report = progressOf(path, size), done = 0, count;
+  while ((count = from.CopyTo(to, COPIED_AT_ONCE)) > 0) {
+    done += count;
+    report(done);
+  }
+  report();
 }
 
 // Arguments.
