@@ -7,6 +7,7 @@
 
 #include "file_stream.h"
 #include "host_errors.h"
+#include "number_argument.h"
 #include "object_handle.h"
 #include "owned_values.h"
 #include "protected_call.h"
@@ -50,9 +51,7 @@ constexpr ModeRow kModes[] = {
 
 // A whole number from 0 up at `index`.
 uint64_t CountAt(duk_context* engine, duk_idx_t index) {
-  const double number = duk_to_number(engine, index);
-  if (!(number >= 0 && number <= kMostPosition)) ThrowStatus(engine, kInvalidCall);
-  return static_cast<uint64_t>(number);
+  return static_cast<uint64_t>(NumberWithin(engine, index, 0, kMostPosition, kInvalidCall));
 }
 
 void PushCount(duk_context* engine, uint64_t count) {
@@ -149,8 +148,7 @@ struct WriteFrame : StreamFrame {
 struct SeekFrame : StreamFrame {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
-    const double move = duk_to_number(engine, 0);
-    if (!(move >= -kMostPosition && move <= kMostPosition)) ThrowStatus(engine, kInvalidCall);
+    const double move = NumberWithin(engine, 0, -kMostPosition, kMostPosition, kInvalidCall);
     const DWORD origin = duk_is_undefined(engine, 1) ? 0u : duk_to_uint32(engine, 1);
     if (origin > STREAM_SEEK_END) ThrowStatus(engine, kInvalidCall);
     PushCount(engine, SeekTo(engine, static_cast<int64_t>(move), origin));

@@ -10,6 +10,7 @@
 
 #include "active_x.h"
 #include "host_errors.h"
+#include "number_argument.h"
 #include "output_file.h"
 #include "protected_call.h"
 #include "script_context.h"
@@ -93,8 +94,7 @@ duk_ret_t Quit(duk_context* engine) {
 }
 
 duk_ret_t Sleep(duk_context* engine) {
-  const double milliseconds = duk_to_number(engine, 0);
-  if (!(milliseconds >= 0 && milliseconds < 2147483648.0)) ThrowStatus(engine, kInvalidCall);
+  const double milliseconds = NumberWithin(engine, 0, 0, 2147483647.0, kInvalidCall);
   FlushOutput();
   const auto whole = static_cast<int64_t>(milliseconds);
   timespec left = {};
@@ -109,11 +109,9 @@ duk_ret_t Sleep(duk_context* engine) {
 struct ArgumentFrame {
   Units text;
   duk_ret_t Run(duk_context* engine) {
-    const double index = duk_to_number(engine, 0);
     const auto& arguments = ContextOf(engine).arguments;
-    if (!(index >= 0 && index < static_cast<double>(arguments.size()))) {
-      ThrowStatus(engine, kSubscriptOutOfRange);
-    }
+    const double last = static_cast<double>(arguments.size()) - 1;
+    const double index = NumberWithin(engine, 0, 0, last, kSubscriptOutOfRange);
     text = UnitsFromSystem(arguments[static_cast<size_t>(index)]);
     PushUnits(engine, text);
     return 1;
