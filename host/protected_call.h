@@ -16,13 +16,18 @@ namespace mirolta {
 // memory becomes a script error with E_OUTOFMEMORY.
 template <typename Work>
 duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
+  bool exhausted = false;
+  duk_ret_t results = 0;
   try {
-    return work();
+    results = work();
   } catch (const std::bad_alloc&) {
+    exhausted = true;
   } catch (const std::length_error&) {
+    exhausted = true;
   }
   // Not from within the handlers: longjmp would not end them.
-  ThrowStatus(engine, E_OUTOFMEMORY);
+  if (exhausted) ThrowStatus(engine, E_OUTOFMEMORY);
+  return results;
 }
 
 // RunProtected is a native function built from Frame: Frame::Run(duk_context*) works with the
