@@ -14,7 +14,7 @@ bool IsLowSurrogate(uint32_t unit) {
   return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-uint8_t ByteAt(const char* bytes, size_t index) {
+uint8_t ByteAt(std::string_view bytes, size_t index) {
   return static_cast<uint8_t>(bytes[index]);
 }
 
@@ -27,13 +27,13 @@ size_t SequenceLength(uint8_t lead) {
   return 0;
 }
 
-// ReadSequence reads the sequence at bytes[0..size) and returns its length, 0 if it is malformed.
-// Surrogates written on their own pass; overlong forms do not.
-size_t ReadSequence(const char* bytes, size_t size, uint32_t* code) {
+// ReadSequence reads the sequence that `bytes` begin with, one at least, and returns its length, 0
+// if it is malformed. Surrogates written on their own pass; overlong forms do not.
+size_t ReadSequence(std::string_view bytes, uint32_t* code) {
   static constexpr uint8_t kLeadMask[5] = {0, 0x7F, 0x1F, 0x0F, 0x07};
   static constexpr uint32_t kLeast[5] = {0, 0, 0x80, 0x800, 0x10000};
   const size_t length = SequenceLength(ByteAt(bytes, 0));
-  if (length == 0 || length > size) return 0;
+  if (length == 0 || length > bytes.size()) return 0;
   uint32_t value = ByteAt(bytes, 0) & kLeadMask[length];
   for (size_t i = 1; i < length; ++i) {
     if ((ByteAt(bytes, i) & 0xC0u) != 0x80) return 0;
@@ -105,7 +105,7 @@ size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units) {
   size_t at = 0;
   while (at < size) {
     uint32_t code = kReplacement;
-    const size_t length = ReadSequence(bytes + at, size - at, &code);
+    const size_t length = ReadSequence({bytes + at, size - at}, &code);
     if (code < 0x10000) {
       put(code);
     } else {
@@ -135,9 +135,10 @@ Units UnitsFromSystem(std::string_view bytes) {
   size_t at = 0;
   while (at < bytes.size()) {
     uint32_t code = 0;
-    const size_t length = ReadSequence(bytes.data() + at, bytes.size() - at, &code);
+    const std::string_view rest = bytes.substr(at);
+    const size_t length = ReadSequence(rest, &code);
     if (length == 0 || (code >= 0xD800 && code <= 0xDFFF)) {
-      units.push_back(static_cast<OLECHAR>(0xDC00 + ByteAt(bytes.data(), at)));
+      units.push_back(static_cast<OLECHAR>(0xDC00 + ByteAt(bytes, at)));
       ++at;
     } else {
       AppendUnits(code, &units);
