@@ -294,7 +294,8 @@ bool PutPath(RuntimeArray<char>* text, const RegistryKey& key) {
 bool PutKey(RuntimeArray<char>* text, const RegistryKey& key) {
   const bool outermost = key.parent() == nullptr;
   const bool is_root = !outermost && key.parent()->parent() == nullptr;
-  if (!outermost && !(is_root && key.first_value() == nullptr)) {
+  const bool is_empty_root = is_root && key.first_value() == nullptr;
+  if (!outermost && !is_empty_root) {
     if (!Put(text, "\n[") || !PutPath(text, key) || !Put(text, "]\n")) return false;
   }
   for (const RegistryValue* value = key.first_value(); value != nullptr; value = value->next()) {

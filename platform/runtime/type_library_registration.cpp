@@ -98,10 +98,9 @@ HRESULT WriteLibrary(const TLIBATTR& attributes, LPCWSTR help, LPCWSTR file, LPC
 
 HRESULT WriteInterface(const TLIBATTR& library, const TYPEATTR& attributes, LPCWSTR name) {
   const bool automation = (attributes.wTypeFlags & (TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION)) != 0;
-  if (attributes.typekind != TKIND_DISPATCH &&
-      !(attributes.typekind == TKIND_INTERFACE && automation)) {
-    return S_OK;  // only what late-bound and marshaled callers can use
-  }
+  const bool marshaled = attributes.typekind == TKIND_DISPATCH ||
+                         (attributes.typekind == TKIND_INTERFACE && automation);
+  if (!marshaled) return S_OK;
   const LPCWSTR marshaler = automation ? kAutomationMarshaler : kDispatchMarshaler;
   const NumberText version = VersionText(library.wMajorVerNum, library.wMinorVerNum);
   const GuidText id(library.guid);
@@ -172,12 +171,13 @@ LONG DeleteIfEmpty(LPCWSTR path) {
 // Whether a version of a library has files for some locale and system still.
 LONG HasFiles(LPCWSTR version_path, bool* has) {
   WCHAR name[kKeyNameCapacity];
-  LONG error = ERROR_SUCCESS;
   *has = false;
-  for (DWORD i = 0; !*has && (error = SubkeyName(version_path, i, name)) == ERROR_SUCCESS; ++i) {
+  for (DWORD i = 0; !*has; ++i) {
+    const LONG error = SubkeyName(version_path, i, name);
+    if (error != ERROR_SUCCESS) return error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
     *has = !SameName(name, u"FLAGS") && !SameName(name, u"HELPDIR");
   }
-  return *has || error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
+  return ERROR_SUCCESS;
 }
 
 LONG DeleteLibrary(REFGUID library, WORD major, WORD minor, LCID locale, SYSKIND kind) {
