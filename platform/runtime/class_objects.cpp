@@ -60,8 +60,7 @@ void Insert(Server* server) {
 
 template <typename Function>
 Function Entry(HMODULE module, LPCSTR name) {
-  using AnyFunction = void (*)();
-  return reinterpret_cast<Function>(reinterpret_cast<AnyFunction>(GetProcAddress(module, name)));
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
 HRESULT LoadServer(const WideText& file, Server** out) {
