@@ -82,7 +82,8 @@ class TokenReader {
   // The file name is put in as it is: it cannot end the quotes, whatever characters it has.
   bool PutReplacement(Token& token) {
     for (const char* c = "%MODULE%"; *c != 0; ++c) {
-      if (next_ == end_ || *next_++ != static_cast<BYTE>(*c)) return false;
+      if (next_ == end_ || *next_ != static_cast<BYTE>(*c)) return false;
+      ++next_;
     }
     for (const OLECHAR* c = module_file_; *c != 0; ++c) {
       if (!Put(token, *c)) return false;
