@@ -10,6 +10,7 @@ namespace {
 
 // The value of x[n], not zero, times B^zeros without zero limbs at either end.
 DecimalPower Trimmed(const Limb* x, size_t n, size_t zeros) {
+  // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): kernels have written x.
   for (; *x == 0; ++x, --n) ++zeros;
   return {x, SignificantLimbs(x, n), zeros};
 }
