@@ -6,6 +6,7 @@
 
 #include "seam/byte_array.h"
 #include "seam/checked_size.h"
+#include "seam/kernel.h"
 #include "seam/memory.h"
 #include "seam/processor.h"
 #include "seam/random.h"

@@ -23,23 +23,4 @@ enum ProcessorFeature : uint32_t {
 // ProcessorFeatures returns the set for this machine; 0 in a portable-only build.
 uint32_t ProcessorFeatures() noexcept;
 
-// A kernel in a primitive's list: best first, the portable one (needs == 0) last.
-template <typename Function>
-struct Kernel {
-  const char* name;
-  uint32_t needs;  // ProcessorFeature bits
-  Function function;
-};
-
-// ChooseKernel returns the first kernel whose needs are all in features.
-// The list ends in a portable kernel, so there always is one.
-template <typename Function, size_t kCount>
-constexpr const Kernel<Function>& ChooseKernel(const Kernel<Function> (&kernels)[kCount],
-                                               uint32_t features) noexcept {
-  for (size_t i = 0; i + 1 < kCount; ++i) {
-    if ((kernels[i].needs & ~features) == 0) return kernels[i];
-  }
-  return kernels[kCount - 1];
-}
-
 }  // namespace mirolta

@@ -157,14 +157,29 @@ TEST(CreateByteArrayTest, IsNullWithoutMemory) {
   MiroltaFailAllocationAfter(-1);
 }
 
-TEST(ChooseKernelTest, TakesTheFirstRowThatTheProcessorHas) {
-  constexpr Kernel<int> kRows[] = {
-      {"both", kFeatureAvx2 | kFeatureSha, 3}, {"sha", kFeatureSha, 2}, {"portable", 0, 1}};
-  static_assert(ChooseKernel(kRows, 0).function == 1);
-  EXPECT_EQ(ChooseKernel(kRows, kFeatureSha | kFeatureAvx2).function, 3);
-  EXPECT_EQ(ChooseKernel(kRows, kFeatureSha).function, 2);
-  EXPECT_EQ(ChooseKernel(kRows, kFeatureAvx2).function, 1);
-  EXPECT_EQ(ChooseKernel(kRows, ~0u).function, 3);
+constexpr Kernel<int> kRows[] = {
+    {"both", kFeatureAvx2 | kFeatureSha, 3}, {"sha", kFeatureSha, 2}, {"portable", 0, 1}};
+
+TEST(KernelListTest, ChoosesTheFirstRowThatTheProcessorRuns) {
+  constexpr KernelList<int> list = kRows;
+  static_assert(list.Choose(0).function == 1);
+  EXPECT_EQ(list.Choose(kFeatureSha | kFeatureAvx2).function, 3);
+  EXPECT_EQ(list.Choose(kFeatureSha).function, 2);
+  EXPECT_EQ(list.Choose(kFeatureAvx2).function, 1);
+  EXPECT_EQ(list.Choose(~0u).function, 3);
+}
+
+TEST(KernelListTest, HasAllRowsInTheirOrder) {
+  const KernelList<int> list = kRows;
+  ASSERT_EQ(list.size(), 3u);
+  EXPECT_EQ(list[1].function, 2);
+  int expected = 3;
+  for (const Kernel<int>& row : list) EXPECT_EQ(row.function, expected--);
+  EXPECT_EQ(expected, 0);
+}
+
+TEST(CurrentKernelTest, IsTheRowForThisProcessor) {
+  EXPECT_EQ(CurrentKernel<kRows>(), KernelList<int>(kRows).Choose(ProcessorFeatures()).function);
 }
 
 }  // namespace

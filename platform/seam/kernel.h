@@ -1,0 +1,60 @@
+// Kernels: the implementations of one primitive, chosen at run time.
+#pragma once
+
+#include "architecture.h"
+#include "processor.h"
+
+namespace mirolta {
+
+// Kernel: one implementation, a row of the primitive's list. Function is a function pointer, or a
+// pointer to a table of functions.
+template <typename Function>
+struct Kernel {
+  const char* name;
+  uint32_t needs;  // ProcessorFeature bits
+  Function function;
+};
+
+// KernelList views the rows of a primitive: best first, a portable one (needs == 0) last. It does not
+// own them.
+template <typename Function>
+class KernelList {
+ public:
+  template <size_t kCount>
+  constexpr KernelList(
+      const Kernel<Function> (&rows)[kCount]) noexcept  // NOLINT(google-explicit-constructor)
+      : rows_(rows), count_(kCount) {}
+
+  constexpr const Kernel<Function>* begin() const noexcept { return rows_; }
+  constexpr const Kernel<Function>* end() const noexcept { return rows_ + count_; }
+  constexpr size_t size() const noexcept { return count_; }
+  constexpr const Kernel<Function>& operator[](size_t i) const noexcept { return rows_[i]; }
+
+  // Choose returns the first row that a processor with `features` runs.
+  constexpr const Kernel<Function>& Choose(uint32_t features) const noexcept {
+    const Kernel<Function>* row = rows_;
+    while (row + 1 != end() && (row->needs & ~features) != 0) ++row;
+    return *row;
+  }
+
+ private:
+  const Kernel<Function>* rows_;
+  size_t count_;
+};
+
+// CurrentKernel returns the function that this processor runs, chosen at the first call with this
+// array of rows.
+template <const auto& kRows>
+auto CurrentKernel() noexcept {
+  static const auto chosen = KernelList(kRows).Choose(ProcessorFeatures()).function;
+  return chosen;
+}
+
+// ChooseKernel returns the first of the rows that a processor with `features` runs.
+template <typename Function, size_t kCount>
+constexpr const Kernel<Function>& ChooseKernel(const Kernel<Function> (&kernels)[kCount],
+                                               uint32_t features) noexcept {
+  return KernelList(kernels).Choose(features);
+}
+
+}  // namespace mirolta
