@@ -21,8 +21,8 @@ template <typename Function>
 class KernelList {
  public:
   template <size_t kCount>
-  constexpr KernelList(
-      const Kernel<Function> (&rows)[kCount]) noexcept  // NOLINT(google-explicit-constructor)
+  // NOLINTNEXTLINE(google-explicit-constructor): the rows are the list.
+  constexpr KernelList(const Kernel<Function> (&rows)[kCount]) noexcept
       : rows_(rows), count_(kCount) {}
 
   constexpr const Kernel<Function>* begin() const noexcept { return rows_; }
