@@ -13,15 +13,10 @@ namespace {
 // A frame that the compiler makes as it stands, without a guard.
 #define MIROLTA_OWN_FRAME __attribute__((noinline, no_stack_protector))
 
-// Sizes of the parts of the stack. Without optimisation frames are much larger.
-#if defined(__OPTIMIZE__)
-constexpr size_t kFrameScale = 1;
-#else
-constexpr size_t kFrameScale = 6;
-#endif
-constexpr size_t kShortBytes = kFrameScale * 2048;
-constexpr size_t kMediumBytes = kFrameScale * 6144;
-constexpr size_t kDeepBytes = kFrameScale * 24576;
+// Sizes of the parts of the stack, for optimised builds.
+constexpr size_t kShortBytes = 2048;
+constexpr size_t kMediumBytes = 6144;
+constexpr size_t kDeepBytes = 24576;
 
 // A function that has an array at the end of its frame does not reach what lies before it: return
 // address, saved registers, alignment.
