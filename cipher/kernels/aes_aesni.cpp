@@ -2,7 +2,7 @@
 // cycles but the next one of another block, or two, can start in each of them.
 #include "aes_kernels.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
   #include <immintrin.h>
 

@@ -2,7 +2,7 @@
 // flight. Sixteen registers do not hold the round keys as well; each is repeated as it is loaded.
 #include "aes_kernels.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
   #include <immintrin.h>
 

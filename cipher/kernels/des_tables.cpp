@@ -90,7 +90,7 @@ constexpr DesTables MakeTables() {
 
 constinit const DesTables kDesTables = MakeTables();
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 namespace {
 
 constexpr DesWideTables MakeWideTables() {

@@ -1,7 +1,7 @@
 // The constants of DES in the forms that the key schedule and the portable transforms read.
 #pragma once
 
-#include <cstdint>
+#include "platform.h"
 
 namespace mirolta {
 
@@ -27,7 +27,7 @@ struct DesTables {
 
 extern const DesTables kDesTables;
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 // substitution[i][v] is the word of DesTables with the half expanded: the inputs of the S-boxes 1,
 // 3, 5, 7, 2, 4, 6, 8, highest byte first, each in the lower six bits of its byte.
 struct DesWideTables {

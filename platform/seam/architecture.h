@@ -10,3 +10,18 @@
 #else
   #define MIROLTA_KERNELS_FOR_X86_64 0
 #endif
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__i386__)
+  #define MIROLTA_KERNELS_FOR_X86_32 1
+#else
+  #define MIROLTA_KERNELS_FOR_X86_32 0
+#endif
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__arm__)
+  #define MIROLTA_KERNELS_FOR_ARMV7 1
+#else
+  #define MIROLTA_KERNELS_FOR_ARMV7 0
+#endif
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__aarch64__)
+  #define MIROLTA_KERNELS_FOR_AARCH64 1
+#else
+  #define MIROLTA_KERNELS_FOR_AARCH64 0
+#endif

@@ -1,14 +1,15 @@
 #include "seam/processor.h"
 
+#include "seam/architecture.h"
 #include "seam/processor_report.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && (defined(__x86_64__) || defined(__i386__))
+#if MIROLTA_KERNELS_FOR(X86_64) || MIROLTA_KERNELS_FOR(X86_32)
   #include <cpuid.h>
 #endif
 
 namespace mirolta {
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && (defined(__x86_64__) || defined(__i386__))
+#if MIROLTA_KERNELS_FOR(X86_64) || MIROLTA_KERNELS_FOR(X86_32)
 
 namespace {
 
