@@ -16,7 +16,8 @@ namespace {
 BlockFunction AesKernel(const uint8_t* key, size_t key_size, bool encrypts) {
   const auto schedule = std::make_shared<AesSchedule>();
   if (!ExpandAesKey(key, static_cast<uint32_t>(key_size), schedule.get())) return nullptr;
-  const AesTransform run = encrypts ? ChosenAesEncrypt() : ChosenAesDecrypt();
+  const AesTransform run =
+      encrypts ? CurrentKernel<kAesEncryptKernels>() : CurrentKernel<kAesDecryptKernels>();
   return [=](const uint8_t* in, size_t length, uint8_t* out) {
     run(*schedule, in, out, static_cast<uint32_t>(length / kAesBlockSize));
   };
@@ -83,7 +84,7 @@ std::vector<Contestant> MakeKeySetUps() {
   return {
       SetUpContestant(
           kOurs, [=](const uint8_t* key) { (void)ExpandAesKey(key, 32, ours.get()); },
-          [=](uint8_t* block) { ChosenAesEncrypt()(*ours, block, block, 1); }),
+          [=](uint8_t* block) { CurrentKernel<kAesEncryptKernels>()(*ours, block, block, 1); }),
       SetUpContestant(
           "OpenSSL",
           [=](const uint8_t* key) {

@@ -18,9 +18,9 @@ struct DigestCase {
   const OLECHAR* our_name;
   CompressBlocks (*kernel)() noexcept;
 };
-constexpr DigestCase kDigests[] = {{"MD5", OLESTR("MD5"), ChosenMd5},
-                                   {"SHA-1", OLESTR("SHA1"), ChosenSha1},
-                                   {"SHA-256", OLESTR("SHA256"), ChosenSha256}};
+constexpr DigestCase kDigests[] = {{"MD5", OLESTR("MD5"), CurrentKernel<kMd5Kernels>},
+                                   {"SHA-1", OLESTR("SHA1"), CurrentKernel<kSha1Kernels>},
+                                   {"SHA-256", OLESTR("SHA256"), CurrentKernel<kSha256Kernels>}};
 
 std::vector<Contestant> MakeDigests(const DigestCase& digest, size_t size) {
   const ByteOperands in(size);
@@ -71,13 +71,13 @@ Run KeyedKernel(const CipherCase& cipher, const std::vector<uint8_t>& key) {
     const auto schedule = std::make_shared<AesSchedule>();
     (void)ExpandAesKey(key.data(), cipher.key_size, schedule.get());
     return [=](const uint8_t* in, uint8_t* out, uint32_t length) {
-      ChosenAesEncrypt()(*schedule, in, out, length / kAesBlockSize);
+      CurrentKernel<kAesEncryptKernels>()(*schedule, in, out, length / kAesBlockSize);
     };
   }
   const auto schedule = std::make_shared<DesSchedule>();
   (void)ExpandDesKey(key.data(), cipher.key_size, schedule.get());
   return [=](const uint8_t* in, uint8_t* out, uint32_t length) {
-    ChosenDesEncrypt()(*schedule, in, out, length / kDesBlockSize);
+    CurrentKernel<kDesEncryptKernels>()(*schedule, in, out, length / kDesBlockSize);
   };
 }
 

@@ -15,7 +15,8 @@ namespace {
 BlockFunction DesKernel(const uint8_t* key, size_t key_size, bool encrypts) {
   const auto schedule = std::make_shared<DesSchedule>();
   if (!ExpandDesKey(key, static_cast<uint32_t>(key_size), schedule.get())) return nullptr;
-  const DesTransform run = encrypts ? ChosenDesEncrypt() : ChosenDesDecrypt();
+  const DesTransform run =
+      encrypts ? CurrentKernel<kDesEncryptKernels>() : CurrentKernel<kDesDecryptKernels>();
   return [=](const uint8_t* in, size_t length, uint8_t* out) {
     run(*schedule, in, out, static_cast<uint32_t>(length / kDesBlockSize));
   };

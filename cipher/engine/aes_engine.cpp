@@ -7,8 +7,8 @@ namespace mirolta {
 
 AesEngine::AesEngine() noexcept
     : CipherEngine(kCipherAes,
-                   {RunKernel<AesSchedule, ChosenAesEncrypt>, &schedule_, kAesBlockSize},
-                   {RunKernel<AesSchedule, ChosenAesDecrypt>, &schedule_, kAesBlockSize}) {}
+                   {RunKernel<AesSchedule, kAesEncryptKernels>, &schedule_, kAesBlockSize},
+                   {RunKernel<AesSchedule, kAesDecryptKernels>, &schedule_, kAesBlockSize}) {}
 
 AesEngine::~AesEngine() {
   WipeMemory(&schedule_, sizeof schedule_);

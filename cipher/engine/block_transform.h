@@ -1,7 +1,7 @@
 // A block cipher under a key, as the queues see it.
 #pragma once
 
-#include <cstdint>
+#include "platform.h"
 
 namespace mirolta {
 
@@ -13,11 +13,10 @@ struct BlockTransform {
   uint32_t block_size;
 };
 
-// RunKernel is a BlockTransform's run for a schedule type and the function that chooses its kernel.
-template <typename Schedule, auto kChosenKernel>
+// RunKernel is a BlockTransform's run for a schedule type and the kernels that take it.
+template <typename Schedule, const auto& kKernels>
 void RunKernel(const void* schedule, const uint8_t* in, uint8_t* out, uint32_t block_count) {
-  static const auto kernel = kChosenKernel();
-  kernel(*static_cast<const Schedule*>(schedule), in, out, block_count);
+  CurrentKernel<kKernels>()(*static_cast<const Schedule*>(schedule), in, out, block_count);
 }
 
 }  // namespace mirolta

@@ -7,8 +7,8 @@ namespace mirolta {
 
 DesEngine::DesEngine() noexcept
     : CipherEngine(kCipherDes,
-                   {RunKernel<DesSchedule, ChosenDesEncrypt>, &schedule_, kDesBlockSize},
-                   {RunKernel<DesSchedule, ChosenDesDecrypt>, &schedule_, kDesBlockSize}) {}
+                   {RunKernel<DesSchedule, kDesEncryptKernels>, &schedule_, kDesBlockSize},
+                   {RunKernel<DesSchedule, kDesDecryptKernels>, &schedule_, kDesBlockSize}) {}
 
 DesEngine::~DesEngine() {
   WipeMemory(&schedule_, sizeof schedule_);

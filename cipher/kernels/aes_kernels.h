@@ -1,5 +1,7 @@
-// The transforms of AES blocks, one list a direction.
+// The kernels of AES: key expansions, and transforms of blocks in either direction.
 #pragma once
+
+#include <type_traits>
 
 #include "aes_schedule.h"
 #include "platform.h"
@@ -19,46 +21,26 @@ using AesTransform = void (*)(const AesSchedule& schedule, const uint8_t* in, ui
 // Source: FIPS-197, 5.2 and 5.3.5.
 using AesExpansion = void (*)(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule);
 
-struct AesExpansionList {
-  const Kernel<AesExpansion>* kernels;  // best first, the portable one last
-  uint32_t count;
-};
+extern const KernelList<AesExpansion> kAesExpansionKernels;
+extern const KernelList<AesTransform> kAesEncryptKernels;
+extern const KernelList<AesTransform> kAesDecryptKernels;
 
-struct AesKernelList {
-  const Kernel<AesTransform>* kernels;  // best first, the portable one last
-  uint32_t count;
-};
+// The kernels of every architecture, for the lists and for tests; defined where their architecture
+// is the build's.
+using AesExpansionKernel = std::remove_pointer_t<AesExpansion>;
+using AesTransformKernel = std::remove_pointer_t<AesTransform>;
 
-// The kernels of the key schedule, and those of a direction, that this build has, for tests and
-// measurements.
-AesExpansionList AesExpansionKernels() noexcept;
-AesKernelList AesEncryptKernels() noexcept;
-AesKernelList AesDecryptKernels() noexcept;
+AesExpansionKernel AesExpandPortable;
+AesTransformKernel AesEncryptPortable;
+AesTransformKernel AesDecryptPortable;
 
-// The best transform of a direction on this processor.
-AesTransform ChosenAesEncrypt() noexcept;
-AesTransform ChosenAesDecrypt() noexcept;
-
-void AesExpandPortable(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule);
-void AesEncryptPortable(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                        uint32_t block_count);
-void AesDecryptPortable(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                        uint32_t block_count);
-
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
-void AesExpandAesNi(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule);
-void AesEncryptAesNi(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                     uint32_t block_count);
-void AesDecryptAesNi(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                     uint32_t block_count);
-void AesEncryptVaes256(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                       uint32_t block_count);
-void AesDecryptVaes256(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                       uint32_t block_count);
-void AesEncryptVaes512(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                       uint32_t block_count);
-void AesDecryptVaes512(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                       uint32_t block_count);
-#endif
+// x86-64
+AesExpansionKernel AesExpandAesNi;
+AesTransformKernel AesEncryptAesNi;
+AesTransformKernel AesDecryptAesNi;
+AesTransformKernel AesEncryptVaes256;
+AesTransformKernel AesDecryptVaes256;
+AesTransformKernel AesEncryptVaes512;
+AesTransformKernel AesDecryptVaes512;
 
 }  // namespace mirolta

@@ -4,8 +4,8 @@ namespace mirolta {
 
 namespace {
 
-constexpr Kernel<DesTransform> kEncryptKernels[] = {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+constexpr Kernel<DesTransform> kEncryptRows[] = {
+#if MIROLTA_KERNELS_FOR(X86_64)
     {"des-encrypt-avx512", kFeatureAvx512 | kFeatureGfni, DesEncryptAvx512},
     {"des-encrypt-avx2", kFeatureAvx2, DesEncryptAvx2},
     {"des-encrypt-gfni", kFeatureGfni, DesEncryptGfni},
@@ -14,8 +14,8 @@ constexpr Kernel<DesTransform> kEncryptKernels[] = {
     {"des-encrypt-portable", 0, DesEncryptPortable},
 };
 
-constexpr Kernel<DesTransform> kDecryptKernels[] = {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+constexpr Kernel<DesTransform> kDecryptRows[] = {
+#if MIROLTA_KERNELS_FOR(X86_64)
     {"des-decrypt-avx512", kFeatureAvx512 | kFeatureGfni, DesDecryptAvx512},
     {"des-decrypt-avx2", kFeatureAvx2, DesDecryptAvx2},
     {"des-decrypt-gfni", kFeatureGfni, DesDecryptGfni},
@@ -26,22 +26,7 @@ constexpr Kernel<DesTransform> kDecryptKernels[] = {
 
 }  // namespace
 
-DesKernelList DesEncryptKernels() noexcept {
-  return {kEncryptKernels, sizeof kEncryptKernels / sizeof kEncryptKernels[0]};
-}
-
-DesKernelList DesDecryptKernels() noexcept {
-  return {kDecryptKernels, sizeof kDecryptKernels / sizeof kDecryptKernels[0]};
-}
-
-DesTransform ChosenDesEncrypt() noexcept {
-  static const DesTransform chosen = ChooseKernel(kEncryptKernels, ProcessorFeatures()).function;
-  return chosen;
-}
-
-DesTransform ChosenDesDecrypt() noexcept {
-  static const DesTransform chosen = ChooseKernel(kDecryptKernels, ProcessorFeatures()).function;
-  return chosen;
-}
+constinit const KernelList<DesTransform> kDesEncryptKernels = kEncryptRows;
+constinit const KernelList<DesTransform> kDesDecryptKernels = kDecryptRows;
 
 }  // namespace mirolta

@@ -1,5 +1,7 @@
-// The transforms of DES and triple-DES blocks, one list a direction.
+// The kernels of DES and triple DES: transforms of blocks in either direction.
 #pragma once
+
+#include <type_traits>
 
 #include "des_schedule.h"
 #include "platform.h"
@@ -9,47 +11,30 @@ namespace mirolta {
 // DesTransform transforms each of block_count blocks by itself.
 // Shapes: in[8 * block_count], out[8 * block_count]; the schedule as ExpandDesKey fills it.
 // Alias:  out is in, or does not overlap it.
-// Time:   the portable kernels look up tables at addresses that depend on key and data.
+// Time:   kernels without bit slices, and those with them for their last few blocks, look up tables
+//         at addresses that depend on key and data.
 // Source: FIPS 46-3.
 using DesTransform = void (*)(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                               uint32_t block_count);
 
-struct DesKernelList {
-  const Kernel<DesTransform>* kernels;  // best first, the portable one last
-  uint32_t count;
-};
+extern const KernelList<DesTransform> kDesEncryptKernels;
+extern const KernelList<DesTransform> kDesDecryptKernels;
 
-// The kernels of a direction that this build has, for tests and measurements.
-DesKernelList DesEncryptKernels() noexcept;
-DesKernelList DesDecryptKernels() noexcept;
+// The kernels of every architecture, for the lists and for tests; defined where their architecture
+// is the build's.
+using DesTransformKernel = std::remove_pointer_t<DesTransform>;
 
-// The best transform of a direction on this processor.
-DesTransform ChosenDesEncrypt() noexcept;
-DesTransform ChosenDesDecrypt() noexcept;
+DesTransformKernel DesEncryptPortable;
+DesTransformKernel DesDecryptPortable;
 
-void DesEncryptPortable(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                        uint32_t block_count);
-void DesDecryptPortable(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                        uint32_t block_count);
-
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
-void DesEncryptWords64(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                       uint32_t block_count);
-void DesDecryptWords64(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                       uint32_t block_count);
-void DesEncryptGfni(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                    uint32_t block_count);
-void DesDecryptGfni(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                    uint32_t block_count);
-// These read tables only where few blocks are left.
-void DesEncryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                    uint32_t block_count);
-void DesDecryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                    uint32_t block_count);
-void DesEncryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                      uint32_t block_count);
-void DesDecryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
-                      uint32_t block_count);
-#endif
+// x86-64
+DesTransformKernel DesEncryptWords64;
+DesTransformKernel DesDecryptWords64;
+DesTransformKernel DesEncryptGfni;
+DesTransformKernel DesDecryptGfni;
+DesTransformKernel DesEncryptAvx2;
+DesTransformKernel DesDecryptAvx2;
+DesTransformKernel DesEncryptAvx512;
+DesTransformKernel DesDecryptAvx512;
 
 }  // namespace mirolta

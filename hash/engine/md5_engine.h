@@ -10,7 +10,7 @@ struct Md5Primitive {
   static constexpr uint32_t kWordCount = 4;
   static constexpr uint32_t kInitial[kWordCount] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
   static constexpr bool kHighFirst = false;
-  static CompressBlocks Kernel() noexcept { return ChosenMd5(); }
+  static CompressBlocks Kernel() noexcept { return CurrentKernel<kMd5Kernels>(); }
   static FinishDigest Finish() noexcept { return nullptr; }
   static FinishKeyedDigest FinishKeyed() noexcept { return nullptr; }
 };

@@ -42,11 +42,18 @@ class KernelList {
   size_t count_;
 };
 
-// CurrentKernel returns the function that this processor runs, chosen at the first call with this
-// array of rows.
+// ChosenOnce is not inlined: callers of CurrentKernel need no registers for what runs once.
+template <const auto& kRows>
+__attribute__((noinline)) auto ChosenOnce() noexcept {
+  return KernelList(kRows).Choose(ProcessorFeatures()).function;
+}
+
+// CurrentKernel returns the function of a KernelList, or of an array of rows, that this processor
+// runs. It is chosen at the first call. Engines and loops keep what it returns: every call checks
+// whether it is the first.
 template <const auto& kRows>
 auto CurrentKernel() noexcept {
-  static const auto chosen = KernelList(kRows).Choose(ProcessorFeatures()).function;
+  static const auto chosen = ChosenOnce<kRows>();
   return chosen;
 }
 

@@ -42,12 +42,12 @@ TEST(AesKernels, TransformTheStandardsVectors) {
     const AesSchedule schedule = Expanded(FromHex(vector.key));
     const Bytes plaintext = FromHex(vector.plaintext);
     const Bytes ciphertext = FromHex(vector.ciphertext);
-    ForEachKernel(AesEncryptKernels(), [&](const Kernel<AesTransform>& kernel) {
+    ForEachKernel(kAesEncryptKernels, [&](const Kernel<AesTransform>& kernel) {
       Bytes out(kAesBlockSize);
       kernel.function(schedule, plaintext.data(), out.data(), 1);
       EXPECT_EQ(out, ciphertext);
     });
-    ForEachKernel(AesDecryptKernels(), [&](const Kernel<AesTransform>& kernel) {
+    ForEachKernel(kAesDecryptKernels, [&](const Kernel<AesTransform>& kernel) {
       Bytes out(kAesBlockSize);
       kernel.function(schedule, ciphertext.data(), out.data(), 1);
       EXPECT_EQ(out, plaintext);
@@ -59,14 +59,14 @@ TEST(AesKernels, AgreeWithThePortableOnes) {
   std::mt19937 random(1);
   for (uint32_t key_length : {16u, 24u, 32u}) {
     const AesSchedule schedule = Expanded(RandomBytes(random, key_length));
-    ExpectKernelsAgree(AesEncryptKernels(), schedule, kAesBlockSize, random);
-    ExpectKernelsAgree(AesDecryptKernels(), schedule, kAesBlockSize, random);
+    ExpectKernelsAgree(kAesEncryptKernels, schedule, kAesBlockSize, random);
+    ExpectKernelsAgree(kAesDecryptKernels, schedule, kAesBlockSize, random);
   }
 }
 
 TEST(AesKernels, ExpandKeysAsThePortableOneDoes) {
   std::mt19937 random(7);
-  const AesExpansionList list = AesExpansionKernels();
+  const KernelList<AesExpansion> list = kAesExpansionKernels;
   ForEachKernel(list, [&](const Kernel<AesExpansion>& kernel) {
     for (uint32_t key_length : {16u, 24u, 32u}) {
       for (uint32_t i = 0; i < 200; ++i) {
@@ -82,14 +82,14 @@ TEST(AesKernels, ExpandKeysAsThePortableOneDoes) {
 }
 
 TEST(AesKernels, ChosenOnesAreTheFirstThatTheProcessorRuns) {
-  const AesKernelList encrypt = AesEncryptKernels();
-  const AesKernelList decrypt = AesDecryptKernels();
+  const KernelList<AesTransform> encrypt = kAesEncryptKernels;
+  const KernelList<AesTransform> decrypt = kAesDecryptKernels;
   uint32_t i = 0;
-  while ((encrypt.kernels[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(ChosenAesEncrypt(), encrypt.kernels[i].function);
+  while ((encrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
+  EXPECT_EQ(CurrentKernel<kAesEncryptKernels>(), encrypt[i].function);
   i = 0;
-  while ((decrypt.kernels[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(ChosenAesDecrypt(), decrypt.kernels[i].function);
+  while ((decrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
+  EXPECT_EQ(CurrentKernel<kAesDecryptKernels>(), decrypt[i].function);
 }
 
 TEST(AesTables, TwoOfThemAreEqual) {

@@ -26,12 +26,12 @@ void CheckEngine(LONG algorithm, const Bytes& key, const Bytes& plaintext,
 template <typename List, typename Schedule>
 void CheckKernels(const List& list, const Schedule& schedule, uint32_t block_size, const Bytes& in,
                   const Bytes& expected) {
-  for (uint32_t i = 0; i < list.count; ++i) {
-    if ((list.kernels[i].needs & ~ProcessorFeatures()) != 0) continue;
+  for (size_t i = 0; i < list.size(); ++i) {
+    if ((list[i].needs & ~ProcessorFeatures()) != 0) continue;
     Bytes out(in.size());
-    list.kernels[i].function(schedule, in.data(), out.data(),
+    list[i].function(schedule, in.data(), out.data(),
                              static_cast<uint32_t>(in.size() / block_size));
-    EXPECT_EQ(out, expected) << list.kernels[i].name;
+    EXPECT_EQ(out, expected) << list[i].name;
   }
 }
 
@@ -48,8 +48,8 @@ TEST(CipherVectors, AesFiles) {
         CheckEngine(kCipherAes, key, plaintext, ciphertext);
         AesSchedule schedule = {};
         ASSERT_TRUE(ExpandAesKey(key.data(), static_cast<uint32_t>(key.size()), &schedule));
-        CheckKernels(AesEncryptKernels(), schedule, kAesBlockSize, plaintext, ciphertext);
-        CheckKernels(AesDecryptKernels(), schedule, kAesBlockSize, ciphertext, plaintext);
+        CheckKernels(kAesEncryptKernels, schedule, kAesBlockSize, plaintext, ciphertext);
+        CheckKernels(kAesDecryptKernels, schedule, kAesBlockSize, ciphertext, plaintext);
       }
     }
   }
@@ -81,8 +81,8 @@ TEST(CipherVectors, TripleDesFiles) {
         CheckEngine(kCipherDes, key, plaintext, ciphertext);
         DesSchedule schedule = {};
         ASSERT_TRUE(ExpandDesKey(key.data(), static_cast<uint32_t>(key.size()), &schedule));
-        CheckKernels(DesEncryptKernels(), schedule, kDesBlockSize, plaintext, ciphertext);
-        CheckKernels(DesDecryptKernels(), schedule, kDesBlockSize, ciphertext, plaintext);
+        CheckKernels(kDesEncryptKernels, schedule, kDesBlockSize, plaintext, ciphertext);
+        CheckKernels(kDesDecryptKernels, schedule, kDesBlockSize, ciphertext, plaintext);
       }
     }
   }

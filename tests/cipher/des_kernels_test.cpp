@@ -44,12 +44,12 @@ TEST(DesKernels, TransformTheStandardVectors) {
     const DesSchedule schedule = Expanded(FromHex(vector.key));
     const Bytes plaintext = FromHex(vector.plaintext);
     const Bytes ciphertext = FromHex(vector.ciphertext);
-    ForEachKernel(DesEncryptKernels(), [&](const Kernel<DesTransform>& kernel) {
+    ForEachKernel(kDesEncryptKernels, [&](const Kernel<DesTransform>& kernel) {
       Bytes out(kDesBlockSize);
       kernel.function(schedule, plaintext.data(), out.data(), 1);
       EXPECT_EQ(out, ciphertext);
     });
-    ForEachKernel(DesDecryptKernels(), [&](const Kernel<DesTransform>& kernel) {
+    ForEachKernel(kDesDecryptKernels, [&](const Kernel<DesTransform>& kernel) {
       Bytes out(kDesBlockSize);
       kernel.function(schedule, ciphertext.data(), out.data(), 1);
       EXPECT_EQ(out, plaintext);
@@ -61,20 +61,20 @@ TEST(DesKernels, AgreeWithThePortableOnes) {
   std::mt19937 random(2);
   for (uint32_t key_length : {8u, 16u, 24u}) {
     const DesSchedule schedule = Expanded(RandomBytes(random, key_length));
-    ExpectKernelsAgree(DesEncryptKernels(), schedule, kDesBlockSize, random);
-    ExpectKernelsAgree(DesDecryptKernels(), schedule, kDesBlockSize, random);
+    ExpectKernelsAgree(kDesEncryptKernels, schedule, kDesBlockSize, random);
+    ExpectKernelsAgree(kDesDecryptKernels, schedule, kDesBlockSize, random);
   }
 }
 
 TEST(DesKernels, ChosenOnesAreTheFirstThatTheProcessorRuns) {
-  const DesKernelList encrypt = DesEncryptKernels();
-  const DesKernelList decrypt = DesDecryptKernels();
+  const KernelList<DesTransform> encrypt = kDesEncryptKernels;
+  const KernelList<DesTransform> decrypt = kDesDecryptKernels;
   uint32_t i = 0;
-  while ((encrypt.kernels[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(ChosenDesEncrypt(), encrypt.kernels[i].function);
+  while ((encrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
+  EXPECT_EQ(CurrentKernel<kDesEncryptKernels>(), encrypt[i].function);
   i = 0;
-  while ((decrypt.kernels[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(ChosenDesDecrypt(), decrypt.kernels[i].function);
+  while ((decrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
+  EXPECT_EQ(CurrentKernel<kDesDecryptKernels>(), decrypt[i].function);
 }
 
 TEST(DesSchedule, IgnoresParityBits) {

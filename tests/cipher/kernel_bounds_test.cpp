@@ -18,7 +18,7 @@ using test::GuardedMemory;
 template <typename List, typename Schedule>
 void ExpectInsideBounds(const List& list, const Schedule& schedule, uint32_t block_size) {
   std::mt19937 random(3);
-  const auto portable = list.kernels[list.count - 1].function;
+  const auto portable = list[list.size() - 1].function;
   for (const Guard guard : {Guard::kBefore, Guard::kBehind}) {
     const GuardedMemory keys(guard, sizeof(Schedule));
     const Schedule& guarded = *keys.Copy(&schedule);
@@ -43,8 +43,8 @@ TEST(KernelBounds, AesTransformsStayInside) {
   for (const uint32_t length : {16u, 24u, 32u}) {
     AesSchedule schedule = {};
     ASSERT_TRUE(ExpandAesKey(Bytes(length, 0x3C).data(), length, &schedule));
-    ExpectInsideBounds(AesEncryptKernels(), schedule, kAesBlockSize);
-    ExpectInsideBounds(AesDecryptKernels(), schedule, kAesBlockSize);
+    ExpectInsideBounds(kAesEncryptKernels, schedule, kAesBlockSize);
+    ExpectInsideBounds(kAesDecryptKernels, schedule, kAesBlockSize);
   }
 }
 
@@ -53,8 +53,8 @@ TEST(KernelBounds, DesTransformsStayInside) {
     DesSchedule schedule = {};
     std::mt19937 random(4);
     ASSERT_TRUE(ExpandDesKey(RandomBytes(random, length).data(), length, &schedule));
-    ExpectInsideBounds(DesEncryptKernels(), schedule, kDesBlockSize);
-    ExpectInsideBounds(DesDecryptKernels(), schedule, kDesBlockSize);
+    ExpectInsideBounds(kDesEncryptKernels, schedule, kDesBlockSize);
+    ExpectInsideBounds(kDesDecryptKernels, schedule, kDesBlockSize);
   }
 }
 
@@ -66,7 +66,7 @@ TEST(KernelBounds, AesExpansionsStayInside) {
       AesExpandPortable(key.data(), length, &expected);
       const GuardedMemory guarded_key(guard, length);
       guarded_key.Copy(key.data(), length);
-      ForEachKernel(AesExpansionKernels(), [&](const Kernel<AesExpansion>& kernel) {
+      ForEachKernel(kAesExpansionKernels, [&](const Kernel<AesExpansion>& kernel) {
         const GuardedMemory memory(guard, sizeof(AesSchedule));
         const AesSchedule empty = {};
         AesSchedule* const schedule = memory.Copy(&empty);

@@ -14,10 +14,10 @@ namespace mirolta {
 // Runs check(kernel) for each kernel of a list that this processor can run, and names the others.
 template <typename List, typename Check>
 void ForEachKernel(const List& list, const Check& check) {
-  ASSERT_GE(list.count, 1u);
-  EXPECT_EQ(list.kernels[list.count - 1].needs, 0u) << "the last kernel must be portable";
-  for (uint32_t i = 0; i < list.count; ++i) {
-    const auto& kernel = list.kernels[i];
+  ASSERT_GE(list.size(), 1u);
+  EXPECT_EQ(list[list.size() - 1].needs, 0u) << "the last kernel must be portable";
+  for (size_t i = 0; i < list.size(); ++i) {
+    const auto& kernel = list[i];
     if ((kernel.needs & ~ProcessorFeatures()) != 0) {
       std::printf("skipped, the processor lacks it: %s\n", kernel.name);
       continue;
@@ -47,7 +47,7 @@ template <typename List, typename Schedule>
 void ExpectKernelsAgree(const List& list, const Schedule& schedule, uint32_t block_size,
                         std::mt19937& random) {
   constexpr uint8_t kGuard = 0x5C;
-  const auto portable = list.kernels[list.count - 1].function;
+  const auto portable = list[list.size() - 1].function;
   ForEachKernel(list, [&](const auto& kernel) {
     for (uint32_t count : CheckedCounts()) {
       const uint32_t size = count * block_size;

@@ -35,13 +35,13 @@ constexpr Needs kDesNeeds[] = {
 
 template <typename List, size_t kCount>
 void ExpectNeeds(const List& list, const Needs (&rows)[kCount]) {
-  for (uint32_t i = 0; i < list.count; ++i) {
-    const std::string name = list.kernels[i].name;
+  for (size_t i = 0; i < list.size(); ++i) {
+    const std::string name = list[i].name;
     uint32_t matches = 0;
     for (const Needs& row : rows) {
       const std::string kind = row.kind;
       if (name.size() < kind.size() || name.substr(name.size() - kind.size()) != kind) continue;
-      EXPECT_EQ(list.kernels[i].needs, row.features) << name;
+      EXPECT_EQ(list[i].needs, row.features) << name;
       ++matches;
     }
     EXPECT_EQ(matches, 1u) << name;
@@ -49,14 +49,14 @@ void ExpectNeeds(const List& list, const Needs (&rows)[kCount]) {
 }
 
 TEST(KernelNeeds, AesKernelsAskForTheirInstructions) {
-  ExpectNeeds(AesExpansionKernels(), kAesNeeds);
-  ExpectNeeds(AesEncryptKernels(), kAesNeeds);
-  ExpectNeeds(AesDecryptKernels(), kAesNeeds);
+  ExpectNeeds(kAesExpansionKernels, kAesNeeds);
+  ExpectNeeds(kAesEncryptKernels, kAesNeeds);
+  ExpectNeeds(kAesDecryptKernels, kAesNeeds);
 }
 
 TEST(KernelNeeds, DesKernelsAskForTheirInstructions) {
-  ExpectNeeds(DesEncryptKernels(), kDesNeeds);
-  ExpectNeeds(DesDecryptKernels(), kDesNeeds);
+  ExpectNeeds(kDesEncryptKernels, kDesNeeds);
+  ExpectNeeds(kDesDecryptKernels, kDesNeeds);
 }
 
 }  // namespace

@@ -13,26 +13,26 @@ namespace {
 
 struct Primitive {
   const char* name;
-  HashKernelList list;
+  KernelList<CompressBlocks> list;
   CompressBlocks chosen;
   size_t word_count;
 };
 
 const Primitive kPrimitives[] = {
-    {"md5", Md5Kernels(), ChosenMd5(), 4},
-    {"sha1", Sha1Kernels(), ChosenSha1(), 5},
-    {"sha256", Sha256Kernels(), ChosenSha256(), 8},
+    {"md5", kMd5Kernels, CurrentKernel<kMd5Kernels>(), 4},
+    {"sha1", kSha1Kernels, CurrentKernel<kSha1Kernels>(), 5},
+    {"sha256", kSha256Kernels, CurrentKernel<kSha256Kernels>(), 8},
 };
 
 TEST(HashKernels, ListsEndInAPortableKernelAndStartWithTheChosenOne) {
   for (const Primitive& primitive : kPrimitives) {
-    const HashKernelList& list = primitive.list;
-    ASSERT_GE(list.count, 1u);
-    EXPECT_EQ(list.kernels[list.count - 1].needs, 0u);
-    for (size_t i = 0; i < list.count; ++i) {
-      EXPECT_EQ(std::string(list.kernels[i].name).rfind(primitive.name, 0), 0u);
-      if ((list.kernels[i].needs & ~ProcessorFeatures()) == 0) {
-        EXPECT_EQ(primitive.chosen, list.kernels[i].function);
+    const KernelList<CompressBlocks>& list = primitive.list;
+    ASSERT_GE(list.size(), 1u);
+    EXPECT_EQ(list[list.size() - 1].needs, 0u);
+    for (size_t i = 0; i < list.size(); ++i) {
+      EXPECT_EQ(std::string(list[i].name).rfind(primitive.name, 0), 0u);
+      if ((list[i].needs & ~ProcessorFeatures()) == 0) {
+        EXPECT_EQ(primitive.chosen, list[i].function);
         break;
       }
     }
@@ -41,7 +41,7 @@ TEST(HashKernels, ListsEndInAPortableKernelAndStartWithTheChosenOne) {
 
 #ifdef MIROLTA_PORTABLE_ONLY
 TEST(HashKernels, APortableBuildHasNoOthers) {
-  for (const Primitive& primitive : kPrimitives) EXPECT_EQ(primitive.list.count, 1u);
+  for (const Primitive& primitive : kPrimitives) EXPECT_EQ(primitive.list.size(), 1u);
 }
 #endif
 
@@ -67,17 +67,17 @@ TEST(HashKernels, EveryKernelDigestsAbc) {
   for (size_t p = 0; p < 3; ++p) {
     uint8_t block[kHashBlockSize] = {'a', 'b', 'c', 0x80};
     block[rows[p].high_first ? 63 : 56] = 24;
-    const HashKernelList& list = kPrimitives[p].list;
-    for (size_t k = 0; k < list.count; ++k) {
-      if ((list.kernels[k].needs & ~ProcessorFeatures()) != 0) {
-        std::cout << "skipped, not on this processor: " << list.kernels[k].name << "\n";
+    const KernelList<CompressBlocks>& list = kPrimitives[p].list;
+    for (size_t k = 0; k < list.size(); ++k) {
+      if ((list[k].needs & ~ProcessorFeatures()) != 0) {
+        std::cout << "skipped, not on this processor: " << list[k].name << "\n";
         continue;
       }
       uint32_t state[8];
       std::memcpy(state, rows[p].start, sizeof state);
-      list.kernels[k].function(state, block, 1);
+      list[k].function(state, block, 1);
       for (size_t i = 0; i < kPrimitives[p].word_count; ++i) {
-        EXPECT_EQ(state[i], rows[p].end[i]) << list.kernels[k].name << " word " << i;
+        EXPECT_EQ(state[i], rows[p].end[i]) << list[k].name << " word " << i;
       }
     }
   }
@@ -86,11 +86,11 @@ TEST(HashKernels, EveryKernelDigestsAbc) {
 TEST(HashKernels, EveryKernelIsThePortableOneOnRandomBlocks) {
   std::mt19937 random(7);
   for (const Primitive& primitive : kPrimitives) {
-    const HashKernelList& list = primitive.list;
-    const CompressBlocks portable = list.kernels[list.count - 1].function;
-    for (size_t k = 0; k < list.count; ++k) {
-      if ((list.kernels[k].needs & ~ProcessorFeatures()) != 0) {
-        std::cout << "skipped, not on this processor: " << list.kernels[k].name << "\n";
+    const KernelList<CompressBlocks>& list = primitive.list;
+    const CompressBlocks portable = list[list.size() - 1].function;
+    for (size_t k = 0; k < list.size(); ++k) {
+      if ((list[k].needs & ~ProcessorFeatures()) != 0) {
+        std::cout << "skipped, not on this processor: " << list[k].name << "\n";
         continue;
       }
       for (int round = 0; round < 400; ++round) {
@@ -106,12 +106,12 @@ TEST(HashKernels, EveryKernelIsThePortableOneOnRandomBlocks) {
         for (int i = 0; i < 9; ++i)
           state[i] = round % 16 == 0 ? 0xFFFFFFFFu : static_cast<uint32_t>(random());
         std::memcpy(expected, state, sizeof state);
-        list.kernels[k].function(state, memory.data() + offset, blocks);
+        list[k].function(state, memory.data() + offset, blocks);
         for (size_t i = 0; i < blocks; ++i) {
           portable(expected, memory.data() + offset + i * kHashBlockSize, 1);
         }
         ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0)
-            << list.kernels[k].name << ", " << blocks << " blocks";
+            << list[k].name << ", " << blocks << " blocks";
       }
     }
   }
@@ -125,8 +125,8 @@ TEST(HashKernels, FinishingIsPaddingAndThePortableKernel) {
     FinishDigest finish;
     CompressBlocks portable;
     size_t word_count;
-  } rows[] = {{"sha1", ChosenSha1Finish(), Sha1Portable, 5},
-              {"sha256", ChosenSha256Finish(), Sha256Portable, 8}};
+  } rows[] = {{"sha1", CurrentKernel<kSha1Finishes>(), Sha1Portable, 5},
+              {"sha256", CurrentKernel<kSha256Finishes>(), Sha256Portable, 8}};
   std::mt19937_64 random(11);
   for (const auto& row : rows) {
     if (row.finish == nullptr) {
@@ -161,7 +161,7 @@ TEST(HashKernels, FinishingIsPaddingAndThePortableKernel) {
 
 // Ending both computations of an HMAC at once is ending one after the other.
 TEST(HashKernels, FinishingKeyedIsFinishingTwice) {
-  const FinishKeyedDigest finish_keyed = ChosenSha256FinishKeyed();
+  const FinishKeyedDigest finish_keyed = CurrentKernel<kSha256KeyedFinishes>();
   if (finish_keyed == nullptr) GTEST_SKIP() << "not on this processor: keyed finishing of sha256";
   std::mt19937_64 random(13);
   for (uint32_t waiting = 0; waiting < 56; ++waiting) {

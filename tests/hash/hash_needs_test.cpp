@@ -9,12 +9,12 @@ namespace mirolta::test {
 namespace {
 
 TEST(HashNeeds, KernelsAskForTheirInstructions) {
-  for (const HashKernelList& list : {Md5Kernels(), Sha1Kernels(), Sha256Kernels()}) {
-    for (size_t i = 0; i < list.count; ++i) {
-      const std::string name = list.kernels[i].name;
+  for (const KernelList<CompressBlocks>& list : {kMd5Kernels, kSha1Kernels, kSha256Kernels}) {
+    for (size_t i = 0; i < list.size(); ++i) {
+      const std::string name = list[i].name;
       const bool plain = name.find("-portable") != std::string::npos;
       EXPECT_TRUE(plain || name.find("-shani") != std::string::npos) << name;
-      EXPECT_EQ(list.kernels[i].needs, plain ? 0u : kFeatureSsse3 | kFeatureSha) << name;
+      EXPECT_EQ(list[i].needs, plain ? 0u : kFeatureSsse3 | kFeatureSha) << name;
     }
   }
 }

@@ -550,14 +550,14 @@ TEST_F(WipingStackTest, CipherKernelsLeaveNoRoundKeys) {
       DesSchedule schedule;
       WatchForSchedule(false, key);
       ASSERT_TRUE(ExpandDesKey(key.data(), length, &schedule));
-      for (const DesKernelList& list : {DesEncryptKernels(), DesDecryptKernels()}) {
-        for (uint32_t i = 0; i < list.count; ++i) {
-          if ((list.kernels[i].needs & ~ProcessorFeatures()) != 0) continue;
+      for (const KernelList<DesTransform>& list : {kDesEncryptKernels, kDesDecryptKernels}) {
+        for (size_t i = 0; i < list.size(); ++i) {
+          if ((list[i].needs & ~ProcessorFeatures()) != 0) continue;
           for (const uint32_t count : {1u, 8u, 64u, 512u, 700u}) {
             stack.Run(
-                [&] { list.kernels[i].function(schedule, blocks.data(), out.data(), count); });
+                [&] { list[i].function(schedule, blocks.data(), out.data(), count); });
             EXPECT_EQ(FindSecret(stack.Touched(), stack.TouchedBytes()), -1)
-                << list.kernels[i].name << " " << size << " " << count;
+                << list[i].name << " " << size << " " << count;
             ++searched;
           }
         }
@@ -568,13 +568,13 @@ TEST_F(WipingStackTest, CipherKernelsLeaveNoRoundKeys) {
     AesSchedule schedule;
     WatchForSchedule(true, key);
     ASSERT_TRUE(ExpandAesKey(key.data(), length, &schedule));
-    for (const AesKernelList& list : {AesEncryptKernels(), AesDecryptKernels()}) {
-      for (uint32_t i = 0; i < list.count; ++i) {
-        if ((list.kernels[i].needs & ~ProcessorFeatures()) != 0) continue;
+    for (const KernelList<AesTransform>& list : {kAesEncryptKernels, kAesDecryptKernels}) {
+      for (size_t i = 0; i < list.size(); ++i) {
+        if ((list[i].needs & ~ProcessorFeatures()) != 0) continue;
         for (const uint32_t count : {1u, 4u, 5u, 8u, 16u, 31u, 32u, 700u}) {
-          stack.Run([&] { list.kernels[i].function(schedule, blocks.data(), out.data(), count); });
+          stack.Run([&] { list[i].function(schedule, blocks.data(), out.data(), count); });
           EXPECT_EQ(FindSecret(stack.Touched(), stack.TouchedBytes()), -1)
-              << list.kernels[i].name << " " << size << " " << count;
+              << list[i].name << " " << size << " " << count;
           ++searched;
         }
       }
