@@ -1,21 +1,20 @@
-// The AES engine: blocks of 16 bytes, keys of 16, 24 or 32 bytes.
+// The AES engine: blocks of 16 bytes, keys of 16, 24 or 32 bytes (FIPS-197).
 #pragma once
 
-#include "aes_schedule.h"
-#include "cipher_engine.h"
+#include "aes_kernels.h"
+#include "block_cipher_engine.h"
 
 namespace mirolta {
 
-class AesEngine final : public CipherEngine {
- public:
-  AesEngine() noexcept;
-  ~AesEngine() override;
-
- private:
-  bool BuildSchedule(const uint8_t* key, uint32_t length) override;
-  void WipeSchedule() override;
-
-  AesSchedule schedule_ = {};
+struct AesPrimitive {
+  using Schedule = AesSchedule;
+  static constexpr LONG kAlgorithm = kCipherAes;
+  static constexpr uint32_t kBlockSize = kAesBlockSize;
+  static constexpr const auto& kEncryptKernels = kAesEncryptKernels;
+  static constexpr const auto& kDecryptKernels = kAesDecryptKernels;
+  static constexpr auto kExpand = ExpandAesKey;
 };
+
+class AesEngine final : public BlockCipherEngine<AesPrimitive> {};
 
 }  // namespace mirolta

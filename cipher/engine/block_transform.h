@@ -1,7 +1,7 @@
 // A block cipher under a key, as the queues see it.
 #pragma once
 
-#include "platform.h"
+#include <cstdint>
 
 namespace mirolta {
 
@@ -12,11 +12,5 @@ struct BlockTransform {
   const void* schedule;
   uint32_t block_size;
 };
-
-// RunKernel is a BlockTransform's run for a schedule type and the kernels that take it.
-template <typename Schedule, const auto& kKernels>
-void RunKernel(const void* schedule, const uint8_t* in, uint8_t* out, uint32_t block_count) {
-  CurrentKernel<kKernels>()(*static_cast<const Schedule*>(schedule), in, out, block_count);
-}
 
 }  // namespace mirolta

@@ -1,21 +1,20 @@
-// The DES engine: blocks of 8 bytes, keys of 8 (single), 16 or 24 bytes (triple DES).
+// The DES engine: blocks of 8 bytes, keys of 8 (single DES), 16 or 24 bytes (triple DES; FIPS 46-3).
 #pragma once
 
-#include "cipher_engine.h"
-#include "des_schedule.h"
+#include "block_cipher_engine.h"
+#include "des_kernels.h"
 
 namespace mirolta {
 
-class DesEngine final : public CipherEngine {
- public:
-  DesEngine() noexcept;
-  ~DesEngine() override;
-
- private:
-  bool BuildSchedule(const uint8_t* key, uint32_t length) override;
-  void WipeSchedule() override;
-
-  DesSchedule schedule_ = {};
+struct DesPrimitive {
+  using Schedule = DesSchedule;
+  static constexpr LONG kAlgorithm = kCipherDes;
+  static constexpr uint32_t kBlockSize = kDesBlockSize;
+  static constexpr const auto& kEncryptKernels = kDesEncryptKernels;
+  static constexpr const auto& kDecryptKernels = kDesDecryptKernels;
+  static constexpr auto kExpand = ExpandDesKey;
 };
+
+class DesEngine final : public BlockCipherEngine<DesPrimitive> {};
 
 }  // namespace mirolta

@@ -1,0 +1,41 @@
+// The engine of a block cipher, made of its key schedule and its kernels.
+#pragma once
+
+#include "cipher_algorithms.h"
+#include "cipher_engine.h"
+
+namespace mirolta {
+
+// BlockCipherEngine makes an engine of a Primitive, which says what differs:
+//   kAlgorithm       its index in kCipherNames
+//   kBlockSize       bytes in a block
+//   Schedule         the expanded key
+//   kExpand          fills a Schedule from key[length]; false if the cipher takes no such length
+//   kEncryptKernels  its KernelList of encryption, whose functions take a Schedule
+//   kDecryptKernels  the same of decryption
+template <typename Primitive>
+class BlockCipherEngine : public CipherEngine {
+ public:
+  BlockCipherEngine() noexcept
+      : CipherEngine(Primitive::kAlgorithm,
+                     {Run<Primitive::kEncryptKernels>, &schedule_, Primitive::kBlockSize},
+                     {Run<Primitive::kDecryptKernels>, &schedule_, Primitive::kBlockSize}) {}
+  ~BlockCipherEngine() override { WipeMemory(&schedule_, sizeof schedule_); }
+
+ private:
+  using Schedule = typename Primitive::Schedule;
+
+  template <const auto& kKernels>
+  static void Run(const void* schedule, const uint8_t* in, uint8_t* out, uint32_t block_count) {
+    CurrentKernel<kKernels>()(*static_cast<const Schedule*>(schedule), in, out, block_count);
+  }
+
+  bool BuildSchedule(const uint8_t* key, uint32_t length) final {
+    return Primitive::kExpand(key, length, &schedule_);
+  }
+  void WipeSchedule() final { WipeMemory(&schedule_, sizeof schedule_); }
+
+  Schedule schedule_ = {};
+};
+
+}  // namespace mirolta
