@@ -107,7 +107,7 @@ class Run {
         Take(encrypts);
         break;
       case 8:
-        Straight(encrypts);
+        Unqueued(encrypts);
         break;
       case 9:
         if (in_.Byte() % 4 == 0) SetGoodKey();
@@ -265,17 +265,17 @@ class Run {
   }
 
   // Where an owner may transform by itself, it gets what an update would have put into the queue.
-  void Straight(bool encrypts) {
+  void Unqueued(bool encrypts) {
     const FuzzBytes bytes = in_.Some(200);
     const uint32_t count = static_cast<uint32_t>(bytes.size());
-    const BlockTransform straight =
-        encrypts ? engine_->EncryptStraight(count) : engine_->DecryptStraight(count);
+    const BlockTransform unqueued = encrypts ? engine_->UnqueuedEncryptTransform(count)
+                                             : engine_->UnqueuedDecryptTransform(count);
     const ModelChannel& model = Model(encrypts);
-    if (straight.run == nullptr) return;
+    if (unqueued.run == nullptr) return;
     FUZZ_CHECK(peer_ != nullptr && model.in.empty() && model.out.empty());
     FUZZ_CHECK(count != 0 && count % block_ == 0);
     FuzzBytes out(count);
-    straight.run(straight.schedule, bytes.data(), out.data(), count / block_);
+    unqueued.run(unqueued.schedule, bytes.data(), out.data(), count / block_);
     FuzzBytes expected(count);
     const auto transform = peer_->Transform(encrypts);
     for (size_t at = 0; at < count; at += block_) transform(&bytes[at], &expected[at]);

@@ -27,16 +27,14 @@ bool CipherSide::SetPadType(LONG pad_type) {
 }
 
 HRESULT CipherSide::Update(const uint8_t* bytes, uint32_t count) {
-  return decrypt_ != 0 ? engine_->DecryptUpdate(bytes, count)
-                       : engine_->EncryptUpdate(bytes, count);
+  return (*engine_.*Operation().update)(bytes, count);
 }
 
 HRESULT CipherSide::Finish() {
   // Bytes are left without a key only by a key whose conversion failed.
   if (LacksKey() && (In().Length() != 0 || Out().Length() != 0)) return E_UNEXPECTED;
-  if (decrypt_ != 0) return engine_->DecryptFinal();
   pad_.ApplyTo(*engine_);
-  return engine_->EncryptFinal();
+  return (*engine_.*Operation().final)();
 }
 
 void CipherSide::Reset() {

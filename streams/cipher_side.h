@@ -3,15 +3,16 @@
 
 #include <memory>
 
+#include "cipher_operation.h"
 #include "cipher_engine.h"
 #include "pad_setting.h"
 #include "platform.h"
 
 namespace mirolta {
 
-// CipherSide owns the direction's engine, if an algorithm was chosen, and whether it encrypts or
-// decrypts. The filter's lock covers all but the pad setting, which may be used at any time: it is
-// kept here, not in the engine, which another thread may be replacing.
+// CipherSide owns the direction's engine, if an algorithm was chosen, and its operation, encryption
+// or decryption. The filter's lock covers all but the pad setting, which may be used at any time: it
+// is kept here, not in the engine, which another thread may be replacing.
 class CipherSide {
  public:
   explicit CipherSide(VARIANT_BOOL decrypt) : decrypt_(decrypt) {}
@@ -37,20 +38,19 @@ class CipherSide {
   // encrypted nor a ciphertext that nobody can have asked for.
   bool LacksKey() const { return engine_ != nullptr && !engine_->HasKey(); }
 
-  // Update, Finish and Out are the engine's, in the direction that is set. Only with an algorithm.
+  // Update, Finish and Out are the engine's, by the operation that is set. Only with an algorithm.
   // Finish without a key gives E_UNEXPECTED if any bytes are queued, and does nothing if not.
   [[nodiscard]] HRESULT Update(const uint8_t* bytes, uint32_t count);
   [[nodiscard]] HRESULT Finish();
-  ByteBuffer& Out() { return decrypt_ != 0 ? engine_->DecryptOut() : engine_->EncryptOut(); }
+  ByteBuffer& Out() { return (*engine_.*Operation().out)(); }
 
   // Reset drops what is queued, ResetKey the key too. Both do nothing without an algorithm.
   void Reset();
   void ResetKey();
 
  private:
-  const ByteBuffer& In() const {
-    return decrypt_ != 0 ? engine_->DecryptIn() : engine_->EncryptIn();
-  }
+  const CipherOperation& Operation() const { return decrypt_ != 0 ? kDecryption : kEncryption; }
+  const ByteBuffer& In() const { return (*engine_.*Operation().in)(); }
 
   std::unique_ptr<CipherEngine> engine_;
   PadSetting pad_;

@@ -33,13 +33,13 @@ void CipherChannel::Clear() noexcept {
 HRESULT CipherChannel::Update(const BlockTransform& transform, const uint8_t* data,
                               uint32_t length) noexcept {
   if (data != nullptr && length != 0) {
-    if (TransformDirectly(transform, data, length)) return S_OK;
+    if (TransformUnqueued(transform, data, length)) return S_OK;
     if (!Append(data, length)) return E_OUTOFMEMORY;
   }
   return TransformQueued(transform);
 }
 
-bool CipherChannel::PassesStraight(uint32_t block_size, uint32_t length) const noexcept {
+bool CipherChannel::CanBypass(uint32_t block_size, uint32_t length) const noexcept {
   if (length == 0 || length != WholeBlocks(length, block_size) * block_size) return false;
   if (in_.Length() != 0 || out_.Length() != 0) return false;
   return length <= in_.Maximum();  // the output queue's too
@@ -69,10 +69,10 @@ HRESULT CipherChannel::TransformQueued(const BlockTransform& transform) noexcept
   return done == block_count ? S_OK : E_OUTOFMEMORY;
 }
 
-// Transforms from where the caller's bytes stand, without a copy in the input queue. Only when that
-// looks the same: the input queue could have taken the data, and all blocks fit in the output
-// queue. Else nothing is done and the answer is false.
-bool CipherChannel::TransformDirectly(const BlockTransform& transform, const uint8_t* data,
+// Transforms data read without copying, past the input queue. Returns false, with nothing done, where
+// that would differ from queueing: the input queue could not take the data, or the output queue not
+// all blocks.
+bool CipherChannel::TransformUnqueued(const BlockTransform& transform, const uint8_t* data,
                                       uint32_t length) noexcept {
   const uint32_t block_size = transform.block_size;
   const uint32_t pending = in_.Length();

@@ -32,10 +32,10 @@ class CipherChannel {
   [[nodiscard]] HRESULT Update(const BlockTransform& transform, const uint8_t* data,
                                uint32_t length) noexcept;
 
-  // PassesStraight tells whether Update with length bytes would, given memory, put just their blocks
-  // into the output queue and change nothing else: nothing waits in either queue, there are whole
-  // blocks only, and each queue may hold them.
-  bool PassesStraight(uint32_t block_size, uint32_t length) const noexcept;
+  // CanBypass tells whether Update with length bytes would, given memory, put just their blocks into
+  // the output queue and change nothing else: both queues are empty, the bytes are whole blocks, and
+  // each queue may hold them.
+  bool CanBypass(uint32_t block_size, uint32_t length) const noexcept;
 
   // Append adds data[length] to what waits, without transforming; false and no change on failure.
   [[nodiscard]] bool Append(const uint8_t* data, uint32_t length) noexcept;
@@ -47,7 +47,7 @@ class CipherChannel {
   ByteBuffer& Out() noexcept { return out_; }
 
  private:
-  bool TransformDirectly(const BlockTransform& transform, const uint8_t* data,
+  bool TransformUnqueued(const BlockTransform& transform, const uint8_t* data,
                          uint32_t length) noexcept;
   uint32_t ReserveBlocks(uint32_t block_size, uint32_t block_count) noexcept;
 

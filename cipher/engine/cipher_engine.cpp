@@ -103,18 +103,18 @@ HRESULT CipherEngine::DecryptFinal() {
   return decrypt_.In().Length() != 0 ? S_FALSE : S_OK;
 }
 
-BlockTransform CipherEngine::EncryptStraight(uint32_t length) noexcept {
-  return Straight(encryption_, encrypt_, length);
+BlockTransform CipherEngine::UnqueuedEncryptTransform(uint32_t length) noexcept {
+  return Unqueued(encryption_, encrypt_, length);
 }
 
-BlockTransform CipherEngine::DecryptStraight(uint32_t length) noexcept {
-  return Straight(decryption_, decrypt_, length);
+BlockTransform CipherEngine::UnqueuedDecryptTransform(uint32_t length) noexcept {
+  return Unqueued(decryption_, decrypt_, length);
 }
 
-BlockTransform CipherEngine::Straight(const BlockTransform& transform, const CipherChannel& channel,
+BlockTransform CipherEngine::Unqueued(const BlockTransform& transform, const CipherChannel& channel,
                                       uint32_t length) const {
   BlockTransform keyed = Keyed(transform);
-  if (keyed.run != nullptr && !channel.PassesStraight(keyed.block_size, length)) {
+  if (keyed.run != nullptr && !channel.CanBypass(keyed.block_size, length)) {
     keyed.run = nullptr;
   }
   return keyed;

@@ -74,11 +74,11 @@ class CipherEngine {
   // DropKey wipes the key and leaves the queues as they are.
   void DropKey();
 
-  // EncryptStraight and DecryptStraight are for an owner that has a place for the output of an
-  // update with length bytes: the transform to run there instead of the update, without run where
-  // the queues have a part in it. The queues need no memory then.
-  BlockTransform EncryptStraight(uint32_t length) noexcept;
-  BlockTransform DecryptStraight(uint32_t length) noexcept;
+  // UnqueuedEncryptTransform is for an owner that has a buffer for the output: the transform that it
+  // may run from data[length] to that buffer instead of EncryptUpdate and taking EncryptOut. Without
+  // run if the queues have a part in that update (see CipherChannel::CanBypass) or there is no key.
+  BlockTransform UnqueuedEncryptTransform(uint32_t length) noexcept;
+  BlockTransform UnqueuedDecryptTransform(uint32_t length) noexcept;
 
   // Output that nobody has taken; owners read it and consume it here.
   ByteBuffer& EncryptOut() noexcept { return encrypt_.Out(); }
@@ -105,7 +105,7 @@ class CipherEngine {
 
   // The transform of a direction; without a key, one that cannot run.
   BlockTransform Keyed(const BlockTransform& transform) const;
-  BlockTransform Straight(const BlockTransform& transform, const CipherChannel& channel,
+  BlockTransform Unqueued(const BlockTransform& transform, const CipherChannel& channel,
                           uint32_t length) const;
 
   ByteString key_;

@@ -18,13 +18,6 @@ TypeInfoHolder type_info(IID_ISymmetricCryptObject);
 
 constexpr ClassDescription kSymmetricCryptClass = {&CLSID_SymmetricCryptObject, &type_info};
 
-const SymmetricCryptObject::Direction SymmetricCryptObject::kEncryption = {
-    &CipherEngine::EncryptUpdate, &CipherEngine::EncryptFinal, &CipherEngine::EncryptStraight,
-    &CipherEngine::EncryptOut};
-const SymmetricCryptObject::Direction SymmetricCryptObject::kDecryption = {
-    &CipherEngine::DecryptUpdate, &CipherEngine::DecryptFinal, &CipherEngine::DecryptStraight,
-    &CipherEngine::DecryptOut};
-
 HRESULT CreateSymmetricCryptObject(IUnknown* outer, REFIID iid, void** out) {
   return CreateObject<SymmetricCryptObject>(outer, iid, out);
 }
@@ -117,7 +110,7 @@ HRESULT TransformToArray(const BlockTransform& transform, const ByteView& bytes,
 
 }  // namespace
 
-HRESULT SymmetricCryptObject::Transform(const Direction& direction, const VARIANT& data,
+HRESULT SymmetricCryptObject::Transform(const CipherOperation& operation, const VARIANT& data,
                                         bool finalize, VARIANT* result) {
   if (!engine_->HasKey()) return Raise(kMessageNotInitialized);
   ByteView bytes;
@@ -130,24 +123,24 @@ HRESULT SymmetricCryptObject::Transform(const Direction& direction, const VARIAN
   // final step that finds nothing, and the output taken. Without an array for it the output has to
   // wait in the queue.
   HRESULT array_status = S_OK;
-  const BlockTransform straight = (engine.*direction.straight)(bytes.Count());
-  if (straight.run != nullptr) {
-    array_status = TransformToArray(straight, bytes, result);
+  const BlockTransform unqueued = (engine.*operation.unqueued_transform)(bytes.Count());
+  if (unqueued.run != nullptr) {
+    array_status = TransformToArray(unqueued, bytes, result);
     if (SUCCEEDED(array_status)) {
       if (finalize) pad_.ApplyTo(engine);
       return S_OK;
     }
   }
-  status = (engine.*direction.update)(bytes.Data(), bytes.Count());
+  status = (engine.*operation.update)(bytes.Data(), bytes.Count());
   if (FAILED(status)) return status;
   if (finalize) {
     pad_.ApplyTo(engine);
-    status = (engine.*direction.final)();
+    status = (engine.*operation.final)();
     if (FAILED(status)) return status;
   }
   // Output stays queued until it has reached the caller's array.
   if (FAILED(array_status)) return array_status;
-  ByteBuffer& out = (engine.*direction.out)();
+  ByteBuffer& out = (engine.*operation.out)();
   status = BytesToVariant(out.Data(), out.Length(), result);
   if (FAILED(status)) return status;
   out.Consume(out.Length());

@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "cipher_operation.h"
 #include "cipher_engine.h"
 #include "dispatch_object.h"
 #include "mirolta.h"
@@ -36,20 +37,10 @@ class SymmetricCryptObject final
   HRESULT STDMETHODCALLTYPE put_PadType(LONG pad_type) override;
 
  private:
-  // What differs between the two directions.
-  struct Direction {
-    HRESULT (CipherEngine::*update)(const uint8_t* data, uint32_t length);
-    HRESULT (CipherEngine::*final)();
-    BlockTransform (CipherEngine::*straight)(uint32_t length) noexcept;
-    ByteBuffer& (CipherEngine::*out)() noexcept;
-  };
-  static const Direction kEncryption;
-  static const Direction kDecryption;
-
   void DropEngine();
   template <typename Work>
   HRESULT WithEngine(Work work);
-  HRESULT Transform(const Direction& direction, const VARIANT& data, bool finalize,
+  HRESULT Transform(const CipherOperation& operation, const VARIANT& data, bool finalize,
                     VARIANT* result);
 
   std::unique_ptr<CipherEngine> engine_;

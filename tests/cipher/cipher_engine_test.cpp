@@ -294,7 +294,7 @@ size_t Slot(Member member) {
 
 // Where the queues would only pass blocks on, the bytes are those of an update; elsewhere the
 // update has to be made.
-TEST(CipherEngine, StraightTransformsAreUpdatesOfWholeBlocksBetweenEmptyQueues) {
+TEST(CipherEngine, UnqueuedTransformsAreUpdatesOfWholeBlocksBetweenEmptyQueues) {
   for (const LONG algorithm : {kCipherAes, kCipherDes}) {
     const Bytes& key = algorithm == kCipherAes ? kAesKey : kDesKey;
     const std::unique_ptr<CipherEngine> engine = KeyedEngine(algorithm, key);
@@ -304,29 +304,29 @@ TEST(CipherEngine, StraightTransformsAreUpdatesOfWholeBlocksBetweenEmptyQueues) 
       for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<uint8_t>(i * 37 + i / 256);
       const uint32_t length = static_cast<uint32_t>(data.size());
       Bytes straight(length);
-      const BlockTransform encrypt = engine->EncryptStraight(length);
+      const BlockTransform encrypt = engine->UnqueuedEncryptTransform(length);
       ASSERT_NE(encrypt.run, nullptr);
       encrypt.run(encrypt.schedule, data.data(), straight.data(), blocks);
       ExpectQueued(*engine, 0, 0);
       ASSERT_EQ(Encrypt(*engine, data), S_OK);
       EXPECT_EQ(straight, TakeAll(engine->EncryptOut()));
-      const BlockTransform decrypt = engine->DecryptStraight(length);
+      const BlockTransform decrypt = engine->UnqueuedDecryptTransform(length);
       ASSERT_NE(decrypt.run, nullptr);
       decrypt.run(decrypt.schedule, straight.data(), straight.data(), blocks);
       EXPECT_EQ(straight, data);
     }
-    EXPECT_EQ(engine->EncryptStraight(0).run, nullptr);
-    EXPECT_EQ(engine->EncryptStraight(block_size + 1).run, nullptr);
-    EXPECT_NE(engine->EncryptStraight(kUsualMaximum).run, nullptr);
-    EXPECT_EQ(engine->EncryptStraight(kUsualMaximum + block_size).run, nullptr);
+    EXPECT_EQ(engine->UnqueuedEncryptTransform(0).run, nullptr);
+    EXPECT_EQ(engine->UnqueuedEncryptTransform(block_size + 1).run, nullptr);
+    EXPECT_NE(engine->UnqueuedEncryptTransform(kUsualMaximum).run, nullptr);
+    EXPECT_EQ(engine->UnqueuedEncryptTransform(kUsualMaximum + block_size).run, nullptr);
 
     ASSERT_EQ(Encrypt(*engine, Bytes(1, 7)), S_OK);
-    EXPECT_EQ(engine->EncryptStraight(block_size).run, nullptr);  // a byte waits
-    EXPECT_NE(engine->DecryptStraight(block_size).run, nullptr);  // in the other direction
+    EXPECT_EQ(engine->UnqueuedEncryptTransform(block_size).run, nullptr);  // a byte waits
+    EXPECT_NE(engine->UnqueuedDecryptTransform(block_size).run, nullptr);  // in the other direction
     ASSERT_EQ(Decrypt(*engine, Bytes(block_size, 7)), S_OK);
-    EXPECT_EQ(engine->DecryptStraight(block_size).run, nullptr);  // output waits
+    EXPECT_EQ(engine->UnqueuedDecryptTransform(block_size).run, nullptr);  // output waits
     ASSERT_EQ(engine->ClearKey(), S_OK);
-    EXPECT_EQ(engine->EncryptStraight(block_size).run, nullptr);
+    EXPECT_EQ(engine->UnqueuedEncryptTransform(block_size).run, nullptr);
   }
 }
 
