@@ -14,7 +14,7 @@
 #include "big_bytes.h"
 #include "des_kernels.h"
 #include "hash_kernels.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace mirolta::bench {
 

@@ -1,6 +1,6 @@
 // Modular exponentiation with exponents as long as the modulus.
 #include "bench_numbers.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace mirolta::bench {
 

@@ -2,9 +2,9 @@
 #include <cstring>
 
 #include "bench_numbers.h"
-#include "limb_divide.h"
-#include "limb_multiply.h"
-#include "number_theory.h"
+#include "divide.h"
+#include "multiply.h"
+#include "gcd.h"
 
 namespace mirolta::bench {
 

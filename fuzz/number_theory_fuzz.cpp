@@ -1,7 +1,7 @@
 // Greatest common divisor, inverse, powers and primes with operands of every kind: zero, one, even,
 // below zero, long. All calls end; where the peer computes the same, it agrees.
 #include "big_numbers.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 using namespace mirolta;
 using namespace mirolta::fuzz;

@@ -1,7 +1,7 @@
 #include "big_int.h"
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_multiply.h"
+#include "divide.h"
+#include "multiply.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

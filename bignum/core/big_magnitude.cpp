@@ -1,8 +1,8 @@
 #include "big_magnitude.h"
 
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_multiply.h"
+#include "divide.h"
+#include "multiply.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

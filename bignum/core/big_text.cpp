@@ -2,7 +2,7 @@
 
 #include "hex_kernels.h"
 #include "limb_basics.h"
-#include "limb_decimal.h"
+#include "decimal_conversion.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

@@ -1,7 +1,7 @@
 #include "decimal_powers.h"
 
 #include "limb_basics.h"
-#include "limb_multiply.h"
+#include "multiply.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

@@ -1,7 +1,7 @@
 #include "limb_basics.h"
-#include "limb_power.h"
+#include "power_modulo.h"
 #include "limb_scratch.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace mirolta {
 

@@ -1,12 +1,12 @@
 #include <initializer_list>
 #include <new>
 
-#include "fermat_lanes.h"
+#include "fermat_batch.h"
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_power.h"
+#include "divide.h"
+#include "power_modulo.h"
 #include "limb_scratch.h"
-#include "number_theory.h"
+#include "gcd.h"
 #include "small_primes.h"
 
 namespace mirolta {

@@ -5,7 +5,7 @@
 #include "big_random.h"
 #include "big_variant.h"
 #include "instance_creators.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace mirolta {
 

@@ -3,10 +3,10 @@
 #include <initializer_list>
 
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_power_pair.h"
+#include "divide.h"
+#include "montgomery_pair.h"
 #include "limb_scratch.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace mirolta {
 

@@ -1,6 +1,6 @@
 // Keys from random starting values.
 #include "big_random.h"
-#include "number_theory.h"
+#include "gcd.h"
 #include "rsa_key.h"
 
 namespace mirolta {

@@ -9,7 +9,7 @@
 #include "big_int.h"
 #include "big_random.h"
 #include "big_text.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace mirolta {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "big_int.h"
 #include "memory_watch.h"
-#include "number_theory.h"
+#include "gcd.h"
 
 namespace mirolta {
 namespace {

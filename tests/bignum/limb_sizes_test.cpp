@@ -8,14 +8,14 @@
 
 #include "big_magnitude.h"
 #include "limb_basics.h"
-#include "limb_decimal.h"
-#include "limb_divide.h"
-#include "limb_euclid.h"
-#include "limb_montgomery.h"
-#include "limb_multiply.h"
-#include "limb_power.h"
+#include "decimal_conversion.h"
+#include "divide.h"
+#include "lehmer_gcd.h"
+#include "montgomery.h"
+#include "multiply.h"
+#include "power_modulo.h"
 #include "limb_scratch.h"
-#include "limb_toom.h"
+#include "toom3.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "big_testing.h"
-#include "number_theory.h"
+#include "gcd.h"
 #include "small_primes.h"
 
 namespace mirolta {

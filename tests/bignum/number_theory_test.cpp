@@ -1,9 +1,9 @@
-#include "number_theory.h"
+#include "gcd.h"
 
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
-#include "limb_power.h"
+#include "power_modulo.h"
 
 namespace mirolta {
 namespace {

@@ -2,7 +2,7 @@
 #include "rsa_key.h"
 
 #include "limb.h"
-#include "number_theory.h"
+#include "gcd.h"
 #include "rsa_testing.h"
 
 namespace mirolta::test {

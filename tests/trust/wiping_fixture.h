@@ -18,7 +18,7 @@
 #include "limb_basics.h"
 #include "md5_engine.h"
 #include "member_calls.h"
-#include "number_theory.h"
+#include "gcd.h"
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
 #include "sha1_engine.h"

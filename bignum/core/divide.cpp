@@ -1,8 +1,8 @@
-#include "limb_divide.h"
+#include "divide.h"
 
 #include "limb_basics.h"
-#include "limb_divide_rows.h"
-#include "limb_multiply.h"
+#include "schoolbook_division.h"
+#include "multiply.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

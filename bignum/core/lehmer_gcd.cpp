@@ -1,8 +1,8 @@
-#include "limb_euclid.h"
+#include "lehmer_gcd.h"
 
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_multiply.h"
+#include "divide.h"
+#include "multiply.h"
 
 namespace mirolta {
 

@@ -1,4 +1,4 @@
-#include "digits_ifma.h"
+#include "radix52_ifma.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 

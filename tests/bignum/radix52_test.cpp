@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
-#include "digits.h"
-#include "fermat_lanes.h"
-#include "lanes_ifma.h"
-#include "limb_power.h"
-#include "limb_power_ifma.h"
+#include "radix52.h"
+#include "fermat_batch.h"
+#include "fermat_ifma.h"
+#include "power_modulo.h"
+#include "radix52_power.h"
 
 namespace mirolta {
 namespace {

@@ -1,7 +1,7 @@
-#include "limb_toom.h"
+#include "toom3.h"
 
 #include "limb_basics.h"
-#include "limb_multiply.h"
+#include "multiply.h"
 
 namespace mirolta {
 

@@ -1,8 +1,8 @@
-#include "limb_power_pair.h"
+#include "montgomery_pair.h"
 
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_montgomery.h"
+#include "divide.h"
+#include "montgomery.h"
 
 namespace mirolta {
 

@@ -1,8 +1,8 @@
-#include "limb_montgomery.h"
+#include "montgomery.h"
 
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_multiply.h"
+#include "divide.h"
+#include "multiply.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

@@ -1,10 +1,10 @@
 // Long products, quotients and their working memory, on limbs, around every change of method.
-#include "limb_divide.h"
+#include "divide.h"
 
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
-#include "limb_multiply.h"
+#include "multiply.h"
 
 namespace mirolta {
 namespace {

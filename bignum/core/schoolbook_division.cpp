@@ -1,4 +1,4 @@
-#include "limb_divide_rows.h"
+#include "schoolbook_division.h"
 
 #include "limb_basics.h"
 #include "limb_loops.h"

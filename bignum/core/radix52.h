@@ -1,7 +1,7 @@
 // Limbs to digits of 52 bits and back.
 #pragma once
 
-#include "digits_ifma.h"
+#include "radix52_ifma.h"
 #include "limb_basics.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)

@@ -1,10 +1,10 @@
-#include "limb_decimal.h"
+#include "decimal_conversion.h"
 
 #include <cstring>
 
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_multiply.h"
+#include "divide.h"
+#include "multiply.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

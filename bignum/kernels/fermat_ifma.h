@@ -1,7 +1,7 @@
 // Eight numbers side by side in digits of 52 bits: vector j is digit j of each.
 #pragma once
 
-#include "digits_ifma.h"
+#include "radix52_ifma.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 

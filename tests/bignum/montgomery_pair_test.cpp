@@ -1,4 +1,4 @@
-#include "limb_power_pair.h"
+#include "montgomery_pair.h"
 
 #include <gtest/gtest.h>
 

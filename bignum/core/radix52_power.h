@@ -1,7 +1,7 @@
 // Powers modulo an odd number with products of digits of 52 bits.
 #pragma once
 
-#include "digits_ifma.h"
+#include "radix52_ifma.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 

@@ -1,10 +1,10 @@
-#include "limb_power_ifma.h"
+#include "radix52_power.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 
-  #include "digits.h"
-  #include "limb_divide.h"
-  #include "limb_montgomery.h"
+  #include "radix52.h"
+  #include "divide.h"
+  #include "montgomery.h"
   #include "limb_scratch.h"
   #include "sliding_window.h"
 

@@ -1,10 +1,10 @@
-#include "limb_power.h"
+#include "power_modulo.h"
 
 #include "limb_basics.h"
-#include "limb_divide.h"
-#include "limb_montgomery.h"
-#include "limb_multiply.h"
-#include "limb_power_ifma.h"
+#include "divide.h"
+#include "montgomery.h"
+#include "multiply.h"
+#include "radix52_power.h"
 #include "limb_scratch.h"
 #include "sliding_window.h"
 

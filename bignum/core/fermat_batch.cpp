@@ -1,9 +1,9 @@
-#include "fermat_lanes.h"
+#include "fermat_batch.h"
 
-#include "digits.h"
-#include "lanes_ifma.h"
-#include "limb_divide.h"
-#include "limb_montgomery.h"
+#include "radix52.h"
+#include "fermat_ifma.h"
+#include "divide.h"
+#include "montgomery.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

@@ -1,4 +1,4 @@
-#include "lanes_ifma.h"
+#include "fermat_ifma.h"
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
 
