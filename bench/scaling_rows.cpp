@@ -66,7 +66,7 @@ std::vector<Contestant> MakeLargeWriters() {
   const auto ours = std::make_shared<NumberText>();
   const auto gmp = std::make_shared<std::vector<char>>(kDigits + 10);
   return {{kOurs, [=](size_t i) { (void)ToText(*ours, (*numbers)[i].ours, 10); },
-           [=] { return std::string(ours->characters(), ours->characters() + ours->length()); }},
+           [=] { return std::string(ours->Characters(), ours->Characters() + ours->Length()); }},
           {"GMP", [=](size_t i) { mpz_get_str(gmp->data(), 10, (*numbers)[i].gmp.z); },
            [=] { return std::string(gmp->data()); }}};
 }

@@ -42,7 +42,7 @@ std::vector<Contestant> MakeWriters(size_t bits, int base) {
   const auto gmp = std::make_shared<std::vector<char>>(bits + 2);
   return {{kOurs,
            [=](size_t i) { (void)ToText(*ours, (*numbers)[i].ours, static_cast<uint32_t>(base)); },
-           [=] { return std::string(ours->characters(), ours->characters() + ours->length()); }},
+           [=] { return std::string(ours->Characters(), ours->Characters() + ours->Length()); }},
           {"GMP", [=](size_t i) { mpz_get_str(gmp->data(), base, (*numbers)[i].gmp.z); },
            [=] { return std::string(gmp->data()); }}};
 }

@@ -42,7 +42,7 @@ inline BigInt NextNumber(FuzzInput& in, uint32_t most_bytes) {
   }
   BigInt n;
   FUZZ_CHECK(FromBytes(n, bytes.data(), static_cast<uint32_t>(bytes.size())) == S_OK);
-  n.set_negative(kind >= 192);
+  n.SetSignFlag(kind >= 192);
   return n;
 }
 

@@ -24,16 +24,16 @@ void CheckText(const BigInt& n, uint32_t base) {
   NumberText text;
   FUZZ_CHECK(ToText(text, n, base) == S_OK);
   if (n.IsZero()) {
-    FUZZ_CHECK(text.characters() == nullptr);
+    FUZZ_CHECK(text.Characters() == nullptr);
     return;
   }
   PeerNumber size(n);
   mpz_abs(size.get(), size.get());
   char* const expected = mpz_get_str(nullptr, static_cast<int>(base), size.get());
   std::string ours;
-  for (uint32_t i = 0; i < text.length(); ++i) ours += static_cast<char>(text.characters()[i]);
+  for (uint32_t i = 0; i < text.Length(); ++i) ours += static_cast<char>(text.Characters()[i]);
   FUZZ_CHECK(ours == expected);
-  FUZZ_CHECK(text.characters()[text.length()] == 0);
+  FUZZ_CHECK(text.Characters()[text.Length()] == 0);
   free(expected);
 }
 

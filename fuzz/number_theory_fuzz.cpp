@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   BigInt r;
   FUZZ_CHECK(Gcd(r, a, b) == S_OK);
   mpz_gcd(z.get(), x.get(), y.get());
-  r.set_negative(false);
+  r.SetSignFlag(false);
   FUZZ_CHECK(Equals(r, z.get()));
   const bool coprime = mpz_cmp_ui(z.get(), 1) == 0;
 
@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!a.IsNegative() && mpz_cmp_ui(x.get(), 10) > 0 && mpz_probab_prime_p(x.get(), 30) != 0) {
     FUZZ_CHECK(prime);
   }
-  if (a.bitLength() <= 256) {
+  if (a.BitLength() <= 256) {
     BigInt next = a;
     FUZZ_CHECK(NextPrime(next) == S_OK);
     FUZZ_CHECK(IsFermatPrime(&prime, next) == S_OK && prime);

@@ -12,7 +12,7 @@ namespace {
 
 BigMagnitude* NewMagnitude(uint32_t words) {
   BigMagnitude* const fresh = new (std::nothrow) BigMagnitude;
-  if (fresh != nullptr && !fresh->reserve(words)) {
+  if (fresh != nullptr && !fresh->Reserve(words)) {
     delete fresh;
     return nullptr;
   }
@@ -27,13 +27,13 @@ BigInt::BigInt(uint32_t word) noexcept {
   if (magnitude_ == nullptr) {
     status_ = E_OUTOFMEMORY;
   } else {
-    magnitude_->setSmall(word);
+    magnitude_->SetSmall(word);
   }
 }
 
 BigInt::BigInt(const BigInt& other) noexcept
     : magnitude_(other.magnitude_), negative_(other.negative_), status_(other.status_) {
-  if (magnitude_ != nullptr) magnitude_->shareCount.fetch_add(1, std::memory_order_relaxed);
+  if (magnitude_ != nullptr) magnitude_->share_count.fetch_add(1, std::memory_order_relaxed);
 }
 
 BigInt::BigInt(BigInt&& other) noexcept {
@@ -83,8 +83,8 @@ void BigInt::Release() noexcept {
   if (magnitude_ == nullptr) return;
   // Whoever finds no other owner destroys the store; of two who leave at the same time the second
   // takes the count below zero and does.
-  if (magnitude_->shareCount.load(std::memory_order_acquire) == 0 ||
-      magnitude_->shareCount.fetch_sub(1, std::memory_order_acq_rel) == 0) {
+  if (magnitude_->share_count.load(std::memory_order_acquire) == 0 ||
+      magnitude_->share_count.fetch_sub(1, std::memory_order_acq_rel) == 0) {
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyser does not follow the count.
     delete magnitude_;
   }
@@ -92,20 +92,20 @@ void BigInt::Release() noexcept {
 }
 
 HRESULT BigInt::MakePrivate() noexcept {
-  if (magnitude_ != nullptr && magnitude_->shareCount.load(std::memory_order_acquire) == 0) {
+  if (magnitude_ != nullptr && magnitude_->share_count.load(std::memory_order_acquire) == 0) {
     return S_OK;
   }
-  BigMagnitude* const fresh = NewMagnitude(used());
+  BigMagnitude* const fresh = NewMagnitude(Used());
   if (fresh == nullptr) return E_OUTOFMEMORY;
-  fresh->copyFrom(magnitude());
+  fresh->CopyFrom(Magnitude());
   Release();
   magnitude_ = fresh;
   return S_OK;
 }
 
 BigMagnitude* BigInt::Room(uint32_t words) noexcept {
-  if (magnitude_ == nullptr || magnitude_->capacity() < words ||
-      magnitude_->shareCount.load(std::memory_order_acquire) != 0) {
+  if (magnitude_ == nullptr || magnitude_->Capacity() < words ||
+      magnitude_->share_count.load(std::memory_order_acquire) != 0) {
     BigMagnitude* const fresh = NewMagnitude(words);
     if (fresh == nullptr) return nullptr;
     Release();
@@ -117,7 +117,7 @@ BigMagnitude* BigInt::Room(uint32_t words) noexcept {
 
 BigMagnitude* BigInt::Rewrite(uint32_t words) noexcept {
   BigMagnitude* const m = Room(words);
-  if (m != nullptr) m->clearTo(words);
+  if (m != nullptr) m->ClearTo(words);
   return m;
 }
 
@@ -125,22 +125,22 @@ Limb* BigInt::BeginLimbs(size_t n) noexcept {
   if (n > UINT32_MAX / kLimbWords) return nullptr;
   BigMagnitude* const m = Room(static_cast<uint32_t>(n * kLimbWords));
   // Moving bytes to where they stand makes limbs of them for the language; nothing is executed.
-  return m != nullptr ? static_cast<Limb*>(std::memmove(m->digits_, m->digits_, n * sizeof(Limb)))
+  return m != nullptr ? static_cast<Limb*>(std::memmove(m->words_, m->words_, n * sizeof(Limb)))
                       : nullptr;
 }
 
 void BigInt::EndLimbs(Limb* limbs, size_t n) noexcept {
   BigMagnitude& m = *magnitude_;
   if constexpr (std::endian::native == std::endian::little) {
-    m.digits_ = static_cast<uint32_t*>(std::memmove(limbs, limbs, n * sizeof(Limb)));
+    m.words_ = static_cast<uint32_t*>(std::memmove(limbs, limbs, n * sizeof(Limb)));
   } else {
     for (size_t i = 0; i < n; ++i) {
       const Limb limb = limbs[i];
-      WordsFromLimbs(m.digits_ + i * kLimbWords, &limb, kLimbWords);
+      WordsFromLimbs(m.words_ + i * kLimbWords, &limb, kLimbWords);
     }
   }
   m.used_ = static_cast<uint32_t>(n * kLimbWords);
-  if (n != 0 && m.digits_[m.used_ - 1] == 0) m.dropZeroWords();
+  if (n != 0 && m.words_[m.used_ - 1] == 0) m.DropZeroWords();
 }
 
 HRESULT BigInt::AssignLimbs(const Limb* x, size_t n) noexcept {
@@ -150,7 +150,7 @@ HRESULT BigInt::AssignLimbs(const Limb* x, size_t n) noexcept {
   if (words > UINT32_MAX) return E_OUTOFMEMORY;
   BigMagnitude* const m = Room(static_cast<uint32_t>(words));
   if (m == nullptr) return E_OUTOFMEMORY;
-  WordsFromLimbs(m->digits_, x, words);
+  WordsFromLimbs(m->words_, x, words);
   m->used_ = static_cast<uint32_t>(words);
   return S_OK;
 }
@@ -159,46 +159,46 @@ int Compare(const BigInt& a, const BigInt& b) noexcept {
   const bool below_a = a.IsNegative();
   const bool below_b = b.IsNegative();
   if (below_a != below_b) return below_a ? -1 : 1;
-  return BigMagnitude::compare(a.magnitude(), b.magnitude());
+  return BigMagnitude::Compare(a.Magnitude(), b.Magnitude());
 }
 
-HRESULT BigInt::add(const BigInt& b) noexcept {
+HRESULT BigInt::Add(const BigInt& b) noexcept {
   const HRESULT failure = FirstFailure(*this, b);
   if (FAILED(failure)) return failure;
   if (negative_ == b.negative_) {
     const HRESULT status = MakePrivate();
     if (FAILED(status)) return status;
-    return magnitude_->add(b.magnitude()) ? S_OK : E_OUTOFMEMORY;
+    return magnitude_->Add(b.Magnitude()) ? S_OK : E_OUTOFMEMORY;
   }
-  if (BigMagnitude::compare(magnitude(), b.magnitude()) < 0) {
+  if (BigMagnitude::Compare(Magnitude(), b.Magnitude()) < 0) {
     BigInt larger(b);
-    const HRESULT status = larger.add(*this);
+    const HRESULT status = larger.Add(*this);
     if (SUCCEEDED(status)) Swap(larger);
     return status;
   }
   const HRESULT status = MakePrivate();
-  if (SUCCEEDED(status)) magnitude_->subtract(b.magnitude());
+  if (SUCCEEDED(status)) magnitude_->Subtract(b.Magnitude());
   return status;
 }
 
-HRESULT BigInt::subtract(const BigInt& b) noexcept {
+HRESULT BigInt::Subtract(const BigInt& b) noexcept {
   const HRESULT failure = FirstFailure(*this, b);
   if (FAILED(failure)) return failure;
   if (negative_ != b.negative_) {
     const HRESULT status = MakePrivate();
     if (FAILED(status)) return status;
-    return magnitude_->add(b.magnitude()) ? S_OK : E_OUTOFMEMORY;
+    return magnitude_->Add(b.Magnitude()) ? S_OK : E_OUTOFMEMORY;
   }
-  if (BigMagnitude::compare(magnitude(), b.magnitude()) < 0) {
+  if (BigMagnitude::Compare(Magnitude(), b.Magnitude()) < 0) {
     BigInt larger(b);
-    const HRESULT status = larger.subtract(*this);
+    const HRESULT status = larger.Subtract(*this);
     if (FAILED(status)) return status;
     larger.negative_ = 1 - larger.negative_;
     Swap(larger);
     return S_OK;
   }
   const HRESULT status = MakePrivate();
-  if (SUCCEEDED(status)) magnitude_->subtract(b.magnitude());
+  if (SUCCEEDED(status)) magnitude_->Subtract(b.Magnitude());
   return status;
 }
 

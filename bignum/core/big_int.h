@@ -11,7 +11,7 @@ namespace mirolta {
 // carry it without counting as negative.
 //
 // A number whose making failed for want of memory, or as a quotient by zero, holds zero and says so
-// in status(); every operation that takes it returns that status or passes it on. Operations that
+// in Status(); every operation that takes it returns that status or passes it on. Operations that
 // return a status leave their results unchanged when it is a failure.
 class BigInt {
  public:
@@ -24,25 +24,25 @@ class BigInt {
   ~BigInt();
 
   // S_OK, or why there is no value: E_OUTOFMEMORY or DISP_E_DIVBYZERO.
-  HRESULT status() const { return status_; }
+  HRESULT Status() const { return status_; }
   static BigInt Failed(HRESULT status) noexcept;
 
   // The sign's flag, and whether the number is below zero.
-  bool negative() const { return negative_ != 0; }
-  void set_negative(bool negative) { negative_ = negative ? 1 : 0; }
+  bool SignFlag() const { return negative_ != 0; }
+  void SetSignFlag(bool negative) { negative_ = negative ? 1 : 0; }
   bool IsNegative() const { return negative_ != 0 && !IsZero(); }
-  bool IsZero() const { return magnitude_ == nullptr || magnitude_->isZero(); }
-  bool IsOdd() const { return (getWord(0) & 1) != 0; }
+  bool IsZero() const { return magnitude_ == nullptr || magnitude_->IsZero(); }
+  bool IsOdd() const { return (GetWord(0) & 1) != 0; }
 
-  const BigMagnitude& magnitude() const { return magnitude_ != nullptr ? *magnitude_ : kZero; }
-  uint64_t bitLength() const { return magnitude().bitLength(); }
-  bool testBit(uint64_t i) const { return magnitude().testBit(i); }
-  uint32_t getWord(uint32_t i) const { return magnitude().getWord(i); }
-  uint32_t used() const { return magnitude().used(); }
+  const BigMagnitude& Magnitude() const { return magnitude_ != nullptr ? *magnitude_ : kZero; }
+  uint64_t BitLength() const { return Magnitude().BitLength(); }
+  bool TestBit(uint64_t i) const { return Magnitude().TestBit(i); }
+  uint32_t GetWord(uint32_t i) const { return Magnitude().GetWord(i); }
+  uint32_t Used() const { return Magnitude().Used(); }
 
   // this += b and this -= b. b may be this number.
-  HRESULT add(const BigInt& b) noexcept;
-  HRESULT subtract(const BigInt& b) noexcept;
+  HRESULT Add(const BigInt& b) noexcept;
+  HRESULT Subtract(const BigInt& b) noexcept;
 
   // The store as this number's own, with room for words and all of them zero, or null if there is
   // no room; then the number is as before. After writing words, normalise it. The sign stays.
@@ -108,7 +108,7 @@ BigInt operator%(const BigInt& a, const BigInt& b) noexcept;
 
 // FirstFailure returns the first status of a and b that is a failure, or S_OK.
 inline HRESULT FirstFailure(const BigInt& a, const BigInt& b) {
-  return FAILED(a.status()) ? a.status() : b.status();
+  return FAILED(a.Status()) ? a.Status() : b.Status();
 }
 
 }  // namespace mirolta

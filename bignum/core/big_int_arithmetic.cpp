@@ -13,40 +13,40 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
   const HRESULT failure = FirstFailure(a, b);
   if (FAILED(failure)) return failure;
   if (b.IsZero()) return DISP_E_DIVBYZERO;
-  const bool q_negative = a.negative() != b.negative();
-  const bool r_negative = a.negative();
-  const BigMagnitude& am = a.magnitude();
-  const BigMagnitude& bm = b.magnitude();
-  const size_t an = LimbsForWords(am.used());
-  const size_t bn = LimbsForWords(bm.used());
+  const bool q_negative = a.SignFlag() != b.SignFlag();
+  const bool r_negative = a.SignFlag();
+  const BigMagnitude& am = a.Magnitude();
+  const BigMagnitude& bm = b.Magnitude();
+  const size_t an = LimbsForWords(am.Used());
+  const size_t bn = LimbsForWords(bm.Used());
   const size_t qn = an < bn ? 0 : an - bn + 1;
   CheckedSize limbs = CheckedSize(an) + 1 + CheckedSize(bn) + CheckedSize(qn);
   if (qn != 0) limbs = limbs + DivideScratch(an, bn);
   LimbScratch memory(limbs);
-  if (memory.get() == nullptr) return E_OUTOFMEMORY;
-  Limb* const x = memory.get();
+  if (memory.Get() == nullptr) return E_OUTOFMEMORY;
+  Limb* const x = memory.Get();
   Limb* const y = x + an + 1;
   Limb* const quotient = y + bn;
   bool divided = qn == 0;
-  LimbsFromWords(x, am.digits(), am.used());
-  LimbsFromWords(y, bm.digits(), bm.used());
+  LimbsFromWords(x, am.Words(), am.Used());
+  LimbsFromWords(y, bm.Words(), bm.Used());
   if (!divided && r == nullptr) {
     divided = QuotientInPlace(quotient, x, an, y, bn, quotient + qn);
     if (!divided) {
-      LimbsFromWords(x, am.digits(), am.used());
-      LimbsFromWords(y, bm.digits(), bm.used());
+      LimbsFromWords(x, am.Words(), am.Used());
+      LimbsFromWords(y, bm.Words(), bm.Used());
     }
   }
   if (!divided) DivideInPlace(quotient, x, an, y, bn, quotient + qn);
   if (q != nullptr) {
     const HRESULT status = q->AssignLimbs(quotient, qn);
     if (FAILED(status)) return status;
-    q->set_negative(q_negative);
+    q->SetSignFlag(q_negative);
   }
   if (r != nullptr) {
     const HRESULT status = r->AssignLimbs(x, qn != 0 ? bn : an);
     if (FAILED(status)) return status;
-    r->set_negative(r_negative);
+    r->SetSignFlag(r_negative);
   }
   return S_OK;
 }
@@ -62,8 +62,8 @@ HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const Bi
   const size_t m = LimbsForWords(a_words);
   const size_t n = LimbsForWords(b_words);
   Limb operands[2 * kShortLimbs];
-  LimbsFromWords(operands, a.digits(), a_words);
-  LimbsFromWords(operands + m, b.digits(), b_words);
+  LimbsFromWords(operands, a.Words(), a_words);
+  LimbsFromWords(operands + m, b.Words(), b_words);
   // The operands are copied, so the result may take one's place.
   Limb* const product = r.BeginLimbs(m + n);
   if (product != nullptr) {
@@ -79,11 +79,11 @@ __attribute__((noinline)) HRESULT MultiplyLong(BigInt& r, const BigMagnitude& a,
                                                const BigMagnitude& b, size_t n) {
   const bool square = &a == &b;
   LimbScratch memory(CheckedSize(m) + CheckedSize(n) + MultiplyScratch(m, n));
-  if (memory.get() == nullptr) return E_OUTOFMEMORY;
-  Limb* const x = memory.get();
+  if (memory.Get() == nullptr) return E_OUTOFMEMORY;
+  Limb* const x = memory.Get();
   Limb* const y = square ? x : x + m;
-  LimbsFromWords(x, a.digits(), a.used());
-  if (!square) LimbsFromWords(y, b.digits(), b.used());
+  LimbsFromWords(x, a.Words(), a.Used());
+  if (!square) LimbsFromWords(y, b.Words(), b.Used());
   Limb* const product = r.BeginLimbs(m + n);
   if (product == nullptr) return E_OUTOFMEMORY;
   MultiplyLimbs(product, x, m, y, n, x + m + n);
@@ -103,17 +103,17 @@ BigInt Value(Operation operation, const BigInt& a, const BigInt& b) {
 }  // namespace
 
 HRESULT Add(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
-  if (&r == &a) return r.add(b);
+  if (&r == &a) return r.Add(b);
   BigInt sum(a);
-  const HRESULT status = sum.add(b);
+  const HRESULT status = sum.Add(b);
   if (SUCCEEDED(status)) r.Swap(sum);
   return status;
 }
 
 HRESULT Subtract(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
-  if (&r == &a) return r.subtract(b);
+  if (&r == &a) return r.Subtract(b);
   BigInt difference(a);
-  const HRESULT status = difference.subtract(b);
+  const HRESULT status = difference.Subtract(b);
   if (SUCCEEDED(status)) r.Swap(difference);
   return status;
 }
@@ -121,14 +121,14 @@ HRESULT Subtract(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
 HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   const HRESULT failure = FirstFailure(a, b);
   if (FAILED(failure)) return failure;
-  const bool negative = a.negative() != b.negative();
-  const BigMagnitude& am = a.magnitude();
-  const BigMagnitude& bm = b.magnitude();
-  const bool swapped = am.used() < bm.used();
+  const bool negative = a.SignFlag() != b.SignFlag();
+  const BigMagnitude& am = a.Magnitude();
+  const BigMagnitude& bm = b.Magnitude();
+  const bool swapped = am.Used() < bm.Used();
   const BigMagnitude& longer = swapped ? bm : am;
   const BigMagnitude& shorter = swapped ? am : bm;
-  const size_t long_words = longer.used();
-  const size_t short_words = shorter.used();
+  const size_t long_words = longer.Used();
+  const size_t short_words = shorter.Used();
   HRESULT status = S_OK;
   if (short_words == 0) {
     status = r.AssignLimbs(nullptr, 0);
@@ -137,7 +137,7 @@ HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   } else {
     status = MultiplyShort(r, longer, long_words, shorter, short_words);
   }
-  if (SUCCEEDED(status)) r.set_negative(negative);
+  if (SUCCEEDED(status)) r.SetSignFlag(negative);
   return status;
 }
 

@@ -14,11 +14,11 @@ const HexKernels& CurrentHexKernels() {
 }
 
 HRESULT HexText(NumberText& text, const BigInt& n) {
-  const uint64_t length = (n.bitLength() + 3) / 4;
+  const uint64_t length = (n.BitLength() + 3) / 4;
   if (length >= UINT32_MAX) return E_OUTOFMEMORY;
   OLECHAR* out = text.Resize(static_cast<uint32_t>(length));
   if (out == nullptr) return E_OUTOFMEMORY;
-  const uint32_t* const words = n.magnitude().digits();
+  const uint32_t* const words = n.Magnitude().Words();
   const uint32_t whole = static_cast<uint32_t>(length / 8);
   // The first digits are those of a part of the top word.
   const uint32_t part = static_cast<uint32_t>(length % 8);
@@ -33,18 +33,18 @@ HRESULT HexText(NumberText& text, const BigInt& n) {
 }
 
 HRESULT DecimalText(NumberText& text, const BigInt& n) {
-  const size_t limbs = LimbsForWords(n.used());
-  const CheckedSize digits_room = DecimalDigitsRoom(limbs);
+  const size_t limbs = LimbsForWords(n.Used());
+  const CheckedSize digits_room = DecimalRoom(limbs);
   if (digits_room.value() == CheckedSize::kTooLarge) return E_OUTOFMEMORY;
   const size_t room = digits_room.value();
   const size_t room_limbs = room / sizeof(Limb) + 1;
   LimbScratch value{CheckedSize(limbs)};
   LimbScratch characters{CheckedSize(room_limbs)};
-  if (value.get() == nullptr || characters.get() == nullptr) return E_OUTOFMEMORY;
+  if (value.Get() == nullptr || characters.Get() == nullptr) return E_OUTOFMEMORY;
   // Memory of limbs may be used as characters.
-  char* const digits = reinterpret_cast<char*>(characters.get());
-  LimbsFromWords(value.get(), n.magnitude().digits(), n.used());
-  if (!DigitsFromLimbs(digits, value.get(), limbs)) return E_OUTOFMEMORY;
+  char* const digits = reinterpret_cast<char*>(characters.Get());
+  LimbsFromWords(value.Get(), n.Magnitude().Words(), n.Used());
+  if (!DecimalFromLimbs(digits, value.Get(), limbs)) return E_OUTOFMEMORY;
   size_t zeros = 0;
   while (digits[zeros] == '0') ++zeros;
   if (room - zeros >= UINT32_MAX) return E_OUTOFMEMORY;
@@ -148,7 +148,7 @@ OLECHAR* NumberText::Resize(uint32_t length) noexcept {
 
 HRESULT ToText(NumberText& text, const BigInt& n, uint32_t base) noexcept {
   if (base != 10 && base != 16) return E_FAIL;
-  if (FAILED(n.status())) return n.status();
+  if (FAILED(n.Status())) return n.Status();
   if (n.IsZero()) {
     text.Clear();
     return S_OK;
@@ -160,8 +160,8 @@ HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) n
   const uint32_t digits = CountDigits(characters, length);
   const size_t count = (size_t{digits} + kDecimalDigits - 1) / kDecimalDigits;
   LimbScratch memory(2 * CheckedSize(count));
-  if (memory.get() == nullptr) return E_OUTOFMEMORY;
-  Limb* const chunks = memory.get();
+  if (memory.Get() == nullptr) return E_OUTOFMEMORY;
+  Limb* const chunks = memory.Get();
   Limb* const value = chunks + count;
   if (digits == length) {
     ReadDigits(chunks, characters, digits);
@@ -182,7 +182,7 @@ HRESULT FromHexText(BigInt& n, const OLECHAR* characters, uint32_t length) noexc
   // As many words as the characters could fill; skipped ones leave words zero.
   BigMagnitude* const m = n.Rewrite(length / 8 + (length % 8 != 0 ? 1 : 0));
   if (m == nullptr) return E_OUTOFMEMORY;
-  uint32_t* const words = m->digits();
+  uint32_t* const words = m->Words();
   uint32_t filled = 0;
   uint32_t shift = 0;
   uint32_t word = 0;
@@ -205,7 +205,7 @@ HRESULT FromHexText(BigInt& n, const OLECHAR* characters, uint32_t length) noexc
     }
   }
   if (shift != 0) words[filled] = word;
-  m->normalise();
+  m->Normalise();
   return S_OK;
 }
 

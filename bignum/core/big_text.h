@@ -14,8 +14,8 @@ class NumberText {
   NumberText& operator=(const NumberText&) = delete;
 
   // The digits with a zero character behind them; null when there is no text.
-  const OLECHAR* characters() const { return characters_; }
-  uint32_t length() const { return length_; }
+  const OLECHAR* Characters() const { return characters_; }
+  uint32_t Length() const { return length_; }
 
   // Room for length characters, at least one, and the zero behind them, to be written by the caller:
   // that of the text before where it is enough. Null if there is no memory, the text is then as

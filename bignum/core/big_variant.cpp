@@ -88,8 +88,8 @@ HRESULT ToTextVariant(const BigInt& n, NumberBase base, VARIANT* out) {
   NumberText text;
   const HRESULT status = ToText(text, n, base == NumberBase::kHexadecimal ? 16 : 10);
   if (FAILED(status)) return status;
-  if (text.characters() == nullptr) return E_OUTOFMEMORY;
-  BSTR copy = SysAllocStringLen(text.characters(), text.length());
+  if (text.Characters() == nullptr) return E_OUTOFMEMORY;
+  BSTR copy = SysAllocStringLen(text.Characters(), text.Length());
   if (copy == nullptr) return E_OUTOFMEMORY;
   V_VT(out) = VT_BSTR;
   V_BSTR(out) = copy;

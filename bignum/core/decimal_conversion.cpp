@@ -79,7 +79,7 @@ void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
 class LeafWriter {
  public:
   explicit LeafWriter(const DecimalPowers& powers)
-      : leaf_(powers.leaf()),
+      : leaf_(powers.Leaf()),
         inverse_size_(2 * leaf_ + 2 - powers[0].size - powers[0].zeros),
         memory_(3 * CheckedSize(inverse_size_) + CheckedSize(leaf_) +
                 MultiplyScratch(inverse_size_, leaf_)) {}
@@ -88,10 +88,10 @@ class LeafWriter {
   [[nodiscard]] bool Make(const DecimalPower& power) {
     const size_t n = 2 * leaf_ - power.zeros + 1;
     LimbScratch one{CheckedSize(n)};
-    if (memory_.get() == nullptr || one.get() == nullptr) return false;
-    ZeroLimbs(one.get(), n - 1);
-    one.get()[n - 1] = 1;
-    if (!DivideLimbs(inverse(), nullptr, one.get(), n, power.limbs, power.size)) return false;
+    if (memory_.Get() == nullptr || one.Get() == nullptr) return false;
+    ZeroLimbs(one.Get(), n - 1);
+    one.Get()[n - 1] = 1;
+    if (!DivideLimbs(inverse(), nullptr, one.Get(), n, power.limbs, power.size)) return false;
     AddLimb(inverse(), inverse_size_, 1);
     ShiftRightLimbs(half(), inverse(), inverse_size_, 1);
     return true;
@@ -117,8 +117,8 @@ class LeafWriter {
   }
 
  private:
-  Limb* inverse() { return memory_.get(); }
-  Limb* half() { return memory_.get() + inverse_size_; }
+  Limb* inverse() { return memory_.Get(); }
+  Limb* half() { return memory_.Get() + inverse_size_; }
 
   size_t leaf_;
   size_t inverse_size_;
@@ -133,7 +133,7 @@ bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const DecimalPow
     leaves.Write(digits, x, n, count);
     return true;
   }
-  const size_t low = powers.leaf() << (level - 1);
+  const size_t low = powers.Leaf() << (level - 1);
   if (count <= low) return WriteDigits(digits, x, n, count, powers, level - 1, leaves);
   const DecimalPower& power = powers[level - 1];
   char* const low_digits = digits + (count - low) * kDecimalDigits;
@@ -146,9 +146,9 @@ bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const DecimalPow
   const size_t m = n - power.zeros;
   const size_t quotient_size = m - power.size + 1;
   LimbScratch quotient{CheckedSize(quotient_size)};
-  if (quotient.get() == nullptr) return false;
-  if (!DivideLimbs(quotient.get(), upper, upper, m, power.limbs, power.size)) return false;
-  return WriteDigits(digits, quotient.get(), quotient_size, count - low, powers, level - 1,
+  if (quotient.Get() == nullptr) return false;
+  if (!DivideLimbs(quotient.Get(), upper, upper, m, power.limbs, power.size)) return false;
+  return WriteDigits(digits, quotient.Get(), quotient_size, count - low, powers, level - 1,
                      leaves) &&
          WriteDigits(low_digits, x, power.zeros + power.size, low, powers, level - 1, leaves);
 }
@@ -168,14 +168,14 @@ bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const DecimalPowers& powe
     ReadFewChunks(z, chunks, n);
     return true;
   }
-  const size_t low = powers.leaf() << (level - 1);
+  const size_t low = powers.Leaf() << (level - 1);
   if (n <= low) return ReadChunks(z, chunks, n, powers, level - 1);
   const DecimalPower& power = powers[level - 1];
   const size_t high = n - low;
   LimbScratch memory(2 * CheckedSize(high) + CheckedSize(power.size) +
                      MultiplyScratch(high, power.size));
-  if (memory.get() == nullptr) return false;
-  Limb* const upper = memory.get();
+  if (memory.Get() == nullptr) return false;
+  Limb* const upper = memory.Get();
   Limb* const product = upper + high;
   if (!ReadChunks(upper, chunks + low, high, powers, level - 1)) return false;
   if (!ReadChunks(z, chunks, low, powers, level - 1)) return false;
@@ -198,11 +198,11 @@ CheckedSize ChunksRoom(size_t n) {
 
 }  // namespace
 
-CheckedSize DecimalDigitsRoom(size_t n) noexcept {
+CheckedSize DecimalRoom(size_t n) noexcept {
   return ChunksRoom(n) * SizeConstant(kDecimalDigits);
 }
 
-bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept {
+bool DecimalFromLimbs(char* digits, Limb* x, size_t n) noexcept {
   const size_t count = ChunksRoom(n).value();
   if (count <= kChunksOut) {
     WriteChunks(digits, x, n, count);
@@ -212,7 +212,7 @@ bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept {
   if (!powers.Make(count, kChunksOut)) return false;
   LeafWriter leaves(powers);
   if (!leaves.Make(powers[0])) return false;
-  return WriteDigits(digits, x, n, count, powers, powers.levels(), leaves);
+  return WriteDigits(digits, x, n, count, powers, powers.Levels(), leaves);
 }
 
 bool LimbsFromDecimal(Limb* z, const Limb* chunks, size_t n) noexcept {
@@ -223,7 +223,7 @@ bool LimbsFromDecimal(Limb* z, const Limb* chunks, size_t n) noexcept {
   }
   DecimalPowers powers;
   if (!powers.Make(n, kLeafIn)) return false;
-  return ReadChunks(z, chunks, n, powers, powers.levels());
+  return ReadChunks(z, chunks, n, powers, powers.Levels());
 }
 
 }  // namespace mirolta

@@ -5,13 +5,13 @@
 
 namespace mirolta {
 
-// DecimalDigitsRoom returns a count of digits that holds every value of n limbs.
-CheckedSize DecimalDigitsRoom(size_t n) noexcept;
+// DecimalRoom returns a count of digits that holds every value of n limbs.
+CheckedSize DecimalRoom(size_t n) noexcept;
 
-// DigitsFromLimbs writes x as exactly count digits '0' to '9', zeros in front.
-// Shapes: x[n], destroyed; digits[count], count = DecimalDigitsRoom(n).value().
+// DecimalFromLimbs writes x as exactly count digits '0' to '9', zeros in front.
+// Shapes: x[n], destroyed; digits[count], count = DecimalRoom(n).value().
 // Errors: false if memory runs out.
-[[nodiscard]] bool DigitsFromLimbs(char* digits, Limb* x, size_t n) noexcept;
+[[nodiscard]] bool DecimalFromLimbs(char* digits, Limb* x, size_t n) noexcept;
 
 // LimbsFromDecimal: z := the value of chunks in base kDecimalPower, least significant first.
 // Shapes: chunks[n], z[n]; z overlaps nothing. Errors: false if memory runs out.

@@ -33,8 +33,8 @@ bool DecimalPowers::Make(size_t chunks, size_t most_leaf) noexcept {
   for (size_t i = 1; i < levels_; ++i) {
     const DecimalPower& half = powers_[i - 1];
     LimbScratch scratch(MultiplyScratch(half.size, half.size));
-    if (scratch.get() == nullptr) return false;
-    MultiplyLimbs(to, half.limbs, half.size, half.limbs, half.size, scratch.get());
+    if (scratch.Get() == nullptr) return false;
+    MultiplyLimbs(to, half.limbs, half.size, half.limbs, half.size, scratch.Get());
     powers_[i] = Trimmed(to, 2 * half.size, 2 * half.zeros);
     to += 2 * half.size;
   }

@@ -31,8 +31,8 @@ class DecimalPowers {
   // chunks more than that. False if memory runs out.
   [[nodiscard]] bool Make(size_t chunks, size_t most_leaf) noexcept;
 
-  size_t leaf() const { return leaf_; }
-  size_t levels() const { return levels_; }
+  size_t Leaf() const { return leaf_; }
+  size_t Levels() const { return levels_; }
   const DecimalPower& operator[](size_t i) const { return powers_[i]; }
 
  private:

@@ -11,10 +11,10 @@ namespace {
 
 // Below, division by rows is as fast as by halves: measured for 64-bit limbs, estimated for 32-bit
 // limbs.
-constexpr size_t kHalvesLimbs = kLimbBits == 64 ? 32 : 64;
-constexpr size_t kQuotientHalvesLimbs = kLimbBits == 64 ? 64 : 128;
+constexpr size_t kBurnikelZieglerLimbs = kLimbBits == 64 ? 32 : 64;
+constexpr size_t kBurnikelZieglerQuotientLimbs = kLimbBits == 64 ? 64 : 128;
 // Up to here, taking away a divisor or nothing is faster than a branch that is as good as random.
-constexpr size_t kSubtractedAnyway = 8;
+constexpr size_t kMaskedSubtractLimbs = 8;
 
 Limb Reciprocal(Limb d) {
   return DivideWide(static_cast<Limb>(~d), kLimbMax, d);
@@ -59,10 +59,10 @@ inline Limb QuotientLimb(Limb* high, Limb low, Limb d, Limb v) {
 }
 
 // Makes the top n limbs of a[m], below 2 d, less than d; returns how often d went into them.
-inline Limb TakeTop(Limb* a, size_t m, const Limb* d, size_t n) {
+inline Limb ReduceTop(Limb* a, size_t m, const Limb* d, size_t n) {
   Limb* const top = a + m - n;
   const bool goes = CompareLimbs(top, d, n) >= 0;
-  if (n > kSubtractedAnyway) {
+  if (n > kMaskedSubtractLimbs) {
     if (goes) CurrentLimbKernels().subtract(top, top, d, n);
   } else {
     const Limb mask = MaskIf(goes);
@@ -78,28 +78,28 @@ inline Limb TakeTop(Limb* a, size_t m, const Limb* d, size_t n) {
 
 // Divides by rows: a[m] becomes the remainder in a[n], q[m - n] the quotient's low limbs; returns
 // its top limb, 0 or 1. d[n] has its top bit set, n >= 2, v is the reciprocal of its top two limbs.
-Limb DivideByRows(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb v) {
-  const Limb top = TakeTop(a, m, d, n);
-  DivideRows(q, a, m, d, n, v, false);
+Limb SchoolbookDivideWithTop(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb v) {
+  const Limb top = ReduceTop(a, m, d, n);
+  SchoolbookDivide(q, a, m, d, n, v, false);
   return top;
 }
 
-// Divides a[n + count] by d[n] for count <= n quotient limbs, as DivideByRows does; the top n limbs
+// Divides a[n + count] by d[n] for count <= n quotient limbs, as SchoolbookDivideWithTop does; the top n limbs
 // of a are below 2d. scratch has n limbs and the working memory of a product.
-Limb DivideByHalves(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
+Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
                     Limb* scratch) {
-  if (count < kHalvesLimbs) return DivideByRows(q, a, n + count, d, n, v);
+  if (count < kBurnikelZieglerLimbs) return SchoolbookDivideWithTop(q, a, n + count, d, n, v);
   const LimbKernels& k = CurrentLimbKernels();
   if (count == n) {
     const size_t low = n / 2;
-    const Limb top = DivideByHalves(q + low, a + low, d, n, n - low, v, scratch);
+    const Limb top = BurnikelZieglerDivide(q + low, a + low, d, n, n - low, v, scratch);
     // The remainder so far is below d, so the second half has no top limb.
-    DivideByHalves(q, a, d, n, low, v, scratch);
+    BurnikelZieglerDivide(q, a, d, n, low, v, scratch);
     return top;
   }
   // Divide by the divisor's top limbs, then take away what its low limbs contribute.
   const size_t rest = n - count;
-  Limb top = DivideByHalves(q, a + rest, d + rest, count, count, v, scratch);
+  Limb top = BurnikelZieglerDivide(q, a + rest, d + rest, count, count, v, scratch);
   MultiplyLimbs(scratch, q, count, d, rest, scratch + n);
   Limb missing = k.subtract(a, a, scratch, n);
   if (top != 0) missing = static_cast<Limb>(missing + k.subtract(a + count, a + count, d, rest));
@@ -111,11 +111,11 @@ Limb DivideByHalves(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Lim
 }
 
 // The quotient alone, q[count] of a[n + count] by d[n], count <= n, the top n limbs of a below d.
-// The remainder's upper limbs become those that a truncating DivideRows gives for all of count;
-// false if it gives up. scratch is that of DivideByHalves.
-bool QuotientByHalves(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
+// The remainder's upper limbs become those that a truncating SchoolbookDivide gives for all of count;
+// false if it gives up. scratch is that of BurnikelZieglerDivide.
+bool BurnikelZieglerQuotient(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
                       Limb* scratch) {
-  while (count >= kQuotientHalvesLimbs) {
+  while (count >= kBurnikelZieglerQuotientLimbs) {
     if (n > count + 1) {
       // What stands under the top count + 1 limbs of d counts for less than B^(n - 1) here.
       const size_t left_out = n - count - 1;
@@ -126,9 +126,9 @@ bool QuotientByHalves(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, L
     const size_t high = count / 2;
     count -= high;
     if (CompareLimbs(a + count + high, d, n) >= 0) return false;
-    DivideByHalves(q + count, a + count, d, n, high, v, scratch);
+    BurnikelZieglerDivide(q + count, a + count, d, n, high, v, scratch);
   }
-  return DivideRows(q, a, n + count, d, n, v, true);
+  return SchoolbookDivide(q, a, n + count, d, n, v, true);
 }
 
 }  // namespace
@@ -185,22 +185,22 @@ Limb ModLimb(const Limb* a, size_t n, const LimbDivisor& d) noexcept {
 }
 
 CheckedSize DivideScratch(size_t m, size_t n) noexcept {
-  const bool halves = m - n + 1 >= kHalvesLimbs && n >= kHalvesLimbs;
+  const bool halves = m - n + 1 >= kBurnikelZieglerLimbs && n >= kBurnikelZieglerLimbs;
   if (!halves) return SizeConstant(0);
   return CheckedSize(n) + MultiplyScratch(n, n);
 }
 
 namespace {
 
-// Begun: a division after its first steps.
-struct Begun {
+// NormalisedDivision: a division after its first steps.
+struct NormalisedDivision {
   uint32_t shift;   // of both operands, so that v's top bit is set
   size_t count;     // quotient limbs still to find; the top n limbs of u[n + count] are below v
   Limb reciprocal;  // of v's top two limbs
 };
 
 // Shapes: as for DivideInPlace, n >= 2.
-__attribute__((always_inline)) inline Begun Begin(Limb* q, Limb* u, size_t m, Limb* v, size_t n) {
+__attribute__((always_inline)) inline NormalisedDivision Begin(Limb* q, Limb* u, size_t m, Limb* v, size_t n) {
   const uint32_t shift = LeadingZeros(v[n - 1]);
   u[m] = 0;
   if (shift != 0) {
@@ -209,7 +209,7 @@ __attribute__((always_inline)) inline Begun Begin(Limb* q, Limb* u, size_t m, Li
   }
   size_t count = m - n + 1;
   // What is shifted out is less than v's top limb; without it the limbs below are less than 2 v.
-  if (u[m] == 0) q[--count] = TakeTop(u, m, v, n);
+  if (u[m] == 0) q[--count] = ReduceTop(u, m, v, n);
   return {shift, count, Reciprocal2(v[n - 1], v[n - 2])};
 }
 
@@ -220,16 +220,16 @@ void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch)
     u[0] = DivideByLimb(q, u, m, PrepareDivisor(v[0]));
     return;
   }
-  const Begun begun = Begin(q, u, m, v, n);
+  const NormalisedDivision begun = Begin(q, u, m, v, n);
   size_t count = begun.count;
-  if (count < kHalvesLimbs || n < kHalvesLimbs) {
-    DivideRows(q, u, n + count, v, n, begun.reciprocal, false);
+  if (count < kBurnikelZieglerLimbs || n < kBurnikelZieglerLimbs) {
+    SchoolbookDivide(q, u, n + count, v, n, begun.reciprocal, false);
   } else {
     // The top block takes what is over a multiple of n; each block leaves a remainder below v.
     while (count != 0) {
       const size_t block = count % n != 0 ? count % n : n;
       count -= block;
-      DivideByHalves(q + count, u + count, v, n, block, begun.reciprocal, scratch);
+      BurnikelZieglerDivide(q + count, u + count, v, n, block, begun.reciprocal, scratch);
     }
   }
   if (begun.shift != 0) ShiftRightLimbs(u, u, n, begun.shift);
@@ -240,17 +240,17 @@ bool QuotientInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratc
     DivideByLimb(q, u, m, PrepareDivisor(v[0]));
     return true;
   }
-  const Begun begun = Begin(q, u, m, v, n);
+  const NormalisedDivision begun = Begin(q, u, m, v, n);
   size_t count = begun.count;
-  if (n < kHalvesLimbs) {
-    if (!DivideRows(q, u, n + count, v, n, begun.reciprocal, true)) return false;
+  if (n < kBurnikelZieglerLimbs) {
+    if (!SchoolbookDivide(q, u, n + count, v, n, begun.reciprocal, true)) return false;
   } else {
     while (count > n) {
       const size_t block = count % n != 0 ? count % n : n;
       count -= block;
-      DivideByHalves(q + count, u + count, v, n, block, begun.reciprocal, scratch);
+      BurnikelZieglerDivide(q + count, u + count, v, n, block, begun.reciprocal, scratch);
     }
-    if (!QuotientByHalves(q, u, v, n, count, begun.reciprocal, scratch)) return false;
+    if (!BurnikelZieglerQuotient(q, u, v, n, count, begun.reciprocal, scratch)) return false;
   }
   // The remainder is below v, and too large by less than count * B^(n - 1). Where it would not go
   // below zero without that, the quotient is right.
@@ -267,8 +267,8 @@ bool DivideLimbs(Limb* q, Limb* r, const Limb* a, size_t m, const Limb* d, size_
   const size_t count = m - n + 1;  // quotient limbs
   LimbScratch memory(CheckedSize(m) + 1 + CheckedSize(n) + CheckedSize(count) +
                      DivideScratch(m, n));
-  if (memory.get() == nullptr) return false;
-  Limb* const u = memory.get();
+  if (memory.Get() == nullptr) return false;
+  Limb* const u = memory.Get();
   Limb* const v = u + m + 1;
   Limb* const quotient = v + n;
   CopyLimbs(u, a, m);

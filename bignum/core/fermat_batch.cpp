@@ -28,10 +28,10 @@ Limb SmallPower(Limb base, Limb e) {
 }  // namespace
 
 FermatBatch::FermatBatch(size_t bits) noexcept : bits_(bits) {
-  const bool here = (kFeaturesForDigits & ~ProcessorFeatures()) == 0;
+  const bool here = (kRadix52Features & ~ProcessorFeatures()) == 0;
   // Smaller numbers are quick to test, larger ones not tested faster side by side.
-  const bool fits = DigitsFor(bits, kSpareForTwo) >= kLeastLaneDigits &&
-                    DigitsFor(bits, kSpareForSeven) <= kMostLaneDigits;
+  const bool fits = Radix52Count(bits, kSpareForTwo) >= kFermatLeastCount &&
+                    Radix52Count(bits, kSpareForSeven) <= kFermatMostCount;
   if (here && fits) capacity_ = kLanes;
 }
 
@@ -41,13 +41,13 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
   for (size_t i = 0; i < count; ++i) {
     if (bases[i] > 2) spare = kSpareForSeven;
   }
-  const size_t digits = LaneDigits(DigitsFor(bits_, spare));
-  const size_t zeros = digits * kDigitBits / kLimbBits;
+  const size_t digits = FermatTestCount(Radix52Count(bits_, spare));
+  const size_t zeros = digits * kRadix52Bits / kLimbBits;
   LimbScratch memory((2 * CheckedSize(digits) + 3) * kLanes + CheckedSize(zeros) + 2 +
                      CheckedSize(n));
-  if (memory.get() == nullptr) return false;
-  const size_t beyond = reinterpret_cast<uintptr_t>(memory.get()) % 64 / sizeof(Limb);
-  Limb* const m = memory.get() + (kLanes - beyond);
+  if (memory.Get() == nullptr) return false;
+  const size_t beyond = reinterpret_cast<uintptr_t>(memory.Get()) % 64 / sizeof(Limb);
+  Limb* const m = memory.Get() + (kLanes - beyond);
   Limb* const power = m + digits * kLanes;
   Limb* const inverse = power + digits * kLanes;
   Limb* const base = inverse + kLanes;
@@ -60,22 +60,22 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
     const size_t i = lane < count ? lane : 0;
     const Limb* const x = candidates + i * n;
     base[lane] = bases[i];
-    inverse[lane] = PrepareMontgomery(x, n).inverse & kDigitMask;
+    inverse[lane] = PrepareMontgomery(x, n).inverse & kRadix52Mask;
     Limb top = 0;
     for (size_t bit = bits_; bit-- != rest;) top = top << 1 | (TestLimbBit(x, bit) ? 1 : 0);
     const Limb value = SmallPower(base[lane], top);
-    const uint32_t shift = digits * kDigitBits % kLimbBits;
+    const uint32_t shift = digits * kRadix52Bits % kLimbBits;
     ZeroLimbs(first, zeros);
     first[zeros] = value << shift;
     first[zeros + 1] = shift != 0 ? value >> (kLimbBits - shift) : 0;
     const size_t used = SignificantLimbs(x, n);
     if (!DivideLimbs(nullptr, residue, first, zeros + 2, x, used)) return false;
     for (size_t j = 0; j < digits; ++j) {
-      m[j * kLanes + lane] = SplitDigit(x, used, j);
-      power[j * kLanes + lane] = SplitDigit(residue, used, j);
+      m[j * kLanes + lane] = Radix52Digit(x, used, j);
+      power[j * kLanes + lane] = Radix52Digit(residue, used, j);
     }
   }
-  const uint32_t ones = FermatTestOf(digits)({m, inverse, base, rest, power});
+  const uint32_t ones = FermatTestFor(digits)({m, inverse, base, rest, power});
   *passed = ones & static_cast<uint32_t>((uint64_t{1} << count) - 1);
   return true;
 }

@@ -5,7 +5,7 @@
 
 namespace mirolta {
 
-// FermatBatch tests up to capacity() numbers of one search together, where the processor can.
+// FermatBatch tests up to Capacity() numbers of one search together, where the processor can.
 class FermatBatch {
  public:
   // No batch takes more.
@@ -15,7 +15,7 @@ class FermatBatch {
   explicit FermatBatch(size_t bits) noexcept;
 
   // How many numbers one test takes; 0 if there is no faster way than one after another.
-  size_t capacity() const { return capacity_; }
+  size_t Capacity() const { return capacity_; }
 
   // Tests whether base[i]^(candidate - 1) mod candidate is 1 for each of count candidates, odd
   // numbers of n limbs, the i-th at candidates + i * n. Bases are at most 7. Sets bit i of *passed.

@@ -8,7 +8,7 @@ namespace mirolta {
 
 // Several steps at once: r(i) = +-(u0 x - v0 y), r(i+1) = -+(u1 x - v1 y), the upper signs for an
 // even number of steps; the cofactors' sizes follow with all signs plus.
-struct EuclidRun::Matrix {
+struct LehmerGcd::Matrix {
   Limb u0 = 1, v0 = 0;
   Limb u1 = 0, v1 = 1;
   bool odd = false;
@@ -22,7 +22,7 @@ struct EuclidRun::Matrix {
     v1 = v;
     odd = !odd;
   }
-  bool changed() const { return u1 != 0; }
+  bool Changed() const { return u1 != 0; }
 };
 
 namespace {
@@ -65,13 +65,13 @@ void Simulate(uint64_t x, uint64_t y, Matrix* matrix) {
 
 }  // namespace
 
-EuclidRun::~EuclidRun() {
+LehmerGcd::~LehmerGcd() {
   if (memory_ == nullptr) return;
   WipeMemory(memory_, memory_limbs_ * sizeof(Limb));
   delete[] memory_;
 }
 
-bool EuclidRun::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_cofactor) noexcept {
+bool LehmerGcd::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_cofactor) noexcept {
   m = SignificantLimbs(x, m);
   n = SignificantLimbs(y, n);
   const size_t size = (m > n ? m : n) + 1;
@@ -118,7 +118,7 @@ bool EuclidRun::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_
   return true;
 }
 
-bool EuclidRun::FindMatrix(Matrix* matrix) const {
+bool LehmerGcd::FindMatrix(Matrix* matrix) const {
   const size_t n = xn_;
   if (y_[n - 1] > x_[n - 1]) return false;  // x's shift would cut bits off y
   const uint32_t shift = LeadingZeros(x_[n - 1]);
@@ -132,11 +132,11 @@ bool EuclidRun::FindMatrix(Matrix* matrix) const {
   if (y > x) return false;
   if constexpr (kLimbBits == 32) {
     Simulate(static_cast<uint64_t>(x), static_cast<uint64_t>(y), matrix);
-    return matrix->changed();
+    return matrix->Changed();
   } else {
     Matrix first;
     Simulate(static_cast<uint64_t>(x >> 32 >> 32), static_cast<uint64_t>(y >> 32 >> 32), &first);
-    if (!first.changed()) return false;
+    if (!first.Changed()) return false;
     // The double limbs after these steps are off by less than 2^31; cut to 64 bits, where at least
     // 33 bits go, that is less than one more.
     DoubleLimb a = x * first.u0 - y * first.v0;
@@ -159,7 +159,7 @@ bool EuclidRun::FindMatrix(Matrix* matrix) const {
 }
 
 // Exact steps while the remainder keeps two limbs: the cofactors then fit one.
-bool EuclidRun::FindMatrixOfTwoLimbs(Matrix* matrix) const {
+bool LehmerGcd::FindMatrixOfTwoLimbs(Matrix* matrix) const {
   DoubleLimb x = static_cast<DoubleLimb>(x_[1]) << kLimbBits | x_[0];
   DoubleLimb y = static_cast<DoubleLimb>(y_[1]) << kLimbBits | y_[0];
   if (y > x || y_[1] == 0) return false;
@@ -171,14 +171,14 @@ bool EuclidRun::FindMatrixOfTwoLimbs(Matrix* matrix) const {
       quotient = static_cast<Limb>(x / y);
       z = x - y * quotient;
     }
-    if (z >> kLimbBits == 0) return matrix->changed();
+    if (z >> kLimbBits == 0) return matrix->Changed();
     matrix->Step(quotient);
     x = y;
     y = z;
   }
 }
 
-void EuclidRun::Apply(const Matrix& matrix) {
+void LehmerGcd::Apply(const Matrix& matrix) {
   const LimbKernels& k = CurrentLimbKernels();
   const Limb* plus_x = x_;
   const Limb* minus_x = y_;
@@ -191,9 +191,9 @@ void EuclidRun::Apply(const Matrix& matrix) {
   }
   // The limbs above cancel.
   k.mul1(spare_x_, plus_x, xn_, u0);
-  k.mulSub1(spare_x_, minus_x, xn_, v0);
+  k.mul_sub1(spare_x_, minus_x, xn_, v0);
   k.mul1(spare_y_, minus_x, xn_, v1);
-  k.mulSub1(spare_y_, plus_x, xn_, u1);
+  k.mul_sub1(spare_y_, plus_x, xn_, u1);
   Swap(x_, spare_x_);
   Swap(y_, spare_y_);
   xn_ = SignificantLimbs(x_, xn_);
@@ -201,9 +201,9 @@ void EuclidRun::Apply(const Matrix& matrix) {
   if (matrix.odd) odd_ = !odd_;
   if (!with_cofactor_) return;
   const Limb c0 = k.mul1(spare_t0_, t0_, tn_, matrix.u0);
-  const Limb d0 = k.mulAdd1(spare_t0_, t1_, tn_, matrix.v0);
+  const Limb d0 = k.mul_add1(spare_t0_, t1_, tn_, matrix.v0);
   const Limb c1 = k.mul1(spare_t1_, t0_, tn_, matrix.u1);
-  const Limb d1 = k.mulAdd1(spare_t1_, t1_, tn_, matrix.v1);
+  const Limb d1 = k.mul_add1(spare_t1_, t1_, tn_, matrix.v1);
   // The cofactors have at most one limb more than before, and their sum does not exceed it.
   spare_t0_[tn_] = static_cast<Limb>(c0 + d0);
   spare_t1_[tn_] = static_cast<Limb>(c1 + d1);
@@ -212,7 +212,7 @@ void EuclidRun::Apply(const Matrix& matrix) {
   if (t0_[tn_] != 0 || t1_[tn_] != 0) ++tn_;
 }
 
-bool EuclidRun::DivisionStep() {
+bool LehmerGcd::DivisionStep() {
   const LimbKernels& k = CurrentLimbKernels();
   size_t count = 0;
   if (xn_ >= yn_) {
@@ -252,7 +252,7 @@ bool EuclidRun::DivisionStep() {
 }
 
 // The cofactors fit a limb: the last ones are x and y divided by their common divisor.
-void EuclidRun::FinishInOneLimb() {
+void LehmerGcd::FinishInOneLimb() {
   Limb x = x_[0];
   Limb y = y_[0];
   Matrix matrix;
@@ -270,7 +270,7 @@ void EuclidRun::FinishInOneLimb() {
   if (!with_cofactor_) return;
   const LimbKernels& k = CurrentLimbKernels();
   const Limb c = k.mul1(spare_t0_, t0_, tn_, matrix.u0);
-  const Limb d = k.mulAdd1(spare_t0_, t1_, tn_, matrix.v0);
+  const Limb d = k.mul_add1(spare_t0_, t1_, tn_, matrix.v0);
   spare_t0_[tn_] = static_cast<Limb>(c + d);
   Swap(t0_, spare_t0_);
   ++tn_;

@@ -5,17 +5,17 @@
 
 namespace mirolta {
 
-// EuclidRun is Euclid's sequence r0, r1, r2 = r0 mod r1, ... run to its end, where r(i+1) is zero
+// LehmerGcd is Euclid's sequence r0, r1, r2 = r0 mod r1, ... run to its end, where r(i+1) is zero
 // and r(i) the greatest common divisor, with the sizes of the cofactors t0 = 0, t1 = 1,
 // t(i+1) = t(i-1) + quotient * t(i) beside it (the signed ones alternate in sign). The quotients
 // are exactly those of plain division, only found several at a time. Source: Lehmer 1938; Knuth
 // TAOCP 2, 4.5.2, algorithm L.
-class EuclidRun {
+class LehmerGcd {
  public:
-  EuclidRun() noexcept = default;
-  ~EuclidRun();
-  EuclidRun(const EuclidRun&) = delete;
-  EuclidRun& operator=(const EuclidRun&) = delete;
+  LehmerGcd() noexcept = default;
+  ~LehmerGcd();
+  LehmerGcd(const LehmerGcd&) = delete;
+  LehmerGcd& operator=(const LehmerGcd&) = delete;
 
   // Runs from r0 = x[m], r1 = y[n]; counts may be 0 for zero values. The cofactor is followed only
   // if asked for. False if memory runs out. To be called once.
@@ -23,13 +23,13 @@ class EuclidRun {
                          bool with_cofactor) noexcept;
 
   // r(i), without zero limbs at the top.
-  const Limb* gcd() const { return x_; }
-  size_t gcd_limbs() const { return xn_; }
+  const Limb* Gcd() const { return x_; }
+  size_t GcdLimbs() const { return xn_; }
   // |t(i)|, likewise.
-  const Limb* cofactor() const { return t0_; }
-  size_t cofactor_limbs() const { return tn_; }
+  const Limb* Cofactor() const { return t0_; }
+  size_t CofactorLimbs() const { return tn_; }
   // Whether i, the number of divisions done, is odd.
-  bool odd_steps() const { return odd_; }
+  bool OddSteps() const { return odd_; }
 
  private:
   struct Matrix;

@@ -19,7 +19,7 @@ class LimbScratch {
   LimbScratch& operator=(const LimbScratch&) = delete;
 
   // Null if the heap had nothing to give, or the count is too large.
-  Limb* get() const { return limbs_; }
+  Limb* Get() const { return limbs_; }
 
  private:
   static constexpr size_t kInside = 96;

@@ -40,10 +40,10 @@ void FromMontgomery(Limb* z, const Limb* x, const MontgomeryModulus& modulus,
 bool ToMontgomery(Limb* z, const Limb* x, size_t count, const MontgomeryModulus& modulus) noexcept {
   const size_t n = modulus.n;
   LimbScratch memory(CheckedSize(n) + CheckedSize(count));
-  if (memory.get() == nullptr) return false;
-  ZeroLimbs(memory.get(), n);
-  CopyLimbs(memory.get() + n, x, count);
-  return DivideLimbs(nullptr, z, memory.get(), n + count, modulus.m, n);
+  if (memory.Get() == nullptr) return false;
+  ZeroLimbs(memory.Get(), n);
+  CopyLimbs(memory.Get() + n, x, count);
+  return DivideLimbs(nullptr, z, memory.Get(), n + count, modulus.m, n);
 }
 
 }  // namespace mirolta

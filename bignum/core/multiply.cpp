@@ -8,10 +8,10 @@ namespace mirolta {
 namespace {
 
 // Below, rows are faster whatever the longer operand's length: that of the equal sizes' methods.
-constexpr size_t kRowsLimbs = kLimbBits == 64 ? 36 : 60;
+constexpr size_t kSchoolbookLimbs = kLimbBits == 64 ? 36 : 60;
 
 // From here on the sums of a product of three parts by two are worth it.
-constexpr size_t kThreeByTwoLimbs = kLimbBits == 64 ? 40 : 80;
+constexpr size_t kToom32Limbs = kLimbBits == 64 ? 40 : 80;
 
 }  // namespace
 
@@ -21,8 +21,8 @@ constexpr size_t kThreeByTwoLimbs = kLimbBits == 64 ? 40 : 80;
 // most half of n.
 CheckedSize MultiplyScratch(size_t m, size_t n) noexcept {
   const size_t less = m < n ? m : n;
-  if (less < kRowsLimbs) return SizeConstant(0);
-  return 8 * CheckedSize(less) + EqualScratch(less);
+  if (less < kSchoolbookLimbs) return SizeConstant(0);
+  return 8 * CheckedSize(less) + BalancedScratch(less);
 }
 
 void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
@@ -37,19 +37,19 @@ void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
     n = count;
   }
   // A square is at least as cheap as a product even where both are done by rows.
-  if (n < kRowsLimbs && (m != n || x != y)) {
+  if (n < kSchoolbookLimbs && (m != n || x != y)) {
     k.multiply(z, x, m, y, n);
     return;
   }
   if (m == n) {
-    MultiplyEqual(z, x, y, n, scratch);
+    MultiplyBalanced(z, x, y, n, scratch);
     return;
   }
-  if (n >= kThreeByTwoLimbs && 4 * m >= 5 * n && 5 * m <= 9 * n) {
-    MultiplyThreeByTwo(z, x, m, y, n, scratch);
+  if (n >= kToom32Limbs && 4 * m >= 5 * n && 5 * m <= 9 * n) {
+    Toom32(z, x, m, y, n, scratch);
     return;
   }
-  MultiplyEqual(z, x, y, n, scratch);
+  MultiplyBalanced(z, x, y, n, scratch);
   Limb* const part = scratch;
   Limb* const rest = scratch + 2 * n;
   for (size_t done = n; done < m;) {

@@ -43,7 +43,7 @@ bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
   // 1, and all even numbers: two to any power above zero stays even modulo them.
   if ((candidate[0] & 1) == 0 || (n == 1 && candidate[0] == 1)) return true;
   LimbScratch power{CheckedSize(n)};
-  if (power.get() == nullptr) return false;
+  if (power.Get() == nullptr) return false;
   CopyLimbs(memory, candidate, n);
   memory[0] -= 1;
   const size_t en = SignificantLimbs(memory, n);
@@ -51,8 +51,8 @@ bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
   if (!TwoToPowerIsOne(&one, memory, en, candidate, n)) return false;
   if (!one) return true;
   for (const Limb base : kOtherBases) {
-    if (!PowerModulo(power.get(), &base, 1, memory, en, candidate, n)) return false;
-    if (power.get()[0] != 1 || SignificantLimbs(power.get(), n) != 1) return true;
+    if (!PowerModulo(power.Get(), &base, 1, memory, en, candidate, n)) return false;
+    if (power.Get()[0] != 1 || SignificantLimbs(power.Get(), n) != 1) return true;
   }
   *result = true;
   return true;
@@ -60,7 +60,7 @@ bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
 
 // Tests candidates[count * n], growing odd numbers of which the batch takes that many, and sets
 // *found to the index of the first that is a Fermat prime, count if none is.
-bool TestTogether(size_t* found, const FermatBatch& batch, const Limb* candidates, size_t count,
+bool TestBatch(size_t* found, const FermatBatch& batch, const Limb* candidates, size_t count,
                   size_t n, Limb* memory) {
   Limb bases[FermatBatch::kMost];
   for (size_t i = 0; i < count; ++i) bases[i] = 2;
@@ -83,7 +83,7 @@ bool TestTogether(size_t* found, const FermatBatch& batch, const Limb* candidate
 // The same, one after another if there is no faster way.
 bool TestCandidates(size_t* found, const Limb* candidates, size_t count, size_t n, Limb* memory) {
   const FermatBatch batch(LimbBits(candidates + (count - 1) * n, n));
-  if (batch.capacity() >= count) return TestTogether(found, batch, candidates, count, n, memory);
+  if (batch.Capacity() >= count) return TestBatch(found, batch, candidates, count, n, memory);
   for (size_t i = 0; i < count; ++i) {
     const Limb* const candidate = candidates + i * n;
     bool prime = false;
@@ -174,10 +174,10 @@ void PrimeSearch::SieveWindow() {
 bool PrimeSearch::Run(Limb* start, size_t n) {
   const size_t bits = LimbBits(start, n);
   const FermatBatch batch(bits);
-  const size_t together = batch.capacity() != 0 ? batch.capacity() : 1;
+  const size_t together = batch.Capacity() != 0 ? batch.Capacity() : 1;
   LimbScratch memory((CheckedSize(together) + kOtherBaseCount) * CheckedSize(n));
-  if (memory.get() == nullptr) return false;
-  Limb* const candidates = memory.get();
+  if (memory.Get() == nullptr) return false;
+  Limb* const candidates = memory.Get();
   Limb* const spare = candidates + together * n;
   size_t waiting = 0;
   primes_ = PrimesToSieve(bits);
@@ -209,44 +209,44 @@ bool PrimeSearch::Run(Limb* start, size_t n) {
 }  // namespace
 
 HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept {
-  if (FAILED(n.status())) return n.status();
+  if (FAILED(n.Status())) return n.Status();
   if (n.IsZero() || n.IsNegative()) {
     // Modulo a number below zero no power is 1.
     *result = false;
     return S_OK;
   }
-  const size_t limbs = LimbsForWords(n.used());
+  const size_t limbs = LimbsForWords(n.Used());
   LimbScratch memory(2 * CheckedSize(limbs));
-  if (memory.get() == nullptr) return E_OUTOFMEMORY;
-  LimbsFromWords(memory.get(), n.magnitude().digits(), n.used());
+  if (memory.Get() == nullptr) return E_OUTOFMEMORY;
+  LimbsFromWords(memory.Get(), n.Magnitude().Words(), n.Used());
   bool found = false;
-  if (!TestLimbs(&found, memory.get(), limbs, memory.get() + limbs)) return E_OUTOFMEMORY;
+  if (!TestLimbs(&found, memory.Get(), limbs, memory.Get() + limbs)) return E_OUTOFMEMORY;
   *result = found;
   return S_OK;
 }
 
 HRESULT NextPrime(BigInt& n) noexcept {
-  if (FAILED(n.status())) return n.status();
-  if (n.IsNegative() || (n.used() <= 1 && n.getWord(0) <= kLeastFound)) {
+  if (FAILED(n.Status())) return n.Status();
+  if (n.IsNegative() || (n.Used() <= 1 && n.GetWord(0) <= kLeastFound)) {
     // No number below zero is a Fermat prime, and all primes below are in the table.
     BigInt least(kLeastFound);
-    if (FAILED(least.status())) return least.status();
+    if (FAILED(least.Status())) return least.Status();
     n.Swap(least);
     return S_OK;
   }
-  const size_t limbs = LimbsForWords(n.used()) + 1;
+  const size_t limbs = LimbsForWords(n.Used()) + 1;
   LimbScratch memory{CheckedSize(limbs)};
   PrimeSearch* const search = new (std::nothrow) PrimeSearch;
   HRESULT status = E_OUTOFMEMORY;
-  if (memory.get() != nullptr && search != nullptr) {
-    memory.get()[limbs - 1] = 0;
-    LimbsFromWords(memory.get(), n.magnitude().digits(), n.used());
-    if (search->Run(memory.get(), limbs)) {
-      status = n.AssignLimbs(memory.get(), limbs);
+  if (memory.Get() != nullptr && search != nullptr) {
+    memory.Get()[limbs - 1] = 0;
+    LimbsFromWords(memory.Get(), n.Magnitude().Words(), n.Used());
+    if (search->Run(memory.Get(), limbs)) {
+      status = n.AssignLimbs(memory.Get(), limbs);
     }
   }
   delete search;
-  if (SUCCEEDED(status)) n.set_negative(false);
+  if (SUCCEEDED(status)) n.SetSignFlag(false);
   return status;
 }
 

@@ -14,9 +14,9 @@ namespace {
 
 constexpr PowerKernel kPowerKernels[] = {
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
-    {"ifma", kFeaturesForDigits, kDigitPowerLeastBits, kDigitPowerMostBits, PowerModuloOddIfma},
+    {"ifma", kRadix52Features, kRadix52PowerLeastBits, kRadix52PowerMostBits, Radix52Power},
 #endif
-    {"montgomery", 0, 0, SIZE_MAX, PowerModuloOdd},
+    {"montgomery", 0, 0, SIZE_MAX, MontgomeryPower},
 };
 
 // Arithmetic modulo 2^bits on values of n limbs.
@@ -73,24 +73,24 @@ bool PowerModuloPowerOfTwo(Limb* z, const Limb* x, const Limb* e, size_t en,
   }
   en = exponent_bits / kLimbBits + 1;
   LimbScratch exponent{CheckedSize(en)};
-  if (exponent.get() == nullptr) return false;
+  if (exponent.Get() == nullptr) return false;
   for (size_t i = 0; i < en; ++i) {
     const size_t above = exponent_bits - i * kLimbBits;
     const Limb mask = above >= kLimbBits ? kLimbMax : static_cast<Limb>((Limb{1} << above) - 1);
-    exponent.get()[i] = mask == 0 ? 0 : e[i] & mask;
+    exponent.Get()[i] = mask == 0 ? 0 : e[i] & mask;
   }
-  en = SignificantLimbs(exponent.get(), en);
+  en = SignificantLimbs(exponent.Get(), en);
   if (en == 0) {
     z[0] = 1;
     return true;
   }
-  const uint32_t window = WindowBits(LimbBits(exponent.get(), en));
+  const uint32_t window = WindowBits(LimbBits(exponent.Get(), en));
   const size_t powers = size_t{1} << (window - 1);
   LimbScratch table((CheckedSize(powers) + 1) * CheckedSize(n));
-  if (table.get() == nullptr) return false;
-  CopyLimbs(table.get(), x, n);
+  if (table.Get() == nullptr) return false;
+  CopyLimbs(table.Get(), x, n);
   SlidingWindow(
-      z, table.get(), table.get() + powers * n, exponent.get(), en, n, window,
+      z, table.Get(), table.Get() + powers * n, exponent.Get(), en, n, window,
       [&modulus, n](Limb* r, const Limb* a, const Limb* b) { modulus.MultiplyLow(r, a, b, n); });
   modulus.Cut(z);
   return true;
@@ -107,13 +107,13 @@ bool Residue(Limb* z, const Limb* x, size_t xn, const Limb* d, size_t n) {
   return DivideLimbs(nullptr, z, x, xn, d, n);
 }
 
-bool PowerModuloAnyOdd(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, const Limb* m,
+bool PowerModuloOdd(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, const Limb* m,
                        size_t n) {
   LimbScratch reduced{CheckedSize(n)};
-  if (reduced.get() == nullptr) return false;
-  if (!Residue(reduced.get(), x, xn, m, n)) return false;
+  if (reduced.Get() == nullptr) return false;
+  if (!Residue(reduced.Get(), x, xn, m, n)) return false;
   return ChoosePowerKernel(LimbBits(m, n), ProcessorFeatures())
-      .function(z, reduced.get(), e, en, m, n);
+      .function(z, reduced.Get(), e, en, m, n);
 }
 
 }  // namespace
@@ -128,14 +128,14 @@ const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noe
   return kPowerKernels[kCount - 1];
 }
 
-bool PowerModuloOdd(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
+bool MontgomeryPower(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                     size_t n) noexcept {
   const MontgomeryModulus modulus = PrepareMontgomery(m, n);
   const uint32_t window = WindowBits(LimbBits(e, en));
   const size_t powers = size_t{1} << (window - 1);
   LimbScratch memory((CheckedSize(powers) + 1) * CheckedSize(n) + MontgomeryScratch(n));
-  if (memory.get() == nullptr) return false;
-  Limb* const table = memory.get();
+  if (memory.Get() == nullptr) return false;
+  Limb* const table = memory.Get();
   Limb* const spare = table + powers * n;
   Limb* const scratch = spare + n;
   if (!ToMontgomery(table, x, n, modulus)) return false;
@@ -149,7 +149,7 @@ bool PowerModuloOdd(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb
 
 bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, const Limb* m,
                  size_t n) noexcept {
-  if ((m[0] & 1) != 0) return PowerModuloAnyOdd(z, x, xn, e, en, m, n);
+  if ((m[0] & 1) != 0) return PowerModuloOdd(z, x, xn, e, en, m, n);
 
   // m = 2^bits * d: work modulo each and join the residues.
   size_t zeros = 0;
@@ -159,8 +159,8 @@ bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, co
   const size_t k = (bits + kLimbBits - 1) / kLimbBits;
   LimbScratch memory(4 * CheckedSize(n) + 5 * CheckedSize(k) + PowerOfTwo::ScratchLimbs(k) +
                      MultiplyScratch(n, k));
-  if (memory.get() == nullptr) return false;
-  Limb* const d = memory.get();
+  if (memory.Get() == nullptr) return false;
+  Limb* const d = memory.Get();
   Limb* const odd_part = d + n;
   Limb* const d_low = odd_part + n;
   Limb* const two_part = d_low + k;
@@ -182,7 +182,7 @@ bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, co
     ZeroLimbs(z + k, n - k);
     return true;
   }
-  if (!PowerModuloAnyOdd(odd_part, x, xn, e, en, d, dn)) return false;
+  if (!PowerModuloOdd(odd_part, x, xn, e, en, d, dn)) return false;
 
   // z = odd_part + d * ((two_part - odd_part) / d mod 2^bits), which is below m.
   for (size_t i = 0; i < k; ++i) d_low[i] = i < dn ? d[i] : 0;
@@ -200,11 +200,11 @@ bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, co
 
 bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size_t n) noexcept {
   const PowerKernel& kernel = ChoosePowerKernel(LimbBits(m, n), ProcessorFeatures());
-  if (kernel.function != PowerModuloOdd) {
+  if (kernel.function != MontgomeryPower) {
     // Its products are so much faster that those for the window do not matter.
     LimbScratch memory(2 * CheckedSize(n));
-    if (memory.get() == nullptr) return false;
-    Limb* const two = memory.get();
+    if (memory.Get() == nullptr) return false;
+    Limb* const two = memory.Get();
     Limb* const power = two + n;
     ZeroLimbs(two, n);
     two[0] = 2;
@@ -215,8 +215,8 @@ bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size
   const LimbKernels& k = CurrentLimbKernels();
   const MontgomeryModulus modulus = PrepareMontgomery(m, n);
   LimbScratch memory(2 * CheckedSize(n) + MontgomeryScratch(n));
-  if (memory.get() == nullptr) return false;
-  Limb* const one = memory.get();
+  if (memory.Get() == nullptr) return false;
+  Limb* const one = memory.Get();
   Limb* const power = one + n;
   Limb* const scratch = power + n;
   const Limb unit = 1;

@@ -23,8 +23,8 @@ struct PowerKernel {
 // ChoosePowerKernel returns the first row whose needs are met.
 const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noexcept;
 
-// PowerModuloOdd is the portable row: a sliding window over products in Montgomery's form.
-[[nodiscard]] bool PowerModuloOdd(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
+// MontgomeryPower is the portable row: a sliding window over products in Montgomery's form.
+[[nodiscard]] bool MontgomeryPower(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                                   size_t n) noexcept;
 
 // PowerModulo: z := x^e mod m, for any m above 1 and any e above 0, without zero limbs at the top.

@@ -8,37 +8,37 @@
 
 namespace mirolta {
 
-// DigitsFor returns the digits in Montgomery's form for moduli of that many bits: enough for
+// Radix52Count returns the digits in Montgomery's form for moduli of that many bits: enough for
 // 2^spare times the modulus.
-inline constexpr size_t DigitsFor(size_t bits, size_t spare) {
-  return (bits + spare + kDigitBits - 1) / kDigitBits;
+inline constexpr size_t Radix52Count(size_t bits, size_t spare) {
+  return (bits + spare + kRadix52Bits - 1) / kRadix52Bits;
 }
 
-// SplitDigit returns digit i of x[n], 0 above its limbs.
-inline Limb SplitDigit(const Limb* x, size_t n, size_t i) {
-  const size_t bit = i * kDigitBits;
+// Radix52Digit returns digit i of x[n], 0 above its limbs.
+inline Limb Radix52Digit(const Limb* x, size_t n, size_t i) {
+  const size_t bit = i * kRadix52Bits;
   const size_t at = bit / kLimbBits;
   const uint32_t shift = bit % kLimbBits;
   if (at >= n) return 0;
   Limb digit = x[at] >> shift;
-  if (shift > kLimbBits - kDigitBits && at + 1 < n) digit |= x[at + 1] << (kLimbBits - shift);
-  return digit & kDigitMask;
+  if (shift > kLimbBits - kRadix52Bits && at + 1 < n) digit |= x[at + 1] << (kLimbBits - shift);
+  return digit & kRadix52Mask;
 }
 
-// SplitDigits: z := x in count digits. Shapes: x[n], z[count]; z overlaps nothing.
-inline void SplitDigits(Limb* z, size_t count, const Limb* x, size_t n) {
-  for (size_t i = 0; i < count; ++i) z[i] = SplitDigit(x, n, i);
+// ToRadix52: z := x in count digits. Shapes: x[n], z[count]; z overlaps nothing.
+inline void ToRadix52(Limb* z, size_t count, const Limb* x, size_t n) {
+  for (size_t i = 0; i < count; ++i) z[i] = Radix52Digit(x, n, i);
 }
 
-// JoinDigits: z := the value of x modulo B^n. Shapes: x[count], z[n]; z overlaps nothing.
-inline void JoinDigits(Limb* z, size_t n, const Limb* x, size_t count) {
+// FromRadix52: z := the value of x modulo B^n. Shapes: x[count], z[n]; z overlaps nothing.
+inline void FromRadix52(Limb* z, size_t n, const Limb* x, size_t count) {
   ZeroLimbs(z, n);
   for (size_t i = 0; i < count; ++i) {
-    const size_t bit = i * kDigitBits;
+    const size_t bit = i * kRadix52Bits;
     const size_t at = bit / kLimbBits;
     const uint32_t shift = bit % kLimbBits;
     if (at < n) z[at] |= x[i] << shift;
-    if (shift > kLimbBits - kDigitBits && at + 1 < n) z[at + 1] |= x[i] >> (kLimbBits - shift);
+    if (shift > kLimbBits - kRadix52Bits && at + 1 < n) z[at + 1] |= x[i] >> (kLimbBits - shift);
   }
 }
 

@@ -16,44 +16,44 @@ namespace {
 constexpr size_t kAlignment = 64;
 
 // z[count] := x * 2^(52 count) mod m as digits. Shapes: x[n], m[n]; n limbs hold m without a zero.
-bool ToDigitForm(Limb* z, size_t count, const Limb* x, const Limb* m, size_t n) {
-  const size_t bits = count * kDigitBits;
+bool ToRadix52Montgomery(Limb* z, size_t count, const Limb* x, const Limb* m, size_t n) {
+  const size_t bits = count * kRadix52Bits;
   const size_t zeros = bits / kLimbBits;
   LimbScratch shifted(CheckedSize(zeros) + CheckedSize(n) + 1);
   LimbScratch residue{CheckedSize(n)};
-  if (shifted.get() == nullptr || residue.get() == nullptr) return false;
-  ZeroLimbs(shifted.get(), zeros);
-  Limb* const top = shifted.get() + zeros;
+  if (shifted.Get() == nullptr || residue.Get() == nullptr) return false;
+  ZeroLimbs(shifted.Get(), zeros);
+  Limb* const top = shifted.Get() + zeros;
   top[n] = ShiftLeftLimbs(top, x, n, bits % kLimbBits);
-  if (!DivideLimbs(nullptr, residue.get(), shifted.get(), zeros + n + 1, m, n)) return false;
-  SplitDigits(z, count, residue.get(), n);
+  if (!DivideLimbs(nullptr, residue.Get(), shifted.Get(), zeros + n + 1, m, n)) return false;
+  ToRadix52(z, count, residue.Get(), n);
   return true;
 }
 
 }  // namespace
 
-bool PowerModuloOddIfma(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
+bool Radix52Power(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                         size_t n) noexcept {
   n = SignificantLimbs(m, n);
-  const size_t count = DigitsFor(LimbBits(m, n), 2);
-  const size_t vectors = (count + kVectorDigits - 1) / kVectorDigits;
-  const size_t padded = vectors * kVectorDigits;
+  const size_t count = Radix52Count(LimbBits(m, n), 2);
+  const size_t vectors = (count + kRadix52PerVector - 1) / kRadix52PerVector;
+  const size_t padded = vectors * kRadix52PerVector;
   const uint32_t window = WindowBits(LimbBits(e, en));
   const size_t table_limbs = padded << (window - 1);
   LimbScratch memory(CheckedSize(table_limbs) + 3 * CheckedSize(padded) +
                      kAlignment / sizeof(Limb));
-  if (memory.get() == nullptr) return false;
-  const size_t beyond = reinterpret_cast<uintptr_t>(memory.get()) % kAlignment / sizeof(Limb);
-  Limb* const modulus = memory.get() + (kAlignment / sizeof(Limb) - beyond);
+  if (memory.Get() == nullptr) return false;
+  const size_t beyond = reinterpret_cast<uintptr_t>(memory.Get()) % kAlignment / sizeof(Limb);
+  Limb* const modulus = memory.Get() + (kAlignment / sizeof(Limb) - beyond);
   Limb* const power = modulus + padded;
   Limb* const spare = power + padded;
   Limb* const table = spare + padded;
 
-  SplitDigits(modulus, padded, m, n);
+  ToRadix52(modulus, padded, m, n);
   ZeroLimbs(table, padded);
-  if (!ToDigitForm(table, count, x, m, n)) return false;
-  const Limb inverse = PrepareMontgomery(m, n).inverse << (kLimbBits - kDigitBits);
-  const DigitProduct product = DigitProductOf(vectors);
+  if (!ToRadix52Montgomery(table, count, x, m, n)) return false;
+  const Limb inverse = PrepareMontgomery(m, n).inverse << (kLimbBits - kRadix52Bits);
+  const Radix52Product product = Radix52ProductFor(vectors);
   SlidingWindow(
       power, table, spare, e, en, padded, window,
       [=](Limb* r, const Limb* a, const Limb* b) { product(r, a, b, modulus, count, inverse); });
@@ -61,7 +61,7 @@ bool PowerModuloOddIfma(Limb* z, const Limb* x, const Limb* e, size_t en, const 
   ZeroLimbs(spare, padded);
   spare[0] = 1;
   product(power, power, spare, modulus, count, inverse);
-  JoinDigits(z, n, power, count);
+  FromRadix52(z, n, power, count);
   if (CompareLimbs(z, m, n) >= 0) CurrentLimbKernels().subtract(z, z, m, n);
   return true;
 }

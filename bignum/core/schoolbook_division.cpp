@@ -15,7 +15,7 @@ struct ShortRows {
   static Limb Stored(Limb x) { return x; }
   static void Enter(Limb*, size_t) {}
   static Limb Row(const LimbKernels& k, Limb* z, const Limb* x, size_t n, Limb y) {
-    return n < 4 ? RowLoops<Products>::MulSub1(z, x, n, y) : k.mulSub1(z, x, n, y);
+    return n < 4 ? RowLoops<Products>::MulSub1(z, x, n, y) : k.mul_sub1(z, x, n, y);
   }
   static Limb Back(const LimbKernels& k, Limb* z, const Limb* x, size_t n) {
     return k.add(z, z, x, n);
@@ -32,14 +32,14 @@ struct LongRows {
     for (size_t i = 0; i < n; ++i) a[i] = static_cast<Limb>(~a[i]);
   }
   static Limb Row(const LimbKernels& k, Limb* z, const Limb* x, size_t n, Limb y) {
-    return k.mulAdd1(z, x, n, y);
+    return k.mul_add1(z, x, n, y);
   }
   static Limb Back(const LimbKernels& k, Limb* z, const Limb* x, size_t n) {
     return k.subtract(z, z, x, n);
   }
 };
 
-// DivideRows in one of these ways. The two are functions of their own, as both want all registers.
+// SchoolbookDivide in one of these ways. The two are functions of their own, as both want all registers.
 template <typename Rows>
 __attribute__((noinline)) bool DivideBy(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb v,
                                         bool truncates) {
@@ -101,7 +101,7 @@ __attribute__((noinline)) bool DivideBy(Limb* q, Limb* a, size_t m, const Limb* 
 
 }  // namespace
 
-bool DivideRows(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb reciprocal,
+bool SchoolbookDivide(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb reciprocal,
                 bool truncates) noexcept {
   return n <= ShortRows::kMostLimbs ? DivideBy<ShortRows>(q, a, m, d, n, reciprocal, truncates)
                                     : DivideBy<LongRows>(q, a, m, d, n, reciprocal, truncates);

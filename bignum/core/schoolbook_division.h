@@ -5,7 +5,7 @@
 
 namespace mirolta {
 
-// DivideRows divides a[m] by d[n]: q becomes the quotient, a's lowest n limbs the remainder.
+// SchoolbookDivide divides a[m] by d[n]: q becomes the quotient, a's lowest n limbs the remainder.
 //
 // If it truncates, the round of quotient limb j leaves out what stands under the top j + 2 limbs of
 // d, and only a[n - 2] and a[n - 1] are set: to the remainder's upper limbs, too large by what was
@@ -16,7 +16,7 @@ namespace mirolta {
 // Alias:  none.
 // Source: Knuth TAOCP 2, 4.3.1, algorithm D; Moeller and Granlund, Improved division by invariant
 //         integers, 2011.
-bool DivideRows(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb reciprocal,
+bool SchoolbookDivide(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb reciprocal,
                 bool truncates) noexcept;
 
 }  // namespace mirolta

@@ -11,7 +11,7 @@ namespace {
 // the count of instructions for 32-bit limbs.
 constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 36 : 60;
 constexpr size_t kKaratsubaSquareLimbs = kLimbBits == 64 ? 48 : 112;
-constexpr size_t kToomLimbs = kLimbBits == 64 ? 130 : 220;
+constexpr size_t kToom3Limbs = kLimbBits == 64 ? 130 : 220;
 
 // z := |x - y| with y[n] shorter than x[m] by at most one limb; returns whether x < y.
 bool AbsoluteDifference(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
@@ -44,9 +44,9 @@ void Karatsuba(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) {
     negative ^= AbsoluteDifference(z + h, y, h, y + h, t);
     second = z + h;
   }
-  MultiplyEqual(p, z, second, h, rest);
-  MultiplyEqual(z, x, y, h, rest);
-  MultiplyEqual(z + 2 * h, x + h, y + h, t, rest);
+  MultiplyBalanced(p, z, second, h, rest);
+  MultiplyBalanced(z, x, y, h, rest);
+  MultiplyBalanced(z + 2 * h, x + h, y + h, t, rest);
 
   // The sum is below 2 B^2h, and the middle product is never negative.
   Limb* const middle = rest;
@@ -138,17 +138,17 @@ void Toom3(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) {
   } else {
     negative ^= EvaluateAtMinus1(ey, y, k, top);
   }
-  MultiplyEqual(vm1, ex, ey, k + 1, rest);
+  MultiplyBalanced(vm1, ex, ey, k + 1, rest);
   EvaluateAt1(ex, x, k, top);
   if (!square) EvaluateAt1(ey, y, k, top);
-  MultiplyEqual(v1, ex, ey, k + 1, rest);
+  MultiplyBalanced(v1, ex, ey, k + 1, rest);
   EvaluateAt2(ex, x, k, top);
   if (!square) EvaluateAt2(ey, y, k, top);
-  MultiplyEqual(v2, ex, ey, k + 1, rest);
+  MultiplyBalanced(v2, ex, ey, k + 1, rest);
   Limb* const v0 = z;
   Limb* const vinf = z + 4 * k;
-  MultiplyEqual(v0, x, y, k, rest);
-  MultiplyEqual(vinf, x + 2 * k, y + 2 * k, top, rest);
+  MultiplyBalanced(v0, x, y, k, rest);
+  MultiplyBalanced(vinf, x + 2 * k, y + 2 * k, top, rest);
 
   // With c0..c4 the coefficients sought; every line's value is a sum of them with signs plus, so
   // nothing goes below zero, and all fit w limbs.
@@ -188,12 +188,12 @@ void Toom3(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) {
 
 }  // namespace
 
-void MultiplyEqual(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept {
+void MultiplyBalanced(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept {
   if (x == y && n < kKaratsubaSquareLimbs) {
     CurrentLimbKernels().square(z, x, n);
   } else if (n < kKaratsubaLimbs) {
     CurrentLimbKernels().multiply(z, x, n, y, n);
-  } else if (n < kToomLimbs) {
+  } else if (n < kToom3Limbs) {
     Karatsuba(z, x, y, n, scratch);
   } else {
     Toom3(z, x, y, n, scratch);
@@ -201,7 +201,7 @@ void MultiplyEqual(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratc
 }
 
 // Splits x in three and y in two, multiplies the values at 0, 1, -1 and infinity, and interpolates.
-void MultiplyThreeByTwo(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
+void Toom32(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
                         Limb* scratch) noexcept {
   const LimbKernels& kernels = CurrentLimbKernels();
   const size_t k = 2 * m >= 3 * n ? (m + 2) / 3 : (n + 1) / 2;
@@ -219,7 +219,7 @@ void MultiplyThreeByTwo(Limb* z, const Limb* x, size_t m, const Limb* y, size_t 
   const Limb carry_y = kernels.add(ey, y, y + k, top_y);
   CopyLimbs(ey + top_y, y + top_y, k - top_y);
   ey[k] = AddLimb(ey + top_y, k - top_y, carry_y);
-  MultiplyEqual(v1, ex, ey, k + 1, rest);
+  MultiplyBalanced(v1, ex, ey, k + 1, rest);
   bool negative = EvaluateAtMinus1(ex, x, k, top_x);
   CopyLimbs(ey, y + k, top_y);
   ZeroLimbs(ey + top_y, k + 1 - top_y);
@@ -229,8 +229,8 @@ void MultiplyThreeByTwo(Limb* z, const Limb* x, size_t m, const Limb* y, size_t 
   } else {
     kernels.subtract(ey, y, ey, k);
   }
-  MultiplyEqual(vm1, ex, ey, k + 1, rest);
-  MultiplyEqual(z, x, y, k, rest);
+  MultiplyBalanced(vm1, ex, ey, k + 1, rest);
+  MultiplyBalanced(z, x, y, k, rest);
   MultiplyLimbs(z + 3 * k, x + 2 * k, top_x, y + k, top_y, rest);
 
   // With c0..c3 the coefficients sought, all values here are sums of them with signs plus.

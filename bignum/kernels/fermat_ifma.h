@@ -24,18 +24,18 @@ struct FermatLanes {
 // Time: depends on the counts only.
 using FermatTest = uint32_t (*)(const FermatLanes& lanes);
 
-inline constexpr size_t kLeastLaneDigits = 3;
-inline constexpr size_t kMostLaneDigits = 24;
+inline constexpr size_t kFermatLeastCount = 3;
+inline constexpr size_t kFermatMostCount = 24;
 
-// LaneDigits rounds a count of digits up to one that there is a test for: every count of up to 10,
+// FermatTestCount rounds a count of digits up to one that there is a test for: every count of up to 10,
 // even ones above. Each test is unrolled, so each is code of its own.
-constexpr size_t LaneDigits(size_t count) {
+constexpr size_t FermatTestCount(size_t count) {
   return count <= 10 ? count : count + count % 2;
 }
 
-// FermatTestOf returns the test for numbers of count digits, a value of LaneDigits from
-// kLeastLaneDigits to kMostLaneDigits.
-FermatTest FermatTestOf(size_t count) noexcept;
+// FermatTestFor returns the test for numbers of count digits, a value of FermatTestCount from
+// kFermatLeastCount to kFermatMostCount.
+FermatTest FermatTestFor(size_t count) noexcept;
 
 }  // namespace mirolta
 

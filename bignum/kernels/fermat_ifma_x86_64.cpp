@@ -36,7 +36,7 @@ MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(__m512i (&t)
     const __m512i low = _mm512_madd52lo_epu64(t[0], LoadLanes(x, 0), digit);
     const __m512i factor = _mm512_madd52lo_epu64(zero, low, inverse);
     const __m512i carry =
-        _mm512_srli_epi64(_mm512_madd52lo_epu64(low, LoadLanes(m, 0), factor), kDigitBits);
+        _mm512_srli_epi64(_mm512_madd52lo_epu64(low, LoadLanes(m, 0), factor), kRadix52Bits);
   #pragma GCC unroll 64
     for (size_t j = 0; j < kCount; ++j) {
       const __m512i xj = LoadLanes(x, j);
@@ -57,12 +57,12 @@ MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(__m512i (&t)
 template <size_t kCount>
 MIROLTA_IFMA inline __attribute__((always_inline)) void StoreLanes(Limb* z,
                                                                    const __m512i (&t)[kCount]) {
-  const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kDigitMask));
+  const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kRadix52Mask));
   __m512i carry = _mm512_setzero_si512();
   #pragma GCC unroll 64
   for (size_t j = 0; j < kCount; ++j) {
     const __m512i sum = _mm512_add_epi64(t[j], carry);
-    carry = _mm512_srli_epi64(sum, kDigitBits);
+    carry = _mm512_srli_epi64(sum, kRadix52Bits);
     _mm512_storeu_si512(z + j * kLanes, _mm512_and_si512(sum, mask));
   }
 }
@@ -77,8 +77,8 @@ MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
     LaneProduct(t, power, power, lanes.m, inverse);
     if (bit != 0) {
       const __mmask8 set = _mm512_test_epi64_mask(
-          LoadLanes(lanes.m, bit / kDigitBits),
-          _mm512_set1_epi64(static_cast<long long>(Limb{1} << (bit % kDigitBits))));
+          LoadLanes(lanes.m, bit / kRadix52Bits),
+          _mm512_set1_epi64(static_cast<long long>(Limb{1} << (bit % kRadix52Bits))));
       // Seven times 2^52 * (4 * 24 + 1) is below 2^62.
   #pragma GCC unroll 64
       for (size_t j = 0; j < kCount; ++j) t[j] = _mm512_mask_mullo_epi64(t[j], set, t[j], base);
@@ -97,14 +97,14 @@ MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
 
 template <size_t... kOver>
 constexpr FermatTest SelectTest(size_t count, std::index_sequence<kOver...>) {
-  constexpr FermatTest kTests[] = {Test<LaneDigits(kLeastLaneDigits + kOver)>...};
-  return kTests[count - kLeastLaneDigits];
+  constexpr FermatTest kTests[] = {Test<FermatTestCount(kFermatLeastCount + kOver)>...};
+  return kTests[count - kFermatLeastCount];
 }
 
 }  // namespace
 
-FermatTest FermatTestOf(size_t count) noexcept {
-  return SelectTest(count, std::make_index_sequence<kMostLaneDigits - kLeastLaneDigits + 1>());
+FermatTest FermatTestFor(size_t count) noexcept {
+  return SelectTest(count, std::make_index_sequence<kFermatMostCount - kFermatLeastCount + 1>());
 }
 
 }  // namespace mirolta

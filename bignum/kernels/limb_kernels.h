@@ -16,9 +16,9 @@ struct LimbKernels {
   // z := x * y, returns the limb above. Shapes: x[n], z[n].
   Limb (*mul1)(Limb* z, const Limb* x, size_t n, Limb y);
   // z := z + x * y, returns the limb above. Shapes: x[n], z[n].
-  Limb (*mulAdd1)(Limb* z, const Limb* x, size_t n, Limb y);
+  Limb (*mul_add1)(Limb* z, const Limb* x, size_t n, Limb y);
   // z := z - x * y, returns what is missing above. Shapes: x[n], z[n].
-  Limb (*mulSub1)(Limb* z, const Limb* x, size_t n, Limb y);
+  Limb (*mul_sub1)(Limb* z, const Limb* x, size_t n, Limb y);
   // z := x * y by rows. Shapes: x[m], y[n], z[m + n], m >= n >= 1; z overlaps neither.
   void (*multiply)(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n);
   // z := x * x by rows. Shapes: x[n], z[2n], n >= 1; z does not overlap x.

@@ -17,8 +17,8 @@ constexpr LimbKernels Table() {
 
 }  // namespace
 
-constexpr LimbKernels kWideKernels = Table<RowLoops<WideProducts>, ColumnLoops>();
+constexpr LimbKernels kWideKernels = Table<RowLoops<WideProducts>, ProductScanningLoops>();
 constexpr LimbKernels kHalfKernels =
-    Table<RowLoops<HalfProducts>, BlockLoops<RowLoops<HalfProducts>>>();
+    Table<RowLoops<HalfProducts>, OperandScanningLoops<RowLoops<HalfProducts>>>();
 
 }  // namespace mirolta

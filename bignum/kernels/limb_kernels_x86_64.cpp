@@ -164,7 +164,7 @@ struct AdxRows {
   }
 };
 
-struct AdxBlocks : BlockLoops<AdxRows> {
+struct AdxBlocks : OperandScanningLoops<AdxRows> {
   static void Square(Limb* z, const Limb* x, size_t n) {
     z[0] = 0;
     z[2 * n - 1] = 0;

@@ -67,9 +67,9 @@ struct RowLoops : SumLoops {
   static LimbPair Square(Limb x) { return Multiplier::MulAdd(x, x, 0, 0); }
 };
 
-// BlockLoops: products and reductions, row by row with Rows.
+// OperandScanningLoops: products and reductions, row by row with Rows.
 template <typename Rows>
-struct BlockLoops {
+struct OperandScanningLoops {
   static void Multiply(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
     z[m] = Rows::Mul1(z, x, m, y[0]);
     for (size_t i = 1; i < n; ++i) z[m + i] = Rows::MulAdd1(z + i, x, m, y[i]);
@@ -152,12 +152,12 @@ inline void MontgomeryOf(Limb* z, const Limb* x, const Limb* y, const Limb* m, L
   for (size_t i = 0; i < kCount; ++i) z[i] = (t[i] & keep) | (difference[i] & ~keep);
 }
 
-// ColumnLoops: products and reductions column by column, where a product of two limbs is one
+// ProductScanningLoops: products and reductions column by column, where a product of two limbs is one
 // instruction: the sums of two neighbouring columns stay in registers until their limbs are stored,
 // and a limb that is loaded serves both.
 // Source: Knuth TAOCP 2, 4.3.1; Koc, Acar and Kaliski, Analyzing and comparing Montgomery
 // multiplication algorithms, 1996.
-struct ColumnLoops : BlockLoops<RowLoops<WideProducts>> {
+struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
   // The sum of a column: fewer than B products of less than B^2, so the limb above counts their
   // carries and does not overflow.
   struct Sum {

@@ -134,7 +134,7 @@ __attribute__((noinline)) void MultiplyBlocks(Limb* z, const Limb* x, size_t m, 
     z[m] = kMulxAdxKernels.mul1(z, x, m, y[0]);
     i = 1;
   }
-  for (; i < n; ++i) z[m + i] = kMulxAdxKernels.mulAdd1(z + i, x, m, y[i]);
+  for (; i < n; ++i) z[m + i] = kMulxAdxKernels.mul_add1(z + i, x, m, y[i]);
 }
 
 }  // namespace

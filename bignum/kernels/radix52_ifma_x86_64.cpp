@@ -31,13 +31,13 @@ inline void RippleCarries(uint64_t (&carries)[kWords], const uint64_t (&over)[kW
 
 // Stores vectors of digits below 2^63 as digits below 2^52.
 template <size_t kVectors>
-MIROLTA_IFMA inline void StoreDigits(Limb* z, __m512i (&t)[kVectors]) {
-  const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kDigitMask));
+MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
+  const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kRadix52Mask));
   constexpr size_t kWords = (kVectors + 7) / 8;
   uint64_t over[kWords] = {}, full[kWords] = {}, carries[kWords];
   __m512i below = _mm512_setzero_si512();
   for (size_t j = 0; j < kVectors; ++j) {
-    const __m512i high = _mm512_srli_epi64(t[j], kDigitBits);
+    const __m512i high = _mm512_srli_epi64(t[j], kRadix52Bits);
     // Below 2^52 + 2^11 now, so that one carry at most goes further.
     t[j] = _mm512_add_epi64(_mm512_and_si512(t[j], mask), _mm512_alignr_epi64(high, below, 7));
     below = high;
@@ -48,7 +48,7 @@ MIROLTA_IFMA inline void StoreDigits(Limb* z, __m512i (&t)[kVectors]) {
   for (size_t j = 0; j < kVectors; ++j) {
     const __mmask8 carry = static_cast<__mmask8>(carries[j / 8] >> (j % 8 * 8));
     t[j] = _mm512_mask_sub_epi64(t[j], carry, t[j], _mm512_set1_epi64(-1));
-    _mm512_storeu_si512(z + j * kVectorDigits, _mm512_and_si512(t[j], mask));
+    _mm512_storeu_si512(z + j * kRadix52PerVector, _mm512_and_si512(t[j], mask));
   }
 }
 
@@ -64,18 +64,18 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
   __m512i t[kVectors];
   for (size_t j = 0; j < kVectors; ++j) t[j] = _mm512_setzero_si512();
   // What x adds there in each round.
-  alignas(64) Limb terms[3][kVectors * kVectorDigits];
+  alignas(64) Limb terms[3][kVectors * kRadix52PerVector];
   const __m512i x0 = _mm512_set1_epi64(static_cast<long long>(x[0]));
   const __m512i x1 = _mm512_set1_epi64(static_cast<long long>(x[1]));
   const __m512i x2 = _mm512_set1_epi64(static_cast<long long>(x[2]));
   for (size_t j = 0; j < kVectors; ++j) {
-    const __m512i yj = _mm512_loadu_si512(y + j * kVectorDigits);
+    const __m512i yj = _mm512_loadu_si512(y + j * kRadix52PerVector);
     const __m512i zero = _mm512_setzero_si512();
     const __m512i high0 = _mm512_madd52hi_epu64(zero, yj, x0);
     const __m512i high1 = _mm512_madd52hi_epu64(zero, yj, x1);
-    _mm512_store_si512(terms[0] + j * kVectorDigits, _mm512_madd52lo_epu64(zero, yj, x0));
-    _mm512_store_si512(terms[1] + j * kVectorDigits, _mm512_madd52lo_epu64(high0, yj, x1));
-    _mm512_store_si512(terms[2] + j * kVectorDigits, _mm512_madd52lo_epu64(high1, yj, x2));
+    _mm512_store_si512(terms[0] + j * kRadix52PerVector, _mm512_madd52lo_epu64(zero, yj, x0));
+    _mm512_store_si512(terms[1] + j * kRadix52PerVector, _mm512_madd52lo_epu64(high0, yj, x1));
+    _mm512_store_si512(terms[2] + j * kRadix52PerVector, _mm512_madd52lo_epu64(high1, yj, x2));
   }
   const Limb m0 = m[0], m1 = m[1], m2 = m[2];
   Limb low = 0;
@@ -89,7 +89,7 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
     _mulx_u64(factor, m0, &high0);
     const Limb low1 = _mulx_u64(factor, m1, &high1) >> 12;
     // The lowest 52 bits become zero, with a carry unless they were.
-    low = (low + kDigitMask) >> kDigitBits;
+    low = (low + kRadix52Mask) >> kRadix52Bits;
     low += (next + terms[1][i]) + low1 + high0;
     next = (waiting + terms[2][i]) + ((factor * m2) >> 12) + high1;
 
@@ -98,8 +98,8 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
     // Sums apart from t keep its own way through a round short: two additions and a shift.
     __m512i high[kVectors];
     for (size_t j = 0; j < kVectors; ++j) {
-      const __m512i xj = _mm512_loadu_si512(x + j * kVectorDigits);
-      const __m512i mj = _mm512_loadu_si512(m + j * kVectorDigits);
+      const __m512i xj = _mm512_loadu_si512(x + j * kRadix52PerVector);
+      const __m512i mj = _mm512_loadu_si512(m + j * kRadix52PerVector);
       const __m512i zero = _mm512_setzero_si512();
       const __m512i sum = _mm512_madd52lo_epu64(_mm512_madd52lo_epu64(zero, xj, by_x), mj, by_m);
       high[j] = _mm512_madd52hi_epu64(_mm512_madd52hi_epu64(zero, xj, by_x), mj, by_m);
@@ -114,22 +114,22 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
   }
   t[0] = _mm512_mask_set1_epi64(t[0], 1, static_cast<long long>(low));
   t[0] = _mm512_mask_set1_epi64(t[0], 2, static_cast<long long>(next));
-  StoreDigits(z, t);
+  StoreRadix52(z, t);
   for (size_t j = 0; j < 3 * kVectors; ++j) {
-    _mm512_store_si512(&terms[0][0] + j * kVectorDigits, _mm512_setzero_si512());
+    _mm512_store_si512(&terms[0][0] + j * kRadix52PerVector, _mm512_setzero_si512());
   }
   // The barrier claims to read the secrets' place, so the zeros are stored.
   __asm__ __volatile__("" : : "r"(terms) : "memory");
 }
 
-constexpr DigitProduct kProducts[kMostDigitVectors] = {
+constexpr Radix52Product kProducts[kRadix52MostVectors] = {
     Product<1>, Product<2>, Product<3>, Product<4>, Product<5>,
     Product<6>, Product<7>, Product<8>, Product<9>, Product<10>,
 };
 
 }  // namespace
 
-DigitProduct DigitProductOf(size_t vectors) noexcept {
+Radix52Product Radix52ProductFor(size_t vectors) noexcept {
   return kProducts[vectors - 1];
 }
 

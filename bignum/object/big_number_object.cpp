@@ -28,7 +28,7 @@ HRESULT WipedNumbers(Work work) {
 
 // Notes a number that was read from a value: long texts are taken apart recursively.
 void NoteSize(const BigInt& number, const VARIANT& value, StackUse* use) {
-  if (V_VT(&value) != kByteArrayType && number.used() >= kLargeNumberWords) *use = StackUse::kDeep;
+  if (V_VT(&value) != kByteArrayType && number.Used() >= kLargeNumberWords) *use = StackUse::kDeep;
 }
 
 bool IsLeftOut(const VARIANT& value) {
@@ -77,7 +77,7 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::put_Binary(VARIANT value) {
 
 HRESULT BigNumberObject::Give(VARTYPE type, NumberBase base, VARIANT* value) const {
   return WipedNumbers([&](StackUse* use) {
-    if (type == VT_BSTR && number_.used() >= kLargeNumberWords) *use = StackUse::kDeep;
+    if (type == VT_BSTR && number_.Used() >= kLargeNumberWords) *use = StackUse::kDeep;
     return NumberToVariant(number_, type, base, value);
   });
 }
@@ -171,11 +171,11 @@ HRESULT BigNumberObject::Step(HRESULT (BigInt::*change)(const BigInt&) noexcept,
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::Inc(VARIANT v) {
-  return Step(&BigInt::add, v);
+  return Step(&BigInt::Add, v);
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::Dec(VARIANT v) {
-  return Step(&BigInt::subtract, v);
+  return Step(&BigInt::Subtract, v);
 }
 
 HRESULT STDMETHODCALLTYPE BigNumberObject::Cmp(VARIANT v, LONG* plResult) {

@@ -23,22 +23,22 @@ HRESULT IsCoprime(bool* result, const BigInt& a, const BigInt& b) {
   BigInt divisor;
   const HRESULT status = Gcd(divisor, a, b);
   // Not by comparing with a number 1, whose making may fail.
-  if (SUCCEEDED(status)) *result = divisor.bitLength() == 1 && !divisor.IsNegative();
+  if (SUCCEEDED(status)) *result = divisor.BitLength() == 1 && !divisor.IsNegative();
   return status;
 }
 
 // Advances e until it has an inverse modulo both p-1 and q-1.
 HRESULT FindPublicExponent(BigInt& e, const BigInt& p_less_1, const BigInt& q_less_1) {
   if (e.IsZero()) e = BigInt(kUsualPublicExponent);
-  HRESULT status = e.status();
-  if (SUCCEEDED(status) && !e.IsOdd()) status = e.add(BigInt(1));
+  HRESULT status = e.Status();
+  if (SUCCEEDED(status) && !e.IsOdd()) status = e.Add(BigInt(1));
   const BigInt step(2);
   while (SUCCEEDED(status)) {
     bool coprime = false;
     status = IsCoprime(&coprime, p_less_1, e);
     if (SUCCEEDED(status) && coprime) status = IsCoprime(&coprime, q_less_1, e);
     if (FAILED(status) || coprime) break;
-    status = e.add(step);
+    status = e.Add(step);
   }
   return status;
 }
@@ -71,7 +71,7 @@ HRESULT BuildKeyFromPrimes(RsaKey& key, BigInt& first, BigInt& second) {
   const BigInt order = p_less_1 * q_less_1;
   const BigInt* const steps[] = {&made.n, &p_less_1, &q_less_1, &order};
   for (const BigInt* step : steps) {
-    if (FAILED(step->status())) return step->status();
+    if (FAILED(step->Status())) return step->Status();
   }
   HRESULT status = FindPublicExponent(made.e, p_less_1, q_less_1);
   if (SUCCEEDED(status)) status = Inverse(made.d, made.e, order);
@@ -98,9 +98,9 @@ namespace {
 
 // Whether two numbers are the same, sign's flag and all. Copies share their words.
 bool IsSame(const BigInt& a, const BigInt& b) {
-  return a.negative() == b.negative() &&
-         (&a.magnitude() == &b.magnitude() ||
-          BigMagnitude::compare(a.magnitude(), b.magnitude()) == 0);
+  return a.SignFlag() == b.SignFlag() &&
+         (&a.Magnitude() == &b.Magnitude() ||
+          BigMagnitude::Compare(a.Magnitude(), b.Magnitude()) == 0);
 }
 
 HRESULT MakeValues(RsaPrimeValues& made, const RsaKey& key) {
@@ -130,20 +130,20 @@ HRESULT JoinResidues(BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
   BigInt m2;
   HRESULT status = PowerModuloPrime(m1, c, values.d_p, values.p);
   if (SUCCEEDED(status)) status = PowerModuloPrime(m2, c, values.d_q, values.q);
-  if (SUCCEEDED(status) && m2 < m1) status = m2.add(values.q);
+  if (SUCCEEDED(status) && m2 < m1) status = m2.Add(values.q);
   if (FAILED(status)) return status;
 
   BigInt result = m1 + values.p * (((m2 - m1) * values.p_inverse) % values.q);
-  if (FAILED(result.status())) return result.status();
+  if (FAILED(result.Status())) return result.Status();
   r.Swap(result);
   return S_OK;
 }
 
 // The number as one limb; false if it has more or a sign.
 bool IsLimb(Limb* limb, const BigInt& n) {
-  if (n.negative() || n.used() > kLimbWords) return false;
+  if (n.SignFlag() || n.Used() > kLimbWords) return false;
   *limb = 0;
-  LimbsFromWords(limb, n.magnitude().digits(), n.used());
+  LimbsFromWords(limb, n.Magnitude().Words(), n.Used());
   return true;
 }
 
@@ -155,14 +155,14 @@ HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, c
                          IsLimb(&d_q, values.d_q) && IsLimb(&p_inverse, values.p_inverse);
   // Odd ones are above 1: modulo (p-1)(q-1) = 0 nothing has an inverse.
   const bool are_odd = (p & q & 1) != 0;
-  if (!are_limbs || !are_odd || c.negative()) return S_OK;
-  const size_t size = LimbsForWords(c.used());
+  if (!are_limbs || !are_odd || c.SignFlag()) return S_OK;
+  const size_t size = LimbsForWords(c.Used());
   LimbScratch limbs{CheckedSize(size)};
-  if (limbs.get() == nullptr) return E_OUTOFMEMORY;
-  LimbsFromWords(limbs.get(), c.magnitude().digits(), c.used());
+  if (limbs.Get() == nullptr) return E_OUTOFMEMORY;
+  LimbsFromWords(limbs.Get(), c.Magnitude().Words(), c.Used());
   const LimbDivisor by_q = PrepareDivisor(q);
-  PairPower powers[2] = {{ModLimb(limbs.get(), size, PrepareDivisor(p)), d_p, p},
-                         {ModLimb(limbs.get(), size, by_q), d_q, q}};
+  PairPower powers[2] = {{ModLimb(limbs.Get(), size, PrepareDivisor(p)), d_p, p},
+                         {ModLimb(limbs.Get(), size, by_q), d_q, q}};
   Limb residues[2];
   PowerPair(residues, powers);
 
@@ -179,7 +179,7 @@ HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, c
   const LimbPair sum = AddPair(above, {residues[0], 0});
   Limb result[2] = {sum.low, sum.high};
   const HRESULT status = r.AssignLimbs(result, 2);
-  if (SUCCEEDED(status)) r.set_negative(false);
+  if (SUCCEEDED(status)) r.SetSignFlag(false);
   *done = SUCCEEDED(status);
   WipeMemory(powers, sizeof powers);
   WipeMemory(residues, sizeof residues);
@@ -209,7 +209,7 @@ HRESULT RsaDecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c) {
 }
 
 LONG BlockSize(const BigInt& modulus) {
-  const uint64_t bits = modulus.bitLength();
+  const uint64_t bits = modulus.BitLength();
   if (bits == 0) return 0;
   return static_cast<LONG>(bits % 8 == 0 ? bits / 8 - 1 : bits / 8);
 }

@@ -10,20 +10,20 @@ namespace {
 TEST(BigIntTest, NewIsZeroAndPositive) {
   BigInt n;
   EXPECT_TRUE(n.IsZero());
-  EXPECT_FALSE(n.negative());
-  EXPECT_EQ(n.bitLength(), 0u);
-  EXPECT_EQ(n.status(), S_OK);
+  EXPECT_FALSE(n.SignFlag());
+  EXPECT_EQ(n.BitLength(), 0u);
+  EXPECT_EQ(n.Status(), S_OK);
   EXPECT_EQ(Hex(BigInt(0)), "0");
   EXPECT_EQ(Hex(BigInt(0xFFFFFFFF)), "ffffffff");
-  EXPECT_FALSE(BigInt(7).negative());
+  EXPECT_FALSE(BigInt(7).SignFlag());
 }
 
 TEST(BigIntTest, DifferenceBelowZero) {
   EXPECT_EQ(Hex(BigInt(3) - BigInt(5)), "-2");
   BigInt n(3);
-  ASSERT_EQ(n.subtract(BigInt(5)), S_OK);
+  ASSERT_EQ(n.Subtract(BigInt(5)), S_OK);
   EXPECT_EQ(Hex(n), "-2");
-  ASSERT_EQ(n.add(BigInt(2)), S_OK);
+  ASSERT_EQ(n.Add(BigInt(2)), S_OK);
   EXPECT_EQ(Hex(n), "-0");  // the flag stays with the zero
   EXPECT_FALSE(n.IsNegative());
   EXPECT_TRUE(n == BigInt(0));
@@ -88,8 +88,8 @@ TEST(BigIntTest, ZeroDivisorsAreReported) {
       EXPECT_EQ(Divide(r, Big(dividend), Big(zero)), DISP_E_DIVBYZERO);
       EXPECT_EQ(Remainder(r, Big(dividend), Big(zero)), DISP_E_DIVBYZERO);
       EXPECT_EQ(Hex(r), "9");
-      EXPECT_EQ((Big(dividend) / Big(zero)).status(), DISP_E_DIVBYZERO);
-      EXPECT_EQ((Big(dividend) % Big(zero)).status(), DISP_E_DIVBYZERO);
+      EXPECT_EQ((Big(dividend) / Big(zero)).Status(), DISP_E_DIVBYZERO);
+      EXPECT_EQ((Big(dividend) % Big(zero)).Status(), DISP_E_DIVBYZERO);
     }
   }
 }
@@ -102,14 +102,14 @@ TEST(BigIntTest, FailuresPassOn) {
   EXPECT_EQ(Multiply(r, failed, failed), E_OUTOFMEMORY);
   EXPECT_EQ(Divide(r, failed, BigInt(1)), E_OUTOFMEMORY);
   EXPECT_EQ(Remainder(r, BigInt(1), failed), E_OUTOFMEMORY);
-  EXPECT_EQ(r.add(failed), E_OUTOFMEMORY);
-  EXPECT_EQ(r.subtract(failed), E_OUTOFMEMORY);
+  EXPECT_EQ(r.Add(failed), E_OUTOFMEMORY);
+  EXPECT_EQ(r.Subtract(failed), E_OUTOFMEMORY);
   EXPECT_EQ(Hex(r), "9");
-  EXPECT_EQ(((failed + BigInt(1)) * BigInt(2)).status(), E_OUTOFMEMORY);
-  EXPECT_EQ(((BigInt(1) / BigInt(0)) + BigInt(1)).status(), DISP_E_DIVBYZERO);
+  EXPECT_EQ(((failed + BigInt(1)) * BigInt(2)).Status(), E_OUTOFMEMORY);
+  EXPECT_EQ(((BigInt(1) / BigInt(0)) + BigInt(1)).Status(), DISP_E_DIVBYZERO);
   BigInt again = failed;
   EXPECT_EQ(Add(again, BigInt(1), BigInt(2)), S_OK);
-  EXPECT_EQ(again.status(), S_OK);
+  EXPECT_EQ(again.Status(), S_OK);
   EXPECT_EQ(Hex(again), "3");
 }
 
@@ -121,8 +121,8 @@ TEST(BigIntTest, ResultsMayBeOperands) {
     for (int i = 0; i < Cases(200); ++i) {
       BigInt a = RandomBig(300), b = RandomBig(200);
       if (b.IsZero()) b = BigInt(3);
-      a.set_negative(Below(2) != 0);
-      b.set_negative(Below(2) != 0);
+      a.SetSignFlag(Below(2) != 0);
+      b.SetSignFlag(Below(2) != 0);
       BigInt wanted;
       ASSERT_EQ(operation(wanted, a, b), S_OK);
       BigInt r = a;
@@ -143,35 +143,35 @@ TEST(BigIntTest, ResultsMayBeOperands) {
 
 TEST(BigIntTest, AddAndSubtractThemselves) {
   BigInt n = BigHex("ffffffffffffffff");
-  ASSERT_EQ(n.add(n), S_OK);
+  ASSERT_EQ(n.Add(n), S_OK);
   EXPECT_EQ(Hex(n), "1fffffffffffffffe");
-  ASSERT_EQ(n.subtract(n), S_OK);
+  ASSERT_EQ(n.Subtract(n), S_OK);
   EXPECT_EQ(Hex(n), "0");
 }
 
 TEST(BigIntTest, CopiesShareUntilOneIsWritten) {
   BigInt a = BigHex("123456789abcdef0123456789");
-  EXPECT_EQ(a.magnitude().shareCount, 0u);
+  EXPECT_EQ(a.Magnitude().share_count, 0u);
   {
     const BigInt b(a);
     BigInt c;
     c = a;
-    EXPECT_EQ(&b.magnitude(), &a.magnitude());
-    EXPECT_EQ(&c.magnitude(), &a.magnitude());
-    EXPECT_EQ(a.magnitude().shareCount, 2u);
+    EXPECT_EQ(&b.Magnitude(), &a.Magnitude());
+    EXPECT_EQ(&c.Magnitude(), &a.Magnitude());
+    EXPECT_EQ(a.Magnitude().share_count, 2u);
     c = BigInt(1);
-    EXPECT_EQ(a.magnitude().shareCount, 1u);
+    EXPECT_EQ(a.Magnitude().share_count, 1u);
     BigInt moved(std::move(c));
     EXPECT_EQ(Hex(moved), "1");
     const BigInt& same = moved;
     moved = same;
     EXPECT_EQ(Hex(moved), "1");
   }
-  EXPECT_EQ(a.magnitude().shareCount, 0u);
+  EXPECT_EQ(a.Magnitude().share_count, 0u);
   const BigInt& same = a;
   a = same;
   EXPECT_EQ(Hex(a), "123456789abcdef0123456789");
-  EXPECT_EQ(a.magnitude().shareCount, 0u);
+  EXPECT_EQ(a.Magnitude().share_count, 0u);
 }
 
 // What each mutation leaves in the number and in a copy made before.
@@ -182,20 +182,20 @@ TEST(BigIntTest, EveryMutationLeavesCopiesAlone) {
     void (*apply)(BigInt&);
   };
   const Mutation mutations[] = {
-      {"add", [](BigInt& n) { n.add(BigInt(1)); }},
-      {"add of the other sign", [](BigInt& n) { n.add(Big("-1")); }},
-      {"add of a larger one of the other sign", [](BigInt& n) { n.add(Negated(n * n)); }},
-      {"add to itself", [](BigInt& n) { n.add(n); }},
-      {"subtract", [](BigInt& n) { n.subtract(BigInt(1)); }},
-      {"subtract a larger one", [](BigInt& n) { n.subtract(n * n); }},
-      {"subtract of the other sign", [](BigInt& n) { n.subtract(Big("-1")); }},
-      {"subtract from itself", [](BigInt& n) { n.subtract(n); }},
-      {"sign", [](BigInt& n) { n.set_negative(true); }},
+      {"add", [](BigInt& n) { n.Add(BigInt(1)); }},
+      {"add of the other sign", [](BigInt& n) { n.Add(Big("-1")); }},
+      {"add of a larger one of the other sign", [](BigInt& n) { n.Add(Negated(n * n)); }},
+      {"add to itself", [](BigInt& n) { n.Add(n); }},
+      {"subtract", [](BigInt& n) { n.Subtract(BigInt(1)); }},
+      {"subtract a larger one", [](BigInt& n) { n.Subtract(n * n); }},
+      {"subtract of the other sign", [](BigInt& n) { n.Subtract(Big("-1")); }},
+      {"subtract from itself", [](BigInt& n) { n.Subtract(n); }},
+      {"sign", [](BigInt& n) { n.SetSignFlag(true); }},
       {"assignment", [](BigInt& n) { n = BigInt(1); }},
       {"multiply", [](BigInt& n) { Multiply(n, n, n); }},
       {"divide", [](BigInt& n) { Divide(n, n, BigInt(3)); }},
       {"remainder", [](BigInt& n) { Remainder(n, n, BigInt(3)); }},
-      {"rewrite", [](BigInt& n) { n.Rewrite(2)->normalise(); }},
+      {"rewrite", [](BigInt& n) { n.Rewrite(2)->Normalise(); }},
       {"limbs", [](BigInt& n) { n.AssignLimbs(nullptr, 0); }},
       {"bytes", [](BigInt& n) { FromBytes(n, reinterpret_cast<const uint8_t*>("abc"), 3); }},
       {"decimal text", [](BigInt& n) { FromDecimalText(n, OLESTR("12"), 2); }},
@@ -208,7 +208,7 @@ TEST(BigIntTest, EveryMutationLeavesCopiesAlone) {
     const BigInt copy(changed);
     mutation.apply(changed);
     EXPECT_EQ(Hex(copy), start) << mutation.name;
-    EXPECT_FALSE(copy.negative()) << mutation.name;
+    EXPECT_FALSE(copy.SignFlag()) << mutation.name;
     EXPECT_EQ(Hex(changed), Hex(lone)) << mutation.name;
     EXPECT_NE(Hex(changed), start) << mutation.name;
   }
@@ -217,9 +217,9 @@ TEST(BigIntTest, EveryMutationLeavesCopiesAlone) {
 TEST(BigIntTest, Identities) {
   for (int i = 0; i < Cases(500); ++i) {
     BigInt a = RandomBig(1500), b = RandomBig(900), c = RandomBig(1200);
-    a.set_negative(Below(2) != 0);
-    b.set_negative(Below(2) != 0);
-    c.set_negative(Below(2) != 0);
+    a.SetSignFlag(Below(2) != 0);
+    b.SetSignFlag(Below(2) != 0);
+    c.SetSignFlag(Below(2) != 0);
     EXPECT_TRUE(((a + b) - b - a).IsZero());
     EXPECT_TRUE(((a + b) * c - (a * c + b * c)).IsZero());
     EXPECT_TRUE((a * a - b * b - (a - b) * (a + b)).IsZero());

@@ -8,171 +8,171 @@ namespace mirolta {
 namespace {
 
 void Set(BigMagnitude* m, const std::vector<uint32_t>& words) {
-  m->setSmall(0);
-  for (size_t i = words.size(); i-- != 0;) m->setWord(static_cast<uint32_t>(i), words[i]);
+  m->SetSmall(0);
+  for (size_t i = words.size(); i-- != 0;) m->SetWord(static_cast<uint32_t>(i), words[i]);
 }
 
 std::vector<uint32_t> Words(const BigMagnitude& m) {
-  return std::vector<uint32_t>(m.digits(), m.digits() + m.used());
+  return std::vector<uint32_t>(m.Words(), m.Words() + m.Used());
 }
 
 TEST(BigMagnitudeTest, NewIsZero) {
   BigMagnitude m;
-  EXPECT_EQ(m.used(), 0u);
-  EXPECT_EQ(m.capacity(), 0u);
-  EXPECT_EQ(m.shareCount, 0u);
-  EXPECT_EQ(m.bitLength(), 0u);
-  EXPECT_TRUE(m.isZero());
-  EXPECT_EQ(m.getWord(0), 0u);
-  EXPECT_FALSE(m.testBit(0));
+  EXPECT_EQ(m.Used(), 0u);
+  EXPECT_EQ(m.Capacity(), 0u);
+  EXPECT_EQ(m.share_count, 0u);
+  EXPECT_EQ(m.BitLength(), 0u);
+  EXPECT_TRUE(m.IsZero());
+  EXPECT_EQ(m.GetWord(0), 0u);
+  EXPECT_FALSE(m.TestBit(0));
 }
 
 TEST(BigMagnitudeTest, ReserveGrowsAndNeverShrinks) {
   BigMagnitude m;
   Set(&m, {1, 2, 3});
-  ASSERT_TRUE(m.reserve(10));
-  EXPECT_EQ(m.capacity(), 10u);
+  ASSERT_TRUE(m.Reserve(10));
+  EXPECT_EQ(m.Capacity(), 10u);
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{1, 2, 3}));
-  ASSERT_TRUE(m.reserve(4));
-  EXPECT_EQ(m.capacity(), 10u);
+  ASSERT_TRUE(m.Reserve(4));
+  EXPECT_EQ(m.Capacity(), 10u);
 }
 
 TEST(BigMagnitudeTest, ClearToZeroesAllWords) {
   BigMagnitude m;
   Set(&m, {1, 2, 3, 4, 5});
-  ASSERT_TRUE(m.clearTo(2));
-  EXPECT_EQ(m.used(), 0u);
-  EXPECT_EQ(m.capacity(), 5u);
-  for (uint32_t i = 0; i < m.capacity(); ++i) EXPECT_EQ(m.digits()[i], 0u);
-  ASSERT_TRUE(m.clearTo(9));
-  EXPECT_EQ(m.capacity(), 9u);
+  ASSERT_TRUE(m.ClearTo(2));
+  EXPECT_EQ(m.Used(), 0u);
+  EXPECT_EQ(m.Capacity(), 5u);
+  for (uint32_t i = 0; i < m.Capacity(); ++i) EXPECT_EQ(m.Words()[i], 0u);
+  ASSERT_TRUE(m.ClearTo(9));
+  EXPECT_EQ(m.Capacity(), 9u);
 }
 
 TEST(BigMagnitudeTest, SetWord) {
   BigMagnitude m;
-  ASSERT_TRUE(m.setWord(4, 0));  // zero above the value leaves it alone
-  EXPECT_EQ(m.used(), 0u);
-  EXPECT_EQ(m.capacity(), 0u);
-  ASSERT_TRUE(m.setWord(3, 7));
+  ASSERT_TRUE(m.SetWord(4, 0));  // zero above the value leaves it alone
+  EXPECT_EQ(m.Used(), 0u);
+  EXPECT_EQ(m.Capacity(), 0u);
+  ASSERT_TRUE(m.SetWord(3, 7));
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{0, 0, 0, 7}));
-  ASSERT_TRUE(m.setWord(1, 5));
-  ASSERT_TRUE(m.setWord(3, 0));  // zero at the top shrinks past zero words
+  ASSERT_TRUE(m.SetWord(1, 5));
+  ASSERT_TRUE(m.SetWord(3, 0));  // zero at the top shrinks past zero words
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{0, 5}));
-  ASSERT_TRUE(m.setWord(3, 1));  // the stale words between do not come back
+  ASSERT_TRUE(m.SetWord(3, 1));  // the stale words between do not come back
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{0, 5, 0, 1}));
-  ASSERT_TRUE(m.setWord(0, 0));
-  EXPECT_EQ(m.used(), 4u);
-  EXPECT_EQ(m.getWord(4), 0u);
+  ASSERT_TRUE(m.SetWord(0, 0));
+  EXPECT_EQ(m.Used(), 4u);
+  EXPECT_EQ(m.GetWord(4), 0u);
 }
 
 TEST(BigMagnitudeTest, SetSmallAndCopyFrom) {
   BigMagnitude m, other;
   Set(&m, {1, 2, 3});
-  ASSERT_TRUE(m.setSmall(9));
+  ASSERT_TRUE(m.SetSmall(9));
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{9}));
-  ASSERT_TRUE(m.setSmall(0));
-  EXPECT_EQ(m.used(), 0u);
+  ASSERT_TRUE(m.SetSmall(0));
+  EXPECT_EQ(m.Used(), 0u);
   Set(&other, {0, 0, 8});
-  ASSERT_TRUE(m.copyFrom(other));
+  ASSERT_TRUE(m.CopyFrom(other));
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{0, 0, 8}));
-  ASSERT_TRUE(m.copyFrom(m));
+  ASSERT_TRUE(m.CopyFrom(m));
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{0, 0, 8}));
 }
 
 TEST(BigMagnitudeTest, NormaliseRecountsFromCapacity) {
   BigMagnitude m;
-  ASSERT_TRUE(m.clearTo(6));
-  m.digits()[3] = 1;
-  m.normalise();
-  EXPECT_EQ(m.used(), 4u);
-  m.digits()[3] = 0;
-  EXPECT_TRUE(m.isZero());  // counted as used, but zero
-  EXPECT_EQ(m.used(), 4u);
-  m.normalise();
-  EXPECT_EQ(m.used(), 0u);
+  ASSERT_TRUE(m.ClearTo(6));
+  m.Words()[3] = 1;
+  m.Normalise();
+  EXPECT_EQ(m.Used(), 4u);
+  m.Words()[3] = 0;
+  EXPECT_TRUE(m.IsZero());  // counted as used, but zero
+  EXPECT_EQ(m.Used(), 4u);
+  m.Normalise();
+  EXPECT_EQ(m.Used(), 0u);
 }
 
 TEST(BigMagnitudeTest, BitLengthAndTestBit) {
   for (uint32_t bit = 0; bit < 100; ++bit) {
     BigMagnitude m;
-    ASSERT_TRUE(m.setWord(bit / 32, uint32_t{1} << (bit % 32)));
-    EXPECT_EQ(m.bitLength(), bit + 1);
-    for (uint32_t i = 0; i < 130; ++i) EXPECT_EQ(m.testBit(i), i == bit);
+    ASSERT_TRUE(m.SetWord(bit / 32, uint32_t{1} << (bit % 32)));
+    EXPECT_EQ(m.BitLength(), bit + 1);
+    for (uint32_t i = 0; i < 130; ++i) EXPECT_EQ(m.TestBit(i), i == bit);
   }
 }
 
 TEST(BigMagnitudeTest, Compare) {
   BigMagnitude a, b;
-  EXPECT_EQ(BigMagnitude::compare(a, b), 0);
+  EXPECT_EQ(BigMagnitude::Compare(a, b), 0);
   Set(&a, {0, 1});
   Set(&b, {0xFFFFFFFF});
-  EXPECT_EQ(BigMagnitude::compare(a, b), 1);
-  EXPECT_EQ(BigMagnitude::compare(b, a), -1);
+  EXPECT_EQ(BigMagnitude::Compare(a, b), 1);
+  EXPECT_EQ(BigMagnitude::Compare(b, a), -1);
   Set(&b, {1, 1});
-  EXPECT_EQ(BigMagnitude::compare(a, b), -1);
-  EXPECT_EQ(BigMagnitude::compare(b, b), 0);
+  EXPECT_EQ(BigMagnitude::Compare(a, b), -1);
+  EXPECT_EQ(BigMagnitude::Compare(b, b), 0);
 }
 
 TEST(BigMagnitudeTest, AddCarriesIntoANewWord) {
   BigMagnitude a, b;
   Set(&a, {0xFFFFFFFF, 0xFFFFFFFF});
   Set(&b, {1});
-  ASSERT_TRUE(a.add(b));
+  ASSERT_TRUE(a.Add(b));
   EXPECT_EQ(Words(a), (std::vector<uint32_t>{0, 0, 1}));
   Set(&b, {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF});
-  ASSERT_TRUE(b.add(b));
+  ASSERT_TRUE(b.Add(b));
   EXPECT_EQ(Words(b), (std::vector<uint32_t>{0xFFFFFFFE, 0xFFFFFFFF, 0xFFFFFFFF, 1}));
   BigMagnitude zero, other;
-  ASSERT_TRUE(zero.add(other));
-  EXPECT_EQ(zero.used(), 0u);
+  ASSERT_TRUE(zero.Add(other));
+  EXPECT_EQ(zero.Used(), 0u);
 }
 
 TEST(BigMagnitudeTest, SubtractWrapsWithinItsWords) {
   BigMagnitude a, b;
   Set(&a, {5});
   Set(&b, {7});
-  a.subtract(b);
+  a.Subtract(b);
   EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFE}));
   Set(&a, {5});
   Set(&b, {7, 9, 9});  // words above a's are not looked at
-  a.subtract(b);
+  a.Subtract(b);
   EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFE}));
   Set(&a, {0, 0, 1});
   Set(&b, {1});
-  a.subtract(b);
+  a.Subtract(b);
   EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFF, 0xFFFFFFFF}));
   Set(&a, {0, 7, 1});  // a borrow over a full word keeps that word
   Set(&b, {1, 0xFFFFFFFF});
-  a.subtract(b);
+  a.Subtract(b);
   EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFF, 7}));
-  a.subtract(a);
-  EXPECT_EQ(a.used(), 0u);
-  a.subtract(b);
-  EXPECT_EQ(a.used(), 0u);
+  a.Subtract(a);
+  EXPECT_EQ(a.Used(), 0u);
+  a.Subtract(b);
+  EXPECT_EQ(a.Used(), 0u);
 }
 
 TEST(BigMagnitudeTest, Shifts) {
   BigMagnitude m;
   Set(&m, {0x80000001, 0x80000000});
-  ASSERT_TRUE(m.shiftLeft1());
+  ASSERT_TRUE(m.ShiftLeft1());
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{2, 1, 1}));
-  m.shiftRight1();
+  m.ShiftRight1();
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{0x80000001, 0x80000000}));
-  m.shiftRight(63);
+  m.ShiftRight(63);
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{1}));
-  m.shiftRight(1);
-  EXPECT_EQ(m.used(), 0u);
-  ASSERT_TRUE(m.shiftLeft1());
-  EXPECT_EQ(m.used(), 0u);
+  m.ShiftRight(1);
+  EXPECT_EQ(m.Used(), 0u);
+  ASSERT_TRUE(m.ShiftLeft1());
+  EXPECT_EQ(m.Used(), 0u);
   for (int i = 0; i < Cases(2000); ++i) {
     const std::vector<uint32_t> words = RandomWords(Below(300));
     const uint32_t bits = Below(330);
     Set(&m, words);
     Mpz z;
     mpz_import(z, words.size(), -1, 4, 0, 0, words.data());
-    m.shiftRight(bits);
+    m.ShiftRight(bits);
     mpz_fdiv_q_2exp(z, z, bits);
-    EXPECT_EQ(Words(m), Words(FromPeer(z).magnitude()));
+    EXPECT_EQ(Words(m), Words(FromPeer(z).Magnitude()));
   }
 }
 
@@ -185,18 +185,18 @@ TEST(BigMagnitudeTest, MultiplyTrunc) {
       Set(&b, RandomWords(32 * (1 + Below(5))));
       Set(&r, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13});  // stale words must not show
       Mpz x, y;
-      mpz_import(x, a.used(), -1, 4, 0, 0, a.digits());
-      mpz_import(y, b.used(), -1, 4, 0, 0, b.digits());
+      mpz_import(x, a.Used(), -1, 4, 0, 0, a.Words());
+      mpz_import(y, b.Used(), -1, 4, 0, 0, b.Words());
       mpz_mul(x, x, y);
       mpz_fdiv_r_2exp(x, x, bits);
-      ASSERT_TRUE(BigMagnitude::multiplyTrunc(r, a, b, bits));
-      ASSERT_EQ(Words(r), Words(FromPeer(x).magnitude())) << bits;
-      ASSERT_TRUE(BigMagnitude::multiplyTrunc(r, a, a, bits));
-      mpz_import(x, a.used(), -1, 4, 0, 0, a.digits());
-      if (a.used() == 0) mpz_set_ui(x, 0);
+      ASSERT_TRUE(BigMagnitude::MultiplyTrunc(r, a, b, bits));
+      ASSERT_EQ(Words(r), Words(FromPeer(x).Magnitude())) << bits;
+      ASSERT_TRUE(BigMagnitude::MultiplyTrunc(r, a, a, bits));
+      mpz_import(x, a.Used(), -1, 4, 0, 0, a.Words());
+      if (a.Used() == 0) mpz_set_ui(x, 0);
       mpz_mul(x, x, x);
       mpz_fdiv_r_2exp(x, x, bits);
-      ASSERT_EQ(Words(r), Words(FromPeer(x).magnitude())) << bits;
+      ASSERT_EQ(Words(r), Words(FromPeer(x).Magnitude())) << bits;
     }
   }
 }
@@ -205,7 +205,7 @@ TEST(BigMagnitudeTest, MultiplyTruncKeepsOneBitOfTheSecondWord) {
   BigMagnitude a, b, r;
   Set(&a, {0xFFFFFFFF, 0xFFFFFFFF});
   Set(&b, {1});
-  ASSERT_TRUE(BigMagnitude::multiplyTrunc(r, a, b, 33));
+  ASSERT_TRUE(BigMagnitude::MultiplyTrunc(r, a, b, 33));
   EXPECT_EQ(Words(r), (std::vector<uint32_t>{0xFFFFFFFF, 1}));
 }
 
@@ -217,21 +217,21 @@ TEST(BigMagnitudeTest, DivideIntoAnyOfItsOperands) {
     BigMagnitude a, b, q, r;
     Set(&a, aw);
     Set(&b, bw);
-    ASSERT_TRUE(BigMagnitude::divide(q, a, b, r));
+    ASSERT_TRUE(BigMagnitude::Divide(q, a, b, r));
     Mpz x, y, pq, pr;
     mpz_import(x, aw.size(), -1, 4, 0, 0, aw.data());
     mpz_import(y, bw.size(), -1, 4, 0, 0, bw.data());
     mpz_tdiv_qr(pq, pr, x, y);
-    const auto wanted_q = Words(FromPeer(pq).magnitude());
-    const auto wanted_r = Words(FromPeer(pr).magnitude());
+    const auto wanted_q = Words(FromPeer(pq).Magnitude());
+    const auto wanted_r = Words(FromPeer(pr).Magnitude());
     ASSERT_EQ(Words(q), wanted_q);
     ASSERT_EQ(Words(r), wanted_r);
-    ASSERT_TRUE(BigMagnitude::divide(a, a, b, b));
+    ASSERT_TRUE(BigMagnitude::Divide(a, a, b, b));
     ASSERT_EQ(Words(a), wanted_q);
     ASSERT_EQ(Words(b), wanted_r);
     Set(&a, aw);
     Set(&b, bw);
-    ASSERT_TRUE(BigMagnitude::divide(b, a, b, a));
+    ASSERT_TRUE(BigMagnitude::Divide(b, a, b, a));
     ASSERT_EQ(Words(b), wanted_q);
     ASSERT_EQ(Words(a), wanted_r);
   }
@@ -242,8 +242,8 @@ TEST(BigMagnitudeTest, DivideByZeroSaysSo) {
   Set(&a, {5});
   Set(&q, {6});
   Set(&r, {7});
-  EXPECT_FALSE(BigMagnitude::divide(q, a, zero, r));
-  EXPECT_FALSE(BigMagnitude::divide(q, zero, zero, r));
+  EXPECT_FALSE(BigMagnitude::Divide(q, a, zero, r));
+  EXPECT_FALSE(BigMagnitude::Divide(q, zero, zero, r));
   EXPECT_EQ(Words(q), (std::vector<uint32_t>{6}));
   EXPECT_EQ(Words(r), (std::vector<uint32_t>{7}));
 }

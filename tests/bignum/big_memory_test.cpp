@@ -94,15 +94,15 @@ constexpr uint32_t kWords = 300;
 BigInt Secret(uint32_t words) {
   BigInt n;
   BigMagnitude* const m = n.Rewrite(words);
-  for (uint32_t i = 0; i < words; ++i) m->digits()[i] = kSecret;
-  m->normalise();
+  for (uint32_t i = 0; i < words; ++i) m->Words()[i] = kSecret;
+  m->Normalise();
   return n;
 }
 
 bool IsSecret(const BigInt& n, uint32_t words) {
-  if (n.used() != words || n.negative() || FAILED(n.status())) return false;
+  if (n.Used() != words || n.SignFlag() || FAILED(n.Status())) return false;
   for (uint32_t i = 0; i < words; ++i) {
-    if (n.getWord(i) != kSecret) return false;
+    if (n.GetWord(i) != kSecret) return false;
   }
   return true;
 }
@@ -110,8 +110,8 @@ bool IsSecret(const BigInt& n, uint32_t words) {
 BigInt Fives(uint32_t words) {
   BigInt n;
   BigMagnitude* const m = n.Rewrite(words);
-  for (uint32_t i = 0; i < words; ++i) m->digits()[i] = 0x55555555;
-  m->normalise();
+  for (uint32_t i = 0; i < words; ++i) m->Words()[i] = 0x55555555;
+  m->Normalise();
   return n;
 }
 
@@ -124,8 +124,8 @@ struct Failing {
 constexpr OLECHAR kText[] = OLESTR("123456789012345678901234567890");
 
 const Failing kOperations[] = {
-    {"add", [](BigInt& n, const BigInt& a, const BigInt&) { return n.add(a); }},
-    {"subtract", [](BigInt& n, const BigInt& a, const BigInt&) { return n.subtract(a); }},
+    {"add", [](BigInt& n, const BigInt& a, const BigInt&) { return n.Add(a); }},
+    {"subtract", [](BigInt& n, const BigInt& a, const BigInt&) { return n.Subtract(a); }},
     {"Add", [](BigInt& n, const BigInt& a, const BigInt& b) { return Add(n, a, b); }},
     {"Subtract", [](BigInt& n, const BigInt& a, const BigInt& b) { return Subtract(n, b, a); }},
     {"Multiply", [](BigInt& n, const BigInt& a, const BigInt& b) { return Multiply(n, a, b); }},
@@ -215,24 +215,24 @@ TEST(BigMemoryTest, NextPrimeKeepsItsNumber) {
 
 TEST(BigMemoryTest, MagnitudesReportAndKeepTheirValue) {
   BigMagnitude a, b, r, q;
-  ASSERT_TRUE(a.setWord(1, 0xFFFFFFFF));
-  ASSERT_TRUE(b.setWord(5, 0xFFFFFFFF));
+  ASSERT_TRUE(a.SetWord(1, 0xFFFFFFFF));
+  ASSERT_TRUE(b.SetWord(5, 0xFFFFFFFF));
   allowed = 0;
-  EXPECT_FALSE(a.reserve(3));
-  EXPECT_FALSE(a.clearTo(3));
-  EXPECT_FALSE(a.setWord(2, 1));
-  EXPECT_FALSE(r.setSmall(1));
-  EXPECT_FALSE(a.copyFrom(b));
-  EXPECT_FALSE(a.add(b));
-  EXPECT_FALSE(a.shiftLeft1());
-  EXPECT_FALSE(BigMagnitude::multiplyTrunc(r, a, b, 100));
-  EXPECT_FALSE(BigMagnitude::divide(q, b, a, r));
+  EXPECT_FALSE(a.Reserve(3));
+  EXPECT_FALSE(a.ClearTo(3));
+  EXPECT_FALSE(a.SetWord(2, 1));
+  EXPECT_FALSE(r.SetSmall(1));
+  EXPECT_FALSE(a.CopyFrom(b));
+  EXPECT_FALSE(a.Add(b));
+  EXPECT_FALSE(a.ShiftLeft1());
+  EXPECT_FALSE(BigMagnitude::MultiplyTrunc(r, a, b, 100));
+  EXPECT_FALSE(BigMagnitude::Divide(q, b, a, r));
   allowed = -1;
-  EXPECT_EQ(a.used(), 2u);
-  EXPECT_EQ(a.capacity(), 2u);
-  EXPECT_EQ(a.getWord(1), 0xFFFFFFFFu);
-  EXPECT_EQ(r.used(), 0u);
-  EXPECT_EQ(q.used(), 0u);
+  EXPECT_EQ(a.Used(), 2u);
+  EXPECT_EQ(a.Capacity(), 2u);
+  EXPECT_EQ(a.GetWord(1), 0xFFFFFFFFu);
+  EXPECT_EQ(r.Used(), 0u);
+  EXPECT_EQ(q.Used(), 0u);
 }
 
 TEST(BigMemoryTest, ConstructionRecordsItsFailure) {
@@ -240,10 +240,10 @@ TEST(BigMemoryTest, ConstructionRecordsItsFailure) {
   const BigInt n(5);
   const BigInt zero(0);
   allowed = -1;
-  EXPECT_EQ(n.status(), E_OUTOFMEMORY);
+  EXPECT_EQ(n.Status(), E_OUTOFMEMORY);
   EXPECT_TRUE(n.IsZero());
-  EXPECT_EQ(zero.status(), S_OK);
-  EXPECT_EQ((n + BigInt(1)).status(), E_OUTOFMEMORY);
+  EXPECT_EQ(zero.Status(), S_OK);
+  EXPECT_EQ((n + BigInt(1)).Status(), E_OUTOFMEMORY);
 }
 
 TEST(BigMemoryTest, MemoryIsWipedBeforeItGoesBack) {
@@ -252,15 +252,15 @@ TEST(BigMemoryTest, MemoryIsWipedBeforeItGoesBack) {
   {
     BigInt n = Secret(40);
     BigInt copy(n);
-    ASSERT_EQ(n.add(BigInt(1)), S_OK);
-    ASSERT_EQ(copy.add(copy), S_OK);
+    ASSERT_EQ(n.Add(BigInt(1)), S_OK);
+    ASSERT_EQ(copy.Add(copy), S_OK);
     n = Secret(40);
     ASSERT_TRUE(n.Rewrite(80) != nullptr);  // a larger store replaces the words
     BigMagnitude m;
-    ASSERT_TRUE(m.setWord(0, kSecret));
-    ASSERT_TRUE(m.reserve(100));
-    ASSERT_TRUE(m.setWord(90, kSecret));
-    ASSERT_TRUE(m.setSmall(0));
+    ASSERT_TRUE(m.SetWord(0, kSecret));
+    ASSERT_TRUE(m.Reserve(100));
+    ASSERT_TRUE(m.SetWord(90, kSecret));
+    ASSERT_TRUE(m.SetSmall(0));
     BigInt long_one = Secret(500), r;
     ASSERT_EQ(Multiply(r, long_one, BigInt(1)), S_OK);
     ASSERT_EQ(Remainder(r, long_one, Secret(300) + BigInt(1)), S_OK);

@@ -11,7 +11,7 @@ constexpr uint32_t kMostBits = 8192;
 
 BigInt Operand(int i) {
   BigInt n = RandomBig(i % 4 == 0 ? kMostBits : i % 4 == 1 ? 1100 : 200);
-  n.set_negative(Below(4) == 0);
+  n.SetSignFlag(Below(4) == 0);
   return n;
 }
 
@@ -70,15 +70,15 @@ TEST(BigPeerTest, QuotientsNextToMultiples) {
 TEST(BigPeerTest, GcdAndInverse) {
   for (int i = 0; i < Cases(2500); ++i) {
     BigInt a = Operand(i), b = Operand(i / 3);
-    a.set_negative(false);
-    b.set_negative(false);
+    a.SetSignFlag(false);
+    b.SetSignFlag(false);
     const Mpz x(a), y(b);
     Mpz z;
     mpz_gcd(z, x, y);
     BigInt r;
     ASSERT_EQ(Gcd(r, a, b), S_OK);
     ASSERT_EQ(Hex(r), Peer(z));
-    if (b.bitLength() < 2) continue;
+    if (b.BitLength() < 2) continue;
     if (mpz_invert(z, x, y) == 0) continue;
     ASSERT_EQ(Inverse(r, a, b), S_OK);
     ASSERT_EQ(Hex(r), Peer(z));
@@ -91,7 +91,7 @@ TEST(BigPeerTest, ModularPowers) {
     const BigInt base = RandomBig(bits + 100), e = RandomBig(i % 2 == 0 ? bits : 40);
     BigInt m = RandomBig(bits);
     // Moduli of every kind: odd, even, with many factors two, powers of two.
-    if (i % 4 == 1 && !m.IsOdd()) m.add(BigInt(1));
+    if (i % 4 == 1 && !m.IsOdd()) m.Add(BigInt(1));
     if (i % 4 == 2) m = m * HexPower(Below(40));
     if (i % 16 == 3) m = HexPower(Below(60), "1248"[Below(4)]);
     if (m.IsZero()) continue;

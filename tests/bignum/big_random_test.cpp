@@ -90,13 +90,13 @@ TEST_F(BigRandomTest, SystemSource) {
   for (int i = 0; i < 5; ++i) {
     BigInt n;
     ASSERT_EQ(Random(n, 4, true, true), S_OK);
-    EXPECT_GE(n.getWord(0), 0xC0000001u);
+    EXPECT_GE(n.GetWord(0), 0xC0000001u);
     EXPECT_TRUE(n.IsOdd());
     BigInt large;
     ASSERT_EQ(Random(large, 64, true, false), S_OK);
-    EXPECT_EQ(large.bitLength(), 512u);
+    EXPECT_EQ(large.BitLength(), 512u);
     EXPECT_FALSE(large == previous);
-    EXPECT_EQ((large * large).bitLength(), 1024u);
+    EXPECT_EQ((large * large).BitLength(), 1024u);
     previous = large;
   }
 }

@@ -18,18 +18,18 @@ using test::LiveAllocations;
 BigInt Pattern(uint32_t words, uint32_t low) {
   BigInt n;
   BigMagnitude* const m = n.Rewrite(words);
-  for (uint32_t i = 0; i < words; ++i) m->digits()[i] = 0x9E3779B9u * (i + 1) | 1;
-  m->digits()[0] = low;
-  m->normalise();
+  for (uint32_t i = 0; i < words; ++i) m->Words()[i] = 0x9E3779B9u * (i + 1) | 1;
+  m->Words()[0] = low;
+  m->Normalise();
   return n;
 }
 
 BigInt PowerOfTwo(uint32_t bit) {
   BigInt n;
   BigMagnitude* const m = n.Rewrite(bit / 32 + 1);
-  for (uint32_t i = 0; i <= bit / 32; ++i) m->digits()[i] = 0;
-  m->digits()[bit / 32] = 1u << (bit % 32);
-  m->normalise();
+  for (uint32_t i = 0; i <= bit / 32; ++i) m->Words()[i] = 0;
+  m->Words()[bit / 32] = 1u << (bit % 32);
+  m->Normalise();
   return n;
 }
 
@@ -111,12 +111,12 @@ void FailEachOf(const char* name, const BigInt& start, const Operation& operatio
         ++failures;
         EXPECT_EQ(status, E_OUTOFMEMORY) << count;
         EXPECT_EQ(Compare(result, start), 0) << count;
-        EXPECT_EQ(result.negative(), start.negative()) << count;
+        EXPECT_EQ(result.SignFlag(), start.SignFlag()) << count;
       } else {
         EXPECT_EQ(Compare(result, expected), 0) << count;
-        EXPECT_EQ(result.negative(), expected.negative()) << count;
+        EXPECT_EQ(result.SignFlag(), expected.SignFlag()) << count;
       }
-      EXPECT_EQ(result.status(), S_OK) << count;
+      EXPECT_EQ(result.Status(), S_OK) << count;
       if (!failed) break;
     }
     EXPECT_EQ(LiveAllocations(), before) << count;

@@ -80,8 +80,8 @@ inline std::vector<uint32_t> RandomWords(uint32_t bits) {
 inline BigInt FromWords(const std::vector<uint32_t>& words) {
   BigInt n;
   BigMagnitude* const m = n.Rewrite(static_cast<uint32_t>(words.size()));
-  for (size_t i = 0; i < words.size(); ++i) m->digits()[i] = words[i];
-  m->normalise();
+  for (size_t i = 0; i < words.size(); ++i) m->Words()[i] = words[i];
+  m->Normalise();
   return n;
 }
 
@@ -100,7 +100,7 @@ class Mpz {
   explicit Mpz(unsigned long value) { mpz_init_set_ui(z_, value); }
   explicit Mpz(const BigInt& n) {
     mpz_init(z_);
-    mpz_import(z_, n.used(), -1, 4, 0, 0, n.magnitude().digits());
+    mpz_import(z_, n.Used(), -1, 4, 0, 0, n.Magnitude().Words());
     if (n.IsNegative()) mpz_neg(z_, z_);
   }
   ~Mpz() { mpz_clear(z_); }
@@ -119,14 +119,14 @@ inline BigInt FromPeer(mpz_srcptr z) {
   mpz_export(words.data(), &count, -1, 4, 0, 0, z);
   words.resize(count);
   BigInt n = FromWords(words);
-  n.set_negative(mpz_sgn(z) < 0);
+  n.SetSignFlag(mpz_sgn(z) < 0);
   return n;
 }
 
 inline std::string Narrow(const NumberText& text) {
   std::string narrow;
-  for (uint32_t i = 0; i < text.length(); ++i) {
-    narrow.push_back(static_cast<char>(text.characters()[i]));
+  for (uint32_t i = 0; i < text.Length(); ++i) {
+    narrow.push_back(static_cast<char>(text.Characters()[i]));
   }
   return narrow;
 }
@@ -138,8 +138,8 @@ inline std::basic_string<OLECHAR> Widen(const std::string& text) {
 // Hex text with a sign; "0" for zero, "-0" for a zero with the flag.
 inline std::string Hex(const BigInt& n) {
   NumberText text;
-  if (FAILED(n.status()) || FAILED(ToText(text, n, 16))) return "failed";
-  std::string result(n.negative() ? 1 : 0, '-');
+  if (FAILED(n.Status()) || FAILED(ToText(text, n, 16))) return "failed";
+  std::string result(n.SignFlag() ? 1 : 0, '-');
   result += n.IsZero() ? std::string("0") : Narrow(text);
   return result;
 }
@@ -156,7 +156,7 @@ inline BigInt Big(const std::string& text) {
   BigInt n;
   const auto wide = Widen(text);
   FromDecimalText(n, wide.data(), static_cast<uint32_t>(wide.size()));
-  n.set_negative(!text.empty() && text[0] == '-');
+  n.SetSignFlag(!text.empty() && text[0] == '-');
   return n;
 }
 
@@ -164,7 +164,7 @@ inline BigInt BigHex(const std::string& text) {
   BigInt n;
   const auto wide = Widen(text);
   FromHexText(n, wide.data(), static_cast<uint32_t>(wide.size()));
-  n.set_negative(!text.empty() && text[0] == '-');
+  n.SetSignFlag(!text.empty() && text[0] == '-');
   return n;
 }
 
@@ -177,7 +177,7 @@ inline BigInt HexPower(size_t zeros, char digit = '1') {
 
 inline BigInt Negated(const BigInt& n) {
   BigInt result(n);
-  result.set_negative(!n.negative());
+  result.SetSignFlag(!n.SignFlag());
   return result;
 }
 

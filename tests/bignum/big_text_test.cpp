@@ -83,8 +83,8 @@ TEST(BigTextTest, EveryOtherCharacterIsSkipped) {
     if (c >= '0' && c <= '9') wanted_hex = 0x102 + 16 * (c - '0');
     if (c >= 'a' && c <= 'f') wanted_hex = 0x102 + 16 * (c - 'a' + 10);
     if (c >= 'A' && c <= 'F') wanted_hex = 0x102 + 16 * (c - 'A' + 10);
-    ASSERT_EQ(decimal.getWord(0), wanted) << c;
-    ASSERT_EQ(hex.getWord(0), wanted_hex) << c;
+    ASSERT_EQ(decimal.GetWord(0), wanted) << c;
+    ASSERT_EQ(hex.GetWord(0), wanted_hex) << c;
   }
 }
 
@@ -92,24 +92,24 @@ TEST(BigTextTest, TextOfZeroIsNull) {
   NumberText text;
   for (const uint32_t base : {10u, 16u}) {
     ASSERT_EQ(ToText(text, BigInt(5), base), S_OK);
-    ASSERT_NE(text.characters(), nullptr);
-    EXPECT_EQ(text.characters()[text.length()], 0);
+    ASSERT_NE(text.Characters(), nullptr);
+    EXPECT_EQ(text.Characters()[text.Length()], 0);
     ASSERT_EQ(ToText(text, BigInt(), base), S_OK);
-    EXPECT_EQ(text.characters(), nullptr);
-    EXPECT_EQ(text.length(), 0u);
+    EXPECT_EQ(text.Characters(), nullptr);
+    EXPECT_EQ(text.Length(), 0u);
   }
 }
 
 TEST(BigTextTest, ShorterTextTakesTheSameRoom) {
   NumberText text;
   ASSERT_EQ(ToText(text, BigHex("123456789abcdef0123"), 16), S_OK);
-  const OLECHAR* const characters = text.characters();
+  const OLECHAR* const characters = text.Characters();
   ASSERT_EQ(ToText(text, BigHex("abc"), 16), S_OK);
-  EXPECT_EQ(text.characters(), characters);
+  EXPECT_EQ(text.Characters(), characters);
   EXPECT_EQ(Narrow(text), "abc");
-  EXPECT_EQ(text.characters()[3], 0);
+  EXPECT_EQ(text.Characters()[3], 0);
   ASSERT_EQ(ToText(text, BigHex("123456789abcdef0123"), 16), S_OK);
-  EXPECT_EQ(text.characters(), characters);
+  EXPECT_EQ(text.Characters(), characters);
   EXPECT_EQ(Narrow(text), "123456789abcdef0123");
   ASSERT_EQ(ToText(text, BigHex("f123456789abcdef0123"), 16), S_OK);
   EXPECT_EQ(Narrow(text), "f123456789abcdef0123");

@@ -21,7 +21,7 @@ constexpr HRESULT kNoMemory = static_cast<HRESULT>(0x8007000E);
 // What a value reads as: hexadecimal digits, or the status of a failure that left the number alone.
 std::string ReadAs(const VARIANT& value, NumberBase base = NumberBase::kDecimal) {
   BigInt n(0xABCD);
-  n.set_negative(true);
+  n.SetSignFlag(true);
   const HRESULT status = NumberFromVariant(n, value, base);
   if (FAILED(status)) {
     EXPECT_EQ(Hex(n), "-abcd");
@@ -30,8 +30,8 @@ std::string ReadAs(const VARIANT& value, NumberBase base = NumberBase::kDecimal)
     return text;
   }
   EXPECT_EQ(status, S_OK);
-  EXPECT_TRUE(n.negative()) << "the flag is not touched";
-  n.set_negative(false);
+  EXPECT_TRUE(n.SignFlag()) << "the flag is not touched";
+  n.SetSignFlag(false);
   return Hex(n);
 }
 

@@ -87,7 +87,7 @@ TEST(HexTextTest, OtherCharactersAnywhere) {
     const uint32_t often = 2 + Below(30);
     for (uint32_t j = 0; j < digits.length(); ++j) {
       while (Below(often) == 0) text.push_back(OLESTR(" -gG/:@`\xff\x130\xff11")[Below(11)]);
-      text.push_back(digits.characters()[j]);
+      text.push_back(digits.Characters()[j]);
     }
     BigInt read;
     ASSERT_EQ(FromHexText(read, text.data(), static_cast<uint32_t>(text.size())), S_OK);
@@ -103,7 +103,7 @@ TEST(DecimalTextTest, EveryGroupOfDigits) {
     NumberText text;
     ASSERT_EQ(ToText(text, n, 10), S_OK);
     ASSERT_EQ(Narrow(text), wanted);
-    ASSERT_EQ(n.getWord(0), static_cast<uint32_t>(std::strtoull(wanted, nullptr, 10)));
+    ASSERT_EQ(n.GetWord(0), static_cast<uint32_t>(std::strtoull(wanted, nullptr, 10)));
   }
 }
 

@@ -72,11 +72,11 @@ TEST(LimbBounds, RowsStayInside) {
     for (size_t n = 0; n < 40; ++n) {
       const GuardedLimbs x(guard, Ones(n, 1)), z(guard, Ones(n, 5));
       std::vector<Limb> expected = z.limbs();
-      EXPECT_EQ(k.mulAdd1(z.data(), x.data(), n, factor),
-                portable.mulAdd1(expected.data(), x.data(), n, factor));
+      EXPECT_EQ(k.mul_add1(z.data(), x.data(), n, factor),
+                portable.mul_add1(expected.data(), x.data(), n, factor));
       EXPECT_EQ(z.limbs(), expected) << n;
-      EXPECT_EQ(k.mulSub1(z.data(), x.data(), n, factor),
-                portable.mulSub1(expected.data(), x.data(), n, factor));
+      EXPECT_EQ(k.mul_sub1(z.data(), x.data(), n, factor),
+                portable.mul_sub1(expected.data(), x.data(), n, factor));
       EXPECT_EQ(z.limbs(), expected) << n;
       EXPECT_EQ(k.mul1(z.data(), x.data(), n, factor),
                 portable.mul1(expected.data(), x.data(), n, factor));

@@ -108,10 +108,10 @@ TEST_P(LimbKernelsTest, Mul1) {
   CheckRow(kernels_->mul1, 1, false);
 }
 TEST_P(LimbKernelsTest, MulAdd1) {
-  CheckRow(kernels_->mulAdd1, 1, true);
+  CheckRow(kernels_->mul_add1, 1, true);
 }
 TEST_P(LimbKernelsTest, MulSub1) {
-  CheckRow(kernels_->mulSub1, -1, true);
+  CheckRow(kernels_->mul_sub1, -1, true);
 }
 
 TEST_P(LimbKernelsTest, ProductsAndSquares) {

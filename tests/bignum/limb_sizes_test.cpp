@@ -93,20 +93,20 @@ TEST_F(LimbSizesTest, BoundsOfWorkingMemoryDoNotWrap) {
     EXPECT_EQ(MultiplyScratch(SIZE_MAX, n).value(), kTooLarge) << n;
     EXPECT_EQ(MontgomeryScratch(n).value(), kTooLarge) << n;
   }
-  EXPECT_EQ(EqualScratch(SIZE_MAX / 4 - 127).value(), kTooLarge);
-  EXPECT_LT(EqualScratch(SIZE_MAX / 4 - 128).value(), kTooLarge);
+  EXPECT_EQ(BalancedScratch(SIZE_MAX / 4 - 127).value(), kTooLarge);
+  EXPECT_LT(BalancedScratch(SIZE_MAX / 4 - 128).value(), kTooLarge);
   EXPECT_EQ(DivideScratch(SIZE_MAX, SIZE_MAX / 13 + 1).value(), kTooLarge);
-  EXPECT_EQ(DecimalDigitsRoom(SIZE_MAX / kDecimalDigits + 1).value(), kTooLarge);
-  EXPECT_LT(DecimalDigitsRoom(SIZE_MAX / kDecimalDigits / 2).value(), kTooLarge);
+  EXPECT_EQ(DecimalRoom(SIZE_MAX / kDecimalDigits + 1).value(), kTooLarge);
+  EXPECT_LT(DecimalRoom(SIZE_MAX / kDecimalDigits / 2).value(), kTooLarge);
 }
 
 TEST_F(LimbSizesTest, ScratchThatIsTooLargeIsNotAskedFor) {
   const size_t quarter = SIZE_MAX / 4;
   const LimbScratch wrapped(4 * CheckedSize(quarter) + 8);  // 4 limbs, if the count wrapped
-  EXPECT_EQ(wrapped.get(), nullptr);
+  EXPECT_EQ(wrapped.Get(), nullptr);
   const size_t addressable = SIZE_MAX / sizeof(Limb) + 1;
   const LimbScratch wide{CheckedSize(addressable)};  // no bytes, if the product wrapped
-  EXPECT_EQ(wide.get(), nullptr);
+  EXPECT_EQ(wide.Get(), nullptr);
   EXPECT_EQ(asked_times, 0u);
 }
 
@@ -116,11 +116,11 @@ TEST_F(LimbSizesTest, NumbersHaveBitsThatCanBeCounted) {
     GTEST_SKIP() << "a size_t of 64 bits counts the bits of every number of 32-bit words";
   }
   BigMagnitude m;
-  EXPECT_FALSE(m.reserve(static_cast<uint32_t>(BigMagnitude::kMostWords)));
+  EXPECT_FALSE(m.Reserve(static_cast<uint32_t>(BigMagnitude::kMostWords)));
   EXPECT_EQ(asked_times, 1u);
-  EXPECT_FALSE(m.reserve(static_cast<uint32_t>(BigMagnitude::kMostWords + 1)));
-  EXPECT_FALSE(m.reserve(UINT32_MAX));
-  EXPECT_FALSE(m.setWord(UINT32_MAX - 1, 1));
+  EXPECT_FALSE(m.Reserve(static_cast<uint32_t>(BigMagnitude::kMostWords + 1)));
+  EXPECT_FALSE(m.Reserve(UINT32_MAX));
+  EXPECT_FALSE(m.SetWord(UINT32_MAX - 1, 1));
   EXPECT_EQ(asked_times, 1u);
 }
 
@@ -163,7 +163,7 @@ const LongOperation kLongOperations[] = {
      [](Limb* x, size_t n) {
        x[0] = 3;
        exponent[kExponentLimbs - 1] = kLimbMax;
-       return PowerModuloOdd(x, x, exponent, kExponentLimbs, x, n);
+       return MontgomeryPower(x, x, exponent, kExponentLimbs, x, n);
      }},
     {"power of two by an odd modulus", 16, 512,
      [](Limb* x, size_t n) {
@@ -184,7 +184,7 @@ const LongOperation kLongOperations[] = {
     {"division", 15, 770,
      [](Limb* x, size_t n) { return DivideLimbs(x, x, x, n + 128, x, n); }},
     {"greatest common divisor with a cofactor", 21, 545,
-     [](Limb* x, size_t n) { return EuclidRun().Run(x, n, x, n, true); }},
+     [](Limb* x, size_t n) { return LehmerGcd().Run(x, n, x, n, true); }},
 };
 
 TEST_F(LimbSizesTest, OperandsThatAreTooLongFindNoMemory) {
@@ -195,10 +195,10 @@ TEST_F(LimbSizesTest, OperandsThatAreTooLongFindNoMemory) {
     SCOPED_TRACE(operation.name);
     const size_t n = FirstTooLong(operation.factor, operation.more);
     LongLimbs x(operation.factor > 30 ? 2 * n + 128 : n + 128);
-    ASSERT_NE(x.get(), nullptr);
-    x.get()[n - 1] = 1;
+    ASSERT_NE(x.Get(), nullptr);
+    x.Get()[n - 1] = 1;
     asked_times = 0;
-    EXPECT_FALSE(operation.succeeds(x.get(), n));
+    EXPECT_FALSE(operation.succeeds(x.Get(), n));
     EXPECT_EQ(asked_times, 0u);
   }
 }

@@ -98,8 +98,8 @@ TEST(NextPrimeTest, Table) {
 }
 
 TEST(NextPrimeTest, NeverFindsATablePrime) {
-  for (uint32_t n = 0; n <= 1229; ++n) ASSERT_EQ(Next(BigInt(n)).getWord(0), 1229u) << n;
-  EXPECT_EQ(Next(BigInt(1230)).getWord(0), 1231u);
+  for (uint32_t n = 0; n <= 1229; ++n) ASSERT_EQ(Next(BigInt(n)).GetWord(0), 1229u) << n;
+  EXPECT_EQ(Next(BigInt(1230)).GetWord(0), 1231u);
 }
 
 TEST(NextPrimeTest, StartsBelowZero) {

@@ -30,7 +30,7 @@ BigInt PlainInverse(const BigInt& a, const BigInt& m) {
     t0 = t1;
     t1 = t;
   }
-  if (t0 < BigInt(0)) t0.add(m);
+  if (t0 < BigInt(0)) t0.Add(m);
   return t0;
 }
 
@@ -51,7 +51,7 @@ BigInt CallModExp(const BigInt& base, const BigInt& e, const BigInt& m) {
 }
 
 BigInt WithAnySign(BigInt n) {
-  n.set_negative(Below(2) != 0);
+  n.SetSignFlag(Below(2) != 0);
   return n;
 }
 
@@ -69,8 +69,8 @@ TEST(GcdTest, SmallOperandsOfEverySign) {
     for (int b = -40; b <= 40; ++b) {
       for (int zeros = 0; zeros < 4; ++zeros) {
         BigInt x = Big(std::to_string(a)), y = Big(std::to_string(b));
-        if (a == 0) x.set_negative((zeros & 1) != 0);
-        if (b == 0) y.set_negative((zeros & 2) != 0);
+        if (a == 0) x.SetSignFlag((zeros & 1) != 0);
+        if (b == 0) y.SetSignFlag((zeros & 2) != 0);
         ASSERT_EQ(Hex(CallGcd(x, y)), Hex(PlainGcd(x, y))) << a << " " << b;
       }
     }
@@ -110,7 +110,7 @@ TEST(InverseTest, SmallOperandsOfEverySign) {
       if (m == 0) continue;
       for (int zeros = 0; zeros < 2; ++zeros) {
         BigInt x = Big(std::to_string(a));
-        if (a == 0) x.set_negative(zeros != 0);
+        if (a == 0) x.SetSignFlag(zeros != 0);
         const BigInt y = Big(std::to_string(m));
         ASSERT_EQ(Hex(CallInverse(x, y)), Hex(PlainInverse(x, y))) << a << " " << m;
       }
@@ -187,7 +187,7 @@ TEST(ModExpTest, EverySmallOperand) {
     for (uint32_t base = 0; base < 60; ++base) {
       uint32_t power = 1 % m;
       for (uint32_t e = 0; e < 12; ++e) {
-        ASSERT_EQ(CallModExp(BigInt(base), BigInt(e), BigInt(m)).getWord(0), power)
+        ASSERT_EQ(CallModExp(BigInt(base), BigInt(e), BigInt(m)).GetWord(0), power)
             << base << "^" << e << " mod " << m;
         power = power * base % m;
       }
@@ -222,11 +222,11 @@ TEST(ModExpTest, TheResultInAnOperandsPlaceIsTheSame) {
   for (const uint32_t word : {0u, 1u, 2u, 3u, 8u, 0xFFFFFFFFu}) {
     values.push_back(BigInt(word));
     values.push_back(BigInt(word));
-    values.back().set_negative(true);
+    values.back().SetSignFlag(true);
   }
   values.push_back(RandomBigOf(80));
   values.push_back(values.back());
-  values.back().set_negative(true);
+  values.back().SetSignFlag(true);
   for (const BigInt& base : values) {
     for (const BigInt& e : values) {
       for (const BigInt& m : values) {
@@ -241,7 +241,7 @@ TEST(ModExpTest, TheResultInAnOperandsPlaceIsTheSame) {
         for (size_t i = 0; i < 3; ++i) {
           const BigInt& wanted = SUCCEEDED(status) ? apart : *operands[i];
           ASSERT_EQ(Hex(*results[i]), Hex(wanted)) << i;
-          ASSERT_EQ(results[i]->negative(), wanted.negative()) << i;
+          ASSERT_EQ(results[i]->SignFlag(), wanted.SignFlag()) << i;
         }
       }
     }
@@ -254,17 +254,17 @@ TEST(ModExpTest, AModulusOfOneKeepsTheSignOfAnOddPower) {
   for (const bool negative : {false, true}) {
     for (const uint32_t e : {1u, 2u, 3u}) {
       BigInt r(5);
-      r.set_negative(negative);
+      r.SetSignFlag(negative);
       ASSERT_EQ(ModExp(r, r, BigInt(e), BigInt(1)), S_OK);
       EXPECT_TRUE(r.IsZero());
-      EXPECT_EQ(r.negative(), negative && e % 2 != 0) << e;
+      EXPECT_EQ(r.SignFlag(), negative && e % 2 != 0) << e;
     }
     // The exponent zero makes a number of its own.
     BigInt r(5);
-    r.set_negative(negative);
+    r.SetSignFlag(negative);
     ASSERT_EQ(ModExp(r, r, BigInt(0), BigInt(1)), S_OK);
     EXPECT_TRUE(r.IsZero());
-    EXPECT_FALSE(r.negative());
+    EXPECT_FALSE(r.SignFlag());
   }
 }
 
@@ -291,15 +291,15 @@ TEST(NumberTheoryTest, FailuresPassOn) {
 }
 
 TEST(PowerKernelTest, ThePortableRowTakesEverything) {
-  EXPECT_EQ(ChoosePowerKernel(1, 0).function, PowerModuloOdd);
-  EXPECT_EQ(ChoosePowerKernel(100000, 0).function, PowerModuloOdd);
+  EXPECT_EQ(ChoosePowerKernel(1, 0).function, MontgomeryPower);
+  EXPECT_EQ(ChoosePowerKernel(100000, 0).function, MontgomeryPower);
   for (const size_t bits : {size_t{0}, size_t{1}, SIZE_MAX}) {
     const PowerKernel& last = ChoosePowerKernel(bits, 0);
     EXPECT_STREQ(last.name, "montgomery");
     EXPECT_EQ(last.needs, 0u);
     EXPECT_EQ(last.least_bits, 0u);
     EXPECT_EQ(last.most_bits, SIZE_MAX);
-    EXPECT_EQ(last.function, PowerModuloOdd);
+    EXPECT_EQ(last.function, MontgomeryPower);
   }
 }
 

@@ -37,10 +37,10 @@ TEST(FermatBatchTest, EachNumberAndBaseForItself) {
   int taken = 0;
   for (uint32_t bits = 100; bits < 1300; bits += 1 + Below(12 * kFewerCases)) {
     const FermatBatch batch(bits);
-    if (batch.capacity() == 0) continue;
-    ASSERT_LE(batch.capacity(), FermatBatch::kMost);
+    if (batch.Capacity() == 0) continue;
+    ASSERT_LE(batch.Capacity(), FermatBatch::kMost);
     const size_t n = (bits + kLimbBits - 1) / kLimbBits + Below(2);
-    const size_t count = 1 + Below(static_cast<uint32_t>(batch.capacity()));
+    const size_t count = 1 + Below(static_cast<uint32_t>(batch.Capacity()));
     const bool only_two = Below(2) == 0;
     Limbs candidates, bases;
     uint32_t wanted = 0;
@@ -66,7 +66,7 @@ TEST(FermatBatchTest, EachNumberAndBaseForItself) {
   }
   RecordProperty("taken", taken);
   // Other processors have no batches at all, none of them half.
-  EXPECT_EQ(taken != 0, FermatBatch(1024).capacity() != 0);
+  EXPECT_EQ(taken != 0, FermatBatch(1024).Capacity() != 0);
 }
 
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
@@ -78,7 +78,7 @@ void Import(Mpz& z, const Limb* x, size_t n) {
 class DigitTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    if ((kFeaturesForDigits & ~ProcessorFeatures()) != 0) GTEST_SKIP() << "ifma not here";
+    if ((kRadix52Features & ~ProcessorFeatures()) != 0) GTEST_SKIP() << "ifma not here";
   }
 };
 
@@ -86,29 +86,29 @@ TEST_F(DigitTest, SplitAndJoin) {
   for (int i = 0; i < Cases(500); ++i) {
     const BigInt n = RandomBig(2000);
     const Mpz z(n);
-    const size_t limbs = n.used() / 2 + 1;
+    const size_t limbs = n.Used() / 2 + 1;
     const Limbs x = ToLimbs(z, limbs);
-    const size_t count = DigitsFor(limbs * kLimbBits, Below(60));
+    const size_t count = Radix52Count(limbs * kLimbBits, Below(60));
     Limbs digits(count), joined(limbs, 5);
-    SplitDigits(digits.data(), count, x.data(), limbs);
+    ToRadix52(digits.data(), count, x.data(), limbs);
     Mpz sum, digit;
     for (size_t j = count; j-- != 0;) {
-      ASSERT_LE(digits[j], kDigitMask);
-      mpz_mul_2exp(sum, sum, kDigitBits);
+      ASSERT_LE(digits[j], kRadix52Mask);
+      mpz_mul_2exp(sum, sum, kRadix52Bits);
       mpz_add_ui(sum, sum, digits[j]);
     }
     ASSERT_EQ(mpz_cmp(sum, z), 0);
-    JoinDigits(joined.data(), limbs, digits.data(), count);
+    FromRadix52(joined.data(), limbs, digits.data(), count);
     ASSERT_EQ(joined, x);
   }
 }
 
 TEST_F(DigitTest, Products) {
-  for (size_t vectors = 1; vectors <= kMostDigitVectors; ++vectors) {
-    const size_t padded = vectors * kVectorDigits;
+  for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
+    const size_t padded = vectors * kRadix52PerVector;
     for (int i = 0; i < Cases(300); ++i) {
       const size_t count = vectors == 1 ? 2 + Below(7) : padded - Below(8);
-      const uint32_t most = static_cast<uint32_t>(count * kDigitBits - 2);
+      const uint32_t most = static_cast<uint32_t>(count * kRadix52Bits - 2);
       Mpz m, x, y, base, inverse, product, got;
       RandomModulus(m, i % 2 == 0 ? most : most - Below(60), i);
       // Operands up to twice the modulus, and next to it.
@@ -120,25 +120,25 @@ TEST_F(DigitTest, Products) {
       if (i % 3 == 0) mpz_sub_ui(x, twice, 1);
       if (i % 6 == 0) mpz_sub_ui(y, twice, 1 + Below(2));
       if (i % 7 == 0) mpz_set(y, x);
-      mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kDigitBits));
+      mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kRadix52Bits));
       mpz_invert(inverse, base, m);
       mpz_mul(product, x, y);
       mpz_mul(product, product, inverse);
       mpz_mod(product, product, m);
       Mpz low, digit_base;
-      mpz_setbit(digit_base, kDigitBits);
+      mpz_setbit(digit_base, kRadix52Bits);
       mpz_invert(low, m, digit_base);
-      const Limb negated = ((Limb{1} << kDigitBits) - mpz_get_ui(low)) << 12;
+      const Limb negated = ((Limb{1} << kRadix52Bits) - mpz_get_ui(low)) << 12;
 
       const size_t limbs = padded;
       Limbs xd(padded), yd(padded), md(padded), zd(padded, ~Limb{0}), joined(limbs);
-      SplitDigits(xd.data(), padded, ToLimbs(x, limbs).data(), limbs);
-      SplitDigits(yd.data(), padded, ToLimbs(y, limbs).data(), limbs);
-      SplitDigits(md.data(), padded, ToLimbs(m, limbs).data(), limbs);
-      const DigitProduct multiply = DigitProductOf(vectors);
+      ToRadix52(xd.data(), padded, ToLimbs(x, limbs).data(), limbs);
+      ToRadix52(yd.data(), padded, ToLimbs(y, limbs).data(), limbs);
+      ToRadix52(md.data(), padded, ToLimbs(m, limbs).data(), limbs);
+      const Radix52Product multiply = Radix52ProductFor(vectors);
       multiply(zd.data(), xd.data(), yd.data(), md.data(), count, negated);
-      for (size_t j = 0; j < padded; ++j) ASSERT_LE(zd[j], j < count ? kDigitMask : 0) << j;
-      JoinDigits(joined.data(), limbs, zd.data(), padded);
+      for (size_t j = 0; j < padded; ++j) ASSERT_LE(zd[j], j < count ? kRadix52Mask : 0) << j;
+      FromRadix52(joined.data(), limbs, zd.data(), padded);
       Import(got, joined.data(), limbs);
       ASSERT_LT(mpz_cmp(got, twice), 0);
       mpz_mod(got, got, m);
@@ -152,24 +152,24 @@ TEST_F(DigitTest, Products) {
 // Digits that are full pass carries on through all vectors: (m + k) * 2^(52 count) mod m is a power
 // whose products with one end in long runs of ones.
 TEST_F(DigitTest, CarriesThroughFullDigits) {
-  for (size_t vectors = 1; vectors <= kMostDigitVectors; ++vectors) {
-    const size_t count = vectors * kVectorDigits;
+  for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
+    const size_t count = vectors * kRadix52PerVector;
     Mpz m, base, x, got, twice;
-    mpz_setbit(m, static_cast<mp_bitcnt_t>(count * kDigitBits - 2));
+    mpz_setbit(m, static_cast<mp_bitcnt_t>(count * kRadix52Bits - 2));
     mpz_sub_ui(m, m, 1);
-    mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kDigitBits));
-    for (size_t bit = 1; bit + 3 < count * kDigitBits; bit += 17) {
+    mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kRadix52Bits));
+    for (size_t bit = 1; bit + 3 < count * kRadix52Bits; bit += 17) {
       Mpz value;
       mpz_setbit(value, static_cast<mp_bitcnt_t>(bit));
       mpz_mul(x, value, base);
       mpz_mod(x, x, m);
       Limbs xd(count), one(count), md(count), zd(count), joined(count);
       one[0] = 1;
-      SplitDigits(xd.data(), count, ToLimbs(x, count).data(), count);
-      SplitDigits(md.data(), count, ToLimbs(m, count).data(), count);
+      ToRadix52(xd.data(), count, ToLimbs(x, count).data(), count);
+      ToRadix52(md.data(), count, ToLimbs(m, count).data(), count);
       // m = -1 mod 2^52, so that -1 / m is 1.
-      DigitProductOf(vectors)(zd.data(), xd.data(), one.data(), md.data(), count, Limb{1} << 12);
-      JoinDigits(joined.data(), count, zd.data(), count);
+      Radix52ProductFor(vectors)(zd.data(), xd.data(), one.data(), md.data(), count, Limb{1} << 12);
+      FromRadix52(joined.data(), count, zd.data(), count);
       Import(got, joined.data(), count);
       mpz_mod(got, got, m);
       ASSERT_EQ(mpz_cmp(got, value), 0) << vectors << " " << bit;
@@ -192,8 +192,8 @@ void ExpectSamePower(uint32_t bits, uint32_t exponent_bits, int i) {
   const size_t en = (exponent_bits + kLimbBits - 1) / kLimbBits;
   const Limbs base = ToLimbs(x, n), e = ToLimbs(exponent, en);
   Limbs by_digits(n, 1), by_limbs(n, 2);
-  ASSERT_TRUE(PowerModuloOddIfma(by_digits.data(), base.data(), e.data(), en, modulus.data(), n));
-  ASSERT_TRUE(PowerModuloOdd(by_limbs.data(), base.data(), e.data(), en, modulus.data(), n));
+  ASSERT_TRUE(Radix52Power(by_digits.data(), base.data(), e.data(), en, modulus.data(), n));
+  ASSERT_TRUE(MontgomeryPower(by_limbs.data(), base.data(), e.data(), en, modulus.data(), n));
   ASSERT_EQ(by_digits, by_limbs) << bits;
   Mpz power;
   mpz_powm(power, x, exponent, m);
@@ -201,13 +201,13 @@ void ExpectSamePower(uint32_t bits, uint32_t exponent_bits, int i) {
 }
 
 TEST_F(DigitTest, PowersOfAllSizes) {
-  for (uint32_t bits = 60; bits <= kDigitPowerMostBits; bits += 1 + Below(bits / 16)) {
+  for (uint32_t bits = 60; bits <= kRadix52PowerMostBits; bits += 1 + Below(bits / 16)) {
     ExpectSamePower(bits, 1 + Below(200), static_cast<int>(bits));
   }
   // Where the digits or their vectors become one more, and the ends.
   for (uint32_t digits = 8; digits <= 80; digits += 8) {
-    for (uint32_t bits = digits * kDigitBits - 4; bits <= digits * kDigitBits; ++bits) {
-      if (bits > kDigitPowerMostBits) break;
+    for (uint32_t bits = digits * kRadix52Bits - 4; bits <= digits * kRadix52Bits; ++bits) {
+      if (bits > kRadix52PowerMostBits) break;
       for (int i = 0; i < Cases(3); ++i) ExpectSamePower(bits, 1 + Below(40), i * 3);
     }
   }
@@ -222,11 +222,11 @@ TEST_F(DigitTest, PowersWithLongExponents) {
 
 TEST_F(DigitTest, TheRowTakesItsSizesOnly) {
   const uint32_t all = ~0u;
-  EXPECT_EQ(ChoosePowerKernel(kDigitPowerLeastBits, all).function, PowerModuloOddIfma);
-  EXPECT_EQ(ChoosePowerKernel(kDigitPowerMostBits, all).function, PowerModuloOddIfma);
-  EXPECT_EQ(ChoosePowerKernel(kDigitPowerLeastBits - 1, all).function, PowerModuloOdd);
-  EXPECT_EQ(ChoosePowerKernel(kDigitPowerMostBits + 1, all).function, PowerModuloOdd);
-  EXPECT_EQ(ChoosePowerKernel(2048, all & ~kFeatureAvx512Ifma).function, PowerModuloOdd);
+  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerLeastBits, all).function, Radix52Power);
+  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerMostBits, all).function, Radix52Power);
+  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerLeastBits - 1, all).function, MontgomeryPower);
+  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerMostBits + 1, all).function, MontgomeryPower);
+  EXPECT_EQ(ChoosePowerKernel(2048, all & ~kFeatureAvx512Ifma).function, MontgomeryPower);
 }
 
 #endif

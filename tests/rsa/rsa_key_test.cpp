@@ -179,7 +179,7 @@ BigInt StepByStep(const RsaKey& key, const Bn& c) {
   BN_mod(rest, Times(difference, p_inverse), q, Context());
   BN_add(result, m1, Times(p, rest));
   BigInt here = result.Here();
-  here.set_negative(BN_is_negative(static_cast<const BIGNUM*>(result)));
+  here.SetSignFlag(BN_is_negative(static_cast<const BIGNUM*>(result)));
   return here;
 }
 
@@ -209,11 +209,11 @@ uint32_t Draw(std::mt19937* generator) {
 BigInt RandomBits(std::mt19937* generator, uint32_t bits) {
   BigInt n;
   BigMagnitude* const m = n.Rewrite((bits + 31) / 32);
-  for (uint32_t i = 0; i < (bits + 31) / 32; ++i) m->digits()[i] = Draw(generator);
+  for (uint32_t i = 0; i < (bits + 31) / 32; ++i) m->Words()[i] = Draw(generator);
   const uint32_t top = (bits - 1) % 32;
-  uint32_t* const last = m->digits() + (bits - 1) / 32;
+  uint32_t* const last = m->Words() + (bits - 1) / 32;
   *last = (*last & ((1u << top) - 1)) | 1u << top;
-  m->normalise();
+  m->Normalise();
   return n;
 }
 
@@ -257,7 +257,7 @@ HRESULT StepByStepWithSigns(BigInt& r, const RsaKey& key, const BigInt& c) {
   if (SUCCEEDED(status)) status = Inverse(p_inverse, key.p, key.q);
   if (SUCCEEDED(status)) status = ModExp(m1, c % key.p, d % p_less_1, key.p);
   if (SUCCEEDED(status)) status = ModExp(m2, c % key.q, d % q_less_1, key.q);
-  if (SUCCEEDED(status) && m2 < m1) status = m2.add(key.q);
+  if (SUCCEEDED(status) && m2 < m1) status = m2.Add(key.q);
   if (SUCCEEDED(status)) r = m1 + key.p * (((m2 - m1) * p_inverse) % key.q);
   return status;
 }
@@ -269,16 +269,16 @@ TEST(RsaKeyTest, SignsGoThroughTheSameSteps) {
                        RandomBits(&generator, 2 + Draw(&generator) % 30),
                        RandomBits(&generator, 2 + Draw(&generator) % 30), BigInt(1));
     BigInt c = RandomBits(&generator, 1 + Draw(&generator) % 60);
-    key.e.set_negative(i % 2 != 0);
-    key.p.set_negative(i % 4 / 2 != 0);
-    key.q.set_negative(i % 8 / 4 != 0);
-    c.set_negative(i % 16 / 8 != 0);
+    key.e.SetSignFlag(i % 2 != 0);
+    key.p.SetSignFlag(i % 4 / 2 != 0);
+    key.q.SetSignFlag(i % 8 / 4 != 0);
+    c.SetSignFlag(i % 16 / 8 != 0);
     BigInt expected, r;
     const HRESULT status = StepByStepWithSigns(expected, key, c);
     ASSERT_EQ(RsaDecryptWithPrimes(r, key, c), status == DISP_E_DIVBYZERO ? E_INVALIDARG : status);
     if (SUCCEEDED(status)) {
       ASSERT_EQ(Hex(r), Hex(expected)) << i;
-      ASSERT_EQ(r.negative(), expected.negative()) << i;
+      ASSERT_EQ(r.SignFlag(), expected.SignFlag()) << i;
     }
   }
 }
@@ -307,7 +307,7 @@ TEST(RsaKeyTest, ValuesKeptAreThoseOfTheKey) {
     expect_fresh(key);
     key.p.Swap(key.q);
     expect_fresh(key);
-    ASSERT_EQ(key.p.add(BigInt(2)), S_OK);  // in place
+    ASSERT_EQ(key.p.Add(BigInt(2)), S_OK);  // in place
     expect_fresh(key);
     for (BigInt RsaKey::*const field : {&RsaKey::e, &RsaKey::p, &RsaKey::q}) {
       const BigInt before = key.*field;
@@ -371,7 +371,7 @@ TEST(RsaKeyTest, BlockSizes) {
   for (uint32_t bits = 1; bits < 100; ++bits) {
     const BigInt least =
         FromHex(std::string(1, "1248"[(bits - 1) % 4]) + std::string((bits - 1) / 4, '0'));
-    ASSERT_EQ(least.bitLength(), bits);
+    ASSERT_EQ(least.BitLength(), bits);
     const size_t bytes = static_cast<size_t>(BlockSize(least));
     EXPECT_TRUE(FromHex(std::string(2 * bytes, 'f')) < least);
     EXPECT_FALSE(FromHex(std::string(2 * bytes + 2, 'f')) < least);

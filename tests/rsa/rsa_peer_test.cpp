@@ -35,7 +35,7 @@ class RsaPeerTest : public PlannedTest, public testing::WithParamInterface<int> 
 TEST_P(RsaPeerTest, OurKeys) {
   RsaKey key;
   ASSERT_EQ(BuildRandomKey(key, GetParam() / 8, true), S_OK);
-  ASSERT_EQ(key.n.bitLength(), static_cast<unsigned>(GetParam()));
+  ASSERT_EQ(key.n.BitLength(), static_cast<unsigned>(GetParam()));
   ExpectKeyHolds(key);
   ExpectSameAsPeer(key);
 }

@@ -117,7 +117,7 @@ TEST_F(RsaRandomKeyTest, ExactSizesAreExact) {
     for (int i = 0; i < 8; ++i) {
       RsaKey key;
       ASSERT_EQ(BuildRandomKey(key, size, kExact), S_OK);
-      EXPECT_EQ(key.n.bitLength(), 16u * static_cast<unsigned>(size / 2)) << size;
+      EXPECT_EQ(key.n.BitLength(), 16u * static_cast<unsigned>(size / 2)) << size;
       ExpectKeyHolds(key);
     }
   }
@@ -128,7 +128,7 @@ TEST_F(RsaRandomKeyTest, OtherSizesAreAByteMore) {
     for (int i = 0; i < 4; ++i) {
       RsaKey key;
       ASSERT_EQ(BuildRandomKey(key, size, !kExact), S_OK);
-      EXPECT_EQ(key.n.bitLength(), 16u * static_cast<unsigned>(size / 2) + 8) << size;
+      EXPECT_EQ(key.n.BitLength(), 16u * static_cast<unsigned>(size / 2) + 8) << size;
       ExpectKeyHolds(key);
     }
   }
@@ -141,7 +141,7 @@ TEST_F(RsaRandomKeyTest, TheSystemsOwnSourceAndClock) {
   for (int i = 0; i < 20; ++i) {
     RsaKey key;
     ASSERT_EQ(BuildRandomKey(key, 32, kExact), S_OK);
-    EXPECT_EQ(key.n.bitLength(), 256u);
+    EXPECT_EQ(key.n.BitLength(), 256u);
     ExpectKeyHolds(key);
     for (const std::string& old : seen) EXPECT_NE(Hex(key.n), old);
     seen.push_back(Hex(key.n));

@@ -74,8 +74,8 @@ inline std::string Hex(const BigInt& n) {
   if (n.IsZero()) return "0";
   NumberText text;
   EXPECT_EQ(ToText(text, n, 16), S_OK);
-  return std::string(n.negative() ? 1 : 0, '-') +
-         std::string(text.characters(), text.characters() + text.length());
+  return std::string(n.SignFlag() ? 1 : 0, '-') +
+         std::string(text.Characters(), text.Characters() + text.Length());
 }
 inline BigInt FromHex(const std::string& digits) {
   const std::basic_string<OLECHAR> wide(digits.begin(), digits.end());
@@ -98,7 +98,7 @@ inline void ExpectKeyHolds(const RsaKey& key) {
   EXPECT_TRUE(IsPrime(q));
   EXPECT_TRUE(BN_is_odd(static_cast<const BIGNUM*>(e)));
   for (const BigInt* number : {&key.n, &key.e, &key.p, &key.q, &key.d}) {
-    EXPECT_FALSE(number->negative());
+    EXPECT_FALSE(number->SignFlag());
   }
 }
 

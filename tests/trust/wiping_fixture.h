@@ -221,9 +221,9 @@ class WipingTest : public testing::Test {
     if (bytes.size() < 16) return;
     WatchForNumber(bytes);
     Bytes digits;
-    for (uint64_t bit = 0; bit < number.bitLength(); bit += 52) {
+    for (uint64_t bit = 0; bit < number.BitLength(); bit += 52) {
       uint64_t digit = 0;
-      for (unsigned i = 0; i < 52; ++i) digit |= uint64_t{number.testBit(bit + i)} << i;
+      for (unsigned i = 0; i < 52; ++i) digit |= uint64_t{number.TestBit(bit + i)} << i;
       for (unsigned i = 0; i < 8; ++i) digits.push_back(static_cast<uint8_t>(digit >> (8 * i)));
     }
     digits.resize(std::min(digits.size(), size_t{512}));
@@ -236,7 +236,7 @@ class WipingTest : public testing::Test {
   }
   // x * 2^bits mod m, for each number of bits that Montgomery's form may have there.
   static void WatchForMontgomeryForms(const BigInt& x, const BigInt& m) {
-    const uint64_t bits = m.bitLength();
+    const uint64_t bits = m.BitLength();
     const uint64_t limbs = (bits + kLimbBits - 1) / kLimbBits * kLimbBits;
     const uint64_t digits = (bits + 2 + 51) / 52 * 52;
     for (const uint64_t shift : {limbs, digits}) WatchForDigits(x * PowerOfTwo(shift) % m);
@@ -250,12 +250,12 @@ class WipingTest : public testing::Test {
       for (size_t prime = 100; prime < 200; ++prime) {  // the first are too small to tell
         const uint32_t p = kSmallPrimes.primes[prime];
         const BigInt residue = number % BigInt(p);
-        const uint16_t first = static_cast<uint16_t>((p - residue.getWord(0)) % p);
+        const uint16_t first = static_cast<uint16_t>((p - residue.GetWord(0)) % p);
         residues.push_back(static_cast<uint8_t>(first));
         residues.push_back(static_cast<uint8_t>(first >> 8));
       }
       WatchFor(residues);
-      ASSERT_EQ(number.add(BigInt(window)), S_OK);
+      ASSERT_EQ(number.Add(BigInt(window)), S_OK);
     }
   }
 

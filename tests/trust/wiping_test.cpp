@@ -340,7 +340,7 @@ TEST_F(WipingTest, ResiduesOfThePrimeSearch) {
     for (const Bytes& start : {first, second}) {
       const BigInt number = NumberOf(start);
       // Offsets that are looked at together.
-      const uint32_t window = std::max(static_cast<uint32_t>(number.bitLength()) * 4, 512u);
+      const uint32_t window = std::max(static_cast<uint32_t>(number.BitLength()) * 4, 512u);
       WatchForResidues(number, window, 6);
     }
     StartWatchingForSecrets();
