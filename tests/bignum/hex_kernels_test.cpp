@@ -85,7 +85,7 @@ TEST(HexTextTest, OtherCharactersAnywhere) {
     ASSERT_EQ(ToText(digits, n, 16), S_OK);
     Text text;
     const uint32_t often = 2 + Below(30);
-    for (uint32_t j = 0; j < digits.length(); ++j) {
+    for (uint32_t j = 0; j < digits.Length(); ++j) {
       while (Below(often) == 0) text.push_back(OLESTR(" -gG/:@`\xff\x130\xff11")[Below(11)]);
       text.push_back(digits.Characters()[j]);
     }

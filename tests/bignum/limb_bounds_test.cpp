@@ -140,9 +140,9 @@ TEST(LimbBounds, ScratchHoldsItsLimbs) {
   for (size_t count = 1; count < 200; ++count) {
     const GuardedMemory memory(Guard::kBehind, sizeof(LimbScratch));
     LimbScratch* const scratch = new (memory.data()) LimbScratch(CheckedSize(count));
-    ASSERT_NE(scratch->get(), nullptr);
-    for (size_t i = 0; i < count; ++i) scratch->get()[i] = static_cast<Limb>(i + 1);
-    EXPECT_EQ(scratch->get()[count - 1], count);
+    ASSERT_NE(scratch->Get(), nullptr);
+    for (size_t i = 0; i < count; ++i) scratch->Get()[i] = static_cast<Limb>(i + 1);
+    EXPECT_EQ(scratch->Get()[count - 1], count);
     scratch->~LimbScratch();
   }
 }

@@ -195,10 +195,10 @@ TEST_F(LimbSizesTest, OperandsThatAreTooLongFindNoMemory) {
     SCOPED_TRACE(operation.name);
     const size_t n = FirstTooLong(operation.factor, operation.more);
     LongLimbs x(operation.factor > 30 ? 2 * n + 128 : n + 128);
-    ASSERT_NE(x.Get(), nullptr);
-    x.Get()[n - 1] = 1;
+    ASSERT_NE(x.get(), nullptr);
+    x.get()[n - 1] = 1;
     asked_times = 0;
-    EXPECT_FALSE(operation.succeeds(x.Get(), n));
+    EXPECT_FALSE(operation.succeeds(x.get(), n));
     EXPECT_EQ(asked_times, 0u);
   }
 }
