@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "fuzz_input.h"
-#include "registry_text.h"
+#include "registry/registry_text.h"
 
 using namespace mirolta;
 using namespace mirolta::fuzz;

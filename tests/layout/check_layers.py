@@ -34,7 +34,7 @@ FORBIDDEN = {
     "rsa/object/rsa_crypt_object.cpp": ["class_table.h", "cipher_engine.h"],
     "streams/stream_binding.cpp": ["class_table.h", "big_int.h"],
     "module/class_table.cpp": ["script_engine.h", "value_marshal.h"],
-    "platform/runtime/bstr.cpp": ["object_core.h", "byte_buffer.h", "script_engine.h"],
+    "platform/runtime/texts/bstr.cpp": ["object_core.h", "byte_buffer.h", "script_engine.h"],
 }
 
 MODULE_FOLDERS = ["automation", "hash", "cipher", "bignum", "rsa", "streams", "module", "include"]

@@ -1,0 +1,249 @@
+#include <algorithm>
+#include <bit>
+#include <cerrno>
+#include <cstring>
+
+#include "charsets/character_set_table.h"
+#include "charsets/utf7_text.h"
+#include "charsets/utf8_text.h"
+#include "portable/system.h"
+
+namespace mirolta {
+namespace {
+
+constexpr DWORD kRefuseInvalid = 0x08;   // MB_ERR_INVALID_CHARS
+constexpr DWORD kRefuseUnpaired = 0x80;  // WC_ERR_INVALID_CHARS, for UTF-8 only
+constexpr uint32_t kReplacement = 0xFFFD;
+constexpr const char* kUtf16Name =
+    std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
+
+// Output takes what a conversion writes, or only counts it if the caller's capacity is 0.
+template <typename Unit>
+class Output {
+ public:
+  Output(Unit* place, INT capacity) : place_(place), capacity_(static_cast<size_t>(capacity)) {}
+  void Put(const Unit* units, size_t count) {
+    if (!counting() && count <= capacity_ - std::min(capacity_, size_)) {
+      std::memcpy(place_ + size_, units, count * sizeof(Unit));
+    }
+    size_ += count;
+  }
+  void Put(Unit unit) { Put(&unit, 1); }
+  // The length, or 0 if it does not fit or is beyond an INT.
+  INT Result() const {
+    if (size_ > 0x7FFFFFFF || (!counting() && size_ > capacity_)) return 0;
+    return static_cast<INT>(size_);
+  }
+
+ private:
+  bool counting() const { return capacity_ == 0; }
+  Unit* place_;
+  size_t capacity_;
+  size_t size_ = 0;
+};
+
+// What stands for characters that the set lacks.
+struct Default {
+  const char* bytes;
+  size_t size;
+  bool used;
+  void PutTo(Output<char>* out) {
+    out->Put(bytes, size);
+    used = true;
+  }
+};
+
+bool EncodeToUtf8(const WCHAR* text, size_t length, bool strict, Output<char>* out) {
+  for (size_t at = 0; at < length;) {
+    uint32_t point;
+    at += DecodeUtf16(text + at, length - at, &point);
+    if (IsHighSurrogate(point) || IsLowSurrogate(point)) {
+      if (strict) return false;
+      point = kReplacement;
+    }
+    char bytes[4];
+    out->Put(bytes, EncodeUtf8(point, bytes));
+  }
+  return true;
+}
+
+bool DecodeFromUtf8(const char* bytes, size_t size, bool strict, Output<WCHAR>* out) {
+  for (size_t at = 0; at < size;) {
+    uint32_t point;
+    at += DecodeUtf8(bytes + at, size - at, &point);
+    if (point == kNoCodePoint) {
+      if (strict) return false;
+      point = kReplacement;
+    }
+    if (point >= 0x10000) {
+      out->Put(static_cast<WCHAR>(0xD7C0u + (point >> 10)));
+      point = 0xDC00u | (point & 0x3FFu);
+    }
+    out->Put(static_cast<WCHAR>(point));
+  }
+  return true;
+}
+
+bool EncodeSingleByte(const CharacterSet& set, const WCHAR* text, size_t length, Default* missing,
+                      Output<char>* out) {
+  const SingleByteTable* table = TableOf(set);
+  if (table == nullptr) return false;
+  for (size_t i = 0; i < length; ++i) {
+    const INT byte = table->Encode(text[i]);
+    if (byte >= 0) {
+      out->Put(static_cast<char>(byte));
+    } else {
+      missing->PutTo(out);
+    }
+  }
+  return true;
+}
+
+bool DecodeSingleByte(const CharacterSet& set, const char* bytes, size_t size, bool strict,
+                      Output<WCHAR>* out) {
+  const SingleByteTable* table = TableOf(set);
+  if (table == nullptr) return false;
+  for (size_t i = 0; i < size; ++i) {
+    WCHAR character = table->decoded[static_cast<BYTE>(bytes[i])];
+    if (character == kUndefinedByte) {
+      if (strict) return false;
+      character = set.undecodable;
+    }
+    out->Put(character);
+  }
+  return true;
+}
+
+// Converts in[0..*left) until its end or something that is no character; moves in and left on.
+// `in` null writes what returns to the initial state. False: stopped before the end.
+template <typename Unit>
+bool Convert(const Converter& converter, char** in, size_t* left, Output<Unit>* out) {
+  for (;;) {
+    Unit block[256];
+    char* to = reinterpret_cast<char*>(block);
+    size_t room = sizeof(block);
+    const size_t result = iconv(converter.handle(), in, left, &to, &room);
+    const int error = errno;
+    out->Put(block, (sizeof(block) - room) / sizeof(Unit));
+    if (result != static_cast<size_t>(-1)) return true;
+    if (error != E2BIG) return false;
+  }
+}
+
+bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, Default* missing,
+                     Output<char>* out) {
+  const Converter converter(set.name, kUtf16Name);
+  if (!converter.valid()) return false;
+  char* in = reinterpret_cast<char*>(const_cast<WCHAR*>(text));  // iconv does not write to it
+  size_t left = length * sizeof(WCHAR);
+  while (!Convert(converter, &in, &left, out)) {
+    const size_t at = length - left / sizeof(WCHAR);
+    // The platform knows units, not pairs, in these sets: a pair gives two defaults.
+    uint32_t point;
+    const size_t taken = DecodeUtf16(text + at, length - at, &point);
+    for (size_t i = 0; i < taken; ++i) missing->PutTo(out);
+    in += taken * sizeof(WCHAR);
+    left -= taken * sizeof(WCHAR);
+  }
+  return Convert(converter, nullptr, nullptr, out);
+}
+
+bool DecodeMultiByte(const CharacterSet& set, const char* bytes, size_t size, bool strict,
+                     Output<WCHAR>* out) {
+  Converter converter(kUtf16Name, set.name);
+  if (!converter.valid()) return false;
+  char* in = const_cast<char*>(bytes);  // iconv does not write to it
+  size_t left = size;
+  while (!Convert(converter, &in, &left, out)) {
+    if (strict) return false;
+    out->Put(set.undecodable);
+    converter.Reset();
+    ++in;
+    --left;
+  }
+  return true;
+}
+
+void EncodeToUtf7(const WCHAR* text, size_t length, Output<char>* out) {
+  Utf7Encoder encoder;
+  char bytes[Utf7Encoder::kMaxBytes];
+  for (size_t i = 0; i < length; ++i) out->Put(bytes, encoder.Encode(text[i], bytes));
+  out->Put(bytes, encoder.End(bytes));
+}
+
+void DecodeFromUtf7(const char* bytes, size_t size, Output<WCHAR>* out) {
+  Utf7Decoder decoder;
+  WCHAR unit;
+  for (size_t i = 0; i < size; ++i) {
+    if (decoder.Decode(bytes[i], &unit)) out->Put(unit);
+  }
+}
+
+}  // namespace
+}  // namespace mirolta
+
+extern "C" INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, INT length,
+                                   LPSTR bytes, INT capacity, LPCSTR default_character,
+                                   BOOL* used_default) {
+  using namespace mirolta;
+  if (text == nullptr || length == 0 || capacity < 0) return 0;
+  if (capacity != 0 && bytes == nullptr) return 0;
+  const CharacterSet* set = FindCharacterSet(code_page);
+  if (set == nullptr) return 0;
+  // Where every character has a code there is no default to name, and the platform insists on it.
+  const bool complete = code_page == 65000 || code_page == 65001;
+  if (complete && (default_character != nullptr || used_default != nullptr)) return 0;
+
+  const size_t count = length < 0 ? WideLength(text) + 1 : static_cast<size_t>(length);
+  Default missing = {default_character == nullptr ? "?" : default_character, 1, false};
+  if (default_character != nullptr) missing.size = std::strlen(default_character);
+  Output<char> out(bytes, capacity);
+  bool converted = false;
+  switch (set->kind) {
+    case CharacterSetKind::kUtf8:
+      converted = EncodeToUtf8(text, count, (flags & kRefuseUnpaired) != 0, &out);
+      break;
+    case CharacterSetKind::kUtf7:
+      EncodeToUtf7(text, count, &out);
+      converted = true;
+      break;
+    case CharacterSetKind::kSingleByte:
+      converted = EncodeSingleByte(*set, text, count, &missing, &out);
+      break;
+    case CharacterSetKind::kMultiByte:
+      converted = EncodeMultiByte(*set, text, count, &missing, &out);
+      break;
+  }
+  if (used_default != nullptr) *used_default = missing.used ? TRUE : FALSE;
+  return converted ? out.Result() : 0;
+}
+
+extern "C" INT MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR bytes, INT length,
+                                   LPWSTR text, INT capacity) {
+  using namespace mirolta;
+  if (bytes == nullptr || length == 0 || capacity < 0) return 0;
+  if (capacity != 0 && text == nullptr) return 0;
+  const CharacterSet* set = FindCharacterSet(code_page);
+  if (set == nullptr) return 0;
+
+  const size_t count = length < 0 ? std::strlen(bytes) + 1 : static_cast<size_t>(length);
+  const bool strict = (flags & kRefuseInvalid) != 0;
+  Output<WCHAR> out(text, capacity);
+  bool converted = false;
+  switch (set->kind) {
+    case CharacterSetKind::kUtf8:
+      converted = DecodeFromUtf8(bytes, count, strict, &out);
+      break;
+    case CharacterSetKind::kUtf7:
+      DecodeFromUtf7(bytes, count, &out);
+      converted = !strict;  // the platform refuses the flag for this set
+      break;
+    case CharacterSetKind::kSingleByte:
+      converted = DecodeSingleByte(*set, bytes, count, strict, &out);
+      break;
+    case CharacterSetKind::kMultiByte:
+      converted = DecodeMultiByte(*set, bytes, count, strict, &out);
+      break;
+  }
+  return converted ? out.Result() : 0;
+}

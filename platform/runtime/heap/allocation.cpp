@@ -1,0 +1,81 @@
+#include "heap/allocation.h"
+
+#include <atomic>
+#include <cstdlib>
+
+#include "portable/system.h"
+#include "portable/test_hooks.h"
+
+namespace mirolta {
+namespace {
+
+constexpr LONG kOff = -1;
+
+// Allocations left before the failing one; negative while nothing is to fail.
+std::atomic<LONG> allocations_left{kOff};
+std::atomic<bool> has_failed{false};
+
+// MustFail counts one allocation. Exactly one caller is told to fail, however many threads race.
+bool MustFail() {
+  LONG left = allocations_left.load(std::memory_order_relaxed);
+  while (left >= 0) {
+    if (!allocations_left.compare_exchange_weak(left, left - 1)) continue;
+    if (left > 0) return false;
+    has_failed.store(true);
+    return true;
+  }
+  return false;
+}
+
+// A null result must mean failure, and the C library may answer null for size 0.
+size_t AtLeastOne(size_t size) {
+  return size == 0 ? 1 : size;
+}
+
+}  // namespace
+
+void* AllocateRuntime(size_t size) {
+  return MustFail() ? nullptr : std::malloc(AtLeastOne(size));
+}
+
+void* ReallocateRuntime(void* memory, size_t size) {
+  return MustFail() ? nullptr : std::realloc(memory, AtLeastOne(size));
+}
+
+void FreeRuntime(void* memory) {
+  std::free(memory);
+}
+
+extern "C" {
+
+void MiroltaFailAllocationAfter(LONG count) {
+  has_failed.store(false);
+  allocations_left.store(count < 0 ? kOff : count);
+}
+
+bool MiroltaAllocationHasFailed() {
+  return has_failed.load();
+}
+}
+
+}  // namespace mirolta
+
+extern "C" {
+
+LPVOID CoTaskMemAlloc(SIZE_T size) {
+  return mirolta::AllocateRuntime(size);
+}
+
+// As the platform: no memory is a plain allocation, and size 0 of a block frees it.
+LPVOID CoTaskMemRealloc(LPVOID memory, SIZE_T size) {
+  if (memory != nullptr && size == 0) {
+    mirolta::FreeRuntime(memory);
+    return nullptr;
+  }
+  return mirolta::ReallocateRuntime(memory, size);
+}
+
+void CoTaskMemFree(LPVOID memory) {
+  mirolta::FreeRuntime(memory);
+}
+}

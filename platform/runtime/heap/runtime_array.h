@@ -1,0 +1,92 @@
+// A growable array in the runtime's memory. Nothing throws: what cannot be allocated is reported.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#include "heap/allocation.h"
+#include "seam/memory.h"
+
+namespace mirolta {
+
+// RuntimeArray owns size elements that may be moved as bytes. Growth at least doubles, so appending
+// one by one takes time linear in the result. After a false the content is as it was. Memory is wiped
+// before it is given back: streams hold whatever their users write.
+template <typename T>
+class RuntimeArray {
+ public:
+  static_assert(std::is_trivially_copyable_v<T>);
+
+  RuntimeArray() = default;
+  RuntimeArray(RuntimeArray&& from) noexcept { Swap(from); }
+  RuntimeArray& operator=(RuntimeArray&& from) noexcept {
+    Swap(from);
+    return *this;
+  }
+  RuntimeArray(const RuntimeArray&) = delete;
+  RuntimeArray& operator=(const RuntimeArray&) = delete;
+  ~RuntimeArray() { WipeAndFree(); }
+
+  T* data() { return data_; }
+  const T* data() const { return data_; }
+  size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+  T& operator[](size_t index) { return data_[index]; }
+  const T& operator[](size_t index) const { return data_[index]; }
+
+  [[nodiscard]] bool Reserve(size_t capacity) {
+    if (capacity <= capacity_) return true;
+    if (capacity > SIZE_MAX / 2 / sizeof(T)) return false;
+    if (capacity < 2 * capacity_) capacity = 2 * capacity_;
+    T* const grown = static_cast<T*>(AllocateRuntime(capacity * sizeof(T)));
+    if (grown == nullptr) return false;
+    if (size_ != 0) std::memcpy(grown, data_, size_ * sizeof(T));
+    WipeAndFree();
+    data_ = grown;
+    capacity_ = capacity;
+    return true;
+  }
+
+  // `from` must not lie in this array.
+  [[nodiscard]] bool Append(const T* from, size_t count) {
+    if (count > SIZE_MAX - size_ || !Reserve(size_ + count)) return false;
+    if (count != 0) std::memcpy(data_ + size_, from, count * sizeof(T));
+    size_ += count;
+    return true;
+  }
+  [[nodiscard]] bool Append(T value) { return Append(&value, 1); }
+
+  // Sets the size; elements that come in are zero.
+  [[nodiscard]] bool Resize(size_t size) {
+    if (!Reserve(size)) return false;
+    if (size > size_) std::memset(data_ + size_, 0, (size - size_) * sizeof(T));
+    size_ = size;
+    return true;
+  }
+  void Shorten(size_t size) {
+    if (size < size_) size_ = size;
+  }
+  void RemoveAt(size_t index) {
+    std::memmove(data_ + index, data_ + index + 1, (size_ - index - 1) * sizeof(T));
+    --size_;
+  }
+  void Swap(RuntimeArray& other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(size_, other.size_);
+    std::swap(capacity_, other.capacity_);
+  }
+
+ private:
+  void WipeAndFree() {
+    if (data_ != nullptr) WipeMemory(data_, capacity_ * sizeof(T));
+    FreeRuntime(data_);
+  }
+
+  T* data_ = nullptr;
+  size_t size_ = 0;
+  size_t capacity_ = 0;
+};
+
+}  // namespace mirolta

@@ -1,0 +1,127 @@
+// A list in the order in which its nodes came that finds them by name in constant time.
+#pragma once
+
+#include "heap/runtime_array.h"
+#include "portable/base_types.h"
+
+namespace mirolta {
+
+// Text that is not owned and not terminated.
+struct NameView {
+  const WCHAR* text;
+  size_t size;
+};
+
+// SameName compares names letter case aside; equal names have the same hash.
+bool SameName(NameView a, NameView b);
+uint32_t NameHash(NameView name);
+
+// What a node of a NamedList has for it.
+template <typename Node>
+struct NamedListLinks {
+  Node* next = nullptr;
+  Node* previous = nullptr;
+  Node* next_in_bucket = nullptr;
+  uint32_t hash = 0;
+};
+
+// NamedList links nodes that somebody else owns. Node has a member `links` and the operations
+// `NameView name() const` and `bool HasName() const`; one without a name is not found.
+template <typename Node>
+class NamedList {
+ public:
+  Node* first() const { return first_; }
+  bool empty() const { return first_ == nullptr; }
+
+  Node* Find(NameView name) const {
+    if (buckets_.empty()) {
+      for (Node* node = first_; node != nullptr; node = node->links.next) {
+        if (node->HasName() && SameName(node->name(), name)) return node;
+      }
+      return nullptr;
+    }
+    const uint32_t hash = NameHash(name);
+    for (Node* node = Bucket(hash); node != nullptr; node = node->links.next_in_bucket) {
+      if (node->links.hash == hash && SameName(node->name(), name)) return node;
+    }
+    return nullptr;
+  }
+
+  // At gives the node with this index among those with names, null if there are not so many.
+  // Asking for one after the other takes constant time each.
+  Node* At(size_t index) const {
+    if (looked_at_ == nullptr || index < looked_at_index_) {
+      looked_at_ = NamedFrom(first_);
+      looked_at_index_ = 0;
+    }
+    for (; looked_at_ != nullptr && looked_at_index_ != index; ++looked_at_index_) {
+      looked_at_ = NamedFrom(looked_at_->links.next);
+    }
+    return looked_at_;
+  }
+
+  // False if memory is short; the list is then as it was.
+  [[nodiscard]] bool Append(Node* node) { return Insert(node, last_, nullptr); }
+  [[nodiscard]] bool Prepend(Node* node) { return Insert(node, nullptr, first_); }
+
+  void Remove(Node* node) {
+    Node* const next = node->links.next;
+    Node* const previous = node->links.previous;
+    (previous != nullptr ? previous->links.next : first_) = next;
+    (next != nullptr ? next->links.previous : last_) = previous;
+    --count_;
+    looked_at_ = nullptr;
+    if (buckets_.empty() || !node->HasName()) return;
+    Node** link = &Bucket(node->links.hash);
+    while (*link != node) link = &(*link)->links.next_in_bucket;
+    *link = node->links.next_in_bucket;
+  }
+
+ private:
+  // Shorter lists are searched; then a bucket has one node on average at most.
+  static constexpr size_t kFewest = 16;
+
+  Node*& Bucket(uint32_t hash) { return buckets_[hash & (buckets_.size() - 1)]; }
+  Node* Bucket(uint32_t hash) const { return buckets_[hash & (buckets_.size() - 1)]; }
+
+  static Node* NamedFrom(Node* node) {
+    while (node != nullptr && !node->HasName()) node = node->links.next;
+    return node;
+  }
+
+  bool Insert(Node* node, Node* previous, Node* next) {
+    if (count_ >= kFewest && count_ >= buckets_.size() && !Grow()) return false;
+    node->links.previous = previous;
+    node->links.next = next;
+    (previous != nullptr ? previous->links.next : first_) = node;
+    (next != nullptr ? next->links.previous : last_) = node;
+    ++count_;
+    if (next != nullptr) looked_at_ = nullptr;
+    if (!buckets_.empty()) PutInBucket(node);
+    return true;
+  }
+
+  bool Grow() {
+    if (!buckets_.Resize(buckets_.empty() ? 2 * kFewest : 2 * buckets_.size())) return false;
+    for (size_t i = 0; i < buckets_.size(); ++i) buckets_[i] = nullptr;
+    for (Node* node = first_; node != nullptr; node = node->links.next) PutInBucket(node);
+    return true;
+  }
+
+  void PutInBucket(Node* node) {
+    if (!node->HasName()) return;
+    node->links.hash = NameHash(node->name());
+    Node*& bucket = Bucket(node->links.hash);
+    node->links.next_in_bucket = bucket;
+    bucket = node;
+  }
+
+  Node* first_ = nullptr;
+  Node* last_ = nullptr;
+  size_t count_ = 0;
+  mutable Node* looked_at_ = nullptr;  // where At was last; null: nowhere
+  mutable size_t looked_at_index_ = 0;
+  RuntimeArray<Node*> buckets_;  // none, or a power of two
+};
+
+}  // namespace mirolta

@@ -1,0 +1,330 @@
+#include <algorithm>
+
+#include "charsets/utf8_text.h"
+#include "portable/registry.h"
+#include "registry/registry_store.h"
+#include "registry/registry_text.h"
+
+namespace mirolta {
+namespace {
+
+constexpr REGSAM kQuery = 0x01;
+constexpr REGSAM kSetValue = 0x02;
+constexpr REGSAM kCreate = 0x04;
+constexpr REGSAM kEnumerate = 0x08;
+constexpr REGSAM kMaximum = 0x02000000;  // all that is allowed
+
+struct RootName {
+  uint32_t number;
+  const WCHAR* name;
+};
+constexpr RootName kRoots[] = {
+    {0x80000000u, u"HKEY_CLASSES_ROOT"},
+    {0x80000001u, u"HKEY_CURRENT_USER"},
+    {0x80000002u, u"HKEY_LOCAL_MACHINE"},
+};
+
+// An open key is its path from the outermost key: it outlives changes by other processes.
+struct OpenKey {
+  OpenKey* next = nullptr;
+  REGSAM access = 0;
+  RuntimeArray<WCHAR> path;
+};
+
+OpenKey* g_open_keys = nullptr;  // touched only inside a RegistryUse
+
+NameView ViewOf(const RuntimeArray<WCHAR>& text) {
+  return {text.data(), text.size()};
+}
+
+NameView ViewOf(LPCWSTR text) {
+  return text == nullptr ? NameView{u"", 0} : NameView{text, WideLength(text)};
+}
+
+// What a handle stands for.
+struct Place {
+  const WCHAR* root = nullptr;  // a root's name
+  const OpenKey* open = nullptr;
+
+  NameView path() const { return open != nullptr ? ViewOf(open->path) : ViewOf(root); }
+  bool Allows(REGSAM access) const {
+    return open == nullptr || (open->access & (access | kMaximum)) != 0;
+  }
+};
+
+LONG PlaceOf(HKEY handle, Place* place) {
+  for (const RootName& row : kRoots) {
+    if (handle == MiroltaRootKey(row.number)) {
+      place->root = row.name;
+      return ERROR_SUCCESS;
+    }
+  }
+  const OpenKey* open = g_open_keys;
+  while (open != nullptr && reinterpret_cast<HKEY>(const_cast<OpenKey*>(open)) != handle) {
+    open = open->next;
+  }
+  place->open = open;
+  return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_SUCCESS;
+}
+
+// The key of a handle. A root that the file does not have yet is made, in memory only.
+LONG FindKey(const RegistryUse& use, HKEY handle, REGSAM access, RegistryKey** key, Place* place) {
+  if (use.error() != ERROR_SUCCESS) return use.error();
+  LONG error = PlaceOf(handle, place);
+  if (error != ERROR_SUCCESS) return error;
+  if (!place->Allows(access)) return ERROR_ACCESS_DENIED;
+  if (place->root != nullptr) {
+    bool made;
+    return use.root()->MakePath(place->path(), key, &made);
+  }
+  *key = use.root()->FindPath(place->path());
+  return *key == nullptr ? kErrorKeyDeleted : ERROR_SUCCESS;
+}
+
+// Joins the place of a handle and a path below it.
+LONG JoinPath(const Place& from, NameView below, RuntimeArray<WCHAR>* path) {
+  const NameView base = from.path();
+  return path->Append(base.text, base.size) && path->Append(u'\\') &&
+                 path->Append(below.text, below.size)
+             ? ERROR_SUCCESS
+             : ERROR_OUTOFMEMORY;
+}
+
+// An open key that is not in the table yet.
+struct NewOpenKey {
+  NewOpenKey() = default;
+  NewOpenKey(const NewOpenKey&) = delete;
+  NewOpenKey& operator=(const NewOpenKey&) = delete;
+  ~NewOpenKey() { DeleteRuntime(key); }
+
+  LONG Make(const Place& from, NameView below, REGSAM access) {
+    key = NewRuntime<OpenKey>();
+    if (key == nullptr) return ERROR_OUTOFMEMORY;
+    key->access = access;
+    return JoinPath(from, below, &key->path);
+  }
+  HKEY PutInTable() {
+    OpenKey* const made = key;
+    key = nullptr;
+    made->next = g_open_keys;
+    g_open_keys = made;
+    return reinterpret_cast<HKEY>(made);
+  }
+
+  OpenKey* key = nullptr;
+};
+
+// A change that nobody has taken over yet.
+struct NewChange {
+  explicit NewChange(RegistryChange::Kind kind) : change(NewRuntime<RegistryChange>(kind)) {}
+  NewChange(const NewChange&) = delete;
+  NewChange& operator=(const NewChange&) = delete;
+  ~NewChange() { DeleteRuntime(change); }
+
+  // Makes the change below the place of a handle.
+  LONG Make(RegistryUse* use, const Place& from, NameView below, bool* changed) {
+    const LONG error = JoinPath(from, below, &change->path);
+    return error == ERROR_SUCCESS ? use->Make(&change, changed) : error;
+  }
+
+  RegistryChange* change;
+};
+
+// Text is kept as whole characters with a terminator, whatever a caller leaves out.
+LONG TextAsKept(const BYTE* data, DWORD size, RuntimeArray<WCHAR>* text) {
+  if (!text->Resize(size / sizeof(WCHAR))) return ERROR_OUTOFMEMORY;
+  if (!text->empty()) std::memcpy(text->data(), data, text->size() * sizeof(WCHAR));
+  if ((text->empty() || (*text)[text->size() - 1] != 0) && !text->Append(u'\0')) {
+    return ERROR_OUTOFMEMORY;
+  }
+  return SurvivesFile(ViewOf(*text)) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
+}
+
+// Gives a value's type and data by the rules that querying and enumerating share.
+LONG GiveData(const RegistryValue& value, DWORD* type, BYTE* data, DWORD* size) {
+  if (type != nullptr) *type = value.type;
+  if (size == nullptr) return ERROR_SUCCESS;
+  const DWORD needed = static_cast<DWORD>(value.data.size());
+  const bool fits = needed <= *size;
+  if (data != nullptr && fits && needed != 0) std::memcpy(data, value.data.data(), needed);
+  *size = needed;
+  return data == nullptr || fits ? ERROR_SUCCESS : ERROR_MORE_DATA;
+}
+
+// Gives a name; *length is the room with the terminator, then the length without.
+LONG GiveName(NameView name, LPWSTR text, DWORD* length) {
+  if (name.size >= *length) return ERROR_MORE_DATA;
+  if (name.size != 0) std::memcpy(text, name.text, name.size * sizeof(WCHAR));
+  text[name.size] = 0;
+  *length = static_cast<DWORD>(name.size);
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+}  // namespace mirolta
+
+using namespace mirolta;
+
+extern "C" LONG RegOpenKeyExW(HKEY handle, LPCWSTR path, DWORD, REGSAM access, HKEY* out) {
+  if (out == nullptr) return ERROR_INVALID_PARAMETER;
+  *out = nullptr;
+  const RegistryUse use(RegistryAccess::kRead);
+  Place place;
+  RegistryKey* key = nullptr;
+  const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  if (key->FindPath(ViewOf(path)) == nullptr) return ERROR_FILE_NOT_FOUND;
+  NewOpenKey opened;
+  const LONG made = opened.Make(place, ViewOf(path), access);
+  if (made == ERROR_SUCCESS) *out = opened.PutInTable();
+  return made;
+}
+
+extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD, REGSAM access,
+                                void*, HKEY* out, DWORD* disposition) {
+  if (out == nullptr) return ERROR_INVALID_PARAMETER;
+  *out = nullptr;
+  RegistryUse use(RegistryAccess::kWrite);
+  Place place;
+  RegistryKey* key = nullptr;
+  LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  const NameView below = ViewOf(path);
+  if (key->FindPath(below) == nullptr) {
+    if (!place.Allows(kCreate)) return ERROR_ACCESS_DENIED;
+    if (!SurvivesFile(below)) return ERROR_INVALID_PARAMETER;
+  }
+  NewOpenKey opened;
+  NewChange change(RegistryChange::Kind::kMakeKey);
+  if (change.change == nullptr) return ERROR_OUTOFMEMORY;
+  error = opened.Make(place, below, access);
+  bool made = false;
+  if (error == ERROR_SUCCESS) error = change.Make(&use, place, below, &made);
+  if (error != ERROR_SUCCESS) return error;
+  *out = opened.PutInTable();
+  if (disposition != nullptr) {
+    *disposition = made ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+  }
+  return ERROR_SUCCESS;
+}
+
+extern "C" LONG RegCloseKey(HKEY handle) {
+  const RegistryUse use(RegistryAccess::kHandles);
+  Place place;
+  const LONG error = PlaceOf(handle, &place);
+  if (error != ERROR_SUCCESS || place.root != nullptr) return error;
+  OpenKey** link = &g_open_keys;
+  while (*link != place.open) link = &(*link)->next;
+  OpenKey* closed = *link;
+  *link = closed->next;
+  DeleteRuntime(closed);
+  return ERROR_SUCCESS;
+}
+
+extern "C" LONG RegDeleteKeyW(HKEY handle, LPCWSTR path) {
+  if (path == nullptr) return ERROR_INVALID_PARAMETER;
+  RegistryUse use(RegistryAccess::kWrite);
+  Place place;
+  RegistryKey* key = nullptr;
+  const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  NewChange change(RegistryChange::Kind::kDeleteKey);
+  if (change.change == nullptr) return ERROR_OUTOFMEMORY;
+  bool changed = false;
+  return change.Make(&use, place, ViewOf(path), &changed);
+}
+
+extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
+  RegistryUse use(RegistryAccess::kWrite);
+  Place place;
+  RegistryKey* key = nullptr;
+  const LONG error = FindKey(use, handle, kSetValue, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  NewChange change(RegistryChange::Kind::kDeleteValue);
+  const NameView value = ViewOf(name);
+  if (change.change == nullptr || !change.change->value_name.Append(value.text, value.size)) {
+    return ERROR_OUTOFMEMORY;
+  }
+  bool changed = false;
+  return change.Make(&use, place, {nullptr, 0}, &changed);
+}
+
+extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD type, const BYTE* data,
+                               DWORD size) {
+  const NameView name = ViewOf(value_name);
+  if (data == nullptr && size != 0) return ERROR_INVALID_PARAMETER;
+  if (name.size > kLongestValueName || HasControls(name) || !SurvivesFile(name)) {
+    return ERROR_INVALID_PARAMETER;
+  }
+  NewChange change(RegistryChange::Kind::kSetValue);
+  if (change.change == nullptr) return ERROR_OUTOFMEMORY;
+  RuntimeArray<WCHAR> text;
+  size_t kept_size = size;
+  if (IsTextType(type)) {
+    const LONG error = TextAsKept(data, size, &text);
+    if (error != ERROR_SUCCESS) return error;
+    data = reinterpret_cast<const BYTE*>(text.data());
+    kept_size = text.size() * sizeof(WCHAR);
+  }
+  change.change->type = type;
+  if (!change.change->value_name.Append(name.text, name.size) ||
+      !change.change->data.Append(data, kept_size)) {
+    return ERROR_OUTOFMEMORY;
+  }
+  RegistryUse use(RegistryAccess::kWrite);
+  Place place;
+  RegistryKey* key = nullptr;
+  const LONG error = FindKey(use, handle, kSetValue, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  bool changed = false;
+  return change.Make(&use, place, {nullptr, 0}, &changed);
+}
+
+extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type, BYTE* data,
+                                 DWORD* size) {
+  if (data != nullptr && size == nullptr) return ERROR_INVALID_PARAMETER;
+  const RegistryUse use(RegistryAccess::kRead);
+  Place place;
+  RegistryKey* key = nullptr;
+  const LONG error = FindKey(use, handle, kQuery, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  const RegistryValue* value = key->FindValue(ViewOf(name));
+  return value == nullptr ? ERROR_FILE_NOT_FOUND : GiveData(*value, type, data, size);
+}
+
+extern "C" LONG RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* length, DWORD*,
+                              LPWSTR key_class, DWORD* class_length, FILETIME* written) {
+  if (name == nullptr || length == nullptr) return ERROR_INVALID_PARAMETER;
+  const RegistryUse use(RegistryAccess::kRead);
+  Place place;
+  RegistryKey* key = nullptr;
+  const LONG error = FindKey(use, handle, kEnumerate, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  const RegistryKey* child = key->ChildAt(index);
+  if (child == nullptr) return ERROR_NO_MORE_ITEMS;
+  // Keys have no classes and no times here.
+  if (key_class != nullptr && class_length != nullptr && *class_length != 0) key_class[0] = 0;
+  if (class_length != nullptr) *class_length = 0;
+  if (written != nullptr) *written = {};
+  return GiveName(child->name(), name, length);
+}
+
+extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* length, DWORD*,
+                              DWORD* type, BYTE* data, DWORD* size) {
+  if (name == nullptr || length == nullptr || (data != nullptr && size == nullptr)) {
+    return ERROR_INVALID_PARAMETER;
+  }
+  const RegistryUse use(RegistryAccess::kRead);
+  Place place;
+  RegistryKey* key = nullptr;
+  LONG error = FindKey(use, handle, kQuery, &key, &place);
+  if (error != ERROR_SUCCESS) return error;
+  const RegistryValue* value = key->ValueAt(index);
+  if (value == nullptr) return ERROR_NO_MORE_ITEMS;
+  const DWORD room = *length;
+  error = GiveName(value->name(), name, length);
+  if (error != ERROR_SUCCESS) return error;
+  error = GiveData(*value, type, data, size);
+  if (error != ERROR_SUCCESS) *length = room;
+  return error;
+}

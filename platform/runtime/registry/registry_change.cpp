@@ -1,0 +1,60 @@
+#include "registry/registry_change.h"
+
+namespace mirolta {
+namespace {
+
+NameView ViewOf(const RuntimeArray<WCHAR>& text) {
+  return {text.data(), text.size()};
+}
+
+LONG MakeKey(const RegistryChange& change, RegistryKey* root, bool* changed) {
+  RegistryKey* key = nullptr;
+  return root->MakePath(ViewOf(change.path), &key, changed);
+}
+
+LONG DeleteKey(const RegistryChange& change, RegistryKey* root, bool* changed) {
+  RegistryKey* key = root->FindPath(ViewOf(change.path));
+  if (key == nullptr) return ERROR_FILE_NOT_FOUND;
+  RegistryKey* above = key->parent();
+  const bool is_root = above == nullptr || above->parent() == nullptr;
+  if (is_root || key->first_child() != nullptr) return ERROR_ACCESS_DENIED;
+  above->RemoveChild(key);
+  *changed = true;
+  return ERROR_SUCCESS;
+}
+
+LONG SetValue(const RegistryChange& change, RegistryKey* key, bool* changed) {
+  const RegistryValue* old = key->FindValue(ViewOf(change.value_name));
+  const RuntimeArray<BYTE>& data = change.data;
+  const bool same = old != nullptr && old->type == change.type && old->data.size() == data.size() &&
+                    (data.empty() || std::memcmp(old->data.data(), data.data(), data.size()) == 0);
+  if (same) return ERROR_SUCCESS;
+  *changed = true;
+  return key->SetValue(ViewOf(change.value_name), change.type, data.data(), data.size())
+             ? ERROR_SUCCESS
+             : ERROR_OUTOFMEMORY;
+}
+
+}  // namespace
+
+LONG MakeChange(const RegistryChange& change, RegistryKey* root, bool* changed) {
+  *changed = false;
+  if (change.kind == RegistryChange::Kind::kMakeKey) return MakeKey(change, root, changed);
+  if (change.kind == RegistryChange::Kind::kDeleteKey) return DeleteKey(change, root, changed);
+  RegistryKey* key = root->FindPath(ViewOf(change.path));
+  if (key == nullptr) return kErrorKeyDeleted;
+  if (change.kind == RegistryChange::Kind::kSetValue) return SetValue(change, key, changed);
+  *changed = key->RemoveValue(ViewOf(change.value_name));
+  return *changed ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+}
+
+LONG RepeatChange(const RegistryChange& change, RegistryKey* root, bool* changed) {
+  bool made = false;
+  LONG error = ERROR_SUCCESS;
+  if (change.kind == RegistryChange::Kind::kSetValue) error = MakeKey(change, root, &made);
+  if (error == ERROR_SUCCESS) error = MakeChange(change, root, changed);
+  *changed = *changed || made;
+  return error == ERROR_OUTOFMEMORY ? error : ERROR_SUCCESS;
+}
+
+}  // namespace mirolta

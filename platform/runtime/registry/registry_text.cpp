@@ -1,0 +1,340 @@
+#include "registry/registry_text.h"
+
+#include <cstdio>
+
+#include "charsets/utf8_text.h"
+
+namespace mirolta {
+namespace {
+
+constexpr char kFirstLine[] = "REGEDIT4";
+constexpr size_t kWidestHexLine = 76;
+
+NameView ViewOf(const RuntimeArray<WCHAR>& text) {
+  return {text.data(), text.size()};
+}
+
+// --- reading ---
+
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+// Parser holds one line at a time; every step returns a system error number.
+class Parser {
+ public:
+  Parser(const char* text, size_t size, RegistryKey* root)
+      : rest_(text), end_(text + size), root_(root), key_(root) {}
+
+  DWORD line_number() const { return line_number_; }
+
+  LONG Run() {
+    constexpr char kMark[] = "\xEF\xBB\xBF";
+    if (static_cast<size_t>(end_ - rest_) >= 3 && std::memcmp(rest_, kMark, 3) == 0) rest_ += 3;
+    if (!NextLine() || !Take(kFirstLine) || !AtEnd()) return ERROR_BADDB;
+    while (NextLine()) {
+      const LONG error = Line();
+      if (error != ERROR_SUCCESS) return error;
+    }
+    return ERROR_SUCCESS;
+  }
+
+ private:
+  // Makes the next line, without its end and the blanks there, the current one.
+  bool NextLine() {
+    ++line_number_;
+    if (rest_ == end_) return false;
+    at_ = rest_;
+    const void* feed = std::memchr(rest_, '\n', static_cast<size_t>(end_ - rest_));
+    line_end_ = feed == nullptr ? end_ : static_cast<const char*>(feed);
+    rest_ = feed == nullptr ? end_ : line_end_ + 1;
+    while (line_end_ != at_ && IsBlank(line_end_[-1])) --line_end_;
+    return true;
+  }
+  static bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
+  bool AtEnd() const { return at_ == line_end_; }
+  bool Take(char c) {
+    if (AtEnd() || *at_ != c) return false;
+    ++at_;
+    return true;
+  }
+  bool Take(const char* word) {
+    const size_t length = std::strlen(word);
+    if (static_cast<size_t>(line_end_ - at_) < length || std::memcmp(at_, word, length) != 0) {
+      return false;
+    }
+    at_ += length;
+    return true;
+  }
+  void SkipBlanks() {
+    while (!AtEnd() && IsBlank(*at_)) ++at_;
+  }
+
+  LONG Line() {
+    const char* const begin = at_;
+    SkipBlanks();
+    if (AtEnd()) return ERROR_SUCCESS;
+    if (*at_ == ';') {
+      const size_t size = static_cast<size_t>(line_end_ - begin);
+      return key_->AddComment(begin, size) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+    }
+    if (Take('[')) return KeyLine();
+    return key_ == root_ ? ERROR_BADDB : ValueLine();
+  }
+
+  LONG KeyLine() {
+    if (AtEnd() || line_end_[-1] != ']' || *at_ == '-') return ERROR_BADDB;
+    RuntimeArray<WCHAR> path;
+    if (!AppendWideFileName(at_, static_cast<size_t>(line_end_ - 1 - at_), &path)) {
+      return ERROR_OUTOFMEMORY;
+    }
+    bool made;
+    key_ = root_;
+    const LONG error = root_->MakePath(ViewOf(path), &key_, &made);
+    if (error == ERROR_OUTOFMEMORY) return error;
+    return error == ERROR_SUCCESS && key_ != root_ ? ERROR_SUCCESS : ERROR_BADDB;
+  }
+
+  LONG ValueLine() {
+    RuntimeArray<WCHAR> name;
+    if (!Take('@')) {
+      const LONG error = Quoted(&name);
+      if (error != ERROR_SUCCESS) return error;
+      // A named value has a name, and a second one of that name would be lost.
+      if (name.empty() || name.size() > kLongestValueName) return ERROR_BADDB;
+    }
+    if (key_->FindValue(ViewOf(name)) != nullptr) return ERROR_BADDB;
+    SkipBlanks();
+    if (!Take('=')) return ERROR_BADDB;
+    SkipBlanks();
+    DWORD type = REG_NONE;
+    RuntimeArray<BYTE> data;
+    const LONG error = Data(&type, &data);
+    if (error != ERROR_SUCCESS) return error;
+    if (!AtEnd()) return ERROR_BADDB;
+    return key_->SetValue(ViewOf(name), type, data.data(), data.size()) ? ERROR_SUCCESS
+                                                                        : ERROR_OUTOFMEMORY;
+  }
+
+  LONG Data(DWORD* type, RuntimeArray<BYTE>* data) {
+    if (!AtEnd() && *at_ == '"') {
+      *type = REG_SZ;
+      RuntimeArray<WCHAR> text;
+      const LONG error = Quoted(&text);
+      return error != ERROR_SUCCESS ? error : TextData(&text, data);
+    }
+    if (Take("dword:")) {
+      *type = REG_DWORD;
+      DWORD number;
+      if (!Number(8, &number)) return ERROR_BADDB;
+      const BYTE* bytes = reinterpret_cast<const BYTE*>(&number);
+      return data->Append(bytes, sizeof(number)) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+    }
+    *type = REG_BINARY;
+    if (!Take("hex")) return ERROR_BADDB;
+    if (Take('(') && (!Number(8, type) || !Take(')'))) return ERROR_BADDB;
+    if (!Take(':')) return ERROR_BADDB;
+    RuntimeArray<BYTE> bytes;
+    const LONG error = HexBytes(&bytes);
+    if (error != ERROR_SUCCESS) return error;
+    if (!IsTextType(*type)) {
+      data->Swap(bytes);
+      return ERROR_SUCCESS;
+    }
+    RuntimeArray<WCHAR> text;
+    if (!AppendWideFileName(reinterpret_cast<const char*>(bytes.data()), bytes.size(), &text)) {
+      return ERROR_OUTOFMEMORY;
+    }
+    if (!text.empty() && text[text.size() - 1] == 0) text.Shorten(text.size() - 1);
+    return TextData(&text, data);
+  }
+
+  static LONG TextData(RuntimeArray<WCHAR>* text, RuntimeArray<BYTE>* data) {
+    if (!text->Append(u'\0')) return ERROR_OUTOFMEMORY;
+    const BYTE* bytes = reinterpret_cast<const BYTE*>(text->data());
+    return data->Append(bytes, text->size() * sizeof(WCHAR)) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+  }
+
+  // One to `most` hexadecimal digits.
+  bool Number(unsigned most, DWORD* number) {
+    *number = 0;
+    unsigned count = 0;
+    for (; count < most && !AtEnd() && HexDigit(*at_) >= 0; ++count, ++at_) {
+      *number = *number << 4 | static_cast<DWORD>(HexDigit(*at_));
+    }
+    return count != 0;
+  }
+
+  // Bytes parted by commas; a backslash at the end of a line goes on with the next.
+  LONG HexBytes(RuntimeArray<BYTE>* bytes) {
+    SkipBlanks();
+    if (AtEnd()) return ERROR_SUCCESS;
+    for (;;) {
+      while (Take('\\')) {
+        if (!AtEnd() || !NextLine()) return ERROR_BADDB;
+        SkipBlanks();
+      }
+      DWORD byte;
+      if (!Number(2, &byte)) return ERROR_BADDB;
+      if (!bytes->Append(static_cast<BYTE>(byte))) return ERROR_OUTOFMEMORY;
+      SkipBlanks();
+      if (!Take(',')) return ERROR_SUCCESS;
+      SkipBlanks();
+    }
+  }
+
+  LONG Quoted(RuntimeArray<WCHAR>* text) {
+    if (!Take('"')) return ERROR_BADDB;
+    RuntimeArray<char> bytes;
+    while (!Take('"')) {
+      if (AtEnd()) return ERROR_BADDB;
+      if (Take('\\') && (AtEnd() || (*at_ != '\\' && *at_ != '"'))) return ERROR_BADDB;
+      if (static_cast<BYTE>(*at_) < 0x20) return ERROR_BADDB;
+      if (!bytes.Append(*at_++)) return ERROR_OUTOFMEMORY;
+    }
+    return AppendWideFileName(bytes.data(), bytes.size(), text) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+  }
+
+  const char* rest_;
+  const char* const end_;
+  const char* at_ = nullptr;
+  const char* line_end_ = nullptr;
+  DWORD line_number_ = 0;
+  RegistryKey* const root_;
+  RegistryKey* key_;
+};
+
+// --- writing ---
+
+bool Put(RuntimeArray<char>* text, const char* more) {
+  return text->Append(more, std::strlen(more));
+}
+
+bool PutQuoted(RuntimeArray<char>* text, NameView quoted) {
+  RuntimeArray<char> bytes;
+  if (!AppendFileName(quoted.text, quoted.size, &bytes) || !text->Append('"')) return false;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    if ((bytes[i] == '\\' || bytes[i] == '"') && !text->Append('\\')) return false;
+    if (!text->Append(bytes[i])) return false;
+  }
+  return text->Append('"');
+}
+
+bool PutHex(RuntimeArray<char>* text, DWORD type, const BYTE* bytes, size_t size, size_t column) {
+  char piece[24];
+  if (type == REG_BINARY) {
+    std::snprintf(piece, sizeof(piece), "hex:");
+  } else {
+    std::snprintf(piece, sizeof(piece), "hex(%x):", static_cast<unsigned>(type));
+  }
+  column += std::strlen(piece);
+  if (!Put(text, piece)) return false;
+  for (size_t i = 0; i < size; ++i) {
+    std::snprintf(piece, sizeof(piece), i + 1 < size ? "%02x," : "%02x", bytes[i]);
+    if (!Put(text, piece)) return false;
+    column += 3;
+    if (column >= kWidestHexLine && i + 1 < size) {
+      if (!Put(text, "\\\n  ")) return false;
+      column = 2;
+    }
+  }
+  return true;
+}
+
+bool PutText(RuntimeArray<char>* text, const RegistryValue& value, size_t column) {
+  RuntimeArray<WCHAR> units;
+  if (!units.Resize(value.data.size() / sizeof(WCHAR))) return false;
+  if (!units.empty()) {
+    std::memcpy(units.data(), value.data.data(), units.size() * sizeof(WCHAR));
+  }
+  if (value.type == REG_SZ && !units.empty()) {
+    const NameView plain = {units.data(), units.size() - 1};
+    if (!HasControls(plain)) return PutQuoted(text, plain);
+  }
+  RuntimeArray<char> bytes;
+  return AppendFileName(units.data(), units.size(), &bytes) &&
+         PutHex(text, value.type, reinterpret_cast<const BYTE*>(bytes.data()), bytes.size(),
+                column);
+}
+
+bool PutValue(RuntimeArray<char>* text, const RegistryValue& value) {
+  const size_t begin = text->size();
+  if (value.is_comment) {
+    return text->Append(reinterpret_cast<const char*>(value.data.data()), value.data.size()) &&
+           text->Append('\n');
+  }
+  if (!(value.name().size == 0 ? text->Append('@') : PutQuoted(text, value.name()))) return false;
+  if (!text->Append('=')) return false;
+  const size_t column = text->size() - begin;
+  if (IsTextType(value.type)) {
+    if (!PutText(text, value, column)) return false;
+  } else if (value.type == REG_DWORD && value.data.size() == sizeof(DWORD)) {
+    DWORD number;
+    std::memcpy(&number, value.data.data(), sizeof(number));
+    char piece[24];
+    std::snprintf(piece, sizeof(piece), "dword:%08x", static_cast<unsigned>(number));
+    if (!Put(text, piece)) return false;
+  } else if (!PutHex(text, value.type, value.data.data(), value.data.size(), column)) {
+    return false;
+  }
+  return text->Append('\n');
+}
+
+// Puts [path of key]; the outermost key has no name of its own.
+bool PutPath(RuntimeArray<char>* text, const RegistryKey& key) {
+  if (key.parent()->parent() != nullptr && (!PutPath(text, *key.parent()) || !text->Append('\\'))) {
+    return false;
+  }
+  return AppendFileName(key.name().text, key.name().size, text);
+}
+
+bool PutKey(RuntimeArray<char>* text, const RegistryKey& key) {
+  const bool outermost = key.parent() == nullptr;
+  const bool is_root = !outermost && key.parent()->parent() == nullptr;
+  const bool is_empty_root = is_root && key.first_value() == nullptr;
+  if (!outermost && !is_empty_root) {
+    if (!Put(text, "\n[") || !PutPath(text, key) || !Put(text, "]\n")) return false;
+  }
+  for (const RegistryValue* value = key.first_value(); value != nullptr; value = value->next()) {
+    if (!PutValue(text, *value)) return false;
+  }
+  for (const RegistryKey* child = key.first_child(); child != nullptr; child = child->next()) {
+    if (!PutKey(text, *child)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+LONG ParseRegistry(const char* text, size_t size, RegistryKey* root, DWORD* bad_line) {
+  *bad_line = 0;
+  if (size == 0) return ERROR_SUCCESS;  // an empty file is an empty registry
+  Parser parser(text, size, root);
+  const LONG error = parser.Run();
+  if (error == ERROR_BADDB) *bad_line = parser.line_number();
+  return error;
+}
+
+bool FormatRegistry(const RegistryKey& root, RuntimeArray<char>* text) {
+  return Put(text, kFirstLine) && text->Append('\n') && PutKey(text, root);
+}
+
+bool SurvivesFile(NameView text) {
+  for (size_t at = 0; at < text.size;) {
+    uint32_t point;
+    at += DecodeUtf16(text.text + at, text.size - at, &point);
+    if (!IsHighSurrogate(point) && !IsLowSurrogate(point)) continue;
+    // Rare: see what comes back.
+    RuntimeArray<char> bytes;
+    RuntimeArray<WCHAR> again;
+    return AppendFileName(text.text, text.size, &bytes) &&
+           AppendWideFileName(bytes.data(), bytes.size(), &again) && again.size() == text.size &&
+           std::memcmp(again.data(), text.text, text.size * sizeof(WCHAR)) == 0;
+  }
+  return true;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,206 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "charsets/utf8_text.h"
+#include "streams/stream_base.h"
+
+namespace mirolta {
+namespace {
+
+constexpr DWORD kAccess = 0x3;
+constexpr DWORD kSharing = 0x70;  // other openers are not kept out here
+constexpr size_t kLargestTransfer = 0x40000000;
+
+struct StatusRow {
+  int error;
+  HRESULT status;
+};
+constexpr StatusRow kStatuses[] = {
+    {ENOENT, STG_E_FILENOTFOUND},      {ENOTDIR, STG_E_FILENOTFOUND}, {EACCES, STG_E_ACCESSDENIED},
+    {EPERM, STG_E_ACCESSDENIED},       {EROFS, STG_E_ACCESSDENIED},   {EISDIR, STG_E_ACCESSDENIED},
+    {ETXTBSY, STG_E_ACCESSDENIED},     {EBADF, STG_E_ACCESSDENIED},  // opened for the other use
+    {EEXIST, STG_E_FILEALREADYEXISTS}, {ENOSPC, STG_E_MEDIUMFULL},    {EDQUOT, STG_E_MEDIUMFULL},
+    {EFBIG, STG_E_MEDIUMFULL},         {ENOMEM, E_OUTOFMEMORY},
+};
+
+HRESULT StatusOf(int error, HRESULT otherwise) {
+  for (const StatusRow& row : kStatuses) {
+    if (row.error == error) return row.status;
+  }
+  return otherwise;
+}
+
+FILETIME FileTime(const timespec& time) {
+  // Tenths of microseconds since 1601.
+  const uint64_t ticks = (static_cast<uint64_t>(time.tv_sec) + 11644473600u) * 10000000u +
+                         static_cast<uint64_t>(time.tv_nsec) / 100u;
+  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+// A stream over an open file; the position is the system's. Pipes and devices can be read and
+// written but not moved in. A read that reaches the end gives S_FALSE.
+class FileStream final : public StreamBase {
+ public:
+  FileStream(int file, DWORD mode, RuntimeArray<WCHAR>&& name)
+      : file_(file), mode_(mode), name_(std::move(name)) {}
+
+  HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read_count) override {
+    ULONG done = 0;
+    HRESULT status = bytes == nullptr ? STG_E_INVALIDPOINTER : S_OK;
+    while (status == S_OK && done < count) {
+      const size_t part = count - done < kLargestTransfer ? count - done : kLargestTransfer;
+      const ssize_t got = read(file_, static_cast<BYTE*>(bytes) + done, part);
+      if (got > 0) {
+        done += static_cast<ULONG>(got);
+      } else if (got == 0) {
+        status = S_FALSE;
+      } else if (errno != EINTR) {
+        status = StatusOf(errno, STG_E_READFAULT);
+      }
+    }
+    if (read_count != nullptr) *read_count = done;
+    return status;
+  }
+
+  // After a failure `written` says what reached the file before.
+  HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override {
+    ULONG done = 0;
+    HRESULT status = bytes == nullptr ? STG_E_INVALIDPOINTER : S_OK;
+    while (status == S_OK && done < count) {
+      const size_t part = count - done < kLargestTransfer ? count - done : kLargestTransfer;
+      const ssize_t put = write(file_, static_cast<const BYTE*>(bytes) + done, part);
+      if (put > 0) {
+        done += static_cast<ULONG>(put);
+      } else if (put == 0) {
+        status = STG_E_WRITEFAULT;
+      } else if (errno != EINTR) {
+        status = StatusOf(errno, STG_E_WRITEFAULT);
+      }
+    }
+    if (written != nullptr) *written = done;
+    return status;
+  }
+
+  HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin,
+                                 ULARGE_INTEGER* position) override {
+    constexpr int kOrigins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    if (origin > STREAM_SEEK_END) return STG_E_INVALIDFUNCTION;
+    const off_t to = lseek(file_, move.QuadPart, kOrigins[origin]);
+    if (to < 0) return STG_E_SEEKERROR;
+    if (position != nullptr) position->QuadPart = static_cast<ULONGLONG>(to);
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override {
+    if ((mode_ & kAccess) == STGM_READ) return STG_E_ACCESSDENIED;
+    if (size.QuadPart >> 63 != 0) return STG_E_MEDIUMFULL;
+    while (ftruncate(file_, static_cast<off_t>(size.QuadPart)) != 0) {
+      if (errno != EINTR) return StatusOf(errno, STG_E_INVALIDFUNCTION);
+    }
+    return S_OK;
+  }
+
+  // Returns once the bytes are on the disk; pipes and devices have none.
+  HRESULT STDMETHODCALLTYPE Commit(DWORD) override {
+    if ((mode_ & kAccess) == STGM_READ) return S_OK;
+    while (fsync(file_) != 0) {
+      if (errno == EINVAL || errno == EROFS) return S_OK;
+      if (errno != EINTR) return StatusOf(errno, STG_E_WRITEFAULT);
+    }
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override {
+    if (statistics == nullptr) return STG_E_INVALIDPOINTER;
+    if (flags > STATFLAG_NONAME) return STG_E_INVALIDFLAG;
+    *statistics = {};
+    struct stat facts = {};
+    if (fstat(file_, &facts) != 0) return STG_E_READFAULT;
+    if (flags == STATFLAG_DEFAULT) {
+      const size_t bytes = (name_.size() + 1) * sizeof(WCHAR);
+      statistics->pwcsName = static_cast<LPOLESTR>(CoTaskMemAlloc(bytes));
+      if (statistics->pwcsName == nullptr) return E_OUTOFMEMORY;
+      std::memcpy(statistics->pwcsName, name_.data(), bytes - sizeof(WCHAR));
+      statistics->pwcsName[name_.size()] = 0;
+    }
+    statistics->type = STGTY_STREAM;
+    statistics->cbSize.QuadPart = static_cast<ULONGLONG>(facts.st_size);
+    statistics->mtime = FileTime(facts.st_mtim);
+    statistics->ctime = FileTime(facts.st_ctim);
+    statistics->atime = FileTime(facts.st_atim);
+    statistics->grfMode = mode_;
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE Clone(IStream** out) override {
+    if (out != nullptr) *out = nullptr;
+    return E_NOTIMPL;  // the platform's file stream has no clones either
+  }
+
+ private:
+  ~FileStream() { close(file_); }
+  void Destroy() override {
+    this->~FileStream();
+    FreeRuntime(this);
+  }
+  ULONGLONG CopyLimit() override { return ~ULONGLONG{0}; }
+
+  const int file_;
+  const DWORD mode_;
+  const RuntimeArray<WCHAR> name_;
+};
+
+int OpenFlags(DWORD mode, BOOL create) {
+  constexpr int kAccessFlags[] = {O_RDONLY, O_WRONLY, O_RDWR};
+  int flags = kAccessFlags[mode & kAccess] | O_CLOEXEC | O_NOCTTY;
+  if ((mode & STGM_CREATE) != 0) {
+    flags |= O_CREAT | O_TRUNC;
+  } else if (create) {
+    flags |= O_CREAT | O_EXCL;
+  }
+  return flags;
+}
+
+HRESULT OpenFile(const char* path, int flags, int* file) {
+  do {
+    *file = open(path, flags, 0666);
+  } while (*file < 0 && errno == EINTR);
+  if (*file < 0) return StatusOf(errno, STG_E_INVALIDFUNCTION);
+  struct stat facts = {};
+  if (fstat(*file, &facts) == 0 && !S_ISDIR(facts.st_mode)) return S_OK;
+  close(*file);
+  return STG_E_ACCESSDENIED;
+}
+
+}  // namespace
+}  // namespace mirolta
+
+extern "C" HRESULT SHCreateStreamOnFileEx(LPCWSTR file, DWORD mode, DWORD, BOOL create,
+                                          IStream* reserved, IStream** out) {
+  using namespace mirolta;
+  if (out == nullptr) return STG_E_INVALIDPOINTER;
+  *out = nullptr;
+  if (file == nullptr || reserved != nullptr) return STG_E_INVALIDPARAMETER;
+  if ((mode & kAccess) == kAccess || (mode & ~(kAccess | kSharing | STGM_CREATE)) != 0) {
+    return STG_E_INVALIDFLAG;
+  }
+  const size_t length = WideLength(file);
+  RuntimeArray<char> path;
+  RuntimeArray<WCHAR> name;
+  if (!AppendFileName(file, length, &path) || !path.Append('\0') || !name.Append(file, length)) {
+    return E_OUTOFMEMORY;
+  }
+  int opened = -1;
+  const HRESULT status = OpenFile(path.data(), OpenFlags(mode, create), &opened);
+  if (FAILED(status)) return status;
+  *out = NewRuntime<FileStream>(opened, mode, std::move(name));
+  if (*out == nullptr) {
+    close(opened);
+    return E_OUTOFMEMORY;
+  }
+  return S_OK;
+}

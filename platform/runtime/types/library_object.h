@@ -1,0 +1,44 @@
+// What a type library's object and its types' objects share.
+#pragma once
+
+#include "heap/allocation.h"
+#include "portable/system.h"
+#include "types/copied_library.h"
+
+namespace mirolta {
+
+// LibraryObject is the IUnknown of an object with one interface over a copied library: it owns a
+// reference to the library. Derived classes add nothing that would have to be destroyed.
+template <typename Interface, const IID& kIid>
+class LibraryObject : public Interface {
+ public:
+  HRESULT QueryInterface(REFIID iid, void** out) final {
+    if (out == nullptr) return E_POINTER;
+    *out = nullptr;
+    if (iid != IID_IUnknown && iid != kIid) return E_NOINTERFACE;
+    AddRef();
+    *out = static_cast<Interface*>(this);
+    return S_OK;
+  }
+  ULONG AddRef() final { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
+  ULONG Release() final {
+    const LONG left = InterlockedDecrement(&references_);
+    if (left == 0) {
+      ReleaseReference(library_);
+      FreeRuntime(this);
+    }
+    return static_cast<ULONG>(left);
+  }
+
+ protected:
+  // Takes over the caller's reference to the library.
+  explicit LibraryObject(CopiedLibrary* library) : library_(library) {}
+  ~LibraryObject() = default;
+
+  CopiedLibrary* const library_;
+
+ private:
+  LONG volatile references_ = 1;
+};
+
+}  // namespace mirolta

@@ -1,0 +1,85 @@
+// Life of a VARIANT: made empty, cleared, copied with what it owns.
+#include <cstring>
+
+#include "portable/dispatch.h"
+#include "values/variant_rules.h"
+
+namespace {
+
+// OwnCopy turns the shallow view *value into a value of its own.
+// Errors: *value is VT_EMPTY then and owns nothing.
+HRESULT OwnCopy(VARIANT* value) {
+  HRESULT status = S_OK;
+  if ((value->vt & VT_BYREF) != 0) return S_OK;
+  if ((value->vt & VT_ARRAY) != 0) {
+    SAFEARRAY* from = value->parray;
+    value->parray = nullptr;
+    if (from != nullptr) status = SafeArrayCopy(from, &value->parray);
+  } else if (value->vt == VT_BSTR) {
+    status = mirolta::CopyValueText(value->bstrVal, &value->bstrVal);
+  } else if (value->vt == VT_DISPATCH) {
+    if (value->pdispVal != nullptr) value->pdispVal->AddRef();
+  } else if (value->vt == VT_UNKNOWN) {
+    if (value->punkVal != nullptr) value->punkVal->AddRef();
+  }
+  if (FAILED(status)) VariantInit(value);
+  return status;
+}
+
+}  // namespace
+
+extern "C" {
+
+void VariantInit(VARIANT* value) {
+  // All members, so that no copy ever reads an indeterminate byte.
+  memset(static_cast<void*>(value), 0, sizeof *value);
+}
+
+HRESULT VariantClear(VARIANT* value) {
+  const HRESULT valid = mirolta::CheckType(value->vt);
+  if (FAILED(valid)) return valid;
+  if ((value->vt & VT_BYREF) == 0) {
+    if ((value->vt & VT_ARRAY) != 0) {
+      if (value->parray != nullptr) {
+        const HRESULT status = SafeArrayDestroy(value->parray);
+        if (FAILED(status)) return status;
+      }
+    } else if (value->vt == VT_BSTR) {
+      SysFreeString(value->bstrVal);
+    } else if (value->vt == VT_DISPATCH) {
+      if (value->pdispVal != nullptr) value->pdispVal->Release();
+    } else if (value->vt == VT_UNKNOWN) {
+      if (value->punkVal != nullptr) value->punkVal->Release();
+    }
+  }
+  VariantInit(value);
+  return S_OK;
+}
+
+HRESULT VariantCopy(VARIANT* to, const VARIANT* from) {
+  const HRESULT valid = mirolta::CheckType(from->vt);
+  if (FAILED(valid)) return valid;
+  if (to == from) return S_OK;
+  const HRESULT cleared = VariantClear(to);
+  if (FAILED(cleared)) return cleared;
+  *to = *from;
+  return OwnCopy(to);
+}
+
+HRESULT VariantCopyInd(VARIANT* to, const VARIANT* from) {
+  if ((from->vt & VT_BYREF) == 0) return VariantCopy(to, from);
+  VARIANT made;
+  HRESULT status = mirolta::ViewReference(from, &made);
+  if (SUCCEEDED(status)) status = mirolta::CheckType(made.vt);
+  if (SUCCEEDED(status)) status = OwnCopy(&made);
+  if (FAILED(status)) return status;
+  // The reference itself may be what is overwritten, and its target may be *to.
+  status = VariantClear(to);
+  if (FAILED(status)) {
+    VariantClear(&made);
+    return status;
+  }
+  *to = made;
+  return S_OK;
+}
+}

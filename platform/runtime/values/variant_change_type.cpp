@@ -1,0 +1,294 @@
+// VariantChangeType: which conversions exist, and those to and from text and objects.
+#include "portable/dispatch.h"
+#include "seam/wiped_work.h"
+#include "values/variant_byte_array.h"
+#include "values/variant_date.h"
+#include "values/variant_number_text.h"
+#include "values/variant_numbers.h"
+#include "values/variant_rules.h"
+
+namespace {
+
+using mirolta::Number;
+
+constexpr VARTYPE kByteArray = VT_ARRAY | VT_UI1;
+constexpr USHORT kBooleanWords = VARIANT_ALPHABOOL | VARIANT_LOCALBOOL;
+
+bool EqualsIgnoringCase(BSTR text, const OLECHAR* lower) {
+  const UINT length = SysStringLen(text);
+  UINT i = 0;
+  for (; i < length && lower[i] != 0; ++i) {
+    const OLECHAR c =
+        text[i] >= u'A' && text[i] <= u'Z' ? static_cast<OLECHAR>(text[i] - u'A' + u'a') : text[i];
+    if (c != lower[i]) return false;
+  }
+  return i == length && lower[i] == 0;
+}
+
+bool Equals(BSTR text, const OLECHAR* expected) {
+  const UINT length = SysStringLen(text);
+  UINT i = 0;
+  while (i < length && expected[i] != 0 && text[i] == expected[i]) ++i;
+  return i == length && expected[i] == 0;
+}
+
+HRESULT MakeText(BSTR text, VARIANT* made) {
+  if (text == nullptr) return E_OUTOFMEMORY;
+  made->vt = VT_BSTR;
+  made->bstrVal = text;
+  return S_OK;
+}
+
+// Conversions to text.
+
+HRESULT TextOfNumber(const VARIANT& from, USHORT flags, VARIANT* made) {
+  switch (from.vt) {
+    case VT_R4:
+      return MakeText(mirolta::TextOfReal(double{from.fltVal}, mirolta::kSingleDigits), made);
+    case VT_R8:
+      return MakeText(mirolta::TextOfReal(from.dblVal, mirolta::kDoubleDigits), made);
+    case VT_DATE: {
+      BSTR text = nullptr;
+      const HRESULT status = mirolta::TextOfDate(from.date, &text);
+      return FAILED(status) ? status : MakeText(text, made);
+    }
+    case VT_BOOL:
+      if ((flags & kBooleanWords) != 0) {
+        return MakeText(SysAllocString(from.boolVal != 0 ? OLESTR("True") : OLESTR("False")), made);
+      }
+      [[fallthrough]];
+    default:
+      return MakeText(mirolta::TextOfDigits(mirolta::ReadNumber(from, VT_BSTR).digits), made);
+  }
+}
+
+// Conversions from text.
+
+HRESULT BooleanOfText(BSTR text, VARIANT* made) {
+  made->vt = VT_BOOL;
+  if (EqualsIgnoringCase(text, OLESTR("true")) || Equals(text, OLESTR("#TRUE#"))) {
+    made->boolVal = VARIANT_TRUE;
+    return S_OK;
+  }
+  if (EqualsIgnoringCase(text, OLESTR("false")) || Equals(text, OLESTR("#FALSE#"))) {
+    made->boolVal = VARIANT_FALSE;
+    return S_OK;
+  }
+  return DISP_E_TYPEMISMATCH;
+}
+
+// A bit pattern fits a type that has at least its bits; reals read it as a 32-bit number.
+HRESULT StoreBits(ULONGLONG bits, VARTYPE type, VARIANT* made) {
+  Number number;
+  if (type == VT_CY) return DISP_E_OVERFLOW;
+  if (type == VT_R4 || type == VT_R8 || type == VT_BOOL) {
+    if (bits > 0xFFFFFFFFu) return DISP_E_OVERFLOW;
+    const LONGLONG value = static_cast<LONG>(static_cast<ULONG>(bits));
+    number.digits =
+        mirolta::DigitsOfInteger(value < 0, static_cast<ULONGLONG>(value < 0 ? -value : value));
+  } else if (type == VT_DECIMAL) {
+    number.digits = mirolta::DigitsOfInteger(false, bits);
+  } else {
+    const ULONG size = mirolta::ElementSize(type);
+    if (size < sizeof bits && (bits >> (8 * size)) != 0) return DISP_E_OVERFLOW;
+    number.kind = Number::Kind::kBits;
+    number.bits = bits;
+  }
+  return mirolta::StoreNumber(number, type, made);
+}
+
+HRESULT NumberOfText(BSTR text, VARTYPE type, VARIANT* made) {
+  if (text == nullptr) return DISP_E_TYPEMISMATCH;
+  if (type == VT_BOOL && SUCCEEDED(BooleanOfText(text, made))) return S_OK;
+  if (type == VT_DATE) {
+    made->vt = VT_DATE;
+    return mirolta::ParseDateText(text, SysStringLen(text), &made->date);
+  }
+  mirolta::NumberText number;
+  const HRESULT status = mirolta::ParseNumberText(text, SysStringLen(text), &number);
+  if (FAILED(status)) return status;
+  if (number.is_bits) return StoreBits(number.bits, type, made);
+  Number exact;
+  exact.digits = number.digits;
+  if (type == VT_BOOL) {
+    // Truth is asked of the real number: what is too large for one has none.
+    exact.kind = Number::Kind::kReal;
+    if (!mirolta::DigitsToReal(number.digits, &exact.real)) return DISP_E_OVERFLOW;
+  }
+  return mirolta::StoreNumber(exact, type, made);
+}
+
+// Objects.
+
+HRESULT QueryObject(IUnknown* from, VARTYPE type, VARIANT* made) {
+  made->vt = type;
+  if (from == nullptr) return S_OK;
+  void* found = nullptr;
+  const HRESULT status =
+      from->QueryInterface(type == VT_DISPATCH ? IID_IDispatch : IID_IUnknown, &found);
+  if (FAILED(status)) return status;
+  if (type == VT_DISPATCH) {
+    made->pdispVal = static_cast<IDispatch*>(found);
+  } else {
+    made->punkVal = static_cast<IUnknown*>(found);
+  }
+  return S_OK;
+}
+
+// DefaultValue asks the object, then the object that it answers with, and so on.
+HRESULT DefaultValue(IDispatch* object, LCID locale, VARIANT* value) {
+  constexpr int kMaxDepth = 32;  // an object may be its own default value
+  VARIANT current;
+  VariantInit(&current);
+  for (int depth = 0; depth < kMaxDepth; ++depth) {
+    if (object == nullptr) return DISP_E_BADVARTYPE;
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
+    VARIANT next;
+    VariantInit(&next);
+    const HRESULT status = object->Invoke(DISPID_VALUE, IID_NULL, locale, DISPATCH_PROPERTYGET,
+                                          &none, &next, nullptr, nullptr);
+    VariantClear(&current);
+    current = next;
+    if (FAILED(status)) break;
+    if (current.vt != VT_DISPATCH) {
+      *value = current;
+      return S_OK;
+    }
+    object = current.pdispVal;
+  }
+  VariantClear(&current);
+  return DISP_E_TYPEMISMATCH;
+}
+
+HRESULT ChangeEmpty(VARTYPE type, VARIANT* made) {
+  if (type == VT_BSTR) return MakeText(SysAllocString(OLESTR("")), made);
+  if (type == VT_NULL) {
+    made->vt = VT_NULL;
+    return S_OK;
+  }
+  if (!mirolta::IsNumeric(type)) return DISP_E_TYPEMISMATCH;
+  made->vt = type;
+  return S_OK;
+}
+
+bool IsCheckedDate(VARTYPE from) {
+  // Currency, decimals and singles go to dates unchecked on the platform.
+  return from != VT_CY && from != VT_DECIMAL && from != VT_R4;
+}
+
+// Change makes a value of another type from *from, which is no reference and stays owned by the
+// caller. *made is VT_EMPTY before; after a failure its content is meaningless and owns nothing.
+HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VARIANT* made) {
+  if (from.vt == kByteArray && type == VT_BSTR) {
+    made->vt = VT_BSTR;
+    return mirolta::TextOfByteArray(from.parray, &made->bstrVal);
+  }
+  if (from.vt == VT_BSTR && type == kByteArray) {
+    made->vt = kByteArray;
+    return mirolta::ByteArrayOfText(from.bstrVal, &made->parray);
+  }
+  if (((from.vt | type) & (VT_ARRAY | VT_BYREF)) != 0) return DISP_E_TYPEMISMATCH;
+  switch (from.vt) {
+    case VT_EMPTY:
+      return ChangeEmpty(type, made);
+    case VT_NULL:
+    case VT_ERROR:
+      return DISP_E_TYPEMISMATCH;
+    case VT_UNKNOWN:
+    case VT_DISPATCH: {
+      IUnknown* object = from.vt == VT_UNKNOWN ? from.punkVal : from.pdispVal;
+      if (type == VT_UNKNOWN || type == VT_DISPATCH) return QueryObject(object, type, made);
+      const bool has_no_value = (flags & VARIANT_NOVALUEPROP) != 0;
+      if (from.vt == VT_DISPATCH && has_no_value) return DISP_E_TYPEMISMATCH;
+      break;
+    }
+    default:
+      break;
+  }
+  if (type == VT_EMPTY || type == VT_NULL) {
+    made->vt = type;
+    return S_OK;
+  }
+  const bool to_value = type == VT_BSTR || mirolta::IsNumeric(type);
+  if (!to_value) return DISP_E_TYPEMISMATCH;
+  if (from.vt == VT_DISPATCH) {
+    VARIANT value;
+    VariantInit(&value);
+    HRESULT status = DefaultValue(from.pdispVal, locale, &value);
+    if (FAILED(status)) return status;
+    if (value.vt == type && (type != VT_BSTR || value.bstrVal != nullptr)) {
+      // Moved, not copied: what the object gave may be a secret, and no copy of it is left behind.
+      *made = value;
+      return S_OK;
+    }
+    status = VariantChangeTypeEx(&value, &value, locale, flags, type);
+    if (SUCCEEDED(status)) {
+      *made = value;
+    } else {
+      VariantClear(&value);
+    }
+    return status;
+  }
+  if (from.vt == VT_BSTR) return NumberOfText(from.bstrVal, type, made);
+  if (!mirolta::IsNumeric(from.vt)) return DISP_E_TYPEMISMATCH;
+  if (type == VT_BSTR) return TextOfNumber(from, flags, made);
+  if (from.vt == VT_CY && type == VT_DECIMAL) {
+    made->decVal = mirolta::DecimalOfCurrency(from.cyVal);
+    made->vt = VT_DECIMAL;
+    return S_OK;
+  }
+  const HRESULT status = mirolta::StoreNumber(mirolta::ReadNumber(from, type), type, made);
+  if (FAILED(status)) return status;
+  if (type == VT_DATE && IsCheckedDate(from.vt) && !mirolta::IsDateInRange(made->date)) {
+    return DISP_E_OVERFLOW;
+  }
+  return S_OK;
+}
+
+HRESULT ChangeInto(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags, VARTYPE type) {
+  HRESULT status = mirolta::CheckType(from->vt);
+  if (SUCCEEDED(status)) status = mirolta::CheckType(type);
+  if (FAILED(status)) return status;
+  VARIANT view = *from;
+  if ((from->vt & VT_BYREF) != 0) {
+    status = mirolta::ViewReference(from, &view);
+    if (SUCCEEDED(status)) status = mirolta::CheckType(view.vt);
+    if (FAILED(status)) return status;
+  }
+  VARIANT made;
+  VariantInit(&made);
+  if (view.vt == type) {
+    status = VariantCopy(&made, &view);
+  } else {
+    status = Change(view, locale, flags, type, &made);
+  }
+  if (FAILED(status)) return status;
+  // Only now: *to may be the source or what it refers to.
+  status = VariantClear(to);
+  if (FAILED(status)) {
+    VariantClear(&made);
+    return status;
+  }
+  *to = made;
+  return S_OK;
+}
+
+}  // namespace
+
+extern "C" {
+
+// The locale names no other conventions than those of English (United States): the runtime has no
+// more, so that results do not depend on where a program runs.
+// Numbers and texts may be secrets. They pass through digits on the stack, and the caller need not be
+// a member of the module, which would wipe what is left there.
+HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags,
+                            VARTYPE type) {
+  if (to == nullptr || from == nullptr) return E_INVALIDARG;
+  auto change = [&] { return ChangeInto(to, from, locale, flags, type); };
+  return mirolta::RunWiped(change, mirolta::StackUse::kMedium);
+}
+
+HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, USHORT flags, VARTYPE type) {
+  return VariantChangeTypeEx(to, from, LOCALE_USER_DEFAULT, flags, type);
+}
+}

@@ -1,0 +1,36 @@
+// The numeric types of a VARIANT: reading any of them and storing to any of them.
+#pragma once
+
+#include "values/variant_decimal.h"
+
+namespace mirolta {
+
+// A number of one of three kinds.
+struct Number {
+  enum class Kind : uint8_t {
+    kDigits,  // exact
+    kReal,    // a floating point value of `significant` decimal digits
+    kBits,    // a bit pattern: stored to integers it is cut to their width, whatever the sign
+  };
+  Kind kind = Kind::kDigits;
+  Digits digits;
+  double real = 0;
+  int significant = 15;
+  ULONGLONG bits = 0;
+};
+
+constexpr int kSingleDigits = 7;
+constexpr int kDoubleDigits = 15;
+
+// IsNumeric says whether the tag is that of an integer, real, currency, decimal, date or boolean.
+bool IsNumeric(VARTYPE type);
+
+// ReadNumber reads *from, whose type is numeric, for storing to `type`.
+Number ReadNumber(const VARIANT& from, VARTYPE type);
+
+// StoreNumber stores to a numeric type. *to is overwritten without being cleared, and only on
+// success. Reals and digits round halves to even.
+// Errors: DISP_E_OVERFLOW if the type cannot hold the number.
+HRESULT StoreNumber(const Number& number, VARTYPE type, VARIANT* to);
+
+}  // namespace mirolta
