@@ -7,6 +7,7 @@
 #include "charsets/utf7_text.h"
 #include "charsets/utf8_text.h"
 #include "portable/system.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
 namespace {

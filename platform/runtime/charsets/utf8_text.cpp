@@ -67,12 +67,6 @@ size_t DecodeUtf16(const WCHAR* text, size_t size, uint32_t* point) {
   return 2;
 }
 
-size_t WideLength(LPCWSTR text) {
-  size_t length = 0;
-  while (text[length] != 0) ++length;
-  return length;
-}
-
 bool AppendWideFileName(const char* name, size_t size, RuntimeArray<WCHAR>* text) {
   if (!text->Reserve(text->size() + size)) return false;  // never more units than bytes
   for (size_t at = 0; at < size;) {

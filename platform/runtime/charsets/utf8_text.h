@@ -27,8 +27,6 @@ size_t EncodeUtf8(uint32_t point, char* bytes);
 // a lone surrogate is returned as it is.
 size_t DecodeUtf16(const WCHAR* text, size_t size, uint32_t* point);
 
-size_t WideLength(LPCWSTR text);
-
 // File names. Bytes that are no UTF-8 become lone surrogates U+DC80..U+DCFF and turn back into
 // themselves, so every name survives the way there and back. Both append, without terminator;
 // false if memory is short.

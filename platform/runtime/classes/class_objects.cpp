@@ -1,10 +1,10 @@
 #include <chrono>
 #include <mutex>
 
-#include "charsets/utf8_text.h"
 #include "classes/module_table.h"
-#include "portable/system.h"
 #include "registry/registry_lookup.h"
+#include "texts/guid_text.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
 namespace {
@@ -14,7 +14,6 @@ using CanUnloadNow = HRESULT(STDAPICALLTYPE*)();
 
 using Clock = std::chrono::steady_clock;
 
-constexpr INT kGuidCapacity = 39;
 constexpr std::chrono::milliseconds kUsualDelay = std::chrono::minutes(10);
 
 // A module that was loaded for its classes.
@@ -43,13 +42,9 @@ bool g_cleaning = false;
 LONG g_initializations = 0;
 thread_local LONG t_initializations = 0;
 
-bool SameText(const WideText& a, const WideText& b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(WCHAR)) == 0;
-}
-
 Server* FindServer(const WideText& file) {
   Server* server = g_servers;
-  while (server != nullptr && !SameText(server->file, file)) server = server->next;
+  while (server != nullptr && ViewOf(server->file) != ViewOf(file)) server = server->next;
   return server;
 }
 
@@ -193,10 +188,8 @@ HRESULT RegistryStatus(LONG error, HRESULT missing) {
 
 // Reads the default value of CLSID\{id}\entry.
 LONG ReadClassEntry(REFCLSID id, LPCWSTR entry, WideText* text) {
-  WCHAR id_text[kGuidCapacity];
-  StringFromGUID2(id, id_text, kGuidCapacity);
   WideText path;
-  const LONG error = SetText(&path, u"CLSID\\", id_text, u"\\", entry);
+  const LONG error = SetText(&path, u"CLSID\\", GuidText(id).text, u"\\", entry);
   return error == ERROR_SUCCESS ? ReadText(path.data(), nullptr, text) : error;
 }
 

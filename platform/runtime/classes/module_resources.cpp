@@ -11,6 +11,7 @@
 #include "charsets/utf8_text.h"
 #include "classes/module_table.h"
 #include "system/file_trust.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
 namespace {
@@ -217,18 +218,6 @@ extern "C" INT LoadStringW(HINSTANCE module, UINT id, LPWSTR text, INT capacity)
 
 namespace {
 
-WCHAR Upper(WCHAR c) {
-  return c >= u'a' && c <= u'z' ? static_cast<WCHAR>(c - u'a' + u'A') : c;
-}
-
-bool SameResourceName(LPCWSTR a, LPCWSTR b) {
-  while (*a != 0 && Upper(*a) == Upper(*b)) {
-    ++a;
-    ++b;
-  }
-  return *a == 0 && *b == 0;
-}
-
 bool IsNumber(LPCWSTR name) {
   return reinterpret_cast<ULONG_PTR>(name) <= 0xFFFF;
 }
@@ -254,7 +243,7 @@ extern "C" HRSRC FindResourceW(HMODULE module, LPCWSTR name, LPCWSTR type) {
   const uint32_t number = ResourceNumber(name);
   for (unsigned i = 0; i < resources->data_count; ++i) {
     const DataResource& row = resources->data[i];
-    if (row.id == number && SameResourceName(row.type, type)) {
+    if (row.id == number && EqualsIgnoringAsciiCase(row.type, type)) {
       return const_cast<DataResource*>(&row);  // the handle is opaque; nothing writes through it
     }
   }

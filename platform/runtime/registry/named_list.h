@@ -1,20 +1,9 @@
 // A list in the order in which its nodes came that finds them by name in constant time.
 #pragma once
 
-#include "heap/runtime_array.h"
-#include "portable/base_types.h"
+#include "registry/registry_name.h"
 
 namespace mirolta {
-
-// Text that is not owned and not terminated.
-struct NameView {
-  const WCHAR* text;
-  size_t size;
-};
-
-// SameName compares names letter case aside; equal names have the same hash.
-bool SameName(NameView a, NameView b);
-uint32_t NameHash(NameView name);
 
 // What a node of a NamedList has for it.
 template <typename Node>
@@ -26,23 +15,23 @@ struct NamedListLinks {
 };
 
 // NamedList links nodes that somebody else owns. Node has a member `links` and the operations
-// `NameView name() const` and `bool HasName() const`; one without a name is not found.
+// `WideView name() const` and `bool HasName() const`; one without a name is not found.
 template <typename Node>
 class NamedList {
  public:
   Node* first() const { return first_; }
   bool empty() const { return first_ == nullptr; }
 
-  Node* Find(NameView name) const {
+  Node* Find(WideView name) const {
     if (buckets_.empty()) {
       for (Node* node = first_; node != nullptr; node = node->links.next) {
-        if (node->HasName() && SameName(node->name(), name)) return node;
+        if (node->HasName() && SameRegistryName(node->name(), name)) return node;
       }
       return nullptr;
     }
-    const uint32_t hash = NameHash(name);
+    const uint32_t hash = RegistryNameHash(name);
     for (Node* node = Bucket(hash); node != nullptr; node = node->links.next_in_bucket) {
-      if (node->links.hash == hash && SameName(node->name(), name)) return node;
+      if (node->links.hash == hash && SameRegistryName(node->name(), name)) return node;
     }
     return nullptr;
   }
@@ -110,7 +99,7 @@ class NamedList {
 
   void PutInBucket(Node* node) {
     if (!node->HasName()) return;
-    node->links.hash = NameHash(node->name());
+    node->links.hash = RegistryNameHash(node->name());
     Node*& bucket = Bucket(node->links.hash);
     node->links.next_in_bucket = bucket;
     bucket = node;

@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "charsets/utf8_text.h"
 #include "portable/registry.h"
 #include "registry/registry_store.h"
 #include "registry/registry_text.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
 namespace {
@@ -33,12 +33,9 @@ struct OpenKey {
 
 OpenKey* g_open_keys = nullptr;  // touched only inside a RegistryUse
 
-NameView ViewOf(const RuntimeArray<WCHAR>& text) {
-  return {text.data(), text.size()};
-}
-
-NameView ViewOf(LPCWSTR text) {
-  return text == nullptr ? NameView{u"", 0} : NameView{text, WideLength(text)};
+// A null name or path is an empty one.
+WideView ViewOrEmpty(LPCWSTR text) {
+  return text == nullptr ? WideView() : WideView(text);
 }
 
 // What a handle stands for.
@@ -46,7 +43,7 @@ struct Place {
   const WCHAR* root = nullptr;  // a root's name
   const OpenKey* open = nullptr;
 
-  NameView path() const { return open != nullptr ? ViewOf(open->path) : ViewOf(root); }
+  WideView path() const { return open != nullptr ? ViewOf(open->path) : WideView(root); }
   bool Allows(REGSAM access) const {
     return open == nullptr || (open->access & (access | kMaximum)) != 0;
   }
@@ -82,10 +79,10 @@ LONG FindKey(const RegistryUse& use, HKEY handle, REGSAM access, RegistryKey** k
 }
 
 // Joins the place of a handle and a path below it.
-LONG JoinPath(const Place& from, NameView below, RuntimeArray<WCHAR>* path) {
-  const NameView base = from.path();
-  return path->Append(base.text, base.size) && path->Append(u'\\') &&
-                 path->Append(below.text, below.size)
+LONG JoinPath(const Place& from, WideView below, RuntimeArray<WCHAR>* path) {
+  const WideView base = from.path();
+  return path->Append(base.data(), base.size()) && path->Append(u'\\') &&
+                 path->Append(below.data(), below.size())
              ? ERROR_SUCCESS
              : ERROR_OUTOFMEMORY;
 }
@@ -97,7 +94,7 @@ struct NewOpenKey {
   NewOpenKey& operator=(const NewOpenKey&) = delete;
   ~NewOpenKey() { DeleteRuntime(key); }
 
-  LONG Make(const Place& from, NameView below, REGSAM access) {
+  LONG Make(const Place& from, WideView below, REGSAM access) {
     key = NewRuntime<OpenKey>();
     if (key == nullptr) return ERROR_OUTOFMEMORY;
     key->access = access;
@@ -122,7 +119,7 @@ struct NewChange {
   ~NewChange() { DeleteRuntime(change); }
 
   // Makes the change below the place of a handle.
-  LONG Make(RegistryUse* use, const Place& from, NameView below, bool* changed) {
+  LONG Make(RegistryUse* use, const Place& from, WideView below, bool* changed) {
     const LONG error = JoinPath(from, below, &change->path);
     return error == ERROR_SUCCESS ? use->Make(&change, changed) : error;
   }
@@ -152,11 +149,11 @@ LONG GiveData(const RegistryValue& value, DWORD* type, BYTE* data, DWORD* size) 
 }
 
 // Gives a name; *length is the room with the terminator, then the length without.
-LONG GiveName(NameView name, LPWSTR text, DWORD* length) {
-  if (name.size >= *length) return ERROR_MORE_DATA;
-  if (name.size != 0) std::memcpy(text, name.text, name.size * sizeof(WCHAR));
-  text[name.size] = 0;
-  *length = static_cast<DWORD>(name.size);
+LONG GiveName(WideView name, LPWSTR text, DWORD* length) {
+  if (name.size() >= *length) return ERROR_MORE_DATA;
+  if (!name.empty()) std::memcpy(text, name.data(), name.size() * sizeof(WCHAR));
+  text[name.size()] = 0;
+  *length = static_cast<DWORD>(name.size());
   return ERROR_SUCCESS;
 }
 
@@ -173,9 +170,9 @@ extern "C" LONG RegOpenKeyExW(HKEY handle, LPCWSTR path, DWORD, REGSAM access, H
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  if (key->FindPath(ViewOf(path)) == nullptr) return ERROR_FILE_NOT_FOUND;
+  if (key->FindPath(ViewOrEmpty(path)) == nullptr) return ERROR_FILE_NOT_FOUND;
   NewOpenKey opened;
-  const LONG made = opened.Make(place, ViewOf(path), access);
+  const LONG made = opened.Make(place, ViewOrEmpty(path), access);
   if (made == ERROR_SUCCESS) *out = opened.PutInTable();
   return made;
 }
@@ -189,7 +186,7 @@ extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD,
   RegistryKey* key = nullptr;
   LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  const NameView below = ViewOf(path);
+  const WideView below = ViewOrEmpty(path);
   if (key->FindPath(below) == nullptr) {
     if (!place.Allows(kCreate)) return ERROR_ACCESS_DENIED;
     if (!SurvivesFile(below)) return ERROR_INVALID_PARAMETER;
@@ -231,7 +228,7 @@ extern "C" LONG RegDeleteKeyW(HKEY handle, LPCWSTR path) {
   NewChange change(RegistryChange::Kind::kDeleteKey);
   if (change.change == nullptr) return ERROR_OUTOFMEMORY;
   bool changed = false;
-  return change.Make(&use, place, ViewOf(path), &changed);
+  return change.Make(&use, place, ViewOrEmpty(path), &changed);
 }
 
 extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
@@ -241,19 +238,19 @@ extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
   const LONG error = FindKey(use, handle, kSetValue, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   NewChange change(RegistryChange::Kind::kDeleteValue);
-  const NameView value = ViewOf(name);
-  if (change.change == nullptr || !change.change->value_name.Append(value.text, value.size)) {
+  const WideView value = ViewOrEmpty(name);
+  if (change.change == nullptr || !change.change->value_name.Append(value.data(), value.size())) {
     return ERROR_OUTOFMEMORY;
   }
   bool changed = false;
-  return change.Make(&use, place, {nullptr, 0}, &changed);
+  return change.Make(&use, place, WideView(), &changed);
 }
 
 extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD type, const BYTE* data,
                                DWORD size) {
-  const NameView name = ViewOf(value_name);
+  const WideView name = ViewOrEmpty(value_name);
   if (data == nullptr && size != 0) return ERROR_INVALID_PARAMETER;
-  if (name.size > kLongestValueName || HasControls(name) || !SurvivesFile(name)) {
+  if (name.size() > kLongestValueName || HasControls(name) || !SurvivesFile(name)) {
     return ERROR_INVALID_PARAMETER;
   }
   NewChange change(RegistryChange::Kind::kSetValue);
@@ -267,7 +264,7 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
     kept_size = text.size() * sizeof(WCHAR);
   }
   change.change->type = type;
-  if (!change.change->value_name.Append(name.text, name.size) ||
+  if (!change.change->value_name.Append(name.data(), name.size()) ||
       !change.change->data.Append(data, kept_size)) {
     return ERROR_OUTOFMEMORY;
   }
@@ -277,7 +274,7 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
   const LONG error = FindKey(use, handle, kSetValue, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   bool changed = false;
-  return change.Make(&use, place, {nullptr, 0}, &changed);
+  return change.Make(&use, place, WideView(), &changed);
 }
 
 extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type, BYTE* data,
@@ -288,7 +285,7 @@ extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type,
   RegistryKey* key = nullptr;
   const LONG error = FindKey(use, handle, kQuery, &key, &place);
   if (error != ERROR_SUCCESS) return error;
-  const RegistryValue* value = key->FindValue(ViewOf(name));
+  const RegistryValue* value = key->FindValue(ViewOrEmpty(name));
   return value == nullptr ? ERROR_FILE_NOT_FOUND : GiveData(*value, type, data, size);
 }
 

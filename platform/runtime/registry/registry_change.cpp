@@ -3,10 +3,6 @@
 namespace mirolta {
 namespace {
 
-NameView ViewOf(const RuntimeArray<WCHAR>& text) {
-  return {text.data(), text.size()};
-}
-
 LONG MakeKey(const RegistryChange& change, RegistryKey* root, bool* changed) {
   RegistryKey* key = nullptr;
   return root->MakePath(ViewOf(change.path), &key, changed);

@@ -1,7 +1,5 @@
 #include "registry/registry_lookup.h"
 
-#include "charsets/utf8_text.h"
-
 namespace mirolta {
 namespace {
 

@@ -2,12 +2,10 @@
 // HKEY_CLASSES_ROOT; all return a system error number.
 #pragma once
 
-#include "heap/runtime_array.h"
 #include "portable/registry.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
-
-using WideText = RuntimeArray<WCHAR>;
 
 // SetText makes *text the terminated join of up to five parts; ERROR_OUTOFMEMORY if it cannot.
 LONG SetText(WideText* text, LPCWSTR a, LPCWSTR b = u"", LPCWSTR c = u"", LPCWSTR d = u"",

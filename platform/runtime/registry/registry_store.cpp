@@ -139,9 +139,8 @@ LONG RegistryUse::Make(RegistryChange** change, bool* changed) {
     return ERROR_SUCCESS;
   }
   if (g_in_memory) return MakeChange(**change, g_root, changed);
-  const RuntimeArray<WCHAR>& path = (*change)->path;
   if ((*change)->kind == RegistryChange::Kind::kMakeKey &&
-      g_root->FindPath({path.data(), path.size()}) != nullptr) {
+      g_root->FindPath(ViewOf((*change)->path)) != nullptr) {
     *changed = false;
     return ERROR_SUCCESS;
   }

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "charsets/utf8_text.h"
+#include "texts/characters.h"
 
 namespace mirolta {
 namespace {
@@ -10,18 +11,7 @@ namespace {
 constexpr char kFirstLine[] = "REGEDIT4";
 constexpr size_t kWidestHexLine = 76;
 
-NameView ViewOf(const RuntimeArray<WCHAR>& text) {
-  return {text.data(), text.size()};
-}
-
 // --- reading ---
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 
 // Parser holds one line at a time; every step returns a system error number.
 class Parser {
@@ -69,6 +59,7 @@ class Parser {
     at_ += length;
     return true;
   }
+  int NextHexDigit() const { return HexDigitValue(static_cast<BYTE>(*at_)); }
   void SkipBlanks() {
     while (!AtEnd() && IsBlank(*at_)) ++at_;
   }
@@ -162,8 +153,8 @@ class Parser {
   bool Number(unsigned most, DWORD* number) {
     *number = 0;
     unsigned count = 0;
-    for (; count < most && !AtEnd() && HexDigit(*at_) >= 0; ++count, ++at_) {
-      *number = *number << 4 | static_cast<DWORD>(HexDigit(*at_));
+    for (; count < most && !AtEnd() && NextHexDigit() >= 0; ++count, ++at_) {
+      *number = *number << 4 | static_cast<DWORD>(NextHexDigit());
     }
     return count != 0;
   }
@@ -213,9 +204,9 @@ bool Put(RuntimeArray<char>* text, const char* more) {
   return text->Append(more, std::strlen(more));
 }
 
-bool PutQuoted(RuntimeArray<char>* text, NameView quoted) {
+bool PutQuoted(RuntimeArray<char>* text, WideView quoted) {
   RuntimeArray<char> bytes;
-  if (!AppendFileName(quoted.text, quoted.size, &bytes) || !text->Append('"')) return false;
+  if (!AppendFileName(quoted.data(), quoted.size(), &bytes) || !text->Append('"')) return false;
   for (size_t i = 0; i < bytes.size(); ++i) {
     if ((bytes[i] == '\\' || bytes[i] == '"') && !text->Append('\\')) return false;
     if (!text->Append(bytes[i])) return false;
@@ -251,7 +242,7 @@ bool PutText(RuntimeArray<char>* text, const RegistryValue& value, size_t column
     std::memcpy(units.data(), value.data.data(), units.size() * sizeof(WCHAR));
   }
   if (value.type == REG_SZ && !units.empty()) {
-    const NameView plain = {units.data(), units.size() - 1};
+    const WideView plain(units.data(), units.size() - 1);
     if (!HasControls(plain)) return PutQuoted(text, plain);
   }
   RuntimeArray<char> bytes;
@@ -266,7 +257,7 @@ bool PutValue(RuntimeArray<char>* text, const RegistryValue& value) {
     return text->Append(reinterpret_cast<const char*>(value.data.data()), value.data.size()) &&
            text->Append('\n');
   }
-  if (!(value.name().size == 0 ? text->Append('@') : PutQuoted(text, value.name()))) return false;
+  if (!(value.name().empty() ? text->Append('@') : PutQuoted(text, value.name()))) return false;
   if (!text->Append('=')) return false;
   const size_t column = text->size() - begin;
   if (IsTextType(value.type)) {
@@ -288,7 +279,7 @@ bool PutPath(RuntimeArray<char>* text, const RegistryKey& key) {
   if (key.parent()->parent() != nullptr && (!PutPath(text, *key.parent()) || !text->Append('\\'))) {
     return false;
   }
-  return AppendFileName(key.name().text, key.name().size, text);
+  return AppendFileName(key.name().data(), key.name().size(), text);
 }
 
 bool PutKey(RuntimeArray<char>* text, const RegistryKey& key) {
@@ -322,17 +313,16 @@ bool FormatRegistry(const RegistryKey& root, RuntimeArray<char>* text) {
   return Put(text, kFirstLine) && text->Append('\n') && PutKey(text, root);
 }
 
-bool SurvivesFile(NameView text) {
-  for (size_t at = 0; at < text.size;) {
+bool SurvivesFile(WideView text) {
+  for (size_t at = 0; at < text.size();) {
     uint32_t point;
-    at += DecodeUtf16(text.text + at, text.size - at, &point);
+    at += DecodeUtf16(text.data() + at, text.size() - at, &point);
     if (!IsHighSurrogate(point) && !IsLowSurrogate(point)) continue;
     // Rare: see what comes back.
     RuntimeArray<char> bytes;
     RuntimeArray<WCHAR> again;
-    return AppendFileName(text.text, text.size, &bytes) &&
-           AppendWideFileName(bytes.data(), bytes.size(), &again) && again.size() == text.size &&
-           std::memcmp(again.data(), text.text, text.size * sizeof(WCHAR)) == 0;
+    return AppendFileName(text.data(), text.size(), &bytes) &&
+           AppendWideFileName(bytes.data(), bytes.size(), &again) && ViewOf(again) == text;
   }
   return true;
 }

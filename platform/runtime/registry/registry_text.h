@@ -15,6 +15,7 @@
 #pragma once
 
 #include "registry/registry_tree.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
 
@@ -27,6 +28,6 @@ LONG ParseRegistry(const char* text, size_t size, RegistryKey* root, DWORD* bad_
 
 // SurvivesFile tells whether a text is read back from the file as it was written, which unpaired
 // surrogates are not (but for those that stand for the odd bytes of a file name).
-bool SurvivesFile(NameView text);
+bool SurvivesFile(WideView text);
 
 }  // namespace mirolta

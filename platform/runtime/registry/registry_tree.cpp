@@ -1,58 +1,6 @@
 #include "registry/registry_tree.h"
 
-#include <locale.h>
-#include <wctype.h>
-
 namespace mirolta {
-namespace {
-
-// Letter case of all scripts, whatever locale the process runs in; else that of ASCII.
-WCHAR Folded(WCHAR c) {
-  if (c < 0x80) return c >= u'A' && c <= u'Z' ? static_cast<WCHAR>(c - u'A' + u'a') : c;
-  static const locale_t locale =
-      newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));
-  if (locale == static_cast<locale_t>(nullptr)) return c;
-  const wint_t folded = towlower_l(towupper_l(c, locale), locale);
-  return folded <= 0xFFFF ? static_cast<WCHAR>(folded) : c;
-}
-
-}  // namespace
-
-bool SameName(NameView a, NameView b) {
-  if (a.size != b.size) return false;
-  for (size_t i = 0; i < a.size; ++i) {
-    if (a.text[i] != b.text[i] && Folded(a.text[i]) != Folded(b.text[i])) return false;
-  }
-  return true;
-}
-
-uint32_t NameHash(NameView name) {  // FNV-1a
-  uint32_t hash = 2166136261u;
-  for (size_t i = 0; i < name.size; ++i) hash = (hash ^ Folded(name.text[i])) * 16777619u;
-  return hash;
-}
-
-bool TakeName(NameView* path, NameView* name) {
-  while (path->size != 0 && *path->text == u'\\') {
-    ++path->text;
-    --path->size;
-  }
-  *name = {path->text, 0};
-  while (path->size != 0 && *path->text != u'\\') {
-    ++path->text;
-    --path->size;
-    ++name->size;
-  }
-  return name->size != 0;
-}
-
-bool HasControls(NameView name) {
-  for (size_t i = 0; i < name.size; ++i) {
-    if (name.text[i] < 0x20) return true;
-  }
-  return false;
-}
-
 RegistryKey::~RegistryKey() {
   while (!children_.empty()) RemoveChild(children_.first());
   while (RegistryValue* value = values_.first()) {
@@ -61,10 +9,10 @@ RegistryKey::~RegistryKey() {
   }
 }
 
-RegistryKey* RegistryKey::AddChild(NameView name) {
+RegistryKey* RegistryKey::AddChild(WideView name) {
   RegistryKey* child = NewRuntime<RegistryKey>();
   if (child == nullptr) return nullptr;
-  if (!child->name_.Append(name.text, name.size) || !children_.Append(child)) {
+  if (!child->name_.Append(name.data(), name.size()) || !children_.Append(child)) {
     DeleteRuntime(child);
     return nullptr;
   }
@@ -83,18 +31,18 @@ bool RegistryKey::AddValue(RegistryValue* value, bool first) {
   return false;
 }
 
-bool RegistryKey::SetValue(NameView name, DWORD type, const BYTE* data, size_t size) {
+bool RegistryKey::SetValue(WideView name, DWORD type, const BYTE* data, size_t size) {
   RuntimeArray<BYTE> copy;
   if (!copy.Append(data, size)) return false;
   RegistryValue* value = values_.Find(name);
   if (value == nullptr) {
     value = NewRuntime<RegistryValue>();
     if (value == nullptr) return false;
-    if (!value->name_text.Append(name.text, name.size)) {
+    if (!value->name_text.Append(name.data(), name.size())) {
       DeleteRuntime(value);
       return false;
     }
-    if (!AddValue(value, name.size == 0)) return false;
+    if (!AddValue(value, name.empty())) return false;
   }
   value->type = type;
   value->data.Swap(copy);
@@ -113,7 +61,7 @@ bool RegistryKey::AddComment(const char* text, size_t size) {
   return AddValue(comment, false);
 }
 
-bool RegistryKey::RemoveValue(NameView name) {
+bool RegistryKey::RemoveValue(WideView name) {
   RegistryValue* value = values_.Find(name);
   if (value == nullptr) return false;
   values_.Remove(value);
@@ -141,21 +89,21 @@ bool RegistryKey::CopyTo(RegistryKey* copy) const {
   return true;
 }
 
-RegistryKey* RegistryKey::FindPath(NameView path) {
+RegistryKey* RegistryKey::FindPath(WideView path) {
   RegistryKey* key = this;
-  NameView name;
+  WideView name;
   while (key != nullptr && TakeName(&path, &name)) key = key->FindChild(name);
   return key;
 }
 
-LONG RegistryKey::MakePath(NameView path, RegistryKey** key, bool* made) {
+LONG RegistryKey::MakePath(WideView path, RegistryKey** key, bool* made) {
   *key = this;
   *made = false;
   unsigned depth = 0;
   for (const RegistryKey* above = parent_; above != nullptr; above = above->parent_) ++depth;
-  NameView name;
-  for (NameView rest = path; TakeName(&rest, &name);) {
-    if (name.size > kLongestKeyName || HasControls(name) || ++depth > kDeepestKey) {
+  WideView name;
+  for (WideView rest = path; TakeName(&rest, &name);) {
+    if (name.size() > kLongestKeyName || HasControls(name) || ++depth > kDeepestKey) {
       return ERROR_INVALID_PARAMETER;
     }
   }

@@ -12,8 +12,6 @@ constexpr LONG kErrorKeyDeleted = 1018;
 
 constexpr DWORD kRegMultiText = 7;     // REG_MULTI_SZ
 constexpr unsigned kDeepestKey = 512;  // as on the platform
-constexpr size_t kLongestKeyName = 255;
-constexpr size_t kLongestValueName = 16383;
 
 constexpr bool IsTextType(DWORD type) {
   return type == REG_SZ || type == REG_EXPAND_SZ || type == kRegMultiText;
@@ -28,7 +26,7 @@ struct RegistryValue {
   RuntimeArray<WCHAR> name_text;  // empty: the default value
   RuntimeArray<BYTE> data;
 
-  NameView name() const { return {name_text.data(), name_text.size()}; }
+  WideView name() const { return ViewOf(name_text); }
   bool HasName() const { return !is_comment; }
   RegistryValue* next() const { return links.next; }
 };
@@ -46,34 +44,34 @@ class RegistryKey {
   const RegistryKey* next() const { return links.next; }
   const RegistryKey* first_child() const { return children_.first(); }
   const RegistryValue* first_value() const { return values_.first(); }
-  NameView name() const { return {name_.data(), name_.size()}; }
+  WideView name() const { return ViewOf(name_); }
   bool HasName() const { return true; }
 
   // By index, null if there are not so many; comments do not count.
   const RegistryKey* ChildAt(DWORD index) const { return children_.At(index); }
   const RegistryValue* ValueAt(DWORD index) const { return values_.At(index); }
-  RegistryKey* FindChild(NameView name) const { return children_.Find(name); }
+  RegistryKey* FindChild(WideView name) const { return children_.Find(name); }
   // Adds a key after the others; null if memory is short.
-  RegistryKey* AddChild(NameView name);
+  RegistryKey* AddChild(WideView name);
   void RemoveChild(RegistryKey* child);
 
-  const RegistryValue* FindValue(NameView name) const { return values_.Find(name); }
+  const RegistryValue* FindValue(WideView name) const { return values_.Find(name); }
   // Sets a value, replacing one of that name at its place. A new default value comes first, others
   // last. False if memory is short; the key is then as it was.
-  [[nodiscard]] bool SetValue(NameView name, DWORD type, const BYTE* data, size_t size);
+  [[nodiscard]] bool SetValue(WideView name, DWORD type, const BYTE* data, size_t size);
   [[nodiscard]] bool AddComment(const char* text, size_t size);
-  bool RemoveValue(NameView name);
+  bool RemoveValue(WideView name);
 
   // CopyTo adds copies of the values and keys to the empty key `copy`; false if memory is short,
   // with some of them added.
   [[nodiscard]] bool CopyTo(RegistryKey* copy) const;
 
   // FindPath follows names parted by backslashes; null if one is missing.
-  RegistryKey* FindPath(NameView path);
+  RegistryKey* FindPath(WideView path);
   // MakePath does so and adds what is missing. *made tells whether the last one was.
   // Errors: ERROR_OUTOFMEMORY; ERROR_INVALID_PARAMETER for a name that is too long or has control
   // characters, and for keys too deep. After a failure the tree is as it was.
-  LONG MakePath(NameView path, RegistryKey** key, bool* made);
+  LONG MakePath(WideView path, RegistryKey** key, bool* made);
 
   NamedListLinks<RegistryKey> links;  // the list's own
 
@@ -85,11 +83,5 @@ class RegistryKey {
   NamedList<RegistryValue> values_;
   RuntimeArray<WCHAR> name_;
 };
-
-// TakeName splits the first name off a path; false at its end.
-bool TakeName(NameView* path, NameView* name);
-
-// HasControls tells whether a name could not stand in the file.
-bool HasControls(NameView name);
 
 }  // namespace mirolta

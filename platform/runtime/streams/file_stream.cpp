@@ -7,6 +7,7 @@
 
 #include "charsets/utf8_text.h"
 #include "streams/stream_base.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
 namespace {

@@ -3,9 +3,9 @@
 #include <cstring>
 
 #include "arrays/safearray_elements.h"
-#include "heap/allocation.h"
 #include "portable/variant.h"
 #include "seam/memory.h"
+#include "texts/wide_text.h"
 
 namespace {
 
@@ -42,12 +42,6 @@ BSTR Make(const void* from, UINT byte_length) {
   return text;
 }
 
-UINT TextLength(const OLECHAR* text) {
-  UINT length = 0;
-  while (text[length] != 0) ++length;
-  return length;
-}
-
 bool FitsInBytes(UINT length) {
   return length <= kMaxBytes / sizeof(OLECHAR);
 }
@@ -57,7 +51,7 @@ bool FitsInBytes(UINT length) {
 extern "C" {
 
 BSTR SysAllocString(const OLECHAR* text) {
-  return text == nullptr ? nullptr : SysAllocStringLen(text, TextLength(text));
+  return text == nullptr ? nullptr : SysAllocStringLen(text, static_cast<UINT>(mirolta::WideLength(text)));
 }
 
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {

@@ -1,10 +1,10 @@
-#include "portable/system.h"
+#include "texts/guid_text.h"
+
+#include "texts/characters.h"
 
 namespace mirolta {
 namespace {
 
-// Registry text with H for each digit: {HHHHHHHH-HHHH-HHHH-HHHH-HHHHHHHHHHHH}.
-constexpr INT kGuidTextLength = 38;
 constexpr WCHAR kDigits[] = u"0123456789ABCDEF";
 
 constexpr bool IsHyphen(INT index) {
@@ -28,14 +28,6 @@ GUID GuidFromBytes(const BYTE bytes[16]) {
   return id;
 }
 
-// The digit's value, or 16.
-unsigned DigitValue(WCHAR c) {
-  if (c >= u'0' && c <= u'9') return static_cast<unsigned>(c - u'0');
-  if (c >= u'A' && c <= u'F') return static_cast<unsigned>(c - u'A' + 10);
-  if (c >= u'a' && c <= u'f') return static_cast<unsigned>(c - u'a' + 10);
-  return 16;
-}
-
 bool ParseGuid(LPCOLESTR text, GUID* id) {
   BYTE bytes[16] = {};
   unsigned digits = 0;
@@ -45,9 +37,9 @@ bool ParseGuid(LPCOLESTR text, GUID* id) {
       if (text[i] != u'-') return false;
       continue;
     }
-    const unsigned value = DigitValue(text[i]);
-    if (value == 16) return false;
-    bytes[digits / 2] = static_cast<BYTE>(unsigned{bytes[digits / 2]} << 4 | value);
+    const int value = HexDigitValue(text[i]);
+    if (value < 0) return false;
+    bytes[digits / 2] = static_cast<BYTE>(bytes[digits / 2] << 4 | value);
     ++digits;
   }
   if (text[kGuidTextLength - 1] != u'}' || text[kGuidTextLength] != 0) return false;

@@ -6,6 +6,7 @@
 
 #include "heap/allocation.h"
 #include "portable/system.h"
+#include "texts/wide_text.h"
 
 namespace mirolta {
 
@@ -27,8 +28,7 @@ class Arena {
 
   const OLECHAR* Text(const OLECHAR* text) {
     if (text == nullptr) return nullptr;
-    size_t length = 0;
-    while (text[length] != 0) ++length;
+    const size_t length = WideLength(text);
     OLECHAR* copy = Take<OLECHAR>(length + 1);
     if (copy != nullptr) std::memcpy(copy, text, (length + 1) * sizeof(OLECHAR));
     return copy;
@@ -130,16 +130,6 @@ void AddReference(CopiedLibrary* library) {
 
 void ReleaseReference(CopiedLibrary* library) {
   if (InterlockedDecrement(&library->references) == 0) FreeRuntime(library);
-}
-
-bool SameName(const OLECHAR* a, const OLECHAR* b) {
-  const auto fold = [](OLECHAR c) -> OLECHAR {
-    return c >= u'A' && c <= u'Z' ? static_cast<OLECHAR>(c + (u'a' - u'A')) : c;
-  };
-  for (; fold(*a) == fold(*b); ++a, ++b) {
-    if (*a == 0) return true;
-  }
-  return false;
 }
 
 }  // namespace mirolta

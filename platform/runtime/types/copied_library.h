@@ -41,7 +41,4 @@ HRESULT InvokeMember(const InterfaceTable& table, void* instance, DISPID id, WOR
 HRESULT GiveDocumentation(const OLECHAR* name_text, const OLECHAR* help_text, BSTR* name,
                           BSTR* help, DWORD* help_context, BSTR* help_file);
 
-// SameName compares two names without regard to the case of ASCII letters.
-bool SameName(const OLECHAR* a, const OLECHAR* b);
-
 }  // namespace mirolta

@@ -1,5 +1,6 @@
 // Type libraries: the object that lists a library's types, and loading one from a module's file.
 #include "portable/module.h"
+#include "texts/wide_text.h"
 #include "types/library_object.h"
 
 namespace mirolta {
@@ -75,7 +76,7 @@ class TypeLibrary final : public LibraryObject<ITypeLib, IID_ITypeLib> {
     if (name == nullptr || found == nullptr) return E_INVALIDARG;
     *found = FALSE;
     ForEachName([&](UINT, MEMBERID, const OLECHAR* candidate) {
-      if (SameName(candidate, name)) *found = TRUE;
+      if (EqualsIgnoringAsciiCase(candidate, name)) *found = TRUE;
     });
     return S_OK;
   }
@@ -88,7 +89,7 @@ class TypeLibrary final : public LibraryObject<ITypeLib, IID_ITypeLib> {
     *count = 0;
     HRESULT status = S_OK;
     ForEachName([&](UINT type, MEMBERID id, const OLECHAR* candidate) {
-      if (FAILED(status) || *count == capacity || !SameName(candidate, name)) return;
+      if (FAILED(status) || *count == capacity || !EqualsIgnoringAsciiCase(candidate, name)) return;
       status = MakeTypeInfo(library_, type, &infos[*count]);
       if (FAILED(status)) return;
       ids[*count] = id;

@@ -1,14 +1,15 @@
-#include "charsets/utf8_text.h"
 #include "portable/dispatch.h"
 #include "portable/registry_mode.h"
 #include "portable/system.h"
 #include "registry/registry_lookup.h"
+#include "texts/characters.h"
+#include "texts/guid_text.h"
+#include "texts/wide_text.h"
 #include "types/copied_library.h"
 
 namespace mirolta {
 namespace {
 
-constexpr INT kGuidCapacity = 39;
 // A library's files by system, below version and locale.
 struct PlatformName {
   SYSKIND kind;
@@ -19,11 +20,6 @@ constexpr LPCWSTR kPlatform = kPlatforms[sizeof(void*) == 8 ? 1 : 0].name;
 // The platform's marshalers for automation interfaces and for late-bound ones only.
 constexpr LPCWSTR kAutomationMarshaler = u"{00020424-0000-0000-C000-000000000046}";
 constexpr LPCWSTR kDispatchMarshaler = u"{00020420-0000-0000-C000-000000000046}";
-
-struct GuidText {
-  WCHAR text[kGuidCapacity];
-  explicit GuidText(REFGUID id) { StringFromGUID2(id, text, kGuidCapacity); }
-};
 
 // A number's digits, possibly more after them.
 struct NumberText {
@@ -175,7 +171,7 @@ LONG HasFiles(LPCWSTR version_path, bool* has) {
   for (DWORD i = 0; !*has; ++i) {
     const LONG error = SubkeyName(version_path, i, name);
     if (error != ERROR_SUCCESS) return error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
-    *has = !SameName(name, u"FLAGS") && !SameName(name, u"HELPDIR");
+    *has = !EqualsIgnoringAsciiCase(name, u"FLAGS") && !EqualsIgnoringAsciiCase(name, u"HELPDIR");
   }
   return ERROR_SUCCESS;
 }
@@ -225,14 +221,9 @@ bool ParseVersion(LPCWSTR text, uint32_t* major, uint32_t* minor) {
     unsigned digits = 0;
     uint32_t number = 0;
     for (; digits < 4; ++digits, ++text) {
-      const WCHAR c = *text;
-      if (c >= u'0' && c <= u'9') {
-        number = number << 4 | static_cast<uint32_t>(c - u'0');
-      } else if ((c | 0x20) >= u'a' && (c | 0x20) <= u'f') {
-        number = number << 4 | static_cast<uint32_t>((c | 0x20) - u'a' + 10);
-      } else {
-        break;
-      }
+      const int digit = HexDigitValue(*text);
+      if (digit < 0) break;
+      number = number << 4 | static_cast<uint32_t>(digit);
     }
     if (digits == 0 || *text != (i == 0 ? u'.' : u'\0')) return false;
     ++text;

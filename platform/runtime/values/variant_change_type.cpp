@@ -1,6 +1,7 @@
 // VariantChangeType: which conversions exist, and those to and from text and objects.
 #include "portable/dispatch.h"
 #include "seam/wiped_work.h"
+#include "texts/wide_text.h"
 #include "values/variant_byte_array.h"
 #include "values/variant_date.h"
 #include "values/variant_number_text.h"
@@ -13,24 +14,6 @@ using mirolta::Number;
 
 constexpr VARTYPE kByteArray = VT_ARRAY | VT_UI1;
 constexpr USHORT kBooleanWords = VARIANT_ALPHABOOL | VARIANT_LOCALBOOL;
-
-bool EqualsIgnoringCase(BSTR text, const OLECHAR* lower) {
-  const UINT length = SysStringLen(text);
-  UINT i = 0;
-  for (; i < length && lower[i] != 0; ++i) {
-    const OLECHAR c =
-        text[i] >= u'A' && text[i] <= u'Z' ? static_cast<OLECHAR>(text[i] - u'A' + u'a') : text[i];
-    if (c != lower[i]) return false;
-  }
-  return i == length && lower[i] == 0;
-}
-
-bool Equals(BSTR text, const OLECHAR* expected) {
-  const UINT length = SysStringLen(text);
-  UINT i = 0;
-  while (i < length && expected[i] != 0 && text[i] == expected[i]) ++i;
-  return i == length && expected[i] == 0;
-}
 
 HRESULT MakeText(BSTR text, VARIANT* made) {
   if (text == nullptr) return E_OUTOFMEMORY;
@@ -66,11 +49,12 @@ HRESULT TextOfNumber(const VARIANT& from, USHORT flags, VARIANT* made) {
 
 HRESULT BooleanOfText(BSTR text, VARIANT* made) {
   made->vt = VT_BOOL;
-  if (EqualsIgnoringCase(text, OLESTR("true")) || Equals(text, OLESTR("#TRUE#"))) {
+  const mirolta::WideView word(text, SysStringLen(text));
+  if (mirolta::EqualsIgnoringAsciiCase(word, OLESTR("true")) || word == OLESTR("#TRUE#")) {
     made->boolVal = VARIANT_TRUE;
     return S_OK;
   }
-  if (EqualsIgnoringCase(text, OLESTR("false")) || Equals(text, OLESTR("#FALSE#"))) {
+  if (mirolta::EqualsIgnoringAsciiCase(word, OLESTR("false")) || word == OLESTR("#FALSE#")) {
     made->boolVal = VARIANT_FALSE;
     return S_OK;
   }

@@ -5,9 +5,9 @@
 //   month name, then two      day year
 //   two numbers, name later   year day, day year
 #include "portable/system.h"
+#include "texts/characters.h"
 #include "values/calendar.h"
 #include "values/variant_date.h"
-#include "values/variant_number_text.h"
 
 namespace mirolta {
 namespace {
@@ -26,23 +26,13 @@ constexpr Name kWeekdays[7] = {{"sunday", 3},   {"monday", 3}, {"tuesday", 3}, {
                                {"thursday", 3}, {"friday", 3}, {"saturday", 3}};
 constexpr Name kHalves[2] = {{"am", 1}, {"pm", 1}};
 
-OLECHAR Lower(OLECHAR c) {
-  return c >= u'A' && c <= u'Z' ? static_cast<OLECHAR>(c - u'A' + u'a') : c;
-}
-bool IsLetter(OLECHAR c) {
-  return Lower(c) >= u'a' && Lower(c) <= u'z';
-}
-bool IsDigit(OLECHAR c) {
-  return c >= u'0' && c <= u'9';
-}
-
 // FindName returns the index of the name that the word is, in full or short; kNone if none.
 template <size_t count>
 int FindName(const Name (&names)[count], const OLECHAR* word, UINT length) {
   for (size_t i = 0; i < count; ++i) {
     UINT same = 0;
     while (same < length && names[i].full[same] != 0 &&
-           Lower(word[same]) == static_cast<OLECHAR>(names[i].full[same])) {
+           LowerAscii(word[same]) == static_cast<OLECHAR>(names[i].full[same])) {
       ++same;
     }
     if (same == length && (length == names[i].short_length || names[i].full[length] == 0)) {
@@ -96,12 +86,12 @@ class DateReader {
       SkipSpaces();
       if (at_ == end_) return !joined;
       const OLECHAR c = *at_;
-      if (IsDigit(c)) {
+      if (IsDecimalDigit(c)) {
         const int parts = hour_parts_;
         if (!ReadNumber()) return false;
         if (joined && parts != hour_parts_) return false;
         joined = false;
-      } else if (IsLetter(c)) {
+      } else if (IsAsciiLetter(c)) {
         if (!ReadWord()) return false;
         joined = false;
       } else if (c == u'/' || c == u'-') {
@@ -120,7 +110,7 @@ class DateReader {
 
   int ReadDigits() {
     int value = 0;
-    for (; IsDigit(Peek()); ++at_) {
+    for (; IsDecimalDigit(Peek()); ++at_) {
       if (value < kTooLarge) value = value * 10 + (*at_ - u'0');
     }
     return value;
@@ -150,7 +140,7 @@ class DateReader {
     int* const parts[2] = {&minute_, &second_};
     while (at_ != end_ && IsTimeSeparator(*at_)) {
       while (at_ != end_ && (IsTimeSeparator(*at_) || IsSpaceCharacter(*at_))) ++at_;
-      if (hour_parts_ == 3 || !IsDigit(Peek())) return false;
+      if (hour_parts_ == 3 || !IsDecimalDigit(Peek())) return false;
       *parts[hour_parts_ - 1] = ReadDigits();
       ++hour_parts_;
       const OLECHAR* const after = at_;
@@ -162,7 +152,7 @@ class DateReader {
 
   UINT WordLength() const {
     UINT length = 0;
-    while (at_ + length != end_ && IsLetter(at_[length])) ++length;
+    while (at_ + length != end_ && IsAsciiLetter(at_[length])) ++length;
     return length;
   }
 

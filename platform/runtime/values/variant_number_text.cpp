@@ -3,18 +3,13 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "texts/characters.h"
+
 namespace mirolta {
 namespace {
 
-bool IsDigit(OLECHAR c) {
-  return c >= u'0' && c <= u'9';
-}
-
 int DigitValue(OLECHAR c, int base) {
-  int value = 99;
-  if (IsDigit(c)) value = c - u'0';
-  if (c >= u'a' && c <= u'f') value = c - u'a' + 10;
-  if (c >= u'A' && c <= u'F') value = c - u'A' + 10;
+  const int value = HexDigitValue(c);
   return value < base ? value : -1;
 }
 
@@ -113,7 +108,7 @@ class Reader {
     int scale = 0;
     for (; at_ != end_; ++at_) {
       const OLECHAR c = *at_;
-      if (IsDigit(c)) {
+      if (IsDecimalDigit(c)) {
         any = true;
         digits->Append(static_cast<BYTE>(c - u'0'));
         if (point) ++scale;
@@ -137,9 +132,9 @@ class Reader {
     // The platform takes "+-" too.
     Take(u'+');
     if (Take(u'-')) negative = true;
-    if (!IsDigit(Peek())) return false;
+    if (!IsDecimalDigit(Peek())) return false;
     constexpr int kBeyondAnyRange = 100000;
-    for (; IsDigit(Peek()); ++at_) {
+    for (; IsDecimalDigit(Peek()); ++at_) {
       if (*exponent < kBeyondAnyRange) *exponent = *exponent * 10 + (*at_ - u'0');
     }
     if (negative) *exponent = -*exponent;
@@ -155,12 +150,6 @@ class Reader {
 };
 
 }  // namespace
-
-bool IsSpaceCharacter(OLECHAR c) {
-  return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
-         (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
-         c == 0x3000;
-}
 
 HRESULT ParseNumberText(const OLECHAR* text, UINT length, NumberText* number) {
   *number = NumberText();

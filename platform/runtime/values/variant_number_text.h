@@ -22,7 +22,4 @@ BSTR TextOfDigits(const Digits& number);
 // writes plain text, or "1E+15" where that would need more digits or four zeros after the point.
 BSTR TextOfReal(double value, int significant);
 
-// IsSpaceCharacter says whether the platform skips the character as a space.
-bool IsSpaceCharacter(OLECHAR c);
-
 }  // namespace mirolta

@@ -1,0 +1,36 @@
+// Properties of single 16-bit characters.
+#pragma once
+
+#include "portable/base_types.h"
+
+namespace mirolta {
+
+// LowerAscii returns the lower case of an ASCII letter, any other character as it is.
+constexpr WCHAR LowerAscii(WCHAR c) {
+  return c >= u'A' && c <= u'Z' ? static_cast<WCHAR>(c - u'A' + u'a') : c;
+}
+
+constexpr bool IsAsciiLetter(WCHAR c) {
+  return LowerAscii(c) >= u'a' && LowerAscii(c) <= u'z';
+}
+
+constexpr bool IsDecimalDigit(WCHAR c) {
+  return c >= u'0' && c <= u'9';
+}
+
+// HexDigitValue returns 0 to 15, or -1 for a character that is no hexadecimal digit.
+constexpr int HexDigitValue(WCHAR c) {
+  if (IsDecimalDigit(c)) return c - u'0';
+  c = LowerAscii(c);
+  return c >= u'a' && c <= u'f' ? c - u'a' + 10 : -1;
+}
+
+// IsSpaceCharacter says whether the platform skips the character as white space in numbers and dates.
+// Source: Unicode, property White_Space.
+constexpr bool IsSpaceCharacter(WCHAR c) {
+  return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
+         (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
+         c == 0x3000;
+}
+
+}  // namespace mirolta
