@@ -2,7 +2,7 @@
 // On Windows these are resources of the file; a module of this runtime attaches a table of them.
 #pragma once
 
-#include "portable/interface_table.h"
+#include "portable/type_tables.h"
 
 namespace mirolta {
 

@@ -1,18 +1,15 @@
 #include "arrays/safearray_elements.h"
 
-#include <atomic>
 #include <cstring>
 
+#include "heap/wipe_on_free.h"
 #include "portable/dispatch.h"
-#include "portable/test_hooks.h"
 #include "values/variant_rules.h"
 
 namespace mirolta {
 namespace {
 
 constexpr USHORT kInterfaces = FADF_UNKNOWN | FADF_DISPATCH;
-
-std::atomic<bool> g_keeps_destroyed{false};
 
 // The array of texts, values or interfaces at `elements`.
 BSTR* Texts(void* elements) {
@@ -26,14 +23,6 @@ IUnknown** Objects(void* elements) {
 }
 
 }  // namespace
-
-extern "C" void MiroltaKeepDestroyedArrays(bool keep) {
-  g_keeps_destroyed.store(keep, std::memory_order_relaxed);
-}
-
-bool ClearsWhatItFrees() {
-  return !g_keeps_destroyed.load(std::memory_order_relaxed);
-}
 
 USHORT ArrayFeatures(VARTYPE type) {
   switch (type) {
@@ -63,7 +52,7 @@ HRESULT ClearArrayElements(USHORT features, ULONG element_size, void* elements, 
       if (FAILED(status)) return status;
     }
   }
-  if (ClearsWhatItFrees()) {
+  if (WipesOnFree()) {
     memset(elements, 0, size_t{element_size} * count);
   }
   return S_OK;

@@ -5,9 +5,6 @@
 
 namespace mirolta {
 
-// Whether arrays and texts are cleared before they are freed (see MiroltaKeepDestroyedArrays).
-bool ClearsWhatItFrees();
-
 // ArrayFeatures returns the flags of an array of the type, ownership and type knowledge.
 USHORT ArrayFeatures(VARTYPE type);
 

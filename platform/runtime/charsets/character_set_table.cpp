@@ -4,10 +4,6 @@
 #include <locale.h>
 #include <strings.h>
 
-#include <atomic>
-#include <cstring>
-#include <mutex>
-
 namespace mirolta {
 namespace {
 
@@ -46,7 +42,7 @@ constexpr CharacterSet kSets[] = {
     {1361, kMulti, "JOHAB", u'?'},         {51932, kMulti, "EUC-JP", u'?'},
     {51949, kMulti, "EUC-KR", u'?'},       {54936, kMulti, "GB18030", u'?'},
 };
-constexpr size_t kSetCount = sizeof(kSets) / sizeof(kSets[0]);
+static_assert(sizeof(kSets) / sizeof(kSets[0]) == kCharacterSetCount);
 
 // A locale's names for sets that the rows above call otherwise.
 struct LocaleName {
@@ -66,23 +62,6 @@ constexpr LocaleName kLocaleNames[] = {
     {"UHC", 949},
 };
 
-// Bytes that the platform decodes although the character set's definition leaves them open.
-struct OpenBytes {
-  UINT number;
-  BYTE first;
-  BYTE last;
-  WCHAR decoded;  // of first; the next ones follow
-};
-constexpr OpenBytes kOpenBytes[] = {
-    {1253, 0xAA, 0xAA, 0xF8F9}, {1253, 0xD2, 0xD2, 0xF8FA}, {1253, 0xFF, 0xFF, 0xF8FB},
-    {1255, 0xD9, 0xDF, 0xF88D}, {1255, 0xFB, 0xFC, 0xF894}, {1255, 0xFF, 0xFF, 0xF896},
-    {1257, 0xA1, 0xA1, 0xF8FC}, {1257, 0xA5, 0xA5, 0xF8FD},
-};
-
-bool HasOpenControls(UINT number) {
-  return number == 874 || (number >= 1250 && number <= 1258);
-}
-
 // The set that the environment's locale uses; the process's own locale is left alone.
 const CharacterSet* SetOfLocale() {
   const locale_t locale = newlocale(LC_CTYPE_MASK, "", static_cast<locale_t>(nullptr));
@@ -92,67 +71,7 @@ const CharacterSet* SetOfLocale() {
   return set != nullptr ? set : FindCharacterSet(65001);
 }
 
-WCHAR DecodeOpenByte(UINT number, unsigned byte) {
-  if (HasOpenControls(number) && byte >= 0x80 && byte <= 0x9F) return static_cast<WCHAR>(byte);
-  for (const OpenBytes& row : kOpenBytes) {
-    if (row.number == number && byte >= row.first && byte <= row.last) {
-      return static_cast<WCHAR>(row.decoded + (byte - row.first));
-    }
-  }
-  return kUndefinedByte;
-}
-
-// Each byte is decoded for itself: the C library would join some letters and marks, the platform
-// does not.
-bool FillTable(const CharacterSet& set, SingleByteTable* table) {
-  Converter converter("UTF-16LE", set.name);
-  if (!converter.valid()) return false;
-  for (unsigned byte = 0; byte < 256; ++byte) {
-    char in[1] = {static_cast<char>(byte)};
-    char out[8] = {};
-    char* from = in;
-    char* to = out;
-    size_t left = 1;
-    size_t room = sizeof(out);
-    converter.Reset();
-    const size_t failed = iconv(converter.handle(), &from, &left, &to, &room);
-    if (failed != static_cast<size_t>(-1)) iconv(converter.handle(), nullptr, nullptr, &to, &room);
-    const bool one = failed != static_cast<size_t>(-1) && to - out == 2;
-    table->decoded[byte] =
-        one ? static_cast<WCHAR>(static_cast<BYTE>(out[0]) | static_cast<BYTE>(out[1]) << 8)
-            : DecodeOpenByte(set.number, byte);
-  }
-
-  for (unsigned count = 0; count < 256; ++count) {  // insertion sort: once a set
-    unsigned place = count;
-    while (place > 0 && table->decoded[table->by_character[place - 1]] > table->decoded[count]) {
-      table->by_character[place] = table->by_character[place - 1];
-      --place;
-    }
-    table->by_character[place] = static_cast<BYTE>(count);
-  }
-  return true;
-}
-
-SingleByteTable g_tables[kSetCount];
-std::atomic<bool> g_filled[kSetCount];
-std::mutex g_filling;
-std::mutex g_converters;
-
-iconv_t OpenConverter(const char* to, const char* from) {
-  const std::lock_guard<std::mutex> lock(g_converters);
-  return iconv_open(to, from);
-}
-
 }  // namespace
-
-Converter::Converter(const char* to, const char* from) : handle_(OpenConverter(to, from)) {}
-
-Converter::~Converter() {
-  if (!valid()) return;
-  const std::lock_guard<std::mutex> lock(g_converters);
-  iconv_close(handle_);
-}
 
 const CharacterSet* FindCharacterSet(UINT number) {
   if (number == 0) {
@@ -175,32 +94,8 @@ const CharacterSet* FindCharacterSetByName(const char* name) {
   return nullptr;
 }
 
-INT SingleByteTable::Encode(WCHAR character) const {
-  if (character == kUndefinedByte) return -1;
-  unsigned first = 0;
-  unsigned last = 256;
-  while (first < last) {  // the answer, if any, stands in first..last
-    const unsigned middle = (first + last) / 2;
-    if (decoded[by_character[middle]] < character) {
-      first = middle + 1;
-    } else {
-      last = middle;
-    }
-  }
-  if (first == 256 || decoded[by_character[first]] != character) return -1;
-  return by_character[first];
-}
-
-const SingleByteTable* TableOf(const CharacterSet& set) {
-  const size_t index = static_cast<size_t>(&set - kSets);
-  if (!g_filled[index].load(std::memory_order_acquire)) {
-    const std::lock_guard<std::mutex> lock(g_filling);
-    if (!g_filled[index].load(std::memory_order_relaxed)) {
-      if (!FillTable(set, &g_tables[index])) return nullptr;
-      g_filled[index].store(true, std::memory_order_release);
-    }
-  }
-  return &g_tables[index];
+size_t CharacterSetIndex(const CharacterSet& set) {
+  return static_cast<size_t>(&set - kSets);
 }
 
 }  // namespace mirolta

@@ -4,6 +4,9 @@
 #include <cstring>
 
 #include "charsets/character_set_table.h"
+#include "charsets/iconv_converter.h"
+#include "charsets/single_byte_table.h"
+#include "charsets/utf16_text.h"
 #include "charsets/utf7_text.h"
 #include "charsets/utf8_text.h"
 #include "portable/system.h"
@@ -76,11 +79,9 @@ bool DecodeFromUtf8(const char* bytes, size_t size, bool strict, Output<WCHAR>* 
       if (strict) return false;
       point = kReplacement;
     }
-    if (point >= 0x10000) {
-      out->Put(static_cast<WCHAR>(0xD7C0u + (point >> 10)));
-      point = 0xDC00u | (point & 0x3FFu);
-    }
-    out->Put(static_cast<WCHAR>(point));
+    WCHAR units[2];
+    const size_t count = EncodeUtf16(point, units);
+    for (size_t i = 0; i < count; ++i) out->Put(units[i]);
   }
   return true;
 }
@@ -118,7 +119,7 @@ bool DecodeSingleByte(const CharacterSet& set, const char* bytes, size_t size, b
 // Converts in[0..*left) until its end or something that is no character; moves in and left on.
 // `in` null writes what returns to the initial state. False: stopped before the end.
 template <typename Unit>
-bool Convert(const Converter& converter, char** in, size_t* left, Output<Unit>* out) {
+bool Convert(const IconvConverter& converter, char** in, size_t* left, Output<Unit>* out) {
   for (;;) {
     Unit block[256];
     char* to = reinterpret_cast<char*>(block);
@@ -133,7 +134,7 @@ bool Convert(const Converter& converter, char** in, size_t* left, Output<Unit>* 
 
 bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, Default* missing,
                      Output<char>* out) {
-  const Converter converter(set.name, kUtf16Name);
+  const IconvConverter converter(set.name, kUtf16Name);
   if (!converter.valid()) return false;
   char* in = reinterpret_cast<char*>(const_cast<WCHAR*>(text));  // iconv does not write to it
   size_t left = length * sizeof(WCHAR);
@@ -151,7 +152,7 @@ bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, 
 
 bool DecodeMultiByte(const CharacterSet& set, const char* bytes, size_t size, bool strict,
                      Output<WCHAR>* out) {
-  Converter converter(kUtf16Name, set.name);
+  IconvConverter converter(kUtf16Name, set.name);
   if (!converter.valid()) return false;
   char* in = const_cast<char*>(bytes);  // iconv does not write to it
   size_t left = size;

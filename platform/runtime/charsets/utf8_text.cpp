@@ -18,8 +18,6 @@ constexpr LeadByte kLeadBytes[] = {
     {0xF1, 0xF3, 4, 0x80, 0xBF}, {0xF4, 0xF4, 4, 0x80, 0x8F},
 };
 
-constexpr uint32_t kEscapedByte = 0xDC00;
-
 }  // namespace
 
 size_t DecodeUtf8(const char* bytes, size_t size, uint32_t* point) {
@@ -58,45 +56,6 @@ size_t EncodeUtf8(uint32_t point, char* bytes) {
   }
   bytes[0] = static_cast<char>((0xF00u >> length & 0xFFu) | point);
   return length;
-}
-
-size_t DecodeUtf16(const WCHAR* text, size_t size, uint32_t* point) {
-  *point = text[0];
-  if (!IsHighSurrogate(text[0]) || size < 2 || !IsLowSurrogate(text[1])) return 1;
-  *point = 0x10000u + ((text[0] & 0x3FFu) << 10 | (text[1] & 0x3FFu));
-  return 2;
-}
-
-bool AppendWideFileName(const char* name, size_t size, RuntimeArray<WCHAR>* text) {
-  if (!text->Reserve(text->size() + size)) return false;  // never more units than bytes
-  for (size_t at = 0; at < size;) {
-    uint32_t point;
-    size_t taken = DecodeUtf8(name + at, size - at, &point);
-    bool stored;
-    if (point == kNoCodePoint) {
-      taken = 1;
-      stored = text->Append(static_cast<WCHAR>(kEscapedByte | static_cast<BYTE>(name[at])));
-    } else if (point < 0x10000) {
-      stored = text->Append(static_cast<WCHAR>(point));
-    } else {
-      stored = text->Append(static_cast<WCHAR>(0xD7C0u + (point >> 10))) &&
-               text->Append(static_cast<WCHAR>(0xDC00u | (point & 0x3FFu)));
-    }
-    if (!stored) return false;
-    at += taken;
-  }
-  return true;
-}
-
-bool AppendFileName(LPCWSTR text, size_t size, RuntimeArray<char>* name) {
-  for (size_t at = 0; at < size;) {
-    uint32_t point;
-    at += DecodeUtf16(text + at, size - at, &point);
-    char bytes[4] = {static_cast<char>(point & 0xFFu)};
-    const bool escaped = point >= kEscapedByte + 0x80 && point <= kEscapedByte + 0xFF;
-    if (!name->Append(bytes, escaped ? 1 : EncodeUtf8(point, bytes))) return false;
-  }
-  return true;
 }
 
 }  // namespace mirolta

@@ -1,3 +1,4 @@
+#include "charsets/escaped_utf8.h"
 #include "portable/module_resources.h"
 
 #include <dlfcn.h>
@@ -8,7 +9,6 @@
 #include <cstring>
 #include <mutex>
 
-#include "charsets/utf8_text.h"
 #include "classes/module_table.h"
 #include "system/file_trust.h"
 #include "texts/wide_text.h"
@@ -75,7 +75,7 @@ const ModuleResources* ResourcesOf(HINSTANCE handle) {
 bool AppendProgramFile(RuntimeArray<WCHAR>* file) {
   char path[kLongestPath];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
-  return length > 0 && AppendWideFileName(path, static_cast<size_t>(length), file);
+  return length > 0 && AppendWideFromUtf8(path, static_cast<size_t>(length), file);
 }
 
 // Finds where the module with `address` is mapped, and its file as an absolute name.
@@ -91,11 +91,11 @@ bool Locate(const void* address, const void** base, RuntimeArray<WCHAR>* file) {
   if (info.dli_fname[0] != '/') {
     char folder[kLongestPath];
     if (getcwd(folder, sizeof(folder)) == nullptr ||
-        !AppendWideFileName(folder, std::strlen(folder), file) || !file->Append(u'/')) {
+        !AppendWideFromUtf8(folder, std::strlen(folder), file) || !file->Append(u'/')) {
       return false;
     }
   }
-  return AppendWideFileName(info.dli_fname, std::strlen(info.dli_fname), file);
+  return AppendWideFromUtf8(info.dli_fname, std::strlen(info.dli_fname), file);
 }
 
 void* OpenSelf() {
@@ -121,7 +121,7 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
   RuntimeArray<char> name;
   RuntimeArray<char> resolved;
   Module* made = NewRuntime<Module>();
-  if (made == nullptr || !AppendFileName(file, WideLength(file), &name) || !name.Append('\0')) {
+  if (made == nullptr || !AppendUtf8FromWide(file, &name) || !name.Append('\0')) {
     DeleteRuntime(made);
     return E_OUTOFMEMORY;
   }
@@ -298,7 +298,7 @@ extern "C" FARPROC GetProcAddress(HMODULE handle, LPCSTR name) {
     if (module == nullptr) return nullptr;
     library = module->library;
     if (library == nullptr &&
-        (!AppendFileName(module->file.data(), module->file.size(), &file) || !file.Append('\0'))) {
+        (!AppendUtf8FromWide(ViewOf(module->file), &file) || !file.Append('\0'))) {
       return nullptr;
     }
   }

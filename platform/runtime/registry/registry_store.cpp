@@ -4,7 +4,8 @@
 
 #include <mutex>
 
-#include "charsets/utf8_text.h"
+#include "charsets/escaped_utf8.h"
+
 
 namespace mirolta {
 namespace {
@@ -269,7 +270,7 @@ extern "C" DWORD MiroltaRegistryFile(LPWSTR file, DWORD capacity) {
   RuntimeArray<char> name;
   RuntimeArray<WCHAR> wide;
   if (NameRegistryFile(&name) != ERROR_SUCCESS ||
-      !AppendWideFileName(name.data(), name.size(), &wide))
+      !AppendWideFromUtf8(name.data(), name.size(), &wide))
     return 0;
   if (file == nullptr || wide.size() > capacity) return 0;
   std::memcpy(file, wide.data(), wide.size() * sizeof(WCHAR));

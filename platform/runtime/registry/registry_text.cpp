@@ -2,7 +2,8 @@
 
 #include <cstdio>
 
-#include "charsets/utf8_text.h"
+#include "charsets/escaped_utf8.h"
+#include "charsets/utf16_text.h"
 #include "texts/characters.h"
 
 namespace mirolta {
@@ -79,7 +80,7 @@ class Parser {
   LONG KeyLine() {
     if (AtEnd() || line_end_[-1] != ']' || *at_ == '-') return ERROR_BADDB;
     RuntimeArray<WCHAR> path;
-    if (!AppendWideFileName(at_, static_cast<size_t>(line_end_ - 1 - at_), &path)) {
+    if (!AppendWideFromUtf8(at_, static_cast<size_t>(line_end_ - 1 - at_), &path)) {
       return ERROR_OUTOFMEMORY;
     }
     bool made;
@@ -136,7 +137,7 @@ class Parser {
       return ERROR_SUCCESS;
     }
     RuntimeArray<WCHAR> text;
-    if (!AppendWideFileName(reinterpret_cast<const char*>(bytes.data()), bytes.size(), &text)) {
+    if (!AppendWideFromUtf8(reinterpret_cast<const char*>(bytes.data()), bytes.size(), &text)) {
       return ERROR_OUTOFMEMORY;
     }
     if (!text.empty() && text[text.size() - 1] == 0) text.Shorten(text.size() - 1);
@@ -186,7 +187,7 @@ class Parser {
       if (static_cast<BYTE>(*at_) < 0x20) return ERROR_BADDB;
       if (!bytes.Append(*at_++)) return ERROR_OUTOFMEMORY;
     }
-    return AppendWideFileName(bytes.data(), bytes.size(), text) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+    return AppendWideFromUtf8(bytes.data(), bytes.size(), text) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
   }
 
   const char* rest_;
@@ -206,7 +207,7 @@ bool Put(RuntimeArray<char>* text, const char* more) {
 
 bool PutQuoted(RuntimeArray<char>* text, WideView quoted) {
   RuntimeArray<char> bytes;
-  if (!AppendFileName(quoted.data(), quoted.size(), &bytes) || !text->Append('"')) return false;
+  if (!AppendUtf8FromWide(quoted, &bytes) || !text->Append('"')) return false;
   for (size_t i = 0; i < bytes.size(); ++i) {
     if ((bytes[i] == '\\' || bytes[i] == '"') && !text->Append('\\')) return false;
     if (!text->Append(bytes[i])) return false;
@@ -246,7 +247,7 @@ bool PutText(RuntimeArray<char>* text, const RegistryValue& value, size_t column
     if (!HasControls(plain)) return PutQuoted(text, plain);
   }
   RuntimeArray<char> bytes;
-  return AppendFileName(units.data(), units.size(), &bytes) &&
+  return AppendUtf8FromWide(ViewOf(units), &bytes) &&
          PutHex(text, value.type, reinterpret_cast<const BYTE*>(bytes.data()), bytes.size(),
                 column);
 }
@@ -279,7 +280,7 @@ bool PutPath(RuntimeArray<char>* text, const RegistryKey& key) {
   if (key.parent()->parent() != nullptr && (!PutPath(text, *key.parent()) || !text->Append('\\'))) {
     return false;
   }
-  return AppendFileName(key.name().data(), key.name().size(), text);
+  return AppendUtf8FromWide(key.name(), text);
 }
 
 bool PutKey(RuntimeArray<char>* text, const RegistryKey& key) {
@@ -321,8 +322,8 @@ bool SurvivesFile(WideView text) {
     // Rare: see what comes back.
     RuntimeArray<char> bytes;
     RuntimeArray<WCHAR> again;
-    return AppendFileName(text.data(), text.size(), &bytes) &&
-           AppendWideFileName(bytes.data(), bytes.size(), &again) && ViewOf(again) == text;
+    return AppendUtf8FromWide(text, &bytes) &&
+           AppendWideFromUtf8(bytes.data(), bytes.size(), &again) && ViewOf(again) == text;
   }
   return true;
 }

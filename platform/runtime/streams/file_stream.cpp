@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "charsets/utf8_text.h"
+#include "charsets/escaped_utf8.h"
 #include "streams/stream_base.h"
 #include "texts/wide_text.h"
 
@@ -189,10 +189,10 @@ extern "C" HRESULT SHCreateStreamOnFileEx(LPCWSTR file, DWORD mode, DWORD, BOOL 
   if ((mode & kAccess) == kAccess || (mode & ~(kAccess | kSharing | STGM_CREATE)) != 0) {
     return STG_E_INVALIDFLAG;
   }
-  const size_t length = WideLength(file);
   RuntimeArray<char> path;
   RuntimeArray<WCHAR> name;
-  if (!AppendFileName(file, length, &path) || !path.Append('\0') || !name.Append(file, length)) {
+  if (!AppendUtf8FromWide(file, &path) || !path.Append('\0') ||
+      !name.Append(file, WideLength(file))) {
     return E_OUTOFMEMORY;
   }
   int opened = -1;

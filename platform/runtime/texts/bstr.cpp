@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "arrays/safearray_elements.h"
+#include "heap/wipe_on_free.h"
 #include "portable/variant.h"
 #include "seam/memory.h"
 #include "texts/wide_text.h"
@@ -88,7 +88,7 @@ INT SysReAllocStringLen(BSTR* text, const OLECHAR* from, UINT length) {
 // Texts that the runtime itself made on the way to another type are freed here too.
 void SysFreeString(BSTR text) {
   if (text == nullptr) return;
-  if (mirolta::ClearsWhatItFrees()) mirolta::WipeMemory(text, SysStringByteLen(text));
+  if (mirolta::WipesOnFree()) mirolta::WipeMemory(text, SysStringByteLen(text));
   mirolta::FreeRuntime(BlockOf(text));
 }
 

@@ -3,7 +3,7 @@
 
 #include "heap/allocation.h"
 #include "portable/system.h"
-#include "types/copied_library.h"
+#include "types/type_objects.h"
 
 namespace mirolta {
 

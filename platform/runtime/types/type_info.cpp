@@ -1,7 +1,9 @@
 // Type information of dispatch interfaces and classes, served from a copied library.
 #include "portable/module.h"
 #include "texts/wide_text.h"
+#include "types/documentation.h"
 #include "types/library_object.h"
+#include "types/type_info_invoke.h"
 
 namespace mirolta {
 
@@ -149,7 +151,7 @@ class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
       name_text = row->name;
       help_text = row->help;
     }
-    return GiveDocumentation(name_text, help_text, name, help, help_context, help_file);
+    return CopyDocumentation(name_text, help_text, name, help, help_context, help_file);
   }
 
   HRESULT GetDllEntry(MEMBERID, INVOKEKIND, BSTR* dll, BSTR* name, WORD* ordinal) override {
@@ -281,28 +283,6 @@ class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
 };
 
 }  // namespace
-
-HRESULT GiveDocumentation(const OLECHAR* name_text, const OLECHAR* help_text, BSTR* name,
-                          BSTR* help, DWORD* help_context, BSTR* help_file) {
-  if (help_context != nullptr) *help_context = 0;
-  if (help_file != nullptr) *help_file = nullptr;
-  if (name != nullptr) *name = nullptr;
-  if (help != nullptr) *help = nullptr;
-  if (name != nullptr && name_text != nullptr) {
-    *name = SysAllocString(name_text);
-    if (*name == nullptr) return E_OUTOFMEMORY;
-  }
-  if (help != nullptr && help_text != nullptr) {
-    *help = SysAllocString(help_text);
-    if (*help != nullptr) return S_OK;
-    if (name != nullptr) {
-      SysFreeString(*name);
-      *name = nullptr;
-    }
-    return E_OUTOFMEMORY;
-  }
-  return S_OK;
-}
 
 HRESULT MakeTypeInfo(CopiedLibrary* library, UINT index, ITypeInfo** out) {
   *out = NewRuntime<TypeInfo>(library, index);

@@ -1,6 +1,6 @@
-// Late-bound calls through an interface table.
+#include "types/type_info_invoke.h"
+
 #include "errors/error_slot.h"
-#include "types/copied_library.h"
 
 namespace mirolta {
 

@@ -1,6 +1,8 @@
 // Type libraries: the object that lists a library's types, and loading one from a module's file.
 #include "portable/module.h"
+#include "portable/module_resources.h"
 #include "texts/wide_text.h"
+#include "types/documentation.h"
 #include "types/library_object.h"
 
 namespace mirolta {
@@ -68,7 +70,7 @@ class TypeLibrary final : public LibraryObject<ITypeLib, IID_ITypeLib> {
       info->Release();
       return result;
     }
-    return GiveDocumentation(library_->table.name, library_->table.help, name, help, help_context,
+    return CopyDocumentation(library_->table.name, library_->table.help, name, help, help_context,
                              help_file);
   }
 

@@ -5,7 +5,6 @@
 #include "texts/characters.h"
 #include "texts/guid_text.h"
 #include "texts/wide_text.h"
-#include "types/copied_library.h"
 
 namespace mirolta {
 namespace {

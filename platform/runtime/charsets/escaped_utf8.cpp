@@ -1,0 +1,40 @@
+#include "charsets/escaped_utf8.h"
+
+#include "charsets/utf16_text.h"
+#include "charsets/utf8_text.h"
+
+namespace mirolta {
+namespace {
+
+constexpr uint32_t kEscapedByte = 0xDC00;
+
+}  // namespace
+
+bool AppendWideFromUtf8(const char* bytes, size_t size, WideText* text) {
+  if (!text->Reserve(text->size() + size)) return false;  // never more units than bytes
+  for (size_t at = 0; at < size;) {
+    uint32_t point;
+    size_t taken = DecodeUtf8(bytes + at, size - at, &point);
+    if (point == kNoCodePoint) {
+      taken = 1;
+      point = kEscapedByte | static_cast<BYTE>(bytes[at]);
+    }
+    WCHAR units[2];
+    if (!text->Append(units, EncodeUtf16(point, units))) return false;
+    at += taken;
+  }
+  return true;
+}
+
+bool AppendUtf8FromWide(WideView text, RuntimeArray<char>* bytes) {
+  for (size_t at = 0; at < text.size();) {
+    uint32_t point;
+    at += DecodeUtf16(text.data() + at, text.size() - at, &point);
+    char encoded[4] = {static_cast<char>(point & 0xFFu)};
+    const bool escaped = point >= kEscapedByte + 0x80 && point <= kEscapedByte + 0xFF;
+    if (!bytes->Append(encoded, escaped ? 1 : EncodeUtf8(point, encoded))) return false;
+  }
+  return true;
+}
+
+}  // namespace mirolta
