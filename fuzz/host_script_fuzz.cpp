@@ -14,13 +14,13 @@
 #include <iterator>
 #include <string>
 
-#include "call_assignment.h"
+#include "engine/script_engine.h"
+#include "files/output_file.h"
 #include "fuzz_input.h"
 #include "generated_script.h"
 #include "mirolta.h"
-#include "output_file.h"
 #include "portable/registry_mode.h"
-#include "script_engine.h"
+#include "source/call_assignment.h"
 #include "stream_script.h"
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();

@@ -1,4 +1,4 @@
-#include "call_assignment.h"
+#include "source/call_assignment.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <iterator>
 #include <string>
 
+#include "engine/script_engine.h"
 #include "generated_script.h"
-#include "script_engine.h"
 
 namespace mirolta {
 namespace {

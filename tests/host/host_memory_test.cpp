@@ -9,14 +9,14 @@
 #include <optional>
 #include <string>
 
-#include "dispatch_object.h"
-#include "host_errors.h"
+#include "engine/host_errors.h"
+#include "engine/script_engine.h"
+#include "files/output_file.h"
 #include "memory_watch.h"
 #include "mirolta.h"
-#include "output_file.h"
+#include "objects/dispatch_object.h"
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
-#include "script_engine.h"
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();

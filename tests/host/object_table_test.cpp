@@ -1,13 +1,13 @@
-#include "object_table.h"
+#include "objects/object_table.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "host_errors.h"
-#include "object_handle.h"
-#include "owned_values.h"
-#include "script_engine.h"
+#include "engine/host_errors.h"
+#include "engine/script_engine.h"
+#include "objects/object_handle.h"
+#include "values/owned_values.h"
 
 namespace mirolta {
 namespace {

@@ -1,6 +1,6 @@
 // The tokens and calls of scripts that others wrote, compared with those that an independent
 // parser finds, which the script engine itself runs.
-#include "script_tokens.h"
+#include "source/script_tokens.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "call_assignment.h"
-#include "script_engine.h"
+#include "engine/script_engine.h"
+#include "source/call_assignment.h"
 
 namespace mirolta {
 namespace {

@@ -1,4 +1,4 @@
-#include "text_encoding.h"
+#include "values/text_encoding.h"
 
 #include <gtest/gtest.h>
 

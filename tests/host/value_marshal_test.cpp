@@ -1,4 +1,4 @@
-#include "value_marshal.h"
+#include "values/value_marshal.h"
 
 #include <gtest/gtest.h>
 
@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "dispatch_object.h"
-#include "owned_values.h"
-#include "script_engine.h"
-#include "script_object.h"
+#include "engine/script_engine.h"
+#include "objects/dispatch_object.h"
+#include "objects/script_object.h"
+#include "values/owned_values.h"
 
 namespace mirolta {
 namespace {

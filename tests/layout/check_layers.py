@@ -28,13 +28,13 @@ FORBIDDEN = {
     "cipher/engine/cipher_engine.cpp": ["object_core.h", "hash_engine.h", "big_int.h"],
     "bignum/core/big_int.cpp": ["object_core.h", "rsa_key.h", "hash_engine.h"],
     "rsa/key/rsa_key.cpp": ["object_core.h", "rsa_crypt_object.h", "cipher_engine.h"],
-    "hash/object/hash_object.cpp": ["class_table.h", "cipher_engine.h", "script_engine.h"],
+    "hash/object/hash_object.cpp": ["class_table.h", "cipher_engine.h", "engine/script_engine.h"],
     "cipher/object/symmetric_crypt_object.cpp": ["class_table.h", "hash_engine.h"],
     "bignum/object/big_number_object.cpp": ["class_table.h", "rsa_key.h"],
     "rsa/object/rsa_crypt_object.cpp": ["class_table.h", "cipher_engine.h"],
     "streams/stream_binding.cpp": ["class_table.h", "big_int.h"],
-    "module/class_table.cpp": ["script_engine.h", "value_marshal.h"],
-    "platform/runtime/texts/bstr.cpp": ["object_core.h", "byte_buffer.h", "script_engine.h"],
+    "module/class_table.cpp": ["engine/script_engine.h", "values/value_marshal.h"],
+    "platform/runtime/texts/bstr.cpp": ["object_core.h", "byte_buffer.h", "engine/script_engine.h"],
 }
 
 MODULE_FOLDERS = ["automation", "hash", "cipher", "bignum", "rsa", "streams", "module", "include"]

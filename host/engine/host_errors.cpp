@@ -1,0 +1,269 @@
+#include "engine/host_errors.h"
+
+#include <stdarg.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <string_view>
+
+#include "engine/script_context.h"
+#include "values/value_marshal.h"
+
+namespace mirolta {
+namespace {
+
+constexpr duk_uint_t kHiddenData = DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRITABLE |
+                                   DUK_DEFPROP_SET_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE |
+                                   DUK_DEFPROP_FORCE;
+
+// Defines a property of the object below the value on top, which it takes.
+void DefineHidden(duk_context* engine, const char* name) {
+  duk_push_string(engine, name);
+  duk_insert(engine, -2);
+  duk_def_prop(engine, -3, kHiddenData);
+}
+
+// Throws an Error with the description on top of the stack.
+[[noreturn]] void ThrowDescribed(duk_context* engine, HRESULT status, UnitsView source) {
+  // Made by the script's own constructor: the error then names the script's line, not this one.
+  PushKept(engine, "Error");
+  duk_new(engine, 0);
+  duk_dup(engine, -2);
+  DefineHidden(engine, "message");
+  duk_dup(engine, -2);
+  DefineHidden(engine, "description");
+  duk_push_int(engine, status);
+  DefineHidden(engine, "number");
+  PushUnits(engine, source);
+  DefineHidden(engine, "source");
+  (void)duk_throw(engine);
+  __builtin_unreachable();
+}
+
+// The platform's numbers for the errors that the script engine itself throws.
+struct NumberRow {
+  const char* name;
+  HRESULT number;
+};
+constexpr NumberRow kEngineErrors[] = {
+    {"SyntaxError", kSyntaxError},
+    {"ReferenceError", MIROLTA_STATUS(0x800A1391u)},
+    {"TypeError", MIROLTA_STATUS(0x800A138Fu)},
+    {"RangeError", kInvalidCall},
+    {"URIError", MIROLTA_STATUS(0x800A13A1u)},
+    {"DoubleError", E_OUTOFMEMORY},  // what is left when there is no room for another one
+};
+// An Error by its name. The compiler appends its line to the message.
+constexpr char kEngineExhausted[] = "alloc failed";
+
+// Error.prototype.number of an error that has none of its own.
+duk_ret_t GetNumber(duk_context* engine) {
+  duk_push_this(engine);
+  duk_get_prop_string(engine, -1, "name");
+  const char* name = duk_get_string_default(engine, -1, "");
+  HRESULT number = 0;
+  for (const NumberRow& row : kEngineErrors) {
+    if (strcmp(name, row.name) == 0) number = row.number;
+  }
+  if (number == 0) {
+    duk_get_prop_string(engine, 0, "message");
+    const std::string_view message = duk_get_string_default(engine, -1, "");
+    if (message.starts_with(kEngineExhausted)) number = E_OUTOFMEMORY;
+  }
+  duk_push_int(engine, number);
+  return 1;
+}
+
+duk_ret_t GetDescription(duk_context* engine) {
+  duk_push_this(engine);
+  duk_get_prop_string(engine, -1, "message");
+  return 1;
+}
+
+duk_ret_t SetOwn(duk_context* engine, const char* name) {
+  duk_push_this(engine);
+  duk_dup(engine, 0);
+  DefineHidden(engine, name);
+  return 0;
+}
+
+// new Error([number,] [description])
+duk_ret_t ConstructError(duk_context* engine) {
+  const bool has_number = duk_is_number(engine, 0);
+  const duk_idx_t text = has_number && !duk_is_undefined(engine, 1) ? 1 : 0;
+  PushKept(engine, "Error");
+  const bool has_text = !duk_is_undefined(engine, text);
+  if (has_text) duk_dup(engine, text);
+  duk_new(engine, has_text ? 1 : 0);
+  if (has_number) {
+    duk_push_int(engine, duk_to_int32(engine, 0));
+    DefineHidden(engine, "number");
+  }
+  return 1;
+}
+
+void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, duk_c_function set) {
+  duk_push_string(engine, name);
+  duk_push_c_function(engine, get, 0);
+  duk_push_c_function(engine, set, 1);
+  duk_def_prop(engine, -4,
+               DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER | DUK_DEFPROP_SET_CONFIGURABLE |
+                   DUK_DEFPROP_CLEAR_ENUMERABLE);
+}
+
+// Notes where a value was thrown that cannot remember it itself.
+duk_ret_t NoteThrow(duk_context* engine) {
+  constexpr duk_int_t kThrower = -2;
+  if (!duk_is_error(engine, 0)) {
+    duk_inspect_callstack_entry(engine, kThrower);
+    int line = 0;
+    if (duk_is_object(engine, -1)) {
+      duk_get_prop_string(engine, -1, "lineNumber");
+      line = duk_get_int(engine, -1);
+    }
+    ContextOf(engine).last_thrown_line = line;
+  }
+  duk_dup(engine, 0);
+  return 1;
+}
+
+// The text of a value that ReadError left.
+std::string TextAt(duk_context* engine, duk_idx_t index) {
+  duk_size_t size = 0;
+  const char* text = duk_get_lstring(engine, index, &size);
+  return text == nullptr ? std::string() : SystemFromUnits(UnitsFromEngine({text, size}));
+}
+
+// What ReadError leaves on the stack, one a place.
+enum ErrorField : duk_idx_t {
+  kNumberField,       // undefined if it is not an error
+  kDescriptionField,  // texts, or undefined
+  kSourceField,
+  kNameField,
+  kFileField,
+  kLineField,
+  kFieldCount,
+};
+constexpr const char* kFieldNames[kFieldCount] = {"number", "description", "source",
+                                                  "name",   "fileName",    "lineNumber"};
+
+// Takes the value thrown.
+duk_ret_t ReadError(duk_context* engine, void*) {
+  const duk_idx_t error = duk_get_top_index(engine);
+  const bool is_error = duk_is_error(engine, error) != 0;
+  for (duk_idx_t i = 0; i < kFieldCount; ++i) {
+    if (is_error) {
+      duk_get_prop_string(engine, error, kFieldNames[i]);
+    } else if (i == kDescriptionField) {
+      duk_dup(engine, error);
+      duk_safe_to_string(engine, -1);
+    } else {
+      duk_push_undefined(engine);
+    }
+  }
+  if (!is_error) return kFieldCount;
+  const duk_idx_t first = duk_get_top(engine) - kFieldCount;
+  duk_push_int(engine, duk_is_number(engine, first) ? duk_to_int32(engine, first) : 0);
+  duk_replace(engine, first);
+  if (!duk_is_undefined(engine, first + kDescriptionField)) {
+    duk_safe_to_string(engine, first + kDescriptionField);
+  }
+  duk_safe_to_string(engine, first + kNameField);
+  return kFieldCount;
+}
+
+// Restores the height of the engine's stack.
+class StackHeight {
+ public:
+  explicit StackHeight(duk_context* engine) : engine_(engine), top_(duk_get_top(engine)) {}
+  StackHeight(const StackHeight&) = delete;
+  StackHeight& operator=(const StackHeight&) = delete;
+  ~StackHeight() { duk_set_top(engine_, top_); }
+
+ private:
+  duk_context* engine_;
+  duk_idx_t top_;
+};
+
+}  // namespace
+
+void ThrowStatus(duk_context* engine, HRESULT status, UnitsView description, UnitsView source) {
+  const char* standard = StandardText(status);
+  if (!description.empty()) {
+    PushUnits(engine, description);
+  } else if (standard != nullptr) {
+    duk_push_string(engine, standard);
+  } else {
+    duk_push_sprintf(engine, "Automation error 0x%08X", static_cast<unsigned>(status));
+  }
+  ThrowDescribed(engine, status, source);
+}
+
+void ThrowText(duk_context* engine, HRESULT status, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  duk_push_vsprintf(engine, format, arguments);
+  va_end(arguments);
+  ThrowDescribed(engine, status, {});
+}
+
+void InstallErrors(duk_context* engine) {
+  duk_get_global_string(engine, "Error");
+  duk_get_prop_string(engine, -1, "prototype");
+  DefineAccessor(engine, "number", GetNumber,
+                 [](duk_context* inner) { return SetOwn(inner, "number"); });
+  DefineAccessor(engine, "description", GetDescription,
+                 [](duk_context* inner) { return SetOwn(inner, "description"); });
+
+  duk_push_c_function(engine, ConstructError, 2);
+  duk_dup(engine, -2);
+  duk_push_string(engine, "prototype");
+  duk_insert(engine, -2);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+  duk_push_string(engine, "Error");
+  duk_push_string(engine, "name");
+  duk_insert(engine, -2);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+  // Error.prototype.constructor and the global name now give the new form.
+  duk_dup_top(engine);
+  duk_put_global_string(engine, "Error");
+  duk_push_string(engine, "constructor");
+  duk_insert(engine, -2);
+  duk_def_prop(engine, -3, kHiddenData);
+  duk_pop(engine);
+  KeepValue(engine, "Error");
+
+  duk_get_global_string(engine, "Duktape");
+  duk_push_c_function(engine, NoteThrow, 1);
+  duk_put_prop_string(engine, -2, "errThrow");
+  duk_pop(engine);
+}
+
+ErrorReport DescribeError(duk_context* engine) {
+  ErrorReport report;
+  const ScriptContext& context = ContextOf(engine);
+  report.file = context.script_path;
+  report.line = context.last_thrown_line;
+  report.number = kThrownValue;
+  report.description = "The error thrown cannot be read";
+  // Room for the copy, the fields and an error.
+  if (!duk_check_stack(engine, kFieldCount + 2)) return report;
+  const StackHeight height(engine);
+  duk_dup_top(engine);
+  const duk_idx_t first = duk_get_top_index(engine);
+  if (duk_safe_call(engine, ReadError, nullptr, 1, kFieldCount) != DUK_EXEC_SUCCESS) return report;
+  report.description = TextAt(engine, first + kDescriptionField);
+  if (!duk_is_number(engine, first + kNumberField)) {
+    report.description = "Exception thrown and not caught: " + report.description;
+    return report;
+  }
+  report.number = duk_get_int(engine, first + kNumberField);
+  report.source = TextAt(engine, first + kSourceField);
+  const std::string name = TextAt(engine, first + kNameField);
+  if (name != "Error") report.description = name + ": " + report.description;
+  if (duk_is_string(engine, first + kFileField)) report.file = TextAt(engine, first + kFileField);
+  report.line = duk_get_int(engine, first + kLineField);
+  return report;
+}
+
+}  // namespace mirolta

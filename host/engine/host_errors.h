@@ -1,0 +1,50 @@
+// Errors that scripts see: an Error with number (signed 32 bits), description, message and source.
+#pragma once
+
+#include "engine/engine_api.h"
+#include "values/text_encoding.h"
+
+namespace mirolta {
+
+// Statuses of the script host itself, with the platform's numbers.
+inline constexpr HRESULT kInvalidCall = MIROLTA_STATUS(0x800A0005u);
+inline constexpr HRESULT kOutOfStack = MIROLTA_STATUS(0x800A001Cu);
+inline constexpr HRESULT kSubscriptOutOfRange = MIROLTA_STATUS(0x800A0009u);
+inline constexpr HRESULT kCannotCreateObject = MIROLTA_STATUS(0x800A01ADu);
+inline constexpr HRESULT kNoSuchMember = MIROLTA_STATUS(0x800A01B6u);
+inline constexpr HRESULT kNoSuchAction = MIROLTA_STATUS(0x800A01BDu);
+inline constexpr HRESULT kSyntaxError = MIROLTA_STATUS(0x800A03EAu);
+inline constexpr HRESULT kArrayExpected = MIROLTA_STATUS(0x800A1395u);
+inline constexpr HRESULT kStreamClosed = MIROLTA_STATUS(0x800A0E78u);
+inline constexpr HRESULT kDisconnected = MIROLTA_STATUS(0x800401FDu);
+inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
+
+// StandardText returns the platform's wording for a status; null if it has none here.
+const char* StandardText(HRESULT status);
+
+// ThrowStatus throws an Error into the script. An empty description gives the standard wording, or
+// the status in figures.
+[[noreturn]] void ThrowStatus(duk_context* engine, HRESULT status, UnitsView description = {},
+                              UnitsView source = {});
+// The same with a description made like printf does; the arguments are in the engine's form.
+[[noreturn]] void ThrowText(duk_context* engine, HRESULT status, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+// InstallErrors gives the script's Error the platform's two-argument form and every error a number
+// and a description. Call once, before any script runs.
+void InstallErrors(duk_context* engine);
+
+// What an uncaught error says of itself. Text is in the system's form.
+struct ErrorReport {
+  std::string file;
+  int line = 0;
+  HRESULT number = 0;
+  std::string description;
+  std::string source;
+};
+// DescribeError takes the thrown value on top of the stack; it stays there. It throws no engine error,
+// so that it may be called where native code of others would be jumped over.
+// Errors: std::bad_alloc.
+ErrorReport DescribeError(duk_context* engine);
+
+}  // namespace mirolta

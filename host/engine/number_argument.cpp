@@ -1,0 +1,15 @@
+#include "engine/number_argument.h"
+
+#include "engine/host_errors.h"
+
+namespace mirolta {
+
+double NumberWithin(duk_context* engine, duk_idx_t index, double least, double most,
+                    HRESULT status) {
+  const double number = duk_to_number(engine, index);
+  const bool is_within = number >= least && number <= most;  // false for NaN
+  if (!is_within) ThrowStatus(engine, status);
+  return number;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,179 @@
+#include "engine/script_engine.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <new>
+
+#include "engine/host_errors.h"
+#include "engine/protected_call.h"
+#include "engine/script_context.h"
+#include "files/full_path.h"
+#include "files/output_file.h"
+#include "objects/dispatch_object.h"
+#include "objects/script_object.h"
+#include "objects/wscript_object.h"
+#include "source/script_source.h"
+#include "values/array_value.h"
+#include "values/value_marshal.h"
+
+namespace mirolta {
+namespace {
+
+constexpr size_t kBlockHeader = 16;  // keeps the alignment of what follows
+
+size_t* SizeOf(void* block) {
+  return reinterpret_cast<size_t*>(static_cast<char*>(block) - kBlockHeader);
+}
+
+void* Resize(ScriptContext* context, void* block, size_t size) {
+  const size_t old_size = block != nullptr ? *SizeOf(block) : 0;
+  const size_t limit = context->memory_limit;
+  if (size > old_size && (size > limit || context->memory_in_use - old_size > limit - size)) {
+    return nullptr;
+  }
+  char* start = block != nullptr ? static_cast<char*>(block) - kBlockHeader : nullptr;
+  auto* grown = static_cast<char*>(realloc(start, size + kBlockHeader));
+  if (grown == nullptr) return nullptr;
+  context->memory_in_use += size - old_size;
+  void* result = grown + kBlockHeader;
+  *SizeOf(result) = size;
+  return result;
+}
+
+void Free(void* context, void* block) {
+  if (block == nullptr) return;
+  static_cast<ScriptContext*>(context)->memory_in_use -= *SizeOf(block);
+  free(static_cast<char*>(block) - kBlockHeader);
+}
+
+void* Allocate(void* context, duk_size_t size) {
+  return size == 0 ? nullptr : Resize(static_cast<ScriptContext*>(context), nullptr, size);
+}
+
+void* Reallocate(void* context, void* block, duk_size_t size) {
+  if (size == 0) {
+    Free(context, block);
+    return nullptr;
+  }
+  return Resize(static_cast<ScriptContext*>(context), block, size);
+}
+
+// The engine cannot go on: it ran out of memory where it may not, or the host misused it.
+[[noreturn]] void EndOnFatal(void*, const char* message) {
+  FlushOutput();
+  DiscardOutputs();
+  fprintf(stderr, "mirolta-host: the script engine failed: %s\n",
+          message != nullptr ? message : "no reason given");
+  _Exit(1);
+}
+
+void InstallAll(duk_context* engine, ScriptContext* context) {
+  InstallErrors(engine);
+  InstallMarshalling(engine);
+  InstallDispatchObjects(engine);
+  InstallVbArray(engine);
+  InstallWScript(engine);
+  context->link = MakeLink(engine);
+  context->call_sites.Learn(engine);
+  // They reach into the engine itself.
+  duk_push_global_object(engine);
+  for (const char* name : {"Duktape", "CBOR"}) duk_del_prop_string(engine, -1, name);
+}
+
+duk_ret_t Install(duk_context* engine, void* context) {
+  return ThrowIfExhausted(engine, [&] {
+    InstallAll(engine, static_cast<ScriptContext*>(context));
+    return 0;
+  });
+}
+
+void PrintReport(const ErrorReport& report) {
+  std::string place = report.file;
+  if (report.line > 0) {
+    place += '(';
+    place += std::to_string(report.line);
+    place += ')';
+  }
+  const std::string source = report.source.empty() ? "" : report.source + ": ";
+  fprintf(stderr, "%s: error 0x%08X (%d): %s%s\n", place.c_str(),
+          static_cast<unsigned>(report.number), static_cast<int>(report.number), source.c_str(),
+          report.description.c_str());
+}
+
+struct Script {
+  std::string name;  // in the engine's form
+  std::string text;
+};
+duk_ret_t CompileAndRun(duk_context* engine, void* data) {
+  const auto* script = static_cast<const Script*>(data);
+  duk_push_lstring(engine, script->name.data(), script->name.size());
+  duk_compile_lstring_filename(engine, 0, script->text.data(), script->text.size());
+  duk_call(engine, 0);
+  return 1;
+}
+
+int RunLoaded(const std::string& path, Script* script, const std::vector<std::string>& arguments) {
+  bool succeeded = false;
+  {
+    ScriptEngine engine;
+    engine.context().script_path = path;
+    const std::string full = FullPath(path);
+    engine.context().script_full_path = full.empty() ? path : full;
+    engine.context().arguments = arguments;
+    std::string problem;
+    if (!engine.Start(&problem)) {
+      fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
+      return 1;
+    }
+    succeeded = duk_safe_call(engine.api(), CompileAndRun, script, 0, 1) == DUK_EXEC_SUCCESS;
+    fflush(stdout);
+    if (!succeeded) PrintReport(DescribeError(engine.api()));
+  }
+  succeeded = FlushOutput() && succeeded && FinishOutputs();
+  DiscardOutputs();
+  return succeeded ? 0 : 1;
+}
+
+}  // namespace
+
+ScriptEngine::~ScriptEngine() {
+  // Automation may hold script objects longer than the engine lives.
+  if (context_.link != nullptr) CutLink(context_.link);
+  if (context_.engine != nullptr) duk_destroy_heap(context_.engine);
+}
+
+bool ScriptEngine::Start(std::string* problem) {
+  duk_context* engine = duk_create_heap(Allocate, Reallocate, Free, &context_, EndOnFatal);
+  if (engine == nullptr) {
+    *problem = "not enough memory for the script engine";
+    return false;
+  }
+  context_.engine = engine;
+  const bool is_installed = duk_safe_call(engine, Install, &context_, 0, 1) == DUK_EXEC_SUCCESS;
+  if (!is_installed) *problem = duk_safe_to_string(engine, -1);
+  duk_pop(engine);
+  if (context_.link == nullptr) *problem = "not enough memory for the script engine";
+  return is_installed && context_.link != nullptr;
+}
+
+int RunScript(const std::string& path, const std::vector<std::string>& arguments) {
+  try {
+    Script script;
+    std::string problem;
+    if (!LoadScript(path, &script.text, &problem)) {
+      fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(),
+              problem.c_str());
+      return 1;
+    }
+    script.name = EngineFromUnits(UnitsFromSystem(path));
+    return RunLoaded(path, &script, arguments);
+  } catch (const std::bad_alloc&) {
+    DiscardOutputs();
+    fputs("mirolta-host: not enough memory\n", stderr);
+    return 1;
+  }
+}
+
+}  // namespace mirolta

@@ -1,0 +1,83 @@
+// The platform's wording for statuses that come without a description.
+#include "engine/host_errors.h"
+
+namespace mirolta {
+namespace {
+
+struct StatusText {
+  HRESULT status;
+  const char* text;
+};
+
+constexpr char kNoSuchMemberText[] = "Object doesn't support this property or method";
+constexpr char kCannotCreateText[] = "Automation server can't create object";
+
+constexpr StatusText kStatusTexts[] = {
+    {E_NOTIMPL, "Not implemented"},
+    {E_NOINTERFACE, "No such interface supported"},
+    {E_POINTER, "Invalid pointer"},
+    {E_ABORT, "Operation aborted"},
+    {E_FAIL, "Unspecified error"},
+    {E_UNEXPECTED, "Catastrophic failure"},
+    {E_ACCESSDENIED, "Permission denied"},
+    {E_OUTOFMEMORY, "Out of memory"},
+    {E_INVALIDARG, "Invalid procedure call or argument"},
+    {DISP_E_UNKNOWNINTERFACE, "Unknown interface"},
+    {DISP_E_MEMBERNOTFOUND, kNoSuchMemberText},
+    {DISP_E_PARAMNOTFOUND, "Parameter not found"},
+    {DISP_E_TYPEMISMATCH, "Type mismatch"},
+    {DISP_E_UNKNOWNNAME, kNoSuchMemberText},
+    {DISP_E_NONAMEDARGS, "Object doesn't support named arguments"},
+    {DISP_E_BADVARTYPE, "Bad variable type"},
+    {DISP_E_EXCEPTION, "Exception occurred"},
+    {DISP_E_OVERFLOW, "Overflow"},
+    {DISP_E_BADINDEX, "Subscript out of range"},
+    {DISP_E_ARRAYISLOCKED, "This array is fixed or temporarily locked"},
+    {DISP_E_BADPARAMCOUNT, "Wrong number of arguments or invalid property assignment"},
+    {DISP_E_PARAMNOTOPTIONAL, "Argument not optional"},
+    {DISP_E_NOTACOLLECTION, "Object not a collection"},
+    {DISP_E_DIVBYZERO, "Division by zero"},
+    {CLASS_E_NOAGGREGATION, "Class does not support aggregation"},
+    {CLASS_E_CLASSNOTAVAILABLE, kCannotCreateText},
+    {REGDB_E_CLASSNOTREG, "Class not registered"},
+    {CO_E_CLASSSTRING, "Invalid class string"},
+    {CO_E_DLLNOTFOUND, "The module of the class was not found"},
+    {CO_E_ERRORINDLL, "The module of the class could not be loaded"},
+    {STG_E_INVALIDFUNCTION, "Invalid function"},
+    {STG_E_FILENOTFOUND, "File not found"},
+    {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), "File not found"},
+    {MIROLTA_STATUS(0x80030003u), "Path not found"},
+    {MIROLTA_STATUS(0x80070003u), "Path not found"},
+    {STG_E_ACCESSDENIED, "Permission denied"},
+    {STG_E_INSUFFICIENTMEMORY, "Out of memory"},
+    {STG_E_INVALIDPOINTER, "Invalid pointer"},
+    {STG_E_SEEKERROR, "An error occurred during a seek operation"},
+    {STG_E_WRITEFAULT, "A disk error occurred during a write operation"},
+    {STG_E_READFAULT, "A disk error occurred during a read operation"},
+    {STG_E_FILEALREADYEXISTS, "File already exists"},
+    {STG_E_INVALIDPARAMETER, "Invalid parameter"},
+    {STG_E_MEDIUMFULL, "Disk full"},
+    {STG_E_INVALIDFLAG, "Invalid flag"},
+    {STG_E_REVERTED, "The object was reverted and is no longer usable"},
+    {STG_E_CANTSAVE, "Cannot save"},
+    {kInvalidCall, "Invalid procedure call or argument"},
+    {kOutOfStack, "Out of stack space"},
+    {kSubscriptOutOfRange, "Subscript out of range"},
+    {kCannotCreateObject, kCannotCreateText},
+    {kNoSuchMember, kNoSuchMemberText},
+    {kNoSuchAction, "Object doesn't support this action"},
+    {kArrayExpected, "VBArray expected"},
+    {kStreamClosed, "The stream is closed"},
+    {kDisconnected, "Object is not connected to server"},
+};
+
+}  // namespace
+
+const char* StandardText(HRESULT status) {
+  for (const StatusText& row : kStatusTexts) {
+    if (row.status == status) return row.text;
+  }
+  return nullptr;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,154 @@
+#include "files/output_file.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "engine/host_errors.h"
+#include "values/text_encoding.h"
+
+namespace mirolta {
+namespace {
+
+using Outputs = std::vector<std::shared_ptr<OutputFile>>;
+
+Outputs& OpenOutputs() {
+  static Outputs& outputs = *new Outputs;  // also for what ends after static objects
+  return outputs;
+}
+
+struct StatusRow {
+  int error;
+  HRESULT status;
+};
+constexpr StatusRow kStatuses[] = {
+    {EEXIST, STG_E_FILEALREADYEXISTS}, {EACCES, STG_E_ACCESSDENIED},  {EPERM, STG_E_ACCESSDENIED},
+    {EBUSY, STG_E_ACCESSDENIED},       {EROFS, STG_E_ACCESSDENIED},   {EISDIR, STG_E_ACCESSDENIED},
+    {ENOENT, STG_E_FILENOTFOUND},      {ENOTDIR, STG_E_FILENOTFOUND}, {ENOSPC, STG_E_MEDIUMFULL},
+    {EDQUOT, STG_E_MEDIUMFULL},        {EFBIG, STG_E_MEDIUMFULL},
+};
+
+HRESULT StatusOf(int error) {
+  for (const StatusRow& row : kStatuses) {
+    if (row.error == error) return row.status;
+  }
+  return STG_E_WRITEFAULT;
+}
+
+mode_t NewFileMode() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return (S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH) & ~mask;
+}
+
+// Gives the file the owner, if the process may, and the permissions that it shall have.
+int TakeOver(int file, const Target& target, bool is_private) {
+  mode_t mode = NewFileMode();
+  if (target.kind == TargetKind::kRegular) {
+    mode = target.facts.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+    if (fchown(file, target.facts.st_uid, target.facts.st_gid) != 0 &&
+        fchown(file, static_cast<uid_t>(-1), target.facts.st_gid) != 0) {
+      // What the old group was allowed is not for another one.
+      mode &= static_cast<mode_t>(S_IRWXU | S_IRWXO);
+    }
+  }
+  if (is_private) mode &= static_cast<mode_t>(S_IRWXU);
+  return fchmod(file, mode) == 0 ? 0 : errno;
+}
+
+int SyncFolder(const std::string& folder) {
+  const int file = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (file < 0) return errno;
+  const int error = fsync(file) == 0 ? 0 : errno;
+  close(file);
+  return error;
+}
+
+}  // namespace
+
+HRESULT OutputFile::Open(const Target& target, const std::string& name,
+                         const OutputOptions& options, Reference<IStream>* stream,
+                         std::shared_ptr<OutputFile>* output) {
+  if (target.kind == TargetKind::kRegular) {
+    // Who may not write the file may not replace it either.
+    const HRESULT status = SHCreateStreamOnFileEx(UnitsFromSystem(target.path).c_str(), STGM_WRITE,
+                                                  0, FALSE, nullptr, stream->Out());
+    if (FAILED(status)) return status;
+  }
+  auto made = std::make_shared<OutputFile>();
+  made->target_ = target;
+  made->name_ = name;
+  made->options_ = options;
+  const HRESULT status = made->temporary_.Create(FolderOf(target.path), options.mode, stream);
+  if (FAILED(status)) return status;
+  OpenOutputs().push_back(made);
+  *output = std::move(made);
+  return S_OK;
+}
+
+void OutputFile::Leave() {
+  is_open_ = false;
+  Outputs& outputs = OpenOutputs();
+  outputs.erase(std::remove_if(outputs.begin(), outputs.end(),
+                               [this](const auto& other) { return other.get() == this; }),
+                outputs.end());
+}
+
+int OutputFile::Replace() {
+  const int file = open(temporary_.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (file < 0) return errno;
+  int error = TakeOver(file, target_, options_.is_private);
+  // On the disk before it is in place: a crash leaves the old file or the new one.
+  if (error == 0 && fsync(file) != 0) error = errno;
+  close(file);
+  if (error == 0) error = temporary_.MoveTo(target_.path, options_.must_be_new);
+  if (error != 0) return error;
+  // The file is complete and in place. That a crash might undo this is no failure of the script's.
+  static_cast<void>(SyncFolder(FolderOf(target_.path)));
+  return 0;
+}
+
+HRESULT OutputFile::Finish() {
+  if (!is_open_) return S_OK;
+  Leave();
+  if (SUCCEEDED(failure_)) {
+    const int error = Replace();
+    if (error != 0) failure_ = StatusOf(error);
+  }
+  temporary_.Remove();
+  return failure_;
+}
+
+void OutputFile::Discard() {
+  if (!is_open_) return;
+  temporary_.Remove();
+  Leave();
+}
+
+bool FinishOutputs() {
+  bool finished = true;
+  const Outputs outputs = std::move(OpenOutputs());
+  OpenOutputs().clear();
+  for (const auto& output : outputs) {
+    const HRESULT status = output->Finish();
+    if (SUCCEEDED(status)) continue;
+    finished = false;
+    const char* text = StandardText(status);
+    fprintf(stderr, "mirolta-host: %s: %s\n",
+            SystemFromUnits(UnitsFromEngine(output->name())).c_str(),
+            text != nullptr ? text : "cannot be written");
+  }
+  return finished;
+}
+
+void DiscardOutputs() {
+  const Outputs outputs = std::move(OpenOutputs());
+  OpenOutputs().clear();
+  for (const auto& output : outputs) output->Discard();
+}
+
+}  // namespace mirolta

@@ -1,0 +1,58 @@
+#include "objects/active_x.h"
+
+#include "command_line/module_registration.h"
+#include "engine/host_errors.h"
+#include "engine/protected_call.h"
+#include "objects/dispatch_object.h"
+#include "values/owned_values.h"
+
+namespace mirolta {
+namespace {
+
+// Creates an object of the class with this ProgID or, in braces, this identifier.
+HRESULT CreateRegistered(const OLECHAR* name, Reference<IDispatch>* object) {
+  CLSID id;
+  const HRESULT status = CLSIDFromProgID(name, &id);
+  if (FAILED(status)) return status;
+  void* made = nullptr;
+  const HRESULT created = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &made);
+  object->Take(made);
+  return created;
+}
+
+// The same, with the module beside the host where nothing is registered.
+HRESULT Create(const OLECHAR* name, Reference<IDispatch>* object) {
+  const HRESULT status = CreateRegistered(name, object);
+  if (SUCCEEDED(status) || !RegisterOwnModule()) return status;
+  return CreateRegistered(name, object);
+}
+
+struct CreateFrame {
+  Units name;
+  Reference<IDispatch> object;
+  duk_ret_t Run(duk_context* engine) {
+    duk_size_t size = 0;
+    const char* text = duk_to_lstring(engine, 0, &size);
+    name = UnitsFromEngine({text, size});
+    const HRESULT status = Create(name.c_str(), &object);
+    if (FAILED(status)) {
+      const char* reason = StandardText(status);
+      ThrowText(engine, kCannotCreateObject, "%s: \"%s\" (0x%08X%s%s)",
+                StandardText(kCannotCreateObject), text, static_cast<unsigned>(status),
+                reason != nullptr ? ", " : "", reason != nullptr ? reason : "");
+    }
+    PushDispatch(engine, object.Release());
+    return 1;
+  }
+};
+
+}  // namespace
+
+void InstallActiveX(duk_context* engine) {
+  duk_push_c_function(engine, RunProtected<CreateFrame>, 1);
+  duk_dup_top(engine);
+  duk_put_global_string(engine, "ActiveXObject");
+  duk_put_prop_string(engine, -2, "CreateObject");
+}
+
+}  // namespace mirolta

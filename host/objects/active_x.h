@@ -1,0 +1,12 @@
+// new ActiveXObject(progId) and WScript.CreateObject(progId).
+#pragma once
+
+#include "engine/engine_api.h"
+
+namespace mirolta {
+
+// InstallActiveX makes the global ActiveXObject and adds CreateObject to the object on top of the
+// stack.
+void InstallActiveX(duk_context* engine);
+
+}  // namespace mirolta

@@ -1,0 +1,105 @@
+#include "objects/object_handle.h"
+
+#include <string.h>
+
+#include "engine/host_errors.h"
+#include "engine/script_context.h"
+
+namespace mirolta {
+namespace {
+
+constexpr char kHandleKey[] = DUK_HIDDEN_SYMBOL("handle");
+
+// What the property holds, as bytes. An object that inherits the property is not the owner. The
+// engine does not move objects, and the owner lives as long as what inherits from it.
+struct Handle {
+  SlotNumber number;
+  const void* owner;
+  const void* proxy;
+};
+
+// The handle that a look-up from `index` finds, pushed; null if there is none.
+void* PushFoundHandle(duk_context* engine, duk_idx_t index) {
+  duk_get_prop_string(engine, index, kHandleKey);
+  duk_size_t size = 0;
+  void* bytes = duk_get_buffer(engine, -1, &size);
+  return size == sizeof(Handle) ? bytes : nullptr;
+}
+
+// Inherited like any property, so it runs for objects too that have no handle of their own.
+duk_ret_t Finalize(duk_context* engine) {
+  SlotNumber number = kNoSlot;
+  if (HandleAt(engine, 0, &number)) ContextOf(engine).objects.Remove(number);
+  return 0;
+}
+
+struct Making {
+  MakeObject make;
+  SlotNumber number;
+};
+duk_ret_t Make(duk_context* engine, void* data) {
+  const auto* making = static_cast<const Making*>(data);
+  making->make(engine, making->number);
+  return 1;
+}
+
+}  // namespace
+
+void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make) {
+  ObjectTable& objects = ContextOf(engine).objects;
+  Making making = {make, objects.Add(kind, value)};
+  if (making.number == kNoSlot) ThrowStatus(engine, E_OUTOFMEMORY);
+  if (duk_safe_call(engine, Make, &making, 0, 1) == DUK_EXEC_SUCCESS) return;
+  objects.Remove(making.number);
+  (void)duk_throw(engine);
+}
+
+void AttachHandle(duk_context* engine, SlotNumber number) {
+  const Handle handle = {number, duk_get_heapptr(engine, -1), nullptr};
+  memcpy(duk_push_fixed_buffer(engine, sizeof handle), &handle, sizeof handle);
+  duk_put_prop_string(engine, -2, kHandleKey);
+  duk_push_c_function(engine, Finalize, 2);
+  duk_set_finalizer(engine, -2);
+}
+
+void ShowByProxy(duk_context* engine, const char* handler) {
+  PushKept(engine, handler);
+  duk_push_proxy(engine, 0);
+  // Hidden properties of a proxy are those of its target.
+  Handle handle = {};
+  void* bytes = PushFoundHandle(engine, -1);
+  memcpy(&handle, bytes, sizeof handle);
+  handle.proxy = duk_get_heapptr(engine, -2);
+  memcpy(bytes, &handle, sizeof handle);
+  duk_pop(engine);
+}
+
+void PushPlainObject(duk_context* engine, SlotNumber number) {
+  duk_push_object(engine);
+  AttachHandle(engine, number);
+}
+
+void ThrowIfClosed(duk_context* engine, duk_idx_t index) {
+  const ObjectSlot* slot = SlotAt(engine, index, SlotKind::kStream);
+  if (slot != nullptr && IsClosedStream(*slot)) ThrowStatus(engine, kStreamClosed);
+}
+
+bool HandleAt(duk_context* engine, duk_idx_t index, SlotNumber* number) {
+  const void* object = duk_get_heapptr(engine, index);
+  if (object == nullptr || !duk_is_object(engine, index)) return false;
+  Handle handle = {};
+  if (const void* bytes = PushFoundHandle(engine, index)) memcpy(&handle, bytes, sizeof handle);
+  duk_pop(engine);
+  *number = handle.number;
+  return object == handle.owner || object == handle.proxy;
+}
+
+ObjectSlot* SlotAt(duk_context* engine, duk_idx_t index, SlotKind kind) {
+  SlotNumber number = kNoSlot;
+  if (!HandleAt(engine, index, &number)) return nullptr;
+  ObjectSlot* slot = ContextOf(engine).objects.Find(number);
+  if (slot == nullptr) ThrowStatus(engine, kDisconnected);
+  return slot->kind == kind ? slot : nullptr;
+}
+
+}  // namespace mirolta

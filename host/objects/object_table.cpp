@@ -1,0 +1,43 @@
+#include "objects/object_table.h"
+
+#include <new>
+
+namespace mirolta {
+
+SlotNumber ObjectTable::Add(SlotKind kind, const VARIANT& value) {
+  try {
+    ObjectSlot& slot = slots_[last_number_ + 1];
+    slot.kind = kind;
+    slot.value = value;
+    return ++last_number_;
+  } catch (const std::bad_alloc&) {
+    VARIANT unwanted = value;
+    VariantClear(&unwanted);
+    return kNoSlot;
+  }
+}
+
+ObjectSlot* ObjectTable::Find(SlotNumber number, SlotKind kind) {
+  ObjectSlot* slot = Find(number);
+  return slot != nullptr && slot->kind == kind ? slot : nullptr;
+}
+
+ObjectSlot* ObjectTable::Find(SlotNumber number) {
+  const auto found = slots_.find(number);
+  return found != slots_.end() ? &found->second : nullptr;
+}
+
+void ObjectTable::Remove(SlotNumber number) {
+  const auto found = slots_.find(number);
+  if (found == slots_.end()) return;
+  // Taken out before its release, which may come back here.
+  VARIANT value = found->second.value;
+  slots_.erase(found);
+  VariantClear(&value);
+}
+
+void ObjectTable::Clear() {
+  while (!slots_.empty()) Remove(slots_.begin()->first);
+}
+
+}  // namespace mirolta

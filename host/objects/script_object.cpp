@@ -1,0 +1,336 @@
+#include "objects/script_object.h"
+
+#include <new>
+#include <vector>
+
+#include "engine/host_errors.h"
+#include "engine/script_context.h"
+#include "values/owned_values.h"
+#include "values/value_marshal.h"
+
+namespace mirolta {
+
+struct ScriptLink {
+  LONG references = 1;
+  duk_context* engine = nullptr;  // null once cut
+  DWORD thread = 0;
+  uint32_t last_key = 0;
+  int calls_running = 0;
+};
+
+namespace {
+
+constexpr IID kScriptObjectId = {
+    0x5C7A9E21, 0x0D3B, 0x4F66, {0x9A, 0x47, 0x3E, 0x81, 0x2B, 0xC5, 0x70, 0x1D}};
+constexpr HRESULT kWrongThread = MIROLTA_STATUS(0x8001010Eu);
+constexpr int kMostCalls = 64;  // script calls through automation, one inside the other
+// Places on the engine's stack that a call takes before it is protected.
+constexpr duk_idx_t kNeededStack = 16;
+constexpr char kWrapped[] = "wrapped";
+constexpr char kPendingError[] = "pendingError";
+constexpr char kPendingNumber[] = "pendingNumber";
+
+void DropLink(ScriptLink* link) {
+  if (InterlockedDecrement(&link->references) == 0) delete link;
+}
+
+// A call from automation into the script, as the protected part sees it.
+struct ScriptCall {
+  uint32_t key = 0;
+  const Units* name = nullptr;  // null for the object itself
+  WORD flags = 0;
+  DISPPARAMS* params = nullptr;
+  VARIANT* result = nullptr;
+  HRESULT status = S_OK;
+};
+
+void PushTarget(duk_context* engine, uint32_t key) {
+  PushKept(engine, kWrapped);
+  duk_get_prop_index(engine, -1, key);
+  duk_remove(engine, -2);
+}
+
+// Pushes the call's arguments in the script's order and returns their number.
+duk_idx_t PushArguments(duk_context* engine, const DISPPARAMS& params) {
+  for (UINT i = params.cArgs; i > 0; --i) PushVariant(engine, params.rgvarg[i - 1]);
+  return static_cast<duk_idx_t>(params.cArgs);
+}
+
+// Leaves the result on the stack.
+void RunCall(duk_context* engine, const ScriptCall& call) {
+  PushTarget(engine, call.key);
+  const bool is_put = (call.flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+  const bool may_call = (call.flags & DISPATCH_METHOD) != 0;
+  if (call.name == nullptr) {
+    if (is_put) ThrowStatus(engine, DISP_E_MEMBERNOTFOUND);
+    const bool is_read = (call.flags & DISPATCH_PROPERTYGET) != 0 && call.params->cArgs == 0;
+    if (is_read || !may_call || !duk_is_callable(engine, -1)) {
+      duk_to_primitive(engine, -1, DUK_HINT_NONE);
+    } else {
+      duk_call(engine, PushArguments(engine, *call.params));
+    }
+    return;
+  }
+  PushUnits(engine, *call.name);
+  if (is_put) {
+    if (call.params->cArgs != 1) ThrowStatus(engine, DISP_E_BADPARAMCOUNT);
+    PushVariant(engine, call.params->rgvarg[0]);
+    duk_put_prop(engine, -3);
+    duk_push_undefined(engine);
+    return;
+  }
+  duk_dup_top(engine);
+  duk_get_prop(engine, -3);
+  if (may_call && duk_is_callable(engine, -1)) {
+    duk_pop(engine);
+    duk_call_prop(engine, -2 - PushArguments(engine, *call.params),
+                  static_cast<duk_idx_t>(call.params->cArgs));
+  } else if (call.params->cArgs != 0) {
+    ThrowStatus(engine, DISP_E_BADPARAMCOUNT);
+  }
+}
+
+duk_ret_t ProtectedCall(duk_context* engine, void* data) {
+  auto* call = static_cast<ScriptCall*>(data);
+  duk_require_stack(engine, static_cast<duk_idx_t>(call->params->cArgs) + 16);
+  RunCall(engine, *call);
+  if (call->result != nullptr) call->status = VariantFromScript(engine, -1, call->result);
+  return 0;
+}
+
+// Keeps the error on top of the stack, with the number that is told of it.
+duk_ret_t KeepError(duk_context* engine, void* number) {
+  KeepValue(engine, kPendingError);
+  duk_push_int(engine, *static_cast<HRESULT*>(number));
+  KeepValue(engine, kPendingNumber);
+  return 0;
+}
+
+// Tells the error on top of the stack, which it takes, to the caller. An engine error must not
+// leave it: between here and the script is the caller's own code.
+HRESULT ReportError(duk_context* engine, EXCEPINFO* exception) {
+  const ErrorReport report = DescribeError(engine);
+  HRESULT number = FAILED(report.number) ? report.number : E_FAIL;
+  // Without memory to keep it, it is an error like any other's.
+  duk_safe_call(engine, KeepError, &number, 1, 1);
+  if (exception == nullptr) return number;
+  *exception = {};
+  const Units description = UnitsFromSystem(report.description);
+  const Units source = UnitsFromSystem(report.source);
+  exception->scode = number;
+  exception->bstrDescription =
+      SysAllocStringLen(description.data(), static_cast<UINT>(description.size()));
+  exception->bstrSource = SysAllocStringLen(source.data(), static_cast<UINT>(source.size()));
+  return DISP_E_EXCEPTION;
+}
+
+duk_ret_t ForgetTarget(duk_context* engine, void* key) {
+  PushKept(engine, kWrapped);
+  duk_del_prop_index(engine, -1, *static_cast<uint32_t*>(key));
+  return 0;
+}
+
+struct NameQuestion {
+  uint32_t key;
+  UnitsView name;
+  bool found;
+};
+duk_ret_t FindName(duk_context* engine, void* data) {
+  auto* question = static_cast<NameQuestion*>(data);
+  PushTarget(engine, question->key);
+  PushUnits(engine, question->name);
+  question->found = duk_has_prop(engine, -2) != 0;
+  return 0;
+}
+
+// Returns the status of `work`, which may run out of memory.
+template <typename Work>
+HRESULT StatusOf(Work work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  }
+}
+
+class ScriptObject final : public IDispatch {
+ public:
+  ScriptObject(ScriptLink* link, uint32_t key) : link_(link), key_(key) {
+    InterlockedIncrement(&link_->references);
+  }
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    if (out == nullptr) return E_POINTER;
+    const bool known = iid == IID_IUnknown || iid == IID_IDispatch || iid == kScriptObjectId;
+    *out = known ? static_cast<IDispatch*>(this) : nullptr;
+    if (!known) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override {
+    return static_cast<ULONG>(InterlockedIncrement(&references_));
+  }
+  ULONG STDMETHODCALLTYPE Release() override {
+    const LONG left = InterlockedDecrement(&references_);
+    if (left == 0) delete this;
+    return static_cast<ULONG>(left);
+  }
+
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+    if (count == nullptr) return E_POINTER;
+    *count = 0;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** out) override {
+    if (out != nullptr) *out = nullptr;
+    return DISP_E_BADINDEX;
+  }
+
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
+                                          DISPID* ids) override {
+    if (names == nullptr || ids == nullptr) return E_POINTER;
+    const HRESULT status = CheckAlive();
+    if (FAILED(status)) return status;
+    for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
+    if (count == 0) return S_OK;
+    NameQuestion question = {key_, names[0], false};
+    const duk_int_t failed = duk_safe_call(link_->engine, FindName, &question, 0, 1);
+    duk_pop(link_->engine);
+    if (failed != DUK_EXEC_SUCCESS || !question.found) return DISP_E_UNKNOWNNAME;
+    return StatusOf([&] {
+      ids[0] = IdOf(question.name);
+      return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
+    });
+  }
+
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params,
+                                   VARIANT* result, EXCEPINFO* exception, UINT*) override {
+    const HRESULT alive = CheckAlive();
+    if (FAILED(alive)) return alive;
+    DISPPARAMS none = {};
+    ScriptCall call;
+    call.key = key_;
+    call.flags = flags;
+    call.params = params != nullptr ? params : &none;
+    call.result = result;
+    if (id != DISPID_VALUE) {
+      if (id < 1 || static_cast<size_t>(id) > names_.size()) return DISP_E_MEMBERNOTFOUND;
+      call.name = &names_[static_cast<size_t>(id - 1)];
+    }
+    if (link_->calls_running >= kMostCalls) return kOutOfStack;
+    if (result != nullptr) VariantInit(result);
+    // Held by the call itself: the script may drop the last reference meanwhile.
+    Reference<IDispatch> self;
+    self.Share(this);
+    duk_context* engine = link_->engine;
+    ++link_->calls_running;
+    const duk_int_t failed = duk_safe_call(engine, ProtectedCall, &call, 0, 1);
+    --link_->calls_running;
+    HRESULT status = call.status;
+    if (failed != DUK_EXEC_SUCCESS) {
+      const duk_idx_t top = duk_get_top(engine);
+      status = StatusOf([&] { return ReportError(engine, exception); });
+      duk_set_top(engine, top);
+    }
+    duk_pop(engine);
+    return status;
+  }
+
+  const ScriptLink* link() const { return link_; }
+  uint32_t key() const { return key_; }
+
+ private:
+  ~ScriptObject() {
+    if (SUCCEEDED(CheckAlive())) {
+      duk_safe_call(link_->engine, ForgetTarget, &key_, 0, 1);
+      duk_pop(link_->engine);
+    }
+    DropLink(link_);
+  }
+
+  HRESULT CheckAlive() const {
+    if (GetCurrentThreadId() != link_->thread) return kWrongThread;
+    if (link_->engine == nullptr) return kDisconnected;
+    return duk_check_stack(link_->engine, kNeededStack) ? S_OK : E_OUTOFMEMORY;
+  }
+
+  // Ids count from 1 in the order of asking.
+  DISPID IdOf(UnitsView name) {
+    for (size_t i = 0; i < names_.size(); ++i) {
+      if (names_[i] == name) return static_cast<DISPID>(i + 1);
+    }
+    names_.emplace_back(name);
+    return static_cast<DISPID>(names_.size());
+  }
+
+  LONG references_ = 1;
+  ScriptLink* link_;
+  uint32_t key_;
+  std::vector<Units> names_;
+};
+
+}  // namespace
+
+ScriptLink* MakeLink(duk_context* engine) {
+  auto* link = new (std::nothrow) ScriptLink;
+  if (link == nullptr) return nullptr;
+  link->engine = engine;
+  link->thread = GetCurrentThreadId();
+  duk_push_object(engine);
+  KeepValue(engine, kWrapped);
+  return link;
+}
+
+void CutLink(ScriptLink* link) {
+  link->engine = nullptr;
+  DropLink(link);
+}
+
+IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index) {
+  ScriptLink* link = ContextOf(engine).link;
+  index = duk_normalize_index(engine, index);
+  const uint32_t key = ++link->last_key;
+  PushKept(engine, kWrapped);
+  duk_dup(engine, index);
+  duk_put_prop_index(engine, -2, key);
+  duk_pop(engine);
+  auto* wrapper = new (std::nothrow) ScriptObject(link, key);
+  if (wrapper == nullptr) {
+    PushKept(engine, kWrapped);
+    duk_del_prop_index(engine, -1, key);
+    duk_pop(engine);
+  }
+  return wrapper;
+}
+
+bool PushWrappedObject(duk_context* engine, IUnknown* object) {
+  void* found = nullptr;
+  if (FAILED(object->QueryInterface(kScriptObjectId, &found))) return false;
+  auto* wrapper = static_cast<ScriptObject*>(static_cast<IDispatch*>(found));
+  const uint32_t key = wrapper->key();
+  // One of another engine is an object like any other here.
+  const bool is_ours = wrapper->link() == ContextOf(engine).link;
+  wrapper->Release();
+  if (!is_ours) return false;
+  PushTarget(engine, key);
+  return true;
+}
+
+bool TakeScriptError(duk_context* engine, HRESULT status) {
+  PushKept(engine, kPendingNumber);
+  const bool pending = duk_is_number(engine, -1) &&
+                       (status == DISP_E_EXCEPTION || status == duk_get_int(engine, -1));
+  duk_pop(engine);
+  if (pending) PushKept(engine, kPendingError);
+  ForgetScriptError(engine);
+  return pending;
+}
+
+void ForgetScriptError(duk_context* engine) {
+  duk_push_heap_stash(engine);
+  duk_del_prop_string(engine, -1, kPendingError);
+  duk_del_prop_string(engine, -1, kPendingNumber);
+  duk_pop(engine);
+}
+
+}  // namespace mirolta

@@ -1,0 +1,405 @@
+#include "objects/stream_object.h"
+
+#include <string.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "engine/host_errors.h"
+#include "engine/number_argument.h"
+#include "engine/protected_call.h"
+#include "engine/script_context.h"
+#include "files/file_stream.h"
+#include "files/target_path.h"
+#include "objects/object_handle.h"
+#include "values/owned_values.h"
+#include "values/value_marshal.h"
+
+namespace mirolta {
+namespace {
+
+constexpr char kPrototype[] = "stream.prototype";
+constexpr uint32_t kUsualRead = 65536;
+constexpr uint64_t kMostRead = 512u << 20;
+constexpr double kMostPosition = 9007199254740992.0;  // what a script's number can count
+
+struct ModeRow {
+  std::string_view name;
+  FileMode mode;
+};
+constexpr ModeRow kModes[] = {
+    {"r", {STGM_READ}},
+    {"r+", {STGM_READWRITE}},
+    {"w", {STGM_WRITE, true}},
+    {"w+", {STGM_READWRITE, true}},
+    {"wx", {STGM_WRITE, true, true}},
+};
+
+// Throws for a file; `otherwise` says what happened where the status has no wording.
+[[noreturn]] void ThrowNamed(duk_context* engine, HRESULT status, const char* file,
+                             const char* otherwise) {
+  const char* standard = StandardText(status);
+  ThrowText(engine, status, "%s: %s", file, standard != nullptr ? standard : otherwise);
+}
+
+// Throws for a failed operation; the file at fault is named if there is one.
+[[noreturn]] void ThrowForFile(duk_context* engine, HRESULT status) {
+  const char* file = FailedFileName().c_str();
+  if (*file == '\0') ThrowStatus(engine, status);
+  ThrowNamed(engine, status, file, "Input or output failed");
+}
+
+// A whole number from 0 up at `index`.
+uint64_t CountAt(duk_context* engine, duk_idx_t index) {
+  return static_cast<uint64_t>(NumberWithin(engine, index, 0, kMostPosition, kInvalidCall));
+}
+
+void PushCount(duk_context* engine, uint64_t count) {
+  duk_push_number(engine, static_cast<double>(count));
+}
+
+// A native member of a stream object.
+struct StreamFrame {
+  Reference<IStream> stream;
+
+  void Open(duk_context* engine) {
+    duk_push_this(engine);
+    const ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
+    if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
+    duk_pop(engine);
+    if (IsClosedStream(*slot)) ThrowStatus(engine, kStreamClosed);
+    ForgetFileFailure();
+    stream.Share(static_cast<IStream*>(slot->value.punkVal));
+  }
+  void Check(duk_context* engine, HRESULT status) const {
+    if (FAILED(status)) ThrowForFile(engine, status);
+  }
+  uint64_t SeekTo(duk_context* engine, int64_t move, DWORD origin) const {
+    LARGE_INTEGER by;
+    by.QuadPart = move;
+    ULARGE_INTEGER position;
+    position.QuadPart = 0;
+    Check(engine, stream->Seek(by, origin, &position));
+    return position.QuadPart;
+  }
+};
+
+// Reads until there are enough bytes or a read gives none: one read may give fewer than there are.
+struct ReadFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    const uint64_t count = duk_is_undefined(engine, 0) ? kUsualRead : CountAt(engine, 0);
+    uint64_t room = std::min<uint64_t>(count, std::max<uint64_t>(BytesAhead(), kUsualRead) + 1);
+    uint64_t done = 0;
+    auto* bytes = static_cast<uint8_t*>(duk_push_dynamic_buffer(engine, Size(engine, room)));
+    uint8_t none = 0;
+    for (;;) {
+      const auto wanted = static_cast<ULONG>(room - done);
+      ULONG got = 0;
+      Check(engine, stream->Read(wanted == 0 ? &none : bytes + done, wanted, &got));
+      done += got;
+      if (got == 0 || done == count) break;
+      if (done < room) continue;
+      room = std::min(count, std::max(std::min(2 * room, kMostRead), room + 1));
+      bytes = static_cast<uint8_t*>(duk_resize_buffer(engine, -1, Size(engine, room)));
+    }
+    duk_resize_buffer(engine, -1, static_cast<duk_size_t>(done));
+    duk_push_buffer_object(engine, -1, 0, static_cast<duk_size_t>(done), DUK_BUFOBJ_UINT8ARRAY);
+    return 1;
+  }
+
+  // How many bytes the stream says are still to come; 0 if it does not say.
+  uint64_t BytesAhead() const {
+    STATSTG statistics = {};
+    LARGE_INTEGER stay;
+    stay.QuadPart = 0;
+    ULARGE_INTEGER position;
+    position.QuadPart = 0;
+    const bool is_known = SUCCEEDED(stream->Stat(&statistics, STATFLAG_NONAME)) &&
+                          SUCCEEDED(stream->Seek(stay, STREAM_SEEK_CUR, &position));
+    ForgetFileFailure();
+    const uint64_t size = statistics.cbSize.QuadPart;
+    return is_known && size > position.QuadPart ? size - position.QuadPart : 0;
+  }
+
+  static duk_size_t Size(duk_context* engine, uint64_t room) {
+    if (room > kMostRead) ThrowText(engine, E_OUTOFMEMORY, "One Read gives no more than 512 MB");
+    return static_cast<duk_size_t>(room);
+  }
+};
+
+struct WriteFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    const uint8_t* bytes = nullptr;
+    size_t size = 0;
+    if (!TakeBytes(engine, 0, &bytes, &size)) {
+      ThrowIfClosed(engine, 0);
+      ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    }
+    const uint8_t none = 0;
+    ULONG done = 0;
+    Check(engine, stream->Write(size == 0 ? &none : bytes, static_cast<ULONG>(size), &done));
+    duk_push_uint(engine, done);
+    return 1;
+  }
+};
+
+struct SeekFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    const double move = NumberWithin(engine, 0, -kMostPosition, kMostPosition, kInvalidCall);
+    const DWORD origin = duk_is_undefined(engine, 1) ? 0u : duk_to_uint32(engine, 1);
+    if (origin > STREAM_SEEK_END) ThrowStatus(engine, kInvalidCall);
+    PushCount(engine, SeekTo(engine, static_cast<int64_t>(move), origin));
+    return 1;
+  }
+};
+
+struct CopyFrame : StreamFrame {
+  Reference<IStream> to;
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    ThrowIfClosed(engine, 0);
+    const ObjectSlot* slot = SlotAt(engine, 0, SlotKind::kStream);
+    if (slot == nullptr) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    to.Share(static_cast<IStream*>(slot->value.punkVal));
+    ULARGE_INTEGER count, read, written;
+    count.QuadPart = duk_is_undefined(engine, 1) ? ~uint64_t{0} >> 1 : CountAt(engine, 1);
+    read.QuadPart = written.QuadPart = 0;
+    Check(engine, stream->CopyTo(to.Get(), count, &read, &written));
+    PushCount(engine, written.QuadPart);
+    return 1;
+  }
+};
+
+struct GetPositionFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    PushCount(engine, SeekTo(engine, 0, STREAM_SEEK_CUR));
+    return 1;
+  }
+};
+struct SetPositionFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    SeekTo(engine, static_cast<int64_t>(CountAt(engine, 0)), STREAM_SEEK_SET);
+    return 0;
+  }
+};
+struct GetSizeFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    STATSTG statistics = {};
+    Check(engine, stream->Stat(&statistics, STATFLAG_NONAME));
+    PushCount(engine, statistics.cbSize.QuadPart);
+    return 1;
+  }
+};
+struct SetSizeFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    ULARGE_INTEGER size;
+    size.QuadPart = CountAt(engine, 0);
+    Check(engine, stream->SetSize(size));
+    return 0;
+  }
+};
+struct CommitFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    Check(engine, stream->Commit(STGC_DEFAULT));
+    return 0;
+  }
+};
+
+// The text of any other object, so that a closed stream has none.
+struct TextFrame : StreamFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Open(engine);
+    duk_push_string(engine, "[object Object]");
+    return 1;
+  }
+};
+
+// Lets the stream of `this` go; the script cannot use it any more. Does nothing if it is closed.
+struct EndFrame {
+  Reference<IStream> stream;
+
+  OutputFile* TakeOutput(duk_context* engine) {
+    duk_push_this(engine);
+    ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
+    if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
+    if (IsClosedStream(*slot)) return nullptr;
+    stream.Take(static_cast<IStream*>(slot->value.punkVal));
+    slot->value = VARIANT{};
+    return OutputOf(stream.Get());
+  }
+};
+struct CloseFrame : EndFrame {
+  duk_ret_t Run(duk_context* engine) {
+    OutputFile* output = TakeOutput(engine);
+    if (output == nullptr) return 0;
+    const HRESULT status = output->Finish();
+    if (SUCCEEDED(status)) return 0;
+    ThrowNamed(engine, status, output->name().c_str(), "The file cannot be written");
+  }
+};
+struct DiscardFrame : EndFrame {
+  duk_ret_t Run(duk_context* engine) {
+    OutputFile* output = TakeOutput(engine);
+    if (output != nullptr) output->Discard();
+    return 0;
+  }
+};
+
+constexpr duk_function_list_entry kMethods[] = {
+    {"Read", RunProtected<ReadFrame>, 1},
+    {"Write", RunProtected<WriteFrame>, 1},
+    {"Seek", RunProtected<SeekFrame>, 2},
+    {"CopyTo", RunProtected<CopyFrame>, 2},
+    {"Commit", RunProtected<CommitFrame>, 0},
+    {"Close", RunProtected<CloseFrame>, 0},
+    {"Discard", RunProtected<DiscardFrame>, 0},
+    {"toString", RunProtected<TextFrame>, 0},
+    {nullptr, nullptr, 0},
+};
+
+void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, duk_c_function set) {
+  duk_push_string(engine, name);
+  duk_push_c_function(engine, get, 0);
+  duk_push_c_function(engine, set, 1);
+  duk_def_prop(engine, -4,
+               DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER | DUK_DEFPROP_SET_ENUMERABLE);
+}
+
+// WScript.OpenFile(path, mode, isPrivate)
+struct OpenFileFrame {
+  std::string name;
+  Reference<IStream> stream;  // until the script has it
+
+  ~OpenFileFrame() {
+    OutputFile* output = stream ? OutputOf(stream.Get()) : nullptr;
+    if (output != nullptr) output->Discard();
+  }
+  duk_ret_t Run(duk_context* engine) {
+    duk_size_t size = 0;
+    const char* text = duk_to_lstring(engine, 0, &size);
+    const ModeRow* mode = FindMode(engine);
+    const bool is_private = duk_to_boolean(engine, 2) != 0;
+    name.assign(text, size);
+    const HRESULT status = OpenFileStream(name, mode->mode, is_private, &stream);
+    if (FAILED(status)) {
+      const char* standard = StandardText(status);
+      // A name that the text does not show as it is stands in quotes.
+      const bool is_plain = size != 0 && strlen(text) == size;
+      ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", text,
+                standard != nullptr ? standard : "The file cannot be opened");
+    }
+    stream->AddRef();
+    PushStream(engine, stream.Get());
+    stream.Reset();
+    return 1;
+  }
+
+  static const ModeRow* FindMode(duk_context* engine) {
+    if (duk_is_undefined(engine, 1)) return &kModes[0];
+    const std::string_view name = duk_to_string(engine, 1);
+    for (const ModeRow& row : kModes) {
+      if (row.name == name) return &row;
+    }
+    ThrowText(engine, kInvalidCall, "No such file mode: \"%s\" (r, r+, w, w+ or wx)",
+              duk_get_string(engine, 1));
+  }
+};
+
+// WScript.MemoryStream(bytes): the bytes are copied, the position is at the start.
+struct MemoryStreamFrame {
+  Reference<IStream> stream;
+  duk_ret_t Run(duk_context* engine) {
+    const uint8_t* bytes = nullptr;
+    size_t size = 0;
+    if (!duk_is_null_or_undefined(engine, 0) && !TakeBytes(engine, 0, &bytes, &size)) {
+      ThrowIfClosed(engine, 0);
+      ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    }
+    HRESULT status = CreateStreamOnHGlobal(nullptr, TRUE, stream.Out());
+    if (SUCCEEDED(status) && size != 0) {
+      ULONG done = 0;
+      status = stream->Write(bytes, static_cast<ULONG>(size), &done);
+      LARGE_INTEGER start;
+      start.QuadPart = 0;
+      if (SUCCEEDED(status)) status = stream->Seek(start, STREAM_SEEK_SET, nullptr);
+    }
+    if (FAILED(status)) ThrowStatus(engine, status);
+    PushStream(engine, stream.Release());
+    return 1;
+  }
+};
+
+// WScript.StreamOf(object)
+struct StreamOfFrame {
+  OwnedVariant value;
+  Reference<IStream> stream;
+  duk_ret_t Run(duk_context* engine) {
+    const HRESULT taken = VariantFromScript(engine, 0, &value);
+    if (FAILED(taken)) ThrowStatus(engine, taken);
+    if ((value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) || value.punkVal == nullptr) {
+      ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    }
+    void* found = nullptr;
+    const HRESULT status = value.punkVal->QueryInterface(IID_IStream, &found);
+    if (FAILED(status)) ThrowStatus(engine, status);
+    stream.Take(found);
+    PushStream(engine, stream.Release());
+    return 1;
+  }
+};
+
+// WScript.IsSameFile(a, b)
+struct SameFileFrame {
+  std::string paths[2];
+  duk_ret_t Run(duk_context* engine) {
+    for (duk_idx_t i = 0; i < 2; ++i) {
+      duk_size_t size = 0;
+      const char* text = duk_to_lstring(engine, i, &size);
+      paths[i] = SystemFromUnits(UnitsFromEngine({text, size}));
+    }
+    duk_push_boolean(engine, IsSameFile(paths[0], paths[1]));
+    return 1;
+  }
+};
+
+constexpr duk_function_list_entry kMakers[] = {
+    {"OpenFile", RunProtected<OpenFileFrame>, 3},
+    {"IsSameFile", RunProtected<SameFileFrame>, 2},
+    {"MemoryStream", RunProtected<MemoryStreamFrame>, 1},
+    {"StreamOf", RunProtected<StreamOfFrame>, 1},
+    {nullptr, nullptr, 0},
+};
+
+}  // namespace
+
+void PushStream(duk_context* engine, IStream* stream) {
+  VARIANT value = {};
+  value.vt = VT_UNKNOWN;
+  value.punkVal = stream;
+  PushSlotObject(engine, SlotKind::kStream, value, [](duk_context* inner, SlotNumber number) {
+    duk_push_object(inner);
+    AttachHandle(inner, number);
+    PushKept(inner, kPrototype);
+    duk_set_prototype(inner, -2);
+  });
+}
+
+void InstallStreams(duk_context* engine) {
+  duk_push_object(engine);
+  duk_put_function_list(engine, -1, kMethods);
+  DefineAccessor(engine, "Size", RunProtected<GetSizeFrame>, RunProtected<SetSizeFrame>);
+  DefineAccessor(engine, "Position", RunProtected<GetPositionFrame>,
+                 RunProtected<SetPositionFrame>);
+  KeepValue(engine, kPrototype);
+  duk_put_function_list(engine, -1, kMakers);
+}
+
+}  // namespace mirolta

@@ -1,0 +1,246 @@
+#include "objects/wscript_object.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <strings.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <string_view>
+
+#include "engine/host_errors.h"
+#include "engine/number_argument.h"
+#include "engine/protected_call.h"
+#include "engine/script_context.h"
+#include "files/output_file.h"
+#include "objects/active_x.h"
+#include "objects/stream_object.h"
+#include "values/value_marshal.h"
+
+namespace mirolta {
+namespace {
+
+constexpr char kCaseHandler[] = "wscript.handler";
+
+// Prints the arguments, joined by a space. What is no object prints as the text that the platform
+// coerces it to, true as -1 and a third with 15 digits, as its own script host does.
+struct PrintFrame {
+  std::string text;
+  VARIANT value = {};
+  ~PrintFrame() { VariantClear(&value); }
+
+  void Append(duk_context* engine, duk_idx_t index) {
+    const bool coerced = duk_is_number(engine, index) || duk_is_boolean(engine, index) ||
+                         duk_is_undefined(engine, index);
+    if (coerced && SUCCEEDED(VariantFromScript(engine, index, &value)) &&
+        SUCCEEDED(VariantChangeType(&value, &value, 0, VT_BSTR))) {
+      text += SystemFromUnits({V_BSTR(&value), SysStringLen(V_BSTR(&value))});
+      return;
+    }
+    duk_size_t size = 0;
+    const char* bytes = duk_to_lstring(engine, index, &size);
+    text += SystemFromUnits(UnitsFromEngine({bytes, size}));
+  }
+
+  void Print(duk_context* engine, FILE* file, bool ends_line) {
+    const duk_idx_t count = duk_get_top(engine);
+    for (duk_idx_t i = 0; i < count; ++i) {
+      if (i > 0) text += ' ';
+      VariantClear(&value);
+      Append(engine, i);
+    }
+    if (ends_line) text += '\n';
+    // Both streams in the order of printing.
+    if (file == stderr) static_cast<void>(fflush(stdout));
+    if (fwrite(text.data(), 1, text.size(), file) != text.size()) {
+      ThrowText(engine, STG_E_WRITEFAULT, "The output cannot be written");
+    }
+  }
+};
+struct EchoFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stdout, true);
+    return 0;
+  }
+};
+struct OutWriteFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stdout, false);
+    return 0;
+  }
+};
+struct ErrWriteFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stderr, false);
+    return 0;
+  }
+};
+struct ErrWriteLineFrame : PrintFrame {
+  duk_ret_t Run(duk_context* engine) {
+    Print(engine, stderr, true);
+    return 0;
+  }
+};
+
+// Ends the process: nothing of the script, not even a finally block, runs any more.
+duk_ret_t Quit(duk_context* engine) {
+  const int status = duk_is_undefined(engine, 0) ? 0 : duk_to_int32(engine, 0);
+  ScriptContext& context = ContextOf(engine);
+  // An object in the middle of a call that led here cannot be let go.
+  if (context.calls_running == 0) context.objects.Clear();
+  const bool succeeded = FlushOutput() && status == 0 && FinishOutputs();
+  DiscardOutputs();
+  _Exit(succeeded || status != 0 ? status : 1);
+}
+
+duk_ret_t Sleep(duk_context* engine) {
+  const double milliseconds = NumberWithin(engine, 0, 0, 2147483647.0, kInvalidCall);
+  FlushOutput();
+  const auto whole = static_cast<int64_t>(milliseconds);
+  timespec left = {};
+  left.tv_sec = static_cast<time_t>(whole / 1000);
+  left.tv_nsec = static_cast<long>(whole % 1000) * 1000000L;
+  while (nanosleep(&left, &left) != 0) {
+  }
+  return 0;
+}
+
+// WScript.Arguments(i) and WScript.Arguments.Item(i)
+struct ArgumentFrame {
+  Units text;
+  duk_ret_t Run(duk_context* engine) {
+    const auto& arguments = ContextOf(engine).arguments;
+    const double last = static_cast<double>(arguments.size()) - 1;
+    const double index = NumberWithin(engine, 0, 0, last, kSubscriptOutOfRange);
+    text = UnitsFromSystem(arguments[static_cast<size_t>(index)]);
+    PushUnits(engine, text);
+    return 1;
+  }
+};
+
+// WScript.EnvironmentVariable(name): its text, undefined if it is not set.
+struct EnvironmentFrame {
+  std::string name;
+  Units text;
+  duk_ret_t Run(duk_context* engine) {
+    duk_size_t size = 0;
+    const char* bytes = duk_to_lstring(engine, 0, &size);
+    name = SystemFromUnits(UnitsFromEngine({bytes, size}));
+    const char* value = getenv(name.c_str());
+    if (value == nullptr) return 0;
+    text = UnitsFromSystem(value);
+    PushUnits(engine, text);
+    return 1;
+  }
+};
+
+duk_ret_t CountArguments(duk_context* engine) {
+  duk_push_uint(engine, static_cast<duk_uint_t>(ContextOf(engine).arguments.size()));
+  return 1;
+}
+
+// Reading a member whatever its letter case: target, name. One that fits exactly comes first.
+duk_ret_t GetAnyCase(duk_context* engine) {
+  constexpr duk_idx_t kTarget = 0, kName = 1;
+  duk_dup(engine, kName);
+  if (duk_get_prop(engine, kTarget) || !duk_is_string(engine, kName)) return 1;
+  const char* name = duk_get_string(engine, kName);
+  duk_enum(engine, kTarget, DUK_ENUM_OWN_PROPERTIES_ONLY | DUK_ENUM_INCLUDE_NONENUMERABLE);
+  while (duk_next(engine, -1, 0)) {
+    if (strcasecmp(name, duk_get_string(engine, -1)) == 0) {
+      duk_get_prop(engine, kTarget);
+      return 1;
+    }
+    duk_pop(engine);
+  }
+  return 0;
+}
+
+duk_ret_t RefuseAssignment(duk_context* engine) {
+  ThrowStatus(engine, kNoSuchMember);
+}
+
+// Replaces the object on top of the stack by one that ignores letter case and stays as it is.
+void IgnoreCase(duk_context* engine) {
+  PushKept(engine, kCaseHandler);
+  duk_push_proxy(engine, 0);
+}
+
+void PutText(duk_context* engine, const char* name, const std::string& system_text) {
+  // Before any script runs an engine error ends the host, so nothing is lost to it here.
+  PushUnits(engine, UnitsFromSystem(system_text));
+  duk_put_prop_string(engine, -2, name);
+}
+
+void PutStandardStream(duk_context* engine, const char* name, int file, duk_c_function write,
+                       duk_c_function write_line) {
+  duk_push_object(engine);
+  duk_push_c_function(engine, write, DUK_VARARGS);
+  duk_put_prop_string(engine, -2, "Write");
+  duk_push_c_function(engine, write_line, DUK_VARARGS);
+  duk_put_prop_string(engine, -2, "WriteLine");
+  duk_push_boolean(engine, isatty(file) != 0);
+  duk_put_prop_string(engine, -2, "IsTerminal");
+  IgnoreCase(engine);
+  duk_put_prop_string(engine, -2, name);
+}
+
+void PutArguments(duk_context* engine) {
+  duk_push_c_function(engine, RunProtected<ArgumentFrame>, 1);
+  duk_push_c_function(engine, RunProtected<ArgumentFrame>, 1);
+  duk_put_prop_string(engine, -2, "Item");
+  duk_push_c_function(engine, CountArguments, 0);
+  duk_put_prop_string(engine, -2, "Count");
+  duk_push_string(engine, "length");
+  CountArguments(engine);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+  IgnoreCase(engine);
+  duk_put_prop_string(engine, -2, "Arguments");
+}
+
+constexpr duk_function_list_entry kMembers[] = {
+    {"Echo", RunProtected<EchoFrame>, DUK_VARARGS},
+    {"EnvironmentVariable", RunProtected<EnvironmentFrame>, 1},
+    {"Quit", Quit, 1},
+    {"Sleep", Sleep, 1},
+    {nullptr, nullptr, 0},
+};
+
+std::string_view FileName(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace
+
+void InstallWScript(duk_context* engine) {
+  const ScriptContext& context = ContextOf(engine);
+  duk_push_bare_object(engine);
+  duk_push_c_function(engine, GetAnyCase, 3);
+  duk_put_prop_string(engine, -2, "get");
+  duk_push_c_function(engine, RefuseAssignment, 4);
+  duk_put_prop_string(engine, -2, "set");
+  KeepValue(engine, kCaseHandler);
+
+  duk_push_object(engine);
+  duk_put_function_list(engine, -1, kMembers);
+  PutText(engine, "ScriptName", std::string(FileName(context.script_full_path)));
+  PutText(engine, "ScriptFullName", context.script_full_path);
+  PutText(engine, "Name", "mirolta-host");
+  PutStandardStream(engine, "StdOut", STDOUT_FILENO, RunProtected<OutWriteFrame>,
+                    RunProtected<EchoFrame>);
+  PutStandardStream(engine, "StdErr", STDERR_FILENO, RunProtected<ErrWriteFrame>,
+                    RunProtected<ErrWriteLineFrame>);
+  PutArguments(engine);
+  InstallActiveX(engine);
+  InstallStreams(engine);
+  IgnoreCase(engine);
+  duk_put_global_string(engine, "WScript");
+}
+
+bool FlushOutput() {
+  const bool written = fflush(stdout) == 0 && ferror(stdout) == 0;
+  if (!written) fputs("mirolta-host: the output cannot be written\n", stderr);
+  return written;
+}
+
+}  // namespace mirolta

@@ -1,0 +1,51 @@
+// Dates between the script's calendar and automation's.
+#include <math.h>
+#include <time.h>
+
+#include "values/value_marshal.h"
+
+namespace mirolta {
+namespace {
+
+constexpr double kMillisecondsPerDay = 86400000.0;
+constexpr double kEpochDay = 25569.0;  // 1 January 1970 in automation's count
+
+// What local time is ahead of UTC, in milliseconds, at a moment given in UTC or in local time.
+double LocalOffset(double milliseconds, bool is_local) {
+  const double seconds = floor(milliseconds / 1000);
+  // The system has no offset for a moment that its clock cannot name.
+  constexpr double kMostSeconds = sizeof(time_t) > 4 ? 1e12 : 2147483647;
+  if (!(fabs(seconds) < kMostSeconds)) return 0;
+  const time_t moment = static_cast<time_t>(seconds);
+  tm parts = {};
+  if (!is_local) {
+    return localtime_r(&moment, &parts) == nullptr ? 0
+                                                   : 1000.0 * static_cast<double>(parts.tm_gmtoff);
+  }
+  if (gmtime_r(&moment, &parts) == nullptr) return 0;
+  parts.tm_isdst = -1;
+  const time_t utc = mktime(&parts);
+  return 1000.0 * (seconds - static_cast<double>(utc));
+}
+
+}  // namespace
+
+double AutomationDate(double script_milliseconds) {
+  const double local = script_milliseconds + LocalOffset(script_milliseconds, false);
+  const double days = local / kMillisecondsPerDay + kEpochDay;
+  if (days >= 0) return days;
+  const double day = floor(days);
+  return day - (days - day);
+}
+
+double ScriptMilliseconds(double automation_date) {
+  double days = automation_date;
+  if (days < 0) {
+    const double day = ceil(days);
+    days = day + (day - days);
+  }
+  const double local = round((days - kEpochDay) * kMillisecondsPerDay);
+  return local - LocalOffset(local, true);
+}
+
+}  // namespace mirolta

@@ -1,0 +1,168 @@
+#include "values/text_encoding.h"
+
+namespace mirolta {
+namespace {
+
+constexpr OLECHAR kReplacement = 0xFFFD;
+constexpr OLECHAR kFirstByteUnit = 0xDC80;  // stands for the byte 0x80
+constexpr OLECHAR kLastByteUnit = 0xDCFF;
+
+bool IsHighSurrogate(uint32_t unit) {
+  return unit >= 0xD800 && unit <= 0xDBFF;
+}
+bool IsLowSurrogate(uint32_t unit) {
+  return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+uint8_t ByteAt(std::string_view bytes, size_t index) {
+  return static_cast<uint8_t>(bytes[index]);
+}
+
+// The bytes that a leading byte announces; 0 if it leads nothing.
+size_t SequenceLength(uint8_t lead) {
+  if (lead < 0x80) return 1;
+  if (lead >= 0xC2 && lead <= 0xDF) return 2;
+  if (lead >= 0xE0 && lead <= 0xEF) return 3;
+  if (lead >= 0xF0 && lead <= 0xF4) return 4;
+  return 0;
+}
+
+// ReadSequence reads the sequence that `bytes` begin with, one at least, and returns its length, 0
+// if it is malformed. Surrogates written on their own pass; overlong forms do not.
+size_t ReadSequence(std::string_view bytes, uint32_t* code) {
+  static constexpr uint8_t kLeadMask[5] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+  static constexpr uint32_t kLeast[5] = {0, 0, 0x80, 0x800, 0x10000};
+  const size_t length = SequenceLength(ByteAt(bytes, 0));
+  if (length == 0 || length > bytes.size()) return 0;
+  uint32_t value = ByteAt(bytes, 0) & kLeadMask[length];
+  for (size_t i = 1; i < length; ++i) {
+    if ((ByteAt(bytes, i) & 0xC0u) != 0x80) return 0;
+    value = (value << 6) | (ByteAt(bytes, i) & 0x3Fu);
+  }
+  if (value < kLeast[length] || value > 0x10FFFF) return 0;
+  *code = value;
+  return length;
+}
+
+size_t WriteUnit(uint32_t unit, char* bytes) {
+  if (unit < 0x80) {
+    bytes[0] = static_cast<char>(unit);
+    return 1;
+  }
+  if (unit < 0x800) {
+    bytes[0] = static_cast<char>(0xC0 | (unit >> 6));
+    bytes[1] = static_cast<char>(0x80 | (unit & 0x3F));
+    return 2;
+  }
+  bytes[0] = static_cast<char>(0xE0 | (unit >> 12));
+  bytes[1] = static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
+  bytes[2] = static_cast<char>(0x80 | (unit & 0x3F));
+  return 3;
+}
+
+void AppendCode(uint32_t code, std::string* out) {
+  char bytes[4];
+  if (code < 0x10000) {
+    out->append(bytes, WriteUnit(code, bytes));
+    return;
+  }
+  bytes[0] = static_cast<char>(0xF0 | (code >> 18));
+  bytes[1] = static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+  bytes[2] = static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+  bytes[3] = static_cast<char>(0x80 | (code & 0x3F));
+  out->append(bytes, 4);
+}
+
+void AppendUnits(uint32_t code, Units* out) {
+  if (code < 0x10000) {
+    out->push_back(static_cast<OLECHAR>(code));
+    return;
+  }
+  out->push_back(static_cast<OLECHAR>(0xD800 + ((code - 0x10000) >> 10)));
+  out->push_back(static_cast<OLECHAR>(0xDC00 + ((code - 0x10000) & 0x3FF)));
+}
+
+}  // namespace
+
+size_t EngineByteLength(const OLECHAR* units, size_t count) {
+  size_t length = 0;
+  for (size_t i = 0; i < count; ++i) length += units[i] < 0x80 ? 1u : units[i] < 0x800 ? 2u : 3u;
+  return length;
+}
+
+size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes) {
+  size_t length = 0;
+  for (size_t i = 0; i < count; ++i) length += WriteUnit(units[i], bytes + length);
+  return length;
+}
+
+size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units) {
+  size_t count = 0;
+  const auto put = [&](uint32_t unit) {
+    if (units != nullptr) units[count] = static_cast<OLECHAR>(unit);
+    ++count;
+  };
+  size_t at = 0;
+  while (at < size) {
+    uint32_t code = kReplacement;
+    const size_t length = ReadSequence({bytes + at, size - at}, &code);
+    if (code < 0x10000) {
+      put(code);
+    } else {
+      put(0xD800 + ((code - 0x10000) >> 10));
+      put(0xDC00 + ((code - 0x10000) & 0x3FF));
+    }
+    at += length == 0 ? 1 : length;
+  }
+  return count;
+}
+
+Units UnitsFromEngine(std::string_view bytes) {
+  Units units(DecodeFromEngine(bytes.data(), bytes.size(), nullptr), OLECHAR{0});
+  DecodeFromEngine(bytes.data(), bytes.size(), units.data());
+  return units;
+}
+
+std::string EngineFromUnits(UnitsView units) {
+  std::string bytes(EngineByteLength(units.data(), units.size()), '\0');
+  EncodeForEngine(units.data(), units.size(), bytes.data());
+  return bytes;
+}
+
+Units UnitsFromSystem(std::string_view bytes) {
+  Units units;
+  units.reserve(bytes.size());
+  size_t at = 0;
+  while (at < bytes.size()) {
+    uint32_t code = 0;
+    const std::string_view rest = bytes.substr(at);
+    const size_t length = ReadSequence(rest, &code);
+    if (length == 0 || (code >= 0xD800 && code <= 0xDFFF)) {
+      units.push_back(static_cast<OLECHAR>(0xDC00 + ByteAt(bytes, at)));
+      ++at;
+    } else {
+      AppendUnits(code, &units);
+      at += length;
+    }
+  }
+  return units;
+}
+
+std::string SystemFromUnits(UnitsView units) {
+  std::string bytes;
+  bytes.reserve(units.size());
+  for (size_t i = 0; i < units.size(); ++i) {
+    const uint32_t unit = units[i];
+    if (IsHighSurrogate(unit) && i + 1 < units.size() && IsLowSurrogate(units[i + 1])) {
+      const uint32_t low = units[++i];
+      AppendCode(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00), &bytes);
+    } else if (unit >= kFirstByteUnit && unit <= kLastByteUnit) {
+      bytes.push_back(static_cast<char>(unit - 0xDC00));
+    } else {
+      AppendCode(IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kReplacement : unit, &bytes);
+    }
+  }
+  return bytes;
+}
+
+}  // namespace mirolta
