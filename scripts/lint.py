@@ -8,6 +8,7 @@ the content of what they depend on, so that a second run looks only at what has 
 (files or folders) only what lies there is checked.
 
 - layers      includes go in the allowed directions (tests/layout/check_layers.py)
+- contracts   the labels of contracts and their order (scripts/contracts.py)
 - gcc         its warnings, for what the ordinary build leaves out (the benchmark)
 - clang       its warnings: those of .clang-tidy's ExtraArgs
 - clang-tidy  the checks of .clang-tidy
@@ -26,6 +27,9 @@ import shlex
 import subprocess
 import sys
 import time
+
+sys.dont_write_bytecode = True
+import contracts  # noqa: E402
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 # What the ordinary build does not compile.
@@ -209,6 +213,8 @@ def main():
                              build / "compile_commands.json"], capture_output=True, text=True)
     found = (layers.stdout + layers.stderr).splitlines()
     report("layers", found[-1].rsplit(",", 1)[0], found[:-1] if layers.returncode else [])
+    count, found = contracts.check(places)
+    report("contracts", f"{count} files", found)
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         count, found = run_gcc(kept, units, pool)
         report("gcc", f"{count} units beside the build's", found)
