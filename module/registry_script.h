@@ -7,8 +7,7 @@
 //   val name = s 'text'                  a named value of the enclosing key
 //   NoRemove name ...                    a key that unregistration leaves
 //   ForceRemove name ...                 a key that is deleted with all subkeys before it is
-//   written,
-//                                        and on unregistration
+//                                        written, and on unregistration
 //   'name'                               a name that would be a word of the language, or has blanks
 //   %MODULE%                             the module's full file name, inside quotes
 //
@@ -41,10 +40,10 @@ class RegistryAction {
 // What a script that cannot be read gives.
 inline constexpr HRESULT kBadRegistryScript = static_cast<HRESULT>(0x80040153u);
 
-// RunRegistryScript reads text[length] (plain ASCII) and performs the action on each entry in
-// order. Errors: kBadRegistryScript for anything that is not in the language, a word of 260
-// characters or
-//         more, more than eight levels of keys, an unknown %NAME%; the action's failures.
+// RunRegistryScript parses a script and performs the action on each entry in order.
+// Shapes: text[length], ASCII.
+// Errors: kBadRegistryScript for a syntax error, a word of 260 characters or more, more than eight
+//         levels of keys, an unknown %NAME%; the action's failures.
 HRESULT RunRegistryScript(const BYTE* text, DWORD length, const OLECHAR* module_file,
                           RegistryAction& action);
 

@@ -22,7 +22,8 @@ class CipherSide {
   // Returns: false for an unknown name.
   bool SetAlgorithm(BSTR name);
 
-  // GetName gives the algorithm's name, an empty text without one. Errors: E_OUTOFMEMORY.
+  // GetName gives the algorithm's name, an empty text without one.
+  // Errors: E_OUTOFMEMORY.
   HRESULT GetName(BSTR* name) const;
 
   CipherEngine* Engine() const { return engine_.get(); }

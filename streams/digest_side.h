@@ -18,7 +18,8 @@ class DigestSide {
   // Returns: false for an unknown name; the switch stays as it was.
   bool SetAlgorithm(BSTR name);
 
-  // GetName gives the algorithm's name, an empty text without one. Errors: E_OUTOFMEMORY.
+  // GetName gives the algorithm's name, an empty text without one.
+  // Errors: E_OUTOFMEMORY.
   HRESULT GetName(BSTR* name) const;
 
   void Enable(VARIANT_BOOL value) { enabled_ = value; }

@@ -16,8 +16,8 @@ HRESULT GetStreamFromObject(IUnknown* object, IStream** stream);
 // StreamBinding counts a reference to the object that a caller assigned and one to its stream.
 class StreamBinding {
  public:
-  // Bind gives up the object and stream held, whatever comes of it, and takes those of another
-  // object. Errors: those of GetStreamFromObject; nothing is bound then.
+  // Bind releases the object and stream held, even if it then fails, and binds another object's.
+  // Errors: those of GetStreamFromObject; nothing is bound then.
   HRESULT Bind(IUnknown* object);
 
   // The object as it was assigned, or null. No reference is added.

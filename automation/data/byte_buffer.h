@@ -63,8 +63,8 @@ class ByteBuffer {
   uint32_t Consume(uint32_t count) noexcept;
 
   // MoveAllTo appends the content to other in blocks of 256 and returns the bytes taken from here.
-  // Errors: a block that other refuses is lost and ends the move; its bytes count as taken.
   // Alias:  a move to itself moves nothing and returns 0.
+  // Errors: a block that other refuses is lost and ends the move; its bytes count as taken.
   uint32_t MoveAllTo(ByteBuffer& other) noexcept;
 
   // Find returns the index of the first occurrence of pattern, or -1. The last possible position,

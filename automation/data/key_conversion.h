@@ -36,8 +36,8 @@ class PlainKey {
     Read(value);
   }
 
-  // GiveTo sets the key of an engine, perhaps another one. Errors: what reading the value gave, and
-  // the engine has no key then; those of its SetKey.
+  // GiveTo sets the key of an engine, which need not be the one whose key was dropped.
+  // Errors: the status of reading the value, and the engine then has no key; those of its SetKey.
   template <typename Engine>
   HRESULT GiveTo(Engine& engine) const {
     if (SUCCEEDED(read_)) return engine.SetKey(value_.Value(), code_page_);

@@ -10,7 +10,8 @@ namespace mirolta {
 
 enum class UnitOrder { kLowFirst, kHighFirst };
 
-// WriteUnits writes two bytes per unit. Shapes: text[length], bytes[2 * length].
+// WriteUnits writes two bytes per unit.
+// Shapes: text[length], bytes[2 * length].
 inline void WriteUnits(const OLECHAR* text, size_t length, UnitOrder order,
                        uint8_t* bytes) noexcept {
   const size_t low = order == UnitOrder::kLowFirst ? 0 : 1;
@@ -21,7 +22,8 @@ inline void WriteUnits(const OLECHAR* text, size_t length, UnitOrder order,
   }
 }
 
-// ReadUnits is the inverse. Shapes: bytes[2 * length], text[length].
+// ReadUnits is the inverse.
+// Shapes: bytes[2 * length], text[length].
 inline void ReadUnits(const uint8_t* bytes, size_t length, UnitOrder order,
                       OLECHAR* text) noexcept {
   const size_t low = order == UnitOrder::kLowFirst ? 0 : 1;

@@ -10,8 +10,8 @@ namespace mirolta {
 // Refiner takes one gate after another and puts other gates in its place that do the same wherever
 // an output depends on it. Gates that nothing needs any more go. A step may leave the circuit a few
 // gates larger than the smallest one so far: that is how the walk gets away from there.
-// Source: resubstitution with don't-cares, as logic optimisers have it: Mishchenko and Brayton,
-// Scalable don't-care-based logic optimization and resubstitution, 2011.
+// Source: Mishchenko and Brayton, Scalable don't-care-based logic optimization and resubstitution,
+//         2011.
 class Refiner {
  public:
   // Two-input gates have the first input for the third, which changes nothing.
