@@ -9,6 +9,7 @@ the content of what they depend on, so that a second run looks only at what has 
 
 - layers      includes go in the allowed directions (tests/layout/check_layers.py)
 - contracts   the labels of contracts and their order (scripts/contracts.py)
+- definitions each name is defined once, and used (scripts/definitions.py)
 - gcc         its warnings, for what the ordinary build leaves out (the benchmark)
 - clang       its warnings: those of .clang-tidy's ExtraArgs
 - clang-tidy  the checks of .clang-tidy
@@ -30,6 +31,7 @@ import time
 
 sys.dont_write_bytecode = True
 import contracts  # noqa: E402
+import definitions  # noqa: E402
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 # What the ordinary build does not compile.
@@ -215,6 +217,10 @@ def main():
     report("layers", found[-1].rsplit(",", 1)[0], found[:-1] if layers.returncode else [])
     count, found = contracts.check(places)
     report("contracts", f"{count} files", found)
+    _, count, found = definitions.check()
+    chosen = [line for line in found if not places or any(
+        (SOURCE / line.split(":")[0]).is_relative_to(place) for place in places)]
+    report("definitions", f"{count} names", chosen)
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         count, found = run_gcc(kept, units, pool)
         report("gcc", f"{count} units beside the build's", found)
