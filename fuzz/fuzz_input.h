@@ -29,7 +29,6 @@ class FuzzInput {
   FuzzInput(const uint8_t* data, size_t size) : data_(data), size_(size) {}
 
   bool IsEmpty() const { return size_ == 0; }
-  size_t Left() const { return size_; }
 
   uint8_t Byte() {
     if (size_ == 0) return 0;

@@ -50,15 +50,4 @@ class Reference {
   Interface* pointer_ = nullptr;
 };
 
-struct OwnedException : EXCEPINFO {
-  OwnedException() : EXCEPINFO{} {}
-  OwnedException(const OwnedException&) = delete;
-  OwnedException& operator=(const OwnedException&) = delete;
-  ~OwnedException() {
-    SysFreeString(bstrSource);
-    SysFreeString(bstrDescription);
-    SysFreeString(bstrHelpFile);
-  }
-};
-
 }  // namespace mirolta
