@@ -1,9 +1,14 @@
 #include "class_table.h"
 
+#include "big_number_object.h"
 #include "class_factory.h"
 #include "class_registration.h"
-#include "instance_creators.h"
+#include "hash_object.h"
 #include "mirolta.h"
+#include "rsa_crypt_object.h"
+#include "symmetric_crypt_object.h"
+#include "tovi_stream_crypt.h"
+#include "tovi_stream_digest.h"
 
 namespace mirolta {
 

@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "instance_creators.h"
 #include "key_conversion.h"
 #include "stream_transfer.h"
 

@@ -71,4 +71,7 @@ class ToviStreamCrypt final : public StreamFilter<kToviStreamCryptClass, IToviSt
   bool read_draining_ = false;
 };
 
+// The class's instance creator; outer is the object that aggregates the new one, or null.
+HRESULT CreateToviStreamCrypt(IUnknown* outer, REFIID iid, void** out);
+
 }  // namespace mirolta

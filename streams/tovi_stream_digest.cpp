@@ -1,7 +1,6 @@
 #include "tovi_stream_digest.h"
 
 #include "digest_result.h"
-#include "instance_creators.h"
 #include "key_conversion.h"
 #include "stream_transfer.h"
 

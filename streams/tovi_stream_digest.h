@@ -63,4 +63,7 @@ class ToviStreamDigest final : public StreamFilter<kToviStreamDigestClass, ITovi
   DigestSide write_;
 };
 
+// The class's instance creator; outer is the object that aggregates the new one, or null.
+HRESULT CreateToviStreamDigest(IUnknown* outer, REFIID iid, void** out);
+
 }  // namespace mirolta

@@ -4,7 +4,6 @@
 #include "big_code_page_text.h"
 #include "big_random.h"
 #include "big_variant.h"
-#include "instance_creators.h"
 #include "gcd.h"
 
 namespace mirolta {

@@ -54,4 +54,7 @@ class BigNumberObject final : public DispatchObject<kBigNumberClass, IPexBigNumb
   BigInt number_;
 };
 
+// The class's instance creator; outer is the object that aggregates the new one, or null.
+HRESULT CreatePexBigNumber(IUnknown* outer, REFIID iid, void** out);
+
 }  // namespace mirolta

@@ -3,7 +3,6 @@
 #include "array_bytes.h"
 #include "byte_view.h"
 #include "cipher_algorithms.h"
-#include "instance_creators.h"
 #include "key_conversion.h"
 #include "owned_value.h"
 #include "value_conversion.h"

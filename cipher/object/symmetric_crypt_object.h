@@ -48,4 +48,7 @@ class SymmetricCryptObject final
   LONG code_page_ = 0;
 };
 
+// The class's instance creator; outer is the object that aggregates the new one, or null.
+HRESULT CreateSymmetricCryptObject(IUnknown* outer, REFIID iid, void** out);
+
 }  // namespace mirolta

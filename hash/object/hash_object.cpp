@@ -3,7 +3,6 @@
 #include "byte_view.h"
 #include "digest_result.h"
 #include "hash_algorithms.h"
-#include "instance_creators.h"
 #include "key_conversion.h"
 
 namespace mirolta {

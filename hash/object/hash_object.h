@@ -43,4 +43,7 @@ class HashObject final : public DispatchObject<kHashObjectClass, IHashObject> {
   LONG code_page_ = 0;
 };
 
+// The class's instance creator; outer is the object that aggregates the new one, or null.
+HRESULT CreateHashObject(IUnknown* outer, REFIID iid, void** out);
+
 }  // namespace mirolta

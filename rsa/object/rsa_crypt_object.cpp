@@ -2,7 +2,6 @@
 
 #include "array_bytes.h"
 #include "big_variant.h"
-#include "instance_creators.h"
 
 namespace mirolta {
 

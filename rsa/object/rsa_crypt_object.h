@@ -56,4 +56,7 @@ class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
   std::atomic<BigInt*> new_q_{nullptr};
 };
 
+// The class's instance creator; outer is the object that aggregates the new one, or null.
+HRESULT CreateRSACrypt(IUnknown* outer, REFIID iid, void** out);
+
 }  // namespace mirolta

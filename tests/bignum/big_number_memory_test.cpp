@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "instance_creators.h"
+#include "big_number_object.h"
 #include "memory_watch.h"
 #include "test_module.h"
 #include "test_values.h"

@@ -5,7 +5,6 @@
 
 #include "fake_object.h"
 #include "hash_object.h"
-#include "instance_creators.h"
 #include "test_module.h"
 #include "test_values.h"
 

@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-#include "instance_creators.h"
+#include "rsa_crypt_object.h"
 #include "test_module.h"
 #include "test_values.h"
 

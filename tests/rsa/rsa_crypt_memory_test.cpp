@@ -3,8 +3,8 @@
 #include <functional>
 #include <vector>
 
-#include "instance_creators.h"
 #include "memory_watch.h"
+#include "rsa_crypt_object.h"
 #include "rsa_testing.h"
 #include "test_module.h"
 #include "test_values.h"

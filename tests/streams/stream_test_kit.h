@@ -11,9 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "instance_creators.h"
 #include "mirolta.h"
 #include "owned_value.h"
+#include "tovi_stream_crypt.h"
+#include "tovi_stream_digest.h"
 
 namespace mirolta::stream_test {
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <utility>
 
-#include "instance_creators.h"
+#include "big_number_object.h"
 #include "member_calls.h"
 
 namespace mirolta::test {
