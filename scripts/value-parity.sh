@@ -4,7 +4,7 @@
 #   value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION [RULES]
 #
 # The two files are what one program prints, built over the one and the other. A difference must be
-# described by a rule of RULES, by default tests/platform/value_parity_allowed.txt, and every rule must
+# described by a rule of RULES, by default tests/platform/value_parity/allowed.txt, and every rule must
 # describe one, but that a rule of "[N]" is for versions from N on. Prints the rules, the number of
 # operations compared and that of differences.
 set -eu
@@ -13,7 +13,7 @@ usage="usage: value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION [
 portable=${1:?$usage}
 platform=${2:?$usage}
 version=${3:?$usage}
-rules=${4:-$(cd "$(dirname "$0")/.." && pwd)/tests/platform/value_parity_allowed.txt}
+rules=${4:-$(cd "$(dirname "$0")/.." && pwd)/tests/platform/value_parity/allowed.txt}
 
 echo "What may differ ($(grep -c '^[^#]' "$rules") rules):"
 sed 's/^/  /' "$rules"
