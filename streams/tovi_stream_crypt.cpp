@@ -19,38 +19,39 @@ HRESULT CreateToviStreamCrypt(IUnknown* outer, REFIID iid, void** out) {
   return CreateObject<ToviStreamCrypt>(outer, iid, out);
 }
 
-HRESULT ToviStreamCrypt::ChooseAlgorithm(CipherSide& side, BSTR name) {
-  return side.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound);
+HRESULT ToviStreamCrypt::ChooseAlgorithm(CipherDirection& direction, BSTR name) {
+  return direction.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound);
 }
 
-HRESULT ToviStreamCrypt::ChooseKey(const CipherSide& side, const VARIANT& key) {
-  if (side.Engine() == nullptr) return Raise(kMessageNotInitialized);
-  const PlainKey plain(*side.Engine(), key, code_page());
-  if (side.Engine() == nullptr) return Raise(kMessageNotInitialized);
-  return plain.GiveTo(*side.Engine());
+HRESULT ToviStreamCrypt::ChooseKey(const CipherDirection& direction, const VARIANT& key) {
+  if (direction.Engine() == nullptr) return Raise(kMessageNotInitialized);
+  const PlainKey plain(*direction.Engine(), key, code_page());
+  if (direction.Engine() == nullptr) return Raise(kMessageNotInitialized);
+  return plain.GiveTo(*direction.Engine());
 }
 
-HRESULT ToviStreamCrypt::GetAlgorithm(const CipherSide& side, BSTR* name) {
-  return PlainFrame(name, [&] { return side.GetName(name); });
+HRESULT ToviStreamCrypt::GetAlgorithm(const CipherDirection& direction, BSTR* name) {
+  return PlainFrame(name, [&] { return direction.GetName(name); });
 }
 
-HRESULT ToviStreamCrypt::GetKey(const CipherSide& side, VARIANT* key) {
+HRESULT ToviStreamCrypt::GetKey(const CipherDirection& direction, VARIANT* key) {
   return Frame(key, [&] {
-    return side.Engine() != nullptr ? side.Engine()->GetKey(key) : Raise(kMessageNotInitialized);
+    return direction.Engine() != nullptr ? direction.Engine()->GetKey(key)
+                                         : Raise(kMessageNotInitialized);
   });
 }
 
-HRESULT ToviStreamCrypt::GetDecrypt(const CipherSide& side, VARIANT_BOOL* value) {
-  return PlainFrame(value, [&] { return Store(value, side.Decrypts()); });
+HRESULT ToviStreamCrypt::GetDecrypt(const CipherDirection& direction, VARIANT_BOOL* value) {
+  return PlainFrame(value, [&] { return Store(value, direction.Decrypts()); });
 }
 
-HRESULT ToviStreamCrypt::GetPadType(const CipherSide& side, LONG* value) {
+HRESULT ToviStreamCrypt::GetPadType(const CipherDirection& direction, LONG* value) {
   if (value == nullptr) return E_POINTER;
-  return Store(value, side.PadType());
+  return Store(value, direction.PadType());
 }
 
-HRESULT ToviStreamCrypt::PutPadType(CipherSide& side, LONG value) {
-  return side.SetPadType(value) ? S_OK : Raise(kMessageNotInitialized);
+HRESULT ToviStreamCrypt::PutPadType(CipherDirection& direction, LONG value) {
+  return direction.SetPadType(value) ? S_OK : Raise(kMessageNotInitialized);
 }
 
 template <typename Work>

@@ -1,7 +1,7 @@
 // ToviStreamCrypt: a stream that encrypts or decrypts what passes through it.
 #pragma once
 
-#include "cipher_side.h"
+#include "cipher_direction.h"
 #include "stream_filter.h"
 
 namespace mirolta {
@@ -10,7 +10,7 @@ struct CopyTotals;
 
 extern const ClassDescription kToviStreamCryptClass;
 
-// Reading and writing each have their own algorithm, key, direction and pad setting; at first
+// Reading and writing each have their own algorithm, key, operation and pad setting; at first
 // reading decrypts and writing encrypts. Blocks are transformed each by itself, a last partial
 // block only by a finalize, and nothing is authenticated. A direction without an algorithm passes
 // bytes as they are; one with an algorithm but no key moves none (E_UNEXPECTED).
@@ -50,14 +50,14 @@ class ToviStreamCrypt final : public StreamFilter<kToviStreamCryptClass, IToviSt
                                    ULARGE_INTEGER* written) override;
 
  private:
-  // The members, for either side. The first two run under the lock already.
-  HRESULT ChooseAlgorithm(CipherSide& side, BSTR name);
-  HRESULT ChooseKey(const CipherSide& side, const VARIANT& key);
-  HRESULT GetAlgorithm(const CipherSide& side, BSTR* name);
-  HRESULT GetKey(const CipherSide& side, VARIANT* key);
-  HRESULT GetDecrypt(const CipherSide& side, VARIANT_BOOL* value);
-  static HRESULT GetPadType(const CipherSide& side, LONG* value);
-  static HRESULT PutPadType(CipherSide& side, LONG value);
+  // The members, for either direction. The first two run under the lock already.
+  HRESULT ChooseAlgorithm(CipherDirection& direction, BSTR name);
+  HRESULT ChooseKey(const CipherDirection& direction, const VARIANT& key);
+  HRESULT GetAlgorithm(const CipherDirection& direction, BSTR* name);
+  HRESULT GetKey(const CipherDirection& direction, VARIANT* key);
+  HRESULT GetDecrypt(const CipherDirection& direction, VARIANT_BOOL* value);
+  static HRESULT GetPadType(const CipherDirection& direction, LONG* value);
+  static HRESULT PutPadType(CipherDirection& direction, LONG value);
 
   // ChangeReading runs work when no stream operation is on the way, with draining ended.
   template <typename Work>
@@ -65,8 +65,8 @@ class ToviStreamCrypt final : public StreamFilter<kToviStreamCryptClass, IToviSt
   HRESULT ReadThroughEngine(IStream* target, uint8_t* bytes, ULONG count, ULONG* moved);
   HRESULT CopyThroughEngine(IStream* target, IStream* to, ULONGLONG count, CopyTotals* totals);
 
-  CipherSide read_{1};
-  CipherSide write_{VARIANT_FALSE};
+  CipherDirection read_{1};
+  CipherDirection write_{VARIANT_FALSE};
   // Set by ReadFinalize: reading only hands out what the engine still holds. Never without one.
   bool read_draining_ = false;
 };

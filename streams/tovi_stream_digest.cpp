@@ -19,59 +19,61 @@ HRESULT CreateToviStreamDigest(IUnknown* outer, REFIID iid, void** out) {
 }
 
 template <typename Work>
-HRESULT ToviStreamDigest::WithEngine(const DigestSide& side, Work work) {
-  HashEngine* const engine = side.Engine();
+HRESULT ToviStreamDigest::WithEngine(const DigestDirection& direction, Work work) {
+  HashEngine* const engine = direction.Engine();
   return engine != nullptr ? work(*engine) : Raise(kMessageNotInitialized);
 }
 
-HRESULT ToviStreamDigest::GetAlgorithm(const DigestSide& side, BSTR* name) {
-  return PlainFrame(name, [&] { return side.GetName(name); });
+HRESULT ToviStreamDigest::GetAlgorithm(const DigestDirection& direction, BSTR* name) {
+  return PlainFrame(name, [&] { return direction.GetName(name); });
 }
 
-HRESULT ToviStreamDigest::PutAlgorithm(DigestSide& side, BSTR name) {
-  return Frame([&] { return side.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound); });
+HRESULT ToviStreamDigest::PutAlgorithm(DigestDirection& direction, BSTR name) {
+  return Frame(
+      [&] { return direction.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound); });
 }
 
-HRESULT ToviStreamDigest::GetKey(const DigestSide& side, VARIANT* key) {
+HRESULT ToviStreamDigest::GetKey(const DigestDirection& direction, VARIANT* key) {
   return Frame(key, [&] {
-    return WithEngine(side, [&](HashEngine& engine) { return engine.GetKey(key); });
+    return WithEngine(direction, [&](HashEngine& engine) { return engine.GetKey(key); });
   });
 }
 
-HRESULT ToviStreamDigest::PutKey(const DigestSide& side, const VARIANT& key) {
+HRESULT ToviStreamDigest::PutKey(const DigestDirection& direction, const VARIANT& key) {
   return Frame([&] {
-    return WithEngine(side, [&](HashEngine& before) {
+    return WithEngine(direction, [&](HashEngine& before) {
       const PlainKey plain(before, key, code_page());
-      return WithEngine(side, [&](HashEngine& engine) { return plain.GiveTo(engine); });
+      return WithEngine(direction, [&](HashEngine& engine) { return plain.GiveTo(engine); });
     });
   });
 }
 
-HRESULT ToviStreamDigest::GetText(const DigestSide& side, BSTR* value) {
+HRESULT ToviStreamDigest::GetText(const DigestDirection& direction, BSTR* value) {
   // The result's place is looked at only when there is a digest to put there.
-  return Frame([&] { return DigestToText(side.Engine(), value); });
+  return Frame([&] { return DigestToText(direction.Engine(), value); });
 }
 
-HRESULT ToviStreamDigest::GetBinary(const DigestSide& side, VARIANT* value) {
-  return Frame(value, [&] { return DigestToArray(side.Engine(), value); });
+HRESULT ToviStreamDigest::GetBinary(const DigestDirection& direction, VARIANT* value) {
+  return Frame(value, [&] { return DigestToArray(direction.Engine(), value); });
 }
 
-HRESULT ToviStreamDigest::GetEnable(const DigestSide& side, VARIANT_BOOL* value) {
-  return PlainFrame(value, [&] { return Store(value, side.Enabled()); });
+HRESULT ToviStreamDigest::GetEnable(const DigestDirection& direction, VARIANT_BOOL* value) {
+  return PlainFrame(value, [&] { return Store(value, direction.Enabled()); });
 }
 
-HRESULT ToviStreamDigest::Reset(const DigestSide& side) {
-  return Frame([&] { return WithEngine(side, [](HashEngine& engine) { return engine.Start(); }); });
-}
-
-HRESULT ToviStreamDigest::ResetKey(const DigestSide& side) {
+HRESULT ToviStreamDigest::Reset(const DigestDirection& direction) {
   return Frame(
-      [&] { return WithEngine(side, [](HashEngine& engine) { return engine.ResetKey(); }); });
+      [&] { return WithEngine(direction, [](HashEngine& engine) { return engine.Start(); }); });
 }
 
-HRESULT ToviStreamDigest::Finalize(const DigestSide& side) {
+HRESULT ToviStreamDigest::ResetKey(const DigestDirection& direction) {
   return Frame(
-      [&] { return WithEngine(side, [](HashEngine& engine) { return engine.Finish(); }); });
+      [&] { return WithEngine(direction, [](HashEngine& engine) { return engine.ResetKey(); }); });
+}
+
+HRESULT ToviStreamDigest::Finalize(const DigestDirection& direction) {
+  return Frame(
+      [&] { return WithEngine(direction, [](HashEngine& engine) { return engine.Finish(); }); });
 }
 
 HRESULT STDMETHODCALLTYPE ToviStreamDigest::get_ReadAlgorithm(BSTR* name) {

@@ -1,7 +1,7 @@
 // ToviStreamDigest: a stream that digests what passes through it.
 #pragma once
 
-#include "digest_side.h"
+#include "digest_direction.h"
 #include "stream_filter.h"
 
 namespace mirolta {
@@ -45,22 +45,22 @@ class ToviStreamDigest final : public StreamFilter<kToviStreamDigestClass, ITovi
                                    ULARGE_INTEGER* written) override;
 
  private:
-  // The members, for either side. WithEngine is the work of those that need an algorithm.
+  // The members, for either direction. WithEngine is the work of those that need an algorithm.
   template <typename Work>
-  static HRESULT WithEngine(const DigestSide& side, Work work);
-  HRESULT GetAlgorithm(const DigestSide& side, BSTR* name);
-  HRESULT PutAlgorithm(DigestSide& side, BSTR name);
-  HRESULT GetKey(const DigestSide& side, VARIANT* key);
-  HRESULT PutKey(const DigestSide& side, const VARIANT& key);
-  HRESULT GetText(const DigestSide& side, BSTR* value);
-  HRESULT GetBinary(const DigestSide& side, VARIANT* value);
-  HRESULT GetEnable(const DigestSide& side, VARIANT_BOOL* value);
-  HRESULT Reset(const DigestSide& side);
-  HRESULT ResetKey(const DigestSide& side);
-  HRESULT Finalize(const DigestSide& side);
+  static HRESULT WithEngine(const DigestDirection& direction, Work work);
+  HRESULT GetAlgorithm(const DigestDirection& direction, BSTR* name);
+  HRESULT PutAlgorithm(DigestDirection& direction, BSTR name);
+  HRESULT GetKey(const DigestDirection& direction, VARIANT* key);
+  HRESULT PutKey(const DigestDirection& direction, const VARIANT& key);
+  HRESULT GetText(const DigestDirection& direction, BSTR* value);
+  HRESULT GetBinary(const DigestDirection& direction, VARIANT* value);
+  HRESULT GetEnable(const DigestDirection& direction, VARIANT_BOOL* value);
+  HRESULT Reset(const DigestDirection& direction);
+  HRESULT ResetKey(const DigestDirection& direction);
+  HRESULT Finalize(const DigestDirection& direction);
 
-  DigestSide read_;
-  DigestSide write_;
+  DigestDirection read_;
+  DigestDirection write_;
 };
 
 // The class's instance creator; outer is the object that aggregates the new one, or null.

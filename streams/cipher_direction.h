@@ -3,19 +3,19 @@
 
 #include <memory>
 
-#include "cipher_operation.h"
 #include "cipher_engine.h"
+#include "cipher_operation.h"
 #include "pad_setting.h"
 #include "platform.h"
 
 namespace mirolta {
 
-// CipherSide owns the direction's engine, if an algorithm was chosen, and its operation, encryption
-// or decryption. The filter's lock covers all but the pad setting, which may be used at any time: it
-// is kept here, not in the engine, which another thread may be replacing.
-class CipherSide {
+// CipherDirection owns the engine, if an algorithm was chosen, and whether it encrypts or decrypts.
+// The filter's lock covers all but the pad setting, which may be used at any time: it is kept here,
+// not in the engine, which another thread may be replacing.
+class CipherDirection {
  public:
-  explicit CipherSide(VARIANT_BOOL decrypt) : decrypt_(decrypt) {}
+  explicit CipherDirection(VARIANT_BOOL decrypt) : decrypt_(decrypt) {}
 
   // SetAlgorithm drops the engine held and, for a known name, makes a new one, without key and with
   // pad setting 0. Without memory for the engine there is none, and that is no failure.
@@ -35,7 +35,7 @@ class CipherSide {
   LONG PadType() const { return pad_.present() ? pad_.value() : 0; }
   bool SetPadType(LONG pad_type);
 
-  // A side with an algorithm but no key moves nothing: neither plaintext that should have been
+  // A direction with an algorithm but no key moves nothing: neither plaintext that should have been
   // encrypted nor a ciphertext that nobody can have asked for.
   bool LacksKey() const { return engine_ != nullptr && !engine_->HasKey(); }
 

@@ -9,9 +9,9 @@
 
 namespace mirolta {
 
-// DigestSide owns the direction's engine, if an algorithm was chosen, and its switch. The filter's
+// DigestDirection owns the engine, if an algorithm was chosen, and the direction's switch. The filter's
 // lock covers all but Enable, which may be called at any time.
-class DigestSide {
+class DigestDirection {
  public:
   // SetAlgorithm drops the engine held and, for a known name, makes a new one and switches the
   // direction on. Without memory for the engine there is none, and that is no failure.

@@ -1,10 +1,10 @@
-#include "digest_side.h"
+#include "digest_direction.h"
 
 #include "hash_algorithms.h"
 
 namespace mirolta {
 
-bool DigestSide::SetAlgorithm(BSTR name) {
+bool DigestDirection::SetAlgorithm(BSTR name) {
   engine_.reset();
   HashEngine* engine = nullptr;
   if (CreateHashEngine(name, SysStringLen(name), &engine) < 0) return false;
@@ -13,7 +13,7 @@ bool DigestSide::SetAlgorithm(BSTR name) {
   return true;
 }
 
-HRESULT DigestSide::GetName(BSTR* name) const {
+HRESULT DigestDirection::GetName(BSTR* name) const {
   if (engine_ != nullptr) return engine_->GetNameString(name);
   *name = SysAllocString(OLESTR(""));
   return *name != nullptr ? S_OK : E_OUTOFMEMORY;

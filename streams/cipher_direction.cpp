@@ -1,10 +1,10 @@
-#include "cipher_side.h"
+#include "cipher_direction.h"
 
 #include "cipher_algorithms.h"
 
 namespace mirolta {
 
-bool CipherSide::SetAlgorithm(BSTR name) {
+bool CipherDirection::SetAlgorithm(BSTR name) {
   pad_.EngineGone();
   engine_.reset();
   const LONG algorithm = FindCipherAlgorithm(name, SysStringLen(name));
@@ -14,34 +14,34 @@ bool CipherSide::SetAlgorithm(BSTR name) {
   return true;
 }
 
-HRESULT CipherSide::GetName(BSTR* name) const {
+HRESULT CipherDirection::GetName(BSTR* name) const {
   if (engine_ != nullptr) return engine_->GetNameString(name);
   *name = SysAllocString(OLESTR(""));
   return *name != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
-bool CipherSide::SetPadType(LONG pad_type) {
+bool CipherDirection::SetPadType(LONG pad_type) {
   if (!pad_.present()) return false;
   pad_.Set(pad_type);
   return true;
 }
 
-HRESULT CipherSide::Update(const uint8_t* bytes, uint32_t count) {
+HRESULT CipherDirection::Update(const uint8_t* bytes, uint32_t count) {
   return (*engine_.*Operation().update)(bytes, count);
 }
 
-HRESULT CipherSide::Finish() {
+HRESULT CipherDirection::Finish() {
   // Bytes are left without a key only by a key whose conversion failed.
   if (LacksKey() && (In().Length() != 0 || Out().Length() != 0)) return E_UNEXPECTED;
   pad_.ApplyTo(*engine_);
   return (*engine_.*Operation().final)();
 }
 
-void CipherSide::Reset() {
+void CipherDirection::Reset() {
   if (engine_ != nullptr) engine_->ResetBuffers(CipherEngine::kDefaultGrowStep);
 }
 
-void CipherSide::ResetKey() {
+void CipherDirection::ResetKey() {
   if (engine_ != nullptr) engine_->ClearKey();
 }
 
