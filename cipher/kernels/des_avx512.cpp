@@ -18,10 +18,9 @@ namespace {
 
 using Vector = __m512i;
 
-constexpr uint32_t kRows = 64;
 constexpr uint32_t kRowBlocks = 8;
-constexpr uint32_t kMostBlocks = kRows * kRowBlocks;
-// From so many blocks on, a pass over bit slices, however few of them it fills, takes less time.
+// Break-even block counts of a pass against the kernel that takes what passes leave, for single and
+// for triple DES. A pass costs the same however few of its blocks are there.
 constexpr uint32_t kLeastBlocks = 35;
 constexpr uint32_t kLeastTripleBlocks = 36;
 
@@ -44,11 +43,7 @@ MIROLTA_DES_BOX Vector XorKey(Vector bit, const uint32_t* mask) {
 }
 
   #include "des_rounds.inc"
-
-struct Work {
-  Vector state[kRows];
-  uint32_t masks[kDesMaxRounds * kRoundMasks];
-};
+  #include "des_passes.inc"
 
 MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
   for (uint32_t i = 0; i < 2 * rounds; ++i, masks += 32) {
@@ -198,21 +193,6 @@ MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {
   }
   passes.done = done;
   return S_OK;
-}
-
-  #include "des_passes.inc"
-
-template <DesTransform kRest>
-inline void Transform(const DesSchedule& schedule, const uint32_t* words, const uint8_t* in,
-                      uint8_t* out, uint32_t block_count) {
-  const uint32_t least = schedule.rounds == 16 ? kLeastBlocks : kLeastTripleBlocks;
-  if (block_count >= least) {
-    const uint32_t done = TransformSlices(words, schedule.rounds, in, out, block_count, least);
-    in += kDesBlockSize * done;
-    out += kDesBlockSize * done;
-    block_count -= done;
-  }
-  kRest(schedule, in, out, block_count);
 }
 
 }  // namespace
