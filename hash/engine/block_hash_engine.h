@@ -6,7 +6,6 @@
 #include "hash_algorithms.h"
 #include "hash_engine.h"
 #include "hash_kernels.h"
-#include "hash_words.h"
 #include "wide_name.h"
 
 namespace mirolta {
@@ -19,13 +18,12 @@ inline void GatherBytes(uint8_t* to, const uint8_t* from, uint32_t count) noexce
 }
 
 // BlockHashEngine makes an engine of a Primitive, which says what differs:
-//   kAlgorithm   its index in kHashAlgorithms
-//   kWordCount   chaining words; the digest is all of them
-//   kInitial     their values before the first block
-//   kHighFirst   byte order of words and bit length
-//   Kernel()     the compression function of this processor
-//   Finish()     its function for the last block, or null
-//   FinishKeyed()  the same for the last blocks of an HMAC
+//   kAlgorithm     its index in kHashAlgorithms
+//   kWordCount     words of the chaining value; the digest is all of them
+//   kInitial       their values before the first block
+//   Kernel()       the compression function of this processor
+//   Finish()       its FinishDigest
+//   FinishKeyed()  its FinishKeyedDigest, or null if it has none
 template <typename Primitive>
 class BlockHashEngine : public HashEngine {
  public:
@@ -60,17 +58,10 @@ class BlockHashEngine : public HashEngine {
  private:
   static constexpr uint32_t kWordCount = Primitive::kWordCount;
   static constexpr uint32_t kDigestSize = 4 * kWordCount;
-  // Where the bit length stands in the last block.
-  static constexpr uint32_t kLengthOffset = kHashBlockSize - 8;
   static_assert(kWordCount <= HashChain::kMaximumWords && kDigestSize <= kHashBlockSize);
 
-  static void StoreWord(uint32_t word, uint8_t* bytes) noexcept {
-    Primitive::kHighFirst ? StoreHighFirst(word, bytes) : StoreLowFirst(word, bytes);
-  }
   uint32_t Waiting() const noexcept { return static_cast<uint32_t>(count_ % kHashBlockSize); }
   void Count(uint32_t length) noexcept { count_ += length; }
-
-  void FinishInMemory(uint32_t waiting, uint64_t bit_count) noexcept;
 
   CompressBlocks compress_;
   FinishDigest finish_;
@@ -121,32 +112,10 @@ HRESULT BlockHashEngine<Primitive>::Final() noexcept {
   const uint32_t waiting = Waiting();
   // One 0x80, zeros up to the length, the length. These bytes count as absorbed: more data after a
   // Final goes on behind them.
-  Count((waiting < kLengthOffset ? kHashBlockSize : 2 * kHashBlockSize) - waiting);
-  if (finish_ != nullptr && waiting < kLengthOffset) {
-    finish_(words_, block_, waiting, bit_count, digest_);
-  } else {
-    FinishInMemory(waiting, bit_count);
-  }
+  Count((waiting < kHashLengthOffset ? kHashBlockSize : 2 * kHashBlockSize) - waiting);
+  finish_(words_, block_, waiting, bit_count, digest_);
   SetOpen(false);
   return S_OK;
-}
-
-template <typename Primitive>
-void BlockHashEngine<Primitive>::FinishInMemory(uint32_t waiting, uint64_t bit_count) noexcept {
-  const uint32_t bits_low = static_cast<uint32_t>(bit_count);
-  const uint32_t bits_high = static_cast<uint32_t>(bit_count >> 32);
-  static constexpr uint8_t kPadding[kHashBlockSize] = {0x80};
-  if (waiting < kLengthOffset) {
-    std::memcpy(block_ + waiting, kPadding, kLengthOffset - waiting);
-  } else {
-    std::memcpy(block_ + waiting, kPadding, kHashBlockSize - waiting);
-    compress_(words_, block_, 1);
-    std::memset(block_, 0, kLengthOffset);
-  }
-  StoreWord(Primitive::kHighFirst ? bits_high : bits_low, block_ + kLengthOffset);
-  StoreWord(Primitive::kHighFirst ? bits_low : bits_high, block_ + kLengthOffset + 4);
-  compress_(words_, block_, 1);
-  for (uint32_t i = 0; i < kWordCount; ++i) StoreWord(words_[i], digest_ + 4 * i);
 }
 
 template <typename Primitive>
@@ -164,7 +133,8 @@ void BlockHashEngine<Primitive>::LoadChain(const HashChain& chain) noexcept {
 template <typename Primitive>
 HRESULT BlockHashEngine<Primitive>::FinalKeyed(const HashChain& outer) noexcept {
   const uint32_t waiting = Waiting();
-  if (finish_keyed_ == nullptr || waiting >= kLengthOffset) return HashEngine::FinalKeyed(outer);
+  if (finish_keyed_ == nullptr || waiting >= kHashLengthOffset)
+    return HashEngine::FinalKeyed(outer);
   finish_keyed_(words_, outer.words, block_, waiting, count_ << 3, digest_);
   // The outer pad's block, and that of the inner digest.
   count_ = 2 * kHashBlockSize;

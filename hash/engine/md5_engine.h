@@ -9,9 +9,8 @@ struct Md5Primitive {
   static constexpr int kAlgorithm = kHashMd5;
   static constexpr uint32_t kWordCount = 4;
   static constexpr uint32_t kInitial[kWordCount] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
-  static constexpr bool kHighFirst = false;
   static CompressBlocks Kernel() noexcept { return CurrentKernel<kMd5Kernels>(); }
-  static FinishDigest Finish() noexcept { return nullptr; }
+  static FinishDigest Finish() noexcept { return CurrentKernel<kMd5FinishKernels>(); }
   static FinishKeyedDigest FinishKeyed() noexcept { return nullptr; }
 };
 

@@ -10,9 +10,8 @@ struct Sha1Primitive {
   static constexpr uint32_t kWordCount = 5;
   static constexpr uint32_t kInitial[kWordCount] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476,
                                                     0xC3D2E1F0};
-  static constexpr bool kHighFirst = true;
   static CompressBlocks Kernel() noexcept { return CurrentKernel<kSha1Kernels>(); }
-  static FinishDigest Finish() noexcept { return CurrentKernel<kSha1Finishes>(); }
+  static FinishDigest Finish() noexcept { return CurrentKernel<kSha1FinishKernels>(); }
   static FinishKeyedDigest FinishKeyed() noexcept { return nullptr; }
 };
 

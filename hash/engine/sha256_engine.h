@@ -10,10 +10,11 @@ struct Sha256Primitive {
   static constexpr uint32_t kWordCount = 8;
   static constexpr uint32_t kInitial[kWordCount] = {0x6A09E667, 0xBB67AE85, 0x3C6EF372, 0xA54FF53A,
                                                     0x510E527F, 0x9B05688C, 0x1F83D9AB, 0x5BE0CD19};
-  static constexpr bool kHighFirst = true;
   static CompressBlocks Kernel() noexcept { return CurrentKernel<kSha256Kernels>(); }
-  static FinishDigest Finish() noexcept { return CurrentKernel<kSha256Finishes>(); }
-  static FinishKeyedDigest FinishKeyed() noexcept { return CurrentKernel<kSha256KeyedFinishes>(); }
+  static FinishDigest Finish() noexcept { return CurrentKernel<kSha256FinishKernels>(); }
+  static FinishKeyedDigest FinishKeyed() noexcept {
+    return CurrentKernel<kSha256FinishKeyedKernels>();
+  }
 };
 
 class Sha256Engine final : public BlockHashEngine<Sha256Primitive> {};

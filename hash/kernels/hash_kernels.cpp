@@ -1,5 +1,7 @@
 #include "hash_kernels.h"
 
+#include "finish_in_memory.h"
+
 namespace mirolta {
 
 namespace {
@@ -24,23 +26,27 @@ constexpr Kernel<CompressBlocks> kSha256Rows[] = {
     {"sha256-portable", 0, Sha256Portable},
 };
 
+constexpr Kernel<FinishDigest> kMd5FinishRows[] = {
+    {"md5-finish-portable", 0, FinishInMemory<Md5Portable, 4, false>},
+};
+
 constexpr Kernel<FinishDigest> kSha1FinishRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
-    {"sha1-shani", kNeedsShaNi, Sha1ShaNiFinish},
+    {"sha1-finish-shani", kNeedsShaNi, Sha1ShaNiFinish},
 #endif
-    {"none", 0, nullptr},
+    {"sha1-finish-portable", 0, FinishInMemory<Sha1Portable, 5, true>},
 };
 
 constexpr Kernel<FinishDigest> kSha256FinishRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
-    {"sha256-shani", kNeedsShaNi, Sha256ShaNiFinish},
+    {"sha256-finish-shani", kNeedsShaNi, Sha256ShaNiFinish},
 #endif
-    {"none", 0, nullptr},
+    {"sha256-finish-portable", 0, FinishInMemory<Sha256Portable, 8, true>},
 };
 
-constexpr Kernel<FinishKeyedDigest> kSha256KeyedFinishRows[] = {
+constexpr Kernel<FinishKeyedDigest> kSha256FinishKeyedRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
-    {"sha256-shani", kNeedsShaNi, Sha256ShaNiFinishKeyed},
+    {"sha256-finish-keyed-shani", kNeedsShaNi, Sha256ShaNiFinishKeyed},
 #endif
     {"none", 0, nullptr},
 };
@@ -50,8 +56,9 @@ constexpr Kernel<FinishKeyedDigest> kSha256KeyedFinishRows[] = {
 constinit const KernelList<CompressBlocks> kMd5Kernels = kMd5Rows;
 constinit const KernelList<CompressBlocks> kSha1Kernels = kSha1Rows;
 constinit const KernelList<CompressBlocks> kSha256Kernels = kSha256Rows;
-constinit const KernelList<FinishDigest> kSha1Finishes = kSha1FinishRows;
-constinit const KernelList<FinishDigest> kSha256Finishes = kSha256FinishRows;
-constinit const KernelList<FinishKeyedDigest> kSha256KeyedFinishes = kSha256KeyedFinishRows;
+constinit const KernelList<FinishDigest> kMd5FinishKernels = kMd5FinishRows;
+constinit const KernelList<FinishDigest> kSha1FinishKernels = kSha1FinishRows;
+constinit const KernelList<FinishDigest> kSha256FinishKernels = kSha256FinishRows;
+constinit const KernelList<FinishKeyedDigest> kSha256FinishKeyedKernels = kSha256FinishKeyedRows;
 
 }  // namespace mirolta

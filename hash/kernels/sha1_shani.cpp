@@ -6,6 +6,7 @@
 
   #include <utility>
 
+  #include "finish_in_memory.h"
   #include "hash_words.h"
   #include "sha_padding_x86.h"
 
@@ -80,8 +81,12 @@ MIROLTA_SHA_TARGET void Sha1ShaNi(uint32_t* state, const uint8_t* blocks, size_t
   StoreState(s, state);
 }
 
-MIROLTA_SHA_TARGET void Sha1ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting,
+MIROLTA_SHA_TARGET void Sha1ShaNiFinish(uint32_t* state, uint8_t* block, uint32_t waiting,
                                         uint64_t bit_count, uint8_t* digest) {
+  if (waiting >= kHashLengthOffset) {
+    FinishInMemory<Sha1ShaNi, 5, true>(state, block, waiting, bit_count, digest);
+    return;
+  }
   const __m128i swap_bytes = SwapBytesMask();
   State s = LoadState(state);
   __m128i w[4];

@@ -6,6 +6,7 @@
 
   #include <utility>
 
+  #include "finish_in_memory.h"
   #include "hash_words.h"
   #include "sha256_constants.h"
   #include "sha_padding_x86.h"
@@ -118,16 +119,20 @@ MIROLTA_SHA_TARGET void Sha256ShaNi(uint32_t* state, const uint8_t* blocks, size
   StoreState(dcba, hgfe, state);
 }
 
-MIROLTA_SHA_TARGET void Sha256ShaNiFinish(uint32_t* state, const uint8_t* block, uint32_t waiting,
+MIROLTA_SHA_TARGET void Sha256ShaNiFinish(uint32_t* state, uint8_t* block, uint32_t waiting,
                                           uint64_t bit_count, uint8_t* digest) {
+  if (waiting >= kHashLengthOffset) {
+    FinishInMemory<Sha256ShaNi, 8, true>(state, block, waiting, bit_count, digest);
+    return;
+  }
   State s = LoadState(state);
   AbsorbLast(s, block, waiting, bit_count);
   StoreResults(s, state, digest);
 }
 
 MIROLTA_SHA_TARGET void Sha256ShaNiFinishKeyed(uint32_t* state, const uint32_t* outer,
-                                               const uint8_t* block, uint32_t waiting,
-                                               uint64_t bit_count, uint8_t* digest) {
+                                               uint8_t* block, uint32_t waiting, uint64_t bit_count,
+                                               uint8_t* digest) {
   State s = LoadState(state);
   AbsorbLast(s, block, waiting, bit_count);
   // The digest of 32 bytes behind the outer pad's 64, and their padding.

@@ -117,51 +117,60 @@ TEST(HashKernels, EveryKernelIsThePortableOneOnRandomBlocks) {
   }
 }
 
-// The last block padded in registers is the one padded in memory, whatever stands behind the bytes
-// that count and whatever the lengths' upper bits are.
+// Finishing is padding in memory and compressing, whatever stands behind the bytes that count and
+// whatever the lengths' upper bits are.
 TEST(HashKernels, FinishingIsPaddingAndThePortableKernel) {
   const struct {
-    const char* name;
-    FinishDigest finish;
+    KernelList<FinishDigest> list;
     CompressBlocks portable;
     size_t word_count;
-  } rows[] = {{"sha1", CurrentKernel<kSha1Finishes>(), Sha1Portable, 5},
-              {"sha256", CurrentKernel<kSha256Finishes>(), Sha256Portable, 8}};
+    bool high_first;
+  } rows[] = {{kMd5FinishKernels, Md5Portable, 4, false},
+              {kSha1FinishKernels, Sha1Portable, 5, true},
+              {kSha256FinishKernels, Sha256Portable, 8, true}};
   std::mt19937_64 random(11);
   for (const auto& row : rows) {
-    if (row.finish == nullptr) {
-      std::cout << "skipped, not on this processor: finishing of " << row.name << "\n";
-      continue;
-    }
-    for (uint32_t waiting = 0; waiting < 56; ++waiting) {
-      uint8_t block[kHashBlockSize];
-      for (uint8_t& byte : block) byte = static_cast<uint8_t>(random());
-      uint32_t state[9], expected[9];
-      for (int i = 0; i < 9; ++i) state[i] = expected[i] = static_cast<uint32_t>(random());
-      const uint64_t bit_count = random();
-      uint8_t padded[kHashBlockSize] = {};
-      std::memcpy(padded, block, waiting);
-      padded[waiting] = 0x80;
-      for (int i = 0; i < 8; ++i) padded[63 - i] = static_cast<uint8_t>(bit_count >> (8 * i));
-      row.portable(expected, padded, 1);
-
-      // A byte more than the digest has, to see that it is left alone.
-      uint8_t digest[33];
-      std::memset(digest, 0xA5, sizeof digest);
-      row.finish(state, block, waiting, bit_count, digest);
-      ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0) << row.name << ", " << waiting;
-      for (size_t i = 0; i < 4 * row.word_count; ++i) {
-        ASSERT_EQ(digest[i], static_cast<uint8_t>(expected[i / 4] >> (24 - 8 * (i % 4))))
-            << row.name << ", " << waiting << " bytes, byte " << i;
+    EXPECT_EQ(row.list[row.list.size() - 1].needs, 0u);
+    for (const Kernel<FinishDigest>& kernel : row.list) {
+      if ((kernel.needs & ~ProcessorFeatures()) != 0) {
+        std::cout << "skipped, not on this processor: " << kernel.name << "\n";
+        continue;
       }
-      ASSERT_EQ(digest[4 * row.word_count], 0xA5);
+      for (uint32_t waiting = 0; waiting < kHashBlockSize; ++waiting) {
+        uint8_t block[kHashBlockSize];
+        for (uint8_t& byte : block) byte = static_cast<uint8_t>(random());
+        uint32_t state[9], expected[9];
+        for (int i = 0; i < 9; ++i) state[i] = expected[i] = static_cast<uint32_t>(random());
+        const uint64_t bit_count = random();
+        uint8_t padded[2 * kHashBlockSize] = {};
+        std::memcpy(padded, block, waiting);
+        padded[waiting] = 0x80;
+        const size_t blocks = waiting < 56 ? 1 : 2;
+        for (size_t i = 0; i < 8; ++i) {
+          const size_t at = row.high_first ? 7 - i : i;
+          padded[64 * blocks - 8 + at] = static_cast<uint8_t>(bit_count >> (8 * i));
+        }
+        row.portable(expected, padded, blocks);
+
+        // A byte more than the digest has, to see that it is left alone.
+        uint8_t digest[33];
+        std::memset(digest, 0xA5, sizeof digest);
+        kernel.function(state, block, waiting, bit_count, digest);
+        ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0) << kernel.name << ", " << waiting;
+        for (size_t i = 0; i < 4 * row.word_count; ++i) {
+          const size_t shift = row.high_first ? 24 - 8 * (i % 4) : 8 * (i % 4);
+          ASSERT_EQ(digest[i], static_cast<uint8_t>(expected[i / 4] >> shift))
+              << kernel.name << ", " << waiting << " bytes, byte " << i;
+        }
+        ASSERT_EQ(digest[4 * row.word_count], 0xA5);
+      }
     }
   }
 }
 
 // Ending both computations of an HMAC at once is ending one after the other.
 TEST(HashKernels, FinishingKeyedIsFinishingTwice) {
-  const FinishKeyedDigest finish_keyed = CurrentKernel<kSha256KeyedFinishes>();
+  const FinishKeyedDigest finish_keyed = CurrentKernel<kSha256FinishKeyedKernels>();
   if (finish_keyed == nullptr) GTEST_SKIP() << "not on this processor: keyed finishing of sha256";
   std::mt19937_64 random(13);
   for (uint32_t waiting = 0; waiting < 56; ++waiting) {
