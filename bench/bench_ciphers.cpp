@@ -55,7 +55,7 @@ void AddPeers(const CipherCase& cipher, const ByteOperands& in, std::vector<Cont
 
 std::shared_ptr<CipherEngine> KeyedEngine(const CipherCase& cipher) {
   const std::vector<uint8_t> key = CipherKey(cipher);
-  std::shared_ptr<CipherEngine> engine = CreateCipherEngine(cipher.our_name);
+  std::shared_ptr<CipherEngine> engine = CreateCipherEngine(FindCipherAlgorithm(cipher.our_name));
   OwnedVariant value;
   BytesToVariant(key.data(), static_cast<uint32_t>(key.size()), value.Put());
   if (FAILED(engine->SetKey(value.Value(), 0))) return nullptr;

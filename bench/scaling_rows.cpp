@@ -34,7 +34,7 @@ std::vector<Contestant> MakeSplitDigest() {
 std::vector<Contestant> MakeSplitCipher(const OLECHAR* name, uint32_t key_size) {
   const ByteOperands in(kMebibyte);
   const std::vector<uint8_t> key = RandomBytes(key_size, 3);
-  const std::shared_ptr<CipherEngine> engine = CreateCipherEngine(name);
+  const std::shared_ptr<CipherEngine> engine = CreateCipherEngine(FindCipherAlgorithm(name));
   OwnedVariant value;
   (void)BytesToVariant(key.data(), key_size, value.Put());
   (void)engine->SetKey(value.Value(), 0);

@@ -40,8 +40,4 @@ std::unique_ptr<CipherEngine> CreateCipherEngine(LONG algorithm) noexcept {
   return nullptr;
 }
 
-std::unique_ptr<CipherEngine> CreateCipherEngine(const OLECHAR* name) noexcept {
-  return CreateCipherEngine(FindCipherAlgorithm(name));
-}
-
 }  // namespace mirolta

@@ -24,9 +24,8 @@ inline LONG FindCipherAlgorithm(const OLECHAR* name) noexcept {
   return FindCipherAlgorithm(name, NameLength(name));
 }
 
-// CreateCipherEngine makes an engine without a key, with pad setting 0 and empty queues; null for
-// an unknown number or name, or when memory is short.
+// CreateCipherEngine makes an engine without a key, with pad setting 0 and empty queues; null for an
+// unknown number, or if memory runs out.
 std::unique_ptr<CipherEngine> CreateCipherEngine(LONG algorithm) noexcept;
-std::unique_ptr<CipherEngine> CreateCipherEngine(const OLECHAR* name) noexcept;
 
 }  // namespace mirolta

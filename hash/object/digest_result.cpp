@@ -1,7 +1,7 @@
 #include "digest_result.h"
 
 #include "array_bytes.h"
-#include "text_bytes.h"
+#include "hash_algorithms.h"
 
 namespace mirolta {
 
@@ -14,7 +14,7 @@ HRESULT DigestToText(HashEngine* engine, BSTR* out) {
   const LONG length = 2 * engine->DigestSize();
   BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(length));
   if (text == nullptr) return E_OUTOFMEMORY;
-  BytesToHex(digest, length, text);
+  DigestToHex(digest, length, text);
   *out = text;
   return S_OK;
 }

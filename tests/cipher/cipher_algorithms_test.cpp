@@ -23,7 +23,6 @@ TEST(CipherAlgorithms, AreFoundByTheirExactNamesOnly) {
        {OLESTR("aes"), OLESTR("Aes"), OLESTR("des"), OLESTR(""), OLESTR("AE"), OLESTR("AES "),
         OLESTR(" AES"), OLESTR("AES-128"), OLESTR("3DES"), OLESTR("DESX"), OLESTR("MD5")}) {
     EXPECT_EQ(FindCipherAlgorithm(other), -1);
-    EXPECT_EQ(CreateCipherEngine(other), nullptr);
   }
   EXPECT_EQ(FindCipherAlgorithm(nullptr), -1);
 }
@@ -36,7 +35,7 @@ TEST(CipherAlgorithms, MakeNewEnginesByNumberAndName) {
   } kRows[] = {{kCipherAes, OLESTR("AES"), 16}, {kCipherDes, OLESTR("DES"), 8}};
   for (const auto& row : kRows) {
     for (const std::unique_ptr<CipherEngine>& engine :
-         {CreateCipherEngine(row.algorithm), CreateCipherEngine(row.name)}) {
+         {CreateCipherEngine(row.algorithm), CreateCipherEngine(FindCipherAlgorithm(row.name))}) {
       ASSERT_NE(engine, nullptr);
       EXPECT_EQ(engine->BlockSize(), row.block_size);
       EXPECT_FALSE(engine->HasKey());
