@@ -1,4 +1,4 @@
-// The machinery that the digests share: counting bytes, gathering blocks, padding.
+// The engine of a digest, made of its compression function: byte count and block buffer.
 #pragma once
 
 #include <cstring>
@@ -10,8 +10,8 @@
 
 namespace mirolta {
 
-// GatherBytes copies fewer than 64 bytes, the most in pieces of sixteen: those are what kernels
-// load, and a load waits long for bytes that were stored in smaller pieces.
+// GatherBytes copies fewer than 64 bytes, in pieces of 16 as far as possible: kernels load 16 bytes
+// at once, and so this avoids store-forwarding stalls.
 inline void GatherBytes(uint8_t* to, const uint8_t* from, uint32_t count) noexcept {
   for (; count >= 16; count -= 16, to += 16, from += 16) std::memcpy(to, from, 16);
   if (count != 0) std::memcpy(to, from, count);
@@ -66,7 +66,7 @@ class BlockHashEngine : public HashEngine {
   CompressBlocks compress_;
   FinishDigest finish_;
   FinishKeyedDigest finish_keyed_;
-  // Bytes absorbed; the last count_ % 64 of them wait in block_.
+  // Bytes absorbed; the last count_ % 64 of them are in block_.
   uint64_t count_;
   uint32_t words_[kWordCount];
   uint8_t block_[kHashBlockSize] = {};
@@ -107,11 +107,10 @@ HRESULT BlockHashEngine<Primitive>::Update(const uint8_t* data, uint32_t length)
 
 template <typename Primitive>
 HRESULT BlockHashEngine<Primitive>::Final() noexcept {
-  // The top three bits of the byte count are lost.
+  // The bit count is modulo 2^64: the top three bits of the byte count are lost.
   const uint64_t bit_count = count_ << 3;
   const uint32_t waiting = Waiting();
-  // One 0x80, zeros up to the length, the length. These bytes count as absorbed: more data after a
-  // Final goes on behind them.
+  // 0x80, zeros and the length fill the last block, or two if the length does not fit behind 0x80.
   Count((waiting < kHashLengthOffset ? kHashBlockSize : 2 * kHashBlockSize) - waiting);
   finish_(words_, block_, waiting, bit_count, digest_);
   SetOpen(false);
@@ -136,7 +135,7 @@ HRESULT BlockHashEngine<Primitive>::FinalKeyed(const HashChain& outer) noexcept 
   if (finish_keyed_ == nullptr || waiting >= kHashLengthOffset)
     return HashEngine::FinalKeyed(outer);
   finish_keyed_(words_, outer.words, block_, waiting, count_ << 3, digest_);
-  // The outer pad's block, and that of the inner digest.
+  // The block of the outer pad, and that of the inner digest and its padding.
   count_ = 2 * kHashBlockSize;
   SetOpen(false);
   return S_OK;

@@ -25,7 +25,7 @@ void HashEngine::DropKey() noexcept {
   pads_ready_ = false;
 }
 
-// The key, or the digest of one longer than a block, followed by zeros up to a block.
+// padded_key[BlockSize()] := the key, or the digest of a key longer than a block, then zeros.
 HRESULT HashEngine::FillPaddedKey(uint8_t* padded_key) noexcept {
   const uint32_t block_size = static_cast<uint32_t>(BlockSize());
   std::memset(padded_key, 0, block_size);
@@ -68,7 +68,7 @@ HRESULT HashEngine::PreparePads() noexcept {
 
 HRESULT HashEngine::BeginKeyed() noexcept {
   if (!key_.IsPresent()) return E_UNEXPECTED;
-  // The pads depend on the key alone, so one key's computations share them.
+  // The pads depend on the key only: they are computed once a key.
   if (!pads_ready_) {
     const HRESULT status = PreparePads();
     if (FAILED(status)) return status;
@@ -86,7 +86,7 @@ HRESULT HashEngine::FinishKeyed() noexcept {
 HRESULT HashEngine::FinalKeyed(const HashChain& outer) noexcept {
   HRESULT status = Final();
   if (FAILED(status)) return status;
-  // The digest bytes hold the inner digest until the outer one takes their place.
+  // Update reads the inner digest from the digest bytes, which the outer Final overwrites.
   LoadChain(outer);
   status = Update(RawDigest(), static_cast<uint32_t>(DigestSize()));
   return SUCCEEDED(status) ? Final() : status;

@@ -1,4 +1,4 @@
-// MD5 (RFC 1321).
+// The MD5 engine (RFC 1321, 3.3: initial values).
 #pragma once
 
 #include "block_hash_engine.h"

@@ -1,4 +1,4 @@
-// SHA-1 (FIPS 180-2).
+// The SHA-1 engine (FIPS 180-2, 5.3.1: initial values).
 #pragma once
 
 #include "block_hash_engine.h"

@@ -1,4 +1,4 @@
-// SHA-256 (FIPS 180-2).
+// The SHA-256 engine (FIPS 180-2, 5.3.2: initial values).
 #pragma once
 
 #include "block_hash_engine.h"

@@ -1,4 +1,4 @@
-// The end of a digest with the last block padded in memory, around any compression function.
+// The end of a digest, padded in memory, for any compression function.
 #pragma once
 
 #include <cstring>

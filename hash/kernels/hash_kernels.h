@@ -12,7 +12,8 @@ constexpr uint32_t kHashBlockSize = 64;
 constexpr uint32_t kHashLengthOffset = kHashBlockSize - 8;
 
 // CompressBlocks absorbs block_count blocks, read without copying, into the chaining value.
-// Shapes: state[4] for MD5, [5] for SHA-1, [8] for SHA-256; blocks[64 * block_count], any alignment.
+// Shapes: state[4] for MD5, [5] for SHA-1, [8] for SHA-256; blocks[64 * block_count] at any
+//         alignment.
 // Alias:  blocks and state do not overlap.
 // Time:   depends on block_count only.
 // Source: RFC 1321, 3.4; FIPS 180-2, 6.1.2 and 6.2.2.
@@ -28,7 +29,7 @@ using CompressBlocks = void (*)(uint32_t* state, const uint8_t* blocks, size_t b
 using FinishDigest = void (*)(uint32_t* state, uint8_t* block, uint32_t waiting, uint64_t bit_count,
                               uint8_t* digest);
 
-// FinishKeyedDigest ends both computations of an HMAC: it is FinishDigest for the inner message, and
+// FinishKeyedDigest ends both computations of an HMAC: it is FinishDigest for the inner message and
 // then for the outer one, which is the outer pad and the inner digest.
 // Shapes: as FinishDigest, but waiting < 56; outer[words of state], the chaining value behind the
 //         outer pad. state afterwards is that of the outer computation.

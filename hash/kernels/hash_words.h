@@ -1,4 +1,5 @@
-// 32-bit words of digests: rotation, and their bytes in either order at any alignment.
+// 32-bit words of digests: rotation, and conversion from and to bytes in either byte order at any
+// alignment.
 #pragma once
 
 #include <bit>
@@ -8,10 +9,10 @@
 
 namespace mirolta {
 
-// Kernels are unrolled by templates, one function a step; every step belongs in the one body.
+// Kernels are unrolled by templates, a function a step; every step is inlined into one body.
 #define MIROLTA_STEP __attribute__((always_inline)) inline
 
-// 0 < count < 32.
+// Shapes: 0 < count < 32.
 constexpr uint32_t RotateLeft(uint32_t word, unsigned count) noexcept {
   return word << count | word >> (32 - count);
 }
@@ -27,10 +28,10 @@ MIROLTA_STEP uint32_t LoadHighFirst(const uint8_t* bytes) noexcept {
   return uint32_t{bytes[3]} | uint32_t{bytes[2]} << 8 | uint32_t{bytes[1]} << 16 |
          uint32_t{bytes[0]} << 24;
 }
-// Stored whole: byte stores of neighbouring words tempt compilers into slow shuffles.
 constexpr uint32_t SwapBytes(uint32_t word) noexcept {
   return __builtin_bswap32(word);
 }
+// Words are stored whole: compilers turn byte stores of neighbouring words into slow shuffles.
 MIROLTA_STEP void StoreLowFirst(uint32_t word, uint8_t* bytes) noexcept {
   if constexpr (std::endian::native != std::endian::little) word = SwapBytes(word);
   std::memcpy(bytes, &word, sizeof word);

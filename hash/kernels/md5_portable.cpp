@@ -1,3 +1,4 @@
+// MD5 on 32-bit words (RFC 1321, 3.4).
 #include <utility>
 
 #include "hash_kernels.h"
@@ -33,12 +34,13 @@ template <int kRound>
 MIROLTA_STEP uint32_t Mix(uint32_t b, uint32_t c, uint32_t d) {
   if constexpr (kRound == 0) return ((c ^ d) & b) ^ d;
   if constexpr (kRound == 3) return (~d | b) ^ c;
-  // The two halves share no bit, so they may be added, and only one of them waits for b.
+  // The operands share no bit, so the sum is their or; only one of them depends on b, the newest
+  // word.
   return (~d & c) + (d & b);
 }
 
-// s holds a, b, c, d, turned by one place each step. In the third round, which mixes b ^ c ^ d,
-// c_xor_d is handed from step to step: this step's b ^ c is the next one's c ^ d.
+// s holds a, b, c, d; their roles rotate with every step. In the third round, which mixes b ^ c ^
+// d, c_xor_d carries over: this step's b ^ c is the next one's c ^ d.
 template <int kStep>
 MIROLTA_STEP void Step(uint32_t (&s)[4], uint32_t& c_xor_d, const uint8_t* block) {
   uint32_t& a = s[(64 - kStep) % 4];

@@ -1,3 +1,4 @@
+// SHA-1 on 32-bit words (FIPS 180-2, 6.1.2).
 #include <utility>
 
 #include "hash_kernels.h"
@@ -12,12 +13,12 @@ constexpr uint32_t kConstants[4] = {0x5A827999, 0x6ED9EBA1, 0x8F1BBCDC, 0xCA62C1
 template <int kStage>
 MIROLTA_STEP uint32_t Mix(uint32_t b, uint32_t c, uint32_t d) {
   if constexpr (kStage == 0) return ((c ^ d) & b) ^ d;
-  // The majority as two halves that share no bit.
+  // The majority, as a sum of operands that share no bit.
   if constexpr (kStage == 2) return (c & d) + (b & (c ^ d));
   return b ^ c ^ d;
 }
 
-// The schedule word of a round; w holds the last sixteen.
+// The message schedule's word of a round; w holds the last sixteen.
 template <int kRound>
 MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
   uint32_t& word = w[kRound % 16];
@@ -30,7 +31,7 @@ MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
   return word;
 }
 
-// s holds a, b, c, d, e, turned by one place each round.
+// s holds a, b, c, d, e; their roles rotate with every round.
 template <int kRound>
 MIROLTA_STEP void Round(uint32_t (&s)[5], uint32_t (&w)[16], const uint8_t* block) {
   const uint32_t a = s[(80 - kRound) % 5];

@@ -1,3 +1,4 @@
+// SHA-1 with the SHA extensions (FIPS 180-2, 6.1.2).
 #include "hash_kernels.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
@@ -16,8 +17,8 @@ namespace mirolta {
 
 namespace {
 
-// Four rounds: the words w[kQuad % 4]. On entry e holds the value that becomes e after a rotation:
-// the a of four rounds before, or in the first quad e itself.
+// Four rounds, with the words w[kQuad % 4]. On entry e holds the value that becomes e when rotated,
+// the a of four rounds before; in the first quad it is e itself.
 template <int kQuad>
 MIROLTA_SHA_TARGET MIROLTA_STEP void Quad(__m128i& abcd, __m128i& e, __m128i (&w)[4]) {
   __m128i& word = w[kQuad % 4];
@@ -37,7 +38,7 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void Quads(__m128i& abcd, __m128i& e, __m128i (&
   (Quad<kQuads>(abcd, e, w), ...);
 }
 
-// a to d highest first, as the instructions want them; e is the highest of its register.
+// As the instructions take it: a is the highest word of abcd, and e is the highest word of its own.
 struct State {
   __m128i abcd;
   __m128i e;

@@ -1,3 +1,4 @@
+// SHA-256 on 32-bit words (FIPS 180-2, 6.2.2).
 #include <utility>
 
 #include "hash_kernels.h"
@@ -8,7 +9,7 @@ namespace mirolta {
 
 namespace {
 
-// The three rotations nested: as many operations, fewer copies.
+// FIPS 180-2, 4.1.2. Nested rotations take as many operations as separate ones and fewer copies.
 MIROLTA_STEP uint32_t BigSigma0(uint32_t x) {  // by 2, 13 and 22
   return RotateRight(RotateRight(RotateRight(x, 9) ^ x, 11) ^ x, 2);
 }
@@ -22,7 +23,7 @@ MIROLTA_STEP uint32_t SmallSigma1(uint32_t x) {  // by 17 and 19
   return RotateRight(RotateRight(x, 2) ^ x, 17) ^ x >> 10;
 }
 
-// The schedule word of a round; w holds the last sixteen.
+// The message schedule's word of a round; w holds the last sixteen.
 template <int kRound>
 MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
   uint32_t& word = w[kRound % 16];
@@ -35,8 +36,8 @@ MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
   return word;
 }
 
-// s holds a to h, turned by one place each round; b_xor_c is handed from round to round, because
-// this round's a ^ b is the next one's b ^ c.
+// s holds a to h; their roles rotate with every round. b_xor_c carries over: this round's a ^ b is
+// the next one's b ^ c.
 template <int kRound>
 MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16],
                         const uint8_t* block) {

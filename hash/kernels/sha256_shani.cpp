@@ -1,3 +1,4 @@
+// SHA-256 with the SHA extensions (FIPS 180-2, 6.2.2).
 #include "hash_kernels.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
@@ -17,12 +18,12 @@ namespace mirolta {
 
 namespace {
 
-// Four rounds: the words w[kQuad % 4], and on the way the words four quads later.
+// Four rounds, with the words w[kQuad % 4], which the message schedule first moves on by 16 rounds.
 template <int kQuad>
 MIROLTA_SHA_TARGET MIROLTA_STEP void Quad(__m128i& abef, __m128i& cdgh, __m128i (&w)[4]) {
   __m128i& word = w[kQuad % 4];
   if constexpr (kQuad >= 4) {
-    // word: 16 rounds back; then 12, 8 and 4 back.
+    // word is 16 rounds back; the others are 12, 8 and 4 rounds back.
     const __m128i& back3 = w[(kQuad + 1) % 4];
     const __m128i& back2 = w[(kQuad + 2) % 4];
     const __m128i& back1 = w[(kQuad + 3) % 4];
@@ -42,7 +43,7 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void Quads(__m128i& abef, __m128i& cdgh, __m128i
   (Quad<kQuads>(abef, cdgh, w), ...);
 }
 
-// The instructions keep a, b, e, f in one register and c, d, g, h in the other, a and c highest.
+// As the instructions take it: a and c are the highest words.
 struct State {
   __m128i abef;
   __m128i cdgh;
@@ -59,7 +60,7 @@ MIROLTA_SHA_TARGET MIROLTA_STEP State LoadState(const uint32_t* state) {
   return {_mm_alignr_epi8(cdab, efgh, 8), _mm_blend_epi16(efgh, cdab, 0xF0)};
 }
 
-// The words in their own order.
+// The words in order, a and e lowest.
 MIROLTA_SHA_TARGET MIROLTA_STEP void Unpack(const State& s, __m128i* dcba, __m128i* hgfe) {
   const __m128i feba = _mm_shuffle_epi32(s.abef, 0x1B);
   const __m128i dchg = _mm_shuffle_epi32(s.cdgh, 0xB1);
@@ -79,7 +80,7 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void AbsorbLast(State& s, const uint8_t* block, 
   const __m128i swap_bytes = SwapBytesMask();
   __m128i w[4];
   for (int i = 0; i < 4; ++i) w[i] = PaddedQuarter(block, waiting, i, swap_bytes);
-  // The high word of the length stands before the low one.
+  // The length is big-endian: its high word comes first.
   w[3] = _mm_insert_epi64(w[3], static_cast<int64_t>(bit_count << 32 | bit_count >> 32), 1);
   Absorb(s, w);
 }
@@ -135,7 +136,8 @@ MIROLTA_SHA_TARGET void Sha256ShaNiFinishKeyed(uint32_t* state, const uint32_t* 
                                                uint8_t* digest) {
   State s = LoadState(state);
   AbsorbLast(s, block, waiting, bit_count);
-  // The digest of 32 bytes behind the outer pad's 64, and their padding.
+  // The outer message is the outer pad, 64 bytes, and the inner digest, 32 bytes. The digest stays
+  // in registers.
   constexpr int kOuterBits = 8 * (64 + 32);
   __m128i w[4];
   Unpack(s, &w[0], &w[1]);

@@ -1,4 +1,5 @@
-// The last block of a SHA message, padded in registers.
+// The last block of a SHA message, padded in registers: gathering it in memory from pieces would
+// stall wide loads until the pieces are stored.
 #pragma once
 
 #include <immintrin.h>
@@ -7,7 +8,7 @@
 
 namespace mirolta {
 
-// Read from 64 - waiting on: which bytes of a block count, and what follows them.
+// Read from offset 64 - waiting: the mask of the message's bytes in a block, and the padding.
 struct ShaPadding {
   uint8_t keep[128];
   uint8_t pad[128];
@@ -19,7 +20,8 @@ inline constexpr ShaPadding kShaPadding = [] {
   return padding;
 }();
 
-// A quarter of the block, its bytes in the order of swap; the place of the length is zero.
+// Returns a quarter of the padded block, shuffled by swap; the length is zero.
+// Shapes: block[64]; waiting < 56; quarter < 4.
 __attribute__((target("sse4.1"))) MIROLTA_STEP __m128i PaddedQuarter(const uint8_t* block,
                                                                      uint32_t waiting, int quarter,
                                                                      __m128i swap) {

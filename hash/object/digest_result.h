@@ -1,4 +1,4 @@
-// A digest handed to a caller; shared by every class that owns hash engines.
+// A digest as a text or byte array, for every class that owns digest engines.
 #pragma once
 
 #include "hash_engine.h"
@@ -6,13 +6,13 @@
 
 namespace mirolta {
 
-// What the digest readers return without an engine: a message number that was never made a status.
-// It is a success code, nothing is raised and the result stays unset; callers rely on it.
+// What the digest properties return without an engine: a bare message number, which is a success
+// code. Nothing is raised and the result stays unset; callers rely on it.
 inline constexpr HRESULT kBareNotInitialized = 10104;
 
-// DigestToText gives the digest as uppercase hexadecimal, DigestToArray as a byte array. Both end a
-// computation that is still open. A null engine gives kBareNotInitialized.
-// Errors: E_POINTER for a null out with an engine; E_OUTOFMEMORY; what locking the array returns.
+// DigestToText returns the digest in uppercase hexadecimal, DigestToArray as a byte array. Both end
+// an open computation. Without an engine they return kBareNotInitialized.
+// Errors: E_POINTER for a null out with an engine; E_OUTOFMEMORY; the status of locking the array.
 HRESULT DigestToText(HashEngine* engine, BSTR* out);
 HRESULT DigestToArray(HashEngine* engine, VARIANT* out);
 

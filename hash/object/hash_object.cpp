@@ -25,7 +25,7 @@ HRESULT HashObject::WithEngine(Work work) {
 }
 
 HRESULT STDMETHODCALLTYPE HashObject::get_Value(BSTR* value) {
-  // The result's place is looked at only when there is a digest to put there.
+  // Without an engine even a null value is no error.
   return Frame([&] { return DigestToText(engine_.get(), value); });
 }
 
@@ -58,7 +58,7 @@ HRESULT STDMETHODCALLTYPE HashObject::InitHash(BSTR bstrAlg) {
     if (CreateHashEngine(bstrAlg, SysStringLen(bstrAlg), &engine) < 0) {
       return Raise(kMessageAlgorithmNotFound);
     }
-    // Without memory for the engine the object stays without an algorithm, and that is no failure.
+    // If memory runs out, the object has no engine and the call still succeeds.
     engine_.reset(engine);
     return S_OK;
   });
@@ -72,7 +72,8 @@ HRESULT STDMETHODCALLTYPE HashObject::HashData(VARIANT vData, LONG lCP) {
       HRESULT status = data.Open(vData, CodePageFor(lCP));
       if (FAILED(status)) return status;
       if (data.IsFromArray() && data.Count() == 0) return S_FALSE;
-      // Again: reading an object runs the caller's code, which may have chosen another algorithm.
+      // engine_ is checked again: reading an object runs the caller's code, which may have called
+      // InitHash.
       return WithEngine([&] {
         status = engine_->Update(data.Data(), data.Count());
         return FAILED(status) ? status : engine_->Finish();

@@ -11,9 +11,9 @@ namespace mirolta {
 
 extern const ClassDescription kHashObjectClass;
 
-// Holds at most one engine. Without one every member but InitHash and codePage raises
-// "Not initialized.", save Value and BinaryValue, which return the bare number 10104 as a success
-// code and leave their result unset.
+// HashObject holds at most one engine. Without one every member but InitHash and codePage raises
+// "Not initialized.", except Value and BinaryValue: they return kBareNotInitialized and leave their
+// result unset.
 class HashObject final : public DispatchObject<kHashObjectClass, IHashObject> {
  public:
   explicit HashObject(IUnknown* outer) : DispatchObject(outer) {}
