@@ -8,7 +8,7 @@
 
 namespace mirolta {
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
 namespace {
 

@@ -13,7 +13,7 @@ namespace mirolta {
 namespace {
 
 constexpr PowerKernel kPowerKernels[] = {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
     {"ifma", kRadix52Features, kRadix52PowerLeastBits, kRadix52PowerMostBits, Radix52Power},
 #endif
     {"montgomery", 0, 0, SIZE_MAX, MontgomeryPower},

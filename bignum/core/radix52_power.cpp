@@ -1,6 +1,6 @@
 #include "radix52_power.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
   #include "radix52.h"
   #include "divide.h"

@@ -3,7 +3,7 @@
 
 #include "radix52_ifma.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
 namespace mirolta {
 

@@ -47,7 +47,7 @@ size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
 }
 
 constexpr Kernel<const HexKernels*> kKernels[] = {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
     // A part of the architecture.
     {"sse2", 0, &kSse2HexKernels},
 #endif

@@ -30,7 +30,7 @@ struct HexKernelList {
 HexKernelList AllHexKernels() noexcept;
 
 extern const HexKernels kPortableHexKernels;
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 extern const HexKernels kSse2HexKernels;
 #endif
 

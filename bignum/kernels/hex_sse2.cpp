@@ -1,6 +1,6 @@
 #include "hex_kernels.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
   #include <emmintrin.h>
 

@@ -67,7 +67,7 @@ inline LimbPair Product(Limb a, Limb b) {
 // DivideWide returns high * B + low over d, high below d. The processor's division by a limb is
 // that of two limbs, which the language has none of.
 inline Limb DivideWide(Limb high, Limb low, Limb d) {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
   __asm__("divq %[d]" : "+a"(low), "+d"(high) : [d] "r"(d) : "cc");
   return low;
 #else
@@ -78,7 +78,7 @@ inline Limb DivideWide(Limb high, Limb low, Limb d) {
 // AddPair and SubtractPair compute x + y and x - y modulo B^2. The compiler keeps two limbs that it
 // has to treat as one value in memory more often than not.
 inline LimbPair AddPair(LimbPair x, LimbPair y) {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
   __asm__(
       "addq %[low], %[to]\n"
       "adcq %[high], %[above]\n"
@@ -92,7 +92,7 @@ inline LimbPair AddPair(LimbPair x, LimbPair y) {
 #endif
 }
 inline LimbPair SubtractPair(LimbPair x, LimbPair y) {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
   __asm__(
       "subq %[low], %[from]\n"
       "sbbq %[high], %[above]\n"

@@ -9,7 +9,7 @@ namespace mirolta {
 extern const LimbKernels kWideKernels;
 extern const LimbKernels kHalfKernels;
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 // kMulxAdxKernels needs kFeatureBmi2Adx.
 extern const LimbKernels kMulxAdxKernels;
 

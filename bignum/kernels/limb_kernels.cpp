@@ -9,7 +9,7 @@ namespace {
 // Both portable tables are right everywhere; which of them is faster depends on the multiplier and
 // is settled when the system is built.
 constexpr Kernel<const LimbKernels*> kKernels[] = {
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
     {"mulx-adx", kFeatureBmi2Adx, &kMulxAdxKernels},
 #endif
 #if defined(MIROLTA_HALF_PRODUCTS)

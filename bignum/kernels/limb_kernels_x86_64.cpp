@@ -1,7 +1,7 @@
 #include "limb_kernel_tables.h"
 #include "limb_loops.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
 namespace mirolta {
 

@@ -1,6 +1,6 @@
 #include "limb_kernel_tables.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
   #include "mulx_rows.h"
 

@@ -1,6 +1,6 @@
 #include "radix52_ifma.h"
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
 // gcc 12 warns of what its own header leaves undefined on purpose.
   #pragma GCC diagnostic ignored "-Wuninitialized"

@@ -69,7 +69,7 @@ TEST(FermatBatchTest, EachNumberAndBaseForItself) {
   EXPECT_EQ(taken != 0, FermatBatch(1024).Capacity() != 0);
 }
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__x86_64__)
+#if MIROLTA_KERNELS_FOR(X86_64)
 
 void Import(Mpz& z, const Limb* x, size_t n) {
   mpz_import(z, n, -1, sizeof(Limb), 0, 0, x);
