@@ -9,10 +9,6 @@ namespace mirolta {
 
 namespace {
 
-const HexKernels& CurrentHexKernels() {
-  return *AllHexKernels().rows[0].function;
-}
-
 HRESULT HexText(NumberText& text, const BigInt& n) {
   const uint64_t length = (n.BitLength() + 3) / 4;
   if (length >= UINT32_MAX) return E_OUTOFMEMORY;
@@ -182,13 +178,14 @@ HRESULT FromHexText(BigInt& n, const OLECHAR* characters, uint32_t length) noexc
   // As many words as the characters could fill; skipped ones leave words zero.
   BigMagnitude* const m = n.Rewrite(length / 8 + (length % 8 != 0 ? 1 : 0));
   if (m == nullptr) return E_OUTOFMEMORY;
+  const HexKernels& kernels = CurrentHexKernels();
   uint32_t* const words = m->Words();
   uint32_t filled = 0;
   uint32_t shift = 0;
   uint32_t word = 0;
   for (uint32_t left = length; left != 0;) {
     if (shift == 0 && left >= 8) {
-      const size_t made = CurrentHexKernels().read(words + filled, characters + left, left / 8);
+      const size_t made = kernels.read(words + filled, characters + left, left / 8);
       filled += static_cast<uint32_t>(made);
       left -= static_cast<uint32_t>(made) * 8;
       if (left == 0) break;

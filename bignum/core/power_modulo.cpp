@@ -12,11 +12,16 @@ namespace mirolta {
 
 namespace {
 
-constexpr PowerKernel kPowerKernels[] = {
+constexpr PowerMethod kMontgomery = {0, SIZE_MAX, MontgomeryPower};
 #if MIROLTA_KERNELS_FOR(X86_64)
-    {"ifma", kRadix52Features, kRadix52PowerLeastBits, kRadix52PowerMostBits, Radix52Power},
+constexpr PowerMethod kRadix52 = {kRadix52PowerLeastBits, kRadix52PowerMostBits, Radix52Power};
 #endif
-    {"montgomery", 0, 0, SIZE_MAX, MontgomeryPower},
+
+constexpr Kernel<const PowerMethod*> kRows[] = {
+#if MIROLTA_KERNELS_FOR(X86_64)
+    {"ifma", kRadix52Features, &kRadix52},
+#endif
+    {"montgomery", 0, &kMontgomery},
 };
 
 // Arithmetic modulo 2^bits on values of n limbs.
@@ -112,20 +117,23 @@ bool PowerModuloOdd(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en,
   LimbScratch reduced{CheckedSize(n)};
   if (reduced.Get() == nullptr) return false;
   if (!Residue(reduced.Get(), x, xn, m, n)) return false;
-  return ChoosePowerKernel(LimbBits(m, n), ProcessorFeatures())
+  return ChoosePower(LimbBits(m, n), ProcessorFeatures())
       .function(z, reduced.Get(), e, en, m, n);
 }
 
 }  // namespace
 
-const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noexcept {
-  constexpr size_t kCount = sizeof kPowerKernels / sizeof kPowerKernels[0];
-  for (size_t i = 0; i + 1 < kCount; ++i) {
-    const PowerKernel& kernel = kPowerKernels[i];
-    if ((kernel.needs & ~features) != 0) continue;
-    if (modulus_bits >= kernel.least_bits && modulus_bits <= kernel.most_bits) return kernel;
-  }
-  return kPowerKernels[kCount - 1];
+constinit const KernelList<const PowerMethod*> kPowerKernels = kRows;
+
+const PowerMethod& ChoosePower(size_t modulus_bits, uint32_t features) noexcept {
+  const Kernel<const PowerMethod*>* row = kPowerKernels.begin();
+  const auto fits = [=](const Kernel<const PowerMethod*>& kernel) {
+    return (kernel.needs & ~features) == 0 && modulus_bits >= kernel.function->least_bits &&
+           modulus_bits <= kernel.function->most_bits;
+  };
+  // The last row, the portable one, takes every modulus.
+  while (row + 1 != kPowerKernels.end() && !fits(*row)) ++row;
+  return *row->function;
 }
 
 bool MontgomeryPower(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
@@ -199,8 +207,8 @@ bool PowerModulo(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, co
 }
 
 bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size_t n) noexcept {
-  const PowerKernel& kernel = ChoosePowerKernel(LimbBits(m, n), ProcessorFeatures());
-  if (kernel.function != MontgomeryPower) {
+  const PowerMethod& method = ChoosePower(LimbBits(m, n), ProcessorFeatures());
+  if (method.function != MontgomeryPower) {
     // Its products are so much faster that those for the window do not matter.
     LimbScratch memory(2 * CheckedSize(n));
     if (memory.Get() == nullptr) return false;
@@ -208,7 +216,7 @@ bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size
     Limb* const power = two + n;
     ZeroLimbs(two, n);
     two[0] = 2;
-    if (!kernel.function(power, two, e, en, m, n)) return false;
+    if (!method.function(power, two, e, en, m, n)) return false;
     *result = power[0] == 1 && SignificantLimbs(power, n) == 1;
     return true;
   }

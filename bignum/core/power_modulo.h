@@ -11,17 +11,18 @@ namespace mirolta {
 using PowerFunction = bool (*)(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                                size_t n);
 
-// PowerKernel: a way to raise to a power, for moduli of least_bits to most_bits.
-struct PowerKernel {
-  const char* name;
-  uint32_t needs;  // ProcessorFeature bits
+// PowerMethod: a PowerFunction and the moduli that it is for.
+struct PowerMethod {
   size_t least_bits;
   size_t most_bits;
   PowerFunction function;
 };
 
-// ChoosePowerKernel returns the first row whose needs are met.
-const PowerKernel& ChoosePowerKernel(size_t modulus_bits, uint32_t features) noexcept;
+extern const KernelList<const PowerMethod*> kPowerKernels;
+
+// ChoosePower returns the first method of kPowerKernels for that modulus and a processor with
+// `features`.
+const PowerMethod& ChoosePower(size_t modulus_bits, uint32_t features) noexcept;
 
 // MontgomeryPower is the portable row: a sliding window over products in Montgomery's form.
 [[nodiscard]] bool MontgomeryPower(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,

@@ -46,9 +46,9 @@ size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
   return count;
 }
 
-constexpr Kernel<const HexKernels*> kKernels[] = {
+constexpr Kernel<const HexKernels*> kRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
-    // A part of the architecture.
+    // SSE2 is part of x86-64.
     {"sse2", 0, &kSse2HexKernels},
 #endif
     {"portable", 0, &kPortableHexKernels},
@@ -62,8 +62,10 @@ uint32_t HexDigitValue(OLECHAR c) noexcept {
   return c < 128 ? kHexValues.of[c] : kNoHexDigit;
 }
 
-HexKernelList AllHexKernels() noexcept {
-  return {kKernels, sizeof kKernels / sizeof kKernels[0]};
+constinit const KernelList<const HexKernels*> kHexKernels = kRows;
+
+const HexKernels& CurrentHexKernels() noexcept {
+  return *CurrentKernel<kRows>();
 }
 
 }  // namespace mirolta

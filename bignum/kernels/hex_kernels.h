@@ -22,12 +22,11 @@ struct HexKernels {
 inline constexpr uint32_t kNoHexDigit = 16;
 uint32_t HexDigitValue(OLECHAR c) noexcept;
 
-// The tables compiled into this build, best first; all run on every processor of the build's kind.
-struct HexKernelList {
-  const Kernel<const HexKernels*>* rows;
-  size_t count;
-};
-HexKernelList AllHexKernels() noexcept;
+// Every row runs on every processor of the build's architecture.
+extern const KernelList<const HexKernels*> kHexKernels;
+
+// CurrentHexKernels returns the first table of kHexKernels.
+const HexKernels& CurrentHexKernels() noexcept;
 
 extern const HexKernels kPortableHexKernels;
 #if MIROLTA_KERNELS_FOR(X86_64)

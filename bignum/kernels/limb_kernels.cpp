@@ -6,9 +6,9 @@ namespace mirolta {
 
 namespace {
 
-// Both portable tables are right everywhere; which of them is faster depends on the multiplier and
-// is settled when the system is built.
-constexpr Kernel<const LimbKernels*> kKernels[] = {
+// Both portable tables are correct everywhere. Which one is faster depends on the multiplier and is
+// decided at build time.
+constexpr Kernel<const LimbKernels*> kRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"mulx-adx", kFeatureBmi2Adx, &kMulxAdxKernels},
 #endif
@@ -23,13 +23,10 @@ constexpr Kernel<const LimbKernels*> kKernels[] = {
 
 }  // namespace
 
-LimbKernelList AllLimbKernels() noexcept {
-  return {kKernels, sizeof kKernels / sizeof kKernels[0]};
-}
+constinit const KernelList<const LimbKernels*> kLimbKernels = kRows;
 
 const LimbKernels& CurrentLimbKernels() noexcept {
-  static const LimbKernels& chosen = *ChooseKernel(kKernels, ProcessorFeatures()).function;
-  return chosen;
+  return *CurrentKernel<kRows>();
 }
 
 }  // namespace mirolta

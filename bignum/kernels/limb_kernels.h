@@ -31,14 +31,9 @@ struct LimbKernels {
   bool (*montgomery)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n, Limb inverse);
 };
 
-// The tables compiled into this build, best first; the last needs nothing.
-struct LimbKernelList {
-  const Kernel<const LimbKernels*>* rows;
-  size_t count;
-};
-LimbKernelList AllLimbKernels() noexcept;
+extern const KernelList<const LimbKernels*> kLimbKernels;
 
-// CurrentLimbKernels: the best table for this processor, chosen once.
+// CurrentLimbKernels returns the first table of kLimbKernels that this processor runs.
 const LimbKernels& CurrentLimbKernels() noexcept;
 
 }  // namespace mirolta

@@ -25,7 +25,7 @@ Text Digits(const std::vector<uint32_t>& words) {
 class HexKernelsTest : public ::testing::TestWithParam<int> {
  protected:
   void SetUp() override {
-    const auto& row = AllHexKernels().rows[GetParam()];
+    const auto& row = kHexKernels[static_cast<size_t>(GetParam())];
     ASSERT_EQ(row.needs, 0u);
     RecordProperty("kernel", row.name);
     kernels_ = row.function;
@@ -76,7 +76,7 @@ TEST_P(HexKernelsTest, ReadsUpToWhatIsNoDigit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, HexKernelsTest,
-                         ::testing::Range(0, static_cast<int>(AllHexKernels().count)));
+                         ::testing::Range(0, static_cast<int>(kHexKernels.size())));
 
 TEST(HexTextTest, OtherCharactersAnywhere) {
   for (int i = 0; i < Cases(2000); ++i) {

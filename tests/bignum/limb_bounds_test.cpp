@@ -40,13 +40,12 @@ std::vector<Limb> Ones(size_t n, size_t step) {
 
 template <typename Check>
 void ForEachTable(const Check& check) {
-  const LimbKernelList list = AllLimbKernels();
-  const LimbKernels& portable = *list.rows[list.count - 1].function;
-  for (size_t i = 0; i < list.count; ++i) {
-    if ((list.rows[i].needs & ~ProcessorFeatures()) != 0) continue;
-    SCOPED_TRACE(list.rows[i].name);
+  const LimbKernels& portable = *kLimbKernels[kLimbKernels.size() - 1].function;
+  for (const auto& row : kLimbKernels) {
+    if ((row.needs & ~ProcessorFeatures()) != 0) continue;
+    SCOPED_TRACE(row.name);
     for (const Guard guard : {Guard::kBefore, Guard::kBehind}) {
-      check(*list.rows[i].function, portable, guard);
+      check(*row.function, portable, guard);
     }
   }
 }

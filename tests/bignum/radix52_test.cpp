@@ -222,11 +222,11 @@ TEST_F(DigitTest, PowersWithLongExponents) {
 
 TEST_F(DigitTest, TheRowTakesItsSizesOnly) {
   const uint32_t all = ~0u;
-  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerLeastBits, all).function, Radix52Power);
-  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerMostBits, all).function, Radix52Power);
-  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerLeastBits - 1, all).function, MontgomeryPower);
-  EXPECT_EQ(ChoosePowerKernel(kRadix52PowerMostBits + 1, all).function, MontgomeryPower);
-  EXPECT_EQ(ChoosePowerKernel(2048, all & ~kFeatureAvx512Ifma).function, MontgomeryPower);
+  EXPECT_EQ(ChoosePower(kRadix52PowerLeastBits, all).function, Radix52Power);
+  EXPECT_EQ(ChoosePower(kRadix52PowerMostBits, all).function, Radix52Power);
+  EXPECT_EQ(ChoosePower(kRadix52PowerLeastBits - 1, all).function, MontgomeryPower);
+  EXPECT_EQ(ChoosePower(kRadix52PowerMostBits + 1, all).function, MontgomeryPower);
+  EXPECT_EQ(ChoosePower(2048, all & ~kFeatureAvx512Ifma).function, MontgomeryPower);
 }
 
 #endif
