@@ -57,11 +57,4 @@ auto CurrentKernel() noexcept {
   return chosen;
 }
 
-// ChooseKernel returns the first of the rows that a processor with `features` runs.
-template <typename Function, size_t kCount>
-constexpr const Kernel<Function>& ChooseKernel(const Kernel<Function> (&kernels)[kCount],
-                                               uint32_t features) noexcept {
-  return KernelList(kernels).Choose(features);
-}
-
 }  // namespace mirolta
