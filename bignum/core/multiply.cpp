@@ -1,28 +1,44 @@
 #include "multiply.h"
 
+#include "karatsuba.h"
 #include "limb_basics.h"
 #include "toom3.h"
+#include "toom32.h"
 
 namespace mirolta {
 
 namespace {
 
-// Below, rows are faster whatever the longer operand's length: that of the equal sizes' methods.
-constexpr size_t kSchoolbookLimbs = kLimbBits == 64 ? 36 : 60;
-
-// From here on the sums of a product of three parts by two are worth it.
+// The least lengths at which each method is faster than the one before: measured for 64-bit limbs with
+// mulx and adx, by instruction counts for 32-bit limbs.
+constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 36 : 60;
+constexpr size_t kKaratsubaSquareLimbs = kLimbBits == 64 ? 48 : 112;
+constexpr size_t kToom3Limbs = kLimbBits == 64 ? 130 : 220;
 constexpr size_t kToom32Limbs = kLimbBits == 64 ? 40 : 80;
+// The schoolbook method is fastest below, whatever the longer operand's length.
+constexpr size_t kSchoolbookLimbs = kKaratsubaLimbs;
 
 }  // namespace
 
-// A product of unequal operands keeps a partial product of 2n limbs, then goes on with n and a
-// remainder; the remainders of Euclid's kind halve every second time, so all levels together keep
-// less than 8n. Three parts by two keep 4.8n + 7 limbs or less for two values and go on with at
-// most half of n.
+// An unbalanced product keeps a partial product of 2n limbs and recurses with n and m mod n. Those
+// lengths run through Euclid's remainders, which halve every second level: all levels together keep
+// less than 8n limbs. Toom-3/2 keeps 4.8n + 7 limbs or less and recurses with at most n / 2.
 CheckedSize MultiplyScratch(size_t m, size_t n) noexcept {
   const size_t less = m < n ? m : n;
   if (less < kSchoolbookLimbs) return SizeConstant(0);
   return 8 * CheckedSize(less) + BalancedScratch(less);
+}
+
+void MultiplyBalanced(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept {
+  if (x == y && n < kKaratsubaSquareLimbs) {
+    CurrentLimbKernels().square(z, x, n);
+  } else if (n < kKaratsubaLimbs) {
+    CurrentLimbKernels().multiply(z, x, n, y, n);
+  } else if (n < kToom3Limbs) {
+    Karatsuba(z, x, y, n, scratch);
+  } else {
+    Toom3(z, x, y, n, scratch);
+  }
 }
 
 void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
@@ -36,7 +52,7 @@ void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
     m = n;
     n = count;
   }
-  // A square is at least as cheap as a product even where both are done by rows.
+  // MultiplyBalanced squares, which costs at most as much as a schoolbook product.
   if (n < kSchoolbookLimbs && (m != n || x != y)) {
     k.multiply(z, x, m, y, n);
     return;

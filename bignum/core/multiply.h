@@ -1,18 +1,30 @@
-// Products of any length: by rows while short, then with fewer and fewer partial products.
+// Multiplication: the method is chosen by the operands' lengths.
 #pragma once
 
 #include "limb.h"
 
 namespace mirolta {
 
-// MultiplyScratch returns the limbs of working memory for a product of m by n limbs.
+// MultiplyScratch returns the limbs of scratch of a product of m by n limbs.
 CheckedSize MultiplyScratch(size_t m, size_t n) noexcept;
 
-// MultiplyLimbs: z := x * y.
-// Shapes: x[m], y[n], z[m + n], scratch[MultiplyScratch(m, n)], m and n >= 1.
-// Alias:  x may be y (a square costs less); z and scratch overlap nothing.
-// Source: Karatsuba and Ofman 1962; Toom 1963 with Bodrato's order of interpolation.
+// MultiplyLimbs: z := x * y, by the schoolbook method, Karatsuba's, Toom-3 or Toom-3/2.
+// Shapes: x[m], y[n], z[m + n], scratch[MultiplyScratch(m, n)], m >= 1, n >= 1
+// Alias:  x may be y, and a square costs less; z and scratch overlap nothing
+// Time:   depends on m and n, and on the values where neither is short
 void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
                    Limb* scratch) noexcept;
+
+// BalancedScratch returns the limbs of scratch of MultiplyBalanced. Karatsuba takes 2h + 2 a level for
+// halves of h = (n + 1) / 2 limbs, Toom-3 6k + 6 for thirds: less than 4n and a few limbs a level in
+// all, with 64 levels at most.
+inline CheckedSize BalancedScratch(size_t n) noexcept {
+  return 4 * CheckedSize(n) + 64 * 8;
+}
+
+// MultiplyBalanced: z := x * y for operands of equal length.
+// Shapes: x[n], y[n], z[2n], scratch[BalancedScratch(n)], n >= 1
+// Alias:  x may be y, and a square costs less; z and scratch overlap nothing
+void MultiplyBalanced(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept;
 
 }  // namespace mirolta

@@ -15,7 +15,6 @@
 #include "multiply.h"
 #include "power_modulo.h"
 #include "limb_scratch.h"
-#include "toom3.h"
 
 namespace {
 

@@ -1,0 +1,66 @@
+#include "burnikel_ziegler.h"
+
+#include "limb_basics.h"
+#include "multiply.h"
+#include "schoolbook_division.h"
+
+namespace mirolta {
+
+namespace {
+
+// The least quotient length for which BurnikelZieglerQuotient recurses; measured and estimated as
+// kBurnikelZieglerLimbs.
+constexpr size_t kQuotientLimbs = kLimbBits == 64 ? 64 : 128;
+
+// SchoolbookDivide with the top n limbs of a below 2 d; returns the quotient's top limb, 0 or 1.
+Limb SchoolbookDivideWithTop(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb v) {
+  const Limb top = ReduceTop(a, m, d, n);
+  SchoolbookDivide(q, a, m, d, n, v, false);
+  return top;
+}
+
+}  // namespace
+
+Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
+                           Limb* scratch) noexcept {
+  if (count < kBurnikelZieglerLimbs) return SchoolbookDivideWithTop(q, a, n + count, d, n, v);
+  const LimbKernels& k = CurrentLimbKernels();
+  if (count == n) {
+    const size_t low = n / 2;
+    const Limb top = BurnikelZieglerDivide(q + low, a + low, d, n, n - low, v, scratch);
+    // The remainder is below d now, so the second half has no top limb.
+    BurnikelZieglerDivide(q, a, d, n, low, v, scratch);
+    return top;
+  }
+  // Divide by the divisor's top limbs, then subtract the quotient times its low limbs.
+  const size_t rest = n - count;
+  Limb top = BurnikelZieglerDivide(q, a + rest, d + rest, count, count, v, scratch);
+  MultiplyLimbs(scratch, q, count, d, rest, scratch + n);
+  Limb borrow = k.subtract(a, a, scratch, n);
+  if (top != 0) borrow = static_cast<Limb>(borrow + k.subtract(a + count, a + count, d, rest));
+  while (borrow != 0) {
+    top = static_cast<Limb>(top - SubtractLimb(q, count, 1));
+    borrow = static_cast<Limb>(borrow - k.add(a, a, d, n));
+  }
+  return top;
+}
+
+bool BurnikelZieglerQuotient(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
+                             Limb* scratch) noexcept {
+  while (count >= kQuotientLimbs) {
+    if (n > count + 1) {
+      // The limbs of d below its top count + 1 contribute less than B^(n - 1).
+      const size_t omitted = n - count - 1;
+      a += omitted;
+      d += omitted;
+      n -= omitted;
+    }
+    const size_t high = count / 2;
+    count -= high;
+    if (CompareLimbs(a + count + high, d, n) >= 0) return false;
+    BurnikelZieglerDivide(q + count, a + count, d, n, high, v, scratch);
+  }
+  return SchoolbookDivide(q, a, n + count, d, n, v, true);
+}
+
+}  // namespace mirolta
