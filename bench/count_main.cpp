@@ -14,7 +14,7 @@
 #include "big_bytes.h"
 #include "des_kernels.h"
 #include "hash_kernels.h"
-#include "gcd.h"
+#include "mod_exp.h"
 
 namespace mirolta::bench {
 

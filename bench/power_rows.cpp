@@ -1,6 +1,6 @@
 // Modular exponentiation with exponents as long as the modulus.
 #include "bench_numbers.h"
-#include "gcd.h"
+#include "mod_exp.h"
 
 namespace mirolta::bench {
 

@@ -1,6 +1,6 @@
 // The next prime from random starts, against a sieve in front of GMP's Fermat test.
 #include "bench_numbers.h"
-#include "gcd.h"
+#include "next_prime.h"
 #include "small_primes.h"
 
 namespace mirolta::bench {

@@ -2,6 +2,8 @@
 // below zero, long. All calls end; where the peer computes the same, it agrees.
 #include "big_numbers.h"
 #include "gcd.h"
+#include "mod_exp.h"
+#include "next_prime.h"
 
 using namespace mirolta;
 using namespace mirolta::fuzz;

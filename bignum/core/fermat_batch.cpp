@@ -41,7 +41,7 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
   for (size_t i = 0; i < count; ++i) {
     if (bases[i] > 2) spare = kSpareForSeven;
   }
-  const size_t digits = FermatTestCount(Radix52Count(bits_, spare));
+  const size_t digits = FermatLanesCount(Radix52Count(bits_, spare));
   const size_t zeros = digits * kRadix52Bits / kLimbBits;
   LimbScratch memory((2 * CheckedSize(digits) + 3) * kLanes + CheckedSize(zeros) + 2 +
                      CheckedSize(n));
@@ -75,7 +75,7 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
       power[j * kLanes + lane] = Radix52Digit(residue, used, j);
     }
   }
-  const uint32_t ones = FermatTestFor(digits)({m, inverse, base, rest, power});
+  const uint32_t ones = FermatLanesTestFor(digits)({m, inverse, base, rest, power});
   *passed = ones & static_cast<uint32_t>((uint64_t{1} << count) - 1);
   return true;
 }

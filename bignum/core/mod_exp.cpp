@@ -1,7 +1,7 @@
 #include "limb_basics.h"
 #include "power_modulo.h"
 #include "limb_scratch.h"
-#include "gcd.h"
+#include "mod_exp.h"
 
 namespace mirolta {
 

@@ -2,11 +2,11 @@
 #include <new>
 
 #include "fermat_batch.h"
+#include "fermat_test.h"
 #include "limb_basics.h"
 #include "divide.h"
-#include "power_modulo.h"
 #include "limb_scratch.h"
-#include "gcd.h"
+#include "next_prime.h"
 #include "small_primes.h"
 
 namespace mirolta {
@@ -31,31 +31,6 @@ uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
     base = base * base % p;
   }
   return result % p;
-}
-
-// The bases of the test after two.
-constexpr Limb kOtherBases[] = {3, 5, 7};
-constexpr size_t kOtherBaseCount = sizeof kOtherBases / sizeof kOtherBases[0];
-
-// Tests candidate[n], n limbs without zeros at the top, as IsFermatPrime does. memory has n limbs.
-bool TestLimbs(bool* result, const Limb* candidate, size_t n, Limb* memory) {
-  *result = false;
-  // 1, and all even numbers: two to any power above zero stays even modulo them.
-  if ((candidate[0] & 1) == 0 || (n == 1 && candidate[0] == 1)) return true;
-  LimbScratch power{CheckedSize(n)};
-  if (power.Get() == nullptr) return false;
-  CopyLimbs(memory, candidate, n);
-  memory[0] -= 1;
-  const size_t en = SignificantLimbs(memory, n);
-  bool one = false;
-  if (!TwoToPowerIsOne(&one, memory, en, candidate, n)) return false;
-  if (!one) return true;
-  for (const Limb base : kOtherBases) {
-    if (!PowerModulo(power.Get(), &base, 1, memory, en, candidate, n)) return false;
-    if (power.Get()[0] != 1 || SignificantLimbs(power.Get(), n) != 1) return true;
-  }
-  *result = true;
-  return true;
 }
 
 // Tests candidates[count * n], growing odd numbers of which the batch takes that many, and sets
@@ -87,7 +62,7 @@ bool TestCandidates(size_t* found, const Limb* candidates, size_t count, size_t 
   for (size_t i = 0; i < count; ++i) {
     const Limb* const candidate = candidates + i * n;
     bool prime = false;
-    if (!TestLimbs(&prime, candidate, SignificantLimbs(candidate, n), memory)) return false;
+    if (!FermatTest(&prime, candidate, SignificantLimbs(candidate, n), memory)) return false;
     if (prime) {
       *found = i;
       return true;
@@ -220,7 +195,7 @@ HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept {
   if (memory.Get() == nullptr) return E_OUTOFMEMORY;
   LimbsFromWords(memory.Get(), n.Magnitude().Words(), n.Used());
   bool found = false;
-  if (!TestLimbs(&found, memory.Get(), limbs, memory.Get() + limbs)) return E_OUTOFMEMORY;
+  if (!FermatTest(&found, memory.Get(), limbs, memory.Get() + limbs)) return E_OUTOFMEMORY;
   *result = found;
   return S_OK;
 }

@@ -19,23 +19,23 @@ struct FermatLanes {
   Limb* power;          // [8 count] base^(m >> bits) * 2^(52 count), below m; destroyed
 };
 
-// FermatTest works the lowest bits of m - 1 into the powers and returns the set of lanes whose
+// FermatLanesTest works the lowest bits of m - 1 into the powers and returns the set of lanes whose
 // power base^(m - 1) is 1.
 // Time: depends on the counts only.
-using FermatTest = uint32_t (*)(const FermatLanes& lanes);
+using FermatLanesTest = uint32_t (*)(const FermatLanes& lanes);
 
 inline constexpr size_t kFermatLeastCount = 3;
 inline constexpr size_t kFermatMostCount = 24;
 
-// FermatTestCount rounds a count of digits up to one that there is a test for: every count of up to 10,
+// FermatLanesCount rounds a count of digits up to one that there is a test for: every count of up to 10,
 // even ones above. Each test is unrolled, so each is code of its own.
-constexpr size_t FermatTestCount(size_t count) {
+constexpr size_t FermatLanesCount(size_t count) {
   return count <= 10 ? count : count + count % 2;
 }
 
-// FermatTestFor returns the test for numbers of count digits, a value of FermatTestCount from
+// FermatLanesTestFor returns the test for numbers of count digits, a value of FermatLanesCount from
 // kFermatLeastCount to kFermatMostCount.
-FermatTest FermatTestFor(size_t count) noexcept;
+FermatLanesTest FermatLanesTestFor(size_t count) noexcept;
 
 }  // namespace mirolta
 

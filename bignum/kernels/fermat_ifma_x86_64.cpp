@@ -96,14 +96,14 @@ MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
 }
 
 template <size_t... kOver>
-constexpr FermatTest SelectTest(size_t count, std::index_sequence<kOver...>) {
-  constexpr FermatTest kTests[] = {Test<FermatTestCount(kFermatLeastCount + kOver)>...};
+constexpr FermatLanesTest SelectTest(size_t count, std::index_sequence<kOver...>) {
+  constexpr FermatLanesTest kTests[] = {Test<FermatLanesCount(kFermatLeastCount + kOver)>...};
   return kTests[count - kFermatLeastCount];
 }
 
 }  // namespace
 
-FermatTest FermatTestFor(size_t count) noexcept {
+FermatLanesTest FermatLanesTestFor(size_t count) noexcept {
   return SelectTest(count, std::make_index_sequence<kFermatMostCount - kFermatLeastCount + 1>());
 }
 

@@ -5,6 +5,7 @@
 #include "big_random.h"
 #include "big_variant.h"
 #include "gcd.h"
+#include "mod_exp.h"
 
 namespace mirolta {
 

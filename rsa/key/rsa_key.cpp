@@ -7,6 +7,8 @@
 #include "montgomery_pair.h"
 #include "limb_scratch.h"
 #include "gcd.h"
+#include "mod_exp.h"
+#include "next_prime.h"
 
 namespace mirolta {
 

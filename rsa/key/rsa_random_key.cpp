@@ -1,6 +1,6 @@
 // Keys from random starting values.
 #include "big_random.h"
-#include "gcd.h"
+#include "next_prime.h"
 #include "rsa_key.h"
 
 namespace mirolta {

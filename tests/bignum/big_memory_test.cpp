@@ -10,6 +10,8 @@
 #include "big_random.h"
 #include "big_text.h"
 #include "gcd.h"
+#include "mod_exp.h"
+#include "next_prime.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 
 #include "big_testing.h"
 #include "gcd.h"
+#include "mod_exp.h"
 
 namespace mirolta {
 namespace {

@@ -6,6 +6,8 @@
 #include "big_int.h"
 #include "memory_watch.h"
 #include "gcd.h"
+#include "mod_exp.h"
+#include "next_prime.h"
 
 namespace mirolta {
 namespace {

@@ -13,6 +13,7 @@
 #include "lehmer_gcd.h"
 #include "montgomery.h"
 #include "multiply.h"
+#include "montgomery_power.h"
 #include "power_modulo.h"
 #include "limb_scratch.h"
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "big_testing.h"
-#include "gcd.h"
+#include "next_prime.h"
 #include "small_primes.h"
 
 namespace mirolta {

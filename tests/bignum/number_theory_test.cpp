@@ -1,9 +1,12 @@
 #include "gcd.h"
+#include "mod_exp.h"
+#include "next_prime.h"
 
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
-#include "power_modulo.h"
+#include "montgomery_power.h"
+#include "power_kernels.h"
 
 namespace mirolta {
 namespace {

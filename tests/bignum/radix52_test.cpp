@@ -6,7 +6,8 @@
 #include "radix52.h"
 #include "fermat_batch.h"
 #include "fermat_ifma.h"
-#include "power_modulo.h"
+#include "montgomery_power.h"
+#include "power_kernels.h"
 #include "radix52_power.h"
 
 namespace mirolta {

@@ -3,6 +3,7 @@
 
 #include "limb.h"
 #include "gcd.h"
+#include "mod_exp.h"
 #include "rsa_testing.h"
 
 namespace mirolta::test {

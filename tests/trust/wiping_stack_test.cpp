@@ -12,6 +12,7 @@
 #include "fake_object.h"
 #include "member_locks.h"
 #include "used_memory.h"
+#include "mod_exp.h"
 #include "wiping_fixture.h"
 
 namespace mirolta::test {
