@@ -3,8 +3,8 @@
 
 #include "bench_numbers.h"
 #include "divide.h"
-#include "multiply.h"
 #include "gcd.h"
+#include "multiply.h"
 
 namespace mirolta::bench {
 

@@ -1,8 +1,8 @@
 #include "big_int.h"
-#include "limb_basics.h"
 #include "divide.h"
-#include "multiply.h"
+#include "limb_basics.h"
 #include "limb_scratch.h"
+#include "multiply.h"
 
 namespace mirolta {
 
@@ -133,7 +133,8 @@ HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   if (short_words == 0) {
     status = r.AssignLimbs(nullptr, 0);
   } else if (long_words > kShortWords) {
-    status = MultiplyLong(r, longer, LimbsForWords(long_words), shorter, LimbsForWords(short_words));
+    status =
+        MultiplyLong(r, longer, LimbsForWords(long_words), shorter, LimbsForWords(short_words));
   } else {
     status = MultiplyShort(r, longer, long_words, shorter, short_words);
   }

@@ -1,8 +1,8 @@
 #include "big_text.h"
 
+#include "decimal_conversion.h"
 #include "hex_kernels.h"
 #include "limb_basics.h"
-#include "decimal_conversion.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

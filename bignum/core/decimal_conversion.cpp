@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "limb_basics.h"
 #include "divide.h"
-#include "multiply.h"
+#include "limb_basics.h"
 #include "limb_scratch.h"
+#include "multiply.h"
 
 namespace mirolta {
 

@@ -1,8 +1,8 @@
 #include "decimal_powers.h"
 
 #include "limb_basics.h"
-#include "multiply.h"
 #include "limb_scratch.h"
+#include "multiply.h"
 
 namespace mirolta {
 

@@ -1,10 +1,10 @@
 #include "fermat_batch.h"
 
-#include "radix52.h"
-#include "fermat_ifma.h"
 #include "divide.h"
-#include "montgomery.h"
+#include "fermat_ifma.h"
 #include "limb_scratch.h"
+#include "montgomery.h"
+#include "radix52.h"
 
 namespace mirolta {
 

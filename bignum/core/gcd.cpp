@@ -1,7 +1,7 @@
 #include "gcd.h"
 
-#include "limb_basics.h"
 #include "lehmer_gcd.h"
+#include "limb_basics.h"
 #include "limb_scratch.h"
 
 namespace mirolta {

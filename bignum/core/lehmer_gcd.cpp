@@ -1,7 +1,7 @@
 #include "lehmer_gcd.h"
 
-#include "limb_basics.h"
 #include "divide.h"
+#include "limb_basics.h"
 #include "multiply.h"
 
 namespace mirolta {

@@ -1,7 +1,8 @@
-#include "limb_basics.h"
-#include "power_modulo.h"
-#include "limb_scratch.h"
 #include "mod_exp.h"
+
+#include "limb_basics.h"
+#include "limb_scratch.h"
+#include "power_modulo.h"
 
 namespace mirolta {
 

@@ -1,9 +1,9 @@
 #include "montgomery.h"
 
-#include "limb_basics.h"
 #include "divide.h"
-#include "multiply.h"
+#include "limb_basics.h"
 #include "limb_scratch.h"
+#include "multiply.h"
 
 namespace mirolta {
 

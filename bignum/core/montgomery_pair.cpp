@@ -1,7 +1,7 @@
 #include "montgomery_pair.h"
 
-#include "limb_basics.h"
 #include "divide.h"
+#include "limb_basics.h"
 #include "montgomery.h"
 
 namespace mirolta {

@@ -8,7 +8,7 @@
 namespace mirolta {
 
 bool MontgomeryPower(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
-                    size_t n) noexcept {
+                     size_t n) noexcept {
   const MontgomeryModulus modulus = PrepareMontgomery(m, n);
   const uint32_t window = WindowBits(LimbBits(e, en));
   const size_t powers = size_t{1} << (window - 1);

@@ -1,12 +1,13 @@
+#include "next_prime.h"
+
 #include <initializer_list>
 #include <new>
 
+#include "divide.h"
 #include "fermat_batch.h"
 #include "fermat_test.h"
 #include "limb_basics.h"
-#include "divide.h"
 #include "limb_scratch.h"
-#include "next_prime.h"
 #include "small_primes.h"
 
 namespace mirolta {
@@ -36,7 +37,7 @@ uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
 // Tests candidates[count * n], growing odd numbers of which the batch takes that many, and sets
 // *found to the index of the first that is a Fermat prime, count if none is.
 bool TestBatch(size_t* found, const FermatBatch& batch, const Limb* candidates, size_t count,
-                  size_t n, Limb* memory) {
+               size_t n, Limb* memory) {
   Limb bases[FermatBatch::kMost];
   for (size_t i = 0; i < count; ++i) bases[i] = 2;
   uint32_t passed = 0;

@@ -23,12 +23,11 @@ bool Residue(Limb* z, const Limb* x, size_t xn, const Limb* d, size_t n) {
 }
 
 bool PowerModuloOdd(Limb* z, const Limb* x, size_t xn, const Limb* e, size_t en, const Limb* m,
-                       size_t n) {
+                    size_t n) {
   LimbScratch reduced{CheckedSize(n)};
   if (reduced.Get() == nullptr) return false;
   if (!Residue(reduced.Get(), x, xn, m, n)) return false;
-  return ChoosePower(LimbBits(m, n), ProcessorFeatures())
-      .function(z, reduced.Get(), e, en, m, n);
+  return ChoosePower(LimbBits(m, n), ProcessorFeatures()).function(z, reduced.Get(), e, en, m, n);
 }
 
 }  // namespace

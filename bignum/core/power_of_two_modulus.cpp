@@ -70,9 +70,8 @@ bool PowerOfTwoModulus::Power(Limb* z, const Limb* x, const Limb* e, size_t en) 
   LimbScratch table((CheckedSize(powers) + 1) * CheckedSize(n));
   if (table.Get() == nullptr) return false;
   CopyLimbs(table.Get(), x, n);
-  SlidingWindow(
-      z, table.Get(), table.Get() + powers * n, exponent.Get(), en, n, window,
-      [this](Limb* r, const Limb* a, const Limb* b) { MultiplyLow(r, a, b, n); });
+  SlidingWindow(z, table.Get(), table.Get() + powers * n, exponent.Get(), en, n, window,
+                [this](Limb* r, const Limb* a, const Limb* b) { MultiplyLow(r, a, b, n); });
   Truncate(z);
   return true;
 }

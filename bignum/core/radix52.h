@@ -1,8 +1,8 @@
 // Limbs to digits of 52 bits and back.
 #pragma once
 
-#include "radix52_ifma.h"
 #include "limb_basics.h"
+#include "radix52_ifma.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 

@@ -2,10 +2,10 @@
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 
-  #include "radix52.h"
   #include "divide.h"
-  #include "montgomery.h"
   #include "limb_scratch.h"
+  #include "montgomery.h"
+  #include "radix52.h"
   #include "sliding_window.h"
 
 namespace mirolta {
@@ -33,7 +33,7 @@ bool ToRadix52Montgomery(Limb* z, size_t count, const Limb* x, const Limb* m, si
 }  // namespace
 
 bool Radix52Power(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
-                        size_t n) noexcept {
+                  size_t n) noexcept {
   n = SignificantLimbs(m, n);
   const size_t count = Radix52Count(LimbBits(m, n), 2);
   const size_t vectors = (count + kRadix52PerVector - 1) / kRadix52PerVector;

@@ -13,8 +13,7 @@ inline constexpr Limb kRadix52Mask = (Limb{1} << kRadix52Bits) - 1;
 inline constexpr size_t kRadix52PerVector = 8;
 
 // What the products here need of the processor: mulx too.
-inline constexpr uint32_t kRadix52Features =
-    kFeatureBmi2Adx | kFeatureAvx512 | kFeatureAvx512Ifma;
+inline constexpr uint32_t kRadix52Features = kFeatureBmi2Adx | kFeatureAvx512 | kFeatureAvx512Ifma;
 
 // Radix52Product: z := x * y / 2^(52 count), some value of the residue class of m below 2 m.
 // Shapes: x, y, z, m of as many vectors of eight digits as the function is for, zeros above count;
@@ -25,7 +24,7 @@ inline constexpr uint32_t kRadix52Features =
 // Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
 // 2016.
 using Radix52Product = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
-                              Limb inverse);
+                                Limb inverse);
 
 // Radix52ProductFor returns the product for that many vectors, 1 to kRadix52MostVectors.
 inline constexpr size_t kRadix52MostVectors = 10;

@@ -2,12 +2,12 @@
 
 #include <initializer_list>
 
-#include "limb_basics.h"
 #include "divide.h"
-#include "montgomery_pair.h"
-#include "limb_scratch.h"
 #include "gcd.h"
+#include "limb_basics.h"
+#include "limb_scratch.h"
 #include "mod_exp.h"
+#include "montgomery_pair.h"
 #include "next_prime.h"
 
 namespace mirolta {
@@ -100,9 +100,8 @@ namespace {
 
 // Whether two numbers are the same, sign's flag and all. Copies share their words.
 bool IsSame(const BigInt& a, const BigInt& b) {
-  return a.SignFlag() == b.SignFlag() &&
-         (&a.Magnitude() == &b.Magnitude() ||
-          BigMagnitude::Compare(a.Magnitude(), b.Magnitude()) == 0);
+  return a.SignFlag() == b.SignFlag() && (&a.Magnitude() == &b.Magnitude() ||
+                                          BigMagnitude::Compare(a.Magnitude(), b.Magnitude()) == 0);
 }
 
 HRESULT MakeValues(RsaPrimeValues& made, const RsaKey& key) {

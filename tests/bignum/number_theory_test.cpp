@@ -1,11 +1,10 @@
-#include "gcd.h"
-#include "mod_exp.h"
-#include "next_prime.h"
-
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
+#include "gcd.h"
+#include "mod_exp.h"
 #include "montgomery_power.h"
+#include "next_prime.h"
 #include "power_kernels.h"
 
 namespace mirolta {

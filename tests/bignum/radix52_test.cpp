@@ -1,9 +1,10 @@
 // Products and powers in digits of 52 bits, and Fermat tests in lanes, against the peer and against
 // the portable rows.
+#include "radix52.h"
+
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
-#include "radix52.h"
 #include "fermat_batch.h"
 #include "fermat_ifma.h"
 #include "montgomery_power.h"
