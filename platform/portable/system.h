@@ -40,6 +40,8 @@ struct SYSTEMTIME {
 
 constexpr UINT CP_ACP = 0;
 constexpr UINT CP_UTF8 = 65001;
+constexpr DWORD MB_ERR_INVALID_CHARS = 0x08;
+constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;  // UTF-8 only
 
 extern "C" {
 MIROLTA_RUNTIME DWORD GetTickCount();

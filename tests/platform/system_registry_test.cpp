@@ -15,7 +15,6 @@
 namespace mirolta {
 namespace {
 
-constexpr LONG kErrorKeyDeleted = 1018;
 
 class Registry : public RegistryTest {};
 
@@ -78,7 +77,7 @@ TEST_F(Registry, KeysWithSubkeysAreNotDeleted) {
     EXPECT_EQ(RegDeleteKeyW(key, u"B"), ERROR_SUCCESS);
     EXPECT_EQ(RegDeleteKeyW(key, u""), ERROR_SUCCESS);
     EXPECT_EQ(GetText(key, nullptr), u"<1018>");
-    EXPECT_EQ(SetText(key, nullptr, u"x"), kErrorKeyDeleted);
+    EXPECT_EQ(SetText(key, nullptr, u"x"), ERROR_KEY_DELETED);
   }
   EXPECT_EQ(OpenStatus(u"A"), ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(ReadFile(file_), "REGEDIT4\n");

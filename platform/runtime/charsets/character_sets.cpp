@@ -15,8 +15,6 @@
 namespace mirolta {
 namespace {
 
-constexpr DWORD kRefuseInvalid = 0x08;   // MB_ERR_INVALID_CHARS
-constexpr DWORD kRefuseUnpaired = 0x80;  // WC_ERR_INVALID_CHARS, for UTF-8 only
 constexpr uint32_t kReplacement = 0xFFFD;
 constexpr const char* kUtf16Name =
     std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
@@ -203,7 +201,7 @@ extern "C" INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, IN
   bool converted = false;
   switch (set->kind) {
     case CharacterSetKind::kUtf8:
-      converted = EncodeToUtf8(text, count, (flags & kRefuseUnpaired) != 0, &out);
+      converted = EncodeToUtf8(text, count, (flags & WC_ERR_INVALID_CHARS) != 0, &out);
       break;
     case CharacterSetKind::kUtf7:
       EncodeToUtf7(text, count, &out);
@@ -229,7 +227,7 @@ extern "C" INT MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR bytes, IN
   if (set == nullptr) return 0;
 
   const size_t count = length < 0 ? std::strlen(bytes) + 1 : static_cast<size_t>(length);
-  const bool strict = (flags & kRefuseInvalid) != 0;
+  const bool strict = (flags & MB_ERR_INVALID_CHARS) != 0;
   Output<WCHAR> out(text, capacity);
   bool converted = false;
   switch (set->kind) {

@@ -1,191 +1,31 @@
-#include "charsets/escaped_utf8.h"
 #include "portable/module_resources.h"
 
-#include <dlfcn.h>
-#include <link.h>
-#include <sys/auxv.h>
-#include <unistd.h>
-
 #include <cstring>
-#include <mutex>
 
 #include "classes/module_table.h"
-#include "system/file_trust.h"
 #include "texts/wide_text.h"
 
 namespace mirolta {
 namespace {
 
-constexpr size_t kLongestPath = 4096;
-
-// A known module. It stays while it has resources attached or is loaded by someone.
-struct Module {
-  Module* next = nullptr;
-  const ModuleResources* resources = nullptr;
-  const void* base = nullptr;  // where the file is mapped: the module's identity
-  void* library = nullptr;     // from dlopen
-  LONG loads = 0;
-  RuntimeArray<WCHAR> file;
-};
-
-// Neither has a destructor: modules detach while the process ends.
-std::mutex g_lock;
-Module* g_modules = nullptr;
-
-// Names under which the platform offers what this library offers.
-constexpr const char* kOwnNames[] = {"oleaut32.dll", "ole32.dll"};
-
-HINSTANCE HandleOf(Module* module) {
-  return reinterpret_cast<HINSTANCE>(module);
+bool IsNumber(LPCWSTR name) {
+  return reinterpret_cast<ULONG_PTR>(name) <= 0xFFFF;
 }
 
-// The following run under g_lock.
-Module* Find(HINSTANCE handle) {
-  Module* module = g_modules;
-  while (module != nullptr && HandleOf(module) != handle) module = module->next;
-  return module;
-}
-
-Module* FindByBase(const void* base) {
-  Module* module = g_modules;
-  while (module != nullptr && module->base != base) module = module->next;
-  return module;
-}
-
-void Insert(Module* module) {
-  module->next = g_modules;
-  g_modules = module;
-}
-
-// Takes the module out of the table if nothing keeps it.
-void RemoveIfUnused(Module* module) {
-  if (module->resources != nullptr || module->loads != 0) return;
-  Module** link = &g_modules;
-  while (*link != module) link = &(*link)->next;
-  *link = module->next;
-  DeleteRuntime(module);
-}
-
-const ModuleResources* ResourcesOf(HINSTANCE handle) {
-  const std::lock_guard<std::mutex> lock(g_lock);
-  const Module* module = Find(handle);
-  return module == nullptr ? nullptr : module->resources;
-}
-
-bool AppendProgramFile(RuntimeArray<WCHAR>* file) {
-  char path[kLongestPath];
-  const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
-  return length > 0 && AppendWideFromUtf8(path, static_cast<size_t>(length), file);
-}
-
-// Finds where the module with `address` is mapped, and its file as an absolute name.
-bool Locate(const void* address, const void** base, RuntimeArray<WCHAR>* file) {
-  Dl_info info = {};
-  if (dladdr(address, &info) == 0) return false;
-  *base = info.dli_fbase;
-  Dl_info program = {};
-  if (dladdr(reinterpret_cast<const void*>(getauxval(AT_PHDR)), &program) != 0 &&
-      program.dli_fbase == info.dli_fbase) {
-    return AppendProgramFile(file);
+// The number that a resource name is or, as "#123", spells; 65536 if it is neither.
+uint32_t ResourceNumber(LPCWSTR name) {
+  if (IsNumber(name)) return static_cast<uint32_t>(reinterpret_cast<ULONG_PTR>(name));
+  if (name[0] != u'#' || name[1] == 0) return 65536;
+  uint32_t number = 0;
+  for (++name; *name != 0; ++name) {
+    if (*name < u'0' || *name > u'9') return 65536;
+    number = number * 10 + static_cast<uint32_t>(*name - u'0');
+    if (number > 65535) return 65536;
   }
-  if (info.dli_fname[0] != '/') {
-    char folder[kLongestPath];
-    if (getcwd(folder, sizeof(folder)) == nullptr ||
-        !AppendWideFromUtf8(folder, std::strlen(folder), file) || !file->Append(u'/')) {
-      return false;
-    }
-  }
-  return AppendWideFromUtf8(info.dli_fname, std::strlen(info.dli_fname), file);
-}
-
-void* OpenSelf() {
-  Dl_info info = {};
-  void* library = nullptr;
-  if (dladdr(reinterpret_cast<const void*>(&OpenSelf), &info) != 0) {
-    library = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
-  }
-  return library != nullptr ? library : dlopen(nullptr, RTLD_NOW);
-}
-
-bool IsOwnName(const char* file) {
-  for (const char* name : kOwnNames) {
-    if (strcasecmp(file, name) == 0) return true;
-  }
-  return false;
+  return number;
 }
 
 }  // namespace
-
-HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
-  *out = nullptr;
-  RuntimeArray<char> name;
-  RuntimeArray<char> resolved;
-  Module* made = NewRuntime<Module>();
-  if (made == nullptr || !AppendUtf8FromWide(file, &name) || !name.Append('\0')) {
-    DeleteRuntime(made);
-    return E_OUTOFMEMORY;
-  }
-  const bool own = IsOwnName(name.data());
-  if (!own && HasBorrowedRights()) {
-    const HRESULT trust = ResolveTrusted(name.data(), &resolved);
-    if (FAILED(trust)) {
-      DeleteRuntime(made);
-      return trust;
-    }
-    name.Swap(resolved);
-  }
-  // Not under the lock: a module that is loaded attaches itself, and one that goes detaches itself.
-  void* library = own ? OpenSelf() : dlopen(name.data(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) {
-    DeleteRuntime(made);
-    return access(name.data(), F_OK) == 0 ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
-  }
-  // Another thread may have loaded the module just now. The loader has its own lock, which is no
-  // standard's; what the module attached under ours is in order with this.
-  { const std::lock_guard<std::mutex> lock(g_lock); }
-  link_map* map = nullptr;
-  const void* base = nullptr;
-  if (dlinfo(library, RTLD_DI_LINKMAP, &map) != 0 || !Locate(map->l_ld, &base, &made->file)) {
-    DeleteRuntime(made);
-    dlclose(library);
-    return E_OUTOFMEMORY;
-  }
-  const std::lock_guard<std::mutex> lock(g_lock);
-  Module* module = FindByBase(base);
-  if (module == nullptr) {
-    module = made;
-    module->base = base;
-    Insert(module);
-  } else {
-    DeleteRuntime(made);
-  }
-  module->library = library;
-  ++module->loads;
-  *out = HandleOf(module);
-  return S_OK;
-}
-
-extern "C" HINSTANCE MiroltaAttachModule(const ModuleResources* resources) {
-  if (resources == nullptr) return nullptr;
-  Module* module = NewRuntime<Module>();
-  if (module == nullptr) return nullptr;
-  if (!Locate(resources, &module->base, &module->file)) {
-    DeleteRuntime(module);
-    return nullptr;
-  }
-  module->resources = resources;
-  const std::lock_guard<std::mutex> lock(g_lock);
-  Insert(module);
-  return HandleOf(module);
-}
-
-extern "C" void MiroltaDetachModule(HINSTANCE handle) {
-  const std::lock_guard<std::mutex> lock(g_lock);
-  Module* module = Find(handle);
-  if (module == nullptr) return;
-  module->resources = nullptr;
-  RemoveIfUnused(module);
-}
 
 extern "C" const ModuleResources* MiroltaModuleResources(HINSTANCE module) {
   return ResourcesOf(module);
@@ -216,27 +56,6 @@ extern "C" INT LoadStringW(HINSTANCE module, UINT id, LPWSTR text, INT capacity)
   return 0;
 }
 
-namespace {
-
-bool IsNumber(LPCWSTR name) {
-  return reinterpret_cast<ULONG_PTR>(name) <= 0xFFFF;
-}
-
-// The number that a resource name is or, as "#123", spells; 65536 if it is neither.
-uint32_t ResourceNumber(LPCWSTR name) {
-  if (IsNumber(name)) return static_cast<uint32_t>(reinterpret_cast<ULONG_PTR>(name));
-  if (name[0] != u'#' || name[1] == 0) return 65536;
-  uint32_t number = 0;
-  for (++name; *name != 0; ++name) {
-    if (*name < u'0' || *name > u'9') return 65536;
-    number = number * 10 + static_cast<uint32_t>(*name - u'0');
-    if (number > 65535) return 65536;
-  }
-  return number;
-}
-
-}  // namespace
-
 extern "C" HRSRC FindResourceW(HMODULE module, LPCWSTR name, LPCWSTR type) {
   const ModuleResources* resources = ResourcesOf(module);
   if (resources == nullptr || IsNumber(type)) return nullptr;
@@ -261,67 +80,4 @@ extern "C" void* LockResource(void* loaded) {
 
 extern "C" DWORD SizeofResource(HMODULE, HRSRC resource) {
   return resource == nullptr ? 0 : static_cast<const DataResource*>(resource)->size;
-}
-
-extern "C" DWORD GetModuleFileNameW(HMODULE handle, LPWSTR file, DWORD capacity) {
-  if (file == nullptr || capacity == 0) return 0;
-  file[0] = 0;
-  RuntimeArray<WCHAR> program;
-  if (handle == nullptr && !AppendProgramFile(&program)) return 0;
-  const std::lock_guard<std::mutex> lock(g_lock);
-  const Module* module = Find(handle);
-  if (handle != nullptr && module == nullptr) return 0;
-  const RuntimeArray<WCHAR>& name = handle == nullptr ? program : module->file;
-  const DWORD copied = name.size() < capacity ? static_cast<DWORD>(name.size()) : capacity - 1;
-  std::memcpy(file, name.data(), copied * sizeof(WCHAR));
-  file[copied] = 0;
-  return name.size() < capacity ? copied : capacity;  // cut short: the capacity, as the platform
-}
-
-extern "C" BOOL DisableThreadLibraryCalls(HMODULE module) {
-  const std::lock_guard<std::mutex> lock(g_lock);
-  return Find(module) != nullptr ? TRUE : FALSE;  // there are no such calls to switch off
-}
-
-extern "C" HMODULE LoadLibraryW(LPCWSTR file) {
-  HMODULE module = nullptr;
-  return file != nullptr && SUCCEEDED(OpenLibrary(file, &module)) ? module : nullptr;
-}
-
-extern "C" FARPROC GetProcAddress(HMODULE handle, LPCSTR name) {
-  if (name == nullptr) return nullptr;
-  void* library;
-  RuntimeArray<char> file;
-  {
-    const std::lock_guard<std::mutex> lock(g_lock);
-    const Module* module = Find(handle);
-    if (module == nullptr) return nullptr;
-    library = module->library;
-    if (library == nullptr &&
-        (!AppendUtf8FromWide(ViewOf(module->file), &file) || !file.Append('\0'))) {
-      return nullptr;
-    }
-  }
-  if (library != nullptr) return reinterpret_cast<FARPROC>(dlsym(library, name));
-  // Attached, but not loaded by name: the program itself or one that it links.
-  library = dlopen(file.data(), RTLD_NOW | RTLD_NOLOAD);
-  if (library == nullptr) library = dlopen(nullptr, RTLD_NOW);
-  if (library == nullptr) return nullptr;
-  const FARPROC address = reinterpret_cast<FARPROC>(dlsym(library, name));
-  dlclose(library);
-  return address;
-}
-
-extern "C" BOOL FreeLibrary(HMODULE handle) {
-  void* library;
-  {
-    const std::lock_guard<std::mutex> lock(g_lock);
-    Module* module = Find(handle);
-    if (module == nullptr || module->loads == 0) return FALSE;
-    library = module->library;
-    if (--module->loads == 0) module->library = nullptr;
-    RemoveIfUnused(module);
-  }
-  dlclose(library);
-  return TRUE;
 }

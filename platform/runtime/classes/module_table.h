@@ -13,4 +13,7 @@ namespace mirolta {
 // without an absolute name and for one that others can change.
 HRESULT OpenLibrary(LPCWSTR file, HMODULE* out);
 
+// ResourcesOf returns what a handle was attached with; null for an unknown handle.
+const ModuleResources* ResourcesOf(HINSTANCE handle);
+
 }  // namespace mirolta

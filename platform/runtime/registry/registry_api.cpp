@@ -8,12 +8,6 @@
 namespace mirolta {
 namespace {
 
-constexpr REGSAM kQuery = 0x01;
-constexpr REGSAM kSetValue = 0x02;
-constexpr REGSAM kCreate = 0x04;
-constexpr REGSAM kEnumerate = 0x08;
-constexpr REGSAM kMaximum = 0x02000000;  // all that is allowed
-
 struct RootName {
   uint32_t number;
   const WCHAR* name;
@@ -45,7 +39,7 @@ struct Place {
 
   WideView path() const { return open != nullptr ? ViewOf(open->path) : WideView(root); }
   bool Allows(REGSAM access) const {
-    return open == nullptr || (open->access & (access | kMaximum)) != 0;
+    return open == nullptr || (open->access & (access | MAXIMUM_ALLOWED)) != 0;
   }
 };
 
@@ -75,7 +69,7 @@ LONG FindKey(const RegistryUse& use, HKEY handle, REGSAM access, RegistryKey** k
     return use.root()->MakePath(place->path(), key, &made);
   }
   *key = use.root()->FindPath(place->path());
-  return *key == nullptr ? kErrorKeyDeleted : ERROR_SUCCESS;
+  return *key == nullptr ? ERROR_KEY_DELETED : ERROR_SUCCESS;
 }
 
 // Joins the place of a handle and a path below it.
@@ -188,7 +182,7 @@ extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD,
   if (error != ERROR_SUCCESS) return error;
   const WideView below = ViewOrEmpty(path);
   if (key->FindPath(below) == nullptr) {
-    if (!place.Allows(kCreate)) return ERROR_ACCESS_DENIED;
+    if (!place.Allows(KEY_CREATE_SUB_KEY)) return ERROR_ACCESS_DENIED;
     if (!SurvivesFile(below)) return ERROR_INVALID_PARAMETER;
   }
   NewOpenKey opened;
@@ -235,7 +229,7 @@ extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
   RegistryUse use(RegistryAccess::kWrite);
   Place place;
   RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, kSetValue, &key, &place);
+  const LONG error = FindKey(use, handle, KEY_SET_VALUE, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   NewChange change(RegistryChange::Kind::kDeleteValue);
   const WideView value = ViewOrEmpty(name);
@@ -271,7 +265,7 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
   RegistryUse use(RegistryAccess::kWrite);
   Place place;
   RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, kSetValue, &key, &place);
+  const LONG error = FindKey(use, handle, KEY_SET_VALUE, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   bool changed = false;
   return change.Make(&use, place, WideView(), &changed);
@@ -283,7 +277,7 @@ extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type,
   const RegistryUse use(RegistryAccess::kRead);
   Place place;
   RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, kQuery, &key, &place);
+  const LONG error = FindKey(use, handle, KEY_QUERY_VALUE, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   const RegistryValue* value = key->FindValue(ViewOrEmpty(name));
   return value == nullptr ? ERROR_FILE_NOT_FOUND : GiveData(*value, type, data, size);
@@ -295,7 +289,7 @@ extern "C" LONG RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   const RegistryUse use(RegistryAccess::kRead);
   Place place;
   RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, kEnumerate, &key, &place);
+  const LONG error = FindKey(use, handle, KEY_ENUMERATE_SUB_KEYS, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   const RegistryKey* child = key->ChildAt(index);
   if (child == nullptr) return ERROR_NO_MORE_ITEMS;
@@ -314,7 +308,7 @@ extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   const RegistryUse use(RegistryAccess::kRead);
   Place place;
   RegistryKey* key = nullptr;
-  LONG error = FindKey(use, handle, kQuery, &key, &place);
+  LONG error = FindKey(use, handle, KEY_QUERY_VALUE, &key, &place);
   if (error != ERROR_SUCCESS) return error;
   const RegistryValue* value = key->ValueAt(index);
   if (value == nullptr) return ERROR_NO_MORE_ITEMS;

@@ -38,7 +38,7 @@ LONG MakeChange(const RegistryChange& change, RegistryKey* root, bool* changed) 
   if (change.kind == RegistryChange::Kind::kMakeKey) return MakeKey(change, root, changed);
   if (change.kind == RegistryChange::Kind::kDeleteKey) return DeleteKey(change, root, changed);
   RegistryKey* key = root->FindPath(ViewOf(change.path));
-  if (key == nullptr) return kErrorKeyDeleted;
+  if (key == nullptr) return ERROR_KEY_DELETED;
   if (change.kind == RegistryChange::Kind::kSetValue) return SetValue(change, key, changed);
   *changed = key->RemoveValue(ViewOf(change.value_name));
   return *changed ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;

@@ -20,7 +20,7 @@ struct RegistryChange {
 };
 
 // MakeChange changes the tree; *changed tells whether anything did.
-// Errors: kErrorKeyDeleted if the key of a value is missing; ERROR_FILE_NOT_FOUND if what is to be
+// Errors: ERROR_KEY_DELETED if the key of a value is missing; ERROR_FILE_NOT_FOUND if what is to be
 //         deleted is; ERROR_ACCESS_DENIED for a key with subkeys and for roots; MakePath's;
 //         ERROR_OUTOFMEMORY. After a failure the tree is as it was.
 LONG MakeChange(const RegistryChange& change, RegistryKey* root, bool* changed);

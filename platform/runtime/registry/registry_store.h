@@ -6,6 +6,7 @@
 #include "portable/registry_mode.h"
 #include "registry/registry_change.h"
 #include "registry/registry_file.h"
+#include "registry/registry_lock.h"
 
 namespace mirolta {
 

@@ -19,6 +19,8 @@
 
 namespace mirolta {
 
+inline constexpr char kRegistryFirstLine[] = "REGEDIT4";
+
 // ParseRegistry adds what text[0..size) says to the empty key `root`.
 // Errors: ERROR_BADDB with the number of the offending line, from 1; ERROR_OUTOFMEMORY.
 LONG ParseRegistry(const char* text, size_t size, RegistryKey* root, DWORD* bad_line);

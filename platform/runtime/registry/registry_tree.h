@@ -7,14 +7,10 @@
 
 namespace mirolta {
 
-// What RegXxx return for a handle whose key is gone.
-constexpr LONG kErrorKeyDeleted = 1018;
-
-constexpr DWORD kRegMultiText = 7;     // REG_MULTI_SZ
 constexpr unsigned kDeepestKey = 512;  // as on the platform
 
 constexpr bool IsTextType(DWORD type) {
-  return type == REG_SZ || type == REG_EXPAND_SZ || type == kRegMultiText;
+  return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
 // A value, or a comment line that the file has at this place; a comment's text is its data.

@@ -1,0 +1,97 @@
+#include "registry/registry_lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <mutex>
+
+#include "system/file_name.h"
+#include "system/opened_file.h"
+
+namespace mirolta {
+namespace {
+
+constexpr mode_t kFolderMode = 0755;
+constexpr mode_t kLockMode = 0600;  // who could only read it could hold it all the same
+
+std::mutex g_held_lock;  // holds for moments only
+RegistryLock* g_held = nullptr;
+
+// Makes the folders that `file` lies in.
+LONG MakeFolders(const char* file) {
+  RuntimeArray<char> folder;
+  for (const char* slash = std::strchr(file + 1, '/'); slash != nullptr;
+       slash = std::strchr(slash + 1, '/')) {
+    folder.Shorten(0);
+    if (!folder.Append(file, static_cast<size_t>(slash - file)) || !folder.Append('\0')) {
+      return ERROR_OUTOFMEMORY;
+    }
+    struct stat facts = {};
+    if (mkdir(folder.data(), kFolderMode) != 0 && stat(folder.data(), &facts) != 0) {
+      return ErrorOfErrno(errno, ERROR_CANTWRITE);
+    }
+  }
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+LONG RegistryLock::Enter(const char* file) {
+  RuntimeArray<char> target;
+  RuntimeArray<char> name;
+  LONG error = FollowLinks(file, &target);
+  if (error != ERROR_SUCCESS) return error;
+  if (!JoinFileName(&name, target.data(), ".lock")) return ERROR_OUTOFMEMORY;
+  constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+  const auto open_file = [&] {
+    // A child that is forked in between would keep what it does not know of.
+    const std::lock_guard<std::mutex> lock(g_held_lock);
+    lock_file_ = open(name.data(), kFlags, kLockMode);
+    if (lock_file_ < 0) return;
+    next_ = g_held;
+    g_held = this;
+  };
+  open_file();
+  if (lock_file_ < 0 && errno == ENOENT) {
+    error = MakeFolders(target.data());
+    if (error != ERROR_SUCCESS) return error;
+    open_file();
+  }
+  if (lock_file_ < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
+  while (flock(lock_file_, LOCK_EX) != 0) {
+    if (errno == EINTR) continue;
+    error = ErrorOfErrno(errno, ERROR_CANTWRITE);
+    Leave();
+    return error;
+  }
+  return ERROR_SUCCESS;
+}
+
+void RegistryLock::Leave() {
+  if (lock_file_ < 0) return;
+  const std::lock_guard<std::mutex> lock(g_held_lock);
+  RegistryLock** link = &g_held;
+  while (*link != this) link = &(*link)->next_;
+  *link = next_;
+  // By name: a child that has the file open would keep the lock beyond its closing here.
+  flock(lock_file_, LOCK_UN);
+  close(lock_file_);
+  lock_file_ = -1;
+}
+
+void RegistryLock::BeforeFork() {
+  g_held_lock.lock();
+}
+
+void RegistryLock::AfterFork(bool in_child) {
+  for (; in_child && g_held != nullptr; g_held = g_held->next_) {
+    close(g_held->lock_file_);
+    g_held->lock_file_ = -1;
+  }
+  g_held_lock.unlock();
+}
+
+}  // namespace mirolta

@@ -1,0 +1,36 @@
+#include "system/file_name.h"
+
+#include <unistd.h>
+
+#include <climits>
+#include <cstring>
+
+namespace mirolta {
+namespace {
+
+constexpr int kMostLinks = 40;
+
+}  // namespace
+
+bool JoinFileName(RuntimeArray<char>* out, const char* first, const char* second) {
+  return out->Append(first, std::strlen(first)) && out->Append(second, std::strlen(second) + 1);
+}
+
+LONG FollowLinks(const char* file, RuntimeArray<char>* target) {
+  if (!JoinFileName(target, file, "")) return ERROR_OUTOFMEMORY;
+  char link[PATH_MAX];
+  for (int links = 0;; ++links) {
+    const ssize_t length = readlink(target->data(), link, sizeof(link));
+    if (length < 0) return ERROR_SUCCESS;
+    if (length == sizeof(link) || links == kMostLinks) return ERROR_CANTWRITE;
+    // A relative link starts at the folder of the link.
+    const char* const slash = std::strrchr(target->data(), '/');
+    const bool relative = link[0] != '/' && slash != nullptr;
+    target->Shorten(relative ? static_cast<size_t>(slash - target->data()) + 1 : 0);
+    if (!target->Append(link, static_cast<size_t>(length)) || !target->Append('\0')) {
+      return ERROR_OUTOFMEMORY;
+    }
+  }
+}
+
+}  // namespace mirolta

@@ -1,0 +1,18 @@
+// File names: joined, and followed through symbolic links.
+#pragma once
+
+#include "heap/runtime_array.h"
+#include "portable/status.h"
+
+namespace mirolta {
+
+// JoinFileName appends the two texts and a terminator.
+// Errors: false if memory is short.
+[[nodiscard]] bool JoinFileName(RuntimeArray<char>* out, const char* first, const char* second);
+
+// FollowLinks sets the empty *target to the terminated name of the file that `file` leads to, which
+// need not exist.
+// Errors: ERROR_OUTOFMEMORY; ERROR_CANTWRITE for more than 40 links or a name that is too long.
+LONG FollowLinks(const char* file, RuntimeArray<char>* target);
+
+}  // namespace mirolta

@@ -1,0 +1,23 @@
+#include "system/opened_file.h"
+
+#include <cerrno>
+
+namespace mirolta {
+
+LONG ErrorOfErrno(int error, LONG otherwise) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return ERROR_ACCESS_DENIED;
+    case ENOMEM:
+      return ERROR_OUTOFMEMORY;
+    case ENOSPC:
+    case EDQUOT:
+      return ERROR_DISK_FULL;
+    default:
+      return otherwise;
+  }
+}
+
+}  // namespace mirolta
