@@ -25,7 +25,7 @@
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
 
-using namespace mirolta;
+using namespace mirolta::host;
 using namespace mirolta::fuzz;
 
 namespace {

@@ -10,7 +10,7 @@
 #include "portable/registry_mode.h"
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr OLECHAR kOwnClass[] = OLESTR("Vardeko.crypt.HashObject");
@@ -142,4 +142,4 @@ bool RegisterOwnModule() {
   return SUCCEEDED(status);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

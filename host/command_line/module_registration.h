@@ -5,7 +5,7 @@
 
 #include "platform.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // CallRegistration loads the module file and calls its DllRegisterServer or DllUnregisterServer, as
 // one change of the registry. Returns its status; *problem says in a sentence what went wrong.
@@ -18,4 +18,4 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
 // registers it in memory, for this process only. False if it found nothing to add.
 bool RegisterOwnModule();
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -31,7 +31,7 @@ constexpr char kUsage[] =
 
 int ChangeRegistration(const char* module, bool registers) {
   std::string problem;
-  if (FAILED(mirolta::CallRegistration(module, registers, &problem))) {
+  if (FAILED(mirolta::host::CallRegistration(module, registers, &problem))) {
     fprintf(stderr, "mirolta-host: %s: %s\n", module, problem.c_str());
     return 1;
   }
@@ -48,9 +48,9 @@ int RunCommand(int count, char** words) {
     fputs(kUsage, stdout);
     return 0;
   } else if (strcmp(first, "--") == 0 && count > 2) {
-    return mirolta::RunScript(words[2], std::vector<std::string>(words + 3, words + count));
+    return mirolta::host::RunScript(words[2], std::vector<std::string>(words + 3, words + count));
   } else if (first[0] != '-') {
-    return mirolta::RunScript(first, std::vector<std::string>(words + 2, words + count));
+    return mirolta::host::RunScript(first, std::vector<std::string>(words + 2, words + count));
   }
   fputs(kUsage, stderr);
   return kUsageError;

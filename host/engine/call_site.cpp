@@ -4,7 +4,7 @@
 
 #include "engine/script_context.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 // A dumped function starts with one marker byte, three counts of four bytes (instructions first),
@@ -137,4 +137,4 @@ bool CallSites::IsCall(duk_context* engine) const {
   return code >= 0 && calls_.test(static_cast<size_t>(code));
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

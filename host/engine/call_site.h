@@ -12,7 +12,7 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 class CallSites {
  public:
@@ -28,4 +28,4 @@ class CallSites {
   std::bitset<256> calls_;  // by instruction code
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::host

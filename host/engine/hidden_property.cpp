@@ -1,6 +1,6 @@
 #include "engine/hidden_property.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 bool PushOwn(duk_context* engine, duk_idx_t index, const char* key) {
   if (!duk_is_object(engine, index)) return false;
@@ -19,4 +19,4 @@ bool PushOwn(duk_context* engine, duk_idx_t index, const char* key) {
   return found;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -4,10 +4,10 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // PushOwn pushes the property `key` that the object at `index` has itself; false and nothing pushed
 // if it is no object or has none. Runs no script.
 bool PushOwn(duk_context* engine, duk_idx_t index, const char* key);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -9,7 +9,7 @@
 #include "engine/script_context.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr duk_uint_t kHiddenData = DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRITABLE |
@@ -266,4 +266,4 @@ ErrorReport DescribeError(duk_context* engine) {
   return report;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

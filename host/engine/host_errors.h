@@ -4,7 +4,7 @@
 #include "engine/engine_api.h"
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // Statuses of the script host itself, with the platform's numbers.
 inline constexpr HRESULT kInvalidCall = MIROLTA_STATUS(0x800A0005u);
@@ -47,4 +47,4 @@ struct ErrorReport {
 // Errors: std::bad_alloc.
 ErrorReport DescribeError(duk_context* engine);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -2,7 +2,7 @@
 
 #include "engine/host_errors.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 double NumberWithin(duk_context* engine, duk_idx_t index, double least, double most,
                     HRESULT status) {
@@ -12,4 +12,4 @@ double NumberWithin(duk_context* engine, duk_idx_t index, double least, double m
   return number;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -3,11 +3,11 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // NumberWithin returns the argument at `index` as a number in least..most.
 // Errors: throws `status` for other numbers and for NaN.
 double NumberWithin(duk_context* engine, duk_idx_t index, double least, double most,
                     HRESULT status);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -10,7 +10,7 @@
 #include "engine/engine_api.h"
 #include "engine/host_errors.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // ThrowIfExhausted does the work of a function that the engine calls; an exception for want of
 // memory becomes a script error with E_OUTOFMEMORY.
@@ -50,4 +50,4 @@ duk_ret_t RunProtected(duk_context* engine) {
   return 1;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

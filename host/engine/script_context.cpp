@@ -1,6 +1,6 @@
 #include "engine/script_context.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 ScriptContext& ContextOf(duk_context* engine) {
   duk_memory_functions functions;
@@ -21,4 +21,4 @@ void PushKept(duk_context* engine, const char* name) {
   duk_remove(engine, -2);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

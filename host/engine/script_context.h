@@ -8,7 +8,7 @@
 #include "engine/engine_api.h"
 #include "objects/object_table.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 struct ScriptLink;
 
@@ -41,4 +41,4 @@ ScriptContext& ContextOf(duk_context* engine);
 void KeepValue(duk_context* engine, const char* name);
 void PushKept(duk_context* engine, const char* name);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -18,7 +18,7 @@
 #include "values/array_value.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr size_t kBlockHeader = 16;  // keeps the alignment of what follows
@@ -176,4 +176,4 @@ int RunScript(const std::string& path, const std::vector<std::string>& arguments
   }
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

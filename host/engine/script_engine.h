@@ -6,7 +6,7 @@
 
 #include "engine/script_context.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // The script engine with everything that a script finds in it. At its end every automation object
 // that the script still held is given back.
@@ -33,4 +33,4 @@ class ScriptEngine {
 // error. WScript.Quit does not return.
 int RunScript(const std::string& path, const std::vector<std::string>& arguments);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -1,7 +1,7 @@
 // The platform's wording for statuses that come without a description.
 #include "engine/host_errors.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 struct StatusText {
@@ -80,4 +80,4 @@ const char* StandardText(HRESULT status) {
   return nullptr;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -6,7 +6,7 @@
 #include "files/target_path.h"
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr IID kFileStreamId = {
@@ -199,4 +199,4 @@ const std::string& FailedFileName() {
   return LastFailedName();
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

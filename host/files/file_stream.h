@@ -9,7 +9,7 @@
 #include "engine/engine_api.h"
 #include "files/output_file.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 struct FileMode {
   DWORD access;              // STGM_READ, STGM_WRITE or STGM_READWRITE
@@ -30,4 +30,4 @@ OutputFile* OutputOf(IStream* stream);
 void ForgetFileFailure();
 const std::string& FailedFileName();
 
-}  // namespace mirolta
+}  // namespace mirolta::host

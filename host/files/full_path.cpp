@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 struct Freeing {
@@ -18,4 +18,4 @@ std::string FullPath(const std::string& path) {
   return full != nullptr ? full.get() : "";
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -11,7 +11,7 @@
 #include "engine/host_errors.h"
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 using Outputs = std::vector<std::shared_ptr<OutputFile>>;
@@ -151,4 +151,4 @@ void DiscardOutputs() {
   for (const auto& output : outputs) output->Discard();
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

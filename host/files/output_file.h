@@ -8,9 +8,9 @@
 #include "files/target_path.h"
 #include "files/temporary_file.h"
 #include "platform.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 struct OutputOptions {
   DWORD mode = STGM_WRITE;   // or STGM_READWRITE
@@ -58,4 +58,4 @@ class OutputFile {
 [[nodiscard]] bool FinishOutputs();
 void DiscardOutputs();
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -5,7 +5,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr int kMostLinks = 40;  // as many as the system follows
@@ -73,4 +73,4 @@ bool IsSameFile(const std::string& a, const std::string& b) {
          stat((folder_other + '.').c_str(), &second) == 0 && IsSameNode(first, second);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

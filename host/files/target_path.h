@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace mirolta {
+namespace mirolta::host {
 
 enum class TargetKind {
   kNew,      // nothing is there
@@ -29,4 +29,4 @@ std::string FolderOf(const std::string& path);
 // IsSameFile tells whether both paths lead to one file or device, or would if it were there.
 bool IsSameFile(const std::string& a, const std::string& b);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -8,7 +8,7 @@
 
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
@@ -126,4 +126,4 @@ void TemporaryFile::Remove() {
   path_.clear();
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

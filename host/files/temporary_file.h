@@ -6,9 +6,9 @@
 #include <string>
 
 #include "platform.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 class TemporaryFile {
  public:
@@ -38,4 +38,4 @@ class TemporaryFile {
   TemporaryFile* next_ = nullptr;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -4,9 +4,9 @@
 #include "engine/host_errors.h"
 #include "engine/protected_call.h"
 #include "objects/dispatch_object.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 // Creates an object of the class with this ProgID or, in braces, this identifier.
@@ -55,4 +55,4 @@ void InstallActiveX(duk_context* engine) {
   duk_put_prop_string(engine, -2, "CreateObject");
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

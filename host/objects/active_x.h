@@ -3,10 +3,10 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // InstallActiveX makes the global ActiveXObject and adds CreateObject to the object on top of the
 // stack.
 void InstallActiveX(duk_context* engine);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

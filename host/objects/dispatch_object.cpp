@@ -11,7 +11,7 @@
 #include "source/call_assignment.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr char kOwnerKey[] = DUK_HIDDEN_SYMBOL("owner");
@@ -301,4 +301,4 @@ void InstallDispatchObjects(duk_context* engine) {
   KeepValue(engine, kAssignment);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -12,11 +12,11 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // PushDispatch pushes the script's object for `object` and takes over the caller's reference.
 void PushDispatch(duk_context* engine, IDispatch* object);
 // Call once, before any script runs.
 void InstallDispatchObjects(duk_context* engine);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -6,7 +6,7 @@
 #include "objects/script_object.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 // Automation calls that may run one inside the other, each with its own native stack.
@@ -129,4 +129,4 @@ void MemberCall::Throw(duk_context* engine, HRESULT status) {
   ThrowStatus(engine, number, TextOf(exception_.bstrDescription), TextOf(exception_.bstrSource));
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

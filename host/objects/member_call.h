@@ -5,10 +5,10 @@
 
 #include "engine/engine_api.h"
 #include "objects/object_table.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // Holds what a call needs and gives it back at its end. A member of a frame (protected_call.h).
 class MemberCall {
@@ -40,9 +40,9 @@ class MemberCall {
   SlotNumber number_ = kNoSlot;
   Reference<IDispatch> object_;
   std::vector<VARIANT> arguments_;  // reversed
-  OwnedVariant result_;
+  ScopedVariant result_;
   EXCEPINFO exception_{};
   Units name_;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::host

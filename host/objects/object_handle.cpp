@@ -5,7 +5,7 @@
 #include "engine/host_errors.h"
 #include "engine/script_context.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr char kHandleKey[] = DUK_HIDDEN_SYMBOL("handle");
@@ -102,4 +102,4 @@ ObjectSlot* SlotAt(duk_context* engine, duk_idx_t index, SlotKind kind) {
   return slot->kind == kind ? slot : nullptr;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

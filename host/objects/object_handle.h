@@ -6,7 +6,7 @@
 #include "engine/engine_api.h"
 #include "objects/object_table.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // MakeObject pushes the script object of a slot: it attaches the handle and may show it by a proxy.
 using MakeObject = void (*)(duk_context* engine, SlotNumber number);
@@ -36,4 +36,4 @@ bool HandleAt(duk_context* engine, duk_idx_t index, SlotNumber* number);
 // Errors: kDisconnected if the slot is gone.
 ObjectSlot* SlotAt(duk_context* engine, duk_idx_t index, SlotKind kind);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -2,7 +2,7 @@
 
 #include <new>
 
-namespace mirolta {
+namespace mirolta::host {
 
 SlotNumber ObjectTable::Add(SlotKind kind, const VARIANT& value) {
   try {
@@ -40,4 +40,4 @@ void ObjectTable::Clear() {
   while (!slots_.empty()) Remove(slots_.begin()->first);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -7,7 +7,7 @@
 
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 enum class SlotKind : uint8_t {
   kFree,
@@ -57,4 +57,4 @@ class ObjectTable {
   std::unordered_map<SlotNumber, ObjectSlot> slots_;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::host

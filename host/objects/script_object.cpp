@@ -5,10 +5,10 @@
 
 #include "engine/host_errors.h"
 #include "engine/script_context.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 struct ScriptLink {
   LONG references = 1;
@@ -333,4 +333,4 @@ void ForgetScriptError(duk_context* engine) {
   duk_pop(engine);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

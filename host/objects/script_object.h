@@ -5,7 +5,7 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // Ties script objects that automation holds to their engine, which may end before them.
 struct ScriptLink;
@@ -27,4 +27,4 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object);
 bool TakeScriptError(duk_context* engine, HRESULT status);
 void ForgetScriptError(duk_context* engine);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -12,10 +12,10 @@
 #include "files/file_stream.h"
 #include "files/target_path.h"
 #include "objects/object_handle.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr char kPrototype[] = "stream.prototype";
@@ -339,7 +339,7 @@ struct MemoryStreamFrame {
 
 // WScript.StreamOf(object)
 struct StreamOfFrame {
-  OwnedVariant value;
+  ScopedVariant value;
   Reference<IStream> stream;
   duk_ret_t Run(duk_context* engine) {
     const HRESULT taken = VariantFromScript(engine, 0, &value);
@@ -402,4 +402,4 @@ void InstallStreams(duk_context* engine) {
   duk_put_function_list(engine, -1, kMakers);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -17,7 +17,7 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // PushStream pushes a stream object and takes over the caller's reference.
 void PushStream(duk_context* engine, IStream* stream);
@@ -26,4 +26,4 @@ void PushStream(duk_context* engine, IStream* stream);
 // object is.
 void InstallStreams(duk_context* engine);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

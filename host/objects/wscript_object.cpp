@@ -17,7 +17,7 @@
 #include "objects/stream_object.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr char kCaseHandler[] = "wscript.handler";
@@ -243,4 +243,4 @@ bool FlushOutput() {
   return written;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

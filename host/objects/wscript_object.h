@@ -5,7 +5,7 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // Call once, before any script runs; the context names the script and its arguments.
 void InstallWScript(duk_context* engine);
@@ -13,4 +13,4 @@ void InstallWScript(duk_context* engine);
 // FlushOutput writes out what scripts printed; false if not all of it could be written.
 bool FlushOutput();
 
-}  // namespace mirolta
+}  // namespace mirolta::host

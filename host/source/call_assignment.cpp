@@ -7,7 +7,7 @@
 
 #include "source/script_tokens.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr std::string_view kAssignments[] = {
@@ -93,4 +93,4 @@ std::string RewriteCallAssignments(std::string_view script) {
   return Rewriter(script).Run();
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace mirolta {
+namespace mirolta::host {
 
 // What a member's name ends in when the script is about to assign to it with arguments.
 inline constexpr std::string_view kAssignmentSuffix = "()=";
@@ -16,4 +16,4 @@ inline constexpr std::string_view kAssignmentSuffix = "()=";
 // compound ones. A script without any comes back as it is.
 std::string RewriteCallAssignments(std::string_view script);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -11,7 +11,7 @@
 
 #include "source/call_assignment.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr off_t kLargestScript = 256 << 20;
@@ -49,4 +49,4 @@ bool LoadScript(const std::string& path, std::string* script, std::string* probl
   return true;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 using std::string_view;
@@ -350,4 +350,4 @@ std::vector<Token> SplitScript(string_view script) {
   return Splitter(script).Run();
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -7,7 +7,7 @@
 
 #include "platform.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 enum class TokenKind : uint8_t { kName, kKeyword, kNumber, kText, kRegExp, kPunctuator };
 
@@ -38,4 +38,4 @@ struct Token {
 // Shapes: UTF-8, or the engine's form of text.
 std::vector<Token> SplitScript(std::string_view script);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

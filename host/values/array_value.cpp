@@ -7,10 +7,10 @@
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr char kLowerBoundKey[] = DUK_HIDDEN_SYMBOL("lower");
@@ -19,7 +19,7 @@ constexpr UINT kMostDimensions = 60;
 
 // The array that a native member of VBArray works on: a private copy of what `this` wraps.
 struct ArrayFrame {
-  OwnedVariant array;
+  ScopedVariant array;
 
   void Open(duk_context* engine) {
     duk_push_this(engine);
@@ -66,7 +66,7 @@ struct ArrayFrame {
     PushVariant(engine, element);
   }
 
-  OwnedVariant element;
+  ScopedVariant element;
 };
 
 struct DimensionsFrame : ArrayFrame {
@@ -221,4 +221,4 @@ void InstallVbArray(duk_context* engine) {
   duk_put_global_string(engine, "VBArray");
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

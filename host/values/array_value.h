@@ -4,7 +4,7 @@
 
 #include "engine/engine_api.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // PushArray pushes the script's value of an array.
 void PushArray(duk_context* engine, const VARIANT& array);
@@ -15,4 +15,4 @@ bool PushArrayOf(duk_context* engine, duk_idx_t index);
 // InstallVbArray gives the script VBArray: dimensions, lbound, ubound, getItem and toArray.
 void InstallVbArray(duk_context* engine);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -4,7 +4,7 @@
 
 #include "values/value_marshal.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr double kMillisecondsPerDay = 86400000.0;
@@ -48,4 +48,4 @@ double ScriptMilliseconds(double automation_date) {
   return local - LocalOffset(local, true);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

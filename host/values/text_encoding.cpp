@@ -1,6 +1,6 @@
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 constexpr OLECHAR kReplacement = 0xFFFD;
@@ -165,4 +165,4 @@ std::string SystemFromUnits(UnitsView units) {
   return bytes;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

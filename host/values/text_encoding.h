@@ -11,7 +11,7 @@
 
 #include "platform.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 using Units = std::basic_string<OLECHAR>;
 using UnitsView = std::basic_string_view<OLECHAR>;
@@ -34,4 +34,4 @@ Units UnitsFromSystem(std::string_view bytes);
 // Lone surrogates that stand for no byte go out as U+FFFD.
 std::string SystemFromUnits(UnitsView units);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

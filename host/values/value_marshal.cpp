@@ -9,9 +9,9 @@
 #include "objects/script_object.h"
 #include "objects/stream_object.h"
 #include "values/array_value.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 HRESULT TextFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
@@ -294,4 +294,4 @@ void InstallMarshalling(duk_context* engine) {
   KeepValue(engine, "Date");
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -19,7 +19,7 @@
 #include "engine/engine_api.h"
 #include "values/text_encoding.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
 // VariantFromScript makes the automation value of the value at `index`. *out is empty before and,
 // after a failure, still. Fails with DISP_E_TYPEMISMATCH for symbols and with E_OUTOFMEMORY.
@@ -44,4 +44,4 @@ double ScriptMilliseconds(double automation_date);
 // Call once, before any script runs.
 void InstallMarshalling(duk_context* engine);
 
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -11,7 +11,7 @@
 #include "engine/script_engine.h"
 #include "generated_script.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 struct RewriteCase {
@@ -172,4 +172,4 @@ TEST(CallAssignment, AnyBytesAreTaken) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -21,7 +21,7 @@
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 // A script of the native functions named; it runs again and again and gives the same text.
@@ -420,4 +420,4 @@ INSTANTIATE_TEST_SUITE_P(Heaps, HostMemory,
                          HeapName);
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -7,9 +7,9 @@
 #include "engine/host_errors.h"
 #include "engine/script_engine.h"
 #include "objects/object_handle.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 VARIANT Text(const OLECHAR* text) {
@@ -97,7 +97,7 @@ TEST_F(StaleHandle, ItsEndTakesNothingWithIt) {
 }
 
 TEST_F(StaleHandle, ArraysAndObjectsToo) {
-  OwnedVariant array;
+  ScopedVariant array;
   SAFEARRAYBOUND bound = {2, 0};
   array.vt = VT_ARRAY | VT_I4;
   array.parray = SafeArrayCreate(VT_I4, 1, &bound);
@@ -113,4 +113,4 @@ TEST_F(StaleHandle, ArraysAndObjectsToo) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::host

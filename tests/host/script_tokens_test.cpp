@@ -14,7 +14,7 @@
 #include "engine/script_engine.h"
 #include "source/call_assignment.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -173,4 +173,4 @@ TEST_F(ScriptBody, ScriptsOfOthersStayAsTheyAreAndHaveTheTokensThatAParserFinds)
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 TEST(TextEncoding, EveryUnitSurvivesTheEngine) {
@@ -44,4 +44,4 @@ TEST(TextEncoding, SystemTextIsUtf8) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::host

@@ -9,9 +9,9 @@
 #include "engine/script_engine.h"
 #include "objects/dispatch_object.h"
 #include "objects/script_object.h"
-#include "values/owned_values.h"
+#include "values/scoped_values.h"
 
-namespace mirolta {
+namespace mirolta::host {
 namespace {
 
 // Remembers the last call and answers with what the test put into it.
@@ -63,8 +63,8 @@ class RecordingObject final : public IDispatch {
   UINT argument_count = 0;
   UINT named_count = 0;
   bool refuses_references = true;
-  OwnedVariant last_argument;
-  OwnedVariant answer;
+  ScopedVariant last_argument;
+  ScopedVariant answer;
 };
 
 class ValueMarshal : public testing::Test {
@@ -115,19 +115,19 @@ TEST_F(ValueMarshal, NumbersAreWholeWhereTheyFit) {
       {"Infinity", VT_R8, HUGE_VAL},
   };
   for (const auto& one : kCases) {
-    OwnedVariant value;
+    ScopedVariant value;
     Convert(one.script, &value);
     EXPECT_EQ(value.vt, one.type) << one.script;
     EXPECT_EQ(value.vt == VT_I4 ? value.lVal : value.dblVal, one.number) << one.script;
   }
-  OwnedVariant nan;
+  ScopedVariant nan;
   Convert("NaN", &nan);
   EXPECT_EQ(nan.vt, VT_R8);
   EXPECT_TRUE(std::isnan(nan.dblVal));
 }
 
 TEST_F(ValueMarshal, TextKeepsEveryUnit) {
-  OwnedVariant value;
+  ScopedVariant value;
   Convert("'a\\0\\ud800b\\u20ac'", &value);
   ASSERT_EQ(value.vt, VT_BSTR);
   const OLECHAR expected[] = {'a', 0, 0xD800, 'b', 0x20AC};
@@ -139,17 +139,17 @@ TEST_F(ValueMarshal, TextKeepsEveryUnit) {
 
 TEST_F(ValueMarshal, SymbolsAreRefusedAndLeaveNothing) {
   ASSERT_EQ(duk_peval_string(api(), "Symbol('s')"), 0);
-  OwnedVariant value;
+  ScopedVariant value;
   EXPECT_EQ(VariantFromScript(api(), -1, &value), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(value.vt, VT_EMPTY);
 }
 
 TEST_F(ValueMarshal, BytesKeepTheirLowerBound) {
-  OwnedVariant value;
+  ScopedVariant value;
   value.parray = SafeArrayCreateVector(VT_UI1, -3, 2);
   value.vt = VT_ARRAY | VT_UI1;
   PushVariant(api(), value);
-  OwnedVariant back;
+  ScopedVariant back;
   ASSERT_EQ(VariantFromScript(api(), -1, &back), S_OK);
   ASSERT_EQ(back.vt, VT_ARRAY | VT_UI1);
   LONG lower = 0, upper = 0;
@@ -242,7 +242,7 @@ TEST(ScriptObjectEnd, FailsCallsAfterItsEngine) {
     wrapper = WrapScriptObject(engine.api(), -1);
     ASSERT_NE(wrapper, nullptr);
     DISPPARAMS none = {};
-    OwnedVariant result;
+    ScopedVariant result;
     EXPECT_EQ(wrapper->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result,
                               nullptr, nullptr),
               S_OK);
@@ -258,7 +258,7 @@ TEST(ScriptObjectEnd, FailsCallsAfterItsEngine) {
         DISP_E_MEMBERNOTFOUND);
   }
   DISPPARAMS none = {};
-  OwnedVariant result;
+  ScopedVariant result;
   EXPECT_LT(wrapper->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result,
                             nullptr, nullptr),
             0);
@@ -266,4 +266,4 @@ TEST(ScriptObjectEnd, FailsCallsAfterItsEngine) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::host

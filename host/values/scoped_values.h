@@ -1,17 +1,19 @@
-// Owners of automation values for the host: what they hold is given back when they end.
+// Owners of automation values for the host. The host links the platform only and holds no secrets of
+// its own, so its VARIANT is cleared; OwnedVariant, which the module uses, also wipes.
 #pragma once
 
 #include <utility>
 
 #include "platform.h"
 
-namespace mirolta {
+namespace mirolta::host {
 
-struct OwnedVariant : VARIANT {
-  OwnedVariant() { VariantInit(this); }
-  OwnedVariant(const OwnedVariant&) = delete;
-  OwnedVariant& operator=(const OwnedVariant&) = delete;
-  ~OwnedVariant() { VariantClear(this); }
+// A VARIANT that is cleared at the end of its scope.
+struct ScopedVariant : VARIANT {
+  ScopedVariant() { VariantInit(this); }
+  ScopedVariant(const ScopedVariant&) = delete;
+  ScopedVariant& operator=(const ScopedVariant&) = delete;
+  ~ScopedVariant() { VariantClear(this); }
 };
 
 // A counted reference.
@@ -50,4 +52,4 @@ class Reference {
   Interface* pointer_ = nullptr;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::host
