@@ -3,6 +3,7 @@
 #pragma once
 
 #include "dispatch_object.h"
+#include "messages.h"
 #include "mirolta.h"
 #include "stream_binding.h"
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "key_conversion.h"
+#include "messages.h"
 #include "stream_transfer.h"
 
 namespace mirolta {

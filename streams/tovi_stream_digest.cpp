@@ -2,6 +2,7 @@
 
 #include "digest_result.h"
 #include "key_conversion.h"
+#include "messages.h"
 #include "stream_transfer.h"
 
 namespace mirolta {

@@ -4,6 +4,7 @@
 #include "byte_view.h"
 #include "cipher_algorithms.h"
 #include "key_conversion.h"
+#include "messages.h"
 #include "owned_value.h"
 #include "value_conversion.h"
 

@@ -4,6 +4,7 @@
 #include "digest_result.h"
 #include "hash_algorithms.h"
 #include "key_conversion.h"
+#include "messages.h"
 
 namespace mirolta {
 

@@ -2,6 +2,7 @@
 
 #include "array_bytes.h"
 #include "big_variant.h"
+#include "messages.h"
 
 namespace mirolta {
 

@@ -1,4 +1,5 @@
-// The module's texts. The status of a message is 0x80040000 plus its number.
+// The module's messages: string resources of the module, raised by its classes. Their statuses follow
+// from their ids (raise_error.h).
 #pragma once
 
 #include "platform.h"
@@ -27,9 +28,5 @@ inline constexpr Message kMessages[] = {
     {kMessageKeyNotSet, OLESTR("Key not set.")},
     {kMessageTooMuchData, OLESTR("Too much data.")},
 };
-
-constexpr HRESULT MessageStatus(UINT id) {
-  return static_cast<HRESULT>(0x80040000u | id);
-}
 
 }  // namespace mirolta
