@@ -1,98 +1,23 @@
 #include "class_table.h"
 
-#include "big_number_object.h"
-#include "class_factory.h"
-#include "class_registration.h"
-#include "hash_object.h"
-#include "mirolta.h"
-#include "rsa_crypt_object.h"
-#include "symmetric_crypt_object.h"
-#include "tovi_stream_crypt.h"
-#include "tovi_stream_digest.h"
+#include <array>
+
+#include "class_rows.h"
 
 namespace mirolta {
 
 namespace {
 
-const OLECHAR* NoDescription() {
-  return nullptr;
-}
-const void* NoCategories() {
-  return nullptr;
-}
-void NoInitTerm(bool) {}
-
-constexpr ClassRow Class(const CLSID& id, InstanceCreator create_instance, const OLECHAR* name,
-                         const OLECHAR* prog_id, const OLECHAR* version_independent_prog_id,
-                         const OLECHAR* description, const OLECHAR* threading_model,
-                         WORD registry_script) {
-  return {&id,
-          UpdateRegistry,
-          CreateClassFactory,
-          create_instance,
-          nullptr,
-          0,
-          NoDescription,
-          NoCategories,
-          NoInitTerm,
-          name,
-          prog_id,
-          version_independent_prog_id,
-          description,
-          threading_model,
-          registry_script};
-}
-
-// clang-format off
-ClassRow table[] = {
-    Class(CLSID_ToviStreamDigest, CreateToviStreamDigest, OLESTR("ToviStreamDigest"),
-          OLESTR("Vardeko.crypt.ToviStreamDigest.1"), OLESTR("Vardeko.crypt.ToviStreamDigest"),
-          OLESTR("Vardeko ToviStreamDigest Class"), OLESTR("Both"), 10102),
-    Class(CLSID_HashObject, CreateHashObject, OLESTR("HashObject"),
-          OLESTR("Vardeko.crypt.HashObject.1"), OLESTR("Vardeko.crypt.HashObject"),
-          OLESTR("Vardeko HashObject Class"), OLESTR("Both"), 10103),
-    Class(CLSID_SymmetricCryptObject, CreateSymmetricCryptObject, OLESTR("SymmetricCryptObject"),
-          OLESTR("Vardeko.crypt.Symmetric.1"), OLESTR("Vardeko.crypt.Symmetric"),
-          OLESTR("Vardeko SymmetricCryptObject Class"), OLESTR("Both"), 105),
-    Class(CLSID_RSACrypt, CreateRSACrypt, OLESTR("RSACrypt"),
-          OLESTR("Vardeko.crypt.RSA.1"), OLESTR("Vardeko.crypt.RSA"),
-          OLESTR("Vardeko RSACrypt Class"), OLESTR("Both"), 106),
-    Class(CLSID_PexBigNumber, CreatePexBigNumber, OLESTR("PexBigNumber"),
-          OLESTR("Vardeko.crypt.Number.1"), OLESTR("Vardeko.crypt.Number"),
-          OLESTR("Vardeko BigNumber Class"), OLESTR("Both"), 107),
-    Class(CLSID_ToviStreamCrypt, CreateToviStreamCrypt, OLESTR("ToviStreamCrypt"),
-          OLESTR("Vardeko.crypt.ToviStreamCrypt.1"), OLESTR("Vardeko.crypt.ToviStreamCrypt"),
-          OLESTR("Vardeko ToviStreamCrypt Class"), OLESTR("Both"), 108),
-    Class(CLSID_ToviStreamDigestFree, CreateToviStreamDigest, OLESTR("ToviStreamDigest"),
-          OLESTR("Vardeko.crypt.ToviStreamDigest.free.1"), OLESTR("Vardeko.crypt.ToviStreamDigest.free"),
-          OLESTR("Vardeko ToviStreamDigest Class (freethreaded)"), OLESTR("Free"), 10102),
-    Class(CLSID_HashObjectFree, CreateHashObject, OLESTR("HashObject"),
-          OLESTR("Vardeko.crypt.HashObject.free.1"), OLESTR("Vardeko.crypt.HashObject.free"),
-          OLESTR("Vardeko HashObject Class (freethreaded)"), OLESTR("Free"), 10103),
-    Class(CLSID_SymmetricCryptObjectFree, CreateSymmetricCryptObject, OLESTR("SymmetricCryptObject"),
-          OLESTR("Vardeko.crypt.Symmetric.free.1"), OLESTR("Vardeko.crypt.Symmetric.free"),
-          OLESTR("Vardeko SymmetricCryptObject Class (freethreaded)"), OLESTR("Free"), 105),
-    Class(CLSID_RSACryptFree, CreateRSACrypt, OLESTR("RSACrypt"),
-          OLESTR("Vardeko.crypt.RSA.free.1"), OLESTR("Vardeko.crypt.RSA.free"),
-          OLESTR("Vardeko RSACrypt Class (freethreaded)"), OLESTR("Free"), 106),
-    Class(CLSID_PexBigNumberFree, CreatePexBigNumber, OLESTR("PexBigNumber"),
-          OLESTR("Vardeko.crypt.Number.free.1"), OLESTR("Vardeko.crypt.Number.free"),
-          OLESTR("Vardeko BigNumber Class (freethreaded)"), OLESTR("Free"), 107),
-    Class(CLSID_ToviStreamCryptFree, CreateToviStreamCrypt, OLESTR("ToviStreamCrypt"),
-          OLESTR("Vardeko.crypt.ToviStreamCrypt.free.1"), OLESTR("Vardeko.crypt.ToviStreamCrypt.free"),
-          OLESTR("Vardeko ToviStreamCrypt Class (freethreaded)"), OLESTR("Free"), 108),
-    {},
-};
-// clang-format on
+constinit auto table = std::to_array(kClassRows);
 
 }  // namespace
 
 ClassRow* ClassTable() {
-  return table;
+  return table.data();
 }
 
 ClassRow* FindClass(REFCLSID id) {
-  for (ClassRow* row = table; row->id != nullptr; ++row) {
+  for (ClassRow* row = table.data(); row->id != nullptr; ++row) {
     if (row->create_factory != nullptr && *row->id == id) return row;
   }
   return nullptr;

@@ -4,8 +4,7 @@
 //   mirolta-definitions resources FILE             the resource script
 //   mirolta-definitions manifest FILE PROCESSOR    the manifest for use without registration
 //
-// The resource script names Mirolta.tlb and the registry scripts; the resource compiler is told
-// their folders.
+// The resource script names Mirolta.tlb; the resource compiler is told its folder.
 #include "definition_files.h"
 
 #include <string.h>

@@ -1,8 +1,31 @@
-#include "class_table.h"
 #include "definition_files.h"
 #include "messages.h"
+#include "registry_resources.h"
 
 namespace mirolta {
+
+namespace {
+
+// A text of several lines as raw data: a string for each.
+void WriteLines(FILE* out, const BYTE* text, DWORD length) {
+  const char* separator = "  \"";
+  for (DWORD i = 0; i < length; ++i) {
+    fputs(separator, out);
+    separator = "";
+    if (text[i] == '\n') {
+      fputs("\\n\"", out);
+      separator = ",\n  \"";
+    } else if (text[i] == '\t') {
+      fputs("\\t", out);
+    } else {
+      const OLECHAR c[] = {text[i], 0};
+      WriteText(out, c);
+    }
+  }
+  fputs("\n", out);
+}
+
+}  // namespace
 
 void WriteResourceScript(FILE* out) {
   fputs("STRINGTABLE\nBEGIN\n", out);
@@ -12,16 +35,12 @@ void WriteResourceScript(FILE* out) {
     fputs("\"\n", out);
   }
   fputs("END\n1 TYPELIB \"Mirolta.tlb\"\n", out);
-  for (const ClassRow* row = ClassTable(); row->id != nullptr; ++row) {
-    // Both rows of a class name the same script.
-    bool repeats = false;
-    for (const ClassRow* other = ClassTable(); other != row; ++other) {
-      repeats = repeats || other->registry_script == row->registry_script;
-    }
-    if (repeats) continue;
-    fprintf(out, "%u REGISTRY \"", row->registry_script);
-    WriteText(out, row->name);
-    fputs(".rgs\"\n", out);
+  for (const DataResource& script : kRegistryScripts) {
+    fprintf(out, "%u ", script.id);
+    WriteText(out, script.type);
+    fputs("\nBEGIN\n", out);
+    WriteLines(out, script.bytes, script.size);
+    fputs("END\n", out);
   }
 }
 

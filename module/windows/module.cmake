@@ -17,7 +17,6 @@ find_program(MIROLTA_WIDL ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl REQUIRED
   DOC "The compiler of interface definitions" NO_CMAKE_FIND_ROOT_PATH)
 
 set(sources ${CMAKE_CURRENT_SOURCE_DIR}/windows)
-set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/registry_scripts)
 set(made ${CMAKE_CURRENT_BINARY_DIR}/definitions)
 file(MAKE_DIRECTORY ${made})
 
@@ -36,10 +35,9 @@ add_custom_command(
   WORKING_DIRECTORY ${made}
   VERBATIM)
 
-file(GLOB script_files CONFIGURE_DEPENDS ${scripts}/*.rgs)
 set_source_files_properties(${made}/Mirolta.rc PROPERTIES
-  OBJECT_DEPENDS "${made}/Mirolta.tlb;${script_files}"
-  INCLUDE_DIRECTORIES "${made};${scripts}")
+  OBJECT_DEPENDS ${made}/Mirolta.tlb
+  INCLUDE_DIRECTORIES ${made})
 
 add_library(mirolta SHARED
   ${sources}/Mirolta.def ${made}/Mirolta.rc ${CMAKE_BINARY_DIR}/Mirolta.manifest)
