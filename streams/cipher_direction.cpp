@@ -14,12 +14,6 @@ bool CipherDirection::SetAlgorithm(BSTR name) {
   return true;
 }
 
-HRESULT CipherDirection::GetName(BSTR* name) const {
-  if (engine_ != nullptr) return engine_->GetNameString(name);
-  *name = SysAllocString(OLESTR(""));
-  return *name != nullptr ? S_OK : E_OUTOFMEMORY;
-}
-
 bool CipherDirection::SetPadType(LONG pad_type) {
   if (!pad_.present()) return false;
   pad_.Set(pad_type);
@@ -31,7 +25,7 @@ HRESULT CipherDirection::Update(const uint8_t* bytes, uint32_t count) {
 }
 
 HRESULT CipherDirection::Finish() {
-  // Bytes are left without a key only by a key whose conversion failed.
+  // A failed conversion of a new key leaves bytes queued and no key.
   if (LacksKey() && (In().Length() != 0 || Out().Length() != 0)) return E_UNEXPECTED;
   pad_.ApplyTo(*engine_);
   return (*engine_.*Operation().final)();

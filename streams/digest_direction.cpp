@@ -13,10 +13,4 @@ bool DigestDirection::SetAlgorithm(BSTR name) {
   return true;
 }
 
-HRESULT DigestDirection::GetName(BSTR* name) const {
-  if (engine_ != nullptr) return engine_->GetNameString(name);
-  *name = SysAllocString(OLESTR(""));
-  return *name != nullptr ? S_OK : E_OUTOFMEMORY;
-}
-
 }  // namespace mirolta

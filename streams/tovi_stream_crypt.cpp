@@ -2,10 +2,6 @@
 
 #include <cstring>
 
-#include "key_conversion.h"
-#include "messages.h"
-#include "stream_transfer.h"
-
 namespace mirolta {
 
 namespace {
@@ -18,28 +14,6 @@ constexpr ClassDescription kToviStreamCryptClass = {&CLSID_ToviStreamCrypt, &typ
 
 HRESULT CreateToviStreamCrypt(IUnknown* outer, REFIID iid, void** out) {
   return CreateObject<ToviStreamCrypt>(outer, iid, out);
-}
-
-HRESULT ToviStreamCrypt::ChooseAlgorithm(CipherDirection& direction, BSTR name) {
-  return direction.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound);
-}
-
-HRESULT ToviStreamCrypt::ChooseKey(const CipherDirection& direction, const VARIANT& key) {
-  if (direction.Engine() == nullptr) return Raise(kMessageNotInitialized);
-  const PlainKey plain(*direction.Engine(), key, code_page());
-  if (direction.Engine() == nullptr) return Raise(kMessageNotInitialized);
-  return plain.GiveTo(*direction.Engine());
-}
-
-HRESULT ToviStreamCrypt::GetAlgorithm(const CipherDirection& direction, BSTR* name) {
-  return PlainFrame(name, [&] { return direction.GetName(name); });
-}
-
-HRESULT ToviStreamCrypt::GetKey(const CipherDirection& direction, VARIANT* key) {
-  return Frame(key, [&] {
-    return direction.Engine() != nullptr ? direction.Engine()->GetKey(key)
-                                         : Raise(kMessageNotInitialized);
-  });
 }
 
 HRESULT ToviStreamCrypt::GetDecrypt(const CipherDirection& direction, VARIANT_BOOL* value) {
@@ -55,62 +29,45 @@ HRESULT ToviStreamCrypt::PutPadType(CipherDirection& direction, LONG value) {
   return direction.SetPadType(value) ? S_OK : Raise(kMessageNotInitialized);
 }
 
-template <typename Work>
-HRESULT ToviStreamCrypt::ChangeReading(Work work) {
-  return WhenIdle([&]() -> HRESULT {
-    read_draining_ = false;
-    return work();
+// Whatever changes reading ends its draining.
+HRESULT ToviStreamCrypt::PrepareChange(const CipherDirection& direction) {
+  if (IsInStreamOperation()) return E_UNEXPECTED;
+  if (&direction == &read_) read_draining_ = false;
+  return S_OK;
+}
+
+HRESULT ToviStreamCrypt::Reset(CipherDirection& direction) {
+  return ChangeDirection(direction, [&] {
+    direction.Reset();
+    return S_OK;
   });
 }
 
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::get_ReadAlgorithm(BSTR* name) {
-  return GetAlgorithm(read_, name);
+HRESULT ToviStreamCrypt::ResetKey(CipherDirection& direction) {
+  return ChangeDirection(direction, [&] {
+    direction.ResetKey();
+    return S_OK;
+  });
 }
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_ReadAlgorithm(BSTR name) {
-  return ChangeReading([&] { return ChooseAlgorithm(read_, name); });
-}
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::get_WriteAlgorithm(BSTR* name) {
-  return GetAlgorithm(write_, name);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_WriteAlgorithm(BSTR name) {
-  return WhenIdle([&] { return ChooseAlgorithm(write_, name); });
-}
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::get_ReadKey(VARIANT* key) {
-  return GetKey(read_, key);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_ReadKey(VARIANT key) {
-  return ChangeReading([&] { return ChooseKey(read_, key); });
-}
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::get_WriteKey(VARIANT* key) {
-  return GetKey(write_, key);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_WriteKey(VARIANT key) {
-  return WhenIdle([&] { return ChooseKey(write_, key); });
+
+HRESULT ToviStreamCrypt::PutDecrypt(CipherDirection& direction, VARIANT_BOOL value) {
+  return ChangeDirection(direction, [&] {
+    direction.SetDecrypts(value);
+    return S_OK;
+  });
 }
 
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::ReadReset() {
-  return ChangeReading([&] {
-    read_.Reset();
-    return S_OK;
-  });
+  return Reset(read_);
 }
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::WriteReset() {
-  return WhenIdle([&] {
-    write_.Reset();
-    return S_OK;
-  });
+  return Reset(write_);
 }
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::ReadResetKey() {
-  return ChangeReading([&] {
-    read_.ResetKey();
-    return S_OK;
-  });
+  return ResetKey(read_);
 }
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::WriteResetKey() {
-  return WhenIdle([&] {
-    write_.ResetKey();
-    return S_OK;
-  });
+  return ResetKey(write_);
 }
 
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::ReadFinalize() {
@@ -136,22 +93,16 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::get_WriteDecrypt(VARIANT_BOOL* value)
   return GetDecrypt(write_, value);
 }
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_WriteDecrypt(VARIANT_BOOL value) {
-  return WhenIdle([&] {
-    write_.SetDecrypts(value);
-    return S_OK;
-  });
+  return PutDecrypt(write_, value);
 }
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::get_ReadDecrypt(VARIANT_BOOL* value) {
   return GetDecrypt(read_, value);
 }
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_ReadDecrypt(VARIANT_BOOL value) {
-  return ChangeReading([&] {
-    read_.SetDecrypts(value);
-    return S_OK;
-  });
+  return PutDecrypt(read_, value);
 }
 
-// The pad settings are used without the lock: a finalize may be waiting for a slow stream.
+// Without the lock: a finalize that holds it may be waiting for a slow stream.
 HRESULT STDMETHODCALLTYPE ToviStreamCrypt::get_ReadPadType(LONG* value) {
   return GetPadType(read_, value);
 }
@@ -167,7 +118,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::put_WritePadType(LONG value) {
 
 namespace {
 
-// By way of memory of its own: what a failing stream writes does not reach the caller.
+// Reads into memory of its own: the caller must not see what a failing stream has written.
 HRESULT ReadPlain(IStream* target, void* bytes, ULONG count, ULONG* moved) {
   PassedBytes taken;
   const HRESULT status = taken.Fill(target, count);
@@ -179,8 +130,8 @@ HRESULT ReadPlain(IStream* target, void* bytes, ULONG count, ULONG* moved) {
 
 }  // namespace
 
-// Takes up to count bytes into the engine, unless draining, and hands out up to count bytes of what
-// has come out of it. A stream without bytes gets its status returned, whatever is still queued.
+// Passes up to count bytes into the engine, unless draining, and takes up to count bytes from its
+// output queue. If the stream has no bytes its status is returned, whatever is still queued.
 HRESULT ToviStreamCrypt::ReadThroughEngine(IStream* target, uint8_t* bytes, ULONG count,
                                            ULONG* moved) {
   if (!read_draining_) {
@@ -226,13 +177,13 @@ HRESULT STDMETHODCALLTYPE ToviStreamCrypt::Write(const void* bytes, ULONG count,
     if (write_.LacksKey()) return E_UNEXPECTED;
     const HRESULT status = write_.Update(static_cast<const uint8_t*>(bytes), count);
     if (FAILED(status)) return status;
-    // All is accepted, also what waits for the rest of its block.
+    // All bytes count, those of an incomplete block too.
     if (written != nullptr) *written = count;
     return SendQueue(write_.Out(), target);
   });
 }
 
-// What was written counts the bytes that the engine took, not those that the stream received.
+// The bytes written are counted as the engine takes them, not as the stream receives them.
 HRESULT ToviStreamCrypt::CopyThroughEngine(IStream* target, IStream* to, ULONGLONG count,
                                            CopyTotals* totals) {
   read_.Reset();
@@ -247,23 +198,12 @@ HRESULT ToviStreamCrypt::CopyThroughEngine(IStream* target, IStream* to, ULONGLO
   return FAILED(status) ? status : SendQueue(read_.Out(), to);
 }
 
-HRESULT STDMETHODCALLTYPE ToviStreamCrypt::CopyTo(IStream* to, ULARGE_INTEGER count,
-                                                  ULARGE_INTEGER* read, ULARGE_INTEGER* written) {
-  return StreamOperation([&](IStream* target) -> HRESULT {
-    if (target == nullptr) return STG_E_REVERTED;
-    if (to == nullptr) return STG_E_INVALIDPOINTER;
-    if (read_.LacksKey()) return E_UNEXPECTED;
-    CopyTotals totals;
-    const HRESULT status = read_.Engine() != nullptr
-                               ? CopyThroughEngine(target, to, count.QuadPart, &totals)
-                               : CopyPieces(target, count.QuadPart, &totals,
-                                            [&](const uint8_t* piece, ULONG length, ULONG* put) {
-                                              return WriteTo(to, piece, length, put);
-                                            });
-    if (FAILED(status)) return status;
-    totals.Report(read, written);
-    return S_OK;
-  }, StackUse::kMedium);
+HRESULT ToviStreamCrypt::Copy(IStream* target, IStream* to, ULONGLONG count, CopyTotals* totals) {
+  if (read_.LacksKey()) return E_UNEXPECTED;
+  if (read_.Engine() != nullptr) return CopyThroughEngine(target, to, count, totals);
+  return CopyPieces(target, count, totals, [&](const uint8_t* piece, ULONG length, ULONG* put) {
+    return WriteTo(to, piece, length, put);
+  });
 }
 
 }  // namespace mirolta

@@ -1,9 +1,6 @@
 #include "tovi_stream_digest.h"
 
 #include "digest_result.h"
-#include "key_conversion.h"
-#include "messages.h"
-#include "stream_transfer.h"
 
 namespace mirolta {
 
@@ -19,38 +16,8 @@ HRESULT CreateToviStreamDigest(IUnknown* outer, REFIID iid, void** out) {
   return CreateObject<ToviStreamDigest>(outer, iid, out);
 }
 
-template <typename Work>
-HRESULT ToviStreamDigest::WithEngine(const DigestDirection& direction, Work work) {
-  HashEngine* const engine = direction.Engine();
-  return engine != nullptr ? work(*engine) : Raise(kMessageNotInitialized);
-}
-
-HRESULT ToviStreamDigest::GetAlgorithm(const DigestDirection& direction, BSTR* name) {
-  return PlainFrame(name, [&] { return direction.GetName(name); });
-}
-
-HRESULT ToviStreamDigest::PutAlgorithm(DigestDirection& direction, BSTR name) {
-  return Frame(
-      [&] { return direction.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound); });
-}
-
-HRESULT ToviStreamDigest::GetKey(const DigestDirection& direction, VARIANT* key) {
-  return Frame(key, [&] {
-    return WithEngine(direction, [&](HashEngine& engine) { return engine.GetKey(key); });
-  });
-}
-
-HRESULT ToviStreamDigest::PutKey(const DigestDirection& direction, const VARIANT& key) {
-  return Frame([&] {
-    return WithEngine(direction, [&](HashEngine& before) {
-      const PlainKey plain(before, key, code_page());
-      return WithEngine(direction, [&](HashEngine& engine) { return plain.GiveTo(engine); });
-    });
-  });
-}
-
 HRESULT ToviStreamDigest::GetText(const DigestDirection& direction, BSTR* value) {
-  // The result's place is looked at only when there is a digest to put there.
+  // A null value is an error only if there is a digest to return.
   return Frame([&] { return DigestToText(direction.Engine(), value); });
 }
 
@@ -63,8 +30,7 @@ HRESULT ToviStreamDigest::GetEnable(const DigestDirection& direction, VARIANT_BO
 }
 
 HRESULT ToviStreamDigest::Reset(const DigestDirection& direction) {
-  return Frame(
-      [&] { return WithEngine(direction, [](HashEngine& engine) { return engine.Start(); }); });
+  return Frame([&] { return WithEngine(direction, [](HashEngine& engine) { return engine.Start(); }); });
 }
 
 HRESULT ToviStreamDigest::ResetKey(const DigestDirection& direction) {
@@ -77,30 +43,6 @@ HRESULT ToviStreamDigest::Finalize(const DigestDirection& direction) {
       [&] { return WithEngine(direction, [](HashEngine& engine) { return engine.Finish(); }); });
 }
 
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::get_ReadAlgorithm(BSTR* name) {
-  return GetAlgorithm(read_, name);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::put_ReadAlgorithm(BSTR name) {
-  return PutAlgorithm(read_, name);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::get_WriteAlgorithm(BSTR* name) {
-  return GetAlgorithm(write_, name);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::put_WriteAlgorithm(BSTR name) {
-  return PutAlgorithm(write_, name);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::get_WriteKey(VARIANT* key) {
-  return GetKey(write_, key);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::put_WriteKey(VARIANT key) {
-  return PutKey(write_, key);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::get_ReadKey(VARIANT* key) {
-  return GetKey(read_, key);
-}
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::put_ReadKey(VARIANT key) {
-  return PutKey(read_, key);
-}
 HRESULT STDMETHODCALLTYPE ToviStreamDigest::get_ReadValue(BSTR* value) {
   return GetText(read_, value);
 }
@@ -116,8 +58,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamDigest::WriteReset() {
 HRESULT STDMETHODCALLTYPE ToviStreamDigest::get_WriteHashEnable(VARIANT_BOOL* value) {
   return GetEnable(write_, value);
 }
-// The switches are set without the lock, so that a long transfer does not hold up the caller who
-// switches its digest off.
+// Without the lock: a caller can switch the digest of a long transfer off while it runs.
 HRESULT STDMETHODCALLTYPE ToviStreamDigest::put_WriteHashEnable(VARIANT_BOOL value) {
   write_.Enable(value);
   return S_OK;
@@ -156,7 +97,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamDigest::Read(void* bytes, ULONG count, ULONG
     if (target != nullptr) status = ReadFrom(target, bytes, count, &got);
     if (read != nullptr) *read = got;
     if (FAILED(status) || got == 0 || !read_.IsDigesting()) return status;
-    // Digested bytes are a success whatever the stream says of its end: its S_FALSE is dropped.
+    // The stream's S_FALSE at its end is replaced by the status of the digest.
     return read_.Update(bytes, got);
   });
 }
@@ -180,25 +121,16 @@ HRESULT STDMETHODCALLTYPE ToviStreamDigest::Write(const void* bytes, ULONG count
   });
 }
 
-HRESULT STDMETHODCALLTYPE ToviStreamDigest::CopyTo(IStream* to, ULARGE_INTEGER count,
-                                                   ULARGE_INTEGER* read, ULARGE_INTEGER* written) {
-  return StreamOperation([&](IStream* target) -> HRESULT {
-    if (target == nullptr) return STG_E_REVERTED;
-    if (to == nullptr) return STG_E_INVALIDPOINTER;
-    CopyTotals totals;
-    const HRESULT status =
-        CopyPieces(target, count.QuadPart, &totals,
-                   [&](const uint8_t* piece, ULONG length, ULONG* put) -> HRESULT {
-                     if (read_.IsDigesting()) {
-                       const HRESULT digested = read_.Update(piece, length);
-                       if (FAILED(digested)) return digested;
-                     }
-                     return WriteTo(to, piece, length, put);
-                   });
-    if (FAILED(status)) return status;
-    totals.Report(read, written);
-    return S_OK;
-  }, StackUse::kMedium);
+HRESULT ToviStreamDigest::Copy(IStream* target, IStream* to, ULONGLONG count,
+                               CopyTotals* totals) {
+  return CopyPieces(target, count, totals,
+                    [&](const uint8_t* piece, ULONG length, ULONG* put) -> HRESULT {
+                      if (read_.IsDigesting()) {
+                        const HRESULT status = read_.Update(piece, length);
+                        if (FAILED(status)) return status;
+                      }
+                      return WriteTo(to, piece, length, put);
+                    });
 }
 
 }  // namespace mirolta

@@ -12,18 +12,11 @@ extern const ClassDescription kToviStreamDigestClass;
 // switch. Without an algorithm the members of a direction raise "Not initialized.", save the name,
 // which is empty, and the digest readers, which return the bare number 10104 as a success code and
 // leave their result unset. Without a bound stream, writing digests alone.
-class ToviStreamDigest final : public StreamFilter<kToviStreamDigestClass, IToviStreamDigest> {
+class ToviStreamDigest final
+    : public StreamFilter<kToviStreamDigestClass, IToviStreamDigest, DigestDirection> {
  public:
   explicit ToviStreamDigest(IUnknown* outer) : StreamFilter(outer) {}
 
-  HRESULT STDMETHODCALLTYPE get_ReadAlgorithm(BSTR* name) override;
-  HRESULT STDMETHODCALLTYPE put_ReadAlgorithm(BSTR name) override;
-  HRESULT STDMETHODCALLTYPE get_WriteAlgorithm(BSTR* name) override;
-  HRESULT STDMETHODCALLTYPE put_WriteAlgorithm(BSTR name) override;
-  HRESULT STDMETHODCALLTYPE get_WriteKey(VARIANT* key) override;
-  HRESULT STDMETHODCALLTYPE put_WriteKey(VARIANT key) override;
-  HRESULT STDMETHODCALLTYPE get_ReadKey(VARIANT* key) override;
-  HRESULT STDMETHODCALLTYPE put_ReadKey(VARIANT key) override;
   HRESULT STDMETHODCALLTYPE get_ReadValue(BSTR* value) override;
   HRESULT STDMETHODCALLTYPE get_WriteValue(BSTR* value) override;
   HRESULT STDMETHODCALLTYPE ReadReset() override;
@@ -41,26 +34,17 @@ class ToviStreamDigest final : public StreamFilter<kToviStreamDigestClass, ITovi
 
   HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read) override;
   HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override;
-  HRESULT STDMETHODCALLTYPE CopyTo(IStream* to, ULARGE_INTEGER count, ULARGE_INTEGER* read,
-                                   ULARGE_INTEGER* written) override;
 
  private:
-  // The members, for either direction. WithEngine is the work of those that need an algorithm.
-  template <typename Work>
-  static HRESULT WithEngine(const DigestDirection& direction, Work work);
-  HRESULT GetAlgorithm(const DigestDirection& direction, BSTR* name);
-  HRESULT PutAlgorithm(DigestDirection& direction, BSTR name);
-  HRESULT GetKey(const DigestDirection& direction, VARIANT* key);
-  HRESULT PutKey(const DigestDirection& direction, const VARIANT& key);
+  HRESULT Copy(IStream* target, IStream* to, ULONGLONG count, CopyTotals* totals) override;
+
+  // The members, for either direction.
   HRESULT GetText(const DigestDirection& direction, BSTR* value);
   HRESULT GetBinary(const DigestDirection& direction, VARIANT* value);
   HRESULT GetEnable(const DigestDirection& direction, VARIANT_BOOL* value);
   HRESULT Reset(const DigestDirection& direction);
   HRESULT ResetKey(const DigestDirection& direction);
   HRESULT Finalize(const DigestDirection& direction);
-
-  DigestDirection read_;
-  DigestDirection write_;
 };
 
 // The class's instance creator; outer is the object that aggregates the new one, or null.
