@@ -27,7 +27,7 @@ class ByteOperands {
       : length_(length),
         pool_(std::make_shared<std::vector<uint8_t>>(RandomBytes(length + kStride * kOperands))) {}
 
-  size_t length() const { return length_; }
+  size_t Length() const { return length_; }
   const uint8_t* at(size_t operand) const { return pool_->data() + kStride * operand; }
 
  private:
@@ -48,7 +48,7 @@ Contestant ByteContestant(const char* name, const ByteOperands& operands, size_t
   const auto out = std::make_shared<std::vector<uint8_t>>(output_size);
   return {
       name,
-      [=](size_t operand) mutable { work(operands.at(operand), operands.length(), out->data()); },
+      [=](size_t operand) mutable { work(operands.at(operand), operands.Length(), out->data()); },
       [=] { return TextOf(*out); }};
 }
 
@@ -56,7 +56,7 @@ Contestant ByteContestant(const char* name, const ByteOperands& operands, size_t
 template <typename Work, typename Output>
 Contestant OwnPlaceContestant(const char* name, const ByteOperands& operands, size_t output_size,
                               Work work, Output output) {
-  return {name, [=](size_t operand) mutable { work(operands.at(operand), operands.length()); },
+  return {name, [=](size_t operand) mutable { work(operands.at(operand), operands.Length()); },
           [=] {
             const uint8_t* const bytes = output();
             return std::string(bytes, bytes + output_size);

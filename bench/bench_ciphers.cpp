@@ -14,7 +14,7 @@ namespace {
 
 void AddPeers(const CipherCase& cipher, const ByteOperands& in, std::vector<Contestant>* to) {
   const std::vector<uint8_t> key = CipherKey(cipher);
-  const size_t size = in.length();
+  const size_t size = in.Length();
   const size_t block_size = cipher.block_size;
   to->push_back(
       ByteContestant("OpenSSL", in, size, cipher.openssl(key.data(), key.size(), cipher.encrypts)));

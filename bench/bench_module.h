@@ -44,7 +44,7 @@ using ArrayOperands = std::shared_ptr<std::vector<OwnedVariant>>;
 inline ArrayOperands Arrays(const ByteOperands& pieces, size_t count) {
   const auto arrays = std::make_shared<std::vector<OwnedVariant>>(count);
   for (size_t i = 0; i < count; ++i) {
-    (void)BytesToVariant(pieces.at(i), static_cast<uint32_t>(pieces.length()), (*arrays)[i].Put());
+    (void)BytesToVariant(pieces.at(i), static_cast<uint32_t>(pieces.Length()), (*arrays)[i].Put());
   }
   return arrays;
 }

@@ -28,8 +28,8 @@ class LimbPool {
     ours_.assign(limbs_.size() * sizeof(mp_limb_t) / sizeof(Limb), 0);
     std::memcpy(ours_.data(), limbs_.data(), limbs_.size() * sizeof(mp_limb_t));
   }
-  size_t count() const { return count_; }
-  size_t our_count() const { return count_ * kWords; }
+  size_t Count() const { return count_; }
+  size_t OurCount() const { return count_ * kWords; }
   const mp_limb_t* gmp(size_t operand) const { return limbs_.data() + operand; }
   const Limb* ours(size_t operand) const { return ours_.data() + operand * kWords; }
 
@@ -57,23 +57,23 @@ Contestant LimbContestant(const char* name, size_t result_count, Work work) {
 std::vector<Contestant> MakeLimbProducts(size_t bits) {
   const auto x = std::make_shared<LimbPool>(bits / 64, 1);
   const auto y = std::make_shared<LimbPool>(bits / 64, 2);
-  const size_t n = x->our_count();
+  const size_t n = x->OurCount();
   const auto scratch = std::make_shared<std::vector<Limb>>(MultiplyScratch(n, n).value() + 1);
   return {LimbContestant<Limb>(kOurs, 2 * n,
                                [=](Limb* z, size_t i) {
                                  MultiplyLimbs(z, x->ours(i), n, y->ours(i), n, scratch->data());
                                }),
-          LimbContestant<mp_limb_t>("GMP", 2 * x->count(), [=](mp_limb_t* z, size_t i) {
-            mpn_mul_n(z, x->gmp(i), y->gmp(i), static_cast<mp_size_t>(x->count()));
+          LimbContestant<mp_limb_t>("GMP", 2 * x->Count(), [=](mp_limb_t* z, size_t i) {
+            mpn_mul_n(z, x->gmp(i), y->gmp(i), static_cast<mp_size_t>(x->Count()));
           })};
 }
 
 std::vector<Contestant> MakeLimbQuotients(size_t bits) {
   const auto a = std::make_shared<LimbPool>(2 * bits / 64, 3);
   const auto d = std::make_shared<LimbPool>(bits / 64, 4);
-  const size_t n = d->our_count();
-  const size_t m = a->our_count();
-  const size_t gmp_n = d->count();
+  const size_t n = d->OurCount();
+  const size_t m = a->OurCount();
+  const size_t gmp_n = d->Count();
   return {LimbContestant<Limb>(kOurs, m - n + 1 + n,
                                [=](Limb* z, size_t i) {
                                  if (!DivideLimbs(z, z + m - n + 1, a->ours(i), m, d->ours(i), n)) {

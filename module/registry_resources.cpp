@@ -93,7 +93,8 @@ constexpr bool TakeName(const char** text, const char* name) {
 // Does not compile for a name that it does not know: nothing is then written, and the text ends.
 constexpr void PutField(Writer& writer, const ClassRow& row, const char** text) {
   if (TakeName(text, "ProgID")) return writer.Put(row.prog_id);
-  if (TakeName(text, "VersionIndependentProgID")) return writer.Put(row.version_independent_prog_id);
+  if (TakeName(text, "VersionIndependentProgID"))
+    return writer.Put(row.version_independent_prog_id);
   if (TakeName(text, "Description")) return writer.Put(row.description);
   if (TakeName(text, "ThreadingModel")) return writer.Put(row.threading_model);
   if (TakeName(text, "CLSID")) return writer.Put(*row.id);
@@ -139,8 +140,8 @@ constexpr auto kText = [] {
 }();
 
 template <size_t kIndex>
-constexpr DataResource kResource = {OLESTR("REGISTRY"), kScripts.first[kIndex], kText<kIndex>.data(),
-                                    static_cast<DWORD>(kText<kIndex>.size())};
+constexpr DataResource kResource = {OLESTR("REGISTRY"), kScripts.first[kIndex],
+                                    kText<kIndex>.data(), static_cast<DWORD>(kText<kIndex>.size())};
 
 }  // namespace
 

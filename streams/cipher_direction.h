@@ -8,9 +8,9 @@
 
 namespace mirolta {
 
-// CipherDirection adds whether the direction encrypts or decrypts, and its pad setting. The filter's lock
-// covers all but the pad setting, which may be used at any time: it is kept here, not in the engine,
-// which another thread may be replacing.
+// CipherDirection adds whether the direction encrypts or decrypts, and its pad setting. The
+// filter's lock covers all but the pad setting, which may be used at any time: it is kept here, not
+// in the engine, which another thread may be replacing.
 class CipherDirection : public FilterDirection<CipherEngine> {
  public:
   // SetAlgorithm releases the engine and, for a known name, creates a new one, without key and with
@@ -25,13 +25,13 @@ class CipherDirection : public FilterDirection<CipherEngine> {
   LONG PadType() const { return pad_.present() ? pad_.value() : 0; }
   bool SetPadType(LONG pad_type);
 
-  // A direction with an algorithm but no key moves nothing: it must not pass on plaintext that was to be
-  // encrypted.
+  // A direction with an algorithm but no key moves nothing: it must not pass on plaintext that was
+  // to be encrypted.
   bool LacksKey() const { return engine_ != nullptr && !engine_->HasKey(); }
 
-  // Update, Finish and Out are the engine's operations in the direction that is set; the direction must
-  // have an algorithm. Finish without a key returns E_UNEXPECTED if bytes are queued, and otherwise
-  // does nothing.
+  // Update, Finish and Out are the engine's operations in the direction that is set; the direction
+  // must have an algorithm. Finish without a key returns E_UNEXPECTED if bytes are queued, and
+  // otherwise does nothing.
   [[nodiscard]] HRESULT Update(const uint8_t* bytes, uint32_t count);
   [[nodiscard]] HRESULT Finish();
   ByteBuffer& Out() { return (*engine_.*Operation().out)(); }

@@ -8,8 +8,8 @@
 
 namespace mirolta {
 
-// DigestDirection adds the switch. The filter's lock covers all but Enable, which may be called at any
-// time.
+// DigestDirection adds the switch. The filter's lock covers all but Enable, which may be called at
+// any time.
 class DigestDirection : public FilterDirection<HashEngine> {
  public:
   // SetAlgorithm releases the engine and, for a known name, creates a new one and switches the

@@ -7,8 +7,8 @@
 
 namespace mirolta {
 
-// FilterDirection<Engine> owns the direction's engine, if an algorithm was chosen. The filter's lock covers
-// it.
+// FilterDirection<Engine> owns the direction's engine, if an algorithm was chosen. The filter's
+// lock covers it.
 template <typename EngineType>
 class FilterDirection {
  public:

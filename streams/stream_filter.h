@@ -1,5 +1,5 @@
-// What both stream filters share: the bound stream, the guard around calls of it, the algorithm and key
-// of each direction, and the stream operations that carry no data of their own.
+// What both stream filters share: the bound stream, the guard around calls of it, the algorithm and
+// key of each direction, and the stream operations that carry no data of their own.
 #pragma once
 
 #include "dispatch_object.h"
@@ -11,9 +11,9 @@
 
 namespace mirolta {
 
-// StreamFilter<kClass, Dual, Direction> is the base of a filter with the dispatch interface Dual and a Direction
-// (a FilterDirection) for each direction. The filter itself implements Read and Write, by StreamOperation,
-// and Copy.
+// StreamFilter<kClass, Dual, Direction> is the base of a filter with the dispatch interface Dual
+// and a Direction (a FilterDirection) for each direction. The filter itself implements Read and
+// Write, by StreamOperation, and Copy.
 template <const ClassDescription& kClass, typename Dual, typename Direction>
 class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   using Base = DispatchObject<kClass, Dual, IStream>;
@@ -91,15 +91,17 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   }
   HRESULT STDMETHODCALLTYPE CopyTo(IStream* to, ULARGE_INTEGER count, ULARGE_INTEGER* read,
                                    ULARGE_INTEGER* written) override {
-    return StreamOperation([&](IStream* target) -> HRESULT {
-      if (target == nullptr) return STG_E_REVERTED;
-      if (to == nullptr) return STG_E_INVALIDPOINTER;
-      CopyTotals totals;
-      const HRESULT status = Copy(target, to, count.QuadPart, &totals);
-      if (FAILED(status)) return status;
-      totals.Report(read, written);
-      return S_OK;
-    }, StackUse::kMedium);
+    return StreamOperation(
+        [&](IStream* target) -> HRESULT {
+          if (target == nullptr) return STG_E_REVERTED;
+          if (to == nullptr) return STG_E_INVALIDPOINTER;
+          CopyTotals totals;
+          const HRESULT status = Copy(target, to, count.QuadPart, &totals);
+          if (FAILED(status)) return status;
+          totals.Report(read, written);
+          return S_OK;
+        },
+        StackUse::kMedium);
   }
   // Two filters over one position would digest or transform each other's bytes.
   HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
@@ -117,8 +119,8 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
     return S_OK;
   }
 
-  // WhenIdle is Frame for work that must not run inside a stream operation. The lock is recursive; a
-  // call from inside comes from the bound stream, on the same thread, and inside_ detects it.
+  // WhenIdle is Frame for work that must not run inside a stream operation. The lock is recursive;
+  // a call from inside comes from the bound stream, on the same thread, and inside_ detects it.
   // Errors: E_UNEXPECTED inside a stream operation.
   template <typename Work>
   HRESULT WhenIdle(Work work, StackUse use = StackUse::kShort) {
@@ -151,8 +153,8 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
     return engine != nullptr ? work(*engine) : Raise(kMessageNotInitialized);
   }
 
-  // PrepareChange is called under the lock before a member changes a direction's engine; if it fails, the
-  // member returns its status and changes nothing.
+  // PrepareChange is called under the lock before a member changes a direction's engine; if it
+  // fails, the member returns its status and changes nothing.
   virtual HRESULT PrepareChange(const Direction&) { return S_OK; }
 
   // ChangeDirection runs work, which changes the direction's engine, under the lock.
@@ -165,8 +167,8 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
     });
   }
 
-  // Copy reads up to count bytes from target, passes them through the reading direction and writes them
-  // to `to`; CopyTo reports the totals if it succeeds.
+  // Copy reads up to count bytes from target, passes them through the reading direction and writes
+  // them to `to`; CopyTo reports the totals if it succeeds.
   virtual HRESULT Copy(IStream* target, IStream* to, ULONGLONG count, CopyTotals* totals) = 0;
 
   bool IsInStreamOperation() const { return inside_; }
@@ -179,8 +181,9 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
     return PlainFrame(name, [&] { return direction.GetName(name); });
   }
   HRESULT PutAlgorithm(Direction& direction, BSTR name) {
-    return ChangeDirection(
-        direction, [&] { return direction.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound); });
+    return ChangeDirection(direction, [&] {
+      return direction.SetAlgorithm(name) ? S_OK : Raise(kMessageAlgorithmNotFound);
+    });
   }
   HRESULT GetKey(const Direction& direction, VARIANT* key) {
     return Frame(key, [&] {

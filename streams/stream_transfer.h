@@ -58,8 +58,8 @@ struct CopyTotals {
 // CopyPieces reads up to count bytes from source, a piece at a time, and has each taken by
 // `take(piece, length, &written)`. It ends early after a piece without bytes and after one of which
 // nothing was written. A piece that is written in part is not written again. Bytes that the source
-// reports and never wrote are zeros. Returns the status of the last read or take: any success status
-// if all went well.
+// reports and never wrote are zeros. Returns the status of the last read or take: any success
+// status if all went well.
 // Errors: a failing read's, with the bytes got in the totals all the same; a failing take's.
 template <typename Take>
 HRESULT CopyPieces(IStream* source, ULONGLONG count, CopyTotals* totals, Take take) {

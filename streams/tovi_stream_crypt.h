@@ -8,10 +8,10 @@ namespace mirolta {
 
 extern const ClassDescription kToviStreamCryptClass;
 
-// Reading and writing each have their own algorithm, key, direction and pad setting; initially reading
-// decrypts and writing encrypts. Each block is transformed independently (ECB), a last partial block
-// only by a finalize, and nothing is authenticated. A direction without an algorithm passes bytes
-// unchanged; one with an algorithm but no key moves none (E_UNEXPECTED).
+// Reading and writing each have their own algorithm, key, direction and pad setting; initially
+// reading decrypts and writing encrypts. Each block is transformed independently (ECB), a last
+// partial block only by a finalize, and nothing is authenticated. A direction without an algorithm
+// passes bytes unchanged; one with an algorithm but no key moves none (E_UNEXPECTED).
 //
 // The bound stream reads directly from the engine's queue, so members that change an engine return
 // E_UNEXPECTED if it calls them from inside a stream operation.

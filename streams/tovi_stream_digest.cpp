@@ -30,7 +30,8 @@ HRESULT ToviStreamDigest::GetEnable(const DigestDirection& direction, VARIANT_BO
 }
 
 HRESULT ToviStreamDigest::Reset(const DigestDirection& direction) {
-  return Frame([&] { return WithEngine(direction, [](HashEngine& engine) { return engine.Start(); }); });
+  return Frame(
+      [&] { return WithEngine(direction, [](HashEngine& engine) { return engine.Start(); }); });
 }
 
 HRESULT ToviStreamDigest::ResetKey(const DigestDirection& direction) {
@@ -121,8 +122,7 @@ HRESULT STDMETHODCALLTYPE ToviStreamDigest::Write(const void* bytes, ULONG count
   });
 }
 
-HRESULT ToviStreamDigest::Copy(IStream* target, IStream* to, ULONGLONG count,
-                               CopyTotals* totals) {
+HRESULT ToviStreamDigest::Copy(IStream* target, IStream* to, ULONGLONG count, CopyTotals* totals) {
   return CopyPieces(target, count, totals,
                     [&](const uint8_t* piece, ULONG length, ULONG* put) -> HRESULT {
                       if (read_.IsDigesting()) {

@@ -45,7 +45,7 @@ class DispatchObject : public ObjectCore, public Stream..., public Dual, public 
   }
 
   HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
-    return iid == kClass.type_info->iid() ? S_OK : S_FALSE;
+    return iid == kClass.type_info->InterfaceId() ? S_OK : S_FALSE;
   }
 
  protected:
@@ -53,7 +53,7 @@ class DispatchObject : public ObjectCore, public Stream..., public Dual, public 
 
   static HRESULT Raise(UINT message_id) { return ObjectCore::Raise(kClass, message_id); }
 
-  IUnknown* first_interface() override {
+  IUnknown* FirstInterface() override {
     if constexpr (sizeof...(Stream) > 0) {
       return (static_cast<Stream*>(this), ...);
     } else {
@@ -63,9 +63,10 @@ class DispatchObject : public ObjectCore, public Stream..., public Dual, public 
 
   IUnknown* FindInterface(REFIID iid) override {
     if constexpr (sizeof...(Stream) > 0) {
-      if (iid == IID_IStream || iid == IID_ISequentialStream) return first_interface();
+      if (iid == IID_IStream || iid == IID_ISequentialStream) return FirstInterface();
     }
-    if (iid == kClass.type_info->iid() || iid == IID_IDispatch) return static_cast<Dual*>(this);
+    if (iid == kClass.type_info->InterfaceId() || iid == IID_IDispatch)
+      return static_cast<Dual*>(this);
     if (iid == IID_ISupportErrorInfo) return static_cast<ISupportErrorInfo*>(this);
     return nullptr;
   }

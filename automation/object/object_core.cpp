@@ -37,7 +37,7 @@ HRESULT STDMETHODCALLTYPE ObjectCore::InnerUnknown::QueryInterface(REFIID iid, v
   if (out == nullptr) return E_POINTER;
   IUnknown* found = nullptr;
   if (iid == IID_IUnknown) {
-    found = core_.outer_ != nullptr ? this : core_.first_interface();
+    found = core_.outer_ != nullptr ? this : core_.FirstInterface();
   } else {
     found = core_.FindInterface(iid);
   }
@@ -59,7 +59,7 @@ ULONG STDMETHODCALLTYPE ObjectCore::InnerUnknown::Release() {
 
 HRESULT FinishObject(ObjectCore* object, REFIID iid, void** out) {
   HRESULT status = object->Construct();
-  if (SUCCEEDED(status)) status = object->inner()->QueryInterface(iid, out);
+  if (SUCCEEDED(status)) status = object->Inner()->QueryInterface(iid, out);
   if (FAILED(status)) object->Destroy();
   return status;
 }

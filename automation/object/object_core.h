@@ -22,7 +22,7 @@ class ObjectCore {
 
   // The object's own IUnknown, which never delegates: what an outer object holds, and what a
   // creator queries.
-  IUnknown* inner() { return &inner_; }
+  IUnknown* Inner() { return &inner_; }
 
   // FinalConstruct sets up what the constructor cannot report the failure of; a failure destroys
   // the object.
@@ -38,9 +38,9 @@ class ObjectCore {
   virtual ~ObjectCore();
 
   // FindInterface returns the object's pointer for an interface other than IUnknown, no reference
-  // added; null if it has none. first_interface is the one that answers for IUnknown.
+  // added; null if it has none. FirstInterface is the one that answers for IUnknown.
   virtual IUnknown* FindInterface(REFIID iid) = 0;
-  virtual IUnknown* first_interface() = 0;
+  virtual IUnknown* FirstInterface() = 0;
 
   // IUnknown as the object's interfaces offer it: the outer object's if there is one.
   HRESULT Query(REFIID iid, void** out) {
@@ -50,8 +50,8 @@ class ObjectCore {
   ULONG Unreference() { return outer_ != nullptr ? outer_->Release() : inner_.Release(); }
 
   // Frame is the body of every member: the out-pointer is looked at first, then the lock is held
-  // for the whole of the work, whichever way it ends. The work leaves no secrets on the stack and in
-  // registers.
+  // for the whole of the work, whichever way it ends. The work leaves no secrets on the stack and
+  // in registers.
   template <typename Out, typename Work>
   HRESULT Frame(Out* out, Work work, StackUse use = StackUse::kShort) {
     return out == nullptr ? E_POINTER : Frame(work, use);

@@ -11,12 +11,12 @@ constexpr HRESULT MessageStatus(UINT id) {
 }
 
 // RaiseError publishes an error description for the calling thread and returns the status that the
-// calling method must return unchanged.
-// class_id is the identifier of the class's "Both" row; the description registered for it becomes the
-// source. message_id is the id of a string resource of `module` if below 65536, else a pointer to the
-// text. Status 0 stands for MessageStatus(message_id), and for DISP_E_EXCEPTION with a text.
-// Errors: a missing resource gives the text "Unknown Error"; if nothing can be published, the status
-//         is returned all the same.
+// calling method must return unchanged. class_id is the identifier of the class's "Both" row; the
+// description registered for it becomes the source. message_id is the id of a string resource of
+// `module` if below 65536, else a pointer to the text. Status 0 stands for
+// MessageStatus(message_id), and for DISP_E_EXCEPTION with a text.
+// Errors: a missing resource gives the text "Unknown Error"; if nothing can be published, the
+//         status is returned all the same.
 HRESULT RaiseError(REFCLSID class_id, ULONG_PTR message_id, DWORD help_context,
                    const OLECHAR* help_file, REFIID interface_id, HRESULT status, HINSTANCE module);
 

@@ -23,7 +23,7 @@ class TypeInfoHolder {
   HRESULT Invoke(void* instance, DISPID id, LCID locale, WORD flags, DISPPARAMS* params,
                  VARIANT* result, EXCEPINFO* exception, UINT* bad_argument);
 
-  const IID& iid() const { return *iid_; }
+  const IID& InterfaceId() const { return *iid_; }
 
  private:
   struct CachedName {

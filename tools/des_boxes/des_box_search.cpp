@@ -96,13 +96,13 @@ State ImproveByWalks(Search& search, const uint64_t* targets, Clock::time_point 
     auto found = Clock::now();
     while (Clock::now() < std::min(end, found + kVainTime)) {
       refiner.Walk(kSteps);
-      if (refiner.circuit().count >= count) continue;
-      count = refiner.circuit().count;
+      if (refiner.Best().count >= count) continue;
+      count = refiner.Best().count;
       found = Clock::now();
     }
-    if (refiner.circuit().count >= best.circuit.count) continue;
-    best.circuit = refiner.circuit();
-    std::copy_n(refiner.outputs().begin(), kOutputs, best.output);
+    if (refiner.Best().count >= best.circuit.count) continue;
+    best.circuit = refiner.Best();
+    std::copy_n(refiner.Outputs().begin(), kOutputs, best.output);
   } while (Clock::now() < end);
   return best;
 }

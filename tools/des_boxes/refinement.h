@@ -21,8 +21,8 @@ class Refiner {
     best_ = now_;
   }
 
-  const Circuit& circuit() const { return best_.circuit; }
-  const std::vector<int>& outputs() const { return best_.outputs; }
+  const Circuit& Best() const { return best_.circuit; }
+  const std::vector<int>& Outputs() const { return best_.outputs; }
 
   void Walk(long steps) {
     for (; steps > 0; --steps, ++steps_) {
