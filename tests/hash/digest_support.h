@@ -1,6 +1,8 @@
 // The three digests as tests see them.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <ostream>
 #include <string>
@@ -65,13 +67,44 @@ inline Bytes DigestOf(HashEngine& engine, const Bytes& bytes) {
   return RawBytes(engine);
 }
 
-inline Bytes PatternBytes(size_t count, uint32_t seed = 1) {
-  Bytes bytes(count);
-  for (uint8_t& byte : bytes) {
-    seed = seed * 1664525u + 1013904223u;
-    byte = static_cast<uint8_t>(seed >> 24);
-  }
-  return bytes;
+// A message as the compression function sees it: with its padding and its length, whole blocks.
+inline Bytes Padded(const Algorithm& algorithm, Bytes message) {
+  const uint64_t bits = uint64_t{message.size()} * 8;
+  message.push_back(0x80);
+  while (message.size() % 64 != 56) message.push_back(0);
+  Bytes length(8);
+  for (size_t i = 0; i < 8; ++i) length[i] = static_cast<uint8_t>(bits >> 8 * i);
+  const bool low_first = algorithm.digest_size == 16;
+  return message + (low_first ? length : Bytes(length.rbegin(), length.rend()));
 }
+
+// A block of the pad byte with the key in it.
+inline Bytes KeyPad(const Bytes& key, uint8_t pad_byte) {
+  Bytes pad(64, pad_byte);
+  for (size_t i = 0; i < key.size(); ++i) pad[i] = static_cast<uint8_t>(pad[i] ^ key[i]);
+  return pad;
+}
+inline Bytes InnerPad(const Bytes& key) {
+  return KeyPad(key, 0x36);
+}
+inline Bytes OuterPad(const Bytes& key) {
+  return KeyPad(key, 0x5C);
+}
+
+// Tests of one engine, for each algorithm.
+class EngineTest : public testing::TestWithParam<Algorithm> {
+ protected:
+  // The digest of an engine of the same kind without a key.
+  Bytes PlainDigestOf(const Bytes& message) const {
+    const auto engine = MakeEngine(GetParam().name);
+    return DigestOf(*engine, message);
+  }
+
+  std::unique_ptr<HashEngine> engine_ = MakeEngine(GetParam().name);
+};
+
+#define MIROLTA_FOR_EACH_ALGORITHM(suite)                             \
+  INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(kAlgorithms), \
+                           [](const auto& row) { return std::string(row.param.label); })
 
 }  // namespace mirolta::test

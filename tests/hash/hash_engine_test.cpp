@@ -8,30 +8,25 @@
 namespace mirolta::test {
 namespace {
 
-class PlainEngine : public testing::TestWithParam<Algorithm> {
- protected:
-  std::unique_ptr<HashEngine> engine_ = MakeEngine(GetParam().name);
-};
+using PlainEngine = EngineTest;
+MIROLTA_FOR_EACH_ALGORITHM(PlainEngine);
 
-INSTANTIATE_TEST_SUITE_P(All, PlainEngine, testing::ValuesIn(kAlgorithms),
-                         [](const auto& row) { return std::string(row.param.label); });
-
-TEST_P(PlainEngine, Sizes) {
+TEST_P(PlainEngine, HasBlocksOf64BytesAndItsAlgorithmsDigestSize) {
   EXPECT_EQ(engine_->BlockSize(), 64);
   EXPECT_EQ(engine_->DigestSize(), GetParam().digest_size);
 }
 
-TEST_P(PlainEngine, ReadAtOnceGivesTheEmptyMessage) {
+TEST_P(PlainEngine, ReadAtOnceGivesTheDigestOfTheEmptyMessage) {
   EXPECT_EQ(DigestText(*engine_), GetParam().empty_digest);
 }
 
-TEST_P(PlainEngine, DigestsAbc) {
+TEST_P(PlainEngine, FinalEndsTheComputation) {
   EXPECT_EQ(Feed(*engine_, BytesOf("abc")), S_OK);
   EXPECT_EQ(engine_->Final(), S_OK);
   EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
 }
 
-TEST_P(PlainEngine, LengthZeroChangesNothing) {
+TEST_P(PlainEngine, UpdateOfLengthZeroChangesNothing) {
   EXPECT_EQ(Feed(*engine_, BytesOf("ab")), S_OK);
   EXPECT_EQ(engine_->Update(nullptr, 0), S_FALSE);
   EXPECT_EQ(engine_->Update(reinterpret_cast<const uint8_t*>("x"), 0), S_FALSE);
@@ -56,20 +51,14 @@ TEST_P(PlainEngine, DigestFinishesOnce) {
   EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
 }
 
-TEST_P(PlainEngine, DataAfterFinalCountsBehindThePadding) {
+TEST_P(PlainEngine, DataAfterFinalFollowsThePadding) {
   Feed(*engine_, BytesOf("abc"));
   engine_->Final();
   EXPECT_EQ(Feed(*engine_, BytesOf("more")), S_OK);
   EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
   EXPECT_EQ(engine_->Finish(), S_OK);
-  // The same bytes given in one go: message, its padding and length, and the rest.
-  Bytes whole = BytesOf("abc");
-  whole.push_back(0x80);
-  whole.resize(64);
-  whole[GetParam().digest_size == 16 ? 56 : 63] = 24;
-  for (const uint8_t byte : BytesOf("more")) whole.push_back(byte);
-  const auto other = MakeEngine(GetParam().name);
-  EXPECT_EQ(RawBytes(*engine_), DigestOf(*other, whole));
+  const Bytes absorbed = Padded(GetParam(), BytesOf("abc")) + BytesOf("more");
+  EXPECT_EQ(RawBytes(*engine_), PlainDigestOf(absorbed));
 }
 
 TEST_P(PlainEngine, ASecondFinalPadsAgain) {
@@ -77,19 +66,11 @@ TEST_P(PlainEngine, ASecondFinalPadsAgain) {
     const Bytes message = PatternBytes(length);
     DigestOf(*engine_, message);
     EXPECT_EQ(engine_->Final(), S_OK);
-    Bytes whole = message;
-    whole.push_back(0x80);
-    while (whole.size() % 64 != 56) whole.push_back(0);
-    Bytes bits(8);
-    for (size_t i = 0; i < 8; ++i) bits[i] = static_cast<uint8_t>(uint64_t{length} * 8 >> 8 * i);
-    if (GetParam().digest_size != 16) bits = Bytes(bits.rbegin(), bits.rend());
-    whole.insert(whole.end(), bits.begin(), bits.end());
-    const auto other = MakeEngine(GetParam().name);
-    EXPECT_EQ(RawBytes(*engine_), DigestOf(*other, whole)) << length;
+    EXPECT_EQ(RawBytes(*engine_), PlainDigestOf(Padded(GetParam(), message))) << length;
   }
 }
 
-TEST_P(PlainEngine, StartDiscards) {
+TEST_P(PlainEngine, StartDiscardsWhatWasAbsorbed) {
   Feed(*engine_, BytesOf("discarded"));
   EXPECT_EQ(engine_->Start(), S_OK);
   Feed(*engine_, BytesOf("abc"));
@@ -97,7 +78,7 @@ TEST_P(PlainEngine, StartDiscards) {
   EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
 }
 
-TEST_P(PlainEngine, KeyedOperationsNeedAKey) {
+TEST_P(PlainEngine, RefusesKeyedOperationsWithoutAKey) {
   Feed(*engine_, BytesOf("ab"));
   EXPECT_EQ(engine_->BeginKeyed(), E_UNEXPECTED);
   EXPECT_EQ(engine_->FinishKeyed(), E_UNEXPECTED);
@@ -105,7 +86,7 @@ TEST_P(PlainEngine, KeyedOperationsNeedAKey) {
   EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
 }
 
-TEST_P(PlainEngine, Names) {
+TEST_P(PlainEngine, GivesItsNameWhereThereIsRoom) {
   OLECHAR name[16];
   EXPECT_EQ(engine_->GetName(name, 16), S_OK);
   EXPECT_TRUE(SameWideName(name, GetParam().name));
@@ -123,7 +104,7 @@ TEST_P(PlainEngine, Names) {
   EXPECT_EQ(engine_->GetNameString(nullptr), E_POINTER);
 }
 
-TEST_P(PlainEngine, NothingOfTheMessageIsLeftInFreedMemory) {
+TEST_P(PlainEngine, LeavesNothingOfTheMessageInFreedMemory) {
   const Bytes secret = BytesOf("the secret of this test");
   Feed(*engine_, secret);
   WatchFreedMemory watch(secret.data(), secret.size());
@@ -132,18 +113,15 @@ TEST_P(PlainEngine, NothingOfTheMessageIsLeftInFreedMemory) {
   EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
-TEST_P(PlainEngine, DigestAndChainingWordsAreWiped) {
+TEST_P(PlainEngine, LeavesNoDigestAndNoChainingValueInFreedMemory) {
   const Bytes digest = DigestOf(*engine_, BytesOf("abc"));
-  // The chaining words stand in the processor's byte order, the digest in the algorithm's.
-  for (const Bytes& trace :
-       {Bytes(digest.end() - 4, digest.end()), Bytes(digest.rbegin(), digest.rbegin() + 4)}) {
-    HashEngine* engine = MakeEngine(GetParam().name).release();
-    DigestOf(*engine, BytesOf("abc"));
-    WatchFreedMemory watch(trace.data(), trace.size());
-    delete engine;
-    EXPECT_GT(watch.Freed(), 0);
-    EXPECT_EQ(watch.FreedWithSecret(), 0);
-  }
+  // The chaining value stands in the processor's byte order, the digest in the algorithm's.
+  const std::vector<Bytes> traces = {Tail(digest, digest.size() - 4),
+                                     Bytes(digest.rbegin(), digest.rbegin() + 4), Head(digest, 4)};
+  const WatchFreedMemory watch(traces);
+  engine_.reset();
+  EXPECT_GT(watch.Freed(), 0);
+  EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
 }  // namespace

@@ -1,35 +1,24 @@
-#include <gtest/gtest.h>
-#include <openssl/evp.h>
-#include <openssl/hmac.h>
-
 #include <cstring>
 
-#include "digest_support.h"
+#include "digest_peer.h"
 #include "memory_watch.h"
 #include "portable/test_hooks.h"
 
 namespace mirolta::test {
 namespace {
 
-Bytes PeerHmac(const Algorithm& algorithm, const Bytes& key, const Bytes& message) {
-  const EVP_MD* digests[] = {EVP_md5(), EVP_sha1(), EVP_sha256()};
-  uint8_t out[64];
-  unsigned length = 0;
-  const uint8_t none = 0;
-  HMAC(digests[FindHashAlgorithm(algorithm.name)], key.empty() ? &none : key.data(),
-       static_cast<int>(key.size()), message.data(), message.size(), out, &length);
-  return Bytes(out, out + length);
-}
-
-class KeyedEngine : public testing::TestWithParam<Algorithm> {
+class KeyedEngine : public EngineTest {
  protected:
-  std::unique_ptr<HashEngine> engine_ = MakeEngine(GetParam().name);
+  // The type of the key that GetKey gives: empty without one.
+  VARTYPE KeyType() {
+    TestValue key;
+    EXPECT_EQ(engine_->GetKey(&key), S_OK);
+    return V_VT(&key);
+  }
 };
+MIROLTA_FOR_EACH_ALGORITHM(KeyedEngine);
 
-INSTANTIATE_TEST_SUITE_P(All, KeyedEngine, testing::ValuesIn(kAlgorithms),
-                         [](const auto& row) { return std::string(row.param.label); });
-
-TEST_P(KeyedEngine, EveryKeyLengthAgreesWithThePeer) {
+TEST_P(KeyedEngine, AgreesWithThePeerForEveryKeyLength) {
   for (size_t key_length = 1; key_length <= 200; ++key_length) {
     const Bytes key = PatternBytes(key_length, 77);
     ASSERT_EQ(engine_->SetKey(BytesValue(key), 0), S_OK);
@@ -41,7 +30,7 @@ TEST_P(KeyedEngine, EveryKeyLengthAgreesWithThePeer) {
   }
 }
 
-TEST_P(KeyedEngine, SetKeyDiscardsAndBegins) {
+TEST_P(KeyedEngine, SetKeyDiscardsDataAndBeginsKeyed) {
   const Bytes key = BytesOf("key");
   Feed(*engine_, BytesOf("discarded"));
   ASSERT_EQ(engine_->SetKey(TextValue(OLESTR("key")), 0), S_OK);
@@ -66,7 +55,7 @@ TEST_P(KeyedEngine, StartKeepsTheKeyAcrossComputations) {
 
 // What a computation begins with does not depend on whether its key has been used before: the digest
 // bytes are no earlier computation's.
-TEST_P(KeyedEngine, ARestartWithTheSameKeyDropsTheDigest) {
+TEST_P(KeyedEngine, StartWithTheSameKeyClearsTheDigestBytes) {
   ASSERT_EQ(engine_->SetKey(BytesValue(BytesOf("key")), 0), S_OK);
   const Bytes fresh = RawBytes(*engine_);
   EXPECT_NE(DigestOf(*engine_, BytesOf("abc")), fresh);
@@ -74,38 +63,17 @@ TEST_P(KeyedEngine, ARestartWithTheSameKeyDropsTheDigest) {
   EXPECT_EQ(RawBytes(*engine_), fresh);
 }
 
-TEST_P(KeyedEngine, ASecondFinishGoesOnBehindTheFirst) {
+TEST_P(KeyedEngine, ASecondFinishFollowsTheOuterPadding) {
   const Bytes key = BytesOf("key");
   ASSERT_EQ(engine_->SetKey(BytesValue(key), 0), S_OK);
   DigestOf(*engine_, BytesOf("abc"));
   Feed(*engine_, BytesOf("more"));
   ASSERT_EQ(engine_->Finish(), S_OK);
-  // What Finish absorbed so far: the outer pad block, the inner digest and its padding; then comes
-  // "more". Its digest is the inner digest of another outer computation.
-  Bytes pad(64, 0x36);
-  for (size_t i = 0; i < key.size(); ++i) pad[i] = static_cast<uint8_t>(pad[i] ^ key[i]);
-  const auto plain = MakeEngine(GetParam().name);
-  Bytes inner = pad;
-  for (const uint8_t byte : BytesOf("abc")) inner.push_back(byte);
-  const Bytes inner_digest = DigestOf(*plain, inner);
-  for (uint8_t& byte : pad) byte ^= 0x36 ^ 0x5C;
-  Bytes outer = pad;
-  outer.insert(outer.end(), inner_digest.begin(), inner_digest.end());
-  const size_t bits = outer.size() * 8;
-  outer.push_back(0x80);
-  outer.resize(128);
-  if (inner_digest.size() == 16) {
-    outer[120] = static_cast<uint8_t>(bits);
-    outer[121] = static_cast<uint8_t>(bits >> 8);
-  } else {
-    outer[127] = static_cast<uint8_t>(bits);
-    outer[126] = static_cast<uint8_t>(bits >> 8);
-  }
-  for (const uint8_t byte : BytesOf("more")) outer.push_back(byte);
-  const Bytes second = DigestOf(*plain, outer);
-  Bytes last = pad;
-  last.insert(last.end(), second.begin(), second.end());
-  EXPECT_EQ(RawBytes(*engine_), DigestOf(*plain, last));
+  // The second computation is the outer one of the first, its padding, and "more".
+  const Bytes inner = PlainDigestOf(InnerPad(key) + BytesOf("abc"));
+  const Bytes second =
+      PlainDigestOf(Padded(GetParam(), OuterPad(key) + inner) + BytesOf("more"));
+  EXPECT_EQ(RawBytes(*engine_), PlainDigestOf(OuterPad(key) + second));
 }
 
 TEST_P(KeyedEngine, GetKeyGivesTheBytesAsSet) {
@@ -137,16 +105,12 @@ TEST_P(KeyedEngine, ResetKeyReturnsToAPlainOpenComputation) {
   EXPECT_EQ(engine_->BeginKeyed(), E_UNEXPECTED);
   Feed(*engine_, BytesOf("abc"));
   EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
-  TestValue out;
-  EXPECT_EQ(engine_->GetKey(&out), S_OK);
-  EXPECT_EQ(V_VT(&out), VT_EMPTY);
+  EXPECT_EQ(KeyType(), VT_EMPTY);
 }
 
-TEST_P(KeyedEngine, AnEmptyTextKeyCountsForBeginKeyedOnly) {
+TEST_P(KeyedEngine, AnEmptyTextKeyIsAKeyForTheKeyedOperationsOnly) {
   ASSERT_EQ(engine_->SetKey(TextValue(OLESTR("")), 0), S_OK);
-  TestValue out;
-  EXPECT_EQ(engine_->GetKey(&out), S_OK);
-  EXPECT_EQ(V_VT(&out), VT_ARRAY | VT_UI1);  // a key is there, and it is empty
+  EXPECT_EQ(KeyType(), VT_ARRAY | VT_UI1);  // a key is there, and it is empty
   // Keyed for those who ask for it.
   Feed(*engine_, BytesOf("abc"));
   EXPECT_EQ(engine_->FinishKeyed(), S_OK);
@@ -155,58 +119,51 @@ TEST_P(KeyedEngine, AnEmptyTextKeyCountsForBeginKeyedOnly) {
   EXPECT_EQ(engine_->BeginKeyed(), S_OK);
   Feed(*engine_, BytesOf("abc"));
   EXPECT_EQ(engine_->Finish(), S_OK);
-  Bytes inner(64, 0x36);
-  for (const uint8_t byte : BytesOf("abc")) inner.push_back(byte);
-  const auto plain = MakeEngine(GetParam().name);
-  EXPECT_EQ(RawBytes(*engine_), DigestOf(*plain, inner));
+  EXPECT_EQ(RawBytes(*engine_), PlainDigestOf(InnerPad({}) + BytesOf("abc")));
   // Start and Finish take it for no key.
   DigestOf(*engine_, BytesOf("abc"));
   EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
 }
 
-TEST_P(KeyedEngine, RefusedKeysLeaveNoneAndTheComputationAsItWas) {
+TEST_P(KeyedEngine, ARefusedKeyLeavesNoneAndTheComputationAsItWas) {
   const struct {
+    const char* name;
     TestValue value;
     LONG code_page;
     HRESULT status;
   } rows[] = {
-      {TestValue(VT_NULL), 0, DISP_E_TYPEMISMATCH},
-      {TextValue(OLESTR("abc")), 4711, DISP_E_TYPEMISMATCH},
-      {ArrayValue(VT_UI4, 1, {1}), 0, DISP_E_TYPEMISMATCH},
-      {BytesValue({}), 0, E_UNEXPECTED},
+      {"null", TestValue(VT_NULL), 0, DISP_E_TYPEMISMATCH},
+      {"unknown code page", TextValue(OLESTR("abc")), 4711, DISP_E_TYPEMISMATCH},
+      {"array of numbers", ArrayValue(VT_UI4, 1, {1}), 0, DISP_E_TYPEMISMATCH},
+      {"empty array", BytesValue({}), 0, E_UNEXPECTED},
   };
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     ASSERT_EQ(engine_->SetKey(BytesValue({1, 2, 3}), 0), S_OK);
     ASSERT_EQ(engine_->Init(), S_OK);
     Feed(*engine_, BytesOf("ab"));
     EXPECT_EQ(engine_->SetKey(row.value, row.code_page), row.status);
-    TestValue out;
-    EXPECT_EQ(engine_->GetKey(&out), S_OK);
-    EXPECT_EQ(V_VT(&out), VT_EMPTY);
+    EXPECT_EQ(KeyType(), VT_EMPTY);
     EXPECT_EQ(engine_->FinishKeyed(), E_UNEXPECTED);
     Feed(*engine_, BytesOf("c"));
     EXPECT_EQ(DigestText(*engine_), GetParam().abc_digest);
   }
 }
 
-TEST_P(KeyedEngine, KeysAndPadsAreWiped) {
+TEST_P(KeyedEngine, WipesKeysAndPads) {
   const Bytes key = BytesOf("the secret key of this test");
-  Bytes inner = key, outer = key;
-  for (uint8_t& byte : inner) byte ^= 0x36;
-  for (uint8_t& byte : outer) byte ^= 0x5C;
-  for (const Bytes& secret : {key, inner, outer}) {
-    const TestValue value = BytesValue(key);
-    auto engine = MakeEngine(GetParam().name);
-    WatchFreedMemory watch(secret.data(), secret.size());
-    ASSERT_EQ(engine->SetKey(value, 0), S_OK);
-    ASSERT_EQ(engine->SetKey(value, 0), S_OK);
-    ASSERT_EQ(engine->Finish(), S_OK);
-    ASSERT_EQ(engine->ResetKey(), S_OK);
-    EXPECT_GT(watch.Freed(), 0);
-    ASSERT_EQ(engine->SetKey(value, 0), S_OK);
-    engine.reset();
-    EXPECT_EQ(watch.FreedWithSecret(), 0);
-  }
+  const std::vector<Bytes> secrets = {key, Head(InnerPad(key), key.size()),
+                                      Head(OuterPad(key), key.size())};
+  const TestValue value = BytesValue(key);
+  const WatchFreedMemory watch(secrets);
+  ASSERT_EQ(engine_->SetKey(value, 0), S_OK);
+  ASSERT_EQ(engine_->SetKey(value, 0), S_OK);
+  ASSERT_EQ(engine_->Finish(), S_OK);
+  ASSERT_EQ(engine_->ResetKey(), S_OK);
+  EXPECT_GT(watch.Freed(), 0);
+  ASSERT_EQ(engine_->SetKey(value, 0), S_OK);
+  engine_.reset();
+  EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
 // An engine whose primitive fails when told to; its "digest" counts what it was asked.
@@ -245,20 +202,26 @@ class FailingEngine final : public HashEngine {
   uint8_t digest_[16] = {};
 };
 
-TEST(HashEngineFailures, EachFailureOfThePrimitiveIsReturnedAtOnce) {
+TEST(HashEngineFailures, SetKeyReturnsTheFirstFailureOfThePrimitive) {
   const TestValue short_key = BytesValue({1, 2, 3});
   const TestValue long_key = BytesValue(Bytes(65, 1));
   const struct {
+    const char* name;
     const VARIANT& key;
     FailingEngine::Step step;
     int passes;
   } rows[] = {
-      {short_key, FailingEngine::kInit, 0},   {short_key, FailingEngine::kInit, 1},
-      {short_key, FailingEngine::kUpdate, 0}, {short_key, FailingEngine::kUpdate, 1},
-      {long_key, FailingEngine::kInit, 0},    {long_key, FailingEngine::kUpdate, 0},
-      {long_key, FailingEngine::kFinal, 0},   {long_key, FailingEngine::kUpdate, 2},
+      {"begin of the outer pad", short_key, FailingEngine::kInit, 0},
+      {"begin of the inner pad", short_key, FailingEngine::kInit, 1},
+      {"outer pad", short_key, FailingEngine::kUpdate, 0},
+      {"inner pad", short_key, FailingEngine::kUpdate, 1},
+      {"begin of a long key", long_key, FailingEngine::kInit, 0},
+      {"long key", long_key, FailingEngine::kUpdate, 0},
+      {"digest of a long key", long_key, FailingEngine::kFinal, 0},
+      {"inner pad of a long key", long_key, FailingEngine::kUpdate, 2},
   };
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     FailingEngine engine;
     engine.failing = row.step;
     engine.passes = row.passes;
@@ -272,12 +235,16 @@ TEST(HashEngineFailures, EachFailureOfThePrimitiveIsReturnedAtOnce) {
   }
 }
 
-TEST(HashEngineFailures, FinishKeyed) {
+TEST(HashEngineFailures, FinishReturnsTheFirstFailureOfThePrimitive) {
   const struct {
+    const char* name;
     FailingEngine::Step step;
     int passes;
-  } rows[] = {{FailingEngine::kFinal, 0}, {FailingEngine::kFinal, 1}, {FailingEngine::kUpdate, 0}};
+  } rows[] = {{"end of the inner computation", FailingEngine::kFinal, 0},
+              {"end of the outer one", FailingEngine::kFinal, 1},
+              {"inner digest", FailingEngine::kUpdate, 0}};
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     FailingEngine engine;
     ASSERT_EQ(engine.SetKey(BytesValue({1, 2, 3}), 0), S_OK);
     engine.failing = row.step;
@@ -297,7 +264,7 @@ TEST(HashEngineFailures, DigestIsNullIfFinishFails) {
   EXPECT_EQ(engine.Start(), E_ABORT);
 }
 
-TEST(HashEngineFailures, NameStringPassesTheFailureOn) {
+TEST(HashEngineFailures, GetNameStringReturnsItsFailureWithoutAText) {
   FailingEngine engine;
   BSTR text = reinterpret_cast<BSTR>(8);
   EXPECT_EQ(engine.GetNameString(&text), E_OUTOFMEMORY);

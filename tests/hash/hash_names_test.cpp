@@ -6,13 +6,13 @@
 namespace mirolta::test {
 namespace {
 
-TEST(HashAlgorithms, TheTableHoldsThreeNamesAndAnEnd) {
+TEST(HashAlgorithms, TableHoldsThreeNamesAndAnEmptyOne) {
   EXPECT_EQ(sizeof kHashAlgorithms[0], 16 * sizeof(OLECHAR));
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(SameWideName(kHashAlgorithms[i], kAlgorithms[i].name));
   EXPECT_EQ(kHashAlgorithms[3][0], 0);
 }
 
-TEST(HashAlgorithms, NamesAreFoundExactly) {
+TEST(HashAlgorithms, AreFoundByTheirExactNamesOnly) {
   EXPECT_EQ(FindHashAlgorithm(OLESTR("MD5")), kHashMd5);
   EXPECT_EQ(FindHashAlgorithm(OLESTR("SHA1")), kHashSha1);
   EXPECT_EQ(FindHashAlgorithm(OLESTR("SHA256")), kHashSha256);
@@ -26,7 +26,7 @@ TEST(HashAlgorithms, NamesAreFoundExactly) {
   }
 }
 
-TEST(HashAlgorithms, EnginesCarryTheirNames) {
+TEST(HashAlgorithms, EnginesHaveTheNameAndSizeOfTheirAlgorithm) {
   for (const Algorithm& algorithm : kAlgorithms) {
     const auto engine = MakeEngine(algorithm.name);
     ASSERT_NE(engine, nullptr);
@@ -37,7 +37,7 @@ TEST(HashAlgorithms, EnginesCarryTheirNames) {
   }
 }
 
-TEST(HashAlgorithms, WithoutMemoryThePositionComesWithoutAnEngine) {
+TEST(HashAlgorithms, WithoutMemoryAreFoundButMakeNoEngine) {
   for (int i = 0; i < 3; ++i) {
     HashEngine* engine = reinterpret_cast<HashEngine*>(8);
     int position = -2;
@@ -50,7 +50,7 @@ TEST(HashAlgorithms, WithoutMemoryThePositionComesWithoutAnEngine) {
   }
 }
 
-TEST(DigestToHex, FollowsTheHexadecimalRules) {
+TEST(DigestToHex, WritesUppercaseDigitsIntoAnEvenLength) {
   const uint8_t digest[] = {0x0F, 0xA0};
   OLECHAR text[5];
   EXPECT_EQ(DigestToHex(digest, 4, text), S_OK);

@@ -1,4 +1,4 @@
-// HashObject with a key: HMAC, and how keys come, stay and go.
+// HashObject with a key: HMACs, and what sets, keeps and drops a key.
 #include "calling_object.h"
 #include "hash_object_fixture.h"
 #include "memory_watch.h"
@@ -22,22 +22,28 @@ class HashObjectKeyTest : public HashObjectTest {
   }
 };
 
-// The published example with the key "Jefe".
+// RFC 2202 and RFC 4231, test case 2: the key is "Jefe".
 constexpr std::string_view kQuestion = "what do ya want for nothing?";
 constexpr OLECHAR kAnswerMd5[] = OLESTR("750C783E6AB0B503EAA86E310A5DB738");
 
-TEST_F(HashObjectKeyTest, AKeyMakesItHmac) {
-  ASSERT_EQ(PutKey("Jefe"), S_OK);
-  EXPECT_EQ(Key(), BytesOf("Jefe"));
-  EXPECT_EQ(DigestOf(kQuestion), kAnswerMd5);
-  EXPECT_EQ(DigestOf(kQuestion), kAnswerMd5);
-  ASSERT_EQ(Init(OLESTR("SHA1")), S_OK);
-  ASSERT_EQ(PutKey("Jefe"), S_OK);
-  EXPECT_EQ(DigestOf(kQuestion), OLESTR("EFFCDF6AE5EB2FA2D27416D5F184DF9C259A7C79"));
-  ASSERT_EQ(Init(OLESTR("SHA256")), S_OK);
-  ASSERT_EQ(PutKey("Jefe"), S_OK);
-  EXPECT_EQ(DigestOf(kQuestion),
-            OLESTR("5BDCC146BF60754E6A042426089575C75A003F089D2739839DEC58B964EC3843"));
+TEST_F(HashObjectKeyTest, WithAKeyDigestsAreHmacs) {
+  const struct {
+    const OLECHAR* algorithm;
+    Text hmac;
+  } rows[] = {
+      {OLESTR("MD5"), kAnswerMd5},
+      {OLESTR("SHA1"), OLESTR("EFFCDF6AE5EB2FA2D27416D5F184DF9C259A7C79")},
+      {OLESTR("SHA256"),
+       OLESTR("5BDCC146BF60754E6A042426089575C75A003F089D2739839DEC58B964EC3843")},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.hmac.size());
+    ASSERT_EQ(Init(row.algorithm), S_OK);
+    ASSERT_EQ(PutKey("Jefe"), S_OK);
+    EXPECT_EQ(Key(), BytesOf("Jefe"));
+    EXPECT_EQ(DigestOf(kQuestion), row.hmac);
+    EXPECT_EQ(DigestOf(kQuestion), row.hmac);
+  }
 }
 
 TEST_F(HashObjectKeyTest, ReadingAnOpenHmacEndsIt) {
@@ -51,14 +57,14 @@ TEST_F(HashObjectKeyTest, ReadingAnOpenHmacEndsIt) {
   EXPECT_EQ(Value(), kAnswerMd5);
 }
 
-TEST_F(HashObjectKeyTest, SettingAKeyDropsTheDataSoFar) {
+TEST_F(HashObjectKeyTest, SettingAKeyDropsWhatWasAbsorbed) {
   EXPECT_EQ(Update(OLESTR("dropped")), S_OK);
   ASSERT_EQ(PutKey("Jefe"), S_OK);
   EXPECT_EQ(hash->HashUpdate(BytesValue(BytesOf(kQuestion)), -1), S_OK);
   EXPECT_EQ(Value(), kAnswerMd5);
 }
 
-TEST_F(HashObjectKeyTest, ResetKeyMakesItPlainAgain) {
+TEST_F(HashObjectKeyTest, ResetKeyMakesDigestsPlainAgain) {
   EXPECT_EQ(Key(), BytesOf("(none)"));
   ASSERT_EQ(PutKey("Jefe"), S_OK);
   EXPECT_EQ(Update(OLESTR("dropped")), S_OK);
@@ -68,7 +74,7 @@ TEST_F(HashObjectKeyTest, ResetKeyMakesItPlainAgain) {
   EXPECT_EQ(DigestOf("abc"), kAbcMd5);
 }
 
-TEST_F(HashObjectKeyTest, EmptyDataStillHasAnHmac) {
+TEST_F(HashObjectKeyTest, EmptyDataHasAnHmac) {
   ASSERT_EQ(PutKey("Jefe"), S_OK);
   const Text of_nothing = Value();
   EXPECT_NE(of_nothing, kEmptyMd5);
@@ -78,7 +84,7 @@ TEST_F(HashObjectKeyTest, EmptyDataStillHasAnHmac) {
   EXPECT_EQ(Value(), of_nothing);
 }
 
-TEST_F(HashObjectKeyTest, LongKeysAreDigestedFirst) {
+TEST_F(HashObjectKeyTest, AKeyLongerThanABlockCountsAsItsDigest) {
   const std::string block(64, 'k');
   const std::string longer(65, 'k');
   ASSERT_EQ(PutKey(block), S_OK);
@@ -96,12 +102,11 @@ TEST_F(HashObjectKeyTest, LongKeysAreDigestedFirst) {
   EXPECT_EQ(DigestOf("abc"), of_longer);
 }
 
-TEST_F(HashObjectKeyTest, TextKeysGoThroughTheCodePageProperty) {
-  struct Expected {
+TEST_F(HashObjectKeyTest, TextKeysAreConvertedByTheCodePageProperty) {
+  const struct {
     LONG code_page;
     Bytes key;
-  };
-  const Expected kExpected[] = {
+  } rows[] = {
       {65001, {0xC3, 0xA9, 0x78}},
       {1252, {0xE9, 0x78}},
       {-1, {0xE9, 0x00, 0x78, 0x00}},
@@ -109,7 +114,7 @@ TEST_F(HashObjectKeyTest, TextKeysGoThroughTheCodePageProperty) {
       {-2, {0xE9, 0x00, 0x78, 0x00}},
       {-99, {0xE9, 0x00, 0x78, 0x00}},
   };
-  for (const Expected& expected : kExpected) {
+  for (const auto& expected : rows) {
     ASSERT_EQ(hash->put_codePage(expected.code_page), S_OK);
     ASSERT_EQ(PutKey(OLESTR("\u00E9x")), S_OK);
     EXPECT_EQ(Key(), expected.key) << expected.code_page;
@@ -129,7 +134,7 @@ TEST_F(HashObjectKeyTest, NumbersAndReferencesAreKeysToo) {
   EXPECT_EQ(Key(), BytesOf("bytes"));
 }
 
-TEST_F(HashObjectKeyTest, KeysThatCannotBeReadLeaveNone) {
+TEST_F(HashObjectKeyTest, AKeyThatDoesNotConvertLeavesNone) {
   ASSERT_EQ(PutKey("Jefe"), S_OK);
   EXPECT_EQ(hash->put_Key(TestValue(VT_NULL)), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(Key(), BytesOf("(none)"));
@@ -140,7 +145,7 @@ TEST_F(HashObjectKeyTest, KeysThatCannotBeReadLeaveNone) {
   ASSERT_EQ(PutKey("Jefe"), S_OK);  // bytes need no code page
   EXPECT_EQ(PutKey(""), E_UNEXPECTED);
   EXPECT_EQ(Key(), BytesOf("(none)"));
-  EXPECT_FALSE(TakeError().published);
+  ExpectNoError();
 }
 
 TEST_F(HashObjectKeyTest, AByteArrayOfTwoDimensionsIsNoKey) {
@@ -153,7 +158,7 @@ TEST_F(HashObjectKeyTest, AByteArrayOfTwoDimensionsIsNoKey) {
 }
 
 // The old key goes before the new one is read, and the code page is the one at the call.
-TEST_F(HashObjectKeyTest, WhatAKeyObjectSeesAndChanges) {
+TEST_F(HashObjectKeyTest, AKeyObjectSeesNoKeyAndChangesTheCodePageForLaterCallsOnly) {
   ASSERT_EQ(PutKey("Jefe"), S_OK);
   ASSERT_EQ(hash->put_codePage(1252), S_OK);
   Bytes seen;
@@ -181,7 +186,7 @@ TEST_F(HashObjectKeyTest, WhatAKeyObjectSeesAndChanges) {
   EXPECT_EQ(Key(), BytesOf("(none)"));
 }
 
-TEST_F(HashObjectKeyTest, KeysAreWipedBeforeTheirMemoryGoes) {
+TEST_F(HashObjectKeyTest, KeysAreWipedBeforeTheirMemoryIsFreed) {
   constexpr std::string_view kSecret = "a secret of twenty-nine bytes";
   const TestValue key = BytesValue(BytesOf(kSecret));
   const WatchFreedMemory watch(kSecret.data(), kSecret.size());

@@ -8,10 +8,12 @@
 
 namespace mirolta::test {
 
-// CallingObject lives on the stack. Reading its value runs `call`, then gives the text "abc".
+// CallingObject lives on the stack. Reading its value runs `call`, then gives its text; without a text
+// the value is null.
 class CallingObject final : public IDispatch {
  public:
-  explicit CallingObject(std::function<void()> call) : call_(std::move(call)) {}
+  explicit CallingObject(std::function<void()> call, const OLECHAR* text = OLESTR("abc"))
+      : call_(std::move(call)), text_(text) {}
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
     return *out != nullptr ? S_OK : E_NOINTERFACE;
@@ -27,8 +29,8 @@ class CallingObject final : public IDispatch {
                                    EXCEPINFO*, UINT*) override {
     call_();
     if (FAILED(status)) return status;
-    V_VT(result) = VT_BSTR;
-    result->bstrVal = SysAllocString(OLESTR("abc"));
+    V_VT(result) = text_ != nullptr ? VT_BSTR : VT_NULL;
+    result->bstrVal = SysAllocString(text_);
     return S_OK;
   }
 
@@ -36,6 +38,7 @@ class CallingObject final : public IDispatch {
 
  private:
   std::function<void()> call_;
+  const OLECHAR* text_;
 };
 
 }  // namespace mirolta::test

@@ -1,29 +1,80 @@
 #include "memory_watch.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 namespace {
 
-// Before each block stands its size, in room that keeps the block's alignment.
-constexpr size_t kPrefix = alignof(std::max_align_t) > sizeof(size_t) ? alignof(std::max_align_t)
-                                                                      : sizeof(size_t);
+// Stands before the bytes given out, in room that keeps their alignment.
+struct alignas(std::max_align_t) BlockHeader {
+  size_t size;
+  BlockHeader* previous;
+  BlockHeader* next;
+};
+
+struct Secret {
+  unsigned char bytes[64];
+  size_t size;
+};
 
 std::atomic<bool> failing{false};
 std::atomic<bool> failing_once{false};
 std::atomic<bool> has_failed{false};
 std::atomic<long> allowed{0};
+std::atomic<size_t> largest{SIZE_MAX};
 void (*called)(void*) = nullptr;
 void* called_context = nullptr;
 long calls_after = 0;
+std::atomic<long> allocations{0};
 std::atomic<long> live{0};
 std::atomic<bool> watching{false};
 std::atomic<int> freed{0};
 std::atomic<int> freed_with_secret{0};
-unsigned char secret_bytes[64];
-size_t secret_size = 0;
+Secret secrets[16];
+size_t secret_count = 0;
+
+BlockHeader live_blocks = {0, &live_blocks, &live_blocks};
+std::atomic_flag live_blocks_locked = ATOMIC_FLAG_INIT;
+
+class LiveBlocksLock {
+ public:
+  LiveBlocksLock() {
+    while (live_blocks_locked.test_and_set(std::memory_order_acquire)) {
+    }
+  }
+  ~LiveBlocksLock() { live_blocks_locked.clear(std::memory_order_release); }
+};
+
+void Forget() {
+  if (watching) std::abort();
+  secret_count = 0;
+  freed = 0;
+  freed_with_secret = 0;
+}
+
+void Add(const void* secret, size_t size) {
+  if (secret_count == std::size(secrets) || size == 0 || size > sizeof secrets[0].bytes) {
+    std::abort();
+  }
+  std::memcpy(secrets[secret_count].bytes, secret, size);
+  secrets[secret_count++].size = size;
+}
+
+int SecretsIn(const BlockHeader* block) {
+  const auto* const start = reinterpret_cast<const unsigned char*>(block + 1);
+  const unsigned char* const end = start + block->size;
+  int found = 0;
+  for (size_t i = 0; i < secret_count; ++i) {
+    const unsigned char* const bytes = secrets[i].bytes;
+    if (std::search(start, end, bytes, bytes + secrets[i].size) != end) ++found;
+  }
+  return found;
+}
 
 void* Allocate(size_t size) {
   if (called != nullptr && calls_after-- == 0) {
@@ -31,16 +82,27 @@ void* Allocate(size_t size) {
     called = nullptr;
     call(called_context);
   }
+  ++allocations;
   if (failing && allowed-- <= 0) {
     has_failed = true;
     if (failing_once) failing = false;
     return nullptr;
   }
-  char* block = static_cast<char*>(std::malloc(size + kPrefix));
+  if (size > largest) return nullptr;
+  auto* const block = static_cast<BlockHeader*>(std::malloc(sizeof(BlockHeader) + size));
   if (block == nullptr) return nullptr;
-  std::memcpy(block, &size, sizeof size);
+  block->size = size;
+  {
+    const LiveBlocksLock lock;
+    block->previous = &live_blocks;
+    block->next = live_blocks.next;
+    block->next->previous = block;
+    live_blocks.next = block;
+  }
   ++live;
-  return block + kPrefix;
+  // What the memory held before is not this block's.
+  if (watching) std::memset(block + 1, 0xA5, size);
+  return block + 1;
 }
 
 void* AllocateOrThrow(size_t size) {
@@ -51,17 +113,15 @@ void* AllocateOrThrow(size_t size) {
 
 void Free(void* pointer) {
   if (pointer == nullptr) return;
-  char* block = static_cast<char*>(pointer) - kPrefix;
+  BlockHeader* const block = static_cast<BlockHeader*>(pointer) - 1;
   if (watching) {
     ++freed;
-    size_t size = 0;
-    std::memcpy(&size, block, sizeof size);
-    for (size_t i = 0; i + secret_size <= size; ++i) {
-      if (std::memcmp(block + kPrefix + i, secret_bytes, secret_size) == 0) {
-        ++freed_with_secret;
-        break;
-      }
-    }
+    if (SecretsIn(block) != 0) ++freed_with_secret;
+  }
+  {
+    const LiveBlocksLock lock;
+    block->previous->next = block->next;
+    block->next->previous = block->previous;
   }
   --live;
   std::free(block);
@@ -124,6 +184,14 @@ FailOneAllocation::~FailOneAllocation() {
   failing = false;
 }
 
+LimitAllocations::LimitAllocations(size_t size) {
+  largest = size;
+}
+
+LimitAllocations::~LimitAllocations() {
+  largest = SIZE_MAX;
+}
+
 CallAtAllocation::CallAtAllocation(long count, void (*call)(void*), void* context) {
   calls_after = count;
   called_context = context;
@@ -143,11 +211,14 @@ bool AllocationHasFailed() {
 }
 
 WatchFreedMemory::WatchFreedMemory(const void* secret, size_t size) {
-  if (size > sizeof secret_bytes) std::abort();
-  std::memcpy(secret_bytes, secret, size);
-  secret_size = size;
-  freed = 0;
-  freed_with_secret = 0;
+  Forget();
+  Add(secret, size);
+  watching = true;
+}
+
+WatchFreedMemory::WatchFreedMemory(const std::vector<std::vector<uint8_t>>& watched) {
+  Forget();
+  for (const std::vector<uint8_t>& secret : watched) Add(secret.data(), secret.size());
   watching = true;
 }
 
@@ -163,8 +234,21 @@ int WatchFreedMemory::Freed() const {
   return freed;
 }
 
+int WatchFreedMemory::LiveSecrets() const {
+  const LiveBlocksLock lock;
+  int found = 0;
+  for (const BlockHeader* block = live_blocks.next; block != &live_blocks; block = block->next) {
+    found += SecretsIn(block);
+  }
+  return found;
+}
+
 long LiveAllocations() {
   return live;
+}
+
+long AllocationCount() {
+  return allocations;
 }
 
 }  // namespace mirolta::test

@@ -1,9 +1,10 @@
-// The test program's own operator new and delete: allocations that fail on demand, and a look at
-// what freed memory still holds. Link memory_watch.cpp to use them.
+// The test program's own operator new and delete: allocations that fail on demand, and a search of
+// memory for secrets. Link memory_watch.cpp to use them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace mirolta::test {
 
@@ -26,6 +27,15 @@ class FailOneAllocation {
   FailOneAllocation& operator=(const FailOneAllocation&) = delete;
 };
 
+// While it lives, allocations of more than `size` bytes fail.
+class LimitAllocations {
+ public:
+  explicit LimitAllocations(size_t size);
+  ~LimitAllocations();
+  LimitAllocations(const LimitAllocations&) = delete;
+  LimitAllocations& operator=(const LimitAllocations&) = delete;
+};
+
 // While it lives, the allocation after the first `count` calls something before it succeeds: what
 // another thread could do just then.
 class CallAtAllocation {
@@ -43,19 +53,27 @@ class CallAtAllocation {
 // began.
 bool AllocationHasFailed();
 
-// While it lives, counts blocks that are freed with the given bytes somewhere in them.
+// While it lives, searches blocks that are freed for secrets. One at a time.
 class WatchFreedMemory {
  public:
   // Shapes: secret[size], size <= 64; it is copied.
   WatchFreedMemory(const void* secret, size_t size);
+  // Shapes: at most 16 secrets; they outlive the watch, which would see them freed.
+  explicit WatchFreedMemory(const std::vector<std::vector<uint8_t>>& secrets);
   ~WatchFreedMemory();
   WatchFreedMemory(const WatchFreedMemory&) = delete;
   WatchFreedMemory& operator=(const WatchFreedMemory&) = delete;
+  // Blocks with a secret in them: each counts once.
   int FreedWithSecret() const;
   int Freed() const;
+  // How often a block that is not yet freed holds a secret: a block counts once a secret.
+  int LiveSecrets() const;
 };
 
 // The number of blocks allocated and not yet freed.
 long LiveAllocations();
+
+// The number of allocations so far.
+long AllocationCount();
 
 }  // namespace mirolta::test

@@ -2,19 +2,13 @@
 // table.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-
+#include "error_slot.h"
 #include "messages.h"
 #include "mirolta.h"
 #include "module_state.h"
-#include "owned_value.h"
 #include "portable/module_resources.h"
 
 namespace mirolta::test {
-
-using Text = std::basic_string<OLECHAR>;
 
 // TestModule is attached and has its state while it lives. One at a time.
 class TestModule {
@@ -42,38 +36,5 @@ class TestModule {
   static inline ModuleResources resources_ = {};
   HINSTANCE instance_ = nullptr;
 };
-
-// What the thread's error slot held, which it no longer does.
-struct TakenError {
-  bool published = false;
-  bool has_source = false;
-  Text source;
-  Text description;
-  GUID interface_id = GUID_NULL;
-  Text help_file;
-  DWORD help_context = 0;
-};
-
-inline Text TextOf(BSTR text) {
-  return text == nullptr ? Text() : Text(text, SysStringLen(text));
-}
-
-inline TakenError TakeError() {
-  TakenError taken;
-  OwnedReference<IErrorInfo> info;
-  taken.published = GetErrorInfo(0, info.Put()) == S_OK;
-  if (!taken.published) return taken;
-  OwnedBstr text;
-  EXPECT_EQ(info->GetSource(text.Put()), S_OK);
-  taken.has_source = text.Get() != nullptr;
-  taken.source = TextOf(text.Get());
-  EXPECT_EQ(info->GetDescription(text.Put()), S_OK);
-  taken.description = TextOf(text.Get());
-  EXPECT_EQ(info->GetHelpFile(text.Put()), S_OK);
-  taken.help_file = TextOf(text.Get());
-  EXPECT_EQ(info->GetHelpContext(&taken.help_context), S_OK);
-  EXPECT_EQ(info->GetGUID(&taken.interface_id), S_OK);
-  return taken;
-}
 
 }  // namespace mirolta::test

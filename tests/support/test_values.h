@@ -2,19 +2,12 @@
 #pragma once
 
 #include <cstring>
-#include <string_view>
 #include <utility>
-#include <vector>
 
+#include "bytes.h"
 #include "platform.h"
 
 namespace mirolta::test {
-
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes BytesOf(std::string_view text) {
-  return Bytes(text.begin(), text.end());
-}
 
 // TestValue owns a VARIANT.
 class TestValue {

@@ -1,8 +1,9 @@
-// Reader of published test-vector files: comment lines (#), sections ([name]), fields (name =
+// Reader of files of published test vectors: comment lines (#), sections ([name]), fields (name =
 // value); the fields between two empty lines or sections are one case.
 #pragma once
 
-#include <cstdint>
+#include <gtest/gtest.h>
+
 #include <fstream>
 #include <initializer_list>
 #include <map>
@@ -11,48 +12,56 @@
 #include <string_view>
 #include <vector>
 
+#include "bytes.h"
+
 namespace mirolta::test {
 
-// BytesOfHex throws for text that is not whole bytes in hexadecimal.
-inline std::vector<uint8_t> BytesOfHex(std::string_view hex) {
-  const auto nibble = [](char c) -> int {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    throw std::runtime_error("not hexadecimal");
-  };
-  if (hex.size() % 2 != 0) throw std::runtime_error("half a byte");
-  std::vector<uint8_t> bytes;
-  for (size_t i = 0; i < hex.size(); i += 2) {
-    bytes.push_back(static_cast<uint8_t>(nibble(hex[i]) << 4 | nibble(hex[i + 1])));
-  }
-  return bytes;
-}
-
-struct VectorCase {
+// VectorCase remembers which of its fields were read. Reading one that it lacks, or that has another
+// form, throws.
+class VectorCase {
+ public:
   std::string section;  // without brackets; empty before the first
   int line = 0;         // of its first field
-  std::map<std::string, std::string> fields;
 
-  bool Has(const std::string& name) const { return fields.count(name) != 0; }
+  // False if the field is there already.
+  bool Add(const std::string& name, const std::string& value) {
+    return fields_.emplace(name, Field{value}).second;
+  }
+  bool IsEmpty() const { return fields_.empty(); }
+  bool Has(const std::string& name) const { return fields_.count(name) != 0; }
   const std::string& Text(const std::string& name) const {
-    const auto found = fields.find(name);
-    if (found == fields.end()) {
+    const auto found = fields_.find(name);
+    if (found == fields_.end()) {
       throw std::runtime_error("line " + std::to_string(line) + ": no field " + name);
     }
-    return found->second;
+    found->second.is_read = true;
+    return found->second.value;
   }
-  std::vector<uint8_t> Bytes(const std::string& name) const { return BytesOfHex(Text(name)); }
+  test::Bytes Bytes(const std::string& name) const { return BytesOfHex(Text(name)); }
   unsigned long Number(const std::string& name) const {
     size_t used = 0;
     const unsigned long number = std::stoul(Text(name), &used);
     if (used != Text(name).size()) throw std::runtime_error(name + " is not a number");
     return number;
   }
+  // The name of a field that nobody has read; empty if there is none.
+  std::string UnreadField() const {
+    for (const auto& [name, field] : fields_) {
+      if (!field.is_read) return name;
+    }
+    return {};
+  }
+
+ private:
+  struct Field {
+    std::string value;
+    mutable bool is_read = false;
+  };
+  std::map<std::string, Field> fields_;
 };
 
-// ReadVectors throws for a file that cannot be read, a line it does not understand, a field that is
-// not among the known ones or stands twice in a case, and a file without cases.
+// ReadVectors throws for a line that it does not understand, a field that is not among the known
+// ones or stands twice in a case, and a file without cases.
 inline std::vector<VectorCase> ReadVectors(std::istream& in, const std::string& name,
                                            std::initializer_list<std::string_view> known) {
   const auto trimmed = [](std::string_view text) {
@@ -63,8 +72,11 @@ inline std::vector<VectorCase> ReadVectors(std::istream& in, const std::string& 
   std::vector<VectorCase> cases;
   VectorCase current;
   const auto close = [&] {
-    if (!current.fields.empty()) cases.push_back(current);
-    current.fields.clear();
+    if (current.IsEmpty()) return;
+    cases.push_back(current);
+    const std::string section = current.section;
+    current = {};
+    current.section = section;
   };
   std::string text;
   for (int line = 1; std::getline(in, text); ++line) {
@@ -89,8 +101,8 @@ inline std::vector<VectorCase> ReadVectors(std::istream& in, const std::string& 
     bool is_known = false;
     for (const std::string_view one : known) is_known = is_known || one == field;
     if (!is_known) fail("unknown field " + field);
-    if (current.fields.empty()) current.line = line;
-    if (!current.fields.emplace(field, trimmed(std::string_view(text).substr(equals + 1))).second) {
+    if (current.IsEmpty()) current.line = line;
+    if (!current.Add(field, trimmed(std::string_view(text).substr(equals + 1)))) {
       fail("field " + field + " twice");
     }
   }
@@ -99,11 +111,26 @@ inline std::vector<VectorCase> ReadVectors(std::istream& in, const std::string& 
   return cases;
 }
 
-inline std::vector<VectorCase> ReadVectorFile(const std::string& path,
-                                              std::initializer_list<std::string_view> known) {
+// CheckVectors reads cases and runs check(case) for each. Besides what ReadVectors throws for, a
+// field that a check leaves unread throws; failures name file, section and line.
+template <typename Check>
+void CheckVectors(std::istream& in, const std::string& name,
+                  std::initializer_list<std::string_view> known, const Check& check) {
+  for (const VectorCase& one : ReadVectors(in, name, known)) {
+    const std::string place = name + ":" + std::to_string(one.line) + " [" + one.section + "]";
+    SCOPED_TRACE(place);
+    check(one);
+    const std::string unread = one.UnreadField();
+    if (!unread.empty()) throw std::runtime_error(place + ": field " + unread + " is not read");
+  }
+}
+
+template <typename Check>
+void CheckVectorFile(const std::string& path, std::initializer_list<std::string_view> known,
+                     const Check& check) {
   std::ifstream in(path);
   if (!in) throw std::runtime_error(path + ": cannot be read");
-  return ReadVectors(in, path, known);
+  CheckVectors(in, path, known, check);
 }
 
 }  // namespace mirolta::test

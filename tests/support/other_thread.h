@@ -1,0 +1,46 @@
+// A second thread beside the test's own.
+#pragma once
+
+#include <atomic>
+#include <thread>
+
+namespace mirolta::test {
+
+// OtherThread runs one piece of work, which the test's thread may hold up by a lock.
+class OtherThread {
+ public:
+  OtherThread() = default;
+  OtherThread(const OtherThread&) = delete;
+  OtherThread& operator=(const OtherThread&) = delete;
+  ~OtherThread() {
+    if (thread_.joinable()) thread_.join();
+  }
+
+  // Returns when the thread runs.
+  template <typename Work>
+  void Begin(Work work) {
+    thread_ = std::thread([this, work] {
+      has_begun_ = true;
+      work();
+      is_done_ = true;
+    });
+    while (!has_begun_) std::this_thread::yield();
+  }
+  // Gives the work time; true if it is not done then.
+  bool IsHeldUp() const {
+    for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+    return !is_done_;
+  }
+  // Waits for the end of the work.
+  bool Finishes() {
+    thread_.join();
+    return is_done_;
+  }
+
+ private:
+  std::atomic<bool> has_begun_{false};
+  std::atomic<bool> is_done_{false};
+  std::thread thread_;
+};
+
+}  // namespace mirolta::test
