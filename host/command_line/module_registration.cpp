@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "engine/host_errors.h"
+#include "engine/status_text.h"
 #include "files/full_path.h"
 #include "portable/registry_mode.h"
 #include "values/text_encoding.h"
@@ -31,7 +31,7 @@ std::string RegistryFile() {
 std::string StatusSentence(const char* what, HRESULT status) {
   char number[16];
   snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(status));
-  const char* text = StandardText(status);
+  const char* text = StandardText(status, nullptr);
   std::string sentence = std::string(what) + " failed with " + number;
   if (text != nullptr) sentence = sentence + " (" + text + ")";
   const DWORD line = MiroltaRegistryBadLine();

@@ -6,7 +6,9 @@
 
 #include <string_view>
 
+#include "engine/properties.h"
 #include "engine/script_context.h"
+#include "engine/status_text.h"
 #include "values/value_marshal.h"
 
 namespace mirolta::host {
@@ -15,6 +17,9 @@ namespace {
 constexpr duk_uint_t kHiddenData = DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRITABLE |
                                    DUK_DEFPROP_SET_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE |
                                    DUK_DEFPROP_FORCE;
+
+constexpr duk_uint_t kInheritedAccessor =
+    DUK_DEFPROP_SET_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE;
 
 // Defines a property of the object below the value on top, which it takes.
 void DefineHidden(duk_context* engine, const char* name) {
@@ -102,15 +107,6 @@ duk_ret_t ConstructError(duk_context* engine) {
   return 1;
 }
 
-void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, duk_c_function set) {
-  duk_push_string(engine, name);
-  duk_push_c_function(engine, get, 0);
-  duk_push_c_function(engine, set, 1);
-  duk_def_prop(engine, -4,
-               DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER | DUK_DEFPROP_SET_CONFIGURABLE |
-                   DUK_DEFPROP_CLEAR_ENUMERABLE);
-}
-
 // Notes where a value was thrown that cannot remember it itself.
 duk_ret_t NoteThrow(duk_context* engine) {
   constexpr duk_int_t kThrower = -2;
@@ -188,7 +184,7 @@ class StackHeight {
 }  // namespace
 
 void ThrowStatus(duk_context* engine, HRESULT status, UnitsView description, UnitsView source) {
-  const char* standard = StandardText(status);
+  const char* standard = StandardText(status, nullptr);
   if (!description.empty()) {
     PushUnits(engine, description);
   } else if (standard != nullptr) {
@@ -210,10 +206,12 @@ void ThrowText(duk_context* engine, HRESULT status, const char* format, ...) {
 void InstallErrors(duk_context* engine) {
   duk_get_global_string(engine, "Error");
   duk_get_prop_string(engine, -1, "prototype");
-  DefineAccessor(engine, "number", GetNumber,
-                 [](duk_context* inner) { return SetOwn(inner, "number"); });
-  DefineAccessor(engine, "description", GetDescription,
-                 [](duk_context* inner) { return SetOwn(inner, "description"); });
+  DefineAccessor(
+      engine, "number", GetNumber, [](duk_context* inner) { return SetOwn(inner, "number"); },
+      kInheritedAccessor);
+  DefineAccessor(
+      engine, "description", GetDescription,
+      [](duk_context* inner) { return SetOwn(inner, "description"); }, kInheritedAccessor);
 
   duk_push_c_function(engine, ConstructError, 2);
   duk_dup(engine, -2);

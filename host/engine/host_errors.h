@@ -19,9 +19,6 @@ inline constexpr HRESULT kStreamClosed = MIROLTA_STATUS(0x800A0E78u);
 inline constexpr HRESULT kDisconnected = MIROLTA_STATUS(0x800401FDu);
 inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
 
-// StandardText returns the platform's wording for a status; null if it has none here.
-const char* StandardText(HRESULT status);
-
 // ThrowStatus throws an Error into the script. An empty description gives the standard wording, or
 // the status in figures.
 [[noreturn]] void ThrowStatus(duk_context* engine, HRESULT status, UnitsView description = {},
@@ -42,8 +39,8 @@ struct ErrorReport {
   std::string description;
   std::string source;
 };
-// DescribeError takes the thrown value on top of the stack; it stays there. It throws no engine error,
-// so that it may be called where native code of others would be jumped over.
+// DescribeError takes the thrown value on top of the stack; it stays there. It throws no engine
+// error, so that it may be called where native code of others would be jumped over.
 // Errors: std::bad_alloc.
 ErrorReport DescribeError(duk_context* engine);
 

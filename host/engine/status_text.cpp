@@ -1,4 +1,5 @@
-// The platform's wording for statuses that come without a description.
+#include "engine/status_text.h"
+
 #include "engine/host_errors.h"
 
 namespace mirolta::host {
@@ -73,11 +74,11 @@ constexpr StatusText kStatusTexts[] = {
 
 }  // namespace
 
-const char* StandardText(HRESULT status) {
+const char* StandardText(HRESULT status, const char* otherwise) {
   for (const StatusText& row : kStatusTexts) {
     if (row.status == status) return row.text;
   }
-  return nullptr;
+  return otherwise;
 }
 
 }  // namespace mirolta::host

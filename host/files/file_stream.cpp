@@ -4,6 +4,7 @@
 #include <new>
 
 #include "files/target_path.h"
+#include "objects/counted_object.h"
 #include "values/text_encoding.h"
 
 namespace mirolta::host {
@@ -17,7 +18,7 @@ std::string& LastFailedName() {
   return name;
 }
 
-class FileStream final : public IStream {
+class FileStream final : public CountedObject<FileStream, IStream> {
  public:
   // Takes over `system` once nothing can fail any more.
   FileStream(Reference<IStream>* system, const std::string& name,
@@ -25,27 +26,11 @@ class FileStream final : public IStream {
       : name_(name), output_(output) {
     system_.Take(system->Release());
   }
-  FileStream(const FileStream&) = delete;
-  FileStream& operator=(const FileStream&) = delete;
 
   OutputFile* output() const { return output_.get(); }
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    const bool known = iid == IID_IUnknown || iid == IID_ISequentialStream || iid == IID_IStream ||
-                       iid == kFileStreamId;
-    *out = known ? static_cast<IStream*>(this) : nullptr;
-    if (!known) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override {
-    return static_cast<ULONG>(InterlockedIncrement(&references_));
-  }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
-    return static_cast<ULONG>(left);
+  static bool Implements(REFIID iid) {
+    return iid == IID_ISequentialStream || iid == IID_IStream || iid == kFileStreamId;
   }
 
   HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read) override {
@@ -110,6 +95,8 @@ class FileStream final : public IStream {
   }
 
  private:
+  friend CountedObject;
+
   ~FileStream() = default;
 
   // The output was finished or discarded: nothing may change what is in place.
@@ -129,7 +116,6 @@ class FileStream final : public IStream {
     return Noted(status);
   }
 
-  LONG volatile references_ = 1;
   Reference<IStream> system_;
   const std::string name_;
   const std::shared_ptr<OutputFile> output_;

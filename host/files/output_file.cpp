@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "engine/host_errors.h"
+#include "engine/status_text.h"
 #include "values/text_encoding.h"
 
 namespace mirolta::host {
@@ -137,10 +137,9 @@ bool FinishOutputs() {
     const HRESULT status = output->Finish();
     if (SUCCEEDED(status)) continue;
     finished = false;
-    const char* text = StandardText(status);
     fprintf(stderr, "mirolta-host: %s: %s\n",
             SystemFromUnits(UnitsFromEngine(output->name())).c_str(),
-            text != nullptr ? text : "cannot be written");
+            StandardText(status, "cannot be written"));
   }
   return finished;
 }

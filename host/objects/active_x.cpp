@@ -1,8 +1,10 @@
 #include "objects/active_x.h"
 
 #include "command_line/module_registration.h"
+#include "engine/arguments.h"
 #include "engine/host_errors.h"
 #include "engine/protected_call.h"
+#include "engine/status_text.h"
 #include "objects/dispatch_object.h"
 #include "values/scoped_values.h"
 
@@ -31,14 +33,13 @@ struct CreateFrame {
   Units name;
   Reference<IDispatch> object;
   duk_ret_t Run(duk_context* engine) {
-    duk_size_t size = 0;
-    const char* text = duk_to_lstring(engine, 0, &size);
-    name = UnitsFromEngine({text, size});
+    const std::string_view text = TextArgument(engine, 0);
+    name = UnitsFromEngine(text);
     const HRESULT status = Create(name.c_str(), &object);
     if (FAILED(status)) {
-      const char* reason = StandardText(status);
+      const char* reason = StandardText(status, nullptr);
       ThrowText(engine, kCannotCreateObject, "%s: \"%s\" (0x%08X%s%s)",
-                StandardText(kCannotCreateObject), text, static_cast<unsigned>(status),
+                StandardText(kCannotCreateObject, ""), text.data(), static_cast<unsigned>(status),
                 reason != nullptr ? ", " : "", reason != nullptr ? reason : "");
     }
     PushDispatch(engine, object.Release());

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "engine/hidden_property.h"
 #include "engine/host_errors.h"
+#include "engine/properties.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "objects/member_call.h"
@@ -48,6 +48,16 @@ DISPID BindRemembered(duk_context* engine, MemberCall* call) {
   return id;
 }
 
+// Pushes the elements of the array at `list` and returns their number.
+duk_idx_t PushElements(duk_context* engine, duk_idx_t list) {
+  const auto count = static_cast<duk_idx_t>(duk_get_length(engine, list));
+  duk_require_stack(engine, count + 8);
+  for (duk_idx_t i = 0; i < count; ++i) {
+    duk_get_prop_index(engine, list, static_cast<duk_uarridx_t>(i));
+  }
+  return count;
+}
+
 // obj.Name(arguments)
 struct CallFrame {
   MemberCall call;
@@ -55,10 +65,7 @@ struct CallFrame {
     const duk_idx_t count = duk_get_top(engine);
     const DISPID id = BindRemembered(engine, &call);
     call.TakeArguments(engine, 0, count);
-    const HRESULT status = call.Invoke(engine, id, kCallFlags);
-    if (FAILED(status)) call.Throw(engine, status);
-    call.PushResult(engine);
-    return 1;
+    return call.Call(engine, id, kCallFlags);
   }
 };
 
@@ -68,17 +75,9 @@ struct DefaultCallFrame {
   duk_ret_t Run(duk_context* engine) {
     constexpr duk_idx_t kList = 2;
     call.Bind(engine, 0);
-    const auto count = static_cast<duk_idx_t>(duk_get_length(engine, kList));
-    duk_require_stack(engine, count + 8);
     const duk_idx_t first = duk_get_top(engine);
-    for (duk_idx_t i = 0; i < count; ++i) {
-      duk_get_prop_index(engine, kList, static_cast<duk_uarridx_t>(i));
-    }
-    call.TakeArguments(engine, first, count);
-    const HRESULT status = call.Invoke(engine, DISPID_VALUE, kCallFlags);
-    if (FAILED(status)) call.Throw(engine, status);
-    call.PushResult(engine);
-    return 1;
+    call.TakeArguments(engine, first, PushElements(engine, kList));
+    return call.Call(engine, DISPID_VALUE, kCallFlags);
   }
 };
 
@@ -88,10 +87,7 @@ struct DefaultValueFrame {
   duk_ret_t Run(duk_context* engine) {
     duk_push_this(engine);
     call.Bind(engine, -1);
-    const HRESULT status = call.Invoke(engine, DISPID_VALUE, DISPATCH_PROPERTYGET);
-    if (FAILED(status)) call.Throw(engine, status);
-    call.PushResult(engine);
-    return 1;
+    return call.Call(engine, DISPID_VALUE, DISPATCH_PROPERTYGET);
   }
 };
 struct DefaultTextFrame : DefaultValueFrame {
@@ -137,23 +133,14 @@ struct AssignmentFrame {
     duk_get_prop_string(engine, self, kIdKey);
     id = duk_get_int(engine, -1);
     duk_get_prop_string(engine, self, kArgumentsKey);
-    const duk_idx_t list = duk_get_top_index(engine);
-    const auto count = static_cast<duk_idx_t>(duk_get_length(engine, list));
-    duk_require_stack(engine, count + 8);
-    for (duk_idx_t i = 0; i < count; ++i) {
-      duk_get_prop_index(engine, list, static_cast<duk_uarridx_t>(i));
-    }
-    return count;
+    return PushElements(engine, duk_get_top_index(engine));
   }
 };
 struct AssignmentGetFrame : AssignmentFrame {
   duk_ret_t Run(duk_context* engine) {
     const duk_idx_t count = Open(engine);
     call.TakeArguments(engine, duk_get_top(engine) - count, count);
-    const HRESULT status = call.Invoke(engine, id, kCallFlags);
-    if (FAILED(status)) call.Throw(engine, status);
-    call.PushResult(engine);
-    return 1;
+    return call.Call(engine, id, kCallFlags);
   }
 };
 struct AssignmentPutFrame : AssignmentFrame {
@@ -161,8 +148,7 @@ struct AssignmentPutFrame : AssignmentFrame {
     const duk_idx_t count = Open(engine);
     duk_dup(engine, 0);
     call.TakeArguments(engine, duk_get_top(engine) - count - 1, count + 1);
-    const HRESULT status = call.Put(engine, id);
-    if (FAILED(status)) call.Throw(engine, status);
+    call.Put(engine, id);
     return 0;
   }
 };
@@ -230,8 +216,7 @@ struct SetFrame {
       ThrowStatus(engine, kNoSuchMember);
     }
     call.TakeArguments(engine, kValue, 1);
-    const HRESULT status = call.Put(engine, id);
-    if (FAILED(status)) call.Throw(engine, status);
+    call.Put(engine, id);
     duk_push_true(engine);
     return 1;
   }
@@ -294,10 +279,8 @@ void InstallDispatchObjects(duk_context* engine) {
   KeepValue(engine, kHandler);
 
   duk_push_bare_object(engine);
-  duk_push_string(engine, "value");
-  duk_push_c_function(engine, RunProtected<AssignmentGetFrame>, 0);
-  duk_push_c_function(engine, RunProtected<AssignmentPutFrame>, 1);
-  duk_def_prop(engine, -4, DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER);
+  DefineAccessor(engine, "value", RunProtected<AssignmentGetFrame>,
+                 RunProtected<AssignmentPutFrame>, 0);
   KeepValue(engine, kAssignment);
 }
 

@@ -95,7 +95,7 @@ HRESULT MemberCall::Invoke(duk_context* engine, DISPID id, WORD flags) {
   return InvokeWith(engine, id, flags, nullptr);
 }
 
-HRESULT MemberCall::Put(duk_context* engine, DISPID id) {
+HRESULT MemberCall::PutWith(duk_context* engine, DISPID id) {
   DISPID named = DISPID_PROPERTYPUT;
   const VARTYPE type = arguments_.front().vt;
   if (type == VT_DISPATCH || type == VT_UNKNOWN) {
@@ -103,6 +103,18 @@ HRESULT MemberCall::Put(duk_context* engine, DISPID id) {
     if (status != DISP_E_MEMBERNOTFOUND) return status;
   }
   return InvokeWith(engine, id, DISPATCH_PROPERTYPUT, &named);
+}
+
+void MemberCall::Put(duk_context* engine, DISPID id) {
+  const HRESULT status = PutWith(engine, id);
+  if (FAILED(status)) Throw(engine, status);
+}
+
+duk_ret_t MemberCall::Call(duk_context* engine, DISPID id, WORD flags) {
+  const HRESULT status = Invoke(engine, id, flags);
+  if (FAILED(status)) Throw(engine, status);
+  PushResult(engine);
+  return 1;
 }
 
 void MemberCall::PushResult(duk_context* engine) {

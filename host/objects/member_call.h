@@ -25,15 +25,20 @@ class MemberCall {
   // Takes the `count` values from `first` on as arguments.
   void TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count);
 
+  // Call calls the member and pushes its result; returns 1, the number of values pushed.
+  // Errors: throws the member's.
+  duk_ret_t Call(duk_context* engine, DISPID id, WORD flags);
+  // Put assigns the last argument taken: by reference first if it is an object, then by value.
+  // Errors: throws the member's.
+  void Put(duk_context* engine, DISPID id);
   // Invoke calls the member and returns its status; the result stays here until PushResult.
   HRESULT Invoke(duk_context* engine, DISPID id, WORD flags);
-  // Put assigns the last argument taken: by reference first if it is an object, then by value.
-  HRESULT Put(duk_context* engine, DISPID id);
   void PushResult(duk_context* engine);
   // Throw throws the error of a call that failed with `status`.
   [[noreturn]] void Throw(duk_context* engine, HRESULT status);
 
  private:
+  HRESULT PutWith(duk_context* engine, DISPID id);
   HRESULT InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named);
   void ClearException();
 

@@ -17,9 +17,9 @@ using MakeObject = void (*)(duk_context* engine, SlotNumber number);
 // Errors: the engine's, and E_OUTOFMEMORY; `value` is then given back.
 void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make);
 
-// For MakeObject: AttachHandle makes the object on top the one that stands for the slot. ShowByProxy
-// takes that object on top and pushes a proxy of it, with the handler kept as `handler`, which
-// stands for the slot too.
+// For MakeObject: AttachHandle makes the object on top the one that stands for the slot.
+// ShowByProxy takes that object on top and pushes a proxy of it, with the handler kept as
+// `handler`, which stands for the slot too.
 void AttachHandle(duk_context* engine, SlotNumber number);
 void ShowByProxy(duk_context* engine, const char* handler);
 // A MakeObject: an object without properties.

@@ -5,6 +5,7 @@
 
 #include "engine/host_errors.h"
 #include "engine/script_context.h"
+#include "objects/counted_object.h"
 #include "values/scoped_values.h"
 #include "values/value_marshal.h"
 
@@ -153,27 +154,14 @@ HRESULT StatusOf(Work work) {
   }
 }
 
-class ScriptObject final : public IDispatch {
+class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
  public:
   ScriptObject(ScriptLink* link, uint32_t key) : link_(link), key_(key) {
     InterlockedIncrement(&link_->references);
   }
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    const bool known = iid == IID_IUnknown || iid == IID_IDispatch || iid == kScriptObjectId;
-    *out = known ? static_cast<IDispatch*>(this) : nullptr;
-    if (!known) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override {
-    return static_cast<ULONG>(InterlockedIncrement(&references_));
-  }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
-    return static_cast<ULONG>(left);
+  static bool Implements(REFIID iid) {
+    return iid == IID_IDispatch || iid == kScriptObjectId;
   }
 
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
@@ -240,6 +228,8 @@ class ScriptObject final : public IDispatch {
   uint32_t key() const { return key_; }
 
  private:
+  friend CountedObject;
+
   ~ScriptObject() {
     if (SUCCEEDED(CheckAlive())) {
       duk_safe_call(link_->engine, ForgetTarget, &key_, 0, 1);
@@ -263,7 +253,6 @@ class ScriptObject final : public IDispatch {
     return static_cast<DISPID>(names_.size());
   }
 
-  LONG references_ = 1;
   ScriptLink* link_;
   uint32_t key_;
   std::vector<Units> names_;

@@ -1,14 +1,14 @@
 #include "objects/stream_object.h"
 
-#include <string.h>
-
 #include <algorithm>
 #include <string_view>
 
+#include "engine/arguments.h"
 #include "engine/host_errors.h"
-#include "engine/number_argument.h"
+#include "engine/properties.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
+#include "engine/status_text.h"
 #include "files/file_stream.h"
 #include "files/target_path.h"
 #include "objects/object_handle.h"
@@ -38,8 +38,7 @@ constexpr ModeRow kModes[] = {
 // Throws for a file; `otherwise` says what happened where the status has no wording.
 [[noreturn]] void ThrowNamed(duk_context* engine, HRESULT status, const char* file,
                              const char* otherwise) {
-  const char* standard = StandardText(status);
-  ThrowText(engine, status, "%s: %s", file, standard != nullptr ? standard : otherwise);
+  ThrowText(engine, status, "%s: %s", file, StandardText(status, otherwise));
 }
 
 // Throws for a failed operation; the file at fault is named if there is one.
@@ -265,14 +264,6 @@ constexpr duk_function_list_entry kMethods[] = {
     {nullptr, nullptr, 0},
 };
 
-void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, duk_c_function set) {
-  duk_push_string(engine, name);
-  duk_push_c_function(engine, get, 0);
-  duk_push_c_function(engine, set, 1);
-  duk_def_prop(engine, -4,
-               DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER | DUK_DEFPROP_SET_ENUMERABLE);
-}
-
 // WScript.OpenFile(path, mode, isPrivate)
 struct OpenFileFrame {
   std::string name;
@@ -283,18 +274,16 @@ struct OpenFileFrame {
     if (output != nullptr) output->Discard();
   }
   duk_ret_t Run(duk_context* engine) {
-    duk_size_t size = 0;
-    const char* text = duk_to_lstring(engine, 0, &size);
+    const std::string_view text = TextArgument(engine, 0);
     const ModeRow* mode = FindMode(engine);
     const bool is_private = duk_to_boolean(engine, 2) != 0;
-    name.assign(text, size);
+    name = text;
     const HRESULT status = OpenFileStream(name, mode->mode, is_private, &stream);
     if (FAILED(status)) {
-      const char* standard = StandardText(status);
-      // A name that the text does not show as it is stands in quotes.
-      const bool is_plain = size != 0 && strlen(text) == size;
-      ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", text,
-                standard != nullptr ? standard : "The file cannot be opened");
+      // An empty name, or one that a zero cuts short in the message, is quoted.
+      const bool is_plain = !text.empty() && text.find('\0') == text.npos;
+      ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", text.data(),
+                StandardText(status, "The file cannot be opened"));
     }
     stream->AddRef();
     PushStream(engine, stream.Get());
@@ -361,9 +350,7 @@ struct SameFileFrame {
   std::string paths[2];
   duk_ret_t Run(duk_context* engine) {
     for (duk_idx_t i = 0; i < 2; ++i) {
-      duk_size_t size = 0;
-      const char* text = duk_to_lstring(engine, i, &size);
-      paths[i] = SystemFromUnits(UnitsFromEngine({text, size}));
+      paths[i] = SystemFromUnits(UnitsFromEngine(TextArgument(engine, i)));
     }
     duk_push_boolean(engine, IsSameFile(paths[0], paths[1]));
     return 1;
@@ -395,9 +382,10 @@ void PushStream(duk_context* engine, IStream* stream) {
 void InstallStreams(duk_context* engine) {
   duk_push_object(engine);
   duk_put_function_list(engine, -1, kMethods);
-  DefineAccessor(engine, "Size", RunProtected<GetSizeFrame>, RunProtected<SetSizeFrame>);
+  DefineAccessor(engine, "Size", RunProtected<GetSizeFrame>, RunProtected<SetSizeFrame>,
+                 DUK_DEFPROP_SET_ENUMERABLE);
   DefineAccessor(engine, "Position", RunProtected<GetPositionFrame>,
-                 RunProtected<SetPositionFrame>);
+                 RunProtected<SetPositionFrame>, DUK_DEFPROP_SET_ENUMERABLE);
   KeepValue(engine, kPrototype);
   duk_put_function_list(engine, -1, kMakers);
 }

@@ -8,13 +8,14 @@
 
 #include <string_view>
 
+#include "engine/arguments.h"
 #include "engine/host_errors.h"
-#include "engine/number_argument.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "files/output_file.h"
 #include "objects/active_x.h"
 #include "objects/stream_object.h"
+#include "values/scoped_values.h"
 #include "values/value_marshal.h"
 
 namespace mirolta::host {
@@ -22,12 +23,14 @@ namespace {
 
 constexpr char kCaseHandler[] = "wscript.handler";
 
+enum class Output { kStandard, kError };
+
 // Prints the arguments, joined by a space. What is no object prints as the text that the platform
 // coerces it to, true as -1 and a third with 15 digits, as its own script host does.
+template <Output kOutput, bool kEndsLine>
 struct PrintFrame {
   std::string text;
-  VARIANT value = {};
-  ~PrintFrame() { VariantClear(&value); }
+  ScopedVariant value;
 
   void Append(duk_context* engine, duk_idx_t index) {
     const bool coerced = duk_is_number(engine, index) || duk_is_boolean(engine, index) ||
@@ -37,50 +40,30 @@ struct PrintFrame {
       text += SystemFromUnits({V_BSTR(&value), SysStringLen(V_BSTR(&value))});
       return;
     }
-    duk_size_t size = 0;
-    const char* bytes = duk_to_lstring(engine, index, &size);
-    text += SystemFromUnits(UnitsFromEngine({bytes, size}));
+    text += SystemFromUnits(UnitsFromEngine(TextArgument(engine, index)));
   }
 
-  void Print(duk_context* engine, FILE* file, bool ends_line) {
+  duk_ret_t Run(duk_context* engine) {
+    FILE* const file = kOutput == Output::kError ? stderr : stdout;
     const duk_idx_t count = duk_get_top(engine);
     for (duk_idx_t i = 0; i < count; ++i) {
       if (i > 0) text += ' ';
       VariantClear(&value);
       Append(engine, i);
     }
-    if (ends_line) text += '\n';
+    if (kEndsLine) text += '\n';
     // Both streams in the order of printing.
     if (file == stderr) static_cast<void>(fflush(stdout));
     if (fwrite(text.data(), 1, text.size(), file) != text.size()) {
       ThrowText(engine, STG_E_WRITEFAULT, "The output cannot be written");
     }
-  }
-};
-struct EchoFrame : PrintFrame {
-  duk_ret_t Run(duk_context* engine) {
-    Print(engine, stdout, true);
     return 0;
   }
 };
-struct OutWriteFrame : PrintFrame {
-  duk_ret_t Run(duk_context* engine) {
-    Print(engine, stdout, false);
-    return 0;
-  }
-};
-struct ErrWriteFrame : PrintFrame {
-  duk_ret_t Run(duk_context* engine) {
-    Print(engine, stderr, false);
-    return 0;
-  }
-};
-struct ErrWriteLineFrame : PrintFrame {
-  duk_ret_t Run(duk_context* engine) {
-    Print(engine, stderr, true);
-    return 0;
-  }
-};
+using OutWriteFrame = PrintFrame<Output::kStandard, false>;
+using OutWriteLineFrame = PrintFrame<Output::kStandard, true>;
+using ErrWriteFrame = PrintFrame<Output::kError, false>;
+using ErrWriteLineFrame = PrintFrame<Output::kError, true>;
 
 // Ends the process: nothing of the script, not even a finally block, runs any more.
 duk_ret_t Quit(duk_context* engine) {
@@ -123,9 +106,7 @@ struct EnvironmentFrame {
   std::string name;
   Units text;
   duk_ret_t Run(duk_context* engine) {
-    duk_size_t size = 0;
-    const char* bytes = duk_to_lstring(engine, 0, &size);
-    name = SystemFromUnits(UnitsFromEngine({bytes, size}));
+    name = SystemFromUnits(UnitsFromEngine(TextArgument(engine, 0)));
     const char* value = getenv(name.c_str());
     if (value == nullptr) return 0;
     text = UnitsFromSystem(value);
@@ -199,7 +180,7 @@ void PutArguments(duk_context* engine) {
 }
 
 constexpr duk_function_list_entry kMembers[] = {
-    {"Echo", RunProtected<EchoFrame>, DUK_VARARGS},
+    {"Echo", RunProtected<OutWriteLineFrame>, DUK_VARARGS},
     {"EnvironmentVariable", RunProtected<EnvironmentFrame>, 1},
     {"Quit", Quit, 1},
     {"Sleep", Sleep, 1},
@@ -227,7 +208,7 @@ void InstallWScript(duk_context* engine) {
   PutText(engine, "ScriptFullName", context.script_full_path);
   PutText(engine, "Name", "mirolta-host");
   PutStandardStream(engine, "StdOut", STDOUT_FILENO, RunProtected<OutWriteFrame>,
-                    RunProtected<EchoFrame>);
+                    RunProtected<OutWriteLineFrame>);
   PutStandardStream(engine, "StdErr", STDERR_FILENO, RunProtected<ErrWriteFrame>,
                     RunProtected<ErrWriteLineFrame>);
   PutArguments(engine);

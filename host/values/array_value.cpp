@@ -2,8 +2,8 @@
 
 #include <string.h>
 
-#include "engine/hidden_property.h"
 #include "engine/host_errors.h"
+#include "engine/properties.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
@@ -77,22 +77,13 @@ struct DimensionsFrame : ArrayFrame {
   }
 };
 
-struct LowerBoundFrame : ArrayFrame {
+template <bool kIsUpper>
+struct BoundFrame : ArrayFrame {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     LONG lower = 0, upper = 0;
     Bounds(engine, AskedDimension(engine), &lower, &upper);
-    duk_push_int(engine, lower);
-    return 1;
-  }
-};
-
-struct UpperBoundFrame : ArrayFrame {
-  duk_ret_t Run(duk_context* engine) {
-    Open(engine);
-    LONG lower = 0, upper = 0;
-    Bounds(engine, AskedDimension(engine), &lower, &upper);
-    duk_push_int(engine, upper);
+    duk_push_int(engine, kIsUpper ? upper : lower);
     return 1;
   }
 };
@@ -160,8 +151,8 @@ duk_ret_t ConstructVbArray(duk_context* engine) {
 
 constexpr duk_function_list_entry kMembers[] = {
     {"dimensions", RunProtected<DimensionsFrame>, 0},
-    {"lbound", RunProtected<LowerBoundFrame>, 1},
-    {"ubound", RunProtected<UpperBoundFrame>, 1},
+    {"lbound", RunProtected<BoundFrame<false>>, 1},
+    {"ubound", RunProtected<BoundFrame<true>>, 1},
     {"getItem", RunProtected<GetItemFrame>, DUK_VARARGS},
     {"toArray", RunProtected<ToArrayFrame>, 0},
     {nullptr, nullptr, 0},

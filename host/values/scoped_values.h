@@ -1,5 +1,5 @@
-// Owners of automation values for the host. The host links the platform only and holds no secrets of
-// its own, so its VARIANT is cleared; OwnedVariant, which the module uses, also wipes.
+// Owners of automation values for the host. The host links the platform only and holds no secrets
+// of its own, so its VARIANT is cleared; OwnedVariant, which the module uses, also wipes.
 #pragma once
 
 #include <utility>

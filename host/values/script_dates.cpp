@@ -1,8 +1,7 @@
-// Dates between the script's calendar and automation's.
+#include "values/script_dates.h"
+
 #include <math.h>
 #include <time.h>
-
-#include "values/value_marshal.h"
 
 namespace mirolta::host {
 namespace {

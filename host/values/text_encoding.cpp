@@ -73,13 +73,12 @@ void AppendCode(uint32_t code, std::string* out) {
   out->append(bytes, 4);
 }
 
-void AppendUnits(uint32_t code, Units* out) {
-  if (code < 0x10000) {
-    out->push_back(static_cast<OLECHAR>(code));
-    return;
-  }
-  out->push_back(static_cast<OLECHAR>(0xD800 + ((code - 0x10000) >> 10)));
-  out->push_back(static_cast<OLECHAR>(0xDC00 + ((code - 0x10000) & 0x3FF)));
+// Gives the one or two units of a code point to put(unit).
+template <typename Put>
+void PutUnits(uint32_t code, Put put) {
+  if (code < 0x10000) return put(static_cast<OLECHAR>(code));
+  put(static_cast<OLECHAR>(0xD800 + ((code - 0x10000) >> 10)));
+  put(static_cast<OLECHAR>(0xDC00 + ((code - 0x10000) & 0x3FF)));
 }
 
 }  // namespace
@@ -98,20 +97,15 @@ size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes) {
 
 size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units) {
   size_t count = 0;
-  const auto put = [&](uint32_t unit) {
-    if (units != nullptr) units[count] = static_cast<OLECHAR>(unit);
+  const auto put = [&](OLECHAR unit) {
+    if (units != nullptr) units[count] = unit;
     ++count;
   };
   size_t at = 0;
   while (at < size) {
     uint32_t code = kReplacement;
     const size_t length = ReadSequence({bytes + at, size - at}, &code);
-    if (code < 0x10000) {
-      put(code);
-    } else {
-      put(0xD800 + ((code - 0x10000) >> 10));
-      put(0xDC00 + ((code - 0x10000) & 0x3FF));
-    }
+    PutUnits(code, put);
     at += length == 0 ? 1 : length;
   }
   return count;
@@ -141,7 +135,7 @@ Units UnitsFromSystem(std::string_view bytes) {
       units.push_back(static_cast<OLECHAR>(0xDC00 + ByteAt(bytes, at)));
       ++at;
     } else {
-      AppendUnits(code, &units);
+      PutUnits(code, [&](OLECHAR unit) { units.push_back(unit); });
       at += length;
     }
   }

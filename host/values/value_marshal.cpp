@@ -10,6 +10,7 @@
 #include "objects/stream_object.h"
 #include "values/array_value.h"
 #include "values/scoped_values.h"
+#include "values/script_dates.h"
 
 namespace mirolta::host {
 namespace {

@@ -36,11 +36,6 @@ uint8_t* PushBytes(duk_context* engine, size_t size);
 // TakeBytes finds the bytes of a buffer at `index`; false if it is none.
 bool TakeBytes(duk_context* engine, duk_idx_t index, const uint8_t** bytes, size_t* size);
 
-// Local time of the automation calendar (days since 30 December 1899; before it, the day counts
-// down and its fraction up) and milliseconds of the script's calendar (since 1970, UTC).
-double AutomationDate(double script_milliseconds);
-double ScriptMilliseconds(double automation_date);
-
 // Call once, before any script runs.
 void InstallMarshalling(duk_context* engine);
 

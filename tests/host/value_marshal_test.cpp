@@ -10,6 +10,7 @@
 #include "objects/dispatch_object.h"
 #include "objects/script_object.h"
 #include "values/scoped_values.h"
+#include "values/script_dates.h"
 
 namespace mirolta::host {
 namespace {

@@ -1,11 +1,11 @@
-#include "engine/hidden_property.h"
+#include "engine/properties.h"
 
 namespace mirolta::host {
 
 bool PushOwn(duk_context* engine, duk_idx_t index, const char* key) {
   if (!duk_is_object(engine, index)) return false;
   index = duk_normalize_index(engine, index);
-  // Few have it: the description that is looked at next is an object.
+  // Checked first, since few objects have it and the descriptor below is allocated.
   if (!duk_has_prop_string(engine, index, key)) return false;
   duk_push_string(engine, key);
   duk_get_prop_desc(engine, index, 0);
@@ -17,6 +17,14 @@ bool PushOwn(duk_context* engine, duk_idx_t index, const char* key) {
     duk_pop(engine);
   }
   return found;
+}
+
+void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, duk_c_function set,
+                    duk_uint_t attributes) {
+  duk_push_string(engine, name);
+  duk_push_c_function(engine, get, 0);
+  duk_push_c_function(engine, set, 1);
+  duk_def_prop(engine, -4, DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER | attributes);
 }
 
 }  // namespace mirolta::host
