@@ -1,12 +1,14 @@
-// A block cipher under a key, as the queues see it.
+// A block cipher with a key, as the queues use it.
 #pragma once
 
 #include <cstdint>
 
 namespace mirolta {
 
-// BlockTransform transforms whole blocks, each by itself, with out apart from in. Without a key
-// there is no run; block_size, a power of two, is always set. It borrows the schedule.
+// BlockTransform transforms whole blocks, each by itself (ECB). run is null without a key;
+// block_size, a power of two, is always set. The schedule is the engine's.
+// Shapes: in[block_size * block_count], out[block_size * block_count].
+// Alias:  out is in, or does not overlap it.
 struct BlockTransform {
   void (*run)(const void* schedule, const uint8_t* in, uint8_t* out, uint32_t block_count);
   const void* schedule;

@@ -16,7 +16,6 @@ CipherEngine* Make() {
   return new (std::nothrow) Engine;
 }
 
-// Makers of the engines, by number.
 struct Maker {
   LONG algorithm;
   CipherEngine* (*make)();

@@ -8,7 +8,7 @@ namespace mirolta {
 
 namespace {
 
-// Divisions would be the better part of a short update's time.
+// Shifts: a division would take most of the time of a short update.
 uint32_t WholeBlocks(uint32_t length, uint32_t block_size) {
   return length >> std::countr_zero(block_size);
 }
@@ -24,7 +24,7 @@ void CipherChannel::Reinit(uint32_t limit, uint32_t step) noexcept {
 
 void CipherChannel::Clear() noexcept {
   for (ByteBuffer* queue : {&in_, &out_}) {
-    // What was taken from the front may still lie behind the content.
+    // The whole storage: consumed bytes may still be behind the content.
     WipeMemory(queue->Data(), queue->Capacity());
     queue->Clear();
   }
@@ -69,16 +69,16 @@ HRESULT CipherChannel::TransformQueued(const BlockTransform& transform) noexcept
   return done == block_count ? S_OK : E_OUTOFMEMORY;
 }
 
-// Transforms data read without copying, past the input queue. Returns false, with nothing done, where
-// that would differ from queueing: the input queue could not take the data, or the output queue not
-// all blocks.
+// Transforms data read without copying, past the input queue. Returns false, with nothing done,
+// where that would differ from queueing: the input queue could not take the data, or the output
+// queue not all blocks.
 bool CipherChannel::TransformUnqueued(const BlockTransform& transform, const uint8_t* data,
                                       uint32_t length) noexcept {
   const uint32_t block_size = transform.block_size;
   const uint32_t pending = in_.Length();
   if (transform.run == nullptr || pending >= block_size) return false;
   if (length < block_size - pending || length > in_.Maximum() - pending) return false;
-  // With a block's storage there, the appends below happen in place and cannot fail.
+  // With storage for a block, the appends below allocate nothing and cannot fail.
   if (in_.Capacity() < block_size) return false;
 
   uint32_t block_count = WholeBlocks(pending + length, block_size);
@@ -104,8 +104,9 @@ bool CipherChannel::TransformUnqueued(const BlockTransform& transform, const uin
          (taken == length || Append(data + taken, length - taken));
 }
 
-// Makes room at the end of the output queue and returns for how many blocks, at most block_count:
-// all that the queue's maximum admits or, when memory runs out, what one step of growth gives.
+// Reserves storage at the end of the output queue and returns for how many blocks, at most
+// block_count: all that the queue's maximum allows or, if memory runs out, what one growth step
+// gives.
 uint32_t CipherChannel::ReserveBlocks(uint32_t block_size, uint32_t block_count) noexcept {
   const uint32_t length = out_.Length();
   const uint32_t room = out_.Maximum() - length;
@@ -114,8 +115,8 @@ uint32_t CipherChannel::ReserveBlocks(uint32_t block_size, uint32_t block_count)
   const uint32_t bytes = count * block_size;
   const uint32_t free = out_.Capacity() - length;
   if (free >= bytes) return count;
-  // Doubling the content's room copies each byte a bounded number of times over many updates whose
-  // output nobody takes; a queue that could not have that much still may have what is needed.
+  // Doubling makes appending amortised linear while nobody takes the output. If memory does not
+  // allow that, the exact amount may still be available.
   if (out_.ReserveTail(std::max(bytes, std::min(length, room))) != nullptr) return count;
   if (out_.ReserveTail(bytes) != nullptr) return count;
   if (free >= block_size) return WholeBlocks(free, block_size);

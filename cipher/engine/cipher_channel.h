@@ -1,4 +1,4 @@
-// One direction of a cipher engine: bytes that wait for a whole block, and blocks that wait for the
+// The queues of one operation of a cipher engine: input short of a block, and output for the
 // caller.
 #pragma once
 
@@ -8,39 +8,46 @@
 
 namespace mirolta {
 
-// CipherChannel turns updates of any length into whole blocks. The result (bytes, statuses, what
-// stays in which queue) is that of appending all data to the input queue and then moving one block
-// after the other to the output queue; the time grows with the data, however it is split and
-// whether or not the output is taken in between.
+// CipherChannel turns updates of any length into whole blocks. The result (bytes, statuses, content
+// of the queues) is that of appending all data to the input queue and then transforming one block
+// after the other from there to the output queue. Two shortcuts give the same result: Update reads
+// whole blocks from data, without the input queue, and where CanBypass holds the owner may
+// transform from its input to its output, without either queue.
+// Time:   linear in the data, however it is split and whether or not output is taken in between.
 class CipherChannel {
  public:
   CipherChannel() noexcept;
   CipherChannel(const CipherChannel&) = delete;
   CipherChannel& operator=(const CipherChannel&) = delete;
 
-  // Reinit wipes the content of both queues and builds them with these values (see ByteBuffer).
+  // Reinit wipes both queues and builds them anew with this limit and growth step (see ByteBuffer).
   void Reinit(uint32_t limit, uint32_t step) noexcept;
 
-  // Clear wipes the content of both queues and keeps their limit, step and storage.
+  // Clear wipes both queues and keeps their limit, growth step and storage.
   void Clear() noexcept;
 
-  // Update takes data[length], or nothing if either is null or 0, and transforms all whole blocks.
-  // Alias:  data lies in neither queue of this channel.
-  // Errors: E_OUTOFMEMORY with nothing taken if the input queue cannot hold data beside what waits;
-  //         else with all data taken and the blocks that fit transformed, if the output queue
-  //         cannot hold the rest; E_FAIL with all data taken if there are whole blocks but no key.
+  // Update takes data[length] and transforms all whole blocks.
+  // Shapes: null data, or a length of 0, only transforms what is queued.
+  // Alias:  data does not overlap the queues of this channel.
+  // Errors: E_OUTOFMEMORY with nothing taken if the input queue cannot hold the data;
+  //         E_OUTOFMEMORY with all data taken and the blocks that fit transformed if the output
+  //         queue cannot hold the others; E_FAIL with all data taken if there are whole blocks but
+  //         no key.
   [[nodiscard]] HRESULT Update(const BlockTransform& transform, const uint8_t* data,
                                uint32_t length) noexcept;
 
-  // CanBypass tells whether Update with length bytes would, given memory, put just their blocks into
-  // the output queue and change nothing else: both queues are empty, the bytes are whole blocks, and
-  // each queue may hold them.
+  // CanBypass tells whether Update with length bytes would, given memory, put just their blocks
+  // into the output queue and change nothing else: both queues are empty, the bytes are whole
+  // blocks, and each queue may hold them.
   bool CanBypass(uint32_t block_size, uint32_t length) const noexcept;
 
-  // Append adds data[length] to what waits, without transforming; false and no change on failure.
+  // Append adds data[length] to the input queue, without transforming.
+  // Errors: false, with nothing added, if the queue cannot hold the data.
   [[nodiscard]] bool Append(const uint8_t* data, uint32_t length) noexcept;
 
-  // TransformQueued transforms all whole blocks that wait. Errors as of Update.
+  // TransformQueued transforms all whole blocks of the input queue.
+  // Errors: E_OUTOFMEMORY with the blocks that fit transformed; E_FAIL if there are whole blocks
+  //         but no key.
   [[nodiscard]] HRESULT TransformQueued(const BlockTransform& transform) noexcept;
 
   const ByteBuffer& In() const noexcept { return in_; }

@@ -9,7 +9,7 @@ namespace mirolta {
 
 namespace {
 
-// No cipher here has larger blocks.
+// The block size of AES, the largest.
 constexpr uint32_t kMaxBlockSize = 16;
 
 }  // namespace
@@ -18,7 +18,7 @@ CipherEngine::CipherEngine(LONG algorithm, const BlockTransform& encryption,
                            const BlockTransform& decryption) noexcept
     : algorithm_(algorithm), encryption_(encryption), decryption_(decryption) {}
 
-// A concrete engine has wiped its schedule before; key and queues wipe themselves.
+// Concrete engines wipe their schedule; key and queues wipe themselves.
 CipherEngine::~CipherEngine() = default;
 
 HRESULT CipherEngine::SetKey(const VARIANT& value, LONG code_page) {
@@ -83,8 +83,8 @@ HRESULT CipherEngine::EncryptUpdate(const uint8_t* data, uint32_t length) {
 HRESULT CipherEngine::EncryptFinal() {
   const uint32_t pending = encrypt_.In().Length();
   if (pending != 0) {
-    // More than a block waits after an update that found the output queue full; if it is whole
-    // blocks, one full block of pad follows them.
+    // More than a block is pending after an update that found the output queue full. Pending whole
+    // blocks get one block of pad.
     uint8_t pad[kMaxBlockSize];
     const uint32_t count = BlockSize() - pending % BlockSize();
     if (!MakePad(PadType(), pad, count)) return E_OUTOFMEMORY;

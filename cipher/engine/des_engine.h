@@ -1,4 +1,5 @@
-// The DES engine: blocks of 8 bytes, keys of 8 (single DES), 16 or 24 bytes (triple DES; FIPS 46-3).
+// The DES engine: blocks of 8 bytes, keys of 8 (single DES), 16 or 24 bytes (triple DES; FIPS
+// 46-3).
 #pragma once
 
 #include "block_cipher_engine.h"

@@ -1,4 +1,4 @@
-// The pad setting of an engine, where its owner keeps it.
+// An engine's pad setting, as its owner keeps it.
 #pragma once
 
 #include <atomic>
@@ -8,11 +8,12 @@
 namespace mirolta {
 
 // PadSetting is read and written without the owner's lock, while another thread may be replacing
-// the engine under it. So the owner keeps the setting itself, and hands it to the engine, under the
-// lock, before the engine pads.
+// the engine. Therefore the owner keeps the setting and applies it to the engine, under the lock,
+// before the engine pads.
 class PadSetting {
  public:
-  // EngineGone and EngineMade follow the engine; a new engine starts with setting 0.
+  // EngineGone and EngineMade say that the owner's engine was dropped or made; a new engine has the
+  // setting 0.
   void EngineGone() { present_.store(false); }
   void EngineMade() {
     value_.store(0);

@@ -1,5 +1,5 @@
-// AES with the processor's round instructions, twelve blocks in flight: a round takes several
-// cycles but the next one of another block, or two, can start in each of them.
+// AES with the AES-NI instructions (FIPS-197, 5.1 and 5.3.5). Twelve blocks are in flight: a round
+// instruction takes several cycles, and one or two of other blocks can start in each cycle.
 #include "aes_kernels.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
@@ -36,7 +36,7 @@ MIROLTA_AESNI __m128i LastRound(__m128i block, __m128i key) {
   return kEncrypt ? _mm_aesenclast_si128(block, key) : _mm_aesdeclast_si128(block, key);
 }
 
-// A round of kCount blocks is long beside the loop's end, so the loop serves all key sizes.
+// One loop for all key sizes: with kCount blocks a round, loop overhead is negligible.
 template <bool kEncrypt, uint32_t kCount>
 MIROLTA_AESNI void TransformGroup(const uint32_t* words, uint32_t rounds, const uint8_t* in,
                                   uint8_t* out) {
@@ -58,7 +58,7 @@ MIROLTA_AESNI void TransformGroup(const uint32_t* words, uint32_t rounds, const 
   }
 }
 
-// Nine rounds, none, two or four more, and the last.
+// Nine rounds; none, two or four more by key size; and the last.
 template <bool kEncrypt>
 MIROLTA_AESNI void TransformOne(const uint32_t* words, uint32_t rounds, const uint8_t* in,
                                 uint8_t* out) {

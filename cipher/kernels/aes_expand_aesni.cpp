@@ -1,6 +1,5 @@
-// The AES key schedule with the processor's instructions. The last round's instruction without a
-// change of columns is the substitution of four equal words, since shifting their rows does
-// nothing.
+// The AES key expansion with the AES-NI instructions (FIPS-197, 5.2). On four equal words the last
+// round's instruction is SubWord, since ShiftRows does not change them.
 #include "aes_kernels.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
@@ -17,7 +16,7 @@ MIROLTA_AESNI_EXPAND void Store(uint32_t* words, __m128i key) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(words), key);
 }
 
-// Stores the key of a round for both directions.
+// Stores a round key in both schedules.
 template <uint32_t kRounds>
 MIROLTA_AESNI_EXPAND void StoreRound(AesSchedule* schedule, uint32_t round, __m128i key) {
   Store(schedule->encryption + 4 * round, key);
@@ -25,13 +24,13 @@ MIROLTA_AESNI_EXPAND void StoreRound(AesSchedule* schedule, uint32_t round, __m1
   Store(schedule->decryption + 4 * (kRounds - round), outer ? key : _mm_aesimc_si128(key));
 }
 
-// Every word xor all the words before it.
+// Each word becomes the xor of itself and all words before it.
 MIROLTA_AESNI_EXPAND __m128i Accumulate(__m128i key) {
   key = _mm_xor_si128(key, _mm_slli_si128(key, 4));
   return _mm_xor_si128(key, _mm_slli_si128(key, 8));
 }
 
-// The substituted and rotated word kWord of key in all words, plus the constant.
+// SubWord(RotWord(word kWord of key)) xor constant, in all words.
 template <int kWord>
 MIROLTA_AESNI_EXPAND __m128i SubstituteRotated(__m128i key, __m128i constant) {
   constexpr int kFirst = 4 * kWord;
@@ -40,7 +39,7 @@ MIROLTA_AESNI_EXPAND __m128i SubstituteRotated(__m128i key, __m128i constant) {
   return _mm_aesenclast_si128(_mm_shuffle_epi8(key, spread), constant);
 }
 
-// Constant i, counted from 0, as the value xor'ed to the lowest byte of each word.
+// Round constant i, counted from 0, in the lowest byte of each word.
 MIROLTA_AESNI_EXPAND __m128i RoundConstant(uint32_t i) {
   return _mm_set1_epi32(i < 8 ? 1 << i : 0x1B << (i - 8));
 }
@@ -72,8 +71,8 @@ MIROLTA_AESNI_EXPAND void Expand256(const uint8_t* bytes, AesSchedule* schedule)
   }
 }
 
-// Six words a step make three round keys in two steps: the two words of a step's end begin the
-// first key or end the second one.
+// Two steps of six words make three round keys: the last two words of the step before with the
+// first two of this one, this one's other four, and the first four of the next step.
 MIROLTA_AESNI_EXPAND void Expand192(const uint8_t* bytes, AesSchedule* schedule) {
   __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
   __m128i rest = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + 16));

@@ -1,4 +1,5 @@
-// Table look-ups on 32-bit words: all that any processor offers.
+// AES by table look-ups on 32-bit words, for any processor (FIPS-197, 5.1 and 5.3.5; the tables are
+// those of the Rijndael proposal, 5.2.1).
 #include "aes_kernels.h"
 #include "aes_tables.h"
 #include "block_bytes.h"
@@ -7,10 +8,10 @@ namespace mirolta {
 
 namespace {
 
-// The four columns of a block. Rows shift to the left by 0, 1, 2, 3 columns in encryption and to
-// the right in decryption. To have one round for both, a state keeps the columns in the order in
-// which the rows of its first column come: 0, 1, 2, 3 for encryption, 0, 3, 2, 1 for decryption;
-// kSecond and kFourth are the numbers of b and d.
+// The four columns of a block. ShiftRows shifts to the left by 0, 1, 2, 3 columns, InvShiftRows to
+// the right. To have one round for both, a state keeps the columns in the order in which the rows
+// of the new first column come from them: 0, 1, 2, 3 in encryption, 0, 3, 2, 1 in decryption.
+// kSecond and kFourth are the column numbers of b and d.
 struct State {
   uint32_t a, b, c, d;
 };
@@ -21,7 +22,7 @@ inline uint32_t RoundColumn(const uint32_t (&tables)[4][256], uint32_t a, uint32
          tables[3][d >> 24] ^ key;
 }
 
-// The last round does not mix columns.
+// The last round has no MixColumns.
 inline uint32_t LastColumn(const uint8_t (&box)[256], uint32_t a, uint32_t b, uint32_t c,
                            uint32_t d, uint32_t key) {
   return (box[a & 0xFF] | uint32_t{box[b >> 8 & 0xFF]} << 8 | uint32_t{box[c >> 16 & 0xFF]} << 16 |
@@ -43,7 +44,7 @@ inline void TransformBlock(const uint32_t (&tables)[4][256], const uint8_t (&box
   State s = {LoadLittleEndian32(in) ^ key[0], LoadLittleEndian32(in + 4 * kSecond) ^ key[kSecond],
              LoadLittleEndian32(in + 8) ^ key[2],
              LoadLittleEndian32(in + 4 * kFourth) ^ key[kFourth]};
-  // Rounds are 10, 12 or 14: one before the loop, pairs in it, the last one after.
+  // 10, 12 or 14 rounds: one before the loop, pairs in it, and the last one after it.
   const uint32_t* const last = key + 4 * rounds;
   key += 4;
   s = Round<kSecond, kFourth>(tables, s, key);

@@ -1,4 +1,4 @@
-// The key schedule by table look-ups, on any processor.
+// The AES key expansion by table look-ups, for any processor (FIPS-197, 5.2 and 5.3.5).
 #include "aes_kernels.h"
 #include "aes_tables.h"
 #include "block_bytes.h"
@@ -13,8 +13,7 @@ uint32_t SubstituteWord(const AesTables& tables, uint32_t word) {
          uint32_t{tables.substitution[word >> 8 & 0xFF]} << 8 | tables.substitution[word & 0xFF];
 }
 
-// The inverse tables begin with the inverse substitution; substituting before undoes that, which
-// leaves the inverse column mix.
+// InvMixColumns of a column. The inverse tables include the inverse S-box, which the S-box cancels.
 uint32_t UnmixColumn(const AesTables& tables, uint32_t word) {
   return tables.inverse[0][tables.substitution[word & 0xFF]] ^
          tables.inverse[1][tables.substitution[word >> 8 & 0xFF]] ^

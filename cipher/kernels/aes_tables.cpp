@@ -4,7 +4,7 @@ namespace mirolta {
 
 namespace {
 
-// The field's elements as powers of the generator 3, and back.
+// power[i] is 3^i in the field, and logarithm its inverse.
 struct Logarithms {
   uint8_t power[256];
   uint8_t logarithm[256];
@@ -19,7 +19,7 @@ Logarithms MakeLogarithms() {
   uint8_t x = 1;
   for (uint32_t i = 0; i < 256; ++i) {
     field.power[i] = x;
-    // The powers repeat after 255 steps; 1 keeps the logarithm 255, which is 0 to the inverse.
+    // 3^255 = 1: the logarithm of 1 stays 255, of which the inverse takes 255 - 255 = 0.
     field.logarithm[x] = static_cast<uint8_t>(i);
     x = static_cast<uint8_t>(x ^ Double(x));
   }

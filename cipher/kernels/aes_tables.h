@@ -1,15 +1,15 @@
-// The substitution boxes and round tables of AES, computed rather than stored.
+// The S-boxes and round tables of AES, computed rather than stored.
 #pragma once
 
 #include <cstdint>
 
 namespace mirolta {
 
-// AesTables are the look-ups of the portable transforms and of every key schedule. They hold no
-// secret, but a look-up in them is at an address that depends on the data.
+// AesTables are what the portable transforms and key expansion look up. They hold no secret, but
+// look-ups are at addresses that depend on key and data.
 struct AesTables {
-  // Computes all tables from the field GF(2^8) with generator 3 and modulus x^8+x^4+x^3+x+1.
-  // Source: FIPS-197, 5.1.1 and 5.3.2.
+  // Computes all tables in the field GF(2^8) with generator 3 and modulus x^8+x^4+x^3+x+1.
+  // Source: FIPS-197, 4.2, 5.1.1 and 5.3.2.
   AesTables() noexcept;
 
   uint8_t substitution[256];
@@ -18,12 +18,12 @@ struct AesTables {
   // forward[0][v] is the column (2s, s, s, 3s) with s = substitution[v], the first row in the
   // lowest byte; forward[i] is forward[0] with every word rotated left by i bytes.
   uint32_t forward[4][256];
-  // inverse[0][v] is the column (14s, 9s, 13s, 11s) with s = inverse_substitution[v]; and so on.
+  // inverse[0][v] is the column (14s, 9s, 13s, 11s) with s = inverse_substitution[v]; inverse[i] is
+  // rotated in the same way.
   uint32_t inverse[4][256];
 };
 
-// SharedAesTables returns the tables that all engines read, computed by the first caller. Every
-// instance would compute the same ten thousand bytes, so one copy serves them all.
+// SharedAesTables returns the one instance that all engines read, computed by the first call.
 const AesTables& SharedAesTables() noexcept;
 
 }  // namespace mirolta

@@ -1,5 +1,6 @@
-// AES with the round instructions on 256-bit registers: two blocks a register, eight registers in
-// flight. Sixteen registers do not hold the round keys as well; each is repeated as it is loaded.
+// AES with the VAES instructions on 256-bit registers (FIPS-197, 5.1 and 5.3.5): two blocks a
+// register, eight registers in flight. The other eight do not hold all round keys, so these are
+// broadcast from the schedule in each round.
 #include "aes_kernels.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
@@ -13,8 +14,8 @@ namespace {
   #define MIROLTA_VAES256_TARGET __attribute__((target("avx2,vaes,aes")))
   #define MIROLTA_VAES256 __attribute__((target("avx2,vaes,aes"), always_inline)) inline
 
-constexpr uint32_t kBlocks = 2;  // of a register
-constexpr uint32_t kGroup = 8;   // registers
+constexpr uint32_t kBlocks = 2;  // in a register
+constexpr uint32_t kGroup = 8;   // registers in flight
 
 MIROLTA_VAES256 __m128i NarrowKey(const uint32_t* words) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words));

@@ -1,6 +1,7 @@
-// AES with the round instructions on 512-bit registers: four blocks a register, eight registers in
-// flight. Round keys are repeated four times as they are loaded from the schedule: eight rounds hide
-// a load, and keys kept in registers would be spilled to the stack where there are fifteen of them.
+// AES with the VAES instructions on 512-bit registers (FIPS-197, 5.1 and 5.3.5): four blocks a
+// register, eight registers in flight. Round keys are broadcast from the schedule in each round:
+// eight round instructions hide a load, and fifteen keys held in registers would be spilled to the
+// stack.
 #include "aes_kernels.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
@@ -16,10 +17,10 @@ namespace {
   #define MIROLTA_VAES512 \
     __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,vaes,aes"), always_inline)) inline
 
-constexpr uint32_t kBlocks = 4;  // of a register
-constexpr uint32_t kGroup = 8;   // registers
+constexpr uint32_t kBlocks = 4;  // in a register
+constexpr uint32_t kGroup = 8;   // registers in flight
 
-// The plain intrinsic begins with an undefined register, which the compiler warns of.
+// Compilers warn of the undefined register in the plain broadcast intrinsic.
 MIROLTA_VAES512 __m512i Repeat(__m128i block) {
   return _mm512_maskz_broadcast_i32x4(0xFFFF, block);
 }
@@ -52,7 +53,8 @@ MIROLTA_VAES512 __m128i LastRound(__m128i block, __m128i key) {
   return kEncrypt ? _mm_aesenclast_si128(block, key) : _mm_aesdeclast_si128(block, key);
 }
 
-// All rounds of one register, narrow or wide: nine, none, two or four more, and the last.
+// All rounds on one register, narrow or wide: nine; none, two or four more by key size; and the
+// last.
 template <bool kEncrypt, auto kKey, typename Register>
 MIROLTA_VAES512 Register AllRounds(const uint32_t* words, uint32_t rounds, Register blocks) {
   #pragma GCC unroll 16
@@ -90,7 +92,7 @@ MIROLTA_VAES512 void TransformFew(const uint32_t* words, uint32_t rounds, const 
 
 template <bool kEncrypt, uint32_t kRounds, uint32_t kCount>
 MIROLTA_VAES512 void TransformGroup(const uint32_t* words, const uint8_t* in, uint8_t* out) {
-  // Keeps the compiler from taking the loads of all groups to registers before the first.
+  // Keeps the compiler from hoisting the loads of all groups before the first one.
   __asm__("" : "+r"(words));
   __m512i blocks[kCount];
   const __m512i first = WideKey(words);
@@ -140,7 +142,7 @@ MIROLTA_VAES512_TARGET void TransformMany(const uint32_t* words, const uint8_t* 
   if (block_count != 0) TransformFew<kEncrypt>(words, kRounds, in, out, block_count);
 }
 
-// A few blocks stay clear of the others' frame on the stack.
+// Up to four blocks do not pay for the stack frame of more.
 template <bool kEncrypt>
 MIROLTA_VAES512 void TransformBlocks(const uint32_t* words, uint32_t rounds, const uint8_t* in,
                                      uint8_t* out, uint32_t block_count) {

@@ -1,5 +1,5 @@
-// Words of cipher blocks. DES has the first byte as the most significant one; AES gives no order,
-// and its kernels take the first byte as the least significant one.
+// Words of cipher blocks, at any alignment. DES is big-endian; AES has no byte order of its own,
+// and its kernels are little-endian.
 #pragma once
 
 #include <cstdint>

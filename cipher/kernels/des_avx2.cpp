@@ -1,4 +1,4 @@
-// DES on bit slices of 256 blocks, with AVX2.
+// DES bit-sliced over 256 blocks, with AVX2 (Biham 1997).
 #include <utility>
 
 #include "des_kernels.h"
@@ -23,7 +23,7 @@ constexpr uint32_t kRowBlocks = 4;
 constexpr uint32_t kLeastBlocks = 37;
 constexpr uint32_t kLeastTripleBlocks = 39;
 
-// The transposition counts the bits of a byte from the lowest one, the standard from the highest.
+// The transposition counts the bits of a byte from the lowest, the standard from the highest.
 constexpr int Slot(int n) {
   return n ^ 7;
 }
@@ -64,8 +64,8 @@ MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t*
   }
 }
 
-// Exchanges, in each eight bytes, the bits of a whose number has the bit kShift with those of b
-// that are kShift lower; mask has the latter.
+// Exchanges, in each 64-bit lane, the bits of a whose index has the bit kShift set with the bits of
+// b at indexes kShift lower, which mask selects.
 template <int kShift>
 MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b, Vector mask) {
   const Vector difference = And(Xor(_mm256_srli_epi64(a, kShift), b), mask);
@@ -73,8 +73,8 @@ MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b, Vector mask) {
   a = Xor(a, _mm256_slli_epi64(difference, kShift));
 }
 
-// Exchanges three bits of the vectors' numbers with those three bits of the bits' numbers that
-// kUnit is the lowest of.
+// Transposes eight vectors: exchanges the three bits of the vectors' indexes with three bits of the
+// bits' indexes, of which kUnit is the lowest.
 template <int kUnit>
 MIROLTA_DES_BOX void ExchangeEight(Vector* v, const Vector (&masks)[3]) {
   #pragma GCC unroll 4
@@ -102,13 +102,13 @@ MIROLTA_DES_BOX void ExchangeBits(Vector* v) {
   ExchangeEight<1>(v, masks);
 }
 
-// The blocks of a row that there are, fewer than all, as a mask.
+// The mask of the first left < kRowBlocks blocks of a row.
 MIROLTA_DES_BOX Vector RowMask(uint32_t left) {
   return _mm256_cmpgt_epi64(_mm256_set1_epi64x(left), _mm256_set_epi64x(3, 2, 1, 0));
 }
 
-// A row of the first block_count blocks from in; blocks that are not there are zero. Masks are for
-// the one row that is broken off, as they take the processor many times as long.
+// A row of in[block_count]; blocks beyond the last are zero. Only a partial row takes a masked
+// access, which is many times slower.
 MIROLTA_DES_BOX Vector LoadRow(const uint8_t* in, uint32_t row, uint32_t block_count) {
   const uint32_t before = row * kRowBlocks;
   const uint8_t* const place = in + size_t{kDesBlockSize} * before;
@@ -130,7 +130,7 @@ MIROLTA_DES_BOX void StoreRow(Vector v, uint32_t row, uint32_t block_count, uint
   }
 }
 
-// Transposes the bits of 64 rows of four blocks, first by bytes, then within them.
+// Transposes 64 rows of four blocks to bit slices: first bytes, then the bits in them.
 MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* state) {
   for (uint32_t column = 0; column < 8; ++column) {
     Vector v[8];
@@ -150,7 +150,7 @@ MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* stat
   }
 }
 
-// The same steps back, with the halves of each pair of vectors exchanged.
+// The steps of Slice in reverse, with the two vectors of each pair exchanged (see AllRounds).
 MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
   for (uint32_t group = 0; group < kRows; group += 8) {
     Vector v[8];

@@ -1,4 +1,4 @@
-// DES on bit slices of 512 blocks, with AVX-512's operations on three inputs.
+// DES bit-sliced over 512 blocks, with AVX-512 and its three-input gates (Biham 1997).
 #include <utility>
 
 #include "des_kernels.h"
@@ -55,7 +55,8 @@ MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t*
   }
 }
 
-// Exchanges byte j of each eight bytes of vector i with byte i of vector j.
+// Transposes eight vectors: exchanges byte j of each 64-bit lane of vector i with byte i of the
+// same lane of vector j.
 MIROLTA_DES_BOX void ExchangeBytes(Vector* v) {
   const Vector down2 = _mm512_set_epi64(0x0D0C0D0C09080908, 0x0504050401000100, 0x0D0C0D0C09080908,
                                         0x0504050401000100, 0x0D0C0D0C09080908, 0x0504050401000100,
@@ -93,16 +94,15 @@ MIROLTA_DES_BOX void ExchangeBytes(Vector* v) {
   }
 }
 
-// Exchanges bit i of byte j with bit 7 - j of byte 7 - i in each eight bytes.
+// Exchanges bit i of byte j with bit 7 - j of byte 7 - i in each 64-bit lane.
 MIROLTA_DES_BOX void ExchangeBits(Vector* v) {
   const Vector unit = _mm512_set1_epi64(0x0102040810204080);
   #pragma GCC unroll 8
   for (int i = 0; i < 8; ++i) v[i] = _mm512_gf2p8affine_epi64_epi8(unit, v[i], 0);
 }
 
-// The blocks of a row that there are, as a mask, and where the row stands. A row without blocks
-// stands at the start: a masked access to a page that is not there does nothing, but takes the
-// processor hundreds of cycles to find out.
+// The mask of a row's blocks, and the row's offset in bytes. A row without blocks has the offset 0:
+// a masked access to an unmapped page does nothing, but takes hundreds of cycles.
 struct Row {
   __mmask8 mask;
   uint32_t offset;
@@ -117,8 +117,9 @@ MIROLTA_DES_BOX Row PlaceRow(uint32_t row, uint32_t block_count) {
   return {static_cast<__mmask8>(mask), before * kDesBlockSize};
 }
 
-// A row of input is eight blocks. Eight rows are exchanged by bytes, so that a vector has the same
-// byte of all 64 blocks, then by bits; then the vectors of the same byte of all rows by bytes.
+// A row of input is eight blocks. Transposing the bytes of eight rows gives vectors with the same
+// byte of 64 blocks; then the bits of each byte are transposed, and then the bytes of the vectors
+// with the same byte of all rows.
 template <bool kFull>
 MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* state) {
   for (uint32_t group = 0; group < 8; ++group) {
@@ -143,7 +144,7 @@ MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* stat
   }
 }
 
-// The same steps back, with the halves of each pair of vectors exchanged.
+// The steps of Slice in reverse, with the two vectors of each pair exchanged (see AllRounds).
 template <bool kFull>
 MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
   for (uint32_t byte = 0; byte < 8; ++byte) {
@@ -168,7 +169,7 @@ MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
   }
 }
 
-// One copy of the rounds serves full and partial passes of both directions.
+// Not inlined: one copy of the rounds serves full and partial passes.
 MIROLTA_DES_TARGET __attribute__((noinline)) void RunRounds(Work* work, uint32_t rounds) {
   AllRounds(work->state, work->masks, rounds);
 }

@@ -1,5 +1,5 @@
-// DES with 64-bit words and, before and after the rounds, the transposition of a block's bits by
-// one instruction: the initial permutation is that and an order of the rows.
+// DES with 64-bit words and GFNI (FIPS 46-3): one instruction transposes a block's bits, and the
+// initial permutation is that transposition and a permutation of the bytes.
 #include <cstring>
 
 #include "des_kernels.h"
@@ -35,7 +35,7 @@ MIROLTA_DES_WORDS64 Halves PermuteBlock(const uint8_t* block) {
           RotateLeft(static_cast<uint32_t>(both >> 32), 1)};
 }
 
-// The halves come from the last round in exchanged places.
+// The last round leaves the halves exchanged.
 MIROLTA_DES_WORDS64 void UnpermuteBlock(Halves halves, uint8_t* block) {
   const uint64_t both = uint64_t{RotateRight(halves.left, 1)} << 32 | RotateRight(halves.right, 1);
   const __m128i rows = Reorder(_mm_cvtsi64_si128(static_cast<long long>(both)), 0x0004010502060307);

@@ -1,4 +1,4 @@
-// The initial and the final permutation of DES, as exchanges of bits between two words.
+// The initial and the final permutation of DES (FIPS 46-3), as exchanges of bits between two words.
 #pragma once
 
 #include "block_bytes.h"
@@ -12,7 +12,7 @@ inline uint32_t RotateRight(uint32_t x, int count) {
   return x >> count | x << (32 - count);
 }
 
-// Exchanges the bits of a that mask selects, after a shift to the right, with those of b.
+// Exchanges the bits of b that mask selects with the bits of a that are shift higher.
 inline void ExchangeBits(uint32_t& a, uint32_t& b, int shift, uint32_t mask) {
   const uint32_t difference = (a >> shift ^ b) & mask;
   b ^= difference;
@@ -20,8 +20,8 @@ inline void ExchangeBits(uint32_t& a, uint32_t& b, int shift, uint32_t mask) {
 }
 
 // The halves of a block between the initial and the final permutation, each rotated left by one
-// bit: then the inputs of the even S-boxes are the lower six bits of the half's bytes, and those of
-// the odd ones the same of the half rotated right by four.
+// bit. The inputs of the even S-boxes are then the lower six bits of the half's bytes, and those of
+// the odd ones the lower six bits of the bytes of the half rotated right by four.
 struct Halves {
   uint32_t left;
   uint32_t right;
@@ -34,13 +34,13 @@ inline Halves PermuteInitially(const uint8_t* block) {
   ExchangeBits(left, right, 16, 0x0000FFFF);
   ExchangeBits(right, left, 2, 0x33333333);
   ExchangeBits(right, left, 8, 0x00FF00FF);
-  // The last exchange is by one bit, which the rotation of the right half makes one in place.
+  // The last exchange is by one bit; with the right half rotated first it needs no shift.
   right = RotateLeft(right, 1);
   ExchangeBits(left, right, 0, 0xAAAAAAAA);
   return {RotateLeft(left, 1), right};
 }
 
-// The steps above in reverse, on halves that the last round has left in exchanged places.
+// The same steps in reverse, on the halves as the last round leaves them, exchanged.
 inline void PermuteFinally(Halves halves, uint8_t* block) {
   uint32_t left = RotateRight(halves.right, 1);
   uint32_t right = halves.left;

@@ -1,4 +1,4 @@
-// Table look-ups on 32-bit words: all that any processor offers.
+// DES by table look-ups on 32-bit words, for any processor (FIPS 46-3).
 #include "block_bytes.h"
 #include "des_kernels.h"
 #include "des_permutations.h"
@@ -32,7 +32,8 @@ void TransformBlocks(const uint32_t* keys, uint32_t rounds, const uint8_t* in, u
   const uint32_t mask = kDesTables.index_mask;
   for (; block_count != 0; --block_count, in += kDesBlockSize, out += kDesBlockSize) {
     Halves halves = SixteenRounds(PermuteInitially(in), keys, mask);
-    // Between two keys the final and the initial permutation cancel out; the exchange remains.
+    // Between two DES operations the final and the initial permutation cancel out; the exchange of
+    // the halves remains.
     for (uint32_t done = 16; done != rounds; done += 16) {
       halves = SixteenRounds({halves.right, halves.left}, keys + 2 * done, mask);
     }

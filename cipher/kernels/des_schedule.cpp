@@ -15,8 +15,8 @@ struct KeyHalves {
   uint32_t d;
 };
 
-// C is the bits 1, 2, 3 of all bytes and bit 4 of the last four; D the bits 7, 6, 5 of all bytes
-// and bit 4 of the first four; the last byte comes first in each.
+// C is the bits 1, 2 and 3 of all bytes and bit 4 of the last four; D the bits 7, 6 and 5 of all
+// bytes and bit 4 of the first four. The last byte's bit comes first in each.
 KeyHalves PermuteKey(const uint8_t* key) {
   uint32_t high = 0;
   uint32_t low = 0;
@@ -54,7 +54,7 @@ void ExpandSingle(const uint8_t* key, uint32_t* words) {
   }
 }
 
-// to[2 * rounds] := the round keys of from[2 * rounds], last first.
+// to[2 * rounds] := the round keys of from[2 * rounds] in reverse order.
 void ReverseRounds(const uint32_t* from, uint32_t rounds, uint32_t* to) {
   for (uint32_t round = 0; round < rounds; ++round) {
     to[2 * round] = from[2 * (rounds - 1 - round)];
@@ -73,7 +73,7 @@ bool ExpandDesKey(const uint8_t* key, uint32_t byte_length, DesSchedule* schedul
   ExpandSingle(key, encryption);
   schedule->rounds = kRoundsPerKey;
   if (byte_length > kKeyBytes) {
-    // The second key decrypts; the other direction's words hold its rounds until they are turned.
+    // The second key decrypts: its round keys are expanded to the decryption words and reversed.
     ExpandSingle(key + kKeyBytes, decryption);
     ReverseRounds(decryption, kRoundsPerKey, encryption + kWords);
     ExpandSingle(byte_length == 24 ? key + 2 * kKeyBytes : key, encryption + 2 * kWords);

@@ -1,4 +1,4 @@
-// Made by the compiler from the tables of FIPS 46-3, which count bits from 1 at the left.
+// Computed at compile time from the tables of FIPS 46-3, which number bits from 1 at the left.
 #include "des_tables.h"
 
 namespace mirolta {

@@ -1,4 +1,4 @@
-// DES with 64-bit words and nothing else that a processor may lack.
+// DES with 64-bit words, on any x86-64 processor (FIPS 46-3).
 #include "des_kernels.h"
 #include "des_permutations.h"
 #include "des_tables.h"

@@ -38,13 +38,13 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::Init(VARIANT vAlg) {
     OwnedVariant name;
     HRESULT status = CopyReferent(vAlg, name.Get());
     if (SUCCEEDED(status)) status = CoerceToText(name.Get());
-    // Again: reading an object runs the caller's code, which may have called Init.
+    // Again: reading an object runs the caller's code, which may have called Init meanwhile.
     DropEngine();
     if (FAILED(status)) return status;
     const BSTR text = V_BSTR(name.Get());
     const LONG algorithm = FindCipherAlgorithm(text, SysStringLen(text));
     if (algorithm < 0) return Raise(kMessageAlgorithmNotFound);
-    // Without memory for the engine the object stays without one, and that is no failure.
+    // If memory runs out, the object has no engine and the call still succeeds.
     engine_ = CreateCipherEngine(algorithm);
     if (engine_) pad_.EngineMade();
     return S_OK;
@@ -89,7 +89,8 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_codePage(LONG code_page) {
 
 namespace {
 
-// Transforms bytes into a new byte array. Errors: those of making and locking the array.
+// Transforms bytes, whole blocks, to a new byte array.
+// Errors: E_OUTOFMEMORY; the status of locking the array.
 HRESULT TransformToArray(const BlockTransform& transform, const ByteView& bytes, VARIANT* out) {
   VariantInit(out);
   SAFEARRAY* const array = CreateByteArray(bytes.Count());
@@ -116,12 +117,11 @@ HRESULT SymmetricCryptObject::Transform(const CipherOperation& operation, const 
   ByteView bytes;
   HRESULT status = bytes.OpenUnresolved(data, code_page_);
   if (FAILED(status)) return status;
-  // Again: reading an object runs the caller's code, which may have taken engine or key away.
+  // Again: reading an object runs the caller's code, which may have dropped the engine or the key.
   if (!engine_ || !engine_->HasKey()) return Raise(kMessageNotInitialized);
   CipherEngine& engine = *engine_;
-  // Whole blocks that the queues would only pass on go from array to array: that is an update, a
-  // final step that finds nothing, and the output taken. Without an array for it the output has to
-  // wait in the queue.
+  // Where the queues would be empty before and after, the blocks go from array to array. If that
+  // array cannot be made, the output is queued instead, and the call fails.
   HRESULT array_status = S_OK;
   const BlockTransform unqueued = (engine.*operation.unqueued_transform)(bytes.Count());
   if (unqueued.run != nullptr) {
@@ -138,7 +138,7 @@ HRESULT SymmetricCryptObject::Transform(const CipherOperation& operation, const 
     status = (engine.*operation.final)();
     if (FAILED(status)) return status;
   }
-  // Output stays queued until it has reached the caller's array.
+  // Output stays queued until it is in the caller's array.
   if (FAILED(array_status)) return array_status;
   ByteBuffer& out = (engine.*operation.out)();
   status = BytesToVariant(out.Data(), out.Length(), result);

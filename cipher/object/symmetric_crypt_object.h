@@ -13,9 +13,9 @@ namespace mirolta {
 
 extern const ClassDescription kSymmetricCryptClass;
 
-// Holds at most one engine. Without one every member but Init and codePage raises
-// "Not initialized."; so do Encrypt and Decrypt without a key. All members but PadType hold the
-// object's lock.
+// SymmetricCryptObject holds at most one engine. Without one every member but Init and codePage
+// raises "Not initialized."; so do Encrypt and Decrypt without a key. All members but PadType hold
+// the object's lock.
 class SymmetricCryptObject final
     : public DispatchObject<kSymmetricCryptClass, ISymmetricCryptObject> {
  public:
