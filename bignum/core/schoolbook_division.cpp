@@ -1,7 +1,7 @@
 #include "schoolbook_division.h"
 
 #include "limb_basics.h"
-#include "limb_loops.h"
+#include "operand_scanning.h"
 
 namespace mirolta {
 

@@ -1,5 +1,5 @@
 #include "limb_kernel_tables.h"
-#include "limb_loops.h"
+#include "product_scanning.h"
 
 namespace mirolta {
 

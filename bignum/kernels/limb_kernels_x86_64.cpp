@@ -1,5 +1,5 @@
 #include "limb_kernel_tables.h"
-#include "limb_loops.h"
+#include "operand_scanning.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 

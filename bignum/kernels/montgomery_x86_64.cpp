@@ -4,7 +4,7 @@
 
   #include <immintrin.h>
 
-  #include "limb_loops.h"
+  #include "montgomery_fios.h"
   #include "mulx_rows.h"
 
 namespace mirolta {
