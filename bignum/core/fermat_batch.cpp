@@ -12,11 +12,11 @@ namespace mirolta {
 
 namespace {
 
-// 4 * 2^2 and 4 * 7^2, the multiples of a modulus that its digits hold.
+// The bits above a modulus that its radix-2^52 digits hold: 4 * 2^2 = 2^4, 4 * 7^2 < 2^8.
 constexpr size_t kSpareForTwo = 4;
 constexpr size_t kSpareForSeven = 8;
 
-// The exponent's bits that the first powers are made of: 7^15 fits a limb.
+// The exponent's top bits by which base^top is computed directly: 7^15 fits a limb.
 constexpr size_t kFirstBits = 4;
 
 Limb SmallPower(Limb base, Limb e) {
@@ -29,7 +29,7 @@ Limb SmallPower(Limb base, Limb e) {
 
 FermatBatch::FermatBatch(size_t bits) noexcept : bits_(bits) {
   const bool here = (kRadix52Features & ~ProcessorFeatures()) == 0;
-  // Smaller numbers are quick to test, larger ones not tested faster side by side.
+  // Smaller numbers are fast to test, and larger ones are not faster in lanes.
   const bool fits = Radix52Count(bits, kSpareForTwo) >= kFermatLeastCount &&
                     Radix52Count(bits, kSpareForSeven) <= kFermatMostCount;
   if (here && fits) capacity_ = kLanes;
@@ -56,7 +56,7 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
   const size_t rest = bits_ - kFirstBits;
 
   for (size_t lane = 0; lane < kLanes; ++lane) {
-    // Lanes without a number repeat the first.
+    // Unused lanes repeat the first candidate.
     const size_t i = lane < count ? lane : 0;
     const Limb* const x = candidates + i * n;
     base[lane] = bases[i];

@@ -5,21 +5,22 @@
 
 namespace mirolta {
 
-// FermatBatch tests up to Capacity() numbers of one search together, where the processor can.
+// FermatBatch tests up to Capacity() candidates at once, where the processor has IFMA.
 class FermatBatch {
  public:
-  // No batch takes more.
+  // The largest capacity.
   static constexpr size_t kMost = 8;
 
-  // For numbers of at most that many bits.
+  // bits: the candidates' greatest length.
   explicit FermatBatch(size_t bits) noexcept;
 
-  // How many numbers one test takes; 0 if there is no faster way than one after another.
+  // How many candidates one test takes; 0 if testing them one by one is as fast.
   size_t Capacity() const { return capacity_; }
 
-  // Tests whether base[i]^(candidate - 1) mod candidate is 1 for each of count candidates, odd
-  // numbers of n limbs, the i-th at candidates + i * n. Bases are at most 7. Sets bit i of *passed.
-  // Errors: false if memory runs out.
+  // Sets bit i of *passed where candidate i passes the Fermat test to bases[i].
+  // Shapes: candidates[count * n], odd; bases[count], at most 7; count <= Capacity()
+  // Errors: false if memory runs out
+  // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 4.9
   [[nodiscard]] bool Test(uint32_t* passed, const Limb* candidates, const Limb* bases, size_t count,
                           size_t n) const noexcept;
 

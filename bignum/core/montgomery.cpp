@@ -8,7 +8,7 @@
 namespace mirolta {
 
 MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept {
-  // Newton: m * m = 1 mod 8 starts with three right bits, and each round doubles them.
+  // Newton's iteration: m is its own inverse mod 8, three correct bits, and each step doubles them.
   Limb inverse = m[0];
   for (uint32_t bits = 3; bits < kLimbBits; bits *= 2) {
     inverse = static_cast<Limb>(inverse * (2 - m[0] * inverse));

@@ -8,7 +8,7 @@ namespace mirolta {
 
 namespace {
 
-// One of the powers, in Montgomery's form.
+// One of the powers, in Montgomery representation.
 struct Chain {
   Limb m;
   Limb inverse;  // 1 / m mod B
@@ -26,8 +26,8 @@ struct Chain {
     power = one;
   }
 
-  // a * b / B mod m: the low limbs of a b and of the multiple of m below cancel, and both high ones
-  // are below m.
+  // a * b / B mod m: a b and a multiple of m have the same low limb, and high limbs below m, which are
+  // subtracted.
   Limb Product(Limb a, Limb b) const noexcept {
     const LimbPair t = mirolta::Product(a, b);
     const Limb multiple = mirolta::Product(static_cast<Limb>(t.low * inverse), m).high;

@@ -1,4 +1,4 @@
-// Limbs to digits of 52 bits and back.
+// Conversion between limbs and radix-2^52 digits.
 #pragma once
 
 #include "limb_basics.h"
@@ -8,13 +8,12 @@
 
 namespace mirolta {
 
-// Radix52Count returns the digits in Montgomery's form for moduli of that many bits: enough for
-// 2^spare times the modulus.
+// Radix52Count returns the radix-2^52 digits that hold 2^spare times a modulus of that many bits.
 inline constexpr size_t Radix52Count(size_t bits, size_t spare) {
   return (bits + spare + kRadix52Bits - 1) / kRadix52Bits;
 }
 
-// Radix52Digit returns digit i of x[n], 0 above its limbs.
+// Radix52Digit returns radix-2^52 digit i of x[n], 0 above its limbs.
 inline Limb Radix52Digit(const Limb* x, size_t n, size_t i) {
   const size_t bit = i * kRadix52Bits;
   const size_t at = bit / kLimbBits;
@@ -25,12 +24,16 @@ inline Limb Radix52Digit(const Limb* x, size_t n, size_t i) {
   return digit & kRadix52Mask;
 }
 
-// ToRadix52: z := x in count digits. Shapes: x[n], z[count]; z overlaps nothing.
+// ToRadix52: z := the lowest count radix-2^52 digits of x.
+// Shapes: x[n], z[count]
+// Alias:  none
 inline void ToRadix52(Limb* z, size_t count, const Limb* x, size_t n) {
   for (size_t i = 0; i < count; ++i) z[i] = Radix52Digit(x, n, i);
 }
 
-// FromRadix52: z := the value of x modulo B^n. Shapes: x[count], z[n]; z overlaps nothing.
+// FromRadix52: z := the value of the radix-2^52 digits x, modulo B^n.
+// Shapes: x[count], z[n]
+// Alias:  none
 inline void FromRadix52(Limb* z, size_t n, const Limb* x, size_t count) {
   ZeroLimbs(z, n);
   for (size_t i = 0; i < count; ++i) {

@@ -12,10 +12,10 @@ namespace mirolta {
 
 namespace {
 
-// Vectors that do not cross lines of the cache load twice as fast.
+// Vectors that cross no cache line load twice as fast.
 constexpr size_t kAlignment = 64;
 
-// z[count] := x * 2^(52 count) mod m as digits. Shapes: x[n], m[n]; n limbs hold m without a zero.
+// z[count] := x * 2^(52 count) mod m in radix-2^52 digits. Shapes: x[n], m[n], m[n - 1] != 0.
 bool ToRadix52Montgomery(Limb* z, size_t count, const Limb* x, const Limb* m, size_t n) {
   const size_t bits = count * kRadix52Bits;
   const size_t zeros = bits / kLimbBits;

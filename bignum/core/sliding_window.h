@@ -1,11 +1,12 @@
-// Powers by a window that slides over the exponent, for any kind of product.
+// Sliding-window exponentiation, for any multiplication.
 #pragma once
 
 #include "limb_basics.h"
 
 namespace mirolta {
 
-// The window width that needs the fewest products: 2^(w-1) for the table, bits / (w + 1) after it.
+// WindowBits returns the window width w with the fewest products: 2^(w-1) for the table, about
+// bits / (w + 1) after it.
 inline uint32_t WindowBits(size_t exponent_bits) {
   constexpr struct {
     size_t bits;
@@ -17,9 +18,11 @@ inline uint32_t WindowBits(size_t exponent_bits) {
   return 7;
 }
 
-// SlidingWindow: z := x^e with multiply(z, x, y) as the product, all values of n limbs.
-// table has n * 2^(w-1) limbs and spare n; x may be the table's start; e[en] without zero limbs at
-// the top.
+// SlidingWindow: z := x^e, where multiply(z, x, y) computes z := x * y.
+// Shapes: table[n * 2^(window - 1)] starts with x; e[en], e[en - 1] != 0; z[n], spare[n]
+// Alias:  none
+// Time:   depends on e
+// Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 14.85
 template <typename Multiply>
 void SlidingWindow(Limb* z, Limb* table, Limb* spare, const Limb* e, size_t en, size_t n,
                    uint32_t window, const Multiply& multiply) {

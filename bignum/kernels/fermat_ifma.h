@@ -1,4 +1,4 @@
-// Eight numbers side by side in digits of 52 bits: vector j is digit j of each.
+// Fermat tests of eight numbers at once in radix 2^52: vector j holds digit j of each number.
 #pragma once
 
 #include "radix52_ifma.h"
@@ -9,31 +9,32 @@ namespace mirolta {
 
 inline constexpr size_t kLanes = 8;
 
-// FermatLanes: what a Fermat test of eight odd numbers works on. Each lane's base is at most 7, and
-// 4 * base^2 * m <= 2^(52 count).
+// FermatLanes: the state of a Fermat test of eight odd numbers, a lane each.
+// Shapes: count radix-2^52 digits; base <= 7 and 4 * base^2 * m <= 2^(52 count) in each lane
 struct FermatLanes {
   const Limb* m;        // [8 count] the moduli
   const Limb* inverse;  // [8] -1 / m mod 2^52
   const Limb* base;     // [8]
-  size_t bits;          // exponent bits still to work in
+  size_t bits;          // low exponent bits still to process
   Limb* power;          // [8 count] base^(m >> bits) * 2^(52 count), below m; destroyed
 };
 
-// FermatLanesTest works the lowest bits of m - 1 into the powers and returns the set of lanes whose
-// power base^(m - 1) is 1.
-// Time: depends on the counts only.
+// FermatLanesTest exponentiates by the remaining low bits of m - 1 and returns the set of lanes where
+// base^(m - 1) mod m is 1.
+// Time:   depends on the counts only
+// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016
 using FermatLanesTest = uint32_t (*)(const FermatLanes& lanes);
 
 inline constexpr size_t kFermatLeastCount = 3;
 inline constexpr size_t kFermatMostCount = 24;
 
-// FermatLanesCount rounds a count of digits up to one that there is a test for: every count of up to 10,
-// even ones above. Each test is unrolled, so each is code of its own.
+// FermatLanesCount rounds a count of radix-2^52 digits up to one with a test: any up to 10, even ones
+// above. Each test is unrolled and so has code of its own.
 constexpr size_t FermatLanesCount(size_t count) {
   return count <= 10 ? count : count + count % 2;
 }
 
-// FermatLanesTestFor returns the test for numbers of count digits, a value of FermatLanesCount from
+// FermatLanesTestFor returns the test for numbers of count digits, a result of FermatLanesCount from
 // kFermatLeastCount to kFermatMostCount.
 FermatLanesTest FermatLanesTestFor(size_t count) noexcept;
 

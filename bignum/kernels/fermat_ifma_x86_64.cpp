@@ -4,7 +4,7 @@
 
   #include <utility>
 
-// gcc 12 warns of what its own header leaves undefined on purpose.
+// gcc 12 warns of values that its own header leaves undefined on purpose.
   #pragma GCC diagnostic ignored "-Wuninitialized"
   #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
@@ -20,8 +20,8 @@ MIROLTA_IFMA inline __m512i LoadLanes(const Limb* x, size_t j) {
   return _mm512_loadu_si512(x + j * kLanes);
 }
 
-// t := x * y / 2^(52 kCount) mod m, below 2 m, in digits that are not yet cut to 52 bits. Each gets
-// four terms below 2^52 a row, so with the carries they stay below 2^52 * (4 kCount + 1).
+// t := x * y / 2^(52 kCount) mod m, below 2 m, in digits that are not normalised. A digit gets four
+// terms below 2^52 a row, so that with carries it stays below 2^52 * (4 kCount + 1).
 template <size_t kCount>
 MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(__m512i (&t)[kCount],
                                                                     const Limb* x, const Limb* y,
@@ -53,7 +53,7 @@ MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(__m512i (&t)
   }
 }
 
-// Cuts the digits to 52 bits and stores them.
+// Normalises the digits to 52 bits and stores them.
 template <size_t kCount>
 MIROLTA_IFMA inline __attribute__((always_inline)) void StoreLanes(Limb* z,
                                                                    const __m512i (&t)[kCount]) {
@@ -79,13 +79,13 @@ MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
       const __mmask8 set = _mm512_test_epi64_mask(
           LoadLanes(lanes.m, bit / kRadix52Bits),
           _mm512_set1_epi64(static_cast<long long>(Limb{1} << (bit % kRadix52Bits))));
-      // Seven times 2^52 * (4 * 24 + 1) is below 2^62.
+      // 7 * 2^52 * (4 * 24 + 1) < 2^62.
   #pragma GCC unroll 64
       for (size_t j = 0; j < kCount; ++j) t[j] = _mm512_mask_mullo_epi64(t[j], set, t[j], base);
     }
     StoreLanes(power, t);
   }
-  // The product with 1 is at most m, so it is 1 where the power is.
+  // The product with 1 is at most m, so that it is 1 exactly where the power is.
   alignas(64) Limb one[kCount * kLanes] = {};
   for (size_t i = 0; i < kLanes; ++i) one[i] = 1;
   LaneProduct(t, power, one, lanes.m, inverse);

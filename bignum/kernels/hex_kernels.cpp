@@ -6,7 +6,7 @@ namespace {
 
 constexpr OLECHAR kDigits[] = OLESTR("0123456789abcdef");
 
-// The value of each character below 128 as a hexadecimal digit.
+// HexDigitValue of the characters below 128.
 struct HexValues {
   uint8_t of[128];
 };

@@ -1,4 +1,4 @@
-// Words to hexadecimal digits and back.
+// Hexadecimal conversion.
 #pragma once
 
 #include <cstddef>
@@ -8,17 +8,18 @@
 
 namespace mirolta {
 
-// HexKernels: one implementation of both directions. Words are least significant first, digits most
-// significant first, eight a word.
+// HexKernels: one implementation of both directions.
+// Shapes: words least significant first; digits most significant first, eight a word
+// Time:   write depends on count only, read on where the first other character is
 struct HexKernels {
-  // out[8 count] := the digits of words[count], in lower case.
+  // out[8 count] := the lower-case digits of words[count].
   void (*write)(OLECHAR* out, const uint32_t* words, size_t count);
-  // Reads backwards from the characters before end, at most count words, as long as the next eight
-  // are all digits of either case; returns how many words it made.
+  // words[count] := the eight digits before end, the eight before those, and so on. Stops at eight
+  // characters that are not all digits, of either case; returns how many words it has read.
   size_t (*read)(uint32_t* words, const OLECHAR* end, size_t count);
 };
 
-// The value of a character as a hexadecimal digit, kNoHexDigit for every other one.
+// HexDigitValue returns the value of a hexadecimal digit, kNoHexDigit for any other character.
 inline constexpr uint32_t kNoHexDigit = 16;
 uint32_t HexDigitValue(OLECHAR c) noexcept;
 

@@ -10,7 +10,7 @@ namespace {
 
 static_assert(sizeof(OLECHAR) == 2);
 
-// Two words, sixteen digits, at a time: as bytes in the order of the digits.
+// Two words, sixteen digits, at a time.
 void Write(OLECHAR* out, const uint32_t* words, size_t count) {
   const __m128i zero = _mm_setzero_si128();
   size_t i = count;
@@ -20,7 +20,7 @@ void Write(OLECHAR* out, const uint32_t* words, size_t count) {
         _mm_unpacklo_epi8(_mm_cvtsi64_si128(static_cast<long long>(__builtin_bswap64(pair))), zero);
     const __m128i low = _mm_slli_epi16(_mm_and_si128(bytes, _mm_set1_epi16(15)), 8);
     const __m128i digits = _mm_or_si128(_mm_srli_epi16(bytes, 4), low);
-    // The letters stand 39 above the continuation of '0' to '9'.
+    // 'a' is 39 above the character after '9'.
     const __m128i letters =
         _mm_and_si128(_mm_cmpgt_epi8(digits, _mm_set1_epi8(9)), _mm_set1_epi8(39));
     const __m128i text = _mm_add_epi8(_mm_add_epi8(digits, _mm_set1_epi8('0')), letters);
@@ -31,7 +31,7 @@ void Write(OLECHAR* out, const uint32_t* words, size_t count) {
   if (i != 0) kPortableHexKernels.write(out, words, 1);
 }
 
-// Where x as unsigned bytes is at most limit.
+// 255 in the bytes of x that are at most limit, unsigned; else 0.
 __m128i AtMost(__m128i x, char limit) {
   return _mm_cmpeq_epi8(_mm_min_epu8(x, _mm_set1_epi8(limit)), x);
 }
@@ -40,7 +40,7 @@ size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
   size_t i = 0;
   for (; i + 2 <= count; i += 2) {
     const __m128i* const from = reinterpret_cast<const __m128i*>(end - 16);  // loaded unaligned
-    // Characters beyond a byte become 0 or 255, which are no digits either.
+    // Saturation turns characters above 255 into 0 or 255, which are not digits.
     const __m128i text = _mm_packus_epi16(_mm_loadu_si128(from), _mm_loadu_si128(from + 1));
     const __m128i figure = _mm_sub_epi8(text, _mm_set1_epi8('0'));
     const __m128i letter =
@@ -51,7 +51,7 @@ size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
     const __m128i digits =
         _mm_or_si128(_mm_and_si128(is_figure, figure),
                      _mm_and_si128(is_letter, _mm_add_epi8(letter, _mm_set1_epi8(10))));
-    // The first digit of each pair is the upper half of a byte.
+    // The first digit of a pair becomes the high nibble.
     const __m128i bytes = _mm_and_si128(
         _mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8)), _mm_set1_epi16(255));
     const uint64_t pair =
@@ -60,7 +60,7 @@ size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
     words[i + 1] = static_cast<uint32_t>(pair >> 32);
     end -= 16;
   }
-  // The last one, or the one behind which no digit stands.
+  // An odd last word, or the one with a character that is no digit.
   return i < count ? i + kPortableHexKernels.read(words + i, end, 1) : i;
 }
 

@@ -1,5 +1,5 @@
-// The digit of the inner loops. Numbers are stored as 32-bit words; a limb is one word where that
-// is all the processor multiplies, and two words where it has 64-bit products.
+// Limbs: the units of the inner loops. Numbers are stored as 32-bit words; a limb is one word, or two
+// words where the processor has 64 x 64-bit products. B = 2^kLimbBits is the base.
 #pragma once
 
 #include <cstddef>
@@ -21,30 +21,30 @@ inline constexpr uint32_t kLimbBits = static_cast<uint32_t>(sizeof(Limb)) * 8;
 inline constexpr uint32_t kLimbWords = kLimbBits / 32;
 inline constexpr Limb kLimbMax = static_cast<Limb>(~Limb{0});
 
-// LimbPair: a two-limb value.
+// LimbPair: high * B + low.
 struct LimbPair {
   Limb low;
   Limb high;
 };
 
-// WideProducts forms products in the double limb: one instruction where the processor has it.
+// WideProducts computes products in a double limb, by one instruction where the processor has it.
 struct WideProducts {
-  // a * b + c + d, at most (B-1)^2 + 2(B-1) = B^2 - 1, so it always fits.
+  // a * b + c + d <= (B - 1)^2 + 2 (B - 1) = B^2 - 1, which fits.
   static LimbPair MulAdd(Limb a, Limb b, Limb c, Limb d) {
     const DoubleLimb t = static_cast<DoubleLimb>(a) * b + c + d;
     return {static_cast<Limb>(t), static_cast<Limb>(t >> kLimbBits)};
   }
 };
 
-// HalfProducts forms products from half limbs, for processors whose multiplication keeps only the
-// low word of its result.
+// HalfProducts computes products from half limbs, for processors whose multiplication yields the low
+// word only.
 struct HalfProducts {
   static LimbPair MulAdd(Limb a, Limb b, Limb c, Limb d) {
     constexpr uint32_t kHalf = kLimbBits / 2;
     constexpr Limb kMask = kLimbMax >> kHalf;
     const Limb a0 = a & kMask, a1 = a >> kHalf;
     const Limb b0 = b & kMask, b1 = b >> kHalf;
-    // Each sum is at most (H-1)^2 + 2(H-1) = H^2 - 1 with H the half base: no carry is lost.
+    // With H^2 = B, each sum is at most (H - 1)^2 + 2 (H - 1) = B - 1: no carry is lost.
     const Limb low = a0 * b0 + (c & kMask) + (d & kMask);
     const Limb mid = a1 * b0 + (low >> kHalf) + (c >> kHalf);
     const Limb mid2 = a0 * b1 + (mid & kMask) + (d >> kHalf);
@@ -53,19 +53,19 @@ struct HalfProducts {
   }
 };
 
-// The products of code outside the kernels. MIROLTA_HALF_PRODUCTS is for the small processors.
+// Products: those of code outside the kernels. MIROLTA_HALF_PRODUCTS selects the half products.
 #if defined(MIROLTA_HALF_PRODUCTS)
 using Products = HalfProducts;
 #else
 using Products = WideProducts;
 #endif
 
+// Product returns a * b.
 inline LimbPair Product(Limb a, Limb b) {
   return Products::MulAdd(a, b, 0, 0);
 }
 
-// DivideWide returns high * B + low over d, high below d. The processor's division by a limb is
-// that of two limbs, which the language has none of.
+// DivideWide returns (high * B + low) / d, high < d. C++ has no 2-by-1 division, the processor does.
 inline Limb DivideWide(Limb high, Limb low, Limb d) {
 #if MIROLTA_KERNELS_FOR(X86_64)
   __asm__("divq %[d]" : "+a"(low), "+d"(high) : [d] "r"(d) : "cc");
@@ -75,8 +75,8 @@ inline Limb DivideWide(Limb high, Limb low, Limb d) {
 #endif
 }
 
-// AddPair and SubtractPair compute x + y and x - y modulo B^2. The compiler keeps two limbs that it
-// has to treat as one value in memory more often than not.
+// AddPair returns x + y, SubtractPair x - y, both modulo B^2. Assembly, since compilers usually spill
+// limb pairs.
 inline LimbPair AddPair(LimbPair x, LimbPair y) {
 #if MIROLTA_KERNELS_FOR(X86_64)
   __asm__(
@@ -105,7 +105,7 @@ inline LimbPair SubtractPair(LimbPair x, LimbPair y) {
 #endif
 }
 
-// LeadingZeros counts the zero bits above the top one bit of x, x != 0.
+// LeadingZeros returns the number of zero bits above the highest one bit of x, x != 0.
 inline uint32_t LeadingZeros(Limb x) {
   if constexpr (kLimbBits == 64) {
     return static_cast<uint32_t>(__builtin_clzll(x));
@@ -114,7 +114,7 @@ inline uint32_t LeadingZeros(Limb x) {
   }
 }
 
-// TrailingZeros counts the zero bits below the lowest one bit of x, x != 0.
+// TrailingZeros returns the number of zero bits below the lowest one bit of x, x != 0.
 inline uint32_t TrailingZeros(Limb x) {
   return static_cast<uint32_t>(__builtin_ctzll(x));
 }

@@ -1,11 +1,11 @@
-// The kernel tables by name, for the list and for tests.
+// The tables of limb kernels, for the list and for tests.
 #pragma once
 
 #include "limb_kernels.h"
 
 namespace mirolta {
 
-// kWideKernels forms products in a double limb, kHalfKernels from half limbs.
+// kWideKernels computes products in a double limb, kHalfKernels from half limbs.
 extern const LimbKernels kWideKernels;
 extern const LimbKernels kHalfKernels;
 
@@ -13,10 +13,10 @@ extern const LimbKernels kHalfKernels;
 // kMulxAdxKernels needs kFeatureBmi2Adx.
 extern const LimbKernels kMulxAdxKernels;
 
-// Its products, by blocks of rows.
+// MultiplyMulxAdx is its schoolbook product, by blocks of four and eight rows.
 void MultiplyMulxAdx(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n);
 
-// Its products in Montgomery's form, for 2, 3, 4, 6 and 8 limbs.
+// MontgomeryShortAdx is its Montgomery multiplication, for 2, 3, 4, 6 and 8 limbs.
 bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n,
                         Limb inverse);
 #endif

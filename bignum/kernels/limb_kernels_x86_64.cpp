@@ -7,9 +7,8 @@ namespace mirolta {
 
 namespace {
 
-// One limb of a row: the product's low half plus the high half of the limb before (carry flag's
-// chain) plus the old limb (overflow flag's chain). 'in' holds that high half, 'out' receives the
-// new one.
+// One limb of a row: the low half of the product, plus the high half of the one before (carry flag),
+// plus the limb of z (overflow flag). 'in' holds that high half, 'out' receives the new one.
   #define MIROLTA_ROW_ADD(offset, in, out)  \
     "mulx " offset "(%[x]), %[low], %[" out \
     "]\n"                                   \
@@ -19,8 +18,7 @@ namespace {
     "(%[z]), %[low]\n"                      \
     "movq %[low], " offset "(%[z])\n"
 
-// The same for a difference: z - p is the complement of (complement of z) + p, and 'not' leaves
-// both flags alone.
+// The same for z - p, which is ~(~z + p). 'not' changes no flag.
   #define MIROLTA_ROW_SUBTRACT(offset, in, out) \
     "mulx " offset "(%[x]), %[low], %[" out     \
     "]\n"                                       \
@@ -33,7 +31,7 @@ namespace {
     "notq %[low]\n"                             \
     "movq %[low], " offset "(%[z])\n"
 
-// The same for a product alone.
+// The same for the product alone.
   #define MIROLTA_ROW_SET(offset, in, out)  \
     "mulx " offset "(%[x]), %[low], %[" out \
     "]\n"                                   \
@@ -41,8 +39,8 @@ namespace {
     "], %[low]\n"                           \
     "movq %[low], " offset "(%[z])\n"
 
-// A whole row: four limbs at a time, then up to three more. The test clears both flags; only
-// instructions that leave them alone stand between the limbs.
+// A row: four limbs at a time, then up to three more. testq clears both flags, and no instruction
+// between the limbs changes them.
   #define MIROLTA_ROW(STEP) \
     "testq %%rcx, %%rcx\n"         \
     "jz 2f\n"                      \
@@ -74,14 +72,13 @@ namespace {
     "adcx %[low], %[carry]\n"         \
     "adox %[low], %[carry]\n"
 
-// One limb of a sum or difference, by an instruction that takes the carry flag in.
+// One limb of a sum or difference, by adcq or sbbq.
   #define MIROLTA_SUM_LIMB(instruction, offset)        \
     "movq " offset "(%[x],%[i],8), %[t]\n"             \
     instruction " " offset "(%[y],%[i],8), %[t]\n"     \
     "movq %[t], " offset "(%[z],%[i],8)\n"
 
-// A whole sum or difference: four limbs at a time, then up to three more. What counts the rounds
-// leaves the carry flag alone.
+// A sum or difference: four limbs at a time, then up to three more. leaq and decq keep the carry flag.
   #define MIROLTA_SUM(instruction)                                                  \
     "xorl %k[i], %k[i]\n"                                                           \
     "jrcxz 2f\n"                                                                    \
@@ -174,7 +171,7 @@ struct AdxBlocks : OperandScanningLoops<AdxRows> {
         z[n + i] = AdxRows::MulAdd1(z + 2 * i + 1, x + i + 1, n - 1 - i, x[i]);
       }
     }
-    // Doubles in the overflow flag's chain and adds the squares in the carry flag's.
+    // Doubles through the overflow flag and adds the squares through the carry flag.
     Limb low, high, t;
     __asm__ volatile(
         "xorl %k[t], %k[t]\n"

@@ -8,8 +8,8 @@ namespace mirolta {
 
 namespace {
 
-// z[m + 8] := x[m] * y[8], plus the old z[m] if kAdds, m >= 8 then. The sum in the registers is
-// below B^8 and one carry before a round, and what comes in makes it less than 2 B^9.
+// BlockOf8: z[m + 8] := x[m] * y[8], plus z[m] if kAdds; then m >= 8. Before a step the sum in t0 to t9
+// is below 2 B^8. Adding a limb of z and a row keeps it below 2 B^9, which t9 <= 1 holds.
 template <bool kAdds>
 inline __attribute__((always_inline)) void BlockOf8(Limb* z, const Limb* x, size_t m,
                                                     const Limb* y) {
@@ -45,7 +45,7 @@ inline __attribute__((always_inline)) void BlockOf8(Limb* z, const Limb* x, size
   z[m + 7] = t7;
 }
 
-// The same for y[4], m >= 4.
+// BlockOf4: the same for y[4], m >= 4 if kAdds.
 template <bool kAdds>
 inline __attribute__((always_inline)) void BlockOf4(Limb* z, const Limb* x, size_t m,
                                                     const Limb* y) {
@@ -72,8 +72,8 @@ inline __attribute__((always_inline)) void BlockOf4(Limb* z, const Limb* x, size
   z[m + 3] = t3;
 }
 
-// A row on top of a sum of four limbs, t1 to t4, which becomes t1 to t5: below B^5, so that nothing
-// goes beyond its top limb.
+// Adds a row to the four limbs t1 to t4, which become five: the sum is below B^5, so that t5 carries
+// nothing out.
   #define MIROLTA_NEXT_ROW(factor, t1, t2, t3, t4, t5) \
     __asm__("xorl %k[top], %k[top]\n" MIROLTA_TERM("0", "a", "b") MIROLTA_TERM("8", "b", "c")       \
                 MIROLTA_TERM("16", "c", "d") MIROLTA_TERM("24", "d", "top") "movl $0, %k[low]\n"    \
@@ -116,7 +116,7 @@ __attribute__((noinline)) void MultiplyEights(Limb* z, const Limb* x, const Limb
   BlockOf8<false>(z, x, 8, y);
 }
 
-// Every other shape.
+// MultiplyBlocks: z[m + n] := x[m] * y[n], m >= n >= 1.
 __attribute__((noinline)) void MultiplyBlocks(Limb* z, const Limb* x, size_t m, const Limb* y,
                                               size_t n) {
   size_t i = 0;
@@ -140,7 +140,7 @@ __attribute__((noinline)) void MultiplyBlocks(Limb* z, const Limb* x, size_t m, 
 }  // namespace
 
 void MultiplyMulxAdx(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
-  // The sizes of keys' parts have rounds written out.
+  // Unrolled for the primes of 512-bit and 1024-bit moduli.
   if (m == 4 && n == 4) return MultiplyFours(z, x, y);
   if (m == 8 && n == 8) return MultiplyEights(z, x, y);
   MultiplyBlocks(z, x, m, y, n);

@@ -1,8 +1,8 @@
-// Rows of a product whose sum stays in registers, for processors with mulx, adcx and adox. The
-// macros work on variables t0, t1, ... of the sum and on two spare ones, low and high.
+// Rows of a product whose sum stays in registers, for processors with mulx, adcx and adox. The macros
+// use the variables t0, t1, ... of the sum and two spare ones, low and high.
 #pragma once
 
-// Low halves go up the carry flag's chain, high halves up the overflow flag's.
+// Low halves are added through the carry flag, high halves through the overflow flag.
 #define MIROLTA_TERM(offset, at, above) \
   "mulx " offset                        \
   "(%[y]), %[low], %[high]\n"           \

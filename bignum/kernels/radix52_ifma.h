@@ -1,5 +1,4 @@
-// Numbers as digits of 52 bits, a digit in a limb, and their products in Montgomery's form by the
-// instructions of AVX-512 IFMA.
+// Montgomery multiplication in radix 2^52, by AVX-512 IFMA. A radix-2^52 digit is stored in a limb.
 #pragma once
 
 #include "limb.h"
@@ -12,21 +11,19 @@ inline constexpr uint32_t kRadix52Bits = 52;
 inline constexpr Limb kRadix52Mask = (Limb{1} << kRadix52Bits) - 1;
 inline constexpr size_t kRadix52PerVector = 8;
 
-// What the products here need of the processor: mulx too.
+// The processor features of these products, which use mulx too.
 inline constexpr uint32_t kRadix52Features = kFeatureBmi2Adx | kFeatureAvx512 | kFeatureAvx512Ifma;
 
-// Radix52Product: z := x * y / 2^(52 count), some value of the residue class of m below 2 m.
-// Shapes: x, y, z, m of as many vectors of eight digits as the function is for, zeros above count;
-//         x and y below 2 m, 4 m <= 2^(52 count), m odd, count >= 2.
-//         inverse is -1 / m mod 2^52, times 2^12.
-// Alias:  any of z, x, y may be the same.
-// Time:   depends on count only.
-// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
-// 2016.
+// Radix52Product: z := x * y / 2^(52 count) mod m, below 2 m (almost Montgomery multiplication).
+// Shapes: x, y, z, m are whole vectors of eight radix-2^52 digits, zero above count; x < 2 m, y < 2 m,
+//         m odd, 4 m <= 2^(52 count), count >= 2; inverse is 2^12 * (-1 / m mod 2^52)
+// Alias:  z, x and y may be the same
+// Time:   depends on count only
+// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016
 using Radix52Product = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
                                 Limb inverse);
 
-// Radix52ProductFor returns the product for that many vectors, 1 to kRadix52MostVectors.
+// Radix52ProductFor returns the product of numbers of that many vectors, 1 to kRadix52MostVectors.
 inline constexpr size_t kRadix52MostVectors = 10;
 Radix52Product Radix52ProductFor(size_t vectors) noexcept;
 

@@ -2,7 +2,7 @@
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 
-// gcc 12 warns of what its own header leaves undefined on purpose.
+// gcc 12 warns of values that its own header leaves undefined on purpose.
   #pragma GCC diagnostic ignored "-Wuninitialized"
   #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
@@ -14,8 +14,8 @@ namespace {
 
   #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512vl,avx512ifma,bmi2")))
 
-// The carries of count flags: a position that is over passes one on, and one that is full passes on
-// what it gets. Both have a bit a digit, 64 digits a word.
+// Carry propagation on bit masks, 64 radix-2^52 digits a word: a digit in `over` generates a carry, a
+// digit in `full` propagates one.
 template <size_t kWords>
 inline void RippleCarries(uint64_t (&carries)[kWords], const uint64_t (&over)[kWords],
                           const uint64_t (&full)[kWords]) {
@@ -24,12 +24,12 @@ inline void RippleCarries(uint64_t (&carries)[kWords], const uint64_t (&over)[kW
     const uint64_t got = over[i] << 1 | in;
     const uint64_t sum = got + full[i];
     carries[i] = sum ^ full[i];
-    // A carry out of the word: from its top digit itself, or passed on by it.
+    // The carry out of the word is generated or propagated by its top digit.
     in = over[i] >> 63 | (sum < got ? 1 : 0);
   }
 }
 
-// Stores vectors of digits below 2^63 as digits below 2^52.
+// Normalises vectors of radix-2^52 digits below 2^63 to digits below 2^52, and stores them.
 template <size_t kVectors>
 MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
   const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kRadix52Mask));
@@ -38,7 +38,7 @@ MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
   __m512i below = _mm512_setzero_si512();
   for (size_t j = 0; j < kVectors; ++j) {
     const __m512i high = _mm512_srli_epi64(t[j], kRadix52Bits);
-    // Below 2^52 + 2^11 now, so that one carry at most goes further.
+    // Below 2^52 + 2^11 now, so that a digit carries at most 1.
     t[j] = _mm512_add_epi64(_mm512_and_si512(t[j], mask), _mm512_alignr_epi64(high, below, 7));
     below = high;
     over[j / 8] |= uint64_t{_mm512_cmpgt_epu64_mask(t[j], mask)} << (j % 8 * 8);
@@ -52,18 +52,17 @@ MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
   }
 }
 
-// One digit of y a round: adds x * digit and the multiple of m that makes the lowest digit zero,
-// and drops it. The multiple decides the next one, and the way through the vectors is long, so the
-// three lowest positions are kept in plain registers: 'low' is all of the lowest and 'next' of the
-// second; of the third the round's own terms are added there, while 'waiting' is what the vectors
-// had before the round.
-// Each position gets four terms below 2^52 a round, in at most 8 * kVectors rounds: below 2^61.
+// Each step adds x times one digit of y and the multiple of m that makes the lowest digit zero, and
+// drops that digit. Each multiple depends on the one before, and vector latency is long, so the three
+// lowest digits are computed in scalar registers: `low` and `next` are the sums of the lowest two; the
+// third is `waiting`, its sum in the vectors before the step, plus the step's terms.
+// A digit gets four terms below 2^52 a step, in at most 8 * kVectors steps: below 2^61.
 template <size_t kVectors>
 MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
                           Limb inverse) {
   __m512i t[kVectors];
   for (size_t j = 0; j < kVectors; ++j) t[j] = _mm512_setzero_si512();
-  // What x adds there in each round.
+  // The terms of x in the three lowest digits, for each step.
   alignas(64) Limb terms[3][kVectors * kRadix52PerVector];
   const __m512i x0 = _mm512_set1_epi64(static_cast<long long>(x[0]));
   const __m512i x1 = _mm512_set1_epi64(static_cast<long long>(x[1]));
@@ -82,20 +81,20 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
   Limb next = 0;
   Limb waiting = 0;
   for (size_t i = 0; i < count; ++i) {
-    // The multiple's factor stands 12 bits higher, so that its products part at bit 64.
+    // The factor of m is shifted left by 12, so that its 104-bit products split at bit 64.
     low += terms[0][i];
     const Limb factor = low * inverse;
     unsigned long long high0, high1;
     _mulx_u64(factor, m0, &high0);
     const Limb low1 = _mulx_u64(factor, m1, &high1) >> 12;
-    // The lowest 52 bits become zero, with a carry unless they were.
+    // The multiple of m clears the lowest 52 bits, with a carry unless they were zero.
     low = (low + kRadix52Mask) >> kRadix52Bits;
     low += (next + terms[1][i]) + low1 + high0;
     next = (waiting + terms[2][i]) + ((factor * m2) >> 12) + high1;
 
     const __m512i by_x = _mm512_set1_epi64(static_cast<long long>(y[i]));
     const __m512i by_m = _mm512_set1_epi64(static_cast<long long>(factor >> 12));
-    // Sums apart from t keep its own way through a round short: two additions and a shift.
+    // Separate sums shorten the dependency chain of t to two additions and a shift.
     __m512i high[kVectors];
     for (size_t j = 0; j < kVectors; ++j) {
       const __m512i xj = _mm512_loadu_si512(x + j * kRadix52PerVector);
@@ -118,7 +117,7 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
   for (size_t j = 0; j < 3 * kVectors; ++j) {
     _mm512_store_si512(&terms[0][0] + j * kRadix52PerVector, _mm512_setzero_si512());
   }
-  // The barrier claims to read the secrets' place, so the zeros are stored.
+  // The empty asm claims to read the secrets' memory, so that the zeros are stored.
   __asm__ __volatile__("" : : "r"(terms) : "memory");
 }
 
