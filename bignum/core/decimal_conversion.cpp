@@ -11,14 +11,14 @@ namespace mirolta {
 
 namespace {
 
-// Shorter values are converted chunk by chunk, longer ones split into leaves of at most so many
-// chunks: measured for 64-bit limbs, estimated for 32-bit limbs.
+// Up to kChunksOut and kChunksIn chunks, a value is converted chunk by chunk. Longer ones are split into
+// leaves of at most kChunksOut and kLeafIn chunks. Measured for 64-bit limbs, estimated for 32-bit limbs.
 constexpr size_t kChunksOut = kLimbBits == 64 ? 30 : 32;
 constexpr size_t kChunksIn = kLimbBits == 64 ? 80 : 64;
 constexpr size_t kLeafIn = 40;
 
-// Writes value below 10^8 as eight digits: pairs of values below 10^4, 10^2 and 10 side by side in
-// one number, the upper part of each at the lower bits, where its digits come first.
+// Writes value, below 10^8, as eight digits. Values below 10^4, then 10^2, then 10 are packed in one
+// integer, the more significant half of each pair in the lower bits, whose bytes come first.
 void EightDigits(char* digits, uint32_t value) {
   const uint64_t fours = value / 10000 | uint64_t{value % 10000} << 32;
   // x * 10486 / 2^20 is x / 100 for x < 10^4, and x * 103 / 2^10 is x / 10 for x < 100.
@@ -45,7 +45,7 @@ void DigitsOfChunk(char* digits, Limb chunk) {
   }
 }
 
-// Writes x[n] as count chunks; x < kDecimalPower^count.
+// Writes x as count chunks. Shapes: x[n] < kDecimalPower^count, destroyed.
 void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
   const LimbDivisor divisor = PrepareDivisor(kDecimalPower);
   n = SignificantLimbs(x, n);
@@ -67,15 +67,16 @@ void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
   WipeMemory(chunks, sizeof chunks);
 }
 
-// LeafWriter writes the leaves of a long number. It makes a fraction of a leaf, its value over that
-// of the power of ten above, and takes chunk after chunk from the fraction's top: a product by one
-// limb each, of fewer and fewer limbs.
+// LeafWriter writes the leaves of a long number. It converts a leaf x to the fraction x / D and
+// multiplies that by kDecimalPower again and again: each product's integer part is the next chunk, and
+// the fraction needs a limb less each time.
 //
-// With c chunks in a leaf, D = kDecimalPower^c and inverse = floor(B^2c / D) + 1, the fraction for
-// x is (x * inverse + inverse / 2) / B^2c. That is (x + 1/2) / D or more by less than D / B^2c, a
-// tenth of 1 / D. The chunks are right as long as it stays from x / D to (x + 1) / D, so the half
-// is there to be lost: the c + 1 upper limbs are taken, and a limb fewer after every chunk. Each
-// time less than 1 / B of what 1 / D has become by then is cut off.
+// With c chunks in a leaf, D = kDecimalPower^c and inverse = floor(B^2c / D) + 1, the fraction of x is
+// (x * inverse + inverse / 2) / B^2c. It is at least (x + 1/2) / D, by less than D / B^2c, a tenth of
+// 1 / D, too large. The chunks are correct while it is in [x / D, (x + 1) / D), so 1/2 is the margin for
+// truncation: the upper c + 1 limbs are kept, and a limb less after every chunk. Each truncation loses
+// less than 1 / B of the scaled 1 / D.
+// Source: Knuth TAOCP 2, 4.4, method 2a
 class LeafWriter {
  public:
   explicit LeafWriter(const DecimalPowers& powers)
@@ -84,7 +85,7 @@ class LeafWriter {
         memory_(3 * CheckedSize(inverse_size_) + CheckedSize(leaf_) +
                 MultiplyScratch(inverse_size_, leaf_)) {}
 
-  // Makes the inverse; false if memory runs out.
+  // Make computes the inverse; false if memory runs out.
   [[nodiscard]] bool Make(const DecimalPower& power) {
     const size_t n = 2 * leaf_ - power.zeros + 1;
     LimbScratch one{CheckedSize(n)};
@@ -97,7 +98,7 @@ class LeafWriter {
     return true;
   }
 
-  // Writes x[n], less than D, as count chunks.
+  // Write writes x as count chunks. Shapes: x[n] < D.
   void Write(char* digits, const Limb* x, size_t n, size_t count) {
     const LimbKernels& k = CurrentLimbKernels();
     Limb* const product = half() + inverse_size_;
@@ -109,7 +110,7 @@ class LeafWriter {
     Limb* fraction = product + leaf_ - 1;
     for (size_t left = leaf_; left != 0; --left, ++fraction) {
       const Limb chunk = k.mul1(fraction, fraction, left + 1, kDecimalPower);
-      // A leaf of fewer chunks has zeros in front.
+      // A shorter leaf has leading zero chunks, which are not written.
       if (left > count) continue;
       DigitsOfChunk(digits, chunk);
       digits += kDecimalDigits;
@@ -122,10 +123,10 @@ class LeafWriter {
 
   size_t leaf_;
   size_t inverse_size_;
-  LimbScratch memory_;  // inverse, half of it, product, and what that needs
+  LimbScratch memory_;  // inverse, inverse / 2, product and its scratch
 };
 
-// Writes x[n] as count chunks, at most leaf * 2^level of the powers.
+// Writes x as count chunks, count <= leaf * 2^level. Shapes: x[n], destroyed.
 bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const DecimalPowers& powers,
                  size_t level, LeafWriter& leaves) {
   n = SignificantLimbs(x, n);
@@ -141,7 +142,7 @@ bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const DecimalPow
     std::memset(digits, '0', (count - low) * kDecimalDigits);
     return WriteDigits(low_digits, x, n, low, powers, level - 1, leaves);
   }
-  // The zero limbs of the power leave those of x alone.
+  // The power's trailing zero limbs do not affect those of x.
   Limb* const upper = x + power.zeros;
   const size_t m = n - power.zeros;
   const size_t quotient_size = m - power.size + 1;
@@ -162,7 +163,7 @@ void ReadFewChunks(Limb* z, const Limb* chunks, size_t n) {
   }
 }
 
-// z[n] := the value of n chunks, at most leaf * 2^level of the powers.
+// z[n] := the value of n chunks, n <= leaf * 2^level.
 bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const DecimalPowers& powers, size_t level) {
   if (level == 0) {
     ReadFewChunks(z, chunks, n);
@@ -181,7 +182,7 @@ bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const DecimalPowers& powe
   if (!ReadChunks(z, chunks, low, powers, level - 1)) return false;
   MultiplyLimbs(product, upper, high, power.limbs, power.size, product + high + power.size);
   ZeroLimbs(z + low, high);
-  // The value fits n limbs, so what the product has above them is zero.
+  // The value fits n limbs, so the product is zero above them.
   Limb* const to = z + power.zeros;
   const size_t room = n - power.zeros;
   const size_t count = high + power.size < room ? high + power.size : room;
@@ -191,7 +192,7 @@ bool ReadChunks(Limb* z, const Limb* chunks, size_t n, const DecimalPowers& powe
 }
 
 CheckedSize ChunksRoom(size_t n) {
-  // log10(2^64) = 19.27 digits a limb and 19 a chunk; 9.64 and 9 for 32 bits.
+  // A 64-bit limb has log10(2^64) = 19.27 digits, its chunk 19; a 32-bit limb 9.64, its chunk 9.
   const size_t part = kLimbBits == 64 ? n / 64 : n / 12;
   return CheckedSize(n) + CheckedSize(part) + 1;
 }

@@ -8,7 +8,7 @@ namespace mirolta {
 
 namespace {
 
-// The value of x[n], not zero, times B^zeros without zero limbs at either end.
+// x * B^zeros without leading and trailing zero limbs. Shapes: x[n] != 0.
 DecimalPower Trimmed(const Limb* x, size_t n, size_t zeros) {
   // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): kernels have written x.
   for (; *x == 0; ++x, --n) ++zeros;
@@ -21,7 +21,7 @@ bool DecimalPowers::Make(size_t chunks, size_t most_leaf) noexcept {
   leaf_ = chunks;
   for (; leaf_ > most_leaf; leaf_ = (leaf_ + 1) / 2) ++levels_;
   const size_t powers = size_t{1} << levels_;
-  // A chunk fits a limb, so power i fits leaf * 2^i limbs, and all of them fit this.
+  // Power i fits leaf * 2^i limbs, since a chunk fits a limb; all of them fit this.
   limbs_ = NewArray<Limb>(CheckedSize(leaf_) * CheckedSize(powers));
   if (limbs_ == nullptr) return false;
   limbs_[0] = kDecimalPower;

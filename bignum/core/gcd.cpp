@@ -8,7 +8,7 @@ namespace mirolta {
 
 namespace {
 
-// Runs Euclid on the sizes of two numbers.
+// Runs Euclid's algorithm on two magnitudes.
 bool RunLehmer(LehmerGcd* run, const BigInt& r0, const BigInt& r1, bool with_cofactor) {
   const size_t n0 = LimbsForWords(r0.Used());
   const size_t n1 = LimbsForWords(r1.Used());
@@ -26,7 +26,7 @@ HRESULT Gcd(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   if (FAILED(failure)) return failure;
   LehmerGcd run;
   if (!RunLehmer(&run, a, b, false)) return E_OUTOFMEMORY;
-  // Remainders follow their dividends, so each place keeps its flag.
+  // A remainder has its dividend's sign flag, so that r(i) has that of a or b by the parity of i.
   const bool negative = run.OddSteps() ? b.SignFlag() : a.SignFlag();
   const HRESULT status = r.AssignLimbs(run.Gcd(), run.GcdLimbs());
   if (SUCCEEDED(status)) r.SetSignFlag(negative);
@@ -42,8 +42,8 @@ HRESULT Inverse(BigInt& r, const BigInt& a, const BigInt& m) noexcept {
   BigInt t;
   HRESULT status = t.AssignLimbs(run.Cofactor(), run.CofactorLimbs());
   if (FAILED(status)) return status;
-  // With operands of like signs all quotients are positive and the cofactors alternate in sign from
-  // the second step on; with unlike signs all quotients are negative and no cofactor is.
+  // Equal signs: all quotients are positive, and the cofactors alternate in sign from the second step
+  // on. Different signs: all quotients are negative, and no cofactor is.
   if (a.SignFlag() == m.SignFlag() && !run.OddSteps() && !t.IsZero()) {
     t.SetSignFlag(true);
     status = t.Add(m);

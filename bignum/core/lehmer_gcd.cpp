@@ -6,8 +6,8 @@
 
 namespace mirolta {
 
-// Several steps at once: r(i) = +-(u0 x - v0 y), r(i+1) = -+(u1 x - v1 y), the upper signs for an
-// even number of steps; the cofactors' sizes follow with all signs plus.
+// Matrix: several steps at once, r(i) = +-(u0 x - v0 y), r(i+1) = -+(u1 x - v1 y), the upper signs for
+// an even number of steps. The cofactors' magnitudes take the same factors, all positive.
 struct LehmerGcd::Matrix {
   Limb u0 = 1, v0 = 0;
   Limb u1 = 0, v1 = 1;
@@ -36,11 +36,10 @@ void Swap(T& a, T& b) {
 
 constexpr uint64_t kFloor = uint64_t{1} << 34;
 
-// Euclid's steps on approximations: x and y stand for values that differ from them by at most 2 in
-// either direction. A step is taken only while the new remainder z and y - z are both kFloor or
-// more. Then every cofactor is at most x / y <= 2^64 / 2^34 = 2^30, the true remainders differ from
-// the approximate ones by at most 2 * 2 * 2^30 < kFloor / 2, and so 0 < z < y holds for the true
-// values too: the quotient is theirs.
+// Euclid's steps on approximations x and y, which differ from the true values by at most 2. A step is
+// taken only while the new remainder z and y - z are at least kFloor. Then every cofactor is at most
+// x / y <= 2^64 / 2^34 = 2^30, and the true remainders differ from the approximate ones by at most
+// 2 * 2 * 2^30 < kFloor / 2. So 0 < z < y holds for the true values too, and the quotient is the same.
 template <typename Matrix>
 void Simulate(uint64_t x, uint64_t y, Matrix* matrix) {
   if (y < kFloor) return;
@@ -75,7 +74,7 @@ bool LehmerGcd::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_
   m = SignificantLimbs(x, m);
   n = SignificantLimbs(y, n);
   const size_t size = (m > n ? m : n) + 1;
-  // A cofactor never exceeds the larger operand; a product formed on the way has two limbs more.
+  // A cofactor is at most the larger operand; an intermediate product has two limbs more.
   const size_t wide = with_cofactor ? size + 3 : 0;
   CheckedSize limbs = 5 * CheckedSize(size) + 4 * CheckedSize(wide);
   if (with_cofactor) limbs = limbs + MultiplyScratch(size, size);
@@ -120,7 +119,7 @@ bool LehmerGcd::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_
 
 bool LehmerGcd::FindMatrix(Matrix* matrix) const {
   const size_t n = xn_;
-  if (y_[n - 1] > x_[n - 1]) return false;  // x's shift would cut bits off y
+  if (y_[n - 1] > x_[n - 1]) return false;  // normalising x would shift bits out of y
   const uint32_t shift = LeadingZeros(x_[n - 1]);
   const auto top = [n, shift](const Limb* z) {
     DoubleLimb t = static_cast<DoubleLimb>(z[n - 1]) << kLimbBits | z[n - 2];
@@ -137,8 +136,8 @@ bool LehmerGcd::FindMatrix(Matrix* matrix) const {
     Matrix first;
     Simulate(static_cast<uint64_t>(x >> 32 >> 32), static_cast<uint64_t>(y >> 32 >> 32), &first);
     if (!first.Changed()) return false;
-    // The double limbs after these steps are off by less than 2^31; cut to 64 bits, where at least
-    // 33 bits go, that is less than one more.
+    // The double limbs after these steps have an error below 2^31. Truncating them to 64 bits drops at
+    // least 33 bits, which makes that an error below 1 and adds less than 1.
     DoubleLimb a = x * first.u0 - y * first.v0;
     DoubleLimb b = y * first.v1 - x * first.u1;
     if (first.odd) {
@@ -158,7 +157,7 @@ bool LehmerGcd::FindMatrix(Matrix* matrix) const {
   }
 }
 
-// Exact steps while the remainder keeps two limbs: the cofactors then fit one.
+// Exact steps while the remainder has two limbs: the cofactors fit one limb.
 bool LehmerGcd::FindMatrixOfTwoLimbs(Matrix* matrix) const {
   DoubleLimb x = static_cast<DoubleLimb>(x_[1]) << kLimbBits | x_[0];
   DoubleLimb y = static_cast<DoubleLimb>(y_[1]) << kLimbBits | y_[0];
@@ -189,7 +188,7 @@ void LehmerGcd::Apply(const Matrix& matrix) {
     Swap(u0, v0);
     Swap(u1, v1);
   }
-  // The limbs above cancel.
+  // The carries of both products are equal, so they cancel.
   k.mul1(spare_x_, plus_x, xn_, u0);
   k.mul_sub1(spare_x_, minus_x, xn_, v0);
   k.mul1(spare_y_, minus_x, xn_, v1);
@@ -204,7 +203,7 @@ void LehmerGcd::Apply(const Matrix& matrix) {
   const Limb d0 = k.mul_add1(spare_t0_, t1_, tn_, matrix.v0);
   const Limb c1 = k.mul1(spare_t1_, t0_, tn_, matrix.u1);
   const Limb d1 = k.mul_add1(spare_t1_, t1_, tn_, matrix.v1);
-  // The cofactors have at most one limb more than before, and their sum does not exceed it.
+  // The new cofactors have at most one limb more, so that c + d does not overflow.
   spare_t0_[tn_] = static_cast<Limb>(c0 + d0);
   spare_t1_[tn_] = static_cast<Limb>(c1 + d1);
   Swap(t0_, spare_t0_);
@@ -225,7 +224,7 @@ bool LehmerGcd::DivisionStep() {
   const size_t old = xn_;
   xn_ = yn_;
   yn_ = SignificantLimbs(y_, count != 0 ? yn_ : old);
-  // y needs zero limbs up to xn_; what the division left above its remainder is zero already.
+  // y is zero above yn_ up to xn_: the division left zeros above its remainder.
   odd_ = !odd_;
   if (!with_cofactor_) return true;
   const size_t n1 = SignificantLimbs(t1_, tn_);
@@ -251,7 +250,7 @@ bool LehmerGcd::DivisionStep() {
   return true;
 }
 
-// The cofactors fit a limb: the last ones are x and y divided by their common divisor.
+// The cofactors fit one limb: the last ones are x and y divided by their greatest common divisor.
 void LehmerGcd::FinishInOneLimb() {
   Limb x = x_[0];
   Limb y = y_[0];

@@ -1,4 +1,4 @@
-// Small operations on arrays of limbs, least significant first.
+// Basic operations on arrays of limbs, least significant limb first.
 #pragma once
 
 #include <bit>
@@ -16,7 +16,7 @@ inline void ZeroLimbs(Limb* z, size_t n) {
   for (size_t i = 0; i < n; ++i) z[i] = 0;
 }
 
-// CompareLimbs returns -1, 0 or 1. Shapes: x[n], y[n].
+// CompareLimbs returns -1, 0 or 1 as x <, = or > y. Shapes: x[n], y[n].
 inline int CompareLimbs(const Limb* x, const Limb* y, size_t n) {
   while (n-- != 0) {
     if (x[n] != y[n]) return x[n] < y[n] ? -1 : 1;
@@ -24,13 +24,13 @@ inline int CompareLimbs(const Limb* x, const Limb* y, size_t n) {
   return 0;
 }
 
-// SignificantLimbs returns n without the zero limbs at the top of x[n].
+// SignificantLimbs returns the length of x[n] without its leading zero limbs.
 inline size_t SignificantLimbs(const Limb* x, size_t n) {
   while (n != 0 && x[n - 1] == 0) --n;
   return n;
 }
 
-// AddLimb adds y to x[n] in place and returns the carry.
+// AddLimb: x := x + y; returns the carry. Shapes: x[n].
 inline Limb AddLimb(Limb* x, size_t n, Limb y) {
   for (size_t i = 0; i < n && y != 0; ++i) {
     x[i] = static_cast<Limb>(x[i] + y);
@@ -39,7 +39,7 @@ inline Limb AddLimb(Limb* x, size_t n, Limb y) {
   return y;
 }
 
-// SubtractLimb takes y from x[n] in place and returns the borrow.
+// SubtractLimb: x := x - y; returns the borrow. Shapes: x[n].
 inline Limb SubtractLimb(Limb* x, size_t n, Limb y) {
   for (size_t i = 0; i < n && y != 0; ++i) {
     const Limb old = x[i];
@@ -49,8 +49,9 @@ inline Limb SubtractLimb(Limb* x, size_t n, Limb y) {
   return y;
 }
 
-// ShiftLeftLimbs: z := x * 2^bits, returns the bits shifted out. Shapes: x[n], z[n], bits below
-// kLimbBits. z may be x or lie above it.
+// ShiftLeftLimbs: z := x * 2^bits; returns the bits shifted out.
+// Shapes: x[n], z[n], bits < kLimbBits
+// Alias:  z may be x or overlap it above
 inline Limb ShiftLeftLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
   if (bits == 0) {
     for (size_t i = n; i-- != 0;) z[i] = x[i];
@@ -65,8 +66,9 @@ inline Limb ShiftLeftLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
   return out;
 }
 
-// ShiftRightLimbs: z := x / 2^bits. Shapes: x[n], z[n], bits below kLimbBits. z may be x or lie
-// below it.
+// ShiftRightLimbs: z := x / 2^bits.
+// Shapes: x[n], z[n], bits < kLimbBits
+// Alias:  z may be x or overlap it below
 inline void ShiftRightLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
   if (bits == 0) {
     CopyLimbs(z, x, n);
@@ -78,7 +80,7 @@ inline void ShiftRightLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
   }
 }
 
-// LimbBits returns the number of bits of x[n].
+// LimbBits returns the bit length of x[n], 0 for zero.
 inline size_t LimbBits(const Limb* x, size_t n) {
   n = SignificantLimbs(x, n);
   return n == 0 ? 0 : n * kLimbBits - LeadingZeros(x[n - 1]);
@@ -88,13 +90,13 @@ inline bool TestLimbBit(const Limb* x, size_t bit) {
   return (x[bit / kLimbBits] >> (bit % kLimbBits) & 1) != 0;
 }
 
-// LimbsForWords returns how many limbs hold that many 32-bit words.
+// LimbsForWords returns the limbs that hold that many 32-bit words.
 inline constexpr size_t LimbsForWords(size_t words) {
   return (words + kLimbWords - 1) / kLimbWords;
 }
 
-// CopyLimbBytes copies bytes between limbs and words that do not overlap; numbers of 256 and 512
-// bits without a call.
+// CopyLimbBytes copies bytes between limbs and words that do not overlap. Constant lengths let
+// compilers copy 256-bit and 512-bit numbers without a call.
 inline void CopyLimbBytes(void* to, const void* from, size_t bytes) {
   if (bytes == 32) {
     std::memcpy(to, from, 32);
@@ -105,11 +107,11 @@ inline void CopyLimbBytes(void* to, const void* from, size_t bytes) {
   }
 }
 
-// LimbsFromWords: z := the words. Shapes: w[words], z[LimbsForWords(words)].
+// LimbsFromWords: z := w. Shapes: w[words], z[LimbsForWords(words)].
 inline void LimbsFromWords(Limb* z, const uint32_t* w, size_t words) {
   if (words == 0) return;
   if constexpr (std::endian::native == std::endian::little) {
-    // A limb's bytes are those of its words in order.
+    // A limb has the bytes of its words in order.
     z[LimbsForWords(words) - 1] = 0;
     CopyLimbBytes(z, w, words * 4);
   } else {

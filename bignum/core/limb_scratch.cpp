@@ -2,7 +2,7 @@
 
 namespace mirolta {
 
-// The content is written before it is read, so the limbs inside stay unset here.
+// The limbs inside stay uninitialised: they are written before they are read.
 LimbScratch::LimbScratch(CheckedSize count) noexcept : limbs_(inside_), count_(count.value()) {
   if (count_ > kInside) limbs_ = NewArray<Limb>(count);
 }

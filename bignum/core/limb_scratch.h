@@ -1,12 +1,12 @@
-// Working memory of the number operations, wiped when it goes.
+// Scratch memory of the number operations, wiped before it is freed.
 #pragma once
 
 #include "limb.h"
 
 namespace mirolta {
 
-// LimbScratch holds count limbs of unspecified content: inside itself when they are few, else from
-// the heap.
+// LimbScratch owns count limbs of unspecified content: inside the object if they are few, else on the
+// heap.
 class LimbScratch {
  public:
   explicit LimbScratch(CheckedSize count) noexcept;
@@ -18,7 +18,7 @@ class LimbScratch {
   LimbScratch(const LimbScratch&) = delete;
   LimbScratch& operator=(const LimbScratch&) = delete;
 
-  // Null if the heap had nothing to give, or the count is too large.
+  // Null if memory ran out or the count is too large.
   Limb* Get() const { return limbs_; }
 
  private:

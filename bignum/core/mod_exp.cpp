@@ -8,7 +8,7 @@ namespace mirolta {
 
 namespace {
 
-// x^e mod m of the sizes; m above 1 and e not zero.
+// r := |x|^|e| mod |m|, |m| > 1, e != 0.
 HRESULT PowerOfSizes(BigInt& r, const BigInt& x, const BigInt& e, const BigInt& m) {
   const size_t xn = LimbsForWords(x.Used());
   const size_t en = LimbsForWords(e.Used());

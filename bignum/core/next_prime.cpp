@@ -14,17 +14,17 @@ namespace mirolta {
 
 namespace {
 
-// The smallest prime that the search can find.
+// The least prime that the search finds.
 constexpr uint32_t kLeastFound = 1229;
 
-// How many offsets are sieved at a time: about six times the mean distance of primes of that size.
+// WindowFor returns how many offsets are sieved at a time: about six times the mean prime gap.
 constexpr uint32_t kMostWindow = 8192;
 uint32_t WindowFor(size_t bits) {
   const size_t window = bits * 4 < 512 ? 512 : bits * 4;
   return window < kMostWindow ? static_cast<uint32_t>(window) : kMostWindow;
 }
 
-// base^e mod p for p < 2^16.
+// SmallPower returns base^e mod p, p < 2^16.
 uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
   uint32_t result = 1;
   for (base %= p; e != 0; e >>= 1) {
@@ -34,8 +34,9 @@ uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
   return result % p;
 }
 
-// Tests candidates[count * n], growing odd numbers of which the batch takes that many, and sets
-// *found to the index of the first that is a Fermat prime, count if none is.
+// TestBatch sets *found to the index of the first Fermat prime, count if there is none.
+// Shapes: candidates[count * n], ascending and odd, count <= batch.Capacity();
+//         memory[kOtherBaseCount * n]
 bool TestBatch(size_t* found, const FermatBatch& batch, const Limb* candidates, size_t count,
                size_t n, Limb* memory) {
   Limb bases[FermatBatch::kMost];
@@ -56,7 +57,7 @@ bool TestBatch(size_t* found, const FermatBatch& batch, const Limb* candidates, 
   return true;
 }
 
-// The same, one after another if there is no faster way.
+// TestCandidates does the same, one by one where the batch is too small.
 bool TestCandidates(size_t* found, const Limb* candidates, size_t count, size_t n, Limb* memory) {
   const FermatBatch batch(LimbBits(candidates + (count - 1) * n, n));
   if (batch.Capacity() >= count) return TestBatch(found, batch, candidates, count, n, memory);
@@ -73,16 +74,19 @@ bool TestCandidates(size_t* found, const Limb* candidates, size_t count, size_t 
   return true;
 }
 
-// PrimeSearch walks up from a number. Offsets with a divisor among the table's primes are passed
-// over. So are those with a divisor p among the further small primes, unless p does not contradict
-// that the candidate is a Fermat prime: a^(n-1) = 1 mod n needs a^(n-1) = 1 mod p, which is a test
-// in small numbers, done when the search comes by.
+// PrimeSearch searches upwards from a number n, with a sieve. It skips candidates with a divisor among
+// the first kTablePrimes primes. It skips those with a divisor p among the other small primes unless
+// a^(n-1) = 1 mod p for all bases a: a Fermat prime has a^(n-1) = 1 mod n, and so mod p. That condition
+// is evaluated lazily.
+// Source: sieve of Eratosthenes; Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography,
+//         4.4
 class PrimeSearch {
  public:
   PrimeSearch() noexcept = default;
   ~PrimeSearch() { WipeMemory(this, sizeof *this); }
 
-  // start[n] has a zero limb at the top for the carry; it becomes the prime.
+  // Run replaces start by the prime. Shapes: start[n], its top limb 0 for the carry.
+  // Errors: false if memory runs out
   bool Run(Limb* start, size_t n);
 
  private:
@@ -90,16 +94,16 @@ class PrimeSearch {
   void SieveWindow();
   static bool Contradicts(const Limb* candidate, size_t n, uint32_t p);
 
-  size_t primes_ = 0;                 // how many are sieved with
+  size_t primes_ = 0;                 // how many primes sieve
   uint16_t first_[kSmallPrimeCount];  // offset of the first multiple in the window
   uint32_t window_ = 0;
-  // For each offset: 0, kTableDivisor, or a further prime that divides the candidate.
+  // For each offset 0, kTableDivisor, or another small prime that divides the candidate.
   uint16_t divisor_[kMostWindow];
 };
 
 constexpr uint16_t kTableDivisor = 1;
 
-// The further primes pay while finding a residue costs less than the exponentiations it saves.
+// The break-even count of primes: a residue costs as much as the exponentiations that it saves.
 size_t PrimesToSieve(size_t bits) {
   const size_t limit = bits * bits / 16;
   size_t count = kTablePrimes;
@@ -109,7 +113,7 @@ size_t PrimesToSieve(size_t bits) {
 
 void PrimeSearch::FindResidues(const Limb* start, size_t n) {
   for (size_t i = 0; i < primes_;) {
-    // As many primes as have a product in one limb share a pass.
+    // Primes whose product fits a limb share one division.
     Limb product = 1;
     size_t end = i;
     while (end < primes_ && product <= kLimbMax / kSmallPrimes.primes[end]) {
@@ -136,13 +140,13 @@ bool PrimeSearch::Contradicts(const Limb* candidate, size_t n, uint32_t p) {
 
 void PrimeSearch::SieveWindow() {
   for (uint32_t offset = 0; offset < window_; ++offset) divisor_[offset] = 0;
-  // The table's primes come last, as they decide alone.
+  // The table's primes mark last: they overrule the others.
   for (size_t i = primes_; i-- != 0;) {
     const uint32_t p = kSmallPrimes.primes[i];
     const uint16_t mark = i < kTablePrimes ? kTableDivisor : static_cast<uint16_t>(p);
     uint32_t offset = first_[i];
     for (; offset < window_; offset += p) divisor_[offset] = mark;
-    // The next window starts window_ further on; offset is less than p beyond that.
+    // Relative to the next window; offset - window_ < p.
     first_[i] = static_cast<uint16_t>(offset - window_);
   }
 }
@@ -187,7 +191,7 @@ bool PrimeSearch::Run(Limb* start, size_t n) {
 HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept {
   if (FAILED(n.Status())) return n.Status();
   if (n.IsZero() || n.IsNegative()) {
-    // Modulo a number below zero no power is 1.
+    // No power is 1 modulo a negative number or 0.
     *result = false;
     return S_OK;
   }
@@ -204,7 +208,7 @@ HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept {
 HRESULT NextPrime(BigInt& n) noexcept {
   if (FAILED(n.Status())) return n.Status();
   if (n.IsNegative() || (n.Used() <= 1 && n.GetWord(0) <= kLeastFound)) {
-    // No number below zero is a Fermat prime, and all primes below are in the table.
+    // No negative number is a Fermat prime, and the primes below are in the table.
     BigInt least(kLeastFound);
     if (FAILED(least.Status())) return least.Status();
     n.Swap(least);

@@ -4,7 +4,7 @@ namespace mirolta {
 
 namespace {
 
-// The sieve of Eratosthenes, run by the compiler.
+// The sieve of Eratosthenes, at compile time.
 constexpr SmallPrimeTable Sieve() {
   constexpr uint32_t kLimit = 65536;
   bool composite[kLimit] = {};

@@ -6,11 +6,11 @@
 
 namespace mirolta {
 
-// The first kTablePrimes primes, 2 to 1223, decide which candidates a prime search tests.
+// The first kTablePrimes primes, 2 to 1223, divide no number that a prime search finds.
 inline constexpr size_t kTablePrimes = 200;
 inline constexpr size_t kSmallPrimeCount = 6542;
 
-// SmallPrimes: all primes below 65536 in order.
+// SmallPrimeTable: all primes below 65536 in ascending order.
 struct SmallPrimeTable {
   uint16_t primes[kSmallPrimeCount];
 };
