@@ -36,7 +36,8 @@ HRESULT ToText(NumberText& text, const BigInt& n, uint32_t base) noexcept;
 
 // FromDecimalText makes n the number that the digits among the characters spell; all others are
 // skipped. What exceeds ceil(length * 0.41524) bytes is dropped: only texts of 1,811 characters and
-// more can lose anything. The sign's flag stays. Errors: E_OUTOFMEMORY, n unchanged.
+// more can lose anything. The sign's flag stays.
+// Errors: E_OUTOFMEMORY, n unchanged.
 HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) noexcept;
 
 // FromHexText does the same for hexadecimal digits of either case; nothing is dropped.

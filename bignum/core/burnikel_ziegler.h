@@ -12,17 +12,17 @@ inline constexpr size_t kBurnikelZieglerLimbs = kLimbBits == 64 ? 32 : 64;
 // BurnikelZieglerDivide: q := a / d, the lowest n limbs of a := a mod d; returns the limb above q,
 // 0 or 1.
 // Shapes: a[n + count], its top n limbs below 2 d; d[n], its top bit set; q[count], count <= n;
-//         scratch[n + MultiplyScratch(n, n)]; v is Reciprocal3By2(d[n - 1], d[n - 2])
-// Alias:  none
-// Source: Burnikel and Ziegler, Fast recursive division, 1998
+//         scratch[n + MultiplyScratch(n, n)]; v is Reciprocal3By2(d[n - 1], d[n - 2]).
+// Alias:  none.
+// Source: Burnikel and Ziegler, Fast recursive division, 1998.
 Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
                            Limb* scratch) noexcept;
 
 // BurnikelZieglerQuotient: q := a / d, omitting products that cannot affect q. The upper two limbs of
 // the remainder are those that a truncated SchoolbookDivide gives. Returns false if q is undetermined
 // by the truncated products.
-// Shapes: as for BurnikelZieglerDivide, and the top n limbs of a are below d
-// Alias:  none
+// Shapes: as for BurnikelZieglerDivide, and the top n limbs of a are below d.
+// Alias:  none.
 bool BurnikelZieglerQuotient(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
                              Limb* scratch) noexcept;
 

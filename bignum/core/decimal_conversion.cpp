@@ -11,8 +11,9 @@ namespace mirolta {
 
 namespace {
 
-// Up to kChunksOut and kChunksIn chunks, a value is converted chunk by chunk. Longer ones are split into
-// leaves of at most kChunksOut and kLeafIn chunks. Measured for 64-bit limbs, estimated for 32-bit limbs.
+// Up to kChunksOut and kChunksIn chunks, a value is converted chunk by chunk. Longer ones are split
+// into leaves of at most kChunksOut and kLeafIn chunks. Measured for 64-bit limbs, estimated for 32-bit
+// limbs.
 constexpr size_t kChunksOut = kLimbBits == 64 ? 30 : 32;
 constexpr size_t kChunksIn = kLimbBits == 64 ? 80 : 64;
 constexpr size_t kLeafIn = 40;
@@ -45,7 +46,8 @@ void DigitsOfChunk(char* digits, Limb chunk) {
   }
 }
 
-// Writes x as count chunks. Shapes: x[n] < kDecimalPower^count, destroyed.
+// Writes x as count chunks.
+// Shapes: x[n] < kDecimalPower^count, destroyed.
 void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
   const LimbDivisor divisor = PrepareDivisor(kDecimalPower);
   n = SignificantLimbs(x, n);
@@ -76,7 +78,7 @@ void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
 // 1 / D, too large. The chunks are correct while it is in [x / D, (x + 1) / D), so 1/2 is the margin for
 // truncation: the upper c + 1 limbs are kept, and a limb less after every chunk. Each truncation loses
 // less than 1 / B of the scaled 1 / D.
-// Source: Knuth TAOCP 2, 4.4, method 2a
+// Source: Knuth TAOCP 2, 4.4, method 2a.
 class LeafWriter {
  public:
   explicit LeafWriter(const DecimalPowers& powers)
@@ -98,7 +100,8 @@ class LeafWriter {
     return true;
   }
 
-  // Write writes x as count chunks. Shapes: x[n] < D.
+  // Write writes x as count chunks.
+  // Shapes: x[n] < D.
   void Write(char* digits, const Limb* x, size_t n, size_t count) {
     const LimbKernels& k = CurrentLimbKernels();
     Limb* const product = half() + inverse_size_;
@@ -126,7 +129,8 @@ class LeafWriter {
   LimbScratch memory_;  // inverse, inverse / 2, product and its scratch
 };
 
-// Writes x as count chunks, count <= leaf * 2^level. Shapes: x[n], destroyed.
+// Writes x as count chunks, count <= leaf * 2^level.
+// Shapes: x[n], destroyed.
 bool WriteDigits(char* digits, Limb* x, size_t n, size_t count, const DecimalPowers& powers,
                  size_t level, LeafWriter& leaves) {
   n = SignificantLimbs(x, n);

@@ -9,19 +9,19 @@ namespace mirolta {
 CheckedSize DecimalRoom(size_t n) noexcept;
 
 // DecimalFromLimbs writes x as exactly count digits '0' to '9', with leading zeros.
-// Shapes: x[n], destroyed; digits[count], count = DecimalRoom(n).value()
-// Alias:  none
-// Errors: false if memory runs out
-// Time:   depends on n and the value
-// Source: Brent and Zimmermann, Modern Computer Arithmetic, 1.7.2; Knuth TAOCP 2, 4.4
+// Shapes: x[n], destroyed; digits[count], count = DecimalRoom(n).value().
+// Alias:  none.
+// Errors: false if memory runs out.
+// Time:   depends on n and the value.
+// Source: Brent and Zimmermann, Modern Computer Arithmetic, 1.7.2; Knuth TAOCP 2, 4.4.
 [[nodiscard]] bool DecimalFromLimbs(char* digits, Limb* x, size_t n) noexcept;
 
 // LimbsFromDecimal: z := the value of chunks in base kDecimalPower, least significant first.
-// Shapes: chunks[n], z[n]
-// Alias:  none
-// Errors: false if memory runs out
-// Time:   depends on n
-// Source: Brent and Zimmermann, Modern Computer Arithmetic, 1.7.2
+// Shapes: chunks[n], z[n].
+// Alias:  none.
+// Errors: false if memory runs out.
+// Time:   depends on n.
+// Source: Brent and Zimmermann, Modern Computer Arithmetic, 1.7.2.
 [[nodiscard]] bool LimbsFromDecimal(Limb* z, const Limb* chunks, size_t n) noexcept;
 
 }  // namespace mirolta

@@ -8,7 +8,8 @@ namespace mirolta {
 
 namespace {
 
-// x * B^zeros without leading and trailing zero limbs. Shapes: x[n] != 0.
+// x * B^zeros without leading and trailing zero limbs.
+// Shapes: x[n] != 0.
 DecimalPower Trimmed(const Limb* x, size_t n, size_t zeros) {
   // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): kernels have written x.
   for (; *x == 0; ++x, --n) ++zeros;

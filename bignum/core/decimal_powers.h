@@ -29,7 +29,7 @@ class DecimalPowers {
 
   // Make computes the powers for numbers of that many chunks, with leaves of at most most_leaf chunks,
   // most_leaf < chunks.
-  // Errors: false if memory runs out
+  // Errors: false if memory runs out.
   [[nodiscard]] bool Make(size_t chunks, size_t most_leaf) noexcept;
 
   size_t Leaf() const { return leaf_; }

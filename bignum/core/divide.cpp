@@ -24,7 +24,7 @@ struct NormalisedDivision {
 };
 
 // Normalise shifts both operands and finds the quotient limb above the others where there is one.
-// Shapes: as for DivideInPlace, n >= 2
+// Shapes: as for DivideInPlace, n >= 2.
 __attribute__((always_inline)) inline NormalisedDivision Normalise(Limb* q, Limb* u, size_t m,
                                                                    Limb* v, size_t n) {
   const uint32_t shift = LeadingZeros(v[n - 1]);

@@ -18,9 +18,9 @@ class FermatBatch {
   size_t Capacity() const { return capacity_; }
 
   // Sets bit i of *passed where candidate i passes the Fermat test to bases[i].
-  // Shapes: candidates[count * n], odd; bases[count], at most 7; count <= Capacity()
-  // Errors: false if memory runs out
-  // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 4.9
+  // Shapes: candidates[count * n], odd; bases[count], at most 7; count <= Capacity().
+  // Errors: false if memory runs out.
+  // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 4.9.
   [[nodiscard]] bool Test(uint32_t* passed, const Limb* candidates, const Limb* bases, size_t count,
                           size_t n) const noexcept;
 

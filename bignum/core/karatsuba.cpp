@@ -7,7 +7,8 @@ namespace mirolta {
 
 namespace {
 
-// z := |x - y|; returns whether x < y. Shapes: x[m], y[n], z[m], m = n or n + 1.
+// z := |x - y|; returns whether x < y.
+// Shapes: x[m], y[n], z[m], m = n or n + 1.
 bool AbsoluteDifference(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
   const LimbKernels& k = CurrentLimbKernels();
   const bool top = m > n && x[n] != 0;

@@ -7,9 +7,9 @@ namespace mirolta {
 
 // LehmerGcd computes Euclid's sequence r0, r1, r2 = r0 mod r1, ... to the end, where r(i+1) = 0 and
 // r(i) is the greatest common divisor, and the magnitudes of the cofactors t0 = 0, t1 = 1,
-// t(i+1) = t(i-1) + q(i) * t(i), whose signs alternate. The quotients q(i) are exactly Euclid's; several
-// are found from the leading limbs at a time.
-// Source: Lehmer 1938; Knuth TAOCP 2, 4.5.2, algorithm L
+// t(i+1) = t(i-1) + q(i) * t(i), whose signs alternate. The quotients q(i) are exactly Euclid's;
+// several are found from the leading limbs at a time.
+// Source: Lehmer 1938; Knuth TAOCP 2, 4.5.2, algorithm L.
 class LehmerGcd {
  public:
   LehmerGcd() noexcept = default;
@@ -19,9 +19,9 @@ class LehmerGcd {
 
   // Run computes the sequence from r0 = x and r1 = y, with cofactors if asked for. It may be called
   // once.
-  // Shapes: x[m], y[n], m >= 0, n >= 0
-  // Errors: false if memory runs out
-  // Time:   depends on the values
+  // Shapes: x[m], y[n], m >= 0, n >= 0.
+  // Errors: false if memory runs out.
+  // Time:   depends on the values.
   [[nodiscard]] bool Run(const Limb* x, size_t m, const Limb* y, size_t n,
                          bool with_cofactor) noexcept;
 

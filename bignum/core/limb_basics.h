@@ -16,7 +16,8 @@ inline void ZeroLimbs(Limb* z, size_t n) {
   for (size_t i = 0; i < n; ++i) z[i] = 0;
 }
 
-// CompareLimbs returns -1, 0 or 1 as x <, = or > y. Shapes: x[n], y[n].
+// CompareLimbs returns -1, 0 or 1 as x <, = or > y.
+// Shapes: x[n], y[n].
 inline int CompareLimbs(const Limb* x, const Limb* y, size_t n) {
   while (n-- != 0) {
     if (x[n] != y[n]) return x[n] < y[n] ? -1 : 1;
@@ -30,7 +31,8 @@ inline size_t SignificantLimbs(const Limb* x, size_t n) {
   return n;
 }
 
-// AddLimb: x := x + y; returns the carry. Shapes: x[n].
+// AddLimb: x := x + y; returns the carry.
+// Shapes: x[n].
 inline Limb AddLimb(Limb* x, size_t n, Limb y) {
   for (size_t i = 0; i < n && y != 0; ++i) {
     x[i] = static_cast<Limb>(x[i] + y);
@@ -39,7 +41,8 @@ inline Limb AddLimb(Limb* x, size_t n, Limb y) {
   return y;
 }
 
-// SubtractLimb: x := x - y; returns the borrow. Shapes: x[n].
+// SubtractLimb: x := x - y; returns the borrow.
+// Shapes: x[n].
 inline Limb SubtractLimb(Limb* x, size_t n, Limb y) {
   for (size_t i = 0; i < n && y != 0; ++i) {
     const Limb old = x[i];
@@ -50,8 +53,8 @@ inline Limb SubtractLimb(Limb* x, size_t n, Limb y) {
 }
 
 // ShiftLeftLimbs: z := x * 2^bits; returns the bits shifted out.
-// Shapes: x[n], z[n], bits < kLimbBits
-// Alias:  z may be x or overlap it above
+// Shapes: x[n], z[n], bits < kLimbBits.
+// Alias:  z may be x or overlap it above.
 inline Limb ShiftLeftLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
   if (bits == 0) {
     for (size_t i = n; i-- != 0;) z[i] = x[i];
@@ -67,8 +70,8 @@ inline Limb ShiftLeftLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
 }
 
 // ShiftRightLimbs: z := x / 2^bits.
-// Shapes: x[n], z[n], bits < kLimbBits
-// Alias:  z may be x or overlap it below
+// Shapes: x[n], z[n], bits < kLimbBits.
+// Alias:  z may be x or overlap it below.
 inline void ShiftRightLimbs(Limb* z, const Limb* x, size_t n, uint32_t bits) {
   if (bits == 0) {
     CopyLimbs(z, x, n);
@@ -107,7 +110,8 @@ inline void CopyLimbBytes(void* to, const void* from, size_t bytes) {
   }
 }
 
-// LimbsFromWords: z := w. Shapes: w[words], z[LimbsForWords(words)].
+// LimbsFromWords: z := w.
+// Shapes: w[words], z[LimbsForWords(words)].
 inline void LimbsFromWords(Limb* z, const uint32_t* w, size_t words) {
   if (words == 0) return;
   if constexpr (std::endian::native == std::endian::little) {
@@ -122,7 +126,8 @@ inline void LimbsFromWords(Limb* z, const uint32_t* w, size_t words) {
   }
 }
 
-// WordsFromLimbs: w := the lowest words of z. Shapes: w[words], z[LimbsForWords(words)].
+// WordsFromLimbs: w := the lowest words of z.
+// Shapes: w[words], z[LimbsForWords(words)].
 inline void WordsFromLimbs(uint32_t* w, const Limb* z, size_t words) {
   if (words == 0) return;
   if constexpr (std::endian::native == std::endian::little) {

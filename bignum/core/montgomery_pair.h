@@ -14,8 +14,8 @@ struct PairPower {
 
 // PowerPair: z[i] := powers[i].x^powers[i].e mod powers[i].m. The products of one power depend on each
 // other, so that two interleaved powers take about the time of one.
-// Time:   depends on the bits of the longer exponent
-// Source: Montgomery, Modular multiplication without trial division, 1985
+// Time:   depends on the bits of the longer exponent.
+// Source: Montgomery, Modular multiplication without trial division, 1985.
 void PowerPair(Limb (&z)[2], const PairPower (&powers)[2]) noexcept;
 
 }  // namespace mirolta

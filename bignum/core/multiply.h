@@ -9,9 +9,9 @@ namespace mirolta {
 CheckedSize MultiplyScratch(size_t m, size_t n) noexcept;
 
 // MultiplyLimbs: z := x * y, by the schoolbook method, Karatsuba's, Toom-3 or Toom-3/2.
-// Shapes: x[m], y[n], z[m + n], scratch[MultiplyScratch(m, n)], m >= 1, n >= 1
-// Alias:  x may be y, and a square costs less; z and scratch overlap nothing
-// Time:   depends on m and n, and on the values where neither is short
+// Shapes: x[m], y[n], z[m + n], scratch[MultiplyScratch(m, n)], m >= 1, n >= 1.
+// Alias:  x may be y, and a square costs less; z and scratch overlap nothing.
+// Time:   depends on m and n, and on the values where neither is short.
 void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
                    Limb* scratch) noexcept;
 
@@ -23,8 +23,8 @@ inline CheckedSize BalancedScratch(size_t n) noexcept {
 }
 
 // MultiplyBalanced: z := x * y for operands of equal length.
-// Shapes: x[n], y[n], z[2n], scratch[BalancedScratch(n)], n >= 1
-// Alias:  x may be y, and a square costs less; z and scratch overlap nothing
+// Shapes: x[n], y[n], z[2n], scratch[BalancedScratch(n)], n >= 1.
+// Alias:  x may be y, and a square costs less; z and scratch overlap nothing.
 void MultiplyBalanced(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept;
 
 }  // namespace mirolta

@@ -36,7 +36,7 @@ uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
 
 // TestBatch sets *found to the index of the first Fermat prime, count if there is none.
 // Shapes: candidates[count * n], ascending and odd, count <= batch.Capacity();
-//         memory[kOtherBaseCount * n]
+//         memory[kOtherBaseCount * n].
 bool TestBatch(size_t* found, const FermatBatch& batch, const Limb* candidates, size_t count,
                size_t n, Limb* memory) {
   Limb bases[FermatBatch::kMost];
@@ -78,15 +78,16 @@ bool TestCandidates(size_t* found, const Limb* candidates, size_t count, size_t 
 // the first kTablePrimes primes. It skips those with a divisor p among the other small primes unless
 // a^(n-1) = 1 mod p for all bases a: a Fermat prime has a^(n-1) = 1 mod n, and so mod p. That condition
 // is evaluated lazily.
-// Source: sieve of Eratosthenes; Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography,
-//         4.4
+// Source: sieve of Eratosthenes; Menezes, van Oorschot and Vanstone, Handbook of Applied
+//         Cryptography, 4.4.
 class PrimeSearch {
  public:
   PrimeSearch() noexcept = default;
   ~PrimeSearch() { WipeMemory(this, sizeof *this); }
 
-  // Run replaces start by the prime. Shapes: start[n], its top limb 0 for the carry.
-  // Errors: false if memory runs out
+  // Run replaces start by the prime.
+  // Shapes: start[n], its top limb 0 for the carry.
+  // Errors: false if memory runs out.
   bool Run(Limb* start, size_t n);
 
  private:

@@ -6,10 +6,10 @@
 namespace mirolta {
 
 // PowerFunction: z := x^e mod m.
-// Shapes: x[n] < m, e[en] != 0, m[n] odd and above 1, z[n]
-// Alias:  z overlaps nothing
-// Errors: false if memory runs out
-// Time:   depends on the values
+// Shapes: x[n] < m, e[en] != 0, m[n] odd and above 1, z[n].
+// Alias:  z overlaps nothing.
+// Errors: false if memory runs out.
+// Time:   depends on the values.
 using PowerFunction = bool (*)(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                                size_t n);
 

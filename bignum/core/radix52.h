@@ -25,15 +25,15 @@ inline Limb Radix52Digit(const Limb* x, size_t n, size_t i) {
 }
 
 // ToRadix52: z := the lowest count radix-2^52 digits of x.
-// Shapes: x[n], z[count]
-// Alias:  none
+// Shapes: x[n], z[count].
+// Alias:  none.
 inline void ToRadix52(Limb* z, size_t count, const Limb* x, size_t n) {
   for (size_t i = 0; i < count; ++i) z[i] = Radix52Digit(x, n, i);
 }
 
 // FromRadix52: z := the value of the radix-2^52 digits x, modulo B^n.
-// Shapes: x[count], z[n]
-// Alias:  none
+// Shapes: x[count], z[n].
+// Alias:  none.
 inline void FromRadix52(Limb* z, size_t n, const Limb* x, size_t count) {
   ZeroLimbs(z, n);
   for (size_t i = 0; i < count; ++i) {

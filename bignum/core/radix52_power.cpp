@@ -15,7 +15,8 @@ namespace {
 // Vectors that cross no cache line load twice as fast.
 constexpr size_t kAlignment = 64;
 
-// z[count] := x * 2^(52 count) mod m in radix-2^52 digits. Shapes: x[n], m[n], m[n - 1] != 0.
+// z[count] := x * 2^(52 count) mod m in radix-2^52 digits.
+// Shapes: x[n], m[n], m[n - 1] != 0.
 bool ToRadix52Montgomery(Limb* z, size_t count, const Limb* x, const Limb* m, size_t n) {
   const size_t bits = count * kRadix52Bits;
   const size_t zeros = bits / kLimbBits;

@@ -7,18 +7,19 @@
 
 namespace mirolta {
 
-// Below the least, products of limbs are faster, as measured. Above the most, there is no Radix52Product.
+// Below the least, products of limbs are faster, as measured. Above the most, there is no
+// Radix52Product.
 inline constexpr size_t kRadix52PowerLeastBits = 520;
 inline constexpr size_t kRadix52PowerMostBits =
     kRadix52MostVectors * kRadix52PerVector * kRadix52Bits - 2;
 
 // Radix52Power: z := x^e mod m, by a sliding window over Montgomery products in radix 2^52.
-// Shapes: x[n] < m, e[en] != 0, m[n] odd, of 51 to kRadix52PowerMostBits bits, z[n]
-// Alias:  z overlaps nothing
-// Errors: false if memory runs out
-// Time:   depends on the values
+// Shapes: x[n] < m, e[en] != 0, m[n] odd, of 51 to kRadix52PowerMostBits bits, z[n].
+// Alias:  z overlaps nothing.
+// Errors: false if memory runs out.
+// Time:   depends on the values.
 // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 14.85; Gueron and
-//         Krasnov 2016 for the products
+//         Krasnov 2016 for the products.
 [[nodiscard]] bool Radix52Power(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                                 size_t n) noexcept;
 

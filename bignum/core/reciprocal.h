@@ -1,5 +1,5 @@
 // Reciprocals of one-limb and two-limb divisors whose top bit is set.
-// Source: Moeller and Granlund, Improved division by invariant integers, 2011
+// Source: Moeller and Granlund, Improved division by invariant integers, 2011.
 #pragma once
 
 #include "limb.h"
@@ -18,7 +18,7 @@ inline Limb Reciprocal(Limb d) {
 }
 
 // Reciprocal3By2 returns floor((B^3 - 1) / (d1 B + d0)) - B.
-// Source: algorithm 6 there
+// Source: algorithm 6 there.
 inline Limb Reciprocal3By2(Limb d1, Limb d0) {
   Limb v = Reciprocal(d1);
   Limb p = static_cast<Limb>(d1 * v + d0);

@@ -10,7 +10,7 @@ namespace mirolta {
 inline constexpr size_t kMaskedSubtractLimbs = 8;
 
 // ReduceTop subtracts d from the top n limbs of a unless they are less; returns how often, 0 or 1.
-// Shapes: a[m], d[n], m >= n
+// Shapes: a[m], d[n], m >= n.
 inline Limb ReduceTop(Limb* a, size_t m, const Limb* d, size_t n) {
   Limb* const top = a + m - n;
   const bool subtracts = CompareLimbs(top, d, n) >= 0;
@@ -34,10 +34,10 @@ inline Limb ReduceTop(Limb* a, size_t m, const Limb* d, size_t n) {
 // remainder only a[n - 2] and a[n - 1] are set then; the value is too large by the omitted products,
 // less than (m - n) * B^(n - 1). Returns false where a quotient limb is undetermined by the truncated
 // product, true otherwise.
-// Shapes: a[m], its top n limbs below d; d[n], its top bit set; q[m - n], m >= n >= 2;
-//         reciprocal is Reciprocal3By2(d[n - 1], d[n - 2])
-// Alias:  none
-// Source: Knuth TAOCP 2, 4.3.1, algorithm D; Moeller and Granlund 2011 for the quotient limbs
+// Shapes: a[m], its top n limbs below d; d[n], its top bit set; q[m - n], m >= n >= 2; reciprocal is
+//         Reciprocal3By2(d[n - 1], d[n - 2]).
+// Alias:  none.
+// Source: Knuth TAOCP 2, 4.3.1, algorithm D; Moeller and Granlund 2011 for the quotient limbs.
 bool SchoolbookDivide(Limb* q, Limb* a, size_t m, const Limb* d, size_t n, Limb reciprocal,
                       bool truncates) noexcept;
 

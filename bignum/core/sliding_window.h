@@ -19,10 +19,10 @@ inline uint32_t WindowBits(size_t exponent_bits) {
 }
 
 // SlidingWindow: z := x^e, where multiply(z, x, y) computes z := x * y.
-// Shapes: table[n * 2^(window - 1)] starts with x; e[en], e[en - 1] != 0; z[n], spare[n]
-// Alias:  none
-// Time:   depends on e
-// Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 14.85
+// Shapes: table[n * 2^(window - 1)] starts with x; e[en], e[en - 1] != 0; z[n], spare[n].
+// Alias:  none.
+// Time:   depends on e.
+// Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 14.85.
 template <typename Multiply>
 void SlidingWindow(Limb* z, Limb* table, Limb* spare, const Limb* e, size_t en, size_t n,
                    uint32_t window, const Multiply& multiply) {

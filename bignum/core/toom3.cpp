@@ -7,7 +7,8 @@ namespace mirolta {
 
 namespace {
 
-// z := z / 3 in place, z a multiple of 3. Source: Jebelean, An algorithm for exact division, 1993.
+// z := z / 3 in place, z a multiple of 3.
+// Source: Jebelean, An algorithm for exact division, 1993.
 void DivideExactlyBy3(Limb* z, size_t n) {
   constexpr Limb kThird = kLimbMax / 3;      // floor(B / 3)
   constexpr Limb kInverse = kThird * 2 + 1;  // 3 * kInverse = 2 * (B - 1) + 3 = 1 mod B
@@ -21,7 +22,8 @@ void DivideExactlyBy3(Limb* z, size_t n) {
   }
 }
 
-// z := X(2) of X(t) = x2 t^2 + x1 t + x0. Shapes: as for EvaluateAt1.
+// z := X(2) of X(t) = x2 t^2 + x1 t + x0.
+// Shapes: as for EvaluateAt1.
 void EvaluateAt2(Limb* z, const Limb* x, size_t k, size_t top) {
   const LimbKernels& kernels = CurrentLimbKernels();
   // ((2 x2) + x1) * 2 + x0, below 7 B^k

@@ -7,8 +7,8 @@ namespace mirolta {
 
 // EvaluateAt1 and EvaluateAtMinus1: z := |X(1)| or |X(-1)| of X(t) = x2 t^2 + x1 t + x0.
 // EvaluateAtMinus1 returns whether X(-1) is negative.
-// Shapes: x[2k + top] is x0 and x1 of k limbs, x2 of top limbs, top <= k; z[k + 1]
-// Alias:  none
+// Shapes: x[2k + top] is x0 and x1 of k limbs, x2 of top limbs, top <= k; z[k + 1].
+// Alias:  none.
 inline void EvaluateAt1(Limb* z, const Limb* x, size_t k, size_t top) {
   const LimbKernels& kernels = CurrentLimbKernels();
   Limb carry = kernels.add(z, x, x + 2 * k, top);
@@ -31,7 +31,8 @@ inline bool EvaluateAtMinus1(Limb* z, const Limb* x, size_t k, size_t top) {
   return false;
 }
 
-// Halve: z := z / 2 in place. Shapes: z[n], even.
+// Halve: z := z / 2 in place.
+// Shapes: z[n], even.
 inline void Halve(Limb* z, size_t n) {
   ShiftRightLimbs(z, z, n, 1);
 }

@@ -10,7 +10,7 @@ namespace mirolta {
 inline constexpr size_t kLanes = 8;
 
 // FermatLanes: the state of a Fermat test of eight odd numbers, a lane each.
-// Shapes: count radix-2^52 digits; base <= 7 and 4 * base^2 * m <= 2^(52 count) in each lane
+// Shapes: count radix-2^52 digits; base <= 7 and 4 * base^2 * m <= 2^(52 count) in each lane.
 struct FermatLanes {
   const Limb* m;        // [8 count] the moduli
   const Limb* inverse;  // [8] -1 / m mod 2^52
@@ -21,8 +21,8 @@ struct FermatLanes {
 
 // FermatLanesTest exponentiates by the remaining low bits of m - 1 and returns the set of lanes where
 // base^(m - 1) mod m is 1.
-// Time:   depends on the counts only
-// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016
+// Time:   depends on the counts only.
+// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016.
 using FermatLanesTest = uint32_t (*)(const FermatLanes& lanes);
 
 inline constexpr size_t kFermatLeastCount = 3;

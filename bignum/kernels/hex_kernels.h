@@ -9,8 +9,8 @@
 namespace mirolta {
 
 // HexKernels: one implementation of both directions.
-// Shapes: words least significant first; digits most significant first, eight a word
-// Time:   write depends on count only, read on where the first other character is
+// Shapes: words least significant first; digits most significant first, eight a word.
+// Time:   write depends on count only, read on where the first other character is.
 struct HexKernels {
   // out[8 count] := the lower-case digits of words[count].
   void (*write)(OLECHAR* out, const uint32_t* words, size_t count);

@@ -26,7 +26,7 @@ inline void StoreReduced(Limb* z, const Limb (&t)[kCount], Limb top, const Limb*
 // t < m + y before a step, the sums are below (m + y) * B, which the two top registers hold, and
 // t < m + y after it.
 // Source: Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication algorithms, 1996,
-//         CIOS
+//         CIOS.
 void Montgomery4(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inverse) {
   Limb t0 = 0, t1 = 0, t2 = 0, t3 = 0, t4 = 0, t5 = 0;
   Limb low, high;

@@ -68,8 +68,8 @@ struct RowLoops : SumLoops {
 
 // OperandScanningLoops: schoolbook products and Montgomery reduction with Rows's products of n limbs by
 // one limb.
-// Source: Knuth TAOCP 2, 4.3.1, algorithm M; Koc, Acar and Kaliski, Analyzing and comparing Montgomery
-//         multiplication algorithms, 1996, SOS
+// Source: Knuth TAOCP 2, 4.3.1, algorithm M; Koc, Acar and Kaliski, Analyzing and comparing
+//         Montgomery multiplication algorithms, 1996, SOS.
 template <typename Rows>
 struct OperandScanningLoops {
   static void Multiply(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
@@ -105,7 +105,8 @@ struct OperandScanningLoops {
     }
   }
 
-  // z := z + carry * B^n, below 2 m, reduced modulo m. Shapes: z[n], t[n] spare, m[n].
+  // z := z + carry * B^n, below 2 m, reduced modulo m.
+  // Shapes: z[n], t[n] spare, m[n].
   static void StoreReduced(Limb* z, Limb* t, Limb carry, const Limb* m, size_t n) {
     const Limb borrow = Rows::Subtract(t, z, m, n);
     // carry < borrow only if z < m.

@@ -9,7 +9,7 @@ namespace mirolta {
 // instruction. The sums of two adjacent columns stay in registers until their limbs are stored, and a
 // limb that is loaded serves both.
 // Source: Comba 1990; Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication
-//         algorithms, 1996, product scanning
+//         algorithms, 1996, product scanning.
 struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
   // The sum of a column: fewer than B products, each below B^2, so that high < B counts the carries.
   struct Sum {

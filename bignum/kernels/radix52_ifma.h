@@ -15,11 +15,11 @@ inline constexpr size_t kRadix52PerVector = 8;
 inline constexpr uint32_t kRadix52Features = kFeatureBmi2Adx | kFeatureAvx512 | kFeatureAvx512Ifma;
 
 // Radix52Product: z := x * y / 2^(52 count) mod m, below 2 m (almost Montgomery multiplication).
-// Shapes: x, y, z, m are whole vectors of eight radix-2^52 digits, zero above count; x < 2 m, y < 2 m,
-//         m odd, 4 m <= 2^(52 count), count >= 2; inverse is 2^12 * (-1 / m mod 2^52)
-// Alias:  z, x and y may be the same
-// Time:   depends on count only
-// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016
+// Shapes: x, y, z, m are whole vectors of eight radix-2^52 digits, zero above count; x < 2 m,
+//         y < 2 m, m odd, 4 m <= 2^(52 count), count >= 2; inverse is 2^12 * (-1 / m mod 2^52).
+// Alias:  z, x and y may be the same.
+// Time:   depends on count only.
+// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016.
 using Radix52Product = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
                                 Limb inverse);
 
