@@ -49,7 +49,7 @@ uint32_t LengthToFirstZero(const ByteString& bytes) {
 HRESULT NumberToCodePageText(const BigInt& n, LONG code_page, BSTR* out) noexcept {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
-  // The platform counts bytes in an INT.
+  // MultiByteToWideChar takes the length as INT.
   const uint64_t length = ByteLength(n);
   if (length > INT32_MAX) return E_OUTOFMEMORY;
   ByteString bytes;

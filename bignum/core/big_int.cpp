@@ -63,7 +63,7 @@ BigInt BigInt::Failed(HRESULT status) noexcept {
   return failed;
 }
 
-// Initialised before any code runs, and so there for other static objects.
+// Initialised at compile time, and so before other static objects.
 // NOLINTNEXTLINE(clang-diagnostic-global-constructors,clang-diagnostic-exit-time-destructors): empty
 constinit const BigMagnitude BigInt::kZero;
 
@@ -81,8 +81,7 @@ void BigInt::Swap(BigInt& other) noexcept {
 
 void BigInt::Release() noexcept {
   if (magnitude_ == nullptr) return;
-  // Whoever finds no other owner destroys the store; of two who leave at the same time the second
-  // takes the count below zero and does.
+  // The last owner deletes the magnitude. Of two that release it at once, the second decrements zero.
   if (magnitude_->share_count.load(std::memory_order_acquire) == 0 ||
       magnitude_->share_count.fetch_sub(1, std::memory_order_acq_rel) == 0) {
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyser does not follow the count.
@@ -124,7 +123,7 @@ BigMagnitude* BigInt::Rewrite(uint32_t words) noexcept {
 Limb* BigInt::BeginLimbs(size_t n) noexcept {
   if (n > UINT32_MAX / kLimbWords) return nullptr;
   BigMagnitude* const m = Room(static_cast<uint32_t>(n * kLimbWords));
-  // Moving bytes to where they stand makes limbs of them for the language; nothing is executed.
+  // memmove onto itself creates limbs there, as the language asks, and compiles to nothing.
   return m != nullptr ? static_cast<Limb*>(std::memmove(m->words_, m->words_, n * sizeof(Limb)))
                       : nullptr;
 }

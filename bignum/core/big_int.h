@@ -1,4 +1,4 @@
-// A signed number of any size.
+// Signed integers of any size.
 #pragma once
 
 #include "big_magnitude.h"
@@ -6,13 +6,12 @@
 
 namespace mirolta {
 
-// BigInt is a store of words, shared between copies until one of them is written to, and a sign.
-// The flag of the sign is kept as operations leave it: conversions do not touch it, and a zero may
-// carry it without counting as negative.
+// BigInt is a magnitude, shared copy-on-write between copies, and a sign flag. Operations set the flag
+// as they state, conversions keep it, and a zero may have it without being negative.
 //
-// A number whose making failed for want of memory, or as a quotient by zero, holds zero and says so
-// in Status(); every operation that takes it returns that status or passes it on. Operations that
-// return a status leave their results unchanged when it is a failure.
+// A number that could not be computed, since memory ran out or the divisor was zero, is zero and has
+// that failure as its Status(). Every operation on it returns the status or gives it to its result.
+// Operations that return a failure leave their results unchanged.
 class BigInt {
  public:
   BigInt() noexcept = default;  // zero
@@ -23,11 +22,11 @@ class BigInt {
   BigInt& operator=(BigInt&& other) noexcept;
   ~BigInt();
 
-  // S_OK, or why there is no value: E_OUTOFMEMORY or DISP_E_DIVBYZERO.
+  // S_OK, E_OUTOFMEMORY or DISP_E_DIVBYZERO.
   HRESULT Status() const { return status_; }
   static BigInt Failed(HRESULT status) noexcept;
 
-  // The sign's flag, and whether the number is below zero.
+  // SignFlag is the flag as stored; IsNegative is whether the number is below zero.
   bool SignFlag() const { return negative_ != 0; }
   void SetSignFlag(bool negative) { negative_ = negative ? 1 : 0; }
   bool IsNegative() const { return negative_ != 0 && !IsZero(); }
@@ -40,17 +39,22 @@ class BigInt {
   uint32_t GetWord(uint32_t i) const { return Magnitude().GetWord(i); }
   uint32_t Used() const { return Magnitude().Used(); }
 
-  // this += b and this -= b. b may be this number.
+  // this += b and this -= b.
+  // Alias:  b may be this number.
+  // Errors: the status of either number; E_OUTOFMEMORY. This number is unchanged.
   HRESULT Add(const BigInt& b) noexcept;
   HRESULT Subtract(const BigInt& b) noexcept;
 
-  // The store as this number's own, with room for words and all of them zero, or null if there is
-  // no room; then the number is as before. After writing words, normalise it. The sign stays.
+  // Rewrite returns the magnitude, unshared, with at least that capacity and all words zero. The caller
+  // writes words, then calls Normalise. The sign flag is kept.
+  // Errors: null if memory runs out; the number is unchanged.
   BigMagnitude* Rewrite(uint32_t words) noexcept;
-  // Makes the magnitude x[n]. The sign stays.
+  // AssignLimbs sets the magnitude to x[n]. The sign flag is kept.
+  // Errors: E_OUTOFMEMORY; the number is unchanged.
   HRESULT AssignLimbs(const Limb* x, size_t n) noexcept;
-  // The same without a copy: the store as this number's own n limbs, all of which the caller writes
-  // before EndLimbs, or null if there is no room; then the number is as before.
+  // BeginLimbs and EndLimbs do the same without a copy: the caller writes all of the n limbs that
+  // BeginLimbs returns, then calls EndLimbs.
+  // Errors: null if memory runs out; the number is unchanged.
   Limb* BeginLimbs(size_t n) noexcept;
   void EndLimbs(Limb* limbs, size_t n) noexcept;
 
@@ -59,19 +63,19 @@ class BigInt {
  private:
   static const BigMagnitude kZero;
 
-  // Makes the store this number's own before a change in place.
+  // Makes the magnitude unshared before a change in place.
   HRESULT MakePrivate() noexcept;
-  // The store as this number's own with room for words, its old value given up; null as above.
+  // Returns the magnitude, unshared, with at least that capacity and an undefined value; null as above.
   BigMagnitude* Room(uint32_t words) noexcept;
   void Release() noexcept;
 
-  BigMagnitude* magnitude_ = nullptr;  // null for zero without a store
+  BigMagnitude* magnitude_ = nullptr;  // null: zero
   int32_t negative_ = 0;
   HRESULT status_ = S_OK;
 };
 
-// Compare returns -1, 0 or 1. A number below zero is less than one that is not; two numbers below
-// zero compare by size, so that -5 is greater than -3.
+// Compare returns -1, 0 or 1 as a <, = or > b. A negative number is less than any other; two negative
+// numbers compare by magnitude, so that -5 > -3.
 int Compare(const BigInt& a, const BigInt& b) noexcept;
 
 inline bool operator==(const BigInt& a, const BigInt& b) {
@@ -90,23 +94,26 @@ inline bool operator>=(const BigInt& a, const BigInt& b) {
   return Compare(a, b) >= 0;
 }
 
-// r := a + b, a - b, a * b; results may be operands.
+// r := a + b, a - b, a * b.
+// Alias:  r may be an operand.
+// Errors: the status of an operand; E_OUTOFMEMORY. r is unchanged.
 HRESULT Add(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 HRESULT Subtract(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
-// Quotients are cut towards zero; the remainder has the flag of the dividend.
-// Errors: DISP_E_DIVBYZERO for b = 0.
+// q := a / b, truncated towards zero; r := a mod b, with the sign flag of a.
+// Alias:  q and r may be operands.
+// Errors: DISP_E_DIVBYZERO for b = 0; the status of an operand; E_OUTOFMEMORY. q and r are unchanged.
 HRESULT Divide(BigInt& q, const BigInt& a, const BigInt& b) noexcept;
 HRESULT Remainder(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 
-// The same as values; failures are in the result's status().
+// The same as values, with the failure in the result's Status().
 BigInt operator+(const BigInt& a, const BigInt& b) noexcept;
 BigInt operator-(const BigInt& a, const BigInt& b) noexcept;
 BigInt operator*(const BigInt& a, const BigInt& b) noexcept;
 BigInt operator/(const BigInt& a, const BigInt& b) noexcept;
 BigInt operator%(const BigInt& a, const BigInt& b) noexcept;
 
-// FirstFailure returns the first status of a and b that is a failure, or S_OK.
+// FirstFailure returns the status of a if it is a failure, else that of b.
 inline HRESULT FirstFailure(const BigInt& a, const BigInt& b) {
   return FAILED(a.Status()) ? a.Status() : b.Status();
 }

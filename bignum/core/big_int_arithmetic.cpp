@@ -8,7 +8,7 @@ namespace mirolta {
 
 namespace {
 
-// Quotient and remainder by one division; either may be null.
+// Quotient, remainder or both by one division; either may be null.
 HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
   const HRESULT failure = FirstFailure(a, b);
   if (FAILED(failure)) return failure;
@@ -51,12 +51,12 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
   return S_OK;
 }
 
-// Products of up to this many limbs each need no working memory.
+// Operands of up to this many limbs are multiplied without scratch.
 constexpr size_t kShortLimbs = 8;
 constexpr size_t kShortWords = kShortLimbs * kLimbWords;
 
-// r := a * b of a_words and b_words words, kShortWords >= a_words >= b_words >= 1. Multiply calls it
-// in one place, so compilers inline it and see these bounds of the copies.
+// r := a * b, kShortWords >= a_words >= b_words >= 1. Multiply calls it in one place, so that compilers
+// inline it and know the bounds of the copies.
 HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const BigMagnitude& b,
                       size_t b_words) {
   const size_t m = LimbsForWords(a_words);
@@ -64,7 +64,7 @@ HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const Bi
   Limb operands[2 * kShortLimbs];
   LimbsFromWords(operands, a.Words(), a_words);
   LimbsFromWords(operands + m, b.Words(), b_words);
-  // The operands are copied, so the result may take one's place.
+  // The operands are copied, so that r may be one of them.
   Limb* const product = r.BeginLimbs(m + n);
   if (product != nullptr) {
     CurrentLimbKernels().multiply(product, operands, m, operands + m, n);
@@ -74,7 +74,7 @@ HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const Bi
   return product != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
-// The same for any m and n above 0. Its working memory is no frame for the short ones.
+// r := a * b, m >= 1, n >= 1. Not inlined, so that short products do not pay for its stack frame.
 __attribute__((noinline)) HRESULT MultiplyLong(BigInt& r, const BigMagnitude& a, size_t m,
                                                const BigMagnitude& b, size_t n) {
   const bool square = &a == &b;

@@ -21,7 +21,7 @@ bool BigMagnitude::Reserve(uint32_t n) noexcept {
   delete[] words_;
   words_ = larger;
   capacity_ = n;
-  // The tail is normalise's business once words have been written there.
+  // Normalise reads the words above used_.
   for (uint32_t i = used_; i < n; ++i) words_[i] = 0;
   return true;
 }
@@ -93,11 +93,11 @@ int BigMagnitude::Compare(const BigMagnitude& a, const BigMagnitude& b) noexcept
 
 bool BigMagnitude::Add(const BigMagnitude& b) noexcept {
   const uint32_t words = used_ > b.used_ ? used_ : b.used_;
-  // Room for a new top word is asked for only where the top words may carry.
+  // A new top word is reserved only if the top words may carry.
   const uint64_t top = words == 0 ? 0 : uint64_t{GetWord(words - 1)} + b.GetWord(words - 1);
   const uint32_t needed = top >= UINT32_MAX ? words + 1 : words;
   if (needed < words || !Reserve(needed)) return false;
-  // b may be this number, so its words are found only now.
+  // Read after Reserve, since b may be this number.
   const uint32_t* const other = b.words_;
   const uint32_t other_words = b.used_;
   const uint32_t common = used_ < other_words ? used_ : other_words;
@@ -128,7 +128,7 @@ void BigMagnitude::Subtract(const BigMagnitude& b) noexcept {
     words_[i] = static_cast<uint32_t>(t);
     borrow = t >> 63;
   }
-  // A borrow that leaves the last word is lost.
+  // A borrow out of the last word is dropped.
   for (; i < words && borrow != 0; ++i) borrow = words_[i]-- == 0 ? 1 : 0;
   DropZeroWords();
 }
@@ -172,7 +172,7 @@ bool BigMagnitude::MultiplyTrunc(BigMagnitude& r, const BigMagnitude& a, const B
     r.used_ = 0;
     return true;
   }
-  // Words of an operand at or above the cut cannot reach the result.
+  // Operand words at or above the truncation cannot affect the result.
   const size_t an = LimbsForWords(a.used_ < words ? a.used_ : words);
   const size_t bn = LimbsForWords(b.used_ < words ? b.used_ : words);
   LimbScratch memory(2 * CheckedSize(an) + 2 * CheckedSize(bn) + MultiplyScratch(an, bn));

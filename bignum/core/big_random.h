@@ -5,11 +5,11 @@
 
 namespace mirolta {
 
-// Random makes n a number of size random bytes, from the current source seeded once with the clock.
-// ensure_size sets the two highest bits, so that a product of two such numbers has twice the bits;
-// odd sets the lowest. The sign's flag stays.
-// Errors: E_INVALIDARG for a size below 1, E_OUTOFMEMORY, E_FAIL if the source cannot be seeded;
-//         n unchanged.
+// Random sets n to size random bytes from the current source, seeded once with the clock. ensure_size
+// sets the two highest bits, so that the product of two such numbers has exactly twice the bits; odd sets
+// the lowest. The sign flag is kept.
+// Errors: E_INVALIDARG for size < 1; E_OUTOFMEMORY; E_FAIL if the source cannot be seeded. n is
+//         unchanged.
 HRESULT Random(BigInt& n, LONG size, bool ensure_size, bool odd) noexcept;
 
 }  // namespace mirolta

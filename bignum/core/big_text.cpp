@@ -16,7 +16,7 @@ HRESULT HexText(NumberText& text, const BigInt& n) {
   if (out == nullptr) return E_OUTOFMEMORY;
   const uint32_t* const words = n.Magnitude().Words();
   const uint32_t whole = static_cast<uint32_t>(length / 8);
-  // The first digits are those of a part of the top word.
+  // The top word may have fewer than eight digits.
   const uint32_t part = static_cast<uint32_t>(length % 8);
   if (part != 0) {
     OLECHAR digits[8];
@@ -37,7 +37,7 @@ HRESULT DecimalText(NumberText& text, const BigInt& n) {
   LimbScratch value{CheckedSize(limbs)};
   LimbScratch characters{CheckedSize(room_limbs)};
   if (value.Get() == nullptr || characters.Get() == nullptr) return E_OUTOFMEMORY;
-  // Memory of limbs may be used as characters.
+  // char may alias limbs.
   char* const digits = reinterpret_cast<char*>(characters.Get());
   LimbsFromWords(value.Get(), n.Magnitude().Words(), n.Used());
   if (!DecimalFromLimbs(digits, value.Get(), limbs)) return E_OUTOFMEMORY;
@@ -47,19 +47,19 @@ HRESULT DecimalText(NumberText& text, const BigInt& n) {
   const uint32_t length = static_cast<uint32_t>(room - zeros);
   OLECHAR* const out = text.Resize(length);
   if (out == nullptr) return E_OUTOFMEMORY;
-  // The digits' characters are the same in both sets.
+  // Digits have the same values in char and OLECHAR.
   for (uint32_t i = 0; i < length; ++i) out[i] = static_cast<OLECHAR>(digits[zeros + i]);
   return S_OK;
 }
 
-// The bytes that a text of this length may fill: ceil(length * 0.41524).
+// The bytes that a text of this length is truncated to: ceil(length * 0.41524).
 uint64_t DecimalBytes(uint32_t length) {
   return (uint64_t{length} * 41524 + 99999) / 100000;
 }
 
-// The digits among the characters.
+// The number of digits among the characters.
 uint32_t CountDigits(const OLECHAR* characters, uint32_t length) {
-  // Mostly there is nothing else, which takes less to see than counting.
+  // Usually there are only digits, and checking that is faster than counting.
   uint16_t others = 0;
   for (uint32_t i = 0; i < length; ++i) {
     others = static_cast<uint16_t>(others | (static_cast<uint16_t>(characters[i] - '0') > 9));
@@ -72,10 +72,10 @@ uint32_t CountDigits(const OLECHAR* characters, uint32_t length) {
   return digits;
 }
 
-// The value of count digits that stand together.
+// The value of count digits.
 Limb DigitsValue(const OLECHAR* characters, uint32_t count) {
   Limb value = 0;
-  // Eight at a time, in pairs, so that few products wait for each other.
+  // Eight at a time, in pairs, for a short dependency chain.
   for (; count >= 8; count -= 8, characters += 8) {
     uint32_t pairs[4];
     for (uint32_t i = 0; i < 4; ++i) {
@@ -91,8 +91,7 @@ Limb DigitsValue(const OLECHAR* characters, uint32_t count) {
   return value;
 }
 
-// Fills chunks, least significant first, from count characters that are all digits. The first
-// digits' chunk takes what the others leave over.
+// Converts count digits to chunks, least significant first. The most significant chunk may be shorter.
 void ReadDigits(Limb* chunks, const OLECHAR* characters, uint32_t count) {
   uint32_t take = count % kDecimalDigits != 0 ? count % kDecimalDigits : kDecimalDigits;
   for (uint32_t left = count; left != 0; take = kDecimalDigits) {
@@ -102,7 +101,7 @@ void ReadDigits(Limb* chunks, const OLECHAR* characters, uint32_t count) {
   }
 }
 
-// The same from count digits among other characters.
+// The same for count digits among other characters.
 void ReadSpreadDigits(Limb* chunks, const OLECHAR* characters, uint32_t count) {
   Limb chunk = 0;
   for (uint32_t left = count; left != 0; ++characters) {
@@ -190,7 +189,7 @@ HRESULT FromHexText(BigInt& n, const OLECHAR* characters, uint32_t length) noexc
       left -= static_cast<uint32_t>(made) * 8;
       if (left == 0) break;
     }
-    // What is no digit is skipped, and the words go on with it inside.
+    // A character that is no digit is skipped, also within a word.
     const uint32_t digit = HexDigitValue(characters[--left]);
     if (digit == kNoHexDigit) continue;
     word |= digit << shift;

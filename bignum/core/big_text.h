@@ -1,11 +1,11 @@
-// Numbers as decimal and hexadecimal text.
+// Conversion between numbers and decimal or hexadecimal text.
 #pragma once
 
 #include "big_int.h"
 
 namespace mirolta {
 
-// NumberText owns the characters of a number; it wipes them.
+// NumberText owns the characters of a number and wipes them before they are freed.
 class NumberText {
  public:
   NumberText() noexcept = default;
@@ -13,13 +13,13 @@ class NumberText {
   NumberText(const NumberText&) = delete;
   NumberText& operator=(const NumberText&) = delete;
 
-  // The digits with a zero character behind them; null when there is no text.
+  // The digits and a terminating zero; null if there is no text.
   const OLECHAR* Characters() const { return characters_; }
   uint32_t Length() const { return length_; }
 
-  // Room for length characters, at least one, and the zero behind them, to be written by the caller:
-  // that of the text before where it is enough. Null if there is no memory, the text is then as
-  // before.
+  // Resize returns the characters for the caller to write, length >= 1, and terminates them. It reuses
+  // the memory of the old text if that is enough.
+  // Errors: null if memory runs out; the text is unchanged.
   OLECHAR* Resize(uint32_t length) noexcept;
   void Clear() noexcept;
 
@@ -29,18 +29,18 @@ class NumberText {
   uint32_t capacity_ = 0;
 };
 
-// ToText writes the size of n, most significant digit first, lowercase, without sign, prefix or
-// leading zeros. The text of zero is null.
-// Errors: E_FAIL for a base other than 10 and 16, E_OUTOFMEMORY; text unchanged.
+// ToText writes the magnitude of n, most significant digit first, in lower case, without sign, prefix
+// or leading zeros. The text of zero is null.
+// Errors: E_FAIL for a base other than 10 and 16; the status of n; E_OUTOFMEMORY. text is unchanged.
 HRESULT ToText(NumberText& text, const BigInt& n, uint32_t base) noexcept;
 
-// FromDecimalText makes n the number that the digits among the characters spell; all others are
-// skipped. What exceeds ceil(length * 0.41524) bytes is dropped: only texts of 1,811 characters and
-// more can lose anything. The sign's flag stays.
-// Errors: E_OUTOFMEMORY, n unchanged.
+// FromDecimalText sets the magnitude of n to the decimal digits among the characters; it skips all
+// other characters. The value is truncated to ceil(length * 0.41524) bytes, which only texts of 1,811
+// characters and more can exceed. The sign flag is kept.
+// Errors: E_OUTOFMEMORY; n is unchanged.
 HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) noexcept;
 
-// FromHexText does the same for hexadecimal digits of either case; nothing is dropped.
+// FromHexText does the same for hexadecimal digits of either case, without truncation.
 HRESULT FromHexText(BigInt& n, const OLECHAR* characters, uint32_t length) noexcept;
 
 }  // namespace mirolta

@@ -20,7 +20,7 @@ HRESULT FromWord(BigInt& n, uint32_t word) {
 }
 
 HRESULT FromInteger(BigInt& n, const VARIANT& value) {
-  // The platform refuses every other type's numbers below zero, but passes on the bits of VT_I4.
+  // The platform rejects negative numbers of every other type, but reinterprets those of VT_I4.
   if (V_VT(&value) == VT_I4 && V_I4(&value) < 0) return DISP_E_OVERFLOW;
   VARIANT word;
   VariantInit(&word);
@@ -41,7 +41,7 @@ HRESULT FromArray(BigInt& n, const VARIANT& value) {
   return FAILED(status) ? status : FromBytes(n, bytes.Data(), bytes.Count());
 }
 
-// A value of another type is no number; one that cannot even be copied is no value.
+// The status for a value of another type: that of copying it, if that fails.
 HRESULT Refuse(const VARIANT& value) {
   OwnedVariant copy;
   const HRESULT status = VariantCopy(copy.Get(), &value);
@@ -73,8 +73,8 @@ HRESULT FromPlainValue(BigInt& n, const VARIANT& value, NumberBase base) {
   }
 }
 
-// A number of this library that holds zero: the one number whose text cannot be read. That it has no
-// bytes tells it from a number whose text memory is short for.
+// Whether an object is an IPexBigNumber that is zero, the only number whose text cannot be read. Its
+// byte array is empty, unlike that of a number whose text ran out of memory.
 bool HoldsZero(IUnknown* object) noexcept {
   OwnedReference<IPexBigNumber> number;
   if (FAILED(number.Query(object, IID_IPexBigNumber)) || !number) return false;

@@ -1,4 +1,4 @@
-// Numbers from automation values and back.
+// Conversion between numbers and automation values.
 #pragma once
 
 #include "big_int.h"
@@ -6,24 +6,23 @@
 
 namespace mirolta {
 
-// How text stands for a number.
+// NumberBase: the base of a number's text.
 enum class NumberBase { kDecimal, kHexadecimal };
 
-// NumberFromVariant makes n the number that a value stands for: text as it says, a byte array most
-// significant byte first, integers and fractions of up to 32 bits as the platform converts them to
-// VT_UI4; VT_EMPTY, VT_NULL and an argument left out are zero. An object counts as its default
-// value, an IPexBigNumber that holds zero, and so has none that can be read, as zero. The sign's
-// flag stays.
+// NumberFromVariant sets the magnitude of n to a value: text in the given base; a byte array, most
+// significant byte first; integers up to 32 bits and floating-point numbers, converted to VT_UI4 by the
+// platform; 0 for VT_EMPTY, VT_NULL and an omitted argument. An object is converted by its default
+// value; an IPexBigNumber that is zero, whose default value cannot be read, gives 0. The sign flag is
+// kept.
 // Errors: DISP_E_TYPEMISMATCH for any other type, references included; the platform's status for a
-//         value that cannot be copied; DISP_E_OVERFLOW for a number that is no VT_UI4, such as one
-//         below zero; those of ResolveValue; E_OUTOFMEMORY. n is unchanged.
+//         value that cannot be copied; DISP_E_OVERFLOW for a number outside VT_UI4, such as a negative
+//         one; those of ResolveValue; E_OUTOFMEMORY. n is unchanged.
 HRESULT NumberFromVariant(BigInt& n, const VARIANT& value, NumberBase base) noexcept;
 
-// NumberToVariant gives n as text (VT_BSTR) or as a byte array (VT_ARRAY | VT_UI1) in *out, whose
-// old content is overwritten, not cleared. The text of zero is a null text, which reads as memory
-// that ran out; its byte array has no elements.
-// Errors: E_POINTER for a null out; DISP_E_TYPEMISMATCH for another type; E_OUTOFMEMORY, for the
-//         text of zero too. *out is empty then.
+// NumberToVariant sets *out to the magnitude of n as text (VT_BSTR) or as a byte array
+// (VT_ARRAY | VT_UI1), which has no elements for zero. It overwrites *out without clearing it.
+// Errors: E_POINTER for a null out; DISP_E_TYPEMISMATCH for another type; E_OUTOFMEMORY, also for the
+//         text of zero. *out is empty.
 HRESULT NumberToVariant(const BigInt& n, VARTYPE type, NumberBase base, VARIANT* out) noexcept;
 
 }  // namespace mirolta

@@ -74,10 +74,10 @@ void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
 // the fraction needs a limb less each time.
 //
 // With c chunks in a leaf, D = kDecimalPower^c and inverse = floor(B^2c / D) + 1, the fraction of x is
-// (x * inverse + inverse / 2) / B^2c. It is at least (x + 1/2) / D, by less than D / B^2c, a tenth of
-// 1 / D, too large. The chunks are correct while it is in [x / D, (x + 1) / D), so 1/2 is the margin for
-// truncation: the upper c + 1 limbs are kept, and a limb less after every chunk. Each truncation loses
-// less than 1 / B of the scaled 1 / D.
+// (x * inverse + inverse / 2) / B^2c. It exceeds (x + 1/2) / D by less than D / B^2c, a tenth of 1 / D.
+// The chunks are correct while it is in [x / D, (x + 1) / D), so 1/2 is the margin for truncation: the
+// upper c + 1 limbs are kept, and a limb less after every chunk. Each truncation loses less than 1 / B
+// of the scaled 1 / D.
 // Source: Knuth TAOCP 2, 4.4, method 2a.
 class LeafWriter {
  public:

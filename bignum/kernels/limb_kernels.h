@@ -27,7 +27,7 @@ struct LimbKernels {
   Limb (*mul_sub1)(Limb* z, const Limb* x, size_t n, Limb y);
   // z := x * y, schoolbook.
   // Shapes: x[m], y[n], z[m + n], m >= n >= 1.
-  // Alias:  z overlaps neither; x may be y.
+  // Alias:  z overlaps neither.
   void (*multiply)(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n);
   // z := x * x, schoolbook.
   // Shapes: x[n], z[2n], n >= 1.

@@ -13,8 +13,8 @@ namespace {
 
 TypeInfoHolder type_info(IID_IPexBigNumber);
 
-// WipedNumbers runs the work of a member without a lock: numbers are secrets. work(use) says by *use
-// if it went deep. A failure may have come from anywhere.
+// WipedNumbers runs a member's work without the lock and wipes stack and registers, since numbers are
+// secrets. work(use) sets *use if it used much stack; a failure counts as that.
 template <typename Work>
 HRESULT WipedNumbers(Work work) {
   StackUse use = StackUse::kMedium;
@@ -26,7 +26,7 @@ HRESULT WipedNumbers(Work work) {
   return RunWiped(run, use);
 }
 
-// Notes a number that was read from a value: long texts are taken apart recursively.
+// Notes the stack use of converting a value to a number: long texts are converted recursively.
 void NoteSize(const BigInt& number, const VARIANT& value, StackUse* use) {
   if (V_VT(&value) != kByteArrayType && number.Used() >= kLargeNumberWords) *use = StackUse::kDeep;
 }
@@ -195,8 +195,8 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::NewNumber(VARIANT v, IPexBigNumber** 
   *ppObj = nullptr;
   return WipedNumbers([&](StackUse* use) -> HRESULT {
     BigInt value;
-    // A value left out reads as zero. One that cannot be read counts as memory that ran out: callers
-    // know this member by that one failure.
+    // An omitted value is zero. Every failure is reported as E_OUTOFMEMORY, the only one that callers
+    // expect of this member.
     if (FAILED(NumberFromVariant(value, v, NumberBase::kDecimal))) return E_OUTOFMEMORY;
     NoteSize(value, v, use);
     return Return(value, ppObj);

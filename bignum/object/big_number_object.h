@@ -10,9 +10,9 @@ namespace mirolta {
 
 extern const ClassDescription kBigNumberClass;
 
-// Holds one number, zero at first. Binary operations leave it alone and return a new object. No
-// member takes the object's lock: callers keep one object to one thread at a time. No member raises
-// a message, and one that fails leaves the number as it was.
+// BigNumberObject holds one number, initially zero. Binary operations do not change it and return a new
+// object. No member locks: callers use an object from one thread at a time. No member raises a message,
+// and one that fails leaves the number unchanged.
 class BigNumberObject final : public DispatchObject<kBigNumberClass, IPexBigNumber> {
  public:
   explicit BigNumberObject(IUnknown* outer) : DispatchObject(outer) {}
@@ -41,14 +41,14 @@ class BigNumberObject final : public DispatchObject<kBigNumberClass, IPexBigNumb
   HRESULT STDMETHODCALLTYPE ModInv(VARIANT vm, IPexBigNumber** ppObj) override;
 
  private:
-  // A binary operation of the numbers: r := a op b.
+  // A binary operation: r := a op b.
   using Operation = HRESULT (*)(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 
   HRESULT Give(VARTYPE type, NumberBase base, VARIANT* value) const;
   HRESULT Take(const VARIANT& value, NumberBase base);
   HRESULT Operate(Operation operation, const VARIANT& v, IPexBigNumber** out) const;
   HRESULT Step(HRESULT (BigInt::*change)(const BigInt&) noexcept, const VARIANT& v);
-  // Return hands out a new object that holds value, which is taken.
+  // Return sets *out to a new object with the value, which it moves from.
   static HRESULT Return(BigInt& value, IPexBigNumber** out);
 
   BigInt number_;

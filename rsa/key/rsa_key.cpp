@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint32_t kUsualPublicExponent = 65537;
 
-// A modulus of zero is a number that the caller has set wrong.
+// Division by a zero modulus is an invalid key of the caller.
 HRESULT FromStep(HRESULT status) {
   return status == DISP_E_DIVBYZERO ? E_INVALIDARG : status;
 }
@@ -24,12 +24,12 @@ HRESULT FromStep(HRESULT status) {
 HRESULT IsCoprime(bool* result, const BigInt& a, const BigInt& b) {
   BigInt divisor;
   const HRESULT status = Gcd(divisor, a, b);
-  // Not by comparing with a number 1, whose making may fail.
+  // Comparing with BigInt(1) could fail, since that allocates.
   if (SUCCEEDED(status)) *result = divisor.BitLength() == 1 && !divisor.IsNegative();
   return status;
 }
 
-// Advances e until it has an inverse modulo both p-1 and q-1.
+// Advances e until it is coprime to p - 1 and q - 1.
 HRESULT FindPublicExponent(BigInt& e, const BigInt& p_less_1, const BigInt& q_less_1) {
   if (e.IsZero()) e = BigInt(kUsualPublicExponent);
   HRESULT status = e.Status();
@@ -98,7 +98,7 @@ HRESULT RsaDecrypt(BigInt& r, const RsaKey& key, const BigInt& c) {
 
 namespace {
 
-// Whether two numbers are the same, sign's flag and all. Copies share their words.
+// Whether two numbers have the same magnitude and sign flag. Copies share their magnitude.
 bool IsSame(const BigInt& a, const BigInt& b) {
   return a.SignFlag() == b.SignFlag() && (&a.Magnitude() == &b.Magnitude() ||
                                           BigMagnitude::Compare(a.Magnitude(), b.Magnitude()) == 0);
@@ -119,7 +119,7 @@ HRESULT MakeValues(RsaPrimeValues& made, const RsaKey& key) {
   return S_OK;
 }
 
-// The residue of c^d modulo one prime: r = (c mod prime)^(d mod (prime-1)) mod prime.
+// r := (c mod prime)^exponent mod prime, c^d mod prime for exponent = d mod (prime - 1).
 HRESULT PowerModuloPrime(BigInt& r, const BigInt& c, const BigInt& exponent, const BigInt& prime) {
   BigInt reduced;
   const HRESULT status = Remainder(reduced, c, prime);
@@ -140,7 +140,7 @@ HRESULT JoinResidues(BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
   return S_OK;
 }
 
-// The number as one limb; false if it has more or a sign.
+// Sets *limb to n; false if n does not fit or has the sign flag.
 bool IsLimb(Limb* limb, const BigInt& n) {
   if (n.SignFlag() || n.Used() > kLimbWords) return false;
   *limb = 0;
@@ -148,13 +148,13 @@ bool IsLimb(Limb* limb, const BigInt& n) {
   return true;
 }
 
-// JoinResidues for short numbers: there its computations cost less than its numbers.
-// Sets *done; where that stays false nothing was computed.
+// JoinResidues for primes of one limb, where handling BigInts costs more than the arithmetic. *done
+// stays false where it does not apply.
 HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
   Limb p = 0, q = 0, d_p = 0, d_q = 0, p_inverse = 0;
   const bool are_limbs = IsLimb(&p, values.p) && IsLimb(&q, values.q) && IsLimb(&d_p, values.d_p) &&
                          IsLimb(&d_q, values.d_q) && IsLimb(&p_inverse, values.p_inverse);
-  // Odd ones are above 1: modulo (p-1)(q-1) = 0 nothing has an inverse.
+  // Odd primes are above 1 here: for p = 1 or q = 1 the inverse modulo (p - 1)(q - 1) = 0 has failed.
   const bool are_odd = (p & q & 1) != 0;
   if (!are_limbs || !are_odd || c.SignFlag()) return S_OK;
   const size_t size = LimbsForWords(c.Used());
@@ -167,12 +167,12 @@ HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, c
   Limb residues[2];
   PowerPair(residues, powers);
 
-  // (m2 - m1) mod q, q added once: with p above q that may not be enough.
+  // (m2 - m1) mod q by adding q once, which is not enough for every p > q.
   Limb difference = static_cast<Limb>(residues[1] - residues[0]);
   if (residues[1] < residues[0]) {
-    const Limb missing = static_cast<Limb>(residues[0] - residues[1]);
-    if (missing > q) return S_OK;
-    difference = static_cast<Limb>(q - missing);
+    const Limb excess = static_cast<Limb>(residues[0] - residues[1]);
+    if (excess > q) return S_OK;
+    difference = static_cast<Limb>(q - excess);
   }
   const LimbPair product = Product(difference, p_inverse);
   const Limb dividend[2] = {product.low, product.high};
@@ -198,7 +198,7 @@ HRESULT DecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c) {
   bool done = false;
   status = JoinShortResidues(&done, r, values, c);
   if (SUCCEEDED(status) && !done) status = JoinResidues(r, values, c);
-  // A call that fails keeps nothing.
+  // A failed call keeps no values.
   if (SUCCEEDED(status) && !are_made) key.values = static_cast<RsaPrimeValues&&>(made);
   return status;
 }

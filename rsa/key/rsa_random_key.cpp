@@ -1,4 +1,4 @@
-// Keys from random starting values.
+// Key generation from random starting values.
 #include "big_random.h"
 #include "next_prime.h"
 #include "rsa_key.h"
@@ -10,7 +10,7 @@ namespace {
 constexpr bool kEnsureSize = true;
 constexpr bool kOdd = true;
 
-// A size of 0 starts from zero: nothing is drawn then.
+// No random bytes are drawn for a size of 0: the start is zero.
 HRESULT DrawStart(BigInt& start, LONG bytes) {
   return bytes == 0 ? S_OK : Random(start, bytes, kEnsureSize, kOdd);
 }
@@ -25,7 +25,7 @@ HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size) {
   BigInt first;
   HRESULT status = DrawStart(first, half);
   if (FAILED(status)) return status;
-  // The next draw has to wait for the clock to tick: meanwhile the first prime is looked for.
+  // The next draw waits for the clock to tick, so the first prime is searched meanwhile.
   BigInt first_prime = first;
   status = NextPrime(first_prime);
   if (FAILED(status)) return status;

@@ -10,7 +10,7 @@ namespace {
 
 TypeInfoHolder type_info(IID_IRSACrypt);
 
-// All numbers come in with text as hexadecimal and go out as byte arrays.
+// Numbers are read with text as hexadecimal and returned as byte arrays.
 HRESULT Read(BigInt& n, const VARIANT& value) {
   return NumberFromVariant(n, value, NumberBase::kHexadecimal);
 }
@@ -18,7 +18,7 @@ HRESULT Write(const BigInt& n, VARIANT* out) {
   return NumberToVariant(n, kByteArrayType, NumberBase::kHexadecimal, out);
 }
 
-// Runs one raw operation on the number in data.
+// Runs one RSA primitive.
 template <typename Key>
 HRESULT Transform(HRESULT (*operation)(BigInt&, Key&, const BigInt&), Key& key, const BigInt& input,
                   VARIANT* out) {
@@ -56,7 +56,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateKeys(VARIANT v1, VARIANT v2) {
     HRESULT status = Read(first, v1);
     if (SUCCEEDED(status)) status = Read(second, v2);
     if (FAILED(status)) return status;
-    // Callers are not told how the making of the key went; without memory the old one stays.
+    // A failure to generate the key is not reported; the old key is kept then.
     if (SUCCEEDED(BuildKey(key(), first, second))) DropNewQ();
     return S_OK;
   });
@@ -65,7 +65,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateKeys(VARIANT v1, VARIANT v2) {
 HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateRandKeys(LONG lByteSize, VARIANT_BOOL bExactSize) {
   return DeepFrame([&] {
     const HRESULT status = BuildRandomKey(key(), lByteSize, bExactSize != 0);
-    // A Q put while the key was in the making belongs to the old one.
+    // A Q that was put during the generation belongs to the old key.
     if (SUCCEEDED(status)) DropNewQ();
     return status;
   });
@@ -160,7 +160,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::DecryptPQ(VARIANT vData, VARIANT* pvOu
     if (FAILED(status)) return status;
     const bool had_values = !now.values.q.IsZero();
     const HRESULT result = Transform(RsaDecryptWithPrimes, now, ciphertext, pvOut);
-    // A call that fails leaves nothing behind.
+    // A failed call keeps no values.
     if (FAILED(result) && !had_values) now.DropValues();
     return result;
   });

@@ -11,8 +11,8 @@ namespace mirolta {
 
 extern const ClassDescription kRsaCryptClass;
 
-// Holds one key, all zero at first. Every member but the put of Q holds the object's lock for the
-// whole call, the making of keys included. A call that fails leaves the key as it was.
+// RsaCryptObject holds one key, initially all zero. Every member except put_Q holds the object's lock
+// for the whole call, key generation included. A call that fails leaves the key unchanged.
 class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
  public:
   explicit RsaCryptObject(IUnknown* outer) : DispatchObject(outer) {}
@@ -37,7 +37,7 @@ class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
   HRESULT STDMETHODCALLTYPE get_BlockSize(LONG* size) override;
 
  private:
-  // Frame for powers, primes and numbers from text.
+  // Frame for exponentiation, prime search and conversion from text, which use much stack.
   template <typename... Arguments>
   HRESULT DeepFrame(Arguments... arguments) {
     return Frame(arguments..., StackUse::kDeep);
@@ -46,13 +46,13 @@ class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
   HRESULT GetNumber(BigInt RsaKey::*field, VARIANT* value);
   HRESULT PutNumber(BigInt RsaKey::*field, const VARIANT& value);
 
-  // The key as of now, under the lock.
+  // The key with a Q that was put since. The lock is held.
   RsaKey& key();
   void DropNewQ();
 
   RsaKey key_;
-  // A Q that was put and that no locked member has seen yet: the put must neither wait for the lock
-  // nor touch a key that another thread is using.
+  // The Q that was put since the last locked member: put_Q neither waits for the lock nor changes a key
+  // that another thread uses.
   std::atomic<BigInt*> new_q_{nullptr};
 };
 
