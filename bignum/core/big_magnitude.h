@@ -9,7 +9,8 @@ namespace mirolta {
 
 // BigMagnitude is an unsigned magnitude, least significant word first. After every operation the
 // highest used word is not zero; zero has none. Words above Used() are never read. Operations that
-// allocate return false if memory runs out, with nothing changed. Words are wiped before they are freed.
+// allocate return false if memory runs out, with nothing changed. Words are wiped before they are
+// freed.
 class BigMagnitude {
  public:
   // The bits of this many words are counted by a size_t.
