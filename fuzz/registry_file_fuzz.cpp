@@ -6,6 +6,7 @@
 #include "registry/registry_text.h"
 
 using namespace mirolta;
+using namespace mirolta::runtime;
 using namespace mirolta::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -7,10 +7,8 @@
 #include "portable/variant.h"
 #include "values/variant_rules.h"
 
+namespace mirolta::runtime {
 namespace {
-
-using mirolta::AllocateRuntime;
-using mirolta::FreeRuntime;
 
 // The platform keeps 16 bytes before the descriptor; their last word is the element type.
 constexpr size_t kHiddenBytes = 16;
@@ -79,14 +77,14 @@ HRESULT AllocateData(SAFEARRAY* array, Content content) {
 
 SAFEARRAY* CreateArray(VARTYPE type, UINT dimensions, const SAFEARRAYBOUND* bounds,
                        Content content) {
-  const ULONG element_size = mirolta::ElementSize(type);
+  const ULONG element_size = ElementSize(type);
   if (element_size == 0 || dimensions == 0 || dimensions > kMaxDimensions || bounds == nullptr) {
     return nullptr;
   }
   SAFEARRAY* array = NewDescriptor(dimensions);
   if (array == nullptr) return nullptr;
   array->cbElements = element_size;
-  array->fFeatures = mirolta::ArrayFeatures(type);
+  array->fFeatures = ArrayFeatures(type);
   SetHiddenType(array, type);
   for (UINT i = 0; i < dimensions; ++i) Bounds(array)[i] = bounds[dimensions - 1 - i];
   if (FAILED(AllocateData(array, content))) {
@@ -99,7 +97,7 @@ SAFEARRAY* CreateArray(VARTYPE type, UINT dimensions, const SAFEARRAYBOUND* boun
 HRESULT ClearElements(SAFEARRAY* array) {
   ULONG count = 0;
   if (array->pvData == nullptr || !CountElements(array, &count)) return S_OK;
-  return mirolta::ClearArrayElements(array->fFeatures, array->cbElements, array->pvData, count);
+  return ClearArrayElements(array->fFeatures, array->cbElements, array->pvData, count);
 }
 
 // bound_of finds dimension 1 (leftmost) to cDims, stored in reverse.
@@ -113,6 +111,9 @@ ULONG LocksOf(const SAFEARRAY* array) {
 }
 
 }  // namespace
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
 
 extern "C" {
 
@@ -164,7 +165,7 @@ HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to) {
   HRESULT status = AllocateData(made, Content::kCleared);
   ULONG count = 0;
   if (SUCCEEDED(status) && from->pvData != nullptr && CountElements(from, &count)) {
-    status = mirolta::CopyArrayElements(from->fFeatures, from->cbElements, from->pvData,
+    status = CopyArrayElements(from->fFeatures, from->cbElements, from->pvData,
                                         made->pvData, count);
   }
   if (FAILED(status)) {
@@ -261,7 +262,7 @@ HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* element) {
   void* from = nullptr;
   status = SafeArrayPtrOfIndex(array, indices, &from);
   if (SUCCEEDED(status)) {
-    status = mirolta::ReadArrayElement(array->fFeatures, array->cbElements, from, element);
+    status = ReadArrayElement(array->fFeatures, array->cbElements, from, element);
   }
   SafeArrayUnlock(array);
   return status;
@@ -274,7 +275,7 @@ HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* element) {
   void* to = nullptr;
   status = SafeArrayPtrOfIndex(array, indices, &to);
   if (SUCCEEDED(status)) {
-    status = mirolta::WriteArrayElement(array->fFeatures, array->cbElements, element, to);
+    status = WriteArrayElement(array->fFeatures, array->cbElements, element, to);
   }
   SafeArrayUnlock(array);
   return status;

@@ -6,7 +6,7 @@
 #include "portable/dispatch.h"
 #include "values/variant_rules.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr USHORT kInterfaces = FADF_UNKNOWN | FADF_DISPATCH;
@@ -112,4 +112,4 @@ HRESULT WriteArrayElement(USHORT features, ULONG element_size, void* from, void*
   return S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -3,7 +3,7 @@
 
 #include "portable/variant.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // ArrayFeatures returns the flags of an array of the type, ownership and type knowledge.
 USHORT ArrayFeatures(VARTYPE type);
@@ -26,4 +26,4 @@ HRESULT ReadArrayElement(USHORT features, ULONG element_size, const void* from, 
 // itself; for all else the address of the value.
 HRESULT WriteArrayElement(USHORT features, ULONG element_size, void* from, void* to);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -4,7 +4,7 @@
 #include <locale.h>
 #include <strings.h>
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr auto kUtf8 = CharacterSetKind::kUtf8;
@@ -98,4 +98,4 @@ size_t CharacterSetIndex(const CharacterSet& set) {
   return static_cast<size_t>(&set - kSets);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -3,7 +3,7 @@
 
 #include "portable/base_types.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 enum class CharacterSetKind : uint8_t {
   kUtf8,
@@ -32,4 +32,4 @@ const CharacterSet* FindCharacterSetByName(const char* name);
 // CharacterSetIndex returns the index of a row, less than kCharacterSetCount.
 size_t CharacterSetIndex(const CharacterSet& set);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -12,7 +12,7 @@
 #include "portable/system.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr uint32_t kReplacement = 0xFFFD;
@@ -180,12 +180,13 @@ void DecodeFromUtf7(const char* bytes, size_t size, Output<WCHAR>* out) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
 
 extern "C" INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, INT length,
                                    LPSTR bytes, INT capacity, LPCSTR default_character,
                                    BOOL* used_default) {
-  using namespace mirolta;
   if (text == nullptr || length == 0 || capacity < 0) return 0;
   if (capacity != 0 && bytes == nullptr) return 0;
   const CharacterSet* set = FindCharacterSet(code_page);
@@ -220,7 +221,6 @@ extern "C" INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, IN
 
 extern "C" INT MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR bytes, INT length,
                                    LPWSTR text, INT capacity) {
-  using namespace mirolta;
   if (bytes == nullptr || length == 0 || capacity < 0) return 0;
   if (capacity != 0 && text == nullptr) return 0;
   const CharacterSet* set = FindCharacterSet(code_page);

@@ -3,7 +3,7 @@
 #include "charsets/utf16_text.h"
 #include "charsets/utf8_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr uint32_t kEscapedByte = 0xDC00;
@@ -37,4 +37,4 @@ bool AppendUtf8FromWide(WideView text, RuntimeArray<char>* bytes) {
   return true;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -6,11 +6,11 @@
 
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // Both append, without a terminator.
 // Errors: false if memory is short; part of the text may have been appended.
 [[nodiscard]] bool AppendWideFromUtf8(const char* bytes, size_t size, WideText* text);
 [[nodiscard]] bool AppendUtf8FromWide(WideView text, RuntimeArray<char>* bytes);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

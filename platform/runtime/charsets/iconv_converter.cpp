@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 std::mutex g_converters;
@@ -23,4 +23,4 @@ IconvConverter::~IconvConverter() {
   iconv_close(handle_);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

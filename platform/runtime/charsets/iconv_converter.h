@@ -3,7 +3,7 @@
 
 #include <iconv.h>
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // IconvConverter owns one converter. Converters are opened and closed under a lock: that loads and
 // unloads code, and thread checkers do not know the C library's own lock.
@@ -21,4 +21,4 @@ class IconvConverter {
   const iconv_t handle_;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 
 #include "charsets/iconv_converter.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 // Bytes that the platform decodes although the character set's definition leaves them open.
@@ -101,4 +101,4 @@ const SingleByteTable* TableOf(const CharacterSet& set) {
   return &g_tables[index];
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

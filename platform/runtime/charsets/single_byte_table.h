@@ -3,7 +3,7 @@
 
 #include "charsets/character_set_table.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr WCHAR kUndefinedByte = 0xFFFF;
 
@@ -21,4 +21,4 @@ struct SingleByteTable {
 // the set.
 const SingleByteTable* TableOf(const CharacterSet& set);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -1,6 +1,6 @@
 #include "charsets/utf16_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 size_t DecodeUtf16(const WCHAR* text, size_t size, uint32_t* point) {
   *point = text[0];
@@ -19,4 +19,4 @@ size_t EncodeUtf16(uint32_t point, WCHAR* units) {
   return 2;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

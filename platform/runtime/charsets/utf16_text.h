@@ -3,7 +3,7 @@
 
 #include "portable/base_types.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr bool IsHighSurrogate(uint32_t unit) {
   return (unit & 0xFFFFFC00u) == 0xD800u;
@@ -23,4 +23,4 @@ size_t DecodeUtf16(const WCHAR* text, size_t size, uint32_t* point);
 // Source: RFC 2781, section 2.1.
 size_t EncodeUtf16(uint32_t point, WCHAR* units);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -1,6 +1,6 @@
 #include "charsets/utf7_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -84,4 +84,4 @@ bool Utf7Decoder::Decode(char byte, WCHAR* unit) {
   return true;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -6,7 +6,7 @@
 
 #include "portable/base_types.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // Utf7Encoder writes a text unit by unit and then its end; lone surrogates are units like others.
 class Utf7Encoder {
@@ -37,4 +37,4 @@ class Utf7Decoder {
   int bit_count_ = 0;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -1,6 +1,6 @@
 #include "charsets/utf8_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 struct LeadByte {
@@ -58,4 +58,4 @@ size_t EncodeUtf8(uint32_t point, char* bytes) {
   return length;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

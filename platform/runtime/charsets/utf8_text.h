@@ -3,7 +3,7 @@
 
 #include "portable/base_types.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr uint32_t kNoCodePoint = 0xFFFFFFFFu;
 
@@ -18,4 +18,4 @@ size_t DecodeUtf8(const char* bytes, size_t size, uint32_t* point);
 // Source: RFC 3629, section 3.
 size_t EncodeUtf8(uint32_t point, char* bytes);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

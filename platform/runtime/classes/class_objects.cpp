@@ -6,7 +6,7 @@
 #include "texts/guid_text.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
@@ -204,9 +204,9 @@ HRESULT FindClassObject(REFCLSID id, DWORD context, REFIID iid, ServerUse* use, 
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
 
-using namespace mirolta;
+using namespace mirolta::runtime;
 
 extern "C" HRESULT CoInitializeEx(LPVOID reserved, DWORD) {
   if (reserved != nullptr) return E_INVALIDARG;

@@ -5,7 +5,7 @@
 #include "classes/module_table.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 bool IsNumber(LPCWSTR name) {
@@ -26,14 +26,14 @@ uint32_t ResourceNumber(LPCWSTR name) {
 }
 
 }  // namespace
-
-extern "C" const ModuleResources* MiroltaModuleResources(HINSTANCE module) {
-  return ResourcesOf(module);
-}
-
-}  // namespace mirolta
+}  // namespace mirolta::runtime
 
 using namespace mirolta;
+using namespace mirolta::runtime;
+
+extern "C" const mirolta::ModuleResources* mirolta::MiroltaModuleResources(HINSTANCE module) {
+  return ResourcesOf(module);
+}
 
 extern "C" INT LoadStringW(HINSTANCE module, UINT id, LPWSTR text, INT capacity) {
   const ModuleResources* resources = ResourcesOf(module);

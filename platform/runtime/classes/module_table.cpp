@@ -12,7 +12,7 @@
 #include "system/file_trust.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr size_t kLongestPath = 4096;
@@ -164,7 +164,12 @@ const ModuleResources* ResourcesOf(HINSTANCE handle) {
   return module == nullptr ? nullptr : module->resources;
 }
 
-extern "C" HINSTANCE MiroltaAttachModule(const ModuleResources* resources) {
+}  // namespace mirolta::runtime
+
+using namespace mirolta;
+using namespace mirolta::runtime;
+
+extern "C" HINSTANCE mirolta::MiroltaAttachModule(const ModuleResources* resources) {
   if (resources == nullptr) return nullptr;
   Module* module = NewRuntime<Module>();
   if (module == nullptr) return nullptr;
@@ -178,17 +183,13 @@ extern "C" HINSTANCE MiroltaAttachModule(const ModuleResources* resources) {
   return HandleOf(module);
 }
 
-extern "C" void MiroltaDetachModule(HINSTANCE handle) {
+extern "C" void mirolta::MiroltaDetachModule(HINSTANCE handle) {
   const std::lock_guard<std::mutex> lock(g_lock);
   Module* module = Find(handle);
   if (module == nullptr) return;
   module->resources = nullptr;
   RemoveIfUnused(module);
 }
-
-}  // namespace mirolta
-
-using namespace mirolta;
 
 extern "C" DWORD GetModuleFileNameW(HMODULE handle, LPWSTR file, DWORD capacity) {
   if (file == nullptr || capacity == 0) return 0;

@@ -5,7 +5,7 @@
 #include "portable/module.h"
 #include "portable/module_resources.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // OpenLibrary is LoadLibraryW with a status.
 // Errors: E_OUTOFMEMORY; CO_E_DLLNOTFOUND if there is no such file; CO_E_ERRORINDLL if the file is
@@ -16,4 +16,4 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out);
 // ResourcesOf returns what a handle was attached with; null for an unknown handle.
 const ModuleResources* ResourcesOf(HINSTANCE handle);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

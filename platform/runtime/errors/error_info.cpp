@@ -4,7 +4,7 @@
 #include "heap/runtime_array.h"
 #include "portable/system.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 // An error description while it is written (ICreateErrorInfo) and read (IErrorInfo). As on the
@@ -127,29 +127,31 @@ IErrorInfo** ThreadErrorSlot() {
   return &t_info;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
 
 extern "C" HRESULT CreateErrorInfo(ICreateErrorInfo** out) {
   if (out == nullptr) return E_INVALIDARG;
-  *out = mirolta::NewRuntime<mirolta::ErrorInfo>();
+  *out = NewRuntime<ErrorInfo>();
   return *out == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
 extern "C" HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info) {
   if (reserved != 0) return E_INVALIDARG;
-  IErrorInfo* old = mirolta::t_info;
+  IErrorInfo* old = t_info;
   if (info != nullptr) {
-    mirolta::t_keeper.Keep();
+    t_keeper.Keep();
     info->AddRef();
   }
-  mirolta::t_info = info;
+  t_info = info;
   if (old != nullptr) old->Release();  // last: it may run code that sets an error again
   return S_OK;
 }
 
 extern "C" HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** out) {
   if (out == nullptr || reserved != 0) return E_INVALIDARG;
-  *out = mirolta::t_info;
-  mirolta::t_info = nullptr;
+  *out = t_info;
+  t_info = nullptr;
   return *out == nullptr ? S_FALSE : S_OK;
 }

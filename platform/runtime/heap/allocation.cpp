@@ -6,7 +6,7 @@
 #include "portable/system.h"
 #include "portable/test_hooks.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr LONG kOff = -1;
@@ -46,36 +46,38 @@ void FreeRuntime(void* memory) {
   std::free(memory);
 }
 
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
+
 extern "C" {
 
-void MiroltaFailAllocationAfter(LONG count) {
+void mirolta::MiroltaFailAllocationAfter(LONG count) {
   has_failed.store(false);
   allocations_left.store(count < 0 ? kOff : count);
 }
 
-bool MiroltaAllocationHasFailed() {
+bool mirolta::MiroltaAllocationHasFailed() {
   return has_failed.load();
 }
 }
 
-}  // namespace mirolta
-
 extern "C" {
 
 LPVOID CoTaskMemAlloc(SIZE_T size) {
-  return mirolta::AllocateRuntime(size);
+  return AllocateRuntime(size);
 }
 
 // As the platform: no memory is a plain allocation, and size 0 of a block frees it.
 LPVOID CoTaskMemRealloc(LPVOID memory, SIZE_T size) {
   if (memory != nullptr && size == 0) {
-    mirolta::FreeRuntime(memory);
+    FreeRuntime(memory);
     return nullptr;
   }
-  return mirolta::ReallocateRuntime(memory, size);
+  return ReallocateRuntime(memory, size);
 }
 
 void CoTaskMemFree(LPVOID memory) {
-  mirolta::FreeRuntime(memory);
+  FreeRuntime(memory);
 }
 }

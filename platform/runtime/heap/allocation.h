@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // AllocateRuntime returns `size` bytes aligned for any type, never null for size 0.
 // Errors: null if memory is short or the failing-allocation hook says so.
@@ -31,4 +31,4 @@ void DeleteRuntime(T* object) {
   FreeRuntime(object);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

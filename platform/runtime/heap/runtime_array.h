@@ -9,7 +9,7 @@
 #include "heap/allocation.h"
 #include "seam/memory.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // RuntimeArray owns size elements that may be moved as bytes. Growth at least doubles, so appending
 // one by one takes time linear in the result. After a false the content is as it was. Memory is wiped
@@ -89,4 +89,4 @@ class RuntimeArray {
   size_t capacity_ = 0;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

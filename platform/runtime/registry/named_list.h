@@ -3,7 +3,7 @@
 
 #include "registry/registry_name.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // What a node of a NamedList has for it.
 template <typename Node>
@@ -113,4 +113,4 @@ class NamedList {
   RuntimeArray<Node*> buckets_;  // none, or a power of two
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

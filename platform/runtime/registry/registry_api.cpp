@@ -5,7 +5,7 @@
 #include "registry/registry_text.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 struct RootName {
@@ -152,9 +152,9 @@ LONG GiveName(WideView name, LPWSTR text, DWORD* length) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
 
-using namespace mirolta;
+using namespace mirolta::runtime;
 
 extern "C" LONG RegOpenKeyExW(HKEY handle, LPCWSTR path, DWORD, REGSAM access, HKEY* out) {
   if (out == nullptr) return ERROR_INVALID_PARAMETER;

@@ -1,6 +1,6 @@
 #include "registry/registry_change.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 LONG MakeKey(const RegistryChange& change, RegistryKey* root, bool* changed) {
@@ -53,4 +53,4 @@ LONG RepeatChange(const RegistryChange& change, RegistryKey* root, bool* changed
   return error == ERROR_OUTOFMEMORY ? error : ERROR_SUCCESS;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -4,7 +4,7 @@
 
 #include "registry/registry_tree.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 struct RegistryChange {
   enum class Kind : uint8_t { kMakeKey, kDeleteKey, kSetValue, kDeleteValue };
@@ -31,4 +31,4 @@ LONG MakeChange(const RegistryChange& change, RegistryKey* root, bool* changed);
 // Errors: ERROR_OUTOFMEMORY.
 LONG RepeatChange(const RegistryChange& change, RegistryKey* root, bool* changed);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

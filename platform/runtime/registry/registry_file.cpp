@@ -13,7 +13,7 @@
 #include "system/file_trust.h"
 #include "system/opened_file.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr mode_t kFileMode = 0644;
@@ -172,4 +172,4 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
   return ERROR_SUCCESS;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -7,7 +7,7 @@
 
 #include "registry/registry_tree.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // What tells one state of the file from another.
 struct FileState {
@@ -42,4 +42,4 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
 //         stands untouched.
 LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -11,7 +11,7 @@
 #include "system/file_name.h"
 #include "system/opened_file.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr mode_t kFolderMode = 0755;
@@ -94,4 +94,4 @@ void RegistryLock::AfterFork(bool in_child) {
   g_held_lock.unlock();
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -3,7 +3,7 @@
 
 #include "portable/registry.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // RegistryLock keeps other writers, threads of this process too, from changing the file. The folder
 // is made if there is none.
@@ -27,4 +27,4 @@ class RegistryLock {
   RegistryLock* next_ = nullptr;  // of those that are held
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -1,6 +1,6 @@
 #include "registry/registry_lookup.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 // An open key that closes itself.
@@ -74,4 +74,4 @@ LONG DeleteKeyTree(LPCWSTR path) {
   return error == ERROR_NO_MORE_ITEMS ? RegDeleteKeyW(HKEY_CLASSES_ROOT, path) : error;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 #include "portable/registry.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // SetText makes *text the terminated join of up to five parts; ERROR_OUTOFMEMORY if it cannot.
 LONG SetText(WideText* text, LPCWSTR a, LPCWSTR b = u"", LPCWSTR c = u"", LPCWSTR d = u"",
@@ -25,4 +25,4 @@ LONG DeleteKeyTree(LPCWSTR path);
 constexpr DWORD kKeyNameCapacity = 256;
 LONG SubkeyName(LPCWSTR path, DWORD index, WCHAR (&name)[kKeyNameCapacity]);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

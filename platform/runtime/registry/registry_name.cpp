@@ -5,7 +5,7 @@
 
 #include "texts/characters.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 // Letter case of all scripts, whatever locale the process runs in; else that of ASCII.
@@ -51,4 +51,4 @@ bool HasControls(WideView name) {
   return false;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -3,7 +3,7 @@
 
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr size_t kLongestKeyName = 255;
 constexpr size_t kLongestValueName = 16383;
@@ -21,4 +21,4 @@ bool TakeName(WideView* path, WideView* name);
 // HasControls tells whether a name has control characters, which the registry's file cannot hold.
 bool HasControls(WideView name);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -7,7 +7,7 @@
 #include "charsets/escaped_utf8.h"
 
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 // What follows, and the keys of the tree, under g_lock. Nothing here has a destructor that runs at
@@ -237,9 +237,9 @@ LONG EndBatch() {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
 
-using namespace mirolta;
+using namespace mirolta::runtime;
 
 extern "C" LONG MiroltaRegistryInMemory(BOOL in_memory) {
   WatchForksAndThreads();

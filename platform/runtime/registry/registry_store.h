@@ -8,7 +8,7 @@
 #include "registry/registry_file.h"
 #include "registry/registry_lock.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 enum class RegistryAccess : uint8_t {
   kHandles,  // the table of open keys only; there is no root()
@@ -44,4 +44,4 @@ class RegistryUse {
   RegistryLock file_lock_;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

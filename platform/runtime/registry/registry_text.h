@@ -17,7 +17,7 @@
 #include "registry/registry_tree.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 inline constexpr char kRegistryFirstLine[] = "REGEDIT4";
 
@@ -32,4 +32,4 @@ LONG ParseRegistry(const char* text, size_t size, RegistryKey* root, DWORD* bad_
 // surrogates are not (but for those that stand for the odd bytes of a file name).
 bool SurvivesFile(WideView text);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

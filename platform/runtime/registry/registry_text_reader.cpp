@@ -2,7 +2,7 @@
 #include "registry/registry_text.h"
 #include "texts/characters.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
@@ -204,4 +204,4 @@ LONG ParseRegistry(const char* text, size_t size, RegistryKey* root, DWORD* bad_
   return error;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -4,7 +4,7 @@
 #include "charsets/utf16_text.h"
 #include "registry/registry_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr size_t kWidestHexLine = 76;
@@ -127,4 +127,4 @@ bool SurvivesFile(WideView text) {
   return true;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -1,6 +1,6 @@
 #include "registry/registry_tree.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 RegistryKey::~RegistryKey() {
   while (!children_.empty()) RemoveChild(children_.first());
   while (RegistryValue* value = values_.first()) {
@@ -124,4 +124,4 @@ LONG RegistryKey::MakePath(WideView path, RegistryKey** key, bool* made) {
   return ERROR_SUCCESS;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 #include "portable/registry.h"
 #include "registry/named_list.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr unsigned kDeepestKey = 512;  // as on the platform
 
@@ -80,4 +80,4 @@ class RegistryKey {
   RuntimeArray<WCHAR> name_;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

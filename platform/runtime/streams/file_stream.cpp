@@ -9,7 +9,7 @@
 #include "streams/stream_base.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr DWORD kAccess = 0x3;
@@ -178,11 +178,12 @@ HRESULT OpenFile(const char* path, int flags, int* file) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
 
 extern "C" HRESULT SHCreateStreamOnFileEx(LPCWSTR file, DWORD mode, DWORD, BOOL create,
                                           IStream* reserved, IStream** out) {
-  using namespace mirolta;
   if (out == nullptr) return STG_E_INVALIDPOINTER;
   *out = nullptr;
   if (file == nullptr || reserved != nullptr) return STG_E_INVALIDPARAMETER;

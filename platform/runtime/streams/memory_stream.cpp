@@ -5,7 +5,7 @@
 #include "heap/runtime_array.h"
 #include "streams/stream_base.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 // The bytes that a stream and its clones share; clones may be used by different threads.
@@ -119,10 +119,11 @@ class MemoryStream final : public StreamBase {
 };
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
 
 extern "C" HRESULT CreateStreamOnHGlobal(HGLOBAL memory, BOOL, IStream** out) {
-  using namespace mirolta;
   if (out == nullptr) return E_INVALIDARG;
   *out = nullptr;
   if (memory != nullptr) return E_INVALIDARG;

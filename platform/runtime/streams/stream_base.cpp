@@ -5,7 +5,7 @@
 #include "seam/memory.h"
 #include "seam/wiped_work.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 HRESULT STDMETHODCALLTYPE StreamBase::QueryInterface(REFIID iid, void** out) {
   if (out == nullptr) return E_POINTER;
@@ -63,4 +63,4 @@ HRESULT STDMETHODCALLTYPE StreamBase::CopyTo(IStream* to, ULARGE_INTEGER count,
   return FAILED(status) ? status : S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

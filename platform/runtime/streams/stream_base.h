@@ -5,7 +5,7 @@
 #include "portable/stream.h"
 #include "portable/system.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 class StreamBase : public IStream {
  public:
@@ -42,4 +42,4 @@ class StreamBase : public IStream {
   LONG volatile references_ = 1;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

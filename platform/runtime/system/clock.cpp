@@ -4,7 +4,7 @@
 
 #include "portable/test_hooks.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 std::atomic<const MiroltaClock*> g_clock{nullptr};
@@ -13,15 +13,17 @@ std::atomic<const MiroltaClock*> g_clock{nullptr};
 std::mutex g_time_zone;
 
 }  // namespace
+}  // namespace mirolta::runtime
 
-extern "C" void MiroltaSetClock(const MiroltaClock* clock) {
+using namespace mirolta;
+using namespace mirolta::runtime;
+
+extern "C" void mirolta::MiroltaSetClock(const MiroltaClock* clock) {
   g_clock.store(clock, std::memory_order_release);
 }
 
-}  // namespace mirolta
-
 extern "C" DWORD GetTickCount() {
-  const mirolta::MiroltaClock* clock = mirolta::g_clock.load(std::memory_order_acquire);
+  const MiroltaClock* clock = g_clock.load(std::memory_order_acquire);
   if (clock != nullptr && clock->ticks != nullptr) return clock->ticks();
   timespec now = {};
   clock_gettime(CLOCK_MONOTONIC, &now);
@@ -31,7 +33,7 @@ extern "C" DWORD GetTickCount() {
 }
 
 extern "C" void GetLocalTime(SYSTEMTIME* time) {
-  const mirolta::MiroltaClock* clock = mirolta::g_clock.load(std::memory_order_acquire);
+  const MiroltaClock* clock = g_clock.load(std::memory_order_acquire);
   if (clock != nullptr && clock->local_time != nullptr) {
     clock->local_time(time);
     return;
@@ -40,7 +42,7 @@ extern "C" void GetLocalTime(SYSTEMTIME* time) {
   clock_gettime(CLOCK_REALTIME, &now);
   tm local = {};
   {
-    const std::lock_guard<std::mutex> lock(mirolta::g_time_zone);
+    const std::lock_guard<std::mutex> lock(g_time_zone);
     tzset();  // localtime_r need not look at the time zone by itself
     localtime_r(&now.tv_sec, &local);
   }

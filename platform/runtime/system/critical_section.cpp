@@ -5,7 +5,7 @@
 
 #include "portable/test_hooks.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 std::atomic<const MiroltaLockProbe*> g_probe{nullptr};
@@ -17,12 +17,14 @@ const MiroltaLockProbe* Probe() {
 }
 
 }  // namespace
+}  // namespace mirolta::runtime
 
-extern "C" void MiroltaSetLockProbe(const MiroltaLockProbe* probe) {
+using namespace mirolta;
+using namespace mirolta::runtime;
+
+extern "C" void mirolta::MiroltaSetLockProbe(const MiroltaLockProbe* probe) {
   g_probe.store(probe, std::memory_order_release);
 }
-
-}  // namespace mirolta
 
 extern "C" void InitializeCriticalSection(CRITICAL_SECTION* section) {
   pthread_mutexattr_t attributes;
@@ -38,12 +40,12 @@ extern "C" void DeleteCriticalSection(CRITICAL_SECTION* section) {
 
 extern "C" void EnterCriticalSection(CRITICAL_SECTION* section) {
   pthread_mutex_lock(&section->mutex);
-  const mirolta::MiroltaLockProbe* probe = mirolta::Probe();
+  const MiroltaLockProbe* probe = Probe();
   if (probe != nullptr && probe->entered != nullptr) probe->entered(section);
 }
 
 extern "C" void LeaveCriticalSection(CRITICAL_SECTION* section) {
-  const mirolta::MiroltaLockProbe* probe = mirolta::Probe();
+  const MiroltaLockProbe* probe = Probe();
   if (probe != nullptr && probe->leaving != nullptr) probe->leaving(section);
   pthread_mutex_unlock(&section->mutex);
 }

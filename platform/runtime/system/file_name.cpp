@@ -5,7 +5,7 @@
 #include <climits>
 #include <cstring>
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr int kMostLinks = 40;
@@ -33,4 +33,4 @@ LONG FollowLinks(const char* file, RuntimeArray<char>* target) {
   }
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

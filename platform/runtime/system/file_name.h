@@ -4,7 +4,7 @@
 #include "heap/runtime_array.h"
 #include "portable/status.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // JoinFileName appends the two texts and a terminator.
 // Errors: false if memory is short.
@@ -15,4 +15,4 @@ namespace mirolta {
 // Errors: ERROR_OUTOFMEMORY; ERROR_CANTWRITE for more than 40 links or a name that is too long.
 LONG FollowLinks(const char* file, RuntimeArray<char>* target);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -6,7 +6,7 @@
 #include <climits>
 #include <cstdlib>
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 bool HasBorrowedRights() {
   return getauxval(AT_SECURE) != 0;
@@ -36,4 +36,4 @@ HRESULT ResolveTrusted(const char* file, RuntimeArray<char>* resolved) {
   return stat("/", &facts) == 0 && IsTrusted(facts) ? S_OK : E_ACCESSDENIED;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

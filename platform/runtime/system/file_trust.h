@@ -7,7 +7,7 @@
 #include "heap/runtime_array.h"
 #include "portable/status.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // HasBorrowedRights tells whether the process has rights that its caller does not have, as a
 // set-user-id program does: nothing that the caller names is then to be trusted.
@@ -22,4 +22,4 @@ bool IsTrusted(const struct stat& facts);
 // and for what others can change; E_OUTOFMEMORY.
 HRESULT ResolveTrusted(const char* file, RuntimeArray<char>* resolved);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 LONG ErrorOfErrno(int error, LONG otherwise) {
   switch (error) {
@@ -20,4 +20,4 @@ LONG ErrorOfErrno(int error, LONG otherwise) {
   }
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 
 #include "portable/status.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // OpenedFile closes the file; a negative number is none.
 struct OpenedFile {
@@ -21,4 +21,4 @@ struct OpenedFile {
 // ErrorOfErrno returns the system error number for an errno, `otherwise` if it has none of its own.
 LONG ErrorOfErrno(int error, LONG otherwise);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -7,6 +7,7 @@
 #include "seam/memory.h"
 #include "texts/wide_text.h"
 
+namespace mirolta::runtime {
 namespace {
 
 constexpr size_t kHeaderBytes = 8;  // keeps the text aligned like the block
@@ -32,7 +33,7 @@ BSTR Finish(void* memory, UINT byte_length) {
 BSTR Make(const void* from, UINT byte_length) {
   if (byte_length > kMaxBytes) return nullptr;
   BSTR text =
-      Finish(mirolta::AllocateRuntime(kHeaderBytes + byte_length + kTerminatorBytes), byte_length);
+      Finish(AllocateRuntime(kHeaderBytes + byte_length + kTerminatorBytes), byte_length);
   if (text == nullptr) return nullptr;
   if (from == nullptr) {
     memset(text, 0, byte_length);
@@ -47,11 +48,15 @@ bool FitsInBytes(UINT length) {
 }
 
 }  // namespace
+}  // namespace mirolta::runtime
+
+using namespace mirolta;
+using namespace mirolta::runtime;
 
 extern "C" {
 
 BSTR SysAllocString(const OLECHAR* text) {
-  return text == nullptr ? nullptr : SysAllocStringLen(text, static_cast<UINT>(mirolta::WideLength(text)));
+  return text == nullptr ? nullptr : SysAllocStringLen(text, static_cast<UINT>(WideLength(text)));
 }
 
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
@@ -88,8 +93,8 @@ INT SysReAllocStringLen(BSTR* text, const OLECHAR* from, UINT length) {
 // Texts that the runtime itself made on the way to another type are freed here too.
 void SysFreeString(BSTR text) {
   if (text == nullptr) return;
-  if (mirolta::WipesOnFree()) mirolta::WipeMemory(text, SysStringByteLen(text));
-  mirolta::FreeRuntime(BlockOf(text));
+  if (WipesOnFree()) WipeMemory(text, SysStringByteLen(text));
+  FreeRuntime(BlockOf(text));
 }
 
 UINT SysStringByteLen(BSTR text) {

@@ -3,7 +3,7 @@
 
 #include "portable/base_types.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // LowerAscii returns the lower case of an ASCII letter, any other character as it is.
 constexpr WCHAR LowerAscii(WCHAR c) {
@@ -33,4 +33,4 @@ constexpr bool IsSpaceCharacter(WCHAR c) {
          c == 0x3000;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

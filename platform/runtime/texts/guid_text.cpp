@@ -2,7 +2,7 @@
 
 #include "texts/characters.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr WCHAR kDigits[] = u"0123456789ABCDEF";
@@ -48,10 +48,11 @@ bool ParseGuid(LPCOLESTR text, GUID* id) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
 
 extern "C" INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity) {
-  using namespace mirolta;
   if (text == nullptr || capacity < kGuidTextLength + 1) return 0;
   BYTE bytes[16];
   BytesInTextOrder(id, bytes);
@@ -72,7 +73,7 @@ extern "C" INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity) {
 
 extern "C" HRESULT StringFromCLSID(REFCLSID id, LPOLESTR* text) {
   if (text == nullptr) return E_INVALIDARG;
-  constexpr INT kCapacity = mirolta::kGuidTextLength + 1;
+  constexpr INT kCapacity = kGuidTextLength + 1;
   *text = static_cast<LPOLESTR>(CoTaskMemAlloc(kCapacity * sizeof(OLECHAR)));
   if (*text == nullptr) return E_OUTOFMEMORY;
   StringFromGUID2(id, *text, kCapacity);
@@ -83,5 +84,5 @@ extern "C" HRESULT CLSIDFromString(LPCOLESTR text, CLSID* id) {
   if (id == nullptr) return E_INVALIDARG;
   *id = CLSID_NULL;
   if (text == nullptr) return S_OK;  // the platform reads no text as the null identifier
-  return mirolta::ParseGuid(text, id) ? S_OK : CO_E_CLASSSTRING;
+  return ParseGuid(text, id) ? S_OK : CO_E_CLASSSTRING;
 }

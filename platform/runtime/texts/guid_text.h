@@ -3,7 +3,7 @@
 
 #include "portable/system.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr INT kGuidTextLength = 38;
 
@@ -13,4 +13,4 @@ struct GuidText {
   WCHAR text[kGuidTextLength + 1];
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -2,7 +2,7 @@
 
 #include "texts/characters.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 bool EqualsIgnoringAsciiCase(WideView a, WideView b) {
   if (a.size() != b.size()) return false;
@@ -12,4 +12,4 @@ bool EqualsIgnoringAsciiCase(WideView a, WideView b) {
   return true;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

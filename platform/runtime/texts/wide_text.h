@@ -6,7 +6,7 @@
 #include "heap/runtime_array.h"
 #include "portable/base_types.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 using WideText = RuntimeArray<WCHAR>;
 using WideView = std::u16string_view;
@@ -23,4 +23,4 @@ inline size_t WideLength(LPCWSTR text) {
 // EqualsIgnoringAsciiCase compares two texts; letters other than ASCII's have no case.
 bool EqualsIgnoringAsciiCase(WideView a, WideView b);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

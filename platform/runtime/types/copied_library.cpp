@@ -8,7 +8,7 @@
 #include "portable/system.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 namespace {
 
@@ -132,4 +132,4 @@ void ReleaseReference(CopiedLibrary* library) {
   if (InterlockedDecrement(&library->references) == 0) FreeRuntime(library);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 
 #include "portable/type_tables.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // One block of memory holds the copy and all its texts.
 struct CopiedLibrary {
@@ -24,4 +24,4 @@ inline UINT TypeCount(const CopiedLibrary& library) {
   return library.table.interface_count + library.table.class_count;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -1,6 +1,6 @@
 #include "types/documentation.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 HRESULT CopyDocumentation(const OLECHAR* name_text, const OLECHAR* help_text, BSTR* name,
                           BSTR* help, DWORD* help_context, BSTR* help_file) {
@@ -24,4 +24,4 @@ HRESULT CopyDocumentation(const OLECHAR* name_text, const OLECHAR* help_text, BS
   return S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

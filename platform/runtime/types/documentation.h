@@ -3,7 +3,7 @@
 
 #include "portable/variant.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // CopyDocumentation sets the outputs of GetDocumentation of a type, member or library that has these
 // texts. A null text is returned as null, and so is every help file.
@@ -12,4 +12,4 @@ namespace mirolta {
 HRESULT CopyDocumentation(const OLECHAR* name_text, const OLECHAR* help_text, BSTR* name,
                           BSTR* help, DWORD* help_context, BSTR* help_file);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

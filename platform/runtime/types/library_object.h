@@ -5,7 +5,7 @@
 #include "portable/system.h"
 #include "types/type_objects.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // LibraryObject is the IUnknown of an object with one interface over a copied library: it owns a
 // reference to the library. Derived classes add nothing that would have to be destroyed.
@@ -41,4 +41,4 @@ class LibraryObject : public Interface {
   LONG volatile references_ = 1;
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 #include "types/library_object.h"
 #include "types/type_info_invoke.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 namespace {
 
@@ -291,4 +291,4 @@ HRESULT MakeTypeInfo(CopiedLibrary* library, UINT index, ITypeInfo** out) {
   return S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

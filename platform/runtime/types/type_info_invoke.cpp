@@ -2,7 +2,7 @@
 
 #include "errors/error_slot.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 namespace {
 
@@ -222,4 +222,4 @@ HRESULT InvokeMember(const InterfaceTable& table, void* instance, DISPID id, WOR
   return S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

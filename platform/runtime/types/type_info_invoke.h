@@ -3,7 +3,7 @@
 
 #include "portable/type_tables.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // InvokeMember finds the member by id and kind, converts the arguments to the declared types, fills in
 // defaults, calls the member and returns its result.
@@ -14,4 +14,4 @@ namespace mirolta {
 HRESULT InvokeMember(const InterfaceTable& table, void* instance, DISPID id, WORD flags,
                      DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception, UINT* bad_argument);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 #include "types/documentation.h"
 #include "types/library_object.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 namespace {
 
@@ -135,24 +135,27 @@ HRESULT MakeTypeLib(CopiedLibrary* library, ITypeLib** out) {
   return E_OUTOFMEMORY;
 }
 
-extern "C" HRESULT MiroltaTypeLibFromTable(const TypeLibraryTable* table, ITypeLib** out) {
+}  // namespace mirolta::runtime
+
+using namespace mirolta;
+using namespace mirolta::runtime;
+
+extern "C" HRESULT mirolta::MiroltaTypeLibFromTable(const TypeLibraryTable* table, ITypeLib** out) {
   if (table == nullptr || out == nullptr) return E_INVALIDARG;
   *out = nullptr;
   CopiedLibrary* copy = CopyTypeLibrary(*table);
   return copy == nullptr ? E_OUTOFMEMORY : MakeTypeLib(copy, out);
 }
 
-}  // namespace mirolta
-
 extern "C" HRESULT LoadTypeLib(const OLECHAR* file, ITypeLib** out) {
   if (file == nullptr || out == nullptr) return E_INVALIDARG;
   *out = nullptr;
   const HMODULE module = LoadLibraryW(file);
   if (module == nullptr) return TYPE_E_CANTLOADLIBRARY;
-  const mirolta::ModuleResources* resources = mirolta::MiroltaModuleResources(module);
+  const ModuleResources* resources = MiroltaModuleResources(module);
   const HRESULT status = resources == nullptr || resources->type_library == nullptr
                              ? TYPE_E_CANTLOADLIBRARY
-                             : mirolta::MiroltaTypeLibFromTable(resources->type_library, out);
+                             : MiroltaTypeLibFromTable(resources->type_library, out);
   FreeLibrary(module);
   return status;
 }

@@ -6,7 +6,7 @@
 #include "texts/guid_text.h"
 #include "texts/wide_text.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 // A library's files by system, below version and locale.
@@ -250,9 +250,9 @@ LONG FindVersion(LPCWSTR base, WORD major, WORD minor, WORD* best) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::runtime
 
-using namespace mirolta;
+using namespace mirolta::runtime;
 
 extern "C" HRESULT RegisterTypeLib(ITypeLib* library, OLECHAR* file, OLECHAR* help_directory) {
   if (library == nullptr || file == nullptr) return E_INVALIDARG;

@@ -3,7 +3,7 @@
 
 #include "types/copied_library.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // MakeTypeInfo returns the type information of type `index` (< TypeCount), or of the root dispatch
 // interface for kDispatchType. The object holds a reference to the library.
@@ -15,4 +15,4 @@ HRESULT MakeTypeInfo(CopiedLibrary* library, UINT index, ITypeInfo** out);
 // Errors: E_OUTOFMEMORY; *out is then null and the reference released.
 HRESULT MakeTypeLib(CopiedLibrary* library, ITypeLib** out);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

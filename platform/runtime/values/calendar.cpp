@@ -1,6 +1,6 @@
 #include "values/calendar.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr int32_t kDaysIn400Years = 146097;
@@ -47,4 +47,4 @@ CalendarDay DayOfNumber(int32_t number) {
   return day;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 struct CalendarDay {
   int year;
@@ -17,4 +17,4 @@ bool IsCalendarDay(const CalendarDay& day);
 int32_t DayNumber(const CalendarDay& day);
 CalendarDay DayOfNumber(int32_t number);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

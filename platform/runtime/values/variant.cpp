@@ -4,6 +4,7 @@
 #include "portable/dispatch.h"
 #include "values/variant_rules.h"
 
+namespace mirolta::runtime {
 namespace {
 
 // OwnCopy turns the shallow view *value into a value of its own.
@@ -16,7 +17,7 @@ HRESULT OwnCopy(VARIANT* value) {
     value->parray = nullptr;
     if (from != nullptr) status = SafeArrayCopy(from, &value->parray);
   } else if (value->vt == VT_BSTR) {
-    status = mirolta::CopyValueText(value->bstrVal, &value->bstrVal);
+    status = CopyValueText(value->bstrVal, &value->bstrVal);
   } else if (value->vt == VT_DISPATCH) {
     if (value->pdispVal != nullptr) value->pdispVal->AddRef();
   } else if (value->vt == VT_UNKNOWN) {
@@ -27,6 +28,9 @@ HRESULT OwnCopy(VARIANT* value) {
 }
 
 }  // namespace
+}  // namespace mirolta::runtime
+
+using namespace mirolta::runtime;
 
 extern "C" {
 
@@ -36,7 +40,7 @@ void VariantInit(VARIANT* value) {
 }
 
 HRESULT VariantClear(VARIANT* value) {
-  const HRESULT valid = mirolta::CheckType(value->vt);
+  const HRESULT valid = CheckType(value->vt);
   if (FAILED(valid)) return valid;
   if ((value->vt & VT_BYREF) == 0) {
     if ((value->vt & VT_ARRAY) != 0) {
@@ -57,7 +61,7 @@ HRESULT VariantClear(VARIANT* value) {
 }
 
 HRESULT VariantCopy(VARIANT* to, const VARIANT* from) {
-  const HRESULT valid = mirolta::CheckType(from->vt);
+  const HRESULT valid = CheckType(from->vt);
   if (FAILED(valid)) return valid;
   if (to == from) return S_OK;
   const HRESULT cleared = VariantClear(to);
@@ -69,8 +73,8 @@ HRESULT VariantCopy(VARIANT* to, const VARIANT* from) {
 HRESULT VariantCopyInd(VARIANT* to, const VARIANT* from) {
   if ((from->vt & VT_BYREF) == 0) return VariantCopy(to, from);
   VARIANT made;
-  HRESULT status = mirolta::ViewReference(from, &made);
-  if (SUCCEEDED(status)) status = mirolta::CheckType(made.vt);
+  HRESULT status = ViewReference(from, &made);
+  if (SUCCEEDED(status)) status = CheckType(made.vt);
   if (SUCCEEDED(status)) status = OwnCopy(&made);
   if (FAILED(status)) return status;
   // The reference itself may be what is overwritten, and its target may be *to.

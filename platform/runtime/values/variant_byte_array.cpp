@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 HRESULT TextOfByteArray(SAFEARRAY* bytes, BSTR* text) {
   *text = nullptr;
@@ -20,4 +20,4 @@ HRESULT ByteArrayOfText(BSTR text, SAFEARRAY** bytes) {
   return S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

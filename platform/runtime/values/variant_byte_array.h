@@ -3,7 +3,7 @@
 
 #include "portable/variant.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // Errors: E_INVALIDARG for no array or more than one dimension, E_OUTOFMEMORY.
 HRESULT TextOfByteArray(SAFEARRAY* bytes, BSTR* text);
@@ -11,4 +11,4 @@ HRESULT TextOfByteArray(SAFEARRAY* bytes, BSTR* text);
 // ByteArrayOfText makes an array that starts at 0. Errors: E_OUTOFMEMORY.
 HRESULT ByteArrayOfText(BSTR text, SAFEARRAY** bytes);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -8,9 +8,8 @@
 #include "values/variant_numbers.h"
 #include "values/variant_rules.h"
 
+namespace mirolta::runtime {
 namespace {
-
-using mirolta::Number;
 
 constexpr VARTYPE kByteArray = VT_ARRAY | VT_UI1;
 constexpr USHORT kBooleanWords = VARIANT_ALPHABOOL | VARIANT_LOCALBOOL;
@@ -27,12 +26,12 @@ HRESULT MakeText(BSTR text, VARIANT* made) {
 HRESULT TextOfNumber(const VARIANT& from, USHORT flags, VARIANT* made) {
   switch (from.vt) {
     case VT_R4:
-      return MakeText(mirolta::TextOfReal(double{from.fltVal}, mirolta::kSingleDigits), made);
+      return MakeText(TextOfReal(double{from.fltVal}, kSingleDigits), made);
     case VT_R8:
-      return MakeText(mirolta::TextOfReal(from.dblVal, mirolta::kDoubleDigits), made);
+      return MakeText(TextOfReal(from.dblVal, kDoubleDigits), made);
     case VT_DATE: {
       BSTR text = nullptr;
-      const HRESULT status = mirolta::TextOfDate(from.date, &text);
+      const HRESULT status = TextOfDate(from.date, &text);
       return FAILED(status) ? status : MakeText(text, made);
     }
     case VT_BOOL:
@@ -41,7 +40,7 @@ HRESULT TextOfNumber(const VARIANT& from, USHORT flags, VARIANT* made) {
       }
       [[fallthrough]];
     default:
-      return MakeText(mirolta::TextOfDigits(mirolta::ReadNumber(from, VT_BSTR).digits), made);
+      return MakeText(TextOfDigits(ReadNumber(from, VT_BSTR).digits), made);
   }
 }
 
@@ -49,12 +48,12 @@ HRESULT TextOfNumber(const VARIANT& from, USHORT flags, VARIANT* made) {
 
 HRESULT BooleanOfText(BSTR text, VARIANT* made) {
   made->vt = VT_BOOL;
-  const mirolta::WideView word(text, SysStringLen(text));
-  if (mirolta::EqualsIgnoringAsciiCase(word, OLESTR("true")) || word == OLESTR("#TRUE#")) {
+  const WideView word(text, SysStringLen(text));
+  if (EqualsIgnoringAsciiCase(word, OLESTR("true")) || word == OLESTR("#TRUE#")) {
     made->boolVal = VARIANT_TRUE;
     return S_OK;
   }
-  if (mirolta::EqualsIgnoringAsciiCase(word, OLESTR("false")) || word == OLESTR("#FALSE#")) {
+  if (EqualsIgnoringAsciiCase(word, OLESTR("false")) || word == OLESTR("#FALSE#")) {
     made->boolVal = VARIANT_FALSE;
     return S_OK;
   }
@@ -69,16 +68,16 @@ HRESULT StoreBits(ULONGLONG bits, VARTYPE type, VARIANT* made) {
     if (bits > 0xFFFFFFFFu) return DISP_E_OVERFLOW;
     const LONGLONG value = static_cast<LONG>(static_cast<ULONG>(bits));
     number.digits =
-        mirolta::DigitsOfInteger(value < 0, static_cast<ULONGLONG>(value < 0 ? -value : value));
+        DigitsOfInteger(value < 0, static_cast<ULONGLONG>(value < 0 ? -value : value));
   } else if (type == VT_DECIMAL) {
-    number.digits = mirolta::DigitsOfInteger(false, bits);
+    number.digits = DigitsOfInteger(false, bits);
   } else {
-    const ULONG size = mirolta::ElementSize(type);
+    const ULONG size = ElementSize(type);
     if (size < sizeof bits && (bits >> (8 * size)) != 0) return DISP_E_OVERFLOW;
     number.kind = Number::Kind::kBits;
     number.bits = bits;
   }
-  return mirolta::StoreNumber(number, type, made);
+  return StoreNumber(number, type, made);
 }
 
 HRESULT NumberOfText(BSTR text, VARTYPE type, VARIANT* made) {
@@ -86,10 +85,10 @@ HRESULT NumberOfText(BSTR text, VARTYPE type, VARIANT* made) {
   if (type == VT_BOOL && SUCCEEDED(BooleanOfText(text, made))) return S_OK;
   if (type == VT_DATE) {
     made->vt = VT_DATE;
-    return mirolta::ParseDateText(text, SysStringLen(text), &made->date);
+    return ParseDateText(text, SysStringLen(text), &made->date);
   }
-  mirolta::NumberText number;
-  const HRESULT status = mirolta::ParseNumberText(text, SysStringLen(text), &number);
+  NumberText number;
+  const HRESULT status = ParseNumberText(text, SysStringLen(text), &number);
   if (FAILED(status)) return status;
   if (number.is_bits) return StoreBits(number.bits, type, made);
   Number exact;
@@ -97,9 +96,9 @@ HRESULT NumberOfText(BSTR text, VARTYPE type, VARIANT* made) {
   if (type == VT_BOOL) {
     // Truth is asked of the real number: what is too large for one has none.
     exact.kind = Number::Kind::kReal;
-    if (!mirolta::DigitsToReal(number.digits, &exact.real)) return DISP_E_OVERFLOW;
+    if (!DigitsToReal(number.digits, &exact.real)) return DISP_E_OVERFLOW;
   }
-  return mirolta::StoreNumber(exact, type, made);
+  return StoreNumber(exact, type, made);
 }
 
 // Objects.
@@ -150,7 +149,7 @@ HRESULT ChangeEmpty(VARTYPE type, VARIANT* made) {
     made->vt = VT_NULL;
     return S_OK;
   }
-  if (!mirolta::IsNumeric(type)) return DISP_E_TYPEMISMATCH;
+  if (!IsNumeric(type)) return DISP_E_TYPEMISMATCH;
   made->vt = type;
   return S_OK;
 }
@@ -165,11 +164,11 @@ bool IsCheckedDate(VARTYPE from) {
 HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VARIANT* made) {
   if (from.vt == kByteArray && type == VT_BSTR) {
     made->vt = VT_BSTR;
-    return mirolta::TextOfByteArray(from.parray, &made->bstrVal);
+    return TextOfByteArray(from.parray, &made->bstrVal);
   }
   if (from.vt == VT_BSTR && type == kByteArray) {
     made->vt = kByteArray;
-    return mirolta::ByteArrayOfText(from.bstrVal, &made->parray);
+    return ByteArrayOfText(from.bstrVal, &made->parray);
   }
   if (((from.vt | type) & (VT_ARRAY | VT_BYREF)) != 0) return DISP_E_TYPEMISMATCH;
   switch (from.vt) {
@@ -193,7 +192,7 @@ HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VAR
     made->vt = type;
     return S_OK;
   }
-  const bool to_value = type == VT_BSTR || mirolta::IsNumeric(type);
+  const bool to_value = type == VT_BSTR || IsNumeric(type);
   if (!to_value) return DISP_E_TYPEMISMATCH;
   if (from.vt == VT_DISPATCH) {
     VARIANT value;
@@ -214,29 +213,29 @@ HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VAR
     return status;
   }
   if (from.vt == VT_BSTR) return NumberOfText(from.bstrVal, type, made);
-  if (!mirolta::IsNumeric(from.vt)) return DISP_E_TYPEMISMATCH;
+  if (!IsNumeric(from.vt)) return DISP_E_TYPEMISMATCH;
   if (type == VT_BSTR) return TextOfNumber(from, flags, made);
   if (from.vt == VT_CY && type == VT_DECIMAL) {
-    made->decVal = mirolta::DecimalOfCurrency(from.cyVal);
+    made->decVal = DecimalOfCurrency(from.cyVal);
     made->vt = VT_DECIMAL;
     return S_OK;
   }
-  const HRESULT status = mirolta::StoreNumber(mirolta::ReadNumber(from, type), type, made);
+  const HRESULT status = StoreNumber(ReadNumber(from, type), type, made);
   if (FAILED(status)) return status;
-  if (type == VT_DATE && IsCheckedDate(from.vt) && !mirolta::IsDateInRange(made->date)) {
+  if (type == VT_DATE && IsCheckedDate(from.vt) && !IsDateInRange(made->date)) {
     return DISP_E_OVERFLOW;
   }
   return S_OK;
 }
 
 HRESULT ChangeInto(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags, VARTYPE type) {
-  HRESULT status = mirolta::CheckType(from->vt);
-  if (SUCCEEDED(status)) status = mirolta::CheckType(type);
+  HRESULT status = CheckType(from->vt);
+  if (SUCCEEDED(status)) status = CheckType(type);
   if (FAILED(status)) return status;
   VARIANT view = *from;
   if ((from->vt & VT_BYREF) != 0) {
-    status = mirolta::ViewReference(from, &view);
-    if (SUCCEEDED(status)) status = mirolta::CheckType(view.vt);
+    status = ViewReference(from, &view);
+    if (SUCCEEDED(status)) status = CheckType(view.vt);
     if (FAILED(status)) return status;
   }
   VARIANT made;
@@ -258,6 +257,10 @@ HRESULT ChangeInto(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags, 
 }
 
 }  // namespace
+}  // namespace mirolta::runtime
+
+using namespace mirolta;
+using namespace mirolta::runtime;
 
 extern "C" {
 
@@ -269,7 +272,7 @@ HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHOR
                             VARTYPE type) {
   if (to == nullptr || from == nullptr) return E_INVALIDARG;
   auto change = [&] { return ChangeInto(to, from, locale, flags, type); };
-  return mirolta::RunWiped(change, mirolta::StackUse::kMedium);
+  return RunWiped(change, StackUse::kMedium);
 }
 
 HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, USHORT flags, VARTYPE type) {

@@ -4,7 +4,7 @@
 
 #include "values/calendar.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr int32_t kSecondsADay = 86400;
@@ -74,4 +74,4 @@ HRESULT TextOfDate(double date, BSTR* text) {
   return *text == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

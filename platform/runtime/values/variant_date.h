@@ -4,7 +4,7 @@
 
 #include "portable/variant.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr double kLeastDate = -657434;  // 1 January 100
 constexpr double kDateLimit = 2958466;  // 1 January 10000, the first day out of range
@@ -20,4 +20,4 @@ HRESULT TextOfDate(double date, BSTR* text);
 // of day, month and year in the source. Errors: DISP_E_TYPEMISMATCH.
 HRESULT ParseDateText(const OLECHAR* text, UINT length, double* date);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

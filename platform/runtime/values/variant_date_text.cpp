@@ -9,7 +9,7 @@
 #include "values/calendar.h"
 #include "values/variant_date.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr int kNone = -1;
@@ -236,4 +236,4 @@ HRESULT ParseDateText(const OLECHAR* text, UINT length, double* date) {
   return DateReader(text, length).Read(date) ? S_OK : DISP_E_TYPEMISMATCH;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

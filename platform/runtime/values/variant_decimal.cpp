@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 constexpr int kMaxScale = 28;
@@ -259,4 +259,4 @@ UINT DigitsToText(const Digits& number, OLECHAR* text) {
   return length;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

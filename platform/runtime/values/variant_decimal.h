@@ -4,7 +4,7 @@
 
 #include "portable/variant.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // The value is digits * 10^exponent, read as an integer; no digits are zero. No leading zeros.
 struct Digits {
@@ -47,4 +47,4 @@ void RoundDigits(Digits* number, int keep, Halves halves = Halves::kToEven);
 constexpr int kPlainTextCapacity = 64;
 UINT DigitsToText(const Digits& number, OLECHAR* text);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

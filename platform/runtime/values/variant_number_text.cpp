@@ -5,7 +5,7 @@
 
 #include "texts/characters.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 int DigitValue(OLECHAR c, int base) {
@@ -184,4 +184,4 @@ BSTR TextOfReal(double value, int significant) {
   return SysAllocStringLen(text, length);
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

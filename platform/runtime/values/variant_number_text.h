@@ -3,7 +3,7 @@
 
 #include "values/variant_decimal.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 struct NumberText {
   Digits digits;
@@ -22,4 +22,4 @@ BSTR TextOfDigits(const Digits& number);
 // writes plain text, or "1E+15" where that would need more digits or four zeros after the point.
 BSTR TextOfReal(double value, int significant);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -5,7 +5,7 @@
 
 #include "values/variant_date.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 struct IntegerType {
@@ -274,4 +274,4 @@ HRESULT StoreNumber(const Number& number, VARTYPE type, VARIANT* to) {
   }
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

@@ -3,7 +3,7 @@
 
 #include "values/variant_decimal.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 // A number of one of three kinds.
 struct Number {
@@ -33,4 +33,4 @@ Number ReadNumber(const VARIANT& from, VARTYPE type);
 // Errors: DISP_E_OVERFLOW if the type cannot hold the number.
 HRESULT StoreNumber(const Number& number, VARTYPE type, VARIANT* to);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

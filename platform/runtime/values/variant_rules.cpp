@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace mirolta {
+namespace mirolta::runtime {
 namespace {
 
 bool IsAutomationType(VARTYPE base) {
@@ -98,4 +98,4 @@ HRESULT ViewReference(const VARIANT* from, VARIANT* to) {
   return S_OK;
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime

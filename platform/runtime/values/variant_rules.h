@@ -3,7 +3,7 @@
 
 #include "portable/variant.h"
 
-namespace mirolta {
+namespace mirolta::runtime {
 
 constexpr VARTYPE BaseType(VARTYPE type) {
   return static_cast<VARTYPE>(type & VT_TYPEMASK);
@@ -32,4 +32,4 @@ void* ValueAddress(VARIANT* value);
 // VARIANT that itself refers to a VARIANT.
 HRESULT ViewReference(const VARIANT* from, VARIANT* to);
 
-}  // namespace mirolta
+}  // namespace mirolta::runtime
