@@ -68,10 +68,6 @@ class RuntimeArray {
   void Shorten(size_t size) {
     if (size < size_) size_ = size;
   }
-  void RemoveAt(size_t index) {
-    std::memmove(data_ + index, data_ + index + 1, (size_ - index - 1) * sizeof(T));
-    --size_;
-  }
   void Swap(RuntimeArray& other) noexcept {
     std::swap(data_, other.data_);
     std::swap(size_, other.size_);
