@@ -1,5 +1,5 @@
-// platform.h: the one header through which all other code reaches the system, with the few
-// operations that no system header offers.
+// The one header through which all other code reaches the system, with the few operations that no
+// system header has.
 #pragma once
 
 #include "system_headers.h"

@@ -1,5 +1,5 @@
-// The system's headers: its own on Windows, the portable declarations with the same names, layouts
-// and slot orders elsewhere.
+// The system's headers: its own on Windows; elsewhere portable declarations with the same names,
+// layouts and slot order.
 #pragma once
 
 #ifdef _WIN32

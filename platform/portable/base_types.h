@@ -1,10 +1,10 @@
-// Scalar types of the platform, at the widths they have there.
+// Scalar types of the platform, with its widths.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-// What the runtime's shared library offers to module and host.
+// Exports a function from the runtime's shared library.
 #define MIROLTA_RUNTIME __attribute__((visibility("default")))
 
 #define STDMETHODCALLTYPE

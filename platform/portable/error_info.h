@@ -33,6 +33,6 @@ struct ISupportErrorInfo : IUnknown {
 extern "C" {
 MIROLTA_RUNTIME HRESULT CreateErrorInfo(ICreateErrorInfo** out);
 MIROLTA_RUNTIME HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info);
-// GetErrorInfo hands out the thread's error object and empties the slot; S_FALSE if there is none.
+// GetErrorInfo returns the thread's error object and empties the slot; S_FALSE if there is none.
 MIROLTA_RUNTIME HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** out);
 }

@@ -51,8 +51,8 @@ struct Slot<Interface*> {
   static void Put(VARIANT& v, Interface* value) { v.pdispVal = value; }
 };
 
-// A parameter is the result's place if it points to something that travels in a VARIANT: LONG* and
-// BSTR* do, BSTR (a pointer to characters) and IUnknown* do not.
+// A parameter is the result's place if it points to a type that has a Slot: LONG* and BSTR* do;
+// BSTR (a pointer to characters) and IUnknown* do not.
 template <typename T>
 constexpr bool kIsResult = std::is_pointer_v<T>&& Slot<std::remove_pointer_t<T>>::kKnown;
 
@@ -113,7 +113,7 @@ struct Thunk<kMethodPointer> {
 
 }  // namespace interface_table_detail
 
-// Not constant, so that a call of it in a constant expression stops the compiler.
+// Not constexpr: calling it in a constant expression is a compile error.
 inline void RowDiffersFromMethod() {}
 
 // Row writes one member of a table. It does not compile if the method's parameters differ from the

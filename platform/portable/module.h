@@ -29,10 +29,10 @@ MIROLTA_RUNTIME HMODULE LoadLibraryW(LPCWSTR file);
 MIROLTA_RUNTIME FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 MIROLTA_RUNTIME BOOL FreeLibrary(HMODULE module);
 
-// Class objects. A class is found through the registry's InprocServer32 entry; its module stays
-// loaded while the runtime is in it and until a clean-up finds that its DllCanUnloadNow agrees.
+// Class objects. A class is found through the registry's InprocServer32 entry. Its module stays
+// loaded while the runtime calls it and until a clean-up finds that its DllCanUnloadNow agrees.
 MIROLTA_RUNTIME HRESULT CoInitializeEx(LPVOID reserved, DWORD model);
-// The last one unloads idle modules, at once those that only initialized threads have used.
+// The last call unloads idle modules; those that only initialized threads have used, at once.
 MIROLTA_RUNTIME void CoUninitialize();
 MIROLTA_RUNTIME HRESULT CoGetClassObject(REFCLSID id, DWORD context, LPVOID reserved, REFIID iid,
                                          LPVOID* out);
@@ -40,10 +40,10 @@ MIROLTA_RUNTIME HRESULT CoCreateInstance(REFCLSID id, IUnknown* outer, DWORD con
                                          LPVOID* out);
 MIROLTA_RUNTIME HRESULT CLSIDFromProgID(LPCOLESTR prog_id, CLSID* id);
 MIROLTA_RUNTIME HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* prog_id);
-// Unloads modules that have been idle for `delay` milliseconds, counted from the first clean-up
-// that found them so; any use begins that anew. A thread may still be at the end of its last
-// Release when a module first looks idle: 0 is for callers who know that no thread is. INFINITE is
-// the usual delay, ten minutes. While one thread cleans up, the same call by another does nothing.
+// Unloads modules that have been idle for `delay` milliseconds since the first clean-up that found
+// them so; any use restarts the delay. A thread may still be at the end of its last Release when a
+// module first looks idle: 0 is for callers who know that none is. INFINITE is the default delay,
+// ten minutes. While one thread cleans up, calls by others do nothing.
 MIROLTA_RUNTIME void CoFreeUnusedLibrariesEx(DWORD delay, DWORD reserved);
-MIROLTA_RUNTIME void CoFreeUnusedLibraries();  // the usual delay
+MIROLTA_RUNTIME void CoFreeUnusedLibraries();  // the default delay
 }

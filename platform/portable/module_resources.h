@@ -1,5 +1,5 @@
-// What a module carries besides code: strings, raw data by type and number, and its type library.
-// On Windows these are resources of the file; a module of this runtime attaches a table of them.
+// A module's resources: strings, raw data by type and number, and its type library. On Windows they
+// are resources of the file; a module of this runtime attaches a table of them.
 #pragma once
 
 #include "portable/type_tables.h"
@@ -27,12 +27,13 @@ struct ModuleResources {
 };
 
 extern "C" {
-// MiroltaAttachModule makes a module's resources known and returns its handle; called when the
-// module is loaded. `resources` stays valid until MiroltaDetachModule. Null if memory is short.
-// The module's file is found from the address of its resources.
+// MiroltaAttachModule registers a module's resources and returns its handle; called when the module
+// is loaded. `resources` stays valid until MiroltaDetachModule. The module's file is found from the
+// address of its resources.
+// Errors: null if memory is short.
 MIROLTA_RUNTIME HINSTANCE MiroltaAttachModule(const ModuleResources* resources);
 MIROLTA_RUNTIME void MiroltaDetachModule(HINSTANCE module);
-// MiroltaModuleResources returns what a handle was attached with; null for an unknown handle.
+// MiroltaModuleResources returns what was attached; null for an unknown handle.
 MIROLTA_RUNTIME const ModuleResources* MiroltaModuleResources(HINSTANCE module);
 // MiroltaTypeLibFromTable makes a type library that keeps a copy of the table's texts.
 MIROLTA_RUNTIME HRESULT MiroltaTypeLibFromTable(const TypeLibraryTable* table, ITypeLib** out);

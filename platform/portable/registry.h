@@ -1,5 +1,5 @@
-// The registry: keys with a default value and named values. It lives in a text file (see
-// registry_file.h in the runtime) or, for one process, in memory.
+// The registry: keys with a default value and named values, in a text file (registry_file.h of the
+// runtime) or, for one process, in memory.
 #pragma once
 
 #include "portable/status.h"

@@ -1,25 +1,25 @@
-// How this process uses the registry, beyond what the platform offers.
+// How this process uses the registry: operations that the platform does not have.
 #pragma once
 
 #include "portable/registry.h"
 
 extern "C" {
-// With TRUE the registry lives in memory from now on: it starts as the file is, empty if there is
-// none or it cannot be read, and nothing is written. FALSE goes back to the file and forgets.
-// Errors: ERROR_OUTOFMEMORY, with nothing changed.
+// TRUE makes the registry a copy in memory, initially the file's content, or empty if the file is
+// missing or cannot be read; nothing is written from then on. FALSE discards the copy and returns
+// to the file.
+// Errors: ERROR_OUTOFMEMORY; nothing is changed then.
 MIROLTA_RUNTIME LONG MiroltaRegistryInMemory(BOOL in_memory);
 
-// Between TRUE and FALSE (they nest) the changes that this thread makes are collected: it sees
-// them, nobody else does. Nothing is locked meanwhile. The last FALSE makes them all again on what
-// the registry is by then, writes the result at once, whole or not at all, and returns whether that
-// went well; where others have changed the same, the batch has the last word. A thread that ends
-// within a batch gives it up.
+// A batch: the changes that this thread makes between TRUE and FALSE, which nest, are collected.
+// The thread sees them, others do not, and nothing is locked meanwhile. The last FALSE repeats them
+// on the registry's current content and writes the result once, whole or not at all. Where others
+// have changed the same, the batch prevails. A batch is discarded when its thread ends.
 // Errors: those of reading and writing the file; ERROR_INVALID_PARAMETER for FALSE without TRUE on
 //         this thread.
 MIROLTA_RUNTIME LONG MiroltaRegistryBatch(BOOL begin);
 
-// For messages: the file's name, its length returned (0 if there is none or it does not fit), and
-// the line at which the file was last found malformed (ERROR_BADDB), 0 if it was not.
+// For messages: the file's name, whose length is returned (0 if there is none or it does not fit),
+// and the line at which the file was last malformed (ERROR_BADDB), else 0.
 MIROLTA_RUNTIME DWORD MiroltaRegistryFile(LPWSTR file, DWORD capacity);
 MIROLTA_RUNTIME DWORD MiroltaRegistryBadLine();
 }

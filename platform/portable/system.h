@@ -6,7 +6,7 @@
 #include "portable/guid.h"
 #include "portable/status.h"
 
-// A lock that its owner may enter again.
+// A recursive lock.
 struct CRITICAL_SECTION {
   pthread_mutex_t mutex;
 };
@@ -47,9 +47,9 @@ extern "C" {
 MIROLTA_RUNTIME DWORD GetTickCount();
 MIROLTA_RUNTIME void GetLocalTime(SYSTEMTIME* time);
 
-// Conversions between 16-bit text and the character set with number code_page. A length of -1 takes
-// the text up to and with its terminator. With capacity 0 they return the length needed; 0 says
-// that the number is unknown or nothing could be converted.
+// Conversions between 16-bit text and the character set with number code_page. A length of -1 is
+// that of the terminated text with its terminator. With capacity 0 they return the length needed.
+// They return 0 if the number is unknown or nothing could be converted.
 MIROLTA_RUNTIME INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, INT length,
                                         LPSTR bytes, INT capacity, LPCSTR default_character,
                                         BOOL* used_default);
@@ -60,10 +60,11 @@ MIROLTA_RUNTIME LPVOID CoTaskMemAlloc(SIZE_T size);
 MIROLTA_RUNTIME LPVOID CoTaskMemRealloc(LPVOID memory, SIZE_T size);
 MIROLTA_RUNTIME void CoTaskMemFree(LPVOID memory);
 
-// StringFromCLSID gives registry text, braces and all, freed by the caller with CoTaskMemFree.
+// StringFromCLSID returns registry text with its braces, which the caller frees with CoTaskMemFree.
 MIROLTA_RUNTIME HRESULT StringFromCLSID(REFCLSID id, LPOLESTR* text);
 // Returns the characters written with the terminator, 39, or 0 if capacity is too small.
 MIROLTA_RUNTIME INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity);
-// CLSIDFromString reads registry text; CO_E_CLASSSTRING if it is none.
+// CLSIDFromString reads registry text.
+// Errors: CO_E_CLASSSTRING for any other text.
 MIROLTA_RUNTIME HRESULT CLSIDFromString(LPCOLESTR text, CLSID* id);
 }

@@ -1,5 +1,5 @@
-// Where tests reach into the runtime: allocations that fail, arrays that are not cleared, a clock
-// that stands still, and who takes which lock. All hooks are off at start.
+// Test hooks of the runtime: failing allocations, freed memory that keeps its content, a set clock,
+// probes of locks. All are off initially.
 #pragma once
 
 #include "portable/system.h"
@@ -8,13 +8,13 @@ namespace mirolta {
 
 extern "C" {
 // The next `count` allocations of the runtime (texts, arrays, objects, task memory) succeed and the
-// one after them fails, once; a negative count switches failing off.
+// one after them fails, once. A negative count switches this off.
 MIROLTA_RUNTIME void MiroltaFailAllocationAfter(LONG count);
-// True if the failure asked for has happened.
+// True if that allocation has failed.
 MIROLTA_RUNTIME bool MiroltaAllocationHasFailed();
 
-// Arrays and texts keep what they held when they are freed, as on a platform that does not clear
-// them: so what their makers left there can be found in the freed memory.
+// With `keep`, arrays and texts are not wiped when they are freed, as on a platform that does not
+// wipe them, so that tests can find what is left in them.
 MIROLTA_RUNTIME void MiroltaKeepDestroyedArrays(bool keep);
 
 // Replaces the clock of GetTickCount and GetLocalTime; null restores the system's.

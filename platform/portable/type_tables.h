@@ -18,7 +18,7 @@ inline constexpr ValueType kText = {VT_BSTR, nullptr};
 inline constexpr ValueType kVariant = {VT_VARIANT, nullptr};
 inline constexpr ValueType kUnknown = {VT_UNKNOWN, OLESTR("IUnknown")};
 
-// Whether a caller may leave a parameter out, and what the member then gets.
+// Whether a caller may omit a parameter, and what the member then receives.
 enum class Presence : uint8_t {
   kRequired,
   kOptional,  // a VARIANT: VT_ERROR with DISP_E_PARAMNOTFOUND

@@ -1,4 +1,4 @@
-// New byte arrays for results.
+// Byte arrays for results.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,10 @@
 
 namespace mirolta {
 
-// CreateByteArray makes an array of VT_UI1 with one dimension of count elements from 0 on. The
-// caller writes them all before anyone else sees the array: clearing them first would double the
-// cost of a large result, so it is left out where the platform allows that.
-// Returns: null if memory is short.
+// CreateByteArray makes an array of VT_UI1 with one dimension of `count` elements and lower bound
+// 0. Where the platform allows it the elements are uninitialised, since clearing would double the
+// cost of a large result: the caller writes them all before others see the array.
+// Errors: null if memory is short.
 SAFEARRAY* CreateByteArray(uint32_t count) noexcept;
 
 }  // namespace mirolta

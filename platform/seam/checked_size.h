@@ -1,4 +1,4 @@
-// Sizes on their way to an allocator.
+// Sizes for allocation, checked for overflow.
 #pragma once
 
 #include <cstddef>
@@ -8,15 +8,15 @@
 
 namespace mirolta {
 
-// A constant of the program as a term or factor of a size; no value known only at run time is one.
+// A compile-time constant as a term or factor of a size.
 struct SizeConstant {
   consteval SizeConstant(size_t count) : value(count) {}  // NOLINT(google-explicit-constructor)
   size_t value;
 };
 
-// BasicCheckedSize computes a size from counts that a caller chose: every sum and product is the true
-// one or, where Word cannot hold that, kTooLarge. No allocator has kTooLarge bytes. A count is named
-// before it is used, so that an unchecked sum or product does not compile as one.
+// BasicCheckedSize computes a size from untrusted counts: a sum or product that overflows Word
+// becomes kTooLarge, which no allocator can provide. It is made from variables only, so that an
+// unchecked sum or product does not compile.
 template <typename Word>
 class BasicCheckedSize {
  public:
@@ -63,12 +63,11 @@ class BasicCheckedSize {
 
 using CheckedSize = BasicCheckedSize<size_t>;
 
-// NewArray allocates count elements of unset value; null if memory is short or the array's size is
-// above kMostArrayBytes, without asking the allocator.
-//
-// Sizes near PTRDIFF_MAX are above what compilers take for an array; they throw for these, nothrow or
-// not.
+// Compilers throw for array sizes near PTRDIFF_MAX, even from the nothrow form.
 inline constexpr size_t kMostArrayBytes = size_t{PTRDIFF_MAX} / 8 * 7;
+
+// NewArray allocates `count` uninitialised elements.
+// Errors: null if memory is short or the array is larger than kMostArrayBytes.
 template <typename T>
 [[nodiscard]] T* NewArray(CheckedSize count) noexcept {
   static_assert(std::is_trivially_destructible_v<T>);

@@ -18,7 +18,7 @@ bool EntropyGenerator::Seed(uint32_t seed) noexcept {
 }
 
 uint32_t EntropyGenerator::Next() noexcept {
-  // A seed has succeeded before, so entropy is there; were it gone, a stale pool must not be used
+  // Seed has succeeded, so there is entropy. If it fails now, no byte of the pool may be used
   // twice.
   if ((used_ == kPoolSize || forks_ != ForkCount()) && !Fill()) __builtin_trap();
   uint32_t entropy = 0;
@@ -26,7 +26,7 @@ uint32_t EntropyGenerator::Next() noexcept {
     entropy = entropy << 8 | pool_[used_];
     pool_[used_++] = 0;
   }
-  // Adding a known sequence takes nothing from the entropy's unpredictability.
+  // XOR with a known sequence preserves the entropy.
   sequence_ = sequence_ * 1664525u + 1013904223u;
   return (entropy ^ sequence_ >> 8) & 0x7FFFFFFFu;
 }

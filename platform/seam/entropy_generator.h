@@ -5,17 +5,18 @@
 
 namespace mirolta {
 
-// EntropyGenerator gives numbers made of four bytes of system entropy each, mixed with a sequence
-// that the seed starts. Every byte goes into one number and is cleared then. What a process had drawn
-// before it forked is the parent's: the child draws anew. One for each thread; it has no lock.
+// EntropyGenerator returns numbers made of four bytes of system entropy, mixed with a sequence that
+// starts at the seed. Each byte is used once and then cleared. After a fork the child draws new
+// entropy. It has no lock: each thread has its own.
+// Source: the sequence is the linear congruential generator of Numerical Recipes, section 7.1.
 class EntropyGenerator {
  public:
   // Draws entropy and starts the sequence.
-  // Errors: false if the system has no entropy to give, or cannot tell of forks.
+  // Errors: false if the system has no entropy or cannot detect forks.
   [[nodiscard]] bool Seed(uint32_t seed) noexcept;
 
-  // The next number, 0..0x7FFFFFFF, after a Seed that succeeded. The process ends if the system gave
-  // entropy then and has none now.
+  // The next number, 0..0x7FFFFFFF, after a successful Seed. The process traps if the system no
+  // longer has entropy.
   uint32_t Next() noexcept;
 
  private:

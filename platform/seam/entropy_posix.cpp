@@ -25,7 +25,7 @@ uint32_t ForkCount() noexcept {
 
 bool WatchForks() noexcept {
   if (ForkCount() != 0) return true;
-  // Two threads may both come here: a fork then counts twice.
+  // Two threads may register at once: a fork then counts twice.
   if (pthread_atfork(nullptr, nullptr, CountFork) != 0) return false;
   uint32_t unwatched = 0;
   forks.compare_exchange_strong(unwatched, 1);

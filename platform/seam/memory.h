@@ -1,12 +1,12 @@
-// Memory operations that the language's library does not promise.
+// Wiping of memory.
 #pragma once
 
 #include <cstddef>
 
 namespace mirolta {
 
-// WipeMemory fills bytes[0..size) with zero in a way that the compiler may not remove.
-// Use it before secrets go out of scope or back to the allocator.
+// WipeMemory zeroes bytes[0..size); the compiler cannot remove it. Secrets are wiped before they go
+// out of scope or are freed.
 void WipeMemory(void* bytes, size_t size) noexcept;
 
 }  // namespace mirolta

@@ -24,7 +24,7 @@ bool All(uint32_t reg, uint32_t bits) {
   return (reg & bits) == bits;
 }
 
-// A build may look at less than is there, to show what a lesser processor would do.
+// A build may ignore features, to show what a lesser processor would run.
 #if defined(MIROLTA_UP_TO_AVX2)
 constexpr uint32_t kUsed =
     kFeatureSsse3 | kFeatureAesNi | kFeatureSha | kFeatureBmi2Adx | kFeatureAvx2;

@@ -1,4 +1,4 @@
-// What the processor offers to kernels, asked once and kept.
+// The instruction sets that kernels may use.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 namespace mirolta {
 
 // Bits of a feature set. A bit is set only if the processor has the instructions and the system
-// keeps the registers they use.
+// saves the registers that they use.
 enum ProcessorFeature : uint32_t {
   kFeatureSsse3 = 1u << 0,    // SSE up to 4.1
   kFeatureAvx2 = 1u << 1,     // with AVX and saved 256-bit registers
@@ -20,7 +20,7 @@ enum ProcessorFeature : uint32_t {
   kFeatureGfni = 1u << 8,
 };
 
-// ProcessorFeatures returns the set for this machine; 0 in a portable-only build.
+// ProcessorFeatures returns the set of this machine, detected once; 0 in a portable-only build.
 uint32_t ProcessorFeatures() noexcept;
 
 }  // namespace mirolta

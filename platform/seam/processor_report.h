@@ -1,16 +1,16 @@
-// What an x86 processor and its system say of themselves, and the features that this amounts to.
+// CPUID and XCR0, and the features that they report.
 #pragma once
 
 #include <cstdint>
 
 namespace mirolta {
 
-// Registers as CPUID leaves them. A leaf that the processor does not have is zero.
+// Registers as CPUID returns them; zero for a leaf that the processor does not have.
 struct ProcessorReport {
   uint32_t leaf1_ecx;
   uint32_t leaf7_ebx;
   uint32_t leaf7_ecx;
-  uint32_t saved_state;  // extended control register 0: which register files the system saves
+  uint32_t saved_state;  // XCR0: the register files that the system saves
 };
 
 // FeaturesIn returns the ProcessorFeature bits of a report; 0 in a portable-only build.

@@ -10,7 +10,7 @@ namespace mirolta {
 
 namespace {
 
-// A frame that the compiler makes as it stands, without a guard.
+// A frame of its own, without a stack canary.
 #define MIROLTA_OWN_FRAME __attribute__((noinline, no_stack_protector))
 
 // Sizes of the parts of the stack, for optimised builds.
@@ -18,14 +18,14 @@ constexpr size_t kShortBytes = 2048;
 constexpr size_t kMediumBytes = 6144;
 constexpr size_t kDeepBytes = 24576;
 
-// A function that has an array at the end of its frame does not reach what lies before it: return
-// address, saved registers, alignment.
+// What a frame holds beside its array (return address, saved registers, alignment) is not
+// overwritten.
 constexpr size_t kBeforeArray = 96;
 
-// Its frame lies where the overwriting function's reaches nothing.
+// Moves the frame of `function` below what Overwrite does not reach.
 MIROLTA_OWN_FRAME HRESULT RunDeeper(HRESULT (*function)(void* context), void* context) noexcept {
   unsigned char unused[kBeforeArray];
-  // The compiler must neither leave the array out nor see through the function.
+  // Keeps the compiler from removing the array and from inlining the call.
   __asm__ __volatile__("" : "+r"(function) : "r"(unused) : "memory");
   const HRESULT status = function(context);
   __asm__ __volatile__("" : : "r"(unused) : "memory");
@@ -42,7 +42,7 @@ MIROLTA_OWN_FRAME void Overwrite() noexcept {
 
 enum class VectorRegisters : uint8_t { kNone, kSse, kAvx, kAvx512 };
 
-// By the processor alone, not by the kernels in use: the C library's copying uses what there is.
+// By the processor, not by the kernels in use: memcpy uses the widest registers there are.
 VectorRegisters WidestVectorRegisters() noexcept {
   uint32_t a = 0, b = 0, c = 0, d = 0;
   if (!__get_cpuid(1, &a, &b, &c, &d) || (d & bit_SSE) == 0) return VectorRegisters::kNone;
@@ -55,8 +55,8 @@ VectorRegisters WidestVectorRegisters() noexcept {
   return has_avx512 ? VectorRegisters::kAvx512 : VectorRegisters::kAvx;
 }
 
-// Clears the vector, mask and general registers that a call need not preserve. The lists are the
-// calling convention's; registers that the compiler does not know here need not be named as changed.
+// Clears the vector, mask and general registers that a call need not preserve, as the calling
+// convention lists them. Registers that the compiler does not know in this build need no clobber.
 __attribute__((always_inline)) inline void ClearRegisters() noexcept {
   static const VectorRegisters widest = WidestVectorRegisters();
   if (widest == VectorRegisters::kAvx512) {
@@ -71,7 +71,7 @@ __attribute__((always_inline)) inline void ClearRegisters() noexcept {
 #endif
         :);
   }
-  // The upper parts first, as instructions without them are slow while they are in use.
+  // First the upper halves: SSE instructions are slow while they are in use.
   if (widest >= VectorRegisters::kAvx) __asm__ __volatile__("vzeroupper");
 #if defined(_WIN64)
   __asm__ __volatile__(
@@ -114,7 +114,7 @@ __attribute__((always_inline)) inline void ClearRegisters() noexcept {
 
 #else
 
-// Other processors' registers are left as they are: the next call's work takes their place.
+// Registers of other processors are not cleared; later calls overwrite them.
 inline void ClearRegisters() noexcept {}
 
 #endif

@@ -1,4 +1,4 @@
-// Work with secrets, of which nothing is left on the stack or in registers.
+// Work with secrets, after which stack and registers are wiped.
 #pragma once
 
 #include <cstddef>
@@ -8,20 +8,20 @@
 
 namespace mirolta {
 
-// How much of the stack a piece of work may use; tests paint the stack to see that none uses more.
+// The stack that a piece of work may use; tests paint the stack to check it.
 enum class StackUse : uint8_t {
   kShort,   // keys, digests, blocks
   kMedium,  // numbers
   kDeep,    // powers, primes, texts of large numbers
 };
 
-// From so many 32-bit words on a number's text is taken apart and put together recursively.
+// Break-even size of the recursive conversions of a number's text, in 32-bit words.
 inline constexpr uint32_t kLargeNumberWords = 64;
 
-// RunWiped returns function(context). Before, it overwrites the part of the stack that the function
-// used and clears the registers that a call need not preserve: compilers keep copies of secrets in
-// both. What stays in memory otherwise is for its owners to wipe.
-// *use is read after the call, which may have found that it needs more.
+// RunWiped calls function(context) and returns its status. Before it returns, it overwrites the
+// part of the stack that the call used and clears the registers that a call need not preserve:
+// compilers leave copies of secrets in both. Secrets in other memory are wiped by its owners. *use
+// is read after the call, which may raise it.
 // Time:   measured 20 ns for kShort, 50 ns for kMedium, 200 ns for kDeep.
 HRESULT RunWiped(HRESULT (*function)(void* context), void* context, const StackUse* use) noexcept;
 

@@ -1,5 +1,5 @@
-// The module's allocations, over the process heap. The language's own operators throw, and the
-// machinery of exceptions is larger than the module.
+// The module's allocations, from the process heap. The language library's operators throw, and
+// exception support is larger than the module.
 #include <new>
 
 #include "platform.h"
@@ -10,7 +10,7 @@ void* operator new(size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](size_t size, const std::nothrow_t&) noexcept {
   return HeapAlloc(GetProcessHeap(), 0, size);
 }
-// A null pointer is freed without effect.
+// HeapFree ignores a null pointer.
 void operator delete(void* memory) noexcept {
   HeapFree(GetProcessHeap(), 0, memory);
 }

@@ -1,5 +1,5 @@
-// What the compiler calls on its own behalf. The language library's versions report misuse by
-// exceptions, whose machinery is larger than the module.
+// Compiler runtime routines. The language library's versions report misuse by exceptions, whose
+// support is larger than the module.
 #include <cstdint>
 
 #include "platform.h"
@@ -11,29 +11,30 @@
 
 namespace {
 
-// States of a guarded initialisation, in the guard's own memory.
+// States of the initialisation of a local static, stored in its guard.
 constexpr LONG kUntouched = 0;
 constexpr LONG kDone = 1;
 constexpr LONG kRunning = 0x100;
 
-// The compiler reads the first byte of a guard and comes here if it is zero.
+// The compiled code tests the first byte of a guard and calls __cxa_guard_acquire if it is zero.
 static_assert((kRunning & 0xFF) == 0 && (kDone & 0xFF) != 0);
 
 }  // namespace
 
 extern "C" {
 
-// What functions with a guarded frame put behind it, and compare before they return.
+// The canary of stack-protected functions.
 extern uintptr_t __stack_chk_guard;
 uintptr_t __stack_chk_guard = 0;
 
-// Runs before all other code of the module; other frames must not be open meanwhile.
+// Runs before all other code of the module: the canary must not change while a protected function
+// is active.
 __attribute__((constructor(101), no_stack_protector)) static void ChooseStackGuard() {
   uintptr_t guard = 0;
   if (RtlGenRandom(&guard, sizeof guard) == FALSE) {
     guard = reinterpret_cast<uintptr_t>(&guard) ^ uintptr_t{GetTickCount()} * 0x9E3779B1u;
   }
-  // A zero byte stops overruns by texts.
+  // A zero byte stops overruns by string functions.
   __stack_chk_guard = guard & ~uintptr_t{0xFF};
 }
 
@@ -41,7 +42,7 @@ void __stack_chk_fail() {
   __builtin_trap();
 }
 
-// Local statics: one thread initialises, the others wait. Returns 1 to the one that is to do it.
+// Returns 1 to the thread that initialises a local static; the others wait.
 int __cxa_guard_acquire(LONG volatile* guard) {
   for (;;) {
     const LONG state = InterlockedCompareExchange(guard, kRunning, kUntouched);
@@ -57,7 +58,7 @@ void __cxa_guard_abort(LONG volatile* guard) {
   InterlockedExchange(guard, kUntouched);
 }
 
-// A call of a method that has no body ends the process.
+// A call of a pure virtual function.
 void __cxa_pure_virtual() {
   __builtin_trap();
 }

@@ -1,4 +1,4 @@
-// The system's own headers, kept to what a component needs of them.
+// The system's headers, as few as a component needs.
 #pragma once
 
 #ifndef WIN32_LEAN_AND_MEAN
@@ -10,8 +10,7 @@
 #ifndef UNICODE
   #define UNICODE
 #endif
-// The first of them comes before all others.
-// clang-format off
+// windows.h comes before the others.
 #include <windows.h>
 
 #include <objbase.h>
@@ -21,8 +20,8 @@
 
 #include <concepts>
 
-// These only read their source; not every version of the headers says so. Where they do, the plain
-// functions are the better match.
+// These functions only read their source, but not every version of the headers declares it const.
+// Where they do, overload resolution prefers the functions that are no templates.
 template <typename Value>
 requires std::same_as<Value, const VARIANT>
 inline HRESULT VariantCopy(VARIANT* out, Value* source) {

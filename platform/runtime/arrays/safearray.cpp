@@ -100,12 +100,12 @@ HRESULT ClearElements(SAFEARRAY* array) {
   return ClearArrayElements(array->fFeatures, array->cbElements, array->pvData, count);
 }
 
-// bound_of finds dimension 1 (leftmost) to cDims, stored in reverse.
+// BoundOf returns the bound of dimension 1 (leftmost) to cDims; they are stored in reverse.
 SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension) {
   return &Bounds(array)[array->cDims - dimension];
 }
 
-// One array may be read by several threads, each with a lock of its own on it.
+// Several threads may read an array at once, each with its own lock count.
 ULONG LocksOf(const SAFEARRAY* array) {
   return __atomic_load_n(&array->cLocks, __ATOMIC_RELAXED);
 }
@@ -138,7 +138,7 @@ HRESULT SafeArrayDestroy(SAFEARRAY* array) {
   if (array->cLocks > 0) return DISP_E_ARRAYISLOCKED;
   const HRESULT status = ClearElements(array);
   if (FAILED(status)) return status;
-  // Such an array lies in memory of its maker, descriptor and data.
+  // The creator of such an array owns the memory of its descriptor and data.
   constexpr USHORT kForeignData = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
   if ((array->fFeatures & kForeignData) != 0) return S_OK;
   FreeRuntime(array->pvData);
@@ -220,7 +220,7 @@ HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) {
   if (array == nullptr || bound == nullptr) return E_INVALIDARG;
   if (dimension == 0 || dimension > array->cDims) return DISP_E_BADINDEX;
   const SAFEARRAYBOUND* found = BoundOf(array, dimension);
-  // Modulo 2^32 as the platform: no elements above the least bound wrap around.
+  // Modulo 2^32, as on the platform: the upper bound of an empty array may wrap around.
   *bound = static_cast<LONG>(static_cast<ULONG>(found->lLbound) + found->cElements - 1u);
   return S_OK;
 }
@@ -241,7 +241,7 @@ HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
 
 HRESULT SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element) {
   if (array == nullptr || indices == nullptr || element == nullptr) return E_INVALIDARG;
-  // indices[0] is the leftmost dimension, whose elements are neighbours in memory.
+  // indices[0] is the leftmost dimension, whose elements are contiguous.
   size_t offset = 0;
   size_t stride = array->cbElements;
   for (UINT dimension = 1; dimension <= array->cDims; ++dimension) {

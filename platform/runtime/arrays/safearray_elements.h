@@ -1,29 +1,32 @@
-// Elements of arrays that own something: texts, values and interfaces.
+// Array elements that own something: texts, values and interfaces.
 #pragma once
 
 #include "portable/variant.h"
 
 namespace mirolta::runtime {
 
-// ArrayFeatures returns the flags of an array of the type, ownership and type knowledge.
+// ArrayFeatures returns the FADF flags of an array of the type.
 USHORT ArrayFeatures(VARTYPE type);
 
-// ClearArrayElements ends what `count` elements own and zeroes them (see
-// MiroltaKeepDestroyedArrays). Errors: the status of a value that refuses (a locked array); the
-// elements before it are cleared.
+// ClearArrayElements releases what `count` elements own and zeroes them if WipesOnFree.
+// Errors: the status of a value that cannot be cleared (a locked array); the elements before it are
+//         cleared.
 HRESULT ClearArrayElements(USHORT features, ULONG element_size, void* elements, ULONG count);
 
-// CopyArrayElements copies `count` elements with what they own to zeroed elements.
-// Errors: E_OUTOFMEMORY; the elements copied so far stay owned by `to`.
+// CopyArrayElements copies `count` elements and what they own to zeroed elements.
+// Errors: E_OUTOFMEMORY; `to` owns the elements copied so far.
 HRESULT CopyArrayElements(USHORT features, ULONG element_size, const void* from, void* to,
                           ULONG count);
 
-// ReadArrayElement gives the caller an element of its own at `to`, whose former content is ignored
-// (a VARIANT's is cleared).
+// ReadArrayElement copies an element to `to`, which the caller then owns. The former content of
+// `to` is not released.
+// Errors: E_OUTOFMEMORY.
 HRESULT ReadArrayElement(USHORT features, ULONG element_size, const void* from, void* to);
 
-// WriteArrayElement replaces the element at `to`. For texts and interfaces `from` is the handle
-// itself; for all else the address of the value.
+// WriteArrayElement replaces the element at `to`. `from` is the text or interface itself; for other
+// types, the address of the value.
+// Errors: E_OUTOFMEMORY; E_INVALIDARG for a null address; VariantCopy's. The element is then
+//         unchanged.
 HRESULT WriteArrayElement(USHORT features, ULONG element_size, void* from, void* to);
 
 }  // namespace mirolta::runtime

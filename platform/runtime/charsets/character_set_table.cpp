@@ -12,7 +12,7 @@ constexpr auto kUtf7 = CharacterSetKind::kUtf7;
 constexpr auto kSingle = CharacterSetKind::kSingleByte;
 constexpr auto kMulti = CharacterSetKind::kMultiByte;
 
-// 1200, 1201, 12000 and 12001 are missing on purpose: the platform refuses them here.
+// Without 1200, 1201, 12000 and 12001 (UTF-16, UTF-32), which the platform's conversions refuse.
 constexpr CharacterSet kSets[] = {
     {65001, kUtf8, "UTF-8", 0xFFFD},       {65000, kUtf7, "UTF-7", 0xFFFD},
     {20127, kSingle, "ASCII", u'?'},       {437, kSingle, "CP437", u'?'},
@@ -44,13 +44,13 @@ constexpr CharacterSet kSets[] = {
 };
 static_assert(sizeof(kSets) / sizeof(kSets[0]) == kCharacterSetCount);
 
-// A locale's names for sets that the rows above call otherwise.
+// Codeset names of locales that differ from the names above.
 struct LocaleName {
   const char* name;
   UINT number;
 };
 constexpr LocaleName kLocaleNames[] = {
-    {"ANSI_X3.4-1968", 65001},  // the plain C locale names no set of its own: texts are UTF-8
+    {"ANSI_X3.4-1968", 65001},  // the C locale: texts are UTF-8
     {"US-ASCII", 65001},
     {"ASCII", 65001},
     {"UTF8", 65001},
@@ -62,7 +62,7 @@ constexpr LocaleName kLocaleNames[] = {
     {"UHC", 949},
 };
 
-// The set that the environment's locale uses; the process's own locale is left alone.
+// The codeset of the environment's locale. Does not change the process's locale.
 const CharacterSet* SetOfLocale() {
   const locale_t locale = newlocale(LC_CTYPE_MASK, "", static_cast<locale_t>(nullptr));
   if (locale == static_cast<locale_t>(nullptr)) return FindCharacterSet(65001);

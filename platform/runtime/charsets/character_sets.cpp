@@ -19,7 +19,7 @@ constexpr uint32_t kReplacement = 0xFFFD;
 constexpr const char* kUtf16Name =
     std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 
-// Output takes what a conversion writes, or only counts it if the caller's capacity is 0.
+// Output receives the result of a conversion; with capacity 0 it only counts.
 template <typename Unit>
 class Output {
  public:
@@ -31,7 +31,7 @@ class Output {
     size_ += count;
   }
   void Put(Unit unit) { Put(&unit, 1); }
-  // The length, or 0 if it does not fit or is beyond an INT.
+  // The length; 0 if it does not fit or exceeds an INT.
   INT Result() const {
     if (size_ > 0x7FFFFFFF || (!counting() && size_ > capacity_)) return 0;
     return static_cast<INT>(size_);
@@ -44,7 +44,7 @@ class Output {
   size_t size_ = 0;
 };
 
-// What stands for characters that the set lacks.
+// The default character, written for characters that the set lacks.
 struct Default {
   const char* bytes;
   size_t size;
@@ -114,8 +114,8 @@ bool DecodeSingleByte(const CharacterSet& set, const char* bytes, size_t size, b
   return true;
 }
 
-// Converts in[0..*left) until its end or something that is no character; moves in and left on.
-// `in` null writes what returns to the initial state. False: stopped before the end.
+// Converts in[0..*left) up to its end or an ill-formed sequence, and advances in and left. A null
+// `in` writes the sequence that returns to the initial shift state. False if it stopped early.
 template <typename Unit>
 bool Convert(const IconvConverter& converter, char** in, size_t* left, Output<Unit>* out) {
   for (;;) {
@@ -138,7 +138,7 @@ bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, 
   size_t left = length * sizeof(WCHAR);
   while (!Convert(converter, &in, &left, out)) {
     const size_t at = length - left / sizeof(WCHAR);
-    // The platform knows units, not pairs, in these sets: a pair gives two defaults.
+    // In these sets the platform converts code units: a surrogate pair gives two defaults.
     uint32_t point;
     const size_t taken = DecodeUtf16(text + at, length - at, &point);
     for (size_t i = 0; i < taken; ++i) missing->PutTo(out);
@@ -191,7 +191,7 @@ extern "C" INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, IN
   if (capacity != 0 && bytes == nullptr) return 0;
   const CharacterSet* set = FindCharacterSet(code_page);
   if (set == nullptr) return 0;
-  // Where every character has a code there is no default to name, and the platform insists on it.
+  // UTF-7 and UTF-8 encode every character: as on the platform, a default character is refused.
   const bool complete = code_page == 65000 || code_page == 65001;
   if (complete && (default_character != nullptr || used_default != nullptr)) return 0;
 

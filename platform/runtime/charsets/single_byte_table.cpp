@@ -8,12 +8,13 @@
 namespace mirolta::runtime {
 namespace {
 
-// Bytes that the platform decodes although the character set's definition leaves them open.
+// Bytes that the character set leaves undefined and the platform decodes, to private-use
+// characters.
 struct OpenBytes {
   UINT number;
   BYTE first;
   BYTE last;
-  WCHAR decoded;  // of first; the next ones follow
+  WCHAR decoded;  // of first; consecutive
 };
 constexpr OpenBytes kOpenBytes[] = {
     {1253, 0xAA, 0xAA, 0xF8F9}, {1253, 0xD2, 0xD2, 0xF8FA}, {1253, 0xFF, 0xFF, 0xF8FB},
@@ -35,8 +36,8 @@ WCHAR DecodeOpenByte(UINT number, unsigned byte) {
   return kUndefinedByte;
 }
 
-// Each byte is decoded for itself: the C library would join some letters and marks, the platform
-// does not.
+// Decodes byte by byte: in a sequence the C library would compose some letters with their marks,
+// which the platform does not.
 bool FillTable(const CharacterSet& set, SingleByteTable* table) {
   IconvConverter converter("UTF-16LE", set.name);
   if (!converter.valid()) return false;
@@ -56,7 +57,7 @@ bool FillTable(const CharacterSet& set, SingleByteTable* table) {
             : DecodeOpenByte(set.number, byte);
   }
 
-  for (unsigned count = 0; count < 256; ++count) {  // insertion sort: once a set
+  for (unsigned count = 0; count < 256; ++count) {  // insertion sort: runs once for each set
     unsigned place = count;
     while (place > 0 && table->decoded[table->by_character[place - 1]] > table->decoded[count]) {
       table->by_character[place] = table->by_character[place - 1];
@@ -77,7 +78,7 @@ INT SingleByteTable::Encode(WCHAR character) const {
   if (character == kUndefinedByte) return -1;
   unsigned first = 0;
   unsigned last = 256;
-  while (first < last) {  // the answer, if any, stands in first..last
+  while (first < last) {  // invariant: the byte, if there is one, is in first..last
     const unsigned middle = (first + last) / 2;
     if (decoded[by_character[middle]] < character) {
       first = middle + 1;

@@ -5,7 +5,7 @@ namespace {
 
 constexpr char kBase64[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Besides letters, digits and "/"; the array's terminator makes zero one of them.
+// Direct characters besides letters, digits and "/". The terminator is one too.
 constexpr char kDirect[] = "\t\n\r '(),-.:?";
 
 int Base64Value(char c) {
@@ -16,7 +16,7 @@ int Base64Value(char c) {
   return c == '/' ? 63 : -1;
 }
 
-bool StandsForItself(WCHAR unit) {
+bool IsDirect(WCHAR unit) {
   if (unit >= 0x80) return false;
   const char c = static_cast<char>(unit);
   if (Base64Value(c) >= 0) return c != '+';
@@ -41,7 +41,7 @@ size_t Utf7Encoder::End(char* bytes) {
 
 size_t Utf7Encoder::Encode(WCHAR unit, char* bytes) {
   size_t size = 0;
-  if (StandsForItself(unit) || unit == u'+') {
+  if (IsDirect(unit) || unit == u'+') {
     size = End(bytes);
     bytes[size++] = static_cast<char>(unit);
     if (unit == u'+') bytes[size++] = '-';

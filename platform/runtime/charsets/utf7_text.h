@@ -1,5 +1,8 @@
-// UTF-7: letters, digits and some signs stand for themselves, runs of other units between "+" and
-// "-" as base 64. Zero stands for itself, so that a terminated text stays one.
+// UTF-7, one unit or byte at a time. Direct characters are encoded as themselves, other units in
+// base-64 runs between "+" and "-". Zero is a direct character, so that a terminated text stays
+// terminated.
+// Source: RFC 2152; rules 1 to 3 with the direct characters of set D, and tab, line feed, carriage
+//         return and space.
 #pragma once
 
 #include <cstddef>
@@ -8,23 +11,25 @@
 
 namespace mirolta::runtime {
 
-// Utf7Encoder writes a text unit by unit and then its end; lone surrogates are units like others.
+// Utf7Encoder encodes a text unit by unit; End follows the last. Unpaired surrogates are encoded
+// like other units.
 class Utf7Encoder {
  public:
   static constexpr size_t kMaxBytes = 8;  // of one call
 
-  // Both return the number of bytes written. Shapes: bytes[kMaxBytes].
+  // Both return the number of bytes written.
+  // Shapes: bytes[kMaxBytes].
   size_t Encode(WCHAR unit, char* bytes);
   size_t End(char* bytes);
 
  private:
   bool in_run_ = false;
-  uint32_t bits_ = 0;  // those not written yet, at most 4 between calls
+  uint32_t bits_ = 0;  // not written yet; at most 4 between calls
   int bit_count_ = 0;
 };
 
-// Utf7Decoder reads bytes one by one. A run that ends within a unit loses it; bytes outside of runs
-// are units, those of 80 and above too.
+// Utf7Decoder decodes byte by byte. A unit that is incomplete at the end of its run is dropped. A
+// byte outside a run is a unit of the same value, also from 0x80 on.
 class Utf7Decoder {
  public:
   // Decode returns whether the byte completed a unit.

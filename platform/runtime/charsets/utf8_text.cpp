@@ -11,7 +11,8 @@ struct LeadByte {
   BYTE second_last;
 };
 
-// Leaves out overlong forms, surrogates and what lies beyond U+10FFFF.
+// Excludes overlong forms, surrogates and code points above U+10FFFF.
+// Source: Unicode, table 3-7, well-formed UTF-8 byte sequences.
 constexpr LeadByte kLeadBytes[] = {
     {0xC2, 0xDF, 2, 0x80, 0xBF}, {0xE0, 0xE0, 3, 0xA0, 0xBF}, {0xE1, 0xEC, 3, 0x80, 0xBF},
     {0xED, 0xED, 3, 0x80, 0x9F}, {0xEE, 0xEF, 3, 0x80, 0xBF}, {0xF0, 0xF0, 4, 0x90, 0xBF},

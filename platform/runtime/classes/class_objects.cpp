@@ -19,14 +19,14 @@ constexpr std::chrono::milliseconds kUsualDelay = std::chrono::minutes(10);
 // A module that was loaded for its classes.
 struct Server {
   Server* next = nullptr;
-  LONG users = 0;          // calls of the runtime that are inside now
-  uint64_t uses = 0;       // all that ever were
+  LONG users = 0;          // runtime calls in the module now
+  uint64_t uses = 0;       // runtime calls so far
   bool is_shared = false;  // used by threads that had not initialized
-  bool is_idle = false;    // was so at the last clean-up, and not used since
+  bool is_idle = false;    // at the last clean-up, and unused since
   Clock::time_point idle_since;
   HMODULE module = nullptr;
   GetClassObject get_class_object = nullptr;
-  CanUnloadNow can_unload_now = nullptr;  // null: stays for good
+  CanUnloadNow can_unload_now = nullptr;  // null: never unloaded
   WideText file;
 
   void Unload() {
@@ -35,7 +35,7 @@ struct Server {
   }
 };
 
-// No destructors: at the process's end the modules go with it.
+// Not destroyed at exit: the modules are unloaded with the process.
 std::mutex g_lock;
 Server* g_servers = nullptr;
 bool g_cleaning = false;
@@ -88,7 +88,7 @@ Server* Use(Server* server) {
   return server;
 }
 
-// ServerUse finds or loads a module and keeps it from being unloaded while it lives.
+// ServerUse finds or loads a module and prevents its unloading while it exists.
 class ServerUse {
  public:
   ServerUse() = default;
@@ -108,7 +108,7 @@ class ServerUse {
         return S_OK;
       }
     }
-    // Not under the lock: a module's start may come back here.
+    // Outside the lock: a module's initialisation may call back.
     Server* loaded = nullptr;
     const HRESULT status = LoadServer(file, &loaded);
     if (FAILED(status)) return status;
@@ -134,16 +134,16 @@ class ServerUse {
   Server* server_ = nullptr;
 };
 
-// Only clean-up takes servers out, one thread at a time.
+// Only clean-up removes servers, one thread at a time.
 void Remove(Server* server) {
   Server** link = &g_servers;
   while (*link != server) link = &(*link)->next;
   *link = server->next;
 }
 
-// Unloads what has been idle for delay(server). A module's count falls to zero before the thread
-// that lowered it has left the module's code, so a delay is what tells that it has. Once a module
-// looked idle, only the runtime leads into it again, and a use begins the delay anew.
+// Unloads servers that have been idle for delay(server). A module's count reaches zero before the
+// last Release has left its code; the delay covers the rest of that call. After a module looked
+// idle, only the runtime calls into it again, and such a call restarts the delay.
 template <typename Delay>
 void FreeUnused(Delay delay) {
   Server* unused = nullptr;
@@ -155,7 +155,7 @@ void FreeUnused(Delay delay) {
     next = server->next;
     if (server->can_unload_now == nullptr || server->users != 0) continue;
     const uint64_t uses = server->uses;
-    // Not under the lock: it is the module's code.
+    // Outside the lock: this is the module's code.
     lock.unlock();
     const bool can_unload = server->can_unload_now() == S_OK;
     lock.lock();
@@ -180,7 +180,7 @@ void FreeUnused(Delay delay) {
   }
 }
 
-// The status for a registry that could not answer; `missing` if it did and has no such entry.
+// The status of a registry error; `missing` if there is no such entry.
 HRESULT RegistryStatus(LONG error, HRESULT missing) {
   if (error == ERROR_FILE_NOT_FOUND) return missing;
   return error == ERROR_OUTOFMEMORY ? E_OUTOFMEMORY : HRESULT_FROM_WIN32(error);
@@ -193,7 +193,7 @@ LONG ReadClassEntry(REFCLSID id, LPCWSTR entry, WideText* text) {
   return error == ERROR_SUCCESS ? ReadText(path.data(), nullptr, text) : error;
 }
 
-// Finds the module of a class, which `use` then holds, and asks it for the class object.
+// Loads the module of a class, which `use` then holds, and asks it for the class object.
 HRESULT FindClassObject(REFCLSID id, DWORD context, REFIID iid, ServerUse* use, void** out) {
   if ((context & CLSCTX_INPROC_SERVER) == 0) return REGDB_E_CLASSNOTREG;
   WideText file;
@@ -244,7 +244,7 @@ extern "C" HRESULT CoCreateInstance(REFCLSID id, IUnknown* outer, DWORD context,
   void* object = nullptr;
   HRESULT status = FindClassObject(id, context, IID_IClassFactory, &use, &object);
   if (FAILED(status)) return status;
-  if (object == nullptr) return E_NOINTERFACE;  // a module that says yes and gives nothing
+  if (object == nullptr) return E_NOINTERFACE;  // a module that succeeds without an object
   IClassFactory* factory = static_cast<IClassFactory*>(object);
   status = factory->CreateInstance(outer, iid, out);
   factory->Release();

@@ -12,7 +12,7 @@ bool IsNumber(LPCWSTR name) {
   return reinterpret_cast<ULONG_PTR>(name) <= 0xFFFF;
 }
 
-// The number that a resource name is or, as "#123", spells; 65536 if it is neither.
+// The number of a resource name, an integer or "#123"; 65536 for any other name.
 uint32_t ResourceNumber(LPCWSTR name) {
   if (IsNumber(name)) return static_cast<uint32_t>(reinterpret_cast<ULONG_PTR>(name));
   if (name[0] != u'#' || name[1] == 0) return 65536;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr size_t kLongestPath = 4096;
 
-// A known module. It stays while it has resources attached or is loaded by someone.
+// A module stays in the table while it has resources attached or is loaded.
 struct Module {
   Module* next = nullptr;
   const ModuleResources* resources = nullptr;
@@ -27,18 +27,18 @@ struct Module {
   RuntimeArray<WCHAR> file;
 };
 
-// Neither has a destructor: modules detach while the process ends.
+// Trivially destroyed: modules detach while the process exits.
 std::mutex g_lock;
 Module* g_modules = nullptr;
 
-// Names under which the platform offers what this library offers.
+// The platform's names of what this library implements.
 constexpr const char* kOwnNames[] = {"oleaut32.dll", "ole32.dll"};
 
 HINSTANCE HandleOf(Module* module) {
   return reinterpret_cast<HINSTANCE>(module);
 }
 
-// The following run under g_lock.
+// The following are called under g_lock.
 Module* Find(HINSTANCE handle) {
   Module* module = g_modules;
   while (module != nullptr && HandleOf(module) != handle) module = module->next;
@@ -56,7 +56,7 @@ void Insert(Module* module) {
   g_modules = module;
 }
 
-// Takes the module out of the table if nothing keeps it.
+// Removes the module from the table if it is unused.
 void RemoveIfUnused(Module* module) {
   if (module->resources != nullptr || module->loads != 0) return;
   Module** link = &g_modules;
@@ -127,14 +127,14 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
     }
     name.Swap(resolved);
   }
-  // Not under the lock: a module that is loaded attaches itself, and one that goes detaches itself.
+  // Outside the lock: modules attach and detach themselves as they are loaded and unloaded.
   void* library = own ? OpenSelf() : dlopen(name.data(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
     DeleteRuntime(made);
     return access(name.data(), F_OK) == 0 ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
   }
-  // Another thread may have loaded the module just now. The loader has its own lock, which is no
-  // standard's; what the module attached under ours is in order with this.
+  // Another thread may have just loaded the module. The loader's own lock is unknown to the
+  // language's memory model; taking ours orders this thread after the module's attaching.
   { const std::lock_guard<std::mutex> lock(g_lock); }
   link_map* map = nullptr;
   const void* base = nullptr;
@@ -203,7 +203,7 @@ extern "C" DWORD GetModuleFileNameW(HMODULE handle, LPWSTR file, DWORD capacity)
   const DWORD copied = name.size() < capacity ? static_cast<DWORD>(name.size()) : capacity - 1;
   std::memcpy(file, name.data(), copied * sizeof(WCHAR));
   file[copied] = 0;
-  return name.size() < capacity ? copied : capacity;  // cut short: the capacity, as the platform
+  return name.size() < capacity ? copied : capacity;  // truncated: the capacity, as on the platform
 }
 
 extern "C" BOOL DisableThreadLibraryCalls(HMODULE module) {
@@ -231,7 +231,7 @@ extern "C" FARPROC GetProcAddress(HMODULE handle, LPCSTR name) {
     }
   }
   if (library != nullptr) return reinterpret_cast<FARPROC>(dlsym(library, name));
-  // Attached, but not loaded by name: the program itself or one that it links.
+  // Attached but not loaded by name: the program itself or a library that it links.
   library = dlopen(file.data(), RTLD_NOW | RTLD_NOLOAD);
   if (library == nullptr) library = dlopen(nullptr, RTLD_NOW);
   if (library == nullptr) return nullptr;

@@ -9,8 +9,8 @@ namespace mirolta::runtime {
 
 // OpenLibrary is LoadLibraryW with a status.
 // Errors: E_OUTOFMEMORY; CO_E_DLLNOTFOUND if there is no such file; CO_E_ERRORINDLL if the file is
-// no module or one that cannot be loaded; E_ACCESSDENIED in a set-user-id program for a file
-// without an absolute name and for one that others can change.
+//         not a module or cannot be loaded; E_ACCESSDENIED in a set-user-id program for a file
+//         without an absolute name and for one that others can change.
 HRESULT OpenLibrary(LPCWSTR file, HMODULE* out);
 
 // ResourcesOf returns what a handle was attached with; null for an unknown handle.

@@ -7,8 +7,8 @@
 namespace mirolta::runtime {
 namespace {
 
-// An error description while it is written (ICreateErrorInfo) and read (IErrorInfo). As on the
-// platform it has no lock: it is filled before it is published.
+// An error object. As on the platform it has no lock: it is filled (ICreateErrorInfo) before it is
+// published, then only read (IErrorInfo).
 class ErrorInfo final : public ICreateErrorInfo, public IErrorInfo {
  public:
   ErrorInfo() = default;
@@ -89,7 +89,7 @@ class ErrorInfo final : public ICreateErrorInfo, public IErrorInfo {
     *kept = copy;
     return S_OK;
   }
-  // A text that was never set is given as null.
+  // A text that was never set is returned as null.
   static HRESULT Give(BSTR kept, BSTR* out) {
     if (out == nullptr) return E_INVALIDARG;
     *out = nullptr;
@@ -106,11 +106,11 @@ class ErrorInfo final : public ICreateErrorInfo, public IErrorInfo {
   DWORD help_context_ = 0;
 };
 
-// The thread's slot. Apart from its keeper it needs no set-up, so that looking into it, which every
-// late-bound call does, is one load.
+// The thread's slot. Apart from its keeper it needs no dynamic initialisation, so that every
+// late-bound call reads it with one load.
 constinit thread_local IErrorInfo* t_info = nullptr;
 
-// A thread that ends lets its error object go.
+// Releases the error object of a thread that ends.
 struct SlotKeeper {
   ~SlotKeeper() {
     if (t_info != nullptr) t_info->Release();
@@ -145,7 +145,7 @@ extern "C" HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info) {
     info->AddRef();
   }
   t_info = info;
-  if (old != nullptr) old->Release();  // last: it may run code that sets an error again
+  if (old != nullptr) old->Release();  // last: this may run code that sets an error
   return S_OK;
 }
 

@@ -5,8 +5,9 @@
 
 namespace mirolta::runtime {
 
-// ThreadErrorSlot gives the place of the description that GetErrorInfo would take, with its
-// reference. Descriptions may be taken from it and put back; new ones go through SetErrorInfo.
+// ThreadErrorSlot returns the thread's slot, which owns a reference to the error object that
+// GetErrorInfo would return. The object may be taken out and put back; a new one is set by
+// SetErrorInfo.
 IErrorInfo** ThreadErrorSlot();
 
 }  // namespace mirolta::runtime

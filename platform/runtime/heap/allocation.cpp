@@ -27,7 +27,7 @@ bool MustFail() {
   return false;
 }
 
-// A null result must mean failure, and the C library may answer null for size 0.
+// malloc(0) may return null, which must mean failure.
 size_t AtLeastOne(size_t size) {
   return size == 0 ? 1 : size;
 }
@@ -68,7 +68,7 @@ LPVOID CoTaskMemAlloc(SIZE_T size) {
   return AllocateRuntime(size);
 }
 
-// As the platform: no memory is a plain allocation, and size 0 of a block frees it.
+// As on the platform, a null block is allocated, and size 0 frees a block.
 LPVOID CoTaskMemRealloc(LPVOID memory, SIZE_T size) {
   if (memory != nullptr && size == 0) {
     FreeRuntime(memory);

@@ -1,5 +1,5 @@
-// The runtime's memory: every text, array, object and task block comes from here, so that tests can
-// make any one allocation fail.
+// The runtime's allocator. Every text, array, object and task block comes from it, so that tests
+// can make any single allocation fail.
 #pragma once
 
 #include <cstddef>
@@ -8,17 +8,18 @@
 
 namespace mirolta::runtime {
 
-// AllocateRuntime returns `size` bytes aligned for any type, never null for size 0.
-// Errors: null if memory is short or the failing-allocation hook says so.
+// AllocateRuntime allocates `size` bytes, aligned for any type; size 0 is a block too.
+// Errors: null if memory is short or a test hook fails the allocation.
 void* AllocateRuntime(size_t size);
 
-// ReallocateRuntime moves `memory` (null: a new block) to a block of `size` bytes.
-// Errors: null; `memory` is then untouched and still owned by the caller.
+// ReallocateRuntime resizes `memory`, which may move; null is allocated.
+// Errors: null; `memory` is then unchanged and still owned by the caller.
 void* ReallocateRuntime(void* memory, size_t size);
 
 void FreeRuntime(void* memory);  // null does nothing
 
-// NewRuntime makes an object in runtime memory; null if there is none. DeleteRuntime ends it.
+// NewRuntime constructs an object in runtime memory; DeleteRuntime destroys and frees it.
+// Errors: null if memory is short.
 template <class T, class... Arguments>
 T* NewRuntime(Arguments&&... arguments) {
   void* memory = AllocateRuntime(sizeof(T));

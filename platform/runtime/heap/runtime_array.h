@@ -1,4 +1,4 @@
-// A growable array in the runtime's memory. Nothing throws: what cannot be allocated is reported.
+// A growable array in the runtime's memory.
 #pragma once
 
 #include <cstdint>
@@ -11,9 +11,10 @@
 
 namespace mirolta::runtime {
 
-// RuntimeArray owns size elements that may be moved as bytes. Growth at least doubles, so appending
-// one by one takes time linear in the result. After a false the content is as it was. Memory is wiped
-// before it is given back: streams hold whatever their users write.
+// RuntimeArray owns trivially copyable elements. Memory is wiped before it is freed: streams may
+// hold secrets.
+// Errors: false if memory is short; the content is unchanged.
+// Time:   capacity at least doubles: appending n elements one at a time takes O(n).
 template <typename T>
 class RuntimeArray {
  public:
@@ -49,7 +50,7 @@ class RuntimeArray {
     return true;
   }
 
-  // `from` must not lie in this array.
+  // Alias:  `from` is outside this array.
   [[nodiscard]] bool Append(const T* from, size_t count) {
     if (count > SIZE_MAX - size_ || !Reserve(size_ + count)) return false;
     if (count != 0) std::memcpy(data_ + size_, from, count * sizeof(T));
@@ -58,7 +59,7 @@ class RuntimeArray {
   }
   [[nodiscard]] bool Append(T value) { return Append(&value, 1); }
 
-  // Sets the size; elements that come in are zero.
+  // Sets the size; new elements are zero.
   [[nodiscard]] bool Resize(size_t size) {
     if (!Reserve(size)) return false;
     if (size > size_) std::memset(data_ + size_, 0, (size - size_) * sizeof(T));

@@ -1,11 +1,11 @@
-// A list in the order in which its nodes came that finds them by name in constant time.
+// A linked list in insertion order, with a hash table of its nodes' names.
 #pragma once
 
 #include "registry/registry_name.h"
 
 namespace mirolta::runtime {
 
-// What a node of a NamedList has for it.
+// The links inside each node of a NamedList.
 template <typename Node>
 struct NamedListLinks {
   Node* next = nullptr;
@@ -14,8 +14,9 @@ struct NamedListLinks {
   uint32_t hash = 0;
 };
 
-// NamedList links nodes that somebody else owns. Node has a member `links` and the operations
-// `WideView name() const` and `bool HasName() const`; one without a name is not found.
+// NamedList links nodes that it does not own. Node has a member `links` and the operations
+// `WideView name() const` and `bool HasName() const`; Find and At skip nodes without a name.
+// Time:   Find takes O(1) on average, At takes O(1) for consecutive indices.
 template <typename Node>
 class NamedList {
  public:
@@ -49,7 +50,7 @@ class NamedList {
     return looked_at_;
   }
 
-  // False if memory is short; the list is then as it was.
+  // Errors: false if memory is short; the list is unchanged.
   [[nodiscard]] bool Append(Node* node) { return Insert(node, last_, nullptr); }
   [[nodiscard]] bool Prepend(Node* node) { return Insert(node, nullptr, first_); }
 
@@ -67,7 +68,7 @@ class NamedList {
   }
 
  private:
-  // Shorter lists are searched; then a bucket has one node on average at most.
+  // Shorter lists are searched linearly; longer ones have at most one node a bucket on average.
   static constexpr size_t kFewest = 16;
 
   Node*& Bucket(uint32_t hash) { return buckets_[hash & (buckets_.size() - 1)]; }

@@ -18,21 +18,21 @@ constexpr RootName kRoots[] = {
     {0x80000002u, u"HKEY_LOCAL_MACHINE"},
 };
 
-// An open key is its path from the outermost key: it outlives changes by other processes.
+// An open key is stored as its path from the root, so that it survives a reload of the tree.
 struct OpenKey {
   OpenKey* next = nullptr;
   REGSAM access = 0;
   RuntimeArray<WCHAR> path;
 };
 
-OpenKey* g_open_keys = nullptr;  // touched only inside a RegistryUse
+OpenKey* g_open_keys = nullptr;  // accessed during a RegistryUse only
 
 // A null name or path is an empty one.
 WideView ViewOrEmpty(LPCWSTR text) {
   return text == nullptr ? WideView() : WideView(text);
 }
 
-// What a handle stands for.
+// The root or the open key that a handle refers to.
 struct Place {
   const WCHAR* root = nullptr;  // a root's name
   const OpenKey* open = nullptr;
@@ -58,7 +58,7 @@ LONG PlaceOf(HKEY handle, Place* place) {
   return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_SUCCESS;
 }
 
-// The key of a handle. A root that the file does not have yet is made, in memory only.
+// Finds the key of a handle. A root that the file lacks is created, in memory only.
 LONG FindKey(const RegistryUse& use, HKEY handle, REGSAM access, RegistryKey** key, Place* place) {
   if (use.error() != ERROR_SUCCESS) return use.error();
   LONG error = PlaceOf(handle, place);
@@ -105,14 +105,14 @@ struct NewOpenKey {
   OpenKey* key = nullptr;
 };
 
-// A change that nobody has taken over yet.
+// Owns a change until RegistryUse::Make takes it.
 struct NewChange {
   explicit NewChange(RegistryChange::Kind kind) : change(NewRuntime<RegistryChange>(kind)) {}
   NewChange(const NewChange&) = delete;
   NewChange& operator=(const NewChange&) = delete;
   ~NewChange() { DeleteRuntime(change); }
 
-  // Makes the change below the place of a handle.
+  // Applies the change to the key with the path `below` under a handle's.
   LONG Make(RegistryUse* use, const Place& from, WideView below, bool* changed) {
     const LONG error = JoinPath(from, below, &change->path);
     return error == ERROR_SUCCESS ? use->Make(&change, changed) : error;
@@ -121,7 +121,7 @@ struct NewChange {
   RegistryChange* change;
 };
 
-// Text is kept as whole characters with a terminator, whatever a caller leaves out.
+// Text is stored as whole characters with a terminator, even if the caller omits it.
 LONG TextAsKept(const BYTE* data, DWORD size, RuntimeArray<WCHAR>* text) {
   if (!text->Resize(size / sizeof(WCHAR))) return ERROR_OUTOFMEMORY;
   if (!text->empty()) std::memcpy(text->data(), data, text->size() * sizeof(WCHAR));
@@ -131,7 +131,7 @@ LONG TextAsKept(const BYTE* data, DWORD size, RuntimeArray<WCHAR>* text) {
   return SurvivesFile(ViewOf(*text)) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
 }
 
-// Gives a value's type and data by the rules that querying and enumerating share.
+// Returns a value's type and data, for querying and enumerating.
 LONG GiveData(const RegistryValue& value, DWORD* type, BYTE* data, DWORD* size) {
   if (type != nullptr) *type = value.type;
   if (size == nullptr) return ERROR_SUCCESS;
@@ -142,7 +142,7 @@ LONG GiveData(const RegistryValue& value, DWORD* type, BYTE* data, DWORD* size) 
   return data == nullptr || fits ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
-// Gives a name; *length is the room with the terminator, then the length without.
+// Returns a name. *length is the capacity with the terminator, then the length without it.
 LONG GiveName(WideView name, LPWSTR text, DWORD* length) {
   if (name.size() >= *length) return ERROR_MORE_DATA;
   if (!name.empty()) std::memcpy(text, name.data(), name.size() * sizeof(WCHAR));

@@ -1,5 +1,5 @@
-// One change of the registry: as it is asked for, and as a batch makes it again on what others have
-// written meanwhile.
+// One change of the registry: applied when it is requested, or repeated at the end of a batch on
+// what others have written meanwhile.
 #pragma once
 
 #include "registry/registry_tree.h"
@@ -19,15 +19,15 @@ struct RegistryChange {
   RegistryChange* next = nullptr;  // in a batch
 };
 
-// MakeChange changes the tree; *changed tells whether anything did.
+// MakeChange applies a change to the tree; *changed tells whether it had an effect.
 // Errors: ERROR_KEY_DELETED if the key of a value is missing; ERROR_FILE_NOT_FOUND if what is to be
-//         deleted is; ERROR_ACCESS_DENIED for a key with subkeys and for roots; MakePath's;
-//         ERROR_OUTOFMEMORY. After a failure the tree is as it was.
+//         deleted is missing; ERROR_ACCESS_DENIED for deleting a key with subkeys or a root;
+//         MakePath's; ERROR_OUTOFMEMORY. The tree is then unchanged.
 LONG MakeChange(const RegistryChange& change, RegistryKey* root, bool* changed);
 
-// RepeatChange makes a change that went well on an earlier state of the registry. What others have
-// done since does not let it fail: a key that is gone is made for its value, what is to be deleted
-// and is gone already is no failure, and a key into which others have put subkeys stays.
+// RepeatChange applies a change that succeeded on an earlier state of the registry. Changes by
+// others do not make it fail: a missing key is created for its value, deleting what is gone
+// succeeds, and a key in which others have created subkeys stays.
 // Errors: ERROR_OUTOFMEMORY.
 LONG RepeatChange(const RegistryChange& change, RegistryKey* root, bool* changed);
 

@@ -22,8 +22,8 @@ FileState StateFrom(const struct stat& facts) {
   return {true, facts.st_dev, facts.st_ino, facts.st_size, facts.st_mtim, facts.st_ctim};
 }
 
-// The part of a variable that counts; empty ones and relative folders do not, and none where the
-// process has rights that whoever set them does not have.
+// The value of an environment variable; null if it is empty, relative where it must be absolute, or
+// if the process is set-user-id.
 const char* Variable(const char* name, bool absolute) {
   const char* value = secure_getenv(name);
   if (value == nullptr || *value == 0 || (absolute && *value != '/')) return nullptr;
@@ -52,7 +52,7 @@ LONG WriteAll(int file, const char* bytes, size_t size) {
   return ERROR_SUCCESS;
 }
 
-// The folder of a file, opened, and the file's name in it; without one errno says why.
+// The opened folder of a file and the file's name in it. Without a folder errno says why.
 struct FilePlace {
   explicit FilePlace(const char* file) : name(std::strrchr(file, '/')) {
     RuntimeArray<char> path;
@@ -75,8 +75,8 @@ struct FilePlace {
   const char* name;
 };
 
-// Makes a file that was not there, whatever lies about under its name: what a killed writer left is
-// removed, links are not followed. Writes `text` to it.
+// Creates a file and writes `text` to it. A file left by a killed writer is removed first; links
+// are not followed.
 LONG WriteNew(const FilePlace& place, const char* fresh, const RuntimeArray<char>& text,
               OpenedFile* file) {
   const int folder = place.folder.number;
@@ -126,7 +126,7 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
   *state = {};
   *bad_line = 0;
   struct stat facts = {};
-  // Only looked at: opening a device may do something, and opening a pipe waits.
+  // stat comes first: opening a device may have effects, and opening a pipe blocks.
   if (stat(file, &facts) == 0 && !S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
   const OpenedFile opened(open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (opened.number < 0) {
@@ -166,7 +166,8 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
     if (opened.number >= 0) unlinkat(folder, fresh.data(), 0);
     return error;
   }
-  // After renaming, which may count as a change of the file. One that cannot be told is read anew.
+  // After renaming, which may change ctime. An unknown state makes the next use read the file
+  // again.
   struct stat facts = {};
   *state = fstat(opened.number, &facts) == 0 ? StateFrom(facts) : FileState{};
   return ERROR_SUCCESS;

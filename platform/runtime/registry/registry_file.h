@@ -1,5 +1,5 @@
-// The registry's file: found, read, and replaced as a whole. A reader sees either what stood there
-// before a change or what stands there after it; writers take turns by a lock on a file beside it.
+// The registry's file: located, read, and replaced atomically. A reader sees the content before or
+// after a change; writers hold the lock of registry_lock.h.
 #pragma once
 
 #include <sys/types.h>
@@ -9,7 +9,7 @@
 
 namespace mirolta::runtime {
 
-// What tells one state of the file from another.
+// Identifies one state of the file.
 struct FileState {
   bool exists = false;
   dev_t device = 0;
@@ -20,26 +20,28 @@ struct FileState {
 };
 bool operator==(const FileState& a, const FileState& b);
 
-// NameRegistryFile sets the empty *file to the name of the user's file with a terminator: what
-// MIROLTA_REGISTRY says, else mirolta/registry.reg in XDG_DATA_HOME or in .local/share of the home
-// folder. A process with rights that its user does not have has no such file.
+// NameRegistryFile sets the empty *file to the terminated name of the user's file: the value of
+// MIROLTA_REGISTRY, else mirolta/registry.reg in XDG_DATA_HOME or in .local/share of the home
+// folder. A set-user-id process has none.
 // Errors: ERROR_OUTOFMEMORY; ERROR_FILE_NOT_FOUND if there is none.
 LONG NameRegistryFile(RuntimeArray<char>* file);
 
-// StateOf looks at the file. Errors: any but that it does not exist.
+// StateOf reads the state of the file; that it does not exist is a state.
+// Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_CANTREAD.
 LONG StateOf(const char* file, FileState* state);
 
-// LoadRegistryFile reads the file into the empty key `root`; one that does not exist leaves it
+// LoadRegistryFile reads the file into the empty key `root`; a file that does not exist leaves it
 // empty.
-// Errors: ERROR_BADDB with the offending line; ERROR_ACCESS_DENIED, also for a file that others can
-//         change (file_trust.h); ERROR_OUTOFMEMORY; ERROR_CANTREAD for what is no file and what
-//         else keeps it from being read.
+// Errors: ERROR_BADDB with the malformed line; ERROR_ACCESS_DENIED, also for a file that others can
+//         change (file_trust.h); ERROR_OUTOFMEMORY; ERROR_CANTREAD for anything but a regular file
+//         and for other failures to read.
 LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWORD* bad_line);
 
-// StoreRegistryFile puts a new file in the old one's place, or in the place that a link leads to.
-// It is on the disk before it takes the place, so a crash leaves the one or the other.
-// Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_DISK_FULL, ERROR_CANTWRITE; the old file then
-//         stands untouched.
+// StoreRegistryFile writes a new file and renames it over the old one, or over the target of a
+// symbolic link. The file is synced before it is renamed: a crash leaves the old content or the
+// new.
+// Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_DISK_FULL, ERROR_CANTWRITE; the old file is
+//         then unchanged.
 LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state);
 
 }  // namespace mirolta::runtime

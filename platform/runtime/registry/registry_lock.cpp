@@ -15,12 +15,12 @@ namespace mirolta::runtime {
 namespace {
 
 constexpr mode_t kFolderMode = 0755;
-constexpr mode_t kLockMode = 0600;  // who could only read it could hold it all the same
+constexpr mode_t kLockMode = 0600;  // whoever can open it can hold it
 
-std::mutex g_held_lock;  // holds for moments only
+std::mutex g_held_lock;  // held briefly
 RegistryLock* g_held = nullptr;
 
-// Makes the folders that `file` lies in.
+// Creates the folders above `file`.
 LONG MakeFolders(const char* file) {
   RuntimeArray<char> folder;
   for (const char* slash = std::strchr(file + 1, '/'); slash != nullptr;
@@ -47,7 +47,7 @@ LONG RegistryLock::Enter(const char* file) {
   if (!JoinFileName(&name, target.data(), ".lock")) return ERROR_OUTOFMEMORY;
   constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
   const auto open_file = [&] {
-    // A child that is forked in between would keep what it does not know of.
+    // A child forked before the lock is listed would keep it open.
     const std::lock_guard<std::mutex> lock(g_held_lock);
     lock_file_ = open(name.data(), kFlags, kLockMode);
     if (lock_file_ < 0) return;
@@ -76,7 +76,7 @@ void RegistryLock::Leave() {
   RegistryLock** link = &g_held;
   while (*link != this) link = &(*link)->next_;
   *link = next_;
-  // By name: a child that has the file open would keep the lock beyond its closing here.
+  // Unlocked explicitly: a child that inherited the descriptor would keep the lock after close.
   flock(lock_file_, LOCK_UN);
   close(lock_file_);
   lock_file_ = -1;

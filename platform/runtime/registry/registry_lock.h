@@ -1,12 +1,12 @@
-// The lock that writers of the registry's file take turns by: on a file beside it.
+// The lock that serialises writers of the registry's file.
 #pragma once
 
 #include "portable/registry.h"
 
 namespace mirolta::runtime {
 
-// RegistryLock keeps other writers, threads of this process too, from changing the file. The folder
-// is made if there is none.
+// RegistryLock excludes other writers, threads of this process included, by a lock on a file beside
+// the registry's.
 class RegistryLock {
  public:
   RegistryLock() = default;
@@ -14,17 +14,20 @@ class RegistryLock {
   RegistryLock& operator=(const RegistryLock&) = delete;
   ~RegistryLock() { Leave(); }
 
+  // Enter waits for the lock. It follows symbolic links, as StoreRegistryFile does, and creates the
+  // folders of the file.
+  // Errors: those of FollowLinks; ERROR_ACCESS_DENIED, ERROR_DISK_FULL, ERROR_CANTWRITE.
   LONG Enter(const char* file);
   void Leave();
   bool IsHeld() const { return lock_file_ >= 0; }
 
-  // Around a fork: the child does not keep the locks of its parent's threads.
+  // Called around fork: the child does not keep the locks of its parent's threads.
   static void BeforeFork();
   static void AfterFork(bool in_child);
 
  private:
   int lock_file_ = -1;
-  RegistryLock* next_ = nullptr;  // of those that are held
+  RegistryLock* next_ = nullptr;  // in the list of held locks
 };
 
 }  // namespace mirolta::runtime

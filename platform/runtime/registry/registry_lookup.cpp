@@ -28,7 +28,7 @@ LONG ReadText(LPCWSTR path, LPCWSTR name, WideText* text) {
   OpenedKey opened;
   LONG error = RegOpenKeyExW(HKEY_CLASSES_ROOT, path, 0, KEY_READ, &opened.key);
   DWORD type = REG_NONE;
-  // Another process may set a longer text between the two questions.
+  // Another process may set a longer text between the two queries.
   for (DWORD size = 0; error == ERROR_SUCCESS || error == ERROR_MORE_DATA;) {
     if (!text->Resize(size / sizeof(WCHAR))) return ERROR_OUTOFMEMORY;
     BYTE* place = reinterpret_cast<BYTE*>(text->data());

@@ -1,5 +1,5 @@
-// The steps by which classes and type libraries use the registry. Paths are below
-// HKEY_CLASSES_ROOT; all return a system error number.
+// How classes and type libraries use the registry. Paths are below HKEY_CLASSES_ROOT; all functions
+// return a system error number.
 #pragma once
 
 #include "portable/registry.h"
@@ -7,21 +7,24 @@
 
 namespace mirolta::runtime {
 
-// SetText makes *text the terminated join of up to five parts; ERROR_OUTOFMEMORY if it cannot.
+// SetText sets *text to the terminated concatenation of up to five parts.
+// Errors: ERROR_OUTOFMEMORY.
 LONG SetText(WideText* text, LPCWSTR a, LPCWSTR b = u"", LPCWSTR c = u"", LPCWSTR d = u"",
              LPCWSTR e = u"");
 
-// ReadText reads a text value (null name: the default one) with its terminator;
-// ERROR_FILE_NOT_FOUND if the key or the value is missing or is no text.
+// ReadText reads a text value with its terminator; a null name is the default value.
+// Errors: ERROR_FILE_NOT_FOUND if the key or value is missing or is no text; ERROR_OUTOFMEMORY;
+//         those of reading the registry.
 LONG ReadText(LPCWSTR path, LPCWSTR name, WideText* text);
 
-// WriteText makes the key if needed.
+// WriteText sets a text value and creates its key if needed.
 LONG WriteText(LPCWSTR path, LPCWSTR name, LPCWSTR text);
 
-// DeleteKeyTree deletes a key with all below it; one that is missing is no error.
+// DeleteKeyTree deletes a key and everything below it; a missing key is no error.
 LONG DeleteKeyTree(LPCWSTR path);
 
-// SubkeyName gives the name of the subkey with this index; ERROR_NO_MORE_ITEMS after the last.
+// SubkeyName returns the name of the subkey with this index.
+// Errors: ERROR_NO_MORE_ITEMS past the last; ERROR_FILE_NOT_FOUND for a missing key.
 constexpr DWORD kKeyNameCapacity = 256;
 LONG SubkeyName(LPCWSTR path, DWORD index, WCHAR (&name)[kKeyNameCapacity]);
 

@@ -8,7 +8,7 @@
 namespace mirolta::runtime {
 namespace {
 
-// Letter case of all scripts, whatever locale the process runs in; else that of ASCII.
+// Folds letters of all scripts, in any locale of the process; without the C.UTF-8 locale, of ASCII.
 WCHAR Folded(WCHAR c) {
   if (c < 0x80) return LowerAscii(c);
   static const locale_t locale =

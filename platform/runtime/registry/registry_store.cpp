@@ -10,16 +10,16 @@
 namespace mirolta::runtime {
 namespace {
 
-// What follows, and the keys of the tree, under g_lock. Nothing here has a destructor that runs at
-// the end of the process; what is left in memory then is still in use by definition.
+// Protected by g_lock, as is the tree. Nothing here is destroyed at exit: other threads may still
+// use it.
 std::mutex g_lock;
 RegistryKey* g_root = nullptr;  // null: nothing loaded
 FileState g_state;
-RuntimeArray<char>* g_file = nullptr;  // what g_root was loaded from
+RuntimeArray<char>* g_file = nullptr;  // the file that g_root was loaded from
 bool g_in_memory = false;
 DWORD g_bad_line = 0;
 
-// The changes that a thread collects.
+// The changes that a thread has collected.
 struct Batch {
   unsigned depth = 0;
   RegistryKey root;  // the registry with the changes
@@ -35,14 +35,14 @@ struct Batch {
 };
 thread_local Batch* t_batch = nullptr;
 
-// A thread that ends within a batch gives it up: the key's value is the thread's batch.
+// Discards the batch of a thread that ends; it is the thread's value of this key.
 pthread_key_t g_batch_end;
 bool g_has_batch_end = false;
 void GiveUp(void* batch) {
   DeleteRuntime(static_cast<Batch*>(batch));
 }
 
-// A process that is forked finds the registry held by nobody, and keeps no lock of its parent.
+// A forked child finds the registry unlocked and holds no lock of its parent.
 void BeforeFork() {
   g_lock.lock();
   RegistryLock::BeforeFork();
@@ -69,7 +69,7 @@ void Forget() {
   g_state = {};
 }
 
-// Loads what the file says unless that is what is loaded.
+// Loads the file unless it is unchanged since it was loaded.
 LONG Refresh() {
   if (g_root != nullptr && g_in_memory) return ERROR_SUCCESS;
   RuntimeArray<char> file;
@@ -133,7 +133,7 @@ LONG RegistryUse::Make(RegistryChange** change, bool* changed) {
   if (t_batch != nullptr) {
     const LONG error = MakeChange(**change, &t_batch->root, changed);
     if (error != ERROR_SUCCESS) return error;
-    // Also if it changes nothing here: it may where it is repeated.
+    // Collected even if it changes nothing now: it may when it is repeated.
     *t_batch->end = *change;
     t_batch->end = &(*change)->next;
     *change = nullptr;
@@ -169,7 +169,7 @@ LONG RegistryUse::MakeAgain(const RegistryChange* first) {
   return error;
 }
 
-// Makes `draft` the registry. Other processes cannot: the file's lock is held.
+// Makes `draft` the registry. The file's lock is held, so no other process does the same.
 LONG RegistryUse::Publish(RegistryKey* draft) {
   LONG error = ERROR_SUCCESS;
   FileState state;
@@ -183,7 +183,7 @@ LONG RegistryUse::Publish(RegistryKey* draft) {
     error = StoreRegistryFile(file.data(), *draft, &state);
     g_lock.lock();
   }
-  // Another thread may have changed to memory meanwhile, where this is not seen.
+  // Another thread may have switched to memory meanwhile, where this change is not visible.
   if (error != ERROR_SUCCESS || (g_in_memory && !file.empty())) {
     DeleteRuntime(draft);
     return error;

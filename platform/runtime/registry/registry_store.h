@@ -1,6 +1,5 @@
-// The registry as this process sees it: the file's content kept in memory for as long as the file
-// does not change, or a registry in memory only; and for a thread that collects changes, what they
-// make of it.
+// The registry as this process sees it: a cached copy of the file, or a registry in memory only;
+// for a thread with a batch, a copy with its changes.
 #pragma once
 
 #include "portable/registry_mode.h"
@@ -16,9 +15,9 @@ enum class RegistryAccess : uint8_t {
   kWrite,
 };
 
-// RegistryUse holds the process's registry, its table of open keys included, from its making to its
-// end. After error() is 0, root() holds the current content. A use for writing holds the file's
-// lock too. Nobody waits for another process or for the disk while holding the registry.
+// RegistryUse locks the process's registry and its table of open keys for its lifetime. If error()
+// is 0, root() is the current content. A use for writing also holds the file's lock. No thread
+// waits for another process or for the disk while it holds the registry.
 class RegistryUse {
  public:
   explicit RegistryUse(RegistryAccess access);
@@ -29,12 +28,13 @@ class RegistryUse {
   LONG error() const { return error_; }
   RegistryKey* root() const;
 
-  // Make makes a change and writes it, unless it changes nothing; a thread's batch collects it,
-  // taking it over and leaving null. The registry is not held while it is written: root() may be
-  // another one afterwards.
-  // Errors: MakeChange's and those of writing, with nothing changed.
+  // Make applies a change and writes the file, unless nothing changed. A thread's batch takes the
+  // change instead and sets *change to null. The registry is unlocked while the file is written:
+  // root() may differ afterwards.
+  // Errors: MakeChange's and those of writing; nothing is changed then.
   LONG Make(RegistryChange** change, bool* changed);
-  // MakeAgain repeats a batch's changes and writes the result at once.
+  // MakeAgain applies the changes of a batch and writes the result once.
+  // Errors: RepeatChange's and those of writing; nothing is changed then.
   LONG MakeAgain(const RegistryChange* first);
 
  private:

@@ -28,7 +28,7 @@ class Parser {
   }
 
  private:
-  // Makes the next line, without its end and the blanks there, the current one.
+  // Advances to the next line, without its line break and trailing blanks.
   bool NextLine() {
     ++line_number_;
     if (rest_ == end_) return false;
@@ -89,7 +89,7 @@ class Parser {
     if (!Take('@')) {
       const LONG error = Quoted(&name);
       if (error != ERROR_SUCCESS) return error;
-      // A named value has a name, and a second one of that name would be lost.
+      // A quoted name is not empty, and a duplicate would replace the first value.
       if (name.empty() || name.size() > kLongestValueName) return ERROR_BADDB;
     }
     if (key_->FindValue(ViewOf(name)) != nullptr) return ERROR_BADDB;
@@ -154,7 +154,7 @@ class Parser {
     return count != 0;
   }
 
-  // Bytes parted by commas; a backslash at the end of a line goes on with the next.
+  // Bytes separated by commas; a backslash at the end of a line continues it.
   LONG HexBytes(RuntimeArray<BYTE>* bytes) {
     SkipBlanks();
     if (AtEnd()) return ERROR_SUCCESS;

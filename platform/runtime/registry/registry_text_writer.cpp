@@ -118,7 +118,7 @@ bool SurvivesFile(WideView text) {
     uint32_t point;
     at += DecodeUtf16(text.data() + at, text.size() - at, &point);
     if (!IsHighSurrogate(point) && !IsLowSurrogate(point)) continue;
-    // Rare: see what comes back.
+    // Rare: compare with what is read back.
     RuntimeArray<char> bytes;
     RuntimeArray<WCHAR> again;
     return AppendUtf8FromWide(text, &bytes) &&

@@ -1,5 +1,4 @@
-// The registry's content in memory: keys that hold keys and values, in the order in which they
-// came.
+// The registry's content in memory: keys that hold keys and values, in insertion order.
 #pragma once
 
 #include "portable/registry.h"
@@ -13,8 +12,8 @@ constexpr bool IsTextType(DWORD type) {
   return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
-// A value, or a comment line that the file has at this place; a comment's text is its data.
-// Texts are kept as 16-bit characters in this processor's byte order, terminator included.
+// A value, or a comment line of the file, kept in its place; the text of a comment is its data.
+// Text values are 16-bit characters in native byte order, with the terminator.
 struct RegistryValue {
   NamedListLinks<RegistryValue> links;
   bool is_comment = false;
@@ -43,7 +42,7 @@ class RegistryKey {
   WideView name() const { return ViewOf(name_); }
   bool HasName() const { return true; }
 
-  // By index, null if there are not so many; comments do not count.
+  // By index, comments not counted; null past the end.
   const RegistryKey* ChildAt(DWORD index) const { return children_.At(index); }
   const RegistryValue* ValueAt(DWORD index) const { return values_.At(index); }
   RegistryKey* FindChild(WideView name) const { return children_.Find(name); }
@@ -52,21 +51,22 @@ class RegistryKey {
   void RemoveChild(RegistryKey* child);
 
   const RegistryValue* FindValue(WideView name) const { return values_.Find(name); }
-  // Sets a value, replacing one of that name at its place. A new default value comes first, others
-  // last. False if memory is short; the key is then as it was.
+  // Sets a value; one of that name is replaced in its place. A new default value comes first,
+  // others last.
+  // Errors: false if memory is short; the key is unchanged.
   [[nodiscard]] bool SetValue(WideView name, DWORD type, const BYTE* data, size_t size);
   [[nodiscard]] bool AddComment(const char* text, size_t size);
   bool RemoveValue(WideView name);
 
-  // CopyTo adds copies of the values and keys to the empty key `copy`; false if memory is short,
-  // with some of them added.
+  // CopyTo adds copies of the values and keys to the empty key `copy`.
+  // Errors: false if memory is short; some of them may have been added.
   [[nodiscard]] bool CopyTo(RegistryKey* copy) const;
 
-  // FindPath follows names parted by backslashes; null if one is missing.
+  // FindPath follows names separated by backslashes; null if one is missing.
   RegistryKey* FindPath(WideView path);
-  // MakePath does so and adds what is missing. *made tells whether the last one was.
+  // MakePath does the same and adds missing keys; *made tells whether the last key is new.
   // Errors: ERROR_OUTOFMEMORY; ERROR_INVALID_PARAMETER for a name that is too long or has control
-  // characters, and for keys too deep. After a failure the tree is as it was.
+  //         characters, and for a path that is too deep. The tree is then unchanged.
   LONG MakePath(WideView path, RegistryKey** key, bool* made);
 
   NamedListLinks<RegistryKey> links;  // the list's own

@@ -13,7 +13,7 @@ namespace mirolta::runtime {
 namespace {
 
 constexpr DWORD kAccess = 0x3;
-constexpr DWORD kSharing = 0x70;  // other openers are not kept out here
+constexpr DWORD kSharing = 0x70;  // accepted, without effect
 constexpr size_t kLargestTransfer = 0x40000000;
 
 struct StatusRow {
@@ -23,7 +23,7 @@ struct StatusRow {
 constexpr StatusRow kStatuses[] = {
     {ENOENT, STG_E_FILENOTFOUND},      {ENOTDIR, STG_E_FILENOTFOUND}, {EACCES, STG_E_ACCESSDENIED},
     {EPERM, STG_E_ACCESSDENIED},       {EROFS, STG_E_ACCESSDENIED},   {EISDIR, STG_E_ACCESSDENIED},
-    {ETXTBSY, STG_E_ACCESSDENIED},     {EBADF, STG_E_ACCESSDENIED},  // opened for the other use
+    {ETXTBSY, STG_E_ACCESSDENIED},     {EBADF, STG_E_ACCESSDENIED},  // opened for the other direction
     {EEXIST, STG_E_FILEALREADYEXISTS}, {ENOSPC, STG_E_MEDIUMFULL},    {EDQUOT, STG_E_MEDIUMFULL},
     {EFBIG, STG_E_MEDIUMFULL},         {ENOMEM, E_OUTOFMEMORY},
 };
@@ -36,14 +36,14 @@ HRESULT StatusOf(int error, HRESULT otherwise) {
 }
 
 FILETIME FileTime(const timespec& time) {
-  // Tenths of microseconds since 1601.
+  // Units of 100 ns since 1601.
   const uint64_t ticks = (static_cast<uint64_t>(time.tv_sec) + 11644473600u) * 10000000u +
                          static_cast<uint64_t>(time.tv_nsec) / 100u;
   return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-// A stream over an open file; the position is the system's. Pipes and devices can be read and
-// written but not moved in. A read that reaches the end gives S_FALSE.
+// A stream over an open file, at the file's own position. Pipes and devices cannot be positioned. A
+// read that reaches the end returns S_FALSE.
 class FileStream final : public StreamBase {
  public:
   FileStream(int file, DWORD mode, RuntimeArray<WCHAR>&& name)
@@ -67,7 +67,7 @@ class FileStream final : public StreamBase {
     return status;
   }
 
-  // After a failure `written` says what reached the file before.
+  // After a failure *written counts the bytes written before it.
   HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override {
     ULONG done = 0;
     HRESULT status = bytes == nullptr ? STG_E_INVALIDPOINTER : S_OK;
@@ -105,7 +105,7 @@ class FileStream final : public StreamBase {
     return S_OK;
   }
 
-  // Returns once the bytes are on the disk; pipes and devices have none.
+  // Syncs the file; pipes and devices cannot be synced.
   HRESULT STDMETHODCALLTYPE Commit(DWORD) override {
     if ((mode_ & kAccess) == STGM_READ) return S_OK;
     while (fsync(file_) != 0) {
@@ -139,7 +139,7 @@ class FileStream final : public StreamBase {
 
   HRESULT STDMETHODCALLTYPE Clone(IStream** out) override {
     if (out != nullptr) *out = nullptr;
-    return E_NOTIMPL;  // the platform's file stream has no clones either
+    return E_NOTIMPL;  // as the platform's file stream
   }
 
  private:

@@ -8,7 +8,7 @@
 namespace mirolta::runtime {
 namespace {
 
-// The bytes that a stream and its clones share; clones may be used by different threads.
+// The bytes that a stream shares with its clones, which other threads may use.
 struct SharedBytes {
   LONG volatile references = 1;
   std::mutex lock;
@@ -37,7 +37,7 @@ class MemoryStream final : public StreamBase {
     return S_OK;
   }
 
-  // All or, if memory is short, nothing.
+  // Writes all bytes, or none if memory is short.
   HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override {
     if (written != nullptr) *written = 0;
     if (bytes == nullptr) return STG_E_INVALIDPOINTER;

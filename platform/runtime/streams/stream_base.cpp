@@ -55,7 +55,7 @@ HRESULT STDMETHODCALLTYPE StreamBase::CopyTo(IStream* to, ULARGE_INTEGER count,
     }
     return status;
   };
-  // Copying takes the bytes through registers.
+  // Copying leaves the bytes in registers.
   while (SUCCEEDED(status) && left != 0) (void)RunWiped(copy_block);
   WipeMemory(block, static_cast<size_t>(std::min<ULONGLONG>(taken, sizeof(block))));
   if (read != nullptr) read->QuadPart = taken;

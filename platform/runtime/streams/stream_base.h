@@ -1,5 +1,5 @@
-// What the runtime's own streams share: counting, identity, and the operations that neither a
-// memory nor a file stream has anything to do for.
+// The common base of memory and file streams: reference count, identity, copying, and operations
+// that do nothing.
 #pragma once
 
 #include "portable/stream.h"
@@ -17,11 +17,12 @@ class StreamBase : public IStream {
   ULONG STDMETHODCALLTYPE AddRef() override;
   ULONG STDMETHODCALLTYPE Release() override;
 
-  // CopyTo stops at the end of this stream or when `to` takes less than it is given, which is
-  // STG_E_MEDIUMFULL. What was copied until a failure stays copied and is counted.
+  // CopyTo stops at the end of this stream. What was copied before a failure stays copied and is
+  // counted.
+  // Errors: those of reading and writing; STG_E_MEDIUMFULL if `to` takes less than it is given.
   HRESULT STDMETHODCALLTYPE CopyTo(IStream* to, ULARGE_INTEGER count, ULARGE_INTEGER* read,
                                    ULARGE_INTEGER* written) override;
-  HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return S_OK; }  // nothing is held back
+  HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return S_OK; }  // nothing is buffered
   HRESULT STDMETHODCALLTYPE Revert() override { return S_OK; }
   HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
     return STG_E_INVALIDFUNCTION;
@@ -32,10 +33,9 @@ class StreamBase : public IStream {
 
  protected:
   ~StreamBase() = default;
-  // Ends the object and gives its memory back.
+  // Destroys the object and frees its memory.
   virtual void Destroy() = 0;
-  // At most how many bytes a copy that starts now may take: a stream that is copied to a clone of
-  // itself grows while it is read.
+  // The most bytes that a copy may read: a stream that is copied to its own clone grows meanwhile.
   virtual ULONGLONG CopyLimit() = 0;
 
  private:

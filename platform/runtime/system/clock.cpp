@@ -9,7 +9,7 @@ namespace {
 
 std::atomic<const MiroltaClock*> g_clock{nullptr};
 
-// tzset writes what the whole process reads, and no standard makes that safe among threads.
+// tzset writes process-wide state and need not be thread-safe.
 std::mutex g_time_zone;
 
 }  // namespace
@@ -43,7 +43,7 @@ extern "C" void GetLocalTime(SYSTEMTIME* time) {
   tm local = {};
   {
     const std::lock_guard<std::mutex> lock(g_time_zone);
-    tzset();  // localtime_r need not look at the time zone by itself
+    tzset();  // localtime_r need not call it
     localtime_r(&now.tv_sec, &local);
   }
   *time = {static_cast<WORD>(local.tm_year + 1900), static_cast<WORD>(local.tm_mon + 1),

@@ -10,7 +10,7 @@ namespace {
 
 std::atomic<const MiroltaLockProbe*> g_probe{nullptr};
 
-// A relaxed load is all that a lock pays while no probe is set.
+// While no probe is set, a lock pays for one relaxed load.
 const MiroltaLockProbe* Probe() {
   if (g_probe.load(std::memory_order_relaxed) == nullptr) return nullptr;
   return g_probe.load(std::memory_order_acquire);

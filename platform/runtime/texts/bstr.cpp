@@ -11,7 +11,7 @@ namespace mirolta::runtime {
 namespace {
 
 constexpr size_t kHeaderBytes = 8;  // keeps the text aligned like the block
-// A whole zero character also after an odd number of bytes.
+// A whole terminator, even after an odd number of bytes.
 constexpr size_t kTerminatorBytes = 2 * sizeof(OLECHAR) - 1;
 // Room for header and terminator even where size_t has 32 bits.
 constexpr UINT kMaxBytes = 0xFFFFFFFFu - kHeaderBytes - kTerminatorBytes;
@@ -29,7 +29,7 @@ BSTR Finish(void* memory, UINT byte_length) {
   return static_cast<BSTR>(static_cast<void*>(block + kHeaderBytes));
 }
 
-// Without source bytes the text is zeros.
+// A null source gives zeros.
 BSTR Make(const void* from, UINT byte_length) {
   if (byte_length > kMaxBytes) return nullptr;
   BSTR text =
@@ -90,7 +90,7 @@ INT SysReAllocStringLen(BSTR* text, const OLECHAR* from, UINT length) {
   return TRUE;
 }
 
-// Texts that the runtime itself made on the way to another type are freed here too.
+// Wiped here rather than by callers: intermediate texts of conversions are freed here too.
 void SysFreeString(BSTR text) {
   if (text == nullptr) return;
   if (WipesOnFree()) WipeMemory(text, SysStringByteLen(text));

@@ -83,6 +83,6 @@ extern "C" HRESULT StringFromCLSID(REFCLSID id, LPOLESTR* text) {
 extern "C" HRESULT CLSIDFromString(LPCOLESTR text, CLSID* id) {
   if (id == nullptr) return E_INVALIDARG;
   *id = CLSID_NULL;
-  if (text == nullptr) return S_OK;  // the platform reads no text as the null identifier
+  if (text == nullptr) return S_OK;  // as on the platform, null reads as GUID_NULL
   return ParseGuid(text, id) ? S_OK : CO_E_CLASSSTRING;
 }

@@ -12,7 +12,7 @@ namespace mirolta::runtime {
 
 namespace {
 
-// Hands out places in one block. With a null base it only measures.
+// A bump allocator over one block. With a null base it only measures.
 class Arena {
  public:
   explicit Arena(BYTE* base) : base_(base) {}

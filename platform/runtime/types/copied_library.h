@@ -1,6 +1,6 @@
-// A type library's tables, copied out of the module that carries them: type information may outlive
-// the module, so it must not point into it. Only the calls still lead there, and they are made on
-// live objects, which keep their module loaded.
+// A copy of a type library's tables. Type information may outlive the module, so it must not point
+// into the module's memory. Only the members' calls do; they are made on live objects, which keep
+// their module loaded.
 #pragma once
 
 #include "portable/type_tables.h"

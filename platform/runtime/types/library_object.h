@@ -1,4 +1,4 @@
-// What a type library's object and its types' objects share.
+// The common base of ITypeLib and ITypeInfo objects.
 #pragma once
 
 #include "heap/allocation.h"
@@ -7,8 +7,8 @@
 
 namespace mirolta::runtime {
 
-// LibraryObject is the IUnknown of an object with one interface over a copied library: it owns a
-// reference to the library. Derived classes add nothing that would have to be destroyed.
+// LibraryObject implements IUnknown for an object with one interface over a copied library, to
+// which it owns a reference. Derived classes add only trivially destructible members.
 template <typename Interface, const IID& kIid>
 class LibraryObject : public Interface {
  public:

@@ -89,7 +89,7 @@ class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
     const MemberRow* row = FindMember(id);
     if (row == nullptr) return TYPE_E_ELEMENTNOTFOUND;
     if (capacity == 0) return S_OK;
-    // A put names its value by the property's own name, so the value parameter has none.
+    // The value of a put has no name of its own.
     const bool puts = row->kind == kPut || row->kind == kPutRef;
     const unsigned named = row->parameters.Count() - (puts ? 1 : 0);
     HRESULT status = AppendName(row->name, names, count);

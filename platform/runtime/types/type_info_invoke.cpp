@@ -58,7 +58,7 @@ class CallArguments {
  private:
   static bool IsPut(const MemberRow& row) { return row.kind == kPut || row.kind == kPutRef; }
 
-  // A put's value comes first in memory, named as such.
+  // The value of a put is the first argument, named DISPID_PROPERTYPUT.
   static bool NamesItsValue(const DISPPARAMS& params) {
     return params.cNamedArgs > 0 && params.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT;
   }
@@ -116,7 +116,7 @@ class CallArguments {
     VARIANT& value = values_[index];
     const VARTYPE type = parameter.type.type;
     if (type == VT_VARIANT) {
-      // As it is: what a reference means is the member's business.
+      // Passed unchanged: the member resolves references.
       value = from;
       return S_OK;
     }
@@ -128,8 +128,7 @@ class CallArguments {
       return S_OK;
     }
     if (from.vt == type) {
-      // A number alone: copying the whole value waits for the parts that the caller has just
-      // stored.
+      // Copies the number only: copying the whole VARIANT would stall on store forwarding.
       if (type == VT_I4) {
         value.vt = type;
         value.lVal = from.lVal;
@@ -144,8 +143,8 @@ class CallArguments {
     return status;
   }
 
-  VARIANT values_[kMaxParameters];  // set as far as the member has parameters and looks at them
-  unsigned owned_ = 0;              // a bit for each that is to be cleared
+  VARIANT values_[kMaxParameters];  // set for the member's parameters only
+  unsigned owned_ = 0;              // a bit for each value to clear
 };
 
 void FillException(EXCEPINFO* exception, HRESULT status, IErrorInfo* info) {
@@ -158,8 +157,9 @@ void FillException(EXCEPINFO* exception, HRESULT status, IErrorInfo* info) {
   info->GetHelpContext(&exception->dwHelpContext);
 }
 
-// The thread's error slot around one call: empty while the member runs, so that what it publishes
-// is told from an earlier description, which comes back unless the member published a newer one.
+// Empties the thread's error slot for one call, so that an error that the member publishes can be
+// distinguished from an earlier one. The earlier one is restored unless the member published its
+// own.
 class ErrorSlotScope {
  public:
   ErrorSlotScope() : slot_(ThreadErrorSlot()), before_(*slot_) { *slot_ = nullptr; }
@@ -174,8 +174,8 @@ class ErrorSlotScope {
   ErrorSlotScope(const ErrorSlotScope&) = delete;
   ErrorSlotScope& operator=(const ErrorSlotScope&) = delete;
 
-  // Ends the call with a status. A failure's description moves to `exception` if there is one;
-  // otherwise what was published stays in the slot.
+  // Ends the call with a status. The description of a failure moves to `exception` if there is one;
+  // otherwise it stays in the slot.
   void Finish(HRESULT status, EXCEPINFO* exception) {
     IErrorInfo* const info = *slot_;
     published_ = info != nullptr;

@@ -108,7 +108,7 @@ class TypeLibrary final : public LibraryObject<ITypeLib, IID_ITypeLib> {
   }
 
  private:
-  // Types and members by name; a property's get and put are one name.
+  // Visits the names of types and members; a property's get and put share one name.
   template <typename Visit>
   void ForEachName(Visit visit) const {
     const TypeLibraryTable& table = library_->table;

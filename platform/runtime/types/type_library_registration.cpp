@@ -9,23 +9,23 @@
 namespace mirolta::runtime {
 namespace {
 
-// A library's files by system, below version and locale.
+// The subkey of a library's file for each system kind, below version and locale.
 struct PlatformName {
   SYSKIND kind;
   LPCWSTR name;
 };
 constexpr PlatformName kPlatforms[] = {{SYS_WIN32, u"linux32"}, {SYS_WIN64, u"linux64"}};
 constexpr LPCWSTR kPlatform = kPlatforms[sizeof(void*) == 8 ? 1 : 0].name;
-// The platform's marshalers for automation interfaces and for late-bound ones only.
+// The platform's proxy/stub classes for automation interfaces and for pure dispatch interfaces.
 constexpr LPCWSTR kAutomationMarshaler = u"{00020424-0000-0000-C000-000000000046}";
 constexpr LPCWSTR kDispatchMarshaler = u"{00020420-0000-0000-C000-000000000046}";
 
-// A number's digits, possibly more after them.
-struct NumberText {
+// The digits of a number; others may follow.
+struct NumberDigits {
   WCHAR text[24] = {};
   size_t length = 0;
 
-  NumberText(uint32_t number, uint32_t base) { Append(number, base); }
+  NumberDigits(uint32_t number, uint32_t base) { Append(number, base); }
   void Append(uint32_t number, uint32_t base) {
     uint32_t unit = 1;
     while (number / unit >= base) unit *= base;
@@ -33,8 +33,8 @@ struct NumberText {
   }
 };
 
-NumberText VersionText(WORD major, WORD minor) {
-  NumberText version(major, 16);
+NumberDigits VersionText(WORD major, WORD minor) {
+  NumberDigits version(major, 16);
   version.text[version.length++] = u'.';
   version.Append(minor, 16);
   return version;
@@ -73,9 +73,9 @@ LONG WriteRows(LPCWSTR base, const Row (&rows)[kCount]) {
 }
 
 HRESULT WriteLibrary(const TLIBATTR& attributes, LPCWSTR help, LPCWSTR file, LPCWSTR folder) {
-  const NumberText version = VersionText(attributes.wMajorVerNum, attributes.wMinorVerNum);
-  const NumberText flags(attributes.wLibFlags, 10);
-  const NumberText locale(attributes.lcid, 16);
+  const NumberDigits version = VersionText(attributes.wMajorVerNum, attributes.wMinorVerNum);
+  const NumberDigits flags(attributes.wLibFlags, 10);
+  const NumberDigits locale(attributes.lcid, 16);
   const GuidText id(attributes.guid);
   WideText base;
   WideText place;
@@ -97,7 +97,7 @@ HRESULT WriteInterface(const TLIBATTR& library, const TYPEATTR& attributes, LPCW
                          (attributes.typekind == TKIND_INTERFACE && automation);
   if (!marshaled) return S_OK;
   const LPCWSTR marshaler = automation ? kAutomationMarshaler : kDispatchMarshaler;
-  const NumberText version = VersionText(library.wMajorVerNum, library.wMinorVerNum);
+  const NumberDigits version = VersionText(library.wMajorVerNum, library.wMinorVerNum);
   const GuidText id(library.guid);
   WideText base;
   const LONG error = SetText(&base, u"Interface\\", GuidText(attributes.guid).text);
@@ -132,7 +132,7 @@ HRESULT WriteInterfaces(ITypeLib* library, const TLIBATTR& attributes) {
   return status;
 }
 
-// DeleteInterfaces deletes the rows of interfaces that name this version of the library.
+// DeleteInterfaces deletes the keys of interfaces that name this version of the library.
 LONG DeleteInterfaces(LPCWSTR id, LPCWSTR version) {
   WCHAR name[kKeyNameCapacity];
   WideText path;
@@ -163,7 +163,7 @@ LONG DeleteIfEmpty(LPCWSTR path) {
   return error == ERROR_NO_MORE_ITEMS ? RegDeleteKeyW(HKEY_CLASSES_ROOT, path) : error;
 }
 
-// Whether a version of a library has files for some locale and system still.
+// Whether a version still has a file for any locale and system.
 LONG HasFiles(LPCWSTR version_path, bool* has) {
   WCHAR name[kKeyNameCapacity];
   *has = false;
@@ -177,8 +177,8 @@ LONG HasFiles(LPCWSTR version_path, bool* has) {
 
 LONG DeleteLibrary(REFGUID library, WORD major, WORD minor, LCID locale, SYSKIND kind) {
   const GuidText id(library);
-  const NumberText version = VersionText(major, minor);
-  const NumberText locale_text(locale, 16);
+  const NumberDigits version = VersionText(major, minor);
+  const NumberDigits locale_text(locale, 16);
   LPCWSTR platform = nullptr;
   for (const PlatformName& row : kPlatforms) {
     if (row.kind == kind) platform = row.name;
@@ -203,7 +203,7 @@ LONG DeleteLibrary(REFGUID library, WORD major, WORD minor, LCID locale, SYSKIND
   }
   if (error == ERROR_SUCCESS) error = DeleteKeyTree(file_path.data());
   if (error == ERROR_SUCCESS) error = DeleteIfEmpty(locale_path.data());
-  // The last file takes with it what all share.
+  // With the last file, what all files of the version share is deleted.
   bool has_files = false;
   if (error == ERROR_SUCCESS) error = HasFiles(path.data(), &has_files);
   if (error != ERROR_SUCCESS || has_files) return error;
@@ -291,13 +291,13 @@ extern "C" HRESULT LoadRegTypeLib(REFGUID library, WORD major, WORD minor, LCID 
   WideText base;
   LONG error = SetText(&base, u"TypeLib\\", GuidText(library).text);
   if (error == ERROR_SUCCESS) error = FindVersion(base.data(), major, minor, &found);
-  // The locale's own library, that of its language, or one for all.
+  // First the locale itself, then its language, then the neutral locale.
   WideText path;
   WideText file;
   for (const LCID wanted : {locale, locale & 0x3FFu, LCID{0}}) {
     if (error != ERROR_SUCCESS) break;
-    const NumberText version = VersionText(major, found);
-    const NumberText locale_text(wanted, 16);
+    const NumberDigits version = VersionText(major, found);
+    const NumberDigits locale_text(wanted, 16);
     WideText place;
     error = SetText(&place, u"\\", version.text, u"\\", locale_text.text, u"\\");
     if (error == ERROR_SUCCESS) error = SetText(&path, base.data(), place.data(), kPlatform);

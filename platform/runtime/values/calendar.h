@@ -1,4 +1,6 @@
-// The Gregorian calendar and day numbers counted from 30 December 1899.
+// The Gregorian calendar, and day numbers counted from 30 December 1899.
+// Source: Hinnant, chrono-Compatible Low-Level Date Algorithms, days_from_civil and
+//         civil_from_days.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Life of a VARIANT: made empty, cleared, copied with what it owns.
+// Lifetime of a VARIANT: initialised, cleared, copied with what it owns.
 #include <cstring>
 
 #include "portable/dispatch.h"
@@ -7,8 +7,8 @@
 namespace mirolta::runtime {
 namespace {
 
-// OwnCopy turns the shallow view *value into a value of its own.
-// Errors: *value is VT_EMPTY then and owns nothing.
+// OwnCopy turns the shallow view *value into an owned copy.
+// Errors: those of copying; *value is then VT_EMPTY.
 HRESULT OwnCopy(VARIANT* value) {
   HRESULT status = S_OK;
   if ((value->vt & VT_BYREF) != 0) return S_OK;
@@ -77,7 +77,7 @@ HRESULT VariantCopyInd(VARIANT* to, const VARIANT* from) {
   if (SUCCEEDED(status)) status = CheckType(made.vt);
   if (SUCCEEDED(status)) status = OwnCopy(&made);
   if (FAILED(status)) return status;
-  // The reference itself may be what is overwritten, and its target may be *to.
+  // *to may be the reference or what it refers to, so it is cleared last.
   status = VariantClear(to);
   if (FAILED(status)) {
     VariantClear(&made);

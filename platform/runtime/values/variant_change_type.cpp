@@ -94,7 +94,7 @@ HRESULT NumberOfText(BSTR text, VARTYPE type, VARIANT* made) {
   Number exact;
   exact.digits = number.digits;
   if (type == VT_BOOL) {
-    // Truth is asked of the real number: what is too large for one has none.
+    // Converted by way of a real: a number too large for one overflows.
     exact.kind = Number::Kind::kReal;
     if (!DigitsToReal(number.digits, &exact.real)) return DISP_E_OVERFLOW;
   }
@@ -118,7 +118,7 @@ HRESULT QueryObject(IUnknown* from, VARTYPE type, VARIANT* made) {
   return S_OK;
 }
 
-// DefaultValue asks the object, then the object that it answers with, and so on.
+// DefaultValue follows default values that are objects themselves.
 HRESULT DefaultValue(IDispatch* object, LCID locale, VARIANT* value) {
   constexpr int kMaxDepth = 32;  // an object may be its own default value
   VARIANT current;
@@ -155,12 +155,12 @@ HRESULT ChangeEmpty(VARTYPE type, VARIANT* made) {
 }
 
 bool IsCheckedDate(VARTYPE from) {
-  // Currency, decimals and singles go to dates unchecked on the platform.
+  // The platform does not check the range of dates made from these.
   return from != VT_CY && from != VT_DECIMAL && from != VT_R4;
 }
 
-// Change makes a value of another type from *from, which is no reference and stays owned by the
-// caller. *made is VT_EMPTY before; after a failure its content is meaningless and owns nothing.
+// Change converts *from, which is no reference and stays owned by the caller. *made is VT_EMPTY
+// before; after a failure it owns nothing.
 HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VARIANT* made) {
   if (from.vt == kByteArray && type == VT_BSTR) {
     made->vt = VT_BSTR;
@@ -200,7 +200,7 @@ HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VAR
     HRESULT status = DefaultValue(from.pdispVal, locale, &value);
     if (FAILED(status)) return status;
     if (value.vt == type && (type != VT_BSTR || value.bstrVal != nullptr)) {
-      // Moved, not copied: what the object gave may be a secret, and no copy of it is left behind.
+      // Moved, not copied: the value may be a secret.
       *made = value;
       return S_OK;
     }
@@ -246,7 +246,7 @@ HRESULT ChangeInto(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags, 
     status = Change(view, locale, flags, type, &made);
   }
   if (FAILED(status)) return status;
-  // Only now: *to may be the source or what it refers to.
+  // Cleared last: *to may be the source or what it refers to.
   status = VariantClear(to);
   if (FAILED(status)) {
     VariantClear(&made);
@@ -264,10 +264,9 @@ using namespace mirolta::runtime;
 
 extern "C" {
 
-// The locale names no other conventions than those of English (United States): the runtime has no
-// more, so that results do not depend on where a program runs.
-// Numbers and texts may be secrets. They pass through digits on the stack, and the caller need not be
-// a member of the module, which would wipe what is left there.
+// Every locale has the conventions of English (United States), so that results do not depend on
+// where a program runs. Numbers and texts may be secrets, which are converted by way of digits on
+// the stack; callers other than the module's members do not wipe it.
 HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags,
                             VARTYPE type) {
   if (to == nullptr || from == nullptr) return E_INVALIDARG;

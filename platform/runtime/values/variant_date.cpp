@@ -8,7 +8,7 @@ namespace mirolta::runtime {
 namespace {
 
 constexpr int32_t kSecondsADay = 86400;
-// Half a second rounds up even where the day's digits have left a little less of it.
+// Half a second rounds up even if the precision of the date leaves slightly less.
 constexpr double kHalfSecond = 0.5 + 1e-5;
 
 // Writer appends to date text. Shapes: the longest is "12/31/9999 12:59:59 PM".
@@ -49,7 +49,7 @@ struct Writer {
 }  // namespace
 
 bool IsDateInRange(double date) {
-  // The whole first day counts backwards in the number: -657434.75 is still 1 January 100.
+  // The fraction of a negative date lowers the number: -657434.75 is still 1 January 100.
   return date > kLeastDate - 1 && date < kDateLimit;
 }
 

@@ -1,4 +1,4 @@
-// Dates: whole days since 30 December 1899 with the time of day as fraction. Before that day the
+// Dates: days since 30 December 1899, with the time of day as the fraction. For negative dates the
 // fraction still counts forward from midnight: -1.25 is six o'clock on 29 December.
 #pragma once
 
@@ -11,13 +11,14 @@ constexpr double kDateLimit = 2958466;  // 1 January 10000, the first day out of
 
 bool IsDateInRange(double date);
 
-// TextOfDate makes date text of the English (United States) locale: date, time or both, whichever
-// is not zero; midnight of day 0 is a time.
-// Errors: E_INVALIDARG for a date out of range, E_OUTOFMEMORY.
+// TextOfDate formats a date in the English (United States) locale: date, time or both, whichever is
+// not zero; midnight of day 0 is a time.
+// Errors: E_INVALIDARG for a date out of range; E_OUTOFMEMORY.
 HRESULT TextOfDate(double date, BSTR* text);
 
-// ParseDateText reads a date, a time or both, in any order of the two; see the notes on the order
-// of day, month and year in the source. Errors: DISP_E_TYPEMISMATCH.
+// ParseDateText reads a date, a time or both, in any order; the order of day, month and year is
+// described in the source file.
+// Errors: DISP_E_TYPEMISMATCH.
 HRESULT ParseDateText(const OLECHAR* text, UINT length, double* date);
 
 }  // namespace mirolta::runtime

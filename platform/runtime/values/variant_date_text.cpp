@@ -63,7 +63,7 @@ class DateReader {
     }
     if (hour_ != kNone) {
       if (!CheckTime()) return false;
-      // In this order the last bit comes out as the platform's.
+      // This order of operations gives the platform's result to the last bit.
       const double sign = days < 0 ? -1 : 1;
       days += sign * hour_ / 24;
       days += sign * minute_ / 1440;

@@ -157,7 +157,7 @@ void RoundDigits(Digits* number, int keep, Halves halves) {
     if (at >= 0) {
       ++number->digits[at];
     } else {
-      // 99.9 became 100: one digit more, of which all but the first are zeros.
+      // 99.9 became 100: the first digit is 1, the others are zeros.
       number->digits[0] = 1;
       number->exponent += keep;
       number->count = 1;
@@ -191,7 +191,7 @@ bool DigitsToCurrency(Digits number, CY* value) {
 
 bool DigitsToDecimal(const Digits& number, DECIMAL* value) {
   memset(value, 0, sizeof *value);
-  // Each turn keeps one digit less until scale and 96 bits suffice; whole digits are never dropped.
+  // Drops one digit at a time until scale and 96 bits suffice; digits before the point are kept.
   for (int keep = number.count; keep >= 0; --keep) {
     Digits rounded = number;
     RoundDigits(&rounded, keep);
@@ -222,8 +222,8 @@ bool DigitsToDecimal(const Digits& number, DECIMAL* value) {
 }
 
 bool DigitsToReal(const Digits& number, double* value) {
-  // Digits, one for what was cut off, and the exponent: without a decimal point, so that strtod reads
-  // it alike in every locale. Not all standard libraries have from_chars for numbers of this kind.
+  // The digits, one digit for those that were cut off, and the exponent. Without a decimal point
+  // strtod reads it alike in every locale. Some supported libraries lack std::from_chars for reals.
   char text[Digits::kCapacity + 24];
   char* at = text;
   for (int i = 0; i < number.count; ++i) *at++ = static_cast<char>('0' + number.digits[i]);

@@ -13,7 +13,7 @@ int DigitValue(OLECHAR c, int base) {
   return value < base ? value : -1;
 }
 
-// Reader goes through the text once. Past the end it reads zeros.
+// Reader parses in one pass. Past the end it reads zeros.
 class Reader {
  public:
   Reader(const OLECHAR* text, UINT length) : at_(text), end_(text + length) {}
@@ -38,7 +38,7 @@ class Reader {
     ++at_;
     return true;
   }
-  // Sets a mark that may stand once; false at its second occurrence.
+  // Sets a mark; false if it was set.
   static bool Once(bool* mark) {
     const bool first = !*mark;
     *mark = true;
@@ -64,7 +64,7 @@ class Reader {
     }
   }
 
-  // The same with ")", which must close an opened "("; nothing else may follow.
+  // Spaces, signs, "$", and ")" if "(" was read; nothing else may follow.
   bool ReadAfter() {
     bool closed = false;
     bool currency = false;
@@ -165,7 +165,7 @@ BSTR TextOfReal(double value, int significant) {
   if (std::isnan(value)) return SysAllocString(OLESTR("NAN"));
   if (std::isinf(value)) return SysAllocString(value < 0 ? OLESTR("-INF") : OLESTR("INF"));
   if (value == 0) return SysAllocString(OLESTR("0"));  // minus zero too
-  // More digits than are shown, so that rounding here sees what follows them.
+  // More digits than are shown, so that the rounding is correct.
   constexpr int kExact = 40;
   Digits digits = DigitsOfReal(value, kExact);
   RoundDigits(&digits, significant, Halves::kAwayFromZero);

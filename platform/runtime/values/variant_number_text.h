@@ -1,4 +1,4 @@
-// Number text in the form of the English (United States) locale, which the runtime always uses.
+// Number text in the English (United States) locale, which the runtime always uses.
 #pragma once
 
 #include "values/variant_decimal.h"
@@ -11,15 +11,19 @@ struct NumberText {
   ULONGLONG bits = 0;
 };
 
-// ParseNumberText reads text with optional spaces, one sign before or after, parentheses for minus,
-// "$", thousands separators, a decimal point and an exponent; or hexadecimal and octal bit
-// patterns. Errors: DISP_E_TYPEMISMATCH if it is no number, DISP_E_OVERFLOW for more than 64 bits.
+// ParseNumberText reads a number with optional spaces, one sign before or after, parentheses for
+// minus, "$", thousands separators, a decimal point and an exponent; or a hexadecimal or octal bit
+// pattern.
+// Errors: DISP_E_TYPEMISMATCH if it is no number; DISP_E_OVERFLOW for more than 64 bits.
 HRESULT ParseNumberText(const OLECHAR* text, UINT length, NumberText* number);
 
-// Both make number text. Errors: null if memory is short.
+// TextOfDigits formats a number without an exponent.
+// Errors: null if memory is short.
 BSTR TextOfDigits(const Digits& number);
-// TextOfReal rounds to `significant` digits, halves away from zero as the platform does here, and
-// writes plain text, or "1E+15" where that would need more digits or four zeros after the point.
+// TextOfReal rounds to `significant` digits, halves away from zero as the platform does here. The
+// result has an exponent ("1E+15") where it would otherwise need more digits or have four zeros
+// after the point.
+// Errors: null if memory is short.
 BSTR TextOfReal(double value, int significant);
 
 }  // namespace mirolta::runtime

@@ -121,7 +121,7 @@ HRESULT StoreRealAsInteger(double value, const IntegerType& row, VARIANT* to) {
 }
 
 HRESULT StoreRealAsCurrency(double value, VARIANT* to) {
-  // So many digits tell on which side of a half the value lies; a product with 10000 would not.
+  // Enough digits to round correctly; a product with 10000 would be rounded twice.
   constexpr int kSignificant = 40;
   CY made;
   if (!std::isfinite(value) || !DigitsToCurrency(DigitsOfReal(value, kSignificant), &made)) {
@@ -249,15 +249,15 @@ Number ReadNumber(const VARIANT& from, VARTYPE type) {
   const bool negative = value < 0 && from.vt != VT_UI8;
   const ULONGLONG bits = static_cast<ULONGLONG>(value);
   number.digits = DigitsOfInteger(negative, negative ? Negated(bits) : bits);
-  // Between a signed and an unsigned type of one width the platform keeps the bits; a boolean goes
-  // to every integer type that way.
+  // Between signed and unsigned types of one width the platform keeps the bits; so it does for
+  // booleans to every integer type.
   const IntegerType* to = FindInteger(type);
   const IntegerType* row = FindInteger(from.vt);
   if (to != nullptr && (row == nullptr || row->bits == to->bits)) {
     number.kind = Number::Kind::kBits;
     number.bits = bits;
   }
-  // The one value that a decimal knows of a boolean is 1.
+  // As a decimal, true is 1.
   if (from.vt == VT_BOOL && type == VT_DECIMAL) number.digits = DigitsOfInteger(false, value != 0);
   return number;
 }

@@ -1,4 +1,4 @@
-// The numeric types of a VARIANT: reading any of them and storing to any of them.
+// The numeric types of a VARIANT: reading and storing them.
 #pragma once
 
 #include "values/variant_decimal.h"
@@ -28,9 +28,10 @@ bool IsNumeric(VARTYPE type);
 // ReadNumber reads *from, whose type is numeric, for storing to `type`.
 Number ReadNumber(const VARIANT& from, VARTYPE type);
 
-// StoreNumber stores to a numeric type. *to is overwritten without being cleared, and only on
-// success. Reals and digits round halves to even.
-// Errors: DISP_E_OVERFLOW if the type cannot hold the number.
+// StoreNumber stores to a numeric type; reals and digits round halves to even. *to is not cleared
+// and is written only on success.
+// Errors: DISP_E_OVERFLOW if the type cannot hold the number; DISP_E_BADVARTYPE for a NaN as
+//         VT_DECIMAL.
 HRESULT StoreNumber(const Number& number, VARTYPE type, VARIANT* to);
 
 }  // namespace mirolta::runtime

@@ -1,4 +1,4 @@
-// What type tags are valid and what their values are made of.
+// Which type tags are valid, and what their values consist of.
 #pragma once
 
 #include "portable/variant.h"
@@ -16,20 +16,21 @@ HRESULT CheckType(VARTYPE type);
 // 0 for types that cannot be there.
 ULONG ElementSize(VARTYPE type);
 
-// CopyText makes a BSTR with the same bytes, embedded zeros and odd lengths included. A null text
-// stays null. Errors: E_OUTOFMEMORY, *to is then null.
+// CopyText makes a BSTR with the same bytes, embedded zeros and odd lengths included; null stays
+// null.
+// Errors: E_OUTOFMEMORY; *to is then null.
 HRESULT CopyText(BSTR from, BSTR* to);
 
-// CopyValueText is CopyText for the text of a VARIANT, where a null text becomes an empty one.
+// CopyValueText is CopyText for the text of a VARIANT, where null becomes an empty text.
+// Errors: E_OUTOFMEMORY; *to is then null.
 HRESULT CopyValueText(BSTR from, BSTR* to);
 
-// ValueAddress returns where the value of the plain, non-DECIMAL type is in *value, for copies by
-// size.
+// ValueAddress returns the address of the value in *value, of a plain type other than DECIMAL.
 void* ValueAddress(VARIANT* value);
 
-// ViewReference makes *to a shallow view of what *from refers to, which owns nothing.
+// ViewReference sets *to to a shallow view of what *from refers to; it owns nothing.
 // Errors: E_INVALIDARG for a null address, a type that cannot be referred to, or a reference to a
-// VARIANT that itself refers to a VARIANT.
+//         VARIANT that itself refers to a VARIANT.
 HRESULT ViewReference(const VARIANT* from, VARIANT* to);
 
 }  // namespace mirolta::runtime
