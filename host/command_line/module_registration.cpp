@@ -42,7 +42,7 @@ std::string StatusSentence(const char* what, HRESULT status) {
   return sentence;
 }
 
-// The same for the registry as a whole.
+// Describes a failure to read or write the registry file.
 HRESULT RegistryFailure(const char* what, LONG error, std::string* problem) {
   const HRESULT status = HRESULT_FROM_WIN32(error);
   *problem = StatusSentence((what + (" the registry file " + RegistryFile())).c_str(), status);
@@ -66,7 +66,7 @@ HRESULT CallEntry(const std::string& path, const char* entry, std::string* probl
   return status;
 }
 
-// Adds the keys at `name` and below whose default value names the module's file.
+// Adds to *found the keys at and below `name` whose default value is the path of the module.
 LONG FindKeysOf(const std::string& module, HKEY parent, const Units& name, const std::string& above,
                 std::vector<std::string>* found) {
   HKEY key = nullptr;
@@ -78,7 +78,7 @@ LONG FindKeysOf(const std::string& module, HKEY parent, const Units& name, const
   DWORD size = sizeof text;
   DWORD type = REG_NONE;
   error = RegQueryValueExW(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(text), &size);
-  // Other names of the same file are the module's too.
+  // Other paths to the same file count too.
   if (error == ERROR_SUCCESS && type == REG_SZ && text[0] == OLECHAR{'/'} &&
       FullPath(SystemFromUnits(text)) == module) {
     found->push_back(path);
@@ -94,7 +94,7 @@ LONG FindKeysOf(const std::string& module, HKEY parent, const Units& name, const
   return error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
 }
 
-// A module's DllUnregisterServer may well succeed whatever it has left.
+// DllUnregisterServer may succeed and leave keys behind.
 HRESULT CheckIsGone(const std::string& module, std::string* problem) {
   std::vector<std::string> left;
   LONG error = ERROR_SUCCESS;
@@ -130,7 +130,7 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
 
 bool RegisterOwnModule() {
   CLSID known;
-  // Not known is one thing; a registry that cannot answer for want of memory is another.
+  // Any other status is a failed look-up, such as E_OUTOFMEMORY, not a missing class.
   if (CLSIDFromProgID(kOwnClass, &known) != CO_E_CLASSSTRING) return false;
   const std::string module = OwnModulePath();
   if (module.empty() || MiroltaRegistryInMemory(TRUE) != ERROR_SUCCESS) return false;

@@ -1,4 +1,5 @@
-// Modules in the registry: by command, and the host's own module by itself.
+// Registration of modules: by command line, and of the host's own module when nothing is
+// registered.
 #pragma once
 
 #include <string>
@@ -7,15 +8,16 @@
 
 namespace mirolta::host {
 
-// CallRegistration loads the module file and calls its DllRegisterServer or DllUnregisterServer, as
-// one change of the registry. Returns its status; *problem says in a sentence what went wrong.
-// Errors: also the registry's for reading and writing it, and E_FAIL for a class or type library
-//         that the registry still finds in the file after it was to be removed.
+// CallRegistration loads a module and calls its DllRegisterServer or DllUnregisterServer in one
+// transaction of the registry.
+// Errors: the function's status, that of loading the module or of reading or writing the registry,
+//         and E_FAIL if the registry still names the module after unregistration; *problem then has
+//         a message.
 HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem);
 
-// RegisterOwnModule is for a host on which nothing was ever registered: unless the module's classes
-// are known, it finds the module beside the host (../lib/libMirolta.so from its own place) and
-// registers it in memory, for this process only. False if it found nothing to add.
+// RegisterOwnModule registers the module beside the host (../lib/libMirolta.so) in memory, for this
+// process only, unless its classes are registered already. Returns true if it registered the
+// module.
 bool RegisterOwnModule();
 
 }  // namespace mirolta::host

@@ -21,13 +21,13 @@ constexpr char kUsage[] =
     "       mirolta-host --unregister MODULE\n"
     "       mirolta-host --help\n"
     "\n"
-    "Runs a script in the manner of the platform's script host: ActiveXObject, WScript, VBArray.\n"
-    "Where nothing is registered, the module ../lib/libMirolta.so beside the host is used.\n"
+    "Runs a script like the platform's script host, with ActiveXObject, WScript and VBArray.\n"
+    "If the module is not registered, the host uses ../lib/libMirolta.so relative to itself.\n"
     "\n"
-    "Exit status: 0, the script's WScript.Quit code, 1 for an uncaught error or a script that\n"
-    "cannot be read or compiled, or a module that was not wholly registered or unregistered, 2 for\n"
-    "a wrong command line.\n"
-    "MIROLTA_REGISTRY names the registry file.\n";
+    "Exit status: 0 or the argument of WScript.Quit; 1 for an uncaught error, a script that cannot\n"
+    "be read or compiled, output that cannot be written, or a failed registration; 2 for a wrong\n"
+    "command line.\n"
+    "The environment variable MIROLTA_REGISTRY names the registry file.\n";
 
 int ChangeRegistration(const char* module, bool registers) {
   std::string problem;
@@ -59,13 +59,13 @@ int RunCommand(int count, char** words) {
 }  // namespace
 
 int main(int count, char** words) {
-  // A reader that goes away is an error of the script that writes, not the host's end.
+  // Writing to a closed pipe is a script error and must not end the process.
   signal(SIGPIPE, SIG_IGN);
   if (count < 2) {
     fputs(kUsage, stderr);
     return kUsageError;
   }
-  // A file at the process's size limit is a failed write like that of a full disk.
+  // Exceeding the file size limit is a failed write, as on a full disk.
   signal(SIGXFSZ, SIG_IGN);
   const HRESULT started = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   if (FAILED(started)) {

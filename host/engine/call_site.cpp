@@ -7,12 +7,12 @@
 namespace mirolta::host {
 namespace {
 
-// A dumped function starts with one marker byte, three counts of four bytes (instructions first),
-// two of two bytes, two line numbers and a word of flags; the instructions follow, four bytes each,
-// highest byte first, the instruction code in the lowest.
+// A dumped function starts with a marker byte, three 32-bit counts (of instructions first), two
+// 16-bit counts, two 32-bit line numbers and 32 bits of flags. The instructions follow, 32 bits
+// each in big-endian order, with the opcode in the low byte.
 constexpr size_t kCountOffset = 1;
 constexpr size_t kCodeOffset = 1 + 3 * 4 + 2 * 2 + 2 * 4 + 4;
-constexpr int kNoInstruction = -1;
+constexpr int kNoOpcode = -1;
 
 constexpr char kCodeKey[] = DUK_HIDDEN_SYMBOL("code");
 
@@ -20,15 +20,16 @@ uint32_t WordAt(const uint8_t* bytes) {
   return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
 }
 
-// The instruction codes of a function are kept with it once read, behind the address of the
-// function that they are of: another one may inherit them.
+// The opcodes of a function are cached in a property of it, behind the function's address: another
+// function may inherit the property.
 struct Codes {
   const uint8_t* bytes = nullptr;
   size_t count = 0;
 };
 
-// The codes that a look-up from the function on top finds, pushed; none if they are not its own.
-Codes PushKeptCodes(duk_context* engine) {
+// Pushes the cached property that the function on top has or inherits; no codes if it is not its
+// own.
+Codes PushCachedCodes(duk_context* engine) {
   const void* function = duk_get_heapptr(engine, -1);
   duk_get_prop_string(engine, -1, kCodeKey);
   duk_size_t size = 0;
@@ -37,9 +38,9 @@ Codes PushKeptCodes(duk_context* engine) {
   return {kept + sizeof function, size - sizeof function};
 }
 
-// Pushes the instruction codes of the function on top.
+// Pushes the opcodes of the function on top.
 Codes PushCodes(duk_context* engine) {
-  const Codes kept = PushKeptCodes(engine);
+  const Codes kept = PushCachedCodes(engine);
   if (kept.bytes != nullptr) return kept;
   duk_pop(engine);
   duk_dup_top(engine);
@@ -60,11 +61,11 @@ Codes PushCodes(duk_context* engine) {
   return {codes, count};
 }
 
-// The code of the instruction that runs in the script function below the native one.
-int RunningInstruction(duk_context* engine) {
+// The opcode of the instruction that the caller of the native function executes.
+int RunningOpcode(duk_context* engine) {
   constexpr duk_int_t kCaller = -2;
   const duk_idx_t top = duk_get_top(engine);
-  int code = kNoInstruction;
+  int code = kNoOpcode;
   duk_inspect_callstack_entry(engine, kCaller);
   if (duk_is_object(engine, -1)) {
     duk_get_prop_string(engine, -1, "pc");
@@ -79,10 +80,10 @@ int RunningInstruction(duk_context* engine) {
   return code;
 }
 
-// Notes the running instruction at the place that the member's name gives in the list `this` has.
-duk_ret_t NoteInstruction(duk_context* engine) {
-  const int code = RunningInstruction(engine);
-  PushKept(engine, "instructions");
+// A getter that records the running opcode under the property's name and returns a function.
+duk_ret_t RecordOpcode(duk_context* engine) {
+  const int code = RunningOpcode(engine);
+  PushKept(engine, "opcodes");
   duk_dup(engine, 1);
   duk_push_int(engine, code);
   duk_put_prop(engine, -3);
@@ -91,8 +92,8 @@ duk_ret_t NoteInstruction(duk_context* engine) {
   return 1;
 }
 
-// Reads members that are called and members that are not, with names known to the compiler and
-// names that are not.
+// Reads properties that are called and properties that are not, with constant and with computed
+// names.
 constexpr char kKnownReads[] =
     "(function (probe) {"
     "  var p = new Proxy({}, { get: probe }), key;"
@@ -109,9 +110,9 @@ void CallSites::Learn(duk_context* engine) {
   std::bitset<256> reads;
   duk_push_object(engine);
   duk_dup_top(engine);
-  KeepValue(engine, "instructions");
+  KeepValue(engine, "opcodes");
   if (duk_peval_string(engine, kKnownReads) == 0) {
-    duk_push_c_function(engine, NoteInstruction, 3);
+    duk_push_c_function(engine, RecordOpcode, 3);
     duk_pcall(engine, 1);
   }
   duk_pop(engine);
@@ -119,7 +120,7 @@ void CallSites::Learn(duk_context* engine) {
   for (const char* name :
        {"call1", "call2", "call3", "call4", "read1", "read2", "read3", "read4", "read5"}) {
     duk_get_prop_string(engine, -1, name);
-    const duk_int_t code = duk_get_int_default(engine, -1, kNoInstruction);
+    const duk_int_t code = duk_get_int_default(engine, -1, kNoOpcode);
     duk_pop(engine);
     if (code < 0) {
       all_known = false;
@@ -132,8 +133,8 @@ void CallSites::Learn(duk_context* engine) {
 }
 
 bool CallSites::IsCall(duk_context* engine) const {
-  if (!CanTell()) return false;
-  const int code = RunningInstruction(engine);
+  if (calls_.none()) return false;
+  const int code = RunningOpcode(engine);
   return code >= 0 && calls_.test(static_cast<size_t>(code));
 }
 

@@ -1,11 +1,10 @@
-// Whether a member that is being read is about to be called.
+// Detects whether a property that the engine reads is the callee of a call.
 //
-// Automation tells a method or a property with arguments from a plain property only by the call
-// itself: `n.Text` reads a property, `n.Text(65001)` reads it with an argument, and for a reader
-// that sees the name alone the two are one. The script engine reads the member of a call with an
-// instruction of its own, so the instruction that is running gives the answer. Which instructions
-// these are is learnt from two known functions at start, not assumed; if they cannot be told apart
-// every read counts as a plain one.
+// Automation distinguishes a property with arguments from a plain one by the call only: `n.Text`
+// reads a property, `n.Text(65001)` reads it with an argument, and a getter that sees just the name
+// cannot tell them apart. The engine reads the callee of a call by an instruction of its own, so
+// the opcode of the running instruction decides. Those opcodes are learned from a known script at
+// start, not hard-coded; if they cannot be distinguished, every read counts as a plain one.
 #pragma once
 
 #include <bitset>
@@ -16,16 +15,14 @@ namespace mirolta::host {
 
 class CallSites {
  public:
-  // Learn runs the known functions. Call once, before any script runs.
+  // Learn runs the known script. Call once, before any other script runs.
   void Learn(duk_context* engine);
   // IsCall is for a native function that the engine runs in place of a property read: true if the
-  // script calls what it reads.
+  // script calls the property.
   bool IsCall(duk_context* engine) const;
-  // True if Learn could tell the instructions apart.
-  bool CanTell() const { return calls_.any(); }
 
  private:
-  std::bitset<256> calls_;  // by instruction code
+  std::bitset<256> calls_;  // by opcode; none if Learn could not distinguish them
 };
 
 }  // namespace mirolta::host

@@ -1,4 +1,4 @@
-// The script engine's header, whose macros are not written for our warnings.
+// The script engine's API, included as a system header because its macros do not meet our warnings.
 #pragma once
 
 #include <duktape.h>

@@ -30,7 +30,7 @@ void DefineHidden(duk_context* engine, const char* name) {
 
 // Throws an Error with the description on top of the stack.
 [[noreturn]] void ThrowDescribed(duk_context* engine, HRESULT status, UnitsView source) {
-  // Made by the script's own constructor: the error then names the script's line, not this one.
+  // By the script constructor, so that the error has the script's line and not this file's.
   PushKept(engine, "Error");
   duk_new(engine, 0);
   duk_dup(engine, -2);
@@ -45,7 +45,7 @@ void DefineHidden(duk_context* engine, const char* name) {
   __builtin_unreachable();
 }
 
-// The platform's numbers for the errors that the script engine itself throws.
+// The platform's numbers for errors that the script engine throws.
 struct NumberRow {
   const char* name;
   HRESULT number;
@@ -56,12 +56,12 @@ constexpr NumberRow kEngineErrors[] = {
     {"TypeError", MIROLTA_STATUS(0x800A138Fu)},
     {"RangeError", kInvalidCall},
     {"URIError", MIROLTA_STATUS(0x800A13A1u)},
-    {"DoubleError", E_OUTOFMEMORY},  // what is left when there is no room for another one
+    {"DoubleError", E_OUTOFMEMORY},  // thrown when there is no memory for an error
 };
-// An Error by its name. The compiler appends its line to the message.
+// The message of an error named "Error"; the compiler appends the line.
 constexpr char kEngineExhausted[] = "alloc failed";
 
-// Error.prototype.number of an error that has none of its own.
+// Error.prototype.number, for errors without a number of their own.
 duk_ret_t GetNumber(duk_context* engine) {
   duk_push_this(engine);
   duk_get_prop_string(engine, -1, "name");
@@ -107,8 +107,8 @@ duk_ret_t ConstructError(duk_context* engine) {
   return 1;
 }
 
-// Notes where a value was thrown that cannot remember it itself.
-duk_ret_t NoteThrow(duk_context* engine) {
+// Records the line where a value that is not an Error is thrown.
+duk_ret_t RecordThrow(duk_context* engine) {
   constexpr duk_int_t kThrower = -2;
   if (!duk_is_error(engine, 0)) {
     duk_inspect_callstack_entry(engine, kThrower);
@@ -168,7 +168,7 @@ duk_ret_t ReadError(duk_context* engine, void*) {
   return kFieldCount;
 }
 
-// Restores the height of the engine's stack.
+// Restores the height of the engine's stack at the end of its scope.
 class StackHeight {
  public:
   explicit StackHeight(duk_context* engine) : engine_(engine), top_(duk_get_top(engine)) {}
@@ -222,7 +222,7 @@ void InstallErrors(duk_context* engine) {
   duk_push_string(engine, "name");
   duk_insert(engine, -2);
   duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
-  // Error.prototype.constructor and the global name now give the new form.
+  // Error.prototype.constructor and the global Error become the new constructor.
   duk_dup_top(engine);
   duk_put_global_string(engine, "Error");
   duk_push_string(engine, "constructor");
@@ -232,7 +232,7 @@ void InstallErrors(duk_context* engine) {
   KeepValue(engine, "Error");
 
   duk_get_global_string(engine, "Duktape");
-  duk_push_c_function(engine, NoteThrow, 1);
+  duk_push_c_function(engine, RecordThrow, 1);
   duk_put_prop_string(engine, -2, "errThrow");
   duk_pop(engine);
 }
@@ -243,8 +243,8 @@ ErrorReport DescribeError(duk_context* engine) {
   report.file = context.script_path;
   report.line = context.last_thrown_line;
   report.number = kThrownValue;
-  report.description = "The error thrown cannot be read";
-  // Room for the copy, the fields and an error.
+  report.description = "The thrown value cannot be converted to text";
+  // For the copy, the fields and an error.
   if (!duk_check_stack(engine, kFieldCount + 2)) return report;
   const StackHeight height(engine);
   duk_dup_top(engine);

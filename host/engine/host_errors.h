@@ -6,7 +6,7 @@
 
 namespace mirolta::host {
 
-// Statuses of the script host itself, with the platform's numbers.
+// Statuses of the script host, with the platform's numbers.
 inline constexpr HRESULT kInvalidCall = MIROLTA_STATUS(0x800A0005u);
 inline constexpr HRESULT kOutOfStack = MIROLTA_STATUS(0x800A001Cu);
 inline constexpr HRESULT kSubscriptOutOfRange = MIROLTA_STATUS(0x800A0009u);
@@ -20,18 +20,19 @@ inline constexpr HRESULT kDisconnected = MIROLTA_STATUS(0x800401FDu);
 inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
 
 // ThrowStatus throws an Error into the script. An empty description gives the standard wording, or
-// the status in figures.
+// the status in hexadecimal.
 [[noreturn]] void ThrowStatus(duk_context* engine, HRESULT status, UnitsView description = {},
                               UnitsView source = {});
-// The same with a description made like printf does; the arguments are in the engine's form.
+// ThrowText throws an Error whose description is formatted as by printf.
+// Shapes: text arguments are in the engine's form.
 [[noreturn]] void ThrowText(duk_context* engine, HRESULT status, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-// InstallErrors gives the script's Error the platform's two-argument form and every error a number
-// and a description. Call once, before any script runs.
+// InstallErrors gives Error the platform's two-argument constructor, and every error a number and a
+// description. Call once, before any script runs.
 void InstallErrors(duk_context* engine);
 
-// What an uncaught error says of itself. Text is in the system's form.
+// The report of an uncaught error. Text is in the system's form.
 struct ErrorReport {
   std::string file;
   int line = 0;
@@ -39,8 +40,8 @@ struct ErrorReport {
   std::string description;
   std::string source;
 };
-// DescribeError takes the thrown value on top of the stack; it stays there. It throws no engine
-// error, so that it may be called where native code of others would be jumped over.
+// DescribeError reports the thrown value on top of the stack, which stays there. It throws no
+// engine error: a longjmp would skip the native frames of automation callers.
 // Errors: std::bad_alloc.
 ErrorReport DescribeError(duk_context* engine);
 

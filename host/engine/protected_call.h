@@ -1,7 +1,7 @@
-// Native functions of the script engine. The engine reports errors with longjmp, which runs no
-// destructors; a native function therefore keeps everything that must be freed in a frame object
-// outside a protected call and does its work inside. Exceptions, on the other hand, must not reach
-// the engine: missing memory becomes a script error.
+// Native functions of the script engine. The engine reports errors by longjmp, which runs no
+// destructors: a native function keeps what must be freed in a frame object outside a protected
+// call and works inside the call. Exceptions must not reach the engine: std::bad_alloc becomes a
+// script error.
 #pragma once
 
 #include <new>
@@ -12,8 +12,8 @@
 
 namespace mirolta::host {
 
-// ThrowIfExhausted does the work of a function that the engine calls; an exception for want of
-// memory becomes a script error with E_OUTOFMEMORY.
+// ThrowIfExhausted runs `work` for a function that the engine calls.
+// Errors: std::bad_alloc and std::length_error become a script error with E_OUTOFMEMORY.
 template <typename Work>
 duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
   bool exhausted = false;
@@ -25,15 +25,15 @@ duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
   } catch (const std::length_error&) {
     exhausted = true;
   }
-  // Not from within the handlers: longjmp would not end them.
+  // Outside the handlers: longjmp out of one would not release the exception.
   if (exhausted) ThrowStatus(engine, E_OUTOFMEMORY);
   return results;
 }
 
-// RunProtected is a native function built from Frame: Frame::Run(duk_context*) works with the
-// function's arguments and `this` and returns 1 with its result on top, or 0 for undefined. Run may
-// be left by an engine error at any call into the engine: whatever it must free is a member of
-// Frame, and its local objects have trivial destructors.
+// RunProtected is a native function that calls Frame::Run(duk_context*). Run finds the arguments on
+// the stack and returns 1 with its result on top, or 0 for undefined. Every call into the engine
+// may leave Run by longjmp: what Run must free is a member of Frame, and its locals have trivial
+// destructors.
 template <typename Frame>
 duk_ret_t RunProtected(duk_context* engine) {
   struct Local {

@@ -1,4 +1,4 @@
-// What one run of a script shares among the host's native functions.
+// The state of one script run that the host's native functions share.
 #pragma once
 
 #include <string>
@@ -16,28 +16,27 @@ struct ScriptContext {
   duk_context* engine = nullptr;
   ObjectTable objects;
   CallSites call_sites;
-  // Shared with the automation objects that stand for script objects; they outlive the engine.
+  // Shared with the automation objects of script objects, which may outlive the engine.
   ScriptLink* link = nullptr;
 
   std::string script_path;       // as given
   std::string script_full_path;  // absolute
   std::vector<std::string> arguments;
 
-  // Calls into automation that are running now, one inside the other.
+  // The depth of nested calls into automation.
   int calls_running = 0;
-  // Where the last value that is no Error was thrown.
+  // The line where the last value that is not an Error was thrown.
   int last_thrown_line = 0;
   size_t memory_in_use = 0;
-  // What the engine may have at one time. A script that wants more gets an error, not the machine's
-  // last memory.
+  // The most that the engine may allocate; a script that needs more gets an error.
   size_t memory_limit = size_t{1} << 30;
 };
 
-// ContextOf returns the context that the engine was made with.
+// ContextOf returns the context that the engine was created with.
 ScriptContext& ContextOf(duk_context* engine);
 
-// Values that the host keeps for itself, out of the scripts' reach, by name.
-// KeepValue takes the value on top of the stack; PushKept pushes it, undefined if there is none.
+// Values that the host keeps by name, out of the reach of scripts. KeepValue stores the value on
+// top of the stack and pops it; PushKept pushes the value, undefined if there is none.
 void KeepValue(duk_context* engine, const char* name);
 void PushKept(duk_context* engine, const char* name);
 

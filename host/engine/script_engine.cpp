@@ -21,7 +21,7 @@
 namespace mirolta::host {
 namespace {
 
-constexpr size_t kBlockHeader = 16;  // keeps the alignment of what follows
+constexpr size_t kBlockHeader = 16;  // keeps the alignment of the block
 
 size_t* SizeOf(void* block) {
   return reinterpret_cast<size_t*>(static_cast<char*>(block) - kBlockHeader);
@@ -60,7 +60,7 @@ void* Reallocate(void* context, void* block, duk_size_t size) {
   return Resize(static_cast<ScriptContext*>(context), block, size);
 }
 
-// The engine cannot go on: it ran out of memory where it may not, or the host misused it.
+// Called when the engine cannot continue: no memory where it needs some, or misuse by the host.
 [[noreturn]] void EndOnFatal(void*, const char* message) {
   FlushOutput();
   DiscardOutputs();
@@ -77,7 +77,7 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallWScript(engine);
   context->link = MakeLink(engine);
   context->call_sites.Learn(engine);
-  // They reach into the engine itself.
+  // They give access to the engine's internals.
   duk_push_global_object(engine);
   for (const char* name : {"Duktape", "CBOR"}) duk_del_prop_string(engine, -1, name);
 }
@@ -139,7 +139,7 @@ int RunLoaded(const std::string& path, Script* script, const std::vector<std::st
 }  // namespace
 
 ScriptEngine::~ScriptEngine() {
-  // Automation may hold script objects longer than the engine lives.
+  // Automation may hold script objects that outlive the engine.
   if (context_.link != nullptr) CutLink(context_.link);
   if (context_.engine != nullptr) duk_destroy_heap(context_.engine);
 }

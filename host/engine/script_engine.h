@@ -1,4 +1,4 @@
-// One run of one script.
+// The script engine and one run of a script.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace mirolta::host {
 
-// The script engine with everything that a script finds in it. At its end every automation object
-// that the script still held is given back.
+// The script engine with all that the host defines in it. Its end releases every automation object
+// that the script still holds.
 class ScriptEngine {
  public:
   ScriptEngine() = default;
@@ -19,7 +19,7 @@ class ScriptEngine {
 
   // The context, to be filled in before Start.
   ScriptContext& context() { return context_; }
-  // False with *problem if the engine cannot be had.
+  // Start creates the engine; false with a message in *problem if memory runs out.
   bool Start(std::string* problem);
   // The engine; null before Start.
   duk_context* api() const { return context_.engine; }
@@ -28,9 +28,9 @@ class ScriptEngine {
   ScriptContext context_;
 };
 
-// RunScript runs a script file with its arguments and returns the host's exit status: 0, or 1 with
-// a report on standard error for a script that cannot be read or compiled and for an uncaught
-// error. WScript.Quit does not return.
+// RunScript runs a script file and returns the host's exit status: 0, or 1 with a report on
+// standard error if the script cannot be read or compiled or throws an error that it does not
+// catch. WScript.Quit ends the process.
 int RunScript(const std::string& path, const std::vector<std::string>& arguments);
 
 }  // namespace mirolta::host

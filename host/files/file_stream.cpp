@@ -14,13 +14,13 @@ constexpr IID kFileStreamId = {
     0x2B6F1D84, 0x93C7, 0x4E0A, {0xB1, 0x5D, 0x60, 0xE8, 0x4C, 0x7A, 0x39, 0xF2}};
 
 std::string& LastFailedName() {
-  static std::string& name = *new std::string;  // lives as long as any stream
+  static std::string& name = *new std::string;  // never destroyed: streams may outlive statics
   return name;
 }
 
 class FileStream final : public CountedObject<FileStream, IStream> {
  public:
-  // Takes over `system` once nothing can fail any more.
+  // Takes ownership of *system after the last step that can throw.
   FileStream(Reference<IStream>* system, const std::string& name,
              const std::shared_ptr<OutputFile>& output)
       : name_(name), output_(output) {
@@ -34,20 +34,20 @@ class FileStream final : public CountedObject<FileStream, IStream> {
   }
 
   HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read) override {
-    return Noted(IsEnded() ? STG_E_REVERTED : system_->Read(bytes, count, read));
+    return Recorded(IsEnded() ? STG_E_REVERTED : system_->Read(bytes, count, read));
   }
   HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override {
-    return NotedWrite(IsEnded() ? STG_E_REVERTED : system_->Write(bytes, count, written));
+    return RecordedWrite(IsEnded() ? STG_E_REVERTED : system_->Write(bytes, count, written));
   }
   HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin,
                                  ULARGE_INTEGER* position) override {
-    return Noted(IsEnded() ? STG_E_REVERTED : system_->Seek(move, origin, position));
+    return Recorded(IsEnded() ? STG_E_REVERTED : system_->Seek(move, origin, position));
   }
   HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override {
-    return NotedWrite(IsEnded() ? STG_E_REVERTED : system_->SetSize(size));
+    return RecordedWrite(IsEnded() ? STG_E_REVERTED : system_->SetSize(size));
   }
   HRESULT STDMETHODCALLTYPE Commit(DWORD flags) override {
-    return NotedWrite(IsEnded() ? STG_E_REVERTED : system_->Commit(flags));
+    return RecordedWrite(IsEnded() ? STG_E_REVERTED : system_->Commit(flags));
   }
   HRESULT STDMETHODCALLTYPE Revert() override { return system_->Revert(); }
   HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER offset, ULARGE_INTEGER count,
@@ -60,10 +60,10 @@ class FileStream final : public CountedObject<FileStream, IStream> {
   }
   HRESULT STDMETHODCALLTYPE Clone(IStream** out) override { return system_->Clone(out); }
 
-  // The name is the script's, not that of a temporary file.
+  // Returns the script's name, not that of the temporary file.
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override {
     const HRESULT status =
-        Noted(IsEnded() ? STG_E_REVERTED : system_->Stat(statistics, flags | STATFLAG_NONAME));
+        Recorded(IsEnded() ? STG_E_REVERTED : system_->Stat(statistics, flags | STATFLAG_NONAME));
     if (FAILED(status) || flags != STATFLAG_DEFAULT) return status;
     const Units name = UnitsFromEngine(name_);
     const size_t size = name.size() + 1;
@@ -73,7 +73,8 @@ class FileStream final : public CountedObject<FileStream, IStream> {
     return S_OK;
   }
 
-  // Through Read, which notes its failures; those of `to` are not this file's.
+  // By Read, which records its failures, in a loop of our own: failures of `to` are not this
+  // file's.
   HRESULT STDMETHODCALLTYPE CopyTo(IStream* to, ULARGE_INTEGER count, ULARGE_INTEGER* read,
                                    ULARGE_INTEGER* written) override {
     ULONGLONG taken = 0, given = 0;
@@ -99,21 +100,21 @@ class FileStream final : public CountedObject<FileStream, IStream> {
 
   ~FileStream() = default;
 
-  // The output was finished or discarded: nothing may change what is in place.
+  // The output was finished or discarded: the file in place may not change any more.
   bool IsEnded() const { return output_ != nullptr && !output_->is_open(); }
-  HRESULT Noted(HRESULT status) const {
+  HRESULT Recorded(HRESULT status) const {
     if (SUCCEEDED(status)) return status;
     try {
       LastFailedName() = name_;
     } catch (const std::bad_alloc&) {
-      // The caller may be a module, which knows no exceptions. The error then names no file.
+      // The caller may be a module built without exceptions. The error then names no file.
       LastFailedName().clear();
     }
     return status;
   }
-  HRESULT NotedWrite(HRESULT status) const {
+  HRESULT RecordedWrite(HRESULT status) const {
     if (FAILED(status) && output_ != nullptr) output_->NoteFailure(status);
-    return Noted(status);
+    return Recorded(status);
   }
 
   Reference<IStream> system_;
@@ -121,8 +122,8 @@ class FileStream final : public CountedObject<FileStream, IStream> {
   const std::shared_ptr<OutputFile> output_;
 };
 
-// What opening gave: the system's stream and, for a new file, its output.
-// An output that nobody takes is dropped: at the script's end it would replace its target.
+// The result of opening a file: the system's stream and, for a new file, its output. An output
+// without an owner is discarded here: at the script's end it would replace its target.
 struct OpenedFile {
   OpenedFile() = default;
   OpenedFile(const OpenedFile&) = delete;
@@ -146,7 +147,7 @@ HRESULT Open(const Units& path, const std::string& name, const FileMode& mode, b
   if (mode.must_be_new && (target.kind != TargetKind::kNew || target.path != system_path)) {
     return STG_E_FILEALREADYEXISTS;
   }
-  // What cannot be followed is opened for the status that it gives.
+  // A path that cannot be resolved is opened too: that gives the status to return.
   if (error != 0 || target.kind == TargetKind::kOther) {
     return SHCreateStreamOnFileEx(path.c_str(), mode.access | STGM_CREATE, 0, FALSE, nullptr,
                                   file->stream.Out());

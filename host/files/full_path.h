@@ -1,10 +1,12 @@
+// Absolute paths.
 #pragma once
 
 #include <string>
 
 namespace mirolta::host {
 
-// FullPath returns the absolute path of a file, symbolic links followed; "" if there is none.
+// FullPath returns the absolute path of a file with all symbolic links resolved.
+// Errors: "" if the file does not exist or cannot be reached.
 std::string FullPath(const std::string& path);
 
 }  // namespace mirolta::host

@@ -17,7 +17,7 @@ namespace {
 using Outputs = std::vector<std::shared_ptr<OutputFile>>;
 
 Outputs& OpenOutputs() {
-  static Outputs& outputs = *new Outputs;  // also for what ends after static objects
+  static Outputs& outputs = *new Outputs;  // never destroyed: streams may outlive statics
   return outputs;
 }
 
@@ -45,14 +45,14 @@ mode_t NewFileMode() {
   return (S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH) & ~mask;
 }
 
-// Gives the file the owner, if the process may, and the permissions that it shall have.
+// Sets the permissions of the new file and, if the process may, its owner.
 int TakeOver(int file, const Target& target, bool is_private) {
   mode_t mode = NewFileMode();
   if (target.kind == TargetKind::kRegular) {
     mode = target.facts.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
     if (fchown(file, target.facts.st_uid, target.facts.st_gid) != 0 &&
         fchown(file, static_cast<uid_t>(-1), target.facts.st_gid) != 0) {
-      // What the old group was allowed is not for another one.
+      // The old group's permissions must not go to another group.
       mode &= static_cast<mode_t>(S_IRWXU | S_IRWXO);
     }
   }
@@ -74,7 +74,7 @@ HRESULT OutputFile::Open(const Target& target, const std::string& name,
                          const OutputOptions& options, Reference<IStream>* stream,
                          std::shared_ptr<OutputFile>* output) {
   if (target.kind == TargetKind::kRegular) {
-    // Who may not write the file may not replace it either.
+    // A file that the process may not write must not be replaced either.
     const HRESULT status = SHCreateStreamOnFileEx(UnitsFromSystem(target.path).c_str(), STGM_WRITE,
                                                   0, FALSE, nullptr, stream->Out());
     if (FAILED(status)) return status;
@@ -102,12 +102,12 @@ int OutputFile::Replace() {
   const int file = open(temporary_.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (file < 0) return errno;
   int error = TakeOver(file, target_, options_.is_private);
-  // On the disk before it is in place: a crash leaves the old file or the new one.
+  // Synced before it is renamed: after a crash the target is the old file or the new one.
   if (error == 0 && fsync(file) != 0) error = errno;
   close(file);
   if (error == 0) error = temporary_.MoveTo(target_.path, options_.must_be_new);
   if (error != 0) return error;
-  // The file is complete and in place. That a crash might undo this is no failure of the script's.
+  // The file is complete and in place; failing to sync the folder is no failure of the script.
   static_cast<void>(SyncFolder(FolderOf(target_.path)));
   return 0;
 }

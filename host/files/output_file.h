@@ -1,5 +1,5 @@
-// Files that a script writes anew. Everything goes to a temporary file beside the target; Finish
-// puts it in the target's place, and until then the target is as it was.
+// Files that a script creates or replaces. Data goes to a temporary file beside the target; Finish
+// moves it into place, and until then the target is unchanged.
 #pragma once
 
 #include <memory>
@@ -14,35 +14,37 @@ namespace mirolta::host {
 
 struct OutputOptions {
   DWORD mode = STGM_WRITE;   // or STGM_READWRITE
-  bool must_be_new = false;  // fails if the file is there
+  bool must_be_new = false;  // fails if the file exists
   bool is_private = false;   // readable and writable by the owner only
 };
 
 class OutputFile {
  public:
-  // Open makes the temporary file. The output then waits for Finish, Discard, or FinishOutputs or
-  // DiscardOutputs. `target` is a new or a regular file, which fails Finish if the file must be
-  // new; `name` is what messages call it.
+  // Open creates the temporary file. The output stays open until Finish, Discard, FinishOutputs or
+  // DiscardOutputs. `target` is new or a regular file; messages call it `name`.
+  // Errors: the system's status; STG_E_ACCESSDENIED if the process may not write an existing
+  //         target.
   [[nodiscard]] static HRESULT Open(const Target& target, const std::string& name,
                                     const OutputOptions& options, Reference<IStream>* stream,
                                     std::shared_ptr<OutputFile>* output);
 
-  // Finish puts the file on the disk and then in the target's place, with the target's permissions
-  // and, as far as the process may, its owner; a symbolic link stays and the file it leads to is
-  // replaced. After a failure, also a write's that came before, the target is as it was. Does
-  // nothing for an output that is no longer open.
+  // Finish syncs the file to the disk and renames it to the target, with the target's permissions
+  // and, if the process may set it, its owner. Does nothing for an output that is not open.
+  // Errors: the status of the first failed write, else of replacing the target; the target is
+  //         unchanged.
   [[nodiscard]] HRESULT Finish();
+  // Discard removes the temporary file. Does nothing for an output that is not open.
   void Discard();
   bool is_open() const { return is_open_; }
 
-  // What was written is not complete: Finish will fail with `status`.
+  // NoteFailure records that a write failed: Finish then fails with `status`, the first one.
   void NoteFailure(HRESULT status) {
     if (SUCCEEDED(failure_)) failure_ = status;
   }
   const std::string& name() const { return name_; }
 
  private:
-  void Leave();  // the outputs that wait
+  void Leave();  // the list of open outputs
   [[nodiscard]] int Replace();
 
   TemporaryFile temporary_;
@@ -53,8 +55,8 @@ class OutputFile {
   bool is_open_ = true;
 };
 
-// FinishOutputs finishes what a script left open; it names what fails on standard error and returns
-// false then. DiscardOutputs drops it.
+// FinishOutputs finishes all open outputs in the order of their opening; it reports each failure on
+// standard error and returns false then. DiscardOutputs discards them.
 [[nodiscard]] bool FinishOutputs();
 void DiscardOutputs();
 

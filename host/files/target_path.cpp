@@ -8,9 +8,9 @@
 namespace mirolta::host {
 namespace {
 
-constexpr int kMostLinks = 40;  // as many as the system follows
+constexpr int kMostLinks = 40;  // the system's limit
 
-// Links in the process file system lead to open files; the text of such a link is no path.
+// Links in procfs lead to open files; the text of such a link is not a path.
 bool IsInProcessFolder(const std::string& path) {
   const std::string folder = FolderOf(path);
   struct statfs facts = {};
@@ -64,7 +64,7 @@ bool IsSameFile(const std::string& a, const std::string& b) {
   const bool has_first = stat(a.c_str(), &first) == 0;
   const bool has_second = stat(b.c_str(), &second) == 0;
   if (has_first || has_second) return has_first && has_second && IsSameNode(first, second);
-  // Neither is there: the same name in the same folder.
+  // Neither exists: compare the names and the folders.
   Target one, other;
   if (FindTarget(a, &one) != 0 || FindTarget(b, &other) != 0) return false;
   const std::string folder_one = FolderOf(one.path), folder_other = FolderOf(other.path);

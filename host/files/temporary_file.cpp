@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
-// The files to remove. It changes with the signals blocked only.
+// The list of files to remove; changed only while the signals are blocked.
 TemporaryFile* volatile first_file = nullptr;
 
 class SignalsBlocked {
@@ -34,12 +34,12 @@ class SignalsBlocked {
 
 }  // namespace
 
-// Calls only what is safe in a signal handler.
+// Async-signal-safe.
 void RemoveOnSignal(int signal) {
   for (const TemporaryFile* file = first_file; file != nullptr; file = file->next_) {
     unlink(file->path_.c_str());
   }
-  // The handler is the default one again; the signal waits until this one returns.
+  // SA_RESETHAND restored the default action; the signal stays pending until this handler returns.
   raise(signal);
 }
 
@@ -101,7 +101,7 @@ HRESULT TemporaryFile::Create(const std::string& folder, DWORD mode, Reference<I
 int TemporaryFile::MoveTo(const std::string& target, bool must_be_new) {
   const SignalsBlocked blocked;
   if (must_be_new) {
-    // A file system without hard links: what appears between the look and the move is lost.
+    // Without hard links there is a race: a file created between lstat and rename is lost.
     struct stat facts = {};
     if (link(path_.c_str(), target.c_str()) == 0) {
       unlink(path_.c_str());

@@ -1,6 +1,6 @@
-// A file under a name of its own until it takes the place of another. It is removed if that does
-// not happen: when its owner ends, and when the process is interrupted (SIGINT, SIGTERM, SIGHUP,
-// SIGQUIT), which then still ends the process. SIGKILL leaves it.
+// A temporary file that is renamed to its target, or removed: when its owner ends, and when the
+// process is terminated by SIGINT, SIGTERM, SIGHUP or SIGQUIT, which keep their effect. SIGKILL
+// leaves the file.
 #pragma once
 
 #include <string>
@@ -17,13 +17,14 @@ class TemporaryFile {
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() { Remove(); }
 
-  // Create makes an empty file in `folder` (with its slash, or "") that only the owner may read or
-  // write, and opens it: STGM_WRITE or STGM_READWRITE. Call once.
+  // Create creates an empty file with a new name and mode 0600, and opens it. Call once.
+  // Shapes: `folder` ends with a slash or is ""; `mode` is STGM_WRITE or STGM_READWRITE.
+  // Errors: the system's status.
   [[nodiscard]] HRESULT Create(const std::string& folder, DWORD mode, Reference<IStream>* stream);
 
-  // MoveTo gives the file the name `target`, whose file it replaces. With `must_be_new` it fails
-  // with EEXIST if there is one.
-  // Errors: the system's error number, 0 if there is none.
+  // MoveTo renames the file to `target` and replaces that.
+  // Errors: errno of the failure, EEXIST if `must_be_new` is set and the target exists; 0 if there
+  //         is none.
   [[nodiscard]] int MoveTo(const std::string& target, bool must_be_new);
 
   void Remove();
@@ -31,10 +32,11 @@ class TemporaryFile {
 
  private:
   friend void RemoveOnSignal(int signal);
+  // The list of files that a signal removes.
   void Enlist();
   void Delist();
 
-  std::string path_;  // empty if there is no file
+  std::string path_;  // "" if there is no file
   TemporaryFile* next_ = nullptr;
 };
 

@@ -11,7 +11,7 @@
 namespace mirolta::host {
 namespace {
 
-// Creates an object of the class with this ProgID or, in braces, this identifier.
+// Creates an object of the class with this ProgID or, in braces, this CLSID.
 HRESULT CreateRegistered(const OLECHAR* name, Reference<IDispatch>* object) {
   CLSID id;
   const HRESULT status = CLSIDFromProgID(name, &id);
@@ -22,7 +22,7 @@ HRESULT CreateRegistered(const OLECHAR* name, Reference<IDispatch>* object) {
   return created;
 }
 
-// The same, with the module beside the host where nothing is registered.
+// The same; registers the module beside the host if the class is unknown.
 HRESULT Create(const OLECHAR* name, Reference<IDispatch>* object) {
   const HRESULT status = CreateRegistered(name, object);
   if (SUCCEEDED(status) || !RegisterOwnModule()) return status;

@@ -5,7 +5,7 @@
 
 namespace mirolta::host {
 
-// InstallActiveX makes the global ActiveXObject and adds CreateObject to the object on top of the
+// InstallActiveX defines the global ActiveXObject, and CreateObject in the object on top of the
 // stack.
 void InstallActiveX(duk_context* engine);
 

@@ -27,7 +27,7 @@ std::string_view KeyAt(duk_context* engine, duk_idx_t index) {
   return text == nullptr ? std::string_view() : std::string_view(text, size);
 }
 
-// Pushes a native function that remembers an object and a member of it.
+// Pushes a native function bound to an object and a member of it.
 void PushMemberFunction(duk_context* engine, duk_c_function function, duk_idx_t owner, DISPID id) {
   owner = duk_normalize_index(engine, owner);
   duk_push_c_function(engine, function, DUK_VARARGS);
@@ -37,8 +37,8 @@ void PushMemberFunction(duk_context* engine, duk_c_function function, duk_idx_t 
   duk_put_prop_string(engine, -2, kIdKey);
 }
 
-// Binds to the object that the running native function remembers and returns the member's id.
-DISPID BindRemembered(duk_context* engine, MemberCall* call) {
+// Binds the call to the object of the running native function and returns the id of its member.
+DISPID BindFunction(duk_context* engine, MemberCall* call) {
   duk_push_current_function(engine);
   duk_get_prop_string(engine, -1, kOwnerKey);
   call->Bind(engine, -1);
@@ -63,13 +63,13 @@ struct CallFrame {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     const duk_idx_t count = duk_get_top(engine);
-    const DISPID id = BindRemembered(engine, &call);
+    const DISPID id = BindFunction(engine, &call);
     call.TakeArguments(engine, 0, count);
     return call.Call(engine, id, kCallFlags);
   }
 };
 
-// obj(arguments): target, this, list of arguments
+// obj(arguments), by the proxy trap apply(target, this, list of arguments)
 struct DefaultCallFrame {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
@@ -98,7 +98,7 @@ struct DefaultTextFrame : DefaultValueFrame {
   }
 };
 
-// obj["Name()="](arguments) makes the object whose `value` is the property with those arguments.
+// obj["Name()="](arguments) returns an object whose `value` is the property with those arguments.
 duk_ret_t MakeAssignment(duk_context* engine) {
   const duk_idx_t count = duk_get_top(engine);
   const duk_idx_t list = duk_push_array(engine);
@@ -124,7 +124,8 @@ struct AssignmentFrame {
   MemberCall call;
   DISPID id = 0;
 
-  // Binds to what `this` remembers and pushes its arguments; returns their number.
+  // Binds the call to the object and member of `this` and pushes its arguments; returns their
+  // number.
   duk_idx_t Open(duk_context* engine) {
     duk_push_this(engine);
     const duk_idx_t self = duk_get_top_index(engine);
@@ -158,7 +159,7 @@ bool IsReadableOnlyByCall(HRESULT status) {
          status == DISP_E_PARAMNOTOPTIONAL;
 }
 
-// Reading a member: target, name
+// The proxy trap get(target, name)
 struct GetFrame {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
@@ -171,11 +172,11 @@ struct GetFrame {
     if (name.ends_with(kAssignmentSuffix)) {
       name.remove_suffix(kAssignmentSuffix.size());
       duk_push_lstring(engine, name.data(), name.size());
-      if (!name.empty() && !call.AskId(engine, -1, &id)) ThrowStatus(engine, kNoSuchMember);
+      if (!name.empty() && !call.FindId(engine, -1, &id)) ThrowStatus(engine, kNoSuchMember);
       PushMemberFunction(engine, MakeAssignment, kTarget, id);
       return 1;
     }
-    if (!call.AskId(engine, kName, &id)) return PushBuiltIn(engine, name, is_call);
+    if (!call.FindId(engine, kName, &id)) return PushBuiltIn(engine, name, is_call);
     if (is_call) {
       PushMemberFunction(engine, RunProtected<CallFrame>, kTarget, id);
       return 1;
@@ -205,14 +206,14 @@ struct GetFrame {
   }
 };
 
-// Assigning a member: target, name, value
+// The proxy trap set(target, name, value)
 struct SetFrame {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     constexpr duk_idx_t kTarget = 0, kName = 1, kValue = 2;
     call.Bind(engine, kTarget);
     DISPID id = DISPID_UNKNOWN;
-    if (duk_is_symbol(engine, kName) || !call.AskId(engine, kName, &id)) {
+    if (duk_is_symbol(engine, kName) || !call.FindId(engine, kName, &id)) {
       ThrowStatus(engine, kNoSuchMember);
     }
     call.TakeArguments(engine, kValue, 1);
@@ -222,13 +223,13 @@ struct SetFrame {
   }
 };
 
-// "Name" in obj
+// "Name" in obj, by the proxy trap has(target, name)
 struct HasFrame {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     call.Bind(engine, 0);
     DISPID id = DISPID_UNKNOWN;
-    duk_push_boolean(engine, !duk_is_symbol(engine, 1) && call.AskId(engine, 1, &id));
+    duk_push_boolean(engine, !duk_is_symbol(engine, 1) && call.FindId(engine, 1, &id));
     return 1;
   }
 };
@@ -254,7 +255,7 @@ constexpr duk_function_list_entry kTraps[] = {
     {nullptr, nullptr, 0},
 };
 
-// The object behind the script's one; being a function lets the script call it.
+// The target of the proxy; the engine calls a proxy only if its target is a function.
 duk_ret_t NeverCalled(duk_context*) {
   return 0;
 }
@@ -269,7 +270,7 @@ void PushDispatch(duk_context* engine, IDispatch* object) {
     duk_push_c_function(inner, NeverCalled, 0);
     for (const char* own : {"length", "name"}) duk_del_prop_string(inner, -1, own);
     AttachHandle(inner, number);
-    ShowByProxy(inner, kHandler);
+    WrapInProxy(inner, kHandler);
   });
 }
 

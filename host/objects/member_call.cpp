@@ -9,7 +9,7 @@
 namespace mirolta::host {
 namespace {
 
-// Automation calls that may run one inside the other, each with its own native stack.
+// The most nested calls: each takes native stack.
 constexpr int kMostCalls = 128;
 constexpr HRESULT kErrorBase = MIROLTA_STATUS(0x800A0000u);  // of an EXCEPINFO's error code
 
@@ -38,7 +38,7 @@ void MemberCall::Bind(duk_context* engine, duk_idx_t index) {
   object_.Share(slot->value.pdispVal);
 }
 
-bool MemberCall::AskId(duk_context* engine, duk_idx_t name, DISPID* id) {
+bool MemberCall::FindId(duk_context* engine, duk_idx_t name, DISPID* id) {
   duk_size_t size = 0;
   const char* bytes = duk_get_lstring(engine, name, &size);
   name_ = UnitsFromEngine({bytes, size});
@@ -55,7 +55,7 @@ bool MemberCall::AskId(duk_context* engine, duk_idx_t name, DISPID* id) {
   const HRESULT status = object_->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, id);
   if (status == DISP_E_UNKNOWNNAME || status == DISP_E_MEMBERNOTFOUND) return false;
   if (FAILED(status)) Throw(engine, status);
-  // Looked for again: asking may have run a script.
+  // Found again: GetIDsOfNames may have run a script.
   if (ObjectSlot* slot = objects.Find(number_, SlotKind::kDispatch)) slot->ids[name_] = *id;
   return true;
 }
@@ -79,7 +79,7 @@ HRESULT MemberCall::InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPI
   params.cNamedArgs = named != nullptr ? 1 : 0;
   VariantClear(&result_);
   ClearException();
-  // A description that an earlier call left behind is not this call's.
+  // Error information of an earlier call must not describe this one.
   SetErrorInfo(0, nullptr);
   ForgetScriptError(engine);
   UINT bad_argument = 0;

@@ -1,4 +1,4 @@
-// One late-bound call of an automation object's member: arguments out, result or error back.
+// A late-bound call of a member of an automation object.
 #pragma once
 
 #include <vector>
@@ -10,7 +10,8 @@
 
 namespace mirolta::host {
 
-// Holds what a call needs and gives it back at its end. A member of a frame (protected_call.h).
+// Owns the arguments, the result and the error information of a call. Belongs into a frame
+// (protected_call.h).
 class MemberCall {
  public:
   MemberCall() = default;
@@ -18,23 +19,27 @@ class MemberCall {
   MemberCall& operator=(const MemberCall&) = delete;
   ~MemberCall();
 
-  // Bind chooses the automation object that the script object at `index` stands for.
+  // Bind selects the automation object behind the script object at `index`.
+  // Errors: throws kNoSuchMember if there is none, kDisconnected if its slot was freed.
   void Bind(duk_context* engine, duk_idx_t index);
-  // AskId looks `name` (in the engine's form) up; false if the object has no such member.
-  bool AskId(duk_context* engine, duk_idx_t name, DISPID* id);
-  // Takes the `count` values from `first` on as arguments.
+  // FindId looks up the string at `name`; false if the object has no such member.
+  // Errors: throws the object's status for other failures.
+  bool FindId(duk_context* engine, duk_idx_t name, DISPID* id);
+  // TakeArguments converts `count` values from `first` on.
+  // Errors: throws the status of a value that cannot be converted.
   void TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count);
 
   // Call calls the member and pushes its result; returns 1, the number of values pushed.
   // Errors: throws the member's.
   duk_ret_t Call(duk_context* engine, DISPID id, WORD flags);
-  // Put assigns the last argument taken: by reference first if it is an object, then by value.
+  // Put assigns the last argument: by reference first if it is an object, then by value.
   // Errors: throws the member's.
   void Put(duk_context* engine, DISPID id);
   // Invoke calls the member and returns its status; the result stays here until PushResult.
   HRESULT Invoke(duk_context* engine, DISPID id, WORD flags);
   void PushResult(duk_context* engine);
-  // Throw throws the error of a call that failed with `status`.
+  // Throw throws the error of a call that failed with `status`: the value that a script object
+  // threw during the call, or an Error with the text of the call's error information.
   [[noreturn]] void Throw(duk_context* engine, HRESULT status);
 
  private:
@@ -44,7 +49,7 @@ class MemberCall {
 
   SlotNumber number_ = kNoSlot;
   Reference<IDispatch> object_;
-  std::vector<VARIANT> arguments_;  // reversed
+  std::vector<VARIANT> arguments_;  // last first, as DISPPARAMS has them
   ScopedVariant result_;
   EXCEPINFO exception_{};
   Units name_;

@@ -10,15 +10,15 @@ namespace {
 
 constexpr char kHandleKey[] = DUK_HIDDEN_SYMBOL("handle");
 
-// What the property holds, as bytes. An object that inherits the property is not the owner. The
-// engine does not move objects, and the owner lives as long as what inherits from it.
+// The bytes of the property. `owner` tells the handle from objects that inherit the property: the
+// engine does not move objects, and the owner lives as long as they do.
 struct Handle {
   SlotNumber number;
   const void* owner;
   const void* proxy;
 };
 
-// The handle that a look-up from `index` finds, pushed; null if there is none.
+// Pushes the property that the object at `index` has or inherits; null if it is no handle.
 void* PushFoundHandle(duk_context* engine, duk_idx_t index) {
   duk_get_prop_string(engine, index, kHandleKey);
   duk_size_t size = 0;
@@ -26,7 +26,7 @@ void* PushFoundHandle(duk_context* engine, duk_idx_t index) {
   return size == sizeof(Handle) ? bytes : nullptr;
 }
 
-// Inherited like any property, so it runs for objects too that have no handle of their own.
+// The finalizer is inherited like any property and also runs for objects that are no handles.
 duk_ret_t Finalize(duk_context* engine) {
   SlotNumber number = kNoSlot;
   if (HandleAt(engine, 0, &number)) ContextOf(engine).objects.Remove(number);
@@ -62,10 +62,10 @@ void AttachHandle(duk_context* engine, SlotNumber number) {
   duk_set_finalizer(engine, -2);
 }
 
-void ShowByProxy(duk_context* engine, const char* handler) {
+void WrapInProxy(duk_context* engine, const char* handler) {
   PushKept(engine, handler);
   duk_push_proxy(engine, 0);
-  // Hidden properties of a proxy are those of its target.
+  // A proxy's hidden properties are those of its target.
   Handle handle = {};
   void* bytes = PushFoundHandle(engine, -1);
   memcpy(&handle, bytes, sizeof handle);

@@ -1,6 +1,6 @@
-// Script objects that stand for a slot of the object table. Only the object that a handle was
-// attached to stands for the slot: objects that inherit from it, and a script's own proxies of it,
-// stand for nothing.
+// Handles: script objects that refer to a slot of the object table. Only the object that a handle
+// was attached to is one; objects that inherit from it, and proxies of it that a script creates,
+// are not.
 #pragma once
 
 #include "engine/engine_api.h"
@@ -8,32 +8,34 @@
 
 namespace mirolta::host {
 
-// MakeObject pushes the script object of a slot: it attaches the handle and may show it by a proxy.
+// MakeObject creates and pushes the script object of a slot; it attaches the handle and may wrap
+// the object in a proxy.
 using MakeObject = void (*)(duk_context* engine, SlotNumber number);
 
-// PushSlotObject adds `value` to the table, which takes it over in any case, and pushes its script
-// object. The slot is freed when the engine drops the object, or at the engine's end if memory was
-// too short then to run the finalizer.
-// Errors: the engine's, and E_OUTOFMEMORY; `value` is then given back.
+// PushSlotObject adds `value` to the object table, takes ownership of it, and pushes its script
+// object. The object's finalizer frees the slot; if memory runs out there, the slot is freed with
+// the engine.
+// Errors: throws the engine's errors and E_OUTOFMEMORY; `value` is then cleared.
 void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make);
 
-// For MakeObject: AttachHandle makes the object on top the one that stands for the slot.
-// ShowByProxy takes that object on top and pushes a proxy of it, with the handler kept as
-// `handler`, which stands for the slot too.
+// For MakeObject: AttachHandle makes the object on top of the stack a handle to the slot.
+// WrapInProxy replaces it by a proxy, which is a handle too; the proxy's handler is the value kept
+// as `handler`.
 void AttachHandle(duk_context* engine, SlotNumber number);
-void ShowByProxy(duk_context* engine, const char* handler);
-// A MakeObject: an object without properties.
+void WrapInProxy(duk_context* engine, const char* handler);
+// PushPlainObject is a MakeObject for an object without properties.
 void PushPlainObject(duk_context* engine, SlotNumber number);
 
-// ThrowIfClosed throws kStreamClosed if the value at `index` is a closed stream: what is no place
-// for a stream says of a closed one that it is closed.
+// ThrowIfClosed throws kStreamClosed if the value at `index` is a closed stream. Functions that
+// accept no stream there call it before they report a type mismatch.
 void ThrowIfClosed(duk_context* engine, duk_idx_t index);
 
-// HandleAt tells the slot that the value at `index` itself stands for; false if it stands for none.
-// The slot may be gone: a handle stays what it is. Runs no script.
+// HandleAt returns true and the slot number if the value at `index` is a handle. The slot may have
+// been freed. Runs no script.
 bool HandleAt(duk_context* engine, duk_idx_t index, SlotNumber* number);
-// SlotAt returns the slot of the value at `index` if it has that kind, else null.
-// Errors: kDisconnected if the slot is gone.
+// SlotAt returns the slot of the handle at `index`, null if the value is no handle or the slot is
+// of another kind.
+// Errors: throws kDisconnected if the slot was freed.
 ObjectSlot* SlotAt(duk_context* engine, duk_idx_t index, SlotKind kind);
 
 }  // namespace mirolta::host

@@ -30,7 +30,7 @@ ObjectSlot* ObjectTable::Find(SlotNumber number) {
 void ObjectTable::Remove(SlotNumber number) {
   const auto found = slots_.find(number);
   if (found == slots_.end()) return;
-  // Taken out before its release, which may come back here.
+  // Erased before the value is released, which may re-enter.
   VARIANT value = found->second.value;
   slots_.erase(found);
   VariantClear(&value);

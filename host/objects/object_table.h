@@ -1,5 +1,5 @@
-// The automation values that script objects stand for. A script object carries the number of a
-// slot, never a pointer, so that nothing a script does can reach memory that is not there.
+// The automation values behind script objects. A script object holds the number of a slot, never a
+// pointer: nothing that a script does can reach freed memory.
 #pragma once
 
 #include <map>
@@ -17,15 +17,14 @@ enum class SlotKind : uint8_t {
   kArray,     // VT_ARRAY of any element type
 };
 
-// Slots are counted as they are added. No number is ever given twice: one that is out of date finds
-// nothing, whatever was added since.
+// Slots are numbered in the order of adding. Numbers are never reused: a stale one finds nothing.
 using SlotNumber = uint64_t;
 inline constexpr SlotNumber kNoSlot = 0;
 
 struct ObjectSlot {
   SlotKind kind = SlotKind::kFree;
   VARIANT value{};
-  std::map<Units, DISPID> ids;  // of the names that the object was asked for
+  std::map<Units, DISPID> ids;  // by the names that were looked up
 };
 
 inline bool IsClosedStream(const ObjectSlot& slot) {
@@ -39,17 +38,18 @@ class ObjectTable {
   ObjectTable& operator=(const ObjectTable&) = delete;
   ~ObjectTable() { Clear(); }
 
-  // Add takes over `value`, whatever happens, and returns its number; kNoSlot if memory is short.
+  // Add takes ownership of `value` and returns the number of its slot.
+  // Errors: kNoSlot if memory ran out; `value` is then cleared.
   [[nodiscard]] SlotNumber Add(SlotKind kind, const VARIANT& value);
-  // Find returns null if the number holds nothing of that kind. The result lasts until the slot is
-  // freed: keep no pointer over a call that may run a script.
+  // Find returns the slot, null if there is none of that number and kind. The pointer is valid
+  // until the slot is freed: do not keep it across a call that may run a script.
   ObjectSlot* Find(SlotNumber number, SlotKind kind);
-  // The slot of any kind, or null.
+  // The same for a slot of any kind.
   ObjectSlot* Find(SlotNumber number);
   size_t Count() const { return slots_.size(); }
-  // Frees the slot and gives its value back.
+  // Remove frees the slot and clears its value.
   void Remove(SlotNumber number);
-  // Gives every value back.
+  // Clear removes every slot.
   void Clear();
 
  private:

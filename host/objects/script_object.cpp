@@ -24,8 +24,8 @@ namespace {
 constexpr IID kScriptObjectId = {
     0x5C7A9E21, 0x0D3B, 0x4F66, {0x9A, 0x47, 0x3E, 0x81, 0x2B, 0xC5, 0x70, 0x1D}};
 constexpr HRESULT kWrongThread = MIROLTA_STATUS(0x8001010Eu);
-constexpr int kMostCalls = 64;  // script calls through automation, one inside the other
-// Places on the engine's stack that a call takes before it is protected.
+constexpr int kMostCalls = 64;  // the most nested calls of script objects
+// Engine stack that a call needs before it is protected.
 constexpr duk_idx_t kNeededStack = 16;
 constexpr char kWrapped[] = "wrapped";
 constexpr char kPendingError[] = "pendingError";
@@ -35,7 +35,7 @@ void DropLink(ScriptLink* link) {
   if (InterlockedDecrement(&link->references) == 0) delete link;
 }
 
-// A call from automation into the script, as the protected part sees it.
+// A call from automation into the script: the data of the protected call.
 struct ScriptCall {
   uint32_t key = 0;
   const Units* name = nullptr;  // null for the object itself
@@ -51,7 +51,7 @@ void PushTarget(duk_context* engine, uint32_t key) {
   duk_remove(engine, -2);
 }
 
-// Pushes the call's arguments in the script's order and returns their number.
+// Pushes the arguments, first one first, and returns their number.
 duk_idx_t PushArguments(duk_context* engine, const DISPPARAMS& params) {
   for (UINT i = params.cArgs; i > 0; --i) PushVariant(engine, params.rgvarg[i - 1]);
   return static_cast<duk_idx_t>(params.cArgs);
@@ -99,7 +99,7 @@ duk_ret_t ProtectedCall(duk_context* engine, void* data) {
   return 0;
 }
 
-// Keeps the error on top of the stack, with the number that is told of it.
+// Keeps the error on top of the stack and the number reported for it.
 duk_ret_t KeepError(duk_context* engine, void* number) {
   KeepValue(engine, kPendingError);
   duk_push_int(engine, *static_cast<HRESULT*>(number));
@@ -107,12 +107,12 @@ duk_ret_t KeepError(duk_context* engine, void* number) {
   return 0;
 }
 
-// Tells the error on top of the stack, which it takes, to the caller. An engine error must not
-// leave it: between here and the script is the caller's own code.
+// Reports the error on top of the stack to the automation caller and pops it. No engine error may
+// leave this function: a longjmp would skip the caller's frames.
 HRESULT ReportError(duk_context* engine, EXCEPINFO* exception) {
   const ErrorReport report = DescribeError(engine);
   HRESULT number = FAILED(report.number) ? report.number : E_FAIL;
-  // Without memory to keep it, it is an error like any other's.
+  // If it cannot be kept, the script gets a new Error.
   duk_safe_call(engine, KeepError, &number, 1, 1);
   if (exception == nullptr) return number;
   *exception = {};
@@ -144,7 +144,7 @@ duk_ret_t FindName(duk_context* engine, void* data) {
   return 0;
 }
 
-// Returns the status of `work`, which may run out of memory.
+// Returns the status of `work`, E_OUTOFMEMORY for std::bad_alloc.
 template <typename Work>
 HRESULT StatusOf(Work work) {
   try {
@@ -207,7 +207,7 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
     }
     if (link_->calls_running >= kMostCalls) return kOutOfStack;
     if (result != nullptr) VariantInit(result);
-    // Held by the call itself: the script may drop the last reference meanwhile.
+    // The script may release the last other reference during the call.
     Reference<IDispatch> self;
     self.Share(this);
     duk_context* engine = link_->engine;
@@ -244,7 +244,7 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
     return duk_check_stack(link_->engine, kNeededStack) ? S_OK : E_OUTOFMEMORY;
   }
 
-  // Ids count from 1 in the order of asking.
+  // DISPIDs are 1, 2, 3 ... in the order of the look-ups.
   DISPID IdOf(UnitsView name) {
     for (size_t i = 0; i < names_.size(); ++i) {
       if (names_[i] == name) return static_cast<DISPID>(i + 1);
@@ -297,7 +297,7 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object) {
   if (FAILED(object->QueryInterface(kScriptObjectId, &found))) return false;
   auto* wrapper = static_cast<ScriptObject*>(static_cast<IDispatch*>(found));
   const uint32_t key = wrapper->key();
-  // One of another engine is an object like any other here.
+  // A script object of another engine is an automation object like any other.
   const bool is_ours = wrapper->link() == ContextOf(engine).link;
   wrapper->Release();
   if (!is_ours) return false;

@@ -1,29 +1,31 @@
-// A script object as automation sees it: an IDispatch whose default value is what the script's own
-// conversion gives (valueOf, then toString), whose named members are the object's properties, and
-// which can be called if it is a function.
+// The automation side of a script object: an IDispatch whose default value is the object's
+// primitive value (valueOf, then toString), whose members are the object's properties, and which
+// can be called if the object is a function.
 #pragma once
 
 #include "engine/engine_api.h"
 
 namespace mirolta::host {
 
-// Ties script objects that automation holds to their engine, which may end before them.
+// Links the script objects that automation holds to their engine, which may end before them.
 struct ScriptLink;
 
-// Makes the link of a context, null if memory is short. CutLink is called before the engine ends:
-// from then on the objects fail every call.
+// MakeLink creates the link of an engine, null if memory runs out. CutLink must be called before
+// the engine ends; the objects then fail every call with kDisconnected.
 ScriptLink* MakeLink(duk_context* engine);
 void CutLink(ScriptLink* link);
 
-// WrapScriptObject returns an automation object for the script object at `index`, null if memory is
-// short. The script object lives as long as it.
+// WrapScriptObject returns an automation object for the script object at `index` and keeps the
+// script object alive.
+// Errors: null if memory runs out; the engine's.
 IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index);
-// PushWrappedObject pushes the script object that `object` stands for; false if it stands for none.
+// PushWrappedObject pushes the script object that `object` wraps.
+// Errors: returns false and pushes nothing if it wraps none of this engine.
 bool PushWrappedObject(duk_context* engine, IUnknown* object);
 
-// An error that a script object threw through an automation call is kept meanwhile, so that the
-// script that made the call gets that very error. TakeScriptError pushes it if the call failed with
-// the status it gave rise to; it forgets it in either case.
+// The host keeps the value that a script object throws during an automation call, so that the
+// script that made the call gets the same value. TakeScriptError pushes it if the call failed with
+// the status that was reported for it, else returns false; either way the value is forgotten.
 bool TakeScriptError(duk_context* engine, HRESULT status);
 void ForgetScriptError(duk_context* engine);
 

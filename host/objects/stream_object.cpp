@@ -19,9 +19,9 @@ namespace mirolta::host {
 namespace {
 
 constexpr char kPrototype[] = "stream.prototype";
-constexpr uint32_t kUsualRead = 65536;
+constexpr uint32_t kDefaultRead = 65536;
 constexpr uint64_t kMostRead = 512u << 20;
-constexpr double kMostPosition = 9007199254740992.0;  // what a script's number can count
+constexpr double kMostPosition = 9007199254740992.0;  // 2^53: a double is exact up to here
 
 struct ModeRow {
   std::string_view name;
@@ -35,20 +35,20 @@ constexpr ModeRow kModes[] = {
     {"wx", {STGM_WRITE, true, true}},
 };
 
-// Throws for a file; `otherwise` says what happened where the status has no wording.
+// Throws an error that names the file; `otherwise` is the text if the status has no standard one.
 [[noreturn]] void ThrowNamed(duk_context* engine, HRESULT status, const char* file,
                              const char* otherwise) {
   ThrowText(engine, status, "%s: %s", file, StandardText(status, otherwise));
 }
 
-// Throws for a failed operation; the file at fault is named if there is one.
+// Throws the error of a failed operation, with the name of the file that failed if there is one.
 [[noreturn]] void ThrowForFile(duk_context* engine, HRESULT status) {
   const char* file = FailedFileName().c_str();
   if (*file == '\0') ThrowStatus(engine, status);
   ThrowNamed(engine, status, file, "Input or output failed");
 }
 
-// A whole number from 0 up at `index`.
+// The non-negative integer at `index`.
 uint64_t CountAt(duk_context* engine, duk_idx_t index) {
   return static_cast<uint64_t>(NumberWithin(engine, index, 0, kMostPosition, kInvalidCall));
 }
@@ -57,7 +57,7 @@ void PushCount(duk_context* engine, uint64_t count) {
   duk_push_number(engine, static_cast<double>(count));
 }
 
-// A native member of a stream object.
+// The frame of a native member of a stream object.
 struct StreamFrame {
   Reference<IStream> stream;
 
@@ -83,12 +83,12 @@ struct StreamFrame {
   }
 };
 
-// Reads until there are enough bytes or a read gives none: one read may give fewer than there are.
+// Reads until there are enough bytes or a read returns none: one read may return fewer than remain.
 struct ReadFrame : StreamFrame {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
-    const uint64_t count = duk_is_undefined(engine, 0) ? kUsualRead : CountAt(engine, 0);
-    uint64_t room = std::min<uint64_t>(count, std::max<uint64_t>(BytesAhead(), kUsualRead) + 1);
+    const uint64_t count = duk_is_undefined(engine, 0) ? kDefaultRead : CountAt(engine, 0);
+    uint64_t room = std::min<uint64_t>(count, std::max<uint64_t>(BytesLeft(), kDefaultRead) + 1);
     uint64_t done = 0;
     auto* bytes = static_cast<uint8_t*>(duk_push_dynamic_buffer(engine, Size(engine, room)));
     uint8_t none = 0;
@@ -107,8 +107,8 @@ struct ReadFrame : StreamFrame {
     return 1;
   }
 
-  // How many bytes the stream says are still to come; 0 if it does not say.
-  uint64_t BytesAhead() const {
+  // The number of bytes up to the end of the stream; 0 if it is unknown.
+  uint64_t BytesLeft() const {
     STATSTG statistics = {};
     LARGE_INTEGER stay;
     stay.QuadPart = 0;
@@ -122,7 +122,7 @@ struct ReadFrame : StreamFrame {
   }
 
   static duk_size_t Size(duk_context* engine, uint64_t room) {
-    if (room > kMostRead) ThrowText(engine, E_OUTOFMEMORY, "One Read gives no more than 512 MB");
+    if (room > kMostRead) ThrowText(engine, E_OUTOFMEMORY, "Read returns at most 512 MB at once");
     return static_cast<duk_size_t>(room);
   }
 };
@@ -132,7 +132,7 @@ struct WriteFrame : StreamFrame {
     Open(engine);
     const uint8_t* bytes = nullptr;
     size_t size = 0;
-    if (!TakeBytes(engine, 0, &bytes, &size)) {
+    if (!BytesAt(engine, 0, &bytes, &size)) {
       ThrowIfClosed(engine, 0);
       ThrowStatus(engine, DISP_E_TYPEMISMATCH);
     }
@@ -212,7 +212,7 @@ struct CommitFrame : StreamFrame {
   }
 };
 
-// The text of any other object, so that a closed stream has none.
+// The text of an ordinary object; conversion of a closed stream throws.
 struct TextFrame : StreamFrame {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
@@ -221,7 +221,7 @@ struct TextFrame : StreamFrame {
   }
 };
 
-// Lets the stream of `this` go; the script cannot use it any more. Does nothing if it is closed.
+// Closes the stream object `this`. Does nothing if it is closed.
 struct EndFrame {
   Reference<IStream> stream;
 
@@ -267,7 +267,7 @@ constexpr duk_function_list_entry kMethods[] = {
 // WScript.OpenFile(path, mode, isPrivate)
 struct OpenFileFrame {
   std::string name;
-  Reference<IStream> stream;  // until the script has it
+  Reference<IStream> stream;  // until the script owns it
 
   ~OpenFileFrame() {
     OutputFile* output = stream ? OutputOf(stream.Get()) : nullptr;
@@ -302,13 +302,13 @@ struct OpenFileFrame {
   }
 };
 
-// WScript.MemoryStream(bytes): the bytes are copied, the position is at the start.
+// WScript.MemoryStream(bytes): copies the bytes; the position is 0.
 struct MemoryStreamFrame {
   Reference<IStream> stream;
   duk_ret_t Run(duk_context* engine) {
     const uint8_t* bytes = nullptr;
     size_t size = 0;
-    if (!duk_is_null_or_undefined(engine, 0) && !TakeBytes(engine, 0, &bytes, &size)) {
+    if (!duk_is_null_or_undefined(engine, 0) && !BytesAt(engine, 0, &bytes, &size)) {
       ThrowIfClosed(engine, 0);
       ThrowStatus(engine, DISP_E_TYPEMISMATCH);
     }

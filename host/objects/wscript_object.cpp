@@ -25,8 +25,8 @@ constexpr char kCaseHandler[] = "wscript.handler";
 
 enum class Output { kStandard, kError };
 
-// Prints the arguments, joined by a space. What is no object prints as the text that the platform
-// coerces it to, true as -1 and a third with 15 digits, as its own script host does.
+// Prints the arguments, separated by spaces. Numbers, booleans and undefined are coerced to text by
+// the platform, as its own script host does: true prints as -1, numbers have 15 digits.
 template <Output kOutput, bool kEndsLine>
 struct PrintFrame {
   std::string text;
@@ -52,7 +52,7 @@ struct PrintFrame {
       Append(engine, i);
     }
     if (kEndsLine) text += '\n';
-    // Both streams in the order of printing.
+    // Keeps the order of both streams.
     if (file == stderr) static_cast<void>(fflush(stdout));
     if (fwrite(text.data(), 1, text.size(), file) != text.size()) {
       ThrowText(engine, STG_E_WRITEFAULT, "The output cannot be written");
@@ -65,11 +65,11 @@ using OutWriteLineFrame = PrintFrame<Output::kStandard, true>;
 using ErrWriteFrame = PrintFrame<Output::kError, false>;
 using ErrWriteLineFrame = PrintFrame<Output::kError, true>;
 
-// Ends the process: nothing of the script, not even a finally block, runs any more.
+// Ends the process; no finally block runs.
 duk_ret_t Quit(duk_context* engine) {
   const int status = duk_is_undefined(engine, 0) ? 0 : duk_to_int32(engine, 0);
   ScriptContext& context = ContextOf(engine);
-  // An object in the middle of a call that led here cannot be let go.
+  // An object must not be released during its own call.
   if (context.calls_running == 0) context.objects.Clear();
   const bool succeeded = FlushOutput() && status == 0 && FinishOutputs();
   DiscardOutputs();
@@ -120,7 +120,7 @@ duk_ret_t CountArguments(duk_context* engine) {
   return 1;
 }
 
-// Reading a member whatever its letter case: target, name. One that fits exactly comes first.
+// The proxy trap get(target, name), case-insensitive; an exact match comes first.
 duk_ret_t GetAnyCase(duk_context* engine) {
   constexpr duk_idx_t kTarget = 0, kName = 1;
   duk_dup(engine, kName);
@@ -141,14 +141,14 @@ duk_ret_t RefuseAssignment(duk_context* engine) {
   ThrowStatus(engine, kNoSuchMember);
 }
 
-// Replaces the object on top of the stack by one that ignores letter case and stays as it is.
+// Wraps the object on top of the stack in a proxy that ignores letter case and rejects assignment.
 void IgnoreCase(duk_context* engine) {
   PushKept(engine, kCaseHandler);
   duk_push_proxy(engine, 0);
 }
 
 void PutText(duk_context* engine, const char* name, const std::string& system_text) {
-  // Before any script runs an engine error ends the host, so nothing is lost to it here.
+  // Temporaries are safe: before any script runs an engine error ends the host.
   PushUnits(engine, UnitsFromSystem(system_text));
   duk_put_prop_string(engine, -2, name);
 }

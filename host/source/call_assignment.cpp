@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view kAssignments[] = {
     "=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>=", ">>>="};
 
-// A change of the script: `size` bytes at `at` give way to `text`.
+// Replaces `size` bytes at `at` by `text`.
 struct Edit {
   size_t at;
   size_t size;
@@ -54,7 +54,7 @@ class Rewriter {
   }
 
   void RewriteCall(size_t open, size_t close) {
-    const size_t callee = open - 1;  // arguments follow an operand
+    const size_t callee = open - 1;  // arguments follow their callee
     const Token& end = tokens_[callee];
     if (end.kind == TokenKind::kName && callee > 0 && Is(callee - 1, ".")) {
       edits_.push_back({tokens_[callee - 1].begin, 1, ""});
@@ -65,7 +65,7 @@ class Rewriter {
     } else if (end.kind == TokenKind::kName || end.bracket != BracketKind::kNone) {
       edits_.push_back({end.end, 0, Quoted("")});
     } else {
-      return;  // a number, a text or a regular expression is no object
+      return;  // a literal is not callable
     }
     edits_.push_back({tokens_[close].end, 0, ".value"});
   }

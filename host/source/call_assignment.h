@@ -1,7 +1,7 @@
 // Assignment to a property with arguments, `obj.Text(65001) = "x"`, which the platform's script
-// host knows and the standard language refuses. Before a script is compiled such assignments become
-// `obj["Text()="](65001).value = "x"`; dispatch objects answer the name with the property's place.
-// Line numbers stay.
+// host accepts and ES5 does not. Before compilation such an assignment becomes
+// `obj["Text()="](65001).value = "x"`; a dispatch object answers that name with a reference to the
+// property. Line numbers do not change.
 #pragma once
 
 #include <string>
@@ -9,11 +9,12 @@
 
 namespace mirolta::host {
 
-// What a member's name ends in when the script is about to assign to it with arguments.
+// The suffix of a member's name in a rewritten assignment.
 inline constexpr std::string_view kAssignmentSuffix = "()=";
 
-// RewriteCallAssignments returns the script with every assignment to a call rewritten: = and the
-// compound ones. A script without any comes back as it is.
+// RewriteCallAssignments rewrites every assignment, simple or compound, whose target is a call, and
+// leaves the rest of the script unchanged.
+// Shapes: UTF-8, or the engine's form of text.
 std::string RewriteCallAssignments(std::string_view script);
 
 }  // namespace mirolta::host

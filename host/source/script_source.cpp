@@ -43,7 +43,7 @@ bool LoadScript(const std::string& path, std::string* script, std::string* probl
 
   std::string_view text = bytes;
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  // The line break stays, and with it every line's number.
+  // The line break stays, so that line numbers do not change.
   if (text.starts_with("#!")) text.remove_prefix(std::min(text.find('\n'), text.size()));
   *script = RewriteCallAssignments(text);
   return true;

@@ -8,18 +8,18 @@ namespace {
 
 using std::string_view;
 
-// Words that are no operands. this, null, true and false are names here.
+// Keywords that are not operands. this, null, true and false count as names.
 constexpr string_view kKeywords[] = {
     "break",  "case",       "catch", "const",   "continue", "debugger", "default",
     "delete", "do",         "else",  "finally", "for",      "function", "if",
     "in",     "instanceof", "new",   "return",  "switch",   "throw",    "try",
     "typeof", "var",        "void",  "while",   "with"};
-// Words before the parentheses of a condition.
+// Keywords followed by a condition in parentheses.
 constexpr string_view kConditionWords[] = {"if", "while", "for", "with", "switch", "catch"};
-// Words that a statement follows, or that are one.
+// Keywords that are followed by a statement or are one.
 constexpr string_view kStatementWords[] = {"else",  "do",       "try",     "finally",
                                            "break", "continue", "debugger"};
-// Words that a line break ends, as a semicolon does.
+// Keywords after which a line break ends the statement.
 constexpr string_view kLineWords[] = {"return", "throw", "break", "continue"};
 constexpr string_view kLongPunctuators[] = {
     ">>>=", "===", "!==", "<<=", ">>=", ">>>", "==", "!=", "<=", ">=", "+=", "-=", "*=",
@@ -38,7 +38,7 @@ uint8_t ByteOf(char c) {
   return static_cast<uint8_t>(c);
 }
 
-// The length of the line break or space at the start of `text`, 0 if there is none.
+// The length of the line terminator or white space at the start of `text`, 0 if there is none.
 size_t LineBreakLength(string_view text) {
   if (text.empty()) return 0;
   if (text[0] == '\n' || text[0] == '\r') return 1;
@@ -58,20 +58,20 @@ size_t SpaceLength(string_view text) {
   return text.starts_with("\xE2\x80") && text.size() > 2 && ByteOf(text[2]) <= 0x8A ? 3 : 0;
 }
 
-// Where the grammar is.
+// The position in the grammar.
 enum class Position : uint8_t {
   kStatement,     // a statement may start
-  kOperand,       // an expression goes on with an operand
-  kAfterOperand,  // an operand has ended
+  kOperand,       // an operand is expected
+  kAfterOperand,  // an operator may follow
 };
 
-// A bracket that is open.
+// An open bracket.
 struct Open {
   size_t token = 0;
   BracketKind kind = BracketKind::kBlock;
-  int conditionals = 0;      // ? that wait for their :
-  bool expects_key = false;  // of an object: before the colon of a property
-  bool is_operand = false;   // of parameters: what their function is
+  int conditionals = 0;      // ? without their : so far
+  bool expects_key = false;  // in an object literal, before the colon of a property
+  bool is_operand = false;   // of parameters: whether the function is an operand
 };
 
 class Splitter {
@@ -166,7 +166,7 @@ class Splitter {
     position_ = Position::kAfterOperand;
   }
 
-  // The bytes of a backslash and what it stands before.
+  // The length of an escape: a backslash and the character that it escapes.
   size_t EscapeLength() const { return Rest().starts_with("\\\r\n") ? 3u : 2u; }
 
   void TakeQuoted(char quote) {
@@ -275,7 +275,7 @@ class Splitter {
     if (LastText() == ")" && tokens_.back().bracket == BracketKind::kParameters) {
       return body_is_operand_ ? BracketKind::kBody : BracketKind::kBlock;
     }
-    // After an operand a semicolon was left out.
+    // After an operand: a semicolon was inserted before the block.
     return position_ == Position::kOperand ? BracketKind::kObject : BracketKind::kBlock;
   }
 
@@ -338,7 +338,7 @@ class Splitter {
   std::vector<Open> open_;  // the script itself first
   Position position_ = Position::kStatement;
   bool had_line_break_ = true;  // between the last token and this one
-  // From the word function to the parenthesis of its parameters.
+  // From the keyword function to the parenthesis of its parameters.
   bool in_function_head_ = false;
   bool function_is_operand_ = false;
   bool body_is_operand_ = false;  // of the parameters that ended last

@@ -1,5 +1,5 @@
-// The tokens of a script (ES5), with what the grammar says of its brackets: which slash starts a
-// regular expression, which parentheses hold arguments, which braces end an operand.
+// A tokenizer for ES5 that classifies brackets. It distinguishes regular expressions from
+// divisions, the arguments of a call from a group, and object literals from blocks.
 #pragma once
 
 #include <string_view>
@@ -12,7 +12,7 @@ namespace mirolta::host {
 enum class TokenKind : uint8_t { kName, kKeyword, kNumber, kText, kRegExp, kPunctuator };
 
 enum class BracketKind : uint8_t {
-  kNone,        // not a bracket, or one without its partner
+  kNone,        // not a bracket, or an unmatched one
   kArguments,   // f(...), new F(...)
   kGroup,       // (...) around an expression
   kCondition,   // (...) after if, while, for, with, switch and catch
@@ -29,12 +29,12 @@ struct Token {
   BracketKind bracket = BracketKind::kNone;
   size_t begin = 0;
   size_t end = 0;
-  // Of a closing bracket, the place of its opening one in the list of tokens.
+  // The index of the opening bracket of a closing one.
   size_t opening = 0;
 };
 
-// SplitScript splits a script into tokens; spaces and comments are between them. For a script that
-// does not compile any tokens may come, in order and inside the script.
+// SplitScript returns the tokens of a script, without white space and comments. For a script that
+// does not compile the tokens are unspecified, but in order and within the script.
 // Shapes: UTF-8, or the engine's form of text.
 std::vector<Token> SplitScript(std::string_view script);
 

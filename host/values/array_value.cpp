@@ -17,7 +17,7 @@ constexpr char kLowerBoundKey[] = DUK_HIDDEN_SYMBOL("lower");
 constexpr char kArrayKey[] = DUK_HIDDEN_SYMBOL("array");
 constexpr UINT kMostDimensions = 60;
 
-// The array that a native member of VBArray works on: a private copy of what `this` wraps.
+// The frame of a native member of VBArray: a copy of the array that `this` wraps.
 struct ArrayFrame {
   ScopedVariant array;
 
@@ -41,8 +41,8 @@ struct ArrayFrame {
     }
   }
 
-  // The dimension that the first argument names, 1 if there is none.
-  UINT AskedDimension(duk_context* engine) const {
+  // The dimension given as the first argument, 1 if it is omitted.
+  UINT DimensionArgument(duk_context* engine) const {
     return duk_is_undefined(engine, 0) ? 1 : duk_to_uint32(engine, 0);
   }
 
@@ -82,7 +82,7 @@ struct BoundFrame : ArrayFrame {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     LONG lower = 0, upper = 0;
-    Bounds(engine, AskedDimension(engine), &lower, &upper);
+    Bounds(engine, DimensionArgument(engine), &lower, &upper);
     duk_push_int(engine, kIsUpper ? upper : lower);
     return 1;
   }
@@ -103,7 +103,7 @@ struct GetItemFrame : ArrayFrame {
   }
 };
 
-// All elements in one list, the first dimension running fastest.
+// All elements in column-major order: the first index varies fastest.
 struct ToArrayFrame : ArrayFrame {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);

@@ -7,12 +7,12 @@ namespace mirolta::host {
 namespace {
 
 constexpr double kMillisecondsPerDay = 86400000.0;
-constexpr double kEpochDay = 25569.0;  // 1 January 1970 in automation's count
+constexpr double kEpochDay = 25569.0;  // 1 January 1970 as an automation date
 
-// What local time is ahead of UTC, in milliseconds, at a moment given in UTC or in local time.
+// The offset of local time from UTC in milliseconds, at a time given in UTC or in local time.
 double LocalOffset(double milliseconds, bool is_local) {
   const double seconds = floor(milliseconds / 1000);
-  // The system has no offset for a moment that its clock cannot name.
+  // No offset is known for times that time_t cannot hold.
   constexpr double kMostSeconds = sizeof(time_t) > 4 ? 1e12 : 2147483647;
   if (!(fabs(seconds) < kMostSeconds)) return 0;
   const time_t moment = static_cast<time_t>(seconds);

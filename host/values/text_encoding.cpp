@@ -4,7 +4,7 @@ namespace mirolta::host {
 namespace {
 
 constexpr OLECHAR kReplacement = 0xFFFD;
-constexpr OLECHAR kFirstByteUnit = 0xDC80;  // stands for the byte 0x80
+constexpr OLECHAR kFirstByteUnit = 0xDC80;  // represents the byte 0x80
 constexpr OLECHAR kLastByteUnit = 0xDCFF;
 
 bool IsHighSurrogate(uint32_t unit) {
@@ -18,7 +18,7 @@ uint8_t ByteAt(std::string_view bytes, size_t index) {
   return static_cast<uint8_t>(bytes[index]);
 }
 
-// The bytes that a leading byte announces; 0 if it leads nothing.
+// The length of the sequence that a lead byte starts; 0 if it is no lead byte.
 size_t SequenceLength(uint8_t lead) {
   if (lead < 0x80) return 1;
   if (lead >= 0xC2 && lead <= 0xDF) return 2;
@@ -27,8 +27,8 @@ size_t SequenceLength(uint8_t lead) {
   return 0;
 }
 
-// ReadSequence reads the sequence that `bytes` begin with, one at least, and returns its length, 0
-// if it is malformed. Surrogates written on their own pass; overlong forms do not.
+// ReadSequence decodes the sequence at the start of `bytes`, which are not empty, and returns its
+// length, 0 if it is malformed. It accepts encoded surrogates, and rejects overlong forms.
 size_t ReadSequence(std::string_view bytes, uint32_t* code) {
   static constexpr uint8_t kLeadMask[5] = {0, 0x7F, 0x1F, 0x0F, 0x07};
   static constexpr uint32_t kLeast[5] = {0, 0, 0x80, 0x800, 0x10000};
@@ -73,7 +73,7 @@ void AppendCode(uint32_t code, std::string* out) {
   out->append(bytes, 4);
 }
 
-// Gives the one or two units of a code point to put(unit).
+// Calls put(unit) for the one or two units of a code point.
 template <typename Put>
 void PutUnits(uint32_t code, Put put) {
   if (code < 0x10000) return put(static_cast<OLECHAR>(code));

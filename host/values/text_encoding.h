@@ -1,9 +1,9 @@
-// Text at the host's three borders: the script engine keeps one to three bytes for every 16-bit
-// unit (surrogates each on their own), automation keeps the units, and terminal, arguments and file
-// names are UTF-8.
+// The three encodings of text in the host: the script engine stores CESU-8 (each surrogate encoded
+// on its own), automation stores 16-bit units, and the terminal, arguments and file names are
+// UTF-8.
 //
-// Bytes of the system that are not UTF-8 become the lone surrogates U+DC80..U+DCFF and go out as
-// the same bytes, so that any file name survives the way through a script.
+// System bytes that are not UTF-8 become the lone surrogates U+DC80..U+DCFF and are written as the
+// same bytes, so that every file name survives a round trip.
 #pragma once
 
 #include <string>
@@ -16,22 +16,19 @@ namespace mirolta::host {
 using Units = std::basic_string<OLECHAR>;
 using UnitsView = std::basic_string_view<OLECHAR>;
 
-// The most bytes one unit takes in the engine's form.
-inline constexpr size_t kMaxEngineBytesPerUnit = 3;
-
-// EngineByteLength returns the bytes that EncodeForEngine writes for the units.
+// EngineByteLength returns the number of bytes that EncodeForEngine writes.
 size_t EngineByteLength(const OLECHAR* units, size_t count);
 // EncodeForEngine writes the engine's form and returns its length.
 size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes);
 
-// DecodeFromEngine writes the units of the engine's form and returns their number; units may be
-// null to count only. A four-byte sequence gives a surrogate pair, anything malformed U+FFFD.
+// DecodeFromEngine decodes the engine's form and returns the number of units; `units` may be null
+// to count them. A four-byte sequence becomes a surrogate pair, a malformed byte U+FFFD.
 size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units);
 
 Units UnitsFromEngine(std::string_view bytes);
 std::string EngineFromUnits(UnitsView units);
 Units UnitsFromSystem(std::string_view bytes);
-// Lone surrogates that stand for no byte go out as U+FFFD.
+// Lone surrogates that do not represent a byte become U+FFFD.
 std::string SystemFromUnits(UnitsView units);
 
 }  // namespace mirolta::host

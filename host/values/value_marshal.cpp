@@ -41,7 +41,7 @@ void NumberFromScript(double number, VARIANT* out) {
 HRESULT BytesFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
   const uint8_t* bytes = nullptr;
   size_t size = 0;
-  TakeBytes(engine, index, &bytes, &size);
+  BytesAt(engine, index, &bytes, &size);
   SAFEARRAY* array =
       SafeArrayCreateVector(VT_UI1, LowerBoundAt(engine, index), static_cast<ULONG>(size));
   if (array == nullptr) return E_OUTOFMEMORY;
@@ -60,7 +60,7 @@ HRESULT BytesFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
   return S_OK;
 }
 
-// Milliseconds of a Date at `index`; false if it is none.
+// The milliseconds of the Date at `index`; false if there is none.
 bool DateAt(duk_context* engine, duk_idx_t index, double* milliseconds) {
   index = duk_normalize_index(engine, index);
   PushKept(engine, "getTime");
@@ -76,7 +76,7 @@ HRESULT ObjectFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
   if (HandleAt(engine, index, &number)) {
     const ObjectSlot* slot = ContextOf(engine).objects.Find(number);
     if (slot == nullptr) return kDisconnected;
-    // Its value is empty, which no callee shall take for data.
+    // Its value is VT_EMPTY, which a callee must not take for data.
     if (IsClosedStream(*slot)) return kStreamClosed;
     return VariantCopy(out, &slot->value);
   }
@@ -103,7 +103,7 @@ void PushObject(duk_context* engine, IUnknown* object) {
     duk_push_null(engine);
     return;
   }
-  // A script object that comes home is itself again.
+  // A wrapped script object of this engine is unwrapped.
   if (PushWrappedObject(engine, object)) return;
   void* found = nullptr;
   if (SUCCEEDED(object->QueryInterface(IID_IDispatch, &found))) {
@@ -128,7 +128,7 @@ double DecimalNumber(const DECIMAL& value) {
   return (value.sign & DECIMAL_NEG) != 0 ? -number : number;
 }
 
-// The number of a value of any number type; false for other types.
+// Converts a value of any number type; false for other types.
 bool NumberOf(const VARIANT& value, double* number) {
   switch (value.vt) {
     case VT_I1:
@@ -182,8 +182,8 @@ void PushDate(duk_context* engine, double date) {
   duk_new(engine, 1);
 }
 
-// What a reference refers to, as a copy that an engine error does not leak.
-void PushReferred(duk_context* engine, const VARIANT& reference) {
+// Pushes the value behind a reference; the copy is cleared on an engine error too.
+void PushReferenced(duk_context* engine, const VARIANT& reference) {
   VARIANT plain = {};
   const HRESULT status = VariantCopyInd(&plain, &reference);
   if (FAILED(status)) ThrowStatus(engine, status);
@@ -230,7 +230,7 @@ HRESULT VariantFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
 void PushVariant(duk_context* engine, const VARIANT& value) {
   double number = 0;
   if ((value.vt & VT_BYREF) != 0) {
-    PushReferred(engine, value);
+    PushReferenced(engine, value);
   } else if ((value.vt & VT_ARRAY) != 0) {
     PushArray(engine, value);
   } else if (value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND) {
@@ -278,7 +278,7 @@ uint8_t* PushBytes(duk_context* engine, size_t size) {
   return bytes;
 }
 
-bool TakeBytes(duk_context* engine, duk_idx_t index, const uint8_t** bytes, size_t* size) {
+bool BytesAt(duk_context* engine, duk_idx_t index, const uint8_t** bytes, size_t* size) {
   if (!duk_is_buffer_data(engine, index)) return false;
   duk_size_t length = 0;
   *bytes = static_cast<const uint8_t*>(duk_get_buffer_data(engine, index, &length));

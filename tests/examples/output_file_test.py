@@ -362,7 +362,7 @@ class Reading(OutputFileTest):
             file.truncate(600 << 20)
         run = self.run_script('var f = WScript.OpenFile("in"); try { f.Read(1e9); } catch (e) {'
                               "WScript.Echo(e.number, e.description, f.Position); }")
-        self.assertEqual(run.stdout, "-2147024882 One Read gives no more than 512 MB 0\n")
+        self.assertEqual(run.stdout, "-2147024882 Read returns at most 512 MB at once 0\n")
 
     def test_a_read_that_fails(self):
         self.write("in", bytes(1 << 20))
