@@ -1,5 +1,5 @@
-# Thin front of the CMake presets. `make run` and `make test` need a machine with git and make;
-# everything else they install, where they can, or build.
+# Thin front of the CMake presets. The commands need git and make; they install or build everything else,
+# where they can.
 
 MAKEFLAGS += --no-print-directory
 JOBS ?= $(shell nproc)
@@ -9,31 +9,39 @@ FUZZ_SECONDS ?= 60
 MUTANTS ?= 300
 SEED ?= 1
 
-.PHONY: help run test build windows windows-tests definitions bench bench-avx2 count fuzz coverage mutate flags lint lint-sources fresh clean
+.PHONY: help run check test build windows windows-tests definitions bench bench-avx2 count fuzz coverage \
+  mutate flags lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
-# They are not made again only because nothing else asks for them.
+# Not removed as intermediate files.
 .PRECIOUS: build/%/build.ninja
 
+# Times are estimates for two processors: of a first call, and of one after a change of one file.
+define HELP
+make check                        builds without optimisation, runs the quick tests       8 min   1 min
+make run [SCRIPT=path] [ARGS=...] runs a script on the native host (default: the tour)    3 min  10 s
+make build                        build/native: mirolta-host, libMirolta.so               3 min  10 s
+make test                         lint; every test, plain, by Wine, under sanitizers      1 h    10 min
+make lint [PATHS="path..."]       the sources, by compilers and analysers                20 min   1 min
+make windows                      build/windows-x64, -x86: Mirolta.dll                    8 min  10 s
+make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
+make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
+make count                        instructions of the portable kernels                    2 min   1 min
+make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       20 min  13 min
+make coverage [FILES=1]           lines and branches of the module that the tests run    25 min  10 min
+make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
+                                  the tests on small changes of the sources               hours
+make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor     2 h     1 h
+make fresh                        run and test on a new Debian 13 and a new Debian 12     2 h     2 h
+make clean                        removes build/
+endef
+export HELP
 help:
-	@echo "make run [SCRIPT=path] [ARGS=\"...\"]  run a script on the native host (default: the tour)"
-	@echo "make test                            check the sources; every test, plain and under sanitizers"
-	@echo "make build                           build/native/bin/mirolta-host, build/native/lib/libMirolta.so"
-	@echo "make windows                         build/windows-x64/Mirolta.dll, build/windows-x86/Mirolta.dll"
-	@echo "make bench [FILTER=pattern]          measure against other libraries, write docs/benchmarks.md"
-	@echo "make bench-avx2 [FILTER=pattern]     the same without wider vectors than AVX2"
-	@echo "make count                           instructions of the portable kernels"
-	@echo "make fuzz [FUZZ_SECONDS=n]           run every fuzzer"
-	@echo "make coverage [FILES=1]              lines and branches of the module that the tests run"
-	@echo "make mutate [MUTANTS=n] [SEED=n] [FILTER=path] [RETRY=1]"
-	@echo "                                     try small changes of the sources on the tests"
-	@echo "make lint [PATHS=\"path...\"]          the sources, by two compilers' warnings and two analysers"
-	@echo "make flags [ROWS=\"...\"]              the tests by other flags, clang, a 32-bit processor"
-	@echo "make fresh                           make run and make test on a new Debian 13 and a new Debian 12"
-	@echo "make clean                           remove build/"
+	@echo "$$HELP"
 
-# setup-COMMAND sees that the packages are there that the command needs: those of packages.txt and of
-# its own lists. Before anything is built, so that all that is missing is told at once.
+# setup-COMMAND installs the packages that the command needs: those of packages.txt and of its own lists.
+# It runs before anything is built, so that everything missing is reported at once.
+lists-check = packages-test.txt
 lists-test = packages-test.txt packages-windows.txt packages-bench.txt packages-lint.txt
 lists-windows = packages-windows.txt
 lists-bench = packages-bench.txt
@@ -47,13 +55,13 @@ lists-fresh = packages-fresh.txt
 setup-%:
 	@scripts/setup.sh packages.txt $(lists-$*)
 
-# A build folder is configured once; after that its build sees for itself what has changed. One that
-# another generator made is made anew.
+# A build folder is configured once; afterwards its build detects changes itself. A folder of another
+# generator is configured anew.
 build/%/build.ninja: CMakePresets.json | setup-build
 	@cmake --preset $* $(if $(wildcard $@),>/dev/null,$(if $(wildcard build/$*/CMakeCache.txt),--fresh))
 	@touch $@
 
-# $(call build,PRESET,TARGETS): says nothing if nothing is to be done.
+# $(call build,PRESET,TARGETS): prints nothing if there is nothing to do.
 build = @cmake --build build/$(1) $(if $(2),--target $(2)) -- -n 2>/dev/null | grep -q '^ninja: no work to do' || \
   cmake --build build/$(1) -j$(JOBS) $(if $(2),--target $(2))
 
@@ -61,14 +69,14 @@ build = @cmake --build build/$(1) $(if $(2),--target $(2)) -- -n 2>/dev/null | g
 build-%: build/%/build.ninja
 	$(call build,$*)
 
-# What scripts need, without the tests.
+# What running scripts needs, without the tests.
 build: build/native/build.ninja
 	$(call build,native,mirolta mirolta-host)
 
 run: build
 	@build/native/bin/mirolta-host $(SCRIPT) $(ARGS)
 
-# A program of the native build writes the definitions that the Windows module is made of.
+# A program of the native build writes the definitions of the Windows module.
 definitions: setup-windows build/native/build.ninja
 	$(call build,native,mirolta-definitions)
 
@@ -80,12 +88,16 @@ windows: build-windows-x64 build-windows-x86
 windows-tests: windows
 	$(call build,windows-x64,windows-tests)
 
+# The tests that take less than two seconds without optimisation (CMakePresets.json).
+check: setup-check build-check
+	@ctest --preset check -j$(JOBS) --progress
+
 test: setup-test build-native windows-tests build-asan-ubsan build-tsan
 	@status=0; $(MAKE) lint-sources || status=1; \
 	  scripts/run-tests.sh native asan-ubsan tsan || status=1; exit $$status
 
-# A run of all rows writes docs/benchmarks.md; FILTER, a regular expression on row names, only prints.
-# bench-avx2 does the same without what processors have beyond AVX2, for OpenSSL too.
+# A run of all rows writes docs/benchmarks.md; with FILTER, a regular expression of row names, it only
+# prints. bench-avx2 disables what processors have beyond AVX2, for OpenSSL too.
 bench: REPORT = benchmarks
 bench-avx2: REPORT = benchmarks-avx2
 bench-avx2: export OPENSSL_ia32cap = :~0x600c0230000
@@ -95,25 +107,25 @@ bench bench-avx2: %: build/%/build.ninja
 	@build/$@/bin/mirolta-bench build/$@/results.json '$(FILTER)'
 	@python3 bench/table.py build/$@/results.json $(if $(FILTER),,docs/$(REPORT).md)
 
-# Instructions a byte of the portable kernels.
+# Instructions per byte of the portable kernels.
 count: setup-bench build/count/build.ninja
 	$(call build,count,mirolta-count)
 	@python3 bench/count.py build/count/bin/mirolta-count
 
-# Inputs that break a harness are kept in fuzz/corpus, where make test runs them again.
+# Inputs that fail are kept in fuzz/corpus, from which make test runs them again.
 build/fuzz/build.ninja: | setup-fuzz
 fuzz: build/fuzz/build.ninja
 	$(call build,fuzz,fuzz)
 	@scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
-# Counts are of one run of all tests: those of earlier runs are removed first.
+# The counts are those of one run of all tests; earlier ones are removed first.
 coverage: setup-coverage build-coverage
 	@find build/coverage -name '*.gcda' -delete
-	@ctest --test-dir build/coverage -j$(JOBS) --output-on-failure --no-tests=error >build/coverage/tests.log || \
+	@ctest --preset coverage -j$(JOBS) >build/coverage/tests.log || \
 	  { tail -50 build/coverage/tests.log; exit 1; }
 	@python3 scripts/coverage.py build/coverage $(if $(FILES),--files)
 
-# Goes on where an interrupted run was; RETRY=1 only tries those again that no test has found.
+# Continues an interrupted run; RETRY=1 only tries the survivors again.
 mutate: setup-mutate
 	@python3 scripts/mutate.py build/mutate --mutants $(MUTANTS) --seed $(SEED) \
 	  --filter '$(FILTER)' $(if $(RETRY),--retry)
@@ -122,7 +134,7 @@ mutate: setup-mutate
 flags: setup-flags build
 	@FLAGS_JOBS=$(JOBS) scripts/flags.sh $(ROWS)
 
-# The ordinary build is the first compiler's part. Results are remembered in build/lint by content.
+# The ordinary build is the first compiler's part. Clean results are cached in build/lint by content.
 lint: setup-lint build-native lint-sources
 
 lint-sources: setup-lint
