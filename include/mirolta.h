@@ -1,9 +1,10 @@
-// mirolta.h: Mirolta for early-bound C++ callers, on every platform: identifiers of the classes and
-// interfaces, and the interfaces in slot order. Late-bound callers need none of it: they create the
-// classes by ProgID ("Vardeko.crypt.HashObject", ...) and call the members by name.
+// mirolta.h: declarations for early-bound C++ callers on every platform: identifiers of the classes
+// and interfaces, and the interfaces with their virtual functions in order. Late-bound callers do
+// not need it: they create objects by ProgID ("Vardeko.crypt.HashObject", ...) and call members by
+// name.
 //
-// Every member returns a status code. Values returned through pointers belong to the caller; values
-// passed in stay the caller's. Each class is described in docs/, a page a class.
+// Every member returns a status. The caller owns values returned through pointers and keeps
+// ownership of values that it passes. docs/ has a page for each class.
 #pragma once
 
 #include "system_headers.h"
@@ -22,7 +23,7 @@ inline constexpr CLSID CLSID_PexBigNumber = {
 inline constexpr CLSID CLSID_ToviStreamCrypt = {
     0x5BF7B652, 0x3B78, 0x4422, {0x94, 0xAD, 0x3D, 0x49, 0x44, 0xF3, 0xB5, 0x84}};
 
-// The same classes registered as free-threaded; their objects do not differ.
+// The same classes, registered as free-threaded; the objects are identical.
 inline constexpr CLSID CLSID_ToviStreamDigestFree = {
     0x25FC5E57, 0xC4C2, 0x4461, {0xA9, 0x68, 0xE5, 0x95, 0x9B, 0x5F, 0x11, 0xF8}};
 inline constexpr CLSID CLSID_HashObjectFree = {
@@ -72,7 +73,7 @@ struct IHashObject : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE ResetKey() = 0;
 };
 
-// AES and DES, block by block.
+// AES and DES in ECB mode.
 struct ISymmetricCryptObject : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE get_Key(VARIANT* key) = 0;
   virtual HRESULT STDMETHODCALLTYPE put_Key(VARIANT key) = 0;
@@ -116,7 +117,7 @@ struct IPexBigNumber : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE ModInv(VARIANT vm, IPexBigNumber** ppObj) = 0;
 };
 
-// Raw RSA, one number at a time: no padding is applied.
+// Raw RSA, without padding.
 struct IRSACrypt : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE CreateKeys(VARIANT v1, VARIANT v2) = 0;
   virtual HRESULT STDMETHODCALLTYPE CreateRandKeys(LONG lByteSize, VARIANT_BOOL bExactSize) = 0;
@@ -137,7 +138,7 @@ struct IRSACrypt : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE get_BlockSize(LONG* size) = 0;
 };
 
-// A stream that digests what passes through it. The object is an IStream too.
+// A stream filter that computes digests. The object is also an IStream.
 struct IToviStreamDigest : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE get_Stream(IUnknown** stream) = 0;
   virtual HRESULT STDMETHODCALLTYPE putref_Stream(IUnknown* stream) = 0;
@@ -169,7 +170,7 @@ struct IToviStreamDigest : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE get_WriteBinaryValue(VARIANT* value) = 0;
 };
 
-// A stream that encrypts or decrypts what passes through it. The object is an IStream too.
+// A stream filter that encrypts or decrypts. The object is also an IStream.
 struct IToviStreamCrypt : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE get_Stream(IUnknown** stream) = 0;
   virtual HRESULT STDMETHODCALLTYPE putref_Stream(IUnknown* stream) = 0;
@@ -201,7 +202,7 @@ struct IToviStreamCrypt : IDispatch {
   virtual HRESULT STDMETHODCALLTYPE put_WritePadType(LONG value) = 0;
 };
 
-// What objects that are no streams themselves may answer to hand out their stream.
+// Implemented by objects that are not streams themselves but can return one.
 struct IToviStreamSource : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetStream(IStream** stream) = 0;
 };

@@ -25,7 +25,7 @@ class ClassFactory final : public IClassFactory {
     return S_OK;
   }
 
-  // The count changes under the lock so that the steps from 1 to 2 and back are each seen once.
+  // Under the lock, so that each change between 1 and 2 is seen exactly once.
   ULONG STDMETHODCALLTYPE AddRef() override {
     ScopedLock hold(lock_);
     const LONG count = InterlockedIncrement(&references_);

@@ -8,7 +8,7 @@ namespace mirolta {
 
 namespace {
 
-// Resources of a type or number that is not there.
+// ERROR_RESOURCE_TYPE_NOT_FOUND as a status.
 constexpr HRESULT kResourceNotFound = static_cast<HRESULT>(0x80070715u);
 
 }  // namespace

@@ -8,8 +8,8 @@ namespace mirolta {
 // UpdateRegistry registers or unregisters one row of the class table.
 HRESULT UpdateRegistry(const ClassRow& row, bool registers);
 
-// RegisterModule registers all rows in order, then the type library; the first failure ends it and
-// is returned. UnregisterModule goes on past failures and always returns S_OK.
+// RegisterModule registers all rows in order, then the type library; it stops at the first failure
+// and returns it. UnregisterModule continues after failures and always returns S_OK.
 HRESULT RegisterModule();
 HRESULT UnregisterModule();
 

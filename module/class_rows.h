@@ -1,5 +1,5 @@
-// The rows of the class table: what the table, registration and the files made by the build say of
-// a class comes from here.
+// The rows of the class table, from which also the registry scripts, the resource script and the
+// manifest are made.
 #pragma once
 
 #include "big_number_object.h"
@@ -14,8 +14,7 @@
 
 namespace mirolta {
 
-// No class has a description or categories of its own, nor anything to set up when the module
-// loads.
+// No class has its own description or categories, or hooks at load and unload.
 inline const OLECHAR* NoDescription() {
   return nullptr;
 }

@@ -1,4 +1,5 @@
-// The twelve creatable classes: six, each for callers of any threading model and as free-threaded.
+// The twelve rows of creatable classes: six classes, each for any threading model and
+// free-threaded.
 #pragma once
 
 #include "platform.h"
@@ -13,7 +14,7 @@ struct ClassRow {
   HRESULT (*update_registry)(const ClassRow& row, bool registers);
   FactoryCreator create_factory;
   InstanceCreator create_instance;
-  IUnknown* factory;  // null until first asked for
+  IUnknown* factory;  // null until the first request
   DWORD cookie;       // always 0: no class is in a running-object table
   const OLECHAR* (*object_description)();
   const void* (*category_map)();
@@ -28,7 +29,7 @@ struct ClassRow {
   WORD registry_script;
 };
 
-// The table; its cached factories are module state. Writing them is for the entry points.
+// The table. Its cached factories are module state; only the entry points write them.
 ClassRow* ClassTable();
 
 // FindClass returns the row of a class identifier, null if there is none.

@@ -25,8 +25,8 @@ void Detach() {
   TermModuleState();
 }
 
-// Gives the row's factory, no reference added, and makes it unless another thread was first. It is
-// read under the lock: a thread that could not make it must not look while another one does.
+// Returns the row's factory without adding a reference, and creates it if needed. The factory is
+// read under the lock: unlocked reads would race with its creation.
 HRESULT FindFactory(ModuleState& module, ClassRow& row, IUnknown** factory) {
   ScopedLock hold(module.class_objects_lock);
   HRESULT status = S_OK;

@@ -1,5 +1,5 @@
-// The entry points. The loader and the host find them by name; who is linked with the module's
-// parts may call them too.
+// The entry points, which the loader and hosts look up by name. Programs that are linked with the
+// module's parts may call them directly.
 #pragma once
 
 #include "platform.h"

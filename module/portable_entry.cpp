@@ -1,5 +1,5 @@
-// What the loader and the resource compiler do on Windows: hands the module its handle when it is
-// loaded, and carries its resources as tables.
+// Does what the loader and the resource compiler do on Windows: passes the module its handle when
+// it is loaded, and contains its resources as tables.
 #include "entry_points.h"
 #include "messages.h"
 #include "portable/module_resources.h"
@@ -22,8 +22,8 @@ constexpr MessageResources CopyMessages() {
 }
 constexpr MessageResources kStrings = CopyMessages();
 
-// Constant: an initializer might run after Load, and while another thread still reads the resources
-// of the module that lay here before.
+// Constant-initialised: an initialiser could run after Load, or while another thread still reads
+// the resources of a module that was loaded at the same address before.
 constexpr ModuleResources kResources = {kStrings.rows, kMessageCount, kRegistryScripts,
                                         kRegistryScriptCount, &kTypeLibraryTable};
 
@@ -31,7 +31,7 @@ HINSTANCE instance = nullptr;
 
 __attribute__((constructor)) void Load() {
   instance = MiroltaAttachModule(&kResources);
-  // Without a handle there is no module state, and every entry point says so.
+  // Without a handle there is no module state, and every entry point fails.
   if (instance != nullptr) DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
 }
 

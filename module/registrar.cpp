@@ -21,7 +21,7 @@ LONG WriteText(HKEY key, const OLECHAR* name, const OLECHAR* text) {
                         (length + 1) * static_cast<DWORD>(sizeof(OLECHAR)));
 }
 
-// Deletes a key with all its subkeys; one that is not there is no failure.
+// Deletes a key with all its subkeys. A key that does not exist is no failure.
 LONG DeleteTree(HKEY parent, const OLECHAR* name) {
   HKEY key = nullptr;
   LONG error = RegOpenKeyExW(parent, name, 0, KEY_ALL_ACCESS, &key);
@@ -29,7 +29,7 @@ LONG DeleteTree(HKEY parent, const OLECHAR* name) {
   if (error != ERROR_SUCCESS) return error;
   OLECHAR subkey[MAX_PATH];
   for (;;) {
-    // Always the first one: the others move up when it goes.
+    // Always index 0: the others move up when a subkey is deleted.
     DWORD length = MAX_PATH;
     error = RegEnumKeyExW(key, 0, subkey, &length, nullptr, nullptr, nullptr, nullptr);
     if (error != ERROR_SUCCESS) break;
@@ -68,7 +68,7 @@ class Write final : public RegistryAction {
   }
 };
 
-// Deletes a key's default value if it is `text`: another one is somebody else's.
+// Deletes a key's default value only if it is `text`: any other belongs to another program.
 LONG DeleteOwnText(HKEY key, const OLECHAR* text) {
   OLECHAR found[kLongestRegistryText + 1];
   DWORD size = sizeof found;
@@ -91,11 +91,11 @@ class Remove final : public RegistryAction {
                    HKEY* key) override {
     *key = nullptr;
     if (parent == nullptr) return S_OK;
-    // What is in a key that goes as a whole needs no looking at.
+    // The content is deleted with the key.
     if (rule == KeyRule::kForceRemove) return FromError(DeleteTree(parent, name));
     LONG error = RegOpenKeyExW(parent, name, 0, KEY_ALL_ACCESS, key);
     if (IsMissing(error)) return S_OK;
-    // At once, and not only if the key stays: others may put something into it until then.
+    // Immediately, even if the key is deleted later: another program may add to the key until then.
     if (error == ERROR_SUCCESS && rule == KeyRule::kPlain && value != nullptr) {
       error = DeleteOwnText(*key, value);
       if (error != ERROR_SUCCESS) RegCloseKey(*key);
@@ -109,7 +109,7 @@ class Remove final : public RegistryAction {
     const bool holds_others =
         RegEnumKeyExW(key, 0, subkey, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
     RegCloseKey(key);
-    // Subkeys that the script does not list are somebody else's.
+    // Subkeys that the script does not list belong to other programs.
     if (rule == KeyRule::kNoRemove || holds_others) return S_OK;
     return FromError(RegDeleteKeyW(parent, name));
   }

@@ -11,7 +11,7 @@ namespace mirolta {
 
 namespace {
 
-// What a script says of one row; <NAME> stands for a field of the row.
+// The script of one row; <NAME> stands for a field of the row.
 constexpr char kForm[] = R"(HKCR
 {
 	<ProgID> = s '<Description>'
@@ -40,7 +40,7 @@ constexpr char kForm[] = R"(HKCR
 }
 )";
 
-// Writer puts the script's bytes into an array, or only counts them if it has none.
+// Writer writes the bytes of a script to an array, or only counts them if that is null.
 class Writer {
  public:
   constexpr explicit Writer(BYTE* bytes) : bytes_(bytes) {}
@@ -54,7 +54,7 @@ class Writer {
   constexpr void Put(const OLECHAR* text) {
     while (*text != 0) Put(*text++);
   }
-  // The text of an identifier: {8-4-4-4-12} hexadecimal digits.
+  // Registry format: {8-4-4-4-12} hexadecimal digits.
   constexpr void Put(const GUID& id) {
     Put(OLECHAR{'{'});
     PutNumber(id.Data1, 8);
@@ -78,7 +78,7 @@ class Writer {
   DWORD length_ = 0;
 };
 
-// True if text[0..] is `name` and the closing bracket; *text is then behind them.
+// If *text starts with `name` and a closing bracket, advances *text past them and returns true.
 constexpr bool TakeName(const char** text, const char* name) {
   const char* c = *text;
   while (*name != 0 && *c == *name) {
@@ -90,7 +90,7 @@ constexpr bool TakeName(const char** text, const char* name) {
   return true;
 }
 
-// Does not compile for a name that it does not know: nothing is then written, and the text ends.
+// Not a constant expression for an unknown name: the text becomes null.
 constexpr void PutField(Writer& writer, const ClassRow& row, const char** text) {
   if (TakeName(text, "ProgID")) return writer.Put(row.prog_id);
   if (TakeName(text, "VersionIndependentProgID"))

@@ -79,7 +79,7 @@ class TokenReader {
     return next_ == end_ || IsSpace(*next_);
   }
 
-  // The file name is put in as it is: it cannot end the quotes, whatever characters it has.
+  // Inserted after quotes are parsed, so that no character of it can end them.
   bool PutReplacement(Token& token) {
     for (const char* c = "%MODULE%"; *c != 0; ++c) {
       if (next_ == end_ || *next_ != static_cast<BYTE>(*c)) return false;

@@ -1,17 +1,17 @@
-// The script language of registration.
+// The language of registry scripts.
 //
 //   HKCR { entries }                     keys below the classes root
-//   name = s 'text' { entries }          a key, its default value, what is in it (both optional);
-//                                        unregistration takes the value from a key that stays
-//                                        because others have put subkeys into it
+//   name = s 'text' { entries }          a key, its default value and content (both optional);
+//                                        unregistration only deletes the value if the key has
+//                                        subkeys of other programs
 //   val name = s 'text'                  a named value of the enclosing key
-//   NoRemove name ...                    a key that unregistration leaves
+//   NoRemove name ...                    a key that unregistration does not delete
 //   ForceRemove name ...                 a key that is deleted with all subkeys before it is
 //                                        written, and on unregistration
-//   'name'                               a name that would be a word of the language, or has blanks
+//   'name'                               a name that is a keyword or contains spaces
 //   %MODULE%                             the module's full file name, inside quotes
 //
-// Words are separated by white space, so a brace is a block only if it stands alone.
+// Words are separated by white space: a brace delimits a block only as a word of its own.
 #pragma once
 
 #include "platform.h"
@@ -23,11 +23,11 @@ inline constexpr unsigned kLongestRegistryText = MAX_PATH + 63;
 
 enum class KeyRule { kPlain, kNoRemove, kForceRemove };
 
-// What is done with a script. Statuses that are failures end the run and are its result.
+// The action on each entry of a script. A failure ends the run and is its result.
 class RegistryAction {
  public:
-  // A key below `parent` (null if the parent is missing): *key becomes what stands for it while
-  // its content is run, and may be null. `value` is its default value or null.
+  // A key below `parent`, which is null if the parent is missing. *key becomes the parent of the
+  // key's content and may be null. `value` is the default value or null.
   virtual HRESULT EnterKey(HKEY parent, const OLECHAR* name, KeyRule rule, const OLECHAR* value,
                            HKEY* key) = 0;
   virtual HRESULT LeaveKey(HKEY parent, const OLECHAR* name, KeyRule rule, HKEY key) = 0;
@@ -37,7 +37,7 @@ class RegistryAction {
   ~RegistryAction() = default;
 };
 
-// What a script that cannot be read gives.
+// The status for a malformed script.
 inline constexpr HRESULT kBadRegistryScript = static_cast<HRESULT>(0x80040153u);
 
 // RunRegistryScript parses a script and performs the action on each entry in order.

@@ -9,7 +9,7 @@ namespace {
 using UnregisterTypeLibrary = HRESULT(STDAPICALLTYPE*)(REFGUID library, WORD major, WORD minor,
                                                        LCID locale, SYSKIND kind);
 
-// Replaces the ending from the last dot on, or appends one.
+// Replaces the extension, or appends one.
 void ReplaceEnding(OLECHAR* file, const OLECHAR* ending) {
   OLECHAR* place = nullptr;
   OLECHAR* c = file;
@@ -21,7 +21,7 @@ void ReplaceEnding(OLECHAR* file, const OLECHAR* ending) {
   }
 }
 
-// Cuts a file name behind its last separator.
+// Truncates a file name after its last separator.
 void CutToFolder(OLECHAR* file) {
   OLECHAR* end = file;
   for (OLECHAR* c = file; *c != 0; ++c) {
@@ -70,7 +70,7 @@ HRESULT UnregisterModuleTypeLibrary() {
   if (SUCCEEDED(status)) {
     const HMODULE automation = LoadLibraryW(OLESTR("oleaut32.dll"));
     if (automation != nullptr) {
-      // By way of a plain function pointer: the types of the two have nothing in common.
+      // Through a generic function pointer: a direct cast between the types is warned of.
       const auto unregister = reinterpret_cast<UnregisterTypeLibrary>(
           reinterpret_cast<void*>(GetProcAddress(automation, "UnRegisterTypeLib")));
       if (unregister != nullptr) {

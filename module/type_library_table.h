@@ -1,4 +1,4 @@
-// The type library: its interfaces and classes. Members stand in the table beside each interface.
+// The type library: its interfaces and classes. The members are in the table beside each interface.
 #pragma once
 
 #include "portable/interface_table.h"

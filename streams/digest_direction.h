@@ -1,4 +1,4 @@
-// One direction of the digesting filter.
+// One direction of the digest filter.
 #pragma once
 
 #include <atomic>
@@ -22,7 +22,7 @@ class DigestDirection : public FilterDirection<HashEngine> {
 
   bool IsDigesting() const { return engine_ != nullptr && enabled_ != 0; }
 
-  // Update digests bytes[count]. Only while IsDigesting.
+  // Update adds bytes[count] to the digest; only if IsDigesting.
   HRESULT Update(const void* bytes, ULONG count) {
     return engine_->Update(static_cast<const uint8_t*>(bytes), count);
   }

@@ -15,7 +15,7 @@ HRESULT GetStreamFromObject(IUnknown* object, IStream** stream) {
   if (FAILED(status)) return status;
   IStream* handed_out = nullptr;
   status = source->GetStream(&handed_out);
-  // What a failing source leaves in its result is no reference.
+  // A failing source may leave anything in its result.
   if (SUCCEEDED(status)) *stream = handed_out;
   return status;
 }

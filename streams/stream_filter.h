@@ -11,9 +11,9 @@
 
 namespace mirolta {
 
-// StreamFilter<kClass, Dual, Direction> is the base of a filter with the dispatch interface Dual
-// and a Direction (a FilterDirection) for each direction. The filter itself implements Read and
-// Write, by StreamOperation, and Copy.
+// StreamFilter<kClass, Dual, Direction> is the base of a filter with the dispatch interface Dual;
+// Direction is the class of its read and write directions, a FilterDirection. The filter itself
+// implements Read and Write, with StreamOperation, and Copy.
 template <const ClassDescription& kClass, typename Dual, typename Direction>
 class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   using Base = DispatchObject<kClass, Dual, IStream>;
@@ -103,7 +103,7 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
         },
         StackUse::kMedium);
   }
-  // Two filters over one position would digest or transform each other's bytes.
+  // Not supported: two filters on one stream would digest or transform each other's bytes.
   HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
 
  protected:
@@ -208,7 +208,7 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   }
 
   StreamBinding binding_;
-  // What the system itself sets is 1; callers' values are kept as given.
+  // Initially 1, not VARIANT_TRUE; callers' values are kept unchanged.
   VARIANT_BOOL seeking_forbidden_ = 1;
   LONG code_page_ = 0;
   bool inside_ = false;

@@ -1,4 +1,4 @@
-// Moving bytes from and to streams of which nothing is known.
+// Transfers of bytes from and to untrusted streams.
 #pragma once
 
 #include <algorithm>
@@ -9,19 +9,19 @@
 
 namespace mirolta {
 
-// ReadFrom and WriteTo call the stream once. *done is what the stream reports, failing or not, but
-// never more than count: a stream that reports more is not believed.
+// ReadFrom and WriteTo call the stream once. *done is the count that the stream reports, also when
+// it fails, limited to `count`.
 HRESULT ReadFrom(IStream* source, void* bytes, ULONG count, ULONG* done);
 HRESULT WriteTo(IStream* target, const void* bytes, ULONG count, ULONG* done);
 
-// SendQueue writes what the queue holds, if anything, in one call and removes as much as the stream
-// reports written, failing or not; the rest stays queued. Returns the stream's status, or S_OK for
-// an empty queue.
-// Alias:  the queue stays as it is while the stream is called.
+// SendQueue writes the content of the queue in one call and removes the bytes that the stream
+// reports as written, also when it fails; the rest stays queued. Returns the stream's status, S_OK
+// for an empty queue.
+// Alias:  the stream must not change the queue during the call.
 HRESULT SendQueue(ByteBuffer& queue, IStream* target);
 
-// PassedBytes holds the bytes of one transfer on their way through a filter, and wipes them. Bytes
-// that the source reports and never wrote are zeros.
+// PassedBytes holds the bytes of one transfer and wipes them. Bytes that the source reports but did
+// not write are zeros.
 class PassedBytes {
  public:
   PassedBytes() = default;
@@ -29,7 +29,7 @@ class PassedBytes {
   PassedBytes(const PassedBytes&) = delete;
   PassedBytes& operator=(const PassedBytes&) = delete;
 
-  // Fill makes room for count bytes and reads from source.
+  // Fill allocates count bytes and reads from source.
   // Errors: E_OUTOFMEMORY with nothing read; those of the source.
   HRESULT Fill(IStream* source, ULONG count);
 
@@ -48,19 +48,18 @@ struct CopyTotals {
   ULONGLONG read = 0;
   ULONGLONG written = 0;
 
-  // Each place may be null.
+  // Either pointer may be null.
   void Report(ULARGE_INTEGER* read_out, ULARGE_INTEGER* written_out) const {
     if (read_out != nullptr) read_out->QuadPart = read;
     if (written_out != nullptr) written_out->QuadPart = written;
   }
 };
 
-// CopyPieces reads up to count bytes from source, a piece at a time, and has each taken by
-// `take(piece, length, &written)`. It ends early after a piece without bytes and after one of which
-// nothing was written. A piece that is written in part is not written again. Bytes that the source
-// reports and never wrote are zeros. Returns the status of the last read or take: any success
-// status if all went well.
-// Errors: a failing read's, with the bytes got in the totals all the same; a failing take's.
+// CopyPieces reads up to count bytes from source in pieces and passes each to `take(piece, length,
+// &written)`. It ends early after a read of no bytes and after a take that wrote none. The rest of
+// a piece that is written in part is dropped. Bytes that the source reports but did not write are
+// zeros. Returns the status of the last read or take, which may be any success status.
+// Errors: those of read, whose bytes count in the totals all the same; those of take.
 template <typename Take>
 HRESULT CopyPieces(IStream* source, ULONGLONG count, CopyTotals* totals, Take take) {
   uint8_t piece[kCopyPiece];

@@ -1,4 +1,4 @@
-// ToviStreamCrypt: a stream that encrypts or decrypts what passes through it.
+// ToviStreamCrypt: a stream filter that encrypts or decrypts.
 #pragma once
 
 #include "cipher_direction.h"
@@ -8,7 +8,7 @@ namespace mirolta {
 
 extern const ClassDescription kToviStreamCryptClass;
 
-// Reading and writing each have their own algorithm, key, direction and pad setting; initially
+// Reading and writing each have their own algorithm, key, operation and pad setting; initially
 // reading decrypts and writing encrypts. Each block is transformed independently (ECB), a last
 // partial block only by a finalize, and nothing is authenticated. A direction without an algorithm
 // passes bytes unchanged; one with an algorithm but no key moves none (E_UNEXPECTED).

@@ -1,4 +1,4 @@
-// ToviStreamDigest: a stream that digests what passes through it.
+// ToviStreamDigest: a stream filter that computes digests.
 #pragma once
 
 #include "digest_direction.h"
@@ -8,10 +8,10 @@ namespace mirolta {
 
 extern const ClassDescription kToviStreamDigestClass;
 
-// Reading (Read and CopyTo) and writing are digested apart, each with its own algorithm, key and
-// switch. Without an algorithm the members of a direction raise "Not initialized.", save the name,
-// which is empty, and the digest readers, which return the bare number 10104 as a success code and
-// leave their result unset. Without a bound stream, writing digests alone.
+// Reading (Read and CopyTo) and writing have separate digests, each with its own algorithm, key and
+// switch. Without an algorithm the members of a direction raise "Not initialized.", except the
+// name, which is empty, and the digest readers, which return the success status 10104 and leave
+// their result unset. Without a bound stream, Write only updates the digest.
 class ToviStreamDigest final
     : public StreamFilter<kToviStreamDigestClass, IToviStreamDigest, DigestDirection> {
  public:

@@ -33,7 +33,7 @@ void WriteAssemblyManifest(FILE* out, const char* processor) {
   fputs("  </file>\n", out);
   for (unsigned i = 0; i < kTypeLibraryTable.interface_count; ++i) {
     const InterfaceTable& table = *kTypeLibraryTable.interfaces[i];
-    // Calls between apartments go through the system's marshaler for automation interfaces.
+    // Calls between apartments are marshalled by the system's automation marshaler.
     fputs("  <comInterfaceExternalProxyStub name=\"", out);
     WriteText(out, table.name);
     fputs("\" iid=\"", out);

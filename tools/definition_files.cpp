@@ -1,10 +1,10 @@
-// Writes what the Windows module is made of besides code, from the tables that the code uses.
+// Writes the source files of the Windows module other than code, from the tables that the code uses.
 //
 //   mirolta-definitions idl FILE                   the interface definitions
 //   mirolta-definitions resources FILE             the resource script
 //   mirolta-definitions manifest FILE PROCESSOR    the manifest for use without registration
 //
-// The resource script names Mirolta.tlb; the resource compiler is told its folder.
+// The resource script refers to Mirolta.tlb; the resource compiler is given its folder.
 #include "definition_files.h"
 
 #include <string.h>
@@ -49,6 +49,6 @@ int main(int count, char** arguments) {
     return 1;
   }
   if (TextsArePlain()) return 0;
-  fputs("A text of the tables has characters that need escapes.\n", stderr);
+  fputs("A text of the tables has a character that needs an escape.\n", stderr);
   return 1;
 }

@@ -1,4 +1,4 @@
-// What the Windows module is made of besides code, written from the tables that the code uses.
+// Source files of the Windows module other than code, written from the tables that the code uses.
 #pragma once
 
 #include <stdio.h>
@@ -11,7 +11,7 @@ namespace mirolta {
 // WriteResourceScript writes the resources: texts, registry scripts, the compiled type library.
 // WriteAssemblyManifest writes the manifest for use without registration; `processor` is its
 // processorArchitecture.
-// Errors: those of the file, which the caller asks for; TextsArePlain.
+// Errors: those of the file, which the caller reads by ferror; TextsArePlain.
 void WriteInterfaceDefinitions(FILE* out);
 void WriteResourceScript(FILE* out);
 void WriteAssemblyManifest(FILE* out, const char* processor);
@@ -20,8 +20,8 @@ void WriteAssemblyManifest(FILE* out, const char* processor);
 void WriteText(FILE* out, const OLECHAR* text);
 void WriteGuid(FILE* out, const GUID& id, bool braces);
 
-// TextsArePlain is false once a text had characters that would need escapes, which differ from one
-// kind of file to another.
+// TextsArePlain is false if a text contained a character that needs an escape: no escape is valid
+// in all three files.
 bool TextsArePlain();
 
 }  // namespace mirolta

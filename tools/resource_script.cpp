@@ -6,7 +6,7 @@ namespace mirolta {
 
 namespace {
 
-// A text of several lines as raw data: a string for each.
+// Writes a text as raw data, one string for each line.
 void WriteLines(FILE* out, const BYTE* text, DWORD length) {
   const char* separator = "  \"";
   for (DWORD i = 0; i < length; ++i) {

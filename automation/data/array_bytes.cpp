@@ -6,8 +6,7 @@ namespace mirolta {
 
 namespace {
 
-// True if some dimension has no elements: then there is no data, however many elements the others
-// are said to have.
+// True if a dimension has no elements: the array then has no data, whatever the other dimensions.
 bool HoldsNothing(const SAFEARRAY* array) {
   for (USHORT i = 0; i < array->cDims; ++i) {
     if (array->rgsabound[i].cElements == 0) return true;

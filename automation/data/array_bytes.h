@@ -9,28 +9,28 @@ namespace mirolta {
 // The type of every byte-valued result.
 constexpr VARTYPE kByteArrayType = VT_ARRAY | VT_UI1;
 
-// PassesAsByteArray tests a type by mask: arrays of VT_UI4, VT_UI8 and VT_UINT pass as well.
+// PassesAsByteArray tests a type by mask: arrays of VT_UI4, VT_UI8 and VT_UINT pass too.
 constexpr bool PassesAsByteArray(VARTYPE type) noexcept {
   return (type & kByteArrayType) == kByteArrayType;
 }
 
-// Referent follows a reference to a value as the platform's copy does: once.
+// Referent dereferences a VT_BYREF | VT_VARIANT once, as the platform's copy does.
 const VARIANT& Referent(const VARIANT& value) noexcept;
 
-// PassingArray gives the array that value, not following references to values, is or refers to;
-// null if its type does not pass as a byte array or there is no array.
+// PassingArray returns the array that value contains or refers to, without following references to
+// values; null if its type does not pass as a byte array or there is no array.
 SAFEARRAY* PassingArray(const VARIANT& value) noexcept;
 
-// LacksData is true if the descriptor counts elements but points to no data.
+// LacksData is true if the descriptor has elements but its data pointer is null.
 bool LacksData(const SAFEARRAY* array) noexcept;
 
-// ArrayByteCount gives the bytes that a byte array stands for: one for each element of its first
-// dimension, whatever the elements are; 0 if it has none.
+// ArrayByteCount counts the bytes of a byte array: one for each element of its first dimension,
+// whatever the element size.
 // Errors: E_POINTER for a null argument; the platform's status for bounds that cannot be read;
 //         E_INVALIDARG for an array that lacks data.
 HRESULT ArrayByteCount(SAFEARRAY* array, uint32_t* count) noexcept;
 
-// SafeArrayToBytes copies those bytes, from the first byte of the first element on.
+// SafeArrayToBytes copies that many bytes from the start of the data.
 // Errors: as ArrayByteCount; the platform's status for data that cannot be locked; E_OUTOFMEMORY.
 //         *out is empty on failure.
 HRESULT SafeArrayToBytes(SAFEARRAY* array, ByteString* out) noexcept;

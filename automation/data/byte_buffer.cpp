@@ -10,7 +10,7 @@ constexpr uint32_t kMoveBlock = 256;
 
 void WipeAndFree(uint8_t* data, uint32_t capacity) {
   if (data == nullptr) return;
-  // Bytes already taken from the front may still lie behind the content, so all of it is wiped.
+  // All of it: bytes taken from the front may remain behind the content.
   WipeMemory(data, capacity);
   delete[] data;
 }
@@ -28,7 +28,7 @@ ByteBuffer::~ByteBuffer() {
 void ByteBuffer::Construct(uint32_t limit, uint32_t step) noexcept {
   step_ = step <= kMinimumStep ? kMinimumStep : step;
   const uint32_t wanted = limit > step_ ? limit : step_;
-  // At most 2^32 + step before the cut.
+  // At most 2^32 + step before it is capped.
   const uint64_t maximum = (uint64_t{wanted} / step_ + 1) * step_;
   maximum_ = maximum > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(maximum);
   AllocateStep();
@@ -83,8 +83,8 @@ bool ByteBuffer::Grow(uint32_t need) noexcept {
 
 uint32_t ByteBuffer::Append(const uint8_t* bytes, uint32_t count) noexcept {
   if (bytes == nullptr || count == 0) return 0;
-  // Growing frees the storage that the bytes may lie in; then their place in the content, which
-  // keeps its offset, is read in the new storage.
+  // Growing frees the storage, which may contain the bytes; they are then at the same offset of the
+  // new storage.
   const uintptr_t address = reinterpret_cast<uintptr_t>(bytes);
   const uintptr_t start = reinterpret_cast<uintptr_t>(data_);
   const bool inside = data_ != nullptr && address >= start && address - start < length_;
@@ -104,7 +104,7 @@ uint32_t ByteBuffer::AppendFill(uint8_t value, uint32_t count) noexcept {
   return count;
 }
 
-// For no bytes, a buffer without storage does not grow.
+// A buffer without storage does not grow for 0 bytes.
 uint8_t* ByteBuffer::GrowTail(uint32_t count) noexcept {
   const uint32_t space = FreeSpace();
   return space < count && Grow(count - space) ? data_ + length_ : nullptr;

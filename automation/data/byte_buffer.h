@@ -1,4 +1,4 @@
-// The module's one growable byte queue: appended at the end, taken from the front.
+// The module's byte queue: bytes are appended at its end and taken from its front.
 #pragma once
 
 #include <cstdint>
@@ -7,18 +7,18 @@
 
 namespace mirolta {
 
-// ByteBuffer holds its content in the first Length() bytes of Data(). It grows in whole steps up to
-// a maximum fixed by limit and step, reports failure by 0 or null with the content unchanged, and
-// wipes storage that held bytes before giving it back. A buffer whose storage could not be
-// allocated is not valid; every operation on it stays safe, and one that grows may make it valid.
+// ByteBuffer has its content in the first Length() bytes of Data(). It grows in whole steps up to a
+// maximum that limit and step determine, returns 0 or null on failure with the content unchanged,
+// and wipes its storage before freeing it. A buffer whose storage could not be allocated is not
+// valid; every operation on it is safe, and growing may make it valid.
 class ByteBuffer {
  public:
   static constexpr uint32_t kMinimumStep = 256;
   static constexpr OLECHAR kLineTerminator[] = {10, 13, 0};
   static constexpr OLECHAR kShortLineTerminator[] = {10, 0};
 
-  // Step is at least kMinimumStep; the maximum is (floor(max(step, limit) / step) + 1) * step,
-  // held below 2^32. One step is allocated at once.
+  // step is at least kMinimumStep; the maximum is (floor(max(step, limit) / step) + 1) * step,
+  // capped below 2^32. One step is allocated immediately.
   explicit ByteBuffer(uint32_t limit = 0, uint32_t step = 0) noexcept;
   ~ByteBuffer();
   ByteBuffer(const ByteBuffer&) = delete;
@@ -26,9 +26,9 @@ class ByteBuffer {
 
   // Frees the storage and constructs again with the new values.
   void Reinit(uint32_t limit, uint32_t step) noexcept;
-  // Frees the storage and allocates one step; limit and step stay.
+  // Frees the storage and allocates one step; limit and step are unchanged.
   void Reset() noexcept;
-  // Empties the buffer; the storage stays as it is.
+  // Sets the length to 0; the storage is neither freed nor wiped.
   void Clear() noexcept { length_ = 0; }
 
   bool IsValid() const noexcept { return data_ != nullptr; }
@@ -48,27 +48,28 @@ class ByteBuffer {
   [[nodiscard]] uint8_t* ReserveTail(uint32_t count) noexcept {
     return data_ != nullptr && count <= FreeSpace() ? data_ + length_ : GrowTail(count);
   }
-  // Commit takes count bytes written through ReserveTail into the content. Returns count, or 0 with
-  // no change if fewer are free.
+  // Commit adds count bytes that were written through ReserveTail to the content. Returns count, or
+  // 0 without a change if fewer are free.
   [[nodiscard]] uint32_t Commit(uint32_t count) noexcept {
     if (FreeSpace() < count) return 0;
     length_ += count;
     return count;
   }
 
-  // Take, Peek and Consume copy and/or remove min(count, Length()) bytes at the front and return
-  // that number.
+  // Take copies and removes min(count, Length()) bytes at the front, Peek only copies, Consume only
+  // removes. They return that number.
   uint32_t Take(uint8_t* destination, uint32_t count) noexcept;
   uint32_t Peek(uint8_t* destination, uint32_t count) const noexcept;
   uint32_t Consume(uint32_t count) noexcept;
 
-  // MoveAllTo appends the content to other in blocks of 256 and returns the bytes taken from here.
+  // MoveAllTo moves the content to the end of other in pieces of 256 bytes and returns the count of
+  // bytes taken from this buffer.
   // Alias:  a move to itself moves nothing and returns 0.
-  // Errors: a block that other refuses is lost and ends the move; its bytes count as taken.
+  // Errors: a piece that other refuses is lost and ends the move; its bytes count as taken.
   uint32_t MoveAllTo(ByteBuffer& other) noexcept;
 
   // Find returns the index of the first occurrence of pattern, or -1. The last possible position,
-  // Length() - count, is not looked at: a pattern that ends with the content is not found.
+  // Length() - count, is not compared: a pattern that ends with the content is not found.
   int32_t Find(const uint8_t* pattern, uint32_t count) const noexcept;
 
  private:

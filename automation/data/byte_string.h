@@ -1,4 +1,4 @@
-// The bytes that conversions give out: owned, counted, wiped when they go.
+// The result of conversions to bytes: owned, and wiped before it is freed.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace mirolta {
 
-// ByteString owns Count() bytes at Data(). The empty result is a null pointer with count 0; bytes
-// that are present may still be none (Allocate(0)), which keys tell apart.
+// ByteString owns Count() bytes at Data(). An absent result is a null pointer with count 0; a
+// present one may have count 0 too (Allocate(0)), a difference that matters for keys.
 class ByteString {
  public:
   ByteString() noexcept = default;
@@ -39,17 +39,18 @@ class ByteString {
     count_ = 0;
   }
 
-  // Allocate replaces the content by count bytes of unset value; false leaves it empty.
+  // Allocate replaces the content by count uninitialised bytes; on failure it returns false and is
+  // empty.
   [[nodiscard]] bool Allocate(uint32_t count) noexcept {
     Clear();
-    // Never of size 0: presence must not hang on what the allocator does with it.
+    // Never of size 0: presence must not depend on the allocator.
     data_ = NewArray<uint8_t>(count != 0 ? CheckedSize(count) : SizeConstant(1));
     if (data_ == nullptr) return false;
     count_ = count;
     return true;
   }
 
-  // Assign replaces the content by a copy; false leaves it empty.
+  // Assign replaces the content by a copy; on failure it returns false and is empty.
   // Alias:  bytes do not lie in this string.
   [[nodiscard]] bool Assign(const uint8_t* bytes, uint32_t count) noexcept {
     if (!Allocate(count)) return false;
@@ -57,7 +58,7 @@ class ByteString {
     return true;
   }
 
-  // Shorten wipes and forgets the bytes from count on.
+  // Shorten wipes and removes the bytes from count on.
   void Shorten(uint32_t count) noexcept {
     if (count >= count_) return;
     WipeMemory(data_ + count, count_ - count);

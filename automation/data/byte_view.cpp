@@ -7,8 +7,8 @@ namespace mirolta {
 
 namespace {
 
-// An array to be borrowed; null for anything that the copying path might refuse, which then says
-// so.
+// An array that can be borrowed; null for anything that the copying path may refuse, so that it
+// returns the status.
 SAFEARRAY* StandingArray(const VARIANT& value) {
   SAFEARRAY* const array = PassingArray(value);
   return array != nullptr && SafeArrayGetDim(array) > 0 ? array : nullptr;
@@ -60,7 +60,7 @@ HRESULT ByteView::OwnText(const OLECHAR* text, LONG code_page) noexcept {
   return status;
 }
 
-// The rest of the way for a private copy that is no object, or one to be coerced.
+// Opens a private copy that is not an object, or one to be coerced.
 HRESULT ByteView::OwnCopy(VARIANT* copy, LONG code_page) noexcept {
   if (V_VT(copy) == kByteArrayType) return OwnArray(V_ARRAY(copy));
   const HRESULT status = CoerceToText(copy);
@@ -103,7 +103,7 @@ HRESULT ByteView::OpenUnresolved(const VARIANT& value, LONG code_page) noexcept 
   status = ResolveValue(&value, copy.Put());
   if (FAILED(status)) return status;
   if (copy.Type() != kByteArrayType) return OwnCopy(copy.Get(), code_page);
-  // The bytes are taken from the value as given, which must then be the array itself.
+  // The bytes are read from the value as given, so it must be the array itself.
   status = VariantToByteArrayBytes(value, &owned_);
   from_array_ = SUCCEEDED(status);
   data_ = owned_.Data();

@@ -1,4 +1,4 @@
-// The bytes of a caller's value, read where they stand if that is possible.
+// The bytes of a caller's value, read without copying if possible.
 #pragma once
 
 #include "byte_string.h"
@@ -6,9 +6,10 @@
 
 namespace mirolta {
 
-// ByteView is open on at most one value, which must outlive it unchanged. A byte array by value or
-// by reference is borrowed, its data locked until Close; of anything else the view owns converted
-// bytes, wiped by Close. Statuses and bytes are those of the copying conversions.
+// ByteView is open on at most one value, which must stay alive and unchanged until Close. A byte
+// array, by value or by reference, is borrowed and its data locked until Close; for any other value
+// the view owns converted bytes, which Close wipes. Statuses and bytes are those of the copying
+// conversions.
 class ByteView {
  public:
   ByteView() noexcept = default;
@@ -16,19 +17,19 @@ class ByteView {
   ByteView(const ByteView&) = delete;
   ByteView& operator=(const ByteView&) = delete;
 
-  // Open gives what VariantToBytes gives.
+  // Open gives the bytes of VariantToBytes.
   HRESULT Open(const VARIANT& value, LONG code_page) noexcept;
   // OpenUnresolved differs from Open for objects whose default value is a byte array: they fail
   // with DISP_E_TYPEMISMATCH.
   HRESULT OpenUnresolved(const VARIANT& value, LONG code_page) noexcept;
-  // OpenByteArray gives what VariantToByteArrayBytes gives.
+  // OpenByteArray gives the bytes of VariantToByteArrayBytes.
   HRESULT OpenByteArray(const VARIANT& value) noexcept;
   void Close() noexcept;
 
   const uint8_t* Data() const noexcept { return data_; }
   uint32_t Count() const noexcept { return count_; }
-  // True if the bytes came from an array, not from a text or VT_EMPTY: an empty array and an empty
-  // text both have no bytes.
+  // True if the bytes came from an array, not from a text or VT_EMPTY; tells an empty array from an
+  // empty text.
   bool IsFromArray() const noexcept { return from_array_; }
 
  private:

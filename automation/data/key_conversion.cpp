@@ -10,13 +10,13 @@ namespace {
 
 HRESULT KeyFromUnits(BSTR text, ByteString* key) {
   const UINT length = SysStringLen(text);
-  // A BSTR counts its bytes in 32 bits, so twice its length fits.
+  // Cannot overflow: a BSTR stores its byte length in 32 bits.
   if (!key->Allocate(length * 2)) return E_OUTOFMEMORY;
   WriteUnits(text, length, UnitOrder::kLowFirst, key->Data());
   return S_OK;
 }
 
-// Converted with its terminator, so that an empty text is told from one that cannot be converted.
+// Converted with its terminator, to distinguish an empty text from one that cannot be converted.
 HRESULT KeyFromCharacterSet(const OLECHAR* text, UINT character_set, ByteString* key) {
   const INT size = WideCharToMultiByte(character_set, 0, text, -1, nullptr, 0, nullptr, nullptr);
   if (size <= 0) return DISP_E_TYPEMISMATCH;

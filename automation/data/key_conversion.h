@@ -1,4 +1,4 @@
-// How an automation value becomes a key.
+// Conversion of automation values to keys.
 #pragma once
 
 #include "byte_string.h"
@@ -7,26 +7,25 @@
 
 namespace mirolta {
 
-// Which byte arrays are keys as they are: HMAC keys have one dimension, of a cipher's key the first
-// dimension counts.
+// Which byte arrays are accepted: HMAC keys must have one dimension; of a cipher's key the first
+// dimension is used.
 enum class KeyArrays { kAnyDimensions, kOneDimension };
 
-// KeyFromVariant gives the bytes of a byte array as they are, or of the text that any other value
-// has. A code page below 0 takes the text's UTF-16 units, least significant byte first, zero
-// characters included; from 0 on the text up to its first zero character is converted.
-// An array without elements gives no key (key->IsPresent() is false); an empty text gives a key
-// that is present and has no bytes.
-// Errors: E_POINTER for a null key; those of CopyReferent; a failed coercion's status; those of
-//         SafeArrayToBytes; DISP_E_TYPEMISMATCH for an array of more dimensions than one where
-//         that is not taken, and for text that code_page cannot convert; E_OUTOFMEMORY. *key is
-//         empty on failure.
+// KeyFromVariant gives the bytes of a byte array, or converts any other value to text and the text
+// to bytes: with a negative code page to little-endian UTF-16, including zero characters; otherwise
+// by the code page, up to the first zero character. An array without elements gives no key
+// (key->IsPresent() is false); an empty text gives a key that is present and has no bytes.
+// Errors: E_POINTER for a null key; those of CopyReferent and SafeArrayToBytes; the status of a
+//         failed coercion; DISP_E_TYPEMISMATCH for an array of several dimensions with
+//         kOneDimension, and for text that code_page cannot convert; E_OUTOFMEMORY. *key is empty
+//         on failure.
 HRESULT KeyFromVariant(const VARIANT& value, LONG code_page, ByteString* key,
                        KeyArrays arrays = KeyArrays::kAnyDimensions) noexcept;
 
-// PlainKey is a caller's key with no object left in it. Reading an object runs the caller's code,
-// which may call back and do away with the engine that the key is for; so an owner reads first and
-// looks for its engine then. What the caller's code sees is what SetKey leaves: the old key is
-// gone.
+// PlainKey is a caller's key with objects replaced by their values. Reading an object runs the
+// caller's code, which may call back and destroy the engine that the key is for; an owner therefore
+// reads the key first and then looks its engine up. The caller's code already finds the old key
+// dropped, as after SetKey.
 class PlainKey {
  public:
   // Drops the engine's key, then reads the new one.
@@ -49,7 +48,7 @@ class PlainKey {
   void Read(const VARIANT& value) noexcept;
 
   OwnedVariant value_;
-  const LONG code_page_;  // as it was when the key was put
+  const LONG code_page_;  // at the time of the call
   HRESULT read_ = S_OK;
 };
 

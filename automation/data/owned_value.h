@@ -11,7 +11,7 @@ void WipeAndClear(VARIANT* value) noexcept;
 // WipeAndFreeText wipes and frees text, which may be null.
 void WipeAndFreeText(BSTR text) noexcept;
 
-// OwnedVariant holds a VARIANT that is cleared with it.
+// OwnedVariant owns a VARIANT, wiped and cleared by the destructor.
 class OwnedVariant {
  public:
   OwnedVariant() noexcept { VariantInit(&value_); }
@@ -23,12 +23,12 @@ class OwnedVariant {
   const VARIANT& Value() const noexcept { return value_; }
   VARTYPE Type() const noexcept { return V_VT(&value_); }
 
-  // Put empties the value and gives the place for a new one.
+  // Put clears the value and returns its address, for an out-pointer.
   VARIANT* Put() noexcept {
     WipeAndClear(&value_);
     return &value_;
   }
-  // MoveTo hands the value to *out, whose old content is overwritten, not cleared.
+  // MoveTo moves the value to *out, whose old content is overwritten, not cleared.
   void MoveTo(VARIANT* out) noexcept {
     *out = value_;
     VariantInit(&value_);
@@ -38,7 +38,7 @@ class OwnedVariant {
   VARIANT value_;
 };
 
-// OwnedBstr holds a BSTR that is freed with it.
+// OwnedBstr owns a BSTR, wiped and freed by the destructor.
 class OwnedBstr {
  public:
   OwnedBstr() noexcept = default;
@@ -63,7 +63,7 @@ class OwnedBstr {
   BSTR text_ = nullptr;
 };
 
-// OwnedReference holds one counted reference to an interface.
+// OwnedReference owns one reference to an interface.
 template <typename Interface>
 class OwnedReference {
  public:
@@ -81,15 +81,15 @@ class OwnedReference {
   Interface* operator->() const noexcept { return pointer_; }
   explicit operator bool() const noexcept { return pointer_ != nullptr; }
 
-  // Reset gives the reference back. The member is empty before Release runs, which may call in.
+  // Reset releases the reference. The owner is already empty when Release runs, which may call it.
   void Reset() noexcept { Attach(nullptr); }
-  // Attach takes over a reference the caller owns.
+  // Attach takes ownership of the caller's reference.
   void Attach(Interface* pointer) noexcept {
     Interface* const old = pointer_;
     pointer_ = pointer;
     if (old != nullptr) old->Release();
   }
-  // Assign counts a reference of its own.
+  // Assign adds a reference.
   void Assign(Interface* pointer) noexcept {
     if (pointer != nullptr) pointer->AddRef();
     Attach(pointer);
@@ -99,12 +99,12 @@ class OwnedReference {
     pointer_ = nullptr;
     return pointer;
   }
-  // Put empties the owner and gives the place for an out-pointer.
+  // Put releases the reference and returns the address of the pointer, for an out-pointer.
   Interface** Put() noexcept {
     Reset();
     return &pointer_;
   }
-  // Query asks an object for Interface; a failure leaves the owner empty.
+  // Query queries an object for Interface; on failure the owner is empty.
   HRESULT Query(IUnknown* object, REFIID iid) noexcept {
     void* found = nullptr;
     const HRESULT status = object->QueryInterface(iid, &found);

@@ -37,7 +37,7 @@ HRESULT EmptyText(BSTR* out) {
   return *out != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
-// Wide text on its way to a BSTR: wiped and freed with its scope.
+// Temporary wide text, wiped and freed by the destructor.
 class TextScratch {
  public:
   explicit TextScratch(uint32_t length)
@@ -50,7 +50,7 @@ class TextScratch {
   TextScratch& operator=(const TextScratch&) = delete;
   OLECHAR* Get() { return text_; }
 
-  // The text that stands before the first zero character.
+  // The text before the first zero character.
   HRESULT MakeText(uint32_t length, BSTR* out) {
     text_[length] = 0;
     *out = SysAllocString(text_);

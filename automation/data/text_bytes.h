@@ -1,4 +1,4 @@
-// Text to bytes and back through a code page, and the hexadecimal form.
+// Conversion between text and bytes by a code page, and to hexadecimal.
 #pragma once
 
 #include "byte_string.h"
@@ -6,17 +6,17 @@
 
 namespace mirolta {
 
-// Code pages below 0 are UTF-16 units: this one least significant byte first, all below it most
-// significant byte first. From 0 on they are the platform's character set numbers.
+// Negative code pages are UTF-16: this one little-endian, all below it big-endian. The others are
+// the platform's character sets.
 constexpr LONG kCodePageUtf16LittleEndian = -1;
 
 // WideToBytes converts text up to its first zero character, without a terminator. Null or empty
-// text, an unknown code page and text of which nothing can be converted give no bytes and S_OK.
+// text, an unknown code page and text that cannot be converted at all give no bytes and S_OK.
 // Errors: E_POINTER for a null out; E_OUTOFMEMORY. *out is empty on failure.
 HRESULT WideToBytes(const OLECHAR* text, LONG code_page, ByteString* out) noexcept;
 
-// BytesToWide makes a text from bytes, ending before its first zero character. Null bytes, count 0
-// and bytes that cannot be converted give an empty text; UTF-16 drops an odd last byte.
+// BytesToWide converts bytes to a text, which ends before its first zero character. Null bytes,
+// count 0 and bytes that cannot be converted give an empty text; UTF-16 omits an odd last byte.
 // Errors: E_POINTER for a null out; E_OUTOFMEMORY. *out is null on failure.
 HRESULT BytesToWide(const uint8_t* bytes, uint32_t count, LONG code_page, BSTR* out) noexcept;
 

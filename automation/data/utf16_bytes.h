@@ -1,4 +1,4 @@
-// UTF-16 units as bytes, in an order that does not depend on the processor's.
+// UTF-16 code units to bytes and back, in a byte order that does not depend on the processor.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@ namespace mirolta {
 
 enum class UnitOrder { kLowFirst, kHighFirst };
 
-// WriteUnits writes two bytes per unit.
+// WriteUnits writes two bytes for each code unit.
 // Shapes: text[length], bytes[2 * length].
 inline void WriteUnits(const OLECHAR* text, size_t length, UnitOrder order,
                        uint8_t* bytes) noexcept {

@@ -48,7 +48,7 @@ HRESULT ResolveValue(const VARIANT* input, VARIANT* out, CountsAsEmpty counts_as
       }
       inner.Put();
     }
-    // Copied before the object goes: the value it gave may refer into it.
+    // Copied before the object is released: the value may refer to its memory.
     OwnedVariant plain;
     status = CopyReferent(inner.Value(), plain.Get());
     if (FAILED(status)) return status;

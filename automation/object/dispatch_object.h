@@ -1,5 +1,5 @@
-// The base of the automation classes: a dual interface served from the module's type information,
-// error information, and for some classes streams before it.
+// The base of the automation classes: a dual interface implemented by the module's type
+// information, error information, and IStream for some classes.
 #pragma once
 
 #include <new>
@@ -8,10 +8,10 @@
 
 namespace mirolta {
 
-// DispatchObject<kClass, Dual> is a class with the dispatch interface Dual;
-// DispatchObject<kClass, Dual, IStream> one that is a stream too. kClass is its ClassDescription.
-// QueryInterface answers in this order: IStream and ISequentialStream (streams only), Dual,
-// IDispatch (the same pointer), ISupportErrorInfo; IUnknown is the first of them.
+// DispatchObject<kClass, Dual> is a class with the dispatch interface Dual; DispatchObject<kClass,
+// Dual, IStream> is also a stream. kClass is its ClassDescription. QueryInterface supports IStream
+// and ISequentialStream (streams only), Dual and IDispatch (the same pointer), and
+// ISupportErrorInfo; IUnknown is the first of them.
 template <const ClassDescription& kClass, typename Dual, typename... Stream>
 class DispatchObject : public ObjectCore, public Stream..., public Dual, public ISupportErrorInfo {
   static_assert(sizeof...(Stream) <= 1);
@@ -72,9 +72,9 @@ class DispatchObject : public ObjectCore, public Stream..., public Dual, public 
   }
 };
 
-// CreateObject is the instance creator of every class: a plain object, or with an outer one an
-// object to be a part of it.
-// Errors: E_OUTOFMEMORY, and those of FinishObject. Nothing is left then.
+// CreateObject is the instance creator of every class. outer is the object that aggregates the new
+// one, or null.
+// Errors: E_OUTOFMEMORY, and those of FinishObject; nothing remains allocated.
 template <typename Class>
 HRESULT CreateObject(IUnknown* outer, REFIID iid, void** out) {
   Class* const object = new (std::nothrow) Class(outer);

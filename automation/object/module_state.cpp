@@ -4,8 +4,8 @@ namespace mirolta {
 
 namespace {
 
-// Constant: the module attaches while it is being initialized, and an initializer that ran after
-// that would set the state back.
+// Constant-initialised: the module attaches during initialisation, and an initialiser that ran
+// later would reset the state.
 constinit ModuleState state{};
 bool attached = false;
 

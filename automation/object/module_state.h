@@ -1,5 +1,5 @@
-// What lives as long as the module is loaded: its handle, the count that keeps it loaded, and the
-// locks that are not an object's own.
+// State of the loaded module: its handle, the count that keeps it loaded, and the locks that do not
+// belong to an object.
 #pragma once
 
 #include <atomic>
@@ -10,7 +10,7 @@ namespace mirolta {
 
 struct ClassRow;
 
-// Something to undo when the module is unloaded. Nodes belong to whoever registers them.
+// A function to call when the module is unloaded. The caller that registers a node owns it.
 struct ModuleCleanup {
   void (*run)(void* context);
   void* context;
@@ -28,19 +28,19 @@ struct ModuleState {
   ModuleCleanup* cleanups;
 };
 
-// InitModuleState sets up the state for a module; the class table's hooks are the caller's
-// business. TermModuleState runs the clean-ups and takes the state away.
+// InitModuleState sets the state of a module; the caller runs the hooks of the class table.
+// TermModuleState runs the clean-ups and removes the state.
 void InitModuleState(HINSTANCE instance, ClassRow* class_table, const GUID& type_library);
 void TermModuleState();
 
 // CurrentModule returns the state; null before load and after unload.
 ModuleState* CurrentModule();
 
-// LockModule and UnlockModule change the count that DllCanUnloadNow reads.
+// LockModule and UnlockModule increment and decrement the count that DllCanUnloadNow reads.
 void LockModule();
 void UnlockModule();
 
-// AddModuleCleanup has `cleanup` run at unload, last added first.
+// AddModuleCleanup registers `cleanup` to run at unload, in reverse order of registration.
 void AddModuleCleanup(ModuleCleanup* cleanup);
 
 // ModuleFileName writes the module's full file name; false if it is longer than MAX_PATH or

@@ -22,7 +22,7 @@ HRESULT ObjectCore::Construct() {
 }
 
 void ObjectCore::Destroy() {
-  // With a count of one, references taken and dropped during the clean-up cannot end it twice.
+  // With a count of one, references taken and released by the destructor cannot destroy it again.
   references_ = 1;
   delete this;
 }

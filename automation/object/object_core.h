@@ -1,5 +1,5 @@
 // The part of every automation object that does not depend on its interfaces: reference count,
-// lock, outer object, life and death.
+// lock, outer object, lifetime.
 #pragma once
 
 #include "platform.h"
@@ -11,7 +11,7 @@ namespace mirolta {
 
 // What all objects of a class share.
 struct ClassDescription {
-  const CLSID* class_id;      // of the "Both" row, whichever row made the object
+  const CLSID* class_id;      // of the "Both" row, whichever row created the object
   TypeInfoHolder* type_info;  // of the class's dispatch interface
 };
 
@@ -20,38 +20,37 @@ class ObjectCore {
   ObjectCore(const ObjectCore&) = delete;
   ObjectCore& operator=(const ObjectCore&) = delete;
 
-  // The object's own IUnknown, which never delegates: what an outer object holds, and what a
-  // creator queries.
+  // The object's own, non-delegating IUnknown: an outer object holds it, and an instance creator
+  // queries it.
   IUnknown* Inner() { return &inner_; }
 
-  // FinalConstruct sets up what the constructor cannot report the failure of; a failure destroys
-  // the object.
+  // FinalConstruct does the part of construction that may fail; the object is then destroyed.
   virtual HRESULT FinalConstruct() { return S_OK; }
-  // Construct runs FinalConstruct while the object holds itself, so that references taken and
-  // dropped there do not end it.
+  // Construct runs FinalConstruct with a reference held, so that references taken and released
+  // there do not destroy the object.
   HRESULT Construct();
   void Destroy();
 
  protected:
-  // outer: the object that this one is made a part of, or null.
+  // outer is the object that aggregates this one, or null.
   explicit ObjectCore(IUnknown* outer);
   virtual ~ObjectCore();
 
-  // FindInterface returns the object's pointer for an interface other than IUnknown, no reference
-  // added; null if it has none. FirstInterface is the one that answers for IUnknown.
+  // FindInterface returns the object's pointer for an interface other than IUnknown, or null,
+  // without adding a reference. FirstInterface is the one that is returned for IUnknown.
   virtual IUnknown* FindInterface(REFIID iid) = 0;
   virtual IUnknown* FirstInterface() = 0;
 
-  // IUnknown as the object's interfaces offer it: the outer object's if there is one.
+  // The IUnknown of the object's interfaces: the outer object's if there is one.
   HRESULT Query(REFIID iid, void** out) {
     return outer_ != nullptr ? outer_->QueryInterface(iid, out) : inner_.QueryInterface(iid, out);
   }
   ULONG Reference() { return outer_ != nullptr ? outer_->AddRef() : inner_.AddRef(); }
   ULONG Unreference() { return outer_ != nullptr ? outer_->Release() : inner_.Release(); }
 
-  // Frame is the body of every member: the out-pointer is looked at first, then the lock is held
-  // for the whole of the work, whichever way it ends. The work leaves no secrets on the stack and
-  // in registers.
+  // Frame is the body of every member: it checks the out-pointer, then runs work with the lock
+  // held, and wipes what work left on the stack and in registers.
+  // Errors: E_POINTER for a null out; those of work.
   template <typename Out, typename Work>
   HRESULT Frame(Out* out, Work work, StackUse use = StackUse::kShort) {
     return out == nullptr ? E_POINTER : Frame(work, use);
@@ -62,7 +61,7 @@ class ObjectCore {
     return RunWiped(work, use);
   }
 
-  // PlainFrame is Frame for work that meets no secrets: settings and sizes.
+  // PlainFrame is Frame for work that handles no secrets, such as settings; it does not wipe.
   template <typename Out, typename Work>
   HRESULT PlainFrame(Out* out, Work work) {
     return out == nullptr ? E_POINTER : PlainFrame(work);
@@ -95,9 +94,8 @@ class ObjectCore {
   LONG volatile references_ = 0;
 };
 
-// FinishObject does for a new object what every creator does after the allocation: final
-// construction, then the query for iid.
-// Errors: those of the two steps; the object is destroyed then.
+// FinishObject completes a new object: Construct, then the query for iid.
+// Errors: those of both; the object is then destroyed.
 HRESULT FinishObject(ObjectCore* object, REFIID iid, void** out);
 
 }  // namespace mirolta

@@ -9,8 +9,8 @@ constexpr INT kMessageCapacity = 1024;
 constexpr DWORD kNameCapacity = 120;
 constexpr DWORD kSourceCapacity = 256;
 
-// Reads the description of a class: the first value of its key, which registration makes the
-// description. False if the class is not registered.
+// Reads the description of a class, the first value of its registry key. False if the class is not
+// registered.
 bool ReadClassDescription(REFCLSID class_id, OLECHAR (&source)[kSourceCapacity + 1]) {
   constexpr INT kGuidCapacity = 39;
   OLECHAR path[6 + kGuidCapacity] = OLESTR("CLSID\\");

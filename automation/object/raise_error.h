@@ -1,4 +1,4 @@
-// Reporting a failure with a text.
+// Reports failures that have a text.
 #pragma once
 
 #include "platform.h"

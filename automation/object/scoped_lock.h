@@ -1,4 +1,4 @@
-// Holding a critical section for a scope.
+// Holds a critical section for a scope.
 #pragma once
 
 #include "platform.h"

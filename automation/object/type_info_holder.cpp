@@ -12,7 +12,7 @@ namespace {
 constexpr WORD kMajorVersion = 1;
 constexpr WORD kMinorVersion = 0;
 
-// The library inside the module's own file, or else the registered one.
+// The library in the module's own file, else the registered one.
 HRESULT LoadModuleTypeLib(LCID locale, ITypeLib** out) {
   OLECHAR file[MAX_PATH + 1];
   if (ModuleFileName(file) && SUCCEEDED(LoadTypeLib(file, out))) return S_OK;
@@ -123,7 +123,7 @@ HRESULT TypeInfoHolder::GetIDsOfNames(LPOLESTR* names, UINT count, LCID locale, 
       ids[i] = cached->id;
       continue;
     }
-    // The type information's own look-up disregards case.
+    // The type information's own look-up ignores case.
     const HRESULT found =
         info_.load(std::memory_order_relaxed)->GetIDsOfNames(&names[i], 1, &ids[i]);
     if (FAILED(found)) return found;

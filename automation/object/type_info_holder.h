@@ -14,11 +14,10 @@ class TypeInfoHolder {
   explicit constexpr TypeInfoHolder(const IID& iid) : iid_(&iid) {}
 
   // Get returns the type information with a reference added, loading it if needed.
-  // Errors: what loading the type library returns; a later call tries again.
+  // Errors: those of loading the type library; a later call tries again.
   HRESULT Get(LCID locale, ITypeInfo** out);
 
-  // The IDispatch operations of that name on behalf of an object. `instance` points to the object's
-  // dual interface.
+  // The IDispatch operations of these names, for an object. `instance` is its dual interface.
   HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, LCID locale, DISPID* ids);
   HRESULT Invoke(void* instance, DISPID id, LCID locale, WORD flags, DISPPARAMS* params,
                  VARIANT* result, EXCEPINFO* exception, UINT* bad_argument);

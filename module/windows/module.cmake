@@ -1,9 +1,8 @@
-# The module as Windows loads it: Mirolta.dll and, beside it, the manifest for use without
-# registration.
+# The module for Windows: Mirolta.dll, and the manifest for use without registration.
 enable_language(RC)
 
-# Writes the definitions from the tables. It runs on the building machine, so the native build makes
-# it.
+# Writes the definitions from the tables. It runs on the building machine, so it comes from the native
+# build.
 find_program(MIROLTA_DEFINITIONS mirolta-definitions REQUIRED
   HINTS ${PROJECT_SOURCE_DIR}/build/native/bin
   DOC "The program mirolta-definitions of a native build" NO_CMAKE_FIND_ROOT_PATH)
@@ -45,7 +44,7 @@ set_target_properties(mirolta PROPERTIES
   PREFIX "" OUTPUT_NAME Mirolta LINKER_LANGUAGE CXX
   RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 target_link_libraries(mirolta PRIVATE module_core)
-# Nothing of the compiler's runtime is needed beside the module. The definition file names the entry
-# points without the decoration that 32-bit calls give them.
+# The module needs no library of the compiler at run time. The definition file names the entry points
+# without the decoration of 32-bit calling conventions.
 target_link_options(mirolta PRIVATE
   -static -static-libgcc -static-libstdc++ -s -Wl,--gc-sections -Wl,--enable-stdcall-fixup)
