@@ -1,4 +1,4 @@
-// AES by blocks, and its key set-up.
+// AES, and its key set-up.
 #include <gcrypt.h>
 #include <nettle/aes.h>
 #include <openssl/aes.h>

@@ -41,7 +41,7 @@ inline std::string TextOf(const std::vector<uint8_t>& bytes) {
   return std::string(bytes.begin(), bytes.end());
 }
 
-// ByteContestant makes one of work(in, length, out), which writes output_size bytes.
+// ByteContestant creates a contestant from work(in, length, out), which writes output_size bytes.
 template <typename Work>
 Contestant ByteContestant(const char* name, const ByteOperands& operands, size_t output_size,
                           Work work) {
@@ -52,7 +52,7 @@ Contestant ByteContestant(const char* name, const ByteOperands& operands, size_t
       [=] { return TextOf(*out); }};
 }
 
-// The same for a task that leaves its output in its own place, which output() finds.
+// The same for a task that keeps its output itself; output() returns it.
 template <typename Work, typename Output>
 Contestant OwnPlaceContestant(const char* name, const ByteOperands& operands, size_t output_size,
                               Work work, Output output) {

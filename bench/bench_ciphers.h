@@ -1,4 +1,4 @@
-// Block ciphers under a fixed key, block by block: what AES and DES rows share.
+// Block ciphers in ECB mode with a fixed key, shared by AES and DES rows.
 #pragma once
 
 #include "bench_bytes.h"
@@ -6,7 +6,7 @@
 
 namespace mirolta::bench {
 
-// Transforms length bytes, whole blocks, each by itself.
+// Transforms length bytes, whole blocks, in ECB mode.
 using BlockFunction = std::function<void(const uint8_t* in, size_t length, uint8_t* out)>;
 
 struct CipherCase {
@@ -15,7 +15,7 @@ struct CipherCase {
   size_t key_size;
   size_t block_size;
   bool encrypts;
-  // The forms without an object, keyed with key[key_size].
+  // The functions without an object, with key[key_size].
   BlockFunction (*kernel)(const uint8_t* key, size_t key_size, bool encrypts);
   BlockFunction (*openssl)(const uint8_t* key, size_t key_size, bool encrypts);
   BlockFunction (*nettle)(const uint8_t* key, size_t key_size, bool encrypts);
@@ -27,12 +27,12 @@ struct CipherCase {
 // The key of all rows.
 std::vector<uint8_t> CipherKey(const CipherCase& cipher);
 
-// Our kernel and the peers; our engine, with what the caller does to take its output, and the
-// peers.
+// Our kernel and the peers; our engine, including taking its output, and the peers.
 std::vector<Contestant> MakeCipherKernels(const CipherCase& cipher, size_t size);
 std::vector<Contestant> MakeCipherEngines(const CipherCase& cipher, size_t size);
 
-// AddCipherRow adds the kernel's and the engine's row of one size; the ratios are the kernel's.
+// AddCipherRow adds the rows of kernel and engine for one size; the required ratios are the
+// kernel's.
 void AddCipherRow(RowList* rows, const CipherCase& cipher, size_t size, double required,
                   double stretch);
 

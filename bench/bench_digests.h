@@ -1,4 +1,4 @@
-// Hash engines for the rows that measure them.
+// Hash engines for rows.
 #pragma once
 
 #include <memory>

@@ -1,9 +1,9 @@
-// Measures rows, ours and the peers interleaved, after checking that all outputs agree.
+// Measures rows, this library and its peers interleaved, after verifying that all outputs are equal.
 //
-//   mirolta-bench results.json [PATTERN]    the rows whose names the regular expression finds
+//   mirolta-bench results.json [PATTERN]    the rows whose names match the regular expression
 //   mirolta-bench --list
 //
-// Options of the measuring library may stand between; they take precedence over those chosen here.
+// Options of the measuring library may be given too; they override those chosen here.
 #include <benchmark/benchmark.h>
 #include <botan/version.h>
 #include <gcrypt.h>
@@ -24,7 +24,7 @@ namespace mirolta::bench {
 
 namespace {
 
-// How many operands the outputs are compared for.
+// The number of operands for which outputs are compared.
 constexpr size_t kCheckedOperands = 16;
 
 constexpr void (*kGroups[])(RowList*) = {
@@ -32,7 +32,7 @@ constexpr void (*kGroups[])(RowList*) = {
     AddTextRows,   AddPrimeRows, AddRsaRows, AddClassRows, AddScalingRows,
 };
 
-// True if every contestant's output is ours.
+// True if every contestant's output equals ours.
 bool OutputsAgree(const Row& row, const std::vector<Contestant>& contestants) {
   const size_t checked = row.iterations != 0 ? 1 : std::min(kCheckedOperands, row.operands);
   for (size_t operand = 0; operand < checked; ++operand) {
@@ -64,7 +64,7 @@ void Measure(benchmark::State& state, const Row& row, const Contestant& contesta
   state.counters["has_threads"] = row.has_threads;
 }
 
-// Every contestant goes through the operands in the same order, on from repetition to repetition.
+// Every contestant uses the operands in the same order, continued from repetition to repetition.
 void Register(const Row& row, const std::vector<Contestant>& contestants) {
   for (const Contestant& contestant : contestants) {
     const auto operand = std::make_shared<size_t>(0);
@@ -73,14 +73,14 @@ void Register(const Row& row, const std::vector<Contestant>& contestants) {
                                      [&row, &contestant, operand](benchmark::State& state) {
                                        Measure(state, row, contestant, operand.get());
                                      });
-    // Processor time, so that other work on the machine counts less.
+    // Processor time, which depends less on other work of the machine.
     if (row.has_threads) made->UseRealTime();
     if (row.iterations != 0) made->Iterations(row.iterations);
   }
 }
 
-// One report of all rows, although each is run by itself: ours and its peers close in time, its
-// operands the only ones in memory.
+// One report of all rows, although each is run separately: contestants close in time, and only the
+// row's operands in memory.
 class Report final : public benchmark::JSONReporter {
  public:
   explicit Report(std::ostream* out) { SetOutputStream(out); }
@@ -140,7 +140,7 @@ int Main(int argc, char** argv) {
                            "--benchmark_repetitions=5", "--benchmark_min_time=0.02",
                            "--benchmark_report_aggregates_only=true",
                            "--benchmark_display_aggregates_only=true"};
-  // Before the caller's own, which take precedence.
+  // Before the caller's own options, which override them.
   for (std::string& option : options) arguments.insert(arguments.begin() + 1, option.data());
   int count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());

@@ -1,4 +1,4 @@
-// The module and its objects, as callers have them.
+// The module and its objects, as callers use them.
 #pragma once
 
 #include <vector>
@@ -11,7 +11,7 @@
 
 namespace mirolta::bench {
 
-// CreateFromModule makes an object of the built module, which stays loaded.
+// CreateFromModule creates an object of the built module, which stays loaded.
 template <typename Interface>
 std::shared_ptr<Interface> CreateFromModule(REFCLSID id, REFIID iid) {
   using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, LPVOID*);
@@ -39,7 +39,7 @@ inline std::shared_ptr<IHashObject> NewHashObject(const OLECHAR* algorithm) {
   return object;
 }
 
-// The same pieces as ByteOperands of that length, each a byte array of its own.
+// The pieces of ByteOperands of that length, each as a byte array.
 using ArrayOperands = std::shared_ptr<std::vector<OwnedVariant>>;
 inline ArrayOperands Arrays(const ByteOperands& pieces, size_t count) {
   const auto arrays = std::make_shared<std::vector<OwnedVariant>>(count);

@@ -1,4 +1,4 @@
-// Numbers as this library and its peers hold them.
+// Numbers in the forms of this library and its peers.
 #pragma once
 
 #include <gmp.h>
@@ -39,7 +39,7 @@ using PeerNumbers = std::shared_ptr<std::vector<PeerNumber>>;
 
 enum class Parity { kAny, kOdd, kEven };
 
-// RandomNumbers gives count numbers of exactly bits bits.
+// RandomNumbers returns count numbers of exactly `bits` bits.
 inline PeerNumbers RandomNumbers(size_t bits, uint64_t seed, Parity parity = Parity::kAny,
                                  size_t count = kOperands) {
   const size_t size = (bits + 7) / 8;
@@ -73,7 +73,7 @@ inline std::string TextOf(const BIGNUM* n) {
   return "number " + std::string(bytes.begin(), bytes.end());
 }
 
-// Contestants of work(result, operand), each with its own form of number.
+// Contestants from work(result, operand), each with its own form of number.
 template <typename Work>
 Contestant OurContestant(Work work) {
   const auto result = std::make_shared<BigInt>();

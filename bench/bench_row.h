@@ -1,4 +1,4 @@
-// What the benchmark measures: rows of one task each, done by this library and by its peers.
+// A row of the benchmark: one task, done by this library and by its peers.
 #pragma once
 
 #include <cstddef>
@@ -20,19 +20,19 @@ struct Contestant {
 // The name of this library's own contestant, the first of its row.
 inline constexpr char kOurs[] = "ours";
 
-// Enough different operands that no branch predictor learns them.
+// Enough operands that no branch predictor can learn them.
 inline constexpr size_t kOperands = 512;
 
 struct Row {
   std::string name;     // level/task/size
-  double bytes = 0;     // that one run processes; 0 where the time of a run counts
+  double bytes = 0;     // processed by one run; 0 if the time of a run is the result
   double required = 0;  // our speed over that of the best peer
   double stretch = 0;
   size_t operands = kOperands;
-  int iterations = 0;  // fixed where the cost hangs on the operand; 0: as many as time admits
-  // Makes them when the row is measured.
+  int iterations = 0;  // fixed if the cost depends on the operand; 0: as many as time allows
+  // Creates the contestants when the row is measured.
   std::function<std::vector<Contestant>()> make;
-  bool has_threads = false;  // of its own, so that only real time tells
+  bool has_threads = false;  // starts threads: elapsed time is measured
 };
 
 using RowList = std::vector<Row>;

@@ -1,4 +1,4 @@
-// Calls of the classes: what an object costs over its kernel, and a late-bound call over an
+// Calls of the classes: overhead of an object over its kernel, and of a late-bound call over an
 // early-bound one. The peers are our own.
 #include "aes_kernels.h"
 #include "bench_digests.h"
@@ -10,7 +10,7 @@ namespace mirolta::bench {
 
 namespace {
 
-// Of these long arrays fewer do: one alone has more than a predictor could learn.
+// Fewer of these long arrays suffice: a predictor cannot learn even one.
 constexpr size_t kLargeOperands = 16;
 
 struct DigestCase {
@@ -29,7 +29,7 @@ std::vector<Contestant> MakeDigests(const DigestCase& digest, size_t size) {
   const std::shared_ptr<HashEngine> engine = MakeHashEngine(digest.our_name);
   const CompressBlocks kernel = digest.kernel();
   const size_t digest_size = static_cast<size_t>(engine->DigestSize());
-  // Every contestant reads the arrays, so that the caches are the same for all.
+  // Every contestant reads the arrays, so that caches are in the same state for all.
   const auto data = [=](size_t i) {
     return static_cast<const uint8_t*>(V_ARRAY(&(*arrays)[i].Value())->pvData);
   };
@@ -99,7 +99,7 @@ std::vector<Contestant> MakeCiphers(const CipherCase& cipher, size_t size) {
   const Run kernel = KeyedKernel(cipher, key);
   return {{kOurs,
            [=](size_t i) {
-             // As a caller has it: the last result is cleared, not wiped by its owner as well.
+             // As callers do: the last result is cleared, not wiped by its owner too.
              (void)VariantClear(result->Get());
              (void)object->Encrypt((*arrays)[i].Value(), -1, result->Get());
            },
@@ -113,7 +113,7 @@ std::vector<Contestant> MakeCiphers(const CipherCase& cipher, size_t size) {
            [=] { return mirolta::bench::TextOf(*out); }}};
 }
 
-// A member called by name, its number looked up before.
+// A member called by name, whose id was looked up before.
 class LateCall {
  public:
   LateCall(IDispatch* object, const OLECHAR* name, WORD flags) : object_(object), flags_(flags) {
@@ -135,7 +135,7 @@ class LateCall {
   DISPID id_ = DISPID_UNKNOWN;
 };
 
-// The emptiest member there is; the early-bound figure is the calls that a second has room for.
+// The member that does least; the early-bound figure is the calls per second.
 std::vector<Contestant> MakeGets() {
   const auto object = NewHashObject(OLESTR("SHA256"));
   const LateCall late(object.get(), OLESTR("codePage"), DISPATCH_PROPERTYGET);
@@ -182,7 +182,7 @@ std::vector<Contestant> MakeHashCalls() {
       {"early-bound", [=](size_t i) { (void)object->HashData((*arrays)[i].Value(), -1); }, digest}};
 }
 
-// The time of a late-bound call is at most three early-bound ones, at best the same.
+// Required: a late-bound call takes at most as long as three early-bound ones.
 constexpr double kLateRequired = 1.0 / 3;
 constexpr double kLateStretch = 1.0;
 

@@ -1,7 +1,7 @@
-// Runs one portable kernel over some amount of work, for an instruction counter to watch.
+// Runs one portable kernel on a given amount of work, under an instruction counter.
 //
 //   mirolta-count KERNEL AMOUNT    bytes of a digest or cipher, powers of a modular exponentiation
-//   mirolta-count --list           the kernels, each with the amount's unit and its limit
+//   mirolta-count --list           the kernels, each with the unit and limit
 #include <tommath.h>
 
 #include <cstdio>
@@ -80,15 +80,14 @@ void RunPeerPower(const uint8_t*, size_t amount, uint8_t* out) {
   mp_clear_multi(&base, &exponent, &modulus, &result, nullptr);
 }
 
-// What libtommath 1.2.0 takes for one when built for 32-bit words (MP_32BIT, -O3 -funroll-loops).
-// The library that systems of this architecture have was built for 64-bit words, so that its own
-// count is no measure of ours; its result is.
+// Instructions of libtommath 1.2.0 built for 32-bit words (MP_32BIT, -O3 -funroll-loops). The
+// installed library is built for 64-bit words, so only its result is used as a peer, not its count.
 constexpr double kPeerPowerWith32BitWords = 16880114;
 
 constexpr struct {
   const char* name;
   const char* unit;
-  double limit;  // instructions a unit; 0 for a peer, which is named after what it is a peer of
+  double limit;  // instructions per unit; 0 for a peer, named after the kernel
   void (*run)(const uint8_t* data, size_t amount, uint8_t* out);
 } kKernels[] = {
     {"MD5", "byte", 9.1, RunDigest<Md5Portable>},
@@ -116,7 +115,7 @@ int Main(int argc, char** argv) {
   for (const auto& kernel : kKernels) {
     if (std::strcmp(kernel.name, argv[1]) != 0) continue;
     kernel.run(data.data(), amount, out.data());
-    // What the last power gave; the two of them must print the same.
+    // The result of the last power; both must print the same.
     for (size_t i = 0; i < kPowerBytes; ++i) std::printf("%02x", out[i]);
     std::printf("\n");
     return 0;

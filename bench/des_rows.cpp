@@ -1,4 +1,4 @@
-// DES and triple DES by blocks.
+// DES and triple DES.
 #include <gcrypt.h>
 #include <nettle/des.h>
 #include <openssl/des.h>
@@ -22,8 +22,7 @@ BlockFunction DesKernel(const uint8_t* key, size_t key_size, bool encrypts) {
   };
 }
 
-// The peer's functions take blocks, which are arrays of bytes, and do not write to
-// const_DES_cblock.
+// The peer's functions take blocks as arrays of bytes and do not write to const_DES_cblock.
 DES_cblock* BlockAt(const uint8_t* bytes) {
   return reinterpret_cast<DES_cblock*>(const_cast<uint8_t*>(bytes));
 }

@@ -18,7 +18,7 @@ namespace mirolta::bench {
 
 namespace {
 
-// The low-level forms have a context type an algorithm.
+// The low-level functions have a context type for each algorithm.
 template <typename Context, auto kInit, auto kUpdate, auto kFinal>
 void OpenSslDigest(const uint8_t* in, size_t length, uint8_t* out) {
   Context context;
@@ -35,7 +35,7 @@ void NettleDigest(const uint8_t* in, size_t length, uint8_t* out) {
   kDigest(&context, kSize, out);
 }
 
-// The chaining words after whole blocks, as the kernel rows compare them.
+// The chaining value after whole blocks, which the kernel rows compare.
 template <typename Context, auto kInit, auto kUpdate, uint32_t Context::*... kWords>
 void OpenSslChain(const uint8_t* in, size_t length, uint8_t* out) {
   Context context;

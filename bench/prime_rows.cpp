@@ -1,4 +1,4 @@
-// The next prime from random starts, against a sieve in front of GMP's Fermat test.
+// The next prime from random starts, against a sieve and GMP's Fermat test.
 #include "bench_numbers.h"
 #include "next_prime.h"
 #include "small_primes.h"
@@ -20,7 +20,7 @@ bool IsGmpFermatPrime(const mpz_t n) {
   return true;
 }
 
-// The same candidates as ours: odd, without a divisor in the table.
+// The same candidates as ours: odd, without a factor in the table.
 void GmpNextPrime(mpz_t n) {
   if (mpz_even_p(n)) mpz_add_ui(n, n, 1);
   unsigned long remainders[kTablePrimes];
@@ -43,7 +43,7 @@ void GmpNextPrime(mpz_t n) {
   }
 }
 
-// The time of one search hangs on its start, so every run does the same several.
+// The time of a search depends on its start, so every run does the same set.
 constexpr size_t kSearches = 8;
 
 std::vector<Contestant> MakeSearches(size_t bits) {

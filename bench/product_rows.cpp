@@ -10,7 +10,7 @@ namespace mirolta::bench {
 
 namespace {
 
-// Limbs of both sides in the byte order of this machine; both have 64 bits on it.
+// Limbs of both libraries, 64 bits each, in the byte order of this machine.
 std::vector<mp_limb_t> RandomLimbs(size_t count, uint64_t seed) {
   std::mt19937_64 generator(seed);
   std::vector<mp_limb_t> limbs(count);
@@ -19,7 +19,7 @@ std::vector<mp_limb_t> RandomLimbs(size_t count, uint64_t seed) {
   return limbs;
 }
 
-// kOperands pieces of one pool, eight bytes apart, each with its top bit set by the pool's pattern.
+// kOperands pieces of one pool, eight bytes apart; the pool's pattern sets the top bit of each.
 class LimbPool {
  public:
   LimbPool(size_t count, uint64_t seed) : count_(count) {
@@ -86,7 +86,7 @@ std::vector<Contestant> MakeLimbQuotients(size_t bits) {
           })};
 }
 
-// The operations on whole numbers: ours and GMP's of the same shape.
+// Operations on integers: ours and GMP's of the same shape.
 using OurBinary = HRESULT (*)(BigInt&, const BigInt&, const BigInt&) noexcept;
 using GmpBinary = void (*)(mpz_t, const mpz_t, const mpz_t);
 
@@ -109,8 +109,8 @@ const BinaryCase kBinary[] = {
     {"gcd", Gcd, mpz_gcd, 1, 0.6, 1.0},
 };
 
-// Moduli of inverses are drawn until they have no divisor in common with the number: where there is
-// no inverse the two sides need not agree.
+// Moduli of inverses are drawn until they are coprime to the number: without an inverse the results
+// may differ.
 std::vector<Contestant> MakeBinary(const BinaryCase& operation, size_t bits) {
   const bool inverse = operation.ours == Inverse;
   const PeerNumbers a = RandomNumbers(operation.first_factor * bits - (inverse ? 1 : 0), 1);

@@ -1,4 +1,4 @@
-// RSA: making keys, and the private operation by primes.
+// RSA: key generation, and the private operation by the Chinese remainder theorem.
 #include <nettle/rsa.h>
 #include <openssl/rsa.h>
 
@@ -39,7 +39,7 @@ struct PeerKey {
     BigInt unused;
     set(RSA_get0_n(openssl.get()), &ours.n, n.z);
     set(RSA_get0_e(openssl.get()), &ours.e, e.z);
-    // Ours has the smaller prime first.
+    // Ours stores the smaller prime first.
     set(RSA_get0_p(openssl.get()), &ours.q, nettle.p);
     set(RSA_get0_q(openssl.get()), &ours.p, nettle.q);
     set(RSA_get0_dmp1(openssl.get()), &unused, nettle.a);

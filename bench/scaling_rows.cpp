@@ -1,4 +1,4 @@
-// How cost grows: with length, with the number of calls, objects and threads.
+// How cost scales with length and with the number of calls, objects and threads.
 #include <malloc.h>
 
 #include <thread>
@@ -48,7 +48,7 @@ std::vector<Contestant> MakeSplitCipher(const OLECHAR* name, uint32_t key_size) 
           ByteContestant("one call", in, kMebibyte, encrypt(kMebibyte))};
 }
 
-// Few operands: these sizes hold more bits than a predictor could learn.
+// Few operands: a predictor cannot learn even one of this size.
 constexpr size_t kLargeNumbers = 4;
 
 std::vector<Contestant> MakeLargeProducts(size_t bits) {
@@ -71,7 +71,7 @@ std::vector<Contestant> MakeLargeWriters() {
            [=] { return std::string(gmp->data()); }}};
 }
 
-// An object's making and release. Before it is measured, 100,000 show whether memory grows.
+// Creation and release of an object. Before it is measured, 100,000 show whether memory grows.
 std::vector<Contestant> MakeObjects() {
   const auto make = [] { return NewHashObject(OLESTR("SHA256")); };
   return {{kOurs, [=](size_t) { make(); },
@@ -84,7 +84,7 @@ std::vector<Contestant> MakeObjects() {
 }
 
 constexpr size_t kThreads = 8;
-constexpr size_t kCallsPerThread = 16;  // so that starting a thread costs little beside its work
+constexpr size_t kCallsPerThread = 16;  // makes the cost of starting a thread negligible
 
 std::vector<Contestant> MakeThreads() {
   const ByteOperands in(kMebibyte);

@@ -1,4 +1,4 @@
-// Numbers from and to text.
+// Conversion of numbers to and from text.
 #include "bench_numbers.h"
 #include "big_text.h"
 

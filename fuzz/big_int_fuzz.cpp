@@ -1,4 +1,4 @@
-// Arithmetic on signed numbers against the peer; results that are operands too.
+// Arithmetic on signed numbers against the peer, also with results that alias operands.
 #include "big_numbers.h"
 
 using namespace mirolta;

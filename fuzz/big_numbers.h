@@ -1,4 +1,4 @@
-// Numbers from fuzz input, and the same for the peer.
+// Numbers from fuzz input, in our form and the peer's.
 #pragma once
 
 #include <gmp.h>
@@ -28,7 +28,7 @@ class PeerNumber {
   mpz_t value_;
 };
 
-// Runs of ones and zeros, where carries go far, are as likely as anything else.
+// Long runs of ones and zeros, through which carries propagate, are as likely as other numbers.
 inline BigInt NextNumber(FuzzInput& in, uint32_t most_bytes) {
   Bytes bytes;
   const uint8_t kind = in.Byte();

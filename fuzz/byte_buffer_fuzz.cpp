@@ -1,4 +1,4 @@
-// The byte queue against a vector that grows by the same rule.
+// The byte queue against a vector with the same rule of growth.
 #include <algorithm>
 #include <cstring>
 
@@ -102,7 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                    model.Find(pattern));
         break;
       }
-      case 7: {  // what lies in the buffer itself
+      case 7: {  // bytes of the buffer itself
         const uint32_t count = in.Below(600);
         if (count > buffer.Length()) break;
         const Bytes part(buffer.Data(), buffer.Data() + count);

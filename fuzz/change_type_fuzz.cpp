@@ -1,4 +1,4 @@
-// Texts and values to every type and back.
+// Conversions of texts and values to every type and back.
 #include <cstring>
 
 #include "fuzz_values.h"
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     VARIANT text;
     VariantInit(&text);
     if (SUCCEEDED(VariantChangeType(&text, &made, flags, VT_BSTR))) {
-      // Whole numbers come back from their text as they were.
+      // Integers survive conversion to text and back.
       VARIANT again;
       VariantInit(&again);
       const bool whole = wanted == VT_I4 || wanted == VT_I8 || wanted == VT_UI4 ||

@@ -1,6 +1,6 @@
-// The cipher engine under any order of updates, finals, keys, pads and output taken, to its queues'
-// limit and past it and with memory that runs out, against a model that takes one block after the
-// other through another library.
+// The cipher engine with updates, finals, keys, pads and output taken in any order, up to its
+// queues' limit and past it and with failing allocations, against a model that transforms single
+// blocks by another library.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/aes.h>
 #include <openssl/des.h>
@@ -31,7 +31,7 @@ class PeerBlocks {
       AES_set_decrypt_key(key.data(), bits, &aes_decryption_);
       return;
     }
-    // One key three times, or two with the first again, or three.
+    // Triple DES keys: one part three times, two parts, or three.
     for (size_t i = 0; i < 3; ++i) {
       DES_cblock part;
       std::memcpy(part, key.data() + i % (key.size() / 8) * 8, 8);
@@ -144,8 +144,8 @@ class Run {
     FUZZ_CHECK(engine_->HasKey() == (peer_ != nullptr));
   }
 
-  // A call that ran out of memory has left all as it was, or has taken `added` and transformed some
-  // of the blocks, in order.
+  // A call that ran out of memory has changed nothing, or has taken `added` and transformed some of
+  // the blocks, in order.
   void Adopt(bool encrypts, const FuzzBytes& added) {
     ModelChannel& model = Model(encrypts);
     if (Same(In(encrypts), model.in) && Same(Out(encrypts), model.out)) return;
@@ -165,7 +165,7 @@ class Run {
   void Update(bool encrypts, bool failing) {
     FuzzBytes bytes = in_.Some(100);
     const uint8_t how = in_.Byte();
-    // Twice at most, and seldom, a good part of what the queues hold.
+    // At most twice, and rarely, a large part of the queues' limit.
     if (how == 0xFF && large_ < 2 && in_.Byte() == 0xF0) {
       ++large_;
       bytes.resize(bytes.size() + in_.Word() * 17u, 0x3C);
@@ -187,7 +187,7 @@ class Run {
         const test::FailAllocationsAfter fail(allowed);
         status = call();
       }
-      // By another way, or not at all.
+      // Without allocation, or without a result.
       if (status == E_OUTOFMEMORY && peer_ != nullptr) {
         Adopt(encrypts, bytes);
         return;
@@ -210,7 +210,7 @@ class Run {
   }
 
   void Final(bool encrypts, bool failing) {
-    // Mostly pads that are taken; a random one waits for the clock.
+    // Mostly valid pads; a random one waits for the clock.
     LONG pad = static_cast<int16_t>(in_.Word());
     if (pad == kRandomPad && in_.Byte() % 16 != 0) pad = 0;
     engine_->SetPadType(pad);
@@ -235,7 +235,7 @@ class Run {
     }
     ModelChannel& model = Model(encrypts);
     if (pads && pad == kRandomPad) {
-      // Any pad bytes: taken from what came out.
+      // Random pad bytes: read from the output.
       FUZZ_CHECK(status == S_OK && Out(true).Length() >= block_);
       FuzzBytes last(block_);
       peer_->Transform(false)(Out(true).Data() + Out(true).Length() - block_, last.data());
@@ -247,7 +247,7 @@ class Run {
                                    : model.DecryptFinal(block_, peer_->Transform(false))));
   }
 
-  // The random pad that a final has queued before the output was full; none if it has not.
+  // The random pad that a final queued before the output was full, if it did.
   FuzzBytes RandomPad(size_t pending, uint32_t count) {
     const ByteBuffer& queue = In(true);
     const size_t produced = Out(true).Length() - Model(true).out.size();
@@ -264,7 +264,7 @@ class Run {
     model.out.erase(model.out.begin(), model.out.begin() + static_cast<ptrdiff_t>(taken));
   }
 
-  // Where an owner may transform by itself, it gets what an update would have put into the queue.
+  // Direct transformation by the owner gives what an update would have queued.
   void Unqueued(bool encrypts) {
     const FuzzBytes bytes = in_.Some(200);
     const uint32_t count = static_cast<uint32_t>(bytes.size());
@@ -308,8 +308,8 @@ class Run {
     return size == 8 || size == 16 || size == 24;
   }
 
-  // A length that the cipher does not take ends key and queues; a value that is no key, or memory
-  // that runs out, only the old key.
+  // A key of wrong length discards the key and the queues; a value that is not a key, or a failed
+  // allocation, only the old key.
   void AfterKey(HRESULT status, const VARIANT& value, LONG code_page) {
     peer_.reset();
     ByteString key;

@@ -1,4 +1,4 @@
-// What every harness shares: the input read as numbers and bytes, and checks that stop the run.
+// Shared by all harnesses: reads the input as numbers and bytes, and checks that abort the run.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 #include "platform.h"
 
-// A failed check is a finding.
+// A failed check counts as a finding.
 #define FUZZ_CHECK(condition)                                                      \
   do {                                                                             \
     if (!(condition)) {                                                            \
@@ -23,7 +23,7 @@ namespace mirolta::fuzz {
 
 using Bytes = std::vector<uint8_t>;
 
-// FuzzInput hands out the input from its front; what is not there reads as zero.
+// FuzzInput reads the input from its front; past its end it reads zeros.
 class FuzzInput {
  public:
   FuzzInput(const uint8_t* data, size_t size) : data_(data), size_(size) {}
@@ -54,14 +54,14 @@ class FuzzInput {
     while (bytes.size() < count && size_ != 0) bytes.push_back(Byte());
     return bytes;
   }
-  // As many bytes as the next number says.
+  // A run of bytes whose length is the next number.
   Bytes Some(size_t most) { return Take(Word() % (most + 1)); }
   Bytes Rest() { return Take(size_); }
   std::basic_string<OLECHAR> Text(size_t most) {
     std::basic_string<OLECHAR> text;
     const size_t count = Word() % (most + 1);
     while (text.size() < count && size_ != 0) {
-      // Mostly one byte a character, so that words are found.
+      // Mostly one byte per character, so that the fuzzer finds words.
       const uint8_t byte = Byte();
       text += byte < 0xF0 ? static_cast<OLECHAR>(byte) : static_cast<OLECHAR>(Word());
     }

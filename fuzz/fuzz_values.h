@@ -8,7 +8,7 @@
 
 namespace mirolta::fuzz {
 
-// An object whose default value is given.
+// An object with a given default value.
 class ValueObject final : public IDispatch {
  public:
   VARIANT value = {};
@@ -35,7 +35,7 @@ class ValueObject final : public IDispatch {
   }
 };
 
-// FuzzValues owns what it makes.
+// FuzzValues owns the values that it creates.
 class FuzzValues {
  public:
   FuzzValues() = default;
@@ -45,7 +45,7 @@ class FuzzValues {
   FuzzValues(const FuzzValues&) = delete;
   FuzzValues& operator=(const FuzzValues&) = delete;
 
-  // A value that is borrowed from here.
+  // A value that FuzzValues owns.
   VARIANT Next(FuzzInput& in, int depth = 0) {
     const uint8_t kind = in.Byte();
     VARIANT& value = Own();
@@ -96,7 +96,7 @@ class FuzzValues {
       case 13:
         V_VT(&value) = in.Byte() % 2 != 0 ? VT_DISPATCH : VT_UNKNOWN;
         break;
-      case 14: {  // any type that has no pointer in it
+      case 14: {  // any type without pointers
         V_VT(&value) = static_cast<VARTYPE>(in.Byte());
         if (V_VT(&value) == VT_BSTR || V_VT(&value) == VT_DISPATCH || V_VT(&value) == VT_UNKNOWN) {
           break;

@@ -1,6 +1,6 @@
-// Digest engines under any order of updates of any size, keys, restarts and readings, with memory
-// that runs out, against one-shot digests of all that was absorbed: another library's and the
-// engine's own.
+// Digest engines with updates of any size, keys, restarts and reads in any order and with failing
+// allocations, against one-shot digests of everything absorbed, by another library and by the
+// engine itself.
 #include <openssl/evp.h>
 
 #include <cstring>
@@ -40,14 +40,14 @@ Bytes OneShot(int algorithm, const Bytes& data) {
   return digest;
 }
 
-// What an engine has absorbed since it was last initialized, its pads included, and its key.
+// What an engine has absorbed since its last initialisation, including HMAC pads, and its key.
 struct Model {
   int algorithm = 0;
   bool has_key = false;
   Bytes key;
   Bytes absorbed;
   bool open = true;
-  // A computation that goes on after its end, or is ended again, gives no digest of anything.
+  // A computation that continues after its end, or is ended again, gives no meaningful digest.
   bool known = true;
   Bytes digest;  // while not open
 
@@ -109,7 +109,7 @@ void SetKey(HashEngine& engine, Model& model, FuzzInput& in) {
   } else {
     status = engine.SetKey(given, code_page);
   }
-  // A key that is none takes the old one away and leaves the computation.
+  // An invalid key discards the old one and does not affect the computation.
   model.has_key = false;
   model.key.clear();
   if (SUCCEEDED(status)) {
@@ -136,7 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t what = in.Byte();
     switch (what % 16) {
       default: {
-        // At any address, and sometimes many blocks at once.
+        // At any alignment, and sometimes many blocks at once.
         Bytes piece(what % 8u);
         const size_t front = piece.size();
         const Bytes given = in.Take(in.Byte() % 80u);

@@ -1,12 +1,11 @@
-// Scripts without endless loops, made of the input, on two script hosts, which must log the same.
-// The program is the module, and the only one that is registered. The input's first byte chooses:
-// - automation objects: statements that create them, read and set their members, call and assign
-// with
-//   each other's results, heirs and odd values; one host gets the assignments to calls rewritten by
-//   the host, the other as the generator means them;
-// - streams: a model tells what the script must log and what its files must hold;
-// - the grammar of the language: what is rewritten is known, and compiles;
-// - any text: it is compiled, and what compiles does so after rewriting.
+// Generated scripts without endless loops, run on two script hosts whose logs must be equal. The
+// program is the module, and the only one registered. The first byte of the input chooses:
+// - automation objects: statements that create them, read and set their members, and call and assign
+//   with each other's results, inheriting objects and unusual values; one host rewrites assignments
+//   to calls, the other runs them as the generator rewrote them;
+// - streams: a model predicts the log and the files;
+// - the grammar of the language: the generator knows what is rewritten, and the result compiles;
+// - any text: what compiles also compiles after rewriting.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,7 +29,7 @@ using namespace mirolta::fuzz;
 
 namespace {
 
-// That classes are found at all: without it every script would only see errors.
+// Checks that classes are found: otherwise every script would see errors only.
 bool CreatesObjects() {
   ScriptEngine engine;
   std::string problem;
@@ -112,7 +111,7 @@ struct ObjectScript {
   std::string rewritten;
 };
 
-// The right side is given by `value`; both forms of the left side.
+// Both forms of the left side of an assignment; `value` is the right side.
 ObjectScript CallAssignment(FuzzInput& in, const std::string& object) {
   const std::string name = Pick(in, kNames), argument = Pick(in, kValues),
                     value = Pick(in, kValues);
@@ -172,7 +171,7 @@ bool Compiles(duk_context* api, const std::string& text) {
   return compiles;
 }
 
-// Runs the script on a host of its own and returns the global `log`.
+// Runs the script on a new host and returns the global `log`.
 std::string LogOf(const std::string& script, const std::string& folder = "") {
   ScriptEngine engine;
   std::string problem;
@@ -213,7 +212,7 @@ const std::string& Folder() {
   return folder;
 }
 struct FolderEnd {
-  // The folder's name is made before this object, and so outlives it.
+  // The folder's name is constructed before this object, so it is destroyed later.
   FolderEnd() { (void)Folder(); }
   FolderEnd(const FolderEnd&) = delete;
   FolderEnd& operator=(const FolderEnd&) = delete;

@@ -22,7 +22,7 @@ bool Prepare() {
   return true;
 }
 
-// Sizes of keys and random numbers stay small: a search for primes is no fault.
+// Keys and random numbers stay small: a long search for primes is not a fault.
 bool MayTakeLong(const std::string& name, const MemberRow& row, const std::vector<VARIANT>& given) {
   if (name != "RSACrypt" && name != "PexBigNumber") return false;
   const std::basic_string<OLECHAR> member = row.name;
@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                     : values.Next(in));
       }
       if (MayTakeLong(test::Plain(class_row.name), row, arguments) || id != row.id) {
-        // Still a call, with another number of arguments.
+        // A call with another number of arguments.
         arguments.clear();
         if (id == row.id) continue;
       }
@@ -97,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       SysFreeString(exception.bstrSource);
       SysFreeString(exception.bstrDescription);
       SysFreeString(exception.bstrHelpFile);
-      // Freed strings and objects of a failed read must not be there: only whole values are kept.
+      // Only complete values are kept: a failed read must not leave freed texts and objects.
       if (status == S_OK) results.push_back(result);
     }
     for (VARIANT& result : results) VariantClear(&result);

@@ -1,4 +1,4 @@
-// Decimal and hexadecimal text both ways, other characters among the digits.
+// Conversion to and from decimal and hexadecimal text, with other characters between the digits.
 #include <string>
 
 #include "big_numbers.h"
@@ -9,7 +9,7 @@ using namespace mirolta::fuzz;
 
 namespace {
 
-// The digits among the characters, as the peer reads them.
+// The digits of the text, in the peer's form.
 std::string DigitsOf(const std::basic_string<OLECHAR>& text, int base) {
   std::string digits = "0";
   for (const OLECHAR c : text) {
@@ -46,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CheckText(n, 10);
   CheckText(n, 16);
   std::basic_string<OLECHAR> text = in.Text(many ? 1810 : 100);
-  // Long runs of digits out of short input.
+  // Long runs of digits from short input.
   if (many) {
     while (!text.empty() && text.size() < 900) text += text;
     text.resize(text.size() % 1811);

@@ -1,5 +1,5 @@
-// Greatest common divisor, inverse, powers and primes with operands of every kind: zero, one, even,
-// below zero, long. All calls end; where the peer computes the same, it agrees.
+// Greatest common divisor, inverse, powers and primes with every kind of operand: zero, one, even,
+// negative, long. All calls return, and agree with the peer where it computes the same.
 #include "big_numbers.h"
 #include "gcd.h"
 #include "mod_exp.h"
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     BigInt next = a;
     FUZZ_CHECK(NextPrime(next) == S_OK);
     FUZZ_CHECK(IsFermatPrime(&prime, next) == S_OK && prime);
-    // No prime is passed over.
+    // No prime is skipped.
     if (!a.IsNegative() && mpz_cmp_ui(x.get(), 1300) > 0) {
       mpz_sub_ui(z.get(), x.get(), 1);
       mpz_nextprime(z.get(), z.get());

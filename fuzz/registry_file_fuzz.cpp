@@ -1,5 +1,5 @@
-// Any bytes as the registry's file: refused with a line, or read; and what is read is written and
-// read again as it was.
+// Any bytes as the registry file: refused with a line number, or read, written and read again
+// without a change.
 #include <cstring>
 
 #include "fuzz_input.h"

@@ -1,4 +1,4 @@
-// Any bytes as a registry script: refused, or run with keys left in the order they were entered.
+// Any bytes as a registry script: refused, or run with keys entered and left in nested order.
 #include <string>
 #include <vector>
 

@@ -1,6 +1,5 @@
-// Runs a harness once on each file of the folders given: the inputs that were found, again. It
-// fails if there are none. Without a compiler's fuzzer it also tries changes of them that are the
-// same in every run.
+// Runs a harness once on each file of the given folders, the corpus, and fails if there is none.
+// Without a compiler's fuzzer it also tries mutations of the files, the same in every run.
 #include <dirent.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The stream filters over a target that gives too little, nothing, wrong counts and failures.
+// The stream filters over a target that returns too few bytes, none, wrong counts and failures.
 #include <algorithm>
 
 #include "fuzz_values.h"
@@ -14,7 +14,7 @@ using mirolta::test::Subject;
 
 namespace {
 
-// Does to every call what the input says.
+// Behaves in every call as the input says.
 class MisbehavingStream final : public IStream {
  public:
   explicit MisbehavingStream(FuzzInput* in) : in_(in) {}
@@ -66,7 +66,7 @@ class MisbehavingStream final : public IStream {
   uint32_t last_sum = 0;
 
  private:
-  // Once the input has ended there is nothing more, so that every copy ends.
+  // At the end of the input the stream ends too, so that every copy ends.
   ULONG Moved(ULONG count) {
     if (in_->IsEmpty()) return 0;
     const uint8_t choice = in_->Byte();
@@ -75,7 +75,7 @@ class MisbehavingStream final : public IStream {
   void Report(ULONG moved, ULONG* place) {
     if (place == nullptr) return;
     const uint8_t choice = in_->Byte();
-    if (choice % 16 == 1) return;  // says nothing
+    if (choice % 16 == 1) return;  // does not set the count
     *place = choice % 16 == 2 ? in_->Long() : moved;
   }
   HRESULT Status() {

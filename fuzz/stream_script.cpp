@@ -11,15 +11,15 @@ constexpr const char kClosed[] = "E-2146824584;";
 constexpr const char kNoMember[] = "E-2146827850;";
 constexpr const char kTypeMismatch[] = "E-2147352571;";
 
-// What a stream of the system has: its content, which others may share, and its position.
+// A stream of the system: its content, which others may share, and its position.
 struct Device {
   std::shared_ptr<std::string> content;
   size_t position = 0;
 };
-// What a script object of a stream stands for.
+// The state of a stream's script object.
 struct Stream {
   std::shared_ptr<Device> device;
-  int new_file = -1;  // takes the place of this file when it is closed
+  int new_file = -1;  // replaces this file when it is closed
   bool is_open = true;
 };
 using StreamPointer = std::shared_ptr<Stream>;
@@ -90,7 +90,7 @@ class Maker {
         Line(Name(variable) + " = null");
         return Assign(variable, nullptr);
       case 6:
-        // Objects that come and go, streams among them.
+        // Objects that are created and collected, streams among them.
         return Line(
             "for (var i = 0; i < 20; i++) { kept = WScript.MemoryStream(); kept = { a: kept } }");
       case 7:
@@ -184,7 +184,7 @@ class Maker {
     device->position = end;
   }
 
-  // Objects that inherit from a stream do nothing in its place and take nothing with them.
+  // Objects that inherit from a stream do not act for it and do not affect it when collected.
   void Inherit(int variable, const std::string& name) {
     static constexpr const char* kHeirs[] = {
         "Object.create(NAME)",
@@ -209,7 +209,7 @@ class Maker {
     }
     if (in_.Byte() % 2 != 0) Line("heirs.push(" + heir + ")");
     if (in_.Byte() % 2 != 0) {
-      // Another stream of the same kind: it stays itself.
+      // Another stream of the same kind does not change.
       const int other = Variable();
       if (streams_[other] != nullptr && other != variable) {
         Line("try { Object.setPrototypeOf(" + Name(other) + ", " + name + ") } catch (e) {}");
@@ -241,7 +241,7 @@ class Maker {
     if (streams_[other] == nullptr) return Try(call, kTypeMismatch);
     Stream& to = *streams_[other];
     if (!to.is_open) return Try(call, kClosed);
-    // A copy within one file depends on how it is cut.
+    // The result of a copy within one file depends on the sizes of its pieces.
     if (from.device->content == to.device->content) return;
     const std::string& content = *from.device->content;
     const size_t begin = std::min(from.device->position, content.size());

@@ -1,5 +1,5 @@
-// Scripts that open, use, share, inherit from, close and drop byte streams, with what they must log
-// and what the files must hold afterwards, from a model of which streams are open.
+// Scripts that open, use, share, inherit from, close and drop byte streams. A model of the open
+// streams predicts what they log and what the files then contain.
 #pragma once
 
 #include <map>
@@ -17,7 +17,7 @@ struct StreamScript {
   std::map<std::string, std::string> files;  // by name, at the end
 };
 
-// The files that are there when the script starts.
+// The files that exist when the script starts.
 std::map<std::string, std::string> FilesBefore();
 
 StreamScript MakeStreamScript(FuzzInput& in);

@@ -1,4 +1,4 @@
-// Any value through any code page: the ways that read in place give what the copying ones give.
+// Any value with any code page: conversions in place equal the copying ones.
 #include <cstring>
 
 #include "byte_view.h"
@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(!FAILED(status) || !key.IsPresent());
   FUZZ_CHECK(std::memcmp(&before, &value, sizeof value) == 0);
 
-  // Text of bytes, and bytes of that text where every byte string is a text.
+  // Bytes to text, and back where every byte string is a text.
   const Bytes rest = in.Rest();
   BSTR text = nullptr;
   status = BytesToWide(rest.data(), static_cast<uint32_t>(rest.size()), code_page, &text);
