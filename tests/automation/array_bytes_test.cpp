@@ -59,7 +59,7 @@ TEST(SafeArrayToBytes, AnEmptySecondDimensionLeavesNothingToRead) {
   EXPECT_EQ(bytes.Count(), 0u);
 }
 
-TEST(SafeArrayToBytes, Failures) {
+TEST(SafeArrayToBytes, FailuresHaveTheirStatusAndLeaveNoBytes) {
   ByteString bytes;
   ASSERT_TRUE(bytes.Allocate(4));
   EXPECT_EQ(SafeArrayToBytes(nullptr, &bytes), E_POINTER);
@@ -135,7 +135,7 @@ TEST(BytesToSafeArray, NoBytesMakeAnEmptyArray) {
   }
 }
 
-TEST(BytesToSafeArray, Failures) {
+TEST(BytesToSafeArray, FailuresHaveTheirStatusAndLeaveNoArray) {
   const uint8_t byte = 1;
   SAFEARRAY* array = reinterpret_cast<SAFEARRAY*>(8);
   EXPECT_EQ(BytesToSafeArray(&byte, 1, nullptr), E_POINTER);

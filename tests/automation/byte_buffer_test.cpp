@@ -119,7 +119,7 @@ TEST(ByteBuffer, AppendMayTakeItsOwnContent) {
   EXPECT_EQ(Content(buffer), expected);
 }
 
-TEST(ByteBuffer, ReserveAndCommit) {
+TEST(ByteBuffer, CommitTakesNoMoreThanTheCapacity) {
   ByteBuffer buffer;
   uint8_t* tail = buffer.ReserveTail(300);
   ASSERT_NE(tail, nullptr);
@@ -135,7 +135,7 @@ TEST(ByteBuffer, ReserveAndCommit) {
   EXPECT_EQ(buffer.Commit(212), 212u);
 }
 
-TEST(ByteBuffer, TakePeekConsume) {
+TEST(ByteBuffer, TakePeekAndConsumeStartAtTheFront) {
   ByteBuffer buffer;
   uint8_t out[300] = {};
   EXPECT_EQ(buffer.Take(out, 10), 0u);

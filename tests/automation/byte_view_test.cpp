@@ -96,7 +96,7 @@ TEST(ByteView, UnresolvedTakesByteArraysFromTheValueAsGiven) {
   EXPECT_EQ(view.OpenUnresolved(ObjectValue(&values.array_object_), 0), DISP_E_TYPEMISMATCH);
 }
 
-TEST(ByteView, ByteArraysAreReadWhereTheyStand) {
+TEST(ByteView, ByteArraysAreReadWithoutCopying) {
   TestValue array = BytesValue({1, 2, 3});
   VARIANT by_reference = ReferenceTo(VT_ARRAY | VT_UI1, &array->parray);
   VARIANT to_value = ReferenceTo(VT_VARIANT, &array);

@@ -34,7 +34,7 @@ TEST(KeyFromVariant, ByteArraysAreTakenAsTheyAre) {
   }
 }
 
-TEST(KeyFromVariant, OfTwoDimensionsOnlyWhereThatIsAllowed) {
+TEST(KeyFromVariant, ArraysOfTwoDimensionsAreKeysOnlyWhereThatIsAllowed) {
   SAFEARRAYBOUND bounds[] = {{4, 0}, {2, 0}};
   TestValue array(VT_ARRAY | VT_UI1);
   array->parray = SafeArrayCreate(VT_UI1, 2, bounds);
@@ -78,7 +78,7 @@ TEST(KeyFromVariant, WhatTheSetLacksIsReplacedNotRefused) {
   EXPECT_EQ(KeyOf(half, 65001), (Bytes{'a', 0xEF, 0xBF, 0xBD, 'b'}));
 }
 
-TEST(KeyFromVariant, OfATextOfAnOddNumberOfBytesWholeUnitsCount) {
+TEST(KeyFromVariant, ATextOfAnOddNumberOfBytesGivesItsWholeUnits) {
   TestValue odd(VT_BSTR);
   odd->bstrVal = SysAllocStringByteLen("a\0b\0c", 5);
   for (const LONG code_page : {-1, -2}) {
@@ -114,7 +114,7 @@ TEST(KeyFromVariant, AnEmptyArrayIsNoKey) {
   EXPECT_FALSE(key.IsPresent());
 }
 
-TEST(KeyFromVariant, Failures) {
+TEST(KeyFromVariant, ValuesThatAreNoKeyAreRefused) {
   EXPECT_EQ(KeyFromVariant(NumberValue(1), 0, nullptr), E_POINTER);
   EXPECT_EQ(Refusal(TextValue(OLESTR("abc")), 4711), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(Refusal(TextValue(OLESTR("")), 4711), DISP_E_TYPEMISMATCH);
@@ -126,7 +126,7 @@ TEST(KeyFromVariant, Failures) {
   EXPECT_EQ(Refusal(UnknownValue(&object), 0), DISP_E_TYPEMISMATCH);
 }
 
-TEST(KeyFromVariant, NoMemory) {
+TEST(KeyFromVariant, WithoutMemoryThereIsNoKey) {
   const TestValue text = TextValue(OLESTR("abc"));
   const TestValue array = BytesValue({1, 2});
   const struct {

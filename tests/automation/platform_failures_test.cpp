@@ -200,7 +200,7 @@ TEST_F(PlatformFailuresTest, AnArrayThatCannotBeWipedIsFreed) {
 }
 
 // A descriptor may be without data, and the platform does not free an array that is locked.
-TEST_F(PlatformFailuresTest, LockedArraysAndThoseWithoutDataAreLetGo) {
+TEST_F(PlatformFailuresTest, LockedArraysAndThoseWithoutDataAreReleased) {
   for (const bool has_data : {true, false}) {
     TestValue owner = BytesValue({1, 2, 3});
     SAFEARRAY* const array = owner->parray;

@@ -39,7 +39,7 @@ Outcome ConvertStrictly(const VARIANT& value) {
   return {status, Bytes(bytes.Data(), bytes.Data() + bytes.Count())};
 }
 
-TEST(VariantToBytes, EachKindOfValue) {
+TEST(VariantToBytes, EachKindOfValueGivesItsBytesOrItsStatus) {
   ValueCases values;
   const Bytes none;
   const std::map<std::string, Outcome> expected = {
@@ -93,7 +93,7 @@ TEST(VariantToBytes, EachKindOfValue) {
   EXPECT_EQ(values.array_->parray->cLocks, 0u);
 }
 
-TEST(VariantToBytes, CodePages) {
+TEST(VariantToBytes, TextIsEncodedByTheCodePage) {
   const TestValue text = TextValue(OLESTR("AB"));
   EXPECT_EQ(Convert(text, 0), (Outcome{S_OK, BytesOf("AB")}));
   EXPECT_EQ(Convert(text, -1), (Outcome{S_OK, {0x41, 0, 0x42, 0}}));
@@ -103,7 +103,7 @@ TEST(VariantToBytes, CodePages) {
   EXPECT_EQ(Convert(BytesValue({0xE4}), -2), (Outcome{S_OK, {0xE4}}));
 }
 
-TEST(VariantToBytes, NullOutAndNoMemory) {
+TEST(VariantToBytes, WithoutPlaceOrMemoryThereAreNoBytes) {
   EXPECT_EQ(VariantToBytes(NumberValue(1), 0, nullptr), E_POINTER);
   const TestValue text = TextValue(OLESTR("abc"));
   const TestValue array = BytesValue({1, 2});
@@ -134,7 +134,7 @@ TEST(VariantToBytes, ATextOfAnOddNumberOfBytesGoesOnToItsZero) {
   EXPECT_EQ(Convert(odd, 1252), (Outcome{S_OK, BytesOf("abc")}));
 }
 
-TEST(VariantToByteArrayBytes, EachKindOfValue) {
+TEST(VariantToByteArrayBytes, TakesByteArraysOnly) {
   ValueCases values;
   const Bytes none;
   const std::map<std::string, Outcome> taken = {

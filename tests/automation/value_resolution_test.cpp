@@ -54,7 +54,7 @@ TEST(ResolveValue, ObjectsGiveTheirDefaultValue) {
   EXPECT_EQ(object.references, 1u);
 }
 
-TEST(ResolveValue, ObjectByReference) {
+TEST(ResolveValue, AnObjectByReferenceGivesItsDefaultValue) {
   FakeObject object(NumberValue(5));
   IDispatch* pointer = &object;
   VARIANT reference = ReferenceTo(VT_DISPATCH, &pointer);

@@ -136,13 +136,13 @@ TEST_F(ClassObjectsTest, CountsAddUpAndComeBack) {
   EXPECT_EQ(module.can_unload_now(), S_OK);
 }
 
-TEST_F(ClassObjectsTest, CreatingNeedsAPlaceForTheObject) {
+TEST_F(ClassObjectsTest, CreateInstanceNeedsAPlaceForTheObject) {
   const OwnedReference<IClassFactory> factory = module.Factory(CLSID_HashObject);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
   EXPECT_EQ(factory->CreateInstance(factory.Get(), IID_IHashObject, nullptr), E_POINTER);
 }
 
-TEST_F(ClassObjectsTest, AHalfMadeObjectLeavesNothing) {
+TEST_F(ClassObjectsTest, AnObjectWithoutTheInterfaceIsDestroyed) {
   for (const ClassCase& row : kClassCases) {
     OwnedReference<IClassFactory> factory = module.Factory(*row.both);
     void* out = this;

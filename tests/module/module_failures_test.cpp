@@ -303,7 +303,7 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsRemoved) {
   }
 }
 
-TEST_F(ModuleFailuresTest, AValueThatCannotBeDeletedIsTold) {
+TEST_F(ModuleFailuresTest, AValueThatCannotBeDeletedIsReported) {
   const std::string script = "HKCR { A { val V = s 'v' } }";
   const BYTE* const text = reinterpret_cast<const BYTE*>(script.data());
   const DWORD length = static_cast<DWORD>(script.size());

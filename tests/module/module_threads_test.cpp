@@ -227,7 +227,7 @@ TEST_F(ClassObjectThreadsTest, TheFirstCallsLoadItAndTheLastUnloadIt) {
 
 // Cleaning up takes away nothing that somebody is in or about to use: neither from under a creation
 // nor from under the last reference that goes.
-TEST_F(ClassObjectThreadsTest, CleaningUpWhileOthersCreateAndRelease) {
+TEST_F(ClassObjectThreadsTest, CleaningUpDisturbsNoThreadThatCreatesAndReleases) {
   const RunTime time(1);
   // Few of them, so that the module is often idle.
   AllAtOnce(4, [&](unsigned i) {

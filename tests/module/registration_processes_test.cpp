@@ -177,7 +177,7 @@ TEST_F(RegistrationProcessesTest, ARegistrationKilledAtAnyMomentIsWholeOrNothing
   }
 }
 
-TEST_F(RegistrationProcessesTest, OthersCreateAllTheWhile) {
+TEST_F(RegistrationProcessesTest, OthersCreateObjectsDuringRegistration) {
   const pid_t child = Fork([&] {
     for (;;) {
       if (register_() != S_OK) return false;
@@ -203,7 +203,7 @@ TEST_F(RegistrationProcessesTest, OthersCreateAllTheWhile) {
   StatusOf(child);
 }
 
-TEST_F(RegistrationProcessesTest, ARegistryThatCannotBeWrittenIsTold) {
+TEST_F(RegistrationProcessesTest, ARegistryThatCannotBeWrittenIsReported) {
   Forget();
   ASSERT_EQ(mkdir((file_ + ".new").c_str(), 0755), 0);
   EXPECT_EQ(register_(), HRESULT_FROM_WIN32(ERROR_CANTWRITE));

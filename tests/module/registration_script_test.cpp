@@ -21,7 +21,7 @@ HRESULT Unregister(const std::string& script) {
 
 class RegistrationScriptTest : public RegistrationTest {};
 
-TEST_F(RegistrationScriptTest, KeysAndValues) {
+TEST_F(RegistrationScriptTest, KeysAndValuesAreWritten) {
   ASSERT_EQ(Register("HKCR { One = s 'first' { val Name = s 'text' Two Three = s '' } 'val' }"),
             S_OK);
   EXPECT_EQ(AllRows(), (Rows{{"One", ""},
@@ -50,7 +50,7 @@ TEST_F(RegistrationScriptTest, TheFileNameIsPutInAsItIs) {
   EXPECT_EQ(AllRows()["A|@"], "<" + file + "|" + file + ">");
 }
 
-TEST_F(RegistrationScriptTest, SeveralBlocksAndNone) {
+TEST_F(RegistrationScriptTest, AScriptMayHaveSeveralBlocksOrNone) {
   EXPECT_EQ(Register(""), S_OK);
   EXPECT_EQ(Register(" \r\n\t "), S_OK);
   EXPECT_EQ(Register("HKCR { }"), S_OK);
@@ -133,7 +133,7 @@ TEST_F(RegistrationScriptTest, WhatCannotBeReadHasTheRegistrysStatus) {
   EXPECT_EQ(Register("HKCR {"), static_cast<HRESULT>(0x80040153u));
 }
 
-TEST_F(RegistrationScriptTest, EightLevelsOfKeysAndNoMore) {
+TEST_F(RegistrationScriptTest, KeysNestEightLevelsAndNoMore) {
   EXPECT_EQ(Register(Nested(8)), S_OK);
   EXPECT_EQ(AllRows().size(), 8u);
   EXPECT_EQ(Unregister(Nested(8)), S_OK);
@@ -146,7 +146,7 @@ TEST_F(RegistrationScriptTest, EightLevelsOfKeysAndNoMore) {
   EXPECT_EQ(AllRows(), Rows());
 }
 
-TEST_F(RegistrationScriptTest, NamesOfUpTo259Characters) {
+TEST_F(RegistrationScriptTest, NamesHaveUpTo259Characters) {
   const std::string longest(MAX_PATH - 1, 'k');
   const std::string too_long(MAX_PATH, 'k');
   // The registry itself takes names of 255 characters at most; the language goes further.

@@ -123,7 +123,7 @@ TEST(CharacterSets, CompleteSetsTakeNoDefault) {
   }
 }
 
-TEST(CharacterSets, UnpairedSurrogates) {
+TEST(CharacterSets, UnpairedSurrogatesAreReplaced) {
   const std::string replacement = "\xEF\xBF\xBD";
   EXPECT_EQ(Encode(65001, u"a\xD800"), "a" + replacement);
   EXPECT_EQ(Encode(65001, u"\xDC00z"), replacement + "z");
@@ -134,7 +134,7 @@ TEST(CharacterSets, UnpairedSurrogates) {
   EXPECT_EQ(WideCharToMultiByte(65001, 0x80, u"\xD800", 1, nullptr, 0, nullptr, nullptr), 0);
 }
 
-TEST(CharacterSets, BytesThatAreNoCharacter) {
+TEST(CharacterSets, BytesThatAreNoCharacterAreReplaced) {
   EXPECT_EQ(Decode(65001, "a\xC3"), u"a\uFFFD");
   EXPECT_EQ(Decode(65001, "\xE2\x82z"), u"\uFFFDz");
   EXPECT_EQ(Decode(65001, "\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD");  // a surrogate is none
@@ -148,7 +148,7 @@ TEST(CharacterSets, BytesThatAreNoCharacter) {
   EXPECT_EQ(MultiByteToWideChar(1252, 8, "\x81", 1, nullptr, 0), 1);
 }
 
-TEST(CharacterSets, LengthsAndCapacities) {
+TEST(CharacterSets, ConversionsKeepToLengthsAndCapacities) {
   char bytes[8] = "#######";
   EXPECT_EQ(WideCharToMultiByte(1252, 0, u"abc", -1, nullptr, 0, nullptr, nullptr), 4);
   EXPECT_EQ(WideCharToMultiByte(1252, 0, u"abc", -1, bytes, 8, nullptr, nullptr), 4);

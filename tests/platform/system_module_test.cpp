@@ -121,7 +121,7 @@ TEST(Modules, AProgramMayAttachResources) {
   MiroltaFailAllocationAfter(-1);
 }
 
-TEST(Modules, WrongHandlesAndFiles) {
+TEST(Modules, WrongHandlesAndFilesAreRefused) {
   const TemporaryFolder folder;
   WriteFile(folder.File("text.so"), "no module");
   EXPECT_EQ(LoadLibraryW(Wide(folder.File("text.so")).c_str()), nullptr);
@@ -271,7 +271,7 @@ TEST_F(ClassObjects, ProgIdsLeadToClasses) {
   EXPECT_EQ(text, nullptr);
 }
 
-TEST_F(ClassObjects, InitializingCounts) {
+TEST_F(ClassObjects, InitializationsAreCounted) {
   EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
   EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_FALSE);
   std::thread([] {
@@ -314,7 +314,7 @@ void SetHook(LPCSTR hook, void (*call)()) {
 }
 
 // A module's DllCanUnloadNow may clean up itself.
-TEST_F(ClassObjects, CleaningUpMayComeBack) {
+TEST_F(ClassObjects, CleaningUpIsReentrant) {
   IUnknown* object = nullptr;
   ASSERT_EQ(Create(&object), S_OK);
   SetHook("TestModuleOnCanUnload", [] { CoFreeUnusedLibrariesEx(0, 0); });

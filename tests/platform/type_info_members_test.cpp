@@ -272,7 +272,7 @@ TEST_F(TypeInfoMembersTest, AClassHasItsDefaultInterface) {
   type->Release();
 }
 
-TEST_F(TypeInfoMembersTest, WhatItDoesNotHaveItSays) {
+TEST_F(TypeInfoMembersTest, HasNoVariablesEntriesOrCompiler) {
   void* out = this;
   EXPECT_EQ(info->CreateInstance(nullptr, IID_IUnknown, &out), E_INVALIDARG);
   EXPECT_EQ(out, nullptr);

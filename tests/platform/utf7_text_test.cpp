@@ -57,7 +57,7 @@ TEST(Utf7Text, TerminatorAddsOneByte) {
   EXPECT_EQ(WideCharToMultiByte(kUtf7, 0, OLESTR("\u00E9"), -1, nullptr, 0, nullptr, nullptr), 6);
 }
 
-TEST(Utf7Text, UnusualBytes) {
+TEST(Utf7Text, UnusualBytesGiveWhatCanBeRead) {
   const Row rows[] = {
       {OLESTR(""), "+"},
       {OLESTR(""), "+AO-"},

@@ -132,7 +132,7 @@ HRESULT ChangeText(const Text& text, VARTYPE type, Value* to) {
 constexpr HRESULT kOverflow = DISP_E_OVERFLOW;
 constexpr HRESULT kMismatch = DISP_E_TYPEMISMATCH;
 
-TEST(VariantChangeType, NumbersToIntegers) {
+TEST(VariantChangeType, NumbersRoundToIntegersInRange) {
   struct Row {
     VARIANT from;
     VARTYPE type;
@@ -226,7 +226,7 @@ TEST(VariantChangeType, NumbersToIntegers) {
   }
 }
 
-TEST(VariantChangeType, NumbersToReals) {
+TEST(VariantChangeType, NumbersBecomeTheNearestReal) {
   struct Row {
     VARIANT from;
     VARTYPE type;
@@ -258,7 +258,7 @@ TEST(VariantChangeType, NumbersToReals) {
   }
 }
 
-TEST(VariantChangeType, NumbersToDecimals) {
+TEST(VariantChangeType, NumbersBecomeDecimalsOrOverflow) {
   struct Row {
     VARIANT from;
     HRESULT status;
@@ -289,7 +289,7 @@ TEST(VariantChangeType, NumbersToDecimals) {
   }
 }
 
-TEST(VariantChangeType, ValuesToText) {
+TEST(VariantChangeType, ValuesAreWrittenAsText) {
   struct Row {
     VARIANT from;
     USHORT flags;
@@ -356,7 +356,7 @@ TEST(VariantChangeType, ValuesToText) {
   }
 }
 
-TEST(VariantChangeType, NumberTextToReal) {
+TEST(VariantChangeType, NumberTextBecomesTheNearestReal) {
   struct Row {
     const OLECHAR* text;
     HRESULT status;
@@ -421,7 +421,7 @@ TEST(VariantChangeType, NumberTextToReal) {
   }
 }
 
-TEST(VariantChangeType, TextToIntegers) {
+TEST(VariantChangeType, TextBecomesIntegersInRange) {
   struct Row {
     const OLECHAR* text;
     VARTYPE type;
@@ -472,7 +472,7 @@ TEST(VariantChangeType, TextToIntegers) {
   }
 }
 
-TEST(VariantChangeType, TextToDecimal) {
+TEST(VariantChangeType, TextBecomesADecimal) {
   struct Row {
     const OLECHAR* text;
     HRESULT status;
@@ -507,7 +507,7 @@ void StandingTime(SYSTEMTIME* time) {
 }
 
 // White space before a number is Unicode's, the kinds that keep words together included.
-TEST(VariantChangeType, SpaceBeforeNumbers) {
+TEST(VariantChangeType, SpaceBeforeNumbersIsSkipped) {
   const std::basic_string<OLECHAR> spaces =
       OLESTR(" \u0085\u00A0\u1680\u2028\u2029\u202F\u205F\u3000");
   const std::basic_string<OLECHAR> parts_of_numbers = OLESTR("0123456789+-.$");
@@ -522,7 +522,7 @@ TEST(VariantChangeType, SpaceBeforeNumbers) {
   }
 }
 
-TEST(VariantChangeType, DateText) {
+TEST(VariantChangeType, DateTextGivesItsDayOrNoDate) {
   const MiroltaClock clock = {nullptr, StandingTime};
   MiroltaSetClock(&clock);
   struct Row {
@@ -730,7 +730,7 @@ TEST(VariantChangeType, ByteArraysAndTextExchangeBytes) {
   EXPECT_EQ(VariantChangeType(text.get(), bytes.get(), 0, VT_ARRAY | VT_I4), kMismatch);
 }
 
-TEST(VariantChangeType, ReportsMissingMemory) {
+TEST(VariantChangeType, ReportsShortMemory) {
   Value to;
   for (const VARIANT& from : {I4(5), R8(0.5), Bool(0), Date(1), Of(VT_EMPTY)}) {
     SetLong(&to, kSentinel);

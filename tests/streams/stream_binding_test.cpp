@@ -407,7 +407,7 @@ TEST(StreamCountsTest, ADigestTrustsNoCountOfWrittenBytesAboveTheRequest) {
   EXPECT_EQ(Narrow(value.Get()), PeerDigest("MD5", FromText("abc")));
 }
 
-TYPED_TEST(StreamBindingTest, InterfacesAndIdentity) {
+TYPED_TEST(StreamBindingTest, AllInterfacesAreOneObjectWithoutSourceOfStreams) {
   OwnedReference<IUnknown> unknown;
   EXPECT_EQ(unknown.Query(this->filter.Stream(), IID_IUnknown), S_OK);
   for (const IID& iid : {IID_IStream, IID_ISequentialStream}) {
@@ -469,11 +469,11 @@ TYPED_TEST(StreamBindingTest, AnAggregatedFilterCountsOnItsOuterObject) {
   EXPECT_EQ(this->target.references, 1);
 }
 
-TYPED_TEST(StreamBindingTest, NullResultPointerOfACreatorIsRefused) {
+TYPED_TEST(StreamBindingTest, ACreatorRefusesANullResultPointer) {
   EXPECT_EQ(FilterTraits<TypeParam>::kCreate(nullptr, IID_IUnknown, nullptr), E_POINTER);
 }
 
-TEST(GetStreamFromObjectTest, GivesStreamsAndStatuses) {
+TEST(GetStreamFromObjectTest, GivesTheStreamOfAStreamOrSourceWithItsStatus) {
   ScriptedStream target;
   IStream* stream = &target;
   EXPECT_EQ(GetStreamFromObject(nullptr, &stream), E_POINTER);

@@ -158,7 +158,7 @@ TEST(StreamChainTest, CiphertextsOfEverySizeAreThoseOfTheWholeBuffer) {
   }
 }
 
-TEST(StreamChainTest, WritingThroughACipherOverADigestOverAFile) {
+TEST(StreamChainTest, WritesPassACipherThenADigestThenAFile) {
   std::minstd_rand random(3);
   for (const size_t size : {0u, 1u, 15u, 16u, 17u, 1023u, 1024u, 1025u, (1u << 20) + 3u}) {
     const TemporaryFile file;
@@ -193,7 +193,7 @@ TEST(StreamChainTest, WritingThroughACipherOverADigestOverAFile) {
   }
 }
 
-TEST(StreamChainTest, CopyingThroughACipherOverADigest) {
+TEST(StreamChainTest, ACopyPassesTwoDigestsAndTheCipherBetween) {
   for (const size_t size : {0u, 5u, 16u, 3000u, 4096u, 100001u}) {
     const Bytes bytes = Pattern(size);
     const Bytes cipher = PeerAes(kKey, bytes, true);

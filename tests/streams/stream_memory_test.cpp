@@ -96,7 +96,7 @@ void FailEach(Call call, Check check) {
   }
 }
 
-TEST_F(StreamMemoryTest, ResultsWithoutMemory) {
+TEST_F(StreamMemoryTest, AResultWithoutMemoryIsReportedAndEmpty) {
   const DigestFilter digest;
   const CryptFilter crypt;
   BSTR text = nullptr;

@@ -412,7 +412,7 @@ TEST_F(AllocationTest, EveryMemberHasItsArguments) {
 
 class AllocationOfClassTest : public AllocationTest, public testing::WithParamInterface<int> {};
 
-TEST_P(AllocationOfClassTest, EveryMemberAtEveryAllocation) {
+TEST_P(AllocationOfClassTest, EveryMemberSurvivesEveryAllocationThatFails) {
   const ClassTableRow* const class_row = AllClasses()[static_cast<size_t>(GetParam())];
   for (const Member& member : AllMembers()) {
     if (member.class_row != class_row) continue;
@@ -449,7 +449,7 @@ INSTANTIATE_TEST_SUITE_P(Classes, AllocationOfClassTest, testing::Range(0, 6),
                          });
 
 // The stream operations of the filters.
-TEST_F(AllocationTest, EveryStreamOperation) {
+TEST_F(AllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFails) {
   uint8_t bytes[4000] = {1, 2, 3};
   OwnedReference<IStream> destination;
   ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, destination.Put()), S_OK);
@@ -608,7 +608,7 @@ class EntryPointTest : public AllocationTest {
   }
 };
 
-TEST_F(EntryPointTest, ClassObjects) {
+TEST_F(EntryPointTest, ClassObjectsSurviveEveryAllocationThatFails) {
   for (const ClassRow* row = ClassTable(); row->id != nullptr; ++row) {
     FailEach("DllGetClassObject", [&] {
       IUnknown* factory = nullptr;

@@ -50,7 +50,7 @@ std::string StatusTable(const std::string& class_name) {
   return page.substr(start, page.find("\n## ", start + 1) - start);
 }
 
-TEST(DocumentedStatuses, EveryStatusOfEveryClass) {
+TEST(DocumentedStatuses, ThePageOfAClassNamesEveryStatusOfItsMembers) {
   const auto modelled = ModelledStatuses();
   EXPECT_EQ(modelled.size(), 6u);
   size_t named = 0;

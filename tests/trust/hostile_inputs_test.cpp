@@ -106,7 +106,7 @@ class HostileInputsTest : public testing::Test {
   HostileValues values;
 };
 
-TEST_F(HostileInputsTest, EveryArgumentOfEveryMember) {
+TEST_F(HostileInputsTest, EveryMemberAnswersEveryValueAsTheModelSays) {
   long calls = 0;
   size_t headings = 0;
   for (const Member& member : AllMembers()) {
@@ -153,7 +153,7 @@ struct NullCase {
 #define NULL_CASE(class_name, interface_name, method, ...) \
   { class_name, #method, &WithoutResult<&interface_name::method>::Call __VA_OPT__(, ) __VA_ARGS__ }
 
-TEST_F(HostileInputsTest, NoPlaceForTheResult) {
+TEST_F(HostileInputsTest, EveryMemberRefusesANullResultPointer) {
   const NullCase cases[] = {
       // The readers of digests look at the place only when they have something to put there.
       NULL_CASE("HashObject", IHashObject, get_Value, 10104),

@@ -117,7 +117,7 @@ TEST_F(LockRuleTest, EveryMemberAndOperationHasOneRow) {
 
 // In both states, early and late bound, with good arguments and with bad ones: whatever the call
 // returns.
-TEST_F(LockRuleTest, EveryMember) {
+TEST_F(LockRuleTest, EveryMemberTakesTheLockOnceOrNeverAsListed) {
   for (const Member& member : AllMembers()) {
     for (const State state : kStates) {
       for (const bool late : {false, true}) {
@@ -151,7 +151,7 @@ TEST_F(LockRuleTest, EveryMember) {
   EXPECT_EQ(calls_, static_cast<long>(AllMembers().size()) * 16);
 }
 
-TEST_F(LockRuleTest, EveryStreamOperation) {
+TEST_F(LockRuleTest, EveryStreamOperationTakesTheLockAsListed) {
   for (const ClassTableRow* class_row : AllClasses()) {
     for (const State state : kStates) {
       for (const StreamOperation& operation : StreamOperations()) {
@@ -167,7 +167,7 @@ TEST_F(LockRuleTest, EveryStreamOperation) {
 }
 
 // Two objects of a class have a lock each, and so do objects of its ".free" kin.
-TEST_F(LockRuleTest, WhatIsTakenIsTheObjectsOwn) {
+TEST_F(LockRuleTest, TheLockTakenIsTheObjectsOwn) {
   for (const Member& member : AllMembers()) {
     if (LockRowOf(member.Name())->locking != Locking::kObject) continue;
     const Subject one(*member.class_row, State::kReady);
@@ -228,7 +228,7 @@ TEST_F(LockRuleTest, MissingPlacesAreSeenBeforeTheLock) {
   EXPECT_EQ(looked_at, 4);
 }
 
-TEST_F(LockRuleTest, CountingQueryingAndLookingUpTakeNone) {
+TEST_F(LockRuleTest, CountingQueryingAndLookingUpTakeNoLock) {
   for (const ClassTableRow* class_row : AllClasses()) {
     const Subject subject(*class_row, State::kReady);
     IDispatch* const object = subject.Dispatch();

@@ -89,7 +89,7 @@ class ThreadsTest : public testing::Test {
 };
 
 // Stands first: here kernels are chosen, tables filled, and whatever else the first call does.
-TEST_F(ThreadsTest, TheFirstCallsOfAllOnObjectsOfTheirOwn) {
+TEST_F(ThreadsTest, FirstCallsMayComeFromAllThreadsAtOnce) {
   struct Step {
     const char* class_name;
     const char* member;
@@ -260,7 +260,7 @@ class SharedObjectTest : public ThreadsTest, public testing::WithParamInterface<
   }
 };
 
-TEST_P(SharedObjectTest, EveryMemberInAnyOrder) {
+TEST_P(SharedObjectTest, MembersOfOneObjectMayBeCalledInAnyOrder) {
   const ClassTableRow& class_row = ClassNamed(GetParam());
   const Subject subject(class_row, State::kReady);
   OwnedReference<IStream> stream;
@@ -535,7 +535,7 @@ TEST_F(ThreadsTest, TheLastReferenceMayGoInAnyThread) {
 }
 
 // The module's doors, from the first call after loading on.
-TEST_F(ThreadsTest, FactoriesOfAllClasses) {
+TEST_F(ThreadsTest, FactoriesOfAllClassesServeManyThreads) {
   for (int round = 0; round < 10; ++round) {
     Reload();
     std::vector<IUnknown*> factories[kThreads];
@@ -575,7 +575,7 @@ TEST_F(ThreadsTest, FactoriesOfAllClasses) {
 }
 
 // One thread's call finds no memory for the factory; those of the others find or make it.
-TEST_F(ThreadsTest, AFactoryThatOneThreadCouldNotMake) {
+TEST_F(ThreadsTest, AFactoryThatOneThreadCouldNotMakeIsMadeByAnother) {
   const CLSID& id = *ClassTable()->id;
   int failures = 0;
   for (int round = 0; round < 50; ++round) {

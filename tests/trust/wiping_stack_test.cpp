@@ -262,7 +262,7 @@ TEST_F(WipingStackTest, NumbersOfEverySizeLeaveZeros) {
 
 class HashStackTest : public WipingStackTest, public testing::WithParamInterface<const char*> {};
 
-TEST_P(HashStackTest, KeysAndData) {
+TEST_P(HashStackTest, HashMembersLeaveNoKeysOrData) {
   const ClassTableRow& hash = ClassNamed("HashObject");
   const std::string algorithm = GetParam();
   for (const size_t size : {size_t{24}, size_t{64}, size_t{200}}) {
@@ -313,7 +313,7 @@ struct CipherKey {
 
 class CipherStackTest : public WipingStackTest, public testing::WithParamInterface<CipherKey> {};
 
-TEST_P(CipherStackTest, KeysAndPlaintext) {
+TEST_P(CipherStackTest, CipherMembersLeaveNoKeysOrPlaintext) {
   const ClassTableRow& crypt = ClassNamed("SymmetricCryptObject");
   const bool aes = GetParam().algorithm[0] == 'A';
   const Bytes key = Secret(79, GetParam().size);
@@ -353,7 +353,7 @@ INSTANTIATE_TEST_SUITE_P(Keys, CipherStackTest,
                                          CipherKey{"AES", 32}, CipherKey{"DES", 8},
                                          CipherKey{"DES", 16}, CipherKey{"DES", 24}));
 
-TEST_F(WipingStackTest, StreamsAndWhatPasses) {
+TEST_F(WipingStackTest, StreamsLeaveNothingOfWhatPasses) {
   for (const bool crypts : {true, false}) {
     const ClassTableRow& filter = ClassNamed(crypts ? "ToviStreamCrypt" : "ToviStreamDigest");
     const Bytes key = Secret(90, 32);
@@ -417,7 +417,7 @@ TEST_F(WipingStackTest, StreamsAndWhatPasses) {
 
 class RsaStackTest : public WipingStackTest, public testing::WithParamInterface<int> {};
 
-TEST_P(RsaStackTest, PrivateNumbers) {
+TEST_P(RsaStackTest, RsaMembersLeaveNoPrivateNumbers) {
   const ClassTableRow& rsa = ClassNamed("RSACrypt");
   const PlannedChance chance;
   const std::string words = "i" + std::to_string(GetParam()) + " B-1";
@@ -459,7 +459,7 @@ TEST_P(RsaStackTest, PrivateNumbers) {
 
 INSTANTIATE_TEST_SUITE_P(Bytes, RsaStackTest, testing::Values(32, 64, 128, 256));
 
-TEST_F(WipingStackTest, NumbersAndTheirDigits) {
+TEST_F(WipingStackTest, NumberMembersLeaveNoDigits) {
   const ClassTableRow& number = ClassNamed("PexBigNumber");
   const PlannedChance chance;
   for (const size_t size : {size_t{16}, size_t{40}, size_t{150}}) {
@@ -497,7 +497,7 @@ TEST_F(WipingStackTest, NumbersAndTheirDigits) {
 }
 
 // What the runtime does by itself, outside the module's members.
-TEST_F(WipingStackTest, CopiesOfTheRuntime) {
+TEST_F(WipingStackTest, TheRuntimeLeavesNoCopies) {
   const Bytes content = Secret(103, 20000);
   OwnedReference<IStream> from;
   OwnedReference<IStream> to;

@@ -83,7 +83,7 @@ class KeyWipingTest : public WipingTest, public testing::WithParamInterface<int>
   SAFEARRAY* reference = nullptr;
 };
 
-TEST_P(KeyWipingTest, HashKeysAndTheirPads) {
+TEST_P(KeyWipingTest, HashKeysAndTheirPadsAreWiped) {
   const ClassTableRow& hash = ClassNamed("HashObject");
   constexpr End kEnds[] = {
       {"release", "", kMethod, ""},
@@ -135,7 +135,7 @@ TEST_P(KeyWipingTest, HashKeysAndTheirPads) {
   }
 }
 
-TEST_P(KeyWipingTest, CipherKeysSchedulesAndPlaintext) {
+TEST_P(KeyWipingTest, CipherKeysSchedulesAndPlaintextAreWiped) {
   const ClassTableRow& crypt = ClassNamed("SymmetricCryptObject");
   constexpr End kEnds[] = {
       {"release", "", kMethod, ""},
@@ -193,7 +193,7 @@ TEST_P(KeyWipingTest, CipherKeysSchedulesAndPlaintext) {
   }
 }
 
-TEST_P(KeyWipingTest, StreamKeysAndWhatPasses) {
+TEST_P(KeyWipingTest, StreamKeysAndWhatPassesAreWiped) {
   const int form = GetParam();
   for (const bool crypts : {true, false}) {
     const ClassTableRow& filter = ClassNamed(crypts ? "ToviStreamCrypt" : "ToviStreamDigest");
@@ -276,7 +276,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, KeyWipingTest, testing::Range(0, 6));
 // Sizes of moduli in bytes: powers with tables on the stack and in memory, of limbs and of digits.
 class RsaWipingTest : public WipingTest, public testing::WithParamInterface<int> {};
 
-TEST_P(RsaWipingTest, PrivateNumbers) {
+TEST_P(RsaWipingTest, PrivateNumbersAreWiped) {
   const ClassTableRow& rsa = ClassNamed("RSACrypt");
   const PlannedChance chance;
   const std::string words = "i" + std::to_string(GetParam()) + " B-1";
@@ -329,7 +329,7 @@ TEST_P(RsaWipingTest, PrivateNumbers) {
 INSTANTIATE_TEST_SUITE_P(Sizes, RsaWipingTest, testing::Values(64, 128, 256));
 
 // What a search knows of its start gives the prime away.
-TEST_F(WipingTest, ResiduesOfThePrimeSearch) {
+TEST_F(WipingTest, ResiduesOfThePrimeSearchAreWiped) {
   const ClassTableRow& rsa = ClassNamed("RSACrypt");
   for (const size_t size : {size_t{20}, size_t{64}}) {
     const Bytes first = Secret(101, size);
@@ -351,7 +351,7 @@ TEST_F(WipingTest, ResiduesOfThePrimeSearch) {
 }
 
 // The number of an object and of every operand, in bytes and in digits, through every member.
-TEST_F(WipingTest, NumbersAndTheirDigits) {
+TEST_F(WipingTest, NumbersAndTheirDigitsAreWiped) {
   const ClassTableRow& number = ClassNamed("PexBigNumber");
   const PlannedChance chance;
   Bytes secret = Secret(96, 40);
@@ -409,7 +409,7 @@ TEST_F(WipingTest, NumbersAndTheirDigits) {
 
 // The runtime's own memory: what streams held before they grew or went, and values on their way to
 // another type.
-TEST_F(WipingTest, WhatTheRuntimeHolds) {
+TEST_F(WipingTest, CopiesOfTheRuntimeAreWiped) {
   MiroltaKeepDestroyedArrays(false);
   const Bytes content = Secret(103, 3000);
   WatchFor(Bytes(content.begin(), content.begin() + 512));
@@ -447,7 +447,7 @@ TEST_F(WipingTest, WhatTheRuntimeHolds) {
 }
 
 // Memory that runs out under a call leaves nothing behind either.
-TEST_F(WipingTest, CallsThatFailForMemory) {
+TEST_F(WipingTest, CallsThatFindNoMemoryWipeTheirCopies) {
   const Bytes key = Secret(97, 16);
   const Bytes plain = Secret(98, 400);
   struct Case {
