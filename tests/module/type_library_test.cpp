@@ -101,7 +101,7 @@ TEST_P(TypeLibraryInterfaceTest, IsTheDefaultOfItsClass) {
 TEST_P(TypeLibraryInterfaceTest, HasTheMembersOfThePublicHeader) {
   for (unsigned i = 0; i < GetParam().member_count; ++i) {
     const MemberCase& member = GetParam().members[i];
-    SCOPED_TRACE(testing::Message() << "member " << i);
+    SCOPED_TRACE(member.Label());
     EXPECT_EQ(member.slot, 7 + i) << "in the public header";
     FUNCDESC* function = nullptr;
     ASSERT_EQ(info->GetFuncDesc(i, &function), S_OK);
@@ -128,7 +128,7 @@ TEST_P(TypeLibraryInterfaceTest, HasTheMembersOfThePublicHeader) {
 TEST_P(TypeLibraryInterfaceTest, NamesItsMembersAndParameters) {
   for (unsigned i = 0; i < GetParam().member_count; ++i) {
     const MemberCase& member = GetParam().members[i];
-    SCOPED_TRACE(testing::Message() << "member " << i);
+    SCOPED_TRACE(member.Label());
     if (i > 0 && member.id == GetParam().members[i - 1].id) continue;  // a property's second form
     BSTR names[5] = {};
     UINT count = 0;
@@ -179,7 +179,7 @@ TEST_P(TypeLibraryInterfaceTest, LateBoundCallsReachTheirSlots) {
   RecordingObject object = {RecordingTable(std::make_index_sequence<kRecordedSlots>())};
   for (unsigned i = 0; i < GetParam().member_count; ++i) {
     const MemberCase& member = GetParam().members[i];
-    SCOPED_TRACE(testing::Message() << "member " << i);
+    SCOPED_TRACE(member.Label());
     VARIANT arguments[3];
     const UINT count = static_cast<UINT>(member.ParameterCount());
     for (UINT k = 0; k < count; ++k) {
@@ -189,7 +189,7 @@ TEST_P(TypeLibraryInterfaceTest, LateBoundCallsReachTheirSlots) {
           member.parameters[k].type == VT_VARIANT ? VARTYPE{VT_I4} : member.parameters[k].type;
     }
     DISPID put = DISPID_PROPERTYPUT;
-    const bool puts = member.kind == kPuts || member.kind == kRefs;
+    const bool puts = (member.kind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF)) != 0;
     DISPPARAMS params = {arguments, &put, count, puts ? 1u : 0u};
     EXCEPINFO exception = {};
     EXPECT_EQ(info->Invoke(&object, member.id, static_cast<WORD>(member.kind), &params, nullptr,
