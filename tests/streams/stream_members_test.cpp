@@ -1,0 +1,155 @@
+// What the members of both filters have in common: algorithms, keys, and transfers without a target.
+#include "stream_sides.h"
+
+namespace mirolta::stream_test {
+namespace {
+
+// What a filter calls its algorithms.
+template <typename Dual>
+struct Names;
+template <>
+struct Names<IToviStreamDigest> {
+  static constexpr const OLECHAR* kKnown = OLESTR("SHA256");
+  static constexpr const OLECHAR* kTextKeyed = OLESTR("SHA1");
+  static constexpr const OLECHAR* kUnknown[] = {OLESTR("sha256"), OLESTR("SHA-256"), OLESTR(""),
+                                                OLESTR("AES")};
+};
+template <>
+struct Names<IToviStreamCrypt> {
+  static constexpr const OLECHAR* kKnown = OLESTR("AES");
+  static constexpr const OLECHAR* kTextKeyed = OLESTR("DES");
+  static constexpr const OLECHAR* kUnknown[] = {OLESTR("aes"), OLESTR("3DES"), OLESTR(""),
+                                                OLESTR("AES ")};
+};
+
+template <typename Dual>
+class StreamMembersTest : public FilterTest<Dual> {};
+using Duals = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
+TYPED_TEST_SUITE(StreamMembersTest, Duals);
+
+TYPED_TEST(StreamMembersTest, AlgorithmAndKeyRefuseNullResultPointers) {
+  this->EachSide([](const auto& side) {
+    for (const bool chosen : {false, true}) {
+      if (chosen) side.Choose(Names<TypeParam>::kKnown);
+      EXPECT_EQ(side.GetAlgorithm(nullptr), E_POINTER);
+      EXPECT_EQ(side.GetKey(nullptr), E_POINTER);
+    }
+  });
+}
+
+TYPED_TEST(StreamMembersTest, AnUnknownAlgorithmIsNotFoundAndLeavesNone) {
+  this->EachSide([](const auto& side) {
+    const auto expect_none = [&side](BSTR name) {
+      side.Choose(Names<TypeParam>::kKnown);
+      EXPECT_EQ(side.PutAlgorithm(name), kAlgorithmNotFound);
+      EXPECT_EQ(side.Algorithm(), "");
+      EXPECT_EQ(side.SetKey(kKey), kNotInitialized);
+    };
+    for (const OLECHAR* name : Names<TypeParam>::kUnknown) {
+      SCOPED_TRACE(Narrow(Text(name).Get()));
+      expect_none(Text(name).Get());
+    }
+    {
+      SCOPED_TRACE("the whole text counts, also from a zero character on");
+      const OwnedBstr known = Text(Names<TypeParam>::kKnown);
+      expect_none(OwnedBstr(SysAllocStringLen(known.Get(), SysStringLen(known.Get()) + 1)).Get());
+    }
+    SCOPED_TRACE("null");
+    expect_none(nullptr);
+  });
+}
+
+TYPED_TEST(StreamMembersTest, WithoutAnAlgorithmThereIsNoKey) {
+  this->EachSide([](const auto& side) {
+    EXPECT_EQ(side.Algorithm(), "");
+    OwnedVariant key;
+    EXPECT_EQ(side.GetKey(key.Put()), kNotInitialized);
+    EXPECT_EQ(side.SetKey(kKey), kNotInitialized);
+  });
+}
+
+// Lengths that a DES key may have, too: 8 and 16 bytes.
+TYPED_TEST(StreamMembersTest, TextKeysAreEncodedByTheCodePage) {
+  struct Row {
+    LONG code_page;
+    Bytes character;
+  };
+  const OwnedBstr text = Text(OLESTR("\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9"));
+  VARIANT value;
+  V_VT(&value) = VT_BSTR;
+  V_BSTR(&value) = text.Get();
+  this->EachSide([&](const auto& side) {
+    EXPECT_EQ(side.Select(Names<TypeParam>::kTextKeyed), S_OK);
+    for (const Row& row :
+         {Row{-1, {0xE9, 0}}, Row{-2, {0xE9, 0}}, Row{1252, {0xE9}}, Row{65001, {0xC3, 0xA9}}}) {
+      SCOPED_TRACE(row.code_page);
+      EXPECT_EQ(this->filter->put_codePage(row.code_page), S_OK);
+      EXPECT_EQ(side.PutKey(value), S_OK);
+      Bytes expected;
+      for (int i = 0; i < 8; ++i) {
+        expected.insert(expected.end(), row.character.begin(), row.character.end());
+      }
+      EXPECT_EQ(side.Key(), expected);
+    }
+  });
+}
+
+TYPED_TEST(StreamMembersTest, TheDefaultValueOfAnObjectIsAKey) {
+  this->EachSide([](const auto& side) {
+    EXPECT_EQ(side.Select(Names<TypeParam>::kTextKeyed), S_OK);
+    TextObject key(OLESTR("eightchr"), [] {});
+    EXPECT_EQ(side.PutKey(key.Value()), S_OK);
+    EXPECT_EQ(side.Key(), FromText("eightchr"));
+  });
+}
+
+TYPED_TEST(StreamMembersTest, AKeyThatRemovesItsAlgorithmWhileItIsReadIsRefused) {
+  this->EachSide([](const auto& side) {
+    EXPECT_EQ(side.Select(Names<TypeParam>::kTextKeyed), S_OK);
+    TextObject key(OLESTR("eightchr"),
+                   [&] { EXPECT_EQ(side.PutAlgorithm(nullptr), kAlgorithmNotFound); });
+    EXPECT_EQ(side.PutKey(key.Value()), kNotInitialized);
+  });
+}
+
+TYPED_TEST(StreamMembersTest, NullBuffersAreRefusedEvenForNoBytes) {
+  for (const bool bound : {false, true}) {
+    if (bound) this->Bind();
+    EXPECT_EQ(Read(this->Stream(), nullptr, 0), Moved{E_POINTER});
+    ULONG count = kUntouched;
+    EXPECT_EQ(this->Stream()->Write(nullptr, 0, &count), E_POINTER);
+    EXPECT_EQ(count, kUntouched);
+  }
+  EXPECT_TRUE(this->target.read_sizes.empty());
+  EXPECT_TRUE(this->target.write_sizes.empty());
+}
+
+TYPED_TEST(StreamMembersTest, WithoutATargetReadingIsAtItsEnd) {
+  for (const bool chosen : {false, true}) {
+    SCOPED_TRACE(chosen ? "with an algorithm" : "without an algorithm");
+    if (chosen) this->reading.Choose(Names<TypeParam>::kKnown);
+    uint8_t byte = 7;
+    EXPECT_EQ(Read(this->Stream(), &byte, 1), (Moved{S_FALSE, 0}));
+    EXPECT_EQ(Read(this->Stream(), &byte, 0), (Moved{S_OK, 0}));
+    EXPECT_EQ(this->Stream()->Read(&byte, 1, nullptr), S_FALSE);
+    EXPECT_EQ(this->Stream()->Read(&byte, 0, nullptr), S_OK);
+    EXPECT_EQ(byte, 7);
+  }
+}
+
+TYPED_TEST(StreamMembersTest, CopyToNeedsATargetThenADestination) {
+  ScriptedStream sink;
+  for (const bool chosen : {false, true}) {
+    SCOPED_TRACE(chosen ? "with an algorithm" : "without an algorithm");
+    Filter<TypeParam> unbound;
+    const typename SideOf<TypeParam>::Type side(unbound, false);
+    if (chosen) side.Choose(Names<TypeParam>::kKnown);
+    EXPECT_EQ(Copy(unbound.Stream(), &sink, 1), Copied{STG_E_REVERTED});
+    EXPECT_EQ(Copy(unbound.Stream(), nullptr, 1), Copied{STG_E_REVERTED});
+    EXPECT_EQ(unbound->putref_Stream(&this->target), S_OK);
+    EXPECT_EQ(Copy(unbound.Stream(), nullptr, 1), Copied{STG_E_INVALIDPOINTER});
+  }
+}
+
+}  // namespace
+}  // namespace mirolta::stream_test
