@@ -82,7 +82,7 @@ TEST(SafeArrayToBytes, FailuresHaveTheirStatusAndLeaveNoBytes) {
   EXPECT_FALSE(bytes.IsPresent());
   EXPECT_EQ(value->parray->cLocks, 0u);
 
-  // No lock is left to give.
+  // The lock count is at its maximum.
   const ULONG locks = value->parray->cLocks;
   value->parray->cLocks = 0xFFFFFFFFu;
   void* data = nullptr;

@@ -328,7 +328,7 @@ TEST(ByteBuffer, StorageIsWipedBeforeItIsFreed) {
   EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
-// The same queue written for clearness: the growth rule counted step by step.
+// A reference model of the queue: growth computed step by step.
 struct Model {
   uint64_t step, maximum, capacity;
   Bytes content;

@@ -103,7 +103,7 @@ TEST(ByteView, ByteArraysAreReadWithoutCopying) {
   const long live = LiveAllocations();
   for (const VARIANT& value : {static_cast<const VARIANT&>(array), by_reference, to_value}) {
     for (int way = 0; way < 3; ++way) {
-      // A copy, were one made, would fail.
+      // A copy would fail.
       MiroltaFailAllocationAfter(0);
       ByteView view;
       const HRESULT status = way == 0   ? view.Open(value, 0)

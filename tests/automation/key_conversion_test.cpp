@@ -95,7 +95,7 @@ TEST(KeyFromVariant, OtherValuesGoThroughTheirText) {
 }
 
 TEST(KeyFromVariant, AnObjectsByteArrayIsNotTakenAsItIs) {
-  // The platform's coercion makes a text of it, byte for byte.
+  // The platform converts it to text, byte for byte.
   FakeObject object(BytesValue({'a', 0, 'b', 0}));
   EXPECT_EQ(KeyOf(ObjectValue(&object), 0), BytesOf("ab"));
 }

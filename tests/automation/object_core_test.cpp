@@ -1,4 +1,5 @@
-// The life of an automation object: how it is made, counted and ended, alone or as a part.
+// Lifetime of an automation object: construction, reference counting and destruction, alone or
+// aggregated.
 #include <functional>
 #include <vector>
 

@@ -1,4 +1,4 @@
-// RaiseError: texts, statuses, sources, and what the thread finds afterwards.
+// RaiseError: texts, statuses, sources, and the thread's error object afterwards.
 #include "class_description.h"
 #include "portable/test_hooks.h"
 #include "raise_error.h"

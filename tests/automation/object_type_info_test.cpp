@@ -1,5 +1,5 @@
-// The type information of a class when the module's own file has none: the registered library, and
-// another try later.
+// The type information of a class when the module's own file has none: the registered library is
+// loaded, and a later call tries again.
 #include <deque>
 
 #include "portable/registry_mode.h"

@@ -1,5 +1,5 @@
-// Conversions when an operation of the platform fails that otherwise does not. This program has
-// operations of those names of its own, which are the runtime's until one is told to fail.
+// Conversions when an operation of the platform fails. This program replaces those operations: they
+// call the runtime's until a test makes one fail.
 #include <gtest/gtest.h>
 
 #include "byte_view.h"
@@ -45,7 +45,7 @@ HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) {
   return mirolta::access.Strikes() ? kStruck : runtime(array, data);
 }
 
-// The array is left unlocked all the same, so that it can be freed.
+// The array is unlocked nevertheless, so that it can be freed.
 HRESULT SafeArrayUnaccessData(SAFEARRAY* array) {
   static auto* const runtime =
       test::RuntimeOperation(&SafeArrayUnaccessData, "SafeArrayUnaccessData");
@@ -183,7 +183,7 @@ TEST_F(PlatformFailuresTest, ConversionsHaveNoFlagsAndNoDefaultCharacter) {
   EXPECT_EQ(special_conversions, 0);
 }
 
-// What cannot be wiped is freed all the same; the sanitizers would tell a leak.
+// What cannot be wiped is freed nevertheless; the sanitizers report a leak.
 TEST_F(PlatformFailuresTest, AnArrayThatCannotBeWipedIsFreed) {
   for (PlatformFault* fault : {&lower_bound, &upper_bound, &access}) {
     VARIANT value;

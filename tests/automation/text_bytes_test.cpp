@@ -49,7 +49,7 @@ TEST(WideToBytes, ConvertsThroughCharacterSets) {
 TEST(WideToBytes, WhatTheSetLacksIsReplacedNotRefused) {
   EXPECT_EQ(FromWide(OLESTR("a\u0416b"), 1252), BytesOf("a?b"));
   EXPECT_EQ(FromWide(OLESTR("a\u0416b"), 20127), BytesOf("a?b"));
-  // Half a pair.
+  // An unpaired surrogate.
   const OLECHAR half[] = {'a', static_cast<OLECHAR>(0xD800), 'b', 0};
   EXPECT_EQ(FromWide(half, kUtf8), (Bytes{'a', 0xEF, 0xBF, 0xBD, 'b'}));
   EXPECT_EQ(FromWide(half, -1), (Bytes{'a', 0, 0, 0xD8, 'b', 0}));
@@ -150,7 +150,7 @@ TEST(BytesToWide, TextOnTheWayIsWiped) {
   WatchFreedMemory watch(wide.data(), wide.size());
   ToWide(wide, -1);
   EXPECT_GT(watch.Freed(), 0);
-  // The one block is the text that the test itself made of the result.
+  // The one block is the text that the test made of the result.
   EXPECT_LE(watch.FreedWithSecret(), 1);
 }
 

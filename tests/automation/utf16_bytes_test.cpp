@@ -1,4 +1,4 @@
-// Units and bytes of exactly their lengths: nothing beyond either is touched.
+// Units and bytes of exact lengths: nothing beyond them is read or written.
 #include "utf16_bytes.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Values of every kind that conversions meet, for comparing one conversion with another.
+// Values of every kind, for comparing conversions with each other.
 #pragma once
 
 #include <string>

@@ -127,7 +127,7 @@ TEST(ResolveValue, ACallerMayCountObjectsWithoutAReadableValueAsEmpty) {
     EXPECT_EQ(ResolveValue(input, out.Put(), ask), E_ACCESSDENIED);
     EXPECT_EQ(out.Type(), VT_EMPTY);
   }
-  // No object, nothing to ask.
+  // There is no object to ask.
   asked = nullptr;
   answer = true;
   TestValue nothing = ObjectValue(nullptr);

@@ -1,4 +1,4 @@
-// Objects made as parts of an outer object: whose IUnknown is whose, and whose count is counted.
+// Aggregated objects: identity and reference counts of inner and outer object.
 #include "loaded_module.h"
 
 namespace mirolta::test {

@@ -76,7 +76,8 @@ TEST_F(ClassObjectsTest, EveryClassHasOneFactoryOfItsOwn) {
 }
 
 TEST_F(ClassObjectsTest, AClientsReferenceToAFactoryHoldsTheModule) {
-  // The class table's own reference does not; the second reference does, further ones add nothing.
+  // The class table's own reference does not hold it; the second one does, further ones add
+  // nothing.
   OwnedReference<IClassFactory> factory = module.Factory(CLSID_HashObject);
   EXPECT_EQ(module.can_unload_now(), S_FALSE);
   EXPECT_EQ(factory->AddRef(), 3u);

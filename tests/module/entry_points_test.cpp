@@ -1,4 +1,4 @@
-// Entry points over rows of the class table that are not as usual. This program is the module.
+// Entry points over unusual rows of the class table. This program is the module.
 #include "entry_points.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 namespace mirolta {
 namespace {
 
-// A row of the table that is put back afterwards.
+// Restores a row of the table at its end.
 class EntryPointsTest : public testing::Test {
  protected:
   void SetUp() override {

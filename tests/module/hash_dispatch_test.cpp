@@ -1,4 +1,5 @@
-// Late-bound use of a class of the module, as a script host does it: names to ids, ids to calls.
+// Late-bound calls of a class of the module, as a script host makes them: names to ids, ids to
+// calls.
 #include <initializer_list>
 #include <vector>
 

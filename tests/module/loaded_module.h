@@ -64,7 +64,7 @@ class LoadedModule {
   Plain can_unload_now = nullptr;
 
  private:
-  // By way of a plain address: entry points have other types than the one the look-up gives.
+  // Through a plain address: the look-up returns another function type.
   template <typename Function>
   Function Entry(LPCSTR name) const {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(handle_, name)));

@@ -1,4 +1,4 @@
-// The twelve rows: every one makes a working object, and both rows of a class the same one.
+// The twelve rows: each creates a working object, both rows of a class one of the same class.
 #include <vector>
 
 #include "class_description.h"

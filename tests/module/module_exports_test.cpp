@@ -1,4 +1,4 @@
-// What the module shows to the loader.
+// The symbols that the module exports.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -9,7 +9,7 @@
 namespace mirolta::test {
 namespace {
 
-// What the tool prints, line by line; empty if it fails.
+// The tool's output by lines; empty if it fails.
 std::string OutputOf(const std::string& command) {
   std::string output;
   FILE* pipe = popen(command.c_str(), "r");
@@ -29,7 +29,7 @@ TEST(ModuleExportsTest, AreExactlyTheEntryPoints) {
   std::string line;
   while (std::getline(lines, line)) {
     const std::string name = line.substr(0, line.find(' '));
-    // A sanitizer's own marks are not the module's.
+    // Symbols of a sanitizer are not the module's.
     if (name.rfind("__asan", 0) == 0 || name.rfind("__odr_asan", 0) == 0) continue;
     exports.insert(name);
   }

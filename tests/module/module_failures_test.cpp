@@ -1,6 +1,6 @@
 // The module when an operation of the platform fails: registry, files, resources, type libraries,
-// error objects. This program has operations of those names of its own, which are the runtime's
-// until one is told to fail.
+// error objects. This program replaces those operations: they call the runtime's until a test makes
+// one fail.
 #include <array>
 #include <string>
 #include <utility>
@@ -31,7 +31,7 @@ PlatformFault open_key, create_key, close_key, delete_key, delete_value, set_val
     enum_key, enum_value, file_name, lock_resource, guid_text, create_error, load_library,
     get_address;
 
-// What stands in for the module's name and library when it is set.
+// Replaces the module's name and library when it is set.
 const OLECHAR* module_file = nullptr;
 ITypeLib* module_library = nullptr;
 std::basic_string<OLECHAR> registered_file, registered_folder;
@@ -55,7 +55,7 @@ LONG RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR key_class, D
   return runtime(key, path, reserved, key_class, options, access, security, out, disposition);
 }
 
-// The key is closed all the same.
+// The key is closed nevertheless.
 LONG RegCloseKey(HKEY key) {
   static auto* const runtime = RuntimeOperation(&RegCloseKey, "RegCloseKey");
   const LONG error = runtime(key);
@@ -102,7 +102,7 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR file, DWORD capacity) {
   static auto* const runtime = RuntimeOperation(&GetModuleFileNameW, "GetModuleFileNameW");
   if (file_name.Strikes()) return 0;
   if (module_file == nullptr) return runtime(module, file, capacity);
-  // As the platform does, a name that is too long is cut.
+  // Cuts a name that is too long, as the platform does.
   DWORD length = 0;
   while (length < capacity && module_file[length] != 0) {
     file[length] = module_file[length];
@@ -166,7 +166,7 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 
 namespace {
 
-// An error object that has no error information to give.
+// An error object without error information.
 class MuteError final : public ICreateErrorInfo {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
@@ -236,8 +236,8 @@ class ModuleFailuresTest : public RegistrationTest {
   HINSTANCE instance_ = nullptr;
 };
 
-// Fails each call of each operation in turn. The failure is told, but for what is closed or looked
-// through on the way out, and the same call completes afterwards.
+// Fails each call of each operation in turn. The failure is reported, except while keys are closed
+// or enumerated during clean-up, and the same call completes afterwards.
 TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsWritten) {
   ASSERT_EQ(Register(), S_OK);
   const Rows whole = AllRows();
@@ -247,7 +247,7 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsWritten) {
     int told;    // calls whose failure is the script's
     int untold;  // others
   };
-  // What ForceRemove drops: B and C under it are opened, looked through twice and once, deleted.
+  // ForceRemove: B and C below it are opened, enumerated twice and once, deleted.
   const Row kRows[] = {{&open_key, 2, 0},   {&enum_key, 3, 0},  {&delete_key, 2, 0},
                        {&create_key, 4, 0}, {&set_value, 2, 0}, {&close_key, 4, 2}};
   for (size_t i = 0; i < std::size(kRows); ++i) {
@@ -281,7 +281,7 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsRemoved) {
   EXPECT_EQ(left, (Rows{{"A", ""}, {"A\\D", ""}}));
   PlatformFault* const kFaults[] = {&open_key,  &enum_key,    &delete_key,
                                     &close_key, &query_value, &delete_value};
-  // A, which cannot be looked through, is taken for empty; then its deletion fails, for D is in it.
+  // A, which cannot be enumerated, counts as empty; then its deletion fails because it contains D.
   const int kTold[] = {4, 4, 2, 0, 1, 1};
   for (size_t i = 0; i < std::size(kFaults); ++i) {
     PlatformFault& fault = *kFaults[i];
@@ -349,7 +349,7 @@ TEST_F(ModuleFailuresTest, TheLibraryIsFoundByTheModulesName) {
   EXPECT_EQ(UnregisterModuleTypeLibrary(), E_FAIL);
 }
 
-// The class table with rows that only note what is asked of them.
+// The class table with rows that only record calls.
 class RegistrationWalkTest : public ModuleFailuresTest {
  protected:
   void SetUp() override {
@@ -408,7 +408,7 @@ TEST_F(RegistrationWalkTest, UnregistrationGoesOnPastFailuresToTheLibrary) {
   }
 }
 
-// The module's library while it stands, with attributes of its own, or none.
+// Replaces the module's library, with attributes of its own, or by none.
 class FakeLibrary final : public ITypeLib {
  public:
   FakeLibrary() { module_library = this; }
@@ -527,7 +527,7 @@ TEST_F(ModuleFailuresTest, TheModulesOwnLibraryComesBeforeTheRegisteredOne) {
     EXPECT_EQ(holder.Get(locale, info.Put()), TYPE_E_LIBNOTREGISTERED);
     EXPECT_EQ(library_calls, "file registered 1.0 " + std::to_string(locale) + " ");
   }
-  // With one of its own no other is asked for; this one does not have the interface.
+  // With a library of its own no other is loaded; this one lacks the interface.
   FakeLibrary library;
   TypeInfoHolder holder(IID_IHashObject);
   OwnedReference<ITypeInfo> info;
@@ -543,7 +543,7 @@ TEST_F(ModuleFailuresTest, WithoutAModuleThereIsNoTypeInformation) {
   EXPECT_EQ(holder.Get(0, info.Put()), E_FAIL);
   EXPECT_FALSE(info);
   InitModuleState(instance_, nullptr, LIBID_MIROLTALib);
-  // With the name unknown, the registered library is asked for.
+  // Without the name the registered library is loaded.
   file_name.Arm();
   EXPECT_EQ(holder.Get(0, info.Put()), TYPE_E_LIBNOTREGISTERED);
   EXPECT_TRUE(file_name.HasStruck());

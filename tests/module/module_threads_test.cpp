@@ -1,4 +1,4 @@
-// Many threads at the module's doors at once, and loading and unloading it.
+// Many threads in the module's entry points at once; loading and unloading.
 #include <stdlib.h>
 
 #include <atomic>
@@ -142,7 +142,7 @@ TEST(ModuleThreadsTest, LoadsAndUnloadsAgainAndAgain) {
   }
 }
 
-// Each thread by itself, so that the module comes and goes under all of them; who has it has all of
+// Each thread loads and unloads independently; a thread that has the module loaded can use all of
 // it.
 TEST(ModuleThreadsTest, ThreadsLoadAndUnloadItAsTheyLike) {
   std::atomic<int> wrong{0};
@@ -153,7 +153,7 @@ TEST(ModuleThreadsTest, ThreadsLoadAndUnloadItAsTheyLike) {
         ++wrong;
         continue;
       }
-      // Nothing but the doors, a factory, an object, or all that an object can have loaded.
+      // Only the entry points, a factory, an object, or everything that an object loads.
       const unsigned what = (thread + static_cast<unsigned>(round)) % 4;
       if (what == 0) continue;
       const OwnedReference<IClassFactory> factory = module.Factory(CLSID_HashObject);
@@ -172,7 +172,7 @@ TEST(ModuleThreadsTest, ThreadsLoadAndUnloadItAsTheyLike) {
 }
 
 // The same through the runtime's class objects, which load the module for whoever asks first and
-// unload it when asked to clean up.
+// unload it on clean-up.
 class ClassObjectThreadsTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -213,7 +213,7 @@ TEST_F(ClassObjectThreadsTest, TheFirstCallsLoadItAndTheLastUnloadIt) {
       EXPECT_EQ(id, 4);
     });
     EXPECT_TRUE(IsLoaded());
-    // All but one go; the module stays for it.
+    // All but one end; the module stays loaded for it.
     AllAtOnce(7, [&](unsigned i) { objects[i].Reset(); });
     AllAtOnce(8, [](unsigned) { CoFreeUnusedLibrariesEx(0, 0); });
     EXPECT_TRUE(IsLoaded());
@@ -225,8 +225,8 @@ TEST_F(ClassObjectThreadsTest, TheFirstCallsLoadItAndTheLastUnloadIt) {
   SetErrorInfo(0, nullptr);
 }
 
-// Cleaning up takes away nothing that somebody is in or about to use: neither from under a creation
-// nor from under the last reference that goes.
+// Clean-up unloads no module that a thread is in or about to use: neither during a creation nor
+// during the last release.
 TEST_F(ClassObjectThreadsTest, CleaningUpDisturbsNoThreadThatCreatesAndReleases) {
   const RunTime time(1);
   // Few of them, so that the module is often idle.
@@ -247,8 +247,8 @@ TEST_F(ClassObjectThreadsTest, CleaningUpDisturbsNoThreadThatCreatesAndReleases)
   });
 }
 
-// The module goes once nobody has used it for the delay, and comes back for the next one. Between
-// the rounds all threads are outside; within them clean-up goes on.
+// The module is unloaded when it was idle for the delay, and loaded again by the next use. Between
+// the rounds no thread is inside; during them clean-up runs continuously.
 TEST_F(ClassObjectThreadsTest, CleaningUpUnloadsAfterTheDelay) {
   constexpr DWORD kDelay = 500;  // more than any thread is kept waiting inside its last release
   const RunTime time(2);
@@ -284,7 +284,7 @@ TEST_F(ClassObjectThreadsTest, TheDelayBeginsAnewWithEveryUse) {
   wait();
   CoFreeUnusedLibrariesEx(kDelay, 0);  // too late after the first look, not after the second
   EXPECT_TRUE(IsLoaded());
-  // Without a delay of its own it is minutes.
+  // The default delay is minutes.
   wait();
   CoFreeUnusedLibraries();
   CoFreeUnusedLibrariesEx(INFINITE, 0);

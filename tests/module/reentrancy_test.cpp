@@ -1,5 +1,5 @@
-// Members that read a caller's object while that object calls back into the same member's owner:
-// the engine in use may be gone when the value is there.
+// Members that read a caller's object which calls back into the same object: the engine may be gone
+// when the value arrives.
 #include "calling_object.h"
 #include "loaded_module.h"
 

@@ -147,7 +147,7 @@ TEST_F(RegistrationContentTest, RegisteringTwiceLeavesTheSame) {
   const Rows once = AllRows();
   ASSERT_EQ(register_(), S_OK);
   EXPECT_EQ(AllRows(), once);
-  // Class keys are rebuilt: what others put there goes.
+  // Class keys are rebuilt: foreign content is removed.
   WriteKey("CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}\\Programmable\\Other", OLESTR("x"));
   WriteKey("CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}\\Other", OLESTR("x"));
   ASSERT_EQ(register_(), S_OK);
@@ -211,7 +211,7 @@ TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
   const Rows all = Everything();
   size_t most_left = 0;
   int failures = 0;
-  // Steps that are no divisor of what one class needs, so that all kinds of places are hit.
+  // Steps that do not divide the allocations of one class, so that every kind is hit.
   for (LONG allowed = 0;; allowed += 37) {
     SCOPED_TRACE(allowed);
     const Rows before = AllRows();

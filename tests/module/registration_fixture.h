@@ -1,4 +1,4 @@
-// An empty registry in memory, and what a test sees in it.
+// An empty registry in memory, and listings of its content.
 #pragma once
 
 #include <gtest/gtest.h>

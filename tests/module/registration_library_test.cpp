@@ -1,5 +1,5 @@
-// Where the type library is looked for, with the test program in the place of the module: it has no
-// library of its own.
+// The search for the type library, with the test program as the module: it has no library of its
+// own.
 #include <filesystem>
 
 #include "class_table.h"
@@ -26,7 +26,7 @@ class RegistrationLibraryTest : public RegistrationTest {
     ASSERT_TRUE(ModuleFileName(file));
     own_ = Narrow(file);
     const size_t dot = own_.rfind('.');
-    // The ending is looked for in the whole name; a folder's would be taken for it.
+    // The extension is searched for in the whole name; that of a folder would be taken for it.
     if (dot != std::string::npos && dot < own_.rfind('/')) {
       GTEST_SKIP() << "a folder of " << own_ << " has a dot";
     }

@@ -1,5 +1,4 @@
-// Registration among processes: many at once, some of them killed, others that create objects all
-// the while.
+// Registration by several processes: many at once, some killed, others creating objects meanwhile.
 #include <dlfcn.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -18,7 +17,7 @@
 namespace {
 
 std::atomic<int> syncs{0};
-// Ends the process at its so-and-so-many-th change of a file; 0: never.
+// Ends the process at its n-th change of a file; 0: never.
 std::atomic<int> ends_at{0};
 
 void CountFileChange() {
@@ -32,7 +31,7 @@ Function* Next(Function*, const char* name) {
 
 }  // namespace
 
-// The runtime's calls come here first.
+// Intercepts the runtime's calls.
 extern "C" {
 
 __attribute__((visibility("default"))) int fsync(int file) {
@@ -130,7 +129,7 @@ TEST_F(RegistrationProcessesTest, AllThatRegisterAtOnceSucceed) {
   }
 }
 
-// At every change of a file on the way: all of it or nothing, and no trouble for the next one.
+// At every change of a file: all or nothing, and the next registration succeeds.
 TEST_F(RegistrationProcessesTest, AKilledRegistrationIsWholeOrNothing) {
   struct Case {
     bool registers;

@@ -120,7 +120,7 @@ TEST_F(RegistrationScriptTest, RemovingWhatIsNotThereIsNoFailure) {
   EXPECT_EQ(AllRows(), (Rows{{"C", ""}}));
 }
 
-// Keys in keys; `inside` stands in the last one.
+// Nested keys; `inside` is in the last one.
 std::string Nested(int levels, const std::string& inside = "") {
   std::string script = "HKCR {";
   for (int i = 0; i < levels; ++i) script += " K {";
@@ -138,7 +138,7 @@ TEST_F(RegistrationScriptTest, KeysNestEightLevelsAndNoMore) {
   EXPECT_EQ(AllRows().size(), 8u);
   EXPECT_EQ(Unregister(Nested(8)), S_OK);
   EXPECT_EQ(Register(Nested(9)), kBadRegistryScript);
-  // Nor one without a block of its own; values may still stand there.
+  // Nor one without a block of its own; values are allowed there.
   EXPECT_EQ(Register(Nested(8, " K")), kBadRegistryScript);
   EXPECT_EQ(Register(Nested(8, " K = s 'text'")), kBadRegistryScript);
   EXPECT_EQ(Register(Nested(8, " val V = s 'text'")), S_OK);
@@ -193,7 +193,7 @@ TEST_F(RegistrationScriptTest, WhatIsNotInTheLanguageIsRefusedBeforeAnythingChan
       "HKCR { A = s '%MODULE' }",           //
       "HKCR { A = s '100%' }",              //
       "HKCR { A = s '%%' }",                //
-      "HKCR { A{ } }",                      // a brace that does not stand alone opens no block
+      "HKCR { A{ } }",                      // a brace that is not a word of its own opens no block
       "HKCR { \xC3\xA9 }",                  // not plain ASCII
       "HKCR { 'a\xFF' }",                   //
   };

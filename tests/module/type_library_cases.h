@@ -1,5 +1,5 @@
-// What the type library has to say, member by member in the order of slots; written a second time here,
-// so that a mistake in the module's own tables fails a test.
+// The type library's expected content, member by member in the order of slots, independent of the
+// module's own tables.
 #pragma once
 
 #include <bit>
@@ -52,8 +52,8 @@ struct InterfaceCase {
   unsigned member_count;
 };
 
-// A pointer to a virtual method holds its table offset, plus one where the offset and not the
-// adjustment carries the mark of virtual methods.
+// A pointer to a virtual method holds its offset in the virtual table, plus one on platforms whose
+// ABI marks virtual methods in the offset.
 template <typename Method>
 size_t SlotOf(Method method) {
   struct Representation {

@@ -148,8 +148,8 @@ TEST_P(TypeLibraryInterfaceTest, NamesItsMembersAndParameters) {
   }
 }
 
-// An object that is nothing but a virtual table whose entries tell which one was called. The real
-// methods take more parameters, which the caller passes and takes away.
+// An object with a virtual table only, whose entries return their own slot. The real methods take
+// more parameters, which the caller passes and removes.
 constexpr size_t kRecordedSlots = 48;
 constexpr HRESULT kFirstRecorded = static_cast<HRESULT>(0x8004A000);
 
@@ -170,7 +170,7 @@ const RecordingObject::Entry* RecordingTable(std::index_sequence<kSlots...>) {
 }
 
 TEST_P(TypeLibraryInterfaceTest, LateBoundCallsReachTheirSlots) {
-  // Type information is text; the calls are the module's, which has to be there.
+  // Type information is data; calls need the module loaded.
   const LoadedModule module;
   ASSERT_NE(module.handle(), nullptr);
   OwnedReference<ITypeLib> fresh;

@@ -32,7 +32,7 @@ TEST(UnattachedModuleTest, EveryEntryPointSaysSo) {
   EXPECT_EQ(DllGetClassObject(CLSID_HashObject, IID_IClassFactory, nullptr), E_INVALIDARG);
   EXPECT_EQ(DllRegisterServer(), E_INVALIDARG);
   EXPECT_EQ(DllUnregisterServer(), E_INVALIDARG);
-  // Nothing holds what was never there.
+  // Nothing holds a module that was never attached.
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
   EXPECT_EQ(detached, 0);
 }

@@ -55,5 +55,5 @@ int main(int count, char** words) {
   const DWORD length = MiroltaRegistryFile(file, 1024);
   std::printf("%08X %u", static_cast<unsigned>(status), length);
   std::fflush(stdout);
-  _exit(0);  // a leak checker could not look at this process
+  _exit(0);  // a leak checker could not read this process
 }

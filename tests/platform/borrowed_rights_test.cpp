@@ -41,7 +41,7 @@ class BorrowedRights : public RegistryTest {
       GTEST_SKIP() << "set-user-id programs have no effect in " << folder_.File("");
     }
     module_ = Copy(SYSTEM_TEST_MODULE, "module.so");
-    // Nobody may be kept out of the folder that the build lies in.
+    // The user "nobody" may have no access to the build folder.
     const std::filesystem::path runtime = MIROLTA_RUNTIME_FILE;
     (void)Copy(runtime.string(), runtime.filename().string());
   }
@@ -158,7 +158,7 @@ TEST_F(BorrowedRights, LoadsNoModuleThatOthersMayChange) {
     ASSERT_EQ(chown(module.c_str(), kNobody, kNobody), 0);
     EXPECT_EQ(status(module), Reported(E_ACCESSDENIED));
     ASSERT_EQ(chown(module.c_str(), 0, 0), 0);
-    // What counts is where links lead.
+    // The target of a link counts.
     std::filesystem::create_symlink(module, folder_.File("good"));
     EXPECT_EQ(status(folder_.File("good")), Reported(S_OK));
     std::filesystem::create_symlink(module_, own + "/bad");

@@ -1,5 +1,5 @@
-// The numbers that callers and files of the platform's kind know. The sources and the other tests
-// call them by name.
+// The numbers of constants and identifiers, which callers and files rely on. The sources and the
+// other tests use their names.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,4 +1,4 @@
-// Short forms of what tests do to a registry.
+// Helpers of the tests of the registry.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace mirolta {
 
-// An open key for the time of a test.
+// An open key, closed at the end of its scope.
 class Key {
  public:
   explicit Key(const std::u16string& path, HKEY root = HKEY_CLASSES_ROOT,

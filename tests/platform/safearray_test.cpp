@@ -242,7 +242,7 @@ TEST(SafeArray, FailedCopyGivesBackWhatItMade) {
 
 TEST(SafeArray, NewElementsAreZeroWhateverTheirMemoryHeld) {
   constexpr size_t kBytes = 3000;
-  // Blocks of that size, filled and given back, are what the next one is made of.
+  // The allocator reuses freed blocks of that size.
   void* filled[4];
   for (void*& block : filled) {
     block = CoTaskMemAlloc(kBytes);

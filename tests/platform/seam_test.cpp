@@ -22,7 +22,7 @@ std::vector<uint32_t> Draw(uint32_t seed, size_t count) {
   return numbers;
 }
 
-// More numbers than one draught of entropy holds.
+// More numbers than one pool of entropy gives.
 constexpr size_t kMany = 2000;
 
 TEST(RandomSourceTest, ASeedDoesNotTellTheNumbers) {
@@ -89,7 +89,7 @@ TEST(RandomSourceTest, AnotherSourceTakesItsPlaceUntilNullPutsTheSystemsBack) {
   EXPECT_NE(Draw(99, 2), (std::vector<uint32_t>{42, 42}));
 }
 
-// A clock that shows what it is told to, and then goes on by one a look.
+// A clock that gives the listed times, then advances by one a call.
 std::vector<DWORD> shown;
 size_t looks = 0;
 bool time_was_read_after_the_tick = false;
@@ -104,7 +104,7 @@ const MiroltaClock kClock = {[]() -> DWORD {
                              }};
 
 TEST(ClockSeedTest, WaitsForTheTickAndMixesDateAndCounter) {
-  // First look, two of the same, the change, and the look after the local time.
+  // The first reading, two equal ones, the change, and the one after the local time.
   shown = {0x12345, 0x12345, 0x12345, 0x12346, 0xABC9876F};
   looks = 0;
   MiroltaSetClock(&kClock);

@@ -10,7 +10,7 @@
 namespace mirolta {
 namespace {
 
-// Stands first: the first asking reads the time zone.
+// The first test: the first call reads the time zone.
 TEST(Clock, TellsManyThreadsTheTime) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {

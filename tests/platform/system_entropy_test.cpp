@@ -1,6 +1,6 @@
-// The system's entropy when the system is slow, interrupted or has none, and what becomes of known
-// entropy. This program has a getrandom and a pthread_atfork of its own, which the seam is linked to:
-// the module has no way to put other entropy in the place of the system's.
+// The system's entropy when it is slow, interrupted or missing, and the numbers that known entropy
+// gives. This program has a getrandom and a pthread_atfork of its own, which the seam is linked to:
+// the module cannot replace the system's entropy.
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/random.h>
@@ -46,7 +46,7 @@ std::vector<void (*)()> fork_handlers;
 
 }  // namespace
 
-// Handlers that the C library has no part in: the tests call them in their children.
+// Handlers that only the tests call, in their children.
 extern "C" int pthread_atfork(void (*)(), void (*)(), void (*child)()) {
   if (!forks_are_noted) return ENOMEM;
   fork_handlers.push_back(child);
@@ -79,7 +79,8 @@ void SetAnswers(std::vector<Answer> list) {
   next_byte = 1;
 }
 
-// A process notes once that it watches forks, so this is the first test: those of its kind are first.
+// A process notes once that it watches forks, so this is the first test: those of its kind are
+// first.
 TEST(FirstSeedDeathTest, FailsWhereForksAreNotNoted) {
   SetAnswers({});
   forks_are_noted = false;

@@ -284,11 +284,12 @@ TEST_F(ClassObjects, InitializationsAreCounted) {
   CoUninitialize();
   EXPECT_TRUE(ModuleIsLoaded());
   CoUninitialize();
-  EXPECT_FALSE(ModuleIsLoaded());  // the last one lets idle modules go
+  EXPECT_FALSE(ModuleIsLoaded());  // the last one unloads idle modules
   CoUninitialize();                // one too many does nothing
 }
 
-// A thread that never initialized may still be inside a module when the last one that did is done.
+// A thread that never initialized may still be inside a module when the last one that did
+// uninitializes.
 TEST_F(ClassObjects, TheLastUninitializingKeepsWhatOtherThreadsUsed) {
   EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
   std::thread([] {
@@ -323,7 +324,7 @@ TEST_F(ClassObjects, CleaningUpIsReentrant) {
   EXPECT_FALSE(ModuleIsLoaded());
 }
 
-// One that is entered while it says that it is idle stays.
+// A module that is entered while it reports that it is idle stays loaded.
 TEST_F(ClassObjects, AUseDuringTheQuestionKeepsTheModule) {
   IUnknown* object = nullptr;
   ASSERT_EQ(Create(&object), S_OK);
@@ -335,7 +336,7 @@ TEST_F(ClassObjects, AUseDuringTheQuestionKeepsTheModule) {
   EXPECT_EQ(entered->Release(), 0u);
 }
 
-// Clean-up at the moment when the module counts nothing any more and a thread is still inside.
+// Clean-up when the module's count is zero and a thread is still inside.
 TEST_F(ClassObjects, AModuleStaysUntilTheLastReleaseIsDone) {
   IUnknown* object = nullptr;
   ASSERT_EQ(Create(&object), S_OK);
@@ -362,7 +363,7 @@ TEST_F(ClassObjects, ManyThreadsCreateWhileModulesAreFreed) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back([] {
-      // Each keeps one object: a module may go only when no thread is inside it any more.
+      // Each keeps one object: a module is unloaded only when no thread is inside it.
       IUnknown* kept = nullptr;
       ASSERT_EQ(Create(&kept), S_OK);
       for (int n = 0; n < 50; ++n) {

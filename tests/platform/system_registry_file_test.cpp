@@ -1,4 +1,4 @@
-// What may lie where the registry's file is looked for, and what may not.
+// Files that the registry accepts at its path, and those that it refuses.
 #include <fcntl.h>
 #include <sys/wait.h>
 
@@ -19,7 +19,7 @@ class RegistryFile : public RegistryTest {
   }
 };
 
-// Somebody who may make files in the folder lets the new file's name lead elsewhere.
+// Another user with access to the folder plants a link under the new file's name.
 TEST_F(RegistryFile, PlantedLinksAreNotFollowed) {
   const std::string victim = folder_.File("victim");
   WriteFile(victim, "untouched");
@@ -28,7 +28,7 @@ TEST_F(RegistryFile, PlantedLinksAreNotFollowed) {
   EXPECT_EQ(ReadFile(victim), "untouched");
   EXPECT_FALSE(std::filesystem::is_symlink(file_));
   EXPECT_NE(ReadFile(file_).find("K]"), std::string::npos);
-  // The lock neither.
+  // Nor is the lock's.
   std::filesystem::remove(file_);
   std::filesystem::remove(file_ + ".lock");
   std::filesystem::create_symlink(folder_.File("made"), file_ + ".lock");
@@ -44,7 +44,7 @@ TEST_F(RegistryFile, WhatAKilledWriterLeftIsReplaced) {
 }
 
 TEST_F(RegistryFile, ALinkThatLeadsNowhereStaysALink) {
-  // By way of another link, relative ones, into a folder that is not there.
+  // Through another link, relative ones, into a folder that does not exist.
   std::filesystem::create_symlink("second", file_);
   std::filesystem::create_symlink("deep/down/real.reg", folder_.File("second"));
   EXPECT_EQ(OpenStatus(u"K"), ERROR_FILE_NOT_FOUND);
@@ -109,7 +109,7 @@ TEST_F(RegistryFile, FilesThatOthersMayChangeAreRefused) {
   EXPECT_EQ(status, 0);
 }
 
-// A umask of the user's does not take away what the old file allowed.
+// The user's umask does not narrow the old file's mode.
 TEST_F(RegistryFile, TheModeStays) {
   ASSERT_EQ(Write(), ERROR_SUCCESS);
   ASSERT_EQ(chmod(file_.c_str(), 0640), 0);

@@ -20,7 +20,7 @@ std::atomic<int> syncs{0};
 
 }  // namespace
 
-// The runtime's calls come here first.
+// Intercepts the runtime's calls.
 extern "C" __attribute__((visibility("default"))) int fsync(int file) {
   static auto* const next = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
   ++syncs;
@@ -129,7 +129,7 @@ TEST_F(RegistrySharing, BatchesMerge) {
   EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Gone"), ERROR_SUCCESS);
   EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Kept\\Below"), ERROR_SUCCESS);
   EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Kept"), ERROR_SUCCESS);
-  EXPECT_EQ(SetText(set, u"v", u"old"), ERROR_SUCCESS);  // as it is: said again all the same
+  EXPECT_EQ(SetText(set, u"v", u"old"), ERROR_SUCCESS);  // unchanged, but part of the batch
   EXPECT_EQ(RegDeleteValueW(emptied, u"v"), ERROR_SUCCESS);
   { const Key key(u"Made"); }
   std::thread([] {

@@ -208,7 +208,7 @@ TEST_F(Registry, EveryKindOfValueSurvivesTheFile) {
     EXPECT_EQ(SetText(key, u"nul", std::u16string(u"a\0b", 3)), ERROR_SUCCESS);
     EXPECT_EQ(SetText(key, nullptr, u"default"), ERROR_SUCCESS);
   }
-  // A second name makes the process read the file afresh.
+  // A second name makes the process read the file again.
   std::filesystem::copy_file(file_, file_ + "2");
   setenv("MIROLTA_REGISTRY", (file_ + "2").c_str(), 1);
   const Key key(u"K");
@@ -488,7 +488,7 @@ TEST_F(Registry, FailedWritesChangeNothing) {
   const Key key(u"K");
   SetText(key, u"v", u"old");
   const std::string before = ReadFile(file_);
-  // The new file cannot be written where a folder stands.
+  // The new file cannot be written over a folder.
   ASSERT_EQ(mkdir((file_ + ".new").c_str(), 0755), 0);
   EXPECT_EQ(SetText(key, u"v", u"new"), ERROR_CANTWRITE);
   HKEY below = nullptr;

@@ -10,7 +10,7 @@
 namespace mirolta {
 namespace {
 
-// Holds a stream for the time of a test.
+// Owns a stream.
 class StreamHolder {
  public:
   explicit StreamHolder(IStream* stream) : stream_(stream) {}
@@ -90,7 +90,7 @@ ULONGLONG SizeOf(IStream* stream) {
   return facts.cbSize.QuadPart;
 }
 
-// What holds for both kinds; the parameter tells which kind to make.
+// Both kinds of streams; the parameter selects the kind.
 class EveryStream : public testing::TestWithParam<bool> {
  protected:
   bool in_memory() const { return GetParam(); }
@@ -414,7 +414,7 @@ TEST(FileStream, SaysWhyItCannotOpen) {
 }
 
 TEST(FileStream, AccessMayBeDenied) {
-  // A program that runs refuses even the system's administrator.
+  // A running program cannot be opened for writing, even by root.
   EXPECT_EQ(StatusOfOpening("/proc/self/exe", STGM_WRITE), STG_E_ACCESSDENIED);
   if (geteuid() != 0) {
     const TemporaryFolder folder;
@@ -466,7 +466,7 @@ TEST(FileStream, NamesBeyondAsciiAndOddBytes) {
   ASSERT_EQ(SHCreateStreamOnFileEx(name.c_str(), STGM_WRITE, 0, TRUE, nullptr, &stream), S_OK);
   stream->Release();
   EXPECT_TRUE(std::filesystem::exists(file));
-  // A byte that is no UTF-8 stands for itself as a surrogate.
+  // A byte that is not UTF-8 becomes a lone surrogate.
   const std::u16string odd = Wide(folder.File("")) + u"\xDCFF";
   ASSERT_EQ(SHCreateStreamOnFileEx(odd.c_str(), STGM_WRITE, 0, TRUE, nullptr, &stream), S_OK);
   stream->Release();

@@ -1,5 +1,5 @@
-// What the tests of the runtime's system services share: a folder of their own, a registry of their
-// own, and short forms of 16-bit text.
+// Helpers of the tests of the runtime's system services: a temporary folder, a registry and 16-bit
+// text.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 
 namespace mirolta {
 
-// A folder that is gone after the test.
+// A temporary folder, removed at its end.
 class TemporaryFolder {
  public:
   TemporaryFolder() {

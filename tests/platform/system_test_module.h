@@ -1,4 +1,4 @@
-// What the test module and its tests agree on.
+// Identifiers that the test module and its tests share.
 #pragma once
 
 #include "portable/guid.h"
@@ -7,7 +7,7 @@ namespace mirolta {
 
 inline constexpr CLSID kTestClass = {
     0x7A1E0001, 0x1111, 0x4222, {0x83, 0x33, 0x44, 0x44, 0x55, 0x55, 0x66, 0x66}};
-// Its module says that it has the class, and gives nothing.
+// Its module reports success and gives no factory.
 inline constexpr CLSID kHollowClass = {
     0x7D6F4C2A, 0x91B3, 0x4E57, {0x8A, 0x10, 0x3C, 0x5D, 0x7E, 0x9F, 0x20, 0x42}};
 

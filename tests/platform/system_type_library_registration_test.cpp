@@ -96,7 +96,7 @@ TEST_F(TypeLibraryRegistration, UnregisteringRemovesItsRowsOnly) {
   EXPECT_EQ(TextAt(u"Interface\\{other}"), "<no value>");
 }
 
-// One version has a file for each locale and system; what they share goes with the last.
+// One version has a file for each locale and system; shared rows are removed with the last.
 TEST_F(TypeLibraryRegistration, OtherLocalesAndSystemsStay) {
   const std::u16string version = std::u16string(kLibraryKey) + u"\\1.12";
   const std::u16string own = version + u"\\0\\" + kPlatform;

@@ -1,4 +1,4 @@
-// Late-bound calls: finding the member, bringing the arguments, defaults, results and descriptions.
+// Late-bound calls: member look-up, coercion of arguments, defaults, results and descriptions.
 #include <initializer_list>
 #include <vector>
 
@@ -213,7 +213,7 @@ TEST_F(TypeInfoInvokeTest, APutNamesItsValue) {
     EXPECT_EQ(Call(kCountId, flags, {NumberValue(1)}), DISP_E_PARAMNOTFOUND);
     EXPECT_EQ(Call(kCountId, flags, {NumberValue(1)}, {0}), DISP_E_PARAMNOTFOUND);
     EXPECT_EQ(Call(kItemId, flags, {NumberValue(1), TextValue(OLESTR("x"))}), DISP_E_PARAMNOTFOUND);
-    // The name stands first.
+    // The named argument comes first.
     EXPECT_EQ(
         Call(kItemId, flags, {TextValue(OLESTR("x")), NumberValue(1)}, {0, DISPID_PROPERTYPUT}),
         DISP_E_PARAMNOTFOUND);
@@ -229,7 +229,7 @@ TEST_F(TypeInfoInvokeTest, APutNamesItsValue) {
 }
 
 TEST_F(TypeInfoInvokeTest, NamedArgumentsFindTheirPlace) {
-  // Call(1, bFlag := False, lNumber := 8): the named ones stand first in memory.
+  // Call(1, bFlag := False, lNumber := 8): named arguments come first in memory.
   ASSERT_EQ(
       Call(kEchoId, DISPATCH_METHOD, {NumberValue(1), NumberValue(8), BoolValue(false)}, {2, 1}),
       S_OK);

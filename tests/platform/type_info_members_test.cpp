@@ -1,4 +1,4 @@
-// Type information: what it tells of an interface, its members and a class.
+// Type information of an interface, its members and a class.
 #include <initializer_list>
 #include <vector>
 

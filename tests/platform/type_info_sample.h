@@ -73,7 +73,7 @@ inline constexpr TypeLibraryTable kSampleLibraryTable = {
     kSampleClasses, 1};
 // clang-format on
 
-// Lives on the stack; what its members were called with stands in its fields.
+// Lives on the stack; its fields hold the arguments of the last calls.
 class SampleObject final : public ISample {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {

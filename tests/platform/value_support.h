@@ -42,7 +42,7 @@ inline void SetLong(Value* value, LONG number) {
 }
 
 // CountedObject is a dispatch object on the stack whose default value is `value`; its references
-// are counted, so a test can see whether each one was given back.
+// are counted, so that a test can check that each one was released.
 class CountedObject final : public IDispatch {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {

@@ -146,7 +146,7 @@ TEST(VariantCopyInd, FollowsReferences) {
   EXPECT_EQ(VariantCopyInd(to.get(), &twice), S_OK);
   EXPECT_EQ(to->lVal, -70000);
 
-  // A VARIANT that refers to a VARIANT that refers to a VARIANT is too much.
+  // Three levels of references are refused.
   VARIANT thrice;
   VariantInit(&thrice);
   thrice.vt = VT_VARIANT | VT_BYREF;

@@ -78,7 +78,7 @@ TYPED_TEST(StreamBindingTest, ASourceThatHandsOutNothingIsBoundWithoutAStream) {
   EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
 }
 
-// A stream that is a source of another one, and says when it is asked for interfaces and counted.
+// A stream that is a source of another one, with hooks for QueryInterface and AddRef.
 class StreamAndSource : public ScriptedSource {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -284,7 +284,7 @@ TYPED_TEST(StreamBindingTest, OperationsWithoutDataAreForwardedWithTheirStatus) 
 TYPED_TEST(StreamBindingTest, OperationsWithoutDataNeedAStream) {
   PassThrough(this->filter.Stream(),
               [&](const char* call, HRESULT result) { EXPECT_EQ(result, STG_E_REVERTED) << call; });
-  // Not even a seek that would be refused gets further.
+  // Nor is a seek that would be refused.
   EXPECT_EQ(this->filter.Stream()->Seek(Move(5), STREAM_SEEK_SET, nullptr), STG_E_REVERTED);
 }
 
@@ -341,7 +341,7 @@ TYPED_TEST(StreamBindingTest, AStreamOperationInsideAnotherIsRefused) {
   EXPECT_EQ(stream->CopyTo(&other, Large(4), nullptr, nullptr), S_OK);
   PassThrough(stream, [](const char* call, HRESULT result) { EXPECT_EQ(result, S_OK) << call; });
   EXPECT_EQ(calls, 3 + 7);
-  // And each has left the way open for the next.
+  // Each leaves the filter usable for the next.
   this->target.on_read = nullptr;
   EXPECT_EQ(stream->Read(bytes, 4, nullptr), S_OK);
 }
@@ -429,7 +429,7 @@ TYPED_TEST(StreamBindingTest, AllInterfacesAreOneObjectWithoutSourceOfStreams) {
   EXPECT_EQ(out, nullptr);
 }
 
-// An outer object that a filter is a part of.
+// An outer object that aggregates a filter.
 class Outer : public IUnknown {
  public:
   virtual ~Outer() = default;

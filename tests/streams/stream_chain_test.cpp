@@ -41,7 +41,7 @@ class TemporaryFile {
   std::string name_;
 };
 
-// What a client that knows streams only does: reads in pieces until a read gives nothing.
+// Reads in pieces until a read gives nothing, as a client of IStream does.
 Bytes ReadToEnd(IStream* stream, std::minstd_rand& random, ULONG largest) {
   Bytes all;
   Bytes piece(largest);
@@ -251,7 +251,7 @@ TEST(StreamChainTest, SeekingGoesThroughOnlyWhereEveryFilterAllowsIt) {
   ULARGE_INTEGER position = Large(0);
   EXPECT_EQ(crypt.Stream()->Seek(Move(7), STREAM_SEEK_SET, &position), S_OK);
   EXPECT_EQ(position.QuadPart, 7u);
-  // The engines know nothing of positions.
+  // The engines do not follow positions.
   EXPECT_EQ(ReadOnce(crypt.Stream(), 16), PeerAes(kKey, Slice(Pattern(100), 7, 16), false));
 }
 

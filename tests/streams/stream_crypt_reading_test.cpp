@@ -23,14 +23,14 @@ TEST_F(StreamCryptTest, AFailingReadLeavesTheBufferAlone) {
   Bytes bytes = before;
   EXPECT_EQ(Read(Stream(), bytes.data(), 32), (Moved{kStreamFailure, 0}));
   EXPECT_EQ(bytes, before);
-  // Nor does a short read touch what is behind its bytes.
+  // Nor does a short read write behind its bytes.
   target.largest_read = 4;
   EXPECT_EQ(Read(Stream(), bytes.data(), 32), (Moved{S_FALSE, 4}));
   EXPECT_EQ(Slice(bytes, 0, 4), Slice(target.content, 3, 4));
   EXPECT_EQ(Slice(bytes, 4, 28), Slice(before, 4, 28));
 }
 
-// Not what the memory held before.
+// Stale memory must not show.
 TEST_F(StreamCryptTest, BytesThatATargetReportsButNeverWroteAreZeros) {
   Bind();
   const Bytes zeros(1024);
@@ -43,13 +43,13 @@ TEST_F(StreamCryptTest, BytesThatATargetReportsButNeverWroteAreZeros) {
       return with_engine ? PeerAes(kKey, plain, true) : plain;
     };
     target.excess_report = 1024;
-    // Blocks of the heap that held something else last.
+    // Freed blocks with other content, for the allocator to reuse.
     for (int i = 0; i < 8; ++i) const std::vector<uint8_t> used(1024, 0xEE);
     EXPECT_EQ(ReadOnce(Stream(), 1024, with_engine ? S_OK : S_FALSE), expected(zeros));
     ScriptedStream sink;
     EXPECT_EQ(Copy(Stream(), &sink, 2048).status, S_OK);
     EXPECT_EQ(sink.content, expected(Bytes(2048)));
-    // What a piece holds that was read before does not come twice either.
+    // Nor does content of an earlier piece.
     target.content = Pattern(1024);
     target.position = 0;
     sink.content.clear();

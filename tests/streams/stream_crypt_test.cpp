@@ -217,7 +217,7 @@ TEST_F(StreamCryptTest, AKeyThatCannotBeConvertedLeavesTheQueues) {
   EXPECT_EQ(writing.Finalize(), E_UNEXPECTED);
   EXPECT_TRUE(target.write_sizes.empty());
 
-  // No partial block here, only output.
+  // Only output is queued here, no partial block.
   target.content = Pattern(16);
   reading.Choose();
   reading.Encrypt();
@@ -243,13 +243,13 @@ TEST_F(StreamCryptTest, OneTransferAboveTheQueueLimitFails) {
   // The bytes that were taken are lost.
   EXPECT_EQ(target.position, kTooLong);
   EXPECT_EQ(ReadOnce(Stream(), 16, S_FALSE), Bytes{});
-  // A large request is well where the stream has little.
+  // A large request succeeds if the stream has little.
   target.position = kTooLong - 16;
   EXPECT_EQ(ReadOnce(Stream(), kTooLong, S_OK),
             PeerAes(kKey, Slice(large, kTooLong - 16, 16), false));
 }
 
-// The bound stream is handed queued bytes: it must not be able to pull them away.
+// The bound stream is given queued bytes, which it must not be able to free.
 TEST_F(StreamCryptTest, EnginesDoNotChangeInsideAStreamOperation) {
   Bind();
   reading.Choose();

@@ -1,4 +1,4 @@
-// What failing members say: the description published for the thread, and who publishes none.
+// Error descriptions of failing members, and members that publish none.
 #include "stream_test_kit.h"
 
 namespace mirolta::stream_test {
@@ -40,7 +40,7 @@ void ExpectSharedErrors() {
   EXPECT_EQ(TakeDescription(), kNotInitializedText);
   EXPECT_EQ(filter->put_WriteKey(key.Value()), kNotInitialized);
   EXPECT_EQ(TakeDescription(), kNotInitializedText);
-  // Stream operations and null pointers say nothing.
+  // Stream operations and null pointers publish nothing.
   uint8_t byte = 0;
   EXPECT_EQ(filter.Stream()->Revert(), STG_E_REVERTED);
   EXPECT_EQ(filter.Stream()->Read(nullptr, 1, nullptr), E_POINTER);

@@ -1,4 +1,4 @@
-// What the tests of the stream filters share: a target stream that can be told to misbehave,
+// What the tests of the stream filters share: a target stream with scripted failures,
 // filters as early-bound clients hold them, and whole-buffer results of an independent library.
 #pragma once
 
@@ -42,7 +42,7 @@ constexpr ULONG kUntouched = 0xA5A5A5A5u;
 constexpr ULONGLONG kUntouchedTotal = 0xA5A5A5A5A5A5A5A5u;
 constexpr HRESULT kStreamFailure = STG_E_READFAULT;
 
-// A stream over a vector that does what it is told. Calls are counted; hooks run first.
+// A stream over a vector with scripted results. Calls are counted; hooks run first.
 class ScriptedStream : public IStream {
  public:
   explicit ScriptedStream(Bytes bytes = {}) : content(std::move(bytes)) {}
@@ -58,7 +58,7 @@ class ScriptedStream : public IStream {
     AddRef();
     return S_OK;
   }
-  // Counted only: the test owns the stream, and looks at the count at its end.
+  // Counted only: the test owns the stream and checks the count.
   ULONG STDMETHODCALLTYPE AddRef() override {
     return static_cast<ULONG>(InterlockedIncrement(&references));
   }
@@ -132,7 +132,7 @@ class ScriptedStream : public IStream {
   size_t failing_write = 0;
   HRESULT failure = kStreamFailure;
   ULONG moved_by_failure = 0;
-  ULONG excess_report = 0;  // bytes reported that never were
+  ULONG excess_report = 0;  // bytes reported beyond those moved
   bool is_stream = true;
   std::function<void()> on_read;
   std::function<void()> on_write;
@@ -228,7 +228,7 @@ inline VARIANT ByteArray(const Bytes& bytes) {
   V_ARRAY(&value) = array;
   return value;
 }
-// An object whose default value is a text, and which does something when it is asked for it.
+// An object whose default value is a text, with a hook for the read.
 class TextObject : public IDispatch {
  public:
   TextObject(const OLECHAR* text, std::function<void()> on_read) : text_(text), on_read_(on_read) {}

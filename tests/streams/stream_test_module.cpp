@@ -1,4 +1,4 @@
-// Stands for the module that the filters live in: its texts.
+// Replaces the module that contains the filters: its texts.
 #include <gtest/gtest.h>
 
 #include "messages.h"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned kMessageCount = sizeof(kMessages) / sizeof(kMessages[0]);
 
-// The module's file is found from where they stand.
+// The module's file is found from their address.
 StringResource strings[kMessageCount];
 constexpr ModuleResources kResources = {strings, kMessageCount, nullptr, 0, nullptr};
 

@@ -1,4 +1,4 @@
-// Several threads on one filter: what the lock covers, and what goes past it.
+// Several threads on one filter: what the lock covers, and what takes no lock.
 #include <atomic>
 #include <thread>
 
@@ -85,7 +85,7 @@ TEST(StreamThreadsTest, ReadsOfManyThreadsShareTheStreamOut) {
 }
 
 TEST(StreamThreadsTest, AnotherThreadIsNotMistakenForAReturn) {
-  // While one thread is inside, the others wait: it is refused nothing.
+  // While one thread is inside, the others wait and are not refused.
   ExclusiveStream target;
   target.content = Pattern(100);
   const CryptFilter filter(&target);
@@ -144,7 +144,7 @@ TEST(StreamThreadsTest, EverythingMayChangeWhileAStreamIsInUse) {
   EXPECT_FALSE(other.shared);
 }
 
-// The members that take no lock answer while a stream is stuck in an operation.
+// The members that take no lock return while a stream blocks in an operation.
 TEST(StreamThreadsTest, UnlockedMembersDoNotWaitForATransfer) {
   std::atomic<int> stage = 0;
   ScriptedStream target(Pattern(32));

@@ -1,5 +1,6 @@
 // Memory that runs out, at every allocation of every member of every class and of every entry
-// point: a status that says so, nothing lost, no lock kept, and the same call going well after.
+// point: the status reports it, nothing leaks, no lock is kept, and the same call succeeds
+// afterwards.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -27,8 +28,8 @@ MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllUnregisterServer();
 namespace mirolta::test {
 namespace {
 
-// Members that go well without the memory they asked for: the object is left without an engine, or
-// the key as it was. Their callers rely on it.
+// Members that succeed without the memory: the object is left without an engine, or with its former
+// key. Callers rely on it.
 const std::set<std::string> kSilent = {
     "HashObject.InitHash",
     "SymmetricCryptObject.Init",
@@ -74,7 +75,7 @@ constexpr AsAfter kAsAfter[] = {
     {"ToviStreamDigest.WriteBinaryValue get", "WriteFinalize", kMethod, ""},
 };
 
-// Members whose data may have been taken when they fail: what comes of them is still queued.
+// Members that may have consumed their data when they fail: the output is still queued.
 const std::set<std::string> kMayHaveTaken = {"SymmetricCryptObject.Encrypt",
                                              "SymmetricCryptObject.Decrypt"};
 
@@ -106,7 +107,7 @@ bool RunFailing(Failing failing, long n, Work call) {
   }
 }
 
-// Every allocation up to here fails; then ever fewer, or the making of keys would never end.
+// Every allocation up to this one fails, then fewer and fewer: the generation of keys must end.
 #ifdef MIROLTA_SLOW_BUILD
 constexpr long kAllUpTo = 100;
 #else
@@ -226,7 +227,7 @@ class AllocationTest : public testing::Test {
     VARIANT second;
     PlannedChance::Restart();
     const HRESULT status_after = subject.Call(*member.row, again.Get(), &second);
-    // A late-bound call tells one success only.
+    // A late-bound call has one success status only.
     EXPECT_TRUE(status_after == usual.status ||
                 (late && usual.status == S_OK && SUCCEEDED(status_after)))
         << std::hex << status_after;

@@ -1,5 +1,5 @@
-// Every argument of every member with every kind of value: the call says what the model of the rules
-// says (status_model.h), and the object still answers (known_answers.h).
+// Every argument of every member with every kind of value: the call says what the model of the
+// rules says (status_model.h), and the object still answers (known_answers.h).
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -17,7 +17,7 @@
 namespace mirolta::test {
 namespace {
 
-// Sanitizers make the calls slow: they look at every fourth value of each row, another four in the
+// Sanitizers make the calls slow: they try every fourth value of each row, another four in the
 // next row.
 #ifdef MIROLTA_SLOW_BUILD
 constexpr size_t kStride = 4;
@@ -155,7 +155,7 @@ struct NullCase {
 
 TEST_F(HostileInputsTest, EveryMemberRefusesANullResultPointer) {
   const NullCase cases[] = {
-      // The readers of digests look at the place only when they have something to put there.
+      // The members that return digests check the pointer only when there is a digest.
       NULL_CASE("HashObject", IHashObject, get_Value, 10104),
       NULL_CASE("HashObject", IHashObject, get_HashSize),
       NULL_CASE("HashObject", IHashObject, get_BlockSize),

@@ -1,4 +1,4 @@
-// Values of every automation type, good and bad, that callers may hand to any member.
+// Untrusted values of every automation type that callers may pass to any member.
 #pragma once
 
 #include <deque>
@@ -13,7 +13,7 @@ namespace mirolta::test {
 struct HostileValue {
   std::string name;
   VARIANT value;
-  bool is_long;  // too long for numbers that are to be worked on
+  bool is_long;  // too long for arithmetic
 };
 
 // HostileValues owns what the values are made of; they are borrowed by the calls.

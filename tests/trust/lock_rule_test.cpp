@@ -24,7 +24,7 @@ struct Seen {
   std::string at_leaving;
 };
 Seen seen;
-const Subject* watched = nullptr;  // null: nobody is looked at
+const Subject* watched = nullptr;  // null: no object is watched
 
 // Reading the object enters its lock again, which is then not counted.
 std::string StateOf(const Subject& subject) {
@@ -83,7 +83,7 @@ class LockRuleTest : public testing::Test {
     if (seen.entered == 0) return;
     EXPECT_EQ(seen.at_entry, before) << "changed before the lock was entered";
     EXPECT_EQ(seen.at_leaving, StateOf(subject)) << "changed after the lock was left";
-    // An object's own lock stands at the same place in all objects of its class.
+    // The lock has the same offset in all objects of a class.
     const auto place =
         reinterpret_cast<uintptr_t>(seen.section) - reinterpret_cast<uintptr_t>(subject.Dispatch());
     EXPECT_EQ(places_.emplace(&class_row, place).first->second, place) << "another lock";

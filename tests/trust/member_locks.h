@@ -1,5 +1,5 @@
-// The lock rule of every member and stream operation, and what a call may come to while other
-// threads use the same object.
+// The lock rule of every member and stream operation, and the results of a call while other threads
+// use the same object.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// A model of what members say to their arguments: the rules of the interfaces, written a second time
-// by type and content of the value, without the module's code and without the runtime's operations.
+// A model of the statuses that members return for their arguments: the rules of the interfaces by
+// type and content of the value, independent of the module's code and of the runtime's operations.
 #pragma once
 
 #include "member_calls.h"

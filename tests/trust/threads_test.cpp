@@ -487,7 +487,7 @@ TEST_F(ThreadsTest, NumbersThatComeFromOneNumberShareNothing) {
   for (const std::string& one : found) EXPECT_EQ(one, expected);
 }
 
-// A caller's array is read where it stands, by as many objects as it is given to.
+// A caller's array is read without copying, by several objects at once.
 TEST_F(ThreadsTest, OneArrayMayBeGivenToManyObjects) {
   const Arguments data("b3000 i0");
   for (const char* const name :
@@ -582,7 +582,7 @@ TEST_F(ThreadsTest, AFactoryThatOneThreadCouldNotMakeIsMadeByAnother) {
     Reload();
     std::atomic<int> missing{0};
     {
-      // The threads themselves take memory of this kind: they stand before it fails.
+      // Threads allocate when they start: they run before allocations fail.
       std::atomic<unsigned> waiting{0};
       std::atomic<bool> go{false};
       std::vector<std::thread> threads;

@@ -35,7 +35,7 @@ size_t secret_count = 0;
 // Whether windows that start with these two bytes are part of the secret.
 bool starts[kMostSecrets][65536];
 
-// Bytes that are mostly zero, such as a small number, may stand anywhere by chance.
+// Bytes that are mostly zero, such as a small number, occur anywhere by chance.
 bool IsTelling(const unsigned char* window) {
   size_t zeros = 0;
   for (size_t i = 0; i < kWindow; ++i) zeros += window[i] == 0 ? 1 : 0;

@@ -72,7 +72,7 @@ class WipingTest : public testing::Test {
   void SetUp() override {
     ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
     ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
-    // The runtime would clear arrays and texts for whoever forgets to.
+    // By default the runtime clears arrays and texts that it frees, which would hide missing wipes.
     MiroltaKeepDestroyedArrays(true);
   }
   void TearDown() override {
@@ -247,7 +247,7 @@ class WipingTest : public testing::Test {
     BigInt number = start;
     for (unsigned i = 0; i <= windows; ++i) {
       Bytes residues;
-      for (size_t prime = 100; prime < 200; ++prime) {  // the first are too small to tell
+      for (size_t prime = 100; prime < 200; ++prime) {  // the first are too small to identify
         const uint32_t p = kSmallPrimes.primes[prime];
         const BigInt residue = number % BigInt(p);
         const uint16_t first = static_cast<uint16_t>((p - residue.GetWord(0)) % p);

@@ -1,4 +1,4 @@
-// Calls on a stack of their own, to see what they leave on it and in registers.
+// Calls on a separate stack, to find what they leave on it and in registers.
 #pragma once
 
 #include <cstddef>
@@ -23,8 +23,8 @@ class PaintedStack {
   PaintedStack(const PaintedStack&) = delete;
   PaintedStack& operator=(const PaintedStack&) = delete;
 
-  // Run calls `function` and keeps the registers as it left them. All registers that a call need not
-  // preserve are zero when it begins.
+  // Run calls `function` and keeps the registers as it left them. All registers that a call need
+  // not preserve are zero when it begins.
   template <typename Function>
   void Run(Function function) {
     Run([](void* context) { (*static_cast<Function*>(context))(); }, &function);
@@ -33,8 +33,8 @@ class PaintedStack {
   // The part that the last call wrote to, from the deepest byte up.
   const unsigned char* Touched() const { return touched_; }
   size_t TouchedBytes() const { return static_cast<size_t>(top_ - touched_); }
-  // How many bytes deeper than that are neither paint nor zero; but for the call by which the stack is
-  // overwritten, the deepest of all.
+  // How many bytes deeper than that are neither paint nor zero; but for the call by which the stack
+  // is overwritten, the deepest of all.
   size_t DirtyBytes(size_t depth) const;
 
   const unsigned char* Registers() const { return registers_; }

@@ -173,7 +173,7 @@ void Errors() {
   CHECK_STATUS(GetErrorInfo(0, error.Put()), S_FALSE);
 }
 
-// An object that has a component as a part of it.
+// An object that aggregates a component.
 class Outer final : public IUnknown {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -252,7 +252,7 @@ void FilterOver(IStream* bound) {
   CHECK_STATUS(stream->Write(data + 1000, 3096, &moved), S_OK);
   CHECK_STATUS(crypt->WriteFinalize(), S_OK);
 
-  // What lies in the bound stream is encrypted.
+  // The bound stream holds ciphertext.
   BYTE found[4096] = {};
   CHECK_STATUS(bound->Seek(Offset(0), STREAM_SEEK_SET, nullptr), S_OK);
   CHECK(SUCCEEDED(bound->Read(found, sizeof(found), &moved)));
@@ -262,7 +262,7 @@ void FilterOver(IStream* bound) {
   CHECK_STATUS(stream->Stat(&status, STATFLAG_NONAME), S_OK);
   CHECK(status.cbSize.QuadPart == sizeof(data));
 
-  // Back through the filters, by the platform's copying into a memory stream.
+  // Back through the filters by CopyTo into a memory stream of the platform.
   CHECK_STATUS(bound->Seek(Offset(0), STREAM_SEEK_SET, nullptr), S_OK);
   Pointer<IStream> copy;
   CHECK_STATUS(CreateStreamOnHGlobal(nullptr, TRUE, copy.Put()), S_OK);
@@ -349,7 +349,7 @@ void FreeThreads() {
 }
 
 // In an apartment: "Both" gives the object itself; "Free" lives outside and is called through the
-// platform's marshaling of automation interfaces, which takes the type library at its word.
+// platform's marshaling of automation interfaces, which relies on the type library.
 DWORD WINAPI CallFromApartment(void*) {
   CHECK(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
   for (const CLSID* id : {&CLSID_HashObject, &CLSID_HashObjectFree}) {
@@ -404,7 +404,7 @@ constexpr Step kSteps[] = {
     {"aggregation", Aggregation},
     {"streams", Streams},
     {"free threads", FreeThreads},
-    // Before what marshals: the peer keeps a marshaled object's stub after the last call.
+    // Before the marshaling tests: the peer keeps a marshaled object's stub after the last call.
     {"unloading", Unloading},
     {"apartments", Apartments},
 };

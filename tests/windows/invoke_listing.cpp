@@ -43,7 +43,7 @@ HRESULT Note(const char* name, const Values&... values) {
   return S_OK;
 }
 
-// A number that notes how its members are called.
+// A number that records how its members are called.
 class Recorder final : public IPexBigNumber {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -139,7 +139,8 @@ Recorder recorder;
 ITypeInfo* info;
 int line = 0;
 
-// Arguments as they are written; the names are those of the last of them, which stand first.
+// Arguments in the order of the source; the names belong to the last of them, which come first in
+// memory.
 void Call(const char* what, DISPID id, WORD flags, std::vector<VARIANT> arguments,
           std::vector<DISPID> names = {}) {
   std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());
