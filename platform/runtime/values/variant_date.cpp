@@ -11,7 +11,7 @@ constexpr int32_t kSecondsADay = 86400;
 // Half a second rounds up even if the precision of the date leaves slightly less.
 constexpr double kHalfSecond = 0.5 + 1e-5;
 
-// Writer appends to date text. Shapes: the longest is "12/31/9999 12:59:59 PM".
+// Writer appends to date text, of which the longest is "12/31/9999 12:59:59 PM".
 struct Writer {
   OLECHAR text[40];
   UINT length = 0;
