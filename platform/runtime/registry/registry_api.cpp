@@ -58,19 +58,32 @@ LONG PlaceOf(HKEY handle, Place* place) {
   return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_SUCCESS;
 }
 
-// Finds the key of a handle. A root that the file lacks is created, in memory only.
-LONG FindKey(const RegistryUse& use, HKEY handle, REGSAM access, RegistryKey** key, Place* place) {
-  if (use.error() != ERROR_SUCCESS) return use.error();
-  LONG error = PlaceOf(handle, place);
-  if (error != ERROR_SUCCESS) return error;
-  if (!place->Allows(access)) return ERROR_ACCESS_DENIED;
-  if (place->root != nullptr) {
-    bool made;
-    return use.root()->MakePath(place->path(), key, &made);
+// The registry while it is used by way of a handle, and the handle's key. A root that the file lacks is
+// created, in memory only.
+struct KeyUse {
+  KeyUse(RegistryAccess registry_access, HKEY handle, REGSAM access) : registry(registry_access) {
+    error = Find(handle, access);
   }
-  *key = use.root()->FindPath(place->path());
-  return *key == nullptr ? ERROR_KEY_DELETED : ERROR_SUCCESS;
-}
+
+  RegistryUse registry;
+  LONG error;
+  Place place;
+  RegistryKey* key = nullptr;
+
+ private:
+  LONG Find(HKEY handle, REGSAM access) {
+    if (registry.error() != ERROR_SUCCESS) return registry.error();
+    const LONG unknown = PlaceOf(handle, &place);
+    if (unknown != ERROR_SUCCESS) return unknown;
+    if (!place.Allows(access)) return ERROR_ACCESS_DENIED;
+    if (place.root != nullptr) {
+      bool made;
+      return registry.root()->MakePath(place.path(), &key, &made);
+    }
+    key = registry.root()->FindPath(place.path());
+    return key == nullptr ? ERROR_KEY_DELETED : ERROR_SUCCESS;
+  }
+};
 
 // Joins the place of a handle and a path below it.
 LONG JoinPath(const Place& from, WideView below, RuntimeArray<WCHAR>* path) {
@@ -113,9 +126,9 @@ struct NewChange {
   ~NewChange() { DeleteRuntime(change); }
 
   // Applies the change to the key with the path `below` under a handle's.
-  LONG Make(RegistryUse* use, const Place& from, WideView below, bool* changed) {
-    const LONG error = JoinPath(from, below, &change->path);
-    return error == ERROR_SUCCESS ? use->Make(&change, changed) : error;
+  LONG Make(KeyUse* use, WideView below, bool* changed) {
+    const LONG error = JoinPath(use->place, below, &change->path);
+    return error == ERROR_SUCCESS ? use->registry.Make(&change, changed) : error;
   }
 
   RegistryChange* change;
@@ -159,14 +172,11 @@ using namespace mirolta::runtime;
 extern "C" LONG RegOpenKeyExW(HKEY handle, LPCWSTR path, DWORD, REGSAM access, HKEY* out) {
   if (out == nullptr) return ERROR_INVALID_PARAMETER;
   *out = nullptr;
-  const RegistryUse use(RegistryAccess::kRead);
-  Place place;
-  RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
-  if (key->FindPath(ViewOrEmpty(path)) == nullptr) return ERROR_FILE_NOT_FOUND;
+  const KeyUse use(RegistryAccess::kRead, handle, ~REGSAM{0});
+  if (use.error != ERROR_SUCCESS) return use.error;
+  if (use.key->FindPath(ViewOrEmpty(path)) == nullptr) return ERROR_FILE_NOT_FOUND;
   NewOpenKey opened;
-  const LONG made = opened.Make(place, ViewOrEmpty(path), access);
+  const LONG made = opened.Make(use.place, ViewOrEmpty(path), access);
   if (made == ERROR_SUCCESS) *out = opened.PutInTable();
   return made;
 }
@@ -175,22 +185,19 @@ extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD,
                                 void*, HKEY* out, DWORD* disposition) {
   if (out == nullptr) return ERROR_INVALID_PARAMETER;
   *out = nullptr;
-  RegistryUse use(RegistryAccess::kWrite);
-  Place place;
-  RegistryKey* key = nullptr;
-  LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
+  KeyUse use(RegistryAccess::kWrite, handle, ~REGSAM{0});
+  if (use.error != ERROR_SUCCESS) return use.error;
   const WideView below = ViewOrEmpty(path);
-  if (key->FindPath(below) == nullptr) {
-    if (!place.Allows(KEY_CREATE_SUB_KEY)) return ERROR_ACCESS_DENIED;
+  if (use.key->FindPath(below) == nullptr) {
+    if (!use.place.Allows(KEY_CREATE_SUB_KEY)) return ERROR_ACCESS_DENIED;
     if (!SurvivesFile(below)) return ERROR_INVALID_PARAMETER;
   }
   NewOpenKey opened;
   NewChange change(RegistryChange::Kind::kMakeKey);
   if (change.change == nullptr) return ERROR_OUTOFMEMORY;
-  error = opened.Make(place, below, access);
+  LONG error = opened.Make(use.place, below, access);
   bool made = false;
-  if (error == ERROR_SUCCESS) error = change.Make(&use, place, below, &made);
+  if (error == ERROR_SUCCESS) error = change.Make(&use, below, &made);
   if (error != ERROR_SUCCESS) return error;
   *out = opened.PutInTable();
   if (disposition != nullptr) {
@@ -214,30 +221,24 @@ extern "C" LONG RegCloseKey(HKEY handle) {
 
 extern "C" LONG RegDeleteKeyW(HKEY handle, LPCWSTR path) {
   if (path == nullptr) return ERROR_INVALID_PARAMETER;
-  RegistryUse use(RegistryAccess::kWrite);
-  Place place;
-  RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, ~REGSAM{0}, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
+  KeyUse use(RegistryAccess::kWrite, handle, ~REGSAM{0});
+  if (use.error != ERROR_SUCCESS) return use.error;
   NewChange change(RegistryChange::Kind::kDeleteKey);
   if (change.change == nullptr) return ERROR_OUTOFMEMORY;
   bool changed = false;
-  return change.Make(&use, place, ViewOrEmpty(path), &changed);
+  return change.Make(&use, ViewOrEmpty(path), &changed);
 }
 
 extern "C" LONG RegDeleteValueW(HKEY handle, LPCWSTR name) {
-  RegistryUse use(RegistryAccess::kWrite);
-  Place place;
-  RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, KEY_SET_VALUE, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
+  KeyUse use(RegistryAccess::kWrite, handle, KEY_SET_VALUE);
+  if (use.error != ERROR_SUCCESS) return use.error;
   NewChange change(RegistryChange::Kind::kDeleteValue);
   const WideView value = ViewOrEmpty(name);
   if (change.change == nullptr || !change.change->value_name.Append(value.data(), value.size())) {
     return ERROR_OUTOFMEMORY;
   }
   bool changed = false;
-  return change.Make(&use, place, WideView(), &changed);
+  return change.Make(&use, WideView(), &changed);
 }
 
 extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD type, const BYTE* data,
@@ -262,36 +263,27 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
       !change.change->data.Append(data, kept_size)) {
     return ERROR_OUTOFMEMORY;
   }
-  RegistryUse use(RegistryAccess::kWrite);
-  Place place;
-  RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, KEY_SET_VALUE, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
+  KeyUse use(RegistryAccess::kWrite, handle, KEY_SET_VALUE);
+  if (use.error != ERROR_SUCCESS) return use.error;
   bool changed = false;
-  return change.Make(&use, place, WideView(), &changed);
+  return change.Make(&use, WideView(), &changed);
 }
 
 extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type, BYTE* data,
                                  DWORD* size) {
   if (data != nullptr && size == nullptr) return ERROR_INVALID_PARAMETER;
-  const RegistryUse use(RegistryAccess::kRead);
-  Place place;
-  RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, KEY_QUERY_VALUE, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
-  const RegistryValue* value = key->FindValue(ViewOrEmpty(name));
+  const KeyUse use(RegistryAccess::kRead, handle, KEY_QUERY_VALUE);
+  if (use.error != ERROR_SUCCESS) return use.error;
+  const RegistryValue* value = use.key->FindValue(ViewOrEmpty(name));
   return value == nullptr ? ERROR_FILE_NOT_FOUND : GiveData(*value, type, data, size);
 }
 
 extern "C" LONG RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* length, DWORD*,
                               LPWSTR key_class, DWORD* class_length, FILETIME* written) {
   if (name == nullptr || length == nullptr) return ERROR_INVALID_PARAMETER;
-  const RegistryUse use(RegistryAccess::kRead);
-  Place place;
-  RegistryKey* key = nullptr;
-  const LONG error = FindKey(use, handle, KEY_ENUMERATE_SUB_KEYS, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
-  const RegistryKey* child = key->ChildAt(index);
+  const KeyUse use(RegistryAccess::kRead, handle, KEY_ENUMERATE_SUB_KEYS);
+  if (use.error != ERROR_SUCCESS) return use.error;
+  const RegistryKey* child = use.key->ChildAt(index);
   if (child == nullptr) return ERROR_NO_MORE_ITEMS;
   // Keys have no classes and no times here.
   if (key_class != nullptr && class_length != nullptr && *class_length != 0) key_class[0] = 0;
@@ -305,15 +297,12 @@ extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   if (name == nullptr || length == nullptr || (data != nullptr && size == nullptr)) {
     return ERROR_INVALID_PARAMETER;
   }
-  const RegistryUse use(RegistryAccess::kRead);
-  Place place;
-  RegistryKey* key = nullptr;
-  LONG error = FindKey(use, handle, KEY_QUERY_VALUE, &key, &place);
-  if (error != ERROR_SUCCESS) return error;
-  const RegistryValue* value = key->ValueAt(index);
+  const KeyUse use(RegistryAccess::kRead, handle, KEY_QUERY_VALUE);
+  if (use.error != ERROR_SUCCESS) return use.error;
+  const RegistryValue* value = use.key->ValueAt(index);
   if (value == nullptr) return ERROR_NO_MORE_ITEMS;
   const DWORD room = *length;
-  error = GiveName(value->name(), name, length);
+  LONG error = GiveName(value->name(), name, length);
   if (error != ERROR_SUCCESS) return error;
   error = GiveData(*value, type, data, size);
   if (error != ERROR_SUCCESS) *length = room;
