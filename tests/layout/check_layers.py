@@ -7,6 +7,7 @@ check_layers.py SOURCE_DIR COMPILE_COMMANDS
   the layer's own command line.
 - No include climbs out of its folder with "..".
 - The system is reached through platform only: no system header and no _WIN32 above it.
+- A room of the portable runtime includes only those that ROOMS names.
 - Exceptions, run-time type information and stream headers are not used in the module.
 Exits 1 and names every place that does not comply.
 """
@@ -35,6 +36,21 @@ FORBIDDEN = {
     "streams/stream_binding.cpp": ["class_table.h", "big_int.h"],
     "module/class_table.cpp": ["engine/script_engine.h", "values/value_marshal.h"],
     "platform/runtime/texts/bstr.cpp": ["object_core.h", "byte_buffer.h", "engine/script_engine.h"],
+}
+
+# The rooms of platform/runtime and those that each may include (docs/architecture.md).
+ROOMS = {
+    "classes": {"registry", "charsets", "system", "texts", "heap"},
+    "types": {"registry", "errors", "texts", "heap"},
+    "registry": {"charsets", "system", "texts", "heap"},
+    "streams": {"charsets", "texts", "heap"},
+    "errors": {"heap"},
+    "arrays": {"values", "texts", "heap"},
+    "values": {"texts", "heap"},
+    "charsets": {"texts", "heap"},
+    "system": {"heap"},
+    "texts": {"heap"},
+    "heap": set(),
 }
 
 MODULE_FOLDERS = ["automation", "hash", "cipher", "bignum", "rsa", "streams", "module", "include"]
@@ -94,11 +110,27 @@ def check_sources(source):
                     yield f"{name}:{number}: {match[0]}"
 
 
+def check_rooms(source):
+    runtime = source / "platform/runtime"
+    for path in sorted(runtime.rglob("*")):
+        if path.suffix not in (".h", ".cpp"):
+            continue
+        room = path.relative_to(runtime).parts[0]
+        if room not in ROOMS:
+            yield f"{path.relative_to(source)}: {room} is no room of the runtime"
+            continue
+        for number, line in enumerate(path.read_text().splitlines(), 1):
+            match = re.match(r'\s*#\s*include\s+"(\w+)/', line)
+            if match and match[1] in ROOMS.keys() - ROOMS[room] - {room}:
+                yield f"{path.relative_to(source)}:{number}: {room} may not include {match[1]}"
+
+
 def main():
     source = pathlib.Path(sys.argv[1]).resolve()
     with open(sys.argv[2]) as file:
         commands = {entry["file"]: entry for entry in json.load(file)}
-    failures = list(check_includes(source, commands)) + list(check_sources(source))
+    failures = list(check_includes(source, commands)) + list(check_sources(source)) + \
+        list(check_rooms(source))
     for failure in failures:
         print(failure)
     print(f"{len(FORBIDDEN)} layers, {sum(map(len, FORBIDDEN.values()))} includes tried, "
