@@ -1,7 +1,7 @@
 // The type library: its interfaces and classes. The members are in the table beside each interface.
 #pragma once
 
-#include "portable/interface_table.h"
+#include "seam/interface_table.h"
 
 namespace mirolta {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mirolta.h"
-#include "portable/interface_table.h"
+#include "seam/interface_table.h"
 
 namespace mirolta {
 

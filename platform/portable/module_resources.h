@@ -2,7 +2,7 @@
 // are resources of the file; a module of this runtime attaches a table of them.
 #pragma once
 
-#include "portable/type_tables.h"
+#include "seam/type_tables.h"
 
 namespace mirolta {
 

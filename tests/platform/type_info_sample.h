@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "portable/interface_table.h"
 #include "portable/module_resources.h"
+#include "seam/interface_table.h"
 #include "test_values.h"
 
 namespace mirolta::test {

@@ -8,7 +8,7 @@
 
 #include "mirolta.h"
 #include "owned_value.h"
-#include "portable/interface_table.h"
+#include "seam/interface_table.h"
 #include "test_values.h"
 
 namespace mirolta::test {

@@ -3,7 +3,7 @@
 // their module loaded.
 #pragma once
 
-#include "portable/type_tables.h"
+#include "seam/type_tables.h"
 
 namespace mirolta::runtime {
 

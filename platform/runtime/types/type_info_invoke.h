@@ -1,7 +1,7 @@
 // Late-bound calls through an interface table.
 #pragma once
 
-#include "portable/type_tables.h"
+#include "seam/type_tables.h"
 
 namespace mirolta::runtime {
 

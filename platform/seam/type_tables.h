@@ -1,8 +1,9 @@
-// The tables that describe a type library: its interfaces with their members, and its classes. Type
-// information, late-bound calls and the interface definition file all come from these rows.
+// The tables that describe a type library: its interfaces with their members, and its classes. The
+// module writes them; the runtime's type information and late-bound calls, and the interface
+// definition file, are derived from them.
 #pragma once
 
-#include "portable/dispatch.h"
+#include "system_headers.h"
 
 namespace mirolta {
 

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "portable/type_tables.h"
+#include "seam/type_tables.h"
 
 namespace mirolta {
 
