@@ -13,6 +13,9 @@ namespace {
 
 TypeInfoHolder type_info(IID_IPexBigNumber);
 
+// From this many 32-bit words on, conversions of a number's text are recursive and use much stack.
+constexpr uint32_t kLargeNumberWords = 64;
+
 // WipedNumbers runs a member's work without the lock and wipes stack and registers, since numbers are
 // secrets. work(use) sets *use if it used much stack; a failure counts as that.
 template <typename Work>

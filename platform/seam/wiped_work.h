@@ -15,9 +15,6 @@ enum class StackUse : uint8_t {
   kDeep,    // powers, primes, texts of large numbers
 };
 
-// Break-even size of the recursive conversions of a number's text, in 32-bit words.
-inline constexpr uint32_t kLargeNumberWords = 64;
-
 // RunWiped calls function(context) and returns its status. Before it returns, it overwrites the
 // part of the stack that the call used and clears the registers that a call need not preserve:
 // compilers leave copies of secrets in both. Secrets in other memory are wiped by its owners. *use
