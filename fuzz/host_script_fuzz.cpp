@@ -257,7 +257,7 @@ void RunGrammar(FuzzInput& in) {
   const std::function<uint32_t(uint32_t)> choose = [&](uint32_t count) {
     return in.Byte() % count;
   };
-  const test::GeneratedScript made = test::MakeScript(choose);
+  const mirolta::test::GeneratedScript made = mirolta::test::MakeScript(choose);
   const bool as_meant = RewriteCallAssignments(made.script) == made.rewritten;
   const bool compiles = Compiles(Compiler().api(), made.rewritten);
   if (!as_meant || !compiles) std::fprintf(stderr, "%s\n", made.script.c_str());
