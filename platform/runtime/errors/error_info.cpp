@@ -1,3 +1,4 @@
+#include "heap/reference_count.h"
 #include "portable/error_info.h"
 
 #include "errors/error_slot.h"
@@ -26,16 +27,14 @@ class ErrorInfo final : public ICreateErrorInfo, public IErrorInfo {
     AddRef();
     return S_OK;
   }
-  ULONG STDMETHODCALLTYPE AddRef() override {
-    return static_cast<ULONG>(InterlockedIncrement(&references_));
-  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return references_.Add(); }
   ULONG STDMETHODCALLTYPE Release() override {
-    const LONG left = InterlockedDecrement(&references_);
+    const ULONG left = references_.Remove();
     if (left == 0) {
       this->~ErrorInfo();
       FreeRuntime(this);
     }
-    return static_cast<ULONG>(left);
+    return left;
   }
 
   HRESULT STDMETHODCALLTYPE SetGUID(REFGUID guid) override {
@@ -98,7 +97,7 @@ class ErrorInfo final : public ICreateErrorInfo, public IErrorInfo {
     return *out == nullptr ? E_OUTOFMEMORY : S_OK;
   }
 
-  LONG volatile references_ = 1;
+  ReferenceCount references_;
   GUID guid_ = GUID_NULL;
   BSTR source_ = nullptr;
   BSTR description_ = nullptr;

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -50,40 +51,18 @@ class FileStream final : public StreamBase {
       : file_(file), mode_(mode), name_(std::move(name)) {}
 
   HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read_count) override {
-    ULONG done = 0;
-    HRESULT status = bytes == nullptr ? STG_E_INVALIDPOINTER : S_OK;
-    while (status == S_OK && done < count) {
-      const size_t part = count - done < kLargestTransfer ? count - done : kLargestTransfer;
-      const ssize_t got = read(file_, static_cast<BYTE*>(bytes) + done, part);
-      if (got > 0) {
-        done += static_cast<ULONG>(got);
-      } else if (got == 0) {
-        status = S_FALSE;
-      } else if (errno != EINTR) {
-        status = StatusOf(errno, STG_E_READFAULT);
-      }
-    }
-    if (read_count != nullptr) *read_count = done;
-    return status;
+    const auto read_part = [&](ULONG done, size_t size) {
+      return read(file_, static_cast<BYTE*>(bytes) + done, size);
+    };
+    return Transfer(bytes, count, read_count, S_FALSE, STG_E_READFAULT, read_part);
   }
 
   // After a failure *written counts the bytes written before it.
   HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) override {
-    ULONG done = 0;
-    HRESULT status = bytes == nullptr ? STG_E_INVALIDPOINTER : S_OK;
-    while (status == S_OK && done < count) {
-      const size_t part = count - done < kLargestTransfer ? count - done : kLargestTransfer;
-      const ssize_t put = write(file_, static_cast<const BYTE*>(bytes) + done, part);
-      if (put > 0) {
-        done += static_cast<ULONG>(put);
-      } else if (put == 0) {
-        status = STG_E_WRITEFAULT;
-      } else if (errno != EINTR) {
-        status = StatusOf(errno, STG_E_WRITEFAULT);
-      }
-    }
-    if (written != nullptr) *written = done;
-    return status;
+    const auto write_part = [&](ULONG done, size_t size) {
+      return write(file_, static_cast<const BYTE*>(bytes) + done, size);
+    };
+    return Transfer(bytes, count, written, STG_E_WRITEFAULT, STG_E_WRITEFAULT, write_part);
   }
 
   HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin,
@@ -116,9 +95,8 @@ class FileStream final : public StreamBase {
   }
 
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override {
-    if (statistics == nullptr) return STG_E_INVALIDPOINTER;
-    if (flags > STATFLAG_NONAME) return STG_E_INVALIDFLAG;
-    *statistics = {};
+    const HRESULT status = BeginStat(statistics, flags);
+    if (FAILED(status)) return status;
     struct stat facts = {};
     if (fstat(file_, &facts) != 0) return STG_E_READFAULT;
     if (flags == STATFLAG_DEFAULT) {
@@ -144,6 +122,28 @@ class FileStream final : public StreamBase {
 
  private:
   ~FileStream() { close(file_); }
+
+  // Calls part(done, size) until `count` bytes are transferred. `at_end` is the status when no byte is,
+  // `fault` that of an error without a status of its own.
+  template <typename Part>
+  static HRESULT Transfer(const void* bytes, ULONG count, ULONG* transferred, HRESULT at_end,
+                          HRESULT fault, Part part) {
+    ULONG done = 0;
+    HRESULT status = bytes == nullptr ? STG_E_INVALIDPOINTER : S_OK;
+    while (status == S_OK && done < count) {
+      const ssize_t moved = part(done, std::min<size_t>(count - done, kLargestTransfer));
+      if (moved > 0) {
+        done += static_cast<ULONG>(moved);
+      } else if (moved == 0) {
+        status = at_end;
+      } else if (errno != EINTR) {
+        status = StatusOf(errno, fault);
+      }
+    }
+    if (transferred != nullptr) *transferred = done;
+    return status;
+  }
+
   void Destroy() override {
     this->~FileStream();
     FreeRuntime(this);

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <mutex>
 
+#include "heap/reference_count.h"
 #include "heap/runtime_array.h"
 #include "streams/stream_base.h"
 
@@ -10,12 +11,12 @@ namespace {
 
 // The bytes that a stream shares with its clones, which other threads may use.
 struct SharedBytes {
-  LONG volatile references = 1;
+  ReferenceCount references;
   std::mutex lock;
   RuntimeArray<BYTE> bytes;
 
   static void Release(SharedBytes* shared) {
-    if (InterlockedDecrement(&shared->references) == 0) DeleteRuntime(shared);
+    if (shared->references.Remove() == 0) DeleteRuntime(shared);
   }
 };
 
@@ -79,11 +80,10 @@ class MemoryStream final : public StreamBase {
   }
 
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override {
-    if (statistics == nullptr) return STG_E_INVALIDPOINTER;
-    if (flags > STATFLAG_NONAME) return STG_E_INVALIDFLAG;
+    const HRESULT status = BeginStat(statistics, flags);
+    if (FAILED(status)) return status;
     const std::lock_guard<std::mutex> lock(shared_->lock);
-    *statistics = {};  // a memory stream has no name
-    statistics->type = STGTY_STREAM;
+    statistics->type = STGTY_STREAM;  // without a name
     statistics->cbSize.QuadPart = shared_->bytes.size();
     statistics->grfMode = STGM_READWRITE;
     return S_OK;
@@ -95,7 +95,7 @@ class MemoryStream final : public StreamBase {
     const std::lock_guard<std::mutex> lock(shared_->lock);
     *out = NewRuntime<MemoryStream>(shared_, position_);
     if (*out == nullptr) return E_OUTOFMEMORY;
-    InterlockedIncrement(&shared_->references);
+    shared_->references.Add();
     return S_OK;
   }
 

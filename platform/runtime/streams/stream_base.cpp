@@ -19,13 +19,20 @@ HRESULT STDMETHODCALLTYPE StreamBase::QueryInterface(REFIID iid, void** out) {
 }
 
 ULONG STDMETHODCALLTYPE StreamBase::AddRef() {
-  return static_cast<ULONG>(InterlockedIncrement(&references_));
+  return references_.Add();
 }
 
 ULONG STDMETHODCALLTYPE StreamBase::Release() {
-  const LONG left = InterlockedDecrement(&references_);
+  const ULONG left = references_.Remove();
   if (left == 0) Destroy();
-  return static_cast<ULONG>(left);
+  return left;
+}
+
+HRESULT StreamBase::BeginStat(STATSTG* statistics, DWORD flags) {
+  if (statistics == nullptr) return STG_E_INVALIDPOINTER;
+  if (flags > STATFLAG_NONAME) return STG_E_INVALIDFLAG;
+  *statistics = {};
+  return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE StreamBase::CopyTo(IStream* to, ULARGE_INTEGER count,

@@ -2,6 +2,7 @@
 // that do nothing.
 #pragma once
 
+#include "heap/reference_count.h"
 #include "portable/stream.h"
 #include "portable/system.h"
 
@@ -33,13 +34,16 @@ class StreamBase : public IStream {
 
  protected:
   ~StreamBase() = default;
+  // Checks the arguments of Stat and zeroes *statistics.
+  // Errors: STG_E_INVALIDPOINTER, STG_E_INVALIDFLAG.
+  static HRESULT BeginStat(STATSTG* statistics, DWORD flags);
   // Destroys the object and frees its memory.
   virtual void Destroy() = 0;
   // The most bytes that a copy may read: a stream that is copied to its own clone grows meanwhile.
   virtual ULONGLONG CopyLimit() = 0;
 
  private:
-  LONG volatile references_ = 1;
+  ReferenceCount references_;
 };
 
 }  // namespace mirolta::runtime

@@ -5,7 +5,6 @@
 #include <new>
 
 #include "heap/allocation.h"
-#include "portable/system.h"
 #include "texts/wide_text.h"
 
 namespace mirolta::runtime {
@@ -103,7 +102,6 @@ void CopyTable(Arena& arena, const TypeLibraryTable& from, CopiedLibrary* to) {
   copy.classes = classes;
 
   if (to == nullptr) return;
-  to->references = 1;
   to->id = *from.id;
   to->table = copy;
   to->table.id = &to->id;
@@ -125,11 +123,11 @@ CopiedLibrary* CopyTypeLibrary(const TypeLibraryTable& table) {
 }
 
 void AddReference(CopiedLibrary* library) {
-  InterlockedIncrement(&library->references);
+  library->references.Add();
 }
 
 void ReleaseReference(CopiedLibrary* library) {
-  if (InterlockedDecrement(&library->references) == 0) FreeRuntime(library);
+  if (library->references.Remove() == 0) FreeRuntime(library);
 }
 
 }  // namespace mirolta::runtime

@@ -3,13 +3,14 @@
 // their module loaded.
 #pragma once
 
+#include "heap/reference_count.h"
 #include "seam/type_tables.h"
 
 namespace mirolta::runtime {
 
 // One block of memory holds the copy and all its texts.
 struct CopiedLibrary {
-  LONG volatile references;
+  ReferenceCount references;
   GUID id;
   TypeLibraryTable table;  // points into the block
 };

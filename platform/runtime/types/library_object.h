@@ -2,7 +2,7 @@
 #pragma once
 
 #include "heap/allocation.h"
-#include "portable/system.h"
+#include "heap/reference_count.h"
 #include "types/type_objects.h"
 
 namespace mirolta::runtime {
@@ -20,14 +20,14 @@ class LibraryObject : public Interface {
     *out = static_cast<Interface*>(this);
     return S_OK;
   }
-  ULONG AddRef() final { return static_cast<ULONG>(InterlockedIncrement(&references_)); }
+  ULONG AddRef() final { return references_.Add(); }
   ULONG Release() final {
-    const LONG left = InterlockedDecrement(&references_);
+    const ULONG left = references_.Remove();
     if (left == 0) {
       ReleaseReference(library_);
       FreeRuntime(this);
     }
-    return static_cast<ULONG>(left);
+    return left;
   }
 
  protected:
@@ -38,7 +38,7 @@ class LibraryObject : public Interface {
   CopiedLibrary* const library_;
 
  private:
-  LONG volatile references_ = 1;
+  ReferenceCount references_;
 };
 
 }  // namespace mirolta::runtime

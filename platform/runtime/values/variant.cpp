@@ -76,14 +76,6 @@ HRESULT VariantCopyInd(VARIANT* to, const VARIANT* from) {
   HRESULT status = ViewReference(from, &made);
   if (SUCCEEDED(status)) status = CheckType(made.vt);
   if (SUCCEEDED(status)) status = OwnCopy(&made);
-  if (FAILED(status)) return status;
-  // *to may be the reference or what it refers to, so it is cleared last.
-  status = VariantClear(to);
-  if (FAILED(status)) {
-    VariantClear(&made);
-    return status;
-  }
-  *to = made;
-  return S_OK;
+  return FAILED(status) ? status : ReplaceValue(to, &made);
 }
 }

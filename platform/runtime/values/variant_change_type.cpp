@@ -245,15 +245,7 @@ HRESULT ChangeInto(VARIANT* to, const VARIANT* from, LCID locale, USHORT flags, 
   } else {
     status = Change(view, locale, flags, type, &made);
   }
-  if (FAILED(status)) return status;
-  // Cleared last: *to may be the source or what it refers to.
-  status = VariantClear(to);
-  if (FAILED(status)) {
-    VariantClear(&made);
-    return status;
-  }
-  *to = made;
-  return S_OK;
+  return FAILED(status) ? status : ReplaceValue(to, &made);
 }
 
 }  // namespace

@@ -72,6 +72,16 @@ void* ValueAddress(VARIANT* value) {
   return &value->llVal;
 }
 
+HRESULT ReplaceValue(VARIANT* to, VARIANT* made) {
+  const HRESULT status = VariantClear(to);
+  if (FAILED(status)) {
+    VariantClear(made);
+    return status;
+  }
+  *to = *made;
+  return S_OK;
+}
+
 HRESULT ViewReference(const VARIANT* from, VARIANT* to) {
   if (from->byref == nullptr) return E_INVALIDARG;
   const VARTYPE pointed = static_cast<VARTYPE>(from->vt & ~VT_BYREF);

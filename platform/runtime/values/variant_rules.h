@@ -28,6 +28,11 @@ HRESULT CopyValueText(BSTR from, BSTR* to);
 // ValueAddress returns the address of the value in *value, of a plain type other than DECIMAL.
 void* ValueAddress(VARIANT* value);
 
+// ReplaceValue clears *to and moves *made there. It is called last, since *to may be what *made was made
+// from.
+// Errors: VariantClear's; *made is then cleared instead.
+HRESULT ReplaceValue(VARIANT* to, VARIANT* made);
+
 // ViewReference sets *to to a shallow view of what *from refers to; it owns nothing.
 // Errors: E_INVALIDARG for a null address, a type that cannot be referred to, or a reference to a
 //         VARIANT that itself refers to a VARIANT.
