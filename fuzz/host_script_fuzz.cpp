@@ -1,11 +1,12 @@
-// Generated scripts without endless loops, run on two script hosts whose logs must be equal. The
-// program is the module, and the only one registered. The first byte of the input chooses:
-// - automation objects: statements that create them, read and set their members, and call and assign
-//   with each other's results, inheriting objects and unusual values; one host rewrites assignments
-//   to calls, the other runs them as the generator rewrote them;
-// - streams: a model predicts the log and the files;
-// - the grammar of the language: the generator knows what is rewritten, and the result compiles;
-// - any text: what compiles also compiles after rewriting.
+// Scripts without endless loops, made from the input, on two script hosts, which must log the same.
+// The program is the module, and the only one that is registered. The first byte of the input
+// selects what the script is made of:
+// - automation objects: statements that create them, get and set their properties, call them and
+//   assign to calls, with each other's results, heirs and odd values as arguments; one host runs
+//   what RewriteCallAssignments makes of the script, the other what the generator expects;
+// - streams: a model says what the script must log and what its files must hold;
+// - the grammar of the language: the rewritten script is known, and compiles;
+// - any text: if it compiles, it compiles after rewriting too.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,7 +30,7 @@ using namespace mirolta::fuzz;
 
 namespace {
 
-// Checks that classes are found: otherwise every script would see errors only.
+// Without this check no class might be found, and every script would only see errors.
 bool CreatesObjects() {
   ScriptEngine engine;
   std::string problem;
@@ -111,7 +112,7 @@ struct ObjectScript {
   std::string rewritten;
 };
 
-// Both forms of the left side of an assignment; `value` is the right side.
+// An assignment to a call, as written and as rewritten.
 ObjectScript CallAssignment(FuzzInput& in, const std::string& object) {
   const std::string name = Pick(in, kNames), argument = Pick(in, kValues),
                     value = Pick(in, kValues);
@@ -171,7 +172,7 @@ bool Compiles(duk_context* api, const std::string& text) {
   return compiles;
 }
 
-// Runs the script on a new host and returns the global `log`.
+// Runs the script in a new engine and returns the global `log`.
 std::string LogOf(const std::string& script, const std::string& folder = "") {
   ScriptEngine engine;
   std::string problem;
@@ -212,7 +213,7 @@ const std::string& Folder() {
   return folder;
 }
 struct FolderEnd {
-  // The folder's name is constructed before this object, so it is destroyed later.
+  // The name is constructed before this object and so outlives it.
   FolderEnd() { (void)Folder(); }
   FolderEnd(const FolderEnd&) = delete;
   FolderEnd& operator=(const FolderEnd&) = delete;

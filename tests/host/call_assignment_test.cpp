@@ -8,11 +8,13 @@
 #include <iterator>
 #include <string>
 
-#include "engine/script_engine.h"
 #include "generated_script.h"
+#include "host_fixture.h"
 
 namespace mirolta::host {
 namespace {
+
+using CallAssignmentEngine = EngineTest;
 
 struct RewriteCase {
   const char* script;
@@ -52,7 +54,7 @@ TEST(CallAssignment, AssignmentsToCallsAreRewritten) {
   }
 }
 
-TEST(CallAssignment, OtherScriptsStayAsTheyAre) {
+TEST(CallAssignment, OtherScriptsDoNotChange) {
   const char* kScripts[] = {
       "",
       "o.T(1) == 2",
@@ -80,7 +82,7 @@ TEST(CallAssignment, OtherScriptsStayAsTheyAre) {
       "( ) ) ] } = 1",
       "return /x(1) = 2/",
       "1e+5.T",
-      // A parenthesis after one that holds no operand
+      // A parenthesis at the start of a statement
       "if (true) (a) = 1",
       "for (i in x) (b.c) = i",
       "for (;;) (b.c) = i",
@@ -101,7 +103,7 @@ TEST(CallAssignment, OtherScriptsStayAsTheyAre) {
       "x ? (a) : (b) = 1",
       "x: (a) = 1",
       "x = { if: (a) = 1, get if() { (b) = 2 }, return: /(1)(2) = 3/ }",
-      // A slash after a brace or a word
+      // A slash after a brace or a keyword
       "x = {} / 2; y = '/(1) = 2'",
       "x = function () { } / 2; y = '/(1) = 2'",
       "{ } /'/.test(y)",
@@ -109,7 +111,7 @@ TEST(CallAssignment, OtherScriptsStayAsTheyAre) {
       "x = y.return / 2 + '/(1) = 2'",
       "return\n{ } /'(1)(2) = 3/.test(y)",
       "x = a\n++/x'/.lastIndex; '(1)(2) = 3'",
-      // Strings and comments that go on, or end early
+      // Strings and comments over several lines, and comments of HTML
       "'a\\\r\no.T(1) = 2'",
       "'a\\\no.T(1) = 2'",
       "/* ' */ x = 'o.T(1) = 2'",
@@ -119,7 +121,7 @@ TEST(CallAssignment, OtherScriptsStayAsTheyAre) {
   for (const char* script : kScripts) EXPECT_EQ(RewriteCallAssignments(script), script) << script;
 }
 
-TEST(CallAssignment, LineNumbersStay) {
+TEST(CallAssignment, LineNumbersDoNotChange) {
   const std::string script = "a\n.\nT\n(\n1\n)\n=\n2";
   const std::string rewritten = RewriteCallAssignments(script);
   EXPECT_NE(rewritten, script);
@@ -127,36 +129,33 @@ TEST(CallAssignment, LineNumbersStay) {
             std::count(script.begin(), script.end(), '\n'));
 }
 
-// Scripts from the grammar, which knows what each parenthesis is.
-TEST(CallAssignment, GeneratedScriptsAreRewrittenAsTheyWereMeant) {
+// The generator knows from the grammar what each parenthesis is.
+TEST_F(CallAssignmentEngine, GeneratedScriptsAreRewrittenAsTheGeneratorExpects) {
   uint32_t state = 1;
   const std::function<uint32_t(uint32_t)> choose = [&](uint32_t count) {
     state = state * 1664525u + 1013904223u;
     return (state >> 8) % count;
   };
-  ScriptEngine engine;
-  std::string problem;
-  ASSERT_TRUE(engine.Start(&problem)) << problem;
   int with_assignments = 0, without = 0;
   for (int round = 0; round < 10000; ++round) {
     state = static_cast<uint32_t>(round) * 2654435761u;
     const test::GeneratedScript one = test::MakeScript(choose);
     ASSERT_EQ(RewriteCallAssignments(one.script), one.rewritten) << round << ": " << one.script;
-    // What the host makes holds no more assignments to calls.
+    // A rewritten script has no more assignments to calls.
     ASSERT_EQ(RewriteCallAssignments(one.rewritten), one.rewritten) << one.script;
     ++(one.call_assignments != 0 ? with_assignments : without);
     if (round % 8 != 0) continue;
-    ASSERT_EQ(duk_pcompile_lstring(engine.api(), 0, one.rewritten.data(), one.rewritten.size()), 0)
-        << duk_safe_to_string(engine.api(), -1) << "\n"
+    ASSERT_EQ(duk_pcompile_lstring(api(), 0, one.rewritten.data(), one.rewritten.size()), 0)
+        << PopText() << "\n"
         << one.rewritten;
-    duk_pop(engine.api());
+    duk_pop(api());
   }
   EXPECT_GT(with_assignments, 1000);
   EXPECT_GT(without, 1000);
 }
 
-// Whatever the bytes, it comes back and changes nothing but what it inserts.
-TEST(CallAssignment, AnyBytesAreTaken) {
+// Rewriting removes at most the dot of a member, and inserts more.
+TEST(CallAssignment, AnyBytesAreAcceptedAndNoneAreLost) {
   const std::string pieces[] = {"(", ")",  "[",  "]",  "=", ".", "a", "/",
                                 "'", "\"", "\\", "\n", "*", "{", "}"};
   uint32_t state = 1;

@@ -1,11 +1,12 @@
-// An automation module for the host's tests, written by hand: a class whose members take and give
-// every kind of value, count their calls and fail on demand.
+// An automation module for the host's tests: a class without a type library whose members take and
+// return every kind of value, count their calls and fail on demand.
 #include <dlfcn.h>
 #include <string.h>
 
 #include <map>
 #include <string>
 
+#include "objects/counted_object.h"
 #include "platform.h"
 
 namespace {
@@ -13,6 +14,8 @@ namespace {
 constexpr CLSID kFakeClass = {
     0x3B1F6A52, 0x77C0, 0x4D0E, {0x8E, 0x21, 0x6B, 0x9D, 0x40, 0x1C, 0xF3, 0xA8}};
 constexpr OLECHAR kProgIdKey[] = OLESTR("Fake.Object\\CLSID");
+
+using mirolta::host::CountedObject;
 
 LONG live_objects = 0;
 
@@ -36,27 +39,10 @@ HRESULT GiveNumber(VARIANT* result, LONG number) {
   return S_OK;
 }
 
-// Has no IDispatch and no stream.
-class PlainObject final : public IUnknown {
+// An object without IDispatch and IStream.
+class PlainObject final : public CountedObject<PlainObject, IUnknown> {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = iid == IID_IUnknown ? this : nullptr;
-    if (*out == nullptr) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override {
-    return static_cast<ULONG>(InterlockedIncrement(&references_));
-  }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
-    return static_cast<ULONG>(left);
-  }
-
- private:
-  ~PlainObject() = default;
-  LONG references_ = 1;
+  static bool Implements(REFIID) { return false; }
 };
 
 // A two-dimensional array of strings "row,column", rows 1..2, columns 0..2.
@@ -103,9 +89,9 @@ void GiveVariants(VARIANT* result) {
   result->parray = array;
 }
 
-BYTE referred_byte = 200;
+BYTE referenced_byte = 200;
 
-// A value of the kind that the name tells.
+// Makes a value by the name of its kind.
 HRESULT MakeValue(const std::string& kind, VARIANT* result) {
   static const std::map<std::string, void (*)(VARIANT*)> kMakers = {
       {"empty", [](VARIANT* v) { v->vt = VT_EMPTY; }},
@@ -137,7 +123,7 @@ HRESULT MakeValue(const std::string& kind, VARIANT* result) {
       {"bytes", [](VARIANT* v) { GiveBytes(v, 0, std::string("\0\x01\xFF", 3)); }},
       {"nobytes", [](VARIANT* v) { GiveBytes(v, 0, ""); }},
       {"bytesfrom5", [](VARIANT* v) { GiveBytes(v, 5, "ab"); }},
-      {"byref", [](VARIANT* v) { v->vt = VT_BYREF | VT_UI1, v->pbVal = &referred_byte; }},
+      {"byref", [](VARIANT* v) { v->vt = VT_BYREF | VT_UI1, v->pbVal = &referenced_byte; }},
       {"emptytext", [](VARIANT* v) { v->vt = VT_BSTR, v->bstrVal = nullptr; }},
       {"record", [](VARIANT* v) { v->vt = VT_RECORD; }},
   };
@@ -147,7 +133,7 @@ HRESULT MakeValue(const std::string& kind, VARIANT* result) {
   return S_OK;
 }
 
-// What arrived: the type's number and, where it is short, the value.
+// The type of a value and, for simple types, the value.
 Text Describe(const VARIANT& value) {
   std::string text = std::to_string(value.vt);
   switch (value.vt) {
@@ -259,24 +245,12 @@ bool SameName(const OLECHAR* a, const OLECHAR* b) {
   return false;
 }
 
-class FakeObject final : public IDispatch {
+class FakeObject final : public CountedObject<FakeObject, IDispatch> {
  public:
   FakeObject() { InterlockedIncrement(&live_objects); }
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-    if (*out == nullptr) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override {
-    return static_cast<ULONG>(InterlockedIncrement(&references_));
-  }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0) delete this;
-    return static_cast<ULONG>(left);
-  }
+  static bool Implements(REFIID iid) { return iid == IID_IDispatch; }
+
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     *count = 0;
     return S_OK;
@@ -309,6 +283,8 @@ class FakeObject final : public IDispatch {
   }
 
  private:
+  friend CountedObject;
+
   ~FakeObject() {
     VariantClear(&value_);
     if (held_ != nullptr) held_->Release();
@@ -321,7 +297,7 @@ class FakeObject final : public IDispatch {
     if (is_put && (params.cNamedArgs != 1 || params.rgdispidNamedArgs[0] != DISPID_PROPERTYPUT)) {
       return E_INVALIDARG;
     }
-    // The arguments from the last one on.
+    // Last argument first.
     const VARIANT* arguments = params.rgvarg;
     const UINT count = params.cArgs;
     switch (id) {
@@ -416,7 +392,7 @@ class FakeObject final : public IDispatch {
     return DISP_E_EXCEPTION;
   }
 
-  // Calls a function of the script with the number 1, and its member `name` if it has one.
+  // Calls `member` of the object with the number 1, or the object itself if it has none.
   static HRESULT CallBack(const VARIANT& function, VARIANT* result, EXCEPINFO* exception) {
     if (function.vt != VT_DISPATCH) return DISP_E_TYPEMISMATCH;
     VARIANT one = {};
@@ -431,7 +407,6 @@ class FakeObject final : public IDispatch {
                                      nullptr);
   }
 
-  LONG references_ = 1;
   LONG lookups_ = 0;
   LONG put_kind_ = 0;
   VARIANT value_{};

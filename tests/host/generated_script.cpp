@@ -58,13 +58,13 @@ class Maker {
   }
   bool Maybe() { return choose_(3) == 2; }
 
-  // The same in both scripts, or each its own.
+  // Appends to both scripts: the same text, or one to each.
   void Both(string_view text) { Each(text, text); }
   void Each(string_view script, string_view rewritten) {
     made_.script += script;
     made_.rewritten += rewritten;
   }
-  // A gap on one line; a space where tokens would run together.
+  // White space without a line break; at least a space where tokens would merge.
   void Space() {
     const char last = made_.script.empty() ? '(' : made_.script.back();
     if (string_view("()[]{};,.\n").find(last) == string_view::npos) Both(" ");
@@ -75,7 +75,7 @@ class Maker {
     if (Maybe()) Both(Pick(kLineGaps)), Space();
   }
   void Put(string_view text) { Both(text), Gap(); }
-  // What comes next has to be on the same line.
+  // The next token has to be on the same line.
   void PutOnLine(string_view text) { Both(text), Space(); }
 
   // ( Expression )
@@ -123,8 +123,7 @@ class Maker {
     Put("}");
   }
 
-  // A primary expression that may be called and have members. One at the start of a statement is
-  // neither a function nor an object.
+  // A primary expression. At the start of a statement it is neither a function nor an object.
   void Primary(int depth, bool starts_statement = false) {
     switch (depth <= 0 ? choose_(2) : choose_(starts_statement ? 5 : 8)) {
       case 0:
@@ -153,7 +152,7 @@ class Maker {
     Put(starts_statement || Maybe() ? "a" : Pick(kNames));
   }
 
-  // What may be called: members and calls behind a name.
+  // A callable expression: a name followed by members and calls.
   void Chain(int depth, bool starts_statement = false) {
     Callee(depth, starts_statement);
     for (uint32_t i = choose_(3); i > 0; --i) {
@@ -200,7 +199,7 @@ class Maker {
     }
   }
 
-  // A place that may be assigned to, in parentheses too.
+  // An assignment target, possibly in parentheses.
   void Target(int depth, bool starts_statement = false) {
     switch (choose_(3)) {
       case 0:
@@ -253,7 +252,7 @@ class Maker {
     Put(";");
   }
 
-  // One where only one may be, and one where any number may.
+  // A statement where exactly one is allowed, and one in a list.
   void SubStatement(int depth) { StatementThat(true, depth); }
   void Inside(int depth) { StatementThat(false, depth); }
   void StatementThat(bool is_alone, int depth) {
@@ -276,7 +275,7 @@ class Maker {
         if (Maybe()) Both("else "), SubStatement(depth - 1);
         return;
       case 4:
-        // No operator "in" at its start.
+        // The initializer must not contain the operator in.
         Put("for"), Put("("), Put("a"), Put("="), InParentheses(depth - 1), Put(";"), Put(";"),
             Expression(depth - 1);
         return Put(")"), SubStatement(depth - 1);
@@ -309,7 +308,7 @@ class Maker {
         const std::string label = "l" + std::to_string(depth) + std::to_string(labels_++);
         Put(label), Put(":"), Put("for"), Put("("), Put(";"), Put(";"), Put(")"), Put("{");
         Inside(depth - 1);
-        // A line break ends it, and the parenthesis after it starts a statement.
+        // The line break ends the statement, so the parenthesis starts the next.
         Both(Maybe() ? "break " : "continue "), Both(label), Both("\n");
         Put("("), Put("a"), Put(")"), Put("="), Expression(depth - 1), End();
         --labels_;

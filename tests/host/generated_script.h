@@ -1,6 +1,6 @@
-// Scripts made from the grammar of ES5, with spaces, comments and line breaks wherever they may be,
-// and assignments to calls in them; and the same scripts as the host compiles them. That is written
-// down while the script is made, from the grammar, and not read out of its text.
+// Random scripts generated from the grammar of ES5, with white space, comments and line breaks
+// wherever they are allowed, and with assignments to calls; and what the host must rewrite them to.
+// The generator writes both from the grammar, without parsing the script.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ struct GeneratedScript {
   int call_assignments = 0;
 };
 
-// MakeScript makes a script by choices: choose(n) answers 0..n-1. Answers of 0 lead to its end.
-// What it makes compiles once it is rewritten; it may not be run, since its loops do not end.
+// MakeScript generates a script by choices: choose(n) returns 0..n-1. If it always returns 0, the
+// script ends. The rewritten script compiles; do not run it, since its loops are endless.
 GeneratedScript MakeScript(const std::function<uint32_t(uint32_t)>& choose);
 
 }  // namespace mirolta::test

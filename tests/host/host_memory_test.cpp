@@ -1,17 +1,17 @@
-// Memory that runs out in the host's native functions: for every one of them allocation 1, 2, 3 ...
-// fails, of operator new, of the runtime or of the script engine. Each failure is a script error
-// that says so, nothing is lost, and the same call goes well afterwards. The program is the module.
+// Out of memory in the host's native functions: for each of them the first, second, third ...
+// allocation of operator new, of the runtime or of the script engine fails. Each failure is an
+// out-of-memory error of the script, nothing leaks, and the same call succeeds afterwards. The
+// program is the module.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <optional>
 #include <string>
 
 #include "engine/host_errors.h"
-#include "engine/script_engine.h"
 #include "files/output_file.h"
+#include "host_fixture.h"
 #include "memory_watch.h"
 #include "mirolta.h"
 #include "objects/dispatch_object.h"
@@ -24,11 +24,11 @@ MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
 namespace mirolta::host {
 namespace {
 
-// A script of the native functions named; it runs again and again and gives the same text.
+// A script that calls the native functions named; every run gives the same text.
 struct NativeRow {
   const char* name;
   const char* script;
-  HRESULT also = E_OUTOFMEMORY;  // another number that may say so
+  HRESULT also = E_OUTOFMEMORY;  // another number that the error may have
 };
 constexpr NativeRow kRows[] = {
     {"Echo", "WScript.Echo('a\\u00e9\\ud83d\\ude00\\ud800' + long, 1, true, undefined, [1, 2])"},
@@ -74,7 +74,7 @@ constexpr NativeRow kRows[] = {
     {"object as result", "number.Value = 7; var n = number.NewNumber(); typeof n"},
     {"object as argument",
      "var n = new ActiveXObject('Vardeko.crypt.Number'); n.Value = 7; n.Add(n)",
-     // Of an error of an object that is read as a value the runtime keeps that there was one.
+     // The runtime reports only that reading an object as a value failed.
      DISP_E_EXCEPTION},
     {"property by reference", "filter.Stream = stream; typeof filter.Stream"},
     {"assignment with arguments", "number['Text()='](65001).value = '12'; number.Value"},
@@ -113,7 +113,7 @@ constexpr char kStart[] =
     "var hash = new ActiveXObject('Vardeko.crypt.HashObject');"
     "var other = new ActiveXObject('Vardeko.crypt.HashObject'); hash.InitHash('MD5');"
     "var filter = new ActiveXObject('Vardeko.crypt.ToviStreamDigest');"
-    // The error of f, unless memory is short, which is an error of the row.
+    // Returns the error of f; an out-of-memory error is thrown on.
     "function failing(f) {"
     "  try { f() } catch (e) {"
     "    if (e.number === -2147024882 || e.number === -2147287032 ||"
@@ -123,21 +123,10 @@ constexpr char kStart[] =
     "  throw new Error('no error');"
     "}";
 
-// Is called with one argument: gives values that scripts cannot make, calls functions and members,
-// and gives back all else.
-class Sink final : public IDispatch {
+// A function of one argument. For some strings it returns a value that scripts cannot make; it
+// calls an object and returns any other argument.
+class Sink final : public StubDispatch {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-    return *out != nullptr ? S_OK : E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return DISP_E_UNKNOWNNAME;
-  }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT* result,
                                    EXCEPINFO* exception, UINT*) override {
     if (params->cArgs != 1) return DISP_E_BADPARAMCOUNT;
@@ -204,7 +193,7 @@ class Sink final : public IDispatch {
   ~Sink() { SysFreeString(text_); }
 };
 
-// What is printed meanwhile goes nowhere.
+// Discards the output of both standard streams.
 class Quiet {
  public:
   Quiet() {
@@ -240,32 +229,30 @@ bool PrepareModule() {
 
 enum class Heap { kOperatorNew, kRuntime, kEngine };
 
-class HostMemory : public testing::TestWithParam<Heap> {
+class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
  protected:
   void SetUp() override {
     static const bool prepared = PrepareModule();
     ASSERT_TRUE(prepared);
-    std::string problem;
     engine_.emplace();
     engine_->context().arguments = {"one", "two \xFF"};
-    ASSERT_TRUE(engine_->Start(&problem)) << problem;
+    Start(&*engine_);
     PushDispatch(api(), &sink_);
     duk_put_global_string(api(), "sink");
-    const std::string file = testing::TempDir() + "mirolta-" + std::to_string(getpid());
-    duk_push_string(api(), file.c_str());
+    duk_push_string(api(), file_.c_str());
     duk_put_global_string(api(), "file");
-    ASSERT_EQ(duk_peval_string(api(), kStart), 0) << duk_safe_to_string(api(), -1);
+    ASSERT_EQ(duk_peval_string(api(), kStart), 0) << PopText();
     duk_pop(api());
   }
   void TearDown() override {
     DiscardOutputs();
-    unlink((testing::TempDir() + "mirolta-" + std::to_string(getpid())).c_str());
+    unlink(file_.c_str());
+    EngineTest::TearDown();
   }
-  duk_context* api() { return engine_->api(); }
 
   struct Outcome {
     bool threw = false;
-    bool says_so = false;  // the error is that memory ran out
+    bool is_out_of_memory = false;
     HRESULT number = S_OK;
     std::string text;
   };
@@ -278,48 +265,46 @@ class HostMemory : public testing::TestWithParam<Heap> {
     outcome.threw = duk_pcall(api(), 0) != 0;
     return outcome;
   }
-  // Looks at what Run left, with memory there again.
+  // Reads and pops what Run left, when memory is available again.
   void Look(Outcome* outcome) {
     if (outcome->threw && duk_is_error(api(), -1)) {
       duk_get_prop_string(api(), -1, "number");
       const HRESULT number = outcome->number = duk_get_int(api(), -1);
       duk_pop(api());
       duk_get_prop_string(api(), -1, "description");
-      const std::string description = duk_safe_to_string(api(), -1);
-      duk_pop(api());
-      outcome->says_so =
+      const std::string description = PopText();
+      outcome->is_out_of_memory =
           number == E_OUTOFMEMORY || number == STG_E_INSUFFICIENTMEMORY ||
           (number == kCannotCreateObject && description.find("8007000E") != std::string::npos);
       outcome->text = std::to_string(number) + " " + description;
       duk_pop(api());
       return;
     }
-    outcome->text = duk_safe_to_string(api(), -1);
-    duk_pop(api());
+    outcome->text = PopText();
   }
 
-  // The objects that the script holds, after what it dropped is gone.
+  // The number of objects that the script holds after garbage collection.
   size_t ObjectsHeld() {
     duk_gc(api(), 0);
     duk_gc(api(), 0);
     return engine_->context().objects.Count();
   }
 
-  // Runs with the failure `count` armed; false once there is nothing left to fail.
+  // Runs with allocation `count` failing; false if there were fewer.
   bool RunFailing(int count, Outcome* outcome) {
     ScriptContext& context = engine_->context();
-    bool struck = false;
+    bool failed = false;
     switch (GetParam()) {
       case Heap::kOperatorNew: {
         const test::FailOneAllocation failure(count);
         *outcome = Run();
-        struck = test::AllocationHasFailed();
+        failed = test::AllocationHasFailed();
         break;
       }
       case Heap::kRuntime:
         MiroltaFailAllocationAfter(count);
         *outcome = Run();
-        struck = MiroltaAllocationHasFailed();
+        failed = MiroltaAllocationHasFailed();
         MiroltaFailAllocationAfter(-1);
         break;
       case Heap::kEngine: {
@@ -328,22 +313,22 @@ class HostMemory : public testing::TestWithParam<Heap> {
         context.memory_limit = context.memory_in_use + static_cast<size_t>(count) * kStep;
         *outcome = Run();
         context.memory_limit = usual;
-        struck = outcome->threw || count < 3;
+        failed = outcome->threw || count < 3;
         break;
       }
     }
-    return struck;
+    return failed;
   }
 
+  const std::string file_ = testing::TempDir() + "mirolta-" + std::to_string(getpid());
   Sink sink_;
-  std::optional<ScriptEngine> engine_;
 };
 
-TEST_P(HostMemory, EveryFailureIsAScriptErrorThatSaysSo) {
+TEST_P(HostMemory, EveryFailedAllocationIsAnOutOfMemoryError) {
   int total_failures = 0;
   for (const NativeRow& row : kRows) {
     SCOPED_TRACE(row.name);
-    // The row itself as a function: its last expression is the result.
+    // A function that evaluates the row: the last expression is the result.
     duk_push_string(api(), row.script);
     duk_put_global_string(api(), "row");
     ASSERT_EQ(duk_peval_string(api(), "(function () { return eval(row) })"), 0);
@@ -358,10 +343,11 @@ TEST_P(HostMemory, EveryFailureIsAScriptErrorThatSaysSo) {
     for (int count = 0;; ++count) {
       ASSERT_LT(count, 2000);
       Outcome outcome;
-      const bool struck = RunFailing(count, &outcome);
+      const bool failed = RunFailing(count, &outcome);
       Look(&outcome);
       if (outcome.threw) {
-        EXPECT_TRUE(outcome.says_so || outcome.number == row.also) << count << ": " << outcome.text;
+        EXPECT_TRUE(outcome.is_out_of_memory || outcome.number == row.also)
+            << count << ": " << outcome.text;
         ++failures;
       } else {
         EXPECT_EQ(outcome.text, usual.text) << count;
@@ -370,9 +356,9 @@ TEST_P(HostMemory, EveryFailureIsAScriptErrorThatSaysSo) {
       Look(&again);
       ASSERT_FALSE(again.threw) << count << ": " << again.text;
       ASSERT_EQ(again.text, usual.text) << count;
-      if (!struck) break;
+      if (!failed) break;
     }
-    // What the engine had no room to finalize is given back at its end.
+    // What the engine had no memory to finalize is released at its end.
     if (GetParam() != Heap::kEngine) {
       EXPECT_EQ(ObjectsHeld(), held) << "after " << failures << " failures";
       EXPECT_EQ(test::LiveAllocations(), blocks) << "after " << failures << " failures";
@@ -386,15 +372,15 @@ TEST_P(HostMemory, EveryFailureIsAScriptErrorThatSaysSo) {
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
 }
 
-// A native function of the host without a row above fails here.
-TEST_P(HostMemory, EveryNativeFunctionHasItsRow) {
+// Fails for a native function of the host without a row above.
+TEST_P(HostMemory, EveryNativeFunctionHasARow) {
   ASSERT_EQ(duk_peval_string(api(),
                              "[WScript, WScript.StdOut, WScript.StdErr, WScript.Arguments,"
                              " Object.getPrototypeOf(stream), VBArray.prototype].map("
                              "Object.getOwnPropertyNames).join()"),
             0)
-      << duk_safe_to_string(api(), -1);
-  // Texts, what ends the process, and what is not the host's own.
+      << PopText();
+  // Not tested: texts, what ends the process, and what is not the host's own.
   std::string untested;
   std::string names = std::string(duk_get_string(api(), -1)) + ",";
   for (size_t end = 0; (end = names.find(',')) != std::string::npos; names.erase(0, end + 1)) {

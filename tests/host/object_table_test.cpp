@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "engine/host_errors.h"
-#include "engine/script_engine.h"
+#include "host_fixture.h"
 #include "objects/object_handle.h"
 #include "values/scoped_values.h"
 
@@ -19,7 +19,7 @@ VARIANT Text(const OLECHAR* text) {
   return value;
 }
 
-TEST(ObjectTable, ANumberIsNeverGivenTwice) {
+TEST(ObjectTable, NumbersAreNeverReused) {
   ObjectTable table;
   std::vector<SlotNumber> numbers;
   for (int i = 0; i < 100; ++i) {
@@ -37,7 +37,7 @@ TEST(ObjectTable, ANumberIsNeverGivenTwice) {
   }
 }
 
-TEST(ObjectTable, ClearGivesEverythingBackAndNumbersGoOn) {
+TEST(ObjectTable, ClearedNumbersFindNothingAndAreNotReused) {
   ObjectTable table;
   const SlotNumber first = table.Add(SlotKind::kUnknown, Text(OLESTR("x")));
   table.Clear();
@@ -46,15 +46,14 @@ TEST(ObjectTable, ClearGivesEverythingBackAndNumbersGoOn) {
   EXPECT_EQ(table.Find(first), nullptr);
 }
 
-// A script object whose slot is gone, though the engine still has the object.
-class StaleHandle : public testing::Test {
+// A script object whose slot was freed while the engine still holds the object.
+class StaleHandle : public EngineTest {
  protected:
   void SetUp() override {
-    std::string problem;
-    ASSERT_TRUE(engine_.Start(&problem)) << problem;
+    EngineTest::SetUp();
     Run("var s = WScript.MemoryStream(new Uint8Array(3)), read = s.Read, size = 0;");
     Forget("s");
-    // What takes its place in the table, if anything can.
+    // Slots that a reused number would find.
     Run("var others = []; for (var i = 0; i < 10; i++) others.push(WScript.MemoryStream());");
   }
 
@@ -62,54 +61,42 @@ class StaleHandle : public testing::Test {
     duk_get_global_string(api(), name);
     SlotNumber number = kNoSlot;
     ASSERT_TRUE(HandleAt(api(), -1, &number));
-    engine_.context().objects.Remove(number);
+    engine_->context().objects.Remove(number);
     duk_pop(api());
   }
-  duk_context* api() { return engine_.api(); }
-
-  std::string Run(const char* script) {
-    const bool failed = duk_peval_string(api(), script) != 0;
-    if (failed) duk_get_prop_string(api(), -1, "number");
-    const std::string text = duk_safe_to_string(api(), -1);
-    duk_pop_n(api(), failed ? 2 : 1);
-    return failed ? "!" + text : text;
-  }
-
-  ScriptEngine engine_;
+  const std::string error_ = Thrown(kDisconnected, "Object is not connected to server");
 };
 
-TEST_F(StaleHandle, EveryUseIsTheSameError) {
-  const std::string error = "!" + std::to_string(kDisconnected);
+TEST_F(StaleHandle, EveryUseOfAStaleStreamIsAnErrorAndOtherStreamsAreUntouched) {
   for (int i = 0; i < 2; ++i) {
     for (const char* use :
          {"s.Read(1)", "s.Write(new Uint8Array(1))", "s.Seek(0)", "s.CopyTo(others[0])",
           "others[0].CopyTo(s)", "s.Commit()", "s.Close()", "s.Size", "s.Size = 1", "s.Position",
           "s.Position = 1", "WScript.StreamOf(s)", "new VBArray(s)", "'' + s", "WScript.Echo(s)",
           "WScript.MemoryStream(s)", "others[0].Write(s)", "read.call(s, 1)"}) {
-      EXPECT_EQ(Run(use), error) << use;
+      EXPECT_EQ(Run(use), error_) << use;
     }
   }
   EXPECT_EQ(Run("for (i = 0; i < 10; i++) size += others[i].Size; size"), "0");
 }
 
-TEST_F(StaleHandle, ItsEndTakesNothingWithIt) {
+TEST_F(StaleHandle, ItsFinalizerFreesNothing) {
   EXPECT_EQ(Run("others[0].Write(new Uint8Array(4)); s = null; others[0].Size"), "4");
 }
 
-TEST_F(StaleHandle, ArraysAndObjectsToo) {
+TEST_F(StaleHandle, EveryUseOfAStaleArrayIsAnError) {
   ScopedVariant array;
   SAFEARRAYBOUND bound = {2, 0};
   array.vt = VT_ARRAY | VT_I4;
   array.parray = SafeArrayCreate(VT_I4, 1, &bound);
   PushSlotObject(api(), SlotKind::kArray, VARIANT{array}, PushPlainObject);
-  array.vt = VT_EMPTY;  // taken over
+  array.vt = VT_EMPTY;  // the table owns the array
   duk_put_global_string(api(), "list");
   EXPECT_EQ(Run("var reader = new VBArray(list); reader.ubound()"), "1");
   Forget("list");
-  const std::string error = "!" + std::to_string(kDisconnected);
-  EXPECT_EQ(Run("new VBArray(list)"), error);
-  EXPECT_EQ(Run("reader.ubound()"), error);
-  EXPECT_EQ(Run("WScript.StreamOf(list)"), error);
+  EXPECT_EQ(Run("new VBArray(list)"), error_);
+  EXPECT_EQ(Run("reader.ubound()"), error_);
+  EXPECT_EQ(Run("WScript.StreamOf(list)"), error_);
 }
 
 }  // namespace

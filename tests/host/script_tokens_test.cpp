@@ -1,5 +1,5 @@
-// The tokens and calls of scripts that others wrote, compared with those that an independent
-// parser finds, which the script engine itself runs.
+// The tokens and calls of packaged scripts, compared with those of an independent parser, which the
+// script engine runs.
 #include "source/script_tokens.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/script_engine.h"
+#include "host_fixture.h"
 #include "source/call_assignment.h"
 
 namespace mirolta::host {
@@ -19,13 +19,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Debian packages of ES5 scripts, and how many of their files must be found to compile. Minified
-// files are there too, with few line breaks and semicolons left out.
-struct BodyRow {
+// Folders of Debian packages with ES5 scripts, and the least number of files there that compile.
+// Some are minified: with few line breaks, and without optional semicolons.
+struct PackageRow {
   const char* folder;
   int least_files;
 };
-constexpr BodyRow kBodies[] = {
+constexpr PackageRow kPackages[] = {
     {"/usr/share/nodejs/esprima/dist", 1},
     {"/usr/share/javascript/codemirror", 100},
     {"/usr/share/javascript/jquery", 2},
@@ -35,14 +35,14 @@ constexpr BodyRow kBodies[] = {
     {"/usr/share/javascript/underscore", 1},
 };
 constexpr char kParser[] = "/usr/share/nodejs/esprima/dist/esprima.js";
-// The parser is slow in our engine: what is longer is compared by its rewriting only.
+// The parser is slow in our engine: of longer scripts only the rewriting is compared.
 #ifdef MIROLTA_SLOW_BUILD
 constexpr size_t kMostParsed = 5000;
 #else
 constexpr size_t kMostParsed = 25000;
 #endif
 
-// A letter and the end for every token; of braces and parentheses what they are.
+// A letter and the end of every token; for a closing bracket also its kind.
 constexpr char kDescribe[] = R"(
 (function (text) {
   var marks = {}, out = [];
@@ -72,7 +72,7 @@ std::string ReadFile(const fs::path& path) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// The characters before each byte: the parser counts in them.
+// The number of characters before each byte: the parser counts characters.
 std::vector<size_t> CharactersBefore(const std::string& text) {
   std::vector<size_t> counts;
   size_t characters = 0;
@@ -103,19 +103,16 @@ std::string Describe(const std::string& text) {
   return out;
 }
 
-class ScriptBody : public testing::Test {
+class PackagedScripts : public EngineTest {
  protected:
   void SetUp() override {
-    std::string problem;
-    ASSERT_TRUE(engine_.Start(&problem)) << problem;
+    EngineTest::SetUp();
     const std::string parser = ReadFile(kParser);
     ASSERT_FALSE(parser.empty()) << kParser << " is missing: scripts/setup.sh installs it";
     ASSERT_EQ(duk_peval_string(api(), "var window = this"), 0);
-    ASSERT_EQ(duk_peval_lstring(api(), parser.data(), parser.size()), 0)
-        << duk_safe_to_string(api(), -1);
-    ASSERT_EQ(duk_peval_string(api(), kDescribe), 0) << duk_safe_to_string(api(), -1);
+    ASSERT_EQ(duk_peval_lstring(api(), parser.data(), parser.size()), 0) << PopText();
+    ASSERT_EQ(duk_peval_string(api(), kDescribe), 0) << PopText();
   }
-  duk_context* api() { return engine_.api(); }
 
   bool Compiles(const std::string& text) {
     const bool compiles = duk_pcompile_lstring(api(), 0, text.data(), text.size()) == 0;
@@ -123,20 +120,17 @@ class ScriptBody : public testing::Test {
     return compiles;
   }
 
-  // False if the parser does not take the script.
+  // False if the parser rejects the script.
   bool ParserDescribes(const std::string& text, std::string* out) {
     duk_dup_top(api());
     duk_push_lstring(api(), text.data(), text.size());
     const bool parsed = duk_pcall(api(), 1) == 0;
-    *out = duk_safe_to_string(api(), -1);
-    duk_pop(api());
+    *out = PopText();
     return parsed;
   }
-
-  ScriptEngine engine_;
 };
 
-// Where two descriptions part, with what stands there.
+// The first difference of two descriptions, with some context.
 std::string Difference(const std::string& ours, const std::string& theirs) {
   const auto parted = std::mismatch(ours.begin(), ours.end(), theirs.begin(), theirs.end());
   const auto at = static_cast<size_t>(parted.first - ours.begin());
@@ -144,9 +138,9 @@ std::string Difference(const std::string& ours, const std::string& theirs) {
   return "ours:   " + ours.substr(from, 80) + "\ntheirs: " + theirs.substr(from, 80);
 }
 
-TEST_F(ScriptBody, ScriptsOfOthersStayAsTheyAreAndHaveTheTokensThatAParserFinds) {
+TEST_F(PackagedScripts, DoNotChangeAndHaveTheTokensThatTheParserFinds) {
   int compared = 0;
-  for (const BodyRow& row : kBodies) {
+  for (const PackageRow& row : kPackages) {
     std::vector<fs::path> paths;
     for (const auto& entry : fs::recursive_directory_iterator(row.folder)) {
       if (entry.is_regular_file() && entry.path().extension() == ".js") {

@@ -5,7 +5,7 @@
 namespace mirolta::host {
 namespace {
 
-TEST(TextEncoding, EveryUnitSurvivesTheEngine) {
+TEST(TextEncoding, EveryUnitSurvivesARoundTripThroughTheEngine) {
   Units all;
   for (uint32_t unit = 0; unit <= 0xFFFF; ++unit) all.push_back(static_cast<OLECHAR>(unit));
   const std::string bytes = EngineFromUnits(all);
@@ -14,19 +14,19 @@ TEST(TextEncoding, EveryUnitSurvivesTheEngine) {
   EXPECT_EQ(UnitsFromEngine(bytes), all);
 }
 
-TEST(TextEncoding, SurrogatesStayApartInTheEngine) {
+TEST(TextEncoding, TheEngineEncodesEachSurrogateOnItsOwn) {
   EXPECT_EQ(EngineFromUnits(u"\U0001F600"), "\xED\xA0\xBD\xED\xB8\x80");
   EXPECT_EQ(UnitsFromEngine("\xF0\x9F\x98\x80"), Units(u"\U0001F600"));
 }
 
-TEST(TextEncoding, MalformedEngineBytesBecomeReplacements) {
+TEST(TextEncoding, MalformedEngineBytesBecomeReplacementCharacters) {
   EXPECT_EQ(UnitsFromEngine("a\x80z"), Units(u"a\uFFFDz"));
   EXPECT_EQ(UnitsFromEngine("\xC0\x80"), Units(u"\uFFFD\uFFFD"));
   EXPECT_EQ(UnitsFromEngine("\xE2\x82"), Units(u"\uFFFD\uFFFD"));
   EXPECT_EQ(UnitsFromEngine("\xFFHidden"), Units(u"\uFFFDHidden"));
 }
 
-TEST(TextEncoding, EveryFileNameSurvives) {
+TEST(TextEncoding, EveryFileNameSurvivesARoundTrip) {
   std::string name;
   for (int byte = 1; byte < 256; ++byte) name.push_back(static_cast<char>(byte));
   EXPECT_EQ(SystemFromUnits(UnitsFromSystem(name)), name);
@@ -36,7 +36,7 @@ TEST(TextEncoding, EveryFileNameSurvives) {
   }
 }
 
-TEST(TextEncoding, SystemTextIsUtf8) {
+TEST(TextEncoding, SystemTextIsUtf8AndOtherBytesAreLoneSurrogates) {
   EXPECT_EQ(UnitsFromSystem("\xC3\xA9\xF0\x9F\x98\x80"), Units(u"\u00E9\U0001F600"));
   EXPECT_EQ(UnitsFromSystem("\xFF"), Units(1, OLECHAR{0xDCFF}));
   EXPECT_EQ(SystemFromUnits(Units(1, OLECHAR{0xD800})), "\xEF\xBF\xBD");

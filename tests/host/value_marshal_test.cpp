@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/script_engine.h"
+#include "engine/host_errors.h"
+#include "host_fixture.h"
 #include "objects/dispatch_object.h"
 #include "objects/script_object.h"
 #include "values/scoped_values.h"
@@ -15,19 +16,9 @@
 namespace mirolta::host {
 namespace {
 
-// Remembers the last call and answers with what the test put into it.
-class RecordingObject final : public IDispatch {
+// Records its calls and answers with what the test sets.
+class RecordingObject final : public StubDispatch {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-    if (*out == nullptr) return E_NOINTERFACE;
-    ++references;
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
                                           DISPID* ids) override {
     ++lookups;
@@ -55,7 +46,6 @@ class RecordingObject final : public IDispatch {
     return S_OK;
   }
 
-  ULONG references = 1;
   int lookups = 0;
   HRESULT lookup_status = S_OK;
   Units name;
@@ -68,27 +58,13 @@ class RecordingObject final : public IDispatch {
   ScopedVariant answer;
 };
 
-class ValueMarshal : public testing::Test {
+class ValueMarshal : public EngineTest {
  protected:
   void SetUp() override {
-    std::string problem;
-    ASSERT_TRUE(engine_.Start(&problem)) << problem;
-    PushObjectAs("o");
-  }
-
-  void PushObjectAs(const char* name) {
+    EngineTest::SetUp();
     object_.AddRef();
     PushDispatch(api(), &object_);
-    duk_put_global_string(api(), name);
-  }
-  duk_context* api() { return engine_.api(); }
-
-  // Evaluates and returns the result's text; an error's text after "!".
-  std::string Run(const char* script) {
-    const bool failed = duk_peval_string(api(), script) != 0;
-    const std::string text = duk_safe_to_string(api(), -1);
-    duk_pop(api());
-    return failed ? "!" + text : text;
+    duk_put_global_string(api(), "o");
   }
   void Convert(const char* script, VARIANT* out) {
     ASSERT_EQ(duk_peval_string(api(), script), 0) << duk_safe_to_string(api(), -1);
@@ -96,11 +72,10 @@ class ValueMarshal : public testing::Test {
     duk_pop(api());
   }
 
-  RecordingObject object_;  // before the engine, which gives it back at its end
-  ScriptEngine engine_;
+  RecordingObject object_;
 };
 
-TEST_F(ValueMarshal, NumbersAreWholeWhereTheyFit) {
+TEST_F(ValueMarshal, IntegersOf32BitsAreVtI4AndOtherNumbersVtR8) {
   const struct {
     const char* script;
     VARTYPE type;
@@ -138,14 +113,14 @@ TEST_F(ValueMarshal, TextKeepsEveryUnit) {
   duk_pop(api());
 }
 
-TEST_F(ValueMarshal, SymbolsAreRefusedAndLeaveNothing) {
+TEST_F(ValueMarshal, SymbolsAreTypeMismatchesAndLeaveTheResultEmpty) {
   ASSERT_EQ(duk_peval_string(api(), "Symbol('s')"), 0);
   ScopedVariant value;
   EXPECT_EQ(VariantFromScript(api(), -1, &value), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(value.vt, VT_EMPTY);
 }
 
-TEST_F(ValueMarshal, BytesKeepTheirLowerBound) {
+TEST_F(ValueMarshal, ByteArraysKeepTheirLowerBound) {
   ScopedVariant value;
   value.parray = SafeArrayCreateVector(VT_UI1, -3, 2);
   value.vt = VT_ARRAY | VT_UI1;
@@ -160,13 +135,13 @@ TEST_F(ValueMarshal, BytesKeepTheirLowerBound) {
   EXPECT_EQ(upper, -2);
 }
 
-TEST_F(ValueMarshal, DatesGoBothWaysBeforeTheFirstDayToo) {
+TEST_F(ValueMarshal, DatesSurviveARoundTripAlsoBefore1900) {
   for (const double days : {0.0, 0.25, 1.5, 36526.75, -1.25, -2.0, -109205.5}) {
     EXPECT_DOUBLE_EQ(AutomationDate(ScriptMilliseconds(days)), days);
   }
 }
 
-TEST_F(ValueMarshal, MembersAreFoundByNameAndRememberedById) {
+TEST_F(ValueMarshal, NamesOfMembersAreLookedUpOnce) {
   EXPECT_EQ(Run("o.Some"), "undefined");
   EXPECT_EQ(object_.name, Units(OLESTR("Some")));
   EXPECT_EQ(object_.last_id, 17);
@@ -174,13 +149,13 @@ TEST_F(ValueMarshal, MembersAreFoundByNameAndRememberedById) {
   EXPECT_EQ(object_.lookups, 1);
 }
 
-TEST_F(ValueMarshal, FlagsTellReadsFromCalls) {
+TEST_F(ValueMarshal, ReadsAskForAPropertyAndCallsForAMethodToo) {
   Run("o.A; o.A(); o.A(1, 2); o['A']; var k = 'A'; o[k](3)");
   EXPECT_EQ(object_.all_flags, (std::vector<WORD>{2, 3, 3, 2, 3}));
   EXPECT_EQ(object_.argument_count, 1u);
 }
 
-TEST_F(ValueMarshal, ArgumentsLeaveInReverseOrder) {
+TEST_F(ValueMarshal, ArgumentsArePassedLastFirst) {
   Run("o.A(1, 2, 3)");
   EXPECT_EQ(object_.argument_count, 3u);
   EXPECT_EQ(object_.last_argument.lVal, 3);
@@ -200,16 +175,16 @@ TEST_F(ValueMarshal, ObjectsArePutByReferenceFirst) {
   EXPECT_EQ(object_.all_flags, (std::vector<WORD>{DISPATCH_PROPERTYPUTREF}));
 }
 
-TEST_F(ValueMarshal, FailingLookupsAreErrors) {
+TEST_F(ValueMarshal, FailedLookUpsThrowAndUnknownNamesAreUndefined) {
   object_.lookup_status = E_FAIL;
-  EXPECT_EQ(Run("o.A"), "!Error: Unspecified error");
-  EXPECT_EQ(Run("try { o.A } catch (e) { e.number }"), std::to_string(E_FAIL));
+  EXPECT_EQ(Run("o.A"), Thrown(E_FAIL, "Unspecified error"));
   object_.lookup_status = DISP_E_UNKNOWNNAME;
   EXPECT_EQ(Run("o.A"), "undefined");
-  EXPECT_EQ(Run("o.A()"), "!Error: Object doesn't support this property or method");
+  EXPECT_EQ(Run("o.A()"),
+            Thrown(kNoSuchMember, "Object doesn't support this property or method"));
 }
 
-TEST_F(ValueMarshal, ReferencesAreGivenBack) {
+TEST_F(ValueMarshal, EveryReferenceIsReleased) {
   EXPECT_EQ(object_.references, 2u);
   Run("var f = o.A; o.A(o); o.A = o; [o, o]; f = null;");
   VariantClear(&object_.last_argument);
@@ -219,34 +194,34 @@ TEST_F(ValueMarshal, ReferencesAreGivenBack) {
   EXPECT_EQ(object_.references, 1u);
 }
 
-TEST(ScriptEngineEnd, GivesBackWhatTheScriptHeld) {
-  RecordingObject object;
+TEST_F(ValueMarshal, TheEndOfTheEngineReleasesWhatTheScriptHolds) {
   {
     ScriptEngine engine;
-    std::string problem;
-    ASSERT_TRUE(engine.Start(&problem)) << problem;
-    object.AddRef();
-    PushDispatch(engine.api(), &object);
+    Start(&engine);
+    object_.AddRef();
+    PushDispatch(engine.api(), &object_);
     duk_put_global_string(engine.api(), "o");
     ASSERT_EQ(duk_peval_string(engine.api(), "var list = [o]; list.push(list, o.A);"), 0);
+    EXPECT_EQ(object_.references, 3u);
   }
-  EXPECT_EQ(object.references, 1u);
+  EXPECT_EQ(object_.references, 2u);
 }
 
-TEST(ScriptObjectEnd, FailsCallsAfterItsEngine) {
+HRESULT ReadProperty(IDispatch* object, DISPID id, VARIANT* result) {
+  DISPPARAMS none = {};
+  return object->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, result, nullptr, nullptr);
+}
+
+TEST_F(ValueMarshal, CallsOfAScriptObjectFailAfterTheEndOfItsEngine) {
   IDispatch* wrapper = nullptr;
   {
     ScriptEngine engine;
-    std::string problem;
-    ASSERT_TRUE(engine.Start(&problem)) << problem;
+    Start(&engine);
     ASSERT_EQ(duk_peval_string(engine.api(), "({ valueOf: function () { return 4; } })"), 0);
     wrapper = WrapScriptObject(engine.api(), -1);
     ASSERT_NE(wrapper, nullptr);
-    DISPPARAMS none = {};
     ScopedVariant result;
-    EXPECT_EQ(wrapper->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result,
-                              nullptr, nullptr),
-              S_OK);
+    EXPECT_EQ(ReadProperty(wrapper, DISPID_VALUE, &result), S_OK);
     EXPECT_EQ(result.vt, VT_I4);
     EXPECT_EQ(result.lVal, 4);
     OLECHAR name[] = OLESTR("none");
@@ -254,15 +229,10 @@ TEST(ScriptObjectEnd, FailsCallsAfterItsEngine) {
     DISPID id = 0;
     EXPECT_EQ(wrapper->GetIDsOfNames(IID_NULL, names, 1, 0, &id), DISP_E_UNKNOWNNAME);
     EXPECT_EQ(id, DISPID_UNKNOWN);
-    EXPECT_EQ(
-        wrapper->Invoke(1, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
-        DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(ReadProperty(wrapper, 1, nullptr), DISP_E_MEMBERNOTFOUND);
   }
-  DISPPARAMS none = {};
   ScopedVariant result;
-  EXPECT_LT(wrapper->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result,
-                            nullptr, nullptr),
-            0);
+  EXPECT_EQ(ReadProperty(wrapper, DISPID_VALUE, &result), kDisconnected);
   EXPECT_EQ(wrapper->Release(), 0u);
 }
 

@@ -1,0 +1,79 @@
+// What the tests of the host share: a started engine, and the parts of an automation object that a
+// test does not look at.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "engine/script_engine.h"
+
+namespace mirolta::host {
+
+class EngineTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    engine_.emplace();
+    Start(&*engine_);
+  }
+  // The engine ends before the members of a derived fixture do.
+  void TearDown() override { engine_.reset(); }
+
+  static void Start(ScriptEngine* engine) {
+    std::string problem;
+    ASSERT_TRUE(engine->Start(&problem)) << problem;
+  }
+  duk_context* api() const { return engine_->api(); }
+
+  // Pops the value on top of the stack and returns its text.
+  std::string PopText() {
+    std::string text = duk_safe_to_string(api(), -1);
+    duk_pop(api());
+    return text;
+  }
+  // Evaluates a script and returns the text of its value, or what Thrown returns for its error.
+  std::string Run(const char* script) {
+    if (duk_peval_string(api(), script) == 0) return PopText();
+    duk_get_prop_string(api(), -1, "description");
+    const std::string description = PopText();
+    duk_get_prop_string(api(), -1, "number");
+    const HRESULT number = duk_get_int(api(), -1);
+    duk_pop_2(api());
+    return Thrown(number, description);
+  }
+  static std::string Thrown(HRESULT number, const std::string& description) {
+    return "!" + std::to_string(number) + " " + description;
+  }
+
+  std::optional<ScriptEngine> engine_;
+};
+
+// An object without members that belongs to its test; it counts references and is not deleted.
+class StubDispatch : public IDispatch {
+ public:
+  StubDispatch() = default;
+  StubDispatch(const StubDispatch&) = delete;
+  StubDispatch& operator=(const StubDispatch&) = delete;
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
+    if (*out == nullptr) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override { return --references; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return DISP_E_UNKNOWNNAME;
+  }
+
+  ULONG references = 1;
+
+ protected:
+  ~StubDispatch() = default;
+};
+
+}  // namespace mirolta::host
