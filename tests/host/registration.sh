@@ -1,28 +1,28 @@
 #!/bin/sh
-# registration.sh HOST MODULE FAKE FOLDER: what --register and --unregister do to the registry, and
-# what they say of what they could not do.
+# registration.sh HOST MODULE FAKE FOLDER: the effect of --register and --unregister on the registry,
+# and their messages when they fail.
 host=$1 module=$2 fake=$3 folder=$4
 rm -rf "$folder" && mkdir -p "$folder" && cd "$folder" || exit 1
 umask 022
 export MIROLTA_REGISTRY="$folder/registry.reg"
 fails=0
 
-# expect STATUS PATTERN ARGUMENTS...: the exit status and what both outputs say
+# expect STATUS PATTERN ARGUMENTS...: the exit status, and a pattern of both outputs
 expect() {
   status=$1 pattern=$2
   shift 2
   said=$("$host" "$@" 2>&1)
   got=$?
   if [ $got -ne "$status" ] || ! printf '%s\n' "$said" | grep -q "$pattern"; then
-    echo "$*: status $got, expected $status like '$pattern': $said"
+    echo "$*: status $got, expected $status and '$pattern': $said"
     fails=1
   fi
 }
-# holds COUNT PATTERN: how many lines of the registry are like the pattern
+# holds COUNT PATTERN: the number of lines of the registry that match the pattern
 holds() {
   found=$(grep -c "$2" registry.reg)
   if [ "$found" -ne "$1" ]; then
-    echo "$found lines like $2, expected $1"
+    echo "$found lines match $2, expected $1"
     fails=1
   fi
 }
@@ -37,21 +37,21 @@ expect 0 ': unregistered$' --unregister "$module"
 expect 0 ': unregistered$' --unregister "$fake"
 holds 0 'InprocServer32\]'
 
-# What is left is told, whatever the module says: here because of a subkey that is not its own.
+# Keys that remain are reported even if the module succeeds: here a key with a subkey of another.
 expect 0 ': registered$' --register "$fake"
 printf '\n[HKEY_CLASSES_ROOT\\CLSID\\{3B1F6A52-77C0-4D0E-8E21-6B9D401CF3A8}\\InprocServer32\\Other]\n' \
   >>registry.reg
 expect 1 'still registered in HKEY_CLASSES_ROOT.CLSID.{3B1F6A52-77C0-4D0E-8E21-6B9D401CF3A8}.InprocServer32$' \
   --unregister "$fake"
 rm registry.reg
-# Also a type library, and under another name of the file.
+# The same for a type library, and for another path to the module.
 ln -s "$fake" link.so
 printf 'REGEDIT4\n[HKEY_CLASSES_ROOT\\TypeLib\\{1}\\1.0\\0\\linux64]\n@="%s/link.so"\n' "$folder" >registry.reg
 expect 0 ': registered$' --register "$fake"
 expect 1 'still registered in HKEY_CLASSES_ROOT.TypeLib.{1}.1.0.0.linux64$' --unregister "$fake"
 rm registry.reg
 
-# What cannot be read.
+# A registry that cannot be read.
 echo damaged >registry.reg
 for what in --register --unregister; do
   expect 1 'reading the registry file .*registry.reg failed with 0x800703F1.*malformed in line 1$' \
@@ -64,7 +64,7 @@ chmod 666 registry.reg
 expect 1 'reading the registry file .*registry.reg failed with 0x80070005' --unregister "$module"
 chmod 644 registry.reg
 
-# What cannot be written, by modules that cannot know: nothing has changed.
+# A registry that cannot be written, which the module does not notice: nothing changes.
 mkdir registry.reg.new
 expect 1 'writing the registry file .*registry.reg failed with 0x800703F5' --unregister "$module"
 expect 1 'writing the registry file .*registry.reg failed with 0x800703F5' --register "$fake"

@@ -1,6 +1,6 @@
 #!/bin/sh
-# run_closed_pipe.sh HOST SCRIPT SCRATCH: the reader of the host's output goes away at once. The
-# script must catch its error and end with its own status; uncaught, it ends with 1 and a report.
+# run_closed_pipe.sh HOST SCRIPT SCRATCH: the reader of the host's output closes the pipe at once. A
+# script that catches the error ends with its own status; otherwise it ends with 1 and a report.
 set -u
 mkdir -p "$3"
 { "$1" "$2" 2>"$3/errors"; echo $? >"$3/status"; } | true

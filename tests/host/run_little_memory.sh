@@ -1,6 +1,6 @@
 #!/bin/sh
-# run_little_memory.sh HOST SCRIPT: runs the script in 160 MB of addresses. No call may bring the
-# host down, and those that cannot be done are errors that say so.
+# run_little_memory.sh HOST SCRIPT: runs the script in 160 MB of address space. The host must not
+# crash, and every call that fails must be an out-of-memory error.
 set -u
 ulimit -v 160000
 output=$("$1" "$2" 2>/dev/null) || { echo "status $?"; echo "$output" | cut -c1-80; exit 1; }

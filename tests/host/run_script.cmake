@@ -2,12 +2,12 @@ cmake_minimum_required(VERSION 3.25)
 # Runs SCRIPT on HOST in the empty folder SCRATCH and compares the exit status, standard output
 # (exactly, with the .expected file beside the script) and standard error.
 #
-# Lines of the script say what differs from status 0, no arguments and no errors:
-#   // runs: PATH           runs this script instead, below EXAMPLES
+# Comments of the script give what differs from status 0, no arguments and no errors:
+#   // runs: PATH           run this script of EXAMPLES instead
 #   // arguments: A|B       the arguments, separated by |
-#   // file: NAME|TEXT      a file made before the run
+#   // file: NAME|TEXT      a file to create before the run
 #   // status: N
-#   // errors: PATTERN      a pattern of the whole standard error
+#   // errors: PATTERN      a regular expression for all of standard error
 
 file(STRINGS ${SCRIPT} lines REGEX "^// [a-z]+: " ENCODING UTF-8)
 set(script ${SCRIPT})
@@ -47,5 +47,5 @@ if(NOT output STREQUAL expected)
   message(FATAL_ERROR "standard output differs from ${expected_file}:\n${output}${errors}")
 endif()
 if(NOT errors MATCHES "${pattern}")
-  message(FATAL_ERROR "standard error is not like ${pattern}:\n${errors}")
+  message(FATAL_ERROR "standard error does not match ${pattern}:\n${errors}")
 endif()

@@ -1,5 +1,6 @@
 cmake_minimum_required(VERSION 3.25)
-# Runs HOST with ARGUMENTS (separated by |) and checks exit STATUS and the PATTERN of standard error.
+# Runs HOST with ARGUMENTS (separated by |); checks the exit STATUS, that standard error matches PATTERN
+# and that nothing is printed.
 string(REPLACE "|" ";" arguments "${ARGUMENTS}")
 execute_process(COMMAND ${HOST} ${arguments}
   RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE errors)

@@ -1,8 +1,8 @@
 #!/bin/sh
 # docs_examples.sh HOST PROJECT SCRATCH: runs each script of docs/*.md and the first one of README.md
-# on HOST and compares what it prints with the page.
+# on HOST and compares its output with the page.
 #
-# A script is a block fenced as js; the next fenced block, a text block, holds its standard output.
+# A script is a code block of language js; the next block, of language text, has its standard output.
 # It must end with status 0 and print nothing on standard error. The page of a class, whose name
 # starts with a capital letter, has at least one script. Scripts of a page run in one empty folder.
 set -u
@@ -18,7 +18,7 @@ failed() {
   failures=$((failures + 1))
 }
 
-# split PAGE FOLDER MOST: writes FOLDER/N.js and FOLDER/N.text; complains about loose scripts.
+# split PAGE FOLDER MOST: writes FOLDER/N.js and FOLDER/N.text; reports scripts without output.
 split() {
   awk -v folder="$2" -v most="$3" '
     function loose() { print FILENAME ":" line ": a script without its output"; bad = 1 }

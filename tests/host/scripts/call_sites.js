@@ -1,4 +1,4 @@
-// What is called and what is only read, however it is written. Value takes an argument in a call.
+// Calls and reads of a property are distinguished in every form. Value takes an argument in a call.
 var o = new ActiveXObject("Fake.Object"), name = "Value", n = 0;
 o.Value = 3;
 function check(got, expected) {
@@ -48,7 +48,7 @@ check((function () { return arguments[0].Value(1); })(o), called);
 check([o][0].Value(1), called);
 check([1].map(function (x) { return o.Value(x); })[0], called);
 check(Reflect.get(o, "Value"), read);
-// More names and numbers than an instruction has room for
+// More constants and registers than the operands of an instruction can address
 var body = "var t = 0;";
 for (var i = 0; i < 600; i++) body += "var v" + i + " = " + (i + 0.5) + "; t += '" + i + "'.length;";
 check(new Function("o", body + "return o.Value(1)")(o), called);

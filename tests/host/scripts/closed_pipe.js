@@ -1,4 +1,4 @@
-// Prints until the reader has gone away, which is an error that a script can catch.
+// Prints until the pipe is closed, which is an error that a script can catch.
 var line = "", said = "", i;
 for (i = 0; i < 100; i++) line += "0123456789";
 try {

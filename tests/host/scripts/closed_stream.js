@@ -1,4 +1,4 @@
-// A closed stream says the same thing wherever it is used, with the same number.
+// Every use of a closed stream is the same error.
 var fake = new ActiveXObject("Fake.Object"), open = WScript.MemoryStream(new Uint8Array(4));
 function closed(stream) { stream.Close(); return stream; }
 function makeFile() { return WScript.OpenFile("closed.bin", "w+"); }
@@ -61,7 +61,7 @@ for (var name in uses) {
   }
 }
 WScript.Echo(count);
-// What asks nothing of the stream goes on.
+// What does not use the stream works.
 var s = closed(makeFile());
 s.Close();
 WScript.Echo(s === s, s == open, typeof s, s instanceof Object, !s, "Size" in s, JSON.stringify(s));

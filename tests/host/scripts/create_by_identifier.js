@@ -1,4 +1,4 @@
-// Nothing is registered: the module beside the host serves identifiers as it serves ProgIDs.
+// Nothing is registered: classes of the module beside the host are found by CLSID and by ProgID.
 var h = new ActiveXObject("{9D56F139-1F04-4283-AED7-3DB89AFF00FD}");
 h.InitHash("MD5");
 h.HashData("abc");

@@ -1,4 +1,4 @@
-// The module itself through the host: found beside it, registered in memory.
+// The module itself: found beside the host and registered in memory.
 var h = new ActiveXObject("Vardeko.crypt.HashObject");
 function attempt(f) {
   try { f(); WScript.Echo("no error"); } catch (e) {

@@ -1,4 +1,4 @@
-// Nothing that a script does to the host's objects may bring it down.
+// Nothing that a script does to the host's objects may crash the host.
 var o = new ActiveXObject("Fake.Object"), n = 0;
 function attempt(f) {
   n++;

@@ -1,5 +1,5 @@
-// An object that inherits from one of the host's stands for nothing: it neither acts in its place
-// nor takes anything with it when it goes.
+// An object that inherits from an object of the host is no handle: it cannot be used in its place, and
+// its finalizer frees nothing.
 var fake = new ActiveXObject("Fake.Object");
 function attempt(f) {
   try { return f(); } catch (e) { return e.number + " " + e.description; }
@@ -14,7 +14,7 @@ function heirsOf(object) {
   return [Object.create(object), new F(), Object.create(Object.create(object)), set, called,
           Object.setPrototypeOf([], object)];
 }
-// Runs `use` on every heir, and lets the heirs go; `answers` is what all of them must give.
+// Runs `use` on every heir and drops the heirs; all of them must give `answer`.
 function tryHeirs(name, object, use, answer) {
   var heirs = heirsOf(object), odd = [];
   for (var i = 0; i < heirs.length; i++) {
@@ -26,7 +26,7 @@ function tryHeirs(name, object, use, answer) {
 }
 var noMember = "-2146827850 Object doesn't support this property or method";
 
-// A stream, its slot free for the next one after each of its heirs.
+// A stream. If an heir freed its slot, one of the next streams would get it.
 var first = WScript.OpenFile("first.bin", "w+");
 var write = first.Write, close = first.Close;
 tryHeirs("Size", first, function (x) { return x.Size; }, noMember);
@@ -46,7 +46,7 @@ first.Close();
 first = WScript.OpenFile("first.bin");
 WScript.Echo(Array.prototype.join.call(first.Read(), ","));
 
-// A script's proxy of a stream hands on what is read; it is no stream itself.
+// A script's proxy of a stream forwards reads; it is no stream itself.
 var proxy = new Proxy(first, {});
 WScript.Echo(proxy.Size, attempt(function () { write.call(proxy, new Uint8Array(1)); }), fake.Describe(proxy));
 proxy = null;
@@ -67,7 +67,7 @@ var child = fake.Child;
 tryHeirs("object", child, function (x) { return fake.Describe(x) === "9" && fake.Same(x) === x; }, true);
 WScript.Echo(child.Count(1, 2), fake.Live);
 
-// An object that has no members to call, and an array
+// An object without IDispatch, and an array
 var plain = fake.Make("plainobject"), table = fake.Make("table");
 tryHeirs("unknown", plain, function (x) { return fake.Describe(x); }, "9");
 tryHeirs("array", table, function (x) { return fake.Describe(x); }, "9");
@@ -83,14 +83,14 @@ var from5 = fake.Make("bytesfrom5"), bytes = new Uint8Array(2);
 Object.setPrototypeOf(bytes, from5);
 WScript.Echo(fake.Describe(from5), fake.Describe(bytes));
 
-// The place that an assignment with arguments is made to
+// The reference that an assignment with arguments uses
 fake.Item(1) = 7;
 var place = fake["Item()="](1);
 tryHeirs("place", place, function (x) { return x.value; }, noMember);
 tryHeirs("place to assign to", place, function (x) { x.value = 9; }, noMember);
 WScript.Echo(place.value, fake.Item(1));
 
-// A function whose prototype is another one: each is read by its own code.
+// A function whose prototype is another function does not use its cached opcodes.
 function calls(o) { return o.Value(1); }
 function reads(o) { var kept = o.Value; return kept; }
 fake.Value = 3;
@@ -103,7 +103,7 @@ readsFirst(fake);
 Object.setPrototypeOf(callsThen, readsFirst);
 WScript.Echo(callsThen(fake), readsFirst(fake));
 
-// Functions that cannot be changed are read like others.
+// The opcodes of a frozen function are cached too.
 var frozen = Object.freeze(function (o) { return o.Value(1); });
 WScript.Echo(frozen(fake), frozen(fake));
 

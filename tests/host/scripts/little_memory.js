@@ -1,5 +1,4 @@
-// Values too large for the memory that the process may have: each use is an error, and the script
-// goes on.
+// Values too large for the memory of the process: each use is an error, and the script continues.
 function attempt(name, f) {
   var said = "no error";
   try { f(); } catch (e) { said = e.number + " " + e.description.slice(0, 60); }
