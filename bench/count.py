@@ -3,8 +3,8 @@
 
 usage: count.py mirolta-count
 
-A count a unit is the slope between two amounts of work, so that what surrounds a kernel falls out.
-A peer of a kernel has to give the kernel's result.
+The count per unit is the slope between two amounts of work, which cancels the code around a kernel. A
+peer of a kernel must have the kernel's result.
 """
 import os
 import re

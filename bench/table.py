@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Turns the benchmark's JSON into docs/benchmarks.md and a table on the screen.
+"""Converts the benchmark's JSON to docs/benchmarks.md and prints a table.
 
 usage: table.py results.json [benchmarks.md]
 
-Without the second argument nothing is written: a part of the rows is no report.
+Without the second argument no file is written.
 """
 import json
 import re
@@ -26,8 +26,8 @@ INTRODUCTION = {
     "calls, the early-bound ones.",
     "scaling": "How cost grows with length, calls, objects and threads.",
 }
-# What is required where vectors are not wider than AVX2's, in place of the rows' own: the first
-# pattern that a row's name matches, the ratio, and the peer to which it is, or None for the best.
+# Requirements without vectors wider than AVX2's, instead of the rows' own: the first pattern that a row's
+# name matches, the ratio, and the peer it refers to, None for the best.
 UP_TO_AVX2 = [
     (r"(kernel|engine)/(MD5|SHA|HMAC)", 1.0, None),
     (r"kernel/AES-\d+ .*/16 bytes", 0.9, None),
@@ -97,7 +97,7 @@ def table_line(name, contestants, wide):
     ratio = ""
     verdict = ""
     if peers:
-        # Requirements have two digits after the point, and so has what is compared with them.
+        # Requirements have two decimals, so the ratio is rounded to two.
         value = round(min(seconds(entry) for entry in counting.values()) / seconds(ours), 2)
         ratio = f"{value:.2f}"
         if required:

@@ -1,5 +1,5 @@
-# Every layer is a target of its own whose include directories hold just the layers it may know, so an
-# include in a wrong direction does not compile.
+# Every layer is a target whose include directories contain only the layers it may depend on, so an
+# include in the wrong direction does not compile.
 
 add_library(mirolta_options INTERFACE)
 target_compile_features(mirolta_options INTERFACE cxx_std_20)
@@ -12,7 +12,7 @@ target_compile_options(mirolta_options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT MIROLTA_SANITIZE)
   # Not among them: -Wuseless-cast (LONG and Limb are other types elsewhere),
   # -Wnon-virtual-dtor (interfaces have no destructor; -Wdelete-non-virtual-dtor is on) and
-  # -Wnull-dereference (it guesses by what was inlined; make lint analyses).
+  # -Wnull-dereference (depends on inlining; make lint analyses).
   target_compile_options(mirolta_options INTERFACE
     -Walloc-zero -Walloca -Warith-conversion -Wcatch-value=3 -Wcomma-subscript -Wdate-time
     -Wdeprecated-copy-dtor -Wdouble-promotion -Wduplicated-branches -Wduplicated-cond -Wextra-semi
@@ -36,7 +36,7 @@ if(MIROLTA_SANITIZE)
   target_link_options(mirolta_options INTERFACE -fsanitize=${MIROLTA_SANITIZE})
 endif()
 if(MIROLTA_FUZZ)
-  # The other compiler warns of other things; its build is for finding faults.
+  # Warnings of the other compiler are not wanted in a fuzzing build.
   target_compile_options(mirolta_options INTERFACE -w)
 endif()
 if(MIROLTA_UP_TO_AVX2)
@@ -46,9 +46,8 @@ if(MIROLTA_PORTABLE_ONLY)
   target_compile_definitions(mirolta_options INTERFACE MIROLTA_PORTABLE_ONLY=1)
 endif()
 
-# Hardening that is there for the asking; tests/trust/hardening_test.py reads it from the files.
-# Targets with the property MIROLTA_HOT, whose loops a check at each return would slow, have no stack
-# protector.
+# Hardening; tests/trust/hardening_test.py reads it from the files.
+# Targets with the property MIROLTA_HOT have no stack protector, which would slow their loops.
 if(WIN32)
   target_link_options(mirolta_options INTERFACE -Wl,--nxcompat -Wl,--dynamicbase)
   if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
@@ -68,21 +67,20 @@ else()
   endif()
 endif()
 if(NOT MIROLTA_SANITIZE)
-  # The module for Windows has a size to keep to: arrays of characters only.
+  # The module for Windows has a size limit: only functions with character arrays.
   set(protector -fstack-protector$<$<NOT:$<BOOL:${WIN32}>>:-strong>)
   target_compile_options(mirolta_options INTERFACE
     $<$<NOT:$<BOOL:$<TARGET_PROPERTY:MIROLTA_HOT>>>:${protector}>)
 endif()
 
-# What the module itself is made of: no exceptions and no run-time type information, and nothing read
-# as what it is not.
+# Options of the module's own code: no exceptions, no run-time type information, no type punning.
 add_library(mirolta_module_options INTERFACE)
 target_compile_options(mirolta_module_options INTERFACE
   -fno-exceptions -fno-rtti -Wstrict-aliasing=2)
 target_link_libraries(mirolta_module_options INTERFACE mirolta_options)
 
 # mirolta_layer(NAME DIRECTORY SOURCES file... [KNOWS target...])
-# A static library of position-independent code; its directory is what users of the layer may include.
+# A static library of position-independent code; users of the layer may include its directory.
 function(mirolta_layer name directory)
   cmake_parse_arguments(LAYER "" "" "SOURCES;KNOWS" ${ARGN})
   list(TRANSFORM LAYER_SOURCES PREPEND ${directory}/)

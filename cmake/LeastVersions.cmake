@@ -1,4 +1,4 @@
-# The oldest compilers that have been tried. Others than these two are let through, untried.
+# The oldest tested versions. Other compilers are accepted without a test.
 set(least_GNU 12)
 set(least_Clang 14)
 set(least "${least_${CMAKE_CXX_COMPILER_ID}}")

@@ -1,5 +1,5 @@
-# A 32-bit processor under Linux. The libraries are those that scripts/i386-packages.sh unpacked
-# into MIROLTA_I386; programs run on a 64-bit system that has none of them installed.
+# 32-bit x86 Linux. scripts/i386-packages.sh has unpacked the libraries into MIROLTA_I386; programs run on
+# a 64-bit system that has none of them installed.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)

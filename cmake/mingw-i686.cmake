@@ -1,6 +1,6 @@
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
-# Debian has one for each kind of threads, others just one. The module itself starts none.
+# Debian has a compiler for each thread model, other systems just one. The module starts no threads.
 find_program(MIROLTA_MINGW NAMES i686-w64-mingw32-g++-win32 i686-w64-mingw32-g++ REQUIRED)
 set(CMAKE_CXX_COMPILER ${MIROLTA_MINGW})
 set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)

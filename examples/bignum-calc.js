@@ -1,21 +1,21 @@
-// A calculator for whole numbers of any size: one expression per argument, one result per line.
+// A calculator for integers of arbitrary size: one expression per argument, one result per line.
 //
 //   bignum-calc.js [--hex] EXPRESSION...
 //
-// Numbers are decimal, or hexadecimal behind 0x. From loosely to tightly binding: + -, then * / %,
-// then signs, then ^ (from the right), then ! (factorial); further (...) and gcd(a, b). Division
-// cuts towards zero, and the remainder has the sign of the dividend. a ^ b % m with b >= 0 and
-// m > 0 is done without the whole power, so there b may be huge. --hex prints hexadecimal.
+// Numbers are decimal, or hexadecimal with 0x. Operators by increasing precedence: + -, then * / %,
+// then signs, then ^ (right-associative), then ! (factorial); also (...) and gcd(a, b). Division
+// truncates towards zero, and the remainder has the sign of the dividend. a ^ b % m with b >= 0 and
+// m > 0 is computed as a modular power, so b may be huge. --hex prints hexadecimal.
 //
-// An expression that cannot be computed is explained, the others go on, and the exit status is then
-// 1.
+// If an expression cannot be computed the reason is printed, the others are still computed, and the
+// exit status is 1.
 
 var DIVISION_BY_ZERO = -2147352558;
 var MOST_BITS = 4000000;
 var MOST_FACTORIAL = 100000;
 var DIGITS_AT_ONCE = 1000;
 
-// Not every host has a standard error stream for scripts.
+// Some hosts have no standard error stream.
 function offersStdErr() {
   try {
     return typeof WScript.StdErr === "object" && WScript.StdErr !== null;
@@ -44,9 +44,9 @@ function fail(text) {
   throw new Error(1, text);
 }
 
-// Numbers. An operand gives up its sign when it is read, so a value here is {minus, size} with a
-// PexBigNumber that is never below zero. Operands are passed as bytes: an object would be read as its
-// decimal text, which may lose the top of very long numbers.
+// Numbers. An operand loses its sign when it is read, so a value here is {minus, size}, where size is
+// a PexBigNumber that is never negative. Operands are passed as bytes: an object would be read as its
+// decimal text, which may lose the highest byte of a very long number.
 
 var maker = new ActiveXObject("Vardeko.crypt.Number");
 
@@ -54,7 +54,7 @@ function isZero(number) {
   return number.Cmp(0) === 0;
 }
 
-// Takes the result of an operation, whose sign the object itself would keep for ever.
+// Takes the result of an operation; the object itself would keep its sign.
 function make(minus, number) {
   var size = maker.NewNumber(number.Binary);
   return {minus: minus && !isZero(size), size: size};
@@ -64,7 +64,7 @@ function small(n) {
   return {minus: false, size: maker.NewNumber(n)};
 }
 
-// Long texts are read in parts: the conversion of decimal text may lose the top of very long ones.
+// Long texts are read in parts: conversion of very long decimal text may lose its highest byte.
 function decimal(digits) {
   if (digits.length <= DIGITS_AT_ONCE) return maker.NewNumber(digits);
   var low = Math.floor(digits.length / 2);
@@ -147,7 +147,7 @@ function power(a, b) {
   return make(minus, powerOf(a.size, number(b.size)));
 }
 
-// The script's own number for one that is small enough.
+// The value as a number of the script, if it is small enough.
 function number(size) {
   return isZero(size) ? 0 : Number(size.Value);
 }
@@ -172,7 +172,7 @@ function factorial(a) {
   return make(false, product(1, Math.max(1, number(a.size))));
 }
 
-// Expressions. A parser is {text, at}; it gives trees of functions' names and operands.
+// Expressions. A parser is {text, at}; it returns trees of function names and operands.
 
 function peek(parser) {
   while (/^\s$/.test(parser.text.charAt(parser.at))) parser.at++;
@@ -243,7 +243,7 @@ function parseSigned(parser) {
   return c === "+" ? tree : {apply: "negate", left: tree};
 }
 
-// Operands that follow one another with operators of one rank between them.
+// Operands with operators of equal precedence between them.
 function parseRow(parser, operators, parseOne) {
   var tree = parseOne(parser);
   for (var c = peek(parser); c !== "" && operators.indexOf(c) >= 0; c = peek(parser)) {

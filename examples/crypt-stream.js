@@ -1,15 +1,15 @@
-// Encrypts or decrypts a file through an encrypting stream.
+// Encrypts or decrypts a file by a stream filter.
 //
 //   crypt-stream.js encrypt ALG KEY IN OUT
 //   crypt-stream.js decrypt ALG KEY IN OUT [--length N]
 //
 // ALG is AES or DES; KEY is hexadecimal, of 16, 24 or 32 bytes for AES and 8, 16 or 24 for DES.
 // --key-file FILE or --key-env NAME in place of KEY take it from a file or an environment variable.
-// A last partial block is filled up with zeros and stays so: encrypt prints the length of the plain
-// file, and decrypt with --length N cuts its output to it.
+// An incomplete last block is filled with zeros, which decryption does not remove: encrypt prints the
+// length of the plain file, and decrypt with --length N truncates its output to it.
 //
-// An OUT that is there is replaced when all is written; after a failure it is as it was.
-// Block-by-block mode hides no patterns and authenticates nothing; nothing tells a wrong key.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
+// ECB mode leaves patterns visible; nothing is authenticated, and a wrong key is not detected.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -39,7 +39,7 @@ function keyBytes(digits) {
   return bytes;
 }
 
-// A filter in front of `stream` whose one direction has algorithm and key.
+// A filter over `stream` with algorithm and key for one direction.
 function filterOf(direction, algorithm, digits, stream) {
   var filter = new ActiveXObject("Vardeko.crypt.ToviStreamCrypt");
   filter[direction + "Algorithm"] = algorithm;
@@ -53,7 +53,7 @@ function filterOf(direction, algorithm, digits, stream) {
   return filter;
 }
 
-// Writing encrypts: the filter stands in front of the output.
+// Writing encrypts: the filter is over the output.
 function encrypt(job, input, output) {
   var filter = filterOf("Write", job.algorithm, job.digits, output);
   copyStream(input, WScript.StreamOf(filter), job.from, input.Size);
@@ -64,7 +64,7 @@ function encrypt(job, input, output) {
   }
 }
 
-// Reading decrypts: the filter stands in front of the input.
+// Reading decrypts: the filter is over the input.
 function decrypt(job, input, output) {
   var filter = filterOf("Read", job.algorithm, job.digits, input);
   copyStream(WScript.StreamOf(filter), output, job.from, input.Size);
@@ -88,7 +88,7 @@ function run(work, job) {
     work(job, input, output);
     output.Close();
   } finally {
-    // After a failure: the old file stays.
+    // After a failure the old file stays.
     output.Discard();
   }
   return size;

@@ -3,11 +3,11 @@
 //   decrypt-file.js [--length N] ALG KEY IN OUT      ALG is AES or DES, KEY is hexadecimal
 //
 // --key-file FILE or --key-env NAME in place of KEY take it from a file or an environment variable.
-// Without --length the output is whole blocks: zero bytes that filled up the last one stay. Nothing
-// tells a wrong key or a changed file; the output is then garbage, and only the length of a key and
-// of a file are checked.
+// Without --length the output is whole blocks, with the zero bytes that filled the last one. A wrong
+// key or a modified file is not detected and gives garbage; only the lengths of key and file are
+// checked.
 //
-// An OUT that is there is replaced when all is written; after a failure it is as it was.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -31,7 +31,7 @@ function usage() {
   WScript.Quit(2);
 }
 
-// The length to cut at: the one asked for, or that of all blocks.
+// The length to truncate to: the one given, else that of all blocks.
 function plainLength(wanted, from, size, blockSize) {
   if (size % blockSize !== 0) {
     fail(from + ": " + size + " bytes are no ciphertext, which has whole blocks of " + blockSize);

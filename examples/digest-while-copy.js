@@ -2,11 +2,11 @@
 //
 //   digest-while-copy.js IN OUT
 //
-// Three digesting streams stand one in front of the other; what is copied passes through each. The
+// Three digest filters are chained, so that the data passes through each. The
 // output is that of md5sum, sha1sum and sha256sum on IN. The file is copied in pieces, so its size
 // does not matter; above 16 MB the progress is shown on standard error if that is a terminal.
 //
-// An OUT that is there is replaced when all is written; after a failure it is as it was.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -20,7 +20,7 @@ eval(sharedFunctions());
 
 var ALGORITHMS = ["MD5", "SHA1", "SHA256"];
 
-// The filters from the one in front of `source` to the one that the copy is taken from.
+// The filters, from the one over `source` to the one that is copied from.
 function digestingFilters(source) {
   var filters = [], below = source;
   for (var i = 0; i < ALGORITHMS.length; i++) {
@@ -33,7 +33,7 @@ function digestingFilters(source) {
   return filters;
 }
 
-// Returns the filters that the file went through.
+// Returns the filters that the file passed through.
 function copyFile(from, to) {
   refuseSameFiles([from], [to]);
   var input = WScript.OpenFile(from, "r");
@@ -43,7 +43,7 @@ function copyFile(from, to) {
     copyStream(WScript.StreamOf(filters[filters.length - 1]), output, from, input.Size);
     output.Close();
   } finally {
-    // After a failure: the old file stays.
+    // After a failure the old file stays.
     output.Discard();
   }
   return filters;

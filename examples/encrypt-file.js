@@ -1,13 +1,13 @@
-// Encrypts a file with AES or DES, block by block.
+// Encrypts a file with AES or DES in ECB mode.
 //
 //   encrypt-file.js ALG KEY IN OUT      ALG is AES or DES, KEY is hexadecimal
 //
-// Command lines are seen by other users: --key-file FILE or --key-env NAME in place of KEY take it
-// from a file or an environment variable. The output is exactly the ciphertext: the file's length
-// rounded up to whole blocks, the last block filled with zero bytes. The file's own length is
-// printed; decrypt-file.js --length takes it. A key of 16 or 24 bytes makes DES triple DES.
+// Other users can see command lines: --key-file FILE or --key-env NAME instead of KEY read it from a
+// file or an environment variable. The output is the ciphertext only: the file's length rounded up to
+// whole blocks, the last block filled with zero bytes. The length of the file is printed, for
+// decrypt-file.js --length. With a key of 16 or 24 bytes DES is triple DES.
 //
-// An OUT that is there is replaced when all is written; after a failure it is as it was.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
 
 // Functions that the examples share.
 function sharedFunctions() {

@@ -15,7 +15,7 @@ function main() {
   var last = Number(words(0));
   var result = new ActiveXObject("Vardeko.crypt.Number");
   result.Value = 1;
-  // Factors go in together while their product is a number that the script can pass exactly.
+  // Factors are combined while their product is exact in a number of the script.
   var factors = 1;
   for (var i = 2; i <= last; i++) {
     if (factors * i > WORD) {

@@ -1,10 +1,10 @@
-// Prints the digests of files, as sha256sum and its sisters do.
+// Prints the digests of files, in the format of sha256sum.
 //
 //   hash-file.js ALG FILE...        ALG is MD5, SHA1 or SHA256
 //
 // A file is read in pieces, so its size does not matter; above 16 MB the progress is shown on
-// standard error if that is a terminal. A file that cannot be read is named there, the others go
-// on, and the exit status is then 1.
+// standard error if that is a terminal. A file that cannot be read is reported there, the others are
+// still read, and the exit status is 1.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -37,7 +37,7 @@ function hashFile(hash, path) {
   }
 }
 
-// A name with a line end or a backslash is written with escapes, and the line starts with one.
+// A name with a line end or backslash is escaped, and the line then starts with a backslash.
 function outputLine(digest, path) {
   var escaped = path.replace(/\\/g, "\\\\").replace(/\n/g, "\\n").replace(/\r/g, "\\r");
   return (escaped !== path ? "\\" : "") + digest + "  " + escaped;

@@ -5,8 +5,8 @@
 //   hmac.js ALG KEY                 the empty message
 //
 // --key-file FILE or --key-env NAME in place of KEY take it from a file or an environment variable;
-// of a file the bytes count, without a line end behind them. KEY and text are taken as UTF-8. The
-// file is read in pieces.
+// the key is then the bytes of the file, without a final line end. KEY and text are encoded as UTF-8.
+// The file is read in pieces.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -47,7 +47,7 @@ function main() {
   try {
     var hash = new ActiveXObject("Vardeko.crypt.HashObject");
     hash.InitHash(words[0]);
-    // The key is turned into bytes when it is set.
+    // The key is converted to bytes when it is set.
     hash.codePage = UTF8;
     hash.Key = keyValue(key);
     if (text !== undefined) {

@@ -1,11 +1,11 @@
-// Tells whether numbers are primes.
+// Tests numbers for primality.
 //
-//   is-prime.js NUMBER...       decimal, or hexadecimal behind 0x
+//   is-prime.js NUMBER...       decimal, or hexadecimal with 0x
 //
-// Small primes are divided out first; what is left goes through the Miller-Rabin test, with the
-// first 13 primes as bases, which decide for sure below 3.3 * 10^24, and with random bases above. A
-// composite number passes those with a chance of less than 1 in 4^ROUNDS. An argument that is no
-// number is named, the others go on, and the exit status is then 1.
+// After trial division by small primes follows the Miller-Rabin test, with the first 13 primes as
+// bases, which is deterministic below 3.3 * 10^24, and with random bases above. A composite number
+// passes those with a probability below 1 in 4^ROUNDS. An argument that is not a number is reported,
+// the others are still tested, and the exit status is 1.
 
 var PRIMES = [2, 3, 5, 7, 11, 13, 17, 19, 23, 29, 31, 37, 41];
 var SURE_BELOW = "3317044064679887385961981";
@@ -20,7 +20,7 @@ function usage() {
   WScript.Quit(2);
 }
 
-// Not every host has a standard error stream for scripts.
+// Some hosts have no standard error stream.
 function complain(text) {
   var stream = null;
   try {
@@ -33,7 +33,7 @@ function complain(text) {
   }
 }
 
-// Long texts are read in parts: the conversion of decimal text may lose the top of very long ones.
+// Long texts are read in parts: conversion of very long decimal text may lose its highest byte.
 function decimal(digits) {
   if (digits.length <= DIGITS_AT_ONCE) return maker.NewNumber(digits);
   var low = DIGITS_AT_ONCE, scale = "1";
@@ -60,7 +60,7 @@ function split(n) {
   return {odd: odd.Binary, twos: twos, last: n.Sub(1).Binary};
 }
 
-// Whether base, from 2 to n - 2, shows that the odd number n is composite.
+// Whether base, from 2 to n - 2, is a witness that the odd number n is composite.
 function isWitness(base, n, parts) {
   var power = base.ModExp(parts.odd, n.Binary);
   if (power.Cmp(1) === 0 || power.Cmp(parts.last) === 0) return false;

@@ -1,6 +1,6 @@
 // Prints BASE to the power EXPONENT modulo MODULUS.
 //
-//   power-mod.js BASE EXPONENT MODULUS      decimal, or hexadecimal behind 0x
+//   power-mod.js BASE EXPONENT MODULUS      decimal, or hexadecimal with 0x
 
 var DIVISION_BY_ZERO = -2147352558;
 var DIGITS_AT_ONCE = 1000;
@@ -14,7 +14,7 @@ function usage() {
   WScript.Quit(2);
 }
 
-// Not every host has a standard error stream for scripts.
+// Some hosts have no standard error stream.
 function complain(text) {
   var stream = null;
   try {
@@ -27,7 +27,7 @@ function complain(text) {
   }
 }
 
-// Long texts are read in parts: the conversion of decimal text may lose the top of very long ones.
+// Long texts are read in parts: conversion of very long decimal text may lose its highest byte.
 function decimal(digits) {
   if (digits.length <= DIGITS_AT_ONCE) return maker.NewNumber(digits);
   var low = DIGITS_AT_ONCE, scale = "1";
@@ -48,8 +48,8 @@ function main() {
   var words = WScript.Arguments;
   if (words.length !== 3) usage();
   try {
-    // Operands go in as bytes: an object would be read as its decimal text, which may lose the top
-    // of very long numbers.
+    // Operands are passed as bytes: an object would be read as its decimal text, which may lose the
+    // highest byte of a very long number.
     var result = read(words(0)).ModExp(read(words(1)).Binary, read(words(2)).Binary);
     WScript.Echo(result.Cmp(0) === 0 ? "0" : result.Value);
   } catch (e) {

@@ -1,12 +1,11 @@
-// Decrypts a file that rsa-encrypt.js made.
+// Decrypts a file written by rsa-encrypt.js.
 //
 //   rsa-decrypt.js KEY.json IN OUT      KEY.json comes from rsa-keygen.js
 //
-// What the file looks like is said in rsa-encrypt.js. The AES key comes out of raw RSA, which has
-// no padding: that it has the right length is all that can be checked, and that the file is what
-// its sender wrote cannot be checked at all.
+// rsa-encrypt.js describes the format of the file. The AES key is decrypted by raw RSA, which has no
+// padding: only its length can be checked, and a modified file is not detected.
 //
-// An OUT that is there is replaced when all is written; after a failure it is as it was.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -31,7 +30,7 @@ function usage() {
   WScript.Quit(2);
 }
 
-// What stands before the data: the length of the plain file and of the encrypted key.
+// The header: the length of the plain file and of the encrypted key.
 function readHeader(input, path) {
   var bytes = input.read(20);
   var hex = bytes === null ? "" : hexOf(bytes);

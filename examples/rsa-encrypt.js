@@ -2,19 +2,19 @@
 //
 //   rsa-encrypt.js KEY.json IN OUT      KEY.json comes from rsa-keygen.js; n and e are enough
 //
-// The file goes through AES under a random key, and that key through RSA. OUT holds, numbers most
-// significant byte first:
+// The file is encrypted by AES with a random key, and that key by RSA. OUT contains, with big-endian
+// numbers:
 //
 //   8 bytes    "MIROLRSA"
 //   8 bytes    the length of IN
 //   4 bytes    k, the length of the encrypted AES key
 //   k bytes    the AES key, 32 bytes, as a number raised to e modulo n
-//   the rest   IN through AES, block by block, the last block filled with zero bytes
+//   the rest   IN encrypted by AES in ECB mode, the last block filled with zero bytes
 //
-// Neither layer is fit for more than a demonstration: raw RSA has no padding, AES block by block
-// leaves patterns visible, and nothing is authenticated.
+// For demonstration only: raw RSA has no padding, AES in ECB mode leaves patterns visible, and nothing
+// is authenticated.
 //
-// An OUT that is there is replaced when all is written; after a failure it is as it was.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -45,7 +45,7 @@ function fixedHex(n, digits) {
   return text;
 }
 
-// The two top bits of the key are always set, so that it keeps its length as a number.
+// The top two bits of the key are always set, so that it keeps its length as a number.
 function randomKey() {
   var key = new ActiveXObject("Vardeko.crypt.Number");
   key.Random(AES_KEY_BYTES, true);

@@ -1,10 +1,10 @@
-// Makes an RSA key and writes it to a file.
+// Creates an RSA key and writes it to a file.
 //
 //   rsa-keygen.js BITS OUT.json     BITS is a multiple of 16 from 64 to 16384
 //
-// The file holds the five numbers in hexadecimal: n and e, which everybody may know, and d, p and
-// q, which nobody else may: only its owner may read or write it, where the script host can say so.
-// A copy without d, p and q serves rsa-encrypt.js as the public key.
+// The file contains the five numbers in hexadecimal: n and e, which are public, and d, p and q, which
+// are secret. Only its owner may read or write it, if the script host can set that. A copy without d,
+// p and q is the public key for rsa-encrypt.js.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -28,7 +28,7 @@ function usage() {
   WScript.Quit(2);
 }
 
-// The key file, which must be new, to write(text) or to discard().
+// The key file, which must not exist yet, with write(text) and discard().
 function newKeyFile(path) {
   if (!hasFileStreams()) {
     var files = new ActiveXObject("Scripting.FileSystemObject");

@@ -1,9 +1,9 @@
 // Functions that the examples share: messages, options, keys, files. Each example evaluates this
 // file; it runs on every script host.
 //
-// Where a host offers WScript.OpenFile, files of any size are read and written in pieces, and what
-// is written takes the place of the old file only when it is complete. Elsewhere ADODB.Stream holds
-// a file in memory as a whole, so there is a limit to its size.
+// On hosts with WScript.OpenFile, files of any size are read and written in pieces, and a new file
+// replaces the old one only when it is complete. On others ADODB.Stream holds the whole file in memory,
+// which limits its size.
 
 var PIECE = 1 << 19;
 var COPIED_AT_ONCE = 1 << 20;
@@ -24,7 +24,7 @@ function describe(error) {
   return error.description || error.message || "error " + error.number;
 }
 
-// Not every host has a standard error stream for scripts.
+// Some hosts have no standard error stream.
 function standardError() {
   try {
     return WScript.StdErr || null;
@@ -50,8 +50,8 @@ function isTerminal(stream) {
   }
 }
 
-// Returns a function to call with the bytes done so far and, at the end, without. It shows the
-// progress of long work on a terminal.
+// Returns a function that shows the progress of long work on a terminal. It is called with the count
+// of bytes done, and at the end without an argument.
 function progressOf(path, size) {
   var stream = standardError(), shown = -1;
   if (size <= LARGE || !isTerminal(stream)) return function () {};
@@ -78,8 +78,8 @@ function copyStream(from, to, path, size) {
 
 // Arguments.
 
-// Splits the arguments into words and the values of the options named. Calls usage() for an option
-// without a value.
+// Splits the arguments into words and values of the given options. Calls usage() for an option without
+// a value.
 function splitArguments(options, usage) {
   var found = {words: []}, all = WScript.Arguments;
   for (var i = 0; i < all.length; i++) {
@@ -120,7 +120,7 @@ function environmentVariable(name) {
   return text;
 }
 
-// The hexadecimal digits of a key. Space around those of a file does not count.
+// The hexadecimal digits of a key, without the white space around those of a file.
 function keyDigits(key) {
   var text = key.text;
   if (key.variable !== undefined) text = environmentVariable(key.variable);
@@ -129,7 +129,7 @@ function keyDigits(key) {
   return text;
 }
 
-// A key that is any bytes: text, or the bytes of a file without a line end behind them.
+// A key of arbitrary bytes: text, or the bytes of a file without a final line end.
 function keyValue(key) {
   if (key.variable !== undefined) return environmentVariable(key.variable);
   if (key.file === undefined) return key.text;
@@ -144,8 +144,8 @@ function keyValue(key) {
   }
 }
 
-// A cipher object with algorithm and key. The bytes of the key go in as the 16-bit units of a text, which
-// the object takes as they are when its code page is negative: so the script needs no byte arrays.
+// A cipher object with algorithm and key. The key is passed as the UTF-16 code units of a text, which the
+// object uses unchanged if its code page is negative, so the script needs no byte arrays.
 function makeCrypt(algorithm, hex) {
   var crypt = new ActiveXObject("Vardeko.crypt.Symmetric");
   try {
@@ -175,7 +175,7 @@ function newNumber() {
   return new ActiveXObject("Vardeko.crypt.Number");
 }
 
-// Bytes to whole bytes of hexadecimal digits by way of a number, which loses zero bytes in front.
+// Bytes to hexadecimal by a PexBigNumber, which loses leading zero bytes.
 function hexOf(bytes) {
   var number = newNumber();
   number.Binary = bytes;
@@ -207,7 +207,7 @@ function isSameFile(a, b) {
   }
 }
 
-// Refuses a file to write that is also read, or written twice, by whatever name.
+// Refuses an output that is also an input or another output, by whatever name.
 function refuseSameFiles(inputs, outputs) {
   for (var i = 0; i < outputs.length; i++) {
     for (var j = 0; j < inputs.length; j++) {
@@ -293,7 +293,7 @@ function readText(path) {
   return number.Text;
 }
 
-// An RSA object with the numbers of a key file that `properties` names.
+// An RSA object with those numbers of a key file that `properties` names.
 function readRsaKey(path, properties) {
   var text = readText(path);
   var rsa = new ActiveXObject("Vardeko.crypt.RSA");
@@ -305,7 +305,7 @@ function readRsaKey(path, properties) {
   return rsa;
 }
 
-// Writes what ADODB.Stream holds to a file beside `path`, which then takes its place.
+// Writes the content of an ADODB.Stream to a temporary file and renames it to `path`.
 function saveBinary(binary, path) {
   var files = new ActiveXObject("Scripting.FileSystemObject");
   var folder = files.GetParentFolderName(files.GetAbsolutePathName(path));
@@ -324,8 +324,8 @@ function saveBinary(binary, path) {
   }
 }
 
-// The file to write: write(bytes), finish() and discard(). Its first `most` bytes are kept; until
-// finish() the old file stays, and discard() leaves it for good.
+// The file to write: write(bytes), finish() and discard(). It is truncated to `most` bytes. finish()
+// replaces the old file, discard() keeps it.
 function openOutput(path, most) {
   var done = 0;
   if (hasFileStreams()) {
@@ -355,8 +355,8 @@ function openOutput(path, most) {
   };
 }
 
-// Calls work(input, output) with the files, of which the output keeps its first most(input) bytes,
-// and puts the output in place unless the work fails.
+// Calls work(input, output) with the files. The output is truncated to most(input) bytes and replaces
+// the old file unless work fails.
 function withFiles(from, to, most, work) {
   var input = openInput(from), output = null, finished = false;
   try {
@@ -371,7 +371,7 @@ function withFiles(from, to, most, work) {
   return input.size;
 }
 
-// Sends the rest of the file in pieces through transform(bytes, isLast) to the output.
+// Writes the rest of the input to the output in pieces, each through transform(bytes, isLast).
 function pump(input, output, transform) {
   var report = progressOf(input.path, input.size);
   var bytes = input.read(PIECE), next;

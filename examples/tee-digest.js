@@ -1,12 +1,11 @@
-// Copies a file to several places at once and prints the digest of what each of them was given.
+// Copies a file to several places at once and prints the digest of what was written to each.
 //
 //   tee-digest.js ALG IN OUT...        ALG is MD5, SHA1 or SHA256
 //
-// Each output is written through a digesting stream of its own, and the input is read through one;
-// a digest that differs from the input's is named on standard error, and the exit status is then 1.
+// Each output is written through its own digest filter, and the input is read through one. A digest that
+// differs from the input's is reported on standard error, and the exit status is 1.
 //
-// The outputs that are there are replaced when all of them are written; a failure before leaves them
-// as they were.
+// Existing outputs are replaced when all of them are complete; after a failure they are unchanged.
 
 // Functions that the examples share.
 function sharedFunctions() {
@@ -59,7 +58,7 @@ function tee(algorithm, from, names) {
   digesting("Read", algorithm, null);
   var file = WScript.OpenFile(from, "r");
   var source = digesting("Read", algorithm, file);
-  // What is not closed when the script fails is dropped by the host.
+  // If the script fails, the host discards files that are not closed.
   var outputs = openOutputs(algorithm, names), status = 0, i;
   copyAll(WScript.StreamOf(source), outputs, from, file.Size);
   for (i = 0; i < outputs.length; i++) outputs[i].file.Close();

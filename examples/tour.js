@@ -1,8 +1,8 @@
-// A guided tour of the components. Prints the same on every host.
+// A tour of the components. The output is the same on every host.
 //
 //   tour.js           the whole tour
-//   tour.js list      the names of its stops
-//   tour.js NAME...   these stops only
+//   tour.js list      the names of its sections
+//   tour.js NAME...   these sections only
 
 var stops = [];
 
@@ -14,7 +14,7 @@ function say(text) {
   WScript.Echo("  " + text);
 }
 
-// What an error says of itself: what scripts get from a member that fails.
+// The status and text of an error that a member raised.
 function sayError(what, member) {
   try {
     member();
@@ -31,7 +31,7 @@ function hex(bytes) {
   return number.Hex;
 }
 
-// For statuses without a text of ours: hosts word them differently.
+// For statuses without a text of the module: hosts have different texts.
 function sayNumber(what, member) {
   try {
     member();
@@ -59,7 +59,7 @@ stop("hash", "HashObject: message digests", function () {
   hash.Reset();
   say("of nothing  = " + hash);
 
-  // BinaryValue is a byte array: a value to hand to another member.
+  // BinaryValue is a byte array, which other members accept.
   hash.HashData("abc");
   var bytes = hash.BinaryValue;
   hash.HashData(bytes);
@@ -89,7 +89,7 @@ stop("hmac", "HashObject: HMAC", function () {
   say("HMAC-SHA256 = " + hash.Value);
   hash.HashData("The quick brown fox jumps over the lazy dog");
   say("once more   = " + hash.Value);
-  // The key comes back as bytes; another object takes them.
+  // The key reads as bytes, which another object accepts.
   var other = new ActiveXObject("Vardeko.crypt.HashObject.free");
   other.InitHash("SHA256");
   other.Key = hash.Key;
@@ -106,9 +106,9 @@ stop("cipher", "SymmetricCryptObject: AES and DES, block by block", function () 
   crypt.Key = "sixteen byte key";
   var sealed = crypt.Encrypt("attack at dawn");
   say("AES, blocks of " + crypt.BlockSize + " = " + hex(sealed));
-  // The pad is not removed: what comes back is whole blocks.
+  // The pad is not removed: the result is whole blocks.
   say("decrypted = " + hex(crypt.Decrypt(sealed)));
-  // In pieces: all but the last say false.
+  // In pieces: false for all but the last.
   var number = new ActiveXObject("Vardeko.crypt.Number");
   number.Binary = crypt.Encrypt("attack ", false);
   say("a piece short of a block gives nothing yet: " + (number.Cmp(0) === 0));
@@ -143,7 +143,7 @@ stop("number", "PexBigNumber: integers of any size", function () {
 
 stop("rsa", "RSACrypt: keys and raw RSA", function () {
   var rsa = new ActiveXObject("Vardeko.crypt.RSA");
-  // From given numbers, so that the tour prints the same every time: never a key to keep.
+  // From fixed numbers, so that the output is always the same: not a key to use.
   rsa.CreateKeys("123456789abcdef0", "fedcba9876543210");
   say("p = " + hex(rsa.P) + ", q = " + hex(rsa.Q));
   say("modulus = " + hex(rsa.Modulus) + ", public exponent = " + hex(rsa.PublicExp));
@@ -168,7 +168,7 @@ stop("streams", "ToviStreamDigest and ToviStreamCrypt: filters in front of a str
   crypt.ReadAlgorithm = "AES";
   crypt.ReadKey = "sixteen byte key";
   say("reads go through " + crypt.ReadAlgorithm + " with key " + hex(crypt.ReadKey));
-  // A filter is a stream itself, so one stands in front of another.
+  // A filter is a stream itself, so filters can be chained.
   crypt.Stream = digest;
   say("bound: " + (crypt.Stream !== null));
   say("seeking forbidden: " + (crypt.SeekingForbidden !== 0));

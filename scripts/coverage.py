@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Says which lines and branches of the project the tests ran, and checks what the module owes.
+"""Reports which lines and branches the tests ran, and checks what is required of the module.
 
 usage: coverage.py BUILD [--files] [--all] [--rows] [--exceptions FILE]
 
 BUILD is a build folder of the preset `coverage` whose tests have run. Prints a table by folder (by
-file with --files), then every line and branch of the module's code that never ran and that the file
-of exceptions does not list (of all folders with --all; as rows for that file with --rows). Exits 1
+file with --files), then every line and branch of the module's code that never ran and is not in the
+file of exceptions (of all folders with --all; as rows for that file with --rows). Exits 1
 if there is one, if a row of that file excuses nothing any more, or if less than 95 % of the module's
 branches were taken.
 
@@ -23,9 +23,9 @@ The file of exceptions holds a reason in brackets and under it the rows it stand
     2 branches automation/data/some_file.cpp: if (a || b) {
     up to 1 branch automation/data/some_file.cpp: static const int made = Make();
 
-Rows of "up to" are of what the order of threads decides: they may excuse nothing in a run. Lines are known by their text; the count covers all lines of that text in the file. Branches of a
-line that never ran go with the line. Kernels for instruction sets that the machine lacks are excused
-by themselves.
+Rows of "up to" depend on the order of threads: they may excuse nothing in a run. Lines are identified
+by their text; the count covers all lines of that text in the file. Branches of a line that never ran
+are part of the line. Kernels for instruction sets that the machine lacks are excused.
 """
 import collections
 import json

@@ -1,16 +1,16 @@
 #!/bin/sh
-# flags.sh [ROW...]: builds everything once a row of the table below, or once for each row named,
-# runs its tests, and compares what the examples print and write there with what the native build's
-# do, byte by byte. Code that leans on the sign of char, on the size of long, size_t or a pointer, on
-# values read as another type, or on what one optimizer happens to do, fails in some row.
+# flags.sh [ROW...]: builds everything for each row of the table below, or for the rows named, runs the
+# tests, and compares the output and files of the examples with those of the native build byte by byte.
+# Code that depends on the signedness of char, on the size of long, size_t or pointers, on type punning,
+# or on one optimiser, fails in some row.
 #
-#   FLAGS_JOBS   programs compiled and tests run at once, one for each processor if not set
-#   FLAGS_BUILD  folder of the rows' builds, build/flags if not set
-#   FLAGS_NATIVE folder of the build to compare with, build/native if not set
+#   FLAGS_JOBS   parallel compilations and tests, by default the number of processors
+#   FLAGS_BUILD  folder of the rows' builds, by default build/flags
+#   FLAGS_NATIVE folder of the build to compare with, by default build/native
 set -u
 
-# NAME | compiler flags, in place of the release build's | more for cmake. A row has several flags that
-# have nothing to do with each other. The release build itself is the row of -O3 without -flto.
+# NAME | compiler flags instead of the release build's | further arguments of cmake. A row combines
+# independent flags. The release build itself covers -O3 without -flto.
 table() {
   cat <<'ROWS'
 O0     | -O0 -funsigned-char |
@@ -32,7 +32,7 @@ trimmed() {
   echo "$1" | sed 's/^ *//; s/ *$//'
 }
 
-# run_row NAME FLAGS MORE: the row's summary line on standard output; its status says if all is well.
+# run_row NAME FLAGS MORE: prints the row's summary line; fails if a test or the transcript does.
 run_row() {
   build=$builds/$1
   log=$builds/$1.log
@@ -42,7 +42,7 @@ run_row() {
       echo "no 32-bit libraries (see $log)"
       return 1
     fi
-    # The character sets of the system's library are modules of its own kind.
+    # The C library loads its character sets as modules, which must be 32-bit too.
     export GCONV_PATH="$root/build/i386/root/usr/lib/i386-linux-gnu/gconv"
   fi
   # shellcheck disable=SC2086  # $3 is a list of arguments

@@ -1,15 +1,14 @@
 #!/bin/sh
-# Runs commands in a Debian that is new but for git and make: `make run` and `make test`, or the one
-# given.
+# Runs commands in a new Debian with git and make: `make run` and `make test`, or the one given.
 #
 #   fresh.sh 12|13 [COMMAND...]
 #
-# The system is made in build/fresh from the machine's own apt sources, the committed sources are
-# cloned into an empty folder of it, and nothing of the caller's environment is there. What was
-# downloaded, and the bare system, are kept for the next time. Needs root, to change the root folder.
+# The system is created in build/fresh from the machine's own apt sources, the committed sources are
+# cloned into an empty folder of it, and the caller's environment is not passed on. Downloads and the
+# bare system are kept for the next run. Needs root for chroot.
 #
-# Fails if a command does, or if it prints a warning. The output is kept in build/fresh/RELEASE.log,
-# what became of each test in RELEASE.tests, the system in RELEASE until the next run.
+# Fails if a command does, or if it prints a warning. The output is kept in build/fresh/RELEASE.log, the
+# result of each test in RELEASE.tests, the system in RELEASE until the next run.
 set -eu
 
 release=${1:-}
@@ -47,7 +46,7 @@ exec 9>"$folder/$release.lock"
 flock 9
 
 if [ ! -d "$bare" ]; then
-  # The mirror that this machine has its packages from, and its way to get there.
+  # The mirror and proxy of this machine's apt.
   # shellcheck disable=SC2016  # apt-get expands them
   mirror=$(apt-get indextargets --format '$(REPO_URI) $(LABEL) $(COMPONENT)' 'Created-By: Packages' |
     awk '$2 == "Debian" && $3 == "main" { print $1; exit }')
@@ -74,7 +73,7 @@ commit=$(git -C "$system/root/mirolta" log -1 --format='%h %s')
 [ -z "$(git -c safe.directory='*' status --porcelain)" ] ||
   echo "Changes that are not committed are left out."
 
-# run COMMAND: in the system. What it mounts and starts is gone when it ends.
+# run COMMAND: in the system; its mounts and processes end with it.
 # shellcheck disable=SC2016  # the inner shell expands them
 run() {
   unshare --mount --pid --fork --kill-child sh -euc '
@@ -109,7 +108,7 @@ if [ $# -gt 0 ]; then
 else
   try "make run"
   try "make test"
-  # What became of each test, and of each part of one that can be left out.
+  # The result of each test, and of each part that a test may skip.
   for results in "$system"/root/mirolta/build/*/Testing/Temporary/LastTest.log; do
     build=${results%/Testing/*}
     sed -n -e 's/^[0-9]*\/[0-9]* Test: \(.*\)/test \1/p' \

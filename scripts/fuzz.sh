@@ -1,7 +1,7 @@
 #!/bin/sh
-# fuzz.sh BUILD SECONDS [HARNESS...]: runs each harness, or those named, for so long, on what is
-# kept in fuzz/corpus and what earlier runs found in BUILD/corpus. An input that breaks a harness is
-# kept in fuzz/corpus; FUZZ_KEEP=1 also keeps there what reaches code that nothing kept did.
+# fuzz.sh BUILD SECONDS [HARNESS...]: runs each harness, or those named, for SECONDS, starting from
+# fuzz/corpus and from BUILD/corpus of earlier runs. An input that fails is added to fuzz/corpus;
+# FUZZ_KEEP=1 also adds inputs that reach new code.
 set -u
 
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -25,5 +25,5 @@ for name in "$@"; do
   fi
 done
 [ -z "$broken" ] && exit 0
-echo "Broken:$broken (reports in $build)" >&2
+echo "Failed:$broken (reports in $build)" >&2
 exit 1

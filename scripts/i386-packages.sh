@@ -1,7 +1,7 @@
 #!/bin/sh
-# Downloads the 32-bit libraries that the tests link, each with what it needs, and unpacks them into
-# FOLDER. The machine's packages are left alone, and root is not needed: apt works with the machine's
-# sources, but with lists and a status of its own.
+# Downloads the 32-bit libraries that the tests link, with their dependencies, and unpacks them into
+# FOLDER. The machine's packages are not changed, and root is not needed: apt uses the machine's
+# sources, but its own lists and status.
 #
 #   i386-packages.sh FOLDER PACKAGE...
 set -eu
@@ -22,11 +22,11 @@ echo "Unpacking 32-bit packages: $wanted" >&2
 rm -rf "$folder/root" "$folder/cache"
 mkdir -p "$folder/state/lists/partial" "$folder/cache/archives/partial"
 : >"$folder/status"
-# One source that is out of order does not matter if the packages are in another.
+# A source that fails does not matter if another has the packages.
 apt_for_i386 update || true
 # shellcheck disable=SC2086  # one word a package
 apt_for_i386 --download-only -y install $wanted >/dev/null
-# Packages have files in /lib or in /usr/lib, which are one folder.
+# Packages contain files in /lib or in /usr/lib, which must be the same folder.
 mkdir -p "$folder/root/usr/lib" "$folder/root/usr/bin" "$folder/root/usr/sbin"
 for name in bin sbin lib; do ln -s "usr/$name" "$folder/root/$name"; done
 for package in "$folder"/cache/archives/*.deb; do

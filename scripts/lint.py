@@ -3,19 +3,19 @@
 
 lint.py BUILD [PATH...]
 
-BUILD is a configured build folder with compile_commands.json; its results are kept there, in lint/, by
-the content of what they depend on, so that a second run looks only at what has changed. With PATHs
-(files or folders) only what lies there is checked.
+BUILD is a configured build folder with compile_commands.json. Clean results are cached in its folder
+lint/ by the content of what they depend on, so that a second run only checks what has changed. With
+PATHs (files or folders) only these are checked.
 
 - layers      includes go in the allowed directions (tests/layout/check_layers.py)
 - contracts   the labels of contracts and their order (scripts/contracts.py)
 - definitions each name is defined once, and used (scripts/definitions.py)
-- gcc         its warnings, for what the ordinary build leaves out (the benchmark)
+- gcc         its warnings for what the ordinary build omits (the benchmark)
 - clang       its warnings: those of .clang-tidy's ExtraArgs
 - clang-tidy  the checks of .clang-tidy
 - cppcheck    all but scripts/cppcheck-suppressions.txt
 
-Prints a line for each check that passes, the places where one does not; exits 1 if there are any.
+Prints the findings and a line for each check; exits 1 if there are findings.
 """
 import concurrent.futures
 import functools
@@ -34,11 +34,11 @@ import contracts  # noqa: E402
 import definitions  # noqa: E402
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
-# What the ordinary build does not compile.
+# Folders that the ordinary build does not compile.
 GCC_FOLDERS = {"bench"}
-# Definitions that make other code of a file; such a variant is compiled, but not analysed again.
+# Definitions that change the code of a file; such a variant is compiled, but not analysed again.
 VARIANTS = {"-DMIROLTA_PORTABLE_ONLY=1", "-DMIROLTA_HALF_PRODUCTS=1"}
-# cppcheck knows no test framework's macros.
+# cppcheck does not know the test framework's macros.
 CPPCHECK_LEAVES_OUT = {"tests", "fuzz", "bench"}
 PRINTED = set()
 FINDING = re.compile(r"(.+?):\d+:\d+: (?:warning|error|style|performance|portability): .*")
@@ -92,7 +92,7 @@ def content_and_includes(path):
 
 
 def hash_of(unit, tool):
-    """Of everything of ours that the tool's findings in the unit depend on."""
+    """A hash of everything in the project that the tool's findings in the unit depend on."""
     seen, left = {unit.path}, [unit.path]
     while left:
         for header in content_and_includes(left.pop())[1]:
@@ -111,7 +111,7 @@ def findings_of(text):
 
 
 def tell(found):
-    """Prints each place once, though many units may include it."""
+    """Prints each finding once, though many units may include it."""
     fresh = [line for line in found if line not in PRINTED]
     PRINTED.update(fresh)
     for line in fresh:
@@ -119,7 +119,7 @@ def tell(found):
 
 
 def remembered(kept, unit, tool, command):
-    """The findings of the command's run, or of the last one on the same sources."""
+    """The findings of the command, which is not run if it was clean on the same sources."""
     record = kept / hash_of(unit, tool)
     if record.exists():
         return []
@@ -148,7 +148,7 @@ def run_gcc(kept, units, pool):
 
 
 def run_clang(kept, units, pool):
-    """Both of clang's checks; one reading of a file serves both."""
+    """Both of clang's checks, from one run for each file."""
     version = version_of("clang-tidy", "--version").split("Default target")[0]
 
     def check(unit):

@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""mutate.py FOLDER: tries small changes of the module's sources, and says which the tests do not see.
+"""mutate.py FOLDER: mutation testing. Tries small changes of the sources and lists those that no test finds.
 
-The sources are copied to FOLDER/tree-N, one copy a worker, and built and changed there only. Results
-are kept in FOLDER/results.jsonl, so that an interrupted run goes on where it was.
+The sources are copied to FOLDER/tree-N, one copy for each worker, and changed and built there only.
+Results are stored in FOLDER/results.jsonl, so that an interrupted run can be continued.
 
-  --mutants N   how many mutants that compile (default 300)
+  --mutants N   number of mutants that compile (default 300)
   --seed N      another sample
-  --filter P    only sources whose path begins so
+  --filter P    only sources whose path starts with P
   --retry       try the survivors again, after tests were written
-  --workers N   how many at a time (default: the processors)
-  --stay        use the copy of the run before, whatever the sources are now
+  --workers N   mutants at a time (default: the number of processors)
+  --stay        use the copy of the previous run, whatever the sources are now
   --report      only print the table of what has been tried
 """
 

@@ -1,19 +1,18 @@
 #!/bin/sh
-# Sees that what building and testing need is there: the packages of the lists given, packages.txt if
-# none is.
+# Ensures that the packages of the given lists are installed, by default those of packages.txt.
 #
 #   setup.sh [LIST...]
 #
-# Where apt-get is, and root or sudo, missing packages are installed. Everywhere else the programs,
-# headers and modules themselves are looked for. If one is missing, one message names the packages of
-# several systems, and nothing has been changed.
+# With apt-get, and root or sudo, missing packages are installed. Otherwise the programs, headers and
+# modules themselves are searched for. If one is missing, one message lists the packages of several
+# systems, and nothing is changed.
 #
-# A line of a list is one need: its package on Debian or Ubuntu, Fedora, Arch and Alpine ("-" for
-# none; of names divided by "/" the first that the system has), and how it is found without a package
-# manager: program:NAME, header:NAME, file:PATH, python:MODULE or clang:FLAG, with which clang makes
-# a program.
+# A line of a list is one requirement: its package on Debian or Ubuntu, Fedora, Arch and Alpine ("-" for
+# none; of names separated by "/" the first that the system has), and how it is detected without a
+# package manager: program:NAME, header:NAME, file:PATH, python:MODULE, or clang:FLAG, a flag with which
+# clang can link.
 #
-# A complete list is not looked at again until it, this file or the installed packages change.
+# A list that was complete is checked again only after it, this file or the installed packages change.
 set -eu
 
 cd "$(dirname "$0")"
@@ -56,13 +55,13 @@ is_found() {
     python:*) python3 -c "import $name" >/dev/null 2>&1 ;;
     clang:*) printf '#include <new>\nint main() {}\n' | clang++ "$name" -x c++ -o /dev/null - >/dev/null 2>&1 ;;
     *)
-      echo "setup.sh: $1 is no way to find a package" >&2
+      echo "setup.sh: $1 does not say how to find a package" >&2
       exit 2
       ;;
   esac
 }
 
-# missing_rows LIST...: the rows of what is not there.
+# missing_rows LIST...: the rows of what is missing.
 missing_rows() {
   cat "$@" | while read -r debian fedora arch alpine probe; do
     case $debian in '#'* | '') continue ;; esac

@@ -1,6 +1,6 @@
 #!/bin/sh
-# transcript.sh HOST SCRATCH: runs the examples whose results are always the same and prints all that
-# they print and the bytes of the files they write, for comparing one build's results with another's.
+# transcript.sh HOST SCRATCH: runs the examples with deterministic results and prints their output and the
+# bytes of the files they write, to compare two builds.
 set -eu
 
 host=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
@@ -40,7 +40,7 @@ example is-prime.js 2 1229 65537 $modulus 17014118346046923173168730371588410572
 example bignum-calc.js "2^4253 - 1" "3^2000 / 7^300 % 10^50" "gcd(2^600 - 1, 2^450 - 1)"
 example bignum-calc.js --hex "123456789^77" "1000!"
 rm -f registry.reg
-# The files byte by byte.
+# The bytes of the files.
 for file in *; do
   echo "== $file"
   od -An -v -tx1 "$file"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Compares the automation values of the portable runtime with those of the platform.
+# Compares the automation values of the portable runtime with the platform's.
 #
 #   value-parity.sh PORTABLE_OUTPUT PLATFORM_OUTPUT PLATFORM_VERSION [RULES]
 #

@@ -1,11 +1,11 @@
 #!/bin/sh
-# Tests of the Windows module, run by Wine without a display.
+# Tests of the Windows module, run with Wine without a display.
 #
 #   wine-tests.sh STEP NATIVE_BUILD
 #
 # STEP is one of the functions below that have a comment. NATIVE_BUILD is the folder of the native
 # build to compare with. The Windows builds are those of `make windows`, with their test programs
-# (`make windows-tests`). Wine's own files are kept in build/wine; the first use makes them.
+# (`make windows-tests`). Wine's own files are kept in build/wine; the first use creates them.
 set -eu
 
 step=${1:?usage: wine-tests.sh STEP NATIVE_BUILD}
@@ -24,7 +24,7 @@ fail() {
   exit 1
 }
 
-# The name that Windows programs have for a file.
+# The name of a file for Windows programs.
 windows_name() {
   echo "Z:$1" | tr / '\\'
 }
@@ -50,7 +50,7 @@ list_registry() {
     LC_ALL=C sort
 }
 
-# Checks of the two files themselves: size, entry points, and what they need of the system.
+# Checks of the two files: size, entry points, and imports.
 binaries() {
   for processor in x64:x86_64:pei-x86-64 x86:i686:pei-i386; do
     folder=$root/build/windows-${processor%%:*}
@@ -85,7 +85,7 @@ binaries() {
   done
 }
 
-# Registers and unregisters the module and compares what the registry holds after each; leaves it
+# Registers and unregisters the module and compares the registry after each; leaves the module
 # registered for the other steps.
 registration() {
   [ -f "$WINEPREFIX/system.reg" ] || wineboot -i >/dev/null 2>&1 || fail "wineboot failed"
@@ -120,7 +120,7 @@ registration() {
   register
 }
 
-# run_script NAME ARGUMENTS...: a script by the platform's script host.
+# run_script NAME ARGUMENTS...: runs a script on the platform's script host.
 run_script() {
   windows_script=$(windows_name "$1")
   shift
@@ -138,8 +138,8 @@ both_hosts() {
   same "$name" "$work/$name.windows" "$work/$name.native"
 }
 
-# The tour, the examples that need no files, what the others say without any, and the test scripts of
-# both script languages.
+# The tour, the examples that need no files, the usage of the others, and the test scripts in both
+# languages.
 scripts() {
   examples=$root/examples
   both_hosts tour "$examples/tour.js"
@@ -185,7 +185,7 @@ type_library() {
   same "type library" "$work/windows" "$work/native"
 }
 
-# compare_values [RULES]: what a program printed over the portable runtime and over the system.
+# compare_values [RULES]: compares a program's output with the portable runtime and with the system.
 compare_values() {
   version=$(wine --version 2>/dev/null | sed 's/^wine-\([0-9]*\).*/\1/')
   "$root/scripts/value-parity.sh" "$work/portable.txt" "$work/platform.txt" "$version" "$@"
@@ -206,8 +206,8 @@ parity() {
   compare_values
 }
 
-# units FOLDER: the unit tests of a folder that the Windows build has, on the layers that the module is
-# made of. Of the kernels the same are run as natively, by name: the processor is the same.
+# units FOLDER: the unit tests of a folder in the Windows build, with the module's own layers. They must
+# run the same kernels as the native tests, by name: the processor is the same.
 units() {
   programs=$(sed -n "s/^$1 //p" "$windows/tests/unit_tests.txt")
   [ -n "$programs" ] || fail "there are no unit tests of $1"

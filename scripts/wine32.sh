@@ -1,8 +1,8 @@
 #!/bin/sh
-# Runs the 32-bit module and its unit tests by a 32-bit Wine, in a folder of its own that leaves the
-# machine's packages alone. Not part of `make test`: it fetches about 200 MB from the machine's Debian
-# mirror, and changing the root folder needs root. (Debian's 64-bit Wine runs no 32-bit programs
-# without the other architecture's packages.)
+# Runs the 32-bit module and its unit tests with a 32-bit Wine in a folder of its own, without changing
+# the machine's packages. Not part of `make test`: it downloads about 200 MB from the machine's Debian
+# mirror, and chroot needs root. (Debian's 64-bit Wine runs no 32-bit programs without the other
+# architecture's packages.)
 #
 #   wine32.sh [FOLDER]              FOLDER is build/wine32 if not given
 #
@@ -24,7 +24,7 @@ fail() {
 [ "$(id -u)" = 0 ] || fail "wine32.sh must be run by root: it changes the root folder"
 [ -f "$root/build/windows-x86/Mirolta.dll" ] || fail "run make windows first"
 
-# apt with the machine's sources, but packages and lists of its own, for the other architecture.
+# apt with the machine's sources, but its own packages and lists, for the other architecture.
 apt_for_i386() {
   apt-get -qq -o APT::Architecture=i386 -o APT::Architectures=i386 -o Dir::State="$folder/state" \
     -o Dir::State::status="$folder/status" -o Dir::Cache="$folder/cache" \
@@ -34,13 +34,13 @@ apt_for_i386() {
 if [ ! -e "$folder/unpacked" ]; then
   mkdir -p "$folder/state/lists/partial" "$folder/cache/archives/partial"
   : >"$folder/status"
-  # One source that is out of order does not matter if the packages are in another.
+  # A source that fails does not matter if another has the packages.
   apt_for_i386 update || true
   apt_for_i386 --download-only -y install wine wine32 dash coreutils >/dev/null
   rm -rf "$system"
   mkdir -p "$system/usr/bin" "$system/usr/sbin" "$system/usr/lib" "$system/tmp" "$system/root"
   for name in bin sbin lib; do ln -s "usr/$name" "$system/$name"; done
-  # Unpacked only: of what the packages do when they are installed just Wine's own step is needed.
+  # Only unpacked: of the packages' installation scripts only Wine's step is needed.
   for package in "$folder"/cache/archives/*.deb; do
     dpkg-deb --fsys-tarfile "$package" | tar -x --keep-directory-symlink -C "$system"
   done
