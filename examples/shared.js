@@ -151,7 +151,7 @@ function makeCrypt(algorithm, hex) {
   try {
     crypt.Init(algorithm);
   } catch (e) {
-    fail(algorithm + ": " + describe(e) + " AES and DES are known, written exactly so.");
+    fail(algorithm + ": " + describe(e) + " Use AES or DES (case-sensitive).");
   }
   var size = hex.length / 2;
   var units = "";

@@ -20,7 +20,7 @@ constexpr const InterfaceTable* kInterfaces[] = {
 // clang-format off
 constexpr ClassTableRow kClasses[] = {
     {&CLSID_ToviStreamDigest, OLESTR("ToviStreamDigest"),
-     OLESTR("A stream that digests what passes through it"), &kToviStreamDigestInterface},
+     OLESTR("A stream filter that computes digests"), &kToviStreamDigestInterface},
     {&CLSID_HashObject, OLESTR("HashObject"),
      OLESTR("Message digests and HMAC"), &kHashObjectInterface},
     {&CLSID_SymmetricCryptObject, OLESTR("SymmetricCryptObject"),
@@ -30,7 +30,7 @@ constexpr ClassTableRow kClasses[] = {
     {&CLSID_PexBigNumber, OLESTR("PexBigNumber"),
      OLESTR("Big integers"), &kBigNumberInterface},
     {&CLSID_ToviStreamCrypt, OLESTR("ToviStreamCrypt"),
-     OLESTR("A stream that encrypts or decrypts what passes through it"), &kToviStreamCryptInterface},
+     OLESTR("A stream filter that encrypts or decrypts"), &kToviStreamCryptInterface},
 };
 // clang-format on
 

@@ -91,7 +91,7 @@ for script in encrypt-file.js decrypt-file.js; do
   refuses "a key of 0 bytes does not fit DES, which takes 8, 16 or 24 bytes" $script DES "" in out
   refuses "the key is not whole bytes in hexadecimal" $script DES 0123456789abcde in out
   refuses "the key is not whole bytes in hexadecimal" $script DES 0123456789abcdeg in out
-  refuses "aes: Algorithm not found. AES and DES are known, written exactly so." \
+  refuses "aes: Algorithm not found. Use AES or DES (case-sensitive)." \
     $script aes $aes in out
   refuses "no-such-file: File not found" $script AES $aes no-such-file out
   refuses "in: is both input and output" $script AES $aes in in
