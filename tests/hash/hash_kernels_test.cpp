@@ -3,213 +3,235 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <iostream>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bytes.h"
+#include "guarded_memory.h"
+#include "kernel_rows.h"
+
 namespace mirolta::test {
 namespace {
+
+using Words = std::vector<uint32_t>;
 
 struct Primitive {
   const char* name;
   KernelList<CompressBlocks> list;
   CompressBlocks chosen;
-  size_t word_count;
+  bool high_first;
+  Words initial;
+  Words of_abc;  // the chaining value behind the padded message "abc"
 };
 
 const Primitive kPrimitives[] = {
-    {"md5", kMd5Kernels, CurrentKernel<kMd5Kernels>(), 4},
-    {"sha1", kSha1Kernels, CurrentKernel<kSha1Kernels>(), 5},
-    {"sha256", kSha256Kernels, CurrentKernel<kSha256Kernels>(), 8},
+    {"md5",
+     kMd5Kernels,
+     CurrentKernel<kMd5Kernels>(),
+     false,
+     {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476},
+     {0x98500190, 0xB04FD23C, 0x7D3F96D6, 0x727FE128}},
+    {"sha1",
+     kSha1Kernels,
+     CurrentKernel<kSha1Kernels>(),
+     true,
+     {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0},
+     {0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C, 0x9CD0D89D}},
+    {"sha256",
+     kSha256Kernels,
+     CurrentKernel<kSha256Kernels>(),
+     true,
+     {0x6A09E667, 0xBB67AE85, 0x3C6EF372, 0xA54FF53A, 0x510E527F, 0x9B05688C, 0x1F83D9AB,
+      0x5BE0CD19},
+     {0xBA7816BF, 0x8F01CFEA, 0x414140DE, 0x5DAE2223, 0xB00361A3, 0x96177A9C, 0xB410FF61,
+      0xF20015AD}},
 };
 
-TEST(HashKernels, ListsEndInAPortableKernelAndStartWithTheChosenOne) {
-  for (const Primitive& primitive : kPrimitives) {
-    const KernelList<CompressBlocks>& list = primitive.list;
-    ASSERT_GE(list.size(), 1u);
-    EXPECT_EQ(list[list.size() - 1].needs, 0u);
-    for (size_t i = 0; i < list.size(); ++i) {
-      EXPECT_EQ(std::string(list[i].name).rfind(primitive.name, 0), 0u);
-      if ((list[i].needs & ~ProcessorFeatures()) == 0) {
-        EXPECT_EQ(primitive.chosen, list[i].function);
-        break;
-      }
-    }
-  }
+class HashKernels : public testing::TestWithParam<Primitive> {
+ protected:
+  const KernelList<CompressBlocks>& list() const { return GetParam().list; }
+  size_t words() const { return GetParam().initial.size(); }
+};
+
+INSTANTIATE_TEST_SUITE_P(All, HashKernels, testing::ValuesIn(kPrimitives),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_P(HashKernels, EndInAPortableOneAndTheFirstThatRunsIsChosen) {
+  ExpectOrderedList(list(), GetParam().name, GetParam().chosen);
 }
 
-#ifdef MIROLTA_PORTABLE_ONLY
-TEST(HashKernels, APortableBuildHasNoOthers) {
-  for (const Primitive& primitive : kPrimitives) EXPECT_EQ(primitive.list.size(), 1u);
-}
-#endif
-
-// Two blocks whose results are known from the standards' own examples: the padded "abc".
-TEST(HashKernels, EveryKernelDigestsAbc) {
-  const struct {
-    uint32_t start[8];
-    bool high_first;
-    uint32_t end[8];
-  } rows[] = {
-      {{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476},
-       false,
-       {0x98500190, 0xB04FD23C, 0x7D3F96D6, 0x727FE128}},
-      {{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0},
-       true,
-       {0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C, 0x9CD0D89D}},
-      {{0x6A09E667, 0xBB67AE85, 0x3C6EF372, 0xA54FF53A, 0x510E527F, 0x9B05688C, 0x1F83D9AB,
-        0x5BE0CD19},
-       true,
-       {0xBA7816BF, 0x8F01CFEA, 0x414140DE, 0x5DAE2223, 0xB00361A3, 0x96177A9C, 0xB410FF61,
-        0xF20015AD}},
-  };
-  for (size_t p = 0; p < 3; ++p) {
-    uint8_t block[kHashBlockSize] = {'a', 'b', 'c', 0x80};
-    block[rows[p].high_first ? 63 : 56] = 24;
-    const KernelList<CompressBlocks>& list = kPrimitives[p].list;
-    for (size_t k = 0; k < list.size(); ++k) {
-      if ((list[k].needs & ~ProcessorFeatures()) != 0) {
-        std::cout << "skipped, not on this processor: " << list[k].name << "\n";
-        continue;
-      }
-      uint32_t state[8];
-      std::memcpy(state, rows[p].start, sizeof state);
-      list[k].function(state, block, 1);
-      for (size_t i = 0; i < kPrimitives[p].word_count; ++i) {
-        EXPECT_EQ(state[i], rows[p].end[i]) << list[k].name << " word " << i;
-      }
-    }
-  }
+TEST_P(HashKernels, NeedTheInstructionsThatTheyUse) {
+  ExpectNeeds(list(), {{"-shani", kFeatureSsse3 | kFeatureSha}, {"-portable", 0}});
 }
 
-TEST(HashKernels, EveryKernelIsThePortableOneOnRandomBlocks) {
+// The examples of RFC 1321 and FIPS 180-2.
+TEST_P(HashKernels, CompressThePaddedMessageAbc) {
+  uint8_t block[kHashBlockSize] = {'a', 'b', 'c', 0x80};
+  block[GetParam().high_first ? 63 : 56] = 24;
+  ForEachKernel(list(), [&](const auto& kernel) {
+    Words state = GetParam().initial;
+    kernel.function(state.data(), block, 1);
+    EXPECT_EQ(state, GetParam().of_abc);
+  });
+}
+
+TEST_P(HashKernels, AgreeWithThePortableOneOnRandomBlocks) {
   std::mt19937 random(7);
-  for (const Primitive& primitive : kPrimitives) {
-    const KernelList<CompressBlocks>& list = primitive.list;
-    const CompressBlocks portable = list[list.size() - 1].function;
-    for (size_t k = 0; k < list.size(); ++k) {
-      if ((list[k].needs & ~ProcessorFeatures()) != 0) {
-        std::cout << "skipped, not on this processor: " << list[k].name << "\n";
-        continue;
+  ForEachKernel(list(), [&](const auto& kernel) {
+    for (int round = 0; round < 400; ++round) {
+      const size_t blocks = Below(random, 6);
+      const size_t offset = Below(random, 17);
+      Bytes memory = RandomBytes(random, offset + blocks * kHashBlockSize + 1);
+      // A word more than the state has, to see that it is left alone.
+      Words state(words() + 1);
+      for (uint32_t& word : state) word = static_cast<uint32_t>(random());
+      // Some rounds are all ones or zeros, where carries run longest.
+      if (round % 16 < 2) std::memset(memory.data(), round % 16 == 0 ? 0xFF : 0, memory.size());
+      if (round % 16 == 0) state.assign(words() + 1, 0xFFFFFFFF);
+      Words expected = state;
+      kernel.function(state.data(), memory.data() + offset, blocks);
+      for (size_t i = 0; i < blocks; ++i) {
+        PortableOf(list())(expected.data(), memory.data() + offset + i * kHashBlockSize, 1);
       }
-      for (int round = 0; round < 400; ++round) {
-        const size_t blocks = random() % 6;
-        const size_t offset = random() % 17;
-        std::vector<uint8_t> memory(offset + blocks * kHashBlockSize + 1);
-        for (uint8_t& byte : memory) {
-          // Some rounds are all ones or zeros, where carries run longest.
-          byte = round % 16 == 0 ? 0xFF : round % 16 == 1 ? 0 : static_cast<uint8_t>(random());
-        }
-        // A word more than the state has, to see that it is left alone.
-        uint32_t state[9], expected[9];
-        for (int i = 0; i < 9; ++i)
-          state[i] = round % 16 == 0 ? 0xFFFFFFFFu : static_cast<uint32_t>(random());
-        std::memcpy(expected, state, sizeof state);
-        list[k].function(state, memory.data() + offset, blocks);
-        for (size_t i = 0; i < blocks; ++i) {
-          portable(expected, memory.data() + offset + i * kHashBlockSize, 1);
-        }
-        ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0)
-            << list[k].name << ", " << blocks << " blocks";
-      }
+      ASSERT_EQ(state, expected) << blocks << " blocks";
+    }
+  });
+}
+
+TEST_P(HashKernels, TouchNothingBeforeOrBehindChainingValueAndBlocks) {
+  const Words start(words(), 0x9E3779B9u);
+  for (const Guard guard : {Guard::kBefore, Guard::kBehind}) {
+    for (const size_t blocks : {0u, 1u, 2u, 3u, 9u}) {
+      const Bytes message(blocks * kHashBlockSize, 0x71);
+      Words expected = start;
+      PortableOf(list())(expected.data(), message.data(), blocks);
+      const GuardedMemory in(guard, message.size());
+      in.Copy(message.data(), message.size());
+      ForEachKernel(list(), [&](const auto& kernel) {
+        const GuardedMemory chain(guard, words() * sizeof(uint32_t));
+        uint32_t* const state = chain.Copy(start.data(), words());
+        kernel.function(state, in.data(), blocks);
+        EXPECT_EQ(Words(state, state + words()), expected) << blocks;
+      });
     }
   }
 }
 
-// Finishing is padding in memory and compressing, whatever stands behind the bytes that count and
-// whatever the lengths' upper bits are.
-TEST(HashKernels, FinishingIsPaddingAndThePortableKernel) {
-  const struct {
-    KernelList<FinishDigest> list;
-    CompressBlocks portable;
-    size_t word_count;
-    bool high_first;
-  } rows[] = {{kMd5FinishKernels, Md5Portable, 4, false},
-              {kSha1FinishKernels, Sha1Portable, 5, true},
-              {kSha256FinishKernels, Sha256Portable, 8, true}};
+// The end of a message, of which `waiting` bytes of `block` are left: padded to one block or two.
+Bytes PaddedEnd(const uint8_t* block, uint32_t waiting, uint64_t bit_count, bool high_first) {
+  Bytes padded(block, block + waiting);
+  padded.push_back(0x80);
+  padded.resize(waiting < 56 ? 64 : 128);
+  for (size_t i = 0; i < 8; ++i) {
+    padded[padded.size() - (high_first ? i + 1 : 8 - i)] = static_cast<uint8_t>(bit_count >> 8 * i);
+  }
+  return padded;
+}
+
+Bytes BytesOfWords(const Words& words, bool high_first) {
+  Bytes bytes(4 * words.size());
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    bytes[i] = static_cast<uint8_t>(words[i / 4] >> (high_first ? 24 - 8 * (i % 4) : 8 * (i % 4)));
+  }
+  return bytes;
+}
+
+// A message's end: random bytes, those that count and those behind them, and a chaining value with a
+// word more than the state has. What finishing gives goes to state and digest, which has a byte more.
+struct MessageEnd {
+  MessageEnd(std::mt19937_64& random, uint32_t waiting_bytes, size_t words)
+      : waiting(waiting_bytes), state(words + 1), digest(4 * words + 1, 0xA5) {
+    for (uint8_t& byte : block) byte = static_cast<uint8_t>(random());
+    for (uint32_t& word : state) word = static_cast<uint32_t>(random());
+    bit_count = random();
+  }
+  Words Compressed(CompressBlocks portable, bool high_first) const {
+    Words expected = state;
+    const Bytes padded = PaddedEnd(block, waiting, bit_count, high_first);
+    portable(expected.data(), padded.data(), padded.size() / kHashBlockSize);
+    return expected;
+  }
+  void ExpectResult(const Words& expected, bool high_first) const {
+    ASSERT_EQ(state, expected) << waiting << " bytes";
+    const Words words(expected.begin(), expected.end() - 1);
+    ASSERT_EQ(digest, BytesOfWords(words, high_first) + Bytes{0xA5}) << waiting << " bytes";
+  }
+
+  uint32_t waiting;
+  uint8_t block[kHashBlockSize];
+  uint64_t bit_count;
+  Words state;
+  Bytes digest;
+};
+
+struct Finish {
+  const char* name;
+  KernelList<FinishDigest> list;
+  FinishDigest chosen;
+  CompressBlocks portable;
+  size_t words;
+  bool high_first;
+};
+
+const Finish kFinishes[] = {
+    {"md5", kMd5FinishKernels, CurrentKernel<kMd5FinishKernels>(), Md5Portable, 4, false},
+    {"sha1", kSha1FinishKernels, CurrentKernel<kSha1FinishKernels>(), Sha1Portable, 5, true},
+    {"sha256", kSha256FinishKernels, CurrentKernel<kSha256FinishKernels>(), Sha256Portable, 8,
+     true}};
+
+class HashFinishKernels : public testing::TestWithParam<Finish> {};
+
+INSTANTIATE_TEST_SUITE_P(All, HashFinishKernels, testing::ValuesIn(kFinishes),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_P(HashFinishKernels, EndInAPortableOneAndTheFirstThatRunsIsChosen) {
+  ExpectOrderedList(GetParam().list, GetParam().name, GetParam().chosen);
+}
+
+TEST_P(HashFinishKernels, NeedTheInstructionsThatTheyUse) {
+  ExpectNeeds(GetParam().list, {{"-shani", kFeatureSsse3 | kFeatureSha}, {"-portable", 0}});
+}
+
+TEST_P(HashFinishKernels, PadCompressAndWriteTheDigest) {
   std::mt19937_64 random(11);
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.list[row.list.size() - 1].needs, 0u);
-    for (const Kernel<FinishDigest>& kernel : row.list) {
-      if ((kernel.needs & ~ProcessorFeatures()) != 0) {
-        std::cout << "skipped, not on this processor: " << kernel.name << "\n";
-        continue;
-      }
-      for (uint32_t waiting = 0; waiting < kHashBlockSize; ++waiting) {
-        uint8_t block[kHashBlockSize];
-        for (uint8_t& byte : block) byte = static_cast<uint8_t>(random());
-        uint32_t state[9], expected[9];
-        for (int i = 0; i < 9; ++i) state[i] = expected[i] = static_cast<uint32_t>(random());
-        const uint64_t bit_count = random();
-        uint8_t padded[2 * kHashBlockSize] = {};
-        std::memcpy(padded, block, waiting);
-        padded[waiting] = 0x80;
-        const size_t blocks = waiting < 56 ? 1 : 2;
-        for (size_t i = 0; i < 8; ++i) {
-          const size_t at = row.high_first ? 7 - i : i;
-          padded[64 * blocks - 8 + at] = static_cast<uint8_t>(bit_count >> (8 * i));
-        }
-        row.portable(expected, padded, blocks);
-
-        // A byte more than the digest has, to see that it is left alone.
-        uint8_t digest[33];
-        std::memset(digest, 0xA5, sizeof digest);
-        kernel.function(state, block, waiting, bit_count, digest);
-        ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0) << kernel.name << ", " << waiting;
-        for (size_t i = 0; i < 4 * row.word_count; ++i) {
-          const size_t shift = row.high_first ? 24 - 8 * (i % 4) : 8 * (i % 4);
-          ASSERT_EQ(digest[i], static_cast<uint8_t>(expected[i / 4] >> shift))
-              << kernel.name << ", " << waiting << " bytes, byte " << i;
-        }
-        ASSERT_EQ(digest[4 * row.word_count], 0xA5);
-      }
+  ForEachKernel(GetParam().list, [&](const auto& kernel) {
+    for (uint32_t waiting = 0; waiting < kHashBlockSize; ++waiting) {
+      MessageEnd end(random, waiting, GetParam().words);
+      const Words expected = end.Compressed(GetParam().portable, GetParam().high_first);
+      kernel.function(end.state.data(), end.block, waiting, end.bit_count, end.digest.data());
+      end.ExpectResult(expected, GetParam().high_first);
     }
-  }
+  });
 }
 
-// Ending both computations of an HMAC at once is ending one after the other.
-TEST(HashKernels, FinishingKeyedIsFinishingTwice) {
-  const FinishKeyedDigest finish_keyed = CurrentKernel<kSha256FinishKeyedKernels>();
-  if (finish_keyed == nullptr) GTEST_SKIP() << "not on this processor: keyed finishing of sha256";
+TEST(HashFinishKeyedKernels, FinishInnerAndOuterComputationOfAnHmac) {
+  const FinishKeyedDigest finish = CurrentKernel<kSha256FinishKeyedKernels>();
+  if (finish == nullptr) GTEST_SKIP() << "not on this processor: keyed finishing of sha256";
   std::mt19937_64 random(13);
   for (uint32_t waiting = 0; waiting < 56; ++waiting) {
-    uint8_t block[kHashBlockSize];
-    for (uint8_t& byte : block) byte = static_cast<uint8_t>(random());
-    // A word more than the state has, to see that it is left alone.
-    uint32_t state[9], inner[9], outer[8];
-    for (int i = 0; i < 9; ++i) state[i] = inner[i] = static_cast<uint32_t>(random());
+    MessageEnd end(random, waiting, 8);
+    Words inner = end.Compressed(Sha256Portable, true);
+    Words outer(8);
     for (uint32_t& word : outer) word = static_cast<uint32_t>(random());
-    uint32_t expected[9];
-    std::memcpy(expected, outer, sizeof outer);
-    expected[8] = state[8];
-    const uint64_t bit_count = random();
-    uint8_t inner_block[kHashBlockSize] = {};
-    std::memcpy(inner_block, block, waiting);
-    inner_block[waiting] = 0x80;
-    for (int i = 0; i < 8; ++i) inner_block[63 - i] = static_cast<uint8_t>(bit_count >> (8 * i));
-    Sha256Portable(inner, inner_block, 1);
-    uint8_t outer_block[kHashBlockSize] = {};
-    for (size_t i = 0; i < 32; ++i) {
-      outer_block[i] = static_cast<uint8_t>(inner[i / 4] >> (24 - 8 * (i % 4)));
-    }
-    // 96 bytes are 0x300 bits.
-    outer_block[32] = 0x80;
-    outer_block[62] = 0x03;
-    Sha256Portable(expected, outer_block, 1);
+    Words expected = outer;
+    expected.push_back(inner.back());
+    inner.pop_back();
+    // The inner digest follows a block of pad.
+    const Bytes digest = BytesOfWords(inner, true);
+    const Bytes outer_end = PaddedEnd(digest.data(), 32, 8 * (64 + 32), true);
+    Sha256Portable(expected.data(), outer_end.data(), 1);
 
-    const std::vector<uint32_t> outer_before(outer, outer + 8);
-    uint8_t digest[33];
-    std::memset(digest, 0xA5, sizeof digest);
-    finish_keyed(state, outer, block, waiting, bit_count, digest);
-    ASSERT_EQ(std::memcmp(state, expected, sizeof state), 0) << waiting;
-    ASSERT_EQ(std::memcmp(outer, outer_before.data(), sizeof outer), 0) << waiting;
-    for (size_t i = 0; i < 32; ++i) {
-      ASSERT_EQ(digest[i], static_cast<uint8_t>(expected[i / 4] >> (24 - 8 * (i % 4))))
-          << waiting << " bytes, byte " << i;
-    }
-    ASSERT_EQ(digest[32], 0xA5);
+    const Words outer_before = outer;
+    finish(end.state.data(), outer.data(), end.block, waiting, end.bit_count, end.digest.data());
+    end.ExpectResult(expected, true);
+    ASSERT_EQ(outer, outer_before) << waiting;
   }
+}
+
+TEST(HashFinishKeyedKernels, NeedTheInstructionsThatTheyUse) {
+  ExpectNeeds(kSha256FinishKeyedKernels,
+              {{"-shani", kFeatureSsse3 | kFeatureSha}, {"none", 0}});
 }
 
 }  // namespace

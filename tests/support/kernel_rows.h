@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kernel.h"
+#include "platform.h"
 
 namespace mirolta::test {
 
