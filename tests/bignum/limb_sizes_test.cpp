@@ -7,15 +7,16 @@
 #include <new>
 
 #include "big_magnitude.h"
-#include "limb_basics.h"
 #include "decimal_conversion.h"
 #include "divide.h"
+#include "fermat_test.h"
 #include "lehmer_gcd.h"
-#include "montgomery.h"
-#include "multiply.h"
-#include "montgomery_power.h"
-#include "power_modulo.h"
+#include "limb_basics.h"
 #include "limb_scratch.h"
+#include "montgomery.h"
+#include "montgomery_power.h"
+#include "multiply.h"
+#include "power_modulo.h"
 
 namespace {
 
@@ -181,15 +182,15 @@ const LongOperation kLongOperations[] = {
        exponent[0] = 5;
        return PowerModulo(x, x, 2 * n, exponent, 1, m, 2 * n);
      }},
-    {"division", 15, 770,
-     [](Limb* x, size_t n) { return DivideLimbs(x, x, x, n + 128, x, n); }},
+    {"division", 15, 770, [](Limb* x, size_t n) { return DivideLimbs(x, x, x, n + 128, x, n); }},
     {"greatest common divisor with a cofactor", 21, 545,
      [](Limb* x, size_t n) { return LehmerGcd().Run(x, n, x, n, true); }},
 };
 
 TEST_F(LimbSizesTest, OperandsThatAreTooLongFindNoMemory) {
   if (sizeof(size_t) > 4) {
-    GTEST_SKIP() << "no memory holds operands whose working memory a size_t of 64 bits does not count";
+    GTEST_SKIP()
+        << "no memory holds operands whose working memory a size_t of 64 bits does not count";
   }
   for (const LongOperation& operation : kLongOperations) {
     SCOPED_TRACE(operation.name);
