@@ -23,10 +23,10 @@ struct NormalisedDivision {
   Limb reciprocal;  // Reciprocal3By2 of v's top two limbs
 };
 
-// Normalise shifts both operands and finds the quotient limb above the others where there is one.
+// BeginDivision shifts both operands and finds the quotient limb above the others where there is one.
 // Shapes: as for DivideInPlace, n >= 2.
-__attribute__((always_inline)) inline NormalisedDivision Normalise(Limb* q, Limb* u, size_t m,
-                                                                   Limb* v, size_t n) {
+__attribute__((always_inline)) inline NormalisedDivision BeginDivision(Limb* q, Limb* u, size_t m,
+                                                                       Limb* v, size_t n) {
   const uint32_t shift = LeadingZeros(v[n - 1]);
   u[m] = 0;
   if (shift != 0) {
@@ -46,7 +46,7 @@ void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch)
     u[0] = DivideByLimb(q, u, m, PrepareDivisor(v[0]));
     return;
   }
-  const NormalisedDivision division = Normalise(q, u, m, v, n);
+  const NormalisedDivision division = BeginDivision(q, u, m, v, n);
   size_t count = division.count;
   if (count < kBurnikelZieglerLimbs || n < kBurnikelZieglerLimbs) {
     SchoolbookDivide(q, u, n + count, v, n, division.reciprocal, false);
@@ -66,7 +66,7 @@ bool QuotientInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratc
     DivideByLimb(q, u, m, PrepareDivisor(v[0]));
     return true;
   }
-  const NormalisedDivision division = Normalise(q, u, m, v, n);
+  const NormalisedDivision division = BeginDivision(q, u, m, v, n);
   size_t count = division.count;
   if (n < kBurnikelZieglerLimbs) {
     if (!SchoolbookDivide(q, u, n + count, v, n, division.reciprocal, true)) return false;

@@ -28,16 +28,16 @@ struct Chain {
 
   // a * b / B mod m: a b and a multiple of m have the same low limb, and high limbs below m, which are
   // subtracted.
-  Limb Product(Limb a, Limb b) const noexcept {
-    const LimbPair t = mirolta::Product(a, b);
-    const Limb multiple = mirolta::Product(static_cast<Limb>(t.low * inverse), m).high;
+  Limb Multiply(Limb a, Limb b) const noexcept {
+    const LimbPair t = Product(a, b);
+    const Limb multiple = Product(static_cast<Limb>(t.low * inverse), m).high;
     const Limb below_zero = static_cast<Limb>(0 - static_cast<Limb>(t.high < multiple));
     return static_cast<Limb>(t.high - multiple + (m & below_zero));
   }
   void Step(Limb bit) noexcept {
     const Limb mask = static_cast<Limb>(0 - bit);
-    power = Product(power, power);
-    power = Product(power, static_cast<Limb>((x & mask) | (one & ~mask)));
+    power = Multiply(power, power);
+    power = Multiply(power, static_cast<Limb>((x & mask) | (one & ~mask)));
   }
 };
 
@@ -51,8 +51,8 @@ void PowerPair(Limb (&z)[2], const PairPower (&powers)[2]) noexcept {
     first.Step(powers[0].e >> i & 1);
     second.Step(powers[1].e >> i & 1);
   }
-  z[0] = first.Product(first.power, 1);
-  z[1] = second.Product(second.power, 1);
+  z[0] = first.Multiply(first.power, 1);
+  z[1] = second.Multiply(second.power, 1);
   WipeMemory(&first, sizeof first);
   WipeMemory(&second, sizeof second);
 }

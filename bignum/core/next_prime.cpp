@@ -24,8 +24,8 @@ uint32_t WindowFor(size_t bits) {
   return window < kMostWindow ? static_cast<uint32_t>(window) : kMostWindow;
 }
 
-// SmallPower returns base^e mod p, p < 2^16.
-uint32_t SmallPower(uint32_t base, uint32_t e, uint32_t p) {
+// SmallPowerModulo returns base^e mod p, p < 2^16.
+uint32_t SmallPowerModulo(uint32_t base, uint32_t e, uint32_t p) {
   uint32_t result = 1;
   for (base %= p; e != 0; e >>= 1) {
     if ((e & 1) != 0) result = result * base % p;
@@ -134,7 +134,7 @@ bool PrimeSearch::Contradicts(const Limb* candidate, size_t n, uint32_t p) {
   const uint32_t residue = static_cast<uint32_t>(ModLimb(candidate, n, PrepareDivisor(p - 1)));
   const uint32_t e = (residue + p - 2) % (p - 1);
   for (const uint32_t base : {2u, 3u, 5u, 7u}) {
-    if (SmallPower(base, e, p) != 1) return true;
+    if (SmallPowerModulo(base, e, p) != 1) return true;
   }
   return false;
 }

@@ -34,12 +34,7 @@ void Montgomery4(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inve
   for (size_t i = 0; i < 4; ++i) {
     MIROLTA_ROW_OF_4(y, x[i]);
     MIROLTA_ROW_OF_4(m, t0 * inverse);
-    t0 = t1;
-    t1 = t2;
-    t2 = t3;
-    t3 = t4;
-    t4 = t5;
-    t5 = 0;
+    MIROLTA_DROP_LIMB_OF_4;
   }
   // t := t - m unless that borrows.
   Limb d0 = t0, d1 = t1, d2 = t2, d3 = t3;
@@ -69,14 +64,7 @@ void Montgomery6(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inve
   for (size_t i = 0; i < 6; ++i) {
     MIROLTA_ROW_OF_6(y, x[i]);
     MIROLTA_ROW_OF_6(m, t0 * inverse);
-    t0 = t1;
-    t1 = t2;
-    t2 = t3;
-    t3 = t4;
-    t4 = t5;
-    t5 = t6;
-    t6 = t7;
-    t7 = 0;
+    MIROLTA_DROP_LIMB_OF_6;
   }
   StoreReduced<6>(z, {t0, t1, t2, t3, t4, t5}, t6, m);
 }
@@ -88,16 +76,7 @@ void Montgomery8(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inve
   for (size_t i = 0; i < 8; ++i) {
     MIROLTA_ROW_OF_8(y, x[i]);
     MIROLTA_ROW_OF_8(m, t0 * inverse);
-    t0 = t1;
-    t1 = t2;
-    t2 = t3;
-    t3 = t4;
-    t4 = t5;
-    t5 = t6;
-    t6 = t7;
-    t7 = t8;
-    t8 = t9;
-    t9 = 0;
+    MIROLTA_DROP_LIMB_OF_8;
   }
   StoreReduced<8>(z, {t0, t1, t2, t3, t4, t5, t6, t7}, t8, m);
 }

@@ -24,16 +24,7 @@ inline __attribute__((always_inline)) void BlockOf8(Limb* z, const Limb* x, size
     }
     MIROLTA_ROW_OF_8(y, x[i]);
     z[i] = t0;
-    t0 = t1;
-    t1 = t2;
-    t2 = t3;
-    t3 = t4;
-    t4 = t5;
-    t5 = t6;
-    t6 = t7;
-    t7 = t8;
-    t8 = t9;
-    t9 = 0;
+    MIROLTA_DROP_LIMB_OF_8;
   }
   z[m + 0] = t0;
   z[m + 1] = t1;
@@ -59,12 +50,7 @@ inline __attribute__((always_inline)) void BlockOf4(Limb* z, const Limb* x, size
     }
     MIROLTA_ROW_OF_4(y, x[i]);
     z[i] = t0;
-    t0 = t1;
-    t1 = t2;
-    t2 = t3;
-    t3 = t4;
-    t4 = t5;
-    t5 = 0;
+    MIROLTA_DROP_LIMB_OF_4;
   }
   z[m + 0] = t0;
   z[m + 1] = t1;

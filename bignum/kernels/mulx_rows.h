@@ -49,3 +49,10 @@
             [low] "=&r"(low), [high] "=&r"(high)                                                  \
           : "d"(factor), [y] "r"(row)                                                             \
           : "cc", "memory")
+
+// t /= B: drops the lowest limb of a sum of 4, 6 or 8 limbs and the two above.
+#define MIROLTA_DROP_LIMB_OF_4 (t0 = t1, t1 = t2, t2 = t3, t3 = t4, t4 = t5, t5 = 0)
+#define MIROLTA_DROP_LIMB_OF_6 \
+  (t0 = t1, t1 = t2, t2 = t3, t3 = t4, t4 = t5, t5 = t6, t6 = t7, t7 = 0)
+#define MIROLTA_DROP_LIMB_OF_8                                                              \
+  (t0 = t1, t1 = t2, t2 = t3, t3 = t4, t4 = t5, t5 = t6, t6 = t7, t7 = t8, t8 = t9, t9 = 0)
