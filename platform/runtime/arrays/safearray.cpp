@@ -165,8 +165,8 @@ HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to) {
   HRESULT status = AllocateData(made, Content::kCleared);
   ULONG count = 0;
   if (SUCCEEDED(status) && from->pvData != nullptr && CountElements(from, &count)) {
-    status = CopyArrayElements(from->fFeatures, from->cbElements, from->pvData,
-                                        made->pvData, count);
+    status =
+        CopyArrayElements(from->fFeatures, from->cbElements, from->pvData, made->pvData, count);
   }
   if (FAILED(status)) {
     SafeArrayDestroy(made);

@@ -1,4 +1,4 @@
-#include "charsets/escaped_utf8.h"
+#include "classes/module_table.h"
 
 #include <dlfcn.h>
 #include <link.h>
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <mutex>
 
-#include "classes/module_table.h"
+#include "charsets/escaped_utf8.h"
 #include "system/file_trust.h"
 #include "texts/wide_text.h"
 

@@ -1,7 +1,7 @@
-#include "heap/reference_count.h"
 #include "portable/error_info.h"
 
 #include "errors/error_slot.h"
+#include "heap/reference_count.h"
 #include "heap/runtime_array.h"
 #include "portable/system.h"
 

@@ -130,7 +130,8 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
   if (stat(file, &facts) == 0 && !S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
   const OpenedFile opened(open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (opened.number < 0) {
-    return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS : ErrorOfErrno(errno, ERROR_CANTREAD);
+    return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS
+                                               : ErrorOfErrno(errno, ERROR_CANTREAD);
   }
   if (fstat(opened.number, &facts) != 0) return ErrorOfErrno(errno, ERROR_CANTREAD);
   if (!S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
@@ -151,7 +152,8 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
   const FilePlace place(target.data());
   const int folder = place.folder.number;
   if (folder < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
-  if (!FormatRegistry(root, &text) || !JoinFileName(&fresh, place.name, ".new")) return ERROR_OUTOFMEMORY;
+  if (!FormatRegistry(root, &text) || !JoinFileName(&fresh, place.name, ".new"))
+    return ERROR_OUTOFMEMORY;
   struct stat old = {};
   const bool replaces = fstatat(folder, place.name, &old, AT_SYMLINK_NOFOLLOW) == 0;
   OpenedFile opened(-1);

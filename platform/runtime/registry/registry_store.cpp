@@ -6,7 +6,6 @@
 
 #include "charsets/escaped_utf8.h"
 
-
 namespace mirolta::runtime {
 namespace {
 

@@ -32,8 +32,7 @@ BSTR Finish(void* memory, UINT byte_length) {
 // A null source gives zeros.
 BSTR Make(const void* from, UINT byte_length) {
   if (byte_length > kMaxBytes) return nullptr;
-  BSTR text =
-      Finish(AllocateRuntime(kHeaderBytes + byte_length + kTerminatorBytes), byte_length);
+  BSTR text = Finish(AllocateRuntime(kHeaderBytes + byte_length + kTerminatorBytes), byte_length);
   if (text == nullptr) return nullptr;
   if (from == nullptr) {
     memset(text, 0, byte_length);

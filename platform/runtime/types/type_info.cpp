@@ -125,7 +125,8 @@ class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
     HRESULT status = S_OK;
     for (UINT i = 1; i < count; ++i) {
       for (unsigned k = 0; names[i] != nullptr && k < row->parameters.Count(); ++k) {
-        if (EqualsIgnoringAsciiCase(row->parameters.rows[k].name, names[i])) ids[i] = static_cast<MEMBERID>(k);
+        if (EqualsIgnoringAsciiCase(row->parameters.rows[k].name, names[i]))
+          ids[i] = static_cast<MEMBERID>(k);
       }
       if (ids[i] == DISPID_UNKNOWN) status = DISP_E_UNKNOWNNAME;
     }
@@ -219,7 +220,8 @@ class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
 
   const MemberRow* FindMemberNamed(const OLECHAR* name) const {
     for (unsigned i = 0; name != nullptr && i < Interface().member_count; ++i) {
-      if (EqualsIgnoringAsciiCase(Interface().members[i].name, name)) return &Interface().members[i];
+      if (EqualsIgnoringAsciiCase(Interface().members[i].name, name))
+        return &Interface().members[i];
     }
     return nullptr;
   }
@@ -237,7 +239,8 @@ class TypeInfo final : public LibraryObject<ITypeInfo, IID_ITypeInfo> {
     description.vt = type.type == VT_EMPTY ? VARTYPE{VT_VOID} : type.type;
     if (type.type != VT_DISPATCH || type.interface_name == nullptr) return description;
     for (unsigned i = 0; i < library_->table.interface_count; ++i) {
-      if (!EqualsIgnoringAsciiCase(library_->table.interfaces[i]->name, type.interface_name)) continue;
+      if (!EqualsIgnoringAsciiCase(library_->table.interfaces[i]->name, type.interface_name))
+        continue;
       pointee->hreftype = i;
       pointee->vt = VT_USERDEFINED;
       description.lptdesc = pointee;

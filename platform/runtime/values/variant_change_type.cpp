@@ -67,8 +67,7 @@ HRESULT StoreBits(ULONGLONG bits, VARTYPE type, VARIANT* made) {
   if (type == VT_R4 || type == VT_R8 || type == VT_BOOL) {
     if (bits > 0xFFFFFFFFu) return DISP_E_OVERFLOW;
     const LONGLONG value = static_cast<LONG>(static_cast<ULONG>(bits));
-    number.digits =
-        DigitsOfInteger(value < 0, static_cast<ULONGLONG>(value < 0 ? -value : value));
+    number.digits = DigitsOfInteger(value < 0, static_cast<ULONGLONG>(value < 0 ? -value : value));
   } else if (type == VT_DECIMAL) {
     number.digits = DigitsOfInteger(false, bits);
   } else {
