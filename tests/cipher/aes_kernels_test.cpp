@@ -6,29 +6,13 @@
 
 #include "aes_schedule.h"
 #include "aes_tables.h"
-#include "kernel_checks.h"
-#include "test_bytes.h"
+#include "block_kernel_checks.h"
+#include "cipher_vectors.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
 
-struct Vector {
-  const char* key;
-  const char* plaintext;
-  const char* ciphertext;
-};
-
-// FIPS-197, appendices B and C.
-constexpr Vector kFips197[] = {
-    {"2b7e151628aed2a6abf7158809cf4f3c", "3243f6a8885a308d313198a2e0370734",
-     "3925841d02dc09fbdc118597196a0b32"},
-    {"000102030405060708090a0b0c0d0e0f", "00112233445566778899aabbccddeeff",
-     "69c4e0d86a7b0430d8cdb78070b4c55a"},
-    {"000102030405060708090a0b0c0d0e0f1011121314151617", "00112233445566778899aabbccddeeff",
-     "dda97ca4864cdfe06eaf70a0ec0d7191"},
-    {"000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f",
-     "00112233445566778899aabbccddeeff", "8ea2b7ca516745bfeafc49904b496089"},
-};
+constexpr uint32_t kKeyLengths[] = {16, 24, 32};
 
 AesSchedule Expanded(const Bytes& key) {
   AesSchedule schedule = {};
@@ -36,79 +20,111 @@ AesSchedule Expanded(const Bytes& key) {
   return schedule;
 }
 
-TEST(AesKernels, TransformTheStandardsVectors) {
-  for (const Vector& vector : kFips197) {
-    SCOPED_TRACE(vector.key);
-    const AesSchedule schedule = Expanded(FromHex(vector.key));
-    const Bytes plaintext = FromHex(vector.plaintext);
-    const Bytes ciphertext = FromHex(vector.ciphertext);
-    ForEachKernel(kAesEncryptKernels, [&](const Kernel<AesTransform>& kernel) {
-      Bytes out(kAesBlockSize);
-      kernel.function(schedule, plaintext.data(), out.data(), 1);
-      EXPECT_EQ(out, ciphertext);
-    });
-    ForEachKernel(kAesDecryptKernels, [&](const Kernel<AesTransform>& kernel) {
-      Bytes out(kAesBlockSize);
-      kernel.function(schedule, ciphertext.data(), out.data(), 1);
-      EXPECT_EQ(out, plaintext);
-    });
-  }
+bool AreEqual(const AesSchedule& a, const AesSchedule& b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+void CheckVector(const Bytes& key, const Bytes& plaintext, const Bytes& ciphertext) {
+  const AesSchedule schedule = Expanded(key);
+  ExpectTransforms(kAesEncryptKernels, schedule, kAesBlockSize, plaintext, ciphertext);
+  ExpectTransforms(kAesDecryptKernels, schedule, kAesBlockSize, ciphertext, plaintext);
+}
+
+TEST(AesKernels, TransformAsPublished) {
+  ForEachAesVector(CheckVector);
+}
+
+TEST(AesKernels, TransformAsPublishedForEveryVariableBit) {
+  ForEachAesVariableBit(CheckVector);
 }
 
 TEST(AesKernels, AgreeWithThePortableOnes) {
   std::mt19937 random(1);
-  for (uint32_t key_length : {16u, 24u, 32u}) {
-    const AesSchedule schedule = Expanded(RandomBytes(random, key_length));
+  for (const uint32_t length : kKeyLengths) {
+    const AesSchedule schedule = Expanded(RandomBytes(random, length));
     ExpectKernelsAgree(kAesEncryptKernels, schedule, kAesBlockSize, random);
     ExpectKernelsAgree(kAesDecryptKernels, schedule, kAesBlockSize, random);
   }
 }
 
-TEST(AesKernels, ExpandKeysAsThePortableOneDoes) {
+TEST(AesKernels, TouchNothingBeforeOrBehindScheduleAndBlocks) {
+  for (const uint32_t length : kKeyLengths) {
+    const AesSchedule schedule = Expanded(Bytes(length, 0x3C));
+    ExpectInsideBounds(kAesEncryptKernels, schedule, kAesBlockSize);
+    ExpectInsideBounds(kAesDecryptKernels, schedule, kAesBlockSize);
+  }
+}
+
+TEST(AesKernels, EndInAPortableOneAndTheFirstThatRunsIsChosen) {
+  ExpectOrderedList(kAesEncryptKernels, "aes-encrypt", CurrentKernel<kAesEncryptKernels>());
+  ExpectOrderedList(kAesDecryptKernels, "aes-decrypt", CurrentKernel<kAesDecryptKernels>());
+  ExpectOrderedList(kAesExpansionKernels, "aes-expand", CurrentKernel<kAesExpansionKernels>());
+}
+
+TEST(AesKernels, NeedTheInstructionsThatTheyUse) {
+  constexpr uint32_t kAesNi = kFeatureSsse3 | kFeatureAesNi;
+  constexpr uint32_t kVaes256 = kAesNi | kFeatureAvx2 | kFeatureVaes;
+  const std::vector<KernelKind> kinds = {{"-vaes512", kVaes256 | kFeatureAvx512},
+                                         {"-vaes256", kVaes256},
+                                         {"-aesni", kAesNi},
+                                         {"-portable", 0}};
+  ExpectNeeds(kAesExpansionKernels, kinds);
+  ExpectNeeds(kAesEncryptKernels, kinds);
+  ExpectNeeds(kAesDecryptKernels, kinds);
+}
+
+TEST(AesExpansions, AgreeWithThePortableOne) {
   std::mt19937 random(7);
-  const KernelList<AesExpansion> list = kAesExpansionKernels;
-  ForEachKernel(list, [&](const Kernel<AesExpansion>& kernel) {
-    for (uint32_t key_length : {16u, 24u, 32u}) {
+  ForEachKernel(kAesExpansionKernels, [&](const auto& kernel) {
+    for (const uint32_t length : kKeyLengths) {
       for (uint32_t i = 0; i < 200; ++i) {
-        const Bytes key = RandomBytes(random, key_length + 1);
+        const Bytes key = RandomBytes(random, length + 1);
         AesSchedule expected = {};
         AesSchedule schedule = {};
-        AesExpandPortable(key.data() + 1, key_length, &expected);
-        kernel.function(key.data() + 1, key_length, &schedule);
-        ASSERT_EQ(std::memcmp(&schedule, &expected, sizeof expected), 0) << key_length;
+        AesExpandPortable(key.data() + 1, length, &expected);
+        kernel.function(key.data() + 1, length, &schedule);
+        ASSERT_TRUE(AreEqual(schedule, expected)) << length;
       }
     }
   });
 }
 
-TEST(AesKernels, ChosenOnesAreTheFirstThatTheProcessorRuns) {
-  const KernelList<AesTransform> encrypt = kAesEncryptKernels;
-  const KernelList<AesTransform> decrypt = kAesDecryptKernels;
-  uint32_t i = 0;
-  while ((encrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(CurrentKernel<kAesEncryptKernels>(), encrypt[i].function);
-  i = 0;
-  while ((decrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(CurrentKernel<kAesDecryptKernels>(), decrypt[i].function);
+TEST(AesExpansions, TouchNothingBeforeOrBehindKeyAndSchedule) {
+  for (const Guard guard : {Guard::kBefore, Guard::kBehind}) {
+    for (const uint32_t length : kKeyLengths) {
+      const Bytes key(length, 0x5A);
+      AesSchedule expected = {};
+      AesExpandPortable(key.data(), length, &expected);
+      const GuardedMemory guarded_key(guard, length);
+      guarded_key.Copy(key.data(), length);
+      ForEachKernel(kAesExpansionKernels, [&](const auto& kernel) {
+        const GuardedMemory memory(guard, sizeof(AesSchedule));
+        const AesSchedule empty = {};
+        AesSchedule* const schedule = memory.Copy(&empty);
+        kernel.function(guarded_key.data(), length, schedule);
+        EXPECT_TRUE(AreEqual(*schedule, expected)) << length;
+      });
+    }
+  }
 }
 
-TEST(AesTables, TwoOfThemAreEqual) {
+TEST(AesTables, AreTheSameHoweverOftenMade) {
   const AesTables first;
   const AesTables second;
-  EXPECT_EQ(std::memcmp(first.substitution, second.substitution, sizeof first.substitution), 0);
-  EXPECT_EQ(std::memcmp(first.inverse_substitution, second.inverse_substitution,
-                        sizeof first.inverse_substitution),
-            0);
-  EXPECT_EQ(
-      std::memcmp(first.round_constants, second.round_constants, sizeof first.round_constants), 0);
-  EXPECT_EQ(std::memcmp(first.forward, second.forward, sizeof first.forward), 0);
-  EXPECT_EQ(std::memcmp(first.inverse, second.inverse, sizeof first.inverse), 0);
+  const auto expect_same = [](const auto& a, const auto& b) {
+    EXPECT_EQ(std::memcmp(&a, &b, sizeof a), 0);
+  };
+  expect_same(first.substitution, second.substitution);
+  expect_same(first.inverse_substitution, second.inverse_substitution);
+  expect_same(first.round_constants, second.round_constants);
+  expect_same(first.forward, second.forward);
+  expect_same(first.inverse, second.inverse);
   EXPECT_EQ(&SharedAesTables(), &SharedAesTables());
 }
 
-TEST(AesTables, HoldTheStandardsValues) {
+// FIPS 197, figures 7 and 14, and the example of 5.1.1.
+TEST(AesTables, HoldThePublishedValues) {
   const AesTables& tables = SharedAesTables();
-  // FIPS-197, figures 7 and 14, and the example of 5.1.1.
   EXPECT_EQ(tables.substitution[0x00], 0x63);
   EXPECT_EQ(tables.substitution[0x01], 0x7C);
   EXPECT_EQ(tables.substitution[0x53], 0xED);
@@ -127,33 +143,37 @@ TEST(AesTables, HoldTheStandardsValues) {
   EXPECT_EQ(tables.inverse[0][0], 0x50A7F451u);
 }
 
-TEST(AesSchedule, ExpandsTheStandardsKeys) {
-  // FIPS-197, appendix A: the last word of each expansion.
-  const AesSchedule key128 = Expanded(FromHex("2b7e151628aed2a6abf7158809cf4f3c"));
-  EXPECT_EQ(key128.rounds, 10u);
-  EXPECT_EQ(key128.encryption[4], 0x17FEFAA0u);
-  EXPECT_EQ(key128.encryption[43], 0xA60C63B6u);
-  const AesSchedule key192 = Expanded(FromHex("8e73b0f7da0e6452c810f32b809079e562f8ead2522c6b7b"));
-  EXPECT_EQ(key192.rounds, 12u);
-  EXPECT_EQ(key192.encryption[51], 0x02220001u);
-  const AesSchedule key256 =
-      Expanded(FromHex("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4"));
-  EXPECT_EQ(key256.rounds, 14u);
-  EXPECT_EQ(key256.encryption[59], 0x1E636C70u);
+// FIPS 197, appendix A.
+TEST(AesSchedule, HasThePublishedRoundsAndWords) {
+  const struct {
+    const char* key;
+    uint32_t rounds;
+    uint32_t index;
+    uint32_t word;
+  } rows[] = {
+      {"2b7e151628aed2a6abf7158809cf4f3c", 10, 4, 0x17FEFAA0},
+      {"2b7e151628aed2a6abf7158809cf4f3c", 10, 43, 0xA60C63B6},
+      {"8e73b0f7da0e6452c810f32b809079e562f8ead2522c6b7b", 12, 51, 0x02220001},
+      {"603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4", 14, 59, 0x1E636C70},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.key);
+    const AesSchedule schedule = Expanded(BytesOfHex(row.key));
+    EXPECT_EQ(schedule.rounds, row.rounds);
+    EXPECT_EQ(schedule.encryption[row.index], row.word) << row.index;
+  }
 }
 
-TEST(AesSchedule, RefusesOtherLengths) {
+TEST(AesSchedule, IsMadeOfThreeKeyLengthsOnly) {
   const Bytes key(64, 1);
   for (uint32_t length = 0; length <= 64; ++length) {
     AesSchedule schedule;
     std::memset(&schedule, 0xA5, sizeof schedule);
-    const bool taken = ExpandAesKey(key.data(), length, &schedule);
-    EXPECT_EQ(taken, length == 16 || length == 24 || length == 32) << length;
-    if (!taken) {
-      EXPECT_EQ(schedule.rounds, 0xA5A5A5A5u);
-    }
+    const bool is_length = length == 16 || length == 24 || length == 32;
+    EXPECT_EQ(ExpandAesKey(key.data(), length, &schedule), is_length) << length;
+    EXPECT_EQ(schedule.rounds == 0xA5A5A5A5u, !is_length) << length;
   }
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

@@ -6,10 +6,10 @@
 
 #include "cipher_engine.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
 
-TEST(CipherAlgorithms, TableHasTheNamesInSlotsAndAnEmptySlot) {
+TEST(CipherAlgorithms, TableHoldsTwoNamesAndAnEmptyOne) {
   static_assert(sizeof(kCipherNames[0]) == 16 * sizeof(OLECHAR));
   EXPECT_EQ(std::basic_string<OLECHAR>(kCipherNames[0]), OLESTR("AES"));
   EXPECT_EQ(std::basic_string<OLECHAR>(kCipherNames[1]), OLESTR("DES"));
@@ -27,7 +27,7 @@ TEST(CipherAlgorithms, AreFoundByTheirExactNamesOnly) {
   EXPECT_EQ(FindCipherAlgorithm(nullptr), -1);
 }
 
-TEST(CipherAlgorithms, MakeNewEnginesByNumberAndName) {
+TEST(CipherAlgorithms, MakeEmptyEnginesByNumberAndName) {
   const struct {
     LONG algorithm;
     const OLECHAR* name;
@@ -51,7 +51,7 @@ TEST(CipherAlgorithms, MakeNewEnginesByNumberAndName) {
   EXPECT_EQ(CreateCipherEngine(LONG{2}), nullptr);
 }
 
-TEST(CipherAlgorithms, EnginesCopyTheirNames) {
+TEST(CipherAlgorithms, EnginesGiveTheirNamesWhereThereIsRoom) {
   for (LONG algorithm : {kCipherAes, kCipherDes}) {
     const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(algorithm);
     ASSERT_NE(engine, nullptr);
@@ -82,4 +82,4 @@ TEST(CipherAlgorithms, EnginesCopyTheirNames) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

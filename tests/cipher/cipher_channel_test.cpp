@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "cipher_model.h"
-#include "test_engines.h"
+#include "cipher_testing.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
 
 // A toy cipher that mixes a block in itself, so that a byte out of place shows.
@@ -98,7 +98,7 @@ TEST(CipherChannel, FullOutputKeepsTheRestQueued) {
   EXPECT_EQ(channel.In().Length(), 0u);
 }
 
-TEST(CipherChannel, WithoutAKeyDataIsTakenAndKept) {
+TEST(CipherChannel, WithoutAKeyDataIsQueuedAndKept) {
   constexpr BlockTransform kKeyless = {nullptr, nullptr, 16};
   CipherChannel channel;
   EXPECT_EQ(Update(channel, kKeyless, Bytes(15, 1)), S_OK);
@@ -163,4 +163,4 @@ TEST(CipherChannel, AgreesWithTheModelAtSmallLimits) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

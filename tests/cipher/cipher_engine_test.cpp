@@ -6,25 +6,21 @@
 
 #include "aes_engine.h"
 #include "des_engine.h"
-#include "test_bytes.h"
-#include "test_engines.h"
+#include "cipher_testing.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
 
 constexpr uint32_t kUsualMaximum = 1048832;
 
-const Bytes kAesKey = FromHex("000102030405060708090a0b0c0d0e0f");
-const Bytes kDesKey = FromHex("0123456789abcdef");
+const Bytes kAesKey = BytesOfHex("000102030405060708090a0b0c0d0e0f");
+const Bytes kDesKey = BytesOfHex("0123456789abcdef");
 
 Bytes KeyOf(CipherEngine& engine) {
-  OwnedVariant value;
-  EXPECT_EQ(engine.GetKey(value.Get()), S_OK);
-  if (value.Type() == VT_EMPTY) return {};
-  EXPECT_EQ(value.Type(), VT_ARRAY | VT_UI1);
-  ByteString bytes;
-  EXPECT_EQ(SafeArrayToBytes(V_ARRAY(value.Get()), &bytes), S_OK);
-  return Bytes(bytes.Data(), bytes.Data() + bytes.Count());
+  TestValue key;
+  EXPECT_EQ(engine.GetKey(&key), S_OK);
+  EXPECT_TRUE(V_VT(&key) == VT_EMPTY || V_VT(&key) == (VT_ARRAY | VT_UI1));
+  return BytesOfArray(key);
 }
 
 // Leaves 5 bytes waiting and one block of output in both directions.
@@ -32,6 +28,16 @@ void FillQueues(CipherEngine& engine) {
   const Bytes data(engine.BlockSize() + 5, 0x33);
   ASSERT_EQ(Encrypt(engine, data), S_OK);
   ASSERT_EQ(Decrypt(engine, data), S_OK);
+}
+
+// Expects all four queues to have this step and this maximum.
+void ExpectShape(CipherEngine& engine, uint32_t step, uint32_t maximum) {
+  for (const ByteBuffer* queue : {&engine.EncryptIn(), &engine.DecryptIn(),
+                                  const_cast<const ByteBuffer*>(&engine.EncryptOut()),
+                                  const_cast<const ByteBuffer*>(&engine.DecryptOut())}) {
+    EXPECT_EQ(queue->Step(), step);
+    EXPECT_EQ(queue->Maximum(), maximum);
+  }
 }
 
 void ExpectQueued(CipherEngine& engine, uint32_t waiting, uint32_t output) {
@@ -55,14 +61,14 @@ TEST(CipherEngine, TwentyBytesBecomeTwoBlocksPaddedWithZeros) {
 
 TEST(CipherEngine, WholeBlocksGetNoPad) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
-  EXPECT_EQ(Encrypt(*engine, FromHex("00112233445566778899aabbccddeeff")), S_OK);
+  EXPECT_EQ(Encrypt(*engine, BytesOfHex("00112233445566778899aabbccddeeff")), S_OK);
   EXPECT_EQ(engine->EncryptFinal(), S_OK);
-  EXPECT_EQ(TakeAll(engine->EncryptOut()), FromHex("69c4e0d86a7b0430d8cdb78070b4c55a"));
+  EXPECT_EQ(TakeAll(engine->EncryptOut()), BytesOfHex("69c4e0d86a7b0430d8cdb78070b4c55a"));
   EXPECT_EQ(engine->EncryptFinal(), S_OK);
   EXPECT_EQ(engine->EncryptOut().Length(), 0u);
 }
 
-TEST(CipherEngine, BlocksComeWhenTheyAreWhole) {
+TEST(CipherEngine, BlocksAreTransformedWhenTheyAreWhole) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
   EXPECT_EQ(Encrypt(*engine, Bytes(15, 1)), S_OK);
   EXPECT_EQ(engine->EncryptOut().Length(), 0u);
@@ -71,19 +77,19 @@ TEST(CipherEngine, BlocksComeWhenTheyAreWhole) {
   EXPECT_EQ(engine->EncryptIn().Length(), 0u);
 }
 
-TEST(CipherEngine, DecryptFinalTellsOfAPartialBlockAndKeepsIt) {
+TEST(CipherEngine, DecryptFinalReportsAPartialBlockAndKeepsIt) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
-  const Bytes ciphertext = FromHex("69c4e0d86a7b0430d8cdb78070b4c55aEE");
+  const Bytes ciphertext = BytesOfHex("69c4e0d86a7b0430d8cdb78070b4c55aEE");
   EXPECT_EQ(Decrypt(*engine, ciphertext), S_OK);
   EXPECT_EQ(engine->DecryptFinal(), S_FALSE);
-  EXPECT_EQ(TakeAll(engine->DecryptOut()), FromHex("00112233445566778899aabbccddeeff"));
+  EXPECT_EQ(TakeAll(engine->DecryptOut()), BytesOfHex("00112233445566778899aabbccddeeff"));
   EXPECT_EQ(Content(engine->DecryptIn()), Bytes(1, 0xEE));
   EXPECT_EQ(engine->DecryptFinal(), S_FALSE);
   EXPECT_EQ(Decrypt(*engine, Bytes(15, 0)), S_OK);
   EXPECT_EQ(engine->DecryptFinal(), S_OK);
 }
 
-TEST(CipherEngine, NoDataChangesNothing) {
+TEST(CipherEngine, UpdatesWithoutDataChangeNothing) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherDes, kDesKey);
   const uint8_t byte = 1;
   EXPECT_EQ(engine->EncryptUpdate(nullptr, 0), S_OK);
@@ -99,8 +105,8 @@ TEST(CipherEngine, NoDataChangesNothing) {
 
 TEST(CipherEngine, DirectionsKeepTheirOwnPartialBlocks) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherDes, kDesKey);
-  const Bytes plaintext = FromHex("4e6f772069732074");
-  const Bytes ciphertext = FromHex("3fa40e8a984d4815");
+  const Bytes plaintext = BytesOfHex("4e6f772069732074");
+  const Bytes ciphertext = BytesOfHex("3fa40e8a984d4815");
   for (size_t i = 0; i < 8; ++i) {
     EXPECT_EQ(engine->EncryptUpdate(&plaintext[i], 1), S_OK);
     EXPECT_EQ(engine->DecryptUpdate(&ciphertext[i], 1), S_OK);
@@ -135,56 +141,45 @@ TEST(CipherEngine, GetKeyChecksItsOutPointer) {
   EXPECT_EQ(V_VT(&value), VT_EMPTY);
 }
 
-TEST(CipherEngine, TextKeysGoThroughTheCodePage) {
+TEST(CipherEngine, TextKeysAreConvertedByTheCodePage) {
   const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(kCipherDes);
-  const TextValue eight(OLESTR("eightchr"));
-  EXPECT_EQ(engine->SetKey(eight.Value(), 0), S_OK);
-  EXPECT_EQ(KeyOf(*engine), FromHex("6569676874636872"));
-  EXPECT_EQ(engine->SetKey(eight.Value(), -1), S_OK);
-  EXPECT_EQ(KeyOf(*engine), FromHex("65006900670068007400630068007200"));
+  const TestValue eight = TextValue(OLESTR("eightchr"));
+  EXPECT_EQ(engine->SetKey(eight, 0), S_OK);
+  EXPECT_EQ(KeyOf(*engine), BytesOfHex("6569676874636872"));
+  EXPECT_EQ(engine->SetKey(eight, -1), S_OK);
+  EXPECT_EQ(KeyOf(*engine), BytesOfHex("65006900670068007400630068007200"));
   // Every negative code page takes the units as they are stored.
-  EXPECT_EQ(engine->SetKey(eight.Value(), -2), S_OK);
-  EXPECT_EQ(KeyOf(*engine), FromHex("65006900670068007400630068007200"));
+  EXPECT_EQ(engine->SetKey(eight, -2), S_OK);
+  EXPECT_EQ(KeyOf(*engine), BytesOfHex("65006900670068007400630068007200"));
   // Three characters are six bytes or three, neither a key.
-  const TextValue three(OLESTR("abc"));
-  EXPECT_EQ(engine->SetKey(three.Value(), -1), E_INVALIDARG);
-  EXPECT_EQ(engine->SetKey(three.Value(), 0), E_INVALIDARG);
+  const TestValue three = TextValue(OLESTR("abc"));
+  EXPECT_EQ(engine->SetKey(three, -1), E_INVALIDARG);
+  EXPECT_EQ(engine->SetKey(three, 0), E_INVALIDARG);
   EXPECT_FALSE(engine->HasKey());
   // A number counts as its decimal text.
-  OwnedVariant number;
-  V_VT(number.Get()) = VT_I4;
-  V_I4(number.Get()) = 12345678;
-  EXPECT_EQ(engine->SetKey(number.Value(), 0), S_OK);
-  EXPECT_EQ(KeyOf(*engine), FromHex("3132333435363738"));
-  const OwnedVariant empty;
-  EXPECT_EQ(engine->SetKey(empty.Value(), 0), E_INVALIDARG);
+  EXPECT_EQ(engine->SetKey(NumberValue(12345678), 0), S_OK);
+  EXPECT_EQ(KeyOf(*engine), BytesOfHex("3132333435363738"));
+  EXPECT_EQ(engine->SetKey(TestValue(), 0), E_INVALIDARG);
   EXPECT_FALSE(engine->HasKey());
 }
 
-TEST(CipherEngine, ReferencesToKeysCountAsTheKeys) {
+TEST(CipherEngine, ReferencesToKeysAreKeys) {
   const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(kCipherAes);
-  ArrayValue key(kAesKey);
-  VARIANT reference;
-  VariantInit(&reference);
-  V_VT(&reference) = VT_BYREF | VT_ARRAY | VT_UI1;
-  V_ARRAYREF(&reference) = &V_ARRAY(key.Get());
-  EXPECT_EQ(engine->SetKey(reference, 0), S_OK);
+  TestValue key = BytesValue(kAesKey);
+  EXPECT_EQ(engine->SetKey(ReferenceTo(VT_ARRAY | VT_UI1, &key->parray), 0), S_OK);
   EXPECT_EQ(KeyOf(*engine), kAesKey);
 }
 
-TEST(CipherEngine, KeysThatDoNotConvertLeaveNoKeyButTheQueues) {
+TEST(CipherEngine, AKeyThatDoesNotConvertLeavesNoKeyButTheQueues) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
   FillQueues(*engine);
-  VARIANT null;
-  VariantInit(&null);
-  V_VT(&null) = VT_NULL;
-  EXPECT_EQ(engine->SetKey(null, 0), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(engine->SetKey(TestValue(VT_NULL), 0), DISP_E_TYPEMISMATCH);
   EXPECT_FALSE(engine->HasKey());
   ExpectQueued(*engine, 5, 16);
   // A code page that nothing knows.
-  const TextValue text(OLESTR("0123456789abcdef"));
+  const TestValue text = TextValue(OLESTR("0123456789abcdef"));
   EXPECT_EQ(SetKeyBytes(*engine, kAesKey), S_OK);
-  EXPECT_EQ(engine->SetKey(text.Value(), 64999), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(engine->SetKey(text, 64999), DISP_E_TYPEMISMATCH);
   EXPECT_FALSE(engine->HasKey());
   EXPECT_EQ(KeyOf(*engine), Bytes());
 }
@@ -196,8 +191,7 @@ TEST(CipherEngine, SettingAKeyDropsWhatIsQueuedAndKeepsThePad) {
   FillQueues(*engine);
   EXPECT_EQ(SetKeyBytes(*engine, Bytes(24, 2)), S_OK);
   ExpectQueued(*engine, 0, 0);
-  EXPECT_EQ(engine->EncryptOut().Step(), 256u);
-  EXPECT_EQ(engine->EncryptOut().Maximum(), kUsualMaximum);
+  ExpectShape(*engine, 256, kUsualMaximum);
   EXPECT_EQ(engine->PadType(), 77);
 }
 
@@ -210,12 +204,7 @@ TEST(CipherEngine, ClearKeyEmptiesTheQueuesAndKeepsTheirShape) {
   EXPECT_FALSE(engine->HasKey());
   EXPECT_EQ(KeyOf(*engine), Bytes());
   ExpectQueued(*engine, 0, 0);
-  for (const ByteBuffer* queue : {&engine->EncryptIn(), &engine->DecryptIn(),
-                                  const_cast<const ByteBuffer*>(&engine->EncryptOut()),
-                                  const_cast<const ByteBuffer*>(&engine->DecryptOut())}) {
-    EXPECT_EQ(queue->Step(), 1000u);
-    EXPECT_EQ(queue->Maximum(), 1049000u);
-  }
+  ExpectShape(*engine, 1000, 1049000);
   EXPECT_EQ(engine->PadType(), -5);
   EXPECT_EQ(engine->ClearKey(), S_OK);
 }
@@ -233,21 +222,17 @@ TEST(CipherEngine, ResetBuffersTakesStepsInRangeAndKeepsTheKey) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
   engine->SetPadType(3);
   for (const auto& row : kRows) {
+    SCOPED_TRACE(row.given);
     FillQueues(*engine);
     EXPECT_EQ(engine->ResetBuffers(row.given), S_OK);
     ExpectQueued(*engine, 0, 0);
-    for (const ByteBuffer* queue : {&engine->EncryptIn(), &engine->DecryptIn(),
-                                    const_cast<const ByteBuffer*>(&engine->EncryptOut()),
-                                    const_cast<const ByteBuffer*>(&engine->DecryptOut())}) {
-      EXPECT_EQ(queue->Step(), row.step) << row.given;
-      EXPECT_EQ(queue->Maximum(), row.maximum) << row.given;
-    }
+    ExpectShape(*engine, row.step, row.maximum);
     EXPECT_EQ(KeyOf(*engine), kAesKey);
     EXPECT_EQ(engine->PadType(), 3);
   }
 }
 
-TEST(CipherEngine, WithoutAKeyQueuesButTransformsNothing) {
+TEST(CipherEngine, WithoutAKeyDataIsQueuedAndNotTransformed) {
   const std::unique_ptr<CipherEngine> engine = CreateCipherEngine(kCipherAes);
   const Bytes data(15, 1);
   EXPECT_EQ(Encrypt(*engine, data), S_OK);
@@ -264,7 +249,7 @@ TEST(CipherEngine, WithoutAKeyQueuesButTransformsNothing) {
   EXPECT_EQ(engine->EncryptIn().Length(), 32u);
 }
 
-TEST(CipherEngine, OldKeyIsNotUsedAfterItIsGone) {
+TEST(CipherEngine, AKeyThatWasClearedOrRefusedIsNotUsed) {
   const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
   EXPECT_EQ(engine->ClearKey(), S_OK);
   EXPECT_EQ(Encrypt(*engine, Bytes(16, 0)), E_FAIL);
@@ -273,7 +258,7 @@ TEST(CipherEngine, OldKeyIsNotUsedAfterItIsGone) {
   EXPECT_EQ(Decrypt(*engine, Bytes(16, 0)), E_FAIL);
 }
 
-TEST(CipherEngine, TextOfEqualKeysOfTripleDesIsSingleDes) {
+TEST(CipherEngine, TripleDesWithEqualKeysIsSingleDes) {
   const std::unique_ptr<CipherEngine> single = KeyedEngine(kCipherDes, kDesKey);
   const std::unique_ptr<CipherEngine> triple = KeyedEngine(kCipherDes, kDesKey + kDesKey);
   EXPECT_EQ(Encrypt(*single, Bytes(64, 0x5A)), S_OK);
@@ -349,4 +334,4 @@ TEST(CipherEngine, VirtualOperationsKeepTheirOrder) {
 #endif
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

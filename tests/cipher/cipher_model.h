@@ -5,9 +5,9 @@
 
 #include "cipher_pad.h"
 #include "platform.h"
-#include "test_bytes.h"
+#include "bytes.h"
 
-namespace mirolta {
+namespace mirolta::test {
 
 // One direction. A queue takes bytes while it stays within maximum.
 struct ModelChannel {
@@ -69,4 +69,4 @@ struct ModelChannel {
   }
 };
 
-}  // namespace mirolta
+}  // namespace mirolta::test

@@ -6,24 +6,10 @@
 #include "aes_kernels.h"
 #include "cipher_engine.h"
 #include "des_kernels.h"
-#include "test_engines.h"
+#include "cipher_testing.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
-
-struct Cipher {
-  const char* name;
-  LONG algorithm;
-  uint32_t key_length;
-};
-
-constexpr Cipher kCiphers[] = {
-    {"AES-128", kCipherAes, 16},
-    {"AES-256", kCipherAes, 32},
-    {"DES", kCipherDes, 8},
-    {"two-key triple DES", kCipherDes, 16},
-    {"three-key triple DES", kCipherDes, 24},
-};
 
 // Most pieces are short, some span many blocks, a few come near the queue limit.
 uint32_t PieceLength(std::mt19937& random) {
@@ -154,18 +140,18 @@ class Pair {
   ModelChannel::Block decrypt_block_;
 };
 
-TEST(CipherModel, EnginesDoWhatBlockByBlockDoes) {
-  for (const Cipher& cipher : kCiphers) {
-    SCOPED_TRACE(cipher.name);
-    std::mt19937 random(cipher.key_length);
-    Pair pair(cipher, random);
-    for (int step = 0; step < 200; ++step) {
-      pair.Step();
-      ASSERT_FALSE(testing::Test::HasFailure()) << "step " << step;
-    }
-    EXPECT_GE(pair.Refusals(), 5u) << "the limits were not reached";
+using CipherModel = CipherTest;
+MIROLTA_FOR_EACH_CIPHER(CipherModel);
+
+TEST_P(CipherModel, AgreesWithTheEngineOverRandomOperations) {
+  std::mt19937 random(GetParam().key_length);
+  Pair pair(GetParam(), random);
+  for (int step = 0; step < 200; ++step) {
+    pair.Step();
+    ASSERT_FALSE(testing::Test::HasFailure()) << "step " << step;
   }
+  EXPECT_GE(pair.Refusals(), 5u) << "the limits were not reached";
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

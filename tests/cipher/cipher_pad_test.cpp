@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "test_bytes.h"
-#include "test_engines.h"
+#include "cipher_testing.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
 
 // A generator that records its seeds and counts up from 0x0FE, so that bytes wrap.
@@ -33,7 +32,7 @@ class CipherPad : public testing::Test {
   void TearDown() override { SetRandomSource(nullptr); }
 };
 
-TEST_F(CipherPad, RepeatsTheLowByteOfTheSetting) {
+TEST_F(CipherPad, RepeatsTheLowByteOfThePadType) {
   const struct {
     LONG pad_type;
     uint8_t byte;
@@ -59,7 +58,7 @@ TEST_F(CipherPad, RandomPadsSeedOnceAndTakeNumbersModulo256) {
   EXPECT_EQ(seeds.size(), 2u);
 }
 
-TEST_F(CipherPad, SeedIsTheClocks) {
+TEST_F(CipherPad, SeedsWithTheClock) {
   // The clock may be read in two different milliseconds, so the dates are compared, and the low
   // half lies between two readings.
   const uint32_t before = ClockSeed();
@@ -71,7 +70,7 @@ TEST_F(CipherPad, SeedIsTheClocks) {
   EXPECT_LE((seeds[0] - before) & 0xFFFF, (after - before) & 0xFFFF);
 }
 
-TEST_F(CipherPad, RefusesOtherSettings) {
+TEST_F(CipherPad, RefusesOtherNegativePadTypesWhereBytesAreNeeded) {
   for (LONG pad_type : {-2, -3, -256, INT32_MIN}) {
     uint8_t pad = 0xCC;
     EXPECT_FALSE(MakePad(pad_type, &pad, 1)) << pad_type;
@@ -82,7 +81,7 @@ TEST_F(CipherPad, RefusesOtherSettings) {
   EXPECT_TRUE(seeds.empty());
 }
 
-TEST_F(CipherPad, FailsWithTheSeed) {
+TEST_F(CipherPad, FailsWhereSeedingFails) {
   seed_works = false;
   uint8_t pad = 0xCC;
   EXPECT_FALSE(MakePad(-1, &pad, 1));
@@ -147,7 +146,7 @@ TEST_F(CipherPad, RefusedPadsFailTheFinalAndLeaveTheRestQueued) {
   EXPECT_EQ(engine->EncryptOut().Length(), 32u);
 }
 
-TEST(CipherPadSystem, SystemsRandomPadsDiffer) {
+TEST(CipherPadSystem, RandomPadsOfTheSystemDiffer) {
   Bytes first(16), second(16);
   EXPECT_TRUE(MakePad(-1, first.data(), 16));
   EXPECT_TRUE(MakePad(-1, second.data(), 16));
@@ -155,4 +154,4 @@ TEST(CipherPadSystem, SystemsRandomPadsDiffer) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

@@ -4,12 +4,14 @@
 
 #include <cstring>
 
+#include "block_kernel_checks.h"
+#include "cipher_vectors.h"
 #include "des_schedule.h"
-#include "kernel_checks.h"
-#include "test_bytes.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
+
+constexpr uint32_t kKeyLengths[] = {8, 16, 24};
 
 DesSchedule Expanded(const Bytes& key) {
   DesSchedule schedule = {};
@@ -24,63 +26,51 @@ Bytes Encrypted(const Bytes& key, const Bytes& plaintext) {
   return out;
 }
 
-struct Vector {
-  const char* key;
-  const char* plaintext;
-  const char* ciphertext;
-};
-
-// FIPS 81, table B1 ("Now is the time for all "), and a key and block often used as worked example.
-constexpr Vector kVectors[] = {
-    {"0123456789abcdef", "4e6f772069732074", "3fa40e8a984d4815"},
-    {"0123456789abcdef", "68652074696d6520", "6a271787ab8883f9"},
-    {"0123456789abcdef", "666f7220616c6c20", "893d51ec4b563b53"},
-    {"133457799bbcdff1", "0123456789abcdef", "85e813540f0ab405"},
-};
-
-TEST(DesKernels, TransformTheStandardVectors) {
-  for (const Vector& vector : kVectors) {
-    SCOPED_TRACE(vector.ciphertext);
-    const DesSchedule schedule = Expanded(FromHex(vector.key));
-    const Bytes plaintext = FromHex(vector.plaintext);
-    const Bytes ciphertext = FromHex(vector.ciphertext);
-    ForEachKernel(kDesEncryptKernels, [&](const Kernel<DesTransform>& kernel) {
-      Bytes out(kDesBlockSize);
-      kernel.function(schedule, plaintext.data(), out.data(), 1);
-      EXPECT_EQ(out, ciphertext);
-    });
-    ForEachKernel(kDesDecryptKernels, [&](const Kernel<DesTransform>& kernel) {
-      Bytes out(kDesBlockSize);
-      kernel.function(schedule, ciphertext.data(), out.data(), 1);
-      EXPECT_EQ(out, plaintext);
-    });
-  }
+TEST(DesKernels, TransformAsPublished) {
+  ForEachDesVector([](const Bytes& key, const Bytes& plaintext, const Bytes& ciphertext) {
+    const DesSchedule schedule = Expanded(key);
+    ExpectTransforms(kDesEncryptKernels, schedule, kDesBlockSize, plaintext, ciphertext);
+    ExpectTransforms(kDesDecryptKernels, schedule, kDesBlockSize, ciphertext, plaintext);
+  });
 }
 
 TEST(DesKernels, AgreeWithThePortableOnes) {
   std::mt19937 random(2);
-  for (uint32_t key_length : {8u, 16u, 24u}) {
-    const DesSchedule schedule = Expanded(RandomBytes(random, key_length));
+  for (const uint32_t length : kKeyLengths) {
+    const DesSchedule schedule = Expanded(RandomBytes(random, length));
     ExpectKernelsAgree(kDesEncryptKernels, schedule, kDesBlockSize, random);
     ExpectKernelsAgree(kDesDecryptKernels, schedule, kDesBlockSize, random);
   }
 }
 
-TEST(DesKernels, ChosenOnesAreTheFirstThatTheProcessorRuns) {
-  const KernelList<DesTransform> encrypt = kDesEncryptKernels;
-  const KernelList<DesTransform> decrypt = kDesDecryptKernels;
-  uint32_t i = 0;
-  while ((encrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(CurrentKernel<kDesEncryptKernels>(), encrypt[i].function);
-  i = 0;
-  while ((decrypt[i].needs & ~ProcessorFeatures()) != 0) ++i;
-  EXPECT_EQ(CurrentKernel<kDesDecryptKernels>(), decrypt[i].function);
+TEST(DesKernels, TouchNothingBeforeOrBehindScheduleAndBlocks) {
+  std::mt19937 random(4);
+  for (const uint32_t length : {8u, 24u}) {
+    const DesSchedule schedule = Expanded(RandomBytes(random, length));
+    ExpectInsideBounds(kDesEncryptKernels, schedule, kDesBlockSize);
+    ExpectInsideBounds(kDesDecryptKernels, schedule, kDesBlockSize);
+  }
+}
+
+TEST(DesKernels, EndInAPortableOneAndTheFirstThatRunsIsChosen) {
+  ExpectOrderedList(kDesEncryptKernels, "des-encrypt", CurrentKernel<kDesEncryptKernels>());
+  ExpectOrderedList(kDesDecryptKernels, "des-decrypt", CurrentKernel<kDesDecryptKernels>());
+}
+
+TEST(DesKernels, NeedTheInstructionsThatTheyUse) {
+  const std::vector<KernelKind> kinds = {{"-avx512", kFeatureAvx512 | kFeatureGfni},
+                                         {"-avx2", kFeatureAvx2},
+                                         {"-gfni", kFeatureGfni},
+                                         {"-words64", 0},
+                                         {"-portable", 0}};
+  ExpectNeeds(kDesEncryptKernels, kinds);
+  ExpectNeeds(kDesDecryptKernels, kinds);
 }
 
 TEST(DesSchedule, IgnoresParityBits) {
   std::mt19937 random(3);
   const Bytes block = RandomBytes(random, kDesBlockSize);
-  for (uint32_t key_length : {8u, 16u, 24u}) {
+  for (const uint32_t key_length : kKeyLengths) {
     const Bytes key = RandomBytes(random, key_length);
     for (uint32_t i = 0; i < key_length; ++i) {
       Bytes other = key;
@@ -95,7 +85,7 @@ TEST(DesSchedule, IgnoresParityBits) {
   }
 }
 
-TEST(DesSchedule, ComplementedKeyAndBlockComplementTheResult) {
+TEST(DesSchedule, OfTheComplementedKeyGivesTheComplementForTheComplementedBlock) {
   std::mt19937 random(4);
   Bytes key = RandomBytes(random, 8);
   Bytes block = RandomBytes(random, kDesBlockSize);
@@ -106,7 +96,7 @@ TEST(DesSchedule, ComplementedKeyAndBlockComplementTheResult) {
   EXPECT_EQ(Encrypted(key, block), expected);
 }
 
-TEST(DesSchedule, EqualKeysOfTripleDesAreSingleDes) {
+TEST(DesSchedule, OfEqualKeysIsSingleDes) {
   std::mt19937 random(5);
   const Bytes block = RandomBytes(random, 5 * kDesBlockSize);
   const Bytes key = RandomBytes(random, 8);
@@ -121,9 +111,9 @@ TEST(DesSchedule, EqualKeysOfTripleDesAreSingleDes) {
   EXPECT_NE(Encrypted(key + other, block), Encrypted(other + key, block));
 }
 
-TEST(DesSchedule, DecryptionIsEncryptionInReverse) {
+TEST(DesSchedule, HasTheRoundKeysOfDecryptionInReverse) {
   std::mt19937 random(6);
-  for (uint32_t key_length : {8u, 16u, 24u}) {
+  for (const uint32_t key_length : kKeyLengths) {
     const DesSchedule schedule = Expanded(RandomBytes(random, key_length));
     ASSERT_EQ(schedule.rounds, key_length == 8 ? 16u : 48u);
     for (uint32_t round = 0; round < schedule.rounds; ++round) {
@@ -136,18 +126,16 @@ TEST(DesSchedule, DecryptionIsEncryptionInReverse) {
   }
 }
 
-TEST(DesSchedule, RefusesOtherLengths) {
+TEST(DesSchedule, IsMadeOfThreeKeyLengthsOnly) {
   const Bytes key(64, 1);
   for (uint32_t length = 0; length <= 64; ++length) {
     DesSchedule schedule;
     std::memset(&schedule, 0xA5, sizeof schedule);
-    const bool taken = ExpandDesKey(key.data(), length, &schedule);
-    EXPECT_EQ(taken, length == 8 || length == 16 || length == 24) << length;
-    if (!taken) {
-      EXPECT_EQ(schedule.rounds, 0xA5A5A5A5u);
-    }
+    const bool is_length = length == 8 || length == 16 || length == 24;
+    EXPECT_EQ(ExpandDesKey(key.data(), length, &schedule), is_length) << length;
+    EXPECT_EQ(schedule.rounds == 0xA5A5A5A5u, !is_length) << length;
   }
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

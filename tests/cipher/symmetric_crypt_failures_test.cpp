@@ -21,7 +21,7 @@ using SymmetricCryptFailuresTest = SymmetricCryptTest;
 
 // The input's array is read first, the result's written afterwards: once directly, or once more
 // from the queue.
-TEST_F(SymmetricCryptFailuresTest, OutputWaitsForAnArrayThatCanBeWritten) {
+TEST_F(SymmetricCryptFailuresTest, OutputStaysQueuedUntilAnArrayCanBeWritten) {
   StartAes();
   const TestValue plain = BytesValue(BytesOfHex(kAesPlain));
   const TestValue cipher = BytesValue(BytesOfHex(kAesCipher));

@@ -1,153 +1,119 @@
-// SymmetricCryptObject: who waits for whom, and calls from within a call.
+// The lock of SymmetricCryptObject: who waits for whom, and calls from within a call.
 #include <atomic>
 #include <functional>
 #include <thread>
 
+#include "calling_object.h"
+#include "other_thread.h"
 #include "symmetric_crypt_fixture.h"
 
 namespace mirolta::test {
 namespace {
 
-class SymmetricCryptLockTest : public SymmetricCryptTest {};
-
-// An object whose default value is read by code of the test.
-class CallingObject final : public IDispatch {
- public:
-  CallingObject(const OLECHAR* text, std::function<void()> call)
-      : text_(text), call_(std::move(call)) {}
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-    return *out != nullptr ? S_OK : E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
-                                   EXCEPINFO*, UINT*) override {
-    call_();
-    V_VT(result) = text_ != nullptr ? VT_BSTR : VT_NULL;
-    result->bstrVal = SysAllocString(text_);
-    return S_OK;
-  }
-
- private:
-  const OLECHAR* text_;
-  std::function<void()> call_;
-};
+using SymmetricCryptLockTest = SymmetricCryptTest;
 
 TEST_F(SymmetricCryptLockTest, OtherThreadsWaitExceptForPadType) {
   StartAes();
-  std::atomic<bool> second_started{false};
-  std::atomic<bool> second_done{false};
+  OtherThread waiting;
   std::atomic<LONG> pad_type{-9};
-  std::thread second;
-  CallingObject data(OLESTR("abc"), [&] {
-    std::thread third([&] {
+  CallingObject data([&] {
+    OtherThread setting;
+    setting.Begin([&] {
       EXPECT_EQ(crypt->put_PadType(7), S_OK);
       LONG read = 0;
       EXPECT_EQ(crypt->get_PadType(&read), S_OK);
       pad_type = read;
     });
-    third.join();
-    second = std::thread([&] {
-      second_started = true;
+    EXPECT_TRUE(setting.Finishes());
+    waiting.Begin([&] {
       LONG number = 0;
       EXPECT_EQ(crypt->get_codePage(&number), S_OK);
-      second_done = true;
     });
-    while (!second_started) std::this_thread::yield();
-    for (int i = 0; i < 1000; ++i) std::this_thread::yield();
-    EXPECT_FALSE(second_done);
+    EXPECT_TRUE(waiting.IsHeldUp());
   });
   const Bytes cipher = Good(Encrypt(ObjectValue(&data)));
-  second.join();
-  EXPECT_TRUE(second_done);
+  EXPECT_TRUE(waiting.Finishes());
   EXPECT_EQ(pad_type, 7);
   // The setting that came during the call was in force when the call padded.
-  Bytes plain = BytesOf("abc");
-  plain.resize(16, 7);
-  EXPECT_EQ(Decrypted(cipher), plain);
+  EXPECT_EQ(Decrypted(cipher), BytesOf("abc") + Bytes(13, 7));
 }
 
-TEST_F(SymmetricCryptLockTest, ACallFromInsideMayTakeEngineOrKeyAway) {
+TEST_F(SymmetricCryptLockTest, ACallFromInsideMayDropEngineOrKeyUnderData) {
   using Ending = std::function<void()>;
   const Ending endings[] = {[&] { EXPECT_EQ(Init(OLESTR("none")), kNotFound); },
                             [&] { EXPECT_EQ(Init(OLESTR("AES")), S_OK); },
                             [&] { EXPECT_EQ(crypt->ResetKey(), S_OK); }};
   for (const Ending& ending : endings) {
-    CallingObject data(OLESTR("abc"), ending);
+    CallingObject data(ending);
     StartAes();
     EXPECT_EQ(Encrypt(ObjectValue(&data)).status, kNotInitialized);
-    EXPECT_EQ(ErrorText(), OLESTR("Not initialized."));
+    ExpectError(OLESTR("Not initialized."));
     StartAes();
     EXPECT_EQ(Decrypt(ObjectValue(&data)).status, kNotInitialized);
-    EXPECT_EQ(ErrorText(), OLESTR("Not initialized."));
+    ExpectError(OLESTR("Not initialized."));
   }
 }
 
 TEST_F(SymmetricCryptLockTest, ACallFromInsideMayChangeTheEngineUnderData) {
   StartAes();
-  CallingObject data(OLESTR("Now is t"), [&] { StartDes(); });
+  CallingObject data([&] { StartDes(); }, OLESTR("Now is t"));
   EXPECT_EQ(Good(Encrypt(ObjectValue(&data))), BytesOfHex(kDesCipher));
 }
 
-TEST_F(SymmetricCryptLockTest, ACallFromInsideMayTakeTheEngineAwayUnderAKey) {
+TEST_F(SymmetricCryptLockTest, ACallFromInsideMayDropOrChangeTheEngineUnderAKey) {
   for (const OLECHAR* text : {OLESTR("0123456789abcdef"), static_cast<const OLECHAR*>(nullptr)}) {
     StartAes();
-    CallingObject key(text, [&] { EXPECT_EQ(Init(OLESTR("none")), kNotFound); });
+    CallingObject key([&] { EXPECT_EQ(Init(OLESTR("none")), kNotFound); }, text);
     EXPECT_EQ(crypt->put_Key(ObjectValue(&key)), kNotInitialized);
     EXPECT_FALSE(HasEngine());
   }
   // Another engine gets the key.
   StartAes();
-  CallingObject changes(OLESTR("01234567"), [&] { StartDes(); });
+  CallingObject changes([&] { StartDes(); }, OLESTR("01234567"));
   EXPECT_EQ(crypt->put_Key(ObjectValue(&changes)), S_OK);
   EXPECT_EQ(Key(), BytesOf("01234567"));
   // A key set from inside is replaced.
-  CallingObject sets(OLESTR("76543210"), [&] { EXPECT_EQ(PutKey(kDesKey), S_OK); });
+  CallingObject sets([&] { EXPECT_EQ(PutKey(kDesKey), S_OK); }, OLESTR("76543210"));
   EXPECT_EQ(crypt->put_Key(ObjectValue(&sets)), S_OK);
   EXPECT_EQ(Key(), BytesOf("76543210"));
 }
 
-TEST_F(SymmetricCryptLockTest, TheOldKeyGoesBeforeTheNewOneIsReadAndTheCodePageIsTheCalls) {
+TEST_F(SymmetricCryptLockTest, TheOldKeyIsDroppedBeforeTheNewOneIsReadByTheCodePageOfTheCall) {
   StartDes();
   Bytes seen;
-  CallingObject key(OLESTR("01234567"), [&] {
+  const auto look = [&] {
     seen = Key();
     EXPECT_EQ(Encrypt(BytesValue(Bytes(8))).status, kNotInitialized);
     EXPECT_EQ(crypt->put_codePage(-1), S_OK);
-  });
+  };
+  CallingObject key(look, OLESTR("01234567"));
   EXPECT_EQ(crypt->put_Key(ObjectValue(&key)), S_OK);
   EXPECT_EQ(seen, BytesOf("(none)"));
   EXPECT_EQ(Key(), BytesOf("01234567"));
   // One rule for keys and data.
   StartDes();
   EXPECT_EQ(crypt->put_codePage(0), S_OK);
-  CallingObject data(OLESTR("Now is t"), [&] { EXPECT_EQ(crypt->put_codePage(-1), S_OK); });
+  CallingObject data([&] { EXPECT_EQ(crypt->put_codePage(-1), S_OK); }, OLESTR("Now is t"));
   EXPECT_EQ(Good(Encrypt(ObjectValue(&data))), BytesOfHex(kDesCipher));
 }
 
 TEST_F(SymmetricCryptLockTest, ACallFromInsideMayInitUnderInit) {
   StartAes();
-  CallingObject unknown(OLESTR("none"), [&] {
+  const auto start = [&] {
     EXPECT_FALSE(HasEngine());  // the old one is gone before the name is read
     StartAes();
-  });
+  };
+  CallingObject unknown(start, OLESTR("none"));
   EXPECT_EQ(crypt->Init(ObjectValue(&unknown)), kNotFound);
   EXPECT_FALSE(HasEngine());
-  CallingObject nameless(nullptr, [&] { StartAes(); });
+  CallingObject nameless(start, nullptr);
   EXPECT_EQ(crypt->Init(ObjectValue(&nameless)), DISP_E_TYPEMISMATCH);
   EXPECT_FALSE(HasEngine());
   LONG pad_type = 0;
   EXPECT_EQ(crypt->get_PadType(&pad_type), kNotInitialized);
 }
 
-// Whole calls of both threads alternate in any order; none sees half of another.
-TEST_F(SymmetricCryptLockTest, TwoThreadsOnOneObject) {
+TEST_F(SymmetricCryptLockTest, CallsOfTwoThreadsOnOneObjectAlternate) {
   StartAes();
   const Bytes plain = BytesOfHex(kAesPlain), cipher = BytesOfHex(kAesCipher);
   const auto work = [&](bool encrypts) {
@@ -164,7 +130,7 @@ TEST_F(SymmetricCryptLockTest, TwoThreadsOnOneObject) {
   other.join();
 }
 
-TEST_F(SymmetricCryptLockTest, PadTypeWhileAnotherThreadReplacesTheEngine) {
+TEST_F(SymmetricCryptLockTest, PadTypeIsSafeWhileAnotherThreadReplacesTheEngine) {
   StartAes();
   std::atomic<bool> stop{false};
   std::thread other([&] {

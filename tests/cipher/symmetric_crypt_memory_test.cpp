@@ -14,7 +14,7 @@ constexpr OLECHAR kAes[] = OLESTR("AES");
 const Bytes kSecret = BytesOf("Zq7#pL1!vM9@xT4$");
 const Bytes kOtherKey = BytesOf("bN6&wR2*kJ8(hF5)");
 
-TEST_F(SymmetricCryptMemoryTest, InitWithoutMemoryGivesNoEngineAndNoFailure) {
+TEST_F(SymmetricCryptMemoryTest, WithoutMemoryInitLeavesNoEngineAndDoesNotFail) {
   StartAes();
   const TestValue name = TextValue(kAes);
   HRESULT status = E_FAIL;
@@ -41,7 +41,7 @@ TEST_F(SymmetricCryptMemoryTest, AnEngineWithoutQueuesFailsUntilMemoryIsBack) {
   EXPECT_EQ(Encrypted(BytesOfHex(kAesPlain)), BytesOfHex(kAesCipher));
 }
 
-TEST_F(SymmetricCryptMemoryTest, AKeyWithoutMemoryIsNoKey) {
+TEST_F(SymmetricCryptMemoryTest, WithoutMemoryAKeyIsNotTaken) {
   StartAes();
   const TestValue key = BytesValue(kOtherKey);
   {
@@ -54,18 +54,18 @@ TEST_F(SymmetricCryptMemoryTest, AKeyWithoutMemoryIsNoKey) {
   EXPECT_EQ(Key(), kOtherKey);
 }
 
-TEST_F(SymmetricCryptMemoryTest, ReadingAKeyWithoutMemoryGivesAnEmptyValue) {
+TEST_F(SymmetricCryptMemoryTest, WithoutMemoryAReadKeyIsEmpty) {
   StartAes();
   TestValue key = NumberValue(77);
   MiroltaFailAllocationAfter(0);
   const HRESULT status = crypt->get_Key(&key);
   MiroltaFailAllocationAfter(-1);
   EXPECT_EQ(status, E_OUTOFMEMORY);
-  EXPECT_EQ(V_VT(&key.operator const VARIANT&()), VT_EMPTY);
+  EXPECT_EQ(V_VT(&key), VT_EMPTY);
   EXPECT_EQ(Key(), BytesOfHex(kAesKey));
 }
 
-TEST_F(SymmetricCryptMemoryTest, DataWithoutMemoryCanBeGivenAgain) {
+TEST_F(SymmetricCryptMemoryTest, WithoutMemoryDataIsNotTaken) {
   StartAes();
   Bytes plain(100001, 'p');
   const TestValue data = BytesValue(plain);
@@ -76,14 +76,14 @@ TEST_F(SymmetricCryptMemoryTest, DataWithoutMemoryCanBeGivenAgain) {
     status = crypt->Encrypt(data, VARIANT_FALSE, &result);
   }
   EXPECT_EQ(status, E_OUTOFMEMORY);
-  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  ExpectNoError();
   EXPECT_EQ(Encrypted({}), Bytes());
   const Bytes decrypted = Decrypted(Encrypted(plain));
   plain.resize(100016);
   EXPECT_TRUE(decrypted == plain);
 }
 
-TEST_F(SymmetricCryptMemoryTest, OutputWithoutAnArrayComesWithTheNextCall) {
+TEST_F(SymmetricCryptMemoryTest, WithoutMemoryForAnArrayOutputIsGivenByTheNextCall) {
   StartAes();
   const TestValue data = BytesValue(BytesOfHex(kAesPlain));
   for (LONG allowed = 0; allowed < 2; ++allowed) {
@@ -98,7 +98,7 @@ TEST_F(SymmetricCryptMemoryTest, OutputWithoutAnArrayComesWithTheNextCall) {
   }
 }
 
-// The bytes are read where they stand, and whole blocks go to the result without a queue.
+// The bytes are read without copying, and whole blocks go to the result without a queue.
 TEST_F(SymmetricCryptMemoryTest, WholeBlocksNeedMemoryForTheResultOnly) {
   constexpr LONG kAllocationsOfAnArray = 2;  // what describes it, and its elements
   const Bytes plain(1 << 20, 'p');
@@ -106,11 +106,11 @@ TEST_F(SymmetricCryptMemoryTest, WholeBlocksNeedMemoryForTheResultOnly) {
   SAFEARRAY* place = V_ARRAY(&array.operator const VARIANT&());
   const VARIANT values[] = {array, ReferenceTo(VT_ARRAY | VT_UI1, &place)};
   for (const bool is_aes : {true, false}) {
-    ASSERT_NO_FATAL_FAILURE(is_aes ? StartAes() : StartDes());
+    ASSERT_NO_FATAL_FAILURE(Start(is_aes));
     const Bytes cipher = Encrypted(plain);
     for (const VARIANT& value : values) {
       // The first time too: with a new key the queues are as small as they get.
-      ASSERT_NO_FATAL_FAILURE(is_aes ? StartAes() : StartDes());
+      ASSERT_NO_FATAL_FAILURE(Start(is_aes));
       TestValue result;
       HRESULT status = E_FAIL;
       {
@@ -131,71 +131,63 @@ TEST_F(SymmetricCryptMemoryTest, WithoutMemoryForTheReportTheStatusIsTheSame) {
   const HRESULT status = crypt->get_Key(&key);
   MiroltaFailAllocationAfter(-1);
   EXPECT_EQ(status, kNotInitialized);
-  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  ExpectNoError();
 }
 
 // Runs `ends` on an engine that holds key and pending plaintext; freed memory must hold neither.
 template <typename Ends>
-void ExpectWiped(const Bytes& secret, Ends ends) {
-  const WatchFreedMemory watch(secret.data(), secret.size());
+void ExpectWiped(const std::vector<Bytes>& secrets, Ends ends) {
+  const WatchFreedMemory watch(secrets);
   ends();
   EXPECT_GT(watch.Freed(), 0);
   EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
-class SymmetricCryptWipeTest : public SymmetricCryptTest, public testing::WithParamInterface<int> {
+struct Ending {
+  const char* name;
+  void (*end)(OwnedReference<ISymmetricCryptObject>& crypt);
+};
+
+const Ending kEndings[] = {
+    {"ResetKey", [](auto& crypt) { EXPECT_EQ(crypt->ResetKey(), S_OK); }},
+    {"Init", [](auto& crypt) { EXPECT_EQ(crypt->Init(TextValue(kAes)), S_OK); }},
+    {"UnknownAlgorithm",
+     [](auto& crypt) { EXPECT_EQ(crypt->Init(TextValue(OLESTR("no such"))), kNotFound); }},
+    {"LastRelease", [](auto& crypt) { crypt.Reset(); }},
+    {"AnotherKey",
+     [](auto& crypt) { EXPECT_EQ(crypt->put_Key(BytesValue(BytesOfHex(kAesKey))), S_OK); }},
+};
+
+class SymmetricCryptWipeTest : public SymmetricCryptTest,
+                               public testing::WithParamInterface<Ending> {
  protected:
-  // Encrypt queue: 15 of the secret's bytes; decrypt queue: a block's worth still not taken.
+  // 15 bytes wait for encryption.
   void Fill() {
     ASSERT_EQ(Init(kAes), S_OK);
     ASSERT_EQ(crypt->put_Key(BytesValue(kOtherKey)), S_OK);
-    Bytes most = kSecret;
-    most.pop_back();
-    ASSERT_EQ(Encrypted(most, VARIANT_FALSE), Bytes());
+    ASSERT_EQ(Encrypted(Pending(), VARIANT_FALSE), Bytes());
   }
-  Bytes Pending() const { return Bytes(kSecret.begin(), kSecret.end() - 1); }
-  void End() {
-    switch (GetParam()) {
-      case 0:
-        EXPECT_EQ(crypt->ResetKey(), S_OK);
-        break;
-      case 1:
-        EXPECT_EQ(Init(kAes), S_OK);
-        break;
-      case 2:
-        crypt.Reset();
-        break;
-      case 3:
-        EXPECT_EQ(crypt->put_Key(BytesValue(BytesOfHex(kAesKey))), S_OK);
-        break;
-      default:
-        EXPECT_EQ(Init(OLESTR("no such")), kNotFound);
-        break;
-    }
-  }
+  Bytes Pending() const { return Head(kSecret, kSecret.size() - 1); }
 };
 
-TEST_P(SymmetricCryptWipeTest, FreedMemoryHoldsNoKey) {
+TEST_P(SymmetricCryptWipeTest, WipesKeyAndPlaintext) {
+  const std::vector<Bytes> secrets = {kOtherKey, Pending()};
   Fill();
-  ExpectWiped(kOtherKey, [&] { End(); });
+  ExpectWiped(secrets, [&] { GetParam().end(crypt); });
 }
 
-TEST_P(SymmetricCryptWipeTest, FreedMemoryHoldsNoPlaintext) {
-  Fill();
-  ExpectWiped(Pending(), [&] { End(); });
-}
+INSTANTIATE_TEST_SUITE_P(Endings, SymmetricCryptWipeTest, testing::ValuesIn(kEndings),
+                         [](const auto& row) { return std::string(row.param.name); });
 
-INSTANTIATE_TEST_SUITE_P(Ends, SymmetricCryptWipeTest, testing::Range(0, 5));
-
-TEST_F(SymmetricCryptMemoryTest, ResetWipesPlaintextToo) {
+TEST_F(SymmetricCryptMemoryTest, ResetWipesPlaintext) {
+  const std::vector<Bytes> secrets = {Head(kSecret, 15)};
   ASSERT_EQ(Init(kAes), S_OK);
   ASSERT_EQ(crypt->put_Key(BytesValue(kOtherKey)), S_OK);
-  ASSERT_EQ(Encrypted(Bytes(kSecret.begin(), kSecret.end() - 1), VARIANT_FALSE), Bytes());
-  ExpectWiped(Bytes(kSecret.begin(), kSecret.end() - 1), [&] { EXPECT_EQ(crypt->Reset(0), S_OK); });
+  ASSERT_EQ(Encrypted(secrets[0], VARIANT_FALSE), Bytes());
+  ExpectWiped(secrets, [&] { EXPECT_EQ(crypt->Reset(0), S_OK); });
 }
 
-// The watch itself sees what is freed unwiped, on both sides of the module's border.
-TEST_F(SymmetricCryptMemoryTest, ResetKeyGivesTheStorageOfTheQueuesBack) {
+TEST_F(SymmetricCryptMemoryTest, ResetKeyFreesTheStorageOfTheQueues) {
   StartAes();
   const char nothing[] = "not in memory";
   const WatchFreedMemory watch(nothing, sizeof nothing);
@@ -203,7 +195,8 @@ TEST_F(SymmetricCryptMemoryTest, ResetKeyGivesTheStorageOfTheQueuesBack) {
   EXPECT_EQ(watch.Freed(), 5);  // the key and four queues
 }
 
-TEST_F(SymmetricCryptMemoryTest, TheWatchSeesTheModulesMemory) {
+// On both sides of the module's border.
+TEST_F(SymmetricCryptMemoryTest, TheWatchSeesMemoryOfModuleAndTest) {
   const long before = LiveAllocations();
   ASSERT_EQ(Init(kAes), S_OK);
   EXPECT_GT(LiveAllocations(), before);

@@ -65,34 +65,31 @@ const std::vector<Call>& CallsThatNeedAnEngine() {
   return calls;
 }
 
-TEST_F(SymmetricCryptStatesTest, WithoutAnEngineAllButInitAndCodePageSayNotInitialized) {
+TEST_F(SymmetricCryptStatesTest, WithoutAnEngineAllMembersButInitAndCodePageReportNotInitialized) {
   SetClassDescription(CLSID_SymmetricCryptObject, OLESTR("A description"));
   for (const Call& call : CallsThatNeedAnEngine()) {
     EXPECT_EQ(call.run(crypt.Get()), kNotInitialized) << call.name;
-    Text source;
-    EXPECT_EQ(ErrorText(&source), OLESTR("Not initialized.")) << call.name;
-    EXPECT_EQ(source, OLESTR("A description")) << call.name;
+    SCOPED_TRACE(call.name);
+    ExpectError(OLESTR("Not initialized."), OLESTR("A description"));
   }
   LONG code_page = 77;
   EXPECT_EQ(crypt->get_codePage(&code_page), S_OK);
   EXPECT_EQ(code_page, 0);
   EXPECT_EQ(crypt->put_codePage(65001), S_OK);
-  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  ExpectNoError();
 }
 
-TEST_F(SymmetricCryptStatesTest, TheFreeRowReportsAsTheSameClass) {
+TEST_F(SymmetricCryptStatesTest, TheFreeThreadedClassReportsAsTheSameClass) {
   SetClassDescription(CLSID_SymmetricCryptObject, OLESTR("A description"));
   SetClassDescription(CLSID_SymmetricCryptObjectFree, OLESTR("Another"));
   const auto free = module.Create<ISymmetricCryptObject>(CLSID_SymmetricCryptObjectFree,
                                                          IID_ISymmetricCryptObject);
   ASSERT_TRUE(free);
   EXPECT_EQ(free->ResetKey(), kNotInitialized);
-  Text source;
-  EXPECT_EQ(ErrorText(&source), OLESTR("Not initialized."));
-  EXPECT_EQ(source, OLESTR("A description"));
+  ExpectError(OLESTR("Not initialized."), OLESTR("A description"));
 }
 
-TEST_F(SymmetricCryptStatesTest, AMissingPlaceIsReportedFirst) {
+TEST_F(SymmetricCryptStatesTest, NullOutPointersAreReportedFirst) {
   for (const bool has_engine : {false, true}) {
     if (has_engine) StartAes();
     EXPECT_EQ(crypt->get_Key(nullptr), E_POINTER);
@@ -101,58 +98,67 @@ TEST_F(SymmetricCryptStatesTest, AMissingPlaceIsReportedFirst) {
     EXPECT_EQ(crypt->get_PadType(nullptr), E_POINTER);
     EXPECT_EQ(crypt->Encrypt(TextValue(OLESTR("abc")), VARIANT_TRUE, nullptr), E_POINTER);
     EXPECT_EQ(crypt->Decrypt(TestValue(VT_NULL), VARIANT_TRUE, nullptr), E_POINTER);
-    EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+    ExpectNoError();
   }
   // Nothing of the refused call was taken.
   EXPECT_EQ(Encrypted(BytesOfHex(kAesPlain)), BytesOfHex(kAesCipher));
 }
 
-TEST_F(SymmetricCryptStatesTest, WithoutAKeyOnlyTheTransformsSayNotInitialized) {
+TEST_F(SymmetricCryptStatesTest, WithoutAKeyOnlyTheTransformsReportNotInitialized) {
   ASSERT_EQ(Init(OLESTR("AES")), S_OK);
   EXPECT_EQ(Encrypt(TextValue(OLESTR("abc"))).status, kNotInitialized);
-  EXPECT_EQ(ErrorText(), OLESTR("Not initialized."));
+  ExpectError(OLESTR("Not initialized."));
   EXPECT_EQ(Decrypt(TextValue(OLESTR("abc"))).status, kNotInitialized);
-  EXPECT_EQ(ErrorText(), OLESTR("Not initialized."));
+  ExpectError(OLESTR("Not initialized."));
   // Seen before the data.
   EXPECT_EQ(Encrypt(TestValue(VT_NULL)).status, kNotInitialized);
-  EXPECT_EQ(ErrorText(), OLESTR("Not initialized."));
+  ExpectError(OLESTR("Not initialized."));
   EXPECT_EQ(Key(), BytesOf("(none)"));
   EXPECT_EQ(crypt->Reset(0), S_OK);
   EXPECT_EQ(crypt->ResetKey(), S_OK);
   EXPECT_EQ(PadType(), 0);
   EXPECT_EQ(crypt->put_PadType(4), S_OK);
-  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  ExpectNoError();
 }
 
 TEST_F(SymmetricCryptStatesTest, InitTakesExactNamesOnly) {
   SetClassDescription(CLSID_SymmetricCryptObject, OLESTR("A description"));
-  const TestValue wrong[] = {
-      TextValue(OLESTR("aes")),  TextValue(OLESTR("Aes")),  TextValue(OLESTR("AE")),
-      TextValue(OLESTR("AESX")), TextValue(OLESTR(" AES")), TextValue(OLESTR("AES ")),
-      TextValue(OLESTR("des")),  TextValue(OLESTR("3DES")), TextValue(OLESTR("AES\0X")),
-      TextValue(OLESTR("")),     TestValue(VT_EMPTY),       NumberValue(0)};
-  for (size_t i = 0; i < std::size(wrong); ++i) {
+  const struct {
+    const char* name;
+    TestValue value;
+  } rows[] = {{"lower case", TextValue(OLESTR("aes"))},
+              {"mixed case", TextValue(OLESTR("Aes"))},
+              {"too short", TextValue(OLESTR("AE"))},
+              {"too long", TextValue(OLESTR("AESX"))},
+              {"space before", TextValue(OLESTR(" AES"))},
+              {"space behind", TextValue(OLESTR("AES "))},
+              {"lower case of DES", TextValue(OLESTR("des"))},
+              {"prefix", TextValue(OLESTR("3DES"))},
+              {"zero inside", TextValue(OLESTR("AES\0X"))},
+              {"empty text", TextValue(OLESTR(""))},
+              {"empty", TestValue(VT_EMPTY)},
+              {"zero", NumberValue(0)}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     StartAes();
-    EXPECT_EQ(crypt->Init(wrong[i]), kNotFound) << i;
-    Text source;
-    EXPECT_EQ(ErrorText(&source), OLESTR("Algorithm not found.")) << i;
-    EXPECT_EQ(source, OLESTR("A description")) << i;
-    EXPECT_FALSE(HasEngine()) << i;
+    EXPECT_EQ(crypt->Init(row.value), kNotFound);
+    ExpectError(OLESTR("Algorithm not found."), OLESTR("A description"));
+    EXPECT_FALSE(HasEngine());
     SetErrorInfo(0, nullptr);
   }
 }
 
-TEST_F(SymmetricCryptStatesTest, InitWithoutANameLeavesNoEngine) {
+TEST_F(SymmetricCryptStatesTest, ANameThatDoesNotConvertLeavesNoEngine) {
   StartAes();
   EXPECT_EQ(crypt->Init(TestValue(VT_NULL)), DISP_E_TYPEMISMATCH);
-  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  ExpectNoError();
   EXPECT_FALSE(HasEngine());
   StartAes();
   EXPECT_EQ(crypt->Init(ArrayValue(VT_UI4, 3, {})), DISP_E_TYPEMISMATCH);
   EXPECT_FALSE(HasEngine());
 }
 
-TEST_F(SymmetricCryptStatesTest, InitTakesWhateverHasTheNameAsItsText) {
+TEST_F(SymmetricCryptStatesTest, InitTakesValuesWhoseTextIsTheName) {
   TestValue name = TextValue(OLESTR("DES"));
   ASSERT_EQ(crypt->Init(ReferenceTo(VT_BSTR, &name->bstrVal)), S_OK);
   EXPECT_TRUE(HasEngine());
@@ -166,7 +172,7 @@ TEST_F(SymmetricCryptStatesTest, InitTakesWhateverHasTheNameAsItsText) {
   EXPECT_EQ(object.references, 1u);
 }
 
-TEST_F(SymmetricCryptStatesTest, ANewEngineStartsAnew) {
+TEST_F(SymmetricCryptStatesTest, ANewEngineHasNoKeyNoPadTypeAndNothingQueued) {
   StartAes();
   ASSERT_EQ(crypt->put_PadType(4), S_OK);
   EXPECT_EQ(Encrypted(BytesOf("12345"), VARIANT_FALSE), Bytes());
@@ -177,7 +183,7 @@ TEST_F(SymmetricCryptStatesTest, ANewEngineStartsAnew) {
   EXPECT_EQ(Encrypted({}), Bytes());
 }
 
-TEST_F(SymmetricCryptStatesTest, BlockSizes) {
+TEST_F(SymmetricCryptStatesTest, BlockSizeIsThatOfTheAlgorithm) {
   LONG size = 0;
   ASSERT_EQ(Init(OLESTR("AES")), S_OK);
   EXPECT_EQ(crypt->get_BlockSize(&size), S_OK);
@@ -203,13 +209,12 @@ TEST_F(SymmetricCryptStatesTest, CodePageIsKeptAsGiven) {
   EXPECT_EQ(read, -2);
 }
 
-TEST_F(SymmetricCryptStatesTest, KeyLengths) {
-  struct Accepted {
+TEST_F(SymmetricCryptStatesTest, OnlyKeyLengthsOfTheAlgorithmAreTaken) {
+  const struct {
     const OLECHAR* name;
     std::vector<size_t> lengths;
-  };
-  const Accepted rows[] = {{OLESTR("AES"), {16, 24, 32}}, {OLESTR("DES"), {8, 16, 24}}};
-  for (const Accepted& row : rows) {
+  } rows[] = {{OLESTR("AES"), {16, 24, 32}}, {OLESTR("DES"), {8, 16, 24}}};
+  for (const auto& row : rows) {
     TestValue name(VT_BSTR);
     name->bstrVal = SysAllocString(row.name);
     ASSERT_EQ(crypt->Init(name), S_OK);
@@ -219,7 +224,7 @@ TEST_F(SymmetricCryptStatesTest, KeyLengths) {
       ASSERT_EQ(crypt->put_Key(BytesValue(Bytes(row.lengths[0], 1))), S_OK);
       const Bytes key(length, 2);
       EXPECT_EQ(crypt->put_Key(BytesValue(key)), accepted ? S_OK : E_INVALIDARG) << length;
-      EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+      ExpectNoError();
       EXPECT_EQ(Key(), accepted ? key : BytesOf("(none)")) << length;
       EXPECT_EQ(Encrypt(BytesValue({})).status, accepted ? S_OK : kNotInitialized) << length;
       SetErrorInfo(0, nullptr);
@@ -243,7 +248,7 @@ TEST_F(SymmetricCryptStatesTest, AKeyIsTakenAsACopyAndGivenAsACopy) {
   EXPECT_EQ(Encrypted(BytesOfHex(kAesPlain)), BytesOfHex(kAesCipher));
 }
 
-TEST_F(SymmetricCryptStatesTest, SettingAKeyDropsWhatIsPending) {
+TEST_F(SymmetricCryptStatesTest, SettingAKeyDropsWhatIsQueued) {
   StartAes();
   EXPECT_EQ(Encrypted(BytesOf("12345"), VARIANT_FALSE), Bytes());
   EXPECT_EQ(Decrypted(BytesOf("123"), VARIANT_FALSE), Bytes());
@@ -257,12 +262,12 @@ TEST_F(SymmetricCryptStatesTest, SettingAKeyDropsWhatIsPending) {
 TEST_F(SymmetricCryptStatesTest, ARefusedKeyLeavesNone) {
   StartAes();
   EXPECT_EQ(crypt->put_Key(TestValue(VT_NULL)), DISP_E_TYPEMISMATCH);
-  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  ExpectNoError();
   EXPECT_EQ(Key(), BytesOf("(none)"));
   EXPECT_EQ(Encrypt(BytesValue({})).status, kNotInitialized);
 }
 
-TEST_F(SymmetricCryptStatesTest, ResetDropsWhatIsPendingWhateverItsArgument) {
+TEST_F(SymmetricCryptStatesTest, ResetDropsWhatIsQueuedWhateverItsArgument) {
   for (const LONG what : {0, 12345, 1, 2, -1}) {
     StartAes();
     ASSERT_EQ(crypt->put_PadType(4), S_OK);
@@ -276,14 +281,14 @@ TEST_F(SymmetricCryptStatesTest, ResetDropsWhatIsPendingWhateverItsArgument) {
   }
 }
 
-TEST_F(SymmetricCryptStatesTest, ResetKeyDropsTheKeyAndWhatIsPending) {
+TEST_F(SymmetricCryptStatesTest, ResetKeyDropsTheKeyAndWhatIsQueued) {
   StartAes();
   ASSERT_EQ(crypt->put_PadType(4), S_OK);
   EXPECT_EQ(Encrypted(BytesOf("12345"), VARIANT_FALSE), Bytes());
   ASSERT_EQ(crypt->ResetKey(), S_OK);
   EXPECT_EQ(Key(), BytesOf("(none)"));
   EXPECT_EQ(Encrypt(BytesValue({})).status, kNotInitialized);
-  EXPECT_EQ(ErrorText(), OLESTR("Not initialized."));
+  ExpectError(OLESTR("Not initialized."));
   EXPECT_EQ(Decrypt(BytesValue({})).status, kNotInitialized);
   ASSERT_EQ(PutKey(kAesKey), S_OK);
   EXPECT_EQ(PadType(), 4);
@@ -298,7 +303,7 @@ TEST_F(SymmetricCryptStatesTest, PadTypeIsKeptAsGiven) {
   }
 }
 
-TEST_F(SymmetricCryptStatesTest, SupportsErrorInformationOfItsInterface) {
+TEST_F(SymmetricCryptStatesTest, SupportsErrorInformationForItsInterfaceOnly) {
   OwnedReference<ISupportErrorInfo> support;
   ASSERT_EQ(support.Query(crypt.Get(), IID_ISupportErrorInfo), S_OK);
   EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_ISymmetricCryptObject), S_OK);

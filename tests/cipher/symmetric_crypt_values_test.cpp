@@ -20,7 +20,7 @@ class SymmetricCryptValuesTest : public SymmetricCryptTest {
   HRESULT EncryptStatus(const VARIANT& value) { return Encrypt(value).status; }
 };
 
-TEST_F(SymmetricCryptValuesTest, TextGoesThroughTheCodePage) {
+TEST_F(SymmetricCryptValuesTest, TextIsConvertedByTheCodePage) {
   EXPECT_EQ(DataOf(TextValue(OLESTR("abc"))), BytesOf("abc"));
   ASSERT_EQ(crypt->put_codePage(65001), S_OK);
   EXPECT_EQ(DataOf(TextValue(OLESTR("\u00E9"))), BytesOfHex("c3a9"));
@@ -74,7 +74,7 @@ TEST_F(SymmetricCryptValuesTest, ValuesWithoutATextFail) {
   }
   TestValue null_array(static_cast<VARTYPE>(VT_ARRAY | VT_UI1));
   EXPECT_TRUE(FAILED(EncryptStatus(null_array)));
-  EXPECT_EQ(ErrorText(), OLESTR("(nothing)"));
+  ExpectNoError();
 }
 
 TEST_F(SymmetricCryptValuesTest, AnObjectIsTheTextOfItsDefaultValue) {
@@ -117,7 +117,7 @@ TEST_F(SymmetricCryptValuesTest, AResultCanBeTheNextData) {
   EXPECT_EQ(Decrypt(ReferenceTo(VT_VARIANT, &cipher)).bytes, BytesOfHex(kAesPlain));
 }
 
-TEST_F(SymmetricCryptValuesTest, KeysFromTextGoThroughTheCodePage) {
+TEST_F(SymmetricCryptValuesTest, TextKeysAreConvertedByTheCodePage) {
   const TestValue text = TextValue(OLESTR("0123456789abcdef"));
   ASSERT_EQ(crypt->put_Key(text), S_OK);
   EXPECT_EQ(Key(), BytesOf("0123456789abcdef"));
@@ -133,7 +133,7 @@ TEST_F(SymmetricCryptValuesTest, KeysFromTextGoThroughTheCodePage) {
   EXPECT_EQ(Key(), BytesOf("(none)"));
 }
 
-TEST_F(SymmetricCryptValuesTest, OtherKeys) {
+TEST_F(SymmetricCryptValuesTest, NumbersReferencesAndObjectsAreKeysIfTheirLengthFits) {
   ASSERT_EQ(Init(OLESTR("DES")), S_OK);
   ASSERT_EQ(crypt->put_Key(NumberValue(12345678)), S_OK);
   EXPECT_EQ(Key(), BytesOf("12345678"));

@@ -1,8 +1,11 @@
 #include <cstring>
 
 #include "digest_peer.h"
+#include "md5_engine.h"
 #include "memory_watch.h"
 #include "portable/test_hooks.h"
+#include "sha1_engine.h"
+#include "sha256_engine.h"
 
 namespace mirolta::test {
 namespace {
@@ -150,10 +153,34 @@ TEST_P(KeyedEngine, ARefusedKeyLeavesNoneAndTheComputationAsItWas) {
   }
 }
 
-TEST_P(KeyedEngine, WipesKeysAndPads) {
+// The chaining value behind one block, as it stands in memory.
+template <typename Primitive>
+Bytes ChainBehind(const Bytes& block) {
+  uint32_t words[8];
+  std::memcpy(words, Primitive::kInitial, sizeof Primitive::kInitial);
+  Primitive::Kernel()(words, block.data(), 1);
+  Bytes chain(16);
+  std::memcpy(chain.data(), words, chain.size());
+  return chain;
+}
+
+Bytes ChainBehind(const Algorithm& algorithm, const Bytes& block) {
+  switch (FindHashAlgorithm(algorithm.name)) {
+    case kHashMd5:
+      return ChainBehind<Md5Primitive>(block);
+    case kHashSha1:
+      return ChainBehind<Sha1Primitive>(block);
+    default:
+      return ChainBehind<Sha256Primitive>(block);
+  }
+}
+
+TEST_P(KeyedEngine, WipesKeysPadsAndTheirChainingValues) {
   const Bytes key = BytesOf("the secret key of this test");
   const std::vector<Bytes> secrets = {key, Head(InnerPad(key), key.size()),
-                                      Head(OuterPad(key), key.size())};
+                                      Head(OuterPad(key), key.size()),
+                                      ChainBehind(GetParam(), InnerPad(key)),
+                                      ChainBehind(GetParam(), OuterPad(key))};
   const TestValue value = BytesValue(key);
   const WatchFreedMemory watch(secrets);
   ASSERT_EQ(engine_->SetKey(value, 0), S_OK);

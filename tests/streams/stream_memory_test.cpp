@@ -1,7 +1,9 @@
 // Allocations that fail, and what freed memory still holds.
+#include <optional>
+
+#include "memory_watch.h"
 #include "portable/test_hooks.h"
 #include "stream_test_kit.h"
-#include "watched_heap.h"
 
 namespace mirolta::stream_test {
 namespace {
@@ -14,16 +16,16 @@ class StreamMemoryTest : public testing::Test {
     *key_.Put() = ByteArray(kKey);
   }
   void TearDown() override {
-    watched_heap.failing_allocations = 0;
+    failure_.reset();
     MiroltaFailAllocationAfter(-1);
-    StopWatching();
   }
-  void FailNext() { watched_heap.failing_allocations = 1; }
+  void FailNext() { failure_.emplace(0); }
 
   OwnedBstr aes_;
   OwnedBstr md5_;
   OwnedVariant key_;
   ScriptedStream target_;
+  std::optional<test::FailOneAllocation> failure_;
 };
 
 TEST_F(StreamMemoryTest, AFilterWithoutMemoryIsNotMade) {
@@ -125,10 +127,9 @@ TEST_F(StreamMemoryTest, AResultWithoutMemoryIsReportedAndEmpty) {
 TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
   static const char kSecret[] = "plaintext to hide and not to leave behind here..";
   const Bytes secret = FromText(kSecret);
-  const auto watch = [&] {
-    for (size_t at = 0; at < 24; at += kPatternSize) Watch(secret.data() + at);
-    Watch(kKey.data());
-  };
+  std::vector<std::vector<uint8_t>> secrets = {{kKey.begin(), kKey.begin() + 8}};
+  for (int at = 0; at < 24; at += 8) secrets.emplace_back(secret.begin() + at, secret.begin() + at + 8);
+  std::optional<test::WatchFreedMemory> watch;
   ScriptedStream sink;
   {
     const CryptFilter filter(&target_);
@@ -140,7 +141,7 @@ TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
     target_.content = secret;
     target_.content.reserve(10000);
     uint8_t bytes[40];
-    watch();
+    watch.emplace(secrets);
     // Read part, fail a read, copy, write part, and leave all of it queued.
     EXPECT_EQ(filter.Stream()->Read(bytes, 40, nullptr), S_OK);
     target_.position = 0;
@@ -154,7 +155,8 @@ TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
     target_.largest_write = 0;
     EXPECT_EQ(filter.Stream()->Write(secret.data(), 40, nullptr), S_OK);
   }
-  EXPECT_EQ(watched_heap.leaks, 0u);
+  EXPECT_GT(watch->Freed(), 0);
+  EXPECT_EQ(watch->FreedWithSecret(), 0);
 }
 
 }  // namespace

@@ -16,6 +16,16 @@ inline bool Runs(uint32_t needs) {
   return (needs & ~ProcessorFeatures()) == 0;
 }
 
+// The kernel's name as the name of a test.
+template <typename Row>
+std::string TestNameOf(const Row& kernel) {
+  std::string name = kernel.name;
+  for (char& c : name) {
+    if (c == '-' || c == ' ') c = '_';
+  }
+  return name;
+}
+
 // Runs check(kernel) for each kernel of a list that this processor can run, and names the others.
 template <typename List, typename Check>
 void ForEachKernel(const List& list, const Check& check) {

@@ -4,35 +4,36 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 
-#include "array_bytes.h"
 #include "cipher_algorithms.h"
 #include "cipher_engine.h"
-#include "owned_value.h"
-#include "test_bytes.h"
+#include "test_values.h"
 
-namespace mirolta {
+namespace mirolta::test {
 
-// A byte array value of these bytes.
-class ArrayValue : public OwnedVariant {
- public:
-  explicit ArrayValue(const Bytes& bytes) {
-    EXPECT_EQ(BytesToVariant(bytes.data(), static_cast<uint32_t>(bytes.size()), Get()), S_OK);
-  }
+// The ciphers with their key lengths.
+struct Cipher {
+  const char* name;
+  LONG algorithm;
+  uint32_t key_length;
 };
 
-// A text value.
-class TextValue : public OwnedVariant {
- public:
-  explicit TextValue(const OLECHAR* text) {
-    V_VT(Get()) = VT_BSTR;
-    V_BSTR(Get()) = SysAllocString(text);
-    EXPECT_NE(V_BSTR(Get()), nullptr);
-  }
+inline constexpr Cipher kCiphers[] = {
+    {"Aes128", kCipherAes, 16},       {"Aes192", kCipherAes, 24},
+    {"Aes256", kCipherAes, 32},       {"Des", kCipherDes, 8},
+    {"TwoKeyTripleDes", kCipherDes, 16}, {"ThreeKeyTripleDes", kCipherDes, 24},
 };
+
+// A test for each of them.
+class CipherTest : public testing::TestWithParam<Cipher> {};
+
+#define MIROLTA_FOR_EACH_CIPHER(suite)                                \
+  INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(kCiphers), \
+                           [](const auto& row) { return std::string(row.param.name); })
 
 inline HRESULT SetKeyBytes(CipherEngine& engine, const Bytes& key) {
-  return engine.SetKey(ArrayValue(key).Value(), 0);
+  return engine.SetKey(BytesValue(key), 0);
 }
 
 inline std::unique_ptr<CipherEngine> KeyedEngine(LONG algorithm, const Bytes& key) {
@@ -60,4 +61,4 @@ inline HRESULT Decrypt(CipherEngine& engine, const Bytes& data) {
   return engine.DecryptUpdate(data.data(), static_cast<uint32_t>(data.size()));
 }
 
-}  // namespace mirolta
+}  // namespace mirolta::test
