@@ -1,9 +1,10 @@
-// Who waits for whom in RSACrypt, and what a Q put without the lock does.
+// The lock of RSACrypt, and puts of Q, which do not take it.
 #include <atomic>
 #include <random>
 #include <thread>
 #include <vector>
 
+#include "other_thread.h"
 #include "rsa_crypt_object.h"
 #include "test_module.h"
 #include "test_values.h"
@@ -53,29 +54,22 @@ class RsaCryptLockTest : public testing::Test {
   OwnedReference<IRSACrypt> rsa;
 };
 
-TEST_F(RsaCryptLockTest, OthersWaitForAKeyInTheMakingButThePutOfQDoesNot) {
+TEST_F(RsaCryptLockTest, OtherMembersWaitWhileAKeyIsMadeAndPutOfQDoesNot) {
   LoadSmallKey();
   may_draw = false;
   std::thread maker([&] { EXPECT_EQ(rsa->CreateRandKeys(16, VARIANT_TRUE), S_OK); });
   while (!drawing) std::this_thread::yield();
 
-  std::atomic<bool> started{false};
-  std::atomic<bool> done{false};
+  OtherThread waiting;
   LONG size = 0;
-  std::thread waiting([&] {
-    started = true;
-    EXPECT_EQ(rsa->get_BlockSize(&size), S_OK);
-    done = true;
-  });
-  while (!started) std::this_thread::yield();
-  for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+  waiting.Begin([&] { EXPECT_EQ(rsa->get_BlockSize(&size), S_OK); });
   // Returns although the maker is still inside.
   EXPECT_EQ(rsa->put_Q(NumberValue(7)), S_OK);
-  EXPECT_FALSE(done);
+  EXPECT_TRUE(waiting.IsHeldUp());
 
   may_draw = true;
   maker.join();
-  waiting.join();
+  EXPECT_TRUE(waiting.Finishes());
   EXPECT_EQ(size, 15);
   // The put belonged to the old key: the new one is whole.
   EXPECT_EQ(Q().size(), 8u);
@@ -86,7 +80,7 @@ TEST_F(RsaCryptLockTest, OthersWaitForAKeyInTheMakingButThePutOfQDoesNot) {
   EXPECT_EQ(BytesOfArray(decrypted), (Bytes{0x04, 0xD2}));
 }
 
-TEST_F(RsaCryptLockTest, AQPutMeanwhileCountsIfNoKeyIsMade) {
+TEST_F(RsaCryptLockTest, AQThatWasPutStaysIfNoKeyIsMade) {
   LoadSmallKey();
   EXPECT_EQ(rsa->put_Q(NumberValue(7)), S_OK);
   EXPECT_EQ(rsa->put_Q(NumberValue(9)), S_OK);
@@ -94,7 +88,7 @@ TEST_F(RsaCryptLockTest, AQPutMeanwhileCountsIfNoKeyIsMade) {
   EXPECT_EQ(Q(), Bytes{9});
 }
 
-TEST_F(RsaCryptLockTest, PutsOfQRaceWithEverythingElse) {
+TEST_F(RsaCryptLockTest, PutsOfQAreSafeBesideEveryOtherMember) {
   LoadSmallKey();
   std::atomic<bool> stop{false};
   std::vector<std::thread> putters;

@@ -1,4 +1,4 @@
-// Memory that runs out under RSACrypt, and what it leaves in memory it gives back.
+// RSACrypt when memory is short, and what freed memory keeps of secrets.
 #include <algorithm>
 #include <functional>
 #include <vector>
@@ -27,8 +27,7 @@ class RsaCryptMemoryTest : public PlannedTest {
     ASSERT_EQ(BuildRandomKey(key, 64, true), S_OK);
     const BigInt* const numbers[] = {&key.n, &key.e, &key.d, &key.p, &key.q};
     for (size_t i = 0; i < 5; ++i) {
-      key_bytes[i].resize(static_cast<size_t>(ByteLength(*numbers[i])));
-      ToBytes(key_bytes[i].data(), *numbers[i]);
+      key_bytes[i] = BytesOf(*numbers[i]);
       key_values.push_back(BytesValue(key_bytes[i]));
     }
   }
@@ -84,7 +83,7 @@ class RsaCryptMemoryTest : public PlannedTest {
   std::vector<TestValue> key_values;
 };
 
-TEST_F(RsaCryptMemoryTest, FailuresLeaveTheKey) {
+TEST_F(RsaCryptMemoryTest, WithoutMemoryEveryMemberLeavesTheKey) {
   Load();
   ASSERT_TRUE(KeyIsAsLoaded());
   const TestValue data = BytesValue(Bytes(63, 0x35));
@@ -123,7 +122,7 @@ TEST_F(RsaCryptMemoryTest, AnyPutDropsWhatADecryptionKept) {
 
 // A Q that is put while a key is in the making, at each moment that the making allocates memory,
 // belongs to the old key: the new one is whole.
-TEST_F(RsaCryptMemoryTest, AQPutWhileAKeyIsMadeGoesWithTheOldKey) {
+TEST_F(RsaCryptMemoryTest, AQPutWhileAKeyIsMadeIsDroppedWithTheOldKey) {
   const TestValue first = BytesValue(Bytes(24, 0x61));
   const TestValue second = BytesValue(Bytes(24, 0x71));
   Load();
@@ -153,7 +152,7 @@ TEST_F(RsaCryptMemoryTest, AQPutWhileAKeyIsMadeGoesWithTheOldKey) {
   EXPECT_GT(moments, 20);
 }
 
-TEST_F(RsaCryptMemoryTest, RandomKeysNeedTheirMemory) {
+TEST_F(RsaCryptMemoryTest, WithoutMemoryCreateRandKeysLeavesTheKey) {
   Load();
   ASSERT_TRUE(KeyIsAsLoaded());
   EXPECT_GE(FailAtEach([&](VARIANT*) { return rsa->CreateRandKeys(16, VARIANT_TRUE); }), 10);
@@ -163,7 +162,7 @@ TEST_F(RsaCryptMemoryTest, RandomKeysNeedTheirMemory) {
 }
 
 // Callers are not told: the old key stays in place.
-TEST_F(RsaCryptMemoryTest, KeysFromNumbersFailInSilence) {
+TEST_F(RsaCryptMemoryTest, WithoutMemoryCreateKeysLeavesTheKeyAndReportsNothing) {
   Load();
   const TestValue first = NumberValue(1000000);
   const TestValue second = NumberValue(2000000);
@@ -186,7 +185,7 @@ TEST_F(RsaCryptMemoryTest, KeysFromNumbersFailInSilence) {
   EXPECT_EQ(BytesOfArray(p), (Bytes{0x0F, 0x42, 0x43}));
 }
 
-TEST_F(RsaCryptMemoryTest, CreationNeedsMemory) {
+TEST_F(RsaCryptMemoryTest, WithoutMemoryThereIsNoObject) {
   IRSACrypt* object = nullptr;
   HRESULT status = S_OK;
   {
@@ -197,13 +196,15 @@ TEST_F(RsaCryptMemoryTest, CreationNeedsMemory) {
   EXPECT_EQ(object, nullptr);
 }
 
-TEST_F(RsaCryptMemoryTest, GivesEverythingBack) {
+TEST_F(RsaCryptMemoryTest, FreesEverythingWithItsLastReference) {
   rsa.Reset();
   const long live = LiveAllocations();
   Create();
   for (int i = 0; i < 3; ++i) {
     Load();
     EXPECT_TRUE(KeyIsAsLoaded());
+    // The second one replaces a Q that no member has seen.
+    EXPECT_EQ(rsa->put_Q(key_values[3]), S_OK);
     EXPECT_EQ(rsa->put_Q(key_values[3]), S_OK);
     EXPECT_EQ(rsa->put_Q(TestValue(VT_BOOL)), DISP_E_TYPEMISMATCH);
   }
@@ -216,12 +217,11 @@ TEST_F(RsaCryptMemoryTest, GivesEverythingBack) {
 
 // The bytes of a number as they stand in its words and, reversed, in byte strings.
 std::vector<Bytes> Patterns(const Bytes& number) {
-  Bytes high(number.begin(), number.begin() + 12);
-  Bytes low(high.rbegin(), high.rend());
-  return {high, low};
+  const Bytes high = Head(number, 12);
+  return {high, Bytes(high.rbegin(), high.rend())};
 }
 
-TEST_F(RsaCryptMemoryTest, SecretsAreWiped) {
+TEST_F(RsaCryptMemoryTest, SecretsAreWipedBeforeTheirMemoryIsFreed) {
   Load();
   Bytes message(64, 0);
   for (size_t i = 1; i < 64; ++i) message[i] = static_cast<uint8_t>(i * 37 + 11);
@@ -235,29 +235,27 @@ TEST_F(RsaCryptMemoryTest, SecretsAreWiped) {
     for (Bytes& pattern : Patterns(*number)) secrets.push_back(pattern);
   }
   for (Bytes& pattern : Patterns(message)) secrets.push_back(pattern);
-  for (const Bytes& secret : secrets) {
-    // The values that members give are the caller's: they are not in this heap.
-    TestValue outputs[4];
-    const WatchFreedMemory watch(secret.data(), secret.size());
-    Load();
-    EXPECT_EQ(rsa->Encrypt(plain, &outputs[0]), S_OK);
-    EXPECT_EQ(rsa->Decrypt(encrypted, &outputs[1]), S_OK);
-    EXPECT_EQ(rsa->DecryptPQ(encrypted, &outputs[2]), S_OK);
-    EXPECT_EQ(rsa->get_SecretExp(&outputs[3]), S_OK);
-    EXPECT_EQ(rsa->put_P(key_values[4]), S_OK);
-    EXPECT_EQ(rsa->put_Q(key_values[3]), S_OK);
-    EXPECT_EQ(rsa->Reset(), S_OK);
-    Load();
-    // One Q seen, one not yet.
-    EXPECT_EQ(rsa->put_Q(key_values[4]), S_OK);
-    Create();
-    EXPECT_GT(watch.Freed(), 0);
-    EXPECT_EQ(watch.FreedWithSecret(), 0);
-  }
+  // The values that members give are the caller's: they are not in this heap.
+  TestValue outputs[4];
+  const WatchFreedMemory watch(secrets);
+  Load();
+  EXPECT_EQ(rsa->Encrypt(plain, &outputs[0]), S_OK);
+  EXPECT_EQ(rsa->Decrypt(encrypted, &outputs[1]), S_OK);
+  EXPECT_EQ(rsa->DecryptPQ(encrypted, &outputs[2]), S_OK);
+  EXPECT_EQ(rsa->get_SecretExp(&outputs[3]), S_OK);
+  EXPECT_EQ(rsa->put_P(key_values[4]), S_OK);
+  EXPECT_EQ(rsa->put_Q(key_values[3]), S_OK);
+  EXPECT_EQ(rsa->Reset(), S_OK);
+  Load();
+  // One Q that a member has seen, one that none has.
+  EXPECT_EQ(rsa->put_Q(key_values[4]), S_OK);
+  Create();
+  EXPECT_GT(watch.Freed(), 0);
+  EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
 // The watch itself finds what is there to find.
-TEST_F(RsaCryptMemoryTest, TheWatchSees) {
+TEST_F(RsaCryptMemoryTest, TheWatchSeesFreedSecrets) {
   const Bytes pattern = Patterns(key_bytes[2])[0];
   const WatchFreedMemory watch(pattern.data(), pattern.size());
   {
@@ -267,7 +265,7 @@ TEST_F(RsaCryptMemoryTest, TheWatchSees) {
   EXPECT_EQ(watch.FreedWithSecret(), 1);
 }
 
-TEST_F(RsaCryptMemoryTest, KeysInTheMakingAreWiped) {
+TEST_F(RsaCryptMemoryTest, SecretsOfAKeyInTheMakingAreWipedBeforeTheirMemoryIsFreed) {
   // The same numbers again make the same key, whose parts are known by then.
   const auto make = [&] {
     ticks = 0;
@@ -282,14 +280,12 @@ TEST_F(RsaCryptMemoryTest, KeysInTheMakingAreWiped) {
     ASSERT_EQ((rsa.Get()->*get)(&value), S_OK);
     for (Bytes& pattern : Patterns(BytesOfArray(value))) secrets.push_back(pattern);
   }
-  for (const Bytes& secret : secrets) {
-    PlannedSource::Restart({});
-    const WatchFreedMemory watch(secret.data(), secret.size());
-    make();
-    EXPECT_EQ(rsa->Reset(), S_OK);
-    EXPECT_GT(watch.Freed(), 0);
-    EXPECT_EQ(watch.FreedWithSecret(), 0);
-  }
+  PlannedSource::Restart({});
+  const WatchFreedMemory watch(secrets);
+  make();
+  EXPECT_EQ(rsa->Reset(), S_OK);
+  EXPECT_GT(watch.Freed(), 0);
+  EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
 }  // namespace

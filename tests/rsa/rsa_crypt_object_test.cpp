@@ -1,18 +1,16 @@
-// RSACrypt through its interface's slots.
+// RSACrypt through its interface.
 #include <cstdio>
 #include <functional>
-#include <vector>
 
+#include "calling_object.h"
 #include "class_description.h"
+#include "error_slot.h"
 #include "fake_object.h"
 #include "loaded_module.h"
 #include "portable/test_hooks.h"
 
 namespace mirolta::test {
 namespace {
-
-constexpr HRESULT kMismatch = static_cast<HRESULT>(0x80020005);
-constexpr HRESULT kOverflow = static_cast<HRESULT>(0x8002000A);
 
 using Get = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT*);
 using Put = HRESULT (STDMETHODCALLTYPE IRSACrypt::*)(VARIANT);
@@ -33,15 +31,7 @@ constexpr Field kFields[] = {
 constexpr Transform kTransforms[] = {&IRSACrypt::Encrypt, &IRSACrypt::Decrypt,
                                      &IRSACrypt::DecryptPQ};
 
-std::string HexOfBytes(const Bytes& bytes) {
-  std::string text;
-  for (const uint8_t byte : bytes) {
-    char digits[3];
-    std::snprintf(digits, sizeof digits, "%02x", byte);
-    text += digits;
-  }
-  return text;
-}
+const Text kClass = OLESTR("Vardeko RSACrypt Class");
 
 TestValue HexText(const std::string& digits) {
   TestValue value(VT_BSTR);
@@ -55,7 +45,7 @@ class RsaCryptTest : public ModuleTest {
   void SetUp() override {
     ModuleTest::SetUp();
     ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
-    SetClassDescription(CLSID_RSACrypt, OLESTR("Vardeko RSACrypt Class"));
+    SetClassDescription(CLSID_RSACrypt, kClass.c_str());
     rsa = module.Create<IRSACrypt>(CLSID_RSACrypt, IID_IRSACrypt);
     ASSERT_TRUE(rsa);
   }
@@ -71,7 +61,7 @@ class RsaCryptTest : public ModuleTest {
     TestValue value;
     EXPECT_EQ((rsa.Get()->*get)(&value), S_OK);
     EXPECT_EQ(V_VT(&value), VT_ARRAY | VT_UI1);
-    return HexOfBytes(BytesOfArray(value));
+    return HexOf(BytesOfArray(value));
   }
   std::string KeyText() {
     std::string text;
@@ -95,38 +85,24 @@ class RsaCryptTest : public ModuleTest {
     const HRESULT status = (rsa.Get()->*transform)(data, &out);
     if (status == S_OK) {
       EXPECT_EQ(V_VT(&out), VT_ARRAY | VT_UI1);
-      return HexOfBytes(BytesOfArray(out));
+      return HexOf(BytesOfArray(out));
     }
     EXPECT_EQ(V_VT(&out), VT_EMPTY);
     char text[16];
     std::snprintf(text, sizeof text, "%08X", static_cast<unsigned>(status));
     return text;
   }
-  void ExpectError(const OLECHAR* description) {
-    OwnedReference<IErrorInfo> info;
-    ASSERT_EQ(GetErrorInfo(0, info.Put()), S_OK);
-    OwnedBstr text;
-    EXPECT_EQ(info->GetDescription(text.Put()), S_OK);
-    EXPECT_EQ(Text(text.Get()), description);
-    EXPECT_EQ(info->GetSource(text.Put()), S_OK);
-    EXPECT_EQ(Text(text.Get()), OLESTR("Vardeko RSACrypt Class"));
-  }
-  void ExpectNoError() {
-    OwnedReference<IErrorInfo> info;
-    EXPECT_EQ(GetErrorInfo(0, info.Put()), S_FALSE);
-  }
-
   OwnedReference<IRSACrypt> rsa;
 };
 
-TEST_F(RsaCryptTest, IsEmptyAtFirst) {
+TEST_F(RsaCryptTest, ANewObjectHasNoKey) {
   EXPECT_EQ(KeyText(), "     ");
   LONG size = 7;
   EXPECT_EQ(rsa->get_BlockSize(&size), S_OK);
   EXPECT_EQ(size, 0);
 }
 
-TEST_F(RsaCryptTest, FieldsAreStoredAsGiven) {
+TEST_F(RsaCryptTest, NumbersAreKeptAsGiven) {
   Load("0102", "3", "00ff", "aaa", "123456789abcdef01");
   EXPECT_EQ(KeyText(), "0102 03 ff 0aaa 0123456789abcdef01 ");
   for (const Field& field : kFields) {
@@ -141,20 +117,20 @@ TEST_F(RsaCryptTest, FieldsAreStoredAsGiven) {
   }
 }
 
-TEST_F(RsaCryptTest, BadFieldsLeaveTheOld) {
+TEST_F(RsaCryptTest, NumbersThatDoNotConvertLeaveTheOldOnes) {
   Load("1", "2", "3", "4", "5");
   for (const Field& field : kFields) {
-    EXPECT_EQ((rsa.Get()->*field.put)(TestValue(VT_BOOL)), kMismatch) << field.name;
-    EXPECT_EQ((rsa.Get()->*field.put)(NumberValue(-1)), kOverflow) << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(TestValue(VT_BOOL)), DISP_E_TYPEMISMATCH) << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(NumberValue(-1)), DISP_E_OVERFLOW) << field.name;
     LONG number = 1;
-    EXPECT_EQ((rsa.Get()->*field.put)(ReferenceTo(VT_I4, &number)), kMismatch) << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(ReferenceTo(VT_I4, &number)), DISP_E_TYPEMISMATCH) << field.name;
     EXPECT_EQ((rsa.Get()->*field.put)(ObjectValue(nullptr)), E_FAIL) << field.name;
   }
   EXPECT_EQ(KeyText(), "01 02 03 04 05 ");
   ExpectNoError();
 }
 
-TEST_F(RsaCryptTest, MissingPlacesComeFirst) {
+TEST_F(RsaCryptTest, NullOutPointersAreReportedFirst) {
   for (const Field& field : kFields) EXPECT_EQ((rsa.Get()->*field.get)(nullptr), E_POINTER);
   for (const Transform transform : kTransforms) {
     EXPECT_EQ((rsa.Get()->*transform)(TestValue(VT_BOOL), nullptr), E_POINTER);
@@ -163,7 +139,7 @@ TEST_F(RsaCryptTest, MissingPlacesComeFirst) {
   ExpectNoError();
 }
 
-TEST_F(RsaCryptTest, CreatesKeysFromGivenNumbers) {
+TEST_F(RsaCryptTest, CreateKeysStartsFromGivenNumbers) {
   // 1000000 and 2000000 in hexadecimal; the larger one first.
   ASSERT_EQ(rsa->CreateKeys(HexText("1e8480"), NumberValue(1000000)), S_OK);
   EXPECT_EQ(FieldOf(&IRSACrypt::get_P), "0f4243");
@@ -182,11 +158,11 @@ TEST_F(RsaCryptTest, CreateKeysKeepsAPublicExponent) {
   EXPECT_EQ(FieldOf(&IRSACrypt::get_PublicExp), "05");
 }
 
-TEST_F(RsaCryptTest, CreateKeysFailsForBadStartsOnly) {
+TEST_F(RsaCryptTest, CreateKeysRefusesNumbersThatDoNotConvertOnly) {
   Load("1", "2", "3", "4", "5");
-  EXPECT_EQ(rsa->CreateKeys(TestValue(VT_BOOL), NumberValue(-1)), kMismatch);
-  EXPECT_EQ(rsa->CreateKeys(NumberValue(-1), TestValue(VT_BOOL)), kOverflow);
-  EXPECT_EQ(rsa->CreateKeys(NumberValue(1), TestValue(VT_BOOL)), kMismatch);
+  EXPECT_EQ(rsa->CreateKeys(TestValue(VT_BOOL), NumberValue(-1)), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(rsa->CreateKeys(NumberValue(-1), TestValue(VT_BOOL)), DISP_E_OVERFLOW);
+  EXPECT_EQ(rsa->CreateKeys(NumberValue(1), TestValue(VT_BOOL)), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(KeyText(), "01 02 03 04 05 ");
   ExpectNoError();
   EXPECT_EQ(rsa->CreateKeys(TestValue(), TestValue(VT_NULL)), S_OK);
@@ -194,7 +170,7 @@ TEST_F(RsaCryptTest, CreateKeysFailsForBadStartsOnly) {
   EXPECT_EQ(FieldOf(&IRSACrypt::get_Q), "04cd");
 }
 
-TEST_F(RsaCryptTest, CreatesRandomKeys) {
+TEST_F(RsaCryptTest, CreateRandKeysMakesNewKeysOfTheGivenSize) {
   ASSERT_EQ(rsa->CreateRandKeys(32, VARIANT_TRUE), S_OK);
   EXPECT_EQ(FieldOf(&IRSACrypt::get_Modulus).size(), 64u);
   LONG size = 0;
@@ -214,7 +190,7 @@ TEST_F(RsaCryptTest, CreatesRandomKeys) {
   EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, HexText(encrypted)), message);
 }
 
-TEST_F(RsaCryptTest, SizesThatAreNone) {
+TEST_F(RsaCryptTest, CreateRandKeysRefusesSizesWithoutAByte) {
   Load("1", "2", "3", "4", "5");
   for (const LONG size : {0, -1, -2147483647 - 1}) {
     EXPECT_EQ(rsa->CreateRandKeys(size, 0), E_INVALIDARG);
@@ -237,7 +213,7 @@ TEST_F(RsaCryptTest, ResetClearsTheKey) {
   EXPECT_EQ(KeyText(), "     ");
 }
 
-TEST_F(RsaCryptTest, KeysMoveBetweenObjects) {
+TEST_F(RsaCryptTest, AKeyReadFromOneObjectWorksInAnother) {
   ASSERT_EQ(rsa->CreateRandKeys(16, VARIANT_TRUE), S_OK);
   const std::string encrypted = Run(&IRSACrypt::Encrypt, HexText("1234"));
   const OwnedReference<IRSACrypt> other =
@@ -255,16 +231,17 @@ TEST_F(RsaCryptTest, KeysMoveBetweenObjects) {
 }
 
 // Which numbers must be set: the others may all be zero.
-TEST_F(RsaCryptTest, IncompleteKeysAreReported) {
-  struct Case {
+TEST_F(RsaCryptTest, MissingNumbersOfTheKeyAreReportedBeforeTheData) {
+  constexpr struct {
+    const char* name;
     Transform transform;
     unsigned needed;  // a bit for each of n, e, d, p, q
-  };
-  constexpr Case kCases[] = {{&IRSACrypt::Encrypt, 0b00011},
-                             {&IRSACrypt::Decrypt, 0b00011},
-                             {&IRSACrypt::DecryptPQ, 0b11110}};
+  } kCases[] = {{"Encrypt", &IRSACrypt::Encrypt, 0b00011},
+                {"Decrypt", &IRSACrypt::Decrypt, 0b00011},
+                {"DecryptPQ", &IRSACrypt::DecryptPQ, 0b11110}};
   const char* const numbers[] = {"ca1", "11", "ac1", "35", "3d"};
-  for (const Case& one : kCases) {
+  for (const auto& one : kCases) {
+    SCOPED_TRACE(one.name);
     for (unsigned set = 0; set < 32; ++set) {
       ASSERT_EQ(rsa->Reset(), S_OK);
       for (unsigned i = 0; i < 5; ++i) {
@@ -279,7 +256,7 @@ TEST_F(RsaCryptTest, IncompleteKeysAreReported) {
         ExpectNoError();
       } else {
         EXPECT_EQ(result, "80042779") << set;
-        ExpectError(OLESTR("Key not set."));
+        ExpectError(OLESTR("Key not set."), kClass);
       }
       // The key comes before the data.
       const std::string bad = Run(one.transform, TestValue(VT_BOOL));
@@ -289,14 +266,14 @@ TEST_F(RsaCryptTest, IncompleteKeysAreReported) {
   }
 }
 
-TEST_F(RsaCryptTest, DataMustBeBelowTheModulus) {
+TEST_F(RsaCryptTest, EncryptRefusesDataNotBelowTheModulus) {
   LoadSmallKey();
   EXPECT_EQ(Run(&IRSACrypt::Encrypt, HexText("ca0")), "0ca0");  // (-1)^17
   ExpectNoError();
   const std::string key = KeyText();
   for (const char* const data : {"ca1", "ca2", "ffffffffffffffffffff"}) {
     EXPECT_EQ(Run(&IRSACrypt::Encrypt, HexText(data)), "8004277A");
-    ExpectError(OLESTR("Too much data."));
+    ExpectError(OLESTR("Too much data."), kClass);
   }
   EXPECT_EQ(KeyText(), key);
 }
@@ -310,7 +287,7 @@ TEST_F(RsaCryptTest, DecryptReducesLargerData) {
   ExpectNoError();
 }
 
-TEST_F(RsaCryptTest, ZeroIsDataToo) {
+TEST_F(RsaCryptTest, ZeroTransformsToZero) {
   LoadSmallKey();
   for (const Transform transform : kTransforms) {
     EXPECT_EQ(Run(transform, NumberValue(0)), "");
@@ -335,7 +312,7 @@ TEST_F(RsaCryptTest, ANumberThatHoldsZeroIsZero) {
     EXPECT_EQ(rsa->CreateKeys(value, NumberValue(5000)), S_OK);
     TestValue first_prime;
     EXPECT_EQ(rsa->get_P(&first_prime), S_OK);
-    EXPECT_EQ(HexOfBytes(BytesOfArray(first_prime)), "04cd");
+    EXPECT_EQ(HexOf(BytesOfArray(first_prime)), "04cd");
   }
   ExpectNoError();
 }
@@ -347,7 +324,7 @@ TEST_F(RsaCryptTest, SecretExponentZeroDecryptsToOne) {
   EXPECT_EQ(Run(&IRSACrypt::DecryptPQ, NumberValue(5)), "80042779");
 }
 
-TEST_F(RsaCryptTest, PrimesOfOneAreRefusedWithoutWords) {
+TEST_F(RsaCryptTest, PrimesOfOneAreRefusedWithoutADescription) {
   LoadSmallKey();
   for (const Put put : {&IRSACrypt::put_P, &IRSACrypt::put_Q}) {
     LoadSmallKey();
@@ -359,7 +336,7 @@ TEST_F(RsaCryptTest, PrimesOfOneAreRefusedWithoutWords) {
   }
 }
 
-TEST_F(RsaCryptTest, BadDataIsRefusedWithoutWords) {
+TEST_F(RsaCryptTest, DataThatDoesNotConvertIsRefusedWithoutADescription) {
   LoadSmallKey();
   const std::string key = KeyText();
   for (const Transform transform : kTransforms) {
@@ -371,7 +348,7 @@ TEST_F(RsaCryptTest, BadDataIsRefusedWithoutWords) {
   EXPECT_EQ(KeyText(), key);
 }
 
-TEST_F(RsaCryptTest, DataComesFromObjectsToo) {
+TEST_F(RsaCryptTest, ObjectsAreTheirDefaultValues) {
   LoadSmallKey();
   FakeObject text(HexText("41"));
   EXPECT_EQ(Run(&IRSACrypt::Encrypt, ObjectValue(&text)), "0ae6");  // 65^17 mod 3233 = 2790
@@ -384,35 +361,8 @@ TEST_F(RsaCryptTest, DataComesFromObjectsToo) {
   EXPECT_EQ(FieldOf(&IRSACrypt::get_Modulus), "41");
 }
 
-// An object's default value may call in from the same thread while a member is at work.
-class CallsIn final : public IDispatch {
- public:
-  explicit CallsIn(std::function<void()> call) : call_(std::move(call)) {}
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
-    *out = this;
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
-                                   EXCEPINFO*, UINT*) override {
-    call_();
-    V_VT(result) = VT_I4;
-    V_I4(result) = 5;
-    return S_OK;
-  }
-
- private:
-  std::function<void()> call_;
-};
-
-TEST_F(RsaCryptTest, TheKeyMayGoWhileDataIsRead) {
-  CallsIn resets([&] { EXPECT_EQ(rsa->Reset(), S_OK); });
+TEST_F(RsaCryptTest, ACallFromInsideMayDropTheKey) {
+  CallingObject resets([&] { EXPECT_EQ(rsa->Reset(), S_OK); }, OLESTR("5"));
   LoadSmallKey();
   // Nothing is below a modulus of zero.
   EXPECT_EQ(Run(&IRSACrypt::Encrypt, ObjectValue(&resets)), "8004277A");
@@ -425,7 +375,7 @@ TEST_F(RsaCryptTest, TheKeyMayGoWhileDataIsRead) {
   ASSERT_EQ(rsa->put_P(ObjectValue(&resets)), S_OK);
   EXPECT_EQ(KeyText(), "   05  ");
   LoadSmallKey();
-  CallsIn puts([&] { EXPECT_EQ(rsa->put_Q(NumberValue(7)), S_OK); });
+  CallingObject puts([&] { EXPECT_EQ(rsa->put_Q(NumberValue(7)), S_OK); }, OLESTR("5"));
   ASSERT_EQ(rsa->put_Q(ObjectValue(&puts)), S_OK);
   EXPECT_EQ(FieldOf(&IRSACrypt::get_Q), "05");
 }
@@ -453,7 +403,7 @@ TEST_F(RsaCryptTest, WithoutMemoryThereIsNoResult) {
   EXPECT_EQ(KeyText(), key);
 }
 
-TEST_F(RsaCryptTest, SupportsErrorInformation) {
+TEST_F(RsaCryptTest, SupportsErrorInformationForItsInterfaceOnly) {
   OwnedReference<ISupportErrorInfo> support;
   ASSERT_EQ(support.Query(rsa.Get(), IID_ISupportErrorInfo), S_OK);
   EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IRSACrypt), S_OK);

@@ -24,7 +24,7 @@ BigInt PrimeOver(uint32_t divisor, uint32_t first_k = 2000) {
   }
 }
 
-TEST(RsaKeyTest, PrimesAreTheNextOnes) {
+TEST(RsaKeyTest, PrimesAreTheNextAfterTheStartingValues) {
   const RsaKey key = Build(BigInt(1000000), BigInt(2000000));
   EXPECT_EQ(Hex(key.p), Hex(BigInt(1000003)));
   EXPECT_EQ(Hex(key.q), Hex(BigInt(2000003)));
@@ -41,7 +41,7 @@ TEST(RsaKeyTest, TheSmallerPrimeIsP) {
   ExpectKeyHolds(key);
 }
 
-TEST(RsaKeyTest, SmallStartsCanMeet) {
+TEST(RsaKeyTest, SmallStartingValuesGiveTheSamePrimeTwice) {
   for (const uint32_t start : {0u, 1u, 2u, 3u, 1223u, 1224u, 1229u}) {
     const RsaKey key = Build(BigInt(start), BigInt(0));
     EXPECT_EQ(Hex(key.p), Hex(BigInt(1229)));
@@ -52,7 +52,7 @@ TEST(RsaKeyTest, SmallStartsCanMeet) {
   EXPECT_EQ(Hex(Build(BigInt(1230), BigInt(0)).q), Hex(BigInt(1231)));
 }
 
-TEST(RsaKeyTest, KeepsAPublicExponentThatFits) {
+TEST(RsaKeyTest, APublicExponentThatIsCoprimeIsKept) {
   // 1000003 - 1 = 2 * 3 * 166667, 2000003 - 1 = 2 * 101 * 9901
   for (const uint32_t e : {1u, 5u, 11u, 17u, 257u, 65539u}) {
     const RsaKey key = Build(BigInt(1000003), BigInt(2000003), e);
@@ -61,26 +61,23 @@ TEST(RsaKeyTest, KeepsAPublicExponentThatFits) {
   }
 }
 
-TEST(RsaKeyTest, AdvancesAPublicExponentThatDoesNot) {
-  struct Case {
+TEST(RsaKeyTest, APublicExponentThatIsNotCoprimeIsAdvanced) {
+  // 2^32 - 1 = 3 * 5 * 17 * 257 * 65537, so the search goes on beyond the word.
+  const struct {
     uint32_t given;
-    uint32_t used;
-  };
-  for (const Case& one : {Case{3, 5}, Case{101, 103}, Case{99, 103}, Case{9901, 9905},
-                          Case{166667, 166669}, Case{2, 5}, Case{4, 5}, Case{16, 17}, Case{8, 11},
-                          Case{65536, 65537}, Case{4294967295u, 0}}) {
-    const RsaKey key = Build(BigInt(1000003), BigInt(2000003), one.given);
-    if (one.used != 0) {
-      EXPECT_EQ(Hex(key.e), Hex(BigInt(one.used))) << one.given;
-    } else {
-      // 2^32 - 1 = 3 * 5 * 17 * 257 * 65537, and it goes on beyond the word.
-      EXPECT_EQ(Hex(key.e), "100000001");
-    }
+    const char* used;
+  } rows[] = {{3, "5"},        {101, "67"},        {99, "67"},    {9901, "26b1"},
+              {166667, "28b0d"}, {2, "5"},           {4, "5"},      {16, "11"},
+              {8, "b"},        {65536, "10001"},   {4294967295u, "100000001"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.given);
+    const RsaKey key = Build(BigInt(1000003), BigInt(2000003), row.given);
+    EXPECT_EQ(Hex(key.e), row.used);
     ExpectKeyHolds(key);
   }
 }
 
-TEST(RsaKeyTest, AdvancesTheUsualExponentForEitherPrime) {
+TEST(RsaKeyTest, TheDefaultExponentIsAdvancedForEitherPrime) {
   const BigInt awkward = PrimeOver(65537);
   const BigInt other(1000003);
   ASSERT_TRUE((awkward - BigInt(1)) % BigInt(65537) == BigInt(0));
@@ -96,15 +93,14 @@ TEST(RsaKeyTest, AdvancesTheUsualExponentForEitherPrime) {
   ExpectKeyHolds(key);
 }
 
-TEST(RsaKeyTest, ResetClearsAllFive) {
+TEST(RsaKeyTest, ResetClearsAllNumbers) {
   RsaKey key = Build(BigInt(1000003), BigInt(2000003));
   key.Reset();
   EXPECT_EQ(TextOf(key), "0 0 0 0 0");
 }
 
-TEST(RsaKeyTest, RawOperationsOfASmallKey) {
-  // p = 61, q = 53 are below what the prime search finds, but a key may be loaded.
-  RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+TEST(RsaKeyTest, DecryptionsInvertEncryptionForEveryMessage) {
+  RsaKey key = SmallKey();
   for (uint32_t m = 0; m < 3233; ++m) {
     BigInt c, back, by_primes;
     ASSERT_EQ(RsaEncrypt(c, key, BigInt(m)), S_OK);
@@ -115,8 +111,8 @@ TEST(RsaKeyTest, RawOperationsOfASmallKey) {
   }
 }
 
-TEST(RsaKeyTest, LargerDataIsReduced) {
-  RsaKey key = KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+TEST(RsaKeyTest, CiphertextIsReducedByTheModulus) {
+  RsaKey key = SmallKey();
   for (uint32_t c = 0; c < 50; ++c) {
     BigInt small, large;
     ASSERT_EQ(RsaDecrypt(small, key, BigInt(c)), S_OK);
@@ -127,7 +123,7 @@ TEST(RsaKeyTest, LargerDataIsReduced) {
   }
 }
 
-TEST(RsaKeyTest, SecretExponentZeroGivesOne) {
+TEST(RsaKeyTest, ASecretExponentOfZeroGivesOneModuloTheModulus) {
   BigInt r(9);
   EXPECT_EQ(RsaDecrypt(r, KeyOf(BigInt(3233), BigInt(17), BigInt(), BigInt(), BigInt()), BigInt(5)),
             S_OK);
@@ -137,8 +133,9 @@ TEST(RsaKeyTest, SecretExponentZeroGivesOne) {
   EXPECT_EQ(Hex(r), "0");
 }
 
-TEST(RsaKeyTest, AModulusOfZeroFails) {
-  RsaKey key = KeyOf(BigInt(), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+TEST(RsaKeyTest, AModulusOfZeroIsRefusedByTheOperationsThatUseIt) {
+  RsaKey key = SmallKey();
+  key.n = BigInt();
   BigInt r(9);
   EXPECT_EQ(RsaEncrypt(r, key, BigInt(5)), E_INVALIDARG);
   EXPECT_EQ(RsaDecrypt(r, key, BigInt(5)), E_INVALIDARG);
@@ -148,13 +145,14 @@ TEST(RsaKeyTest, AModulusOfZeroFails) {
   EXPECT_EQ(Hex(r), Hex(Power(Bn(855), Bn(2753), Bn(3233)).Here()));
 }
 
-TEST(RsaKeyTest, PrimesOfZeroAndOneFail) {
+TEST(RsaKeyTest, PrimesOfZeroAndOneAreRefused) {
   const BigInt small[] = {BigInt(0), BigInt(1)};
   for (const BigInt& one : small) {
     for (const BigInt& other : {BigInt(0), BigInt(1), BigInt(61)}) {
       for (const bool first : {true, false}) {
-        RsaKey key =
-            KeyOf(BigInt(3233), BigInt(17), first ? one : other, first ? other : one, BigInt(2753));
+        RsaKey key = SmallKey();
+        key.p = first ? one : other;
+        key.q = first ? other : one;
         BigInt r(9);
         EXPECT_EQ(RsaDecryptWithPrimes(r, key, BigInt(5)), E_INVALIDARG)
             << Hex(key.p) << " " << Hex(key.q);
@@ -185,7 +183,7 @@ BigInt StepByStep(const RsaKey& key, const Bn& c) {
 }
 
 // With p above q one addition of q need not be enough, and the result is another number.
-TEST(RsaKeyTest, PrimesTheWrongWayRound) {
+TEST(RsaKeyTest, PrimesInDescendingOrderAreUsedAsTheyAre) {
   RsaKey right = Build(BigInt(1000000), BigInt(40000000), 5);
   RsaKey wrong = right;
   wrong.p.Swap(wrong.q);
@@ -219,7 +217,7 @@ BigInt RandomBits(std::mt19937* generator, uint32_t bits) {
 }
 
 // Any numbers for which the peer finds the inverses: no primes, even ones, equal ones, either order.
-TEST(RsaKeyTest, NumbersOfAnyKindGoThroughTheSameSteps) {
+TEST(RsaKeyTest, NumbersThatAreNoPrimesGoThroughTheSameSteps) {
   std::mt19937 generator(61);
   int compared = 0;
   int one_limb = 0;
@@ -263,7 +261,7 @@ HRESULT StepByStepWithSigns(BigInt& r, const RsaKey& key, const BigInt& c) {
   return status;
 }
 
-TEST(RsaKeyTest, SignsGoThroughTheSameSteps) {
+TEST(RsaKeyTest, NegativeNumbersGoThroughTheSameSteps) {
   std::mt19937 generator(67);
   for (int i = 0; i < 800; ++i) {
     RsaKey key = KeyOf(BigInt(), BigInt(3 + 2 * (Draw(&generator) % 50)),
@@ -285,7 +283,7 @@ TEST(RsaKeyTest, SignsGoThroughTheSameSteps) {
 }
 
 // What a decryption keeps is of the numbers as they are, whichever of them was changed.
-TEST(RsaKeyTest, ValuesKeptAreThoseOfTheKey) {
+TEST(RsaKeyTest, KeptValuesFollowEveryChangeOfTheKey) {
   const BigInt c(0x12345678);
   for (const uint32_t start : {1u << 20, 1u << 31}) {
     RsaKey key = Build(BigInt(start), BigInt(start + 12345));
@@ -328,7 +326,7 @@ bool KeepsNothing(const RsaKey& key) {
   return true;
 }
 
-TEST(RsaKeyTest, ValuesGoWithTheirKey) {
+TEST(RsaKeyTest, ANewKeyAndResetDropTheKeptValues) {
   RsaKey key = Build(BigInt(1000000), BigInt(2000000));
   BigInt r;
   ASSERT_EQ(RsaDecryptWithPrimes(r, key, BigInt(5)), S_OK);
@@ -343,7 +341,7 @@ TEST(RsaKeyTest, ValuesGoWithTheirKey) {
 }
 
 // Numbers that are no key at all: every call ends.
-TEST(RsaKeyTest, SenselessKeysEnd) {
+TEST(RsaKeyTest, DecryptionEndsForAnyNumbers) {
   for (uint32_t p = 2; p < 20; ++p) {
     for (uint32_t q = 2; q < 20; ++q) {
       for (uint32_t e = 1; e < 6; ++e) {
@@ -356,15 +354,13 @@ TEST(RsaKeyTest, SenselessKeysEnd) {
   }
 }
 
-TEST(RsaKeyTest, BlockSizes) {
-  EXPECT_EQ(BlockSize(BigInt(0)), 0);
-  EXPECT_EQ(BlockSize(BigInt(1)), 0);
-  EXPECT_EQ(BlockSize(BigInt(127)), 0);
-  EXPECT_EQ(BlockSize(BigInt(128)), 0);
-  EXPECT_EQ(BlockSize(BigInt(255)), 0);
-  EXPECT_EQ(BlockSize(BigInt(256)), 1);
-  EXPECT_EQ(BlockSize(BigInt(65535)), 1);
-  EXPECT_EQ(BlockSize(BigInt(65536)), 2);
+TEST(RsaKeyTest, BlocksOfBlockSizeBytesAreBelowTheModulus) {
+  constexpr struct {
+    uint32_t modulus;
+    LONG size;
+  } kRows[] = {{0, 0},   {1, 0},   {127, 0},   {128, 0},
+               {255, 0}, {256, 1}, {65535, 1}, {65536, 2}};
+  for (const auto& row : kRows) EXPECT_EQ(BlockSize(BigInt(row.modulus)), row.size) << row.modulus;
   EXPECT_EQ(BlockSize(FromHex("8" + std::string(63, '0'))), 31);
   EXPECT_EQ(BlockSize(FromHex(std::string(64, 'f'))), 31);
   EXPECT_EQ(BlockSize(FromHex("1" + std::string(64, '0'))), 32);

@@ -1,10 +1,10 @@
-// Keys made here used by the peer, and the peer's keys used here.
+// RSA operations against OpenSSL, with keys of either side.
 #include "rsa_testing.h"
 
 namespace mirolta::test {
 namespace {
 
-// Numbers of so many bits to encrypt: the ends of the range and some within.
+// The ends of the range of messages and some within.
 std::vector<Bn> Messages(const Bn& n) {
   std::vector<Bn> messages = {Bn(0ul), Bn(1), Bn(2), Less1(n)};
   for (int i = 0; i < 4; ++i) {
@@ -32,7 +32,7 @@ void ExpectSameAsPeer(RsaKey key) {
 
 class RsaPeerTest : public PlannedTest, public testing::WithParamInterface<int> {};
 
-TEST_P(RsaPeerTest, OurKeys) {
+TEST_P(RsaPeerTest, AgreesOnKeysMadeHere) {
   RsaKey key;
   ASSERT_EQ(BuildRandomKey(key, GetParam() / 8, true), S_OK);
   ASSERT_EQ(key.n.BitLength(), static_cast<unsigned>(GetParam()));
@@ -40,7 +40,7 @@ TEST_P(RsaPeerTest, OurKeys) {
   ExpectSameAsPeer(key);
 }
 
-TEST_P(RsaPeerTest, PeersKeys) {
+TEST_P(RsaPeerTest, AgreesOnKeysOfThePeer) {
   Bn p, q, d;
   const Bn e(65537);
   for (;;) {

@@ -8,14 +8,19 @@ using RsaRandomKeyTest = PlannedTest;
 
 constexpr bool kExact = true;
 
-TEST_F(RsaRandomKeyTest, DrawsTwoHalves) {
+// Expects the key that these two starting values make.
+void ExpectKeyFrom(const RsaKey& key, const char* first, const char* second) {
+  RsaKey expected;
+  ASSERT_EQ(BuildKey(expected, FromHex(first), FromHex(second)), S_OK);
+  EXPECT_EQ(TextOf(key), TextOf(expected));
+}
+
+TEST_F(RsaRandomKeyTest, StartsFromTwoDrawnHalves) {
   PlannedSource::Restart({0x1C0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 4});
   RsaKey key;
   ASSERT_EQ(BuildRandomKey(key, 16, kExact), S_OK);
   EXPECT_EQ(PlannedSource::draws, (std::vector<int>{8, 8}));
-  RsaKey expected;
-  ASSERT_EQ(BuildKey(expected, FromHex("c000000000000003"), FromHex("c000000000000005")), S_OK);
-  EXPECT_EQ(TextOf(key), TextOf(expected));
+  ExpectKeyFrom(key, "c000000000000003", "c000000000000005");
 }
 
 TEST_F(RsaRandomKeyTest, SeedsEachDrawWithTheClock) {
@@ -34,27 +39,23 @@ TEST_F(RsaRandomKeyTest, EqualHalvesAreDrawnAgain) {
   ASSERT_EQ(BuildRandomKey(key, 9, kExact), S_OK);
   // The second equals the first at once, the third once its size and oddness are ensured.
   EXPECT_EQ(PlannedSource::draws, (std::vector<int>{4, 4, 4, 4}));
-  RsaKey expected;
-  ASSERT_EQ(BuildKey(expected, FromHex("c1020305"), FromHex("d1020305")), S_OK);
-  EXPECT_EQ(TextOf(key), TextOf(expected));
+  ExpectKeyFrom(key, "c1020305", "d1020305");
 }
 
-TEST_F(RsaRandomKeyTest, TheSecondIsAByteLongerIfTheSizeNeedNotBeExact) {
+TEST_F(RsaRandomKeyTest, TheSecondHalfIsAByteLongerIfTheSizeNeedNotBeExact) {
   for (const LONG size : {8, 9}) {
     PlannedSource::Restart({1, 2, 3, 4, 1, 2, 3, 4, 5});
     RsaKey key;
     ASSERT_EQ(BuildRandomKey(key, size, !kExact), S_OK);
     EXPECT_EQ(PlannedSource::draws, (std::vector<int>{4, 5}));
-    RsaKey expected;
-    ASSERT_EQ(BuildKey(expected, FromHex("c1020305"), FromHex("c102030405")), S_OK);
-    EXPECT_EQ(TextOf(key), TextOf(expected));
+    ExpectKeyFrom(key, "c1020305", "c102030405");
   }
 }
 
-TEST_F(RsaRandomKeyTest, HalfOfOneIsNothing) {
-  RsaKey key = KeyOf(BigInt(1), BigInt(2), BigInt(3), BigInt(4), BigInt(5));
+TEST_F(RsaRandomKeyTest, OfOneByteTheFirstHalfIsZero) {
+  RsaKey key = NoKey();
   EXPECT_EQ(BuildRandomKey(key, 1, kExact), E_INVALIDARG);
-  EXPECT_EQ(TextOf(key), "1 2 3 4 5");
+  EXPECT_EQ(TextOf(key), TextOf(NoKey()));
   EXPECT_TRUE(PlannedSource::seeds.empty());
 
   key.Reset();
@@ -65,30 +66,30 @@ TEST_F(RsaRandomKeyTest, HalfOfOneIsNothing) {
   ExpectKeyHolds(key);
 }
 
-TEST_F(RsaRandomKeyTest, SizesBelowOneFail) {
+TEST_F(RsaRandomKeyTest, SizesBelowOneAreRefused) {
   for (const LONG size : {0, -1, -2, -2147483647 - 1}) {
     for (const bool exact : {false, true}) {
-      RsaKey key = KeyOf(BigInt(1), BigInt(2), BigInt(3), BigInt(4), BigInt(5));
+      RsaKey key = NoKey();
       EXPECT_EQ(BuildRandomKey(key, size, exact), E_INVALIDARG);
-      EXPECT_EQ(TextOf(key), "1 2 3 4 5");
+      EXPECT_EQ(TextOf(key), TextOf(NoKey()));
     }
   }
   EXPECT_TRUE(PlannedSource::seeds.empty());
 }
 
-TEST_F(RsaRandomKeyTest, WithoutASeedTheKeyStays) {
+TEST_F(RsaRandomKeyTest, AFailureToSeedLeavesTheKey) {
   for (int given = 0; given < 2; ++given) {
     for (const bool exact : {false, true}) {
       PlannedSource::Restart({});
       PlannedSource::seeds_to_give = given;
-      RsaKey key = KeyOf(BigInt(1), BigInt(2), BigInt(3), BigInt(4), BigInt(5));
+      RsaKey key = NoKey();
       EXPECT_EQ(BuildRandomKey(key, 16, exact), E_FAIL);
-      EXPECT_EQ(TextOf(key), "1 2 3 4 5");
+      EXPECT_EQ(TextOf(key), TextOf(NoKey()));
     }
   }
 }
 
-TEST_F(RsaRandomKeyTest, ThePublicExponentIsKept) {
+TEST_F(RsaRandomKeyTest, APublicExponentThatIsSetIsUsed) {
   RsaKey key;
   key.e = BigInt(2);
   ASSERT_EQ(BuildRandomKey(key, 16, kExact), S_OK);
@@ -103,7 +104,7 @@ TEST_F(RsaRandomKeyTest, ThePublicExponentIsKept) {
 }
 
 // 3 and 2 are too small: the search finds nothing below 1229, whatever the size.
-TEST_F(RsaRandomKeyTest, TheSmallestExactSizes) {
+TEST_F(RsaRandomKeyTest, SizesOfTwoAndThreeGiveTheSmallestPrimes) {
   for (const LONG size : {2, 3}) {
     RsaKey key;
     ASSERT_EQ(BuildRandomKey(key, size, kExact), S_OK);
@@ -112,7 +113,7 @@ TEST_F(RsaRandomKeyTest, TheSmallestExactSizes) {
   }
 }
 
-TEST_F(RsaRandomKeyTest, ExactSizesAreExact) {
+TEST_F(RsaRandomKeyTest, ExactSizesGiveModuliOfThatSize) {
   for (LONG size = 4; size <= 64; ++size) {
     for (int i = 0; i < 8; ++i) {
       RsaKey key;
@@ -123,7 +124,7 @@ TEST_F(RsaRandomKeyTest, ExactSizesAreExact) {
   }
 }
 
-TEST_F(RsaRandomKeyTest, OtherSizesAreAByteMore) {
+TEST_F(RsaRandomKeyTest, OtherSizesGiveModuliOfAByteMore) {
   for (LONG size = 4; size <= 48; ++size) {
     for (int i = 0; i < 4; ++i) {
       RsaKey key;
@@ -134,7 +135,7 @@ TEST_F(RsaRandomKeyTest, OtherSizesAreAByteMore) {
   }
 }
 
-TEST_F(RsaRandomKeyTest, TheSystemsOwnSourceAndClock) {
+TEST_F(RsaRandomKeyTest, TheSourceAndClockOfTheSystemGiveNewKeysEachTime) {
   SetRandomSource(nullptr);
   MiroltaSetClock(nullptr);
   std::vector<std::string> seen;

@@ -11,10 +11,17 @@
 
 #include "big_bytes.h"
 #include "big_text.h"
+#include "bytes.h"
 #include "portable/test_hooks.h"
 #include "rsa_key.h"
 
 namespace mirolta::test {
+
+inline Bytes BytesOf(const BigInt& n) {
+  Bytes bytes(static_cast<size_t>(ByteLength(n)));
+  ToBytes(bytes.data(), n);
+  return bytes;
+}
 
 // Bn owns a number of the peer.
 class Bn {
@@ -22,8 +29,7 @@ class Bn {
   Bn() : bn_(BN_new()) {}
   explicit Bn(unsigned long value) : Bn() { BN_set_word(bn_, value); }
   explicit Bn(const BigInt& n) : Bn() {
-    std::vector<uint8_t> bytes(static_cast<size_t>(ByteLength(n)));
-    ToBytes(bytes.data(), n);
+    const Bytes bytes = BytesOf(n);
     BN_bin2bn(bytes.data(), static_cast<int>(bytes.size()), bn_);
     BN_set_negative(bn_, n.IsNegative());
   }
@@ -34,7 +40,7 @@ class Bn {
   operator const BIGNUM*() const { return bn_; }
 
   BigInt Here() const {
-    std::vector<uint8_t> bytes(static_cast<size_t>(BN_num_bytes(bn_)));
+    Bytes bytes(static_cast<size_t>(BN_num_bytes(bn_)));
     BN_bn2bin(bn_, bytes.data());
     BigInt n;
     FromBytes(n, bytes.data(), static_cast<uint32_t>(bytes.size()));
@@ -111,6 +117,15 @@ inline RsaKey KeyOf(const BigInt& n, const BigInt& e, const BigInt& p, const Big
   key.q = q;
   key.d = d;
   return key;
+}
+// A small key: p = 53, q = 61, n = 3233, e = 17, d = 2753. The prime search finds no primes so small,
+// but a key may be loaded.
+inline RsaKey SmallKey() {
+  return KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
+}
+// Numbers that are no key, to see whether a failure leaves them.
+inline RsaKey NoKey() {
+  return KeyOf(BigInt(1), BigInt(2), BigInt(3), BigInt(4), BigInt(5));
 }
 inline std::string TextOf(const RsaKey& key) {
   return Hex(key.n) + " " + Hex(key.e) + " " + Hex(key.p) + " " + Hex(key.q) + " " + Hex(key.d);
