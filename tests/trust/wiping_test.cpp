@@ -1,6 +1,6 @@
-// No memory that is given back holds a secret: keys, HMAC pads, key schedules, private numbers,
-// plaintext on its way. All memory of the process is looked at when it is freed, the module's, the
-// runtime's and the C library's.
+// Freed memory holds no secret: keys, HMAC pads, key schedules, private numbers, plaintext in
+// transit. All memory of the process is searched when it is freed, the module's, the runtime's and
+// the C library's.
 #include <functional>
 
 #include "fake_object.h"
@@ -45,7 +45,7 @@ TEST_F(WipingTest, TheWatchSeesEveryKindOfMemory) {
   EXPECT_EQ(seen([&] { const Bytes other = Secret(2, 40); }), 0);
 }
 
-// Ways to end what an object knows. Those that a class lacks are left out.
+// Calls after which an object must hold no secret.
 struct End {
   const char* name;
   const char* member;  // empty: release only
@@ -53,34 +53,59 @@ struct End {
   const char* words;
 };
 
-// Keys by value, by reference, as text in three character sets, from an object, and refused ones.
-class KeyWipingTest : public WipingTest, public testing::WithParamInterface<int> {
+// How a key is handed over.
+struct KeyForm {
+  const char* name;
+  enum { kArray, kReference, kText, kObject } value;
+  const char* code_page;  // for texts
+  bool has_units_of_16_bits = false;
+};
+constexpr KeyForm kKeyForms[] = {
+    {"Array", KeyForm::kArray, "i65001"},
+    {"ArrayByReference", KeyForm::kReference, "i65001"},
+    {"TextInTheSystemsCharacterSet", KeyForm::kText, "i0"},
+    {"TextInUtf16", KeyForm::kText, "i-1", true},
+    {"TextInUtf8", KeyForm::kText, "i65001"},
+    {"TextOfAnObject", KeyForm::kObject, "i65001"},
+};
+
+class KeyWipingTest : public WipingTest, public testing::WithParamInterface<KeyForm> {
  protected:
-  VARIANT KeyArgument(int form, const Bytes& key, FakeObject* object) {
-    switch (form) {
-      case 0:
-        return BytesArgument(key);
-      case 1: {
-        BytesArgument(key);
-        reference = values.back()->parray;
-        return ReferenceTo(VT_ARRAY | VT_UI1, &reference);
-      }
-      case 2:
-      case 3:
-      case 4:
-        return TextArgument(key);
-      default: {
-        TextArgument(key);
-        VariantCopy(&object->value, &values.back());
-        TestValue value(VT_DISPATCH);
-        value->pdispVal = object;
-        ++object->references;
-        return Keep(std::move(value));
-      }
+  // A key's argument in the form, and the bytes that the object makes of it.
+  struct GivenKey {
+    VARIANT argument;
+    Bytes bytes;
+  };
+  GivenKey Give(const Bytes& key, FakeObject* object) {
+    const KeyForm& form = GetParam();
+    if (form.value == KeyForm::kArray) return {BytesArgument(key), key};
+    if (form.value == KeyForm::kReference) {
+      BytesArgument(key);
+      reference_ = values.back()->parray;
+      return {ReferenceTo(VT_ARRAY | VT_UI1, &reference_), key};
     }
+    GivenKey given = {TextArgument(key), {}};
+    for (const uint8_t byte : key) {
+      given.bytes.push_back(TextByte(byte));
+      if (form.has_units_of_16_bits) given.bytes.push_back(0);
+    }
+    if (form.value == KeyForm::kObject) {
+      VariantCopy(&object->value, &values.back());
+      TestValue value(VT_DISPATCH);
+      value->pdispVal = object;
+      ++object->references;
+      given.argument = Keep(std::move(value));
+    }
+    return given;
+  }
+  static void WatchForKey(const GivenKey& key) {
+    WatchFor(key.bytes);
+    const bool is_text = GetParam().value == KeyForm::kText || GetParam().value == KeyForm::kObject;
+    if (is_text && !GetParam().has_units_of_16_bits) WatchForText(key.bytes);
   }
 
-  SAFEARRAY* reference = nullptr;
+ private:
+  SAFEARRAY* reference_ = nullptr;
 };
 
 TEST_P(KeyWipingTest, HashKeysAndTheirPadsAreWiped) {
@@ -96,38 +121,29 @@ TEST_P(KeyWipingTest, HashKeysAndTheirPadsAreWiped) {
       {"unknown", "InitHash", kMethod, "t:none"},
       {"finalize", "HashFinalize", kMethod, ""},
   };
-  const int form = GetParam();
   for (const char* const algorithm : {"MD5", "SHA1", "SHA256"}) {
     for (const size_t size : {size_t{24}, size_t{200}}) {
       for (const End& end : kEnds) {
         FakeObject object;
         const Bytes key = Secret(77, size);
-        const VARIANT argument = KeyArgument(form, key, &object);
-        Bytes given;
-        for (const uint8_t byte : key) {
-          given.push_back(form >= 2 ? TextByte(byte) : byte);
-          if (form == 3) given.push_back(0);
-        }
+        const GivenKey given = Give(key, &object);
         const Bytes data = Secret(78, 100);
         const VARIANT data_argument = BytesArgument(data);
         {
           const Subject subject(hash, State::kFresh);
           ASSERT_EQ(subject.Call("InitHash", kMethod, std::string("t:") + algorithm), S_OK);
-          ASSERT_EQ(
-              subject.Call("codePage", kPut, form == 2 ? "i0" : (form == 3 ? "i-1" : "i65001")),
-              S_OK);
-          WatchFor(given);
-          if (form >= 2 && form != 3) WatchForText(given);
-          WatchForPads(algorithm, given);
+          ASSERT_EQ(subject.Call("codePage", kPut, GetParam().code_page), S_OK);
+          WatchForKey(given);
+          WatchForPads(algorithm, given.bytes);
           WatchFor(data);
           StartWatchingForSecrets();
-          ASSERT_EQ(Call(subject, hash, "Key", kPut, {argument}), S_OK);
+          ASSERT_EQ(Call(subject, hash, "Key", kPut, {given.argument}), S_OK);
           ASSERT_EQ(Call(subject, hash, "HashUpdate", kMethod, {data_argument, NumberValue(-1)}),
                     S_OK);
           Call(subject, hash, "Key", kGet, {});
           if (end.member[0] != 0) subject.Call(end.member, end.kind, end.words);
         }
-        ExpectClean(std::string(algorithm) + " " + end.name + " form " + std::to_string(form));
+        ExpectClean(std::string(algorithm) + " " + end.name);
         StopWatchingForSecrets();
         values.clear();
       }
@@ -149,35 +165,27 @@ TEST_P(KeyWipingTest, CipherKeysSchedulesAndPlaintextAreWiped) {
       {"too much", "Encrypt", kMethod, "b1048833 B-1"},
       {"refused data", "Encrypt", kMethod, "m B-1"},
   };
-  const int form = GetParam();
   for (const char* const algorithm : {"AES", "DES"}) {
     for (const End& end : kEnds) {
       FakeObject object;
       // A key of UTF-16 units is twice as long.
-      const Bytes key = Secret(79, form == 3 ? 8 : (algorithm[0] == 'A' ? 16 : 24));
-      if (form == 3 && algorithm[0] == 'D') continue;
-      const VARIANT argument = KeyArgument(form, key, &object);
-      Bytes given;
-      for (const uint8_t byte : key) {
-        given.push_back(form >= 2 ? TextByte(byte) : byte);
-        if (form == 3) given.push_back(0);
-      }
+      const Bytes key =
+          Secret(79, GetParam().has_units_of_16_bits ? 8 : (algorithm[0] == 'A' ? 16 : 24));
+      if (GetParam().has_units_of_16_bits && algorithm[0] == 'D') continue;
+      const GivenKey given = Give(key, &object);
       const Bytes plain = Secret(80, 15);
       const VARIANT plain_argument = BytesArgument(plain);
       const VARIANT more_argument = BytesArgument(Secret(81, 3000));
       {
         const Subject subject(crypt, State::kFresh);
         ASSERT_EQ(subject.Call("Init", kMethod, std::string("t:") + algorithm), S_OK);
-        ASSERT_EQ(subject.Call("codePage", kPut, form == 2 ? "i0" : (form == 3 ? "i-1" : "i65001")),
-                  S_OK);
-        WatchFor(given);
-        if (form >= 2 && form != 3) WatchForText(given);
+        ASSERT_EQ(subject.Call("codePage", kPut, GetParam().code_page), S_OK);
+        WatchForKey(given);
         WatchFor(plain);
         WatchFor(Secret(81, 512));
-        WatchForSchedule(algorithm[0] == 'A', given);
+        WatchForSchedule(algorithm[0] == 'A', given.bytes);
         StartWatchingForSecrets();
-        ASSERT_EQ(Call(subject, crypt, "Key", kPut, {argument}), S_OK)
-            << algorithm << " form " << form;
+        ASSERT_EQ(Call(subject, crypt, "Key", kPut, {given.argument}), S_OK) << algorithm;
         VARIANT no = NumberValue(0);
         V_VT(&no) = VT_BOOL;
         // The queues grow and move, and hold a piece of a block at the end.
@@ -186,7 +194,7 @@ TEST_P(KeyWipingTest, CipherKeysSchedulesAndPlaintextAreWiped) {
         ASSERT_EQ(Call(subject, crypt, "Decrypt", kMethod, {plain_argument, no}), S_OK);
         if (end.member[0] != 0) subject.Call(end.member, end.kind, end.words);
       }
-      ExpectClean(std::string(algorithm) + " " + end.name + " form " + std::to_string(form));
+      ExpectClean(std::string(algorithm) + " " + end.name);
       StopWatchingForSecrets();
       values.clear();
     }
@@ -194,18 +202,12 @@ TEST_P(KeyWipingTest, CipherKeysSchedulesAndPlaintextAreWiped) {
 }
 
 TEST_P(KeyWipingTest, StreamKeysAndWhatPassesAreWiped) {
-  const int form = GetParam();
   for (const bool crypts : {true, false}) {
     const ClassTableRow& filter = ClassNamed(crypts ? "ToviStreamCrypt" : "ToviStreamDigest");
     for (const char* const end : {"", "ReadResetKey", "ReadReset", "ReadFinalize"}) {
       FakeObject object;
-      const Bytes key = Secret(90, form == 3 ? 8 : 16);
-      const VARIANT argument = KeyArgument(form, key, &object);
-      Bytes given;
-      for (const uint8_t byte : key) {
-        given.push_back(form >= 2 ? TextByte(byte) : byte);
-        if (form == 3) given.push_back(0);
-      }
+      const Bytes key = Secret(90, GetParam().has_units_of_16_bits ? 8 : 16);
+      const GivenKey given = Give(key, &object);
       const Bytes read = Secret(91, 300);
       const Bytes written = Secret(92, 300);
       // Its room is there from the start: what streams of the runtime hold is their owner's.
@@ -227,24 +229,22 @@ TEST_P(KeyWipingTest, StreamKeysAndWhatPassesAreWiped) {
       uint8_t place[512];
       {
         const Subject subject(filter, State::kFresh);
-        ASSERT_EQ(subject.Call("codePage", kPut, form == 2 ? "i0" : (form == 3 ? "i-1" : "i65001")),
-                  S_OK);
+        ASSERT_EQ(subject.Call("codePage", kPut, GetParam().code_page), S_OK);
         const char* const algorithm = crypts ? "t:AES" : "t:SHA1";
         ASSERT_EQ(subject.Call("ReadAlgorithm", kPut, algorithm), S_OK);
         ASSERT_EQ(subject.Call("WriteAlgorithm", kPut, algorithm), S_OK);
-        WatchFor(given);
-        if (form >= 2 && form != 3) WatchForText(given);
+        WatchForKey(given);
         if (crypts) {
-          WatchForSchedule(true, given);
+          WatchForSchedule(true, given.bytes);
         } else {
-          WatchForPads("SHA1", given);
+          WatchForPads("SHA1", given.bytes);
         }
         WatchFor(read);
         WatchFor(written);
         StartWatchingForSecrets();
         ASSERT_EQ(Call(subject, filter, "Stream", kPutRef, {stream}), S_OK);
-        ASSERT_EQ(Call(subject, filter, "ReadKey", kPut, {argument}), S_OK);
-        ASSERT_EQ(Call(subject, filter, "WriteKey", kPut, {argument}), S_OK);
+        ASSERT_EQ(Call(subject, filter, "ReadKey", kPut, {given.argument}), S_OK);
+        ASSERT_EQ(Call(subject, filter, "WriteKey", kPut, {given.argument}), S_OK);
         if (crypts) {
           ASSERT_EQ(subject.Call("ReadDecrypt", kPut, "B0"), S_OK);
         }
@@ -263,15 +263,17 @@ TEST_P(KeyWipingTest, StreamKeysAndWhatPassesAreWiped) {
           EXPECT_EQ(subject.Call(end, kMethod, ""), S_OK);
         }
       }
-      ExpectClean((crypts ? "crypt " : "digest ") + std::string(end) + " form " +
-                  std::to_string(form));
+      ExpectClean((crypts ? "crypt " : "digest ") + std::string(end));
       StopWatchingForSecrets();
       values.clear();
     }
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, KeyWipingTest, testing::Range(0, 6));
+INSTANTIATE_TEST_SUITE_P(Forms, KeyWipingTest, testing::ValuesIn(kKeyForms),
+                         [](const testing::TestParamInfo<KeyForm>& one) {
+                           return std::string(one.param.name);
+                         });
 
 // Sizes of moduli in bytes: powers with tables on the stack and in memory, of limbs and of digits.
 class RsaWipingTest : public WipingTest, public testing::WithParamInterface<int> {};
@@ -280,7 +282,7 @@ TEST_P(RsaWipingTest, PrivateNumbersAreWiped) {
   const ClassTableRow& rsa = ClassNamed("RSACrypt");
   const PlannedChance chance;
   const std::string words = "i" + std::to_string(GetParam()) + " B-1";
-  // The same chance makes the same key again; what its private numbers are is learnt first.
+  // Equal random numbers give an equal key; its private numbers are read first.
   const RsaNumbers key = MakeRsaKey(words);
   const auto& [p, q, d, n, message, known] = key;
   const VARIANT plain = BytesArgument(message);
@@ -328,7 +330,7 @@ TEST_P(RsaWipingTest, PrivateNumbersAreWiped) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, RsaWipingTest, testing::Values(64, 128, 256));
 
-// What a search knows of its start gives the prime away.
+// The residues of its start reveal the prime.
 TEST_F(WipingTest, ResiduesOfThePrimeSearchAreWiped) {
   const ClassTableRow& rsa = ClassNamed("RSACrypt");
   for (const size_t size : {size_t{20}, size_t{64}}) {
@@ -339,7 +341,7 @@ TEST_F(WipingTest, ResiduesOfThePrimeSearchAreWiped) {
     const Subject subject(rsa, State::kFresh);
     for (const Bytes& start : {first, second}) {
       const BigInt number = NumberOf(start);
-      // Offsets that are looked at together.
+      // Offsets that are tested together.
       const uint32_t window = std::max(static_cast<uint32_t>(number.BitLength()) * 4, 512u);
       WatchForResidues(number, window, 6);
     }
@@ -407,8 +409,8 @@ TEST_F(WipingTest, NumbersAndTheirDigitsAreWiped) {
   }
 }
 
-// The runtime's own memory: what streams held before they grew or went, and values on their way to
-// another type.
+// The runtime's own memory: what streams held before they grew or were freed, and values during
+// conversion to another type.
 TEST_F(WipingTest, CopiesOfTheRuntimeAreWiped) {
   MiroltaKeepDestroyedArrays(false);
   const Bytes content = Secret(103, 3000);
@@ -442,11 +444,11 @@ TEST_F(WipingTest, CopiesOfTheRuntimeAreWiped) {
     ExpectClean("a text that was read from an object, as " + std::to_string(type));
     StopWatchingForSecrets();
   }
-  // Left to itself, as while the module is looked at, the runtime leaves what was freed as it was.
+  // In the mode of the other tests the runtime does not clear what it frees.
   MiroltaKeepDestroyedArrays(true);
 }
 
-// Memory that runs out under a call leaves nothing behind either.
+// Nor does a call that finds no memory leave secrets behind.
 TEST_F(WipingTest, CallsThatFindNoMemoryWipeTheirCopies) {
   const Bytes key = Secret(97, 16);
   const Bytes plain = Secret(98, 400);
