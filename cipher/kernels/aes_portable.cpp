@@ -2,7 +2,7 @@
 // those of the Rijndael proposal, 5.2.1).
 #include "aes_kernels.h"
 #include "aes_tables.h"
-#include "block_bytes.h"
+#include "seam/word_bytes.h"
 
 namespace mirolta {
 

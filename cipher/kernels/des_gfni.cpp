@@ -31,13 +31,13 @@ MIROLTA_DES_WORDS64 Halves PermuteBlock(const uint8_t* block) {
   const __m128i rows =
       ExchangeBits(_mm_cvtsi64_si128(static_cast<long long>(__builtin_bswap64(word))));
   const uint64_t both = static_cast<uint64_t>(_mm_cvtsi128_si64(Reorder(rows, 0x0002040601030507)));
-  return {RotateLeft(static_cast<uint32_t>(both), 1),
-          RotateLeft(static_cast<uint32_t>(both >> 32), 1)};
+  return {std::rotl(static_cast<uint32_t>(both), 1),
+          std::rotl(static_cast<uint32_t>(both >> 32), 1)};
 }
 
 // The last round leaves the halves exchanged.
 MIROLTA_DES_WORDS64 void UnpermuteBlock(Halves halves, uint8_t* block) {
-  const uint64_t both = uint64_t{RotateRight(halves.left, 1)} << 32 | RotateRight(halves.right, 1);
+  const uint64_t both = uint64_t{std::rotr(halves.left, 1)} << 32 | std::rotr(halves.right, 1);
   const __m128i rows = Reorder(_mm_cvtsi64_si128(static_cast<long long>(both)), 0x0004010502060307);
   const uint64_t word =
       __builtin_bswap64(static_cast<uint64_t>(_mm_cvtsi128_si64(ExchangeBits(rows))));

@@ -1,16 +1,9 @@
 // The initial and the final permutation of DES (FIPS 46-3), as exchanges of bits between two words.
 #pragma once
 
-#include "block_bytes.h"
+#include "seam/word_bytes.h"
 
 namespace mirolta {
-
-inline uint32_t RotateLeft(uint32_t x, int count) {
-  return x << count | x >> (32 - count);
-}
-inline uint32_t RotateRight(uint32_t x, int count) {
-  return x >> count | x << (32 - count);
-}
 
 // Exchanges the bits of b that mask selects with the bits of a that are shift higher.
 inline void ExchangeBits(uint32_t& a, uint32_t& b, int shift, uint32_t mask) {
@@ -35,17 +28,17 @@ inline Halves PermuteInitially(const uint8_t* block) {
   ExchangeBits(right, left, 2, 0x33333333);
   ExchangeBits(right, left, 8, 0x00FF00FF);
   // The last exchange is by one bit; with the right half rotated first it needs no shift.
-  right = RotateLeft(right, 1);
+  right = std::rotl(right, 1);
   ExchangeBits(left, right, 0, 0xAAAAAAAA);
-  return {RotateLeft(left, 1), right};
+  return {std::rotl(left, 1), right};
 }
 
 // The same steps in reverse, on the halves as the last round leaves them, exchanged.
 inline void PermuteFinally(Halves halves, uint8_t* block) {
-  uint32_t left = RotateRight(halves.right, 1);
+  uint32_t left = std::rotr(halves.right, 1);
   uint32_t right = halves.left;
   ExchangeBits(left, right, 0, 0xAAAAAAAA);
-  right = RotateRight(right, 1);
+  right = std::rotr(right, 1);
   ExchangeBits(right, left, 8, 0x00FF00FF);
   ExchangeBits(right, left, 2, 0x33333333);
   ExchangeBits(left, right, 16, 0x0000FFFF);

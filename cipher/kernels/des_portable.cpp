@@ -1,8 +1,8 @@
 // DES by table look-ups on 32-bit words, for any processor (FIPS 46-3).
-#include "block_bytes.h"
 #include "des_kernels.h"
 #include "des_permutations.h"
 #include "des_tables.h"
+#include "seam/word_bytes.h"
 
 namespace mirolta {
 
@@ -10,7 +10,7 @@ namespace {
 
 inline uint32_t RoundFunction(uint32_t half, const uint32_t* key, uint32_t mask) {
   const auto& boxes = kDesTables.substitution;
-  const uint32_t odd = (RotateRight(half, 4) ^ key[0]) & mask;
+  const uint32_t odd = (std::rotr(half, 4) ^ key[0]) & mask;
   const uint32_t even = (half ^ key[1]) & mask;
   const uint32_t odd_high = odd >> 16;
   const uint32_t even_high = even >> 16;

@@ -1,8 +1,10 @@
 // MD5 on 32-bit words (RFC 1321, 3.4).
+#include <bit>
 #include <utility>
 
 #include "hash_kernels.h"
-#include "hash_words.h"
+#include "seam/word_bytes.h"
+#include "unrolled_step.h"
 
 namespace mirolta {
 
@@ -20,7 +22,7 @@ constexpr uint32_t kSines[64] = {
     0x6FA87E4F, 0xFE2CE6E0, 0xA3014314, 0x4E0811A1, 0xF7537E82, 0xBD3AF235, 0x2AD7D2BB, 0xEB86D391,
 };
 
-constexpr unsigned kRotations[4][4] = {
+constexpr int kRotations[4][4] = {
     {7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
 // The message word of a step.
@@ -47,7 +49,7 @@ MIROLTA_STEP void Step(uint32_t (&s)[4], uint32_t& c_xor_d, const uint8_t* block
   const uint32_t b = s[(65 - kStep) % 4];
   const uint32_t c = s[(66 - kStep) % 4];
   const uint32_t d = s[(67 - kStep) % 4];
-  a += LoadLowFirst(block + 4 * WordOf(kStep)) + kSines[kStep];
+  a += LoadLittleEndian32(block + 4 * WordOf(kStep)) + kSines[kStep];
   if constexpr (kStep == 32) c_xor_d = c ^ d;
   if constexpr (kStep / 16 == 2) {
     const uint32_t mixed = c_xor_d ^ b;
@@ -56,7 +58,7 @@ MIROLTA_STEP void Step(uint32_t (&s)[4], uint32_t& c_xor_d, const uint8_t* block
   } else {
     a += Mix<kStep / 16>(b, c, d);
   }
-  a = RotateLeft(a, kRotations[kStep / 16][kStep % 4]) + b;
+  a = std::rotl(a, kRotations[kStep / 16][kStep % 4]) + b;
 }
 
 template <int... kSteps>

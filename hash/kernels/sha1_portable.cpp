@@ -1,8 +1,10 @@
 // SHA-1 on 32-bit words (FIPS 180-2, 6.1.2).
+#include <bit>
 #include <utility>
 
 #include "hash_kernels.h"
-#include "hash_words.h"
+#include "seam/word_bytes.h"
+#include "unrolled_step.h"
 
 namespace mirolta {
 
@@ -23,10 +25,9 @@ template <int kRound>
 MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
   uint32_t& word = w[kRound % 16];
   if constexpr (kRound < 16) {
-    word = LoadHighFirst(block + 4 * kRound);
+    word = LoadBigEndian32(block + 4 * kRound);
   } else {
-    word =
-        RotateLeft(w[(kRound + 13) % 16] ^ w[(kRound + 8) % 16] ^ w[(kRound + 2) % 16] ^ word, 1);
+    word = std::rotl(w[(kRound + 13) % 16] ^ w[(kRound + 8) % 16] ^ w[(kRound + 2) % 16] ^ word, 1);
   }
   return word;
 }
@@ -41,8 +42,8 @@ MIROLTA_STEP void Round(uint32_t (&s)[5], uint32_t (&w)[16], const uint8_t* bloc
   uint32_t& e = s[(84 - kRound) % 5];
   e += ScheduleWord<kRound>(w, block) + kConstants[kRound / 20];
   e += Mix<kRound / 20>(b, c, d);
-  e += RotateLeft(a, 5);
-  b = RotateLeft(b, 30);
+  e += std::rotl(a, 5);
+  b = std::rotl(b, 30);
 }
 
 template <int... kRounds>

@@ -8,8 +8,9 @@
   #include <utility>
 
   #include "finish_in_memory.h"
-  #include "hash_words.h"
+  #include "seam/word_bytes.h"
   #include "sha_padding_x86.h"
+  #include "unrolled_step.h"
 
   #define MIROLTA_SHA_TARGET __attribute__((target("sse4.1,sha")))
 
@@ -96,7 +97,7 @@ MIROLTA_SHA_TARGET void Sha1ShaNiFinish(uint32_t* state, uint8_t* block, uint32_
   Absorb(s, w);
   StoreState(s, state);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(digest), _mm_shuffle_epi8(s.abcd, swap_bytes));
-  StoreHighFirst(static_cast<uint32_t>(_mm_extract_epi32(s.e, 3)), digest + 16);
+  StoreBigEndian32(digest + 16, static_cast<uint32_t>(_mm_extract_epi32(s.e, 3)));
 }
 
 }  // namespace mirolta

@@ -1,9 +1,11 @@
 // SHA-256 on 32-bit words (FIPS 180-2, 6.2.2).
+#include <bit>
 #include <utility>
 
 #include "hash_kernels.h"
-#include "hash_words.h"
+#include "seam/word_bytes.h"
 #include "sha256_constants.h"
+#include "unrolled_step.h"
 
 namespace mirolta {
 
@@ -11,16 +13,16 @@ namespace {
 
 // FIPS 180-2, 4.1.2. Nested rotations take as many operations as separate ones and fewer copies.
 MIROLTA_STEP uint32_t BigSigma0(uint32_t x) {  // by 2, 13 and 22
-  return RotateRight(RotateRight(RotateRight(x, 9) ^ x, 11) ^ x, 2);
+  return std::rotr(std::rotr(std::rotr(x, 9) ^ x, 11) ^ x, 2);
 }
 MIROLTA_STEP uint32_t BigSigma1(uint32_t x) {  // by 6, 11 and 25
-  return RotateRight(RotateRight(RotateRight(x, 14) ^ x, 5) ^ x, 6);
+  return std::rotr(std::rotr(std::rotr(x, 14) ^ x, 5) ^ x, 6);
 }
 MIROLTA_STEP uint32_t SmallSigma0(uint32_t x) {  // by 7 and 18
-  return RotateRight(RotateRight(x, 11) ^ x, 7) ^ x >> 3;
+  return std::rotr(std::rotr(x, 11) ^ x, 7) ^ x >> 3;
 }
 MIROLTA_STEP uint32_t SmallSigma1(uint32_t x) {  // by 17 and 19
-  return RotateRight(RotateRight(x, 2) ^ x, 17) ^ x >> 10;
+  return std::rotr(std::rotr(x, 2) ^ x, 17) ^ x >> 10;
 }
 
 // The message schedule's word of a round; w holds the last sixteen.
@@ -28,7 +30,7 @@ template <int kRound>
 MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
   uint32_t& word = w[kRound % 16];
   if constexpr (kRound < 16) {
-    word = LoadHighFirst(block + 4 * kRound);
+    word = LoadBigEndian32(block + 4 * kRound);
   } else {
     word += SmallSigma0(w[(kRound + 1) % 16]) + w[(kRound + 9) % 16] +
             SmallSigma1(w[(kRound + 14) % 16]);

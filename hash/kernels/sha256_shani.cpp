@@ -8,9 +8,9 @@
   #include <utility>
 
   #include "finish_in_memory.h"
-  #include "hash_words.h"
   #include "sha256_constants.h"
   #include "sha_padding_x86.h"
+  #include "unrolled_step.h"
 
   #define MIROLTA_SHA_TARGET __attribute__((target("sse4.1,sha")))
 

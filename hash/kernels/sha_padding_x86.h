@@ -4,7 +4,7 @@
 
 #include <immintrin.h>
 
-#include "hash_words.h"
+#include "unrolled_step.h"
 
 namespace mirolta {
 
