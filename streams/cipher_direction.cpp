@@ -15,7 +15,7 @@ bool CipherDirection::SetAlgorithm(BSTR name) {
 }
 
 bool CipherDirection::SetPadType(LONG pad_type) {
-  if (!pad_.present()) return false;
+  if (!pad_.IsPresent()) return false;
   pad_.Set(pad_type);
   return true;
 }

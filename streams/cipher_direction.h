@@ -22,7 +22,7 @@ class CipherDirection : public FilterDirection<CipherEngine> {
   void SetDecrypts(VARIANT_BOOL decrypt) { decrypt_ = decrypt; }
 
   // Without an algorithm PadType is 0, and SetPadType returns false.
-  LONG PadType() const { return pad_.present() ? pad_.value() : 0; }
+  LONG PadType() const { return pad_.IsPresent() ? pad_.Value() : 0; }
   bool SetPadType(LONG pad_type);
 
   // A direction with an algorithm but no key moves nothing: it must not pass on plaintext that was

@@ -5,7 +5,7 @@
 
 namespace mirolta {
 
-// BlockTransform transforms whole blocks, each by itself (ECB). run is null without a key;
+// BlockTransform transforms whole blocks, each independently (ECB). run is null without a key;
 // block_size, a power of two, is always set. The schedule is the engine's.
 // Shapes: in[block_size * block_count], out[block_size * block_count].
 // Alias:  out is in, or does not overlap it.

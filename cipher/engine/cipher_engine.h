@@ -11,9 +11,10 @@
 namespace mirolta {
 
 // CipherEngine owns a key, a pad setting and the queues of its two independent operations,
-// encryption and decryption. Every block is transformed by itself (ECB): equal blocks give equal
-// ciphertext, and nothing is authenticated. A concrete engine supplies its key schedule and its
-// kernels. Not thread-safe but for the pad setting: the owner's lock serialises all other calls.
+// encryption and decryption. Every block is transformed independently (ECB): equal blocks give
+// equal ciphertext, and nothing is authenticated. A concrete engine supplies its key schedule and
+// its kernels. Not thread-safe but for the pad setting: the owner's lock serialises all other
+// calls.
 class CipherEngine {
  public:
   // What each queue holds at most, before ByteBuffer rounds it up.

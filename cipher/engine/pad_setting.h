@@ -20,8 +20,8 @@ class PadSetting {
     present_.store(true);
   }
 
-  bool present() const { return present_.load(); }
-  LONG value() const { return value_.load(); }
+  bool IsPresent() const { return present_.load(); }
+  LONG Value() const { return value_.load(); }
   void Set(LONG value) { value_.store(value); }
 
   void ApplyTo(CipherEngine& engine) const { engine.SetPadType(value_.load()); }

@@ -8,7 +8,7 @@
 
 namespace mirolta {
 
-// AesTransform transforms each of block_count blocks by itself.
+// AesTransform transforms block_count blocks, each independently (ECB).
 // Shapes: in[16 * block_count], out[16 * block_count]; the schedule as ExpandAesKey fills it.
 // Alias:  out is in, or does not overlap it.
 // Time:   the portable kernels look up tables at addresses that depend on key and data.

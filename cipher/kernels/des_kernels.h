@@ -8,7 +8,7 @@
 
 namespace mirolta {
 
-// DesTransform transforms each of block_count blocks by itself.
+// DesTransform transforms block_count blocks, each independently (ECB).
 // Shapes: in[8 * block_count], out[8 * block_count]; the schedule as ExpandDesKey fills it.
 // Alias:  out is in, or does not overlap it.
 // Time:   kernels without bit slices, and those with them for their last few blocks, look up tables

@@ -40,7 +40,7 @@ constexpr uint8_t kChoice2[48] = {14, 17, 11, 24, 1,  5,  3,  28, 15, 6,  21, 10
                                   26, 8,  16, 7,  27, 20, 13, 2,  41, 52, 31, 37, 47, 55, 30, 40,
                                   51, 45, 33, 48, 44, 49, 39, 56, 34, 53, 46, 42, 50, 36, 29, 32};
 
-// S-box i + 1 gives bits 4 i + 1 to 4 i + 4 of the word that P permutes.
+// The output of S-box i + 1 is bits 4 i + 1 to 4 i + 4 of the word that P permutes.
 constexpr uint32_t SubstitutedAndPermuted(uint32_t box, uint32_t value) {
   const uint32_t row = (value >> 4 & 2) | (value & 1);
   const uint32_t column = value >> 1 & 15;

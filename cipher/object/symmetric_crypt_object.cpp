@@ -178,13 +178,13 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::ResetKey() {
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::get_PadType(LONG* pad_type) {
   if (pad_type == nullptr) return E_POINTER;
-  if (!pad_.present()) return Raise(kMessageNotInitialized);
-  *pad_type = pad_.value();
+  if (!pad_.IsPresent()) return Raise(kMessageNotInitialized);
+  *pad_type = pad_.Value();
   return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_PadType(LONG pad_type) {
-  if (!pad_.present()) return Raise(kMessageNotInitialized);
+  if (!pad_.IsPresent()) return Raise(kMessageNotInitialized);
   pad_.Set(pad_type);
   return S_OK;
 }
