@@ -26,7 +26,7 @@ class BigInt {
   HRESULT Status() const { return status_; }
   static BigInt Failed(HRESULT status) noexcept;
 
-  // SignFlag is the flag as stored; IsNegative is whether the number is below zero.
+  // SignFlag is the flag as stored; IsNegative is false for zero.
   bool SignFlag() const { return negative_ != 0; }
   void SetSignFlag(bool negative) { negative_ = negative ? 1 : 0; }
   bool IsNegative() const { return negative_ != 0 && !IsZero(); }

@@ -36,6 +36,7 @@ Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t cou
   const size_t rest = n - count;
   Limb top = BurnikelZieglerDivide(q, a + rest, d + rest, count, count, v, scratch);
   MultiplyLimbs(scratch, q, count, d, rest, scratch + n);
+  // At most 2, one from each subtraction, so that the quotient is corrected at most twice.
   Limb borrow = k.subtract(a, a, scratch, n);
   if (top != 0) borrow = static_cast<Limb>(borrow + k.subtract(a + count, a + count, d, rest));
   while (borrow != 0) {

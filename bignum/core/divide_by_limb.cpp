@@ -13,7 +13,7 @@ inline Limb QuotientLimb(Limb* high, Limb low, Limb d, Limb v) {
   const Limb q0 = static_cast<Limb>(p.low + low);
   Limb q = static_cast<Limb>(p.high + *high + (q0 < low) + 1);
   Limb r = static_cast<Limb>(low - q * d);
-  // Needed for half of all limbs, so masked; the next correction is rare.
+  // Needed with probability 1/2, so masked; the next correction is rare.
   const Limb over = MaskIf(r > q0);
   q = static_cast<Limb>(q + over);
   r = static_cast<Limb>(r + (d & over));

@@ -24,7 +24,7 @@ void PowerOfTwoModulus::MultiplyLow(Limb* z, const Limb* x, const Limb* y,
 
 void PowerOfTwoModulus::Invert(Limb* z, const Limb* d, Limb* spare) const noexcept {
   z[0] = static_cast<Limb>(0 - PrepareMontgomery(d, 1).inverse);
-  // Each round doubles the correct limbs.
+  // Each step doubles the correct limbs.
   for (size_t correct = 1; correct < n;) {
     const size_t next = 2 * correct < n ? 2 * correct : n;
     ZeroLimbs(z + correct, next - correct);

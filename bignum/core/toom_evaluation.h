@@ -11,6 +11,7 @@ namespace mirolta {
 // Alias:  none.
 inline void EvaluateAt1(Limb* z, const Limb* x, size_t k, size_t top) {
   const LimbKernels& kernels = CurrentLimbKernels();
+  // x0 + x1 + x2 < 3 B^k, so that z[k] <= 2.
   Limb carry = kernels.add(z, x, x + 2 * k, top);
   CopyLimbs(z + top, x + top, k - top);
   carry = AddLimb(z + top, k - top, carry);
@@ -27,6 +28,7 @@ inline bool EvaluateAtMinus1(Limb* z, const Limb* x, size_t k, size_t top) {
     kernels.subtract(z, x + k, z, k);
     return true;
   }
+  // x0 + x2 >= x1 here: no borrow beyond z[k].
   z[k] = static_cast<Limb>(carry - kernels.subtract(z, z, x + k, k));
   return false;
 }

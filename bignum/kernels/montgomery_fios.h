@@ -25,6 +25,7 @@ inline void MontgomeryOf(Limb* z, const Limb* x, const Limb* y, const Limb* m, L
       zero = WideProducts::MulAdd(m[j], multiple, row.low, zero.high);
       t[j - 1] = zero.low;
     }
+    // t[kCount] is 0 or 1, so that top < 2 B.
     const DoubleLimb top = static_cast<DoubleLimb>(row.high) + zero.high + t[kCount];
     t[kCount - 1] = static_cast<Limb>(top);
     t[kCount] = static_cast<Limb>(top >> kLimbBits);

@@ -9,7 +9,7 @@ namespace mirolta {
 // SumLoops: addition and subtraction.
 struct SumLoops {
   static Limb Add(Limb* z, const Limb* x, const Limb* y, size_t n) {
-    Limb carry = 0;
+    Limb carry = 0;  // 0 or 1
     for (size_t i = 0; i < n; ++i) {
       const DoubleLimb t = static_cast<DoubleLimb>(x[i]) + y[i] + carry;
       z[i] = static_cast<Limb>(t);
@@ -19,7 +19,7 @@ struct SumLoops {
   }
 
   static Limb Subtract(Limb* z, const Limb* x, const Limb* y, size_t n) {
-    Limb borrow = 0;
+    Limb borrow = 0;  // 0 or 1: the top bit of the wrapped difference
     for (size_t i = 0; i < n; ++i) {
       const DoubleLimb t = static_cast<DoubleLimb>(x[i]) - y[i] - borrow;
       z[i] = static_cast<Limb>(t);
