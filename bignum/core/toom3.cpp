@@ -12,7 +12,7 @@ namespace {
 void DivideExactlyBy3(Limb* z, size_t n) {
   constexpr Limb kThird = kLimbMax / 3;      // floor(B / 3)
   constexpr Limb kInverse = kThird * 2 + 1;  // 3 * kInverse = 2 * (B - 1) + 3 = 1 mod B
-  Limb borrow = 0;  // 0 to 2: what q * 3 has above the limb, plus a borrow
+  Limb borrow = 0;                           // 0 to 2: what q * 3 has above the limb, plus a borrow
   for (size_t i = 0; i < n; ++i) {
     const Limb s = static_cast<Limb>(z[i] - borrow);
     const Limb under = z[i] < borrow;

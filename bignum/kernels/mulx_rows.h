@@ -54,5 +54,5 @@
 #define MIROLTA_DROP_LIMB_OF_4 (t0 = t1, t1 = t2, t2 = t3, t3 = t4, t4 = t5, t5 = 0)
 #define MIROLTA_DROP_LIMB_OF_6 \
   (t0 = t1, t1 = t2, t2 = t3, t3 = t4, t4 = t5, t5 = t6, t6 = t7, t7 = 0)
-#define MIROLTA_DROP_LIMB_OF_8                                                              \
+#define MIROLTA_DROP_LIMB_OF_8 \
   (t0 = t1, t1 = t2, t2 = t3, t3 = t4, t4 = t5, t5 = t6, t6 = t7, t7 = t8, t8 = t9, t9 = 0)

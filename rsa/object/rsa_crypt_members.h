@@ -45,9 +45,9 @@ inline constexpr MemberRow kRsaCryptMembers[] = {
     Row<&IRSACrypt::DecryptPQ>(10, OLESTR("DecryptPQ"), kMethod,
         {In(OLESTR("vData"), kVariant)}, kVariant,
         OLESTR("Decrypts with the primes, faster than Decrypt; no padding")),
-    Row<&IRSACrypt::Reset>(11, OLESTR("Reset"), kMethod, {}, kNone, OLESTR("Drops the key")),
+    Row<&IRSACrypt::Reset>(11, OLESTR("Reset"), kMethod, {}, kNone, OLESTR("Sets the whole key to zero")),
     Row<&IRSACrypt::get_BlockSize>(12, OLESTR("BlockSize"), kGet, {}, kLong,
-        OLESTR("Bytes that a message may have to be certainly below the modulus")),
+        OLESTR("The most bytes whose every value is below the modulus")),
 };
 // clang-format on
 
