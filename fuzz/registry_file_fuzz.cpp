@@ -21,10 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   RuntimeArray<char> text;
   FUZZ_CHECK(FormatRegistry(root, &text));
   RegistryKey again;
-  FUZZ_CHECK(ParseRegistry(text.data(), text.size(), &again, &line) == ERROR_SUCCESS);
+  FUZZ_CHECK(ParseRegistry(text.Data(), text.Size(), &again, &line) == ERROR_SUCCESS);
   RuntimeArray<char> second;
   FUZZ_CHECK(FormatRegistry(again, &second));
-  FUZZ_CHECK(text.size() == second.size() &&
-             (text.size() == 0 || std::memcmp(text.data(), second.data(), text.size()) == 0));
+  FUZZ_CHECK(text.Size() == second.Size() &&
+             (text.Size() == 0 || std::memcmp(text.Data(), second.Data(), text.Size()) == 0));
   return 0;
 }

@@ -25,7 +25,7 @@ class Output {
  public:
   Output(Unit* place, INT capacity) : place_(place), capacity_(static_cast<size_t>(capacity)) {}
   void Put(const Unit* units, size_t count) {
-    if (!counting() && count <= capacity_ - std::min(capacity_, size_)) {
+    if (!IsCounting() && count <= capacity_ - std::min(capacity_, size_)) {
       std::memcpy(place_ + size_, units, count * sizeof(Unit));
     }
     size_ += count;
@@ -33,12 +33,12 @@ class Output {
   void Put(Unit unit) { Put(&unit, 1); }
   // The length; 0 if it does not fit or exceeds an INT.
   INT Result() const {
-    if (size_ > 0x7FFFFFFF || (!counting() && size_ > capacity_)) return 0;
+    if (size_ > 0x7FFFFFFF || (!IsCounting() && size_ > capacity_)) return 0;
     return static_cast<INT>(size_);
   }
 
  private:
-  bool counting() const { return capacity_ == 0; }
+  bool IsCounting() const { return capacity_ == 0; }
   Unit* place_;
   size_t capacity_;
   size_t size_ = 0;
@@ -122,7 +122,7 @@ bool Convert(const IconvConverter& converter, char** in, size_t* left, Output<Un
     Unit block[256];
     char* to = reinterpret_cast<char*>(block);
     size_t room = sizeof(block);
-    const size_t result = iconv(converter.handle(), in, left, &to, &room);
+    const size_t result = iconv(converter.Handle(), in, left, &to, &room);
     const int error = errno;
     out->Put(block, (sizeof(block) - room) / sizeof(Unit));
     if (result != static_cast<size_t>(-1)) return true;
@@ -133,7 +133,7 @@ bool Convert(const IconvConverter& converter, char** in, size_t* left, Output<Un
 bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, Default* missing,
                      Output<char>* out) {
   const IconvConverter converter(set.name, kUtf16Name);
-  if (!converter.valid()) return false;
+  if (!converter.IsValid()) return false;
   char* in = reinterpret_cast<char*>(const_cast<WCHAR*>(text));  // iconv does not write to it
   size_t left = length * sizeof(WCHAR);
   while (!Convert(converter, &in, &left, out)) {
@@ -151,7 +151,7 @@ bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, 
 bool DecodeMultiByte(const CharacterSet& set, const char* bytes, size_t size, bool strict,
                      Output<WCHAR>* out) {
   IconvConverter converter(kUtf16Name, set.name);
-  if (!converter.valid()) return false;
+  if (!converter.IsValid()) return false;
   char* in = const_cast<char*>(bytes);  // iconv does not write to it
   size_t left = size;
   while (!Convert(converter, &in, &left, out)) {

@@ -11,7 +11,7 @@ constexpr uint32_t kEscapedByte = 0xDC00;
 }  // namespace
 
 bool AppendWideFromUtf8(const char* bytes, size_t size, WideText* text) {
-  if (!text->Reserve(text->size() + size)) return false;  // never more units than bytes
+  if (!text->Reserve(text->Size() + size)) return false;  // never more units than bytes
   for (size_t at = 0; at < size;) {
     uint32_t point;
     size_t taken = DecodeUtf8(bytes + at, size - at, &point);

@@ -18,7 +18,7 @@ IconvConverter::IconvConverter(const char* to, const char* from)
     : handle_(OpenConverter(to, from)) {}
 
 IconvConverter::~IconvConverter() {
-  if (!valid()) return;
+  if (!IsValid()) return;
   const std::lock_guard<std::mutex> lock(g_converters);
   iconv_close(handle_);
 }

@@ -13,8 +13,8 @@ class IconvConverter {
   IconvConverter(const IconvConverter&) = delete;
   IconvConverter& operator=(const IconvConverter&) = delete;
   ~IconvConverter();
-  bool valid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
-  iconv_t handle() const { return handle_; }
+  bool IsValid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+  iconv_t Handle() const { return handle_; }
   void Reset() { iconv(handle_, nullptr, nullptr, nullptr, nullptr); }
 
  private:

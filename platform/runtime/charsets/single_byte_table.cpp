@@ -40,7 +40,7 @@ WCHAR DecodeOpenByte(UINT number, unsigned byte) {
 // which the platform does not.
 bool FillTable(const CharacterSet& set, SingleByteTable* table) {
   IconvConverter converter("UTF-16LE", set.name);
-  if (!converter.valid()) return false;
+  if (!converter.IsValid()) return false;
   for (unsigned byte = 0; byte < 256; ++byte) {
     char in[1] = {static_cast<char>(byte)};
     char out[8] = {};
@@ -49,8 +49,8 @@ bool FillTable(const CharacterSet& set, SingleByteTable* table) {
     size_t left = 1;
     size_t room = sizeof(out);
     converter.Reset();
-    const size_t failed = iconv(converter.handle(), &from, &left, &to, &room);
-    if (failed != static_cast<size_t>(-1)) iconv(converter.handle(), nullptr, nullptr, &to, &room);
+    const size_t failed = iconv(converter.Handle(), &from, &left, &to, &room);
+    if (failed != static_cast<size_t>(-1)) iconv(converter.Handle(), nullptr, nullptr, &to, &room);
     const bool one = failed != static_cast<size_t>(-1) && to - out == 2;
     table->decoded[byte] =
         one ? static_cast<WCHAR>(static_cast<BYTE>(out[0]) | static_cast<BYTE>(out[1]) << 8)

@@ -60,11 +60,11 @@ Function Entry(HMODULE module, LPCSTR name) {
 
 HRESULT LoadServer(const WideText& file, Server** out) {
   Server* server = NewRuntime<Server>();
-  if (server == nullptr || !server->file.Append(file.data(), file.size())) {
+  if (server == nullptr || !server->file.Append(file.Data(), file.Size())) {
     DeleteRuntime(server);
     return E_OUTOFMEMORY;
   }
-  const HRESULT status = OpenLibrary(file.data(), &server->module);
+  const HRESULT status = OpenLibrary(file.Data(), &server->module);
   if (FAILED(status)) {
     DeleteRuntime(server);
     return status;
@@ -190,7 +190,7 @@ HRESULT RegistryStatus(LONG error, HRESULT missing) {
 LONG ReadClassEntry(REFCLSID id, LPCWSTR entry, WideText* text) {
   WideText path;
   const LONG error = SetText(&path, u"CLSID\\", GuidText(id).text, u"\\", entry);
-  return error == ERROR_SUCCESS ? ReadText(path.data(), nullptr, text) : error;
+  return error == ERROR_SUCCESS ? ReadText(path.Data(), nullptr, text) : error;
 }
 
 // Loads the module of a class, which `use` then holds, and asks it for the class object.
@@ -259,9 +259,9 @@ extern "C" HRESULT CLSIDFromProgID(LPCOLESTR prog_id, CLSID* id) {
   WideText path;
   WideText text;
   LONG error = SetText(&path, prog_id, u"\\CLSID");
-  if (error == ERROR_SUCCESS) error = ReadText(path.data(), nullptr, &text);
+  if (error == ERROR_SUCCESS) error = ReadText(path.Data(), nullptr, &text);
   if (error != ERROR_SUCCESS) return RegistryStatus(error, CO_E_CLASSSTRING);
-  return CLSIDFromString(text.data(), id);
+  return CLSIDFromString(text.Data(), id);
 }
 
 extern "C" HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* prog_id) {
@@ -270,9 +270,9 @@ extern "C" HRESULT ProgIDFromCLSID(REFCLSID id, LPOLESTR* prog_id) {
   WideText text;
   const LONG error = ReadClassEntry(id, u"ProgID", &text);
   if (error != ERROR_SUCCESS) return RegistryStatus(error, REGDB_E_CLASSNOTREG);
-  *prog_id = static_cast<LPOLESTR>(CoTaskMemAlloc(text.size() * sizeof(WCHAR)));
+  *prog_id = static_cast<LPOLESTR>(CoTaskMemAlloc(text.Size() * sizeof(WCHAR)));
   if (*prog_id == nullptr) return E_OUTOFMEMORY;
-  std::memcpy(*prog_id, text.data(), text.size() * sizeof(WCHAR));
+  std::memcpy(*prog_id, text.Data(), text.Size() * sizeof(WCHAR));
   return S_OK;
 }
 

@@ -118,9 +118,9 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
     DeleteRuntime(made);
     return E_OUTOFMEMORY;
   }
-  const bool own = IsOwnName(name.data());
+  const bool own = IsOwnName(name.Data());
   if (!own && HasBorrowedRights()) {
-    const HRESULT trust = ResolveTrusted(name.data(), &resolved);
+    const HRESULT trust = ResolveTrusted(name.Data(), &resolved);
     if (FAILED(trust)) {
       DeleteRuntime(made);
       return trust;
@@ -128,10 +128,10 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
     name.Swap(resolved);
   }
   // Outside the lock: modules attach and detach themselves as they are loaded and unloaded.
-  void* library = own ? OpenSelf() : dlopen(name.data(), RTLD_NOW | RTLD_LOCAL);
+  void* library = own ? OpenSelf() : dlopen(name.Data(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
     DeleteRuntime(made);
-    return access(name.data(), F_OK) == 0 ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
+    return access(name.Data(), F_OK) == 0 ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
   }
   // Another thread may have just loaded the module. The loader's own lock is unknown to the
   // language's memory model; taking ours orders this thread after the module's attaching.
@@ -200,10 +200,10 @@ extern "C" DWORD GetModuleFileNameW(HMODULE handle, LPWSTR file, DWORD capacity)
   const Module* module = Find(handle);
   if (handle != nullptr && module == nullptr) return 0;
   const RuntimeArray<WCHAR>& name = handle == nullptr ? program : module->file;
-  const DWORD copied = name.size() < capacity ? static_cast<DWORD>(name.size()) : capacity - 1;
-  std::memcpy(file, name.data(), copied * sizeof(WCHAR));
+  const DWORD copied = name.Size() < capacity ? static_cast<DWORD>(name.Size()) : capacity - 1;
+  std::memcpy(file, name.Data(), copied * sizeof(WCHAR));
   file[copied] = 0;
-  return name.size() < capacity ? copied : capacity;  // truncated: the capacity, as on the platform
+  return name.Size() < capacity ? copied : capacity;  // truncated: the capacity, as on the platform
 }
 
 extern "C" BOOL DisableThreadLibraryCalls(HMODULE module) {
@@ -232,7 +232,7 @@ extern "C" FARPROC GetProcAddress(HMODULE handle, LPCSTR name) {
   }
   if (library != nullptr) return reinterpret_cast<FARPROC>(dlsym(library, name));
   // Attached but not loaded by name: the program itself or a library that it links.
-  library = dlopen(file.data(), RTLD_NOW | RTLD_NOLOAD);
+  library = dlopen(file.Data(), RTLD_NOW | RTLD_NOLOAD);
   if (library == nullptr) library = dlopen(nullptr, RTLD_NOW);
   if (library == nullptr) return nullptr;
   const FARPROC address = reinterpret_cast<FARPROC>(dlsym(library, name));

@@ -30,10 +30,10 @@ class RuntimeArray {
   RuntimeArray& operator=(const RuntimeArray&) = delete;
   ~RuntimeArray() { WipeAndFree(); }
 
-  T* data() { return data_; }
-  const T* data() const { return data_; }
-  size_t size() const { return size_; }
-  bool empty() const { return size_ == 0; }
+  T* Data() { return data_; }
+  const T* Data() const { return data_; }
+  size_t Size() const { return size_; }
+  bool IsEmpty() const { return size_ == 0; }
   T& operator[](size_t index) { return data_[index]; }
   const T& operator[](size_t index) const { return data_[index]; }
 

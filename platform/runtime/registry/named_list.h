@@ -15,30 +15,29 @@ struct NamedListLinks {
 };
 
 // NamedList links nodes that it does not own. Node has a member `links` and the operations
-// `WideView name() const` and `bool HasName() const`; Find and At skip nodes without a name.
+// `WideView Name() const` and `bool HasName() const`; Find and At skip nodes without a name.
 // Time:   Find takes O(1) on average, At takes O(1) for consecutive indices.
 template <typename Node>
 class NamedList {
  public:
-  Node* first() const { return first_; }
-  bool empty() const { return first_ == nullptr; }
+  Node* First() const { return first_; }
+  bool IsEmpty() const { return first_ == nullptr; }
 
   Node* Find(WideView name) const {
-    if (buckets_.empty()) {
+    if (buckets_.IsEmpty()) {
       for (Node* node = first_; node != nullptr; node = node->links.next) {
-        if (node->HasName() && SameRegistryName(node->name(), name)) return node;
+        if (node->HasName() && SameRegistryName(node->Name(), name)) return node;
       }
       return nullptr;
     }
     const uint32_t hash = RegistryNameHash(name);
     for (Node* node = Bucket(hash); node != nullptr; node = node->links.next_in_bucket) {
-      if (node->links.hash == hash && SameRegistryName(node->name(), name)) return node;
+      if (node->links.hash == hash && SameRegistryName(node->Name(), name)) return node;
     }
     return nullptr;
   }
 
-  // At gives the node with this index among those with names, null if there are not so many.
-  // Asking for one after the other takes constant time each.
+  // At returns the node with this index among those with names; null past the end.
   Node* At(size_t index) const {
     if (looked_at_ == nullptr || index < looked_at_index_) {
       looked_at_ = NamedFrom(first_);
@@ -61,7 +60,7 @@ class NamedList {
     (next != nullptr ? next->links.previous : last_) = previous;
     --count_;
     looked_at_ = nullptr;
-    if (buckets_.empty() || !node->HasName()) return;
+    if (buckets_.IsEmpty() || !node->HasName()) return;
     Node** link = &Bucket(node->links.hash);
     while (*link != node) link = &(*link)->links.next_in_bucket;
     *link = node->links.next_in_bucket;
@@ -71,8 +70,8 @@ class NamedList {
   // Shorter lists are searched linearly; longer ones have at most one node a bucket on average.
   static constexpr size_t kFewest = 16;
 
-  Node*& Bucket(uint32_t hash) { return buckets_[hash & (buckets_.size() - 1)]; }
-  Node* Bucket(uint32_t hash) const { return buckets_[hash & (buckets_.size() - 1)]; }
+  Node*& Bucket(uint32_t hash) { return buckets_[hash & (buckets_.Size() - 1)]; }
+  Node* Bucket(uint32_t hash) const { return buckets_[hash & (buckets_.Size() - 1)]; }
 
   static Node* NamedFrom(Node* node) {
     while (node != nullptr && !node->HasName()) node = node->links.next;
@@ -80,27 +79,27 @@ class NamedList {
   }
 
   bool Insert(Node* node, Node* previous, Node* next) {
-    if (count_ >= kFewest && count_ >= buckets_.size() && !Grow()) return false;
+    if (count_ >= kFewest && count_ >= buckets_.Size() && !Grow()) return false;
     node->links.previous = previous;
     node->links.next = next;
     (previous != nullptr ? previous->links.next : first_) = node;
     (next != nullptr ? next->links.previous : last_) = node;
     ++count_;
     if (next != nullptr) looked_at_ = nullptr;
-    if (!buckets_.empty()) PutInBucket(node);
+    if (!buckets_.IsEmpty()) PutInBucket(node);
     return true;
   }
 
   bool Grow() {
-    if (!buckets_.Resize(buckets_.empty() ? 2 * kFewest : 2 * buckets_.size())) return false;
-    for (size_t i = 0; i < buckets_.size(); ++i) buckets_[i] = nullptr;
+    if (!buckets_.Resize(buckets_.IsEmpty() ? 2 * kFewest : 2 * buckets_.Size())) return false;
+    for (size_t i = 0; i < buckets_.Size(); ++i) buckets_[i] = nullptr;
     for (Node* node = first_; node != nullptr; node = node->links.next) PutInBucket(node);
     return true;
   }
 
   void PutInBucket(Node* node) {
     if (!node->HasName()) return;
-    node->links.hash = RegistryNameHash(node->name());
+    node->links.hash = RegistryNameHash(node->Name());
     Node*& bucket = Bucket(node->links.hash);
     node->links.next_in_bucket = bucket;
     bucket = node;

@@ -37,7 +37,7 @@ struct Place {
   const WCHAR* root = nullptr;  // a root's name
   const OpenKey* open = nullptr;
 
-  WideView path() const { return open != nullptr ? ViewOf(open->path) : WideView(root); }
+  WideView Path() const { return open != nullptr ? ViewOf(open->path) : WideView(root); }
   bool Allows(REGSAM access) const {
     return open == nullptr || (open->access & (access | MAXIMUM_ALLOWED)) != 0;
   }
@@ -72,22 +72,22 @@ struct KeyUse {
 
  private:
   LONG Find(HKEY handle, REGSAM access) {
-    if (registry.error() != ERROR_SUCCESS) return registry.error();
+    if (registry.Error() != ERROR_SUCCESS) return registry.Error();
     const LONG unknown = PlaceOf(handle, &place);
     if (unknown != ERROR_SUCCESS) return unknown;
     if (!place.Allows(access)) return ERROR_ACCESS_DENIED;
     if (place.root != nullptr) {
       bool made;
-      return registry.root()->MakePath(place.path(), &key, &made);
+      return registry.Root()->MakePath(place.Path(), &key, &made);
     }
-    key = registry.root()->FindPath(place.path());
+    key = registry.Root()->FindPath(place.Path());
     return key == nullptr ? ERROR_KEY_DELETED : ERROR_SUCCESS;
   }
 };
 
 // Joins the place of a handle and a path below it.
 LONG JoinPath(const Place& from, WideView below, RuntimeArray<WCHAR>* path) {
-  const WideView base = from.path();
+  const WideView base = from.Path();
   return path->Append(base.data(), base.size()) && path->Append(u'\\') &&
                  path->Append(below.data(), below.size())
              ? ERROR_SUCCESS
@@ -137,8 +137,8 @@ struct NewChange {
 // Text is stored as whole characters with a terminator, even if the caller omits it.
 LONG TextAsKept(const BYTE* data, DWORD size, RuntimeArray<WCHAR>* text) {
   if (!text->Resize(size / sizeof(WCHAR))) return ERROR_OUTOFMEMORY;
-  if (!text->empty()) std::memcpy(text->data(), data, text->size() * sizeof(WCHAR));
-  if ((text->empty() || (*text)[text->size() - 1] != 0) && !text->Append(u'\0')) {
+  if (!text->IsEmpty()) std::memcpy(text->Data(), data, text->Size() * sizeof(WCHAR));
+  if ((text->IsEmpty() || (*text)[text->Size() - 1] != 0) && !text->Append(u'\0')) {
     return ERROR_OUTOFMEMORY;
   }
   return SurvivesFile(ViewOf(*text)) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
@@ -148,9 +148,9 @@ LONG TextAsKept(const BYTE* data, DWORD size, RuntimeArray<WCHAR>* text) {
 LONG GiveData(const RegistryValue& value, DWORD* type, BYTE* data, DWORD* size) {
   if (type != nullptr) *type = value.type;
   if (size == nullptr) return ERROR_SUCCESS;
-  const DWORD needed = static_cast<DWORD>(value.data.size());
+  const DWORD needed = static_cast<DWORD>(value.data.Size());
   const bool fits = needed <= *size;
-  if (data != nullptr && fits && needed != 0) std::memcpy(data, value.data.data(), needed);
+  if (data != nullptr && fits && needed != 0) std::memcpy(data, value.data.Data(), needed);
   *size = needed;
   return data == nullptr || fits ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
@@ -255,8 +255,8 @@ extern "C" LONG RegSetValueExW(HKEY handle, LPCWSTR value_name, DWORD, DWORD typ
   if (IsTextType(type)) {
     const LONG error = TextAsKept(data, size, &text);
     if (error != ERROR_SUCCESS) return error;
-    data = reinterpret_cast<const BYTE*>(text.data());
-    kept_size = text.size() * sizeof(WCHAR);
+    data = reinterpret_cast<const BYTE*>(text.Data());
+    kept_size = text.Size() * sizeof(WCHAR);
   }
   change.change->type = type;
   if (!change.change->value_name.Append(name.data(), name.size()) ||
@@ -289,7 +289,7 @@ extern "C" LONG RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   if (key_class != nullptr && class_length != nullptr && *class_length != 0) key_class[0] = 0;
   if (class_length != nullptr) *class_length = 0;
   if (written != nullptr) *written = {};
-  return GiveName(child->name(), name, length);
+  return GiveName(child->Name(), name, length);
 }
 
 extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* length, DWORD*,
@@ -302,7 +302,7 @@ extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   const RegistryValue* value = use.key->ValueAt(index);
   if (value == nullptr) return ERROR_NO_MORE_ITEMS;
   const DWORD room = *length;
-  LONG error = GiveName(value->name(), name, length);
+  LONG error = GiveName(value->Name(), name, length);
   if (error != ERROR_SUCCESS) return error;
   error = GiveData(*value, type, data, size);
   if (error != ERROR_SUCCESS) *length = room;

@@ -11,9 +11,9 @@ LONG MakeKey(const RegistryChange& change, RegistryKey* root, bool* changed) {
 LONG DeleteKey(const RegistryChange& change, RegistryKey* root, bool* changed) {
   RegistryKey* key = root->FindPath(ViewOf(change.path));
   if (key == nullptr) return ERROR_FILE_NOT_FOUND;
-  RegistryKey* above = key->parent();
-  const bool is_root = above == nullptr || above->parent() == nullptr;
-  if (is_root || key->first_child() != nullptr) return ERROR_ACCESS_DENIED;
+  RegistryKey* above = key->Parent();
+  const bool is_root = above == nullptr || above->Parent() == nullptr;
+  if (is_root || key->FirstChild() != nullptr) return ERROR_ACCESS_DENIED;
   above->RemoveChild(key);
   *changed = true;
   return ERROR_SUCCESS;
@@ -22,11 +22,12 @@ LONG DeleteKey(const RegistryChange& change, RegistryKey* root, bool* changed) {
 LONG SetValue(const RegistryChange& change, RegistryKey* key, bool* changed) {
   const RegistryValue* old = key->FindValue(ViewOf(change.value_name));
   const RuntimeArray<BYTE>& data = change.data;
-  const bool same = old != nullptr && old->type == change.type && old->data.size() == data.size() &&
-                    (data.empty() || std::memcmp(old->data.data(), data.data(), data.size()) == 0);
+  const bool same =
+      old != nullptr && old->type == change.type && old->data.Size() == data.Size() &&
+      (data.IsEmpty() || std::memcmp(old->data.Data(), data.Data(), data.Size()) == 0);
   if (same) return ERROR_SUCCESS;
   *changed = true;
-  return key->SetValue(ViewOf(change.value_name), change.type, data.data(), data.size())
+  return key->SetValue(ViewOf(change.value_name), change.type, data.Data(), data.Size())
              ? ERROR_SUCCESS
              : ERROR_OUTOFMEMORY;
 }

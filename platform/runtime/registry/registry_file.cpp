@@ -64,7 +64,7 @@ struct FilePlace {
     const size_t length = name == file ? 1 : static_cast<size_t>(name - file);
     ++name;
     if (path.Append(file, length) && path.Append('\0')) {
-      folder.number = open(path.data(), kFlags);
+      folder.number = open(path.Data(), kFlags);
     } else {
       errno = ENOMEM;
     }
@@ -84,7 +84,7 @@ LONG WriteNew(const FilePlace& place, const char* fresh, const RuntimeArray<char
   file->number =
       openat(folder, fresh, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kFileMode);
   if (file->number < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
-  const LONG error = WriteAll(file->number, text.data(), text.size());
+  const LONG error = WriteAll(file->number, text.Data(), text.Size());
   if (error != ERROR_SUCCESS) return error;
   return fsync(file->number) == 0 ? ERROR_SUCCESS : ErrorOfErrno(errno, ERROR_CANTWRITE);
 }
@@ -140,7 +140,7 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
   RuntimeArray<char> text;
   const LONG error = ReadAll(opened.number, &text);
   if (error != ERROR_SUCCESS) return error;
-  return ParseRegistry(text.data(), text.size(), root, bad_line);
+  return ParseRegistry(text.Data(), text.Size(), root, bad_line);
 }
 
 LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state) {
@@ -149,7 +149,7 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
   RuntimeArray<char> fresh;
   LONG error = FollowLinks(file, &target);
   if (error != ERROR_SUCCESS) return error;
-  const FilePlace place(target.data());
+  const FilePlace place(target.Data());
   const int folder = place.folder.number;
   if (folder < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
   if (!FormatRegistry(root, &text) || !JoinFileName(&fresh, place.name, ".new"))
@@ -157,15 +157,15 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
   struct stat old = {};
   const bool replaces = fstatat(folder, place.name, &old, AT_SYMLINK_NOFOLLOW) == 0;
   OpenedFile opened(-1);
-  error = WriteNew(place, fresh.data(), text, &opened);
+  error = WriteNew(place, fresh.Data(), text, &opened);
   if (error == ERROR_SUCCESS && replaces && fchmod(opened.number, old.st_mode & 0777) != 0) {
     error = ErrorOfErrno(errno, ERROR_CANTWRITE);
   }
-  if (error == ERROR_SUCCESS && renameat(folder, fresh.data(), folder, place.name) != 0) {
+  if (error == ERROR_SUCCESS && renameat(folder, fresh.Data(), folder, place.name) != 0) {
     error = ErrorOfErrno(errno, ERROR_CANTWRITE);
   }
   if (error != ERROR_SUCCESS) {
-    if (opened.number >= 0) unlinkat(folder, fresh.data(), 0);
+    if (opened.number >= 0) unlinkat(folder, fresh.Data(), 0);
     return error;
   }
   // After renaming, which may change ctime. An unknown state makes the next use read the file

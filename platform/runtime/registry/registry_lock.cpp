@@ -30,7 +30,7 @@ LONG MakeFolders(const char* file) {
       return ERROR_OUTOFMEMORY;
     }
     struct stat facts = {};
-    if (mkdir(folder.data(), kFolderMode) != 0 && stat(folder.data(), &facts) != 0) {
+    if (mkdir(folder.Data(), kFolderMode) != 0 && stat(folder.Data(), &facts) != 0) {
       return ErrorOfErrno(errno, ERROR_CANTWRITE);
     }
   }
@@ -44,19 +44,19 @@ LONG RegistryLock::Enter(const char* file) {
   RuntimeArray<char> name;
   LONG error = FollowLinks(file, &target);
   if (error != ERROR_SUCCESS) return error;
-  if (!JoinFileName(&name, target.data(), ".lock")) return ERROR_OUTOFMEMORY;
+  if (!JoinFileName(&name, target.Data(), ".lock")) return ERROR_OUTOFMEMORY;
   constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
   const auto open_file = [&] {
     // A child forked before the lock is listed would keep it open.
     const std::lock_guard<std::mutex> lock(g_held_lock);
-    lock_file_ = open(name.data(), kFlags, kLockMode);
+    lock_file_ = open(name.Data(), kFlags, kLockMode);
     if (lock_file_ < 0) return;
     next_ = g_held;
     g_held = this;
   };
   open_file();
   if (lock_file_ < 0 && errno == ENOENT) {
-    error = MakeFolders(target.data());
+    error = MakeFolders(target.Data());
     if (error != ERROR_SUCCESS) return error;
     open_file();
   }

@@ -31,13 +31,13 @@ LONG ReadText(LPCWSTR path, LPCWSTR name, WideText* text) {
   // Another process may set a longer text between the two queries.
   for (DWORD size = 0; error == ERROR_SUCCESS || error == ERROR_MORE_DATA;) {
     if (!text->Resize(size / sizeof(WCHAR))) return ERROR_OUTOFMEMORY;
-    BYTE* place = reinterpret_cast<BYTE*>(text->data());
+    BYTE* place = reinterpret_cast<BYTE*>(text->Data());
     error = RegQueryValueExW(opened.key, name, nullptr, &type, size == 0 ? nullptr : place, &size);
     if (error != ERROR_SUCCESS) continue;
     if ((type != REG_SZ && type != REG_EXPAND_SZ) || size < sizeof(WCHAR)) {
       return ERROR_FILE_NOT_FOUND;
     }
-    if (text->empty()) continue;
+    if (text->IsEmpty()) continue;
     text->Shorten(size / sizeof(WCHAR));
     return ERROR_SUCCESS;
   }
@@ -67,7 +67,7 @@ LONG DeleteKeyTree(LPCWSTR path) {
   while ((error = SubkeyName(path, 0, name)) == ERROR_SUCCESS) {
     WideText below;
     error = SetText(&below, path, u"\\", name);
-    if (error == ERROR_SUCCESS) error = DeleteKeyTree(below.data());
+    if (error == ERROR_SUCCESS) error = DeleteKeyTree(below.Data());
     if (error != ERROR_SUCCESS) return error;
   }
   if (error == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;

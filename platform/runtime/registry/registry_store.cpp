@@ -76,10 +76,10 @@ LONG Refresh() {
   if (error != ERROR_SUCCESS) return error;
   if (g_file == nullptr) g_file = NewRuntime<RuntimeArray<char>>();
   if (g_file == nullptr) return ERROR_OUTOFMEMORY;
-  if (g_root != nullptr && g_file->size() == file.size() &&
-      std::memcmp(g_file->data(), file.data(), file.size()) == 0) {
+  if (g_root != nullptr && g_file->Size() == file.Size() &&
+      std::memcmp(g_file->Data(), file.Data(), file.Size()) == 0) {
     FileState now;
-    error = StateOf(file.data(), &now);
+    error = StateOf(file.Data(), &now);
     if (error != ERROR_SUCCESS) return error;
     if (now == g_state) return ERROR_SUCCESS;
   }
@@ -87,7 +87,7 @@ LONG Refresh() {
   g_file->Swap(file);
   RegistryKey* root = NewRuntime<RegistryKey>();
   if (root == nullptr) return ERROR_OUTOFMEMORY;
-  error = LoadRegistryFile(g_file->data(), root, &g_state, &g_bad_line);
+  error = LoadRegistryFile(g_file->Data(), root, &g_state, &g_bad_line);
   if (error != ERROR_SUCCESS) {
     DeleteRuntime(root);
     return error;
@@ -113,7 +113,7 @@ RegistryUse::RegistryUse(RegistryAccess access) {
     g_lock.unlock();
     RuntimeArray<char> file;
     error_ = NameRegistryFile(&file);
-    if (error_ == ERROR_SUCCESS) error_ = file_lock_.Enter(file.data());
+    if (error_ == ERROR_SUCCESS) error_ = file_lock_.Enter(file.Data());
     g_lock.lock();
     if (error_ != ERROR_SUCCESS) return;
   }
@@ -124,7 +124,7 @@ RegistryUse::~RegistryUse() {
   g_lock.unlock();
 }
 
-RegistryKey* RegistryUse::root() const {
+RegistryKey* RegistryUse::Root() const {
   return t_batch != nullptr ? &t_batch->root : g_root;
 }
 
@@ -174,23 +174,23 @@ LONG RegistryUse::Publish(RegistryKey* draft) {
   FileState state;
   RuntimeArray<char> file;
   if (!g_in_memory) {
-    if (!file.Append(g_file->data(), g_file->size())) {
+    if (!file.Append(g_file->Data(), g_file->Size())) {
       DeleteRuntime(draft);
       return ERROR_OUTOFMEMORY;
     }
     g_lock.unlock();
-    error = StoreRegistryFile(file.data(), *draft, &state);
+    error = StoreRegistryFile(file.Data(), *draft, &state);
     g_lock.lock();
   }
   // Another thread may have switched to memory meanwhile, where this change is not visible.
-  if (error != ERROR_SUCCESS || (g_in_memory && !file.empty())) {
+  if (error != ERROR_SUCCESS || (g_in_memory && !file.IsEmpty())) {
     DeleteRuntime(draft);
     return error;
   }
   DeleteRuntime(g_root);
   g_root = draft;
   g_state = state;
-  if (!file.empty()) g_file->Swap(file);
+  if (!file.IsEmpty()) g_file->Swap(file);
   return ERROR_SUCCESS;
 }
 
@@ -206,8 +206,8 @@ LONG BeginBatch() {
   LONG error;
   {
     const RegistryUse use(RegistryAccess::kRead);
-    error = use.error();
-    if (error == ERROR_SUCCESS && !use.root()->CopyTo(&batch->root)) error = ERROR_OUTOFMEMORY;
+    error = use.Error();
+    if (error == ERROR_SUCCESS && !use.Root()->CopyTo(&batch->root)) error = ERROR_OUTOFMEMORY;
   }
   if (error != ERROR_SUCCESS) {
     DeleteRuntime(batch);
@@ -228,7 +228,7 @@ LONG EndBatch() {
   LONG error = ERROR_SUCCESS;
   if (batch->first != nullptr) {
     RegistryUse use(RegistryAccess::kWrite);
-    error = use.error();
+    error = use.Error();
     if (error == ERROR_SUCCESS) error = use.MakeAgain(batch->first);
   }
   DeleteRuntime(batch);
@@ -269,11 +269,11 @@ extern "C" DWORD MiroltaRegistryFile(LPWSTR file, DWORD capacity) {
   RuntimeArray<char> name;
   RuntimeArray<WCHAR> wide;
   if (NameRegistryFile(&name) != ERROR_SUCCESS ||
-      !AppendWideFromUtf8(name.data(), name.size(), &wide))
+      !AppendWideFromUtf8(name.Data(), name.Size(), &wide))
     return 0;
-  if (file == nullptr || wide.size() > capacity) return 0;
-  std::memcpy(file, wide.data(), wide.size() * sizeof(WCHAR));
-  return static_cast<DWORD>(wide.size() - 1);
+  if (file == nullptr || wide.Size() > capacity) return 0;
+  std::memcpy(file, wide.Data(), wide.Size() * sizeof(WCHAR));
+  return static_cast<DWORD>(wide.Size() - 1);
 }
 
 extern "C" DWORD MiroltaRegistryBadLine() {

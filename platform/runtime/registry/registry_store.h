@@ -10,13 +10,13 @@
 namespace mirolta::runtime {
 
 enum class RegistryAccess : uint8_t {
-  kHandles,  // the table of open keys only; there is no root()
+  kHandles,  // the table of open keys only; there is no Root()
   kRead,
   kWrite,
 };
 
-// RegistryUse locks the process's registry and its table of open keys for its lifetime. If error()
-// is 0, root() is the current content. A use for writing also holds the file's lock. No thread
+// RegistryUse locks the process's registry and its table of open keys for its lifetime. If Error()
+// is 0, Root() is the current content. A use for writing also holds the file's lock. No thread
 // waits for another process or for the disk while it holds the registry.
 class RegistryUse {
  public:
@@ -25,12 +25,12 @@ class RegistryUse {
   RegistryUse& operator=(const RegistryUse&) = delete;
   ~RegistryUse();
 
-  LONG error() const { return error_; }
-  RegistryKey* root() const;
+  LONG Error() const { return error_; }
+  RegistryKey* Root() const;
 
   // Make applies a change and writes the file, unless nothing changed. A thread's batch takes the
   // change instead and sets *change to null. The registry is unlocked while the file is written:
-  // root() may differ afterwards.
+  // Root() may differ afterwards.
   // Errors: MakeChange's and those of writing; nothing is changed then.
   LONG Make(RegistryChange** change, bool* changed);
   // MakeAgain applies the changes of a batch and writes the result once.

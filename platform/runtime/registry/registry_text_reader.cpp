@@ -13,7 +13,7 @@ class Parser {
   Parser(const char* text, size_t size, RegistryKey* root)
       : rest_(text), end_(text + size), root_(root), key_(root) {}
 
-  DWORD line_number() const { return line_number_; }
+  DWORD LineNumber() const { return line_number_; }
 
   LONG Run() {
     if (static_cast<size_t>(end_ - rest_) >= 3 && std::memcmp(rest_, kByteOrderMark, 3) == 0) {
@@ -90,7 +90,7 @@ class Parser {
       const LONG error = Quoted(&name);
       if (error != ERROR_SUCCESS) return error;
       // A quoted name is not empty, and a duplicate would replace the first value.
-      if (name.empty() || name.size() > kLongestValueName) return ERROR_BADDB;
+      if (name.IsEmpty() || name.Size() > kLongestValueName) return ERROR_BADDB;
     }
     if (key_->FindValue(ViewOf(name)) != nullptr) return ERROR_BADDB;
     SkipBlanks();
@@ -101,7 +101,7 @@ class Parser {
     const LONG error = Data(&type, &data);
     if (error != ERROR_SUCCESS) return error;
     if (!AtEnd()) return ERROR_BADDB;
-    return key_->SetValue(ViewOf(name), type, data.data(), data.size()) ? ERROR_SUCCESS
+    return key_->SetValue(ViewOf(name), type, data.Data(), data.Size()) ? ERROR_SUCCESS
                                                                         : ERROR_OUTOFMEMORY;
   }
 
@@ -131,17 +131,17 @@ class Parser {
       return ERROR_SUCCESS;
     }
     RuntimeArray<WCHAR> text;
-    if (!AppendWideFromUtf8(reinterpret_cast<const char*>(bytes.data()), bytes.size(), &text)) {
+    if (!AppendWideFromUtf8(reinterpret_cast<const char*>(bytes.Data()), bytes.Size(), &text)) {
       return ERROR_OUTOFMEMORY;
     }
-    if (!text.empty() && text[text.size() - 1] == 0) text.Shorten(text.size() - 1);
+    if (!text.IsEmpty() && text[text.Size() - 1] == 0) text.Shorten(text.Size() - 1);
     return TextData(&text, data);
   }
 
   static LONG TextData(RuntimeArray<WCHAR>* text, RuntimeArray<BYTE>* data) {
     if (!text->Append(u'\0')) return ERROR_OUTOFMEMORY;
-    const BYTE* bytes = reinterpret_cast<const BYTE*>(text->data());
-    return data->Append(bytes, text->size() * sizeof(WCHAR)) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+    const BYTE* bytes = reinterpret_cast<const BYTE*>(text->Data());
+    return data->Append(bytes, text->Size() * sizeof(WCHAR)) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
   }
 
   // One to `most` hexadecimal digits.
@@ -181,7 +181,7 @@ class Parser {
       if (static_cast<BYTE>(*at_) < 0x20) return ERROR_BADDB;
       if (!bytes.Append(*at_++)) return ERROR_OUTOFMEMORY;
     }
-    return AppendWideFromUtf8(bytes.data(), bytes.size(), text) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+    return AppendWideFromUtf8(bytes.Data(), bytes.Size(), text) ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
   }
 
   const char* rest_;
@@ -200,7 +200,7 @@ LONG ParseRegistry(const char* text, size_t size, RegistryKey* root, DWORD* bad_
   if (size == 0) return ERROR_SUCCESS;  // an empty file is an empty registry
   Parser parser(text, size, root);
   const LONG error = parser.Run();
-  if (error == ERROR_BADDB) *bad_line = parser.line_number();
+  if (error == ERROR_BADDB) *bad_line = parser.LineNumber();
   return error;
 }
 

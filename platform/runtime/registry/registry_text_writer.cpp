@@ -16,7 +16,7 @@ bool Put(RuntimeArray<char>* text, const char* more) {
 bool PutQuoted(RuntimeArray<char>* text, WideView quoted) {
   RuntimeArray<char> bytes;
   if (!AppendUtf8FromWide(quoted, &bytes) || !text->Append('"')) return false;
-  for (size_t i = 0; i < bytes.size(); ++i) {
+  for (size_t i = 0; i < bytes.Size(); ++i) {
     if ((bytes[i] == '\\' || bytes[i] == '"') && !text->Append('\\')) return false;
     if (!text->Append(bytes[i])) return false;
   }
@@ -46,38 +46,38 @@ bool PutHex(RuntimeArray<char>* text, DWORD type, const BYTE* bytes, size_t size
 
 bool PutText(RuntimeArray<char>* text, const RegistryValue& value, size_t column) {
   RuntimeArray<WCHAR> units;
-  if (!units.Resize(value.data.size() / sizeof(WCHAR))) return false;
-  if (!units.empty()) {
-    std::memcpy(units.data(), value.data.data(), units.size() * sizeof(WCHAR));
+  if (!units.Resize(value.data.Size() / sizeof(WCHAR))) return false;
+  if (!units.IsEmpty()) {
+    std::memcpy(units.Data(), value.data.Data(), units.Size() * sizeof(WCHAR));
   }
-  if (value.type == REG_SZ && !units.empty()) {
-    const WideView plain(units.data(), units.size() - 1);
+  if (value.type == REG_SZ && !units.IsEmpty()) {
+    const WideView plain(units.Data(), units.Size() - 1);
     if (!HasControls(plain)) return PutQuoted(text, plain);
   }
   RuntimeArray<char> bytes;
   return AppendUtf8FromWide(ViewOf(units), &bytes) &&
-         PutHex(text, value.type, reinterpret_cast<const BYTE*>(bytes.data()), bytes.size(),
+         PutHex(text, value.type, reinterpret_cast<const BYTE*>(bytes.Data()), bytes.Size(),
                 column);
 }
 
 bool PutValue(RuntimeArray<char>* text, const RegistryValue& value) {
-  const size_t begin = text->size();
+  const size_t begin = text->Size();
   if (value.is_comment) {
-    return text->Append(reinterpret_cast<const char*>(value.data.data()), value.data.size()) &&
+    return text->Append(reinterpret_cast<const char*>(value.data.Data()), value.data.Size()) &&
            text->Append('\n');
   }
-  if (!(value.name().empty() ? text->Append('@') : PutQuoted(text, value.name()))) return false;
+  if (!(value.Name().empty() ? text->Append('@') : PutQuoted(text, value.Name()))) return false;
   if (!text->Append('=')) return false;
-  const size_t column = text->size() - begin;
+  const size_t column = text->Size() - begin;
   if (IsTextType(value.type)) {
     if (!PutText(text, value, column)) return false;
-  } else if (value.type == REG_DWORD && value.data.size() == sizeof(DWORD)) {
+  } else if (value.type == REG_DWORD && value.data.Size() == sizeof(DWORD)) {
     DWORD number;
-    std::memcpy(&number, value.data.data(), sizeof(number));
+    std::memcpy(&number, value.data.Data(), sizeof(number));
     char piece[24];
     std::snprintf(piece, sizeof(piece), "dword:%08x", static_cast<unsigned>(number));
     if (!Put(text, piece)) return false;
-  } else if (!PutHex(text, value.type, value.data.data(), value.data.size(), column)) {
+  } else if (!PutHex(text, value.type, value.data.Data(), value.data.Size(), column)) {
     return false;
   }
   return text->Append('\n');
@@ -85,23 +85,23 @@ bool PutValue(RuntimeArray<char>* text, const RegistryValue& value) {
 
 // Puts [path of key]; the outermost key has no name of its own.
 bool PutPath(RuntimeArray<char>* text, const RegistryKey& key) {
-  if (key.parent()->parent() != nullptr && (!PutPath(text, *key.parent()) || !text->Append('\\'))) {
+  if (key.Parent()->Parent() != nullptr && (!PutPath(text, *key.Parent()) || !text->Append('\\'))) {
     return false;
   }
-  return AppendUtf8FromWide(key.name(), text);
+  return AppendUtf8FromWide(key.Name(), text);
 }
 
 bool PutKey(RuntimeArray<char>* text, const RegistryKey& key) {
-  const bool outermost = key.parent() == nullptr;
-  const bool is_root = !outermost && key.parent()->parent() == nullptr;
-  const bool is_empty_root = is_root && key.first_value() == nullptr;
+  const bool outermost = key.Parent() == nullptr;
+  const bool is_root = !outermost && key.Parent()->Parent() == nullptr;
+  const bool is_empty_root = is_root && key.FirstValue() == nullptr;
   if (!outermost && !is_empty_root) {
     if (!Put(text, "\n[") || !PutPath(text, key) || !Put(text, "]\n")) return false;
   }
-  for (const RegistryValue* value = key.first_value(); value != nullptr; value = value->next()) {
+  for (const RegistryValue* value = key.FirstValue(); value != nullptr; value = value->Next()) {
     if (!PutValue(text, *value)) return false;
   }
-  for (const RegistryKey* child = key.first_child(); child != nullptr; child = child->next()) {
+  for (const RegistryKey* child = key.FirstChild(); child != nullptr; child = child->Next()) {
     if (!PutKey(text, *child)) return false;
   }
   return true;
@@ -122,7 +122,7 @@ bool SurvivesFile(WideView text) {
     RuntimeArray<char> bytes;
     RuntimeArray<WCHAR> again;
     return AppendUtf8FromWide(text, &bytes) &&
-           AppendWideFromUtf8(bytes.data(), bytes.size(), &again) && ViewOf(again) == text;
+           AppendWideFromUtf8(bytes.Data(), bytes.Size(), &again) && ViewOf(again) == text;
   }
   return true;
 }

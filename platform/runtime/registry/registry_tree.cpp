@@ -2,8 +2,8 @@
 
 namespace mirolta::runtime {
 RegistryKey::~RegistryKey() {
-  while (!children_.empty()) RemoveChild(children_.first());
-  while (RegistryValue* value = values_.first()) {
+  while (!children_.IsEmpty()) RemoveChild(children_.First());
+  while (RegistryValue* value = values_.First()) {
     values_.Remove(value);
     DeleteRuntime(value);
   }
@@ -57,7 +57,7 @@ bool RegistryKey::AddComment(const char* text, size_t size) {
     DeleteRuntime(comment);
     return false;
   }
-  std::memcpy(comment->data.data(), text, size);
+  std::memcpy(comment->data.Data(), text, size);
   return AddValue(comment, false);
 }
 
@@ -70,20 +70,20 @@ bool RegistryKey::RemoveValue(WideView name) {
 }
 
 bool RegistryKey::CopyTo(RegistryKey* copy) const {
-  for (const RegistryValue* value = first_value(); value != nullptr; value = value->next()) {
+  for (const RegistryValue* value = FirstValue(); value != nullptr; value = value->Next()) {
     RegistryValue* added = NewRuntime<RegistryValue>();
     if (added == nullptr) return false;
     added->is_comment = value->is_comment;
     added->type = value->type;
-    if (!added->name_text.Append(value->name_text.data(), value->name_text.size()) ||
-        !added->data.Append(value->data.data(), value->data.size())) {
+    if (!added->name_text.Append(value->name_text.Data(), value->name_text.Size()) ||
+        !added->data.Append(value->data.Data(), value->data.Size())) {
       DeleteRuntime(added);
       return false;
     }
     if (!copy->AddValue(added, false)) return false;
   }
-  for (const RegistryKey* child = first_child(); child != nullptr; child = child->next()) {
-    RegistryKey* added = copy->AddChild(child->name());
+  for (const RegistryKey* child = FirstChild(); child != nullptr; child = child->Next()) {
+    RegistryKey* added = copy->AddChild(child->Name());
     if (added == nullptr || !child->CopyTo(added)) return false;
   }
   return true;

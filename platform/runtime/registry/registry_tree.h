@@ -21,9 +21,9 @@ struct RegistryValue {
   RuntimeArray<WCHAR> name_text;  // empty: the default value
   RuntimeArray<BYTE> data;
 
-  WideView name() const { return ViewOf(name_text); }
+  WideView Name() const { return ViewOf(name_text); }
   bool HasName() const { return !is_comment; }
-  RegistryValue* next() const { return links.next; }
+  RegistryValue* Next() const { return links.next; }
 };
 
 // RegistryKey owns its values and the keys below it.
@@ -34,12 +34,12 @@ class RegistryKey {
   RegistryKey& operator=(const RegistryKey&) = delete;
   ~RegistryKey();
 
-  RegistryKey* parent() { return parent_; }
-  const RegistryKey* parent() const { return parent_; }
-  const RegistryKey* next() const { return links.next; }
-  const RegistryKey* first_child() const { return children_.first(); }
-  const RegistryValue* first_value() const { return values_.first(); }
-  WideView name() const { return ViewOf(name_); }
+  RegistryKey* Parent() { return parent_; }
+  const RegistryKey* Parent() const { return parent_; }
+  const RegistryKey* Next() const { return links.next; }
+  const RegistryKey* FirstChild() const { return children_.First(); }
+  const RegistryValue* FirstValue() const { return values_.First(); }
+  WideView Name() const { return ViewOf(name_); }
   bool HasName() const { return true; }
 
   // By index, comments not counted; null past the end.

@@ -100,11 +100,11 @@ class FileStream final : public StreamBase {
     struct stat facts = {};
     if (fstat(file_, &facts) != 0) return STG_E_READFAULT;
     if (flags == STATFLAG_DEFAULT) {
-      const size_t bytes = (name_.size() + 1) * sizeof(WCHAR);
+      const size_t bytes = (name_.Size() + 1) * sizeof(WCHAR);
       statistics->pwcsName = static_cast<LPOLESTR>(CoTaskMemAlloc(bytes));
       if (statistics->pwcsName == nullptr) return E_OUTOFMEMORY;
-      std::memcpy(statistics->pwcsName, name_.data(), bytes - sizeof(WCHAR));
-      statistics->pwcsName[name_.size()] = 0;
+      std::memcpy(statistics->pwcsName, name_.Data(), bytes - sizeof(WCHAR));
+      statistics->pwcsName[name_.Size()] = 0;
     }
     statistics->type = STGTY_STREAM;
     statistics->cbSize.QuadPart = static_cast<ULONGLONG>(facts.st_size);
@@ -197,7 +197,7 @@ extern "C" HRESULT SHCreateStreamOnFileEx(LPCWSTR file, DWORD mode, DWORD, BOOL 
     return E_OUTOFMEMORY;
   }
   int opened = -1;
-  const HRESULT status = OpenFile(path.data(), OpenFlags(mode, create), &opened);
+  const HRESULT status = OpenFile(path.Data(), OpenFlags(mode, create), &opened);
   if (FAILED(status)) return status;
   *out = NewRuntime<FileStream>(opened, mode, std::move(name));
   if (*out == nullptr) {

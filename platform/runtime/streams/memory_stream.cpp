@@ -32,7 +32,7 @@ class MemoryStream final : public StreamBase {
     if (bytes == nullptr) return STG_E_INVALIDPOINTER;
     const std::lock_guard<std::mutex> lock(shared_->lock);
     const ULONG taken = static_cast<ULONG>(std::min<ULONGLONG>(count, BytesAhead()));
-    if (taken != 0) std::memcpy(bytes, shared_->bytes.data() + position_, taken);
+    if (taken != 0) std::memcpy(bytes, shared_->bytes.Data() + position_, taken);
     position_ += taken;
     if (read != nullptr) *read = taken;
     return S_OK;
@@ -46,8 +46,8 @@ class MemoryStream final : public StreamBase {
     const std::lock_guard<std::mutex> lock(shared_->lock);
     if (position_ > SIZE_MAX - count) return E_OUTOFMEMORY;
     const size_t end = static_cast<size_t>(position_) + count;
-    if (end > shared_->bytes.size() && !shared_->bytes.Resize(end)) return E_OUTOFMEMORY;
-    std::memcpy(shared_->bytes.data() + position_, bytes, count);
+    if (end > shared_->bytes.Size() && !shared_->bytes.Resize(end)) return E_OUTOFMEMORY;
+    std::memcpy(shared_->bytes.Data() + position_, bytes, count);
     position_ = end;
     if (written != nullptr) *written = count;
     return S_OK;
@@ -61,7 +61,7 @@ class MemoryStream final : public StreamBase {
     if (origin == STREAM_SEEK_CUR) {
       from = position_;
     } else if (origin == STREAM_SEEK_END) {
-      from = shared_->bytes.size();
+      from = shared_->bytes.Size();
     } else if (origin != STREAM_SEEK_SET) {
       status = STG_E_SEEKERROR;
     }
@@ -84,7 +84,7 @@ class MemoryStream final : public StreamBase {
     if (FAILED(status)) return status;
     const std::lock_guard<std::mutex> lock(shared_->lock);
     statistics->type = STGTY_STREAM;  // without a name
-    statistics->cbSize.QuadPart = shared_->bytes.size();
+    statistics->cbSize.QuadPart = shared_->bytes.Size();
     statistics->grfMode = STGM_READWRITE;
     return S_OK;
   }
@@ -110,7 +110,7 @@ class MemoryStream final : public StreamBase {
     return BytesAhead();
   }
   ULONGLONG BytesAhead() const {
-    const size_t size = shared_->bytes.size();
+    const size_t size = shared_->bytes.Size();
     return position_ < size ? size - position_ : 0;
   }
 

@@ -20,13 +20,13 @@ LONG FollowLinks(const char* file, RuntimeArray<char>* target) {
   if (!JoinFileName(target, file, "")) return ERROR_OUTOFMEMORY;
   char link[PATH_MAX];
   for (int links = 0;; ++links) {
-    const ssize_t length = readlink(target->data(), link, sizeof(link));
+    const ssize_t length = readlink(target->Data(), link, sizeof(link));
     if (length < 0) return ERROR_SUCCESS;
     if (length == sizeof(link) || links == kMostLinks) return ERROR_CANTWRITE;
     // A relative link starts at the folder of the link.
-    const char* const slash = std::strrchr(target->data(), '/');
+    const char* const slash = std::strrchr(target->Data(), '/');
     const bool relative = link[0] != '/' && slash != nullptr;
-    target->Shorten(relative ? static_cast<size_t>(slash - target->data()) + 1 : 0);
+    target->Shorten(relative ? static_cast<size_t>(slash - target->Data()) + 1 : 0);
     if (!target->Append(link, static_cast<size_t>(length)) || !target->Append('\0')) {
       return ERROR_OUTOFMEMORY;
     }

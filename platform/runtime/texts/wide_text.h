@@ -12,7 +12,7 @@ using WideText = RuntimeArray<WCHAR>;
 using WideView = std::u16string_view;
 
 inline WideView ViewOf(const WideText& text) {
-  return {text.data(), text.size()};
+  return {text.Data(), text.Size()};
 }
 
 // WideLength returns the number of characters before the terminator.

@@ -33,7 +33,7 @@ class Arena {
     return copy;
   }
 
-  size_t used() const { return used_; }
+  size_t Used() const { return used_; }
 
  private:
   BYTE* base_;
@@ -114,7 +114,7 @@ CopiedLibrary* CopyTypeLibrary(const TypeLibraryTable& table) {
   measure.Take<CopiedLibrary>(1);
   CopyTable(measure, table, nullptr);
 
-  BYTE* block = static_cast<BYTE*>(AllocateRuntime(measure.used()));
+  BYTE* block = static_cast<BYTE*>(AllocateRuntime(measure.Used()));
   if (block == nullptr) return nullptr;
   Arena arena(block);
   CopiedLibrary* copy = arena.Take<CopiedLibrary>(1);

@@ -27,7 +27,7 @@ class CallArguments {
     }
   }
 
-  VARIANT* values() { return values_; }
+  VARIANT* Values() { return values_; }
 
   HRESULT Prepare(const MemberRow& row, const DISPPARAMS& params, UINT* bad_argument) {
     const unsigned wanted = row.parameters.Count();
@@ -206,7 +206,7 @@ HRESULT InvokeMember(const InterfaceTable& table, void* instance, DISPID id, WOR
 
   ErrorSlotScope slot;
   VARIANT value = {};
-  status = row->call(instance, arguments.values(), &value);
+  status = row->call(instance, arguments.Values(), &value);
   if (row->result.type != VT_EMPTY && row->result.type != VT_VARIANT) value.vt = row->result.type;
   slot.Finish(status, exception);
   if (FAILED(status)) {

@@ -45,7 +45,7 @@ struct OwnedText {
   OwnedText(const OwnedText&) = delete;
   OwnedText& operator=(const OwnedText&) = delete;
   ~OwnedText() { SysFreeString(text); }
-  LPCWSTR get() const { return text == nullptr ? u"" : text; }
+  LPCWSTR Get() const { return text == nullptr ? u"" : text; }
   BSTR text = nullptr;
 };
 
@@ -66,7 +66,7 @@ LONG WriteRows(LPCWSTR base, const Row (&rows)[kCount]) {
   WideText path;
   for (const Row& row : rows) {
     LONG error = SetText(&path, base, row.below);
-    if (error == ERROR_SUCCESS) error = WriteText(path.data(), row.name, row.text);
+    if (error == ERROR_SUCCESS) error = WriteText(path.Data(), row.name, row.text);
     if (error != ERROR_SUCCESS) return error;
   }
   return ERROR_SUCCESS;
@@ -84,11 +84,11 @@ HRESULT WriteLibrary(const TLIBATTR& attributes, LPCWSTR help, LPCWSTR file, LPC
   if (error != ERROR_SUCCESS) return StatusOf(error);
   const Row rows[] = {
       {u"", nullptr, help},
-      {place.data(), nullptr, file},
+      {place.Data(), nullptr, file},
       {u"\\FLAGS", nullptr, flags.text},
       {u"\\HELPDIR", nullptr, folder},
   };
-  return StatusOf(WriteRows(base.data(), rows));
+  return StatusOf(WriteRows(base.Data(), rows));
 }
 
 HRESULT WriteInterface(const TLIBATTR& library, const TYPEATTR& attributes, LPCWSTR name) {
@@ -109,7 +109,7 @@ HRESULT WriteInterface(const TLIBATTR& library, const TYPEATTR& attributes, LPCW
       {u"\\TypeLib", nullptr, id.text},
       {u"\\TypeLib", u"Version", version.text},
   };
-  return StatusOf(WriteRows(base.data(), rows));
+  return StatusOf(WriteRows(base.Data(), rows));
 }
 
 HRESULT WriteInterfaces(ITypeLib* library, const TLIBATTR& attributes) {
@@ -124,7 +124,7 @@ HRESULT WriteInterfaces(ITypeLib* library, const TLIBATTR& attributes) {
     status = library->GetDocumentation(static_cast<INT>(i), &name.text, nullptr, nullptr, nullptr);
     if (SUCCEEDED(status)) status = info->GetTypeAttr(&type);
     if (SUCCEEDED(status)) {
-      status = WriteInterface(attributes, *type, name.get());
+      status = WriteInterface(attributes, *type, name.Get());
       info->ReleaseTypeAttr(type);
     }
     info->Release();
@@ -139,18 +139,18 @@ LONG DeleteInterfaces(LPCWSTR id, LPCWSTR version) {
   WideText library_path;
   WideText found;
   const auto matches = [&](LPCWSTR value, LPCWSTR wanted) {
-    return ReadText(library_path.data(), value, &found) == ERROR_SUCCESS &&
-           found.size() == WideLength(wanted) + 1 &&
-           std::memcmp(found.data(), wanted, found.size() * sizeof(WCHAR)) == 0;
+    return ReadText(library_path.Data(), value, &found) == ERROR_SUCCESS &&
+           found.Size() == WideLength(wanted) + 1 &&
+           std::memcmp(found.Data(), wanted, found.Size() * sizeof(WCHAR)) == 0;
   };
   for (DWORD index = 0; SubkeyName(u"Interface", index, name) == ERROR_SUCCESS;) {
     LONG error = SetText(&path, u"Interface\\", name);
-    if (error == ERROR_SUCCESS) error = SetText(&library_path, path.data(), u"\\TypeLib");
+    if (error == ERROR_SUCCESS) error = SetText(&library_path, path.Data(), u"\\TypeLib");
     if (error == ERROR_SUCCESS && !(matches(nullptr, id) && matches(u"Version", version))) {
       ++index;
       continue;
     }
-    if (error == ERROR_SUCCESS) error = DeleteKeyTree(path.data());
+    if (error == ERROR_SUCCESS) error = DeleteKeyTree(path.Data());
     if (error != ERROR_SUCCESS) return error;
   }
   return ERROR_SUCCESS;
@@ -189,27 +189,27 @@ LONG DeleteLibrary(REFGUID library, WORD major, WORD minor, LCID locale, SYSKIND
   WideText locale_path;
   WideText file_path;
   LONG error = SetText(&base, u"TypeLib\\", id.text);
-  if (error == ERROR_SUCCESS) error = SetText(&path, base.data(), u"\\", version.text);
+  if (error == ERROR_SUCCESS) error = SetText(&path, base.Data(), u"\\", version.text);
   if (error == ERROR_SUCCESS) {
-    error = SetText(&locale_path, path.data(), u"\\", locale_text.text);
+    error = SetText(&locale_path, path.Data(), u"\\", locale_text.text);
   }
   if (error == ERROR_SUCCESS) {
-    error = SetText(&file_path, locale_path.data(), u"\\", platform);
+    error = SetText(&file_path, locale_path.Data(), u"\\", platform);
   }
   if (error == ERROR_SUCCESS) {  // is it registered?
     WCHAR name[kKeyNameCapacity];
-    error = SubkeyName(file_path.data(), 0, name);
+    error = SubkeyName(file_path.Data(), 0, name);
     if (error == ERROR_NO_MORE_ITEMS) error = ERROR_SUCCESS;
   }
-  if (error == ERROR_SUCCESS) error = DeleteKeyTree(file_path.data());
-  if (error == ERROR_SUCCESS) error = DeleteIfEmpty(locale_path.data());
+  if (error == ERROR_SUCCESS) error = DeleteKeyTree(file_path.Data());
+  if (error == ERROR_SUCCESS) error = DeleteIfEmpty(locale_path.Data());
   // With the last file, what all files of the version share is deleted.
   bool has_files = false;
-  if (error == ERROR_SUCCESS) error = HasFiles(path.data(), &has_files);
+  if (error == ERROR_SUCCESS) error = HasFiles(path.Data(), &has_files);
   if (error != ERROR_SUCCESS || has_files) return error;
   error = DeleteInterfaces(id.text, version.text);
-  if (error == ERROR_SUCCESS) error = DeleteKeyTree(path.data());
-  if (error == ERROR_SUCCESS) error = DeleteIfEmpty(base.data());
+  if (error == ERROR_SUCCESS) error = DeleteKeyTree(path.Data());
+  if (error == ERROR_SUCCESS) error = DeleteIfEmpty(base.Data());
   return error;
 }
 
@@ -265,7 +265,7 @@ extern "C" HRESULT RegisterTypeLib(ITypeLib* library, OLECHAR* file, OLECHAR* he
   status = StatusOf(MiroltaRegistryBatch(TRUE));
   if (SUCCEEDED(status)) {
     const LPCWSTR folder = help_directory == nullptr ? u"" : help_directory;
-    status = WriteLibrary(*attributes, help.get(), file, folder);
+    status = WriteLibrary(*attributes, help.Get(), file, folder);
     if (SUCCEEDED(status)) status = WriteInterfaces(library, *attributes);
     const HRESULT written = StatusOf(MiroltaRegistryBatch(FALSE));
     if (SUCCEEDED(status)) status = written;
@@ -290,7 +290,7 @@ extern "C" HRESULT LoadRegTypeLib(REFGUID library, WORD major, WORD minor, LCID 
   WORD found = 0;
   WideText base;
   LONG error = SetText(&base, u"TypeLib\\", GuidText(library).text);
-  if (error == ERROR_SUCCESS) error = FindVersion(base.data(), major, minor, &found);
+  if (error == ERROR_SUCCESS) error = FindVersion(base.Data(), major, minor, &found);
   // First the locale itself, then its language, then the neutral locale.
   WideText path;
   WideText file;
@@ -300,10 +300,10 @@ extern "C" HRESULT LoadRegTypeLib(REFGUID library, WORD major, WORD minor, LCID 
     const NumberDigits locale_text(wanted, 16);
     WideText place;
     error = SetText(&place, u"\\", version.text, u"\\", locale_text.text, u"\\");
-    if (error == ERROR_SUCCESS) error = SetText(&path, base.data(), place.data(), kPlatform);
+    if (error == ERROR_SUCCESS) error = SetText(&path, base.Data(), place.Data(), kPlatform);
     if (error != ERROR_SUCCESS) break;
-    error = ReadText(path.data(), nullptr, &file);
-    if (error == ERROR_SUCCESS) return LoadTypeLib(file.data(), out);
+    error = ReadText(path.Data(), nullptr, &file);
+    if (error == ERROR_SUCCESS) return LoadTypeLib(file.Data(), out);
     if (error == ERROR_FILE_NOT_FOUND && wanted != 0) error = ERROR_SUCCESS;
   }
   return error == ERROR_FILE_NOT_FOUND ? TYPE_E_LIBNOTREGISTERED : StatusOf(error);
