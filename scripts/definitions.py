@@ -184,6 +184,9 @@ def check_unused(tags, texts, exceptions):
         production = not any(tag["path"].startswith(NOT_PRODUCTION) for tag in those)
         if TYPES & {tag["kind"] for tag in those}:
             uses[name] = total[name] - count_own_uses(name, those, by_scope, texts)
+        macros = sum(tag["kind"] == "macro" for tag in those)
+        if macros:  # a call of a macro outside functions looks like a declaration
+            uses[name] = total[name] - macros
         if uses[name] <= 0:
             message = "is not used"
         elif production and production_uses[name] <= 0:

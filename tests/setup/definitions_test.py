@@ -87,6 +87,8 @@ PLANTED = [
      ["unused Gone"]),
     ("an unused constant", {"host/a.cpp": "namespace m { constexpr int kUnused = 1; }"}, ["unused kUnused"]),
     ("an unused macro", {"host/a.h": "#define UNUSED 1\n"}, ["unused UNUSED"]),
+    ("a macro that defines a function",
+     {"tests/a_test.cpp": "#define MAKE_TESTS(suite) TEST(suite, Holds) {}\nMAKE_TESTS(First);\n"}, []),
     ("a function that only a comment and a text name",
      {"host/a.cpp": "// Unused(1)\nint Unused() { return 1; }\nextern const char* WINAPI Text() { return \"call Unused\"; }"},
      ["unused Unused"]),
