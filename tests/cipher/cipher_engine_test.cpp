@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "aes_engine.h"
-#include "des_engine.h"
 #include "cipher_testing.h"
+#include "des_engine.h"
 
 namespace mirolta::test {
 namespace {

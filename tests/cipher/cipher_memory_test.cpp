@@ -155,7 +155,8 @@ class CipherSecrets : public CipherTest {
  protected:
   static constexpr size_t kSecretSize = 8;
 
-  CipherSecrets() : key_(PatternBytes(GetParam().key_length, 1)), plaintext_(PatternBytes(3007, 2)) {
+  CipherSecrets()
+      : key_(PatternBytes(GetParam().key_length, 1)), plaintext_(PatternBytes(3007, 2)) {
     Add(key_.data());
     Add(&key_[key_.size() - kSecretSize]);
     Add(&plaintext_[1600]);

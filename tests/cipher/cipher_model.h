@@ -3,9 +3,9 @@
 
 #include <functional>
 
+#include "bytes.h"
 #include "cipher_pad.h"
 #include "platform.h"
-#include "bytes.h"
 
 namespace mirolta::test {
 

@@ -5,8 +5,8 @@
 
 #include "aes_kernels.h"
 #include "cipher_engine.h"
-#include "des_kernels.h"
 #include "cipher_testing.h"
+#include "des_kernels.h"
 
 namespace mirolta::test {
 namespace {

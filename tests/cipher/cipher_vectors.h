@@ -18,8 +18,8 @@ void ForEachAesVector(const Check& check) {
                   });
 }
 
-// The same for each variable bit of keys and plaintexts; skips the test where the package with these
-// response files is not installed. Of DES all response files are among the files here.
+// The same for each variable bit of keys and plaintexts; skips the test where the package with
+// these response files is not installed. Of DES all response files are among the files here.
 template <typename Check>
 void ForEachAesVariableBit(const Check& check) {
   const std::string package = MIROLTA_PACKAGE_VECTORS;

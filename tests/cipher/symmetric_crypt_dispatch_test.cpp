@@ -21,10 +21,17 @@ TEST_F(SymmetricCryptDispatchTest, MembersHaveTheirIds) {
   constexpr struct {
     const OLECHAR* name;
     DISPID id;
-  } kRows[] = {{OLESTR("Key"), 1},      {OLESTR("BlockSize"), 2}, {OLESTR("codePage"), 3},
-               {OLESTR("Encrypt"), 4},  {OLESTR("Decrypt"), 5},   {OLESTR("Reset"), 6},
-               {OLESTR("ResetKey"), 7}, {OLESTR("Init"), 8},      {OLESTR("PadType"), 9},
-               {OLESTR("CODEPAGE"), 3}, {OLESTR("Value"), DISPID_UNKNOWN}};
+  } kRows[] = {{OLESTR("Key"), 1},
+               {OLESTR("BlockSize"), 2},
+               {OLESTR("codePage"), 3},
+               {OLESTR("Encrypt"), 4},
+               {OLESTR("Decrypt"), 5},
+               {OLESTR("Reset"), 6},
+               {OLESTR("ResetKey"), 7},
+               {OLESTR("Init"), 8},
+               {OLESTR("PadType"), 9},
+               {OLESTR("CODEPAGE"), 3},
+               {OLESTR("Value"), DISPID_UNKNOWN}};
   for (const auto& row : kRows) EXPECT_EQ(late->IdOf(row.name), row.id);
 }
 

@@ -103,7 +103,7 @@ class EngineTest : public testing::TestWithParam<Algorithm> {
   std::unique_ptr<HashEngine> engine_ = MakeEngine(GetParam().name);
 };
 
-#define MIROLTA_FOR_EACH_ALGORITHM(suite)                             \
+#define MIROLTA_FOR_EACH_ALGORITHM(suite)                              \
   INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(kAlgorithms), \
                            [](const auto& row) { return std::string(row.param.label); })
 

@@ -137,8 +137,8 @@ Bytes BytesOfWords(const Words& words, bool high_first) {
   return bytes;
 }
 
-// A message's end: random bytes, those that count and those behind them, and a chaining value with a
-// word more than the state has. What finishing gives goes to state and digest, which has a byte more.
+// A message's end: random bytes, those that count and those behind them, and a chaining value with
+// a word more than the state has. Finishing writes state and digest, which has a byte more.
 struct MessageEnd {
   MessageEnd(std::mt19937_64& random, uint32_t waiting_bytes, size_t words)
       : waiting(waiting_bytes), state(words + 1), digest(4 * words + 1, 0xA5) {
@@ -230,8 +230,7 @@ TEST(HashFinishKeyedKernels, FinishInnerAndOuterComputationOfAnHmac) {
 }
 
 TEST(HashFinishKeyedKernels, NeedTheInstructionsThatTheyUse) {
-  ExpectNeeds(kSha256FinishKeyedKernels,
-              {{"-shani", kFeatureSsse3 | kFeatureSha}, {"none", 0}});
+  ExpectNeeds(kSha256FinishKeyedKernels, {{"-shani", kFeatureSsse3 | kFeatureSha}, {"none", 0}});
 }
 
 }  // namespace

@@ -56,8 +56,8 @@ TEST_P(KeyedEngine, StartKeepsTheKeyAcrossComputations) {
   }
 }
 
-// What a computation begins with does not depend on whether its key has been used before: the digest
-// bytes are no earlier computation's.
+// A computation begins the same whether its key has been used before or not: the digest bytes are
+// not an earlier computation's.
 TEST_P(KeyedEngine, StartWithTheSameKeyClearsTheDigestBytes) {
   ASSERT_EQ(engine_->SetKey(BytesValue(BytesOf("key")), 0), S_OK);
   const Bytes fresh = RawBytes(*engine_);
@@ -74,8 +74,7 @@ TEST_P(KeyedEngine, ASecondFinishFollowsTheOuterPadding) {
   ASSERT_EQ(engine_->Finish(), S_OK);
   // The second computation is the outer one of the first, its padding, and "more".
   const Bytes inner = PlainDigestOf(InnerPad(key) + BytesOf("abc"));
-  const Bytes second =
-      PlainDigestOf(Padded(GetParam(), OuterPad(key) + inner) + BytesOf("more"));
+  const Bytes second = PlainDigestOf(Padded(GetParam(), OuterPad(key) + inner) + BytesOf("more"));
   EXPECT_EQ(RawBytes(*engine_), PlainDigestOf(OuterPad(key) + second));
 }
 
@@ -177,10 +176,9 @@ Bytes ChainBehind(const Algorithm& algorithm, const Bytes& block) {
 
 TEST_P(KeyedEngine, WipesKeysPadsAndTheirChainingValues) {
   const Bytes key = BytesOf("the secret key of this test");
-  const std::vector<Bytes> secrets = {key, Head(InnerPad(key), key.size()),
-                                      Head(OuterPad(key), key.size()),
-                                      ChainBehind(GetParam(), InnerPad(key)),
-                                      ChainBehind(GetParam(), OuterPad(key))};
+  const std::vector<Bytes> secrets = {
+      key, Head(InnerPad(key), key.size()), Head(OuterPad(key), key.size()),
+      ChainBehind(GetParam(), InnerPad(key)), ChainBehind(GetParam(), OuterPad(key))};
   const TestValue value = BytesValue(key);
   const WatchFreedMemory watch(secrets);
   ASSERT_EQ(engine_->SetKey(value, 0), S_OK);

@@ -1,4 +1,5 @@
-// Engines against OpenSSL: short messages of every length, split anywhere; longer ones split at random.
+// Engines against OpenSSL: short messages of every length, split anywhere; longer ones split at
+// random.
 #include <algorithm>
 #include <random>
 

@@ -123,7 +123,8 @@ TEST_F(RsaCryptTest, NumbersThatDoNotConvertLeaveTheOldOnes) {
     EXPECT_EQ((rsa.Get()->*field.put)(TestValue(VT_BOOL)), DISP_E_TYPEMISMATCH) << field.name;
     EXPECT_EQ((rsa.Get()->*field.put)(NumberValue(-1)), DISP_E_OVERFLOW) << field.name;
     LONG number = 1;
-    EXPECT_EQ((rsa.Get()->*field.put)(ReferenceTo(VT_I4, &number)), DISP_E_TYPEMISMATCH) << field.name;
+    EXPECT_EQ((rsa.Get()->*field.put)(ReferenceTo(VT_I4, &number)), DISP_E_TYPEMISMATCH)
+        << field.name;
     EXPECT_EQ((rsa.Get()->*field.put)(ObjectValue(nullptr)), E_FAIL) << field.name;
   }
   EXPECT_EQ(KeyText(), "01 02 03 04 05 ");

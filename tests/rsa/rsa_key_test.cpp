@@ -1,8 +1,8 @@
 // Keys from given starting values, and the raw operations at their edges.
 #include "rsa_key.h"
 
-#include "limb.h"
 #include "gcd.h"
+#include "limb.h"
 #include "mod_exp.h"
 #include "rsa_testing.h"
 
@@ -66,9 +66,9 @@ TEST(RsaKeyTest, APublicExponentThatIsNotCoprimeIsAdvanced) {
   const struct {
     uint32_t given;
     const char* used;
-  } rows[] = {{3, "5"},        {101, "67"},        {99, "67"},    {9901, "26b1"},
-              {166667, "28b0d"}, {2, "5"},           {4, "5"},      {16, "11"},
-              {8, "b"},        {65536, "10001"},   {4294967295u, "100000001"}};
+  } rows[] = {
+      {3, "5"}, {101, "67"}, {99, "67"}, {9901, "26b1"},   {166667, "28b0d"},         {2, "5"},
+      {4, "5"}, {16, "11"},  {8, "b"},   {65536, "10001"}, {4294967295u, "100000001"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.given);
     const RsaKey key = Build(BigInt(1000003), BigInt(2000003), row.given);
@@ -358,8 +358,7 @@ TEST(RsaKeyTest, BlocksOfBlockSizeBytesAreBelowTheModulus) {
   constexpr struct {
     uint32_t modulus;
     LONG size;
-  } kRows[] = {{0, 0},   {1, 0},   {127, 0},   {128, 0},
-               {255, 0}, {256, 1}, {65535, 1}, {65536, 2}};
+  } kRows[] = {{0, 0}, {1, 0}, {127, 0}, {128, 0}, {255, 0}, {256, 1}, {65535, 1}, {65536, 2}};
   for (const auto& row : kRows) EXPECT_EQ(BlockSize(BigInt(row.modulus)), row.size) << row.modulus;
   EXPECT_EQ(BlockSize(FromHex("8" + std::string(63, '0'))), 31);
   EXPECT_EQ(BlockSize(FromHex(std::string(64, 'f'))), 31);

@@ -118,8 +118,8 @@ inline RsaKey KeyOf(const BigInt& n, const BigInt& e, const BigInt& p, const Big
   key.d = d;
   return key;
 }
-// A small key: p = 53, q = 61, n = 3233, e = 17, d = 2753. The prime search finds no primes so small,
-// but a key may be loaded.
+// A small key: p = 53, q = 61, n = 3233, e = 17, d = 2753. The prime search finds no primes so
+// small, but a key may be loaded.
 inline RsaKey SmallKey() {
   return KeyOf(BigInt(3233), BigInt(17), BigInt(53), BigInt(61), BigInt(2753));
 }

@@ -128,7 +128,8 @@ TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
   static const char kSecret[] = "plaintext to hide and not to leave behind here..";
   const Bytes secret = FromText(kSecret);
   std::vector<std::vector<uint8_t>> secrets = {{kKey.begin(), kKey.begin() + 8}};
-  for (int at = 0; at < 24; at += 8) secrets.emplace_back(secret.begin() + at, secret.begin() + at + 8);
+  for (int at = 0; at < 24; at += 8)
+    secrets.emplace_back(secret.begin() + at, secret.begin() + at + 8);
   std::optional<test::WatchFreedMemory> watch;
   ScriptedStream sink;
   {

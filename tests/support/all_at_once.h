@@ -1,4 +1,4 @@
-// The same work on many threads, begun at the same moment.
+// The same work on many threads at once.
 #pragma once
 
 #include <atomic>
@@ -7,7 +7,7 @@
 
 namespace mirolta::test {
 
-// Runs work(i) on `count` threads, all let go at the same moment.
+// AllAtOnce runs work(i) on `count` threads, which start at the same moment.
 template <typename Work>
 void AllAtOnce(unsigned count, Work work) {
   std::atomic<unsigned> waiting{0};

@@ -8,8 +8,8 @@
 
 namespace mirolta::test {
 
-// CallingObject lives on the stack. Reading its value runs `call`, then gives its text; without a text
-// the value is null.
+// CallingObject lives on the stack. Reading its value runs `call`, then gives its text; without a
+// text the value is null.
 class CallingObject final : public IDispatch {
  public:
   explicit CallingObject(std::function<void()> call, const OLECHAR* text = OLESTR("abc"))

@@ -10,8 +10,8 @@
 
 namespace mirolta::test {
 
-// Writes the description of a class into the registry, which should be in memory. A null one makes
-// the key without a value.
+// SetClassDescription writes the description of a class into the registry, which should be in
+// memory. A null one makes the key without a value.
 inline void SetClassDescription(REFCLSID id, const OLECHAR* description) {
   OLECHAR path[48] = OLESTR("CLSID\\");
   ASSERT_NE(StringFromGUID2(id, path + 6, 39), 0);

@@ -1,4 +1,4 @@
-// Memory whose neighbour cannot be touched: a read or write beyond it ends the test.
+// Memory beside a page without access: a read or write beyond it ends the test.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// Operations of the platform that fail on demand. A test program defines an operation under its own
-// name, asks its fault whether this is the call that fails, and hands all others to the runtime.
+// Operations of the platform that fail on demand: a test program defines the operation itself, and
+// forwards to the runtime every call that is not to fail.
 #pragma once
 
 #include <dlfcn.h>
@@ -8,10 +8,10 @@
 
 namespace mirolta::test {
 
-// A call to fail: those before it go well, and so do the ones after it.
+// PlatformFault is one call that fails; those before and after it succeed.
 class PlatformFault {
  public:
-  // The operation fails after so many calls.
+  // The call after the next `calls_before` ones fails.
   void Arm(int calls_before = 0) {
     armed_ = true;
     calls_before_ = calls_before;
@@ -32,7 +32,7 @@ class PlatformFault {
   int calls_before_ = 0;
 };
 
-// RuntimeOperation finds the operation that the program's own one stands before.
+// RuntimeOperation finds the operation that the program's own definition hides.
 template <typename Function>
 Function* RuntimeOperation(Function*, const char* name) {
   void* const found = dlsym(RTLD_NEXT, name);

@@ -6,8 +6,7 @@
 
 namespace mirolta::test {
 
-// RunTime says when a test of so many rounds may stop: after its usual time, or after the seconds
-// that MIROLTA_SECONDS names.
+// RunTime is how long a test repeats its rounds: its usual time, or the seconds of MIROLTA_SECONDS.
 class RunTime {
  public:
   explicit RunTime(double usual_seconds)

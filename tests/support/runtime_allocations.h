@@ -1,5 +1,5 @@
-// Allocations of the runtime that fail on demand: the portable runtime has them, a system does not.
-// Where kRuntimeFailsOnDemand is false, tests leave out what needs such a failure.
+// Allocations of the runtime that fail on demand, which only the portable runtime has: where
+// kRuntimeFailsOnDemand is false, tests skip what needs such a failure.
 #pragma once
 
 #include "platform.h"

@@ -1,5 +1,4 @@
-// The test program in the place of the module: its message texts and its state, without the class
-// table.
+// The test program as the module: with its message texts and its state, without the class table.
 #pragma once
 
 #include "error_slot.h"

@@ -1,10 +1,9 @@
-// Memory that a test makes for a watch to see.
+// Memory that only a watch of the test looks at.
 #pragma once
 
 namespace mirolta::test {
 
-// Used tells the compiler that somebody looks at the memory: it may leave out an allocation, and
-// what is written there, that nobody does.
+// Used keeps the compiler from removing an allocation, and the writes to it, as unused.
 inline void Used(const void* memory) {
   __asm__ volatile("" : : "r"(memory) : "memory");
 }

@@ -16,8 +16,8 @@
 
 namespace mirolta::test {
 
-// VectorCase remembers which of its fields were read. Reading one that it lacks, or that has another
-// form, throws.
+// VectorCase remembers which of its fields were read. Reading one that it lacks, or that has
+// another form, throws.
 class VectorCase {
  public:
   std::string section;  // without brackets; empty before the first

@@ -64,9 +64,8 @@ TEST_P(BadVectorFile, IsRefusedWithItsLine) {
 TEST(VectorFile, ChecksRunOncePerCase) {
   std::istringstream in("Len = 1\n\nLen = 2\n[s]\nLen = 3\n");
   std::vector<unsigned long> seen;
-  CheckVectors(in, "text", {"Len"}, [&](const VectorCase& one) {
-    seen.push_back(one.Number("Len"));
-  });
+  CheckVectors(in, "text", {"Len"},
+               [&](const VectorCase& one) { seen.push_back(one.Number("Len")); });
   EXPECT_EQ(seen, (std::vector<unsigned long>{1, 2, 3}));
 }
 
