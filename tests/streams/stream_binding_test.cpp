@@ -1,22 +1,21 @@
 // What both filters share: binding, pass-through, identity, lifetime.
 #include "stream_binding.h"
 
-#include "stream_test_kit.h"
+#include "stream_sides.h"
 
 namespace mirolta::stream_test {
 namespace {
 
 template <typename Dual>
-class StreamBindingTest : public testing::Test {
+class StreamBindingTest : public FilterTest<Dual> {
  protected:
-  HRESULT Get(IUnknown** out) { return filter->get_Stream(out); }
+  StreamBindingTest() { this->target.content = Pattern(100); }
+
+  HRESULT Get(IUnknown** out) { return this->filter->get_Stream(out); }
   // Moves by 0 from the current position: what a filter always answers.
   HRESULT Ask(ULARGE_INTEGER* position) {
-    return filter.Stream()->Seek(Move(0), STREAM_SEEK_CUR, position);
+    return this->Stream()->Seek(Move(0), STREAM_SEEK_CUR, position);
   }
-
-  ScriptedStream target{Pattern(100)};  // outlives the filter
-  Filter<Dual> filter;
 };
 using Duals = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
 TYPED_TEST_SUITE(StreamBindingTest, Duals);
@@ -29,7 +28,7 @@ TYPED_TEST(StreamBindingTest, ANewFilterHasNoStream) {
 }
 
 TYPED_TEST(StreamBindingTest, TheStreamReadsBackAsTheObjectGiven) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   EXPECT_EQ(this->target.references, 3);
   IUnknown* out = nullptr;
   EXPECT_EQ(this->Get(&out), S_OK);
@@ -48,10 +47,10 @@ TYPED_TEST(StreamBindingTest, ASourceBindsItsStreamButReadsBackAsItself) {
   EXPECT_EQ(this->Get(&out), S_OK);
   EXPECT_EQ(out, static_cast<IUnknown*>(&source));
   out->Release();
-  EXPECT_EQ(this->filter.Stream()->Commit(5), S_OK);
+  EXPECT_EQ(this->Stream()->Commit(5), S_OK);
   EXPECT_EQ(this->target.passed, std::vector<std::string>{"Commit 5 0 0"});
   // Leave nothing bound that ends before the filter.
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   EXPECT_EQ(source.references, 1);
 }
 
@@ -59,7 +58,7 @@ TYPED_TEST(StreamBindingTest, ASourceThatFailsLeavesTheFilterUnbound) {
   ScriptedSource source;
   source.stream = &this->target;
   source.status = E_ACCESSDENIED;
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   EXPECT_EQ(this->filter->putref_Stream(&source), kNoStreamInterface);
   EXPECT_EQ(source.references, 1);
   EXPECT_EQ(this->target.references, 1);
@@ -74,8 +73,8 @@ TYPED_TEST(StreamBindingTest, ASourceThatHandsOutNothingIsBoundWithoutAStream) {
   EXPECT_EQ(this->Get(&out), S_OK);
   EXPECT_EQ(out, static_cast<IUnknown*>(&source));
   out->Release();
-  EXPECT_EQ(this->filter.Stream()->Commit(0), STG_E_REVERTED);
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(this->Stream()->Commit(0), STG_E_REVERTED);
+  this->Bind();
 }
 
 // A stream that is a source of another one, with hooks for QueryInterface and AddRef.
@@ -111,14 +110,14 @@ TYPED_TEST(StreamBindingTest, AnObjectWithBothInterfacesIsItsOwnStream) {
   both.stream = &other;
   EXPECT_EQ(this->filter->putref_Stream(&both), S_OK);
   EXPECT_EQ(both.asked, 0);
-  EXPECT_EQ(this->filter.Stream()->Revert(), S_OK);
+  EXPECT_EQ(this->Stream()->Revert(), S_OK);
   EXPECT_EQ(this->target.passed.size(), 1u);
   EXPECT_TRUE(other.passed.empty());
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
 }
 
 TYPED_TEST(StreamBindingTest, TheOldStreamIsReleasedBeforeTheNewObjectIsAsked) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   ScriptedStream other;
   StreamAndSource source;
   source.stream = &other;
@@ -131,7 +130,7 @@ TYPED_TEST(StreamBindingTest, TheOldStreamIsReleasedBeforeTheNewObjectIsAsked) {
   };
   EXPECT_EQ(this->filter->putref_Stream(&source), S_OK);
   EXPECT_EQ(queries, 2);
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
 }
 
 // Between the stream and the object: what reads the binding then gets the stream.
@@ -153,11 +152,11 @@ TYPED_TEST(StreamBindingTest, ABindingOfAStreamAloneReadsBackAsTheStream) {
   EXPECT_EQ(this->filter->putref_Stream(&source), S_OK);
   EXPECT_EQ(counted, 2);
   source.on_count = nullptr;
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
 }
 
 TYPED_TEST(StreamBindingTest, AnObjectWithoutStreamGivesUpTheOldOneToo) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   ScriptedStream other;
   other.is_stream = false;
   EXPECT_EQ(this->filter->putref_Stream(&other), kNoStreamInterface);
@@ -165,23 +164,23 @@ TYPED_TEST(StreamBindingTest, AnObjectWithoutStreamGivesUpTheOldOneToo) {
   EXPECT_EQ(other.references, 1);
   IUnknown* out = nullptr;
   EXPECT_EQ(this->Get(&out), kNoStream);
-  EXPECT_EQ(this->filter.Stream()->Revert(), STG_E_REVERTED);
+  EXPECT_EQ(this->Stream()->Revert(), STG_E_REVERTED);
 }
 
 TYPED_TEST(StreamBindingTest, ANullObjectIsRefusedAndTheBindingStays) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   EXPECT_EQ(this->filter->putref_Stream(nullptr), E_POINTER);
   EXPECT_EQ(this->target.references, 3);
-  EXPECT_EQ(this->filter.Stream()->Revert(), S_OK);
+  EXPECT_EQ(this->Stream()->Revert(), S_OK);
 }
 
 TYPED_TEST(StreamBindingTest, BindingAgainReleasesTheOldStream) {
   ScriptedStream other;
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   EXPECT_EQ(this->filter->putref_Stream(&other), S_OK);
   EXPECT_EQ(this->target.references, 1);
   EXPECT_EQ(other.references, 3);
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   EXPECT_EQ(other.references, 1);
 }
 
@@ -222,9 +221,9 @@ TYPED_TEST(StreamBindingTest, CodePageStartsAsZeroAndIsKeptUnchecked) {
 }
 
 TYPED_TEST(StreamBindingTest, SeekOnlyReportsThePositionWhileItIsForbidden) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   this->target.position = 42;
-  IStream* const stream = this->filter.Stream();
+  IStream* const stream = this->Stream();
   ULARGE_INTEGER position = Large(kUntouchedTotal);
   EXPECT_EQ(stream->Seek(Move(0), STREAM_SEEK_SET, &position), E_UNEXPECTED);
   EXPECT_EQ(stream->Seek(Move(0), STREAM_SEEK_END, &position), E_UNEXPECTED);
@@ -239,18 +238,18 @@ TYPED_TEST(StreamBindingTest, SeekOnlyReportsThePositionWhileItIsForbidden) {
 }
 
 TYPED_TEST(StreamBindingTest, AnyValueButZeroForbidsSeeking) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   for (const VARIANT_BOOL value : {VARIANT_TRUE, VARIANT_BOOL{1}, VARIANT_BOOL{2}}) {
     EXPECT_EQ(this->filter->put_SeekingForbidden(value), S_OK);
-    EXPECT_EQ(this->filter.Stream()->Seek(Move(0), STREAM_SEEK_SET, nullptr), E_UNEXPECTED);
+    EXPECT_EQ(this->Stream()->Seek(Move(0), STREAM_SEEK_SET, nullptr), E_UNEXPECTED);
   }
 }
 
 TYPED_TEST(StreamBindingTest, SeekIsForwardedUnchangedOnceItIsAllowed) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   EXPECT_EQ(this->filter->put_SeekingForbidden(VARIANT_FALSE), S_OK);
   this->target.pass_status = STG_E_SEEKERROR;
-  EXPECT_EQ(this->filter.Stream()->Seek(Move(9), STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
+  EXPECT_EQ(this->Stream()->Seek(Move(9), STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
   EXPECT_EQ(this->target.passed, std::vector<std::string>{"Seek 9 2 0"});
 }
 
@@ -270,10 +269,10 @@ void PassThrough(IStream* stream, Check check) {
 }
 
 TYPED_TEST(StreamBindingTest, OperationsWithoutDataAreForwardedWithTheirStatus) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   for (const HRESULT status : {S_OK, S_FALSE, STG_E_MEDIUMFULL}) {
     this->target.pass_status = status;
-    PassThrough(this->filter.Stream(), [&](const char* call, HRESULT result) {
+    PassThrough(this->Stream(), [&](const char* call, HRESULT result) {
       EXPECT_EQ(result, status) << call;
       ASSERT_FALSE(this->target.passed.empty());
       EXPECT_EQ(this->target.passed.back(), call);
@@ -282,25 +281,25 @@ TYPED_TEST(StreamBindingTest, OperationsWithoutDataAreForwardedWithTheirStatus) 
 }
 
 TYPED_TEST(StreamBindingTest, OperationsWithoutDataNeedAStream) {
-  PassThrough(this->filter.Stream(),
+  PassThrough(this->Stream(),
               [&](const char* call, HRESULT result) { EXPECT_EQ(result, STG_E_REVERTED) << call; });
   // Nor is a seek that would be refused.
-  EXPECT_EQ(this->filter.Stream()->Seek(Move(5), STREAM_SEEK_SET, nullptr), STG_E_REVERTED);
+  EXPECT_EQ(this->Stream()->Seek(Move(5), STREAM_SEEK_SET, nullptr), STG_E_REVERTED);
 }
 
 TYPED_TEST(StreamBindingTest, StatReportsTheTargetsSize) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   STATSTG statistics = {};
-  EXPECT_EQ(this->filter.Stream()->Stat(&statistics, STATFLAG_NONAME), S_OK);
+  EXPECT_EQ(this->Stream()->Stat(&statistics, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(statistics.cbSize.QuadPart, 100u);
 }
 
 TYPED_TEST(StreamBindingTest, CloneIsNeverOffered) {
   IStream* out = nullptr;
-  EXPECT_EQ(this->filter.Stream()->Clone(&out), E_NOTIMPL);
-  EXPECT_EQ(this->filter.Stream()->Clone(nullptr), E_NOTIMPL);
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
-  EXPECT_EQ(this->filter.Stream()->Clone(&out), E_NOTIMPL);
+  EXPECT_EQ(this->Stream()->Clone(&out), E_NOTIMPL);
+  EXPECT_EQ(this->Stream()->Clone(nullptr), E_NOTIMPL);
+  this->Bind();
+  EXPECT_EQ(this->Stream()->Clone(&out), E_NOTIMPL);
   EXPECT_TRUE(this->target.passed.empty());
 }
 
@@ -324,7 +323,7 @@ void ExpectRefusal(const Filter<Dual>& filter) {
 }
 
 TYPED_TEST(StreamBindingTest, AStreamOperationInsideAnotherIsRefused) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   int calls = 0;
   const auto come_back = [&] {
     ++calls;
@@ -333,7 +332,7 @@ TYPED_TEST(StreamBindingTest, AStreamOperationInsideAnotherIsRefused) {
   this->target.on_read = come_back;
   this->target.on_write = come_back;
   this->target.on_pass = come_back;
-  IStream* const stream = this->filter.Stream();
+  IStream* const stream = this->Stream();
   ScriptedStream other;
   uint8_t bytes[4] = {};
   EXPECT_EQ(stream->Read(bytes, 4, nullptr), S_OK);
@@ -347,24 +346,22 @@ TYPED_TEST(StreamBindingTest, AStreamOperationInsideAnotherIsRefused) {
 }
 
 TYPED_TEST(StreamBindingTest, AFilterBoundToItselfRefusesInsteadOfGoingRound) {
-  EXPECT_EQ(this->filter->putref_Stream(this->filter.Stream()), S_OK);
+  EXPECT_EQ(this->filter->putref_Stream(this->Stream()), S_OK);
   uint8_t bytes[4] = {};
-  ULONG got = kUntouched;
-  EXPECT_EQ(this->filter.Stream()->Read(bytes, 4, &got), E_UNEXPECTED);
-  EXPECT_EQ(got, 0u);
-  EXPECT_EQ(this->filter.Stream()->Write(bytes, 4, nullptr), E_UNEXPECTED);
-  EXPECT_EQ(this->filter.Stream()->Commit(0), E_UNEXPECTED);
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  EXPECT_EQ(Read(this->Stream(), bytes, 4), (Moved{E_UNEXPECTED, 0}));
+  EXPECT_EQ(this->Stream()->Write(bytes, 4, nullptr), E_UNEXPECTED);
+  EXPECT_EQ(this->Stream()->Commit(0), E_UNEXPECTED);
+  this->Bind();
 }
 
 TYPED_TEST(StreamBindingTest, ARingOfTwoFiltersRefusesInsteadOfGoingRound) {
-  Filter<TypeParam> other(this->filter.Stream());
+  Filter<TypeParam> other(this->Stream());
   EXPECT_EQ(this->filter->putref_Stream(other.Stream()), S_OK);
   uint8_t bytes[4] = {};
-  EXPECT_EQ(this->filter.Stream()->Read(bytes, 4, nullptr), E_UNEXPECTED);
+  EXPECT_EQ(this->Stream()->Read(bytes, 4, nullptr), E_UNEXPECTED);
   EXPECT_EQ(other.Stream()->Write(bytes, 4, nullptr), E_UNEXPECTED);
   EXPECT_EQ(other.Stream()->Revert(), E_UNEXPECTED);
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
 }
 
 TYPED_TEST(StreamBindingTest, ATargetThatRebindsTheFilterLivesUntilItsCallEnds) {
@@ -374,24 +371,20 @@ TYPED_TEST(StreamBindingTest, ATargetThatRebindsTheFilterLivesUntilItsCallEnds) 
     EXPECT_EQ(this->filter->putref_Stream(&other), S_OK);
     references_inside = this->target.references;
   };
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
-  EXPECT_EQ(ReadOnce(this->filter.Stream(), 7), Slice(this->target.content, 0, 7));
+  this->Bind();
+  EXPECT_EQ(ReadOnce(this->Stream(), 7), Slice(this->target.content, 0, 7));
   EXPECT_EQ(references_inside, 2);
   EXPECT_EQ(this->target.references, 1);
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
 }
 
 TYPED_TEST(StreamBindingTest, CountsOfATargetThatReportsTooMuchAreCutToTheRequest) {
-  EXPECT_EQ(this->filter->putref_Stream(&this->target), S_OK);
+  this->Bind();
   this->target.excess_report = 1000;
   uint8_t bytes[8] = {};
-  ULONG got = 0;
-  EXPECT_EQ(this->filter.Stream()->Read(bytes, 8, &got), S_OK);
-  EXPECT_EQ(got, 8u);
-  ULARGE_INTEGER read = Large(0);
+  EXPECT_EQ(Read(this->Stream(), bytes, 8), (Moved{S_OK, 8}));
   ScriptedStream sink;
-  EXPECT_EQ(this->filter.Stream()->CopyTo(&sink, Large(8), &read, nullptr), S_OK);
-  EXPECT_EQ(read.QuadPart, 8u);
+  EXPECT_EQ(Copy(this->Stream(), &sink, 8), (Copied{S_OK, 8, 8}));
 }
 
 TEST(StreamCountsTest, ADigestTrustsNoCountOfWrittenBytesAboveTheRequest) {
@@ -399,9 +392,7 @@ TEST(StreamCountsTest, ADigestTrustsNoCountOfWrittenBytesAboveTheRequest) {
   target.excess_report = 1000;
   const DigestFilter filter(&target);
   EXPECT_EQ(filter->put_WriteAlgorithm(Text(OLESTR("MD5")).Get()), S_OK);
-  ULONG written = 0;
-  EXPECT_EQ(WriteAll(filter.Stream(), FromText("abc"), &written), S_OK);
-  EXPECT_EQ(written, 3u);
+  EXPECT_EQ(Write(filter.Stream(), FromText("abc")), (Moved{S_OK, 3}));
   OwnedBstr value;
   EXPECT_EQ(filter->get_WriteValue(value.Put()), S_OK);
   EXPECT_EQ(Narrow(value.Get()), PeerDigest("MD5", FromText("abc")));
@@ -409,7 +400,7 @@ TEST(StreamCountsTest, ADigestTrustsNoCountOfWrittenBytesAboveTheRequest) {
 
 TYPED_TEST(StreamBindingTest, AllInterfacesAreOneObjectWithoutSourceOfStreams) {
   OwnedReference<IUnknown> unknown;
-  EXPECT_EQ(unknown.Query(this->filter.Stream(), IID_IUnknown), S_OK);
+  EXPECT_EQ(unknown.Query(this->Stream(), IID_IUnknown), S_OK);
   for (const IID& iid : {IID_IStream, IID_ISequentialStream}) {
     OwnedReference<IUnknown> stream;
     EXPECT_EQ(stream.Query(unknown.Get(), iid), S_OK);
@@ -417,15 +408,15 @@ TYPED_TEST(StreamBindingTest, AllInterfacesAreOneObjectWithoutSourceOfStreams) {
   }
   OwnedReference<IDispatch> dispatch;
   OwnedReference<TypeParam> dual;
-  EXPECT_EQ(dispatch.Query(this->filter.Stream(), IID_IDispatch), S_OK);
-  EXPECT_EQ(dual.Query(this->filter.Stream(), FilterTraits<TypeParam>::kIid), S_OK);
+  EXPECT_EQ(dispatch.Query(this->Stream(), IID_IDispatch), S_OK);
+  EXPECT_EQ(dual.Query(this->Stream(), FilterTraits<TypeParam>::kIid), S_OK);
   EXPECT_EQ(dispatch.Get(), static_cast<IDispatch*>(dual.Get()));
   OwnedReference<ISupportErrorInfo> errors;
-  EXPECT_EQ(errors.Query(this->filter.Stream(), IID_ISupportErrorInfo), S_OK);
+  EXPECT_EQ(errors.Query(this->Stream(), IID_ISupportErrorInfo), S_OK);
   EXPECT_EQ(errors->InterfaceSupportsErrorInfo(FilterTraits<TypeParam>::kIid), S_OK);
   EXPECT_EQ(errors->InterfaceSupportsErrorInfo(IID_IStream), S_FALSE);
   void* out = this;
-  EXPECT_EQ(this->filter.Stream()->QueryInterface(IID_IToviStreamSource, &out), E_NOINTERFACE);
+  EXPECT_EQ(this->Stream()->QueryInterface(IID_IToviStreamSource, &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
 }
 
