@@ -35,42 +35,22 @@ void EvaluateAt2(Limb* z, const Limb* x, size_t k, size_t top) {
   z[k] = static_cast<Limb>(z[k] + kernels.add(z, z, x, k));
 }
 
-}  // namespace
-
-void Toom3(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept {
+// Interpolates the product: z := sum of c(i) * B^(k i) for its coefficients c0..c4.
+// Shapes: z[2n] holds the products at 0 and, from 4k on, at infinity; values[3 (2k + 2)] those at -1, 1
+//         and 2, the first one's magnitude, destroyed.
+void Interpolate(Limb* z, Limb* values, size_t n, bool negative) {
   const LimbKernels& kernels = CurrentLimbKernels();
   const size_t k = (n + 2) / 3;
   const size_t top = n - 2 * k;
   const size_t w = 2 * k + 2;
-  Limb* const vm1 = scratch;
-  Limb* const v1 = scratch + w;
-  Limb* const v2 = scratch + 2 * w;
-  Limb* const rest = scratch + 3 * w;
-  const bool square = x == y;
-
-  // z holds the evaluated operands until the outer products are written there.
-  Limb* const ex = z;
-  Limb* const ey = square ? z : z + k + 1;
-  bool negative = EvaluateAtMinus1(ex, x, k, top);
-  if (square) {
-    negative = false;
-  } else {
-    negative ^= EvaluateAtMinus1(ey, y, k, top);
-  }
-  MultiplyBalanced(vm1, ex, ey, k + 1, rest);
-  EvaluateAt1(ex, x, k, top);
-  if (!square) EvaluateAt1(ey, y, k, top);
-  MultiplyBalanced(v1, ex, ey, k + 1, rest);
-  EvaluateAt2(ex, x, k, top);
-  if (!square) EvaluateAt2(ey, y, k, top);
-  MultiplyBalanced(v2, ex, ey, k + 1, rest);
+  Limb* const vm1 = values;
+  Limb* const v1 = values + w;
+  Limb* const v2 = values + 2 * w;
   Limb* const v0 = z;
   Limb* const vinf = z + 4 * k;
-  MultiplyBalanced(v0, x, y, k, rest);
-  MultiplyBalanced(vinf, x + 2 * k, y + 2 * k, top, rest);
 
-  // Let c0..c4 be the product's coefficients. Each intermediate value is a sum of them with positive
-  // factors, so no subtraction borrows, and all fit w limbs.
+  // Each intermediate value is a sum of c0..c4 with positive factors, so no subtraction borrows, and
+  // all fit w limbs.
   if (negative) {
     kernels.add(v2, v2, vm1, w);
     kernels.add(vm1, v1, vm1, w);
@@ -103,6 +83,39 @@ void Toom3(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexc
   const size_t used = w < room ? w : room;
   carry = kernels.add(z + 3 * k, z + 3 * k, v2, used);
   AddLimb(z + 3 * k + used, room - used, carry);
+}
+
+}  // namespace
+
+void Toom3(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept {
+  const size_t k = (n + 2) / 3;
+  const size_t top = n - 2 * k;
+  const size_t w = 2 * k + 2;
+  Limb* const vm1 = scratch;
+  Limb* const v1 = scratch + w;
+  Limb* const v2 = scratch + 2 * w;
+  Limb* const rest = scratch + 3 * w;
+  const bool square = x == y;
+
+  // z holds the evaluated operands until the outer products are written there.
+  Limb* const ex = z;
+  Limb* const ey = square ? z : z + k + 1;
+  bool negative = EvaluateAtMinus1(ex, x, k, top);
+  if (square) {
+    negative = false;
+  } else {
+    negative ^= EvaluateAtMinus1(ey, y, k, top);
+  }
+  MultiplyBalanced(vm1, ex, ey, k + 1, rest);
+  EvaluateAt1(ex, x, k, top);
+  if (!square) EvaluateAt1(ey, y, k, top);
+  MultiplyBalanced(v1, ex, ey, k + 1, rest);
+  EvaluateAt2(ex, x, k, top);
+  if (!square) EvaluateAt2(ey, y, k, top);
+  MultiplyBalanced(v2, ex, ey, k + 1, rest);
+  MultiplyBalanced(z, x, y, k, rest);
+  MultiplyBalanced(z + 4 * k, x + 2 * k, y + 2 * k, top, rest);
+  Interpolate(z, scratch, n, negative);
 }
 
 }  // namespace mirolta
