@@ -35,7 +35,7 @@ bool CreatesObjects() {
   ScriptEngine engine;
   std::string problem;
   return engine.Start(&problem) &&
-         duk_peval_string(engine.api(), "new ActiveXObject('Vardeko.crypt.Number')") == 0;
+         duk_peval_string(engine.Api(), "new ActiveXObject('Vardeko.crypt.Number')") == 0;
 }
 
 bool PrepareModule() {
@@ -177,16 +177,16 @@ std::string LogOf(const std::string& script, const std::string& folder = "") {
   ScriptEngine engine;
   std::string problem;
   FUZZ_CHECK(engine.Start(&problem));
-  duk_push_lstring(engine.api(), folder.data(), folder.size());
-  duk_put_global_string(engine.api(), "folder");
-  const bool went_well = duk_peval_lstring(engine.api(), script.data(), script.size()) == 0;
+  duk_push_lstring(engine.Api(), folder.data(), folder.size());
+  duk_put_global_string(engine.Api(), "folder");
+  const bool went_well = duk_peval_lstring(engine.Api(), script.data(), script.size()) == 0;
   if (!went_well) {
-    std::fprintf(stderr, "%s\n%s\n", script.c_str(), duk_safe_to_string(engine.api(), -1));
+    std::fprintf(stderr, "%s\n%s\n", script.c_str(), duk_safe_to_string(engine.Api(), -1));
   }
   FUZZ_CHECK(went_well);
-  duk_get_global_string(engine.api(), "log");
+  duk_get_global_string(engine.Api(), "log");
   duk_size_t size = 0;
-  const char* log = duk_get_lstring(engine.api(), -1, &size);
+  const char* log = duk_get_lstring(engine.Api(), -1, &size);
   FUZZ_CHECK(log != nullptr);
   return {log, size};
 }
@@ -250,7 +250,7 @@ void RunStreams(FuzzInput& in) {
 ScriptEngine& Compiler() {
   static ScriptEngine engine;
   std::string problem;
-  if (engine.api() == nullptr) FUZZ_CHECK(engine.Start(&problem));
+  if (engine.Api() == nullptr) FUZZ_CHECK(engine.Start(&problem));
   return engine;
 }
 
@@ -260,7 +260,7 @@ void RunGrammar(FuzzInput& in) {
   };
   const mirolta::test::GeneratedScript made = mirolta::test::MakeScript(choose);
   const bool as_meant = RewriteCallAssignments(made.script) == made.rewritten;
-  const bool compiles = Compiles(Compiler().api(), made.rewritten);
+  const bool compiles = Compiles(Compiler().Api(), made.rewritten);
   if (!as_meant || !compiles) std::fprintf(stderr, "%s\n", made.script.c_str());
   FUZZ_CHECK(as_meant);
   FUZZ_CHECK(compiles);
@@ -270,8 +270,8 @@ void RunText(FuzzInput& in) {
   const Bytes rest = in.Rest();
   const std::string text(rest.begin(), rest.end());
   const std::string rewritten = RewriteCallAssignments(text);
-  const bool compiled = Compiles(Compiler().api(), text);
-  const bool compiles = Compiles(Compiler().api(), rewritten);
+  const bool compiled = Compiles(Compiler().Api(), text);
+  const bool compiles = Compiles(Compiler().Api(), rewritten);
   if (compiled && !compiles) std::fprintf(stderr, "%s\n", rewritten.c_str());
   FUZZ_CHECK(compiles || !compiled);
 }

@@ -9,7 +9,7 @@
 namespace mirolta::host {
 
 // CallRegistration loads a module and calls its DllRegisterServer or DllUnregisterServer in one
-// transaction of the registry.
+// batch of registry changes.
 // Errors: the function's status, that of loading the module or of reading or writing the registry,
 //         and E_FAIL if the registry still names the module after unregistration; *problem then has
 //         a message.

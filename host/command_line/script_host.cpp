@@ -24,9 +24,9 @@ constexpr char kUsage[] =
     "Runs a script like the platform's script host, with ActiveXObject, WScript and VBArray.\n"
     "If the module is not registered, the host uses ../lib/libMirolta.so relative to itself.\n"
     "\n"
-    "Exit status: 0 or the argument of WScript.Quit; 1 for an uncaught error, a script that cannot\n"
-    "be read or compiled, output that cannot be written, or a failed registration; 2 for a wrong\n"
-    "command line.\n"
+    "Exit status: 0 or the argument of WScript.Quit; 1 for an uncaught error, a script that\n"
+    "cannot be read or compiled, output that cannot be written, or a failed registration; 2 for a\n"
+    "wrong command line.\n"
     "The environment variable MIROLTA_REGISTRY names the registry file.\n";
 
 int ChangeRegistration(const char* module, bool registers) {

@@ -41,7 +41,7 @@ struct ErrorReport {
   std::string source;
 };
 // DescribeError reports the thrown value on top of the stack, which stays there. It throws no
-// engine error: a longjmp would skip the native frames of automation callers.
+// engine error: a longjmp would skip the destructors of automation callers.
 // Errors: std::bad_alloc.
 ErrorReport DescribeError(duk_context* engine);
 

@@ -1,5 +1,5 @@
 // Native functions of the script engine. The engine reports errors by longjmp, which runs no
-// destructors: a native function keeps what must be freed in a frame object outside a protected
+// destructors: a native function keeps what must be freed in a function object outside a protected
 // call and works inside the call. Exceptions must not reach the engine: std::bad_alloc becomes a
 // script error.
 #pragma once
@@ -30,21 +30,21 @@ duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
   return results;
 }
 
-// RunProtected is a native function that calls Frame::Run(duk_context*). Run finds the arguments on
-// the stack and returns 1 with its result on top, or 0 for undefined. Every call into the engine
-// may leave Run by longjmp: what Run must free is a member of Frame, and its locals have trivial
+// RunProtected is a native function that calls Function::Run(duk_context*). Run finds the arguments
+// on the stack and returns 1 with its result on top, or 0 for undefined. Every call into the engine
+// may leave Run by longjmp: what Run must free is a member of Function, and its locals have trivial
 // destructors.
-template <typename Frame>
+template <typename Function>
 duk_ret_t RunProtected(duk_context* engine) {
   struct Local {
-    static duk_ret_t Enter(duk_context* inner, void* frame) {
-      return ThrowIfExhausted(inner, [&] { return static_cast<Frame*>(frame)->Run(inner); });
+    static duk_ret_t Enter(duk_context* inner, void* function) {
+      return ThrowIfExhausted(inner, [&] { return static_cast<Function*>(function)->Run(inner); });
     }
   };
   duk_int_t status = DUK_EXEC_SUCCESS;
   {
-    Frame frame;
-    status = duk_safe_call(engine, &Local::Enter, &frame, 0, 1);
+    Function function;
+    status = duk_safe_call(engine, &Local::Enter, &function, 0, 1);
   }
   if (status != DUK_EXEC_SUCCESS) return duk_throw(engine);
   return 1;

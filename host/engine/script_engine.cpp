@@ -118,18 +118,18 @@ int RunLoaded(const std::string& path, Script* script, const std::vector<std::st
   bool succeeded = false;
   {
     ScriptEngine engine;
-    engine.context().script_path = path;
+    engine.Context().script_path = path;
     const std::string full = FullPath(path);
-    engine.context().script_full_path = full.empty() ? path : full;
-    engine.context().arguments = arguments;
+    engine.Context().script_full_path = full.empty() ? path : full;
+    engine.Context().arguments = arguments;
     std::string problem;
     if (!engine.Start(&problem)) {
       fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
       return 1;
     }
-    succeeded = duk_safe_call(engine.api(), CompileAndRun, script, 0, 1) == DUK_EXEC_SUCCESS;
+    succeeded = duk_safe_call(engine.Api(), CompileAndRun, script, 0, 1) == DUK_EXEC_SUCCESS;
     fflush(stdout);
-    if (!succeeded) PrintReport(DescribeError(engine.api()));
+    if (!succeeded) PrintReport(DescribeError(engine.Api()));
   }
   succeeded = FlushOutput() && succeeded && FinishOutputs();
   DiscardOutputs();

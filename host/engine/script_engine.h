@@ -18,11 +18,11 @@ class ScriptEngine {
   ~ScriptEngine();
 
   // The context, to be filled in before Start.
-  ScriptContext& context() { return context_; }
+  ScriptContext& Context() { return context_; }
   // Start creates the engine; false with a message in *problem if memory runs out.
   bool Start(std::string* problem);
   // The engine; null before Start.
-  duk_context* api() const { return context_.engine; }
+  duk_context* Api() const { return context_.engine; }
 
  private:
   ScriptContext context_;

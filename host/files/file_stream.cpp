@@ -24,10 +24,10 @@ class FileStream final : public CountedObject<FileStream, IStream> {
   FileStream(Reference<IStream>* system, const std::string& name,
              const std::shared_ptr<OutputFile>& output)
       : name_(name), output_(output) {
-    system_.Take(system->Release());
+    system_.Attach(system->Detach());
   }
 
-  OutputFile* output() const { return output_.get(); }
+  OutputFile* Output() const { return output_.get(); }
 
   static bool Implements(REFIID iid) {
     return iid == IID_ISequentialStream || iid == IID_IStream || iid == kFileStreamId;
@@ -101,7 +101,7 @@ class FileStream final : public CountedObject<FileStream, IStream> {
   ~FileStream() = default;
 
   // The output was finished or discarded: the file in place may not change any more.
-  bool IsEnded() const { return output_ != nullptr && !output_->is_open(); }
+  bool IsEnded() const { return output_ != nullptr && !output_->IsOpen(); }
   HRESULT Recorded(HRESULT status) const {
     if (SUCCEEDED(status)) return status;
     try {
@@ -139,7 +139,7 @@ struct OpenedFile {
 HRESULT Open(const Units& path, const std::string& name, const FileMode& mode, bool is_private,
              OpenedFile* file) {
   if (!mode.makes_file) {
-    return SHCreateStreamOnFileEx(path.c_str(), mode.access, 0, FALSE, nullptr, file->stream.Out());
+    return SHCreateStreamOnFileEx(path.c_str(), mode.access, 0, FALSE, nullptr, file->stream.Put());
   }
   Target target;
   const std::string system_path = SystemFromUnits(path);
@@ -150,7 +150,7 @@ HRESULT Open(const Units& path, const std::string& name, const FileMode& mode, b
   // A path that cannot be resolved is opened too: that gives the status to return.
   if (error != 0 || target.kind == TargetKind::kOther) {
     return SHCreateStreamOnFileEx(path.c_str(), mode.access | STGM_CREATE, 0, FALSE, nullptr,
-                                  file->stream.Out());
+                                  file->stream.Put());
   }
   const OutputOptions options = {mode.access, mode.must_be_new, is_private};
   return OutputFile::Open(target, name, options, &file->stream, &file->output);
@@ -165,7 +165,7 @@ HRESULT OpenFileStream(const std::string& name, const FileMode& mode, bool is_pr
   OpenedFile file;
   const HRESULT status = Open(path, name, mode, is_private, &file);
   if (FAILED(status)) return status;
-  *stream->Out() = new FileStream(&file.stream, name, file.output);
+  *stream->Put() = new FileStream(&file.stream, name, file.output);
   file.output.reset();
   return S_OK;
 }
@@ -175,7 +175,7 @@ OutputFile* OutputOf(IStream* stream) {
   if (FAILED(stream->QueryInterface(kFileStreamId, &found))) return nullptr;
   auto* file = static_cast<FileStream*>(static_cast<IStream*>(found));
   file->Release();
-  return file->output();
+  return file->Output();
 }
 
 void ForgetFileFailure() {

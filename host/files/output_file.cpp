@@ -76,7 +76,7 @@ HRESULT OutputFile::Open(const Target& target, const std::string& name,
   if (target.kind == TargetKind::kRegular) {
     // A file that the process may not write must not be replaced either.
     const HRESULT status = SHCreateStreamOnFileEx(UnitsFromSystem(target.path).c_str(), STGM_WRITE,
-                                                  0, FALSE, nullptr, stream->Out());
+                                                  0, FALSE, nullptr, stream->Put());
     if (FAILED(status)) return status;
   }
   auto made = std::make_shared<OutputFile>();
@@ -99,7 +99,7 @@ void OutputFile::Leave() {
 }
 
 int OutputFile::Replace() {
-  const int file = open(temporary_.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  const int file = open(temporary_.Path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (file < 0) return errno;
   int error = TakeOver(file, target_, options_.is_private);
   // Synced before it is renamed: after a crash the target is the old file or the new one.
@@ -138,7 +138,7 @@ bool FinishOutputs() {
     if (SUCCEEDED(status)) continue;
     finished = false;
     fprintf(stderr, "mirolta-host: %s: %s\n",
-            SystemFromUnits(UnitsFromEngine(output->name())).c_str(),
+            SystemFromUnits(UnitsFromEngine(output->Name())).c_str(),
             StandardText(status, "cannot be written"));
   }
   return finished;

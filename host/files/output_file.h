@@ -35,13 +35,13 @@ class OutputFile {
   [[nodiscard]] HRESULT Finish();
   // Discard removes the temporary file. Does nothing for an output that is not open.
   void Discard();
-  bool is_open() const { return is_open_; }
+  bool IsOpen() const { return is_open_; }
 
   // NoteFailure records that a write failed: Finish then fails with `status`, the first one.
   void NoteFailure(HRESULT status) {
     if (SUCCEEDED(failure_)) failure_ = status;
   }
-  const std::string& name() const { return name_; }
+  const std::string& Name() const { return name_; }
 
  private:
   void Leave();  // the list of open outputs

@@ -87,7 +87,7 @@ HRESULT TemporaryFile::Create(const std::string& folder, DWORD mode, Reference<I
   for (int tries = 0; status == STG_E_FILEALREADYEXISTS && tries < 1000; ++tries) {
     path_ = folder + ".mirolta-" + std::to_string(getpid()) + "-" + std::to_string(++last_number);
     status = SHCreateStreamOnFileEx(UnitsFromSystem(path_).c_str(), mode, 0, TRUE, nullptr,
-                                    stream->Out());
+                                    stream->Put());
   }
   umask(mask);
   if (FAILED(status)) {

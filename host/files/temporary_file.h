@@ -28,7 +28,7 @@ class TemporaryFile {
   [[nodiscard]] int MoveTo(const std::string& target, bool must_be_new);
 
   void Remove();
-  const std::string& path() const { return path_; }
+  const std::string& Path() const { return path_; }
 
  private:
   friend void RemoveOnSignal(int signal);

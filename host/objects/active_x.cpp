@@ -18,7 +18,7 @@ HRESULT CreateRegistered(const OLECHAR* name, Reference<IDispatch>* object) {
   if (FAILED(status)) return status;
   void* made = nullptr;
   const HRESULT created = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &made);
-  object->Take(made);
+  object->Attach(static_cast<IDispatch*>(made));
   return created;
 }
 
@@ -29,7 +29,7 @@ HRESULT Create(const OLECHAR* name, Reference<IDispatch>* object) {
   return CreateRegistered(name, object);
 }
 
-struct CreateFrame {
+struct CreateFunction {
   Units name;
   Reference<IDispatch> object;
   duk_ret_t Run(duk_context* engine) {
@@ -42,7 +42,7 @@ struct CreateFrame {
                 StandardText(kCannotCreateObject, ""), text.data(), static_cast<unsigned>(status),
                 reason != nullptr ? ", " : "", reason != nullptr ? reason : "");
     }
-    PushDispatch(engine, object.Release());
+    PushDispatch(engine, object.Detach());
     return 1;
   }
 };
@@ -50,7 +50,7 @@ struct CreateFrame {
 }  // namespace
 
 void InstallActiveX(duk_context* engine) {
-  duk_push_c_function(engine, RunProtected<CreateFrame>, 1);
+  duk_push_c_function(engine, RunProtected<CreateFunction>, 1);
   duk_dup_top(engine);
   duk_put_global_string(engine, "ActiveXObject");
   duk_put_prop_string(engine, -2, "CreateObject");

@@ -59,7 +59,7 @@ duk_idx_t PushElements(duk_context* engine, duk_idx_t list) {
 }
 
 // obj.Name(arguments)
-struct CallFrame {
+struct CallFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     const duk_idx_t count = duk_get_top(engine);
@@ -70,7 +70,7 @@ struct CallFrame {
 };
 
 // obj(arguments), by the proxy trap apply(target, this, list of arguments)
-struct DefaultCallFrame {
+struct DefaultCallFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     constexpr duk_idx_t kList = 2;
@@ -82,7 +82,7 @@ struct DefaultCallFrame {
 };
 
 // valueOf and toString of an object that has no members of that name.
-struct DefaultValueFrame {
+struct DefaultValueFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     duk_push_this(engine);
@@ -90,9 +90,9 @@ struct DefaultValueFrame {
     return call.Call(engine, DISPID_VALUE, DISPATCH_PROPERTYGET);
   }
 };
-struct DefaultTextFrame : DefaultValueFrame {
+struct DefaultTextFunction : DefaultValueFunction {
   duk_ret_t Run(duk_context* engine) {
-    DefaultValueFrame::Run(engine);
+    DefaultValueFunction::Run(engine);
     duk_to_string(engine, -1);
     return 1;
   }
@@ -120,7 +120,7 @@ duk_ret_t MakeAssignment(duk_context* engine) {
   return 1;
 }
 
-struct AssignmentFrame {
+struct AssignmentFunction {
   MemberCall call;
   DISPID id = 0;
 
@@ -137,14 +137,14 @@ struct AssignmentFrame {
     return PushElements(engine, duk_get_top_index(engine));
   }
 };
-struct AssignmentGetFrame : AssignmentFrame {
+struct AssignmentGetFunction : AssignmentFunction {
   duk_ret_t Run(duk_context* engine) {
     const duk_idx_t count = Open(engine);
     call.TakeArguments(engine, duk_get_top(engine) - count, count);
     return call.Call(engine, id, kCallFlags);
   }
 };
-struct AssignmentPutFrame : AssignmentFrame {
+struct AssignmentPutFunction : AssignmentFunction {
   duk_ret_t Run(duk_context* engine) {
     const duk_idx_t count = Open(engine);
     duk_dup(engine, 0);
@@ -160,7 +160,7 @@ bool IsReadableOnlyByCall(HRESULT status) {
 }
 
 // The proxy trap get(target, name)
-struct GetFrame {
+struct GetFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     constexpr duk_idx_t kTarget = 0, kName = 1;
@@ -178,12 +178,12 @@ struct GetFrame {
     }
     if (!call.FindId(engine, kName, &id)) return PushBuiltIn(engine, name, is_call);
     if (is_call) {
-      PushMemberFunction(engine, RunProtected<CallFrame>, kTarget, id);
+      PushMemberFunction(engine, RunProtected<CallFunction>, kTarget, id);
       return 1;
     }
     const HRESULT status = call.Invoke(engine, id, DISPATCH_PROPERTYGET);
     if (IsReadableOnlyByCall(status)) {
-      PushMemberFunction(engine, RunProtected<CallFrame>, kTarget, id);
+      PushMemberFunction(engine, RunProtected<CallFunction>, kTarget, id);
     } else if (FAILED(status)) {
       call.Throw(engine, status);
     } else {
@@ -194,9 +194,9 @@ struct GetFrame {
 
   static duk_ret_t PushBuiltIn(duk_context* engine, std::string_view name, bool is_call) {
     if (name == "valueOf") {
-      duk_push_c_function(engine, RunProtected<DefaultValueFrame>, 0);
+      duk_push_c_function(engine, RunProtected<DefaultValueFunction>, 0);
     } else if (name == "toString" || name == "toLocaleString") {
-      duk_push_c_function(engine, RunProtected<DefaultTextFrame>, 0);
+      duk_push_c_function(engine, RunProtected<DefaultTextFunction>, 0);
     } else if (is_call) {
       ThrowStatus(engine, kNoSuchMember);
     } else {
@@ -207,7 +207,7 @@ struct GetFrame {
 };
 
 // The proxy trap set(target, name, value)
-struct SetFrame {
+struct SetFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     constexpr duk_idx_t kTarget = 0, kName = 1, kValue = 2;
@@ -224,7 +224,7 @@ struct SetFrame {
 };
 
 // "Name" in obj, by the proxy trap has(target, name)
-struct HasFrame {
+struct HasFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     call.Bind(engine, 0);
@@ -244,10 +244,10 @@ duk_ret_t ListNothing(duk_context* engine) {
 }
 
 constexpr duk_function_list_entry kTraps[] = {
-    {"get", RunProtected<GetFrame>, 3},
-    {"set", RunProtected<SetFrame>, 4},
-    {"has", RunProtected<HasFrame>, 2},
-    {"apply", RunProtected<DefaultCallFrame>, 3},
+    {"get", RunProtected<GetFunction>, 3},
+    {"set", RunProtected<SetFunction>, 4},
+    {"has", RunProtected<HasFunction>, 2},
+    {"apply", RunProtected<DefaultCallFunction>, 3},
     {"construct", RefuseAction, 3},
     {"deleteProperty", RefuseAction, 2},
     {"defineProperty", RefuseAction, 3},
@@ -280,8 +280,8 @@ void InstallDispatchObjects(duk_context* engine) {
   KeepValue(engine, kHandler);
 
   duk_push_bare_object(engine);
-  DefineAccessor(engine, "value", RunProtected<AssignmentGetFrame>,
-                 RunProtected<AssignmentPutFrame>, 0);
+  DefineAccessor(engine, "value", RunProtected<AssignmentGetFunction>,
+                 RunProtected<AssignmentPutFunction>, 0);
   KeepValue(engine, kAssignment);
 }
 

@@ -35,7 +35,7 @@ void MemberCall::Bind(duk_context* engine, duk_idx_t index) {
   if (!HandleAt(engine, index, &number_)) ThrowStatus(engine, kNoSuchMember);
   const ObjectSlot* slot = SlotAt(engine, index, SlotKind::kDispatch);
   if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
-  object_.Share(slot->value.pdispVal);
+  object_.Assign(slot->value.pdispVal);
 }
 
 bool MemberCall::FindId(duk_context* engine, duk_idx_t name, DISPID* id) {

@@ -10,8 +10,8 @@
 
 namespace mirolta::host {
 
-// Owns the arguments, the result and the error information of a call. Belongs into a frame
-// (protected_call.h).
+// Owns the arguments, the result and the error information of a call. Belongs into a
+// function object (protected_call.h).
 class MemberCall {
  public:
   MemberCall() = default;

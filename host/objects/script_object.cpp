@@ -108,7 +108,7 @@ duk_ret_t KeepError(duk_context* engine, void* number) {
 }
 
 // Reports the error on top of the stack to the automation caller and pops it. No engine error may
-// leave this function: a longjmp would skip the caller's frames.
+// leave this function: a longjmp would skip the caller's destructors.
 HRESULT ReportError(duk_context* engine, EXCEPINFO* exception) {
   const ErrorReport report = DescribeError(engine);
   HRESULT number = FAILED(report.number) ? report.number : E_FAIL;
@@ -160,9 +160,7 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
     InterlockedIncrement(&link_->references);
   }
 
-  static bool Implements(REFIID iid) {
-    return iid == IID_IDispatch || iid == kScriptObjectId;
-  }
+  static bool Implements(REFIID iid) { return iid == IID_IDispatch || iid == kScriptObjectId; }
 
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (count == nullptr) return E_POINTER;
@@ -209,7 +207,7 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
     if (result != nullptr) VariantInit(result);
     // The script may release the last other reference during the call.
     Reference<IDispatch> self;
-    self.Share(this);
+    self.Assign(this);
     duk_context* engine = link_->engine;
     ++link_->calls_running;
     const duk_int_t failed = duk_safe_call(engine, ProtectedCall, &call, 0, 1);
@@ -224,8 +222,8 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
     return status;
   }
 
-  const ScriptLink* link() const { return link_; }
-  uint32_t key() const { return key_; }
+  const ScriptLink* Link() const { return link_; }
+  uint32_t Key() const { return key_; }
 
  private:
   friend CountedObject;
@@ -296,9 +294,9 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object) {
   void* found = nullptr;
   if (FAILED(object->QueryInterface(kScriptObjectId, &found))) return false;
   auto* wrapper = static_cast<ScriptObject*>(static_cast<IDispatch*>(found));
-  const uint32_t key = wrapper->key();
+  const uint32_t key = wrapper->Key();
   // A script object of another engine is an automation object like any other.
-  const bool is_ours = wrapper->link() == ContextOf(engine).link;
+  const bool is_ours = wrapper->Link() == ContextOf(engine).link;
   wrapper->Release();
   if (!is_ours) return false;
   PushTarget(engine, key);

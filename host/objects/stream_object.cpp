@@ -57,8 +57,8 @@ void PushCount(duk_context* engine, uint64_t count) {
   duk_push_number(engine, static_cast<double>(count));
 }
 
-// The frame of a native member of a stream object.
-struct StreamFrame {
+// The base of the native members of stream objects.
+struct StreamFunction {
   Reference<IStream> stream;
 
   void Open(duk_context* engine) {
@@ -68,7 +68,7 @@ struct StreamFrame {
     duk_pop(engine);
     if (IsClosedStream(*slot)) ThrowStatus(engine, kStreamClosed);
     ForgetFileFailure();
-    stream.Share(static_cast<IStream*>(slot->value.punkVal));
+    stream.Assign(static_cast<IStream*>(slot->value.punkVal));
   }
   void Check(duk_context* engine, HRESULT status) const {
     if (FAILED(status)) ThrowForFile(engine, status);
@@ -84,7 +84,7 @@ struct StreamFrame {
 };
 
 // Reads until there are enough bytes or a read returns none: one read may return fewer than remain.
-struct ReadFrame : StreamFrame {
+struct ReadFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     const uint64_t count = duk_is_undefined(engine, 0) ? kDefaultRead : CountAt(engine, 0);
@@ -127,7 +127,7 @@ struct ReadFrame : StreamFrame {
   }
 };
 
-struct WriteFrame : StreamFrame {
+struct WriteFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     const uint8_t* bytes = nullptr;
@@ -144,7 +144,7 @@ struct WriteFrame : StreamFrame {
   }
 };
 
-struct SeekFrame : StreamFrame {
+struct SeekFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     const double move = NumberWithin(engine, 0, -kMostPosition, kMostPosition, kInvalidCall);
@@ -155,14 +155,14 @@ struct SeekFrame : StreamFrame {
   }
 };
 
-struct CopyFrame : StreamFrame {
+struct CopyFunction : StreamFunction {
   Reference<IStream> to;
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     ThrowIfClosed(engine, 0);
     const ObjectSlot* slot = SlotAt(engine, 0, SlotKind::kStream);
     if (slot == nullptr) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
-    to.Share(static_cast<IStream*>(slot->value.punkVal));
+    to.Assign(static_cast<IStream*>(slot->value.punkVal));
     ULARGE_INTEGER count, read, written;
     count.QuadPart = duk_is_undefined(engine, 1) ? ~uint64_t{0} >> 1 : CountAt(engine, 1);
     read.QuadPart = written.QuadPart = 0;
@@ -172,21 +172,21 @@ struct CopyFrame : StreamFrame {
   }
 };
 
-struct GetPositionFrame : StreamFrame {
+struct GetPositionFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     PushCount(engine, SeekTo(engine, 0, STREAM_SEEK_CUR));
     return 1;
   }
 };
-struct SetPositionFrame : StreamFrame {
+struct SetPositionFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     SeekTo(engine, static_cast<int64_t>(CountAt(engine, 0)), STREAM_SEEK_SET);
     return 0;
   }
 };
-struct GetSizeFrame : StreamFrame {
+struct GetSizeFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     STATSTG statistics = {};
@@ -195,7 +195,7 @@ struct GetSizeFrame : StreamFrame {
     return 1;
   }
 };
-struct SetSizeFrame : StreamFrame {
+struct SetSizeFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     ULARGE_INTEGER size;
@@ -204,7 +204,7 @@ struct SetSizeFrame : StreamFrame {
     return 0;
   }
 };
-struct CommitFrame : StreamFrame {
+struct CommitFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     Check(engine, stream->Commit(STGC_DEFAULT));
@@ -213,7 +213,7 @@ struct CommitFrame : StreamFrame {
 };
 
 // The text of an ordinary object; conversion of a closed stream throws.
-struct TextFrame : StreamFrame {
+struct TextFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     duk_push_string(engine, "[object Object]");
@@ -222,7 +222,7 @@ struct TextFrame : StreamFrame {
 };
 
 // Closes the stream object `this`. Does nothing if it is closed.
-struct EndFrame {
+struct EndFunction {
   Reference<IStream> stream;
 
   OutputFile* TakeOutput(duk_context* engine) {
@@ -230,21 +230,21 @@ struct EndFrame {
     ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
     if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
     if (IsClosedStream(*slot)) return nullptr;
-    stream.Take(static_cast<IStream*>(slot->value.punkVal));
+    stream.Attach(static_cast<IStream*>(slot->value.punkVal));
     slot->value = VARIANT{};
     return OutputOf(stream.Get());
   }
 };
-struct CloseFrame : EndFrame {
+struct CloseFunction : EndFunction {
   duk_ret_t Run(duk_context* engine) {
     OutputFile* output = TakeOutput(engine);
     if (output == nullptr) return 0;
     const HRESULT status = output->Finish();
     if (SUCCEEDED(status)) return 0;
-    ThrowNamed(engine, status, output->name().c_str(), "The file cannot be written");
+    ThrowNamed(engine, status, output->Name().c_str(), "The file cannot be written");
   }
 };
-struct DiscardFrame : EndFrame {
+struct DiscardFunction : EndFunction {
   duk_ret_t Run(duk_context* engine) {
     OutputFile* output = TakeOutput(engine);
     if (output != nullptr) output->Discard();
@@ -253,23 +253,23 @@ struct DiscardFrame : EndFrame {
 };
 
 constexpr duk_function_list_entry kMethods[] = {
-    {"Read", RunProtected<ReadFrame>, 1},
-    {"Write", RunProtected<WriteFrame>, 1},
-    {"Seek", RunProtected<SeekFrame>, 2},
-    {"CopyTo", RunProtected<CopyFrame>, 2},
-    {"Commit", RunProtected<CommitFrame>, 0},
-    {"Close", RunProtected<CloseFrame>, 0},
-    {"Discard", RunProtected<DiscardFrame>, 0},
-    {"toString", RunProtected<TextFrame>, 0},
+    {"Read", RunProtected<ReadFunction>, 1},
+    {"Write", RunProtected<WriteFunction>, 1},
+    {"Seek", RunProtected<SeekFunction>, 2},
+    {"CopyTo", RunProtected<CopyFunction>, 2},
+    {"Commit", RunProtected<CommitFunction>, 0},
+    {"Close", RunProtected<CloseFunction>, 0},
+    {"Discard", RunProtected<DiscardFunction>, 0},
+    {"toString", RunProtected<TextFunction>, 0},
     {nullptr, nullptr, 0},
 };
 
 // WScript.OpenFile(path, mode, isPrivate)
-struct OpenFileFrame {
+struct OpenFileFunction {
   std::string name;
   Reference<IStream> stream;  // until the script owns it
 
-  ~OpenFileFrame() {
+  ~OpenFileFunction() {
     OutputFile* output = stream ? OutputOf(stream.Get()) : nullptr;
     if (output != nullptr) output->Discard();
   }
@@ -303,7 +303,7 @@ struct OpenFileFrame {
 };
 
 // WScript.MemoryStream(bytes): copies the bytes; the position is 0.
-struct MemoryStreamFrame {
+struct MemoryStreamFunction {
   Reference<IStream> stream;
   duk_ret_t Run(duk_context* engine) {
     const uint8_t* bytes = nullptr;
@@ -312,7 +312,7 @@ struct MemoryStreamFrame {
       ThrowIfClosed(engine, 0);
       ThrowStatus(engine, DISP_E_TYPEMISMATCH);
     }
-    HRESULT status = CreateStreamOnHGlobal(nullptr, TRUE, stream.Out());
+    HRESULT status = CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
     if (SUCCEEDED(status) && size != 0) {
       ULONG done = 0;
       status = stream->Write(bytes, static_cast<ULONG>(size), &done);
@@ -321,13 +321,13 @@ struct MemoryStreamFrame {
       if (SUCCEEDED(status)) status = stream->Seek(start, STREAM_SEEK_SET, nullptr);
     }
     if (FAILED(status)) ThrowStatus(engine, status);
-    PushStream(engine, stream.Release());
+    PushStream(engine, stream.Detach());
     return 1;
   }
 };
 
 // WScript.StreamOf(object)
-struct StreamOfFrame {
+struct StreamOfFunction {
   ScopedVariant value;
   Reference<IStream> stream;
   duk_ret_t Run(duk_context* engine) {
@@ -336,17 +336,15 @@ struct StreamOfFrame {
     if ((value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) || value.punkVal == nullptr) {
       ThrowStatus(engine, DISP_E_TYPEMISMATCH);
     }
-    void* found = nullptr;
-    const HRESULT status = value.punkVal->QueryInterface(IID_IStream, &found);
+    const HRESULT status = stream.Query(value.punkVal, IID_IStream);
     if (FAILED(status)) ThrowStatus(engine, status);
-    stream.Take(found);
-    PushStream(engine, stream.Release());
+    PushStream(engine, stream.Detach());
     return 1;
   }
 };
 
 // WScript.IsSameFile(a, b)
-struct SameFileFrame {
+struct SameFileFunction {
   std::string paths[2];
   duk_ret_t Run(duk_context* engine) {
     for (duk_idx_t i = 0; i < 2; ++i) {
@@ -358,10 +356,10 @@ struct SameFileFrame {
 };
 
 constexpr duk_function_list_entry kMakers[] = {
-    {"OpenFile", RunProtected<OpenFileFrame>, 3},
-    {"IsSameFile", RunProtected<SameFileFrame>, 2},
-    {"MemoryStream", RunProtected<MemoryStreamFrame>, 1},
-    {"StreamOf", RunProtected<StreamOfFrame>, 1},
+    {"OpenFile", RunProtected<OpenFileFunction>, 3},
+    {"IsSameFile", RunProtected<SameFileFunction>, 2},
+    {"MemoryStream", RunProtected<MemoryStreamFunction>, 1},
+    {"StreamOf", RunProtected<StreamOfFunction>, 1},
     {nullptr, nullptr, 0},
 };
 
@@ -382,10 +380,10 @@ void PushStream(duk_context* engine, IStream* stream) {
 void InstallStreams(duk_context* engine) {
   duk_push_object(engine);
   duk_put_function_list(engine, -1, kMethods);
-  DefineAccessor(engine, "Size", RunProtected<GetSizeFrame>, RunProtected<SetSizeFrame>,
+  DefineAccessor(engine, "Size", RunProtected<GetSizeFunction>, RunProtected<SetSizeFunction>,
                  DUK_DEFPROP_SET_ENUMERABLE);
-  DefineAccessor(engine, "Position", RunProtected<GetPositionFrame>,
-                 RunProtected<SetPositionFrame>, DUK_DEFPROP_SET_ENUMERABLE);
+  DefineAccessor(engine, "Position", RunProtected<GetPositionFunction>,
+                 RunProtected<SetPositionFunction>, DUK_DEFPROP_SET_ENUMERABLE);
   KeepValue(engine, kPrototype);
   duk_put_function_list(engine, -1, kMakers);
 }

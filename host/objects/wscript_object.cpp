@@ -28,7 +28,7 @@ enum class Output { kStandard, kError };
 // Prints the arguments, separated by spaces. Numbers, booleans and undefined are coerced to text by
 // the platform, as its own script host does: true prints as -1, numbers have 15 digits.
 template <Output kOutput, bool kEndsLine>
-struct PrintFrame {
+struct PrintFunction {
   std::string text;
   ScopedVariant value;
 
@@ -60,10 +60,10 @@ struct PrintFrame {
     return 0;
   }
 };
-using OutWriteFrame = PrintFrame<Output::kStandard, false>;
-using OutWriteLineFrame = PrintFrame<Output::kStandard, true>;
-using ErrWriteFrame = PrintFrame<Output::kError, false>;
-using ErrWriteLineFrame = PrintFrame<Output::kError, true>;
+using OutWriteFunction = PrintFunction<Output::kStandard, false>;
+using OutWriteLineFunction = PrintFunction<Output::kStandard, true>;
+using ErrWriteFunction = PrintFunction<Output::kError, false>;
+using ErrWriteLineFunction = PrintFunction<Output::kError, true>;
 
 // Ends the process; no finally block runs.
 duk_ret_t Quit(duk_context* engine) {
@@ -89,7 +89,7 @@ duk_ret_t Sleep(duk_context* engine) {
 }
 
 // WScript.Arguments(i) and WScript.Arguments.Item(i)
-struct ArgumentFrame {
+struct ArgumentFunction {
   Units text;
   duk_ret_t Run(duk_context* engine) {
     const auto& arguments = ContextOf(engine).arguments;
@@ -102,7 +102,7 @@ struct ArgumentFrame {
 };
 
 // WScript.EnvironmentVariable(name): its text, undefined if it is not set.
-struct EnvironmentFrame {
+struct EnvironmentFunction {
   std::string name;
   Units text;
   duk_ret_t Run(duk_context* engine) {
@@ -167,8 +167,8 @@ void PutStandardStream(duk_context* engine, const char* name, int file, duk_c_fu
 }
 
 void PutArguments(duk_context* engine) {
-  duk_push_c_function(engine, RunProtected<ArgumentFrame>, 1);
-  duk_push_c_function(engine, RunProtected<ArgumentFrame>, 1);
+  duk_push_c_function(engine, RunProtected<ArgumentFunction>, 1);
+  duk_push_c_function(engine, RunProtected<ArgumentFunction>, 1);
   duk_put_prop_string(engine, -2, "Item");
   duk_push_c_function(engine, CountArguments, 0);
   duk_put_prop_string(engine, -2, "Count");
@@ -180,8 +180,8 @@ void PutArguments(duk_context* engine) {
 }
 
 constexpr duk_function_list_entry kMembers[] = {
-    {"Echo", RunProtected<OutWriteLineFrame>, DUK_VARARGS},
-    {"EnvironmentVariable", RunProtected<EnvironmentFrame>, 1},
+    {"Echo", RunProtected<OutWriteLineFunction>, DUK_VARARGS},
+    {"EnvironmentVariable", RunProtected<EnvironmentFunction>, 1},
     {"Quit", Quit, 1},
     {"Sleep", Sleep, 1},
     {nullptr, nullptr, 0},
@@ -207,10 +207,10 @@ void InstallWScript(duk_context* engine) {
   PutText(engine, "ScriptName", std::string(FileName(context.script_full_path)));
   PutText(engine, "ScriptFullName", context.script_full_path);
   PutText(engine, "Name", "mirolta-host");
-  PutStandardStream(engine, "StdOut", STDOUT_FILENO, RunProtected<OutWriteFrame>,
-                    RunProtected<OutWriteLineFrame>);
-  PutStandardStream(engine, "StdErr", STDERR_FILENO, RunProtected<ErrWriteFrame>,
-                    RunProtected<ErrWriteLineFrame>);
+  PutStandardStream(engine, "StdOut", STDOUT_FILENO, RunProtected<OutWriteFunction>,
+                    RunProtected<OutWriteLineFunction>);
+  PutStandardStream(engine, "StdErr", STDERR_FILENO, RunProtected<ErrWriteFunction>,
+                    RunProtected<ErrWriteLineFunction>);
   PutArguments(engine);
   InstallActiveX(engine);
   InstallStreams(engine);

@@ -108,8 +108,7 @@ class Splitter {
       return true;
     }
     const string_view rest = script_.substr(std::min(index, script_.size()));
-    return ByteOf(c) >= 0x80 && LineBreakLength(rest) == 0 &&
-           SpaceLength(rest) == 0;
+    return ByteOf(c) >= 0x80 && LineBreakLength(rest) == 0 && SpaceLength(rest) == 0;
   }
 
   // Skips spaces and comments; false at the end.

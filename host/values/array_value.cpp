@@ -17,8 +17,8 @@ constexpr char kLowerBoundKey[] = DUK_HIDDEN_SYMBOL("lower");
 constexpr char kArrayKey[] = DUK_HIDDEN_SYMBOL("array");
 constexpr UINT kMostDimensions = 60;
 
-// The frame of a native member of VBArray: a copy of the array that `this` wraps.
-struct ArrayFrame {
+// The base of the native members of VBArray: a copy of the array that `this` wraps.
+struct ArrayFunction {
   ScopedVariant array;
 
   void Open(duk_context* engine) {
@@ -69,7 +69,7 @@ struct ArrayFrame {
   ScopedVariant element;
 };
 
-struct DimensionsFrame : ArrayFrame {
+struct DimensionsFunction : ArrayFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     duk_push_uint(engine, Dimensions());
@@ -78,7 +78,7 @@ struct DimensionsFrame : ArrayFrame {
 };
 
 template <bool kIsUpper>
-struct BoundFrame : ArrayFrame {
+struct BoundFunction : ArrayFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     LONG lower = 0, upper = 0;
@@ -88,7 +88,7 @@ struct BoundFrame : ArrayFrame {
   }
 };
 
-struct GetItemFrame : ArrayFrame {
+struct GetItemFunction : ArrayFunction {
   duk_ret_t Run(duk_context* engine) {
     const duk_idx_t given = duk_get_top(engine);
     Open(engine);
@@ -104,7 +104,7 @@ struct GetItemFrame : ArrayFrame {
 };
 
 // All elements in column-major order: the first index varies fastest.
-struct ToArrayFrame : ArrayFrame {
+struct ToArrayFunction : ArrayFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     const UINT dimensions = Dimensions();
@@ -150,11 +150,11 @@ duk_ret_t ConstructVbArray(duk_context* engine) {
 }
 
 constexpr duk_function_list_entry kMembers[] = {
-    {"dimensions", RunProtected<DimensionsFrame>, 0},
-    {"lbound", RunProtected<BoundFrame<false>>, 1},
-    {"ubound", RunProtected<BoundFrame<true>>, 1},
-    {"getItem", RunProtected<GetItemFrame>, DUK_VARARGS},
-    {"toArray", RunProtected<ToArrayFrame>, 0},
+    {"dimensions", RunProtected<DimensionsFunction>, 0},
+    {"lbound", RunProtected<BoundFunction<false>>, 1},
+    {"ubound", RunProtected<BoundFunction<true>>, 1},
+    {"getItem", RunProtected<GetItemFunction>, DUK_VARARGS},
+    {"toArray", RunProtected<ToArrayFunction>, 0},
     {nullptr, nullptr, 0},
 };
 

@@ -1,5 +1,5 @@
-// Owners of automation values for the host. The host links the platform only and holds no secrets
-// of its own, so its VARIANT is cleared; OwnedVariant, which the module uses, also wipes.
+// Owners of automation values and references. The host links the platform only, so it cannot use the
+// module's owned_value.h, whose OwnedVariant also wipes: the host keeps no secrets of its own.
 #pragma once
 
 #include <utility>
@@ -16,7 +16,7 @@ struct ScopedVariant : VARIANT {
   ~ScopedVariant() { VariantClear(this); }
 };
 
-// A counted reference.
+// Owns one counted reference; its operations are those of the module's OwnedReference.
 template <typename Interface>
 class Reference {
  public:
@@ -29,23 +29,32 @@ class Reference {
   Interface* operator->() const { return pointer_; }
   explicit operator bool() const { return pointer_ != nullptr; }
 
-  // Where a callee puts a reference that this owner then holds.
-  Interface** Out() {
+  // Reset releases the reference. The owner is empty before Release runs, which may re-enter.
+  void Reset() { Attach(nullptr); }
+  // Attach takes ownership of the caller's reference.
+  void Attach(Interface* pointer) {
+    Interface* const old = std::exchange(pointer_, pointer);
+    if (old != nullptr) old->Release();
+  }
+  // Assign adds a reference of its own.
+  void Assign(Interface* pointer) {
+    if (pointer != nullptr) pointer->AddRef();
+    Attach(pointer);
+  }
+  // Detach gives the reference to the caller.
+  Interface* Detach() { return std::exchange(pointer_, nullptr); }
+  // Put empties the owner and returns the place for an out-pointer.
+  Interface** Put() {
     Reset();
     return &pointer_;
   }
-  // Takes over the reference that a callee put into a place of no type.
-  void Take(void* pointer) { *Out() = static_cast<Interface*>(pointer); }
-  // Adds a reference of its own.
-  void Share(Interface* pointer) {
-    if (pointer != nullptr) pointer->AddRef();
-    Reset();
-    pointer_ = pointer;
-  }
-  Interface* Release() { return std::exchange(pointer_, nullptr); }
-  void Reset() {
-    Interface* old = std::exchange(pointer_, nullptr);
-    if (old != nullptr) old->Release();
+  // Query asks an object for Interface; the owner is empty after a failure.
+  // Errors: the object's status.
+  HRESULT Query(IUnknown* object, REFIID iid) {
+    void* found = nullptr;
+    const HRESULT status = object->QueryInterface(iid, &found);
+    Attach(SUCCEEDED(status) ? static_cast<Interface*>(found) : nullptr);
+    return status;
   }
 
  private:

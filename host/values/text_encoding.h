@@ -1,5 +1,5 @@
 // The three encodings of text in the host: the script engine stores CESU-8 (each surrogate encoded
-// on its own), automation stores 16-bit units, and the terminal, arguments and file names are
+// on its own), automation stores 16-bit code units, and the terminal, arguments and file names are
 // UTF-8.
 //
 // System bytes that are not UTF-8 become the lone surrogates U+DC80..U+DCFF and are written as the

@@ -145,10 +145,10 @@ TEST_F(CallAssignmentEngine, GeneratedScriptsAreRewrittenAsTheGeneratorExpects) 
     ASSERT_EQ(RewriteCallAssignments(one.rewritten), one.rewritten) << one.script;
     ++(one.call_assignments != 0 ? with_assignments : without);
     if (round % 8 != 0) continue;
-    ASSERT_EQ(duk_pcompile_lstring(api(), 0, one.rewritten.data(), one.rewritten.size()), 0)
+    ASSERT_EQ(duk_pcompile_lstring(Api(), 0, one.rewritten.data(), one.rewritten.size()), 0)
         << PopText() << "\n"
         << one.rewritten;
-    duk_pop(api());
+    duk_pop(Api());
   }
   EXPECT_GT(with_assignments, 1000);
   EXPECT_GT(without, 1000);

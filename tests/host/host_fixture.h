@@ -24,22 +24,22 @@ class EngineTest : public testing::Test {
     std::string problem;
     ASSERT_TRUE(engine->Start(&problem)) << problem;
   }
-  duk_context* api() const { return engine_->api(); }
+  duk_context* Api() const { return engine_->Api(); }
 
   // Pops the value on top of the stack and returns its text.
   std::string PopText() {
-    std::string text = duk_safe_to_string(api(), -1);
-    duk_pop(api());
+    std::string text = duk_safe_to_string(Api(), -1);
+    duk_pop(Api());
     return text;
   }
   // Evaluates a script and returns the text of its value, or what Thrown returns for its error.
   std::string Run(const char* script) {
-    if (duk_peval_string(api(), script) == 0) return PopText();
-    duk_get_prop_string(api(), -1, "description");
+    if (duk_peval_string(Api(), script) == 0) return PopText();
+    duk_get_prop_string(Api(), -1, "description");
     const std::string description = PopText();
-    duk_get_prop_string(api(), -1, "number");
-    const HRESULT number = duk_get_int(api(), -1);
-    duk_pop_2(api());
+    duk_get_prop_string(Api(), -1, "number");
+    const HRESULT number = duk_get_int(Api(), -1);
+    duk_pop_2(Api());
     return Thrown(number, description);
   }
   static std::string Thrown(HRESULT number, const std::string& description) {

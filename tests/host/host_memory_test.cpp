@@ -235,14 +235,14 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
     static const bool prepared = PrepareModule();
     ASSERT_TRUE(prepared);
     engine_.emplace();
-    engine_->context().arguments = {"one", "two \xFF"};
+    engine_->Context().arguments = {"one", "two \xFF"};
     Start(&*engine_);
-    PushDispatch(api(), &sink_);
-    duk_put_global_string(api(), "sink");
-    duk_push_string(api(), file_.c_str());
-    duk_put_global_string(api(), "file");
-    ASSERT_EQ(duk_peval_string(api(), kStart), 0) << PopText();
-    duk_pop(api());
+    PushDispatch(Api(), &sink_);
+    duk_put_global_string(Api(), "sink");
+    duk_push_string(Api(), file_.c_str());
+    duk_put_global_string(Api(), "file");
+    ASSERT_EQ(duk_peval_string(Api(), kStart), 0) << PopText();
+    duk_pop(Api());
   }
   void TearDown() override {
     DiscardOutputs();
@@ -260,24 +260,24 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
   // Runs the function on top of the stack, which stays there.
   Outcome Run() {
     const Quiet quiet;
-    duk_dup_top(api());
+    duk_dup_top(Api());
     Outcome outcome;
-    outcome.threw = duk_pcall(api(), 0) != 0;
+    outcome.threw = duk_pcall(Api(), 0) != 0;
     return outcome;
   }
   // Reads and pops what Run left, when memory is available again.
   void Look(Outcome* outcome) {
-    if (outcome->threw && duk_is_error(api(), -1)) {
-      duk_get_prop_string(api(), -1, "number");
-      const HRESULT number = outcome->number = duk_get_int(api(), -1);
-      duk_pop(api());
-      duk_get_prop_string(api(), -1, "description");
+    if (outcome->threw && duk_is_error(Api(), -1)) {
+      duk_get_prop_string(Api(), -1, "number");
+      const HRESULT number = outcome->number = duk_get_int(Api(), -1);
+      duk_pop(Api());
+      duk_get_prop_string(Api(), -1, "description");
       const std::string description = PopText();
       outcome->is_out_of_memory =
           number == E_OUTOFMEMORY || number == STG_E_INSUFFICIENTMEMORY ||
           (number == kCannotCreateObject && description.find("8007000E") != std::string::npos);
       outcome->text = std::to_string(number) + " " + description;
-      duk_pop(api());
+      duk_pop(Api());
       return;
     }
     outcome->text = PopText();
@@ -285,14 +285,14 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
 
   // The number of objects that the script holds after garbage collection.
   size_t ObjectsHeld() {
-    duk_gc(api(), 0);
-    duk_gc(api(), 0);
-    return engine_->context().objects.Count();
+    duk_gc(Api(), 0);
+    duk_gc(Api(), 0);
+    return engine_->Context().objects.Count();
   }
 
   // Runs with allocation `count` failing; false if there were fewer.
   bool RunFailing(int count, Outcome* outcome) {
-    ScriptContext& context = engine_->context();
+    ScriptContext& context = engine_->Context();
     bool failed = false;
     switch (GetParam()) {
       case Heap::kOperatorNew: {
@@ -329,9 +329,9 @@ TEST_P(HostMemory, EveryFailedAllocationIsAnOutOfMemoryError) {
   for (const NativeRow& row : kRows) {
     SCOPED_TRACE(row.name);
     // A function that evaluates the row: the last expression is the result.
-    duk_push_string(api(), row.script);
-    duk_put_global_string(api(), "row");
-    ASSERT_EQ(duk_peval_string(api(), "(function () { return eval(row) })"), 0);
+    duk_push_string(Api(), row.script);
+    duk_put_global_string(Api(), "row");
+    ASSERT_EQ(duk_peval_string(Api(), "(function () { return eval(row) })"), 0);
     Outcome usual = Run();
     Look(&usual);
     ASSERT_FALSE(usual.threw) << usual.text;
@@ -364,7 +364,7 @@ TEST_P(HostMemory, EveryFailedAllocationIsAnOutOfMemoryError) {
       EXPECT_EQ(test::LiveAllocations(), blocks) << "after " << failures << " failures";
     }
     total_failures += failures;
-    duk_pop(api());
+    duk_pop(Api());
   }
   EXPECT_GT(total_failures, 100);
   EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
@@ -374,7 +374,7 @@ TEST_P(HostMemory, EveryFailedAllocationIsAnOutOfMemoryError) {
 
 // Fails for a native function of the host without a row above.
 TEST_P(HostMemory, EveryNativeFunctionHasARow) {
-  ASSERT_EQ(duk_peval_string(api(),
+  ASSERT_EQ(duk_peval_string(Api(),
                              "[WScript, WScript.StdOut, WScript.StdErr, WScript.Arguments,"
                              " Object.getPrototypeOf(stream), VBArray.prototype].map("
                              "Object.getOwnPropertyNames).join()"),
@@ -382,7 +382,7 @@ TEST_P(HostMemory, EveryNativeFunctionHasARow) {
       << PopText();
   // Not tested: texts, what ends the process, and what is not the host's own.
   std::string untested;
-  std::string names = std::string(duk_get_string(api(), -1)) + ",";
+  std::string names = std::string(duk_get_string(Api(), -1)) + ",";
   for (size_t end = 0; (end = names.find(',')) != std::string::npos; names.erase(0, end + 1)) {
     const std::string name = names.substr(0, end);
     bool found = name == "ScriptName" || name == "ScriptFullName" || name == "Name" ||

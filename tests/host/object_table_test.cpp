@@ -58,11 +58,11 @@ class StaleHandle : public EngineTest {
   }
 
   void Forget(const char* name) {
-    duk_get_global_string(api(), name);
+    duk_get_global_string(Api(), name);
     SlotNumber number = kNoSlot;
-    ASSERT_TRUE(HandleAt(api(), -1, &number));
-    engine_->context().objects.Remove(number);
-    duk_pop(api());
+    ASSERT_TRUE(HandleAt(Api(), -1, &number));
+    engine_->Context().objects.Remove(number);
+    duk_pop(Api());
   }
   const std::string error_ = Thrown(kDisconnected, "Object is not connected to server");
 };
@@ -89,9 +89,9 @@ TEST_F(StaleHandle, EveryUseOfAStaleArrayIsAnError) {
   SAFEARRAYBOUND bound = {2, 0};
   array.vt = VT_ARRAY | VT_I4;
   array.parray = SafeArrayCreate(VT_I4, 1, &bound);
-  PushSlotObject(api(), SlotKind::kArray, VARIANT{array}, PushPlainObject);
+  PushSlotObject(Api(), SlotKind::kArray, VARIANT{array}, PushPlainObject);
   array.vt = VT_EMPTY;  // the table owns the array
-  duk_put_global_string(api(), "list");
+  duk_put_global_string(Api(), "list");
   EXPECT_EQ(Run("var reader = new VBArray(list); reader.ubound()"), "1");
   Forget("list");
   EXPECT_EQ(Run("new VBArray(list)"), error_);

@@ -109,22 +109,22 @@ class PackagedScripts : public EngineTest {
     EngineTest::SetUp();
     const std::string parser = ReadFile(kParser);
     ASSERT_FALSE(parser.empty()) << kParser << " is missing: scripts/setup.sh installs it";
-    ASSERT_EQ(duk_peval_string(api(), "var window = this"), 0);
-    ASSERT_EQ(duk_peval_lstring(api(), parser.data(), parser.size()), 0) << PopText();
-    ASSERT_EQ(duk_peval_string(api(), kDescribe), 0) << PopText();
+    ASSERT_EQ(duk_peval_string(Api(), "var window = this"), 0);
+    ASSERT_EQ(duk_peval_lstring(Api(), parser.data(), parser.size()), 0) << PopText();
+    ASSERT_EQ(duk_peval_string(Api(), kDescribe), 0) << PopText();
   }
 
   bool Compiles(const std::string& text) {
-    const bool compiles = duk_pcompile_lstring(api(), 0, text.data(), text.size()) == 0;
-    duk_pop(api());
+    const bool compiles = duk_pcompile_lstring(Api(), 0, text.data(), text.size()) == 0;
+    duk_pop(Api());
     return compiles;
   }
 
   // False if the parser rejects the script.
   bool ParserDescribes(const std::string& text, std::string* out) {
-    duk_dup_top(api());
-    duk_push_lstring(api(), text.data(), text.size());
-    const bool parsed = duk_pcall(api(), 1) == 0;
+    duk_dup_top(Api());
+    duk_push_lstring(Api(), text.data(), text.size());
+    const bool parsed = duk_pcall(Api(), 1) == 0;
     *out = PopText();
     return parsed;
   }

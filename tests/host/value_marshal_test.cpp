@@ -63,13 +63,13 @@ class ValueMarshal : public EngineTest {
   void SetUp() override {
     EngineTest::SetUp();
     object_.AddRef();
-    PushDispatch(api(), &object_);
-    duk_put_global_string(api(), "o");
+    PushDispatch(Api(), &object_);
+    duk_put_global_string(Api(), "o");
   }
   void Convert(const char* script, VARIANT* out) {
-    ASSERT_EQ(duk_peval_string(api(), script), 0) << duk_safe_to_string(api(), -1);
-    ASSERT_EQ(VariantFromScript(api(), -1, out), S_OK) << script;
-    duk_pop(api());
+    ASSERT_EQ(duk_peval_string(Api(), script), 0) << duk_safe_to_string(Api(), -1);
+    ASSERT_EQ(VariantFromScript(Api(), -1, out), S_OK) << script;
+    duk_pop(Api());
   }
 
   RecordingObject object_;
@@ -108,15 +108,15 @@ TEST_F(ValueMarshal, TextKeepsEveryUnit) {
   ASSERT_EQ(value.vt, VT_BSTR);
   const OLECHAR expected[] = {'a', 0, 0xD800, 'b', 0x20AC};
   EXPECT_EQ(UnitsView(value.bstrVal, SysStringLen(value.bstrVal)), UnitsView(expected, 5));
-  PushVariant(api(), value);
-  EXPECT_EQ(duk_get_length(api(), -1), 5u);
-  duk_pop(api());
+  PushVariant(Api(), value);
+  EXPECT_EQ(duk_get_length(Api(), -1), 5u);
+  duk_pop(Api());
 }
 
 TEST_F(ValueMarshal, SymbolsAreTypeMismatchesAndLeaveTheResultEmpty) {
-  ASSERT_EQ(duk_peval_string(api(), "Symbol('s')"), 0);
+  ASSERT_EQ(duk_peval_string(Api(), "Symbol('s')"), 0);
   ScopedVariant value;
-  EXPECT_EQ(VariantFromScript(api(), -1, &value), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(VariantFromScript(Api(), -1, &value), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(value.vt, VT_EMPTY);
 }
 
@@ -124,9 +124,9 @@ TEST_F(ValueMarshal, ByteArraysKeepTheirLowerBound) {
   ScopedVariant value;
   value.parray = SafeArrayCreateVector(VT_UI1, -3, 2);
   value.vt = VT_ARRAY | VT_UI1;
-  PushVariant(api(), value);
+  PushVariant(Api(), value);
   ScopedVariant back;
-  ASSERT_EQ(VariantFromScript(api(), -1, &back), S_OK);
+  ASSERT_EQ(VariantFromScript(Api(), -1, &back), S_OK);
   ASSERT_EQ(back.vt, VT_ARRAY | VT_UI1);
   LONG lower = 0, upper = 0;
   EXPECT_EQ(SafeArrayGetLBound(back.parray, 1, &lower), S_OK);
@@ -180,8 +180,7 @@ TEST_F(ValueMarshal, FailedLookUpsThrowAndUnknownNamesAreUndefined) {
   EXPECT_EQ(Run("o.A"), Thrown(E_FAIL, "Unspecified error"));
   object_.lookup_status = DISP_E_UNKNOWNNAME;
   EXPECT_EQ(Run("o.A"), "undefined");
-  EXPECT_EQ(Run("o.A()"),
-            Thrown(kNoSuchMember, "Object doesn't support this property or method"));
+  EXPECT_EQ(Run("o.A()"), Thrown(kNoSuchMember, "Object doesn't support this property or method"));
 }
 
 TEST_F(ValueMarshal, EveryReferenceIsReleased) {
@@ -190,7 +189,7 @@ TEST_F(ValueMarshal, EveryReferenceIsReleased) {
   VariantClear(&object_.last_argument);
   EXPECT_EQ(object_.references, 2u);
   Run("o = null");
-  duk_gc(api(), 0);
+  duk_gc(Api(), 0);
   EXPECT_EQ(object_.references, 1u);
 }
 
@@ -199,9 +198,9 @@ TEST_F(ValueMarshal, TheEndOfTheEngineReleasesWhatTheScriptHolds) {
     ScriptEngine engine;
     Start(&engine);
     object_.AddRef();
-    PushDispatch(engine.api(), &object_);
-    duk_put_global_string(engine.api(), "o");
-    ASSERT_EQ(duk_peval_string(engine.api(), "var list = [o]; list.push(list, o.A);"), 0);
+    PushDispatch(engine.Api(), &object_);
+    duk_put_global_string(engine.Api(), "o");
+    ASSERT_EQ(duk_peval_string(engine.Api(), "var list = [o]; list.push(list, o.A);"), 0);
     EXPECT_EQ(object_.references, 3u);
   }
   EXPECT_EQ(object_.references, 2u);
@@ -217,8 +216,8 @@ TEST_F(ValueMarshal, CallsOfAScriptObjectFailAfterTheEndOfItsEngine) {
   {
     ScriptEngine engine;
     Start(&engine);
-    ASSERT_EQ(duk_peval_string(engine.api(), "({ valueOf: function () { return 4; } })"), 0);
-    wrapper = WrapScriptObject(engine.api(), -1);
+    ASSERT_EQ(duk_peval_string(engine.Api(), "({ valueOf: function () { return 4; } })"), 0);
+    wrapper = WrapScriptObject(engine.Api(), -1);
     ASSERT_NE(wrapper, nullptr);
     ScopedVariant result;
     EXPECT_EQ(ReadProperty(wrapper, DISPID_VALUE, &result), S_OK);
