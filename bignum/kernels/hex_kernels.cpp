@@ -65,7 +65,7 @@ uint32_t HexDigitValue(OLECHAR c) noexcept {
 constinit const KernelList<const HexKernels*> kHexKernels = kRows;
 
 const HexKernels& CurrentHexKernels() noexcept {
-  return *CurrentKernel<kRows>();
+  return *CurrentKernel<kHexKernels>();
 }
 
 }  // namespace mirolta

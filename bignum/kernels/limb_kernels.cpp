@@ -26,7 +26,7 @@ constexpr Kernel<const LimbKernels*> kRows[] = {
 constinit const KernelList<const LimbKernels*> kLimbKernels = kRows;
 
 const LimbKernels& CurrentLimbKernels() noexcept {
-  return *CurrentKernel<kRows>();
+  return *CurrentKernel<kLimbKernels>();
 }
 
 }  // namespace mirolta

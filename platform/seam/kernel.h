@@ -43,17 +43,18 @@ class KernelList {
 };
 
 // ChosenOnce is not inlined: callers of CurrentKernel need no registers for what runs once.
-template <const auto& kRows>
+template <const auto& kList>
 __attribute__((noinline)) auto ChosenOnce() noexcept {
-  return KernelList(kRows).Choose(ProcessorFeatures()).function;
+  return kList.Choose(ProcessorFeatures()).function;
 }
 
-// CurrentKernel returns the function of a KernelList, or of an array of rows, that this processor
-// runs. It is chosen at the first call. Engines and loops keep what it returns: every call checks
-// whether it is the first.
-template <const auto& kRows>
+// CurrentKernel returns the function of a KernelList that this processor runs. It is chosen at the
+// first call. Engines and loops keep what it returns: every call checks whether it is the first.
+// The list is a variable with external linkage: gcc 14 takes the instances for two internal ones of
+// one name, in two files, for one function.
+template <const auto& kList>
 auto CurrentKernel() noexcept {
-  static const auto chosen = ChosenOnce<kRows>();
+  static const auto chosen = ChosenOnce<kList>();
   return chosen;
 }
 

@@ -178,8 +178,15 @@ TEST(KernelListTest, HasAllRowsInTheirOrder) {
   EXPECT_EQ(expected, 0);
 }
 
+}  // namespace
+
+extern const KernelList<int> kTestKernels;
+constinit const KernelList<int> kTestKernels = kRows;
+
+namespace {
+
 TEST(CurrentKernelTest, IsTheRowForThisProcessor) {
-  EXPECT_EQ(CurrentKernel<kRows>(), KernelList<int>(kRows).Choose(ProcessorFeatures()).function);
+  EXPECT_EQ(CurrentKernel<kTestKernels>(), kTestKernels.Choose(ProcessorFeatures()).function);
 }
 
 }  // namespace
