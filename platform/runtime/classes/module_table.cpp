@@ -113,24 +113,19 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
   *out = nullptr;
   RuntimeArray<char> name;
   RuntimeArray<char> resolved;
-  Module* made = NewRuntime<Module>();
+  RuntimeOwner<Module> made(NewRuntime<Module>());
   if (made == nullptr || !AppendUtf8FromWide(file, &name) || !name.Append('\0')) {
-    DeleteRuntime(made);
     return E_OUTOFMEMORY;
   }
   const bool own = IsOwnName(name.Data());
   if (!own && HasBorrowedRights()) {
     const HRESULT trust = ResolveTrusted(name.Data(), &resolved);
-    if (FAILED(trust)) {
-      DeleteRuntime(made);
-      return trust;
-    }
+    if (FAILED(trust)) return trust;
     name.Swap(resolved);
   }
   // Outside the lock: modules attach and detach themselves as they are loaded and unloaded.
   void* library = own ? OpenSelf() : dlopen(name.Data(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
-    DeleteRuntime(made);
     return access(name.Data(), F_OK) == 0 ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
   }
   // Another thread may have just loaded the module. The loader's own lock is unknown to the
@@ -139,18 +134,15 @@ HRESULT OpenLibrary(LPCWSTR file, HMODULE* out) {
   link_map* map = nullptr;
   const void* base = nullptr;
   if (dlinfo(library, RTLD_DI_LINKMAP, &map) != 0 || !Locate(map->l_ld, &base, &made->file)) {
-    DeleteRuntime(made);
     dlclose(library);
     return E_OUTOFMEMORY;
   }
   const std::lock_guard<std::mutex> lock(g_lock);
   Module* module = FindByBase(base);
   if (module == nullptr) {
-    module = made;
+    module = made.release();
     module->base = base;
     Insert(module);
-  } else {
-    DeleteRuntime(made);
   }
   module->library = library;
   ++module->loads;
@@ -171,14 +163,11 @@ using namespace mirolta::runtime;
 
 extern "C" HINSTANCE mirolta::MiroltaAttachModule(const ModuleResources* resources) {
   if (resources == nullptr) return nullptr;
-  Module* module = NewRuntime<Module>();
-  if (module == nullptr) return nullptr;
-  if (!Locate(resources, &module->base, &module->file)) {
-    DeleteRuntime(module);
-    return nullptr;
-  }
-  module->resources = resources;
+  RuntimeOwner<Module> made(NewRuntime<Module>());
+  if (made == nullptr || !Locate(resources, &made->base, &made->file)) return nullptr;
+  made->resources = resources;
   const std::lock_guard<std::mutex> lock(g_lock);
+  Module* const module = made.release();
   Insert(module);
   return HandleOf(module);
 }

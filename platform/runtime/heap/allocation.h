@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -31,5 +32,15 @@ void DeleteRuntime(T* object) {
   object->~T();
   FreeRuntime(object);
 }
+
+// RuntimeOwner owns an object made by NewRuntime.
+struct RuntimeDeleter {
+  template <class T>
+  void operator()(T* object) const {
+    DeleteRuntime(object);
+  }
+};
+template <class T>
+using RuntimeOwner = std::unique_ptr<T, RuntimeDeleter>;
 
 }  // namespace mirolta::runtime

@@ -10,14 +10,13 @@ RegistryKey::~RegistryKey() {
 }
 
 RegistryKey* RegistryKey::AddChild(WideView name) {
-  RegistryKey* child = NewRuntime<RegistryKey>();
-  if (child == nullptr) return nullptr;
-  if (!child->name_.Append(name.data(), name.size()) || !children_.Append(child)) {
-    DeleteRuntime(child);
+  RuntimeOwner<RegistryKey> child(NewRuntime<RegistryKey>());
+  if (child == nullptr || !child->name_.Append(name.data(), name.size()) ||
+      !children_.Append(child.get())) {
     return nullptr;
   }
   child->parent_ = this;
-  return child;
+  return child.release();
 }
 
 void RegistryKey::RemoveChild(RegistryKey* child) {
@@ -25,9 +24,10 @@ void RegistryKey::RemoveChild(RegistryKey* child) {
   DeleteRuntime(child);
 }
 
-bool RegistryKey::AddValue(RegistryValue* value, bool first) {
-  if (first ? values_.Prepend(value) : values_.Append(value)) return true;
-  DeleteRuntime(value);
+bool RegistryKey::AddValue(RuntimeOwner<RegistryValue> value, bool first) {
+  RegistryValue* const added = value.release();
+  if (first ? values_.Prepend(added) : values_.Append(added)) return true;
+  DeleteRuntime(added);
   return false;
 }
 
@@ -36,13 +36,10 @@ bool RegistryKey::SetValue(WideView name, DWORD type, const BYTE* data, size_t s
   if (!copy.Append(data, size)) return false;
   RegistryValue* value = values_.Find(name);
   if (value == nullptr) {
-    value = NewRuntime<RegistryValue>();
-    if (value == nullptr) return false;
-    if (!value->name_text.Append(name.data(), name.size())) {
-      DeleteRuntime(value);
-      return false;
-    }
-    if (!AddValue(value, name.empty())) return false;
+    RuntimeOwner<RegistryValue> added(NewRuntime<RegistryValue>());
+    if (added == nullptr || !added->name_text.Append(name.data(), name.size())) return false;
+    value = added.get();
+    if (!AddValue(std::move(added), name.empty())) return false;
   }
   value->type = type;
   value->data.Swap(copy);
@@ -50,15 +47,11 @@ bool RegistryKey::SetValue(WideView name, DWORD type, const BYTE* data, size_t s
 }
 
 bool RegistryKey::AddComment(const char* text, size_t size) {
-  RegistryValue* comment = NewRuntime<RegistryValue>();
-  if (comment == nullptr) return false;
+  RuntimeOwner<RegistryValue> comment(NewRuntime<RegistryValue>());
+  if (comment == nullptr || !comment->data.Resize(size)) return false;
   comment->is_comment = true;
-  if (!comment->data.Resize(size)) {
-    DeleteRuntime(comment);
-    return false;
-  }
   std::memcpy(comment->data.Data(), text, size);
-  return AddValue(comment, false);
+  return AddValue(std::move(comment), false);
 }
 
 bool RegistryKey::RemoveValue(WideView name) {
@@ -71,16 +64,15 @@ bool RegistryKey::RemoveValue(WideView name) {
 
 bool RegistryKey::CopyTo(RegistryKey* copy) const {
   for (const RegistryValue* value = FirstValue(); value != nullptr; value = value->Next()) {
-    RegistryValue* added = NewRuntime<RegistryValue>();
+    RuntimeOwner<RegistryValue> added(NewRuntime<RegistryValue>());
     if (added == nullptr) return false;
     added->is_comment = value->is_comment;
     added->type = value->type;
     if (!added->name_text.Append(value->name_text.Data(), value->name_text.Size()) ||
         !added->data.Append(value->data.Data(), value->data.Size())) {
-      DeleteRuntime(added);
       return false;
     }
-    if (!copy->AddValue(added, false)) return false;
+    if (!copy->AddValue(std::move(added), false)) return false;
   }
   for (const RegistryKey* child = FirstChild(); child != nullptr; child = child->Next()) {
     RegistryKey* added = copy->AddChild(child->Name());

@@ -72,7 +72,7 @@ class RegistryKey {
   NamedListLinks<RegistryKey> links;  // the list's own
 
  private:
-  [[nodiscard]] bool AddValue(RegistryValue* value, bool first);
+  [[nodiscard]] bool AddValue(RuntimeOwner<RegistryValue> value, bool first);
 
   RegistryKey* parent_ = nullptr;
   NamedList<RegistryKey> children_;

@@ -142,6 +142,26 @@ HRESULT DefaultValue(IDispatch* object, LCID locale, VARIANT* value) {
   return DISP_E_TYPEMISMATCH;
 }
 
+HRESULT ChangeDefaultValue(IDispatch* object, LCID locale, USHORT flags, VARTYPE type,
+                           VARIANT* made) {
+  VARIANT value;
+  VariantInit(&value);
+  HRESULT status = DefaultValue(object, locale, &value);
+  if (FAILED(status)) return status;
+  if (value.vt == type && (type != VT_BSTR || value.bstrVal != nullptr)) {
+    // Moved, not copied: the value may be a secret.
+    *made = value;
+    return S_OK;
+  }
+  status = VariantChangeTypeEx(&value, &value, locale, flags, type);
+  if (SUCCEEDED(status)) {
+    *made = value;
+  } else {
+    VariantClear(&value);
+  }
+  return status;
+}
+
 HRESULT ChangeEmpty(VARTYPE type, VARIANT* made) {
   if (type == VT_BSTR) return MakeText(SysAllocString(OLESTR("")), made);
   if (type == VT_NULL) {
@@ -193,24 +213,7 @@ HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VAR
   }
   const bool to_value = type == VT_BSTR || IsNumeric(type);
   if (!to_value) return DISP_E_TYPEMISMATCH;
-  if (from.vt == VT_DISPATCH) {
-    VARIANT value;
-    VariantInit(&value);
-    HRESULT status = DefaultValue(from.pdispVal, locale, &value);
-    if (FAILED(status)) return status;
-    if (value.vt == type && (type != VT_BSTR || value.bstrVal != nullptr)) {
-      // Moved, not copied: the value may be a secret.
-      *made = value;
-      return S_OK;
-    }
-    status = VariantChangeTypeEx(&value, &value, locale, flags, type);
-    if (SUCCEEDED(status)) {
-      *made = value;
-    } else {
-      VariantClear(&value);
-    }
-    return status;
-  }
+  if (from.vt == VT_DISPATCH) return ChangeDefaultValue(from.pdispVal, locale, flags, type, made);
   if (from.vt == VT_BSTR) return NumberOfText(from.bstrVal, type, made);
   if (!IsNumeric(from.vt)) return DISP_E_TYPEMISMATCH;
   if (type == VT_BSTR) return TextOfNumber(from, flags, made);
