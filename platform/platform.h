@@ -12,3 +12,4 @@
 #include "seam/random.h"
 #include "seam/registry_change.h"
 #include "seam/wiped_work.h"
+#include "seam/word_bytes.h"

@@ -2,7 +2,6 @@
 // those of the Rijndael proposal, 5.2.1).
 #include "aes_kernels.h"
 #include "aes_tables.h"
-#include "seam/word_bytes.h"
 
 namespace mirolta {
 

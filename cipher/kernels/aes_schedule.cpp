@@ -1,7 +1,6 @@
 // The AES key expansion by table look-ups, for any processor (FIPS-197, 5.2 and 5.3.5).
 #include "aes_kernels.h"
 #include "aes_tables.h"
-#include "seam/word_bytes.h"
 
 namespace mirolta {
 

@@ -1,7 +1,7 @@
 // The initial and the final permutation of DES (FIPS 46-3), as exchanges of bits between two words.
 #pragma once
 
-#include "seam/word_bytes.h"
+#include "platform.h"
 
 namespace mirolta {
 

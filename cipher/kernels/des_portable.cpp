@@ -2,7 +2,6 @@
 #include "des_kernels.h"
 #include "des_permutations.h"
 #include "des_tables.h"
-#include "seam/word_bytes.h"
 
 namespace mirolta {
 

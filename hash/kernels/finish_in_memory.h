@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "hash_kernels.h"
-#include "seam/word_bytes.h"
 
 namespace mirolta {
 

@@ -8,7 +8,6 @@
   #include <utility>
 
   #include "finish_in_memory.h"
-  #include "seam/word_bytes.h"
   #include "sha_padding_x86.h"
   #include "unrolled_step.h"
 

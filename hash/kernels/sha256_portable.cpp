@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "hash_kernels.h"
-#include "seam/word_bytes.h"
 #include "sha256_constants.h"
 #include "unrolled_step.h"
 
