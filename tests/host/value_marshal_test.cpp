@@ -206,6 +206,22 @@ TEST_F(ValueMarshal, TheEndOfTheEngineReleasesWhatTheScriptHolds) {
   EXPECT_EQ(object_.references, 2u);
 }
 
+TEST_F(ValueMarshal, AScriptObjectCountsReferencesAndHasItsInterfacesOnly) {
+  ASSERT_EQ(duk_peval_string(Api(), "({})"), 0);
+  IDispatch* const wrapper = WrapScriptObject(Api(), -1);
+  ASSERT_NE(wrapper, nullptr);
+  void* found = nullptr;
+  for (const IID& iid : {IID_IUnknown, IID_IDispatch}) {
+    EXPECT_EQ(wrapper->QueryInterface(iid, &found), S_OK);
+    EXPECT_EQ(found, wrapper);
+    EXPECT_EQ(wrapper->Release(), 1u);
+  }
+  EXPECT_EQ(wrapper->QueryInterface(IID_IStream, &found), E_NOINTERFACE);
+  EXPECT_EQ(found, nullptr);
+  EXPECT_EQ(wrapper->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+  EXPECT_EQ(wrapper->Release(), 0u);
+}
+
 HRESULT ReadProperty(IDispatch* object, DISPID id, VARIANT* result) {
   DISPPARAMS none = {};
   return object->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, result, nullptr, nullptr);
