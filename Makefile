@@ -88,7 +88,7 @@ windows: build-windows-x64 build-windows-x86
 windows-tests: windows
 	$(call build,windows-x64,windows-tests)
 
-# The tests that take less than two seconds without optimisation (CMakePresets.json).
+# The test preset names the tests that are too slow, or hold for an optimised build only.
 check: setup-check build-check
 	@ctest --preset check -j$(JOBS) --progress
 
