@@ -27,7 +27,7 @@ std::string NumberOfText(const Text& text, LONG code_page) {
   return Hex(n);
 }
 
-TEST(BigCodePageTextTest, CharacterSets) {
+TEST(BigCodePageTextTest, TextIsConvertedByTheCharacterSet) {
   EXPECT_EQ(TextOfNumber("616263", 0), OLESTR("abc"));
   EXPECT_EQ(TextOfNumber("e4", 1252), OLESTR("\u00E4"));
   EXPECT_EQ(TextOfNumber("80", 1252), OLESTR("\u20AC"));
@@ -37,16 +37,16 @@ TEST(BigCodePageTextTest, CharacterSets) {
   EXPECT_EQ(NumberOfText(OLESTR("\u00E4\u20AC"), 65001), "c3a4e282ac");
 }
 
-TEST(BigCodePageTextTest, Utf16WithTheHighByteFirst) {
+TEST(BigCodePageTextTest, MinusOneIsUtf16WithTheHighByteFirst) {
   EXPECT_EQ(TextOfNumber("41004220ac", -1), OLESTR("\u4100\u4220"));  // ac is left over
   EXPECT_EQ(TextOfNumber("4120ac", -1), OLESTR("\u4120"));
   EXPECT_EQ(TextOfNumber("d83dde00", -1), OLESTR("\xD83D\xDE00"));
   EXPECT_EQ(NumberOfText(OLESTR("\u4120A"), -1), "41200041");
-  // The number does not keep a high byte of zero, so the text does not come back.
+  // The number drops a high byte of zero, so the text is not the same.
   EXPECT_EQ(NumberOfText(OLESTR("A\u20AC"), -1), "4120ac");
 }
 
-TEST(BigCodePageTextTest, Utf16WithTheLowByteFirst) {
+TEST(BigCodePageTextTest, OtherNegativeCodePagesAreUtf16WithTheLowByteFirst) {
   for (const LONG code_page : {-2, -3, -1000, -2147483647 - 1}) {
     EXPECT_EQ(TextOfNumber("4100ac20", code_page), OLESTR("A\u20AC"));
     EXPECT_EQ(TextOfNumber("4100ac2042", code_page), OLESTR("A\u20AC"));
@@ -54,7 +54,7 @@ TEST(BigCodePageTextTest, Utf16WithTheLowByteFirst) {
   }
 }
 
-TEST(BigCodePageTextTest, NothingIsEmptyAndZero) {
+TEST(BigCodePageTextTest, EmptyTextIsZero) {
   for (const LONG code_page : {0, 65001, -1, -2}) {
     EXPECT_EQ(TextOfNumber("", code_page), Text());
     EXPECT_EQ(NumberOfText(Text(), code_page), "0");
@@ -66,12 +66,12 @@ TEST(BigCodePageTextTest, NothingIsEmptyAndZero) {
   EXPECT_EQ(TextOfNumber("41", -2), Text());
 }
 
-TEST(BigCodePageTextTest, UnknownCharacterSetsConvertNothing) {
+TEST(BigCodePageTextTest, UnknownCharacterSetsConvertTextToNothing) {
   EXPECT_EQ(TextOfNumber("616263", 12345), Text());
   EXPECT_EQ(NumberOfText(OLESTR("abc"), 12345), "0");
 }
 
-TEST(BigCodePageTextTest, ZeroCharacters) {
+TEST(BigCodePageTextTest, ZeroCharactersAreCharacters) {
   const Text text(OLESTR("a\0b"), 3);
   EXPECT_EQ(NumberOfText(text, 0), "61");
   EXPECT_EQ(NumberOfText(text, -1), "6100000062");
@@ -81,20 +81,20 @@ TEST(BigCodePageTextTest, ZeroCharacters) {
   EXPECT_EQ(TextOfNumber("610000006200", -2), text);
 }
 
-TEST(BigCodePageTextTest, WhatTheSetLacksIsReplacedNotRefused) {
+TEST(BigCodePageTextTest, CharactersThatTheSetLacksAreReplaced) {
   EXPECT_EQ(NumberOfText(OLESTR("a\u0416b"), 1252), "613f62");
   EXPECT_EQ(NumberOfText(Text(1, static_cast<OLECHAR>(0xD800)), 65001), "efbfbd");
   EXPECT_EQ(TextOfNumber("61ff62", 65001), OLESTR("a\uFFFDb"));
 }
 
-TEST(BigCodePageTextTest, OfATextOfAnOddNumberOfBytesWholeUnitsCount) {
+TEST(BigCodePageTextTest, OnlyWholeUnitsOfAnOddNumberOfBytesCount) {
   const OwnedBstr odd(SysAllocStringByteLen("a\0b\0c", 5));
   BigInt n(77);
   ASSERT_EQ(NumberFromCodePageText(n, odd.Get(), -2), S_OK);
   EXPECT_EQ(Hex(n), "61006200");
 }
 
-TEST(BigCodePageTextTest, TheFlagStays) {
+TEST(BigCodePageTextTest, ConversionsKeepTheSignFlag) {
   BigInt n = BigInt(1) - BigInt(2);
   const OwnedBstr text(SysAllocString(OLESTR("a")));
   ASSERT_EQ(NumberFromCodePageText(n, text.Get(), 0), S_OK);
@@ -104,7 +104,7 @@ TEST(BigCodePageTextTest, TheFlagStays) {
   EXPECT_EQ(Text(out.Get()), OLESTR("a"));
 }
 
-TEST(BigCodePageTextTest, Failures) {
+TEST(BigCodePageTextTest, FailuresLeaveNumberAndText) {
   EXPECT_EQ(NumberToCodePageText(BigInt(1), 0, nullptr), E_POINTER);
   const OwnedBstr text(SysAllocString(OLESTR("some text")));
   const BigInt large = BigHex("616263646566676869");

@@ -7,7 +7,7 @@
 namespace mirolta {
 namespace {
 
-TEST(BigIntTest, NewIsZeroAndPositive) {
+TEST(BigIntTest, ANewNumberIsZeroAndPositive) {
   BigInt n;
   EXPECT_TRUE(n.IsZero());
   EXPECT_FALSE(n.SignFlag());
@@ -18,7 +18,7 @@ TEST(BigIntTest, NewIsZeroAndPositive) {
   EXPECT_FALSE(BigInt(7).SignFlag());
 }
 
-TEST(BigIntTest, DifferenceBelowZero) {
+TEST(BigIntTest, DifferencesMayBeNegative) {
   EXPECT_EQ(Hex(BigInt(3) - BigInt(5)), "-2");
   BigInt n(3);
   ASSERT_EQ(n.Subtract(BigInt(5)), S_OK);
@@ -29,8 +29,8 @@ TEST(BigIntTest, DifferenceBelowZero) {
   EXPECT_TRUE(n == BigInt(0));
 }
 
-// Sums and differences keep the flag of the first operand unless the second one is larger.
-TEST(BigIntTest, FlagsOfSumsAndDifferences) {
+// Sums and differences have the sign flag of the first operand unless the second one is larger.
+TEST(BigIntTest, SumsAndDifferencesHaveTheirSignFlags) {
   EXPECT_EQ(Hex(Big("5") + Big("-5")), "0");
   EXPECT_EQ(Hex(Big("-5") + Big("5")), "-0");
   EXPECT_EQ(Hex(Big("5") - Big("5")), "0");
@@ -50,7 +50,7 @@ TEST(BigIntTest, FlagsOfSumsAndDifferences) {
   EXPECT_EQ(Hex(Big("-0") - Big("0")), "-0");
 }
 
-TEST(BigIntTest, FlagsOfProductsQuotientsAndRemainders) {
+TEST(BigIntTest, ProductsQuotientsAndRemaindersHaveTheirSignFlags) {
   EXPECT_EQ(Hex(Big("-4") * Big("3")), "-c");
   EXPECT_EQ(Hex(Big("-4") * Big("-3")), "c");
   EXPECT_EQ(Hex(Big("0") * Big("-3")), "-0");
@@ -64,7 +64,7 @@ TEST(BigIntTest, FlagsOfProductsQuotientsAndRemainders) {
   EXPECT_EQ(Hex(Big("-2") % Big("3")), "-2");
 }
 
-TEST(BigIntTest, CompareIsBlindToTheSignOfTwoNegatives) {
+TEST(BigIntTest, CompareOfTwoNegativesComparesTheirMagnitudes) {
   EXPECT_EQ(Compare(Big("-5"), Big("-3")), 1);
   EXPECT_EQ(Compare(Big("-3"), Big("-5")), -1);
   EXPECT_EQ(Compare(Big("-3"), Big("-3")), 0);
@@ -81,7 +81,7 @@ TEST(BigIntTest, CompareIsBlindToTheSignOfTwoNegatives) {
   EXPECT_FALSE(Big("5") >= Big("6"));
 }
 
-TEST(BigIntTest, ZeroDivisorsAreReported) {
+TEST(BigIntTest, DivisionByZeroIsReported) {
   BigInt r(9);
   for (const char* dividend : {"0", "7", "-7"}) {
     for (const char* zero : {"0", "-0"}) {
@@ -94,7 +94,7 @@ TEST(BigIntTest, ZeroDivisorsAreReported) {
   }
 }
 
-TEST(BigIntTest, FailuresPassOn) {
+TEST(BigIntTest, OperationsOnAFailedNumberFail) {
   const BigInt failed = BigInt::Failed(E_OUTOFMEMORY);
   BigInt r(9);
   EXPECT_EQ(Add(r, failed, BigInt(1)), E_OUTOFMEMORY);
@@ -113,7 +113,7 @@ TEST(BigIntTest, FailuresPassOn) {
   EXPECT_EQ(Hex(again), "3");
 }
 
-// Every operation with results and operands the same numbers.
+// Every operation with results that are operands.
 TEST(BigIntTest, ResultsMayBeOperands) {
   using Operation = HRESULT (*)(BigInt&, const BigInt&, const BigInt&) noexcept;
   const Operation operations[] = {Add, Subtract, Multiply, Divide, Remainder};
@@ -141,7 +141,7 @@ TEST(BigIntTest, ResultsMayBeOperands) {
   }
 }
 
-TEST(BigIntTest, AddAndSubtractThemselves) {
+TEST(BigIntTest, NumbersAddAndSubtractThemselves) {
   BigInt n = BigHex("ffffffffffffffff");
   ASSERT_EQ(n.Add(n), S_OK);
   EXPECT_EQ(Hex(n), "1fffffffffffffffe");
@@ -174,8 +174,8 @@ TEST(BigIntTest, CopiesShareUntilOneIsWritten) {
   EXPECT_EQ(a.Magnitude().share_count, 0u);
 }
 
-// What each mutation leaves in the number and in a copy made before.
-TEST(BigIntTest, EveryMutationLeavesCopiesAlone) {
+// What each change leaves in the number and in a copy made before it.
+TEST(BigIntTest, EveryChangeLeavesCopiesAlone) {
   const std::string start = "f123456789abcdef0123456789";
   struct Mutation {
     const char* name;
@@ -214,7 +214,7 @@ TEST(BigIntTest, EveryMutationLeavesCopiesAlone) {
   }
 }
 
-TEST(BigIntTest, Identities) {
+TEST(BigIntTest, RandomNumbersKeepArithmeticIdentities) {
   for (int i = 0; i < Cases(500); ++i) {
     BigInt a = RandomBig(1500), b = RandomBig(900), c = RandomBig(1200);
     a.SetSignFlag(Below(2) != 0);

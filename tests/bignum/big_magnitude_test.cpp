@@ -16,7 +16,7 @@ std::vector<uint32_t> Words(const BigMagnitude& m) {
   return std::vector<uint32_t>(m.Words(), m.Words() + m.Used());
 }
 
-TEST(BigMagnitudeTest, NewIsZero) {
+TEST(BigMagnitudeTest, ANewMagnitudeIsZero) {
   BigMagnitude m;
   EXPECT_EQ(m.Used(), 0u);
   EXPECT_EQ(m.Capacity(), 0u);
@@ -37,7 +37,7 @@ TEST(BigMagnitudeTest, ReserveGrowsAndNeverShrinks) {
   EXPECT_EQ(m.Capacity(), 10u);
 }
 
-TEST(BigMagnitudeTest, ClearToZeroesAllWords) {
+TEST(BigMagnitudeTest, ClearToSetsAllWordsToZero) {
   BigMagnitude m;
   Set(&m, {1, 2, 3, 4, 5});
   ASSERT_TRUE(m.ClearTo(2));
@@ -48,7 +48,7 @@ TEST(BigMagnitudeTest, ClearToZeroesAllWords) {
   EXPECT_EQ(m.Capacity(), 9u);
 }
 
-TEST(BigMagnitudeTest, SetWord) {
+TEST(BigMagnitudeTest, SetWordGrowsAndCountsWords) {
   BigMagnitude m;
   ASSERT_TRUE(m.SetWord(4, 0));  // zero above the value leaves it alone
   EXPECT_EQ(m.Used(), 0u);
@@ -65,7 +65,7 @@ TEST(BigMagnitudeTest, SetWord) {
   EXPECT_EQ(m.GetWord(4), 0u);
 }
 
-TEST(BigMagnitudeTest, SetSmallAndCopyFrom) {
+TEST(BigMagnitudeTest, SetSmallAndCopyFromReplaceTheValue) {
   BigMagnitude m, other;
   Set(&m, {1, 2, 3});
   ASSERT_TRUE(m.SetSmall(9));
@@ -79,7 +79,7 @@ TEST(BigMagnitudeTest, SetSmallAndCopyFrom) {
   EXPECT_EQ(Words(m), (std::vector<uint32_t>{0, 0, 8}));
 }
 
-TEST(BigMagnitudeTest, NormaliseRecountsFromCapacity) {
+TEST(BigMagnitudeTest, NormaliseCountsWordsFromTheCapacityDown) {
   BigMagnitude m;
   ASSERT_TRUE(m.ClearTo(6));
   m.Words()[3] = 1;
@@ -92,7 +92,7 @@ TEST(BigMagnitudeTest, NormaliseRecountsFromCapacity) {
   EXPECT_EQ(m.Used(), 0u);
 }
 
-TEST(BigMagnitudeTest, BitLengthAndTestBit) {
+TEST(BigMagnitudeTest, BitLengthAndTestBitAgreeWithTheWords) {
   for (uint32_t bit = 0; bit < 100; ++bit) {
     BigMagnitude m;
     ASSERT_TRUE(m.SetWord(bit / 32, uint32_t{1} << (bit % 32)));
@@ -101,7 +101,7 @@ TEST(BigMagnitudeTest, BitLengthAndTestBit) {
   }
 }
 
-TEST(BigMagnitudeTest, Compare) {
+TEST(BigMagnitudeTest, CompareOrdersByValue) {
   BigMagnitude a, b;
   EXPECT_EQ(BigMagnitude::Compare(a, b), 0);
   Set(&a, {0, 1});
@@ -151,7 +151,7 @@ TEST(BigMagnitudeTest, SubtractWrapsWithinItsWords) {
   EXPECT_EQ(a.Used(), 0u);
 }
 
-TEST(BigMagnitudeTest, Shifts) {
+TEST(BigMagnitudeTest, ShiftsMultiplyAndHalve) {
   BigMagnitude m;
   Set(&m, {0x80000001, 0x80000000});
   ASSERT_TRUE(m.ShiftLeft1());
@@ -177,7 +177,7 @@ TEST(BigMagnitudeTest, Shifts) {
 }
 
 // All bit counts around the word edges, for operands of all small sizes.
-TEST(BigMagnitudeTest, MultiplyTrunc) {
+TEST(BigMagnitudeTest, MultiplyTruncDropsHighBits) {
   for (uint32_t size = 0; size < 6; ++size) {
     for (uint32_t bits = 0; bits <= 32 * 11; ++bits) {
       BigMagnitude a, b, r;
@@ -209,7 +209,7 @@ TEST(BigMagnitudeTest, MultiplyTruncKeepsOneBitOfTheSecondWord) {
   EXPECT_EQ(Words(r), (std::vector<uint32_t>{0xFFFFFFFF, 1}));
 }
 
-TEST(BigMagnitudeTest, DivideIntoAnyOfItsOperands) {
+TEST(BigMagnitudeTest, DivideWritesIntoAnyOfItsOperands) {
   for (int i = 0; i < Cases(2000); ++i) {
     const std::vector<uint32_t> aw = RandomWords(Below(400));
     std::vector<uint32_t> bw = RandomWords(1 + Below(300));
@@ -237,7 +237,7 @@ TEST(BigMagnitudeTest, DivideIntoAnyOfItsOperands) {
   }
 }
 
-TEST(BigMagnitudeTest, DivideByZeroSaysSo) {
+TEST(BigMagnitudeTest, DivideByZeroIsRefused) {
   BigMagnitude a, zero, q, r;
   Set(&a, {5});
   Set(&q, {6});

@@ -1,104 +1,37 @@
-// What operations do when the heap has nothing to give, and that it gets all back, wiped.
+// Operations when memory is short, and what freed memory keeps of numbers.
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <new>
 
 #include "big_bytes.h"
 #include "big_int.h"
 #include "big_random.h"
 #include "big_text.h"
 #include "gcd.h"
+#include "memory_watch.h"
 #include "mod_exp.h"
 #include "next_prime.h"
-
-namespace {
-
-// How many allocations still succeed; below zero all do.
-long allowed = -1;
-long live = 0;
-
-struct Header {
-  size_t size;
-  size_t unused;  // keeps the alignment
-};
-
-void* Give(size_t size) {
-  if (allowed == 0) return nullptr;
-  if (allowed > 0) --allowed;
-  Header* const header = static_cast<Header*>(std::malloc(sizeof(Header) + size));
-  if (header == nullptr) return nullptr;
-  header->size = size;
-  ++live;
-  return header + 1;
-}
-
-// A store with this content was given back unwiped.
-constexpr uint32_t kSecret = 0x5EC2E75E;
-bool leaked = false;
-
-void TakeBack(void* memory) {
-  if (memory == nullptr) return;
-  Header* const header = static_cast<Header*>(memory) - 1;
-  const unsigned char* const bytes = static_cast<unsigned char*>(memory);
-  for (size_t i = 0; i + 4 <= header->size; i += 4) {
-    uint32_t word = 0;
-    std::memcpy(&word, bytes + i, 4);
-    if (word == kSecret) leaked = true;
-  }
-  --live;
-  std::free(header);
-}
-
-}  // namespace
-
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
-  return Give(size);
-}
-void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-  return Give(size);
-}
-void* operator new(size_t size) {
-  const long before = allowed;
-  allowed = -1;  // the test's own memory
-  void* const memory = Give(size);
-  allowed = before;
-  return memory;
-}
-void* operator new[](size_t size) {
-  return operator new(size);
-}
-void operator delete(void* memory) noexcept {
-  TakeBack(memory);
-}
-void operator delete[](void* memory) noexcept {
-  TakeBack(memory);
-}
-void operator delete(void* memory, size_t) noexcept {
-  TakeBack(memory);
-}
-void operator delete[](void* memory, size_t) noexcept {
-  TakeBack(memory);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  TakeBack(memory);
-}
-void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-  TakeBack(memory);
-}
 
 namespace mirolta {
 namespace {
 
+using test::FailAllocationsAfter;
+using test::LiveAllocations;
+using test::WatchFreedMemory;
+
+constexpr uint32_t kSecret = 0x5EC2E75E;
 constexpr uint32_t kWords = 300;
 
-BigInt Secret(uint32_t words) {
+BigInt Repeated(uint32_t word, uint32_t words) {
   BigInt n;
   BigMagnitude* const m = n.Rewrite(words);
-  for (uint32_t i = 0; i < words; ++i) m->Words()[i] = kSecret;
+  for (uint32_t i = 0; i < words; ++i) m->Words()[i] = word;
   m->Normalise();
   return n;
+}
+BigInt Secret(uint32_t words) {
+  return Repeated(kSecret, words);
+}
+BigInt Fives(uint32_t words) {
+  return Repeated(0x55555555, words);
 }
 
 bool IsSecret(const BigInt& n, uint32_t words) {
@@ -107,14 +40,6 @@ bool IsSecret(const BigInt& n, uint32_t words) {
     if (n.GetWord(i) != kSecret) return false;
   }
   return true;
-}
-
-BigInt Fives(uint32_t words) {
-  BigInt n;
-  BigMagnitude* const m = n.Rewrite(words);
-  for (uint32_t i = 0; i < words; ++i) m->Words()[i] = 0x55555555;
-  m->Normalise();
-  return n;
 }
 
 struct Failing {
@@ -169,18 +94,19 @@ void FailEveryAllocation(uint32_t short_words) {
     const BigInt a = Fives(kWords), b = Fives(short_words);
     BigInt n = Secret(kWords);
     const BigInt copy(n);
-    const long before = live;
+    const long before = LiveAllocations();
     HRESULT status = E_UNEXPECTED;
     int failures = 0;
     for (long count = 0; count < 10000; ++count) {
-      allowed = count;
-      status = operation.apply(n, a, b);
-      allowed = -1;
+      {
+        const FailAllocationsAfter failing(count);
+        status = operation.apply(n, a, b);
+      }
       if (SUCCEEDED(status)) break;
       ++failures;
       ASSERT_EQ(status, E_OUTOFMEMORY) << operation.name;
       ASSERT_TRUE(IsSecret(n, kWords)) << operation.name << " after " << count;
-      ASSERT_EQ(live, before) << operation.name;
+      ASSERT_EQ(LiveAllocations(), before) << operation.name;
     }
     EXPECT_EQ(status, S_OK) << operation.name;
     EXPECT_GT(failures, 0) << operation.name;
@@ -188,24 +114,25 @@ void FailEveryAllocation(uint32_t short_words) {
   }
 }
 
-TEST(BigMemoryTest, EveryAllocationMayFail) {
+TEST(BigMemoryTest, AFailedAllocationLeavesOperandsAndResult) {
   FailEveryAllocation(kWords / 2);
 }
 
-// Of the size that powers compute with in vectors.
-TEST(BigMemoryTest, EveryAllocationForDigitsMayFail) {
+// Of a size whose powers are computed in radix 2^52.
+TEST(BigMemoryTest, AFailedAllocationOfRadix52PowersLeavesOperandsAndResult) {
   FailEveryAllocation(120);
 }
 
-TEST(BigMemoryTest, NextPrimeKeepsItsNumber) {
+TEST(BigMemoryTest, AFailedAllocationOfNextPrimeLeavesTheNumber) {
   BigInt n = Fives(4);
   HRESULT status = E_UNEXPECTED;
   int failures = 0;
   for (long count = 0; count < 10000 && FAILED(status); ++count) {
     const BigInt copy(n);
-    allowed = count;
-    status = NextPrime(n);
-    allowed = -1;
+    {
+      const FailAllocationsAfter failing(count);
+      status = NextPrime(n);
+    }
     if (SUCCEEDED(status)) break;
     ++failures;
     ASSERT_EQ(status, E_OUTOFMEMORY);
@@ -215,21 +142,22 @@ TEST(BigMemoryTest, NextPrimeKeepsItsNumber) {
   EXPECT_GT(failures, 1);
 }
 
-TEST(BigMemoryTest, MagnitudesReportAndKeepTheirValue) {
+TEST(BigMemoryTest, AFailedAllocationLeavesAMagnitude) {
   BigMagnitude a, b, r, q;
   ASSERT_TRUE(a.SetWord(1, 0xFFFFFFFF));
   ASSERT_TRUE(b.SetWord(5, 0xFFFFFFFF));
-  allowed = 0;
-  EXPECT_FALSE(a.Reserve(3));
-  EXPECT_FALSE(a.ClearTo(3));
-  EXPECT_FALSE(a.SetWord(2, 1));
-  EXPECT_FALSE(r.SetSmall(1));
-  EXPECT_FALSE(a.CopyFrom(b));
-  EXPECT_FALSE(a.Add(b));
-  EXPECT_FALSE(a.ShiftLeft1());
-  EXPECT_FALSE(BigMagnitude::MultiplyTrunc(r, a, b, 100));
-  EXPECT_FALSE(BigMagnitude::Divide(q, b, a, r));
-  allowed = -1;
+  {
+    const FailAllocationsAfter none(0);
+    EXPECT_FALSE(a.Reserve(3));
+    EXPECT_FALSE(a.ClearTo(3));
+    EXPECT_FALSE(a.SetWord(2, 1));
+    EXPECT_FALSE(r.SetSmall(1));
+    EXPECT_FALSE(a.CopyFrom(b));
+    EXPECT_FALSE(a.Add(b));
+    EXPECT_FALSE(a.ShiftLeft1());
+    EXPECT_FALSE(BigMagnitude::MultiplyTrunc(r, a, b, 100));
+    EXPECT_FALSE(BigMagnitude::Divide(q, b, a, r));
+  }
   EXPECT_EQ(a.Used(), 2u);
   EXPECT_EQ(a.Capacity(), 2u);
   EXPECT_EQ(a.GetWord(1), 0xFFFFFFFFu);
@@ -237,20 +165,22 @@ TEST(BigMemoryTest, MagnitudesReportAndKeepTheirValue) {
   EXPECT_EQ(q.Used(), 0u);
 }
 
-TEST(BigMemoryTest, ConstructionRecordsItsFailure) {
-  allowed = 0;
-  const BigInt n(5);
-  const BigInt zero(0);
-  allowed = -1;
+TEST(BigMemoryTest, AFailedConstructionIsRecorded) {
+  BigInt n, zero;
+  {
+    const FailAllocationsAfter none(0);
+    n = BigInt(5);
+    zero = BigInt(0);
+  }
   EXPECT_EQ(n.Status(), E_OUTOFMEMORY);
   EXPECT_TRUE(n.IsZero());
   EXPECT_EQ(zero.Status(), S_OK);
   EXPECT_EQ((n + BigInt(1)).Status(), E_OUTOFMEMORY);
 }
 
-TEST(BigMemoryTest, MemoryIsWipedBeforeItGoesBack) {
-  leaked = false;
-  const long before = live;
+TEST(BigMemoryTest, NumbersAreWipedBeforeTheirMemoryIsFreed) {
+  const WatchFreedMemory watch(&kSecret, sizeof kSecret);
+  const long before = LiveAllocations();
   {
     BigInt n = Secret(40);
     BigInt copy(n);
@@ -274,8 +204,9 @@ TEST(BigMemoryTest, MemoryIsWipedBeforeItGoesBack) {
     bool result = false;
     ASSERT_EQ(IsFermatPrime(&result, Secret(20) + BigInt(1)), S_OK);
   }
-  EXPECT_FALSE(leaked);
-  EXPECT_EQ(live, before);
+  EXPECT_GT(watch.Freed(), 0);
+  EXPECT_EQ(watch.FreedWithSecret(), 0);
+  EXPECT_EQ(LiveAllocations(), before);
 }
 
 }  // namespace

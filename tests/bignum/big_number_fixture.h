@@ -12,11 +12,6 @@ namespace mirolta::test {
 
 using Number = OwnedReference<IPexBigNumber>;
 
-inline constexpr HRESULT kMismatch = static_cast<HRESULT>(0x80020005);
-inline constexpr HRESULT kOverflow = static_cast<HRESULT>(0x8002000A);
-inline constexpr HRESULT kDivisionByZero = static_cast<HRESULT>(0x80020012);
-inline constexpr HRESULT kNoMemory = static_cast<HRESULT>(0x8007000E);
-
 inline TestValue Dec(const std::string& digits) {
   TestValue value(VT_BSTR);
   const Text wide(digits.begin(), digits.end());
@@ -34,7 +29,7 @@ inline TestValue LeftOut() {
 inline std::string HexOf(IPexBigNumber* number) {
   TestValue value;
   const HRESULT status = number->get_Hex(&value);
-  if (status == kNoMemory) {
+  if (status == E_OUTOFMEMORY) {
     EXPECT_EQ(V_VT(&value), VT_EMPTY);
     TestValue bytes;
     EXPECT_EQ(number->get_Binary(&bytes), S_OK);
@@ -77,7 +72,7 @@ class BigNumberTest : public ModuleTest {
     EXPECT_EQ(made->put_Value(Dec(digits)), S_OK);
     return made;
   }
-  // a - b of decimal digits, the only way to a number below zero.
+  // a - b of decimal digits, the only way to a negative number.
   Number Difference(const std::string& a, const std::string& b) const {
     Number made;
     EXPECT_EQ(Of(a)->Sub(Dec(b), made.Put()), S_OK);

@@ -1,4 +1,4 @@
-// PexBigNumber when memory runs out: no result, no loss, and the number as it was.
+// PexBigNumber when memory is short: no result, no leak, and the number as before.
 #include <functional>
 #include <string>
 #include <vector>
@@ -51,7 +51,7 @@ class BigNumberMemoryTest : public testing::Test {
   const Bytes bytes = Bytes(60, 0x9D);
 };
 
-TEST_F(BigNumberMemoryTest, Operations) {
+TEST_F(BigNumberMemoryTest, WithoutMemoryOperationsLeaveTheNumber) {
   using Binary = HRESULT (STDMETHODCALLTYPE IPexBigNumber::*)(VARIANT, IPexBigNumber**);
   const TestValue operand = BytesValue(Bytes(40, 0x71));
   for (const Binary member : {&IPexBigNumber::Add, &IPexBigNumber::Sub, &IPexBigNumber::Mul,
@@ -64,7 +64,7 @@ TEST_F(BigNumberMemoryTest, Operations) {
             6);
 }
 
-TEST_F(BigNumberMemoryTest, ChangesInPlace) {
+TEST_F(BigNumberMemoryTest, WithoutMemoryChangesLeaveTheNumber) {
   const TestValue longer = BytesValue(Bytes(100, 0x71));
   EXPECT_GE(FailAtEach([&](IPexBigNumber**) { return number->Inc(longer); }), 2);
   ASSERT_EQ(number->put_Binary(BytesValue(bytes)), S_OK);
@@ -87,7 +87,7 @@ TEST_F(BigNumberMemoryTest, ChangesInPlace) {
   }
 }
 
-TEST_F(BigNumberMemoryTest, Creation) {
+TEST_F(BigNumberMemoryTest, WithoutMemoryThereIsNoObject) {
   IPexBigNumber* made = nullptr;
   HRESULT status = S_OK;
   {

@@ -1,4 +1,4 @@
-// PexBigNumber through its interface's slots.
+// PexBigNumber through its interface.
 #include <functional>
 #include <vector>
 
@@ -8,7 +8,7 @@
 namespace mirolta::test {
 namespace {
 
-TEST_F(BigNumberTest, IsZeroAtFirst) {
+TEST_F(BigNumberTest, ANewNumberIsZero) {
   EXPECT_EQ(HexOf(number.Get()), "0");
   LONG order = 7;
   EXPECT_EQ(number->Cmp(TestValue(), &order), S_OK);
@@ -19,7 +19,7 @@ TEST_F(BigNumberTest, ZeroHasBytesAndCharactersButNoDigits) {
   for (const auto get : {&IPexBigNumber::get_Value, &IPexBigNumber::get_Hex}) {
     VARIANT value;
     V_VT(&value) = VT_I4;
-    EXPECT_EQ((number.Get()->*get)(&value), kNoMemory);
+    EXPECT_EQ((number.Get()->*get)(&value), E_OUTOFMEMORY);
     EXPECT_EQ(V_VT(&value), VT_EMPTY);
   }
   TestValue bytes;
@@ -32,7 +32,7 @@ TEST_F(BigNumberTest, ZeroHasBytesAndCharactersButNoDigits) {
   EXPECT_EQ(SysStringLen(text.Get()), 0u);
 }
 
-TEST_F(BigNumberTest, LoadsAndReadsAllForms) {
+TEST_F(BigNumberTest, EveryFormIsLoadedAndRead) {
   EXPECT_EQ(number->put_Hex(Dec("ff")), S_OK);
   EXPECT_EQ(DecOf(number.Get()), "255");
   EXPECT_EQ(number->put_Value(Dec("ff")), S_OK);
@@ -65,13 +65,13 @@ TEST_F(BigNumberTest, LoadsAndReadsAllForms) {
   EXPECT_EQ(HexOf(number.Get()), "0");
 }
 
-TEST_F(BigNumberTest, MissingPlaces) {
+TEST_F(BigNumberTest, NullOutPointersAreReportedFirst) {
   EXPECT_EQ(number->put_Value(Dec("5")), S_OK);
   EXPECT_EQ(number->get_Value(nullptr), E_POINTER);
   EXPECT_EQ(number->get_Hex(nullptr), E_POINTER);
   EXPECT_EQ(number->get_Text(0, nullptr), E_POINTER);
   EXPECT_EQ(number->get_Binary(nullptr), E_POINTER);
-  // Before the operand is looked at.
+  // Before the operand is converted.
   const TestValue bad(VT_BOOL);
   for (const NamedBinary& binary : kBinaries) {
     EXPECT_EQ((number.Get()->*binary.member)(bad, nullptr), E_POINTER) << binary.name;
@@ -82,7 +82,7 @@ TEST_F(BigNumberTest, MissingPlaces) {
   EXPECT_EQ(DecOf(number.Get()), "5");
 }
 
-TEST_F(BigNumberTest, BinaryOperations) {
+TEST_F(BigNumberTest, OperationsGiveNewNumbers) {
   struct Case {
     Binary member;
     const char* a;
@@ -114,7 +114,7 @@ TEST_F(BigNumberTest, BinaryOperations) {
   }
 }
 
-TEST_F(BigNumberTest, OperandsMixTheirForms) {
+TEST_F(BigNumberTest, OperandsMayHaveAnyForm) {
   EXPECT_EQ(number->put_Value(Dec("255")), S_OK);
   Number sum;
   ASSERT_EQ(number->Add(BytesValue({1, 0}), sum.Put()), S_OK);
@@ -125,7 +125,7 @@ TEST_F(BigNumberTest, OperandsMixTheirForms) {
   EXPECT_EQ(DecOf(sum.Get()), "255");
 }
 
-TEST_F(BigNumberTest, OneNumberIsAnothersOperand) {
+TEST_F(BigNumberTest, NumbersAreOperandsOfOthers) {
   const Number a = Of("100");
   const Number b = Of("23");
   Number sum;
@@ -140,7 +140,7 @@ TEST_F(BigNumberTest, OneNumberIsAnothersOperand) {
   // Its default member is decimal text, here read as hexadecimal.
   EXPECT_EQ(a->put_Hex(ObjectValue(b.Get())), S_OK);
   EXPECT_EQ(HexOf(a.Get()), "23");
-  // Its text does not tell the sign.
+  // Its text has no sign.
   const Number below = Difference("1", "2");
   ASSERT_EQ(b->Add(ObjectValue(below.Get()), sum.Put()), S_OK);
   EXPECT_EQ(DecOf(sum.Get()), "24");
@@ -149,7 +149,7 @@ TEST_F(BigNumberTest, OneNumberIsAnothersOperand) {
 // The text of zero cannot be read; as an operand the object is zero all the same.
 TEST_F(BigNumberTest, ANumberThatHoldsZeroIsAnOperand) {
   const Number zero = Create();
-  // Zero below zero is zero too.
+  // Negative zero is zero too.
   const Number flagged = Difference("1", "2");
   ASSERT_EQ(flagged->put_Value(NumberValue(0)), S_OK);
   FakeObject around(ObjectValue(zero.Get()));
@@ -171,12 +171,12 @@ TEST_F(BigNumberTest, ANumberThatHoldsZeroIsAnOperand) {
       EXPECT_EQ(DecOf(result.Get()), row.result);
     }
     for (const Binary member : {&IPexBigNumber::Div, &IPexBigNumber::Mod, &IPexBigNumber::ModInv}) {
-      EXPECT_EQ((a.Get()->*member)(value, result.Put()), kDivisionByZero);
+      EXPECT_EQ((a.Get()->*member)(value, result.Put()), DISP_E_DIVBYZERO);
       EXPECT_FALSE(result);
     }
     ASSERT_EQ(a->ModExp(value, NumberValue(7), result.Put()), S_OK);
     EXPECT_EQ(DecOf(result.Get()), "1");
-    EXPECT_EQ(a->ModExp(NumberValue(7), value, result.Put()), kDivisionByZero);
+    EXPECT_EQ(a->ModExp(NumberValue(7), value, result.Put()), DISP_E_DIVBYZERO);
     LONG order = 7;
     EXPECT_EQ(a->Cmp(value, &order), S_OK);
     EXPECT_EQ(order, 1);
@@ -191,13 +191,13 @@ TEST_F(BigNumberTest, ANumberThatHoldsZeroIsAnOperand) {
       EXPECT_EQ(HexOf(a.Get()), "0");
     }
   }
-  // One object on both sides.
+  // One object as both operands.
   Number twice;
   ASSERT_EQ(zero->Add(ObjectValue(zero.Get()), twice.Put()), S_OK);
   EXPECT_EQ(HexOf(twice.Get()), "0");
 }
 
-// What has a value that memory is short for is not zero.
+// An object whose value cannot be read for lack of memory is not zero.
 TEST_F(BigNumberTest, ANumberWhoseTextMemoryIsShortForIsNotZero) {
   const Number a = Of("100");
   const Number b = Of("23");
@@ -225,14 +225,14 @@ TEST_F(BigNumberTest, OtherObjectsWithoutAReadableValueFailWithItsStatus) {
     failing.status = status;
     EXPECT_EQ(number->Add(ObjectValue(&failing), result.Put()), status);
     EXPECT_EQ(number->put_Value(ObjectValue(&failing)), status);
-    EXPECT_EQ(number->NewNumber(ObjectValue(&failing), result.Put()), kNoMemory);
+    EXPECT_EQ(number->NewNumber(ObjectValue(&failing), result.Put()), E_OUTOFMEMORY);
   }
   // An object of the module that is no number and has no default member.
   const auto rsa = module.Create<IDispatch>(CLSID_RSACrypt, IID_IDispatch);
   EXPECT_EQ(number->Add(ObjectValue(rsa.Get()), result.Put()), DISP_E_MEMBERNOTFOUND);
 }
 
-TEST_F(BigNumberTest, BadOperandsLeaveAll) {
+TEST_F(BigNumberTest, OperandsThatDoNotConvertLeaveNumberAndResult) {
   EXPECT_EQ(number->put_Value(Dec("9")), S_OK);
   LONG value = 5;
   struct Bad {
@@ -241,16 +241,16 @@ TEST_F(BigNumberTest, BadOperandsLeaveAll) {
   };
   std::vector<Bad> all;
   for (const VARTYPE type : {VT_BOOL, VT_DATE, VT_CY, VT_I8, VT_UI8, VT_INT, VT_UINT, VT_DECIMAL}) {
-    all.push_back({TestValue(static_cast<VARTYPE>(type)), kMismatch});
+    all.push_back({TestValue(static_cast<VARTYPE>(type)), DISP_E_TYPEMISMATCH});
   }
   TestValue error(VT_ERROR);
   error->scode = E_FAIL;
-  all.push_back({std::move(error), kMismatch});
-  all.push_back({ArrayValue(VT_I2, 2, {}), kMismatch});
+  all.push_back({std::move(error), DISP_E_TYPEMISMATCH});
+  all.push_back({ArrayValue(VT_I2, 2, {}), DISP_E_TYPEMISMATCH});
   TestValue reference;
   *&reference = ReferenceTo(VT_I4, &value);
-  all.push_back({std::move(reference), kMismatch});
-  all.push_back({NumberValue(-1), kOverflow});
+  all.push_back({std::move(reference), DISP_E_TYPEMISMATCH});
+  all.push_back({NumberValue(-1), DISP_E_OVERFLOW});
   all.push_back({ObjectValue(nullptr), E_FAIL});
   for (const Bad& bad : all) {
     for (const NamedBinary& binary : kBinaries) {
@@ -265,7 +265,7 @@ TEST_F(BigNumberTest, BadOperandsLeaveAll) {
     EXPECT_EQ(number->ModExp(NumberValue(3), bad.value, &result), bad.status);
     EXPECT_EQ(result, nullptr);
     result = number.Get();
-    EXPECT_EQ(number->NewNumber(bad.value, &result), kNoMemory);
+    EXPECT_EQ(number->NewNumber(bad.value, &result), E_OUTOFMEMORY);
     EXPECT_EQ(result, nullptr);
     EXPECT_EQ(number->Inc(bad.value), bad.status);
     EXPECT_EQ(number->Dec(bad.value), bad.status);
@@ -279,34 +279,34 @@ TEST_F(BigNumberTest, BadOperandsLeaveAll) {
   }
 }
 
-TEST_F(BigNumberTest, TheExponentIsLookedAtBeforeTheModulus) {
+TEST_F(BigNumberTest, TheExponentIsConvertedBeforeTheModulus) {
   IPexBigNumber* result = nullptr;
-  EXPECT_EQ(number->ModExp(NumberValue(-1), TestValue(VT_BOOL), &result), kOverflow);
-  EXPECT_EQ(number->ModExp(TestValue(VT_BOOL), NumberValue(-1), &result), kMismatch);
+  EXPECT_EQ(number->ModExp(NumberValue(-1), TestValue(VT_BOOL), &result), DISP_E_OVERFLOW);
+  EXPECT_EQ(number->ModExp(TestValue(VT_BOOL), NumberValue(-1), &result), DISP_E_TYPEMISMATCH);
 }
 
-TEST_F(BigNumberTest, ZeroDivisorsFailAtOnce) {
+TEST_F(BigNumberTest, DivisionByZeroIsReported) {
   for (const char* const dividend : {"0", "12"}) {
     const Number a = Of(dividend);
     for (const Binary member : {&IPexBigNumber::Div, &IPexBigNumber::Mod, &IPexBigNumber::ModInv}) {
       for (int form = 0; form < 3; ++form) {
         const TestValue zero = form == 0 ? Dec("0") : form == 1 ? BytesValue({}) : TestValue();
         IPexBigNumber* result = a.Get();
-        EXPECT_EQ((a.Get()->*member)(zero, &result), kDivisionByZero);
+        EXPECT_EQ((a.Get()->*member)(zero, &result), DISP_E_DIVBYZERO);
         EXPECT_EQ(result, nullptr);
       }
     }
     IPexBigNumber* result = a.Get();
-    EXPECT_EQ(a->ModExp(NumberValue(3), NumberValue(0), &result), kDivisionByZero);
+    EXPECT_EQ(a->ModExp(NumberValue(3), NumberValue(0), &result), DISP_E_DIVBYZERO);
     EXPECT_EQ(result, nullptr);
     result = a.Get();
-    EXPECT_EQ(a->ModExp(NumberValue(0), NumberValue(0), &result), kDivisionByZero);
+    EXPECT_EQ(a->ModExp(NumberValue(0), NumberValue(0), &result), DISP_E_DIVBYZERO);
     EXPECT_EQ(result, nullptr);
     EXPECT_EQ(DecOf(a.Get()), dividend);
   }
 }
 
-TEST_F(BigNumberTest, Powers) {
+TEST_F(BigNumberTest, ModExpComputesPowers) {
   struct Case {
     const char* base;
     const char* exponent;
@@ -328,7 +328,7 @@ TEST_F(BigNumberTest, Powers) {
   }
 }
 
-TEST_F(BigNumberTest, InversesThatAreNone) {
+TEST_F(BigNumberTest, ModInvOfNumbersWithoutAnInverseIsRefused) {
   Number result;
   EXPECT_EQ(Of("2")->ModInv(NumberValue(4), result.Put()), S_OK);
   EXPECT_EQ(DecOf(result.Get()), "1");
@@ -336,7 +336,7 @@ TEST_F(BigNumberTest, InversesThatAreNone) {
   EXPECT_EQ(DecOf(result.Get()), "0");
 }
 
-TEST_F(BigNumberTest, Steps) {
+TEST_F(BigNumberTest, IncAndDecChangeTheNumber) {
   EXPECT_EQ(number->Inc(LeftOut()), S_OK);
   EXPECT_EQ(number->Inc(LeftOut()), S_OK);
   EXPECT_EQ(DecOf(number.Get()), "2");
@@ -346,13 +346,13 @@ TEST_F(BigNumberTest, Steps) {
   EXPECT_EQ(HexOf(number.Get()), "100000000");
   EXPECT_EQ(number->Dec(NumberValue(2)), S_OK);
   EXPECT_EQ(HexOf(number.Get()), "fffffffe");
-  // Nothing is not the same as left out.
+  // An empty value is not a missing one.
   EXPECT_EQ(number->Inc(TestValue()), S_OK);
   EXPECT_EQ(number->Dec(TestValue(VT_NULL)), S_OK);
   EXPECT_EQ(HexOf(number.Get()), "fffffffe");
 }
 
-TEST_F(BigNumberTest, NumbersBelowZero) {
+TEST_F(BigNumberTest, NegativeNumbersHaveTheirForms) {
   const Number a = Difference("3", "5");
   EXPECT_EQ(DecOf(a.Get()), "2");
   LONG order = 7;
@@ -381,7 +381,7 @@ TEST_F(BigNumberTest, NumbersBelowZero) {
   EXPECT_EQ(order, -1);
 }
 
-TEST_F(BigNumberTest, TheSignSurvivesLoads) {
+TEST_F(BigNumberTest, LoadsKeepTheSignFlag) {
   const Number a = Difference("3", "5");
   LONG order = 7;
   const auto is_below_zero = [&] {
@@ -399,7 +399,7 @@ TEST_F(BigNumberTest, TheSignSurvivesLoads) {
   EXPECT_TRUE(is_below_zero());
   EXPECT_EQ(a->Random(4, 1, 1), S_OK);
   EXPECT_TRUE(is_below_zero());
-  // Zero with the flag is not below zero, and the flag is still there afterwards.
+  // Zero with the sign flag is not negative, and keeps the flag.
   EXPECT_EQ(a->put_Value(NumberValue(0)), S_OK);
   EXPECT_FALSE(is_below_zero());
   EXPECT_EQ(order, 0);
@@ -408,7 +408,7 @@ TEST_F(BigNumberTest, TheSignSurvivesLoads) {
 }
 
 // An operand has no sign, even if it comes from a number that has one.
-TEST_F(BigNumberTest, ComparesWithOperandsThatAreNeverBelowZero) {
+TEST_F(BigNumberTest, CmpComparesWithNonNegativeOperands) {
   struct Case {
     const char* a;
     const char* b;
@@ -431,7 +431,7 @@ TEST_F(BigNumberTest, ComparesWithOperandsThatAreNeverBelowZero) {
   EXPECT_EQ(order, -1);
 }
 
-TEST_F(BigNumberTest, NewNumbers) {
+TEST_F(BigNumberTest, NewNumberTakesAnOptionalValue) {
   EXPECT_EQ(number->put_Value(Dec("9")), S_OK);
   Number made;
   ASSERT_EQ(number->NewNumber(LeftOut(), made.Put()), S_OK);
@@ -460,7 +460,7 @@ TEST_F(BigNumberTest, ResultsShareNothingWithTheirSource) {
   EXPECT_EQ(DecOf(copy.Get()), "999");
 }
 
-TEST_F(BigNumberTest, RandomNumbers) {
+TEST_F(BigNumberTest, RandomTakesSizeAndTwoFlags) {
   EXPECT_EQ(number->put_Value(Dec("9")), S_OK);
   for (const LONG size : {0, -1, -2147483647 - 1}) {
     EXPECT_EQ(number->Random(size, 1, 1), E_INVALIDARG);
@@ -485,7 +485,7 @@ TEST_F(BigNumberTest, WithoutMemoryThereIsNoText) {
   EXPECT_EQ(number->put_Value(Dec("9")), S_OK);
   const auto fails = [&](const std::function<HRESULT()>& call) {
     MiroltaFailAllocationAfter(0);
-    EXPECT_EQ(call(), kNoMemory);
+    EXPECT_EQ(call(), E_OUTOFMEMORY);
     EXPECT_TRUE(MiroltaAllocationHasFailed());
     MiroltaFailAllocationAfter(-1);
   };
@@ -518,7 +518,7 @@ TEST_F(BigNumberTest, NoMemberTakesTheLock) {
     EXPECT_EQ(one->put_Binary(operand), S_OK);
     EXPECT_EQ(one->put_Text(0, text.Get()), S_OK);
     EXPECT_EQ(one->put_Value(operand), S_OK);
-    EXPECT_EQ(one->put_Value(bad), kMismatch);
+    EXPECT_EQ(one->put_Value(bad), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(one->Random(2, 0, 0), S_OK);
     EXPECT_EQ(one->put_Value(operand), S_OK);
     EXPECT_EQ(one->Inc(operand), S_OK);
@@ -551,7 +551,7 @@ TEST_F(BigNumberTest, NoMemberTakesTheLock) {
   }
 }
 
-TEST_F(BigNumberTest, SupportsErrorInformation) {
+TEST_F(BigNumberTest, SupportsErrorInformationForItsInterfaceOnly) {
   OwnedReference<ISupportErrorInfo> support;
   ASSERT_EQ(support.Query(number.Get(), IID_ISupportErrorInfo), S_OK);
   EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IPexBigNumber), S_OK);

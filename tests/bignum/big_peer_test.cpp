@@ -1,4 +1,4 @@
-// Random numbers of up to 8192 bits, rich in edges, against the peer.
+// Random numbers of up to 8192 bits, many of them edge cases, against the peer.
 #include <gtest/gtest.h>
 
 #include "big_testing.h"
@@ -20,12 +20,12 @@ std::string Peer(mpz_srcptr z) {
   return Hex(z);
 }
 
-// Without the flag of a zero, which the peer does not have.
+// Without the sign flag of zero, which the peer does not have.
 std::string Value(const BigInt& n) {
   return n.IsZero() ? "0" : Hex(n);
 }
 
-TEST(BigPeerTest, SumsDifferencesProducts) {
+TEST(BigPeerTest, SumsDifferencesAndProductsAgreeWithThePeer) {
   for (int i = 0; i < Cases(6000); ++i) {
     const BigInt a = Operand(i), b = Operand(i / 3);
     const Mpz x(a), y(b);
@@ -41,7 +41,7 @@ TEST(BigPeerTest, SumsDifferencesProducts) {
   }
 }
 
-TEST(BigPeerTest, QuotientsAndRemainders) {
+TEST(BigPeerTest, QuotientsAndRemaindersAgreeWithThePeer) {
   for (int i = 0; i < Cases(6000); ++i) {
     const BigInt a = Operand(i), b = Operand(i / 3);
     if (b.IsZero()) continue;
@@ -53,7 +53,7 @@ TEST(BigPeerTest, QuotientsAndRemainders) {
   }
 }
 
-TEST(BigPeerTest, QuotientsNextToMultiples) {
+TEST(BigPeerTest, QuotientsNextToMultiplesAgreeWithThePeer) {
   for (int i = 0; i < Cases(2000); ++i) {
     const BigInt b = Operand(i), factor = Operand(i / 3);
     if (b.IsZero()) continue;
@@ -68,7 +68,7 @@ TEST(BigPeerTest, QuotientsNextToMultiples) {
   }
 }
 
-TEST(BigPeerTest, GcdAndInverse) {
+TEST(BigPeerTest, GcdAndInverseAgreeWithThePeer) {
   for (int i = 0; i < Cases(2500); ++i) {
     BigInt a = Operand(i), b = Operand(i / 3);
     a.SetSignFlag(false);
@@ -86,7 +86,7 @@ TEST(BigPeerTest, GcdAndInverse) {
   }
 }
 
-TEST(BigPeerTest, ModularPowers) {
+TEST(BigPeerTest, ModularPowersAgreeWithThePeer) {
   for (int i = 0; i < Cases(700); ++i) {
     const uint32_t bits = i % 50 == 0 ? 1500 : i % 5 == 0 ? 400 : 130;
     const BigInt base = RandomBig(bits + 100), e = RandomBig(i % 2 == 0 ? bits : 40);
@@ -105,7 +105,7 @@ TEST(BigPeerTest, ModularPowers) {
   }
 }
 
-TEST(BigPeerTest, LongOperands) {
+TEST(BigPeerTest, LongOperandsAgreeWithThePeer) {
   for (const uint32_t bits : {60000u, 1000000u}) {
     const BigInt a = RandomBigOf(bits), b = RandomBigOf(bits / 2) + BigInt(1);
     const Mpz x(a), y(b);

@@ -1,5 +1,5 @@
-// Numbers from text when the platform's conversion gives zero bytes, as none of the runtime's does.
-// This program has an operation of that name of its own.
+// Numbers from text when the platform's conversion gives zero bytes, which the runtime's never
+// does: this program defines the conversion itself.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -23,7 +23,7 @@ INT WideCharToMultiByte(UINT, DWORD, LPCWSTR text, INT length, LPSTR bytes, INT 
 namespace mirolta::test {
 namespace {
 
-TEST(BigPlatformTest, TheBytesUpToTheFirstZeroCount) {
+TEST(BigPlatformTest, BytesUpToTheFirstZeroCount) {
   const struct {
     const OLECHAR* text;
     const char* number;

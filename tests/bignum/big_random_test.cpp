@@ -37,7 +37,7 @@ class BigRandomTest : public ::testing::Test {
   const RandomSource zeros_ = {CountSeed, NextZero};
 };
 
-TEST_F(BigRandomTest, BytesAreTheNumbersModulo256) {
+TEST_F(BigRandomTest, BytesAreTheDrawnNumbersModulo256) {
   BigInt n;
   ASSERT_EQ(Random(n, 5, false, false), S_OK);
   EXPECT_EQ(Hex(n), "102030405");
@@ -47,7 +47,7 @@ TEST_F(BigRandomTest, BytesAreTheNumbersModulo256) {
   EXPECT_EQ(seeds, 2);
 }
 
-TEST_F(BigRandomTest, SizeAndOddBits) {
+TEST_F(BigRandomTest, EnsuredSizeAndOddnessSetTheirBits) {
   SetRandomSource(&zeros_);
   BigInt n(5);
   ASSERT_EQ(Random(n, 4, false, false), S_OK);
@@ -62,7 +62,7 @@ TEST_F(BigRandomTest, SizeAndOddBits) {
   EXPECT_EQ(Hex(n), "c1");
 }
 
-TEST_F(BigRandomTest, SizesBelowOneFail) {
+TEST_F(BigRandomTest, SizesBelowOneAreRefused) {
   BigInt n(5);
   for (const LONG size : {0, -1, -2147483647 - 1}) {
     EXPECT_EQ(Random(n, size, true, true), E_INVALIDARG);
@@ -71,20 +71,20 @@ TEST_F(BigRandomTest, SizesBelowOneFail) {
   EXPECT_EQ(seeds, 0);
 }
 
-TEST_F(BigRandomTest, FailsWhereThereIsNoSeed) {
+TEST_F(BigRandomTest, AFailureToSeedLeavesTheNumber) {
   seed_succeeds = false;
   BigInt n(5);
   EXPECT_EQ(Random(n, 4, true, true), E_FAIL);
   EXPECT_EQ(Hex(n), "5");
 }
 
-TEST_F(BigRandomTest, KeepsTheFlag) {
+TEST_F(BigRandomTest, TheSignFlagIsKept) {
   BigInt n = BigInt(1) - BigInt(2);
   ASSERT_EQ(Random(n, 2, false, false), S_OK);
   EXPECT_EQ(Hex(n), "-102");
 }
 
-TEST_F(BigRandomTest, SystemSource) {
+TEST_F(BigRandomTest, TheSourceOfTheSystemGivesNewNumbersEachTime) {
   SetRandomSource(nullptr);
   BigInt previous;
   for (int i = 0; i < 5; ++i) {

@@ -1,11 +1,10 @@
-// Computations whose working memory does not fit in themselves, when one allocation of theirs
-// fails: the status says so, the operands are as before, nothing is lost, and the same call
-// succeeds afterwards.
+// Operations with scratch on the heap when one of their allocations fails: the status reports it,
+// the operands keep their values, nothing leaks, and the same call succeeds afterwards.
 #include <gtest/gtest.h>
 
 #include "big_int.h"
-#include "memory_watch.h"
 #include "gcd.h"
+#include "memory_watch.h"
 #include "mod_exp.h"
 #include "next_prime.h"
 
@@ -79,7 +78,7 @@ class BigScratchMemoryTest : public testing::Test {
   }
 };
 
-TEST_F(BigScratchMemoryTest, PowersModuloNumbersOfEveryForm) {
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfAnyModularPowerLeavesItsOperands) {
   const BigInt exponent(0xF00F1);
   const Operands rows[] = {
       {"odd, of lanes", Pattern(120, 5), exponent, Pattern(121, 3)},
@@ -126,7 +125,7 @@ void FailEachOf(const char* name, const BigInt& start, const Operation& operatio
   EXPECT_GT(failures, 0);
 }
 
-TEST_F(BigScratchMemoryTest, APowerWithExponentZero) {
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfAPowerWithExponentZeroLeavesItsOperands) {
   const BigInt base = Pattern(3, 5), odd = Pattern(200, 3), even = Pattern(200, 4);
   for (const BigInt* modulus : {&odd, &even}) {
     FailEachOf("apart", BigInt(7),
@@ -137,7 +136,7 @@ TEST_F(BigScratchMemoryTest, APowerWithExponentZero) {
   }
 }
 
-TEST_F(BigScratchMemoryTest, CommonDivisors) {
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfGcdAndInverseLeavesTheirOperands) {
   const BigInt common = Pattern(70, 7);
   const BigInt a = common * Pattern(130, 3), b = common * Pattern(60, 9);
   FailEachOf("long", BigInt(7), [&](BigInt& r) { return Gcd(r, a, b); });
@@ -149,8 +148,8 @@ TEST_F(BigScratchMemoryTest, CommonDivisors) {
   FailEachOf("inverse", BigInt(7), [&](BigInt& r) { return Inverse(r, b, a + BigInt(2)); });
 }
 
-// Only the first allocations: what comes after them is the search itself.
-TEST_F(BigScratchMemoryTest, PrimesOfEverySizeAreNotFoundWithoutMemory) {
+// Only the first allocations: the later ones are those of the search.
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfNextPrimeIsReported) {
   for (const uint32_t words : {1u, 4u, 12u, 40u}) {
     SCOPED_TRACE(words);
     int failures = 0;
@@ -174,7 +173,7 @@ TEST_F(BigScratchMemoryTest, PrimesOfEverySizeAreNotFoundWithoutMemory) {
   }
 }
 
-TEST_F(BigScratchMemoryTest, FermatsTestNeedsMemoryForLongNumbers) {
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfTheFermatTestIsReported) {
   const BigInt n = Pattern(250, 0x12345671);
   bool expected = true;
   ASSERT_EQ(IsFermatPrime(&expected, n), S_OK);

@@ -1,4 +1,4 @@
-// What the tests of the big numbers share: edge-heavy random numbers, and GMP as the peer.
+// Shared by the tests of big numbers: random numbers, many of them edge cases, and GMP as the peer.
 #pragma once
 
 #include <gmp.h>
@@ -14,7 +14,7 @@
 
 namespace mirolta {
 
-// The Windows builds have a peer that is plain and slow, and fewer random cases.
+// The peer of the Windows builds is slow: they have fewer random cases.
 #ifdef _WIN32
 inline constexpr int kFewerCases = 4;
 #else
@@ -41,7 +41,7 @@ inline uint32_t Below(uint32_t limit) {
   return static_cast<uint32_t>(Generator()() % limit);
 }
 
-// Words of bits bits at most, with runs of ones, runs of zeros, single bits and noise.
+// Words of at most `bits` bits: runs of ones, runs of zeros, single bits and random ones.
 inline std::vector<uint32_t> RandomWords(uint32_t bits) {
   std::vector<uint32_t> words((bits + 31) / 32);
   const uint32_t kind = Below(6);

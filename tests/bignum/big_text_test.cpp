@@ -29,7 +29,7 @@ std::string Decimal(const BigInt& n) {
   return Narrow(text);
 }
 
-TEST(BigBytesTest, Table) {
+TEST(BigBytesTest, BytesAreNumbersWithTheHighByteFirst) {
   EXPECT_EQ(Hex(Read({0, 0, 1})), "1");
   EXPECT_EQ(BytesOf(BigInt(1)), (Bytes{1}));
   EXPECT_EQ(Hex(Read({})), "0");
@@ -40,7 +40,7 @@ TEST(BigBytesTest, Table) {
   EXPECT_EQ(BytesOf(BigHex("1ff")), (Bytes{1, 0xFF}));
 }
 
-TEST(BigBytesTest, EveryLengthAndBack) {
+TEST(BigBytesTest, EveryLengthIsReadAndWritten) {
   for (uint32_t length = 0; length < 70; ++length) {
     Bytes bytes(length);
     for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(Generator()());
@@ -53,7 +53,7 @@ TEST(BigBytesTest, EveryLengthAndBack) {
   }
 }
 
-TEST(BigTextTest, Table) {
+TEST(BigTextTest, DigitsAreReadAndWritten) {
   EXPECT_EQ(Hex(Big("12,345")), "3039");
   BigInt n;
   FromDecimalText(n, OLESTR("-12345"), 6);
@@ -71,7 +71,7 @@ TEST(BigTextTest, Table) {
   EXPECT_EQ(Decimal(Big("18446744073709551616")), "18446744073709551616");
 }
 
-// Characters around the digits and letters, and wide ones that end in a digit's byte.
+// Neighbours of the digits and letters, and wide characters whose low byte is a digit.
 TEST(BigTextTest, EveryOtherCharacterIsSkipped) {
   for (uint32_t c = 1; c < 0x10000; ++c) {
     const OLECHAR text[] = {OLECHAR('1'), static_cast<OLECHAR>(c), OLECHAR('2')};
@@ -88,7 +88,7 @@ TEST(BigTextTest, EveryOtherCharacterIsSkipped) {
   }
 }
 
-TEST(BigTextTest, TextOfZeroIsNull) {
+TEST(BigTextTest, ZeroHasNoText) {
   NumberText text;
   for (const uint32_t base : {10u, 16u}) {
     ASSERT_EQ(ToText(text, BigInt(5), base), S_OK);
@@ -100,7 +100,7 @@ TEST(BigTextTest, TextOfZeroIsNull) {
   }
 }
 
-TEST(BigTextTest, ShorterTextTakesTheSameRoom) {
+TEST(BigTextTest, ShorterTextKeepsItsMemory) {
   NumberText text;
   ASSERT_EQ(ToText(text, BigHex("123456789abcdef0123"), 16), S_OK);
   const OLECHAR* const characters = text.Characters();
@@ -117,7 +117,7 @@ TEST(BigTextTest, ShorterTextTakesTheSameRoom) {
   EXPECT_EQ(Narrow(text), "7");
 }
 
-TEST(BigTextTest, OtherBasesFail) {
+TEST(BigTextTest, OtherBasesAreRefused) {
   NumberText text;
   ASSERT_EQ(ToText(text, BigInt(5), 10), S_OK);
   for (const uint32_t base : {0u, 1u, 2u, 8u, 9u, 11u, 15u, 17u, 64u}) {
@@ -127,7 +127,7 @@ TEST(BigTextTest, OtherBasesFail) {
   EXPECT_EQ(Narrow(text), "5");
 }
 
-TEST(BigTextTest, ConversionsKeepTheFlag) {
+TEST(BigTextTest, ConversionsKeepTheSignFlag) {
   BigInt n = BigInt(3) - BigInt(5);
   const uint8_t bytes[] = {9};
   ASSERT_EQ(FromBytes(n, bytes, 1), S_OK);
@@ -143,7 +143,7 @@ TEST(BigTextTest, ConversionsKeepTheFlag) {
   EXPECT_EQ(Hex(n), "-0");
 }
 
-// The reader as the byte buffer defines it: the digits beyond its bytes are dropped.
+// The reader's byte buffer as reference: the digits beyond its bytes are dropped.
 BigInt ReadDecimalByBytes(const std::string& text) {
   const double product = static_cast<double>(text.size()) * 0.41524;
   size_t size = static_cast<size_t>(product);
@@ -178,7 +178,7 @@ TEST(BigTextTest, DigitsBeyondTheBufferAreDropped) {
   EXPECT_NE(Decimal(Big(spaced.substr(0, 1811))), std::string(1811, '9'));
 }
 
-TEST(BigTextTest, PowersOfTen) {
+TEST(BigTextTest, PowersOfTenAndTheirNeighboursAreConverted) {
   std::string text = "1";
   for (int i = 0; i < 1700; ++i, text.push_back('0')) {
     const BigInt n = Big(text);
@@ -188,7 +188,7 @@ TEST(BigTextTest, PowersOfTen) {
   }
 }
 
-TEST(BigTextTest, AgainstThePeer) {
+TEST(BigTextTest, RandomNumbersAgreeWithThePeer) {
   for (int i = 0; i < Cases(600); ++i) {
     const BigInt n = RandomBig(i % 20 == 0 ? 40000 : i % 3 == 0 ? 8192 : 700);
     if (n.IsZero()) continue;
@@ -211,8 +211,8 @@ std::string PeerDecimal(mpz_srcptr z) {
   return text;
 }
 
-// Every length around the changes of method, with values at and next to powers of both bases.
-TEST(BigTextTest, LengthsOfLongNumbers) {
+// Every length around the changes of algorithm, with values at and next to powers of both bases.
+TEST(BigTextTest, LongNumbersHaveTheirLength) {
   for (uint32_t words = 20; words < 1500; words += words < 220 ? 1 : 37) {
     for (uint32_t kind = 0; kind < 5; ++kind) {
       Mpz peer;
@@ -235,7 +235,7 @@ TEST(BigTextTest, LengthsOfLongNumbers) {
   }
 }
 
-TEST(BigTextTest, ManyDigits) {
+TEST(BigTextTest, ManyDigitsAreConverted) {
   const BigInt n = RandomBigOf(400000) + BigInt(1);
   const Mpz peer(n);
   char* const decimal = mpz_get_str(nullptr, 10, peer);

@@ -1,4 +1,4 @@
-// Numbers from automation values and back: every type, and what a failure leaves.
+// Numbers from automation values and back: every type, and the state after failures.
 #include "big_variant.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,8 @@ namespace {
 constexpr HRESULT kMismatch = static_cast<HRESULT>(0x80020005);
 constexpr HRESULT kNoMemory = static_cast<HRESULT>(0x8007000E);
 
-// What a value reads as: hexadecimal digits, or the status of a failure that left the number alone.
+// The hexadecimal digits that a value converts to, or the status of a failure, which leaves the
+// number.
 std::string ReadAs(const VARIANT& value, NumberBase base = NumberBase::kDecimal) {
   BigInt n(0xABCD);
   n.SetSignFlag(true);
@@ -65,7 +66,7 @@ TestValue SmallValue(VARTYPE type, uint32_t bits) {
   return value;
 }
 
-TEST(BigVariantTest, NothingIsZero) {
+TEST(BigVariantTest, EmptyNullAndMissingValuesAreZero) {
   TestValue left_out(VT_ERROR);
   left_out->scode = DISP_E_PARAMNOTFOUND;
   EXPECT_EQ(ReadAs(left_out), "0");
@@ -81,7 +82,7 @@ TEST(BigVariantTest, OtherErrorsAreNoNumbers) {
   }
 }
 
-TEST(BigVariantTest, SmallIntegers) {
+TEST(BigVariantTest, IntegersAreTheirValues) {
   EXPECT_EQ(ReadAs(SmallValue(VT_I1, 127)), "7f");
   EXPECT_EQ(ReadAs(SmallValue(VT_UI1, 255)), "ff");
   EXPECT_EQ(ReadAs(SmallValue(VT_I2, 32767)), "7fff");
@@ -94,7 +95,7 @@ TEST(BigVariantTest, SmallIntegers) {
   }
 }
 
-TEST(BigVariantTest, IntegersBelowZeroAreRefused) {
+TEST(BigVariantTest, NegativeIntegersAreRefused) {
   for (const VARTYPE type : {VT_I1, VT_I2, VT_I4}) {
     EXPECT_EQ(ReadAs(SmallValue(type, 0xFFFFFFFF)), "8002000A") << type;
   }
@@ -122,7 +123,7 @@ TEST(BigVariantTest, FractionsAreRoundedToWords) {
   EXPECT_EQ(ReadAs(RealValue(std::numeric_limits<double>::infinity())), "8002000A");
 }
 
-TEST(BigVariantTest, Text) {
+TEST(BigVariantTest, TextIsReadInTheGivenBase) {
   EXPECT_EQ(TextAs("255", NumberBase::kDecimal), "ff");
   EXPECT_EQ(TextAs("255", NumberBase::kHexadecimal), "255");
   EXPECT_EQ(TextAs("12,345", NumberBase::kDecimal), "3039");
@@ -138,7 +139,7 @@ TEST(BigVariantTest, Text) {
   EXPECT_EQ(ReadAs(TestValue(VT_BSTR)), "0");
 }
 
-TEST(BigVariantTest, OfATextOfAnOddNumberOfBytesWholeUnitsCount) {
+TEST(BigVariantTest, OnlyWholeUnitsOfAnOddNumberOfBytesCount) {
   TestValue odd(VT_BSTR);
   odd->bstrVal = SysAllocStringByteLen("1\0002\0003", 5);
   EXPECT_EQ(ReadAs(odd), "c");
@@ -152,7 +153,7 @@ TEST(BigVariantTest, CharactersLikeDigitsAreSkipped) {
             "9afaf");
 }
 
-TEST(BigVariantTest, ByteArrays) {
+TEST(BigVariantTest, ByteArraysAreNumbersWithTheHighByteFirst) {
   EXPECT_EQ(ReadAs(BytesValue({1, 2, 3, 4, 5})), "102030405");
   EXPECT_EQ(ReadAs(BytesValue({0, 0, 1})), "1");
   EXPECT_EQ(ReadAs(BytesValue({})), "0");
@@ -186,7 +187,7 @@ TEST(BigVariantTest, ReferencesAreNotFollowed) {
   EXPECT_EQ(ReadAs(ReferenceTo(VT_VARIANT, &inner)), "80020005");
 }
 
-TEST(BigVariantTest, WhatIsNoValueAtAllFailsAsItsCopyDoes) {
+TEST(BigVariantTest, MalformedValuesFailAsTheirCopyDoes) {
   for (const VARTYPE type : {VARTYPE{15}, VARTYPE{77}, VARTYPE{VT_ARRAY | 15}}) {
     VARIANT value;
     VariantInit(&value);
@@ -201,7 +202,7 @@ TEST(BigVariantTest, WhatIsNoValueAtAllFailsAsItsCopyDoes) {
   }
 }
 
-TEST(BigVariantTest, ObjectsCountAsTheirDefaultValue) {
+TEST(BigVariantTest, ObjectsAreTheirDefaultValues) {
   FakeObject text(TextValue(OLESTR("12")));
   EXPECT_EQ(ReadAs(ObjectValue(&text)), "c");
   EXPECT_EQ(ReadAs(ObjectValue(&text), NumberBase::kHexadecimal), "12");
@@ -218,7 +219,7 @@ TEST(BigVariantTest, ObjectsCountAsTheirDefaultValue) {
   EXPECT_EQ(ReadAs(ObjectValue(&nothing)), "0");
 }
 
-TEST(BigVariantTest, ObjectsWithoutANumber) {
+TEST(BigVariantTest, ObjectsWithoutANumberAreRefused) {
   FakeObject truth((TestValue(VT_BOOL)));
   EXPECT_EQ(ReadAs(ObjectValue(&truth)), "80020005");
   FakeObject below_zero(NumberValue(-1));
@@ -233,7 +234,7 @@ TEST(BigVariantTest, ObjectsWithoutANumber) {
   EXPECT_EQ(ReadAs(UnknownValue(nullptr)), "80004005");
 }
 
-TEST(BigVariantTest, TextOfANumber) {
+TEST(BigVariantTest, NumbersAreWrittenAsText) {
   TestValue value;
   ASSERT_EQ(
       NumberToVariant(BigHex("ABCDEF0123456789abc"), VT_BSTR, NumberBase::kHexadecimal, &value),
@@ -255,7 +256,7 @@ TEST(BigVariantTest, ZeroHasNoText) {
   }
 }
 
-TEST(BigVariantTest, BytesOfANumber) {
+TEST(BigVariantTest, NumbersAreWrittenAsByteArrays) {
   TestValue value;
   ASSERT_EQ(NumberToVariant(BigInt(0x10203), kByteArrayType, NumberBase::kDecimal, &value), S_OK);
   EXPECT_EQ(BytesOfArray(value), (Bytes{1, 2, 3}));
@@ -266,7 +267,7 @@ TEST(BigVariantTest, BytesOfANumber) {
   EXPECT_EQ(BytesOfArray(value), Bytes());
 }
 
-TEST(BigVariantTest, OtherRequestsAreRefused) {
+TEST(BigVariantTest, OtherTypesAreRefused) {
   for (const int type : {+VT_EMPTY, +VT_I4, +VT_R8, +VT_UI1, +VT_ARRAY, VT_ARRAY | VT_I1,
                          VT_BYREF | VT_BSTR, +VT_DISPATCH}) {
     VARIANT value;
@@ -279,7 +280,7 @@ TEST(BigVariantTest, OtherRequestsAreRefused) {
   EXPECT_EQ(NumberToVariant(BigInt(1), VT_I4, NumberBase::kDecimal, nullptr), E_POINTER);
 }
 
-TEST(BigVariantTest, WithoutMemoryNumbersAndPlacesStayEmpty) {
+TEST(BigVariantTest, WithoutMemoryNumbersAndValuesStayEmpty) {
   FakeObject text(TextValue(OLESTR("12345678901234567890")));
   const TestValue object = ObjectValue(&text);
   const TestValue values[] = {TextValue(OLESTR("12345678901234567890")),

@@ -1,4 +1,4 @@
-// Long products, quotients and their working memory, on limbs, around every change of method.
+// Long products and quotients of limbs and their scratch, around every change of algorithm.
 #include "divide.h"
 
 #include <gtest/gtest.h>
@@ -49,7 +49,7 @@ void CheckProduct(size_t m, size_t n, bool square) {
   ASSERT_EQ(z, Export(px, m + n)) << m << " by " << n;
 }
 
-TEST(MultiplyLimbsTest, EqualSizes) {
+TEST(MultiplyLimbsTest, BalancedProductsAreRight) {
   for (size_t n = 1; n < 460; n += n < 300 ? 1 : 13) {
     CheckProduct(n, n, false);
     CheckProduct(n, n, true);
@@ -58,7 +58,7 @@ TEST(MultiplyLimbsTest, EqualSizes) {
   CheckProduct(1500, 1500, true);
 }
 
-TEST(MultiplyLimbsTest, UnequalSizes) {
+TEST(MultiplyLimbsTest, UnbalancedProductsAreRight) {
   for (int i = 0; i < Cases(400); ++i) {
     const size_t m = 1 + Below(700);
     CheckProduct(m, 1 + Below(static_cast<uint32_t>(m)), false);
@@ -66,8 +66,8 @@ TEST(MultiplyLimbsTest, UnequalSizes) {
   }
 }
 
-// Shapes from equal ones to twice as long, around the least of the methods for them.
-TEST(MultiplyLimbsTest, EveryShapeUpToTwice) {
+// Shapes from balanced to twice as long, around the least size of each algorithm.
+TEST(MultiplyLimbsTest, EveryShapeUpToTwiceIsRight) {
   for (size_t n = 34; n < 90; n += n < 42 ? 1 : 7) {
     for (size_t m = n; m <= 2 * n + 1; ++m) CheckProduct(m, n, false);
   }
@@ -88,7 +88,7 @@ void CheckQuotient(const Limbs& a, const Limbs& d) {
   ASSERT_EQ(r, Export(pr, r.size())) << a.size() << " by " << d.size();
 }
 
-TEST(DivideLimbsTest, RandomSizes) {
+TEST(DivideLimbsTest, RandomQuotientsAreRight) {
   for (int i = 0; i < Cases(1500); ++i) {
     const size_t n = 1 + Below(i % 10 == 0 ? 300 : 30);
     Limbs d = RandomLimbs(n);
@@ -97,8 +97,8 @@ TEST(DivideLimbsTest, RandomSizes) {
   }
 }
 
-// Dividends next to a multiple of the divisor drive the estimates to their corrections.
-TEST(DivideLimbsTest, NextToMultiples) {
+// Dividends next to a multiple of the divisor need the corrections of the estimates.
+TEST(DivideLimbsTest, QuotientsNextToMultiplesAreRight) {
   for (int i = 0; i < Cases(1500); ++i) {
     const size_t n = 1 + Below(i % 10 == 0 ? 260 : 20);
     Limbs d = RandomLimbs(n);
@@ -114,7 +114,7 @@ TEST(DivideLimbsTest, NextToMultiples) {
   }
 }
 
-TEST(DivideLimbsTest, ByOneLimb) {
+TEST(DivideLimbsTest, QuotientsByOneLimbAreRight) {
   for (int i = 0; i < Cases(2000); ++i) {
     const Limbs a = RandomLimbs(Below(12));
     Limb d = RandomLimbs(1)[0];
@@ -132,7 +132,7 @@ TEST(DivideLimbsTest, ByOneLimb) {
   }
 }
 
-TEST(DivideRepeatedlyTest, AsManyDivisions) {
+TEST(DivideRepeatedlyTest, GivesWhatAsManyDivisionsGive) {
   for (size_t n = 0; n < 20; ++n) {
     for (int i = 0; i < Cases(60); ++i) {
       Limbs a = RandomLimbs(n);
@@ -154,7 +154,7 @@ TEST(DivideRepeatedlyTest, AsManyDivisions) {
   }
 }
 
-TEST(DivideInPlaceTest, EverySmallShape) {
+TEST(DivideInPlaceTest, EverySmallShapeIsRight) {
   for (size_t n = 1; n < 60; n += 1 + Below(3)) {
     for (size_t m = n; m < n + 60; m += 1 + Below(9)) {
       Limbs u = RandomLimbs(m), v = RandomLimbs(n);
@@ -176,7 +176,7 @@ TEST(DivideInPlaceTest, EverySmallShape) {
   }
 }
 
-// Whether the quotient could be told; if so, it has to be right.
+// Whether the quotient was determined; if so, it must be right.
 bool ToldQuotient(const Limbs& a, const Limbs& d) {
   const size_t m = a.size(), n = d.size();
   Limbs u = a, v = d, q(m - n + 2, kGuard), scratch(DivideScratch(m, n).value() + 1, kGuard);
@@ -209,7 +209,7 @@ Limbs PlainLimbs(size_t n) {
 
 // Sizes around the changes of method, with quotients shorter than, as long as and longer than the
 // divisor.
-TEST(QuotientInPlaceTest, TellsWhatIsNoMultiple) {
+TEST(QuotientInPlaceTest, ReportsWhatIsNoMultiple) {
   for (int i = 0; i < Cases(2000); ++i) {
     const size_t most = i % 5 == 0 ? 300 : 40;
     const size_t n = 1 + Below(static_cast<uint32_t>(most));
@@ -221,7 +221,7 @@ TEST(QuotientInPlaceTest, TellsWhatIsNoMultiple) {
   }
 }
 
-TEST(QuotientInPlaceTest, IsRightOrNotToldAtEdges) {
+TEST(QuotientInPlaceTest, IsRightOrUndeterminedAtEdges) {
   int told = 0;
   for (int i = 0; i < Cases(3000); ++i) {
     const uint32_t most = i % 5 == 0 ? 300 : 24;
@@ -232,8 +232,8 @@ TEST(QuotientInPlaceTest, IsRightOrNotToldAtEdges) {
   EXPECT_GT(told, 0);
 }
 
-// Multiples, whose quotient alone cannot be told from the leading limbs: they are divided in full.
-TEST(DivideLimbsTest, QuotientsOfMultiplesWithoutRemainder) {
+// Multiples, whose quotients the leading limbs do not determine: they are divided in full.
+TEST(DivideLimbsTest, ExactQuotientsAreRight) {
   for (size_t n = 1; n <= 40; ++n) {
     const size_t count = 1 + Below(40);
     Limbs d = RandomLimbs(n);
@@ -252,9 +252,9 @@ TEST(DivideLimbsTest, QuotientsOfMultiplesWithoutRemainder) {
   }
 }
 
-// A quotient followed by zero limbs leaves nothing or, one less, almost the divisor in the middle
-// of the division: there the limbs that were left out decide.
-TEST(QuotientInPlaceTest, NextToMultiples) {
+// A quotient that ends in zero limbs, or one less: the partial remainder is zero or almost the
+// divisor, and the omitted limbs decide.
+TEST(QuotientInPlaceTest, IsRightOrUndeterminedNextToMultiples) {
   for (int i = 0; i < Cases(3000); ++i) {
     const uint32_t most = i % 5 == 0 ? 200 : 12;
     const size_t n = 3 + Below(most);

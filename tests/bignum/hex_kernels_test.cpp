@@ -1,4 +1,4 @@
-// Every table of hexadecimal digits against printf's digits.
+// Every hexadecimal kernel against printf.
 #include "hex_kernels.h"
 
 #include <gtest/gtest.h>
@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "big_testing.h"
+#include "kernel_rows.h"
 
 namespace mirolta {
 namespace {
@@ -22,18 +23,14 @@ Text Digits(const std::vector<uint32_t>& words) {
   return Widen(text);
 }
 
-class HexKernelsTest : public ::testing::TestWithParam<int> {
+class HexKernelsTest : public ::testing::TestWithParam<Kernel<const HexKernels*>> {
  protected:
-  void SetUp() override {
-    const auto& row = kHexKernels[static_cast<size_t>(GetParam())];
-    ASSERT_EQ(row.needs, 0u);
-    RecordProperty("kernel", row.name);
-    kernels_ = row.function;
-  }
-  const HexKernels* kernels_ = nullptr;
+  void SetUp() override { ASSERT_EQ(GetParam().needs, 0u); }
+
+  const HexKernels* const kernels_ = GetParam().function;
 };
 
-TEST_P(HexKernelsTest, WriteAndRead) {
+TEST_P(HexKernelsTest, WriteAndReadDigits) {
   for (uint32_t count = 0; count < 20; ++count) {
     for (int i = 0; i < Cases(50); ++i) {
       const std::vector<uint32_t> words = RandomWords(count * 32);
@@ -54,8 +51,8 @@ TEST_P(HexKernelsTest, WriteAndRead) {
   }
 }
 
-// One other character at each place: the words behind it are read, and nothing is written beyond.
-TEST_P(HexKernelsTest, ReadsUpToWhatIsNoDigit) {
+// One other character at each place: the words after it are read, and nothing is written beyond.
+TEST_P(HexKernelsTest, ReadUpToACharacterThatIsNoDigit) {
   const std::vector<uint32_t> words = {0x01234567, 0x89ABCDEF, 0xFEDCBA98, 0x76543210, 0xA0B1C2D3};
   for (uint32_t c = 0; c < 0x10000; ++c) {
     const bool digit = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
@@ -76,9 +73,10 @@ TEST_P(HexKernelsTest, ReadsUpToWhatIsNoDigit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, HexKernelsTest,
-                         ::testing::Range(0, static_cast<int>(kHexKernels.size())));
+                         ::testing::ValuesIn(kHexKernels.begin(), kHexKernels.end()),
+                         [](const auto& row) { return test::TestNameOf(row.param); });
 
-TEST(HexTextTest, OtherCharactersAnywhere) {
+TEST(HexTextTest, OtherCharactersAreSkippedAnywhere) {
   for (int i = 0; i < Cases(2000); ++i) {
     const BigInt n = RandomBig(600);
     NumberText digits;
@@ -95,7 +93,7 @@ TEST(HexTextTest, OtherCharactersAnywhere) {
   }
 }
 
-TEST(DecimalTextTest, EveryGroupOfDigits) {
+TEST(DecimalTextTest, EveryGroupOfDigitsIsRight) {
   for (uint32_t i = 0; i < 10000; ++i) {
     char wanted[40];
     std::snprintf(wanted, sizeof wanted, "7%04u%04u%04u%04u", i, 9999 - i, 9999 - i, i);

@@ -1,4 +1,4 @@
-// No loop over limbs touches what lies before or behind its numbers, and all agree.
+// Limb kernels touch nothing before or behind their operands, and agree with the portable one.
 #include <gtest/gtest.h>
 
 #include <new>
@@ -6,6 +6,7 @@
 
 #include "big_testing.h"
 #include "guarded_memory.h"
+#include "kernel_rows.h"
 #include "limb_kernels.h"
 #include "limb_scratch.h"
 
@@ -40,17 +41,14 @@ std::vector<Limb> Ones(size_t n, size_t step) {
 
 template <typename Check>
 void ForEachTable(const Check& check) {
-  const LimbKernels& portable = *kLimbKernels[kLimbKernels.size() - 1].function;
-  for (const auto& row : kLimbKernels) {
-    if ((row.needs & ~ProcessorFeatures()) != 0) continue;
-    SCOPED_TRACE(row.name);
+  test::ForEachKernel(kLimbKernels, [&](const auto& row) {
     for (const Guard guard : {Guard::kBefore, Guard::kBehind}) {
-      check(*row.function, portable, guard);
+      check(*row.function, *test::PortableOf(kLimbKernels), guard);
     }
-  }
+  });
 }
 
-TEST(LimbBounds, SumsAndDifferencesStayInside) {
+TEST(LimbBounds, SumsAndDifferencesTouchNothingElse) {
   ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
     for (size_t n = 0; n < 40; ++n) {
       const GuardedLimbs x(guard, Ones(n, 1)), y(guard, Ones(n, 7)), z(guard, Ones(n, 0));
@@ -65,7 +63,7 @@ TEST(LimbBounds, SumsAndDifferencesStayInside) {
   });
 }
 
-TEST(LimbBounds, RowsStayInside) {
+TEST(LimbBounds, ProductsByOneLimbTouchNothingElse) {
   ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
     const Limb factor = static_cast<Limb>(0) - 3;
     for (size_t n = 0; n < 40; ++n) {
@@ -84,7 +82,7 @@ TEST(LimbBounds, RowsStayInside) {
   });
 }
 
-TEST(LimbBounds, ProductsStayInside) {
+TEST(LimbBounds, ProductsAndSquaresTouchNothingElse) {
   ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
     for (size_t n = 1; n < 36; ++n) {
       const GuardedLimbs y(guard, Ones(n, 2));
@@ -104,7 +102,7 @@ TEST(LimbBounds, ProductsStayInside) {
   });
 }
 
-TEST(LimbBounds, MontgomeryProductsStayInside) {
+TEST(LimbBounds, MontgomeryProductsTouchNothingElse) {
   ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
     for (size_t n = 1; n < 36; ++n) {
       std::vector<Limb> modulus = Ones(n, 3);

@@ -1,4 +1,4 @@
-// Every table of limb loops against plain arithmetic on the peer's numbers.
+// Every limb kernel against the peer.
 #include "limb_kernels.h"
 
 #include <gtest/gtest.h>
@@ -6,6 +6,7 @@
 #include <string>
 
 #include "big_testing.h"
+#include "kernel_rows.h"
 
 namespace mirolta {
 namespace {
@@ -35,20 +36,17 @@ Limbs Export(const Mpz& z, size_t n) {
   return limbs;
 }
 
-TEST(LimbKernelListTest, RowsAskForTheirInstructions) {
+TEST(LimbKernelListTest, KernelsNeedTheInstructionsThatTheyUse) {
   for (const auto& row : kLimbKernels) {
     const bool plain = std::string(row.name).find("products") != std::string::npos;
     EXPECT_EQ(row.needs, plain ? 0u : kFeatureBmi2Adx) << row.name;
   }
 }
 
-class LimbKernelsTest : public ::testing::TestWithParam<int> {
+class LimbKernelsTest : public ::testing::TestWithParam<Kernel<const LimbKernels*>> {
  protected:
   void SetUp() override {
-    const auto& row = kLimbKernels[static_cast<size_t>(GetParam())];
-    RecordProperty("kernel", row.name);
-    if ((row.needs & ~ProcessorFeatures()) != 0) GTEST_SKIP() << row.name << " not here";
-    kernels_ = row.function;
+    if (!test::Runs(GetParam().needs)) GTEST_SKIP() << "the processor lacks it";
   }
 
   // The row of limbs z + sign * x * y against the peer; the limb above is compared too.
@@ -74,10 +72,10 @@ class LimbKernelsTest : public ::testing::TestWithParam<int> {
     }
   }
 
-  const LimbKernels* kernels_ = nullptr;
+  const LimbKernels* const kernels_ = GetParam().function;
 };
 
-TEST_P(LimbKernelsTest, SumsAndDifferences) {
+TEST_P(LimbKernelsTest, SumsAndDifferencesAreRight) {
   for (size_t n = 0; n < 40; ++n) {
     for (int i = 0; i < Cases(20); ++i) {
       const Limbs x = RandomLimbs(n), y = RandomLimbs(n);
@@ -102,17 +100,17 @@ TEST_P(LimbKernelsTest, SumsAndDifferences) {
   }
 }
 
-TEST_P(LimbKernelsTest, Mul1) {
+TEST_P(LimbKernelsTest, ProductsByOneLimbAreRight) {
   CheckRow(kernels_->mul1, 1, false);
 }
-TEST_P(LimbKernelsTest, MulAdd1) {
+TEST_P(LimbKernelsTest, SumsWithProductsByOneLimbAreRight) {
   CheckRow(kernels_->mul_add1, 1, true);
 }
-TEST_P(LimbKernelsTest, MulSub1) {
+TEST_P(LimbKernelsTest, DifferencesWithProductsByOneLimbAreRight) {
   CheckRow(kernels_->mul_sub1, -1, true);
 }
 
-TEST_P(LimbKernelsTest, ProductsAndSquares) {
+TEST_P(LimbKernelsTest, ProductsAndSquaresAreRight) {
   for (size_t m = 1; m < 36; ++m) {
     for (size_t n = 1; n <= m; ++n) {
       for (int i = 0; i < Cases(1); ++i) {
@@ -133,7 +131,7 @@ TEST_P(LimbKernelsTest, ProductsAndSquares) {
   }
 }
 
-TEST_P(LimbKernelsTest, Reduce) {
+TEST_P(LimbKernelsTest, MontgomeryReductionsAreRight) {
   for (size_t n = 1; n < 36; ++n) {
     for (int i = 0; i < Cases(20); ++i) {
       Limbs m = RandomLimbs(n);
@@ -167,7 +165,7 @@ TEST_P(LimbKernelsTest, Reduce) {
   }
 }
 
-TEST_P(LimbKernelsTest, Montgomery) {
+TEST_P(LimbKernelsTest, MontgomeryProductsAreRight) {
   int taken = 0;
   for (size_t n = 1; n < 36; ++n) {
     for (int i = 0; i < Cases(200); ++i) {
@@ -210,9 +208,10 @@ TEST_P(LimbKernelsTest, Montgomery) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, LimbKernelsTest,
-                         ::testing::Range(0, static_cast<int>(kLimbKernels.size())));
+                         ::testing::ValuesIn(kLimbKernels.begin(), kLimbKernels.end()),
+                         [](const auto& row) { return test::TestNameOf(row.param); });
 
-TEST(LimbKernelListTest, EndsInATableThatNeedsNothing) {
+TEST(LimbKernelListTest, EndsInAKernelThatNeedsNothing) {
   ASSERT_GE(kLimbKernels.size(), 2u);
   EXPECT_EQ(kLimbKernels[kLimbKernels.size() - 1].needs, 0u);
   EXPECT_NE(&CurrentLimbKernels(), nullptr);

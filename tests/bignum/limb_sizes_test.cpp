@@ -1,5 +1,5 @@
-// Working memory of operands so long that a size_t does not count it: there is none, instead of what
-// is left of a count that wrapped. The heap is the test's own, which gives nothing.
+// Sizes of scratch that a size_t does not hold: the allocation fails, and no wrapped size is asked
+// for. The heap is the test's own and always fails.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -28,7 +28,7 @@ void* Give(size_t size) {
   return refuses ? nullptr : std::malloc(size != 0 ? size : 1);
 }
 
-// Not inlined: gcc would take free for another allocator's than that of the operator new that it sees.
+// Not inlined: gcc would warn that free does not match the operator new that it sees.
 [[gnu::noinline]] void Free(void* memory) {
   std::free(memory);
 }
@@ -41,7 +41,7 @@ void* operator new(size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](size_t size, const std::nothrow_t&) noexcept {
   return Give(size);
 }
-// All of them: the standard library frees by these what it got by those above.
+// All of them: the standard library allocates by those above and frees by these.
 void* operator new(size_t size) {
   void* const memory = std::malloc(size != 0 ? size : 1);
   if (memory == nullptr) throw std::bad_alloc();
@@ -83,12 +83,12 @@ class LimbSizesTest : public testing::Test {
   void TearDown() override { refuses = false; }
 };
 
-// The least n whose products with factor, and the sum with more, a size_t does not hold.
+// The least n for which factor * n + more does not fit a size_t.
 constexpr size_t FirstTooLong(size_t factor, size_t more) {
   return (SIZE_MAX - more) / factor + 1;
 }
 
-TEST_F(LimbSizesTest, BoundsOfWorkingMemoryDoNotWrap) {
+TEST_F(LimbSizesTest, SizesOfScratchDoNotWrap) {
   for (size_t n = SIZE_MAX; n > SIZE_MAX / 12; n -= n / 16) {
     EXPECT_EQ(MultiplyScratch(n, n).value(), kTooLarge) << n;
     EXPECT_EQ(MultiplyScratch(SIZE_MAX, n).value(), kTooLarge) << n;
@@ -101,7 +101,7 @@ TEST_F(LimbSizesTest, BoundsOfWorkingMemoryDoNotWrap) {
   EXPECT_LT(DecimalRoom(SIZE_MAX / kDecimalDigits / 2).value(), kTooLarge);
 }
 
-TEST_F(LimbSizesTest, ScratchThatIsTooLargeIsNotAskedFor) {
+TEST_F(LimbSizesTest, ScratchThatIsTooLargeIsNotAllocated) {
   const size_t quarter = SIZE_MAX / 4;
   const LimbScratch wrapped(4 * CheckedSize(quarter) + 8);  // 4 limbs, if the count wrapped
   EXPECT_EQ(wrapped.Get(), nullptr);
@@ -111,7 +111,7 @@ TEST_F(LimbSizesTest, ScratchThatIsTooLargeIsNotAskedFor) {
   EXPECT_EQ(asked_times, 0u);
 }
 
-TEST_F(LimbSizesTest, NumbersHaveBitsThatCanBeCounted) {
+TEST_F(LimbSizesTest, BitLengthsOfTheLongestNumbersFit) {
   static_assert(SIZE_MAX / 32 >= BigMagnitude::kMostWords);
   if (BigMagnitude::kMostWords == UINT32_MAX) {
     GTEST_SKIP() << "a size_t of 64 bits counts the bits of every number of 32-bit words";
@@ -187,7 +187,7 @@ const LongOperation kLongOperations[] = {
      [](Limb* x, size_t n) { return LehmerGcd().Run(x, n, x, n, true); }},
 };
 
-TEST_F(LimbSizesTest, OperandsThatAreTooLongFindNoMemory) {
+TEST_F(LimbSizesTest, OperandsThatAreTooLongAreRefused) {
   if (sizeof(size_t) > 4) {
     GTEST_SKIP()
         << "no memory holds operands whose working memory a size_t of 64 bits does not count";

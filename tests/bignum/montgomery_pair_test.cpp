@@ -24,7 +24,7 @@ void Expect(const PairPower& first, const PairPower& second) {
   ASSERT_EQ(z[1], Expected(second)) << second.x << "^" << second.e << " mod " << second.m;
 }
 
-TEST(PowerPairTest, ValuesAtTheEnds) {
+TEST(PowerPairTest, PowersOfExtremeValuesAreRight) {
   constexpr Limb kHalf = Limb{1} << (kLimbBits - 1);
   const Limb moduli[] = {3, 5, kHalf - 1, kHalf + 1, kLimbMax - 2, kLimbMax};
   const Limb exponents[] = {0, 1, 2, 3, kHalf, kLimbMax};
@@ -38,7 +38,7 @@ TEST(PowerPairTest, ValuesAtTheEnds) {
   }
 }
 
-TEST(PowerPairTest, AnyValues) {
+TEST(PowerPairTest, PowersOfRandomValuesAreRight) {
   std::mt19937_64 generator(5);
   const auto any = [&] { return static_cast<Limb>(generator() >> (generator() % 64)); };
   for (int i = 0; i < 20000; ++i) {

@@ -1,10 +1,11 @@
+#include "next_prime.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "big_testing.h"
-#include "next_prime.h"
 #include "small_primes.h"
 
 namespace mirolta {
@@ -21,8 +22,8 @@ BigInt Next(BigInt n) {
   return n;
 }
 
-// By powers in lanes where the processor has them, the other way for the shortest.
-TEST(FermatTest, MersennePrimesAndTheirNeighbours) {
+// Batched where the processor has such a kernel, one by one for the shortest.
+TEST(FermatTest, MersennePrimesPassAndTheirNeighboursFail) {
   for (const unsigned bits : {89u, 521u, 607u, 1279u, 2203u}) {
     Mpz prime(1);
     mpz_mul_2exp(prime, prime, bits);
@@ -33,7 +34,7 @@ TEST(FermatTest, MersennePrimesAndTheirNeighbours) {
   }
 }
 
-// The search as it is defined: no divisor in the table, and the four powers.
+// The definition: no divisor in the table, and four Fermat tests.
 bool IsFoundByDefinition(mpz_srcptr n) {
   for (size_t i = 0; i < kTablePrimes; ++i) {
     if (mpz_divisible_ui_p(n, kSmallPrimes.primes[i])) return false;
@@ -54,7 +55,7 @@ std::string NextByDefinition(const BigInt& start) {
   return Hex(static_cast<mpz_srcptr>(n));
 }
 
-TEST(SmallPrimesTest, AreThePrimes) {
+TEST(SmallPrimesTest, TableHoldsThePrimes) {
   size_t i = 0;
   Mpz p(1);
   for (;;) {
@@ -68,7 +69,7 @@ TEST(SmallPrimesTest, AreThePrimes) {
   EXPECT_EQ(kSmallPrimes.primes[kTablePrimes - 1], 1223);
 }
 
-TEST(FermatTest, SmallNumbers) {
+TEST(FermatTest, SmallPrimesPassAndSmallCompositesFail) {
   for (uint32_t n = 0; n < 3000; ++n) {
     const Mpz z(n);
     bool wanted = n > 1;
@@ -91,25 +92,25 @@ TEST(FermatTest, PseudoprimesPass) {
   EXPECT_FALSE(IsFermat(Big("341")));        // of base two only
 }
 
-TEST(NextPrimeTest, Table) {
+TEST(NextPrimeTest, KnownStartsGiveKnownPrimes) {
   EXPECT_EQ(Hex(Next(BigInt(1000000))), Hex(BigInt(1000003)));
   EXPECT_EQ(Hex(Next(BigInt(1000003))), Hex(BigInt(1000003)));
   EXPECT_EQ(Hex(Next(BigInt(1000004))), Hex(BigInt(1000033)));
 }
 
-TEST(NextPrimeTest, NeverFindsATablePrime) {
+TEST(NextPrimeTest, PrimesOfTheTableAreNeverFound) {
   for (uint32_t n = 0; n <= 1229; ++n) ASSERT_EQ(Next(BigInt(n)).GetWord(0), 1229u) << n;
   EXPECT_EQ(Next(BigInt(1230)).GetWord(0), 1231u);
 }
 
-TEST(NextPrimeTest, StartsBelowZero) {
+TEST(NextPrimeTest, NegativeStartsAreStartsAtZero) {
   for (const char* start : {"-0", "-1", "-5", "-1229", "-100000000000000000000000000000"}) {
     const BigInt found = Next(Big(start));
     EXPECT_EQ(Hex(found), Hex(BigInt(1229))) << start;
   }
 }
 
-TEST(NextPrimeTest, RunsOfSmallStarts) {
+TEST(NextPrimeTest, SmallStartsGiveTheNextPrime) {
   BigInt n(1230);
   for (int i = 0; i < 3000; ++i) {
     ASSERT_EQ(Hex(Next(n)), NextByDefinition(n));
@@ -117,15 +118,15 @@ TEST(NextPrimeTest, RunsOfSmallStarts) {
   }
 }
 
-// Long distances between primes, which the search walks in several windows.
-TEST(NextPrimeTest, LongDistances) {
+// Large prime gaps, which the search crosses in several windows.
+TEST(NextPrimeTest, PrimesFarFromTheStartAreFound) {
   EXPECT_EQ(Hex(Next(Big("1693182318746372"))), Hex(Big("1693182318747503")));
   EXPECT_EQ(Hex(Next(Big("18361375334787046698"))), Hex(Big("18361375334787048247")));
 }
 
-// Composites without small divisors that pass for primes are found, also by the longer sieve:
-// (6k+1)(12k+1)(18k+1) with three primes.
-TEST(NextPrimeTest, FindsPseudoprimesWithFactorsInTheLongerSieve) {
+// Pseudoprimes without small divisors are found, by the longer sieve too: (6k+1)(12k+1)(18k+1) with
+// three prime factors.
+TEST(NextPrimeTest, PseudoprimesWithFactorsInTheLongerSieveAreFound) {
   int found = 0;
   for (unsigned long k = 205; k < 3400 && found < 12; ++k) {
     Mpz a(6 * k + 1), b(12 * k + 1), c(18 * k + 1);
@@ -143,7 +144,7 @@ TEST(NextPrimeTest, FindsPseudoprimesWithFactorsInTheLongerSieve) {
 
 // Carmichael numbers all of whose divisors are in the longer sieve's reach or above it, none in the
 // table: products of primes p for which p - 1 divides one number, as Erdos 1956 makes them.
-TEST(NextPrimeTest, FindsCarmichaelNumbersWhoseDivisorsAreSieved) {
+TEST(NextPrimeTest, CarmichaelNumbersWhoseDivisorsAreSievedAreFound) {
   const std::vector<unsigned long> numbers[] = {
       {1249, 1321, 1873, 2521, 2731, 3169, 3697, 6007, 7393, 25741, 51481, 65521},
       {1249, 1321, 2003, 2311, 2341, 2731, 6007, 7393, 9241, 14561, 20593, 25741, 55441, 65521},
@@ -248,7 +249,7 @@ TEST(NextPrimeTest, EveryBaseRefusesSomeComposite) {
   }
 }
 
-TEST(NextPrimeTest, RandomStarts) {
+TEST(NextPrimeTest, RandomStartsGiveNumbersThatPassTheFermatTest) {
   for (int i = 0; i < Cases(300); ++i) {
     const BigInt start = RandomBig(64);
     ASSERT_EQ(Hex(Next(start)), NextByDefinition(start));
@@ -263,8 +264,8 @@ TEST(NextPrimeTest, RandomStarts) {
   }
 }
 
-// The peer's own next prime, which is no mere Fermat prime, is the same for practically all starts.
-TEST(NextPrimeTest, PeerFindsTheSame) {
+// The peer's next prime passes stronger tests; pseudoprimes are too rare to make a difference.
+TEST(NextPrimeTest, RandomStartsAgreeWithThePeer) {
   for (int i = 0; i < Cases(20); ++i) {
     const BigInt start = RandomBig(500) + BigInt(2000);
     Mpz z(start - BigInt(1));
@@ -273,7 +274,7 @@ TEST(NextPrimeTest, PeerFindsTheSame) {
   }
 }
 
-TEST(NextPrimeTest, CarriesIntoANewWord) {
+TEST(NextPrimeTest, SearchesCarryIntoANewWord) {
   for (const char* start : {"fffffffffffffffc", "fffffffe", "ffffffffffffffffffffffff"}) {
     const BigInt n = BigHex(start);
     EXPECT_EQ(Hex(Next(n)), NextByDefinition(n));

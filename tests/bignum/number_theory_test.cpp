@@ -57,7 +57,7 @@ BigInt WithAnySign(BigInt n) {
   return n;
 }
 
-TEST(GcdTest, Table) {
+TEST(GcdTest, KnownDivisorsAreFound) {
   EXPECT_EQ(Hex(CallGcd(BigInt(0), BigInt(5))), "5");
   EXPECT_EQ(Hex(CallGcd(BigInt(5), BigInt(0))), "5");
   EXPECT_EQ(Hex(CallGcd(BigInt(12), BigInt(18))), "6");
@@ -66,7 +66,7 @@ TEST(GcdTest, Table) {
   EXPECT_EQ(Hex(CallGcd(BigInt(1), BigInt(0xFFFFFFFF))), "1");
 }
 
-TEST(GcdTest, SmallOperandsOfEverySign) {
+TEST(GcdTest, SmallOperandsOfEverySignAreRight) {
   for (int a = -40; a <= 40; ++a) {
     for (int b = -40; b <= 40; ++b) {
       for (int zeros = 0; zeros < 4; ++zeros) {
@@ -79,7 +79,7 @@ TEST(GcdTest, SmallOperandsOfEverySign) {
   }
 }
 
-TEST(GcdTest, RandomOperandsOfEverySign) {
+TEST(GcdTest, RandomOperandsOfEverySignAreRight) {
   for (int i = 0; i < Cases(400); ++i) {
     const BigInt common = RandomBig(i % 2 == 0 ? 10 : 300);
     const BigInt a = WithAnySign(RandomBig(700) * common);
@@ -88,7 +88,7 @@ TEST(GcdTest, RandomOperandsOfEverySign) {
   }
 }
 
-TEST(InverseTest, Table) {
+TEST(InverseTest, KnownInversesAreFound) {
   EXPECT_EQ(Hex(CallInverse(BigInt(3), BigInt(7))), "5");
   EXPECT_EQ(Hex(CallInverse(BigInt(2), BigInt(4))), "1");
   EXPECT_EQ(Hex(CallInverse(BigInt(0), BigInt(7))), "0");
@@ -99,14 +99,14 @@ TEST(InverseTest, Table) {
   EXPECT_EQ(Hex(CallInverse(BigInt(10), BigInt(7))), "5");
 }
 
-TEST(InverseTest, ZeroModulus) {
+TEST(InverseTest, AZeroModulusIsRefused) {
   BigInt r(9);
   EXPECT_EQ(Inverse(r, BigInt(3), BigInt(0)), DISP_E_DIVBYZERO);
   EXPECT_EQ(Inverse(r, BigInt(0), Big("-0")), DISP_E_DIVBYZERO);
   EXPECT_EQ(Hex(r), "9");
 }
 
-TEST(InverseTest, SmallOperandsOfEverySign) {
+TEST(InverseTest, SmallOperandsOfEverySignAreRight) {
   for (int a = -60; a <= 60; ++a) {
     for (int m = -40; m <= 40; ++m) {
       if (m == 0) continue;
@@ -120,7 +120,7 @@ TEST(InverseTest, SmallOperandsOfEverySign) {
   }
 }
 
-TEST(InverseTest, RandomOperandsOfEverySign) {
+TEST(InverseTest, RandomOperandsOfEverySignAreRight) {
   for (int i = 0; i < Cases(400); ++i) {
     const BigInt common = i % 2 == 0 ? BigInt(1) : RandomBig(200);
     const BigInt a = WithAnySign(RandomBig(i % 3 == 0 ? 60 : 700) * common);
@@ -130,8 +130,8 @@ TEST(InverseTest, RandomOperandsOfEverySign) {
   }
 }
 
-// Neighbours of the golden ratio have the most steps, neighbours of a power the largest quotients.
-TEST(InverseTest, FibonacciNumbersAndLargeQuotients) {
+// Fibonacci numbers take the most steps, neighbours of a power have the largest quotients.
+TEST(InverseTest, FibonacciNumbersAndLargeQuotientsAreRight) {
   BigInt a(1), b(1);
   for (int i = 0; i < 900; ++i) {
     const BigInt next = a + b;
@@ -151,7 +151,7 @@ TEST(InverseTest, FibonacciNumbersAndLargeQuotients) {
   }
 }
 
-TEST(ModExpTest, Table) {
+TEST(ModExpTest, KnownPowersAreRight) {
   EXPECT_EQ(Hex(CallModExp(BigInt(4), BigInt(13), BigInt(497))), Hex(BigInt(445)));
   EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(1), BigInt(7))), "3");
   EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(0), BigInt(7))), "1");
@@ -165,14 +165,14 @@ TEST(ModExpTest, Table) {
   EXPECT_EQ(Hex(CallModExp(BigInt(2), BigInt(100), BigInt(8))), "0");
 }
 
-TEST(ModExpTest, ZeroModulus) {
+TEST(ModExpTest, AZeroModulusIsRefused) {
   BigInt r(9);
   EXPECT_EQ(ModExp(r, BigInt(3), BigInt(5), BigInt(0)), DISP_E_DIVBYZERO);
   EXPECT_EQ(ModExp(r, BigInt(3), BigInt(0), Big("-0")), DISP_E_DIVBYZERO);
   EXPECT_EQ(Hex(r), "9");
 }
 
-TEST(ModExpTest, OperandsBelowZero) {
+TEST(ModExpTest, NegativeOperandsAreRight) {
   EXPECT_EQ(Hex(CallModExp(Big("-10"), BigInt(1), BigInt(7))), Hex(Big("-10") % BigInt(7)));
   EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(3), BigInt(7))), "-6");
   EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(4), BigInt(7))), "4");
@@ -184,7 +184,7 @@ TEST(ModExpTest, OperandsBelowZero) {
   EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(0), Big("-1"))), "0");
 }
 
-TEST(ModExpTest, EverySmallOperand) {
+TEST(ModExpTest, EverySmallOperandIsRight) {
   for (uint32_t m = 1; m < 50; ++m) {
     for (uint32_t base = 0; base < 60; ++base) {
       uint32_t power = 1 % m;
@@ -217,9 +217,9 @@ TEST(ModExpTest, ResultsMayBeOperands) {
   EXPECT_EQ(Hex(r), Hex(base));
 }
 
-// Whatever is read of an operand is read before the result takes its place: values and signs of
-// every kind, the result being each of the operands, against a result apart.
-TEST(ModExpTest, TheResultInAnOperandsPlaceIsTheSame) {
+// Operands are read before the result overwrites them: every kind of value and sign, with the result
+// in each operand, against a separate result.
+TEST(ModExpTest, TheResultInAnOperandIsTheSame) {
   std::vector<BigInt> values;
   for (const uint32_t word : {0u, 1u, 2u, 3u, 8u, 0xFFFFFFFFu}) {
     values.push_back(BigInt(word));
@@ -270,7 +270,7 @@ TEST(ModExpTest, AModulusOfOneKeepsTheSignOfAnOddPower) {
   }
 }
 
-TEST(ModExpTest, PowersMultiply) {
+TEST(ModExpTest, PowersMultiplyAsTheirExponentsAdd) {
   for (int i = 0; i < Cases(60); ++i) {
     const BigInt m = RandomBig(500) + BigInt(2), x = RandomBig(600);
     const BigInt e = RandomBig(80), f = RandomBig(80);
@@ -279,7 +279,7 @@ TEST(ModExpTest, PowersMultiply) {
   }
 }
 
-TEST(NumberTheoryTest, FailuresPassOn) {
+TEST(NumberTheoryTest, OperationsOnAFailedNumberFail) {
   const BigInt failed = BigInt::Failed(E_OUTOFMEMORY);
   BigInt r(9);
   EXPECT_EQ(Gcd(r, failed, r), E_OUTOFMEMORY);

@@ -1,5 +1,5 @@
-// Products and powers in digits of 52 bits, and Fermat tests in lanes, against the peer and against
-// the portable rows.
+// Products and powers in radix 2^52, and batched Fermat tests, against the peer and the portable
+// kernels.
 #include "radix52.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ void RandomModulus(Mpz& m, uint32_t bits, int i) {
   mpz_sub_ui(m, m, 1);
 }
 
-TEST(FermatBatchTest, EachNumberAndBaseForItself) {
+TEST(FermatBatchTest, EachNumberIsTestedToItsOwnBase) {
   int taken = 0;
   for (uint32_t bits = 100; bits < 1300; bits += 1 + Below(12 * kFewerCases)) {
     const FermatBatch batch(bits);
@@ -67,7 +67,7 @@ TEST(FermatBatchTest, EachNumberAndBaseForItself) {
     ++taken;
   }
   RecordProperty("taken", taken);
-  // Other processors have no batches at all, none of them half.
+  // Other processors have none of these kernels.
   EXPECT_EQ(taken != 0, FermatBatch(1024).Capacity() != 0);
 }
 
@@ -84,7 +84,7 @@ class DigitTest : public ::testing::Test {
   }
 };
 
-TEST_F(DigitTest, SplitAndJoin) {
+TEST_F(DigitTest, SplitAndJoinedNumbersAreTheSame) {
   for (int i = 0; i < Cases(500); ++i) {
     const BigInt n = RandomBig(2000);
     const Mpz z(n);
@@ -105,7 +105,7 @@ TEST_F(DigitTest, SplitAndJoin) {
   }
 }
 
-TEST_F(DigitTest, Products) {
+TEST_F(DigitTest, ProductsAgreeWithThePeer) {
   for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
     const size_t padded = vectors * kRadix52PerVector;
     for (int i = 0; i < Cases(300); ++i) {
@@ -151,9 +151,9 @@ TEST_F(DigitTest, Products) {
   }
 }
 
-// Digits that are full pass carries on through all vectors: (m + k) * 2^(52 count) mod m is a power
-// whose products with one end in long runs of ones.
-TEST_F(DigitTest, CarriesThroughFullDigits) {
+// Carries pass through digits of ones in all vectors: (m + k) * 2^(52 count) mod m is a power whose
+// product with one ends in a long run of ones.
+TEST_F(DigitTest, CarriesPassThroughDigitsOfOnes) {
   for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
     const size_t count = vectors * kRadix52PerVector;
     Mpz m, base, x, got, twice;
@@ -202,11 +202,11 @@ void ExpectSamePower(uint32_t bits, uint32_t exponent_bits, int i) {
   ASSERT_EQ(by_digits, ToLimbs(power, n)) << bits;
 }
 
-TEST_F(DigitTest, PowersOfAllSizes) {
+TEST_F(DigitTest, PowersOfEverySizeAgreeWithThePeer) {
   for (uint32_t bits = 60; bits <= kRadix52PowerMostBits; bits += 1 + Below(bits / 16)) {
     ExpectSamePower(bits, 1 + Below(200), static_cast<int>(bits));
   }
-  // Where the digits or their vectors become one more, and the ends.
+  // Where the number of digits or of vectors increases, and the ends of the range.
   for (uint32_t digits = 8; digits <= 80; digits += 8) {
     for (uint32_t bits = digits * kRadix52Bits - 4; bits <= digits * kRadix52Bits; ++bits) {
       if (bits > kRadix52PowerMostBits) break;
@@ -215,14 +215,14 @@ TEST_F(DigitTest, PowersOfAllSizes) {
   }
 }
 
-TEST_F(DigitTest, PowersWithLongExponents) {
+TEST_F(DigitTest, PowersWithLongExponentsAgreeWithThePeer) {
   for (const uint32_t bits : {520u, 1024u, 1030u, 2048u}) {
     for (int i = 0; i < Cases(2); ++i) ExpectSamePower(bits, bits, i);
   }
   ExpectSamePower(4096, 1900, 1);
 }
 
-TEST_F(DigitTest, TheRowTakesItsSizesOnly) {
+TEST_F(DigitTest, TheKernelTakesItsSizesOnly) {
   const uint32_t all = ~0u;
   EXPECT_EQ(ChoosePower(kRadix52PowerLeastBits, all).function, Radix52Power);
   EXPECT_EQ(ChoosePower(kRadix52PowerMostBits, all).function, Radix52Power);

@@ -21,7 +21,7 @@ function(mirolta_windows_test name)
   # The module frees memory by operators of its own, which go with its own way to get it. A program
   # with the language's needs all of them from one place.
   get_target_property(sources ${name} SOURCES)
-  if(NOT sources MATCHES "memory_watch|big_memory_test")
+  if(NOT sources MATCHES "memory_watch")
     target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/memory_watch.cpp)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support)
   endif()
