@@ -1,29 +1,12 @@
-// Memory that runs out, at every allocation of every member of every class and of every entry
-// point: the status reports it, nothing leaks, no lock is kept, and the same call succeeds
+// Memory that runs out, at every allocation of every member of every class and of every stream
+// operation: the status reports it, nothing leaks, no lock is kept, and the same call succeeds
 // afterwards.
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <algorithm>
-#include <cstdio>
 #include <functional>
-#include <iostream>
 #include <map>
 #include <set>
 
-#include "class_table.h"
-#include "member_calls.h"
-#include "memory_watch.h"
-#include "module_state.h"
-#include "portable/module_resources.h"
-#include "portable/registry_mode.h"
-#include "portable/test_hooks.h"
-#include "trust_heap.h"
-
-extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllUnregisterServer();
+#include "allocation_fixture.h"
+#include "object_probe.h"
 
 namespace mirolta::test {
 namespace {
@@ -75,75 +58,8 @@ constexpr AsAfter kAsAfter[] = {
     {"ToviStreamDigest.WriteBinaryValue get", "WriteFinalize", kMethod, ""},
 };
 
-// Members that may have consumed their data when they fail: the output is still queued.
-const std::set<std::string> kMayHaveTaken = {"SymmetricCryptObject.Encrypt",
-                                             "SymmetricCryptObject.Decrypt"};
-
-// Who refuses: operator new from the n-th allocation on, operator new the n-th time only, or the
-// runtime the n-th time only.
-enum class Failing { kNewFromThere, kNewOnce, kRuntimeOnce };
-constexpr Failing kFailings[] = {Failing::kNewFromThere, Failing::kNewOnce, Failing::kRuntimeOnce};
-
-// Runs a call with its n-th allocation failing; true if there was such an allocation.
-template <typename Work>
-bool RunFailing(Failing failing, long n, Work call) {
-  switch (failing) {
-    case Failing::kNewFromThere: {
-      const FailAllocationsAfter fail(n);
-      call();
-      return AllocationHasFailed();
-    }
-    case Failing::kNewOnce: {
-      const FailOneAllocation fail(n);
-      call();
-      return AllocationHasFailed();
-    }
-    default:
-      MiroltaFailAllocationAfter(static_cast<LONG>(n));
-      call();
-      const bool failed = MiroltaAllocationHasFailed();
-      MiroltaFailAllocationAfter(-1);
-      return failed;
-  }
-}
-
-// Every allocation up to this one fails, then fewer and fewer: the generation of keys must end.
-#ifdef MIROLTA_SLOW_BUILD
-constexpr long kAllUpTo = 100;
-#else
-constexpr long kAllUpTo = 1000;
-#endif
-long After(long n) {
-  return n < kAllUpTo ? n + 1 : n + n / 4;
-}
-
-class AllocationTest : public testing::Test {
+class MemberAllocationTest : public AllocationTest {
  protected:
-  static void SetUpTestSuite() {
-    // No registry file but one that is not there.
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
-    ASSERT_EQ(DllRegisterServer(), S_OK);
-  }
-  static void TearDownTestSuite() {
-    MiroltaRegistryInMemory(FALSE);
-    std::cout << points << " allocations were made to fail\n";
-  }
-  void SetUp() override {
-    // What is made once and kept: factories, type information, error slot.
-    for (const ClassTableRow* class_row : AllClasses()) {
-      const Subject subject(*class_row, State::kReady);
-      OwnedReference<ITypeInfo> info;
-      ASSERT_EQ(subject.Dispatch()->GetTypeInfo(0, 0, info.Put()), S_OK);
-    }
-    SetErrorInfo(0, nullptr);
-    locks_at_start = CurrentModule()->lock_count;
-  }
-  void TearDown() override {
-    SetErrorInfo(0, nullptr);
-    EXPECT_EQ(CurrentModule()->lock_count, locks_at_start);
-  }
-
   // What the call does when memory is not short.
   struct Outcome {
     HRESULT status;
@@ -234,15 +150,6 @@ class AllocationTest : public testing::Test {
     VariantClear(&second);
   }
 
-  static ULONGLONG Position(IStream* stream) {
-    LARGE_INTEGER none;
-    none.QuadPart = 0;
-    ULARGE_INTEGER position;
-    position.QuadPart = 0;
-    EXPECT_EQ(stream->Seek(none, STREAM_SEEK_CUR, &position), S_OK);
-    return position.QuadPart;
-  }
-
   static HRESULT Published() {
     OwnedReference<IErrorInfo> info;
     return GetErrorInfo(0, info.Put());
@@ -267,80 +174,6 @@ class AllocationTest : public testing::Test {
     return status == DISP_E_EXCEPTION ? exception.scode : status;
   }
 
-  static std::string HexOf(const Bytes& bytes) {
-    std::string text;
-    char two[4];
-    for (const uint8_t byte : bytes) {
-      std::snprintf(two, sizeof two, "%02X", byte);
-      text += two;
-    }
-    return text;
-  }
-
-  // The bytes that a cipher's member gives.
-  static Bytes Transformed(const Member& member, const Subject& subject, const char* words) {
-    Arguments arguments(words);
-    VARIANT result;
-    subject.Call(*member.row, arguments.Get(), &result);
-    const bool given = V_VT(&result) == (VT_ARRAY | VT_UI1);
-    Bytes bytes = given ? BytesOfArray(result) : Bytes();
-    VariantClear(&result);
-    return bytes;
-  }
-
-  // All of a filter's target.
-  static std::string TargetOf(IStream* filter, const Subject& subject) {
-    IUnknown* bound = nullptr;
-    OwnedReference<IToviStreamDigest> digest;
-    OwnedReference<IToviStreamCrypt> crypt;
-    if (digest.Query(filter, IID_IToviStreamDigest) == S_OK) digest->get_Stream(&bound);
-    if (crypt.Query(filter, IID_IToviStreamCrypt) == S_OK) crypt->get_Stream(&bound);
-    if (bound == nullptr) return "none";
-    OwnedReference<IStream> target;
-    EXPECT_EQ(target.Query(bound, IID_IStream), S_OK);
-    bound->Release();
-    const std::string position = std::to_string(Position(target.Get()));
-    LARGE_INTEGER start;
-    start.QuadPart = 0;
-    EXPECT_EQ(target->Seek(start, STREAM_SEEK_SET, nullptr), S_OK);
-    Bytes content(4000);
-    ULONG count = 0;
-    target->Read(content.data(), static_cast<ULONG>(content.size()), &count);
-    content.resize(count);
-    subject.Call("Stream", kPutRef, "S0");
-    return "at " + position + " " + HexOf(content);
-  }
-
-  // All that can be learnt of an object by using it, what is open or queued in it included. A
-  // cipher's output that the member has given away already, `taken`, counts as if it were queued.
-  static std::string Looked(const Member& member, const Subject& subject, const Bytes& taken = {}) {
-    std::string text;
-    if (member.ClassName() == "HashObject") {
-      // More data go on with an open digest, and change nothing of one that is finished.
-      subject.Call("HashUpdate", kMethod, "b5 i-1");
-    } else if (member.ClassName() == "SymmetricCryptObject") {
-      for (const Member& one : AllMembers()) {
-        if (kMayHaveTaken.count(one.Name()) == 0) continue;
-        Bytes bytes = one.Name() == member.Name() ? taken : Bytes();
-        const Bytes queued = Transformed(one, subject, "b0 B-1");
-        bytes.insert(bytes.end(), queued.begin(), queued.end());
-        text += one.Name() + " " + HexOf(bytes) + "\n";
-      }
-    }
-    OwnedReference<IStream> stream;
-    if (stream.Query(subject.Unknown(), IID_IStream) != S_OK) return text + subject.Snapshot();
-    // Before the snapshot, which finishes digests.
-    uint8_t bytes[64] = {};
-    ULONG count = 0;
-    text += "read " + std::to_string(stream->Read(bytes, 21, &count));
-    text += " " + HexOf(Bytes(bytes, bytes + count));
-    count = 1;
-    text += " write " + std::to_string(stream->Write(bytes, 21, &count)) + "\n";
-    text += subject.Snapshot();
-    text += "end " + std::to_string(subject.Call("WriteFinalize", kMethod, ""));
-    return text + " target " + TargetOf(stream.Get(), subject) + "\n";
-  }
-
   // What may be left of the object when memory is short.
   static std::set<std::string> Possible(const Member& member, State state, const char* words,
                                         bool late) {
@@ -363,7 +196,7 @@ class AllocationTest : public testing::Test {
     }
     // A late-bound call may end before it has reached the object.
     if (!changes || late) after([](const Subject&) { return Bytes(); });
-    const bool may_have_taken = kMayHaveTaken.count(member.Name()) != 0;
+    const bool may_have_taken = MembersThatQueue().count(member.Name()) != 0;
     if (may_have_taken || kSilent.count(member.Name()) != 0) {
       after([&](const Subject& subject) {
         const Bytes given = Transformed(member, subject, words);
@@ -385,13 +218,9 @@ class AllocationTest : public testing::Test {
     VariantClear(&result);
     return {status, shown + "\n" + subject.Snapshot(), Possible(member, state, words, late)};
   }
-
-  static inline long points = 0;
-  PlannedChance chance;
-  LONG locks_at_start = 0;
 };
 
-TEST_F(AllocationTest, EveryMemberHasItsArguments) {
+TEST_F(MemberAllocationTest, EveryMemberHasItsArguments) {
   std::set<std::string> rows;
   for (const ArgumentRow& row : ArgumentRows()) EXPECT_TRUE(rows.insert(row.member).second);
   std::set<std::string> members;
@@ -406,12 +235,12 @@ TEST_F(AllocationTest, EveryMemberHasItsArguments) {
   }
   for (const std::string& row : rows) EXPECT_EQ(members.count(row), 1u) << row;
   for (const std::string& row : kSilent) EXPECT_EQ(members.count(row), 1u) << row;
-  for (const std::string& row : kMayHaveTaken) EXPECT_EQ(members.count(row), 1u) << row;
+  for (const std::string& row : MembersThatQueue()) EXPECT_EQ(members.count(row), 1u) << row;
   for (const AsAfter& row : kAsAfter) EXPECT_EQ(members.count(row.member), 1u) << row.member;
   EXPECT_EQ(AllClasses().size(), 6u);
 }
 
-class AllocationOfClassTest : public AllocationTest, public testing::WithParamInterface<int> {};
+class AllocationOfClassTest : public MemberAllocationTest, public testing::WithParamInterface<int> {};
 
 TEST_P(AllocationOfClassTest, EveryMemberSurvivesEveryAllocationThatFails) {
   const ClassTableRow* const class_row = AllClasses()[static_cast<size_t>(GetParam())];
@@ -431,8 +260,8 @@ TEST_P(AllocationOfClassTest, EveryMemberSurvivesEveryAllocationThatFails) {
                 const bool failed = FailOnce(member, state, words, late, failing, n, look, usual);
                 if (HasFailure()) {
                   FAIL() << member.Name() << " (" << words << ") state " << static_cast<int>(state)
-                         << " late " << late << " failing " << static_cast<int>(failing)
-                         << " allocation " << n;
+                         << " late " << late << ", " << NameOf(failing)
+                         << ", n = " << n;
                 }
                 if (!failed) break;
               }
@@ -450,7 +279,7 @@ INSTANTIATE_TEST_SUITE_P(Classes, AllocationOfClassTest, testing::Range(0, 6),
                          });
 
 // The stream operations of the filters.
-TEST_F(AllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFails) {
+TEST_F(MemberAllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFails) {
   uint8_t bytes[4000] = {1, 2, 3};
   OwnedReference<IStream> destination;
   ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, destination.Put()), S_OK);
@@ -545,8 +374,7 @@ TEST_F(AllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFails) {
             }
             EXPECT_EQ(BlocksInUse(), blocks);
             if (HasFailure()) {
-              FAIL() << Plain(class_row->name) << " " << name << " allocation " << n << " failing "
-                     << static_cast<int>(failing);
+              FAIL() << Plain(class_row->name) << " " << name << ", " << NameOf(failing) << ", n = " << n;
             }
             if (!failed) break;
           }
@@ -554,128 +382,6 @@ TEST_F(AllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFails) {
       }
     }
   }
-}
-
-class EntryPointTest : public AllocationTest {
- protected:
-  // Loads the module anew: without factories and type information.
-  static void Reload() {
-    SetErrorInfo(0, nullptr);
-    const HINSTANCE instance = CurrentModule()->instance;
-    DllMain(instance, DLL_PROCESS_DETACH, nullptr);
-    DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
-  }
-
-  // Fails each allocation of a call on a module just loaded; the same call then goes well.
-  void FailEach(const std::string& name, const std::function<HRESULT()>& call,
-                const std::function<void()>& prepare = nullptr) {
-    int most_failures = 0;
-    // What the runtime makes once and keeps.
-    if (prepare) prepare();
-    EXPECT_EQ(call(), S_OK);
-    for (const Failing failing : kFailings) {
-      int failures = 0;
-      for (long n = 0;; n = After(n)) {
-        Reload();
-        if (prepare) prepare();
-        const long blocks = BlocksInUse();
-        HRESULT status = S_OK;
-        bool failed = false;
-        {
-          const LockBalance locks;
-          failed = RunFailing(failing, n, [&] { status = call(); });
-          EXPECT_EQ(locks.Held(), 0);
-        }
-        if (failed) {
-          ++points;
-          ++failures;
-          // A type library that could not be loaded says only so.
-          EXPECT_TRUE(status == E_OUTOFMEMORY || status == S_OK || status == TYPE_E_CANTLOADLIBRARY)
-              << std::hex << status;
-          EXPECT_EQ(call(), S_OK);
-        } else {
-          EXPECT_EQ(status, S_OK) << std::hex << status;
-        }
-        Reload();
-        if (prepare) prepare();
-        EXPECT_EQ(BlocksInUse(), blocks);
-        EXPECT_EQ(CurrentModule()->lock_count, 0);
-        if (HasFailure()) FAIL() << name << " allocation " << n << " " << static_cast<int>(failing);
-        if (!failed) break;
-      }
-      most_failures = std::max(most_failures, failures);
-    }
-    EXPECT_GE(most_failures, 1) << name;
-  }
-};
-
-TEST_F(EntryPointTest, ClassObjectsSurviveEveryAllocationThatFails) {
-  for (const ClassRow* row = ClassTable(); row->id != nullptr; ++row) {
-    FailEach("DllGetClassObject", [&] {
-      IUnknown* factory = nullptr;
-      const HRESULT status =
-          DllGetClassObject(*row->id, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-      EXPECT_EQ(SUCCEEDED(status), factory != nullptr);
-      if (factory != nullptr) factory->Release();
-      return status;
-    });
-    FailEach("CreateInstance", [&] {
-      OwnedReference<IClassFactory> factory;
-      HRESULT status =
-          DllGetClassObject(*row->id, IID_IClassFactory, reinterpret_cast<void**>(factory.Put()));
-      if (FAILED(status)) return status;
-      IUnknown* object = nullptr;
-      status = factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(&object));
-      EXPECT_EQ(SUCCEEDED(status), object != nullptr);
-      if (object != nullptr) object->Release();
-      return status;
-    });
-  }
-}
-
-TEST_F(EntryPointTest, TypeInformationIsLoadedByALaterCall) {
-  for (const ClassTableRow* class_row : AllClasses()) {
-    const auto with_object = [&](auto use) {
-      return [class_row, use] {
-        OwnedReference<IClassFactory> factory;
-        OwnedReference<IDispatch> object;
-        HRESULT status = DllGetClassObject(*class_row->id, IID_IClassFactory,
-                                           reinterpret_cast<void**>(factory.Put()));
-        if (SUCCEEDED(status)) {
-          status = factory->CreateInstance(nullptr, IID_IDispatch,
-                                           reinterpret_cast<void**>(object.Put()));
-        }
-        return FAILED(status) ? status : use(object.Get());
-      };
-    };
-    FailEach("GetTypeInfo", with_object([](IDispatch* object) {
-               ITypeInfo* info = nullptr;
-               const HRESULT status = object->GetTypeInfo(0, 0, &info);
-               EXPECT_EQ(SUCCEEDED(status), info != nullptr);
-               if (info != nullptr) info->Release();
-               return status;
-             }));
-    const OLECHAR* const name = class_row->default_interface->members[0].name;
-    FailEach("GetIDsOfNames", with_object([name](IDispatch* object) {
-               LPOLESTR asked = const_cast<LPOLESTR>(name);
-               DISPID id = -1;
-               return object->GetIDsOfNames(IID_NULL, &asked, 1, 0, &id);
-             }));
-  }
-}
-
-// What is registered is left of earlier failures or not there at all, and then it is all there.
-TEST_F(EntryPointTest, RegistrationCanBeTriedAgain) {
-  const auto forget = [] {
-    MiroltaRegistryInMemory(FALSE);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
-  };
-  FailEach("DllRegisterServer", DllRegisterServer, forget);
-  const auto registered = [&] {
-    forget();
-    ASSERT_EQ(DllRegisterServer(), S_OK);
-  };
-  FailEach("DllUnregisterServer", DllUnregisterServer, registered);
 }
 
 }  // namespace

@@ -6,25 +6,17 @@
 #include <sstream>
 
 #include "class_table.h"
+#include "module_state.h"
 #include "portable/module_resources.h"
 #include "portable/test_hooks.h"
 #include "type_library_table.h"
 
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
 
 namespace mirolta::test {
 
 namespace {
-
-const MemberRow* FindMember(const ClassTableRow& class_row, const std::string& name,
-                            INVOKEKIND kind) {
-  const InterfaceTable& table = *class_row.default_interface;
-  for (unsigned i = 0; i < table.member_count; ++i) {
-    const MemberRow& row = table.members[i];
-    if (row.kind == kind && Plain(row.name) == name) return &row;
-  }
-  return nullptr;
-}
 
 VARIANT Released(TestValue value) {
   VARIANT out = value;
@@ -190,6 +182,37 @@ std::string Member::Name() const {
   if (row->kind == kPut) kind = " put";
   if (row->kind == kPutRef) kind = " putref";
   return ClassName() + "." + Plain(row->name) + kind;
+}
+
+const ClassTableRow& ClassNamed(std::string_view name) {
+  for (const ClassTableRow* row : AllClasses()) {
+    if (Plain(row->name) == name) return *row;
+  }
+  std::abort();
+}
+
+const Member& MemberNamed(std::string_view name) {
+  for (const Member& member : AllMembers()) {
+    if (member.Name() == name) return member;
+  }
+  std::abort();
+}
+
+const MemberRow* FindMember(const ClassTableRow& class_row, std::string_view name,
+                            INVOKEKIND kind) {
+  const InterfaceTable& table = *class_row.default_interface;
+  for (unsigned i = 0; i < table.member_count; ++i) {
+    const MemberRow& row = table.members[i];
+    if (row.kind == kind && Plain(row.name) == name) return &row;
+  }
+  return nullptr;
+}
+
+void ReloadModule() {
+  SetErrorInfo(0, nullptr);
+  const HINSTANCE instance = CurrentModule()->instance;
+  DllMain(instance, DLL_PROCESS_DETACH, nullptr);
+  DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
 }
 
 const std::vector<const ClassTableRow*>& AllClasses() {

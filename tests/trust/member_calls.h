@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "mirolta.h"
@@ -30,6 +31,15 @@ struct Member {
 
 const std::vector<Member>& AllMembers();
 const std::vector<const ClassTableRow*>& AllClasses();
+
+// By name; the test program ends if there is none.
+const ClassTableRow& ClassNamed(std::string_view name);
+const Member& MemberNamed(std::string_view name);
+// A member of a class by the plain name; null if there is none.
+const MemberRow* FindMember(const ClassTableRow& class_row, std::string_view name, INVOKEKIND kind);
+
+// Unloads the module and loads it again: without factories and type information.
+void ReloadModule();
 
 // Arguments reads values from text, one a word:
 //   b40      a byte array of 40 bytes (b0: without elements)      x0AE6  one of these bytes

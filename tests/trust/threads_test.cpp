@@ -1,6 +1,6 @@
 // Eight threads at once on everything that is shared: objects of every class that locks, factories,
-// type information. What a call may come to and what it may give is in member_locks.cpp; the thread
-// sanitizer sees the rest.
+// type information. The statuses and results that are possible are in member_locks.cpp; the thread
+// sanitizer finds races.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -19,7 +19,6 @@
 #include "module_state.h"
 #include "portable/registry_mode.h"
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
@@ -34,21 +33,7 @@ constexpr int kCalls = 250;
 constexpr int kCalls = 2000;
 #endif
 
-const ClassTableRow& ClassNamed(std::string_view name) {
-  for (const ClassTableRow* row : AllClasses()) {
-    if (Plain(row->name) == name) return *row;
-  }
-  std::abort();
-}
-
-const Member& MemberNamed(std::string_view name) {
-  for (const Member& member : AllMembers()) {
-    if (member.Name() == name) return member;
-  }
-  std::abort();
-}
-
-// The result as one line, its memory given back.
+// The result as one line, freed.
 std::string Taken(VARIANT* result) {
   std::string shown = Shown(*result);
   VariantClear(result);
@@ -76,12 +61,6 @@ class ThreadsTest : public testing::Test {
     SetErrorInfo(0, nullptr);
     EXPECT_EQ(CurrentModule()->lock_count, locks_at_start_);
     MiroltaRegistryInMemory(FALSE);
-  }
-  // Loads the module anew: without factories and type information.
-  static void Reload() {
-    const HINSTANCE instance = CurrentModule()->instance;
-    DllMain(instance, DLL_PROCESS_DETACH, nullptr);
-    DllMain(instance, DLL_PROCESS_ATTACH, nullptr);
   }
 
  private:
@@ -537,7 +516,7 @@ TEST_F(ThreadsTest, TheLastReferenceMayGoInAnyThread) {
 // The module's doors, from the first call after loading on.
 TEST_F(ThreadsTest, FactoriesOfAllClassesServeManyThreads) {
   for (int round = 0; round < 10; ++round) {
-    Reload();
+    ReloadModule();
     std::vector<IUnknown*> factories[kThreads];
     AllAtOnce(kThreads, [&](unsigned thread) {
       std::mt19937 chance(thread);
@@ -579,7 +558,7 @@ TEST_F(ThreadsTest, AFactoryThatOneThreadCouldNotMakeIsMadeByAnother) {
   const CLSID& id = *ClassTable()->id;
   int failures = 0;
   for (int round = 0; round < 50; ++round) {
-    Reload();
+    ReloadModule();
     std::atomic<int> missing{0};
     {
       // Threads allocate when they start: they run before allocations fail.
@@ -615,7 +594,7 @@ TEST_F(ThreadsTest, AFactoryThatOneThreadCouldNotMakeIsMadeByAnother) {
 // The first late-bound calls of all classes load one type information each.
 TEST_F(ThreadsTest, TypeInformationIsLoadedOnce) {
   for (int round = 0; round < 10; ++round) {
-    Reload();
+    ReloadModule();
     std::map<const ClassTableRow*, ITypeInfo*> found[kThreads];
     AllAtOnce(kThreads, [&](unsigned thread) {
       std::vector<const ClassTableRow*> order = AllClasses();

@@ -49,22 +49,11 @@ inline uint8_t TextByte(uint8_t byte) {
   return static_cast<uint8_t>(0x20 + (byte & 0x3F));
 }
 
-inline const ClassTableRow& ClassNamed(std::string_view name) {
-  for (const ClassTableRow* row : AllClasses()) {
-    if (Plain(row->name) == name) return *row;
-  }
-  std::abort();
-}
-
 inline const MemberRow& MemberNamed(const ClassTableRow& class_row, std::string_view name,
-                             INVOKEKIND kind) {
-  const InterfaceTable& table = *class_row.default_interface;
-  for (unsigned i = 0; i < table.member_count; ++i) {
-    if (table.members[i].kind == kind && Plain(table.members[i].name) == name) {
-      return table.members[i];
-    }
-  }
-  std::abort();
+                                    INVOKEKIND kind) {
+  const MemberRow* const row = FindMember(class_row, name, kind);
+  if (row == nullptr) std::abort();
+  return *row;
 }
 
 class WipingTest : public testing::Test {

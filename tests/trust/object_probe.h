@@ -1,0 +1,23 @@
+// What is left of an object, found by using it up.
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "member_calls.h"
+
+namespace mirolta::test {
+
+// Members that may have consumed their data when they fail: the output is still queued.
+const std::set<std::string>& MembersThatQueue();
+
+// The bytes that a cipher's member gives; none if it gives no array.
+Bytes Transformed(const Member& member, const Subject& subject, const char* words);
+
+ULONGLONG Position(IStream* stream);
+
+// All that can be learnt of an object by using it, what is open or queued in it included. A cipher's
+// output that the member has given away already, `taken`, counts as if it were queued.
+std::string Looked(const Member& member, const Subject& subject, const Bytes& taken = {});
+
+}  // namespace mirolta::test
