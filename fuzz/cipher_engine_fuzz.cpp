@@ -16,6 +16,7 @@
 
 using namespace mirolta;
 using namespace mirolta::fuzz;
+using mirolta::test::ModelChannel;
 
 namespace {
 
