@@ -281,7 +281,7 @@ struct OpenFileFunction {
     const HRESULT status = OpenFileStream(name, mode->mode, is_private, &stream);
     if (FAILED(status)) {
       // An empty name, or one that a zero cuts short in the message, is quoted.
-      const bool is_plain = !text.empty() && text.find('\0') == text.npos;
+      const bool is_plain = !text.empty() && text.find('\0') == std::string_view::npos;
       ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", text.data(),
                 StandardText(status, "The file cannot be opened"));
     }
