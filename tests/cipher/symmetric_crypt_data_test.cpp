@@ -120,7 +120,7 @@ TEST_F(SymmetricCryptDataTest, APartialBlockOfCiphertextStaysQueued) {
 TEST_F(SymmetricCryptDataTest, DataThatDoesNotConvertQueuesNothing) {
   StartAes();
   EXPECT_EQ(Encrypted(PatternBytes(5), VARIANT_FALSE), Bytes());
-  const Outcome failed = Encrypt(TestValue(VT_NULL));
+  const CryptResult failed = Encrypt(TestValue(VT_NULL));
   EXPECT_EQ(failed.status, DISP_E_TYPEMISMATCH);
   EXPECT_FALSE(failed.is_array);
   ExpectNoError();

@@ -20,7 +20,7 @@ inline constexpr std::string_view kDesPlain = "4e6f772069732074";
 inline constexpr std::string_view kDesCipher = "3fa40e8a984d4815";
 
 // What one call gave: its status and its bytes.
-struct Outcome {
+struct CryptResult {
   HRESULT status = S_OK;
   bool is_array = false;
   Bytes bytes;
@@ -59,12 +59,12 @@ class SymmetricCryptTest : public ModuleTest {
   }
   void Start(bool is_aes) { is_aes ? StartAes() : StartDes(); }
 
-  Outcome Encrypt(const VARIANT& data, VARIANT_BOOL last = VARIANT_TRUE) {
+  CryptResult Encrypt(const VARIANT& data, VARIANT_BOOL last = VARIANT_TRUE) {
     TestValue result = NumberValue(77);
     const HRESULT status = crypt->Encrypt(data, last, &result);
     return {status, V_VT(&result) == (VT_ARRAY | VT_UI1), BytesOfArray(result)};
   }
-  Outcome Decrypt(const VARIANT& data, VARIANT_BOOL last = VARIANT_TRUE) {
+  CryptResult Decrypt(const VARIANT& data, VARIANT_BOOL last = VARIANT_TRUE) {
     TestValue result = NumberValue(77);
     const HRESULT status = crypt->Decrypt(data, last, &result);
     return {status, V_VT(&result) == (VT_ARRAY | VT_UI1), BytesOfArray(result)};
@@ -76,7 +76,7 @@ class SymmetricCryptTest : public ModuleTest {
   Bytes Decrypted(const Bytes& data, VARIANT_BOOL last = VARIANT_TRUE) {
     return Good(Decrypt(BytesValue(data), last));
   }
-  static Bytes Good(const Outcome& outcome) {
+  static Bytes Good(const CryptResult& outcome) {
     EXPECT_EQ(outcome.status, S_OK);
     EXPECT_TRUE(outcome.is_array);
     return outcome.bytes;

@@ -2,23 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "mirolta.h"
 
 namespace mirolta::test {
 
 namespace {
-
-std::string HexOf(const Bytes& bytes) {
-  std::string text;
-  char two[4];
-  for (const uint8_t byte : bytes) {
-    std::snprintf(two, sizeof two, "%02X", byte);
-    text += two;
-  }
-  return text;
-}
 
 // All of a filter's target.
 std::string TargetOf(IStream* filter, const Subject& subject) {

@@ -36,7 +36,8 @@ Result<VARIANT> Resolved(const VARIANT& value);
 // be read.
 bool IsZeroNumber(const VARIANT& value);
 
-// The number in a value of a type that holds one. Errors: DISP_E_TYPEMISMATCH.
+// The number in a value of a type that holds one.
+// Errors: DISP_E_TYPEMISMATCH.
 Result<double> NumberIn(const VARIANT& value);
 Text TextIn(BSTR text);
 
