@@ -105,7 +105,7 @@ constexpr void PutField(Writer& writer, const ClassRow& row, const char** text) 
 constexpr DWORD WriteScript(WORD script, BYTE* bytes) {
   Writer writer(bytes);
   for (const ClassRow& row : kClassRows) {
-    if (row.id == nullptr || row.registry_script != script) continue;
+    if (row.registry_script != script) continue;
     for (const char* text = kForm; *text != 0;) {
       const char c = *text++;
       if (c == '<') {
@@ -118,13 +118,13 @@ constexpr DWORD WriteScript(WORD script, BYTE* bytes) {
   return writer.Length();
 }
 
-// The numbers of the scripts, in the order of the rows.
+// The numbers of the scripts, in the order of the rows. The row that ends the table has none.
 constexpr auto kScripts = [] {
   std::array<WORD, std::size(kClassRows)> scripts = {};
   size_t count = 0;
   for (const ClassRow& row : kClassRows) {
     const auto end = scripts.begin() + count;
-    if (row.id != nullptr && std::find(scripts.begin(), end, row.registry_script) == end) {
+    if (row.registry_script != 0 && std::find(scripts.begin(), end, row.registry_script) == end) {
       scripts[count++] = row.registry_script;
     }
   }
