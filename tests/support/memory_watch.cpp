@@ -39,7 +39,7 @@ Secret secrets[16];
 size_t secret_count = 0;
 
 BlockHeader live_blocks = {0, &live_blocks, &live_blocks};
-std::atomic_flag live_blocks_locked = ATOMIC_FLAG_INIT;
+std::atomic_flag live_blocks_locked;
 
 class LiveBlocksLock {
  public:
