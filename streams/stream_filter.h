@@ -173,9 +173,6 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
 
   bool IsInStreamOperation() const { return inside_; }
 
-  Direction read_;
-  Direction write_;
-
  private:
   HRESULT GetAlgorithm(const Direction& direction, BSTR* name) {
     return PlainFrame(name, [&] { return direction.GetName(name); });
@@ -212,6 +209,12 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   VARIANT_BOOL seeking_forbidden_ = 1;
   LONG code_page_ = 0;
   bool inside_ = false;
+
+ protected:
+  // Declared after binding_, so that keys and queues are wiped before the bound stream, which is the
+  // caller's code, is released.
+  Direction read_;
+  Direction write_;
 };
 
 }  // namespace mirolta
