@@ -62,7 +62,7 @@ __attribute__((noinline)) bool DivideBy(Limb* q, Limb* a, size_t m, const Limb* 
       q[j] = kLimbMax;
       continue;
     }
-    // A quotient limb of three limbs by two, algorithm 4 of Moeller and Granlund.
+    // A quotient limb of three limbs by two, algorithm 5 of Moeller and Granlund.
     const LimbPair estimate = AddPair(Product(v, u.high), u);
     Limb quotient = estimate.high;
     u = {Rows::Stored(w[low]), static_cast<Limb>(u.low - quotient * top.high)};
