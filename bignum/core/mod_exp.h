@@ -6,8 +6,9 @@
 namespace mirolta {
 
 // ModExp: r := base^|e| mod m, 1 mod m for e = 0. r has the sign flag of the power, that of base for
-// odd e. m is negative: r = 0 unless e = 0. r may be an operand.
-// Errors: DISP_E_DIVBYZERO for m = 0; E_OUTOFMEMORY; r is unchanged.
+// odd e. If m is negative, r = 0 unless e = 0.
+// Alias:  r may be an operand.
+// Errors: the status of an operand; DISP_E_DIVBYZERO for m = 0; E_OUTOFMEMORY. r is unchanged.
 // Time:   depends on the values.
 HRESULT ModExp(BigInt& r, const BigInt& base, const BigInt& e, const BigInt& m) noexcept;
 

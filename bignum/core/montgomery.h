@@ -35,7 +35,7 @@ void FromMontgomery(Limb* z, const Limb* x, const MontgomeryModulus& modulus,
                     Limb* scratch) noexcept;
 
 // ToMontgomery: z := x * B^n mod m.
-// Shapes: x[count], z[n], n of the modulus.
+// Shapes: x[count], z[n], m[n - 1] != 0, m and n of the modulus.
 // Alias:  z may overlap x.
 // Errors: false if memory runs out.
 [[nodiscard]] bool ToMontgomery(Limb* z, const Limb* x, size_t count,

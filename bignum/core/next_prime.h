@@ -7,14 +7,14 @@ namespace mirolta {
 
 // IsFermatPrime sets *result to whether a^(n - 1) mod n is 1 for a = 2, 3, 5 and 7. It is false for
 // these four primes themselves and true for some composites.
-// Errors: E_OUTOFMEMORY; *result is unchanged.
+// Errors: the status of n; E_OUTOFMEMORY. *result is unchanged.
 // Time:   depends on the value.
 // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 4.9.
 HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept;
 
 // NextPrime advances n to the first number from n on that passes IsFermatPrime and has no divisor
 // among the first kTablePrimes primes. It never finds those primes themselves.
-// Errors: E_OUTOFMEMORY; n is unchanged.
+// Errors: the status of n; E_OUTOFMEMORY. n is unchanged.
 // Time:   depends on the value.
 HRESULT NextPrime(BigInt& n) noexcept;
 

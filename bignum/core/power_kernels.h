@@ -6,7 +6,7 @@
 namespace mirolta {
 
 // PowerFunction: z := x^e mod m.
-// Shapes: x[n] < m, e[en] != 0, m[n] odd and above 1, z[n].
+// Shapes: x[n] < m, e[en] != 0, m[n] odd and above 1, m[n - 1] != 0, z[n].
 // Alias:  z overlaps nothing.
 // Errors: false if memory runs out.
 // Time:   depends on the values.

@@ -19,7 +19,7 @@ inline uint32_t WindowBits(size_t exponent_bits) {
 }
 
 // SlidingWindow: z := x^e, where multiply(z, x, y) computes z := x * y.
-// Shapes: table[n * 2^(window - 1)] starts with x; e[en], e[en - 1] != 0; z[n], spare[n].
+// Shapes: table[n * 2^(window - 1)] starts with x; e[en] != 0; z[n], spare[n].
 // Alias:  none.
 // Time:   depends on e.
 // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 14.85.
