@@ -1,6 +1,8 @@
 // The initial and the final permutation of DES (FIPS 46-3), as exchanges of bits between two words.
 #pragma once
 
+#include <bit>
+
 #include "platform.h"
 
 namespace mirolta {
