@@ -11,7 +11,7 @@
 namespace mirolta {
 
 // GatherBytes copies fewer than 64 bytes, in pieces of 16 as far as possible: kernels load 16 bytes
-// at once, and so this avoids store-forwarding stalls.
+// at once, so this avoids store-forwarding stalls.
 inline void GatherBytes(uint8_t* to, const uint8_t* from, uint32_t count) noexcept {
   for (; count >= 16; count -= 16, to += 16, from += 16) std::memcpy(to, from, 16);
   if (count != 0) std::memcpy(to, from, count);
@@ -110,7 +110,7 @@ HRESULT BlockHashEngine<Primitive>::Final() noexcept {
   // The bit count is modulo 2^64: the top three bits of the byte count are lost.
   const uint64_t bit_count = count_ << 3;
   const uint32_t waiting = Waiting();
-  // 0x80, zeros and the length fill the last block, or two if the length does not fit behind 0x80.
+  // 0x80, zeros and the length fill the last block, or two if the length does not fit after 0x80.
   Count((waiting < kHashLengthOffset ? kHashBlockSize : 2 * kHashBlockSize) - waiting);
   finish_(words_, block_, waiting, bit_count, digest_);
   SetOpen(false);

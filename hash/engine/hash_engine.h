@@ -6,7 +6,7 @@
 
 namespace mirolta {
 
-// HashChain holds the chaining value of a digest behind a whole block.
+// HashChain holds the chaining value of a digest after a whole block.
 struct HashChain {
   static constexpr uint32_t kMaximumWords = 8;
   uint32_t words[kMaximumWords];
@@ -68,7 +68,7 @@ class HashEngine {
   virtual HRESULT Update(const uint8_t* data, uint32_t length) noexcept = 0;
 
   // Final pads, writes the digest bytes and closes the computation. The padding counts as absorbed:
-  // more data, and another Final, continue behind it.
+  // more data, and another Final, continue after it.
   virtual HRESULT Final() noexcept = 0;
 
   // RawDigest returns the digest bytes as they are, DigestSize() of them.
@@ -88,8 +88,8 @@ class HashEngine {
  protected:
   HashEngine() noexcept = default;
 
-  // SaveChain and LoadChain carry the state behind exactly one block: LoadChain does what Init and
-  // Update with that block do, but leaves the digest bytes as they are.
+  // SaveChain and LoadChain carry the state after exactly one block: LoadChain does what Init and
+  // Update with that block do, but does not change the digest bytes.
   virtual void SaveChain(HashChain* chain) const noexcept = 0;
   virtual void LoadChain(const HashChain& chain) noexcept = 0;
 
@@ -104,7 +104,7 @@ class HashEngine {
   void SetOpen(bool open) noexcept { open_ = open ? 1 : 0; }
 
  private:
-  // The chaining values behind the inner and the outer pad block: all that HMAC needs of a key.
+  // The chaining values after the inner and the outer pad block: all that HMAC needs of a key.
   struct Pads {
     HashChain inner;
     HashChain outer;

@@ -20,7 +20,7 @@ constexpr uint32_t kHashLengthOffset = kHashBlockSize - 8;
 using CompressBlocks = void (*)(uint32_t* state, const uint8_t* blocks, size_t block_count);
 
 // FinishDigest pads the last partial block of a message, absorbs it and writes the digest.
-// Shapes: state as above, afterwards the chaining value behind the padding; block[64], whose first
+// Shapes: state as above, afterwards the chaining value after the padding; block[64], whose first
 //         waiting < 64 bytes are the message's and whose others may be overwritten; bit_count, the
 //         bits of the whole message modulo 2^64; digest[4 * words of state].
 // Alias:  none of them overlap.
@@ -31,7 +31,7 @@ using FinishDigest = void (*)(uint32_t* state, uint8_t* block, uint32_t waiting,
 
 // FinishKeyedDigest ends both computations of an HMAC: it is FinishDigest for the inner message and
 // then for the outer one, which is the outer pad and the inner digest.
-// Shapes: as FinishDigest, but waiting < 56; outer[words of state], the chaining value behind the
+// Shapes: as FinishDigest, but waiting < 56; outer[words of state], the chaining value after the
 //         outer pad. state afterwards is that of the outer computation.
 // Alias:  none of them overlap.
 // Time:   does not depend on the data.
