@@ -14,7 +14,7 @@ class FilterDirection {
  public:
   EngineType* Engine() const { return engine_.get(); }
 
-  // GetName gives the algorithm's name, an empty text without one.
+  // GetName returns the algorithm's name, an empty text without one.
   // Errors: E_OUTOFMEMORY.
   HRESULT GetName(BSTR* name) const {
     if (engine_ != nullptr) return engine_->GetNameString(name);

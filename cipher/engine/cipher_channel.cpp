@@ -24,7 +24,7 @@ void CipherChannel::Reinit(uint32_t limit, uint32_t step) noexcept {
 
 void CipherChannel::Clear() noexcept {
   for (ByteBuffer* queue : {&in_, &out_}) {
-    // The whole storage: consumed bytes may still be behind the content.
+    // The whole storage: consumed bytes may still be there, outside the content.
     WipeMemory(queue->Data(), queue->Capacity());
     queue->Clear();
   }

@@ -64,8 +64,8 @@ class CipherEngine {
 
   // EncryptFinal pads a last partial block by the pad setting and encrypts it. A plaintext of whole
   // blocks gets no pad.
-  // Errors: those of CipherChannel::TransformQueued; E_OUTOFMEMORY for an invalid pad setting, or
-  //         if the input queue cannot hold the pad.
+  // Errors: those of CipherChannel::TransformQueued; E_OUTOFMEMORY if MakePad fails, as for an
+  //         invalid pad setting, or if the input queue cannot hold the pad.
   [[nodiscard]] virtual HRESULT EncryptFinal();
 
   // DecryptUpdate does the same for decryption. Pads are never removed.

@@ -17,8 +17,8 @@ enum class StackUse : uint8_t {
 
 // RunWiped calls function(context) and returns its status. Before it returns, it overwrites the
 // part of the stack that the call used and clears the registers that a call need not preserve:
-// compilers leave copies of secrets in both. Secrets in other memory are wiped by its owners. *use
-// is read after the call, which may raise it.
+// compilers leave copies of secrets in both. Secrets in other memory are wiped by its owners.
+// *use is read after the call, which may raise it.
 // Time:   measured 20 ns for kShort, 50 ns for kMedium, 200 ns for kDeep.
 HRESULT RunWiped(HRESULT (*function)(void* context), void* context, const StackUse* use) noexcept;
 
