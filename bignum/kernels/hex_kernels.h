@@ -8,7 +8,7 @@
 
 namespace mirolta {
 
-// HexKernels: one implementation of both directions.
+// HexKernels: one implementation of both conversions.
 // Shapes: words least significant first; digits most significant first, eight a word.
 // Time:   write depends on count only, read on where the first other character is.
 struct HexKernels {

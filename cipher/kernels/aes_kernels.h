@@ -1,4 +1,4 @@
-// The kernels of AES: key expansions, and transforms of blocks in either direction.
+// The kernels of AES: key expansion, encryption and decryption of blocks.
 #pragma once
 
 #include <type_traits>

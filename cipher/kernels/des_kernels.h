@@ -1,4 +1,4 @@
-// The kernels of DES and triple DES: transforms of blocks in either direction.
+// The kernels of DES and triple DES: encryption and decryption of blocks.
 #pragma once
 
 #include <type_traits>
