@@ -1,3 +1,4 @@
+// Fermat tests in radix 2^52 by AVX-512 IFMA. Digits are radix-2^52 digits here.
 #include "fermat_ifma.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
