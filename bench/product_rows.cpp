@@ -58,7 +58,7 @@ std::vector<Contestant> MakeLimbProducts(size_t bits) {
   const auto x = std::make_shared<LimbPool>(bits / 64, 1);
   const auto y = std::make_shared<LimbPool>(bits / 64, 2);
   const size_t n = x->OurCount();
-  const auto scratch = std::make_shared<std::vector<Limb>>(MultiplyScratch(n, n).value() + 1);
+  const auto scratch = std::make_shared<std::vector<Limb>>(MultiplyScratch(n, n).Value() + 1);
   return {LimbContestant<Limb>(kOurs, 2 * n,
                                [=](Limb* z, size_t i) {
                                  MultiplyLimbs(z, x->ours(i), n, y->ours(i), n, scratch->data());

@@ -31,8 +31,8 @@ HRESULT HexText(NumberText& text, const BigInt& n) {
 HRESULT DecimalText(NumberText& text, const BigInt& n) {
   const size_t limbs = LimbsForWords(n.Used());
   const CheckedSize digits_room = DecimalRoom(limbs);
-  if (digits_room.value() == CheckedSize::kTooLarge) return E_OUTOFMEMORY;
-  const size_t room = digits_room.value();
+  if (digits_room.Value() == CheckedSize::kTooLarge) return E_OUTOFMEMORY;
+  const size_t room = digits_room.Value();
   const size_t room_limbs = room / sizeof(Limb) + 1;
   LimbScratch value{CheckedSize(limbs)};
   LimbScratch characters{CheckedSize(room_limbs)};

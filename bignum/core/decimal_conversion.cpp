@@ -94,9 +94,9 @@ class LeafWriter {
     if (memory_.Get() == nullptr || one.Get() == nullptr) return false;
     ZeroLimbs(one.Get(), n - 1);
     one.Get()[n - 1] = 1;
-    if (!DivideLimbs(inverse(), nullptr, one.Get(), n, power.limbs, power.size)) return false;
-    AddLimb(inverse(), inverse_size_, 1);
-    ShiftRightLimbs(half(), inverse(), inverse_size_, 1);
+    if (!DivideLimbs(Inverse(), nullptr, one.Get(), n, power.limbs, power.size)) return false;
+    AddLimb(Inverse(), inverse_size_, 1);
+    ShiftRightLimbs(Half(), Inverse(), inverse_size_, 1);
     return true;
   }
 
@@ -104,11 +104,11 @@ class LeafWriter {
   // Shapes: x[n] < D.
   void Write(char* digits, const Limb* x, size_t n, size_t count) {
     const LimbKernels& k = CurrentLimbKernels();
-    Limb* const product = half() + inverse_size_;
+    Limb* const product = Half() + inverse_size_;
     const size_t size = leaf_ + inverse_size_;
     ZeroLimbs(product, size);
-    if (n != 0) MultiplyLimbs(product, inverse(), inverse_size_, x, n, product + size);
-    const Limb carry = k.add(product, product, half(), inverse_size_);
+    if (n != 0) MultiplyLimbs(product, Inverse(), inverse_size_, x, n, product + size);
+    const Limb carry = k.add(product, product, Half(), inverse_size_);
     AddLimb(product + inverse_size_, leaf_, carry);
     Limb* fraction = product + leaf_ - 1;
     for (size_t left = leaf_; left != 0; --left, ++fraction) {
@@ -121,8 +121,8 @@ class LeafWriter {
   }
 
  private:
-  Limb* inverse() { return memory_.Get(); }
-  Limb* half() { return memory_.Get() + inverse_size_; }
+  Limb* Inverse() { return memory_.Get(); }
+  Limb* Half() { return memory_.Get() + inverse_size_; }
 
   size_t leaf_;
   size_t inverse_size_;
@@ -208,7 +208,7 @@ CheckedSize DecimalRoom(size_t n) noexcept {
 }
 
 bool DecimalFromLimbs(char* digits, Limb* x, size_t n) noexcept {
-  const size_t count = ChunksRoom(n).value();
+  const size_t count = ChunksRoom(n).Value();
   if (count <= kChunksOut) {
     WriteChunks(digits, x, n, count);
     return true;

@@ -9,7 +9,7 @@ namespace mirolta {
 CheckedSize DecimalRoom(size_t n) noexcept;
 
 // DecimalFromLimbs writes x as exactly count digits '0' to '9', with leading zeros.
-// Shapes: x[n], destroyed; digits[count], count = DecimalRoom(n).value().
+// Shapes: x[n], destroyed; digits[count], count = DecimalRoom(n).Value().
 // Alias:  none.
 // Errors: false if memory runs out.
 // Time:   depends on n and the value.

@@ -80,7 +80,7 @@ bool LehmerGcd::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_
   if (with_cofactor) limbs = limbs + MultiplyScratch(size, size);
   memory_ = NewArray<Limb>(limbs);
   if (memory_ == nullptr) return false;
-  memory_limbs_ = limbs.value();
+  memory_limbs_ = limbs.Value();
   ZeroLimbs(memory_, memory_limbs_);
   x_ = memory_;
   y_ = x_ + size;

@@ -29,7 +29,7 @@ class BasicCheckedSize {
     static_assert(std::is_unsigned_v<Count>);
   }
 
-  constexpr Word value() const { return value_; }
+  constexpr Word Value() const { return value_; }
 
   friend constexpr BasicCheckedSize operator+(BasicCheckedSize a, BasicCheckedSize b) {
     if (__builtin_add_overflow(a.value_, b.value_, &a.value_)) a.value_ = kTooLarge;
@@ -71,8 +71,8 @@ inline constexpr size_t kMostArrayBytes = size_t{PTRDIFF_MAX} / 8 * 7;
 template <typename T>
 [[nodiscard]] T* NewArray(CheckedSize count) noexcept {
   static_assert(std::is_trivially_destructible_v<T>);
-  if (count.value() > kMostArrayBytes / sizeof(T)) return nullptr;
-  return new (std::nothrow) T[count.value()];
+  if (count.Value() > kMostArrayBytes / sizeof(T)) return nullptr;
+  return new (std::nothrow) T[count.Value()];
 }
 
 }  // namespace mirolta

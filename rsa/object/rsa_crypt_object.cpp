@@ -35,7 +35,7 @@ HRESULT CreateRSACrypt(IUnknown* outer, REFIID iid, void** out) {
   return CreateObject<RsaCryptObject>(outer, iid, out);
 }
 
-RsaKey& RsaCryptObject::key() {
+RsaKey& RsaCryptObject::Key() {
   BigInt* const fresh = new_q_.exchange(nullptr);
   if (fresh != nullptr) {
     key_.q.Swap(*fresh);
@@ -57,14 +57,14 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateKeys(VARIANT v1, VARIANT v2) {
     if (SUCCEEDED(status)) status = Read(second, v2);
     if (FAILED(status)) return status;
     // A failure to generate the key is not reported; the old key is kept then.
-    if (SUCCEEDED(BuildKey(key(), first, second))) DropNewQ();
+    if (SUCCEEDED(BuildKey(Key(), first, second))) DropNewQ();
     return S_OK;
   });
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateRandKeys(LONG lByteSize, VARIANT_BOOL bExactSize) {
   return DeepFrame([&] {
-    const HRESULT status = BuildRandomKey(key(), lByteSize, bExactSize != 0);
+    const HRESULT status = BuildRandomKey(Key(), lByteSize, bExactSize != 0);
     // A Q that was put during the generation belongs to the old key.
     if (SUCCEEDED(status)) DropNewQ();
     return status;
@@ -72,12 +72,12 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::CreateRandKeys(LONG lByteSize, VARIANT
 }
 
 HRESULT RsaCryptObject::GetNumber(BigInt RsaKey::*field, VARIANT* value) {
-  return Frame(value, [&] { return Write(key().*field, value); });
+  return Frame(value, [&] { return Write(Key().*field, value); });
 }
 
 HRESULT RsaCryptObject::PutNumber(BigInt RsaKey::*field, const VARIANT& value) {
   return DeepFrame([&] {
-    RsaKey& now = key();
+    RsaKey& now = Key();
     const HRESULT status = Read(now.*field, value);
     if (SUCCEEDED(status)) now.DropValues();
     return status;
@@ -129,7 +129,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::put_Q(VARIANT value) {
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::Encrypt(VARIANT vData, VARIANT* pvOut) {
   return DeepFrame(pvOut, [&] {
-    const RsaKey& now = key();
+    const RsaKey& now = Key();
     if (now.e.IsZero() || now.n.IsZero()) return Raise(kMessageKeyNotSet);
     BigInt message;
     const HRESULT status = Read(message, vData);
@@ -141,7 +141,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::Encrypt(VARIANT vData, VARIANT* pvOut)
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::Decrypt(VARIANT vData, VARIANT* pvOut) {
   return DeepFrame(pvOut, [&] {
-    const RsaKey& now = key();
+    const RsaKey& now = Key();
     if (now.e.IsZero() || now.n.IsZero()) return Raise(kMessageKeyNotSet);
     BigInt ciphertext;
     const HRESULT status = Read(ciphertext, vData);
@@ -151,7 +151,7 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::Decrypt(VARIANT vData, VARIANT* pvOut)
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::DecryptPQ(VARIANT vData, VARIANT* pvOut) {
   return DeepFrame(pvOut, [&] {
-    RsaKey& now = key();
+    RsaKey& now = Key();
     if (now.e.IsZero() || now.d.IsZero() || now.p.IsZero() || now.q.IsZero()) {
       return Raise(kMessageKeyNotSet);
     }
@@ -168,14 +168,14 @@ HRESULT STDMETHODCALLTYPE RsaCryptObject::DecryptPQ(VARIANT vData, VARIANT* pvOu
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::Reset() {
   return Frame([&] {
-    key().Reset();
+    Key().Reset();
     return S_OK;
   });
 }
 
 HRESULT STDMETHODCALLTYPE RsaCryptObject::get_BlockSize(LONG* size) {
   return PlainFrame(size, [&] {
-    *size = BlockSize(key().n);
+    *size = BlockSize(Key().n);
     return S_OK;
   });
 }

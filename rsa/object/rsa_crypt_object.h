@@ -47,7 +47,7 @@ class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
   HRESULT PutNumber(BigInt RsaKey::*field, const VARIANT& value);
 
   // The key with a Q that was put since. The lock is held.
-  RsaKey& key();
+  RsaKey& Key();
   void DropNewQ();
 
   RsaKey key_;

@@ -37,7 +37,7 @@ void CheckProduct(size_t m, size_t n, bool square) {
   const Limbs x = RandomLimbs(m);
   const Limbs y = square ? x : RandomLimbs(n);
   Limbs z(m + n + 1, kGuard);
-  Limbs scratch(MultiplyScratch(m, n).value() + 1, kGuard);
+  Limbs scratch(MultiplyScratch(m, n).Value() + 1, kGuard);
   MultiplyLimbs(z.data(), x.data(), m, square ? x.data() : y.data(), n, scratch.data());
   EXPECT_EQ(z.back(), kGuard);
   EXPECT_EQ(scratch.back(), kGuard);
@@ -163,7 +163,7 @@ TEST(DivideInPlaceTest, EverySmallShapeIsRight) {
       Import(pu, u);
       Import(pv, v);
       mpz_fdiv_qr(quotient, remainder, pu, pv);
-      Limbs q(m - n + 2, kGuard), scratch(DivideScratch(m, n).value() + 1, kGuard);
+      Limbs q(m - n + 2, kGuard), scratch(DivideScratch(m, n).Value() + 1, kGuard);
       u.push_back(kGuard);
       DivideInPlace(q.data(), u.data(), m, v.data(), n, scratch.data());
       ASSERT_EQ(q.back(), kGuard);
@@ -179,7 +179,7 @@ TEST(DivideInPlaceTest, EverySmallShapeIsRight) {
 // Whether the quotient was determined; if so, it must be right.
 bool ToldQuotient(const Limbs& a, const Limbs& d) {
   const size_t m = a.size(), n = d.size();
-  Limbs u = a, v = d, q(m - n + 2, kGuard), scratch(DivideScratch(m, n).value() + 1, kGuard);
+  Limbs u = a, v = d, q(m - n + 2, kGuard), scratch(DivideScratch(m, n).Value() + 1, kGuard);
   u.push_back(kGuard);
   u.push_back(kGuard);
   const bool told = QuotientInPlace(q.data(), u.data(), m, v.data(), n, scratch.data());

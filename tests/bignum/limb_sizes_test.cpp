@@ -90,15 +90,15 @@ constexpr size_t FirstTooLong(size_t factor, size_t more) {
 
 TEST_F(LimbSizesTest, SizesOfScratchDoNotWrap) {
   for (size_t n = SIZE_MAX; n > SIZE_MAX / 12; n -= n / 16) {
-    EXPECT_EQ(MultiplyScratch(n, n).value(), kTooLarge) << n;
-    EXPECT_EQ(MultiplyScratch(SIZE_MAX, n).value(), kTooLarge) << n;
-    EXPECT_EQ(MontgomeryScratch(n).value(), kTooLarge) << n;
+    EXPECT_EQ(MultiplyScratch(n, n).Value(), kTooLarge) << n;
+    EXPECT_EQ(MultiplyScratch(SIZE_MAX, n).Value(), kTooLarge) << n;
+    EXPECT_EQ(MontgomeryScratch(n).Value(), kTooLarge) << n;
   }
-  EXPECT_EQ(BalancedScratch(SIZE_MAX / 4 - 127).value(), kTooLarge);
-  EXPECT_LT(BalancedScratch(SIZE_MAX / 4 - 128).value(), kTooLarge);
-  EXPECT_EQ(DivideScratch(SIZE_MAX, SIZE_MAX / 13 + 1).value(), kTooLarge);
-  EXPECT_EQ(DecimalRoom(SIZE_MAX / kDecimalDigits + 1).value(), kTooLarge);
-  EXPECT_LT(DecimalRoom(SIZE_MAX / kDecimalDigits / 2).value(), kTooLarge);
+  EXPECT_EQ(BalancedScratch(SIZE_MAX / 4 - 127).Value(), kTooLarge);
+  EXPECT_LT(BalancedScratch(SIZE_MAX / 4 - 128).Value(), kTooLarge);
+  EXPECT_EQ(DivideScratch(SIZE_MAX, SIZE_MAX / 13 + 1).Value(), kTooLarge);
+  EXPECT_EQ(DecimalRoom(SIZE_MAX / kDecimalDigits + 1).Value(), kTooLarge);
+  EXPECT_LT(DecimalRoom(SIZE_MAX / kDecimalDigits / 2).Value(), kTooLarge);
 }
 
 TEST_F(LimbSizesTest, ScratchThatIsTooLargeIsNotAllocated) {

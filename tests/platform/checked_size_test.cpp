@@ -38,8 +38,8 @@ TEST(CheckedSizeTest, SumsAndProductsAreTrueOrTooLarge) {
     for (uint32_t b = 0; b < 256; ++b) {
       const uint8_t x = static_cast<uint8_t>(a);
       const uint8_t y = static_cast<uint8_t>(b);
-      ASSERT_EQ((Size(x) + Size(y)).value(), std::min(a + b, 255u)) << a << " + " << b;
-      ASSERT_EQ((Size(x) * Size(y)).value(), std::min(a * b, 255u)) << a << " * " << b;
+      ASSERT_EQ((Size(x) + Size(y)).Value(), std::min(a + b, 255u)) << a << " + " << b;
+      ASSERT_EQ((Size(x) * Size(y)).Value(), std::min(a * b, 255u)) << a << " * " << b;
     }
   }
 }
@@ -47,7 +47,7 @@ TEST(CheckedSizeTest, SumsAndProductsAreTrueOrTooLarge) {
 // The working memory of a power by a modulus of n limbs, as a processor of 32 bits counts it.
 constexpr uint32_t PowerLimbs(uint32_t n) {
   using Size = BasicCheckedSize<uint32_t>;
-  return (Size(n) * 79 + 512).value();
+  return (Size(n) * 79 + 512).Value();
 }
 
 TEST(CheckedSizeTest, ASizeOf32BitsDoesNotWrap) {
@@ -63,18 +63,18 @@ TEST(CheckedSizeTest, WhatIsTooLargeStaysSo) {
   using Size = BasicCheckedSize<uint32_t>;
   const uint32_t half = 0x80000000u;
   const Size large = Size(half) + Size(half);
-  EXPECT_EQ(large.value(), Size::kTooLarge);
-  EXPECT_EQ((large + 1).value(), Size::kTooLarge);
-  EXPECT_EQ((2 * large).value(), Size::kTooLarge);
-  EXPECT_EQ((large * large + large).value(), Size::kTooLarge);
+  EXPECT_EQ(large.Value(), Size::kTooLarge);
+  EXPECT_EQ((large + 1).Value(), Size::kTooLarge);
+  EXPECT_EQ((2 * large).Value(), Size::kTooLarge);
+  EXPECT_EQ((large * large + large).Value(), Size::kTooLarge);
 }
 
 TEST(CheckedSizeTest, ACountThatIsWiderIsNotCut) {
   using Size = BasicCheckedSize<uint32_t>;
   const uint64_t fits = UINT32_MAX - 1;
   const uint64_t wide = uint64_t{1} << 32;
-  EXPECT_EQ(Size(fits).value(), UINT32_MAX - 1);
-  EXPECT_EQ(Size(wide).value(), Size::kTooLarge);
+  EXPECT_EQ(Size(fits).Value(), UINT32_MAX - 1);
+  EXPECT_EQ(Size(wide).Value(), Size::kTooLarge);
 }
 
 TEST(CheckedSizeTest, ArraysThatAreTooLargeAreNotAskedFor) {
