@@ -142,7 +142,7 @@ TEST_F(StreamDigestTest, AKeyMakesItsSideAnHmac) {
   Bind();
   EachSide([&](const DigestSide& side) {
     side.Choose(OLESTR("MD5"));
-    EXPECT_EQ(side.Key(), Bytes{});
+    EXPECT_EQ(side.Key(), kNoKey);
     Pass(side, FromText("dropped by the key"));
     EXPECT_EQ(side.SetKey(FromText("Jefe")), S_OK);
     EXPECT_EQ(side.Key(), FromText("Jefe"));

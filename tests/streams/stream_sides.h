@@ -2,11 +2,14 @@
 // fixture of the tests that run on both.
 #pragma once
 
+#include <optional>
 #include <ostream>
 
 #include "stream_test_kit.h"
 
 namespace mirolta::stream_test {
+
+inline const std::optional<Bytes> kNoKey;
 
 // The members that both filters have for each side.
 template <typename Dual>
@@ -45,11 +48,12 @@ class FilterSide {
     *value.Put() = ByteArray(key);
     return PutKey(value.Value());
   }
-  // The key as it reads back; empty where there is none (VT_EMPTY).
-  Bytes Key() const {
+  // The key as it reads back; kNoKey for VT_EMPTY.
+  std::optional<Bytes> Key() const {
     OwnedVariant key;
     EXPECT_EQ(GetKey(key.Put()), S_OK);
-    return key.Type() == VT_EMPTY ? Bytes{} : FromArray(key.Value());
+    if (key.Type() == VT_EMPTY) return std::nullopt;
+    return FromArray(key.Value());
   }
 
  protected:
