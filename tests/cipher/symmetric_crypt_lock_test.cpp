@@ -24,7 +24,7 @@ TEST_F(SymmetricCryptLockTest, OtherThreadsWaitExceptForPadType) {
       EXPECT_EQ(crypt->get_PadType(&read), S_OK);
       pad_type = read;
     });
-    EXPECT_TRUE(setting.Finishes());
+    setting.Join();
     waiting.Begin([&] {
       LONG number = 0;
       EXPECT_EQ(crypt->get_codePage(&number), S_OK);
@@ -32,7 +32,7 @@ TEST_F(SymmetricCryptLockTest, OtherThreadsWaitExceptForPadType) {
     EXPECT_TRUE(waiting.IsHeldUp());
   });
   const Bytes cipher = Good(Encrypt(ObjectValue(&data)));
-  EXPECT_TRUE(waiting.Finishes());
+  waiting.Join();
   EXPECT_EQ(pad_type, 7);
   // The setting that came during the call was in force when the call padded.
   EXPECT_EQ(Decrypted(cipher), BytesOf("abc") + Bytes(13, 7));

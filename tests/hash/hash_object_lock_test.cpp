@@ -19,7 +19,7 @@ TEST_F(HashObjectLockTest, OtherThreadsWaitWhileOneIsInside) {
     EXPECT_TRUE(second.IsHeldUp());
   });
   EXPECT_EQ(Data(ObjectValue(&data)), S_OK);
-  EXPECT_TRUE(second.Finishes());
+  second.Join();
   EXPECT_EQ(Value(), kAbcMd5);
 }
 

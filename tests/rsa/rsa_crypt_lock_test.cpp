@@ -69,7 +69,7 @@ TEST_F(RsaCryptLockTest, OtherMembersWaitWhileAKeyIsMadeAndPutOfQDoesNot) {
 
   may_draw = true;
   maker.join();
-  EXPECT_TRUE(waiting.Finishes());
+  waiting.Join();
   EXPECT_EQ(size, 15);
   // The put belonged to the old key: the new one is whole.
   EXPECT_EQ(Q().size(), 8u);

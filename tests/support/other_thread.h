@@ -12,9 +12,7 @@ class OtherThread {
   OtherThread() = default;
   OtherThread(const OtherThread&) = delete;
   OtherThread& operator=(const OtherThread&) = delete;
-  ~OtherThread() {
-    if (thread_.joinable()) thread_.join();
-  }
+  ~OtherThread() { Join(); }
 
   // Returns when the thread runs.
   template <typename Work>
@@ -31,10 +29,9 @@ class OtherThread {
     for (int i = 0; i < 1000; ++i) std::this_thread::yield();
     return !is_done_;
   }
-  // Waits for the end of the work.
-  bool Finishes() {
-    thread_.join();
-    return is_done_;
+  // Waits for the end of the work: for ever if nothing lets it go on.
+  void Join() {
+    if (thread_.joinable()) thread_.join();
   }
 
  private:
