@@ -217,8 +217,8 @@ TEST(ModExpTest, ResultsMayBeOperands) {
   EXPECT_EQ(Hex(r), Hex(base));
 }
 
-// Operands are read before the result overwrites them: every kind of value and sign, with the result
-// in each operand, against a separate result.
+// Operands are read before the result overwrites them: every kind of value and sign, with the
+// result in each operand, against a separate result.
 TEST(ModExpTest, TheResultInAnOperandIsTheSame) {
   std::vector<BigInt> values;
   for (const uint32_t word : {0u, 1u, 2u, 3u, 8u, 0xFFFFFFFFu}) {

@@ -1,4 +1,4 @@
-// What the members of both filters have in common: algorithms, keys, and transfers without a target.
+// What both filters have in common: algorithms, keys, and transfers without a target.
 #include "stream_sides.h"
 
 namespace mirolta::stream_test {

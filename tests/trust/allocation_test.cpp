@@ -240,7 +240,8 @@ TEST_F(MemberAllocationTest, EveryMemberHasItsArguments) {
   EXPECT_EQ(AllClasses().size(), 6u);
 }
 
-class AllocationOfClassTest : public MemberAllocationTest, public testing::WithParamInterface<int> {};
+class AllocationOfClassTest : public MemberAllocationTest,
+                              public testing::WithParamInterface<int> {};
 
 TEST_P(AllocationOfClassTest, EveryMemberSurvivesEveryAllocationThatFails) {
   const ClassTableRow* const class_row = AllClasses()[static_cast<size_t>(GetParam())];
@@ -374,7 +375,8 @@ TEST_F(MemberAllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFail
             }
             EXPECT_EQ(BlocksInUse(), blocks);
             if (HasFailure()) {
-              FAIL() << Plain(class_row->name) << " " << name << ", " << NameOf(failing) << ", n = " << n;
+              FAIL() << Plain(class_row->name) << " " << name << ", " << NameOf(failing)
+                     << ", n = " << n;
             }
             if (!failed) break;
           }

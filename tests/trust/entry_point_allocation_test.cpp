@@ -1,5 +1,5 @@
-// Memory that runs out in the module's entry points, class factories and type information, and during
-// registration.
+// Memory that runs out in the module's entry points, class factories and type information, and
+// during registration.
 #include <algorithm>
 #include <functional>
 

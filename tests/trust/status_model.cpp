@@ -141,8 +141,7 @@ HRESULT NameStatus(const Text& name, std::initializer_list<const OLECHAR*> known
   return kAlgorithmNotFound;
 }
 
-// --- Bytes
-// ----------------------------------------------------------------------------------------
+// --- Bytes ---------------------------------------------------------------------------------------
 
 HRESULT DataStatus(const VARIANT& value, bool in_pieces) {
   const Result<VARIANT> plain = Resolved(value);
@@ -213,8 +212,7 @@ HRESULT CipherKeyStatus(const VARIANT& value, std::initializer_list<size_t> leng
   return E_INVALIDARG;
 }
 
-// --- Numbers of any size
-// --------------------------------------------------------------------------
+// --- Numbers of any size -------------------------------------------------------------------------
 
 // How many bytes or digits a number has from its first that is not zero, and that one.
 struct Magnitude {
@@ -300,8 +298,7 @@ HRESULT NumberStatus(const VARIANT& value, Rule rule) {
   return S_OK;
 }
 
-// --- Whole calls
-// ----------------------------------------------------------------------------------
+// --- Whole calls ---------------------------------------------------------------------------------
 
 HRESULT IntegerStatus(LONG number, Rule rule) {
   if (rule == Rule::kSize) return number < 1 ? E_INVALIDARG : S_OK;

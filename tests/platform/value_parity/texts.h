@@ -1,5 +1,5 @@
-// Texts that conversions to numbers and dates try. Each list is one literal whose entries are separated
-// by "|".
+// Texts that conversions to numbers and dates try. Each list is one literal whose entries are
+// separated by "|".
 #pragma once
 
 #include "platform.h"
