@@ -30,6 +30,14 @@ class BigNumberDispatchTest : public BigNumberTest {
     return DecOf(made.Get());
   }
 
+  // Expects a failure of the member itself. No failure of this class has a description.
+  void ExpectFailure(HRESULT status, HRESULT expected) {
+    EXPECT_EQ(status, expected);
+    EXPECT_TRUE(late->raised);
+    EXPECT_FALSE(late->has_description);
+    EXPECT_FALSE(late->has_source);
+  }
+
   std::optional<LateBound> late;
 };
 
@@ -53,7 +61,7 @@ TEST_F(BigNumberDispatchTest, ValueIsTheDefaultMember) {
   EXPECT_EQ(late->Call(DISPID_VALUE, DISPATCH_PROPERTYGET), S_OK);
   EXPECT_EQ(ResultText(), OLESTR("42"));
   EXPECT_EQ(late->Call(DISPID_VALUE, DISPATCH_PROPERTYPUT, {NumberValue(0)}), S_OK);
-  EXPECT_EQ(late->Call(DISPID_VALUE, DISPATCH_PROPERTYGET), E_OUTOFMEMORY);
+  ExpectFailure(late->Call(DISPID_VALUE, DISPATCH_PROPERTYGET), E_OUTOFMEMORY);
 }
 
 TEST_F(BigNumberDispatchTest, ArgumentsLeftOutHaveTheirDefaults) {
@@ -66,10 +74,10 @@ TEST_F(BigNumberDispatchTest, ArgumentsLeftOutHaveTheirDefaults) {
   EXPECT_EQ(ResultNumber(), "0");
   EXPECT_EQ(late->Method(OLESTR("NewNumber"), {Dec("8")}), S_OK);
   EXPECT_EQ(ResultNumber(), "8");
-  EXPECT_EQ(late->Method(OLESTR("NewNumber"), {TestValue(VT_BOOL)}), E_OUTOFMEMORY);
+  ExpectFailure(late->Method(OLESTR("NewNumber"), {TestValue(VT_BOOL)}), E_OUTOFMEMORY);
   EXPECT_EQ(late->Method(OLESTR("Random"), {NumberValue(2)}), S_OK);
   EXPECT_LE(HexOf(number.Get()).size(), 4u);
-  EXPECT_EQ(late->Method(OLESTR("Random"), {NumberValue(0)}), E_INVALIDARG);
+  ExpectFailure(late->Method(OLESTR("Random"), {NumberValue(0)}), E_INVALIDARG);
   EXPECT_EQ(late->Method(OLESTR("Random")), DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(late->Method(OLESTR("Add")), DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(late->Method(OLESTR("ModExp"), {NumberValue(1)}), DISP_E_BADPARAMCOUNT);
@@ -105,12 +113,9 @@ TEST_F(BigNumberDispatchTest, OperationsReturnObjects) {
 TEST_F(BigNumberDispatchTest, DivisionByZeroHasNoDescription) {
   EXPECT_EQ(late->Put(OLESTR("Value"), {Dec("100")}), S_OK);
   for (const OLECHAR* const name : {OLESTR("Div"), OLESTR("Mod"), OLESTR("ModInv")}) {
-    EXPECT_EQ(late->Method(name, {NumberValue(0)}), DISP_E_DIVBYZERO);
-    EXPECT_TRUE(late->raised);
-    EXPECT_FALSE(late->has_description);
-    EXPECT_FALSE(late->has_source);
+    ExpectFailure(late->Method(name, {NumberValue(0)}), DISP_E_DIVBYZERO);
   }
-  EXPECT_EQ(late->Method(OLESTR("ModExp"), {NumberValue(2), NumberValue(0)}), DISP_E_DIVBYZERO);
+  ExpectFailure(late->Method(OLESTR("ModExp"), {NumberValue(2), NumberValue(0)}), DISP_E_DIVBYZERO);
   EXPECT_EQ(DecOf(number.Get()), "100");
 }
 
