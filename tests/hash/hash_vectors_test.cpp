@@ -41,7 +41,8 @@ void CheckHmac(const OLECHAR* algorithm, const std::string& path) {
     ASSERT_EQ(engine->SetKey(BytesValue(one.Bytes("Key")), 0), S_OK);
     const Bytes expected = one.Bytes("MD");
     const Bytes mac = DigestOf(*engine, one.Bytes("Msg"));
-    ASSERT_GE(mac.size(), expected.size());
+    // RFC 4231, 4.6 prints 128 bits only.
+    ASSERT_TRUE(expected.size() == mac.size() || expected.size() == 16);
     EXPECT_EQ(Head(mac, expected.size()), expected);
   });
 }
