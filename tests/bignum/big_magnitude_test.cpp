@@ -134,7 +134,7 @@ TEST(BigMagnitudeTest, SubtractWrapsWithinItsWords) {
   a.Subtract(b);
   EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFE}));
   Set(&a, {5});
-  Set(&b, {7, 9, 9});  // words above a's are not looked at
+  Set(&b, {7, 9, 9});  // words above a's are not read
   a.Subtract(b);
   EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFE}));
   Set(&a, {0, 0, 1});

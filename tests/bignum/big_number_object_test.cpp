@@ -146,7 +146,7 @@ TEST_F(BigNumberTest, NumbersAreOperandsOfOthers) {
   EXPECT_EQ(DecOf(sum.Get()), "24");
 }
 
-// The text of zero cannot be read; as an operand the object is zero all the same.
+// The text of zero cannot be read; as an operand the object is zero.
 TEST_F(BigNumberTest, ANumberThatHoldsZeroIsAnOperand) {
   const Number zero = Create();
   // Negative zero is zero too.

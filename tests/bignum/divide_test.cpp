@@ -177,16 +177,16 @@ TEST(DivideInPlaceTest, EverySmallShapeIsRight) {
 }
 
 // Whether the quotient was determined; if so, it must be right.
-bool ToldQuotient(const Limbs& a, const Limbs& d) {
+bool IsDetermined(const Limbs& a, const Limbs& d) {
   const size_t m = a.size(), n = d.size();
   Limbs u = a, v = d, q(m - n + 2, kGuard), scratch(DivideScratch(m, n).Value() + 1, kGuard);
   u.push_back(kGuard);
   u.push_back(kGuard);
-  const bool told = QuotientInPlace(q.data(), u.data(), m, v.data(), n, scratch.data());
+  const bool determined = QuotientInPlace(q.data(), u.data(), m, v.data(), n, scratch.data());
   EXPECT_EQ(u.back(), kGuard);
   EXPECT_EQ(q.back(), kGuard);
   EXPECT_EQ(scratch.back(), kGuard);
-  if (!told) return false;
+  if (!determined) return false;
   Mpz pa, pd;
   Import(pa, a);
   Import(pd, d);
@@ -217,19 +217,19 @@ TEST(QuotientInPlaceTest, ReportsWhatIsNoMultiple) {
     if (i % 2 == 0) d.back() >>= Below(kLimbBits);
     d.back() |= 2;
     const Limbs a = PlainLimbs(n + Below(static_cast<uint32_t>(most)));
-    ASSERT_TRUE(ToldQuotient(a, d)) << a.size() << " by " << n;
+    ASSERT_TRUE(IsDetermined(a, d)) << a.size() << " by " << n;
   }
 }
 
 TEST(QuotientInPlaceTest, IsRightOrUndeterminedAtEdges) {
-  int told = 0;
+  int determined = 0;
   for (int i = 0; i < Cases(3000); ++i) {
     const uint32_t most = i % 5 == 0 ? 300 : 24;
     Limbs d = RandomLimbs(1 + Below(most));
     if (d.back() == 0) d.back() = i % 2 == 0 ? kLimbMax : 1;
-    if (ToldQuotient(RandomLimbs(d.size() + Below(most)), d)) ++told;
+    if (IsDetermined(RandomLimbs(d.size() + Below(most)), d)) ++determined;
   }
-  EXPECT_GT(told, 0);
+  EXPECT_GT(determined, 0);
 }
 
 // Multiples, whose quotients the leading limbs do not determine: they are divided in full.
@@ -272,19 +272,19 @@ TEST(QuotientInPlaceTest, IsRightOrUndeterminedNextToMultiples) {
     mpz_mul(pa, pd, pf);
     const Limbs multiple = Export(pa, n + count);
     // Nothing of d is left out for a quotient of one limb.
-    EXPECT_FALSE(ToldQuotient(multiple, d) && count > 1) << n + count << " by " << n;
+    EXPECT_FALSE(IsDetermined(multiple, d) && count > 1) << n + count << " by " << n;
     mpz_sub_ui(pf, pa, 1);
-    ToldQuotient(Export(pf, n + count), d);
+    IsDetermined(Export(pf, n + count), d);
     mpz_add_ui(pf, pa, 1);
-    ToldQuotient(Export(pf, n + count), d);
+    IsDetermined(Export(pf, n + count), d);
     mpz_add(pf, pa, pd);
     mpz_sub_ui(pf, pf, 1 + Below(2));
-    ToldQuotient(Export(pf, n + count), d);
+    IsDetermined(Export(pf, n + count), d);
     // Remainders about as large as the parts left out.
     mpz_set_ui(pf, 1 + Below(static_cast<uint32_t>(count) + 2));
     mpz_mul_2exp(pf, pf, (n - 1) * kLimbBits);
     mpz_add(pf, pa, pf);
-    ToldQuotient(Export(pf, n + count), d);
+    IsDetermined(Export(pf, n + count), d);
   }
 }
 

@@ -245,7 +245,7 @@ TEST(CipherEngine, WithoutAKeyDataIsQueuedAndNotTransformed) {
   EXPECT_EQ(Content(engine->DecryptIn()), data + Bytes(3, 2));
   EXPECT_EQ(engine->EncryptOut().Length(), 0u);
   EXPECT_EQ(engine->DecryptOut().Length(), 0u);
-  // The pad is queued before the blocks are looked at.
+  // The pad is queued before the blocks are transformed.
   EXPECT_EQ(engine->EncryptIn().Length(), 32u);
 }
 

@@ -1,5 +1,5 @@
-// SymmetricCryptObject when the array for its result cannot be written. This program has the
-// platform's operation of its own, which is the runtime's until it is told to fail.
+// SymmetricCryptObject when the array for its result cannot be written. This program replaces the
+// platform's operation: it calls the runtime's until a test makes it fail.
 #include "platform_fault.h"
 #include "symmetric_crypt_fixture.h"
 

@@ -10,7 +10,7 @@ class SymmetricCryptValuesTest : public SymmetricCryptTest {
     SymmetricCryptTest::SetUp();
     StartAes();
   }
-  // The data bytes that a value stands for: what comes back, without the pad of 0xEE.
+  // The data bytes of a value: its decrypted ciphertext without the pad of 0xEE.
   Bytes DataOf(const VARIANT& value) {
     EXPECT_EQ(crypt->put_PadType(0xEE), S_OK);
     Bytes bytes = Decrypted(Good(Encrypt(value)));

@@ -22,7 +22,7 @@ struct Primitive {
   CompressBlocks chosen;
   bool high_first;
   Words initial;
-  Words of_abc;  // the chaining value behind the padded message "abc"
+  Words of_abc;  // the chaining value after the padded message "abc"
 };
 
 const Primitive kPrimitives[] = {

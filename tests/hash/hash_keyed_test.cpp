@@ -191,7 +191,7 @@ TEST_P(KeyedEngine, WipesKeysPadsAndTheirChainingValues) {
   EXPECT_EQ(watch.FreedWithSecret(), 0);
 }
 
-// An engine whose primitive fails when told to; its "digest" counts what it was asked.
+// An engine whose primitive fails on demand; its "digest" counts the calls.
 class FailingEngine final : public HashEngine {
  public:
   enum Step { kNone, kInit, kUpdate, kFinal };

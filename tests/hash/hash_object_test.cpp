@@ -14,7 +14,7 @@ struct NamedCall {
   std::function<HRESULT(IHashObject*)> call;
 };
 
-// The members that need an algorithm and say so.
+// The members that report a missing algorithm.
 std::vector<NamedCall> CallsThatNeedAnAlgorithm() {
   return {
       {"HashSize",

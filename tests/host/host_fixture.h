@@ -1,5 +1,5 @@
-// What the tests of the host share: a started engine, and the parts of an automation object that a
-// test does not look at.
+// What the tests of the host share: a started engine, and the members of an automation object that
+// a test does not use.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -244,15 +244,15 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsWritten) {
   ASSERT_EQ(whole.size(), 6u);  // four keys and two values
   struct Row {
     PlatformFault* fault;
-    int told;    // calls whose failure is the script's
-    int untold;  // others
+    int reported;  // calls whose failure the script reports
+    int ignored;   // others
   };
   // ForceRemove: B and C below it are opened, enumerated twice and once, deleted.
   const Row kRows[] = {{&open_key, 2, 0},   {&enum_key, 3, 0},  {&delete_key, 2, 0},
                        {&create_key, 4, 0}, {&set_value, 2, 0}, {&close_key, 4, 2}};
   for (size_t i = 0; i < std::size(kRows); ++i) {
     const Row& row = kRows[i];
-    int told = 0, untold = 0;
+    int reported = 0, ignored = 0;
     for (int calls_before = 0;; ++calls_before) {
       ASSERT_EQ(Register(), S_OK);
       row.fault->Arm(calls_before);
@@ -262,15 +262,15 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsWritten) {
         break;
       }
       EXPECT_TRUE(status == kStruck || status == S_OK) << i << " " << calls_before;
-      ++(status == S_OK ? untold : told);
+      ++(status == S_OK ? ignored : reported);
       if (status == S_OK) {
         EXPECT_EQ(AllRows(), whole);
       }
       EXPECT_EQ(Register(), S_OK);
       EXPECT_EQ(AllRows(), whole) << i << " " << calls_before;
     }
-    EXPECT_EQ(told, row.told) << i;
-    EXPECT_EQ(untold, row.untold) << i;
+    EXPECT_EQ(reported, row.reported) << i;
+    EXPECT_EQ(ignored, row.ignored) << i;
   }
 }
 
@@ -282,10 +282,10 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsRemoved) {
   PlatformFault* const kFaults[] = {&open_key,  &enum_key,    &delete_key,
                                     &close_key, &query_value, &delete_value};
   // A, which cannot be enumerated, counts as empty; then its deletion fails because it contains D.
-  const int kTold[] = {4, 4, 2, 0, 1, 1};
+  const int kReported[] = {4, 4, 2, 0, 1, 1};
   for (size_t i = 0; i < std::size(kFaults); ++i) {
     PlatformFault& fault = *kFaults[i];
-    int told = 0;
+    int reported = 0;
     for (int calls_before = 0;; ++calls_before) {
       ASSERT_EQ(Register(), S_OK);
       fault.Arm(calls_before);
@@ -295,11 +295,11 @@ TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsRemoved) {
         break;
       }
       EXPECT_TRUE(status == kStruck || status == S_OK) << i << " " << calls_before;
-      if (status == kStruck) ++told;
+      if (status == kStruck) ++reported;
       EXPECT_EQ(Unregister(), S_OK);
       EXPECT_EQ(AllRows(), left) << i << " " << calls_before;
     }
-    EXPECT_EQ(told, kTold[i]) << i;
+    EXPECT_EQ(reported, kReported[i]) << i;
   }
 }
 

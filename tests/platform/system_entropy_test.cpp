@@ -227,7 +227,7 @@ TEST(EntropyGeneratorTest, AChildDrawsItsOwnEntropy) {
   Sequence sequence = {5};
   EXPECT_EQ(CurrentRandomSource().next(), NumberOf(1, &sequence));
 
-  // 100 stands for a first byte of 100 and one call; the parent's pool would go on with 5.
+  // 100 means a first byte of 100 and one call; the parent's pool would continue with 5.
   const auto child = [&] {
     next_byte = 100;
     calls = 0;

@@ -161,7 +161,7 @@ TEST_F(RsaCryptMemoryTest, WithoutMemoryCreateRandKeysLeavesTheKey) {
   EXPECT_EQ(BytesOfArray(modulus).size(), 16u);
 }
 
-// Callers are not told: the old key stays in place.
+// Not reported to callers: the old key stays in place.
 TEST_F(RsaCryptMemoryTest, WithoutMemoryCreateKeysLeavesTheKeyAndReportsNothing) {
   Load();
   const TestValue first = NumberValue(1000000);

@@ -61,7 +61,7 @@ class LateBound {
   Bytes ResultBytes() { return BytesOfArray(result); }
 
   TestValue result;
-  bool raised = false;  // the member failed; what it told of that:
+  bool raised = false;  // the member failed, and reported:
   bool has_description = false;
   bool has_source = false;
   std::basic_string<OLECHAR> description;

@@ -69,7 +69,7 @@ class MemberAllocationTest : public AllocationTest {
   };
 
   // One call of a member on a new object, with one allocation failing. `look`: what is left of the
-  // object is looked at, which changes it; else the same call is made again.
+  // object is read, which changes it; else the same call is made again.
   // Returns false if nothing failed any more.
   bool FailOnce(const Member& member, State state, const char* words, bool late, Failing failing,
                 long n, bool look, const Outcome& usual) {

@@ -13,7 +13,7 @@ namespace {
 
 class EntryPointTest : public AllocationTest {
  protected:
-  // Fails each allocation of a call on a module just loaded; the same call then goes well.
+  // Fails each allocation of a call on a module just loaded; the same call then succeeds.
   void FailEach(const std::string& name, const std::function<HRESULT()>& call,
                 const std::function<void()>& prepare = nullptr) {
     int most_failures = 0;

@@ -39,7 +39,7 @@ bool TakesTooLong(const Member& member, VARTYPE parameter, const HostileValue& v
   const bool is_text = V_VT(&value.value) == VT_BSTR;
   // The next prime from 40,000 bits on takes an hour. The long arrays of zeros are the number zero.
   if (name == "RSACrypt.CreateKeys") return is_text || value.name == "bytes-10000-full";
-  // Eight million decimal digits take seconds to read, and as many again to look at the object.
+  // Eight million decimal digits take seconds to read, and as many again to read back.
   return member.ClassName() == "PexBigNumber" && is_text &&
          value.name.find("16MB") != value.name.npos;
 }

@@ -67,7 +67,7 @@ class ThreadsTest : public testing::Test {
   LONG locks_at_start_ = 0;
 };
 
-// Stands first: here kernels are chosen, tables filled, and whatever else the first call does.
+// The first test: first calls choose kernels, fill tables and so on.
 TEST_F(ThreadsTest, FirstCallsMayComeFromAllThreadsAtOnce) {
   struct Step {
     const char* class_name;
@@ -329,7 +329,7 @@ struct Call {
 struct CallRow {
   const char* member;
   const char* words;
-  bool changes;  // or its result is looked at
+  bool changes;  // if not, its result is compared
 };
 constexpr CallRow kHashCalls[] = {
     {"HashObject.InitHash", "t:MD5", true},
@@ -513,7 +513,7 @@ TEST_F(ThreadsTest, TheLastReferenceMayGoInAnyThread) {
   }
 }
 
-// The module's doors, from the first call after loading on.
+// The module's entry points, from the first call after loading on.
 TEST_F(ThreadsTest, FactoriesOfAllClassesServeManyThreads) {
   for (int round = 0; round < 10; ++round) {
     ReloadModule();

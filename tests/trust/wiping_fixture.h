@@ -158,8 +158,8 @@ class WipingTest : public testing::Test {
     }
   }
 
-  // The key as HMAC pads it to a block, and the chaining words behind the blocks of both pads.
-  // Returns the words behind the inner one, then the outer one.
+  // The key as HMAC pads it to a block, and the chaining values after both pads. Returns the one
+  // after the inner pad, then that after the outer one.
   static std::array<Bytes, 2> WatchForPads(const std::string& algorithm, const Bytes& key) {
     if (algorithm == "MD5") return WatchForPadsOf<Md5Primitive>(key);
     if (algorithm == "SHA1") return WatchForPadsOf<Sha1Primitive>(key);

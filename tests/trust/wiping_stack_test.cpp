@@ -555,8 +555,7 @@ TEST_F(WipingStackTest, CipherKernelsLeaveNoRoundKeys) {
         for (size_t i = 0; i < list.size(); ++i) {
           if ((list[i].needs & ~ProcessorFeatures()) != 0) continue;
           for (const uint32_t count : {1u, 8u, 64u, 512u, 700u}) {
-            stack.Run(
-                [&] { list[i].function(schedule, blocks.data(), out.data(), count); });
+            stack.Run([&] { list[i].function(schedule, blocks.data(), out.data(), count); });
             EXPECT_EQ(FindSecret(stack.Touched(), stack.TouchedBytes()), -1)
                 << list[i].name << " " << size << " " << count;
             ++searched;
@@ -585,8 +584,8 @@ TEST_F(WipingStackTest, CipherKernelsLeaveNoRoundKeys) {
   EXPECT_GT(searched, 0);
 }
 
-// Engines wipe what they themselves put on the stack, whoever calls them; only what compilers keep
-// there is left to the members' frames.
+// Engines wipe their own stack buffers, whoever calls them; the members' frames wipe what compilers
+// keep there.
 TEST_F(WipingStackTest, EnginesWipeTheirOwnBuffers) {
   const Bytes key = Secret(97, 64);
   const Bytes pads[] = {key, Masked(key, 0x36), Masked(key, 0x5C)};
