@@ -77,14 +77,14 @@ void Import(Mpz& z, const Limb* x, size_t n) {
   mpz_import(z, n, -1, sizeof(Limb), 0, 0, x);
 }
 
-class DigitTest : public ::testing::Test {
+class Radix52Test : public ::testing::Test {
  protected:
   void SetUp() override {
     if ((kRadix52Features & ~ProcessorFeatures()) != 0) GTEST_SKIP() << "ifma not here";
   }
 };
 
-TEST_F(DigitTest, SplitAndJoinedNumbersAreTheSame) {
+TEST_F(Radix52Test, SplitAndJoinedNumbersAreTheSame) {
   for (int i = 0; i < Cases(500); ++i) {
     const BigInt n = RandomBig(2000);
     const Mpz z(n);
@@ -105,7 +105,7 @@ TEST_F(DigitTest, SplitAndJoinedNumbersAreTheSame) {
   }
 }
 
-TEST_F(DigitTest, ProductsAgreeWithThePeer) {
+TEST_F(Radix52Test, ProductsAgreeWithThePeer) {
   for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
     const size_t padded = vectors * kRadix52PerVector;
     for (int i = 0; i < Cases(300); ++i) {
@@ -153,7 +153,7 @@ TEST_F(DigitTest, ProductsAgreeWithThePeer) {
 
 // Carries pass through digits of ones in all vectors: (m + k) * 2^(52 count) mod m is a power whose
 // product with one ends in a long run of ones.
-TEST_F(DigitTest, CarriesPassThroughDigitsOfOnes) {
+TEST_F(Radix52Test, CarriesPassThroughDigitsOfOnes) {
   for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
     const size_t count = vectors * kRadix52PerVector;
     Mpz m, base, x, got, twice;
@@ -202,7 +202,7 @@ void ExpectSamePower(uint32_t bits, uint32_t exponent_bits, int i) {
   ASSERT_EQ(by_digits, ToLimbs(power, n)) << bits;
 }
 
-TEST_F(DigitTest, PowersOfEverySizeAgreeWithThePeer) {
+TEST_F(Radix52Test, PowersOfEverySizeAgreeWithThePeer) {
   for (uint32_t bits = 60; bits <= kRadix52PowerMostBits; bits += 1 + Below(bits / 16)) {
     ExpectSamePower(bits, 1 + Below(200), static_cast<int>(bits));
   }
@@ -215,14 +215,14 @@ TEST_F(DigitTest, PowersOfEverySizeAgreeWithThePeer) {
   }
 }
 
-TEST_F(DigitTest, PowersWithLongExponentsAgreeWithThePeer) {
+TEST_F(Radix52Test, PowersWithLongExponentsAgreeWithThePeer) {
   for (const uint32_t bits : {520u, 1024u, 1030u, 2048u}) {
     for (int i = 0; i < Cases(2); ++i) ExpectSamePower(bits, bits, i);
   }
   ExpectSamePower(4096, 1900, 1);
 }
 
-TEST_F(DigitTest, TheKernelTakesItsSizesOnly) {
+TEST_F(Radix52Test, TheKernelTakesItsSizesOnly) {
   const uint32_t all = ~0u;
   EXPECT_EQ(ChoosePower(kRadix52PowerLeastBits, all).function, Radix52Power);
   EXPECT_EQ(ChoosePower(kRadix52PowerMostBits, all).function, Radix52Power);
