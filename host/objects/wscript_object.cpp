@@ -77,7 +77,8 @@ duk_ret_t Quit(duk_context* engine) {
 }
 
 duk_ret_t Sleep(duk_context* engine) {
-  const double milliseconds = NumberWithin(engine, 0, 0, 2147483647.0, kInvalidCall);
+  constexpr double kMostMilliseconds = 0x1.fffffffffffffp30;  // the last number below 2^31
+  const double milliseconds = NumberWithin(engine, 0, 0, kMostMilliseconds, kInvalidCall);
   FlushOutput();
   const auto whole = static_cast<int64_t>(milliseconds);
   timespec left = {};
@@ -92,9 +93,11 @@ duk_ret_t Sleep(duk_context* engine) {
 struct ArgumentFunction {
   Units text;
   duk_ret_t Run(duk_context* engine) {
+    const double index = duk_to_number(engine, 0);
     const auto& arguments = ContextOf(engine).arguments;
-    const double last = static_cast<double>(arguments.size()) - 1;
-    const double index = NumberWithin(engine, 0, 0, last, kSubscriptOutOfRange);
+    // The index is truncated: with three arguments 2.5 names the last. The comparison rejects NaN.
+    const bool is_index = index >= 0 && index < static_cast<double>(arguments.size());
+    if (!is_index) ThrowStatus(engine, kSubscriptOutOfRange);
     text = UnitsFromSystem(arguments[static_cast<size_t>(index)]);
     PushUnits(engine, text);
     return 1;

@@ -12,6 +12,7 @@ for (var i = 0; i < WScript.Arguments.length; i++) {
 }
 WScript.Echo(WScript.ScriptName, /^\/.*\/wscript\.js$/.test(WScript.ScriptFullName));
 WScript.Echo(typeof WScript.NoSuchMember, typeof WScript.OpenFile);
+WScript.Echo(WScript.Arguments(2.5));
 try { WScript.Arguments(3); } catch (e) { WScript.Echo(e.number, e.description); }
 try { WScript.Arguments(-1); } catch (e) { WScript.Echo(e.number, e.description); }
 try { WScript.CreateObject("No.Such.Class"); } catch (e) { WScript.Echo(e.number, e.description); }
