@@ -37,7 +37,7 @@ struct Place {
   const WCHAR* root = nullptr;  // a root's name
   const OpenKey* open = nullptr;
 
-  WideView Path() const { return open != nullptr ? ViewOf(open->path) : WideView(root); }
+  WideView Path() const { return open != nullptr ? ViewOf(open->path) : ViewOrEmpty(root); }
   bool Allows(REGSAM access) const {
     return open == nullptr || (open->access & (access | MAXIMUM_ALLOWED)) != 0;
   }
