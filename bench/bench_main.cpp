@@ -1,4 +1,5 @@
-// Measures rows, this library and its peers interleaved, after verifying that all outputs are equal.
+// Measures rows, this library and its peers interleaved, after verifying that all outputs are
+// equal.
 //
 //   mirolta-bench results.json [PATTERN]    the rows whose names match the regular expression
 //   mirolta-bench --list

@@ -211,8 +211,8 @@ class StreamFilter : public DispatchObject<kClass, Dual, IStream> {
   bool inside_ = false;
 
  protected:
-  // Declared after binding_, so that keys and queues are wiped before the bound stream, which is the
-  // caller's code, is released.
+  // Declared after binding_, so that keys and queues are wiped before the bound stream, which is
+  // the caller's code, is released.
   Direction read_;
   Direction write_;
 };

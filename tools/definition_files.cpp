@@ -1,4 +1,5 @@
-// Writes the source files of the Windows module other than code, from the tables that the code uses.
+// Writes the source files of the Windows module other than code, from the tables that the code
+// uses.
 //
 //   mirolta-definitions idl FILE                   the interface definitions
 //   mirolta-definitions resources FILE             the resource script

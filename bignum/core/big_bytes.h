@@ -5,8 +5,8 @@
 
 namespace mirolta {
 
-// FromBytes sets the magnitude of n to bytes, 0 for none. Leading zero bytes are ignored. The sign flag
-// is kept.
+// FromBytes sets the magnitude of n to bytes, 0 for none. Leading zero bytes are ignored. The sign
+// flag is kept.
 // Shapes: bytes[length], most significant first.
 // Errors: E_OUTOFMEMORY; n is unchanged.
 // Source: RFC 8017, 4.2.

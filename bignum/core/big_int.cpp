@@ -81,7 +81,8 @@ void BigInt::Swap(BigInt& other) noexcept {
 
 void BigInt::Release() noexcept {
   if (magnitude_ == nullptr) return;
-  // The last owner deletes the magnitude. Of two that release it at once, the second decrements zero.
+  // The last owner deletes the magnitude. Of two that release it at once, the second decrements
+  // zero.
   if (magnitude_->share_count.load(std::memory_order_acquire) == 0 ||
       magnitude_->share_count.fetch_sub(1, std::memory_order_acq_rel) == 0) {
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyser does not follow the count.

@@ -6,12 +6,12 @@
 
 namespace mirolta {
 
-// BigInt is a magnitude, shared copy-on-write between copies, and a sign flag. Operations set the flag
-// as they state, conversions keep it, and a zero may have it without being negative.
+// BigInt is a magnitude, shared copy-on-write between copies, and a sign flag. Operations set the
+// flag as they state, conversions keep it, and a zero may have it without being negative.
 //
-// A number that could not be computed, since memory ran out or the divisor was zero, is zero and has
-// that failure as its Status(). Every operation on it returns the status or gives it to its result.
-// Operations that return a failure leave their results unchanged.
+// A number that could not be computed, since memory ran out or the divisor was zero, is zero and
+// has that failure as its Status(). Every operation on it returns the status or gives it to its
+// result. Operations that return a failure leave their results unchanged.
 class BigInt {
  public:
   BigInt() noexcept = default;  // zero
@@ -45,8 +45,8 @@ class BigInt {
   HRESULT Add(const BigInt& b) noexcept;
   HRESULT Subtract(const BigInt& b) noexcept;
 
-  // Rewrite returns the magnitude, unshared, with at least that capacity and all words zero. The caller
-  // writes words, then calls Normalise. The sign flag is kept.
+  // Rewrite returns the magnitude, unshared, with at least that capacity and all words zero. The
+  // caller writes words, then calls Normalise. The sign flag is kept.
   // Errors: null if memory runs out; the number is unchanged.
   BigMagnitude* Rewrite(uint32_t words) noexcept;
   // AssignLimbs sets the magnitude to x[n]. The sign flag is kept.
@@ -65,7 +65,8 @@ class BigInt {
 
   // Makes the magnitude unshared before a change in place.
   HRESULT MakePrivate() noexcept;
-  // Returns the magnitude, unshared, with at least that capacity and an undefined value; null as above.
+  // Returns the magnitude, unshared, with at least that capacity and an undefined value; null as
+  // above.
   BigMagnitude* Room(uint32_t words) noexcept;
   void Release() noexcept;
 
@@ -74,8 +75,8 @@ class BigInt {
   HRESULT status_ = S_OK;
 };
 
-// Compare returns -1, 0 or 1 as a <, = or > b. A negative number is less than any other; two negative
-// numbers compare by magnitude, so that -5 > -3.
+// Compare returns -1, 0 or 1 as a <, = or > b. A negative number is less than any other; two
+// negative numbers compare by magnitude, so that -5 > -3.
 int Compare(const BigInt& a, const BigInt& b) noexcept;
 
 inline bool operator==(const BigInt& a, const BigInt& b) {
@@ -102,7 +103,8 @@ HRESULT Subtract(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 // q := a / b, truncated towards zero; r := a mod b, with the sign flag of a.
 // Alias:  q and r may be operands.
-// Errors: DISP_E_DIVBYZERO for b = 0; the status of an operand; E_OUTOFMEMORY. q and r are unchanged.
+// Errors: DISP_E_DIVBYZERO for b = 0; the status of an operand; E_OUTOFMEMORY. q and r are
+//         unchanged.
 HRESULT Divide(BigInt& q, const BigInt& a, const BigInt& b) noexcept;
 HRESULT Remainder(BigInt& r, const BigInt& a, const BigInt& b) noexcept;
 

@@ -55,8 +55,8 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
 constexpr size_t kShortLimbs = 8;
 constexpr size_t kShortWords = kShortLimbs * kLimbWords;
 
-// r := a * b, kShortWords >= a_words >= b_words >= 1. Multiply calls it in one place, so that compilers
-// inline it and know the bounds of the copies.
+// r := a * b, kShortWords >= a_words >= b_words >= 1. Multiply calls it in one place, so that
+// compilers inline it and know the bounds of the copies.
 HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const BigMagnitude& b,
                       size_t b_words) {
   const size_t m = LimbsForWords(a_words);

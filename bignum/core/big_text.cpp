@@ -91,7 +91,8 @@ Limb DigitsValue(const OLECHAR* characters, uint32_t count) {
   return value;
 }
 
-// Converts count digits to chunks, least significant first. The most significant chunk may be shorter.
+// Converts count digits to chunks, least significant first. The most significant chunk may be
+// shorter.
 void ReadDigits(Limb* chunks, const OLECHAR* characters, uint32_t count) {
   uint32_t take = count % kDecimalDigits != 0 ? count % kDecimalDigits : kDecimalDigits;
   for (uint32_t left = count; left != 0; take = kDecimalDigits) {

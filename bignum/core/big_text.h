@@ -17,8 +17,8 @@ class NumberText {
   const OLECHAR* Characters() const { return characters_; }
   uint32_t Length() const { return length_; }
 
-  // Resize returns the characters for the caller to write, length >= 1, and terminates them. It reuses
-  // the memory of the old text if that is enough.
+  // Resize returns the characters for the caller to write, length >= 1, and terminates them. It
+  // reuses the memory of the old text if that is enough.
   // Errors: null if memory runs out; the text is unchanged.
   OLECHAR* Resize(uint32_t length) noexcept;
   void Clear() noexcept;
@@ -29,14 +29,15 @@ class NumberText {
   uint32_t capacity_ = 0;
 };
 
-// ToText writes the magnitude of n, most significant digit first, in lower case, without sign, prefix
-// or leading zeros. The text of zero is null.
-// Errors: E_FAIL for a base other than 10 and 16; the status of n; E_OUTOFMEMORY. text is unchanged.
+// ToText writes the magnitude of n, most significant digit first, in lower case, without sign,
+// prefix or leading zeros. The text of zero is null.
+// Errors: E_FAIL for a base other than 10 and 16; the status of n; E_OUTOFMEMORY. text is
+//         unchanged.
 HRESULT ToText(NumberText& text, const BigInt& n, uint32_t base) noexcept;
 
 // FromDecimalText sets the magnitude of n to the decimal digits among the characters; it skips all
-// other characters. The value is truncated to ceil(length * 0.41524) bytes, which only texts of 1,811
-// characters and more can exceed. The sign flag is kept.
+// other characters. The value is truncated to ceil(length * 0.41524) bytes, which only texts of
+// 1,811 characters and more can exceed. The sign flag is kept.
 // Errors: E_OUTOFMEMORY; n is unchanged.
 HRESULT FromDecimalText(BigInt& n, const OLECHAR* characters, uint32_t length) noexcept;
 

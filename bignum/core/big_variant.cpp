@@ -73,8 +73,8 @@ HRESULT FromPlainValue(BigInt& n, const VARIANT& value, NumberBase base) {
   }
 }
 
-// Whether an object is an IPexBigNumber that is zero, the only number whose text cannot be read. Its
-// byte array is empty, unlike that of a number whose text ran out of memory.
+// Whether an object is an IPexBigNumber that is zero, the only number whose text cannot be read.
+// Its byte array is empty, unlike that of a number whose text ran out of memory.
 bool HoldsZero(IUnknown* object) noexcept {
   OwnedReference<IPexBigNumber> number;
   if (FAILED(number.Query(object, IID_IPexBigNumber)) || !number) return false;

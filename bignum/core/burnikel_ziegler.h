@@ -18,9 +18,9 @@ inline constexpr size_t kBurnikelZieglerLimbs = kLimbBits == 64 ? 32 : 64;
 Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
                            Limb* scratch) noexcept;
 
-// BurnikelZieglerQuotient: q := a / d, omitting products that cannot affect q. The upper two limbs of
-// the remainder are those that a truncated SchoolbookDivide gives. Returns false if q is undetermined
-// by the truncated products.
+// BurnikelZieglerQuotient: q := a / d, omitting products that cannot affect q. The upper two limbs
+// of the remainder are those that a truncated SchoolbookDivide gives. Returns false if q is
+// undetermined by the truncated products.
 // Shapes: as for BurnikelZieglerDivide, and the top n limbs of a are below d.
 // Alias:  none.
 bool BurnikelZieglerQuotient(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,

@@ -12,14 +12,14 @@ namespace mirolta {
 namespace {
 
 // Up to kChunksOut and kChunksIn chunks, a value is converted chunk by chunk. Longer ones are split
-// into leaves of at most kChunksOut and kLeafIn chunks. Measured for 64-bit limbs, estimated for 32-bit
-// limbs.
+// into leaves of at most kChunksOut and kLeafIn chunks. Measured for 64-bit limbs, estimated for
+// 32-bit limbs.
 constexpr size_t kChunksOut = kLimbBits == 64 ? 30 : 32;
 constexpr size_t kChunksIn = kLimbBits == 64 ? 80 : 64;
 constexpr size_t kLeafIn = 40;
 
-// Writes value, below 10^8, as eight digits. Values below 10^4, then 10^2, then 10 are packed in one
-// integer, the more significant half of each pair in the lower bits, whose bytes come first.
+// Writes value, below 10^8, as eight digits. Values below 10^4, then 10^2, then 10 are packed in
+// one integer, the more significant half of each pair in the lower bits, whose bytes come first.
 void EightDigits(char* digits, uint32_t value) {
   const uint64_t fours = value / 10000 | uint64_t{value % 10000} << 32;
   // x * 10486 / 2^20 is x / 100 for x < 10^4, and x * 103 / 2^10 is x / 10 for x < 100.
@@ -70,14 +70,14 @@ void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
 }
 
 // LeafWriter writes the leaves of a long number. It converts a leaf x to the fraction x / D and
-// multiplies that by kDecimalPower again and again: each product's integer part is the next chunk, and
-// the fraction needs a limb less each time.
+// multiplies that by kDecimalPower again and again: each product's integer part is the next chunk,
+// and the fraction needs a limb less each time.
 //
-// With c chunks in a leaf, D = kDecimalPower^c and inverse = floor(B^2c / D) + 1, the fraction of x is
-// (x * inverse + inverse / 2) / B^2c. It exceeds (x + 1/2) / D by less than D / B^2c, a tenth of 1 / D.
-// The chunks are correct while it is in [x / D, (x + 1) / D), so 1/2 is the margin for truncation: the
-// upper c + 1 limbs are kept, and a limb less after every chunk. Each truncation loses less than 1 / B
-// of the scaled 1 / D.
+// With c chunks in a leaf, D = kDecimalPower^c and inverse = floor(B^2c / D) + 1, the fraction of x
+// is (x * inverse + inverse / 2) / B^2c. It exceeds (x + 1/2) / D by less than D / B^2c, a tenth of
+// 1 / D. The chunks are correct while it is in [x / D, (x + 1) / D), so 1/2 is the margin for
+// truncation: the upper c + 1 limbs are kept, and a limb less after every chunk. Each truncation
+// loses less than 1 / B of the scaled 1 / D.
 // Source: Knuth TAOCP 2, 4.4, method 2a.
 class LeafWriter {
  public:

@@ -11,15 +11,16 @@ inline constexpr uint32_t kDecimalDigits = kLimbBits == 64 ? 19 : 9;
 inline constexpr Limb kDecimalPower =
     static_cast<Limb>(kLimbBits == 64 ? uint64_t{10000000000000000000u} : uint64_t{1000000000u});
 
-// DecimalPower: limbs[size] * B^zeros. About three tenths of a power of ten's limbs are trailing zeros.
+// DecimalPower: limbs[size] * B^zeros. About three tenths of a power of ten's limbs are trailing
+// zeros.
 struct DecimalPower {
   const Limb* limbs;
   size_t size;
   size_t zeros;
 };
 
-// DecimalPowers are kDecimalPower^(leaf * 2^i) for i < levels: halving levels times splits a number of
-// chunks into leaves of at most leaf chunks.
+// DecimalPowers are kDecimalPower^(leaf * 2^i) for i < levels: halving levels times splits a number
+// of chunks into leaves of at most leaf chunks.
 class DecimalPowers {
  public:
   DecimalPowers() = default;
@@ -27,8 +28,8 @@ class DecimalPowers {
   DecimalPowers(const DecimalPowers&) = delete;
   DecimalPowers& operator=(const DecimalPowers&) = delete;
 
-  // Make computes the powers for numbers of that many chunks, with leaves of at most most_leaf chunks,
-  // most_leaf < chunks.
+  // Make computes the powers for numbers of that many chunks, with leaves of at most most_leaf
+  // chunks, most_leaf < chunks.
   // Errors: false if memory runs out.
   [[nodiscard]] bool Make(size_t chunks, size_t most_leaf) noexcept;
 

@@ -23,7 +23,8 @@ struct NormalisedDivision {
   Limb reciprocal;  // Reciprocal3By2 of v's top two limbs
 };
 
-// BeginDivision shifts both operands and finds the quotient limb above the others where there is one.
+// BeginDivision shifts both operands and finds the quotient limb above the others where there is
+// one.
 // Shapes: as for DivideInPlace, n >= 2.
 __attribute__((always_inline)) inline NormalisedDivision BeginDivision(Limb* q, Limb* u, size_t m,
                                                                        Limb* v, size_t n) {
@@ -78,8 +79,8 @@ bool QuotientInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratc
     }
     if (!BurnikelZieglerQuotient(q, u, v, n, count, division.reciprocal, scratch)) return false;
   }
-  // The computed remainder is below v and too large by less than count * B^(n - 1). If it is at least
-  // that, the true one is not negative and the quotient is exact.
+  // The computed remainder is below v and too large by less than count * B^(n - 1). If it is at
+  // least that, the true one is not negative and the quotient is exact.
   return u[n - 1] >= count;
 }
 

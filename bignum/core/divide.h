@@ -15,14 +15,15 @@ namespace mirolta {
 // DivideScratch returns the limbs of scratch of the divisions in place.
 CheckedSize DivideScratch(size_t m, size_t n) noexcept;
 
-// DivideInPlace: q := u / v, the lowest n limbs of u := u mod v. The rest of u, and v, are destroyed.
+// DivideInPlace: q := u / v, the lowest n limbs of u := u mod v. The rest of u, and v, are
+// destroyed.
 // Shapes: u[m + 1], the dividend in the lowest m; v[n], v[n - 1] != 0; q[m - n + 1], m >= n >= 1;
 //         scratch[DivideScratch(m, n)].
 // Alias:  none.
 void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch) noexcept;
 
-// QuotientInPlace: q := u / v, with about half of the products: it omits those that cannot affect q.
-// u and v are destroyed. Returns false, with q undefined, if q is undetermined by the truncated
+// QuotientInPlace: q := u / v, with about half of the products: it omits those that cannot affect
+// q. u and v are destroyed. Returns false, with q undefined, if q is undetermined by the truncated
 // products, as where the division leaves no remainder.
 // Shapes: as for DivideInPlace.
 // Alias:  none.

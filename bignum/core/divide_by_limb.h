@@ -21,8 +21,9 @@ LimbDivisor PrepareDivisor(Limb d) noexcept;
 // Alias:  q may be a.
 Limb DivideByLimb(Limb* q, const Limb* a, size_t n, const LimbDivisor& d) noexcept;
 
-// DivideRepeatedly: a := a / d^kRepeatedDivisions, with the remainders modulo d, the first division's
-// first. Each division takes a quotient limb of the one before at once, so that they overlap.
+// DivideRepeatedly: a := a / d^kRepeatedDivisions, with the remainders modulo d, the first
+// division's first. Each division takes a quotient limb of the one before at once, so that they
+// overlap.
 // Shapes: a[n].
 inline constexpr size_t kRepeatedDivisions = 4;
 void DivideRepeatedly(Limb (&remainders)[kRepeatedDivisions], Limb* a, size_t n,

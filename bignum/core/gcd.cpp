@@ -42,8 +42,8 @@ HRESULT Inverse(BigInt& r, const BigInt& a, const BigInt& m) noexcept {
   BigInt t;
   HRESULT status = t.AssignLimbs(run.Cofactor(), run.CofactorLimbs());
   if (FAILED(status)) return status;
-  // Equal signs: all quotients are positive, and the cofactors alternate in sign from the second step
-  // on. Different signs: all quotients are negative, and no cofactor is.
+  // Equal signs: all quotients are positive, and the cofactors alternate in sign from the second
+  // step on. Different signs: all quotients are negative, and no cofactor is.
   if (a.SignFlag() == m.SignFlag() && !run.OddSteps() && !t.IsZero()) {
     t.SetSignFlag(true);
     status = t.Add(m);

@@ -5,8 +5,8 @@
 
 namespace mirolta {
 
-// Gcd runs Euclid's remainders a := a mod b, b := b mod a until one is zero. The other one, with its
-// sign flag, is the result.
+// Gcd runs Euclid's remainders a := a mod b, b := b mod a until one is zero. The other one, with
+// its sign flag, is the result.
 // Alias:  r may be an operand.
 // Errors: the status of an operand; E_OUTOFMEMORY. r is unchanged.
 // Time:   depends on the values.

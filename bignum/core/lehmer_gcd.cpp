@@ -6,8 +6,8 @@
 
 namespace mirolta {
 
-// Matrix: several steps at once, r(i) = +-(u0 x - v0 y), r(i+1) = -+(u1 x - v1 y), the upper signs for
-// an even number of steps. The cofactors' magnitudes take the same factors, all positive.
+// Matrix: several steps at once, r(i) = +-(u0 x - v0 y), r(i+1) = -+(u1 x - v1 y), the upper signs
+// for an even number of steps. The cofactors' magnitudes take the same factors, all positive.
 struct LehmerGcd::Matrix {
   Limb u0 = 1, v0 = 0;
   Limb u1 = 0, v1 = 1;
@@ -36,10 +36,11 @@ void Swap(T& a, T& b) {
 
 constexpr uint64_t kFloor = uint64_t{1} << 34;
 
-// Euclid's steps on approximations x and y, which differ from the true values by at most 2. A step is
-// taken only while the new remainder z and y - z are at least kFloor. Then every cofactor is at most
-// x / y <= 2^64 / 2^34 = 2^30, and the true remainders differ from the approximate ones by at most
-// 2 * 2 * 2^30 < kFloor / 2. So 0 < z < y holds for the true values too, and the quotient is the same.
+// Euclid's steps on approximations x and y, which differ from the true values by at most 2. A step
+// is taken only while the new remainder z and y - z are at least kFloor. Then every cofactor is at
+// most x / y <= 2^64 / 2^34 = 2^30, and the true remainders differ from the approximate ones by at
+// most 2 * 2 * 2^30 < kFloor / 2. So 0 < z < y holds for the true values too, and the quotient is
+// the same.
 template <typename Matrix>
 void Simulate(uint64_t x, uint64_t y, Matrix* matrix) {
   if (y < kFloor) return;
@@ -136,8 +137,8 @@ bool LehmerGcd::FindMatrix(Matrix* matrix) const {
     Matrix first;
     Simulate(static_cast<uint64_t>(x >> 32 >> 32), static_cast<uint64_t>(y >> 32 >> 32), &first);
     if (!first.Changed()) return false;
-    // The double limbs after these steps have an error below 2^31. Truncating them to 64 bits drops at
-    // least 33 bits, which makes that an error below 1 and adds less than 1.
+    // The double limbs after these steps have an error below 2^31. Truncating them to 64 bits drops
+    // at least 33 bits, which makes that an error below 1 and adds less than 1.
     DoubleLimb a = x * first.u0 - y * first.v0;
     DoubleLimb b = y * first.v1 - x * first.u1;
     if (first.odd) {

@@ -5,8 +5,8 @@
 
 namespace mirolta {
 
-// LimbScratch owns count limbs of unspecified content: inside the object if they are few, else on the
-// heap.
+// LimbScratch owns count limbs of unspecified content: inside the object if they are few, else on
+// the heap.
 class LimbScratch {
  public:
   explicit LimbScratch(CheckedSize count) noexcept;

@@ -20,11 +20,12 @@ MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept;
 // MontgomeryScratch returns the limbs of scratch of MontgomeryMultiply and FromMontgomery.
 CheckedSize MontgomeryScratch(size_t n) noexcept;
 
-// MontgomeryMultiply: z := x * y / B^n mod m, by a kernel that interleaves product and reduction, else
-// by a full product and a reduction.
+// MontgomeryMultiply: z := x * y / B^n mod m, by a kernel that interleaves product and reduction,
+// else by a full product and a reduction.
 // Shapes: x[n], y[n], z[n] < m, scratch[MontgomeryScratch(n)].
 // Alias:  z may be x or y; x may be y, and a square costs less; scratch overlaps nothing.
-// Source: Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication algorithms, 1996.
+// Source: Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication algorithms,
+//         1996.
 void MontgomeryMultiply(Limb* z, const Limb* x, const Limb* y, const MontgomeryModulus& modulus,
                         Limb* scratch) noexcept;
 

@@ -26,8 +26,8 @@ struct Chain {
     power = one;
   }
 
-  // a * b / B mod m: a b and a multiple of m have the same low limb, and high limbs below m, which are
-  // subtracted.
+  // a * b / B mod m: a b and a multiple of m have the same low limb, and high limbs below m, which
+  // are subtracted.
   Limb Multiply(Limb a, Limb b) const noexcept {
     const LimbPair t = Product(a, b);
     const Limb multiple = Product(static_cast<Limb>(t.low * inverse), m).high;

@@ -9,8 +9,8 @@ namespace mirolta {
 
 namespace {
 
-// The least lengths at which each method is faster than the one before: measured for 64-bit limbs with
-// mulx and adx, by instruction counts for 32-bit limbs.
+// The least lengths at which each method is faster than the one before: measured for 64-bit limbs
+// with mulx and adx, by instruction counts for 32-bit limbs.
 constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 36 : 60;
 constexpr size_t kKaratsubaSquareLimbs = kLimbBits == 64 ? 48 : 112;
 constexpr size_t kToom3Limbs = kLimbBits == 64 ? 130 : 220;

@@ -15,9 +15,9 @@ CheckedSize MultiplyScratch(size_t m, size_t n) noexcept;
 void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
                    Limb* scratch) noexcept;
 
-// BalancedScratch returns the limbs of scratch of MultiplyBalanced. Karatsuba takes 2h + 2 a level for
-// halves of h = (n + 1) / 2 limbs, Toom-3 6k + 6 for thirds: less than 4n and a few limbs a level in
-// all, with 64 levels at most.
+// BalancedScratch returns the limbs of scratch of MultiplyBalanced. Karatsuba takes 2h + 2 a level
+// for halves of h = (n + 1) / 2 limbs, Toom-3 6k + 6 for thirds: less than 4n and a few limbs a
+// level in all, with 64 levels at most.
 inline CheckedSize BalancedScratch(size_t n) noexcept {
   return 4 * CheckedSize(n) + 64 * 8;
 }

@@ -74,10 +74,10 @@ bool TestCandidates(size_t* found, const Limb* candidates, size_t count, size_t 
   return true;
 }
 
-// PrimeSearch searches upwards from a number n, with a sieve. It skips candidates with a divisor among
-// the first kTablePrimes primes. It skips those with a divisor p among the other small primes unless
-// a^(n-1) = 1 mod p for all bases a: a Fermat prime has a^(n-1) = 1 mod n, and so mod p. That condition
-// is evaluated lazily.
+// PrimeSearch searches upwards from a number n, with a sieve. It skips candidates with a divisor
+// among the first kTablePrimes primes. It skips those with a divisor p among the other small primes
+// unless a^(n-1) = 1 mod p for all bases a: a Fermat prime has a^(n-1) = 1 mod n, and so mod p.
+// That condition is evaluated lazily.
 // Source: sieve of Eratosthenes; Menezes, van Oorschot and Vanstone, Handbook of Applied
 //         Cryptography, 4.4.
 class PrimeSearch {

@@ -22,9 +22,9 @@ struct ShortRows {
   }
 };
 
-// Long divisors: the window is kept as the complement of its limbs. Subtracting a row from a number is
-// adding it to the complement, with the same carry, and the kernels add rows faster. A mispredicted
-// branch would delay the next step by more than the masked correction costs.
+// Long divisors: the window is kept as the complement of its limbs. Subtracting a row from a number
+// is adding it to the complement, with the same carry, and the kernels add rows faster. A
+// mispredicted branch would delay the next step by more than the masked correction costs.
 struct LongRows {
   static constexpr bool kBranches = false;
   static Limb Stored(Limb x) { return static_cast<Limb>(~x); }

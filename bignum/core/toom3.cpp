@@ -36,8 +36,8 @@ void EvaluateAt2(Limb* z, const Limb* x, size_t k, size_t top) {
 }
 
 // Interpolates the product: z := sum of c(i) * B^(k i) for its coefficients c0..c4.
-// Shapes: z[2n] holds the products at 0 and, from 4k on, at infinity; values[3 (2k + 2)] those at -1, 1
-//         and 2, the first one's magnitude, destroyed.
+// Shapes: z[2n] holds the products at 0 and, from 4k on, at infinity; values[3 (2k + 2)] those at
+//         -1, 1 and 2, the first one's magnitude, destroyed.
 void Interpolate(Limb* z, Limb* values, size_t n, bool negative) {
   const LimbKernels& kernels = CurrentLimbKernels();
   const size_t k = (n + 2) / 3;
@@ -49,8 +49,8 @@ void Interpolate(Limb* z, Limb* values, size_t n, bool negative) {
   Limb* const v0 = z;
   Limb* const vinf = z + 4 * k;
 
-  // Each intermediate value is a sum of c0..c4 with positive factors, so no subtraction borrows, and
-  // all fit w limbs.
+  // Each intermediate value is a sum of c0..c4 with positive factors, so no subtraction borrows,
+  // and all fit w limbs.
   if (negative) {
     kernels.add(v2, v2, vm1, w);
     kernels.add(vm1, v1, vm1, w);

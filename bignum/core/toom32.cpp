@@ -36,8 +36,8 @@ void Toom32(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n, Limb* scr
   MultiplyBalanced(z, x, y, k, rest);
   MultiplyLimbs(z + 3 * k, x + 2 * k, top_x, y + k, top_y, rest);
 
-  // Let c0..c3 be the product's coefficients. Each intermediate value is a sum of them with positive
-  // factors, so no subtraction borrows.
+  // Let c0..c3 be the product's coefficients. Each intermediate value is a sum of them with
+  // positive factors, so no subtraction borrows.
   const size_t outer = top_x + top_y;
   kernels.subtract(vm1, v1, vm1, w);
   Halve(vm1, w);

@@ -19,23 +19,24 @@ struct FermatLanes {
   Limb* power;          // [8 count] base^(m >> bits) * 2^(52 count), below m; destroyed
 };
 
-// FermatLanesTest exponentiates by the remaining low bits of m - 1 and returns the set of lanes where
-// base^(m - 1) mod m is 1.
+// FermatLanesTest exponentiates by the remaining low bits of m - 1 and returns the set of lanes
+// where base^(m - 1) mod m is 1.
 // Time:   depends on the counts only.
-// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016.
+// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
+//         2016.
 using FermatLanesTest = uint32_t (*)(const FermatLanes& lanes);
 
 inline constexpr size_t kFermatLeastCount = 3;
 inline constexpr size_t kFermatMostCount = 24;
 
-// FermatLanesCount rounds a count of radix-2^52 digits up to one with a test: any up to 10, even ones
-// above. Each test is unrolled and so has code of its own.
+// FermatLanesCount rounds a count of radix-2^52 digits up to one with a test: any up to 10, even
+// ones above. Each test is unrolled and so has code of its own.
 constexpr size_t FermatLanesCount(size_t count) {
   return count <= 10 ? count : count + count % 2;
 }
 
-// FermatLanesTestFor returns the test for numbers of count digits, a result of FermatLanesCount from
-// kFermatLeastCount to kFermatMostCount.
+// FermatLanesTestFor returns the test for numbers of count digits, a result of FermatLanesCount
+// from kFermatLeastCount to kFermatMostCount.
 FermatLanesTest FermatLanesTestFor(size_t count) noexcept;
 
 }  // namespace mirolta

@@ -1,5 +1,5 @@
-// Limbs: the units of the inner loops. Numbers are stored as 32-bit words; a limb is one word, or two
-// words where the processor has 64 x 64-bit products. B = 2^kLimbBits is the base.
+// Limbs: the units of the inner loops. Numbers are stored as 32-bit words; a limb is one word, or
+// two words where the processor has 64 x 64-bit products. B = 2^kLimbBits is the base.
 #pragma once
 
 #include <cstddef>
@@ -36,8 +36,8 @@ struct WideProducts {
   }
 };
 
-// HalfProducts computes products from half limbs, for processors whose multiplication yields the low
-// word only.
+// HalfProducts computes products from half limbs, for processors whose multiplication yields the
+// low word only.
 struct HalfProducts {
   static LimbPair MulAdd(Limb a, Limb b, Limb c, Limb d) {
     constexpr uint32_t kHalf = kLimbBits / 2;
@@ -65,7 +65,8 @@ inline LimbPair Product(Limb a, Limb b) {
   return Products::MulAdd(a, b, 0, 0);
 }
 
-// DivideWide returns (high * B + low) / d, high < d. C++ has no 2-by-1 division, the processor does.
+// DivideWide returns (high * B + low) / d, high < d. C++ has no 2-by-1 division, the processor
+// does.
 inline Limb DivideWide(Limb high, Limb low, Limb d) {
 #if MIROLTA_KERNELS_FOR(X86_64)
   __asm__("divq %[d]" : "+a"(low), "+d"(high) : [d] "r"(d) : "cc");
@@ -75,8 +76,8 @@ inline Limb DivideWide(Limb high, Limb low, Limb d) {
 #endif
 }
 
-// AddPair returns x + y, SubtractPair x - y, both modulo B^2. Assembly, since compilers usually spill
-// limb pairs.
+// AddPair returns x + y, SubtractPair x - y, both modulo B^2. Assembly, since compilers usually
+// spill limb pairs.
 inline LimbPair AddPair(LimbPair x, LimbPair y) {
 #if MIROLTA_KERNELS_FOR(X86_64)
   __asm__(

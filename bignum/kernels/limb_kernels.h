@@ -37,8 +37,8 @@ struct LimbKernels {
   // Shapes: t[2n] < m * B^n, destroyed; m[n] odd; z[n]; inverse is -1 / m mod B.
   // Alias:  z overlaps neither t nor m.
   void (*reduce)(Limb* z, Limb* t, const Limb* m, size_t n, Limb inverse);
-  // z := x * y / B^n mod m (Montgomery multiplication) for the few n with code of their own; returns
-  // false for others, with nothing written.
+  // z := x * y / B^n mod m (Montgomery multiplication) for the few n with code of their own;
+  // returns false for others, with nothing written.
   // Shapes: x[n], y[n], z[n] < m, m[n] odd.
   bool (*montgomery)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n, Limb inverse);
 };

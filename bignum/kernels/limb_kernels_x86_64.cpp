@@ -7,8 +7,8 @@ namespace mirolta {
 
 namespace {
 
-// One limb of a row: the low half of the product, plus the high half of the one before (carry flag),
-// plus the limb of z (overflow flag). 'in' holds that high half, 'out' receives the new one.
+// One limb of a row: the low half of the product, plus the high half of the one before (carry
+// flag), plus the limb of z (overflow flag). 'in' holds that high half, 'out' receives the new one.
   #define MIROLTA_ROW_ADD(offset, in, out)  \
     "mulx " offset "(%[x]), %[low], %[" out \
     "]\n"                                   \
@@ -78,7 +78,8 @@ namespace {
     instruction " " offset "(%[y],%[i],8), %[t]\n"     \
     "movq %[t], " offset "(%[z],%[i],8)\n"
 
-// A sum or difference: four limbs at a time, then up to three more. leaq and decq keep the carry flag.
+// A sum or difference: four limbs at a time, then up to three more. leaq and decq keep the carry
+// flag.
   #define MIROLTA_SUM(instruction)                                                  \
     "xorl %k[i], %k[i]\n"                                                           \
     "jrcxz 2f\n"                                                                    \

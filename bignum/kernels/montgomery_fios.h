@@ -6,12 +6,13 @@
 namespace mirolta {
 
 // MontgomeryOf: z := x * y / B^kCount mod m. All sums stay in registers, as the compiler knows the
-// count. Each step adds a row of x * y and the multiple of m that makes the lowest limb zero, and drops
-// that limb. With t < m + y before a step, the sums are below (m + y) * B, and t < m + y after it.
+// count. Each step adds a row of x * y and the multiple of m that makes the lowest limb zero, and
+// drops that limb. With t < m + y before a step, the sums are below (m + y) * B, and t < m + y
+// after it.
 // Shapes: x[kCount], y[kCount], z[kCount] < m, m[kCount] odd; inverse is -1 / m mod B.
 // Alias:  z may be x or y.
-// Source: Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication algorithms, 1996,
-//         FIOS.
+// Source: Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication algorithms,
+//         1996, FIOS.
 template <size_t kCount>
 inline void MontgomeryOf(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inverse) {
   Limb t[kCount + 1] = {};

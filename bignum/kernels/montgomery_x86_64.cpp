@@ -21,12 +21,12 @@ inline void StoreReduced(Limb* z, const Limb (&t)[kCount], Limb top, const Limb*
   for (size_t i = 0; i < kCount; ++i) z[i] = (t[i] & keep) | (difference[i] & ~keep);
 }
 
-// Montgomery4, Montgomery6 and Montgomery8: z := x * y / B^n mod m for n = 4, 6 and 8. Each step adds
-// a row of x * y and the multiple of m that makes the lowest limb zero, and drops that limb. With
-// t < m + y before a step, the sums are below (m + y) * B, which the two top registers hold, and
-// t < m + y after it.
-// Source: Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication algorithms, 1996,
-//         CIOS.
+// Montgomery4, Montgomery6 and Montgomery8: z := x * y / B^n mod m for n = 4, 6 and 8. Each step
+// adds a row of x * y and the multiple of m that makes the lowest limb zero, and drops that limb.
+// With t < m + y before a step, the sums are below (m + y) * B, which the two top registers hold,
+// and t < m + y after it.
+// Source: Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication algorithms,
+//         1996, CIOS.
 void Montgomery4(Limb* z, const Limb* x, const Limb* y, const Limb* m, Limb inverse) {
   Limb t0 = 0, t1 = 0, t2 = 0, t3 = 0, t4 = 0, t5 = 0;
   Limb low, high;

@@ -8,8 +8,8 @@ namespace mirolta {
 
 namespace {
 
-// BlockOf8: z[m + 8] := x[m] * y[8], plus z[m] if kAdds; then m >= 8. Before a step the sum in t0 to t9
-// is below 2 B^8. Adding a limb of z and a row keeps it below 2 B^9, which t9 <= 1 holds.
+// BlockOf8: z[m + 8] := x[m] * y[8], plus z[m] if kAdds; then m >= 8. Before a step the sum in t0
+// to t9 is below 2 B^8. Adding a limb of z and a row keeps it below 2 B^9, which t9 <= 1 holds.
 template <bool kAdds>
 inline __attribute__((always_inline)) void BlockOf8(Limb* z, const Limb* x, size_t m,
                                                     const Limb* y) {
@@ -58,8 +58,8 @@ inline __attribute__((always_inline)) void BlockOf4(Limb* z, const Limb* x, size
   z[m + 3] = t3;
 }
 
-// Adds a row to the four limbs t1 to t4, which become five: the sum is below B^5, so that t5 carries
-// nothing out.
+// Adds a row to the four limbs t1 to t4, which become five: the sum is below B^5, so that t5
+// carries nothing out.
   #define MIROLTA_NEXT_ROW(factor, t1, t2, t3, t4, t5) \
     __asm__("xorl %k[top], %k[top]\n" MIROLTA_TERM("0", "a", "b") MIROLTA_TERM("8", "b", "c")       \
                 MIROLTA_TERM("16", "c", "d") MIROLTA_TERM("24", "d", "top") "movl $0, %k[low]\n"    \

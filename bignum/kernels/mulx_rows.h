@@ -1,5 +1,5 @@
-// Rows of a product whose sum stays in registers, for processors with mulx, adcx and adox. The macros
-// use the variables t0, t1, ... of the sum and two spare ones, low and high.
+// Rows of a product whose sum stays in registers, for processors with mulx, adcx and adox. The
+// macros use the variables t0, t1, ... of the sum and two spare ones, low and high.
 #pragma once
 
 // Low halves are added through the carry flag, high halves through the overflow flag.

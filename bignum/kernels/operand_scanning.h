@@ -1,5 +1,5 @@
-// Loops over limbs by operand scanning: products row by row. A table with faster rows implements those
-// and takes the rest from here.
+// Loops over limbs by operand scanning: products row by row. A table with faster rows implements
+// those and takes the rest from here.
 #pragma once
 
 #include "limb_kernels.h"
@@ -66,8 +66,8 @@ struct RowLoops : SumLoops {
   static LimbPair Square(Limb x) { return Multiplier::MulAdd(x, x, 0, 0); }
 };
 
-// OperandScanningLoops: schoolbook products and Montgomery reduction with Rows's products of n limbs by
-// one limb.
+// OperandScanningLoops: schoolbook products and Montgomery reduction with Rows's products of n
+// limbs by one limb.
 // Source: Knuth TAOCP 2, 4.3.1, algorithm M; Koc, Acar and Kaliski, Analyzing and comparing
 //         Montgomery multiplication algorithms, 1996, SOS.
 template <typename Rows>

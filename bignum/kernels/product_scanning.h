@@ -5,13 +5,14 @@
 
 namespace mirolta {
 
-// ProductScanningLoops: products and Montgomery reduction for processors that multiply two limbs in one
-// instruction. The sums of two adjacent columns stay in registers until their limbs are stored, and a
-// limb that is loaded serves both.
+// ProductScanningLoops: products and Montgomery reduction for processors that multiply two limbs in
+// one instruction. The sums of two adjacent columns stay in registers until their limbs are stored,
+// and a limb that is loaded serves both.
 // Source: Comba 1990; Koc, Acar and Kaliski, Analyzing and comparing Montgomery multiplication
 //         algorithms, 1996, product scanning.
 struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
-  // The sum of a column: fewer than B products, each below B^2, so that high < B counts the carries.
+  // The sum of a column: fewer than B products, each below B^2, so that high < B counts the
+  // carries.
   struct Sum {
     DoubleLimb low = 0;
     Limb high = 0;
@@ -48,7 +49,8 @@ struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
         for (size_t i = 1; i <= 4; ++i) AddOne(*x++, y[n - i], &above);
       }
     }
-    // Returns the first column's limb. The second column, plus the first's carry, becomes the first.
+    // Returns the first column's limb. The second column, plus the first's carry, becomes the
+    // first.
     Limb Next() {
       const Limb limb = first.Next();
       first.high = second.high;
@@ -80,7 +82,8 @@ struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
     if ((m + n) % 2 != 0) z[m + n - 1] = columns.Next();
   }
 
-  // Products of different limbs are computed once and doubled. The columns of a pair have equally many.
+  // Products of different limbs are computed once and doubled. The columns of a pair have equally
+  // many.
   static void Square(Limb* z, const Limb* x, size_t n) {
     Columns columns;
     columns.first.AddProduct(x[0], x[0]);

@@ -19,7 +19,8 @@ inline constexpr uint32_t kRadix52Features = kFeatureBmi2Adx | kFeatureAvx512 | 
 //         y < 2 m, m odd, 4 m <= 2^(52 count), count >= 2; inverse is 2^12 * (-1 / m mod 2^52).
 // Alias:  z, x and y may be the same.
 // Time:   depends on count only.
-// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions, 2016.
+// Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
+//         2016.
 using Radix52Product = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
                                 Limb inverse);
 

@@ -15,8 +15,8 @@ namespace {
 
   #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512vl,avx512ifma,bmi2")))
 
-// Carry propagation on bit masks, 64 radix-2^52 digits a word: a digit in `over` generates a carry, a
-// digit in `full` propagates one.
+// Carry propagation on bit masks, 64 radix-2^52 digits a word: a digit in `over` generates a carry,
+// a digit in `full` propagates one.
 template <size_t kWords>
 inline void RippleCarries(uint64_t (&carries)[kWords], const uint64_t (&over)[kWords],
                           const uint64_t (&full)[kWords]) {
@@ -54,9 +54,9 @@ MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
 }
 
 // Each step adds x times one digit of y and the multiple of m that makes the lowest digit zero, and
-// drops that digit. Each multiple depends on the one before, and vector latency is long, so the three
-// lowest digits are computed in scalar registers: `low` and `next` are the sums of the lowest two; the
-// third is `waiting`, its sum in the vectors before the step, plus the step's terms.
+// drops that digit. Each multiple depends on the one before, and vector latency is long, so the
+// three lowest digits are computed in scalar registers: `low` and `next` are the sums of the lowest
+// two; the third is `waiting`, its sum in the vectors before the step, plus the step's terms.
 // A digit gets four terms below 2^52 a step, in at most 8 * kVectors steps: below 2^61.
 template <size_t kVectors>
 MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,

@@ -16,8 +16,8 @@ TypeInfoHolder type_info(IID_IPexBigNumber);
 // From this many 32-bit words on, conversions of a number's text are recursive and use much stack.
 constexpr uint32_t kLargeNumberWords = 64;
 
-// WipedNumbers runs a member's work without the lock and wipes stack and registers, since numbers are
-// secrets. work(use) sets *use if it used much stack; a failure counts as that.
+// WipedNumbers runs a member's work without the lock and wipes stack and registers, since numbers
+// are secrets. work(use) sets *use if it used much stack; a failure counts as that.
 template <typename Work>
 HRESULT WipedNumbers(Work work) {
   StackUse use = StackUse::kMedium;
@@ -198,8 +198,8 @@ HRESULT STDMETHODCALLTYPE BigNumberObject::NewNumber(VARIANT v, IPexBigNumber** 
   *ppObj = nullptr;
   return WipedNumbers([&](StackUse* use) -> HRESULT {
     BigInt value;
-    // An omitted value is zero. Every failure is reported as E_OUTOFMEMORY, the only one that callers
-    // expect of this member.
+    // An omitted value is zero. Every failure is reported as E_OUTOFMEMORY, the only one that
+    // callers expect of this member.
     if (FAILED(NumberFromVariant(value, v, NumberBase::kDecimal))) return E_OUTOFMEMORY;
     NoteSize(value, v, use);
     return Return(value, ppObj);

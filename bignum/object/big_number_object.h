@@ -10,9 +10,9 @@ namespace mirolta {
 
 extern const ClassDescription kBigNumberClass;
 
-// BigNumberObject holds one number, initially zero. Binary operations do not change it and return a new
-// object. No member locks: callers use an object from one thread at a time. No member raises a message,
-// and one that fails leaves the number unchanged.
+// BigNumberObject holds one number, initially zero. Binary operations do not change it and return a
+// new object. No member locks: callers use an object from one thread at a time. No member raises a
+// message, and one that fails leaves the number unchanged.
 class BigNumberObject final : public DispatchObject<kBigNumberClass, IPexBigNumber> {
  public:
   explicit BigNumberObject(IUnknown* outer) : DispatchObject(outer) {}

@@ -5,8 +5,8 @@
 
 namespace mirolta {
 
-// MemoryFinish: a digest's compression function, words of state, and byte order of the words and of the
-// bit length.
+// MemoryFinish: a digest's compression function, words of state, and byte order of the words and of
+// the bit length.
 struct MemoryFinish {
   CompressBlocks compress;
   uint32_t word_count;

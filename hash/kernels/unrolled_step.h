@@ -1,5 +1,5 @@
-// MIROLTA_STEP, for kernels that templates unroll, a function a step: every step is inlined into one
-// body.
+// MIROLTA_STEP, for kernels that templates unroll, a function a step: every step is inlined into
+// one body.
 #pragma once
 
 #define MIROLTA_STEP __attribute__((always_inline)) inline

@@ -1,5 +1,5 @@
-// Owners of automation values and references. The host links the platform only, so it cannot use the
-// module's owned_value.h, whose OwnedVariant also wipes: the host keeps no secrets of its own.
+// Owners of automation values and references. The host links the platform only, so it cannot use
+// the module's owned_value.h, whose OwnedVariant also wipes: the host keeps no secrets of its own.
 #pragma once
 
 #include <utility>

@@ -1,5 +1,5 @@
-// The module's messages: string resources of the module, raised by its classes. Their statuses follow
-// from their ids (raise_error.h).
+// The module's messages: string resources of the module, raised by its classes. Their statuses
+// follow from their ids (raise_error.h).
 #pragma once
 
 #include "platform.h"

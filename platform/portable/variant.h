@@ -211,8 +211,8 @@ MIROLTA_RUNTIME HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LC
 
 MIROLTA_RUNTIME SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
 MIROLTA_RUNTIME SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower, ULONG elements);
-// The runtime's own: SafeArrayCreate for one dimension of count bytes from 0 on, which hold anything
-// until their maker has written them all.
+// The runtime's own: SafeArrayCreate for one dimension of count bytes from 0 on, which hold
+// anything until their maker has written them all.
 MIROLTA_RUNTIME SAFEARRAY* MiroltaCreateBytes(ULONG count);
 MIROLTA_RUNTIME HRESULT SafeArrayDestroy(SAFEARRAY* array);
 MIROLTA_RUNTIME HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to);

@@ -15,8 +15,8 @@ struct Kernel {
   Function function;
 };
 
-// KernelList views the rows of a primitive: best first, a portable one (needs == 0) last. It does not
-// own them.
+// KernelList views the rows of a primitive: best first, a portable one (needs == 0) last. It does
+// not own them.
 template <typename Function>
 class KernelList {
  public:

@@ -19,8 +19,8 @@ const RandomSource& CurrentRandomSource() noexcept;
 void SetRandomSource(const RandomSource* source) noexcept;
 
 // ClockSeed waits until the millisecond counter changes and returns
-// (t & 0xFFFF) | ((((month << 4 | day) << 8) | year) << 16) modulo 2^32, where t is the counter read
-// after the local time.
+// (t & 0xFFFF) | ((((month << 4 | day) << 8) | year) << 16) modulo 2^32, where t is the counter
+// read after the local time.
 uint32_t ClockSeed() noexcept;
 
 // SystemEntropy fills bytes[0..count) with unpredictable bytes of the operating system.

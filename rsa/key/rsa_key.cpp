@@ -154,7 +154,8 @@ HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, c
   Limb p = 0, q = 0, d_p = 0, d_q = 0, p_inverse = 0;
   const bool are_limbs = IsLimb(&p, values.p) && IsLimb(&q, values.q) && IsLimb(&d_p, values.d_p) &&
                          IsLimb(&d_q, values.d_q) && IsLimb(&p_inverse, values.p_inverse);
-  // Odd primes are above 1 here: for p = 1 or q = 1 the inverse modulo (p - 1)(q - 1) = 0 has failed.
+  // Odd primes are above 1 here: for p = 1 or q = 1 the inverse modulo (p - 1)(q - 1) = 0 has
+  // failed.
   const bool are_odd = (p & q & 1) != 0;
   if (!are_limbs || !are_odd || c.SignFlag()) return S_OK;
   const size_t size = LimbsForWords(c.Used());

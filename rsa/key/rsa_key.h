@@ -6,7 +6,8 @@
 
 namespace mirolta {
 
-// RsaPrimeValues: the values that decryption with the primes precomputes, and the numbers they are for.
+// RsaPrimeValues: the values that decryption with the primes precomputes, and the numbers they are
+// for.
 // Source: RFC 8017, 3.2: dP, dQ and, with p and q swapped, qInv.
 struct RsaPrimeValues {
   BigInt e;
@@ -32,9 +33,10 @@ struct RsaKey {
   void DropValues() { values = RsaPrimeValues(); }
 };
 
-// BuildKey generates a key from the next primes at or after two starting values. Small starting values
-// may give the same prime twice. The public exponent is the first odd number from key.e on, or from
-// 65537 if that is zero, that is coprime to p - 1 and q - 1; d is its inverse modulo (p - 1)(q - 1).
+// BuildKey generates a key from the next primes at or after two starting values. Small starting
+// values may give the same prime twice. The public exponent is the first odd number from key.e on,
+// or from 65537 if that is zero, that is coprime to p - 1 and q - 1; d is its inverse modulo
+// (p - 1)(q - 1).
 // Errors: E_OUTOFMEMORY; the key is unchanged.
 // Time:   depends on the values.
 // Source: RFC 8017, 3.1 and 3.2.
@@ -43,11 +45,12 @@ HRESULT BuildKey(RsaKey& key, const BigInt& first_start, const BigInt& second_st
 // BuildKeyFromPrimes does the same with given primes, in either order, which it moves from.
 HRESULT BuildKeyFromPrimes(RsaKey& key, BigInt& first, BigInt& second);
 
-// BuildRandomKey does the same from random starting values of byte_size / 2 bytes. With exact_size both
-// have their two top bits set, and the modulus has exactly 16 * (byte_size / 2) bits; otherwise the
-// second value is a byte longer. Sizes below 4 give larger moduli, since no prime below 1229 is found.
-// Errors: E_INVALIDARG for byte_size < 1, and for 1 with exact_size, where no two different starting
-//         values exist; those of Random and BuildKey. The key is unchanged.
+// BuildRandomKey does the same from random starting values of byte_size / 2 bytes. With exact_size
+// both have their two top bits set, and the modulus has exactly 16 * (byte_size / 2) bits;
+// otherwise the second value is a byte longer. Sizes below 4 give larger moduli, since no prime
+// below 1229 is found.
+// Errors: E_INVALIDARG for byte_size < 1, and for 1 with exact_size, where no two different
+//         starting values exist; those of Random and BuildKey. The key is unchanged.
 HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size);
 
 // RsaEncrypt: r := m^e mod n. RsaDecrypt: r := c^d mod n, 1 mod n for d = 0.

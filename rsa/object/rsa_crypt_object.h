@@ -11,8 +11,8 @@ namespace mirolta {
 
 extern const ClassDescription kRsaCryptClass;
 
-// RsaCryptObject holds one key, initially all zero. Every member except put_Q holds the object's lock
-// for the whole call, key generation included. A call that fails leaves the key unchanged.
+// RsaCryptObject holds one key, initially all zero. Every member except put_Q holds the object's
+// lock for the whole call, key generation included. A call that fails leaves the key unchanged.
 class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
  public:
   explicit RsaCryptObject(IUnknown* outer) : DispatchObject(outer) {}
@@ -51,8 +51,8 @@ class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
   void DropNewQ();
 
   RsaKey key_;
-  // The Q that was put since the last locked member: put_Q neither waits for the lock nor changes a key
-  // that another thread uses.
+  // The Q that was put since the last locked member: put_Q neither waits for the lock nor changes a
+  // key that another thread uses.
   std::atomic<BigInt*> new_q_{nullptr};
 };
 

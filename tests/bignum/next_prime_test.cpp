@@ -178,8 +178,8 @@ TEST(NextPrimeTest, CarmichaelNumbersWhoseDivisorsAreSievedAreFound) {
 }
 
 // Composites that three bases take for primes and one other refuses, which is not base 2. For
-// n = p (kp - k + 1) with both prime, base b passes just if it is a k-th power modulo the greater one;
-// 3 always is a square there. The primes are 2^(bits / 2 - 1) + offset.
+// n = p (kp - k + 1) with both prime, base b passes just if it is a k-th power modulo the greater
+// one; 3 always is a square there. The primes are 2^(bits / 2 - 1) + offset.
 TEST(NextPrimeTest, EveryBaseRefusesSomeComposite) {
   const struct {
     unsigned bits;

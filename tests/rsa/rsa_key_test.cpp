@@ -216,7 +216,8 @@ BigInt RandomBits(std::mt19937* generator, uint32_t bits) {
   return n;
 }
 
-// Any numbers for which the peer finds the inverses: no primes, even ones, equal ones, either order.
+// Any numbers for which the peer finds the inverses: no primes, even ones, equal ones, either
+// order.
 TEST(RsaKeyTest, NumbersThatAreNoPrimesGoThroughTheSameSteps) {
   std::mt19937 generator(61);
   int compared = 0;

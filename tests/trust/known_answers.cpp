@@ -112,7 +112,8 @@ void ExpectStatus(const std::string& class_name, const std::string& property, HR
   EXPECT_EQ(status, S_OK) << property;
 }
 
-// --- Tasks ----------------------------------------------------------------------------------------
+// --- Tasks
+// ----------------------------------------------------------------------------------------
 
 struct TaskStep {
   const char* class_name;

@@ -16,8 +16,8 @@ Bytes Transformed(const Member& member, const Subject& subject, const char* word
 
 ULONGLONG Position(IStream* stream);
 
-// All that an object shows when it is used, open digests and queued data included. A cipher's output
-// that the member has returned already, `taken`, counts as if it were queued.
+// All that an object shows when it is used, open digests and queued data included. A cipher's
+// output that the member has returned already, `taken`, counts as if it were queued.
 std::string Looked(const Member& member, const Subject& subject, const Bytes& taken = {});
 
 }  // namespace mirolta::test

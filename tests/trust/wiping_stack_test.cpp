@@ -18,13 +18,14 @@
 namespace mirolta::test {
 namespace {
 
-// Where work inside of work is wiped by itself, the calls that do that leave their return addresses.
+// Where work inside of work is wiped by itself, the calls that do that leave their return
+// addresses.
 constexpr size_t kWipingCalls = 64;
 
 class WipingStackTest : public WipingTest {
  protected:
-  // A call twice, as the first has libraries load what they need: that goes deep, but meets no secret
-  // but those that are searched for.
+  // A call twice, as the first has libraries load what they need: that goes deep, but meets no
+  // secret but those that are searched for.
   void Run(const std::string& what, const std::function<void()>& call) {
     stack.Run(call);
     Search(what);
@@ -98,8 +99,8 @@ TEST_F(WipingStackTest, TheSearchSeesStackAndRegisters) {
 
 #if defined(__x86_64__)
 
-// Leaves eight secret bytes everywhere that a function may change: on the stack from the first place
-// below its return address on, and in every register.
+// Leaves eight secret bytes everywhere that a function may change: on the stack from the first
+// place below its return address on, and in every register.
 __attribute__((naked)) HRESULT LeaveEverywhere(void*) {
   __asm__(
       "movq (%rdi), %rax\n\t"
@@ -539,8 +540,8 @@ TEST_F(WipingStackTest, TheRuntimeLeavesNoCopies) {
   }
 }
 
-// Kernels by themselves, with no member's frame around them: keys are kept in registers or read from
-// the schedule, and those that go deep wipe what they spill.
+// Kernels by themselves, with no member's frame around them: keys are kept in registers or read
+// from the schedule, and those that go deep wipe what they spill.
 TEST_F(WipingStackTest, CipherKernelsLeaveNoRoundKeys) {
   Bytes blocks = Secret(104, 16 * 700);
   Bytes out(blocks.size());

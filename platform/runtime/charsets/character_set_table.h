@@ -25,8 +25,8 @@ constexpr size_t kCharacterSetCount = 54;
 // unknown number. Rows are static.
 const CharacterSet* FindCharacterSet(UINT number);
 
-// FindCharacterSetByName returns the row of a locale's codeset name; null for an unknown name. Letter
-// case does not matter.
+// FindCharacterSetByName returns the row of a locale's codeset name; null for an unknown name.
+// Letter case does not matter.
 const CharacterSet* FindCharacterSetByName(const char* name);
 
 // CharacterSetIndex returns the index of a row, less than kCharacterSetCount.

@@ -17,8 +17,8 @@ struct SingleByteTable {
   INT Encode(WCHAR character) const;
 };
 
-// TableOf returns the table of a kSingleByte set, built at its first use; null if the C library lacks
-// the set.
+// TableOf returns the table of a kSingleByte set, built at its first use; null if the C library
+// lacks the set.
 const SingleByteTable* TableOf(const CharacterSet& set);
 
 }  // namespace mirolta::runtime

@@ -7,8 +7,8 @@ namespace mirolta::runtime {
 
 constexpr uint32_t kNoCodePoint = 0xFFFFFFFFu;
 
-// DecodeUtf8 reads one code point and returns the number of bytes it has. For an ill-formed sequence
-// *point is kNoCodePoint, and the result is the length of its maximal subpart, at least 1.
+// DecodeUtf8 reads one code point and returns the number of bytes it has. For an ill-formed
+// sequence *point is kNoCodePoint, and the result is the length of its maximal subpart, at least 1.
 // Shapes: bytes[size], size > 0.
 // Source: RFC 3629, section 4; Unicode 3.9, "U+FFFD Substitution of Maximal Subparts".
 size_t DecodeUtf8(const char* bytes, size_t size, uint32_t* point);

@@ -58,8 +58,8 @@ LONG PlaceOf(HKEY handle, Place* place) {
   return open == nullptr ? ERROR_INVALID_HANDLE : ERROR_SUCCESS;
 }
 
-// The registry while it is used by way of a handle, and the handle's key. A root that the file lacks is
-// created, in memory only.
+// The registry while it is used by way of a handle, and the handle's key. A root that the file
+// lacks is created, in memory only.
 struct KeyUse {
   KeyUse(RegistryAccess registry_access, HKEY handle, REGSAM access) : registry(registry_access) {
     error = Find(handle, access);

@@ -9,9 +9,9 @@
 //   "bytes"=hex:01,02,03
 //   "other"=hex(2):25,00
 //
-// A backslash at the end of a line of bytes continues it on the next line. Characters beyond ASCII are
-// UTF-8, also inside hex(1), hex(2) and hex(7), which hold texts. Lines beginning with a semicolon are
-// kept in place; lines that delete keys or values are refused.
+// A backslash at the end of a line of bytes continues it on the next line. Characters beyond ASCII
+// are UTF-8, also inside hex(1), hex(2) and hex(7), which hold texts. Lines beginning with a
+// semicolon are kept in place; lines that delete keys or values are refused.
 #pragma once
 
 #include "registry/registry_tree.h"

@@ -123,8 +123,8 @@ class FileStream final : public StreamBase {
  private:
   ~FileStream() { close(file_); }
 
-  // Calls part(done, size) until `count` bytes are transferred. `at_end` is the status when no byte is,
-  // `fault` that of an error without a status of its own.
+  // Calls part(done, size) until `count` bytes are transferred. `at_end` is the status when no byte
+  // is, `fault` that of an error without a status of its own.
   template <typename Part>
   static HRESULT Transfer(const void* bytes, ULONG count, ULONG* transferred, HRESULT at_end,
                           HRESULT fault, Part part) {

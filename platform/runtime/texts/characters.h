@@ -25,7 +25,8 @@ constexpr int HexDigitValue(WCHAR c) {
   return c >= u'a' && c <= u'f' ? c - u'a' + 10 : -1;
 }
 
-// IsSpaceCharacter says whether the platform skips the character as white space in numbers and dates.
+// IsSpaceCharacter says whether the platform skips the character as white space in numbers and
+// dates.
 // Source: Unicode, property White_Space.
 bool IsSpaceCharacter(WCHAR c);
 

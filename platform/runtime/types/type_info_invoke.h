@@ -5,8 +5,8 @@
 
 namespace mirolta::runtime {
 
-// InvokeMember finds the member by id and kind, converts the arguments to the declared types, fills in
-// defaults, calls the member and returns its result.
+// InvokeMember finds the member by id and kind, converts the arguments to the declared types, fills
+// in defaults, calls the member and returns its result.
 // Errors: E_INVALIDARG for null pointers; DISP_E_MEMBERNOTFOUND; DISP_E_BADPARAMCOUNT,
 //         DISP_E_PARAMNOTFOUND, DISP_E_PARAMNOTOPTIONAL and VariantChangeType's for arguments, with
 //         *bad_argument set where one is to blame; DISP_E_EXCEPTION for a member that fails, with

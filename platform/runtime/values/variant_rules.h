@@ -28,8 +28,8 @@ HRESULT CopyValueText(BSTR from, BSTR* to);
 // ValueAddress returns the address of the value in *value, of a plain type other than DECIMAL.
 void* ValueAddress(VARIANT* value);
 
-// ReplaceValue clears *to and moves *made there. It is called last, since *to may be what *made was made
-// from.
+// ReplaceValue clears *to and moves *made there. It is called last, since *to may be what *made was
+// made from.
 // Errors: VariantClear's; *made is then cleared instead.
 HRESULT ReplaceValue(VARIANT* to, VARIANT* made);
 
