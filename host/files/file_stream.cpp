@@ -21,7 +21,7 @@ std::string& LastFailedName() {
 class FileStream final : public CountedObject<FileStream, IStream> {
  public:
   // Takes ownership of *system after the last step that can throw.
-  FileStream(Reference<IStream>* system, const std::string& name,
+  FileStream(OwnedReference<IStream>* system, const std::string& name,
              const std::shared_ptr<OutputFile>& output)
       : name_(name), output_(output) {
     system_.Attach(system->Detach());
@@ -117,7 +117,7 @@ class FileStream final : public CountedObject<FileStream, IStream> {
     return Recorded(status);
   }
 
-  Reference<IStream> system_;
+  OwnedReference<IStream> system_;
   const std::string name_;
   const std::shared_ptr<OutputFile> output_;
 };
@@ -132,7 +132,7 @@ struct OpenedFile {
     if (output != nullptr) output->Discard();
   }
 
-  Reference<IStream> stream;
+  OwnedReference<IStream> stream;
   std::shared_ptr<OutputFile> output;
 };
 
@@ -159,7 +159,7 @@ HRESULT Open(const Units& path, const std::string& name, const FileMode& mode, b
 }  // namespace
 
 HRESULT OpenFileStream(const std::string& name, const FileMode& mode, bool is_private,
-                       Reference<IStream>* stream) {
+                       OwnedReference<IStream>* stream) {
   const Units path = UnitsFromEngine(name);
   if (path.empty() || path.find(OLECHAR{0}) != Units::npos) return STG_E_FILENOTFOUND;
   OpenedFile file;

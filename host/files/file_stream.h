@@ -22,7 +22,7 @@ struct FileMode {
 // Errors: STG_E_FILENOTFOUND for an empty name and for one with a zero, STG_E_FILEALREADYEXISTS if
 //         the file must be new and exists, the system's status; std::bad_alloc.
 [[nodiscard]] HRESULT OpenFileStream(const std::string& name, const FileMode& mode, bool is_private,
-                                     Reference<IStream>* stream);
+                                     OwnedReference<IStream>* stream);
 
 // OutputOf returns the output file of a stream, null for other streams and for a file written in
 // place. It is valid while the stream lives.

@@ -71,7 +71,7 @@ int SyncFolder(const std::string& folder) {
 }  // namespace
 
 HRESULT OutputFile::Open(const Target& target, const std::string& name,
-                         const OutputOptions& options, Reference<IStream>* stream,
+                         const OutputOptions& options, OwnedReference<IStream>* stream,
                          std::shared_ptr<OutputFile>* output) {
   if (target.kind == TargetKind::kRegular) {
     // A file that the process may not write must not be replaced either.

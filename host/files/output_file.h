@@ -8,7 +8,6 @@
 #include "files/target_path.h"
 #include "files/temporary_file.h"
 #include "platform.h"
-#include "values/scoped_values.h"
 
 namespace mirolta::host {
 
@@ -25,7 +24,7 @@ class OutputFile {
   // Errors: the system's status; STG_E_ACCESSDENIED if the process may not write an existing
   //         target.
   [[nodiscard]] static HRESULT Open(const Target& target, const std::string& name,
-                                    const OutputOptions& options, Reference<IStream>* stream,
+                                    const OutputOptions& options, OwnedReference<IStream>* stream,
                                     std::shared_ptr<OutputFile>* output);
 
   // Finish syncs the file to the disk and renames it to the target, with the target's permissions

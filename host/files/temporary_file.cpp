@@ -78,7 +78,8 @@ void TemporaryFile::Delist() {
   }
 }
 
-HRESULT TemporaryFile::Create(const std::string& folder, DWORD mode, Reference<IStream>* stream) {
+HRESULT TemporaryFile::Create(const std::string& folder, DWORD mode,
+                              OwnedReference<IStream>* stream) {
   static unsigned last_number = 0;
   CatchSignals();
   const SignalsBlocked blocked;

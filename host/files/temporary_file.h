@@ -6,7 +6,6 @@
 #include <string>
 
 #include "platform.h"
-#include "values/scoped_values.h"
 
 namespace mirolta::host {
 
@@ -20,7 +19,8 @@ class TemporaryFile {
   // Create creates an empty file with a new name and mode 0600, and opens it. Call once.
   // Shapes: `folder` ends with a slash or is ""; `mode` is STGM_WRITE or STGM_READWRITE.
   // Errors: the system's status.
-  [[nodiscard]] HRESULT Create(const std::string& folder, DWORD mode, Reference<IStream>* stream);
+  [[nodiscard]] HRESULT Create(const std::string& folder, DWORD mode,
+                               OwnedReference<IStream>* stream);
 
   // MoveTo renames the file to `target` and replaces that.
   // Errors: errno of the failure, EEXIST if `must_be_new` is set and the target exists; 0 if there

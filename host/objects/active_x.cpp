@@ -6,13 +6,13 @@
 #include "engine/protected_call.h"
 #include "engine/status_text.h"
 #include "objects/dispatch_object.h"
-#include "values/scoped_values.h"
+#include "platform.h"
 
 namespace mirolta::host {
 namespace {
 
 // Creates an object of the class with this ProgID or, in braces, this CLSID.
-HRESULT CreateRegistered(const OLECHAR* name, Reference<IDispatch>* object) {
+HRESULT CreateRegistered(const OLECHAR* name, OwnedReference<IDispatch>* object) {
   CLSID id;
   const HRESULT status = CLSIDFromProgID(name, &id);
   if (FAILED(status)) return status;
@@ -23,7 +23,7 @@ HRESULT CreateRegistered(const OLECHAR* name, Reference<IDispatch>* object) {
 }
 
 // The same; registers the module beside the host if the class is unknown.
-HRESULT Create(const OLECHAR* name, Reference<IDispatch>* object) {
+HRESULT Create(const OLECHAR* name, OwnedReference<IDispatch>* object) {
   const HRESULT status = CreateRegistered(name, object);
   if (SUCCEEDED(status) || !RegisterOwnModule()) return status;
   return CreateRegistered(name, object);
@@ -31,7 +31,7 @@ HRESULT Create(const OLECHAR* name, Reference<IDispatch>* object) {
 
 struct CreateFunction {
   Units name;
-  Reference<IDispatch> object;
+  OwnedReference<IDispatch> object;
   duk_ret_t Run(duk_context* engine) {
     const std::string_view text = TextArgument(engine, 0);
     name = UnitsFromEngine(text);

@@ -5,7 +5,7 @@
 
 #include "engine/engine_api.h"
 #include "objects/object_table.h"
-#include "values/scoped_values.h"
+#include "values/scoped_variant.h"
 #include "values/text_encoding.h"
 
 namespace mirolta::host {
@@ -48,7 +48,7 @@ class MemberCall {
   void ClearException();
 
   SlotNumber number_ = kNoSlot;
-  Reference<IDispatch> object_;
+  OwnedReference<IDispatch> object_;
   std::vector<VARIANT> arguments_;  // last first, as DISPPARAMS has them
   ScopedVariant result_;
   EXCEPINFO exception_{};

@@ -6,7 +6,7 @@
 #include "engine/host_errors.h"
 #include "engine/script_context.h"
 #include "objects/counted_object.h"
-#include "values/scoped_values.h"
+#include "platform.h"
 #include "values/value_marshal.h"
 
 namespace mirolta::host {
@@ -206,7 +206,7 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
     if (link_->calls_running >= kMostCalls) return kOutOfStack;
     if (result != nullptr) VariantInit(result);
     // The script may release the last other reference during the call.
-    Reference<IDispatch> self;
+    OwnedReference<IDispatch> self;
     self.Assign(this);
     duk_context* engine = link_->engine;
     ++link_->calls_running;

@@ -12,7 +12,7 @@
 #include "files/file_stream.h"
 #include "files/target_path.h"
 #include "objects/object_handle.h"
-#include "values/scoped_values.h"
+#include "values/scoped_variant.h"
 #include "values/value_marshal.h"
 
 namespace mirolta::host {
@@ -59,7 +59,7 @@ void PushCount(duk_context* engine, uint64_t count) {
 
 // The base of the native members of stream objects.
 struct StreamFunction {
-  Reference<IStream> stream;
+  OwnedReference<IStream> stream;
 
   void Open(duk_context* engine) {
     duk_push_this(engine);
@@ -156,7 +156,7 @@ struct SeekFunction : StreamFunction {
 };
 
 struct CopyFunction : StreamFunction {
-  Reference<IStream> to;
+  OwnedReference<IStream> to;
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     ThrowIfClosed(engine, 0);
@@ -223,7 +223,7 @@ struct TextFunction : StreamFunction {
 
 // Closes the stream object `this`. Does nothing if it is closed.
 struct EndFunction {
-  Reference<IStream> stream;
+  OwnedReference<IStream> stream;
 
   OutputFile* TakeOutput(duk_context* engine) {
     duk_push_this(engine);
@@ -267,7 +267,7 @@ constexpr duk_function_list_entry kMethods[] = {
 // WScript.OpenFile(path, mode, isPrivate)
 struct OpenFileFunction {
   std::string name;
-  Reference<IStream> stream;  // until the script owns it
+  OwnedReference<IStream> stream;  // until the script owns it
 
   ~OpenFileFunction() {
     OutputFile* output = stream ? OutputOf(stream.Get()) : nullptr;
@@ -304,7 +304,7 @@ struct OpenFileFunction {
 
 // WScript.MemoryStream(bytes): copies the bytes; the position is 0.
 struct MemoryStreamFunction {
-  Reference<IStream> stream;
+  OwnedReference<IStream> stream;
   duk_ret_t Run(duk_context* engine) {
     const uint8_t* bytes = nullptr;
     size_t size = 0;
@@ -329,7 +329,7 @@ struct MemoryStreamFunction {
 // WScript.StreamOf(object)
 struct StreamOfFunction {
   ScopedVariant value;
-  Reference<IStream> stream;
+  OwnedReference<IStream> stream;
   duk_ret_t Run(duk_context* engine) {
     const HRESULT taken = VariantFromScript(engine, 0, &value);
     if (FAILED(taken)) ThrowStatus(engine, taken);

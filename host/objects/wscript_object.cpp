@@ -15,7 +15,7 @@
 #include "files/output_file.h"
 #include "objects/active_x.h"
 #include "objects/stream_object.h"
-#include "values/scoped_values.h"
+#include "values/scoped_variant.h"
 #include "values/value_marshal.h"
 
 namespace mirolta::host {

@@ -7,7 +7,7 @@
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
-#include "values/scoped_values.h"
+#include "values/scoped_variant.h"
 #include "values/value_marshal.h"
 
 namespace mirolta::host {

@@ -8,8 +8,8 @@
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
 #include "objects/stream_object.h"
+#include "platform.h"
 #include "values/array_value.h"
-#include "values/scoped_values.h"
 #include "values/script_dates.h"
 
 namespace mirolta::host {

@@ -7,7 +7,7 @@
 #include "engine/host_errors.h"
 #include "host_fixture.h"
 #include "objects/object_handle.h"
-#include "values/scoped_values.h"
+#include "values/scoped_variant.h"
 
 namespace mirolta::host {
 namespace {

@@ -10,7 +10,7 @@
 #include "host_fixture.h"
 #include "objects/dispatch_object.h"
 #include "objects/script_object.h"
-#include "values/scoped_values.h"
+#include "values/scoped_variant.h"
 #include "values/script_dates.h"
 
 namespace mirolta::host {
