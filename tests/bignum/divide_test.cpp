@@ -3,27 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include "big_testing.h"
+#include "limb_testing.h"
 #include "multiply.h"
 
 namespace mirolta {
 namespace {
 
-using Limbs = std::vector<Limb>;
 constexpr Limb kGuard = static_cast<Limb>(0xABCDEF0123456789u);
-
-Limbs RandomLimbs(size_t n) {
-  const std::vector<uint32_t> words = RandomWords(static_cast<uint32_t>(n * kLimbBits));
-  Limbs limbs(n);
-  for (size_t i = 0; i < words.size(); ++i) {
-    limbs[i / kLimbWords] |= static_cast<Limb>(words[i]) << (32 * (i % kLimbWords));
-  }
-  return limbs;
-}
-
-void Import(Mpz& z, const Limbs& x) {
-  mpz_import(z, x.size(), -1, sizeof(Limb), 0, 0, x.data());
-}
 
 Limbs Export(const Mpz& z, size_t n) {
   Limbs limbs(n + 1);

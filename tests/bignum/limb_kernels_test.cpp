@@ -5,26 +5,11 @@
 
 #include <string>
 
-#include "big_testing.h"
 #include "kernel_rows.h"
+#include "limb_testing.h"
 
 namespace mirolta {
 namespace {
-
-using Limbs = std::vector<Limb>;
-
-Limbs RandomLimbs(size_t n) {
-  const std::vector<uint32_t> words = RandomWords(static_cast<uint32_t>(n * kLimbBits));
-  Limbs limbs(n);
-  for (size_t i = 0; i < words.size(); ++i) {
-    limbs[i / kLimbWords] |= static_cast<Limb>(words[i]) << (32 * (i % kLimbWords));
-  }
-  return limbs;
-}
-
-void Import(Mpz& z, const Limbs& x) {
-  mpz_import(z, x.size(), -1, sizeof(Limb), 0, 0, x.data());
-}
 
 // z modulo B^n, as limbs.
 Limbs Export(const Mpz& z, size_t n) {
