@@ -6,6 +6,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <string_view>
 
 #include "engine/arguments.h"
@@ -77,8 +78,8 @@ duk_ret_t Quit(duk_context* engine) {
 }
 
 duk_ret_t Sleep(duk_context* engine) {
-  constexpr double kMostMilliseconds = 0x1.fffffffffffffp30;  // the last number below 2^31
-  const double milliseconds = NumberWithin(engine, 0, 0, kMostMilliseconds, kInvalidCall);
+  const double most = std::nextafter(2147483648.0, 0.0);
+  const double milliseconds = NumberWithin(engine, 0, 0, most, kInvalidCall);
   FlushOutput();
   const auto whole = static_cast<int64_t>(milliseconds);
   timespec left = {};
@@ -93,11 +94,10 @@ duk_ret_t Sleep(duk_context* engine) {
 struct ArgumentFunction {
   Units text;
   duk_ret_t Run(duk_context* engine) {
-    const double index = duk_to_number(engine, 0);
     const auto& arguments = ContextOf(engine).arguments;
-    // The index is truncated: with three arguments 2.5 names the last. The comparison rejects NaN.
-    const bool is_index = index >= 0 && index < static_cast<double>(arguments.size());
-    if (!is_index) ThrowStatus(engine, kSubscriptOutOfRange);
+    // The index is truncated: with three arguments 2.5 names the last.
+    const double most = std::nextafter(static_cast<double>(arguments.size()), -1.0);
+    const double index = NumberWithin(engine, 0, 0, most, kSubscriptOutOfRange);
     text = UnitsFromSystem(arguments[static_cast<size_t>(index)]);
     PushUnits(engine, text);
     return 1;
