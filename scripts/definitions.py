@@ -42,6 +42,9 @@ def read_index(folder):
     paths = sorted(path.relative_to(folder).as_posix() for pattern in ("*.h", "*.cpp", "*.inc")
                    for path in folder.rglob(pattern))
     paths = [path for path in paths if not path.startswith((".", "build/"))]
+    version = subprocess.run(["ctags", "--version"], capture_output=True, text=True)
+    if "Universal Ctags" not in version.stdout:
+        sys.exit("definitions.py needs Universal Ctags (package universal-ctags); ctags is another program")
     run = subprocess.run(
         ["ctags", "--options=NONE", "--language-force=C++", "--kinds-C++=+pxz", "--fields=+neKSst",
          "--fields-C++={properties}{specialization}", "--output-format=json", "-L", "-", "-f", "-"],
