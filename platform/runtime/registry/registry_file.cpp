@@ -75,18 +75,18 @@ struct FilePlace {
   const char* name;
 };
 
-// Creates a file and writes `text` to it. A file left by a killed writer is removed first; links
-// are not followed.
-LONG WriteNew(const FilePlace& place, const char* fresh, const RuntimeArray<char>& text,
-              OpenedFile* file) {
+// Creates a file for writing; -1 with errno on failure. A file left by a killed writer is removed
+// first; links are not followed.
+int CreateNew(const FilePlace& place, const char* fresh) {
   const int folder = place.folder.number;
   unlinkat(folder, fresh, 0);
-  file->number =
-      openat(folder, fresh, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kFileMode);
-  if (file->number < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
-  const LONG error = WriteAll(file->number, text.Data(), text.Size());
+  return openat(folder, fresh, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kFileMode);
+}
+
+LONG WriteToDisk(int file, const RuntimeArray<char>& text) {
+  const LONG error = WriteAll(file, text.Data(), text.Size());
   if (error != ERROR_SUCCESS) return error;
-  return fsync(file->number) == 0 ? ERROR_SUCCESS : ErrorOfErrno(errno, ERROR_CANTWRITE);
+  return fsync(file) == 0 ? ERROR_SUCCESS : ErrorOfErrno(errno, ERROR_CANTWRITE);
 }
 
 }  // namespace
@@ -156,8 +156,9 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
     return ERROR_OUTOFMEMORY;
   struct stat old = {};
   const bool replaces = fstatat(folder, place.name, &old, AT_SYMLINK_NOFOLLOW) == 0;
-  OpenedFile opened(-1);
-  error = WriteNew(place, fresh.Data(), text, &opened);
+  const OpenedFile opened(CreateNew(place, fresh.Data()));
+  if (opened.number < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
+  error = WriteToDisk(opened.number, text);
   if (error == ERROR_SUCCESS && replaces && fchmod(opened.number, old.st_mode & 0777) != 0) {
     error = ErrorOfErrno(errno, ERROR_CANTWRITE);
   }
@@ -165,7 +166,7 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
     error = ErrorOfErrno(errno, ERROR_CANTWRITE);
   }
   if (error != ERROR_SUCCESS) {
-    if (opened.number >= 0) unlinkat(folder, fresh.Data(), 0);
+    unlinkat(folder, fresh.Data(), 0);
     return error;
   }
   // After renaming, which may change ctime. An unknown state makes the next use read the file
