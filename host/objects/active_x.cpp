@@ -33,14 +33,14 @@ struct CreateFunction {
   Units name;
   OwnedReference<IDispatch> object;
   duk_ret_t Run(duk_context* engine) {
-    const std::string_view text = TextArgument(engine, 0);
-    name = UnitsFromEngine(text);
+    name = UnitsFromEngine(TextArgument(engine, 0));
     const HRESULT status = Create(name.c_str(), &object);
     if (FAILED(status)) {
       const char* reason = StandardText(status, nullptr);
       ThrowText(engine, kCannotCreateObject, "%s: \"%s\" (0x%08X%s%s)",
-                StandardText(kCannotCreateObject, ""), text.data(), static_cast<unsigned>(status),
-                reason != nullptr ? ", " : "", reason != nullptr ? reason : "");
+                StandardText(kCannotCreateObject, ""), duk_get_string(engine, 0),
+                static_cast<unsigned>(status), reason != nullptr ? ", " : "",
+                reason != nullptr ? reason : "");
     }
     PushDispatch(engine, object.Detach());
     return 1;

@@ -1,6 +1,8 @@
 // IUnknown for the host's own automation objects.
 #pragma once
 
+#include <atomic>
+
 #include "platform.h"
 
 namespace mirolta::host {
@@ -11,9 +13,6 @@ namespace mirolta::host {
 template <typename Derived, typename Interface>
 class CountedObject : public Interface {
  public:
-  CountedObject(const CountedObject&) = delete;
-  CountedObject& operator=(const CountedObject&) = delete;
-
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) final {
     if (out == nullptr) return E_POINTER;
     const bool known = iid == IID_IUnknown || Derived::Implements(iid);
@@ -22,21 +21,19 @@ class CountedObject : public Interface {
     AddRef();
     return S_OK;
   }
-  ULONG STDMETHODCALLTYPE AddRef() final {
-    return static_cast<ULONG>(InterlockedIncrement(&references_));
-  }
+  ULONG STDMETHODCALLTYPE AddRef() final { return ++references_; }
   ULONG STDMETHODCALLTYPE Release() final {
-    const LONG left = InterlockedDecrement(&references_);
+    const ULONG left = --references_;
     if (left == 0) delete static_cast<Derived*>(this);
-    return static_cast<ULONG>(left);
+    return left;
   }
 
- protected:
+ private:
+  friend Derived;
   CountedObject() = default;
   ~CountedObject() = default;
 
- private:
-  LONG volatile references_ = 1;
+  std::atomic<ULONG> references_{1};
 };
 
 }  // namespace mirolta::host

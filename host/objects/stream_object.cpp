@@ -282,7 +282,7 @@ struct OpenFileFunction {
     if (FAILED(status)) {
       // An empty name, or one that a zero cuts short in the message, is quoted.
       const bool is_plain = !text.empty() && text.find('\0') == std::string_view::npos;
-      ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", text.data(),
+      ThrowText(engine, status, is_plain ? "%s: %s" : "\"%s\": %s", name.c_str(),
                 StandardText(status, "The file cannot be opened"));
     }
     stream->AddRef();
