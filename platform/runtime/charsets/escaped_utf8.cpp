@@ -20,7 +20,8 @@ bool AppendWideFromUtf8(const char* bytes, size_t size, WideText* text) {
       point = kEscapedByte | static_cast<BYTE>(bytes[at]);
     }
     WCHAR units[2];
-    if (!text->Append(units, EncodeUtf16(point, units))) return false;
+    const size_t count = EncodeUtf16(point, units);
+    if (!text->Append(units, count)) return false;
     at += taken;
   }
   return true;
