@@ -170,11 +170,13 @@ scripts() {
   done
 }
 
-# A client that calls the interfaces slot by slot.
+# Clients: of the interfaces, slot by slot, and of the module's compiler runtime routines.
 client() {
-  run_wine "$windows/tests/early_bound_client.exe" >"$work/output"
-  cat "$work/output"
-  grep -q '^[1-9][0-9]* checks, 0 failed$' "$work/output" || fail "the client failed"
+  for client in early_bound_client language_support_client; do
+    run_wine "$windows/tests/$client.exe" >"$work/$client"
+    cat "$work/$client"
+    grep -q '^[1-9][0-9]* checks, 0 failed$' "$work/$client" || fail "$client failed"
+  done
 }
 
 # The type library in the module's resources, as the system reads it, and the native tables.

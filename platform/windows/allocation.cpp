@@ -23,9 +23,3 @@ void operator delete(void* memory, size_t) noexcept {
 void operator delete[](void* memory, size_t) noexcept {
   HeapFree(GetProcessHeap(), 0, memory);
 }
-void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  HeapFree(GetProcessHeap(), 0, memory);
-}
-void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-  HeapFree(GetProcessHeap(), 0, memory);
-}
