@@ -54,6 +54,8 @@ TEST(ErrorInfo, HoldsWhatItIsGiven) {
   EXPECT_EQ(info->GetDescription(&text), S_OK);
   EXPECT_EQ(text, nullptr);  // never set
   EXPECT_EQ(info->GetSource(nullptr), E_INVALIDARG);
+  EXPECT_EQ(info->GetHelpContext(nullptr), E_INVALIDARG);
+  EXPECT_EQ(info->GetGUID(nullptr), E_INVALIDARG);
 
   EXPECT_EQ(made->SetSource(nullptr), S_OK);
   EXPECT_EQ(info->GetSource(&text), S_OK);

@@ -150,14 +150,13 @@ bool EncodeMultiByte(const CharacterSet& set, const WCHAR* text, size_t length, 
 
 bool DecodeMultiByte(const CharacterSet& set, const char* bytes, size_t size, bool strict,
                      Output<WCHAR>* out) {
-  IconvConverter converter(kUtf16Name, set.name);
+  const IconvConverter converter(kUtf16Name, set.name);
   if (!converter.IsValid()) return false;
   char* in = const_cast<char*>(bytes);  // iconv does not write to it
   size_t left = size;
   while (!Convert(converter, &in, &left, out)) {
     if (strict) return false;
     out->Put(set.undecodable);
-    converter.Reset();
     ++in;
     --left;
   }

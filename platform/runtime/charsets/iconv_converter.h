@@ -15,7 +15,6 @@ class IconvConverter {
   ~IconvConverter();
   bool IsValid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
   iconv_t Handle() const { return handle_; }
-  void Reset() { iconv(handle_, nullptr, nullptr, nullptr, nullptr); }
 
  private:
   const iconv_t handle_;

@@ -39,7 +39,7 @@ WCHAR DecodeOpenByte(UINT number, unsigned byte) {
 // Decodes byte by byte: in a sequence the C library would compose some letters with their marks,
 // which the platform does not.
 bool FillTable(const CharacterSet& set, SingleByteTable* table) {
-  IconvConverter converter("UTF-16LE", set.name);
+  const IconvConverter converter("UTF-16LE", set.name);
   if (!converter.IsValid()) return false;
   for (unsigned byte = 0; byte < 256; ++byte) {
     char in[1] = {static_cast<char>(byte)};
@@ -48,7 +48,6 @@ bool FillTable(const CharacterSet& set, SingleByteTable* table) {
     char* to = out;
     size_t left = 1;
     size_t room = sizeof(out);
-    converter.Reset();
     const size_t failed = iconv(converter.Handle(), &from, &left, &to, &room);
     if (failed != static_cast<size_t>(-1)) iconv(converter.Handle(), nullptr, nullptr, &to, &room);
     const bool one = failed != static_cast<size_t>(-1) && to - out == 2;
