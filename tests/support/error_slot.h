@@ -5,18 +5,13 @@
 
 #include <string>
 
+#include "module_statuses.h"
 #include "owned_value.h"
 #include "platform.h"
 
 namespace mirolta::test {
 
 using Text = std::basic_string<OLECHAR>;
-
-// The statuses of the module's own.
-inline constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80042777);
-inline constexpr HRESULT kNotInitialized = static_cast<HRESULT>(0x80042778);
-inline constexpr HRESULT kKeyNotSet = static_cast<HRESULT>(0x80042779);
-inline constexpr HRESULT kTooMuchData = static_cast<HRESULT>(0x8004277A);
 
 // What the thread's error slot held, which it no longer does.
 struct TakenError {
