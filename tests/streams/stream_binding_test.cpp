@@ -3,13 +3,13 @@
 
 #include "stream_sides.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
 template <typename Dual>
 class StreamBindingTest : public FilterTest<Dual> {
  protected:
-  StreamBindingTest() { this->target.content = Pattern(100); }
+  StreamBindingTest() { this->target.content = PatternBytes(100); }
 
   HRESULT Get(IUnknown** out) { return this->filter->get_Stream(out); }
   // Moves by 0 from the current position: what a filter always answers.
@@ -372,7 +372,7 @@ TYPED_TEST(StreamBindingTest, ATargetThatRebindsTheFilterLivesUntilItsCallEnds) 
     references_inside = this->target.references;
   };
   this->Bind();
-  EXPECT_EQ(ReadOnce(this->Stream(), 7), Slice(this->target.content, 0, 7));
+  EXPECT_EQ(ReadOnce(this->Stream(), 7), Head(this->target.content, 7));
   EXPECT_EQ(references_inside, 2);
   EXPECT_EQ(this->target.references, 1);
   this->Bind();
@@ -391,11 +391,11 @@ TEST(StreamCountsTest, ADigestTrustsNoCountOfWrittenBytesAboveTheRequest) {
   ScriptedStream target;
   target.excess_report = 1000;
   const DigestFilter filter(&target);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Text(OLESTR("MD5")).Get()), S_OK);
-  EXPECT_EQ(Write(filter.Stream(), FromText("abc")), (Moved{S_OK, 3}));
+  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
+  EXPECT_EQ(Write(filter.Stream(), BytesOf("abc")), (Moved{S_OK, 3}));
   OwnedBstr value;
   EXPECT_EQ(filter->get_WriteValue(value.Put()), S_OK);
-  EXPECT_EQ(Narrow(value.Get()), PeerDigest("MD5", FromText("abc")));
+  EXPECT_EQ(TextOf(value.Get()), PeerText(OLESTR("MD5"), BytesOf("abc")));
 }
 
 TYPED_TEST(StreamBindingTest, AllInterfacesAreOneObjectWithoutSourceOfStreams) {
@@ -451,7 +451,7 @@ TYPED_TEST(StreamBindingTest, AnAggregatedFilterCountsOnItsOuterObject) {
   OwnedReference<TypeParam> dual;
   EXPECT_EQ(dual.Query(stream.Get(), FilterTraits<TypeParam>::kIid), S_OK);
   EXPECT_EQ(dual->putref_Stream(&this->target), S_OK);
-  EXPECT_EQ(ReadOnce(stream.Get(), 5), Slice(this->target.content, 0, 5));
+  EXPECT_EQ(ReadOnce(stream.Get(), 5), Head(this->target.content, 5));
   stream.Reset();
   unknown.Reset();
   dual.Reset();
@@ -489,4 +489,4 @@ TEST(GetStreamFromObjectTest, GivesTheStreamOfAStreamOrSourceWithItsStatus) {
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

@@ -6,10 +6,10 @@
 
 #include "stream_test_kit.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
-const Bytes kKey = Pattern(32, 5);
+const Bytes kKey = PatternBytes(32, 5);
 constexpr size_t kLargest = 5000;
 
 OwnedReference<IStream> MemoryStream(const Bytes& bytes = {}) {
@@ -51,13 +51,13 @@ Bytes ReadToEnd(IStream* stream, std::minstd_rand& random, ULONG largest) {
         stream->Read(piece.data(), 1 + static_cast<ULONG>(random()) % largest, &got);
     EXPECT_TRUE(SUCCEEDED(status));
     if (FAILED(status) || got == 0) return all;
-    all.insert(all.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(got));
+    all = all + Head(piece, got);
   }
 }
 void WriteInPieces(IStream* stream, const Bytes& bytes, std::minstd_rand& random) {
   for (size_t at = 0; at < bytes.size();) {
     const size_t length = 1 + random() % 700;
-    const Bytes piece = Slice(bytes, at, length);
+    const Bytes piece = Part(bytes, at, std::min(length, bytes.size() - at));
     ULONG written = 0;
     ASSERT_EQ(WriteAll(stream, piece, &written), S_OK);
     ASSERT_EQ(written, piece.size());
@@ -67,40 +67,38 @@ void WriteInPieces(IStream* stream, const Bytes& bytes, std::minstd_rand& random
 
 DigestFilter Digesting(IUnknown* target) {
   DigestFilter filter(target);
-  EXPECT_EQ(filter->put_ReadAlgorithm(Text(OLESTR("MD5")).Get()), S_OK);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Text(OLESTR("MD5")).Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
+  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
   return filter;
 }
 CryptFilter Enciphering(IUnknown* target) {
   CryptFilter filter(target);
-  EXPECT_EQ(filter->put_ReadAlgorithm(Text(OLESTR("AES")).Get()), S_OK);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Text(OLESTR("AES")).Get()), S_OK);
-  OwnedVariant key;
-  *key.Put() = ByteArray(kKey);
-  EXPECT_EQ(filter->put_ReadKey(key.Value()), S_OK);
-  EXPECT_EQ(filter->put_WriteKey(key.Value()), S_OK);
+  EXPECT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
+  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadKey(BytesValue(kKey)), S_OK);
+  EXPECT_EQ(filter->put_WriteKey(BytesValue(kKey)), S_OK);
   return filter;
 }
-std::string ReadValue(const DigestFilter& filter) {
+Text ReadValue(const DigestFilter& filter) {
   OwnedBstr text;
   EXPECT_EQ(filter->get_ReadValue(text.Put()), S_OK);
-  return Narrow(text.Get());
+  return TextOf(text.Get());
 }
-std::string WriteValue(const DigestFilter& filter) {
+Text WriteValue(const DigestFilter& filter) {
   OwnedBstr text;
   EXPECT_EQ(filter->get_WriteValue(text.Put()), S_OK);
-  return Narrow(text.Get());
+  return TextOf(text.Get());
 }
 
 TEST(StreamChainTest, DigestsOfEverySizeAreThoseOfTheWholeBuffer) {
   std::minstd_rand random(1);
-  const Bytes all = Pattern(kLargest);
+  const Bytes all = PatternBytes(kLargest);
   ScriptedStream target;
   ScriptedStream sink;
   const DigestFilter filter = Digesting(&target);
   for (size_t size = 0; size <= kLargest; ++size) {
-    const Bytes bytes = Slice(all, 0, size);
-    const std::string digest = PeerDigest("MD5", bytes);
+    const Bytes bytes = Head(all, size);
+    const Text digest = PeerText(OLESTR("MD5"), bytes);
     target.content = bytes;
     target.position = 0;
     target.largest_read = size % 3 == 0 ? 100 : SIZE_MAX;
@@ -125,12 +123,12 @@ TEST(StreamChainTest, DigestsOfEverySizeAreThoseOfTheWholeBuffer) {
 
 TEST(StreamChainTest, CiphertextsOfEverySizeAreThoseOfTheWholeBuffer) {
   std::minstd_rand random(2);
-  const Bytes all = Pattern(kLargest);
+  const Bytes all = PatternBytes(kLargest);
   ScriptedStream target;
   ScriptedStream sink;
   const CryptFilter filter = Enciphering(&target);
   for (size_t size = 0; size <= kLargest; ++size) {
-    const Bytes bytes = Slice(all, 0, size);
+    const Bytes bytes = Head(all, size);
     const Bytes cipher = PeerAes(kKey, bytes, true);
     target.content.clear();
     WriteInPieces(filter.Stream(), bytes, random);
@@ -148,13 +146,10 @@ TEST(StreamChainTest, CiphertextsOfEverySizeAreThoseOfTheWholeBuffer) {
     target.position = 0;
     Bytes plain;
     while (target.position < target.content.size()) {
-      const Bytes piece = ReadOnce(filter.Stream(), 1 + static_cast<ULONG>(random()) % 900);
-      plain.insert(plain.end(), piece.begin(), piece.end());
+      plain = plain + ReadOnce(filter.Stream(), 1 + static_cast<ULONG>(random()) % 900);
     }
     ASSERT_EQ(filter->ReadFinalize(), S_OK);
-    const Bytes rest = ReadToEnd(filter.Stream(), random, 500);
-    plain.insert(plain.end(), rest.begin(), rest.end());
-    ASSERT_EQ(plain, padded) << size;
+    ASSERT_EQ(plain + ReadToEnd(filter.Stream(), random, 500), padded) << size;
   }
 }
 
@@ -162,14 +157,14 @@ TEST(StreamChainTest, WritesPassACipherThenADigestThenAFile) {
   std::minstd_rand random(3);
   for (const size_t size : {0u, 1u, 15u, 16u, 17u, 1023u, 1024u, 1025u, (1u << 20) + 3u}) {
     const TemporaryFile file;
-    const Bytes bytes = Pattern(size);
+    const Bytes bytes = PatternBytes(size);
     const Bytes cipher = PeerAes(kKey, bytes, true);
     {
       const DigestFilter digest = Digesting(file.Open(STGM_WRITE | STGM_CREATE).Get());
       const CryptFilter crypt = Enciphering(digest.Stream());
       WriteInPieces(crypt.Stream(), bytes, random);
       EXPECT_EQ(crypt->WriteFinalize(), S_OK);
-      EXPECT_EQ(WriteValue(digest), PeerDigest("MD5", cipher));
+      EXPECT_EQ(WriteValue(digest), PeerText(OLESTR("MD5"), cipher));
     }
     // And back, the plaintext digested by a filter on top.
     const DigestFilter lower = Digesting(file.Open(STGM_READ).Get());
@@ -178,24 +173,21 @@ TEST(StreamChainTest, WritesPassACipherThenADigestThenAFile) {
     // A read may give nothing before the end, when no block is whole.
     Bytes plain;
     for (ULARGE_INTEGER position = Large(0); position.QuadPart < cipher.size();) {
-      const Bytes piece = ReadToEnd(upper.Stream(), random, 40000);
-      plain.insert(plain.end(), piece.begin(), piece.end());
+      plain = plain + ReadToEnd(upper.Stream(), random, 40000);
       EXPECT_EQ(upper.Stream()->Seek(Move(0), STREAM_SEEK_CUR, &position), S_OK);
     }
     EXPECT_EQ(crypt->ReadFinalize(), S_OK);
-    const Bytes rest = ReadToEnd(upper.Stream(), random, 40000);
-    plain.insert(plain.end(), rest.begin(), rest.end());
     Bytes padded = bytes;
     padded.resize(cipher.size());
-    EXPECT_EQ(plain, padded) << size;
-    EXPECT_EQ(ReadValue(lower), PeerDigest("MD5", cipher)) << size;
-    EXPECT_EQ(ReadValue(upper), PeerDigest("MD5", padded)) << size;
+    EXPECT_EQ(plain + ReadToEnd(upper.Stream(), random, 40000), padded) << size;
+    EXPECT_EQ(ReadValue(lower), PeerText(OLESTR("MD5"), cipher)) << size;
+    EXPECT_EQ(ReadValue(upper), PeerText(OLESTR("MD5"), padded)) << size;
   }
 }
 
 TEST(StreamChainTest, ACopyPassesTwoDigestsAndTheCipherBetween) {
   for (const size_t size : {0u, 5u, 16u, 3000u, 4096u, 100001u}) {
-    const Bytes bytes = Pattern(size);
+    const Bytes bytes = PatternBytes(size);
     const Bytes cipher = PeerAes(kKey, bytes, true);
     const DigestFilter lower = Digesting(MemoryStream(bytes).Get());
     const CryptFilter crypt = Enciphering(lower.Stream());
@@ -208,8 +200,8 @@ TEST(StreamChainTest, ACopyPassesTwoDigestsAndTheCipherBetween) {
               S_OK);
     EXPECT_EQ(read.QuadPart, size);
     EXPECT_EQ(written.QuadPart, size);
-    EXPECT_EQ(ReadValue(lower), PeerDigest("MD5", bytes));
-    EXPECT_EQ(WriteValue(destination), PeerDigest("MD5", cipher));
+    EXPECT_EQ(ReadValue(lower), PeerText(OLESTR("MD5"), bytes));
+    EXPECT_EQ(WriteValue(destination), PeerText(OLESTR("MD5"), cipher));
     EXPECT_EQ(memory->Seek(Move(0), STREAM_SEEK_SET, nullptr), S_OK);
     EXPECT_EQ(ReadOnce(memory.Get(), static_cast<ULONG>(cipher.size() + 1)), cipher);
   }
@@ -217,7 +209,7 @@ TEST(StreamChainTest, ACopyPassesTwoDigestsAndTheCipherBetween) {
 
 // The platform's own streams copy to a filter as to any stream.
 TEST(StreamChainTest, AStreamOfThePlatformCopiesIntoAFilter) {
-  const Bytes bytes = Pattern(100001);
+  const Bytes bytes = PatternBytes(100001);
   ScriptedStream sink;
   const CryptFilter crypt = Enciphering(&sink);
   EXPECT_EQ(MemoryStream(bytes)->CopyTo(crypt.Stream(), Large(bytes.size()), nullptr, nullptr),
@@ -229,7 +221,7 @@ TEST(StreamChainTest, AStreamOfThePlatformCopiesIntoAFilter) {
 TEST(StreamChainTest, StatReportsSizeAndNameOfTheFileBelow) {
   const TemporaryFile file;
   const OwnedReference<IStream> stream = file.Open(STGM_READWRITE | STGM_CREATE);
-  EXPECT_EQ(WriteAll(stream.Get(), Pattern(77)), S_OK);
+  EXPECT_EQ(WriteAll(stream.Get(), PatternBytes(77)), S_OK);
   const DigestFilter digest = Digesting(stream.Get());
   const CryptFilter crypt = Enciphering(digest.Stream());
   STATSTG statistics = {};
@@ -243,7 +235,7 @@ TEST(StreamChainTest, StatReportsSizeAndNameOfTheFileBelow) {
 }
 
 TEST(StreamChainTest, SeekingGoesThroughOnlyWhereEveryFilterAllowsIt) {
-  const DigestFilter digest = Digesting(MemoryStream(Pattern(100)).Get());
+  const DigestFilter digest = Digesting(MemoryStream(PatternBytes(100)).Get());
   const CryptFilter crypt = Enciphering(digest.Stream());
   EXPECT_EQ(crypt->put_SeekingForbidden(VARIANT_FALSE), S_OK);
   EXPECT_EQ(crypt.Stream()->Seek(Move(7), STREAM_SEEK_SET, nullptr), E_UNEXPECTED);
@@ -252,8 +244,8 @@ TEST(StreamChainTest, SeekingGoesThroughOnlyWhereEveryFilterAllowsIt) {
   EXPECT_EQ(crypt.Stream()->Seek(Move(7), STREAM_SEEK_SET, &position), S_OK);
   EXPECT_EQ(position.QuadPart, 7u);
   // The engines do not follow positions.
-  EXPECT_EQ(ReadOnce(crypt.Stream(), 16), PeerAes(kKey, Slice(Pattern(100), 7, 16), false));
+  EXPECT_EQ(ReadOnce(crypt.Stream(), 16), PeerAes(kKey, Part(PatternBytes(100), 7, 16), false));
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

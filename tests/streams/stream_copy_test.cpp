@@ -1,7 +1,7 @@
 // CopyTo of both filters.
 #include "stream_crypt_fixture.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
 template <typename Dual>
@@ -12,11 +12,11 @@ TYPED_TEST_SUITE(StreamCopyTest, Duals);
 TYPED_TEST(StreamCopyTest, SuccessCodesOfTheStreamsDoNotMatter) {
   this->Bind();
   for (const OLECHAR* algorithm : {OLESTR("none"), OLESTR("SHA1"), OLESTR("AES")}) {
-    SCOPED_TRACE(Narrow(Text(algorithm).Get()));
+    SCOPED_TRACE(testing::PrintToString(Text(algorithm)));
     if (SUCCEEDED(this->reading.Select(algorithm))) this->reading.SetKey(kKey);
     ScriptedStream sink;
     sink.write_status = kOtherSuccess;
-    this->target.content = Pattern(2048);
+    this->target.content = PatternBytes(2048);
     this->target.position = 0;
     this->target.largest_read = 500;
     this->target.short_read_status = kOtherSuccess;
@@ -27,9 +27,9 @@ TYPED_TEST(StreamCopyTest, SuccessCodesOfTheStreamsDoNotMatter) {
 TYPED_TEST(StreamCopyTest, TotalsAreOptional) {
   this->Bind();
   for (const OLECHAR* algorithm : {OLESTR("none"), OLESTR("SHA1"), OLESTR("AES")}) {
-    SCOPED_TRACE(Narrow(Text(algorithm).Get()));
+    SCOPED_TRACE(testing::PrintToString(Text(algorithm)));
     if (SUCCEEDED(this->reading.Select(algorithm))) this->reading.SetKey(kKey);
-    this->target.content = Pattern(32);
+    this->target.content = PatternBytes(32);
     this->target.position = 0;
     ScriptedStream sink;
     EXPECT_EQ(this->Stream()->CopyTo(&sink, Large(32), nullptr, nullptr), S_OK);
@@ -42,34 +42,34 @@ using StreamDigestCopyTest = FilterTest<IToviStreamDigest>;
 TEST_F(StreamDigestCopyTest, ACopyDigestsZerosForBytesThatTheTargetReportsButNeverWrote) {
   Bind();
   reading.Choose(OLESTR("SHA256"));
-  target.content = Pattern(1024);
+  target.content = PatternBytes(1024);
   target.excess_report = 1024;
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 2048).status, S_OK);
-  Bytes expected = Pattern(1024);
+  Bytes expected = PatternBytes(1024);
   expected.resize(2048);
   EXPECT_EQ(sink.content, expected);
-  EXPECT_EQ(reading.Value(), PeerDigest("SHA256", expected));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("SHA256"), expected));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyReadsInPiecesAndDigestsAsReading) {
   Bind();
-  target.content = Pattern(5000);
+  target.content = PatternBytes(5000);
   reading.Choose(OLESTR("SHA256"));
   writing.Choose(OLESTR("SHA256"));
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 3000), (Copied{S_OK, 3000, 3000}));
   EXPECT_EQ(target.read_sizes, (std::vector<ULONG>{1024, 1024, 952}));
   EXPECT_EQ(sink.write_sizes, (std::vector<ULONG>{1024, 1024, 952}));
-  const Bytes copied = Slice(target.content, 0, 3000);
+  const Bytes copied = Head(target.content, 3000);
   EXPECT_EQ(sink.content, copied);
-  EXPECT_EQ(reading.Value(), PeerDigest("SHA256", copied));
-  EXPECT_EQ(writing.Value(), PeerDigest("SHA256", {}));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("SHA256"), copied));
+  EXPECT_EQ(writing.Value(), PeerText(OLESTR("SHA256"), {}));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyEndsWithTheTarget) {
   Bind();
-  target.content = Pattern(1500);
+  target.content = PatternBytes(1500);
   ScriptedStream sink;
   // More than 32 bits: the whole stream.
   EXPECT_EQ(Copy(Stream(), &sink, 0x100000000u), (Copied{S_OK, 1500, 1500}));
@@ -87,68 +87,64 @@ TEST_F(StreamDigestCopyTest, ACopyOfNoBytesAsksForNone) {
 
 TEST_F(StreamDigestCopyTest, ACopyOfShortReadsCountsWhatWasRead) {
   Bind();
-  target.content = Pattern(3000);
+  target.content = PatternBytes(3000);
   target.largest_read = 700;
   reading.Choose(OLESTR("MD5"));
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 2000), (Copied{S_OK, 2000, 2000}));
   EXPECT_EQ(target.read_sizes, (std::vector<ULONG>{1024, 1024, 600}));
-  EXPECT_EQ(sink.content, Slice(target.content, 0, 2000));
-  EXPECT_EQ(reading.Value(), PeerDigest("MD5", sink.content));
+  EXPECT_EQ(sink.content, Head(target.content, 2000));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("MD5"), sink.content));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyWhoseReadFailsReportsNoTotals) {
   Bind();
-  target.content = Pattern(3000);
+  target.content = PatternBytes(3000);
   target.failing_read = 2;
   target.moved_by_failure = 5;
   reading.Choose(OLESTR("MD5"));
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 3000), Copied{kStreamFailure});
   EXPECT_EQ(sink.content.size(), 1024u);
-  EXPECT_EQ(reading.Value(), PeerDigest("MD5", Slice(target.content, 0, 1024)));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("MD5"), Head(target.content, 1024)));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyWhoseWriteFailsHasDigestedThePiece) {
   Bind();
-  target.content = Pattern(3000);
+  target.content = PatternBytes(3000);
   reading.Choose(OLESTR("MD5"));
   ScriptedStream sink;
   sink.failing_write = 2;
   sink.failure = STG_E_MEDIUMFULL;
   EXPECT_EQ(Copy(Stream(), &sink, 3000), Copied{STG_E_MEDIUMFULL});
-  EXPECT_EQ(reading.Value(), PeerDigest("MD5", Slice(target.content, 0, 2048)));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("MD5"), Head(target.content, 2048)));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyDropsTheRestOfAPartialWriteAndGoesOn) {
   Bind();
-  target.content = Pattern(3000);
+  target.content = PatternBytes(3000);
   reading.Choose(OLESTR("MD5"));
   ScriptedStream sink;
   sink.largest_write = 1000;
   EXPECT_EQ(Copy(Stream(), &sink, 3000), (Copied{S_OK, 3000, 2952}));
-  Bytes expected = Slice(target.content, 0, 1000);
-  for (const size_t from : {size_t{1024}, size_t{2048}}) {
-    const Bytes part = Slice(target.content, from, from == 2048 ? 952 : 1000);
-    expected.insert(expected.end(), part.begin(), part.end());
-  }
-  EXPECT_EQ(sink.content, expected);
-  EXPECT_EQ(reading.Value(), PeerDigest("MD5", target.content));
+  EXPECT_EQ(sink.content, Head(target.content, 1000) + Part(target.content, 1024, 1000) +
+                              Part(target.content, 2048, 952));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("MD5"), target.content));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyEndsWhenNothingIsWritten) {
   Bind();
-  target.content = Pattern(3000);
+  target.content = PatternBytes(3000);
   reading.Choose(OLESTR("MD5"));
   ScriptedStream sink;
   sink.largest_write = 0;
   EXPECT_EQ(Copy(Stream(), &sink, 3000), (Copied{S_OK, 1024, 0}));
-  EXPECT_EQ(reading.Value(), PeerDigest("MD5", Slice(target.content, 0, 1024)));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("MD5"), Head(target.content, 1024)));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyWithoutADigestStillCopies) {
   Bind();
-  target.content = Pattern(1100);
+  target.content = PatternBytes(1100);
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 1100).status, S_OK);
   EXPECT_EQ(sink.content, target.content);
@@ -156,18 +152,18 @@ TEST_F(StreamDigestCopyTest, ACopyWithoutADigestStillCopies) {
   EXPECT_EQ(reading.Enable(VARIANT_FALSE), S_OK);
   target.position = 0;
   EXPECT_EQ(Copy(Stream(), &sink, 1100).status, S_OK);
-  EXPECT_EQ(reading.Value(), PeerDigest("MD5", {}));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("MD5"), {}));
 }
 
 TEST_F(StreamDigestCopyTest, ACopyToTheFilterItselfIsRefusedByTheInnerWrite) {
   Bind();
-  target.content = Pattern(10);
+  target.content = PatternBytes(10);
   EXPECT_EQ(Copy(Stream(), Stream(), 10), Copied{E_UNEXPECTED});
   EXPECT_EQ(target.content.size(), 10u);
 }
 
 TEST_F(StreamCryptTest, ACopyFinalizesAndCountsTheInput) {
-  StartReading(Pattern(3001));
+  StartReading(PatternBytes(3001));
   EXPECT_EQ(reading.PutPad(7), S_OK);
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 3001), (Copied{S_OK, 3001, 3001}));
@@ -181,26 +177,26 @@ TEST_F(StreamCryptTest, ACopyFinalizesAndCountsTheInput) {
 
 TEST_F(StreamCryptTest, ACopyLeavesDrainingAsItIs) {
   Bind();
-  target.content = Pattern(64);
+  target.content = PatternBytes(64);
   reading.Choose();
   EXPECT_EQ(reading.Finalize(), S_OK);
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 32).status, S_OK);
-  EXPECT_EQ(sink.content, PeerAes(kKey, Pattern(32), false));
+  EXPECT_EQ(sink.content, PeerAes(kKey, PatternBytes(32), false));
   EXPECT_EQ(ReadOnce(Stream(), 16, S_OK), Bytes{});
   EXPECT_EQ(target.position, 32u);
 }
 
 TEST_F(StreamCryptTest, ACopyDropsWhatReadingHeldBack) {
-  StartReading(Pattern(40));
+  StartReading(PatternBytes(40));
   EXPECT_EQ(ReadOnce(Stream(), 20).size(), 16u);
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 100).status, S_OK);
-  EXPECT_EQ(sink.content, PeerAes(kKey, Slice(target.content, 20, 20), true));
+  EXPECT_EQ(sink.content, PeerAes(kKey, Part(target.content, 20, 20), true));
 }
 
 TEST_F(StreamCryptTest, ACopyOfNoBytesResetsAndFinalizes) {
-  StartReading(Pattern(40));
+  StartReading(PatternBytes(40));
   EXPECT_EQ(ReadOnce(Stream(), 20).size(), 16u);
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 0), (Copied{S_OK, 0, 0}));
@@ -211,14 +207,14 @@ TEST_F(StreamCryptTest, ACopyOfNoBytesResetsAndFinalizes) {
 
 TEST_F(StreamCryptTest, ACopySendsAgainWhatTheDestinationDidNotTake) {
   Bind();
-  target.content = Pattern(2100);
+  target.content = PatternBytes(2100);
   reading.Choose();
   ScriptedStream sink;
   sink.largest_write = 1000;
   EXPECT_EQ(Copy(Stream(), &sink, 5000), (Copied{S_OK, 2100, 2100}));
   // Writing nothing does not end the copy either, with an engine.
   EXPECT_EQ(sink.write_sizes, (std::vector<ULONG>{1024, 1048, 96}));
-  EXPECT_EQ(sink.content, PeerAes(kKey, Slice(target.content, 0, 2096), false));
+  EXPECT_EQ(sink.content, PeerAes(kKey, Head(target.content, 2096), false));
   target.position = 0;
   sink.largest_write = 0;
   sink.write_sizes.clear();
@@ -228,7 +224,7 @@ TEST_F(StreamCryptTest, ACopySendsAgainWhatTheDestinationDidNotTake) {
 
 TEST_F(StreamCryptTest, ACopyWithoutAnAlgorithmCountsWhatTheDestinationTook) {
   Bind();
-  target.content = Pattern(3000);
+  target.content = PatternBytes(3000);
   ScriptedStream sink;
   sink.largest_write = 1000;
   EXPECT_EQ(Copy(Stream(), &sink, ~ULONGLONG{0}), (Copied{S_OK, 3000, 2952}));
@@ -241,7 +237,7 @@ TEST_F(StreamCryptTest, ACopyThatFailsReportsNoTotals) {
   Bind();
   reading.Encrypt();
   for (int chosen = 0; chosen < 2; ++chosen) {
-    target.content = Pattern(3000);
+    target.content = PatternBytes(3000);
     target.position = 0;
     target.read_sizes.clear();
     target.failing_read = 2;
@@ -258,7 +254,7 @@ TEST_F(StreamCryptTest, ACopyThatFailsReportsNoTotals) {
     reading.Choose();
   }
   // The last block's own failures.
-  target.content = Pattern(20);
+  target.content = PatternBytes(20);
   target.position = 0;
   ScriptedStream sink;
   sink.failing_write = 2;
@@ -269,4 +265,4 @@ TEST_F(StreamCryptTest, ACopyThatFailsReportsNoTotals) {
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

@@ -3,7 +3,7 @@
 
 #include "stream_sides.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 
 class StreamCryptTest : public FilterTest<IToviStreamCrypt> {
  protected:
@@ -25,4 +25,4 @@ class StreamCryptTest : public FilterTest<IToviStreamCrypt> {
 constexpr ULONG kLongest = 1048832;
 constexpr ULONG kTooLong = kLongest + 1;
 
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

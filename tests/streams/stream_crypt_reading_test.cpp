@@ -1,13 +1,13 @@
 // Reading through ToviStreamCrypt: blocks, queues, draining.
 #include "stream_crypt_fixture.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
 TEST_F(StreamCryptTest, AFailingReadThroughAnEngineCountsNothing) {
   Bind();
   reading.Choose();
-  target.content = Pattern(64);
+  target.content = PatternBytes(64);
   target.failing_read = 1;
   target.moved_by_failure = 3;
   uint8_t bytes[32];
@@ -16,7 +16,7 @@ TEST_F(StreamCryptTest, AFailingReadThroughAnEngineCountsNothing) {
 
 TEST_F(StreamCryptTest, AFailingReadLeavesTheBufferAlone) {
   Bind();
-  target.content = Pattern(64);
+  target.content = PatternBytes(64);
   target.failing_read = 1;
   target.moved_by_failure = 3;
   const Bytes before(32, 0x5A);
@@ -26,8 +26,8 @@ TEST_F(StreamCryptTest, AFailingReadLeavesTheBufferAlone) {
   // Nor does a short read write behind its bytes.
   target.largest_read = 4;
   EXPECT_EQ(Read(Stream(), bytes.data(), 32), (Moved{S_FALSE, 4}));
-  EXPECT_EQ(Slice(bytes, 0, 4), Slice(target.content, 3, 4));
-  EXPECT_EQ(Slice(bytes, 4, 28), Slice(before, 4, 28));
+  EXPECT_EQ(Head(bytes, 4), Part(target.content, 3, 4));
+  EXPECT_EQ(Part(bytes, 4, 28), Part(before, 4, 28));
 }
 
 // Stale memory must not show.
@@ -50,11 +50,11 @@ TEST_F(StreamCryptTest, BytesThatATargetReportsButNeverWroteAreZeros) {
     EXPECT_EQ(Copy(Stream(), &sink, 2048).status, S_OK);
     EXPECT_EQ(sink.content, expected(Bytes(2048)));
     // Nor does content of an earlier piece.
-    target.content = Pattern(1024);
+    target.content = PatternBytes(1024);
     target.position = 0;
     sink.content.clear();
     EXPECT_EQ(Copy(Stream(), &sink, 2048).status, S_OK);
-    Bytes once = Pattern(1024);
+    Bytes once = PatternBytes(1024);
     once.resize(2048);
     EXPECT_EQ(sink.content, expected(once));
     target.content.clear();
@@ -63,13 +63,13 @@ TEST_F(StreamCryptTest, BytesThatATargetReportsButNeverWroteAreZeros) {
 }
 
 TEST_F(StreamCryptTest, ReadingGivesWholeBlocksAndDrainsAfterFinalize) {
-  StartReading(Pattern(20));
+  StartReading(PatternBytes(20));
   const Bytes whole = PeerAes(kKey, target.content, true);
-  EXPECT_EQ(ReadOnce(Stream(), 4096, S_OK), Slice(whole, 0, 16));
+  EXPECT_EQ(ReadOnce(Stream(), 4096, S_OK), Head(whole, 16));
   EXPECT_EQ(ReadOnce(Stream(), 4096, S_FALSE), Bytes{});
   EXPECT_EQ(reading.Finalize(), S_OK);
   const size_t reads = target.read_sizes.size();
-  EXPECT_EQ(ReadOnce(Stream(), 4096, S_OK), Slice(whole, 16, 16));
+  EXPECT_EQ(ReadOnce(Stream(), 4096, S_OK), Part(whole, 16, 16));
   EXPECT_EQ(ReadOnce(Stream(), 4096, S_OK), Bytes{});
   EXPECT_EQ(target.read_sizes.size(), reads);
   // Draining has ended: the stream is asked again.
@@ -79,31 +79,31 @@ TEST_F(StreamCryptTest, ReadingGivesWholeBlocksAndDrainsAfterFinalize) {
 }
 
 TEST_F(StreamCryptTest, AReadThatCompletesNoBlockGivesNoBytes) {
-  StartReading(PeerAes(kKey, Pattern(32), false));
+  StartReading(PeerAes(kKey, PatternBytes(32), false));
   EXPECT_EQ(ReadOnce(Stream(), 15, S_OK), Bytes{});
-  EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), Slice(Pattern(32), 0, 10));
+  EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), Head(PatternBytes(32), 10));
   // What a read had no room for waits for the next.
-  EXPECT_EQ(ReadOnce(Stream(), 7, S_OK), Slice(Pattern(32), 10, 7));
+  EXPECT_EQ(ReadOnce(Stream(), 7, S_OK), Part(PatternBytes(32), 10, 7));
   EXPECT_EQ(target.read_sizes, (std::vector<ULONG>{15, 10, 7}));
 }
 
 TEST_F(StreamCryptTest, AtTheEndOfTheStreamQueuedBytesWaitForFinalize) {
-  StartReading(Pattern(16));
+  StartReading(PatternBytes(16));
   const Bytes whole = PeerAes(kKey, target.content, true);
   EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), Bytes{});
-  EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), Slice(whole, 0, 10));
+  EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), Head(whole, 10));
   EXPECT_EQ(ReadOnce(Stream(), 10, S_FALSE), Bytes{});
   target.short_read_status = S_OK;
   EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), Bytes{});
   EXPECT_EQ(reading.Finalize(), S_OK);
-  EXPECT_EQ(ReadOnce(Stream(), 4, S_OK), Slice(whole, 10, 4));
-  EXPECT_EQ(ReadOnce(Stream(), 4, S_OK), Slice(whole, 14, 2));
+  EXPECT_EQ(ReadOnce(Stream(), 4, S_OK), Part(whole, 10, 4));
+  EXPECT_EQ(ReadOnce(Stream(), 4, S_OK), Part(whole, 14, 2));
   EXPECT_EQ(ReadOnce(Stream(), 4, S_OK), Bytes{});
 }
 
 TEST_F(StreamCryptTest, AReadOfNothingAsksTheStreamForNothing) {
   Bind();
-  target.content = Pattern(16);
+  target.content = PatternBytes(16);
   reading.Choose();
   EXPECT_EQ(ReadOnce(Stream(), 0, S_OK), Bytes{});
   EXPECT_EQ(target.read_sizes, std::vector<ULONG>{0});
@@ -112,7 +112,7 @@ TEST_F(StreamCryptTest, AReadOfNothingAsksTheStreamForNothing) {
 }
 
 TEST_F(StreamCryptTest, AReadOfNothingEndsDraining) {
-  StartReading(Pattern(20));
+  StartReading(PatternBytes(20));
   EXPECT_EQ(ReadOnce(Stream(), 20).size(), 16u);
   EXPECT_EQ(reading.Finalize(), S_OK);
   const size_t reads = target.read_sizes.size();
@@ -122,13 +122,13 @@ TEST_F(StreamCryptTest, AReadOfNothingEndsDraining) {
   EXPECT_EQ(ReadOnce(Stream(), 16, S_FALSE), Bytes{});
   EXPECT_EQ(target.read_sizes.size(), reads + 1);
   EXPECT_EQ(reading.Finalize(), S_OK);
-  EXPECT_EQ(ReadOnce(Stream(), 16, S_OK), Slice(PeerAes(kKey, Pattern(20), true), 16, 16));
+  EXPECT_EQ(ReadOnce(Stream(), 16, S_OK), Part(PeerAes(kKey, PatternBytes(20), true), 16, 16));
 }
 
 // Zero counts: reads are passed on, writes are not.
 TEST_F(StreamCryptTest, WithoutAnAlgorithmAReadOfNothingIsPassedOnAndAWriteIsNot) {
   Bind();
-  target.content = Pattern(16);
+  target.content = PatternBytes(16);
   EXPECT_EQ(ReadOnce(Stream(), 0, S_OK), Bytes{});
   EXPECT_EQ(target.read_sizes, std::vector<ULONG>{0});
   for (int chosen = 0; chosen < 2; ++chosen) {
@@ -139,17 +139,17 @@ TEST_F(StreamCryptTest, WithoutAnAlgorithmAReadOfNothingIsPassedOnAndAWriteIsNot
 }
 
 TEST_F(StreamCryptTest, ChangingTheReadDirectionLeavesTheQueues) {
-  StartReading(Pattern(16));
+  StartReading(PatternBytes(16));
   EXPECT_EQ(ReadOnce(Stream(), 5), Bytes{});
   EXPECT_EQ(filter->put_ReadDecrypt(VARIANT_BOOL{2}), S_OK);
   EXPECT_EQ(reading.Finalize(), S_OK);
   EXPECT_EQ(ReadOnce(Stream(), 16), Bytes{});
   reading.Encrypt();
-  EXPECT_EQ(ReadOnce(Stream(), 16), PeerAes(kKey, Pattern(16), true));
+  EXPECT_EQ(ReadOnce(Stream(), 16), PeerAes(kKey, PatternBytes(16), true));
 }
 
 TEST_F(StreamCryptTest, DrainingGoesOnAfterAFinalizeThatFails) {
-  StartReading(Pattern(20));
+  StartReading(PatternBytes(20));
   EXPECT_EQ(reading.Finalize(), S_OK);
   // A copy that fails leaves a partial block behind, and draining as it is.
   ScriptedStream sink;
@@ -158,16 +158,16 @@ TEST_F(StreamCryptTest, DrainingGoesOnAfterAFinalizeThatFails) {
   EXPECT_EQ(reading.PutPad(-2), S_OK);
   EXPECT_EQ(reading.Finalize(), E_OUTOFMEMORY);
   const size_t reads = target.read_sizes.size();
-  EXPECT_EQ(ReadOnce(Stream(), 16, S_OK), Slice(PeerAes(kKey, Pattern(20), true), 0, 16));
+  EXPECT_EQ(ReadOnce(Stream(), 16, S_OK), Part(PeerAes(kKey, PatternBytes(20), true), 0, 16));
   EXPECT_EQ(target.read_sizes.size(), reads);
 }
 
 TEST_F(StreamCryptTest, FinalizingADecryptionLeavesAPartialBlockBehind) {
   Bind();
-  target.content = PeerAes(kKey, Pattern(16), true);
+  target.content = PeerAes(kKey, PatternBytes(16), true);
   target.content.push_back(1);
   reading.Choose();
-  EXPECT_EQ(ReadOnce(Stream(), 100, S_OK), Pattern(16));
+  EXPECT_EQ(ReadOnce(Stream(), 100, S_OK), PatternBytes(16));
   EXPECT_EQ(reading.Finalize(), S_OK);
   EXPECT_EQ(ReadOnce(Stream(), 100, S_OK), Bytes{});
 }
@@ -185,7 +185,7 @@ TEST_F(StreamCryptTest, EveryChangeOfReadingEndsDraining) {
       {"ReadKey", [this] { EXPECT_EQ(reading.SetKey(kKey), S_OK); }, false},
       {"a ReadKey that is refused",
        [this] {
-         EXPECT_EQ(reading.SetKey(Pattern(5)), E_INVALIDARG);
+         EXPECT_EQ(reading.SetKey(PatternBytes(5)), E_INVALIDARG);
          reading.Choose();
        },
        false},
@@ -196,8 +196,7 @@ TEST_F(StreamCryptTest, EveryChangeOfReadingEndsDraining) {
          EXPECT_EQ(reading.SetKey(kKey), S_OK);
        },
        false},
-      {"ReadAlgorithm", [this] { EXPECT_EQ(reading.Select(OLESTR("no")), kAlgorithmNotFound); },
-       false},
+      {"ReadAlgorithm", [this] { EXPECT_EQ(reading.Select(OLESTR("no")), kNotFound); }, false},
       {"the members of the other side",
        [this] {
          writing.Choose();
@@ -210,7 +209,7 @@ TEST_F(StreamCryptTest, EveryChangeOfReadingEndsDraining) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.change);
     reading.Choose();
-    target.content = Pattern(64);
+    target.content = PatternBytes(64);
     target.position = 0;
     EXPECT_EQ(reading.Finalize(), S_OK);
     row.make();
@@ -222,15 +221,15 @@ TEST_F(StreamCryptTest, EveryChangeOfReadingEndsDraining) {
 }
 
 TEST_F(StreamCryptTest, ARefusedPadFailsTheFinalizeAndDrainsNothing) {
-  StartReading(Pattern(20));
+  StartReading(PatternBytes(20));
   EXPECT_EQ(reading.PutPad(-2), S_OK);
   EXPECT_EQ(ReadOnce(Stream(), 20, S_OK).size(), 16u);
   EXPECT_EQ(reading.Finalize(), E_OUTOFMEMORY);
   EXPECT_EQ(ReadOnce(Stream(), 20, S_FALSE), Bytes{});
   EXPECT_EQ(reading.PutPad(0x141), S_OK);
   EXPECT_EQ(reading.Finalize(), S_OK);
-  EXPECT_EQ(ReadOnce(Stream(), 20, S_OK), Slice(PeerAes(kKey, target.content, true, 0x41), 16, 16));
+  EXPECT_EQ(ReadOnce(Stream(), 20, S_OK), Part(PeerAes(kKey, target.content, true, 0x41), 16, 16));
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

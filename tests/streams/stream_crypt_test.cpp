@@ -1,14 +1,15 @@
 // ToviStreamCrypt by early-bound calls: its members, and what reading and writing have in common.
+#include "calling_object.h"
 #include "stream_crypt_fixture.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
 TEST_F(StreamCryptTest, ANewFilterDecryptsWhatIsReadAndEncryptsWhatIsWritten) {
   EXPECT_EQ(reading.Decrypts(), 1);
   EXPECT_EQ(writing.Decrypts(), 0);
   EachSide([&](const CryptSide& side) {
-    EXPECT_EQ(side.Algorithm(), "");
+    EXPECT_EQ(side.Algorithm(), OLESTR(""));
     EXPECT_EQ(side.Pad(), 0);
   });
 }
@@ -40,7 +41,7 @@ TEST_F(StreamCryptTest, AnAlgorithmStartsWithoutKeyAndPad) {
       EXPECT_EQ(side.PutPad(65), S_OK);
       EXPECT_EQ(side.Pad(), 65);
       EXPECT_EQ(side.Select(name), S_OK);
-      EXPECT_EQ(side.Algorithm(), Narrow(Text(name).Get()));
+      EXPECT_EQ(side.Algorithm(), name);
       EXPECT_EQ(side.Pad(), 0);
       EXPECT_EQ(side.Key(), kNoKey);
     }
@@ -51,7 +52,7 @@ TEST_F(StreamCryptTest, AnUnknownAlgorithmLeavesNoPad) {
   EachSide([](const CryptSide& side) {
     side.Choose();
     EXPECT_EQ(side.PutPad(65), S_OK);
-    EXPECT_EQ(side.Select(OLESTR("aes")), kAlgorithmNotFound);
+    EXPECT_EQ(side.Select(OLESTR("aes")), kNotFound);
     EXPECT_EQ(side.Pad(), 0);
     EXPECT_EQ(side.PutPad(4), kNotInitialized);
   });
@@ -65,12 +66,12 @@ TEST_F(StreamCryptTest, AKeyOfAWrongLengthIsRefusedAndLeavesNone) {
   EachSide([](const CryptSide& side) {
     for (const Row& row : {Row{OLESTR("AES"), {16, 24, 32}}, Row{OLESTR("DES"), {8, 16, 24}}}) {
       for (ULONG length = 0; length <= 40; ++length) {
-        SCOPED_TRACE(Narrow(Text(row.algorithm).Get()) + " with " + std::to_string(length) +
-                     " bytes");
-        side.Choose(row.algorithm, Pattern(row.lengths.back()));
+        SCOPED_TRACE(testing::PrintToString(Text(row.algorithm)) + " with " +
+                     std::to_string(length) + " bytes");
+        side.Choose(row.algorithm, PatternBytes(row.lengths.back()));
         const bool fits = std::count(row.lengths.begin(), row.lengths.end(), length) != 0;
-        EXPECT_EQ(side.SetKey(Pattern(length)), fits ? S_OK : E_INVALIDARG);
-        EXPECT_EQ(side.Key(), fits ? std::optional(Pattern(length)) : kNoKey);
+        EXPECT_EQ(side.SetKey(PatternBytes(length)), fits ? S_OK : E_INVALIDARG);
+        EXPECT_EQ(side.Key(), fits ? std::optional(PatternBytes(length)) : kNoKey);
       }
     }
   });
@@ -78,17 +79,19 @@ TEST_F(StreamCryptTest, AKeyOfAWrongLengthIsRefusedAndLeavesNone) {
 
 TEST_F(StreamCryptTest, TheOldKeyGoesBeforeTheNewOneIsRead) {
   EachSide([this](const CryptSide& side) {
-    side.Choose(OLESTR("DES"), Pattern(8));
+    side.Choose(OLESTR("DES"), PatternBytes(8));
     EXPECT_EQ(filter->put_codePage(1252), S_OK);
     int calls = 0;
-    TextObject object(OLESTR("eightchr"), [&] {
-      ++calls;
-      EXPECT_EQ(side.Key(), kNoKey);
-      EXPECT_EQ(filter->put_codePage(-1), S_OK);
-    });
-    EXPECT_EQ(side.PutKey(object.Value()), S_OK);
+    CallingObject object(
+        [&] {
+          ++calls;
+          EXPECT_EQ(side.Key(), kNoKey);
+          EXPECT_EQ(filter->put_codePage(-1), S_OK);
+        },
+        OLESTR("eightchr"));
+    EXPECT_EQ(side.PutKey(ObjectValue(&object)), S_OK);
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(side.Key(), FromText("eightchr"));
+    EXPECT_EQ(side.Key(), BytesOf("eightchr"));
   });
 }
 
@@ -104,7 +107,7 @@ TEST_F(StreamCryptTest, DirectionsAndPadsAreKeptAsGiven) {
       EXPECT_EQ(side.Pad(), given);
     }
     // The pad outlives keys and resets.
-    EXPECT_EQ(side.SetKey(Pattern(24)), S_OK);
+    EXPECT_EQ(side.SetKey(PatternBytes(24)), S_OK);
     EXPECT_EQ(side.Reset(), S_OK);
     EXPECT_EQ(side.ResetKey(), S_OK);
     EXPECT_EQ(side.Pad(), 0x7FFFFFFF);
@@ -113,36 +116,36 @@ TEST_F(StreamCryptTest, DirectionsAndPadsAreKeptAsGiven) {
 
 TEST_F(StreamCryptTest, WithoutAnAlgorithmBytesPassUnchanged) {
   Bind();
-  target.content = FromText("plain");
-  EXPECT_EQ(ReadOnce(Stream(), 3, S_OK), FromText("pla"));
-  EXPECT_EQ(ReadOnce(Stream(), 30, S_FALSE), FromText("in"));
+  target.content = BytesOf("plain");
+  EXPECT_EQ(ReadOnce(Stream(), 3, S_OK), BytesOf("pla"));
+  EXPECT_EQ(ReadOnce(Stream(), 30, S_FALSE), BytesOf("in"));
   EXPECT_EQ(ReadOnce(Stream(), 30, S_FALSE), Bytes{});
   target.largest_write = 2;
   target.write_status = S_FALSE;
-  EXPECT_EQ(Write(Stream(), FromText("xyz")), (Moved{S_FALSE, 2}));
-  EXPECT_EQ(WriteAll(Stream(), FromText("z")), S_FALSE);
-  EXPECT_EQ(target.content, FromText("plainxyz"));
+  EXPECT_EQ(Write(Stream(), BytesOf("xyz")), (Moved{S_FALSE, 2}));
+  EXPECT_EQ(WriteAll(Stream(), BytesOf("z")), S_FALSE);
+  EXPECT_EQ(target.content, BytesOf("plainxyz"));
   EXPECT_EQ(writing.Finalize(), S_OK);
-  EXPECT_EQ(target.content, FromText("plainxyz"));
+  EXPECT_EQ(target.content, BytesOf("plainxyz"));
 }
 
 TEST_F(StreamCryptTest, TheStreamsOwnSuccessCodesAreReturned) {
   Bind();
-  target.content = Pattern(20);
+  target.content = PatternBytes(20);
   target.short_read_status = kOtherSuccess;
   EXPECT_EQ(ReadOnce(Stream(), 30, kOtherSuccess), target.content);
   target.write_status = kOtherSuccess;
-  EXPECT_EQ(WriteAll(Stream(), Pattern(3)), kOtherSuccess);
+  EXPECT_EQ(WriteAll(Stream(), PatternBytes(3)), kOtherSuccess);
   // Through an engine: nothing read is the stream's status, something read is a success.
   reading.Choose();
-  target.content = Pattern(16);
+  target.content = PatternBytes(16);
   target.position = 0;
   EXPECT_EQ(ReadOnce(Stream(), 30, S_OK).size(), 16u);
   EXPECT_EQ(ReadOnce(Stream(), 30, kOtherSuccess), Bytes{});
   // A write is the stream's, unless nothing came out to be written.
   writing.Choose();
-  EXPECT_EQ(WriteAll(Stream(), Pattern(5)), S_OK);
-  EXPECT_EQ(Write(Stream(), Pattern(16)), (Moved{kOtherSuccess, 16}));
+  EXPECT_EQ(WriteAll(Stream(), PatternBytes(5)), S_OK);
+  EXPECT_EQ(Write(Stream(), PatternBytes(16)), (Moved{kOtherSuccess, 16}));
   EXPECT_EQ(writing.Finalize(), kOtherSuccess);
 }
 
@@ -153,12 +156,12 @@ TEST_F(StreamCryptTest, EveryTruthValueButZeroDecrypts) {
     writing.Choose();
     EXPECT_EQ(reading.PutDecrypt(truth), S_OK);
     EXPECT_EQ(writing.PutDecrypt(truth), S_OK);
-    target.content = PeerAes(kKey, Pattern(16), true);
+    target.content = PeerAes(kKey, PatternBytes(16), true);
     target.position = 0;
-    EXPECT_EQ(ReadOnce(Stream(), 16), Pattern(16)) << truth;
+    EXPECT_EQ(ReadOnce(Stream(), 16), PatternBytes(16)) << truth;
     target.content.clear();
-    EXPECT_EQ(WriteAll(Stream(), PeerAes(kKey, Pattern(16), true)), S_OK);
-    EXPECT_EQ(target.content, Pattern(16)) << truth;
+    EXPECT_EQ(WriteAll(Stream(), PeerAes(kKey, PatternBytes(16), true)), S_OK);
+    EXPECT_EQ(target.content, PatternBytes(16)) << truth;
   }
 }
 
@@ -167,7 +170,7 @@ TEST_F(StreamCryptTest, AMissingTargetIsReportedBeforeAMissingKey) {
   uint8_t bytes[16] = {};
   EXPECT_EQ(Read(Stream(), bytes, 16), (Moved{S_FALSE, 0}));
   EXPECT_EQ(Read(Stream(), bytes, 0), (Moved{S_OK, 0}));
-  EXPECT_EQ(Write(Stream(), Pattern(16)), Moved{STG_E_CANTSAVE});
+  EXPECT_EQ(Write(Stream(), PatternBytes(16)), Moved{STG_E_CANTSAVE});
   EXPECT_EQ(writing.Finalize(), STG_E_CANTSAVE);
   ScriptedStream sink;
   EXPECT_EQ(Copy(Stream(), &sink, 1), Copied{STG_E_REVERTED});
@@ -182,24 +185,24 @@ TEST_F(StreamCryptTest, WithoutAKeyNothingMoves) {
       {"a new algorithm",
        [](const CryptSide& side) { EXPECT_EQ(side.Select(OLESTR("AES")), S_OK); }},
       {"a key of a wrong length",
-       [](const CryptSide& side) { EXPECT_EQ(side.SetKey(Pattern(9)), E_INVALIDARG); }},
+       [](const CryptSide& side) { EXPECT_EQ(side.SetKey(PatternBytes(9)), E_INVALIDARG); }},
       {"a key that was dropped", [](const CryptSide& side) {
          EXPECT_EQ(side.SetKey(kKey), S_OK);
          EXPECT_EQ(side.ResetKey(), S_OK);
        }}};
   Bind();
-  target.content = Pattern(64);
+  target.content = PatternBytes(64);
   for (const Row& row : rows) {
     SCOPED_TRACE(row.state);
     EachSide(row.make);
     uint8_t bytes[32] = {};
     EXPECT_EQ(Read(Stream(), bytes, 32), (Moved{E_UNEXPECTED, 0}));
-    EXPECT_EQ(Write(Stream(), Pattern(32)), Moved{E_UNEXPECTED});
+    EXPECT_EQ(Write(Stream(), PatternBytes(32)), Moved{E_UNEXPECTED});
     ScriptedStream sink;
     EXPECT_EQ(Copy(Stream(), &sink, 32), Copied{E_UNEXPECTED});
     EXPECT_TRUE(sink.write_sizes.empty());
     EXPECT_TRUE(target.read_sizes.empty());
-    EXPECT_EQ(target.content, Pattern(64));
+    EXPECT_EQ(target.content, PatternBytes(64));
     // What asks for no transfer is not refused.
     EXPECT_EQ(WriteAll(Stream(), Bytes{}), S_OK);
     EXPECT_EQ(Copy(Stream(), nullptr, 32), Copied{STG_E_INVALIDPOINTER});
@@ -211,14 +214,14 @@ TEST_F(StreamCryptTest, WithoutAKeyNothingMoves) {
 
 TEST_F(StreamCryptTest, AKeyThatCannotBeConvertedLeavesTheQueues) {
   StartWriting();
-  EXPECT_EQ(WriteAll(Stream(), Pattern(5)), S_OK);
+  EXPECT_EQ(WriteAll(Stream(), PatternBytes(5)), S_OK);
   EXPECT_EQ(writing.SetImpossibleKey(), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(writing.Finalize(), E_UNEXPECTED);
   EXPECT_EQ(writing.Finalize(), E_UNEXPECTED);
   EXPECT_TRUE(target.write_sizes.empty());
 
   // Only output is queued here, no partial block.
-  target.content = Pattern(16);
+  target.content = PatternBytes(16);
   reading.Choose();
   reading.Encrypt();
   EXPECT_EQ(ReadOnce(Stream(), 10), Bytes{});
@@ -231,7 +234,7 @@ TEST_F(StreamCryptTest, OneTransferAboveTheQueueLimitFails) {
   Bind();
   reading.Choose();
   writing.Choose();
-  const Bytes large = Pattern(kTooLong);
+  const Bytes large = PatternBytes(kTooLong);
   EXPECT_EQ(Write(Stream(), large), Moved{E_OUTOFMEMORY});
   EXPECT_TRUE(target.content.empty());
   EXPECT_EQ(writing.Reset(), S_OK);
@@ -246,7 +249,7 @@ TEST_F(StreamCryptTest, OneTransferAboveTheQueueLimitFails) {
   // A large request succeeds if the stream has little.
   target.position = kTooLong - 16;
   EXPECT_EQ(ReadOnce(Stream(), kTooLong, S_OK),
-            PeerAes(kKey, Slice(large, kTooLong - 16, 16), false));
+            PeerAes(kKey, Part(large, kTooLong - 16, 16), false));
 }
 
 // The bound stream is given queued bytes, which it must not be able to free.
@@ -264,15 +267,15 @@ TEST_F(StreamCryptTest, EnginesDoNotChangeInsideAStreamOperation) {
       EXPECT_EQ(side.ResetKey(), E_UNEXPECTED);
       EXPECT_EQ(side.PutDecrypt(VARIANT_TRUE), E_UNEXPECTED);
       EXPECT_EQ(side.Finalize(), E_UNEXPECTED);
-      EXPECT_EQ(side.Algorithm(), "AES");
+      EXPECT_EQ(side.Algorithm(), OLESTR("AES"));
     }
   };
   target.on_read = meddle;
   target.on_write = meddle;
-  EXPECT_EQ(WriteAll(Stream(), Pattern(20)), S_OK);
+  EXPECT_EQ(WriteAll(Stream(), PatternBytes(20)), S_OK);
   EXPECT_EQ(writing.Finalize(), S_OK);
-  EXPECT_EQ(target.content, PeerAes(kKey, Pattern(20), true));
-  EXPECT_EQ(ReadOnce(Stream(), 32), PeerAes(kKey, PeerAes(kKey, Pattern(20), true), false));
+  EXPECT_EQ(target.content, PeerAes(kKey, PatternBytes(20), true));
+  EXPECT_EQ(ReadOnce(Stream(), 32), PeerAes(kKey, PeerAes(kKey, PatternBytes(20), true), false));
   ScriptedStream sink;
   sink.on_write = meddle;
   target.position = 0;
@@ -281,4 +284,4 @@ TEST_F(StreamCryptTest, EnginesDoNotChangeInsideAStreamOperation) {
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

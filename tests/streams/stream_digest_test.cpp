@@ -1,17 +1,12 @@
 // ToviStreamDigest by early-bound calls: its members, reading and writing.
 #include "stream_sides.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
 constexpr HRESULT kBareNumber = 10104;
 
-struct Algorithm {
-  const OLECHAR* name;
-  const char* peer;
-};
-constexpr Algorithm kAlgorithms[] = {
-    {OLESTR("MD5"), "MD5"}, {OLESTR("SHA1"), "SHA1"}, {OLESTR("SHA256"), "SHA256"}};
+constexpr const OLECHAR* kAlgorithms[] = {OLESTR("MD5"), OLESTR("SHA1"), OLESTR("SHA256")};
 
 class StreamDigestTest : public FilterTest<IToviStreamDigest> {
  protected:
@@ -39,7 +34,7 @@ TEST_F(StreamDigestTest, WithoutAnAlgorithmResetsAndFinalizeAreNotInitialized) {
 
 TEST_F(StreamDigestTest, WithoutAnAlgorithmDigestsReturnTheBareNumberAndLeaveTheResult) {
   EachSide([&](const DigestSide& side) {
-    const OwnedBstr sentinel = Text(OLESTR("sentinel"));
+    const OwnedBstr sentinel = Bstr(OLESTR("sentinel"));
     BSTR text = sentinel.Get();
     EXPECT_EQ(side.GetValue(&text), kBareNumber);
     EXPECT_EQ(text, sentinel.Get());
@@ -65,12 +60,12 @@ TEST_F(StreamDigestTest, DigestsAndSwitchRefuseNullResultPointers) {
 TEST_F(StreamDigestTest, ChoosingAnAlgorithmNamesItAndSwitchesItsSideOn) {
   EachSide([&](const DigestSide& side) {
     const VARIANT_BOOL other = Other(side).Enabled();
-    for (const Algorithm& algorithm : kAlgorithms) {
+    for (const OLECHAR* algorithm : kAlgorithms) {
       EXPECT_EQ(side.Enable(0), S_OK);
-      side.Choose(algorithm.name);
-      EXPECT_EQ(side.Algorithm(), algorithm.peer);
+      side.Choose(algorithm);
+      EXPECT_EQ(side.Algorithm(), algorithm);
       EXPECT_EQ(side.Enabled(), 1);
-      EXPECT_EQ(side.Value(), PeerDigest(algorithm.peer, {}));
+      EXPECT_EQ(side.Value(), PeerText(algorithm, {}));
     }
     EXPECT_EQ(Other(side).Enabled(), other);
   });
@@ -81,7 +76,7 @@ TEST_F(StreamDigestTest, AnUnknownAlgorithmLeavesNoDigestAndTheSwitchAsItIs) {
     for (const VARIANT_BOOL enabled : {VARIANT_BOOL{0}, VARIANT_TRUE}) {
       side.Choose(OLESTR("SHA256"));
       EXPECT_EQ(side.Enable(enabled), S_OK);
-      EXPECT_EQ(side.Select(OLESTR("sha256")), kAlgorithmNotFound);
+      EXPECT_EQ(side.Select(OLESTR("sha256")), kNotFound);
       EXPECT_EQ(side.Enabled(), enabled);
       BSTR text = nullptr;
       EXPECT_EQ(side.GetValue(&text), kBareNumber);
@@ -101,34 +96,33 @@ TEST_F(StreamDigestTest, TheSwitchIsKeptAsGiven) {
 TEST_F(StreamDigestTest, BytesThatPassAreDigestedOnTheirSideOnly) {
   Bind();
   EachSide([&](const DigestSide& side) {
-    for (const Algorithm& algorithm : kAlgorithms) {
-      reading.Choose(algorithm.name);
-      writing.Choose(algorithm.name);
-      const Bytes first = Pattern(200, 1);
-      Bytes all = first;
+    for (const OLECHAR* algorithm : kAlgorithms) {
+      reading.Choose(algorithm);
+      writing.Choose(algorithm);
+      const Bytes first = PatternBytes(200, 1);
       Pass(side, first);
-      const Bytes second = Pattern(77, 2);
+      const Bytes second = PatternBytes(77, 2);
       Pass(side, second);
-      all.insert(all.end(), second.begin(), second.end());
-      EXPECT_EQ(side.Value(), PeerDigest(algorithm.peer, all));
-      EXPECT_EQ(Other(side).Value(), PeerDigest(algorithm.peer, {}));
+      const Bytes all = first + second;
+      EXPECT_EQ(side.Value(), PeerText(algorithm, all));
+      EXPECT_EQ(Other(side).Value(), PeerText(algorithm, {}));
       OwnedVariant binary;
       EXPECT_EQ(side.GetBinaryValue(binary.Put()), S_OK);
-      EXPECT_EQ(Hex(FromArray(binary.Value())), PeerDigest(algorithm.peer, all));
+      EXPECT_EQ(ReturnedBytes(binary.Value()), PeerDigest(algorithm, all));
     }
   });
 }
 
 TEST_F(StreamDigestTest, AFinalDigestStaysUntilItsSideStartsOver) {
   Bind();
-  const Bytes bytes = FromText("abc");
+  const Bytes bytes = BytesOf("abc");
   EachSide([&](const DigestSide& side) {
     side.Choose(OLESTR("SHA256"));
     Pass(side, bytes);
     EXPECT_EQ(side.Finalize(), S_OK);
-    const std::string digest = PeerDigest("SHA256", bytes);
+    const Text digest = PeerText(OLESTR("SHA256"), bytes);
     EXPECT_EQ(side.Value(), digest);
-    Pass(side, FromText("more"));
+    Pass(side, BytesOf("more"));
     EXPECT_EQ(side.Value(), digest);
     EXPECT_EQ(side.Finalize(), S_OK);
     EXPECT_NE(side.Value(), digest);
@@ -143,23 +137,23 @@ TEST_F(StreamDigestTest, AKeyMakesItsSideAnHmac) {
   EachSide([&](const DigestSide& side) {
     side.Choose(OLESTR("MD5"));
     EXPECT_EQ(side.Key(), kNoKey);
-    Pass(side, FromText("dropped by the key"));
-    EXPECT_EQ(side.SetKey(FromText("Jefe")), S_OK);
-    EXPECT_EQ(side.Key(), FromText("Jefe"));
-    Pass(side, FromText("what do ya want for nothing?"));
-    EXPECT_EQ(side.Value(), "750C783E6AB0B503EAA86E310A5DB738");
+    Pass(side, BytesOf("dropped by the key"));
+    EXPECT_EQ(side.SetKey(BytesOf("Jefe")), S_OK);
+    EXPECT_EQ(side.Key(), BytesOf("Jefe"));
+    Pass(side, BytesOf("what do ya want for nothing?"));
+    EXPECT_EQ(side.Value(), OLESTR("750C783E6AB0B503EAA86E310A5DB738"));
     EXPECT_EQ(side.Reset(), S_OK);
-    Pass(side, FromText("what do ya want for nothing?"));
-    EXPECT_EQ(side.Value(), "750C783E6AB0B503EAA86E310A5DB738");
+    Pass(side, BytesOf("what do ya want for nothing?"));
+    EXPECT_EQ(side.Value(), OLESTR("750C783E6AB0B503EAA86E310A5DB738"));
     EXPECT_EQ(side.ResetKey(), S_OK);
-    Pass(side, FromText("abc"));
-    EXPECT_EQ(side.Value(), PeerDigest("MD5", FromText("abc")));
+    Pass(side, BytesOf("abc"));
+    EXPECT_EQ(side.Value(), PeerText(OLESTR("MD5"), BytesOf("abc")));
   });
 }
 
 TEST_F(StreamDigestTest, TransfersOfNoBytesArePassedOn) {
   Bind();
-  target.content = Pattern(8);
+  target.content = PatternBytes(8);
   target.write_status = kOtherSuccess;
   for (const bool chosen : {false, true}) {
     if (chosen) {
@@ -177,17 +171,17 @@ TEST_F(StreamDigestTest, TransfersOfNoBytesArePassedOn) {
 
 TEST_F(StreamDigestTest, TheStreamsOwnSuccessCodesAreReturnedUnlessDigested) {
   Bind();
-  target.content = Pattern(8);
+  target.content = PatternBytes(8);
   target.short_read_status = target.write_status = kOtherSuccess;
   EXPECT_EQ(ReadOnce(Stream(), 10, kOtherSuccess), target.content);
-  EXPECT_EQ(WriteAll(Stream(), Pattern(3)), kOtherSuccess);
+  EXPECT_EQ(WriteAll(Stream(), PatternBytes(3)), kOtherSuccess);
   reading.Choose(OLESTR("MD5"));
   writing.Choose(OLESTR("MD5"));
-  target.content = Pattern(8);
+  target.content = PatternBytes(8);
   target.position = 0;
   EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), target.content);
   EXPECT_EQ(ReadOnce(Stream(), 10, kOtherSuccess), Bytes{});
-  EXPECT_EQ(WriteAll(Stream(), Pattern(3)), S_OK);
+  EXPECT_EQ(WriteAll(Stream(), PatternBytes(3)), S_OK);
 }
 
 TEST_F(StreamDigestTest, EveryTruthValueButZeroSwitchesOn) {
@@ -196,8 +190,8 @@ TEST_F(StreamDigestTest, EveryTruthValueButZeroSwitchesOn) {
     for (const VARIANT_BOOL truth : {VARIANT_BOOL{2}, VARIANT_BOOL{256}, VARIANT_BOOL{-32768}}) {
       side.Choose(OLESTR("MD5"));
       EXPECT_EQ(side.Enable(truth), S_OK);
-      Pass(side, FromText("abc"));
-      EXPECT_EQ(side.Value(), PeerDigest("MD5", FromText("abc"))) << truth;
+      Pass(side, BytesOf("abc"));
+      EXPECT_EQ(side.Value(), PeerText(OLESTR("MD5"), BytesOf("abc"))) << truth;
     }
   });
 }
@@ -205,66 +199,64 @@ TEST_F(StreamDigestTest, EveryTruthValueButZeroSwitchesOn) {
 TEST_F(StreamDigestTest, ADigestedShortReadIsASuccess) {
   Bind();
   reading.Choose(OLESTR("SHA1"));
-  target.content = FromText("hello");
-  EXPECT_EQ(ReadOnce(Stream(), 100, S_OK), FromText("hello"));
+  target.content = BytesOf("hello");
+  EXPECT_EQ(ReadOnce(Stream(), 100, S_OK), BytesOf("hello"));
   EXPECT_EQ(target.read_sizes, std::vector<ULONG>{100});
   // The end itself is the target's to report.
   EXPECT_EQ(ReadOnce(Stream(), 100, S_FALSE), Bytes{});
-  EXPECT_EQ(reading.Value(), PeerDigest("SHA1", FromText("hello")));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("SHA1"), BytesOf("hello")));
 }
 
 TEST_F(StreamDigestTest, AShortReadThatIsNotDigestedKeepsTheTargetsStatus) {
   Bind();
   reading.Choose(OLESTR("SHA1"));
   EXPECT_EQ(reading.Enable(VARIANT_FALSE), S_OK);
-  target.content = FromText("hello");
-  EXPECT_EQ(ReadOnce(Stream(), 100, S_FALSE), FromText("hello"));
-  EXPECT_EQ(reading.Value(), PeerDigest("SHA1", {}));
-  EXPECT_EQ(reading.Select(OLESTR("none")), kAlgorithmNotFound);
+  target.content = BytesOf("hello");
+  EXPECT_EQ(ReadOnce(Stream(), 100, S_FALSE), BytesOf("hello"));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("SHA1"), {}));
+  EXPECT_EQ(reading.Select(OLESTR("none")), kNotFound);
   EXPECT_EQ(reading.Enable(VARIANT_TRUE), S_OK);
   target.position = 0;
-  EXPECT_EQ(ReadOnce(Stream(), 100, S_FALSE), FromText("hello"));
+  EXPECT_EQ(ReadOnce(Stream(), 100, S_FALSE), BytesOf("hello"));
 }
 
 TEST_F(StreamDigestTest, AFailingReadReportsItsBytesButDigestsNone) {
   Bind();
   reading.Choose(OLESTR("SHA256"));
-  target.content = Pattern(50);
+  target.content = PatternBytes(50);
   target.failing_read = 2;
   target.moved_by_failure = 3;
-  EXPECT_EQ(ReadOnce(Stream(), 10), Slice(target.content, 0, 10));
+  EXPECT_EQ(ReadOnce(Stream(), 10), Head(target.content, 10));
   uint8_t bytes[10];
   EXPECT_EQ(Read(Stream(), bytes, 10), (Moved{kStreamFailure, 3}));
   EXPECT_EQ(Stream()->Read(bytes, 10, nullptr), S_OK);
-  Bytes digested = Slice(target.content, 0, 10);
-  const Bytes last = Slice(target.content, 13, 10);
-  digested.insert(digested.end(), last.begin(), last.end());
-  EXPECT_EQ(reading.Value(), PeerDigest("SHA256", digested));
+  const Bytes digested = Head(target.content, 10) + Part(target.content, 13, 10);
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("SHA256"), digested));
 }
 
 TEST_F(StreamDigestTest, WriteWithoutATargetDigestsAlone) {
   writing.Choose(OLESTR("SHA1"));
-  EXPECT_EQ(WriteAll(Stream(), FromText("abc")), S_OK);
-  EXPECT_EQ(writing.Value(), "A9993E364706816ABA3E25717850C26C9CD0D89D");
+  EXPECT_EQ(WriteAll(Stream(), BytesOf("abc")), S_OK);
+  EXPECT_EQ(writing.Value(), OLESTR("A9993E364706816ABA3E25717850C26C9CD0D89D"));
 }
 
 TEST_F(StreamDigestTest, WriteWithoutATargetSetsOnlyACounterThatWasNotZero) {
   writing.Choose(OLESTR("MD5"));
   ULONG count = 0;
-  EXPECT_EQ(WriteAll(Stream(), FromText("abc"), &count), S_OK);
+  EXPECT_EQ(WriteAll(Stream(), BytesOf("abc"), &count), S_OK);
   EXPECT_EQ(count, 0u);
-  EXPECT_EQ(Write(Stream(), FromText("de")), (Moved{S_OK, 2}));
+  EXPECT_EQ(Write(Stream(), BytesOf("de")), (Moved{S_OK, 2}));
   // Nothing to digest is no failure, and counts.
   EXPECT_EQ(Write(Stream(), Bytes{}), (Moved{S_OK, 0}));
-  EXPECT_EQ(writing.Value(), PeerDigest("MD5", FromText("abcde")));
+  EXPECT_EQ(writing.Value(), PeerText(OLESTR("MD5"), BytesOf("abcde")));
 }
 
 TEST_F(StreamDigestTest, WriteWithoutTargetAndDigestDoesNothing) {
-  EXPECT_EQ(Write(Stream(), FromText("abc")), Moved{S_OK});
+  EXPECT_EQ(Write(Stream(), BytesOf("abc")), Moved{S_OK});
   writing.Choose(OLESTR("MD5"));
   EXPECT_EQ(writing.Enable(VARIANT_FALSE), S_OK);
-  EXPECT_EQ(Write(Stream(), FromText("abc")), Moved{S_OK});
-  EXPECT_EQ(writing.Value(), PeerDigest("MD5", {}));
+  EXPECT_EQ(Write(Stream(), BytesOf("abc")), Moved{S_OK});
+  EXPECT_EQ(writing.Value(), PeerText(OLESTR("MD5"), {}));
 }
 
 TEST_F(StreamDigestTest, APartialWriteDigestsWhatWasWritten) {
@@ -272,10 +264,10 @@ TEST_F(StreamDigestTest, APartialWriteDigestsWhatWasWritten) {
   writing.Choose(OLESTR("SHA256"));
   target.largest_write = 4;
   target.write_status = S_FALSE;
-  EXPECT_EQ(Write(Stream(), FromText("abcdefgh")), (Moved{S_OK, 4}));
-  EXPECT_EQ(target.content, FromText("abcd"));
-  EXPECT_EQ(WriteAll(Stream(), FromText("xy")), S_OK);
-  EXPECT_EQ(writing.Value(), PeerDigest("SHA256", FromText("abcdxy")));
+  EXPECT_EQ(Write(Stream(), BytesOf("abcdefgh")), (Moved{S_OK, 4}));
+  EXPECT_EQ(target.content, BytesOf("abcd"));
+  EXPECT_EQ(WriteAll(Stream(), BytesOf("xy")), S_OK);
+  EXPECT_EQ(writing.Value(), PeerText(OLESTR("SHA256"), BytesOf("abcdxy")));
 }
 
 TEST_F(StreamDigestTest, AWriteOfNoBytesKeepsTheTargetsStatus) {
@@ -283,8 +275,8 @@ TEST_F(StreamDigestTest, AWriteOfNoBytesKeepsTheTargetsStatus) {
   writing.Choose(OLESTR("MD5"));
   target.largest_write = 0;
   target.write_status = kOtherSuccess;
-  EXPECT_EQ(Write(Stream(), FromText("abc")), (Moved{kOtherSuccess, 0}));
-  EXPECT_EQ(writing.Value(), PeerDigest("MD5", {}));
+  EXPECT_EQ(Write(Stream(), BytesOf("abc")), (Moved{kOtherSuccess, 0}));
+  EXPECT_EQ(writing.Value(), PeerText(OLESTR("MD5"), {}));
 }
 
 TEST_F(StreamDigestTest, AFailingWriteReportsItsBytesButDigestsNone) {
@@ -293,8 +285,8 @@ TEST_F(StreamDigestTest, AFailingWriteReportsItsBytesButDigestsNone) {
   target.failing_write = 1;
   target.moved_by_failure = 2;
   target.failure = STG_E_MEDIUMFULL;
-  EXPECT_EQ(Write(Stream(), FromText("abc")), (Moved{STG_E_MEDIUMFULL, 2}));
-  EXPECT_EQ(writing.Value(), PeerDigest("MD5", {}));
+  EXPECT_EQ(Write(Stream(), BytesOf("abc")), (Moved{STG_E_MEDIUMFULL, 2}));
+  EXPECT_EQ(writing.Value(), PeerText(OLESTR("MD5"), {}));
 }
 
 TEST_F(StreamDigestTest, WritesPassUndigestedWhenSwitchedOff) {
@@ -302,19 +294,19 @@ TEST_F(StreamDigestTest, WritesPassUndigestedWhenSwitchedOff) {
   writing.Choose(OLESTR("MD5"));
   EXPECT_EQ(writing.Enable(VARIANT_FALSE), S_OK);
   target.write_status = S_FALSE;
-  EXPECT_EQ(Write(Stream(), FromText("abc")), (Moved{S_FALSE, 3}));
-  EXPECT_EQ(target.content, FromText("abc"));
-  EXPECT_EQ(writing.Value(), PeerDigest("MD5", {}));
+  EXPECT_EQ(Write(Stream(), BytesOf("abc")), (Moved{S_FALSE, 3}));
+  EXPECT_EQ(target.content, BytesOf("abc"));
+  EXPECT_EQ(writing.Value(), PeerText(OLESTR("MD5"), {}));
 }
 
 TEST_F(StreamDigestTest, ATargetMayChangeTheAlgorithmFromInside) {
   Bind();
   reading.Choose(OLESTR("MD5"));
-  target.content = FromText("abcdef");
+  target.content = BytesOf("abcdef");
   target.on_read = [&] { reading.Choose(OLESTR("SHA1")); };
-  EXPECT_EQ(ReadOnce(Stream(), 6), FromText("abcdef"));
-  EXPECT_EQ(reading.Value(), PeerDigest("SHA1", FromText("abcdef")));
+  EXPECT_EQ(ReadOnce(Stream(), 6), BytesOf("abcdef"));
+  EXPECT_EQ(reading.Value(), PeerText(OLESTR("SHA1"), BytesOf("abcdef")));
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

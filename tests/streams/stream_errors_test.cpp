@@ -1,85 +1,82 @@
 // Error descriptions of failing members, and members that publish none.
 #include "stream_test_kit.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
-// Takes the thread's error description; empty if there is none.
-std::string TakeDescription() {
-  OwnedReference<IErrorInfo> error;
-  if (GetErrorInfo(0, error.Put()) != S_OK) return "";
-  OwnedBstr text;
-  EXPECT_EQ(error->GetDescription(text.Put()), S_OK);
-  return Narrow(text.Get());
-}
-
-const char kNoInterfaceText[] =
-    "The object does not support IStream interface nor it is a ToviStream object.";
-const char kNoStreamText[] = "No stream has been set yet.";
-const char kNotFoundText[] = "Algorithm not found.";
-const char kNotInitializedText[] = "Not initialized.";
+constexpr OLECHAR kNoStreamInterfaceText[] =
+    OLESTR("The object does not support IStream interface nor it is a ToviStream object.");
+constexpr OLECHAR kNoStreamText[] = OLESTR("No stream has been set yet.");
+constexpr OLECHAR kNotFoundText[] = OLESTR("Algorithm not found.");
+constexpr OLECHAR kNotInitializedText[] = OLESTR("Not initialized.");
 
 template <typename Dual>
-void ExpectSharedErrors() {
-  TakeDescription();
-  const Filter<Dual> filter;
+class StreamErrorsTest : public testing::Test {
+ protected:
+  StreamErrorsTest() { SetErrorInfo(0, nullptr); }
+
+  Filter<Dual> filter_;
+};
+using Duals = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
+TYPED_TEST_SUITE(StreamErrorsTest, Duals);
+
+TYPED_TEST(StreamErrorsTest, FailuresAreDescribed) {
+  const Filter<TypeParam>& filter = this->filter_;
   ScriptedStream target;
   target.is_stream = false;
   EXPECT_EQ(filter->putref_Stream(&target), kNoStreamInterface);
-  EXPECT_EQ(TakeDescription(), kNoInterfaceText);
+  ExpectError(kNoStreamInterfaceText);
   IUnknown* out = nullptr;
   EXPECT_EQ(filter->get_Stream(&out), kNoStream);
-  EXPECT_EQ(TakeDescription(), kNoStreamText);
-  const OwnedBstr unknown = Text(OLESTR("Sha1"));
-  EXPECT_EQ(filter->put_ReadAlgorithm(unknown.Get()), kAlgorithmNotFound);
-  EXPECT_EQ(TakeDescription(), kNotFoundText);
-  EXPECT_EQ(filter->put_WriteAlgorithm(unknown.Get()), kAlgorithmNotFound);
-  EXPECT_EQ(TakeDescription(), kNotFoundText);
+  ExpectError(kNoStreamText);
+  const OwnedBstr unknown = Bstr(OLESTR("Sha1"));
+  EXPECT_EQ(filter->put_ReadAlgorithm(unknown.Get()), kNotFound);
+  ExpectError(kNotFoundText);
+  EXPECT_EQ(filter->put_WriteAlgorithm(unknown.Get()), kNotFound);
+  ExpectError(kNotFoundText);
   OwnedVariant key;
   EXPECT_EQ(filter->get_ReadKey(key.Put()), kNotInitialized);
-  EXPECT_EQ(TakeDescription(), kNotInitializedText);
+  ExpectError(kNotInitializedText);
   EXPECT_EQ(filter->put_WriteKey(key.Value()), kNotInitialized);
-  EXPECT_EQ(TakeDescription(), kNotInitializedText);
-  // Stream operations and null pointers publish nothing.
+  ExpectError(kNotInitializedText);
+}
+
+TYPED_TEST(StreamErrorsTest, StreamOperationsAndNullPointersAreNotDescribed) {
+  const Filter<TypeParam>& filter = this->filter_;
   uint8_t byte = 0;
   EXPECT_EQ(filter.Stream()->Revert(), STG_E_REVERTED);
   EXPECT_EQ(filter.Stream()->Read(nullptr, 1, nullptr), E_POINTER);
   EXPECT_EQ(filter.Stream()->Read(&byte, 1, nullptr), S_FALSE);
   EXPECT_EQ(filter->putref_Stream(nullptr), E_POINTER);
   EXPECT_EQ(filter->get_Stream(nullptr), E_POINTER);
-  EXPECT_EQ(TakeDescription(), "");
+  ExpectNoError();
 }
 
-TEST(StreamErrorsTest, BothFiltersDescribeTheirFailures) {
-  ExpectSharedErrors<IToviStreamDigest>();
-  ExpectSharedErrors<IToviStreamCrypt>();
-}
+using StreamDigestErrorsTest = StreamErrorsTest<IToviStreamDigest>;
 
-TEST(StreamErrorsTest, TheDigestReadersPublishNothing) {
-  TakeDescription();
-  const DigestFilter filter;
+TEST_F(StreamDigestErrorsTest, ReadersOfADigestDescribeNothing) {
   BSTR text = nullptr;
-  EXPECT_EQ(filter->get_ReadValue(&text), 10104);
-  EXPECT_EQ(filter->get_WriteBinaryValue(nullptr), E_POINTER);
-  EXPECT_EQ(TakeDescription(), "");
-  EXPECT_EQ(filter->ReadReset(), kNotInitialized);
-  EXPECT_EQ(TakeDescription(), kNotInitializedText);
-  EXPECT_EQ(filter->WriteFinalize(), kNotInitialized);
-  EXPECT_EQ(TakeDescription(), kNotInitializedText);
+  EXPECT_EQ(filter_->get_ReadValue(&text), 10104);
+  EXPECT_EQ(filter_->get_WriteBinaryValue(nullptr), E_POINTER);
+  ExpectNoError();
+  EXPECT_EQ(filter_->ReadReset(), kNotInitialized);
+  ExpectError(kNotInitializedText);
+  EXPECT_EQ(filter_->WriteFinalize(), kNotInitialized);
+  ExpectError(kNotInitializedText);
 }
 
-TEST(StreamErrorsTest, AMissingKeyOfACipherIsNoDescribedFailure) {
-  TakeDescription();
-  ScriptedStream target(Pattern(16));
+TEST(StreamCryptErrorsTest, AMissingKeyOfACipherIsNoDescribedFailure) {
+  SetErrorInfo(0, nullptr);
+  ScriptedStream target(PatternBytes(16));
   const CryptFilter filter(&target);
-  EXPECT_EQ(filter->put_ReadAlgorithm(Text(OLESTR("AES")).Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
   uint8_t byte = 0;
   EXPECT_EQ(filter.Stream()->Read(&byte, 1, nullptr), E_UNEXPECTED);
   EXPECT_EQ(filter->WriteFinalize(), S_OK);
-  EXPECT_EQ(TakeDescription(), "");
+  ExpectNoError();
   EXPECT_EQ(filter->put_WritePadType(1), kNotInitialized);
-  EXPECT_EQ(TakeDescription(), kNotInitializedText);
+  ExpectError(kNotInitializedText);
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

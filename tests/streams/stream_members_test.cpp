@@ -1,7 +1,9 @@
 // What both filters have in common: algorithms, keys, and transfers without a target.
+#include "calling_object.h"
+#include "fake_object.h"
 #include "stream_sides.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
 // What a filter calls its algorithms.
@@ -41,17 +43,17 @@ TYPED_TEST(StreamMembersTest, AnUnknownAlgorithmIsNotFoundAndLeavesNone) {
   this->EachSide([](const auto& side) {
     const auto expect_none = [&side](BSTR name) {
       side.Choose(Names<TypeParam>::kKnown);
-      EXPECT_EQ(side.PutAlgorithm(name), kAlgorithmNotFound);
-      EXPECT_EQ(side.Algorithm(), "");
+      EXPECT_EQ(side.PutAlgorithm(name), kNotFound);
+      EXPECT_EQ(side.Algorithm(), OLESTR(""));
       EXPECT_EQ(side.SetKey(kKey), kNotInitialized);
     };
     for (const OLECHAR* name : Names<TypeParam>::kUnknown) {
-      SCOPED_TRACE(Narrow(Text(name).Get()));
-      expect_none(Text(name).Get());
+      SCOPED_TRACE(testing::PrintToString(Text(name)));
+      expect_none(Bstr(name).Get());
     }
     {
       SCOPED_TRACE("the whole text counts, also from a zero character on");
-      const OwnedBstr known = Text(Names<TypeParam>::kKnown);
+      const OwnedBstr known = Bstr(Names<TypeParam>::kKnown);
       expect_none(OwnedBstr(SysAllocStringLen(known.Get(), SysStringLen(known.Get()) + 1)).Get());
     }
     SCOPED_TRACE("null");
@@ -61,7 +63,7 @@ TYPED_TEST(StreamMembersTest, AnUnknownAlgorithmIsNotFoundAndLeavesNone) {
 
 TYPED_TEST(StreamMembersTest, WithoutAnAlgorithmThereIsNoKey) {
   this->EachSide([](const auto& side) {
-    EXPECT_EQ(side.Algorithm(), "");
+    EXPECT_EQ(side.Algorithm(), OLESTR(""));
     OwnedVariant key;
     EXPECT_EQ(side.GetKey(key.Put()), kNotInitialized);
     EXPECT_EQ(side.SetKey(kKey), kNotInitialized);
@@ -74,21 +76,16 @@ TYPED_TEST(StreamMembersTest, TextKeysAreEncodedByTheCodePage) {
     LONG code_page;
     Bytes character;
   };
-  const OwnedBstr text = Text(OLESTR("\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9"));
-  VARIANT value;
-  V_VT(&value) = VT_BSTR;
-  V_BSTR(&value) = text.Get();
+  const TestValue text = TextValue(OLESTR("\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9"));
   this->EachSide([&](const auto& side) {
     EXPECT_EQ(side.Select(Names<TypeParam>::kTextKeyed), S_OK);
     for (const Row& row :
          {Row{-1, {0xE9, 0}}, Row{-2, {0xE9, 0}}, Row{1252, {0xE9}}, Row{65001, {0xC3, 0xA9}}}) {
       SCOPED_TRACE(row.code_page);
       EXPECT_EQ(this->filter->put_codePage(row.code_page), S_OK);
-      EXPECT_EQ(side.PutKey(value), S_OK);
+      EXPECT_EQ(side.PutKey(text), S_OK);
       Bytes expected;
-      for (int i = 0; i < 8; ++i) {
-        expected.insert(expected.end(), row.character.begin(), row.character.end());
-      }
+      for (int i = 0; i < 8; ++i) expected = expected + row.character;
       EXPECT_EQ(side.Key(), expected);
     }
   });
@@ -97,18 +94,18 @@ TYPED_TEST(StreamMembersTest, TextKeysAreEncodedByTheCodePage) {
 TYPED_TEST(StreamMembersTest, TheDefaultValueOfAnObjectIsAKey) {
   this->EachSide([](const auto& side) {
     EXPECT_EQ(side.Select(Names<TypeParam>::kTextKeyed), S_OK);
-    TextObject key(OLESTR("eightchr"), [] {});
-    EXPECT_EQ(side.PutKey(key.Value()), S_OK);
-    EXPECT_EQ(side.Key(), FromText("eightchr"));
+    FakeObject key(TextValue(OLESTR("eightchr")));
+    EXPECT_EQ(side.PutKey(ObjectValue(&key)), S_OK);
+    EXPECT_EQ(side.Key(), BytesOf("eightchr"));
   });
 }
 
 TYPED_TEST(StreamMembersTest, AKeyThatRemovesItsAlgorithmWhileItIsReadIsRefused) {
   this->EachSide([](const auto& side) {
     EXPECT_EQ(side.Select(Names<TypeParam>::kTextKeyed), S_OK);
-    TextObject key(OLESTR("eightchr"),
-                   [&] { EXPECT_EQ(side.PutAlgorithm(nullptr), kAlgorithmNotFound); });
-    EXPECT_EQ(side.PutKey(key.Value()), kNotInitialized);
+    CallingObject key([&] { EXPECT_EQ(side.PutAlgorithm(nullptr), kNotFound); },
+                      OLESTR("eightchr"));
+    EXPECT_EQ(side.PutKey(ObjectValue(&key)), kNotInitialized);
   });
 }
 
@@ -152,4 +149,4 @@ TYPED_TEST(StreamMembersTest, CopyToNeedsATargetThenADestination) {
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

@@ -5,27 +5,24 @@
 #include "portable/test_hooks.h"
 #include "stream_test_kit.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
-const Bytes kKey = Pattern(16, 8);
+const Bytes kKey = PatternBytes(16, 8);
 
 class StreamMemoryTest : public testing::Test {
  protected:
-  StreamMemoryTest() : aes_(Text(OLESTR("AES"))), md5_(Text(OLESTR("MD5"))) {
-    *key_.Put() = ByteArray(kKey);
-  }
   void TearDown() override {
     failure_.reset();
     MiroltaFailAllocationAfter(-1);
   }
   void FailNext() { failure_.emplace(0); }
 
-  OwnedBstr aes_;
-  OwnedBstr md5_;
-  OwnedVariant key_;
+  OwnedBstr aes_ = Bstr(OLESTR("AES"));
+  OwnedBstr md5_ = Bstr(OLESTR("MD5"));
+  TestValue key_ = BytesValue(kKey);
   ScriptedStream target_;
-  std::optional<test::FailOneAllocation> failure_;
+  std::optional<FailOneAllocation> failure_;
 };
 
 TEST_F(StreamMemoryTest, AFilterWithoutMemoryIsNotMade) {
@@ -56,20 +53,20 @@ TEST_F(StreamMemoryTest, ACipherEngineWithoutMemoryIsNoFailureAndLeavesNone) {
   EXPECT_EQ(filter->put_WritePadType(5), S_OK);
   FailNext();
   EXPECT_EQ(filter->put_WriteAlgorithm(aes_.Get()), S_OK);
-  EXPECT_EQ(filter->put_WriteKey(key_.Value()), kNotInitialized);
+  EXPECT_EQ(filter->put_WriteKey(key_), kNotInitialized);
   EXPECT_EQ(filter->put_WritePadType(5), kNotInitialized);
   LONG pad = -1;
   EXPECT_EQ(filter->get_WritePadType(&pad), S_OK);
   EXPECT_EQ(pad, 0);
-  EXPECT_EQ(WriteAll(filter.Stream(), FromText("plain")), S_OK);
-  EXPECT_EQ(target_.content, FromText("plain"));
+  EXPECT_EQ(WriteAll(filter.Stream(), BytesOf("plain")), S_OK);
+  EXPECT_EQ(target_.content, BytesOf("plain"));
 }
 
 TEST_F(StreamMemoryTest, AReadWithoutRoomTakesNothingFromTheStream) {
   const CryptFilter filter(&target_);
   EXPECT_EQ(filter->put_ReadAlgorithm(aes_.Get()), S_OK);
-  EXPECT_EQ(filter->put_ReadKey(key_.Value()), S_OK);
-  target_.content = Pattern(32);
+  EXPECT_EQ(filter->put_ReadKey(key_), S_OK);
+  target_.content = PatternBytes(32);
   uint8_t bytes[32];
   ULONG got = kUntouched;
   FailNext();
@@ -114,8 +111,8 @@ TEST_F(StreamMemoryTest, AResultWithoutMemoryIsReportedAndEmpty) {
     EXPECT_EQ(digest->put_ReadAlgorithm(md5_.Get()), S_OK);
     EXPECT_EQ(crypt->put_WriteAlgorithm(aes_.Get()), S_OK);
   }
-  EXPECT_EQ(digest->put_ReadKey(key_.Value()), S_OK);
-  EXPECT_EQ(crypt->put_WriteKey(key_.Value()), S_OK);
+  EXPECT_EQ(digest->put_ReadKey(key_), S_OK);
+  EXPECT_EQ(crypt->put_WriteKey(key_), S_OK);
   FailEach([&] { return freed(digest->get_ReadValue(&text)); }, no_text);
   OwnedVariant value;
   const auto no_value = [&] { EXPECT_EQ(value.Type(), VT_EMPTY); };
@@ -126,19 +123,19 @@ TEST_F(StreamMemoryTest, AResultWithoutMemoryIsReportedAndEmpty) {
 
 TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
   static const char kSecret[] = "plaintext to hide and not to leave behind here..";
-  const Bytes secret = FromText(kSecret);
+  const Bytes secret = BytesOf(kSecret);
   std::vector<std::vector<uint8_t>> secrets = {{kKey.begin(), kKey.begin() + 8}};
   for (int at = 0; at < 24; at += 8)
     secrets.emplace_back(secret.begin() + at, secret.begin() + at + 8);
-  std::optional<test::WatchFreedMemory> watch;
+  std::optional<WatchFreedMemory> watch;
   ScriptedStream sink;
   {
     const CryptFilter filter(&target_);
     EXPECT_EQ(filter->put_ReadDecrypt(VARIANT_FALSE), S_OK);
     EXPECT_EQ(filter->put_ReadAlgorithm(aes_.Get()), S_OK);
-    EXPECT_EQ(filter->put_ReadKey(key_.Value()), S_OK);
+    EXPECT_EQ(filter->put_ReadKey(key_), S_OK);
     EXPECT_EQ(filter->put_WriteAlgorithm(aes_.Get()), S_OK);
-    EXPECT_EQ(filter->put_WriteKey(key_.Value()), S_OK);
+    EXPECT_EQ(filter->put_WriteKey(key_), S_OK);
     target_.content = secret;
     target_.content.reserve(10000);
     uint8_t bytes[40];
@@ -161,4 +158,4 @@ TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

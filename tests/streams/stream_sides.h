@@ -7,7 +7,7 @@
 
 #include "stream_test_kit.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 
 inline const std::optional<Bytes> kNoKey;
 
@@ -36,24 +36,20 @@ class FilterSide {
   HRESULT ResetKey() const { return writes_ ? filter_->WriteResetKey() : filter_->ReadResetKey(); }
   HRESULT Finalize() const { return writes_ ? filter_->WriteFinalize() : filter_->ReadFinalize(); }
 
-  HRESULT Select(const OLECHAR* name) const { return PutAlgorithm(Text(name).Get()); }
-  std::string Algorithm() const {
+  HRESULT Select(const OLECHAR* name) const { return PutAlgorithm(Bstr(name).Get()); }
+  Text Algorithm() const {
     OwnedBstr name;
     EXPECT_EQ(GetAlgorithm(name.Put()), S_OK);
     EXPECT_NE(name.Get(), nullptr);
-    return Narrow(name.Get());
+    return TextOf(name.Get());
   }
-  HRESULT SetKey(const Bytes& key) const {
-    OwnedVariant value;
-    *value.Put() = ByteArray(key);
-    return PutKey(value.Value());
-  }
+  HRESULT SetKey(const Bytes& key) const { return PutKey(BytesValue(key)); }
   // The key as it reads back; kNoKey for VT_EMPTY.
   std::optional<Bytes> Key() const {
     OwnedVariant key;
     EXPECT_EQ(GetKey(key.Put()), S_OK);
     if (key.Type() == VT_EMPTY) return std::nullopt;
-    return FromArray(key.Value());
+    return ReturnedBytes(key.Value());
   }
 
  protected:
@@ -78,10 +74,10 @@ class DigestSide : public FilterSide<IToviStreamDigest> {
   }
 
   void Choose(const OLECHAR* name) const { EXPECT_EQ(Select(name), S_OK); }
-  std::string Value() const {
+  Text Value() const {
     OwnedBstr text;
     EXPECT_EQ(GetValue(text.Put()), S_OK);
-    return Narrow(text.Get());
+    return TextOf(text.Get());
   }
   VARIANT_BOOL Enabled() const {
     VARIANT_BOOL value = 99;
@@ -90,7 +86,7 @@ class DigestSide : public FilterSide<IToviStreamDigest> {
   }
 };
 
-inline const Bytes kKey = Pattern(16, 99);
+inline const Bytes kKey = PatternBytes(16, 99);
 
 class CryptSide : public FilterSide<IToviStreamCrypt> {
  public:
@@ -115,14 +111,7 @@ class CryptSide : public FilterSide<IToviStreamCrypt> {
   void Decrypt() const { EXPECT_EQ(PutDecrypt(VARIANT_TRUE), S_OK); }
   void Encrypt() const { EXPECT_EQ(PutDecrypt(VARIANT_FALSE), S_OK); }
   // An array of numbers, which has no text either.
-  HRESULT SetImpossibleKey() const {
-    SAFEARRAYBOUND bound = {1, 0};
-    OwnedVariant key;
-    VARIANT* const array = key.Put();
-    V_VT(array) = VT_ARRAY | VT_I4;
-    V_ARRAY(array) = SafeArrayCreate(VT_I4, 1, &bound);
-    return PutKey(key.Value());
-  }
+  HRESULT SetImpossibleKey() const { return PutKey(ArrayValue(VT_I4, 1, {})); }
   LONG Pad() const {
     LONG value = -77;
     EXPECT_EQ(GetPad(&value), S_OK);
@@ -210,4 +199,4 @@ class FilterTest : public testing::Test {
 // A success that no part of a filter returns by itself.
 constexpr HRESULT kOtherSuccess = 0x00030200;
 
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

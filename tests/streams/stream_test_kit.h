@@ -3,40 +3,23 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "digest_peer.h"
+#include "error_slot.h"
 #include "mirolta.h"
 #include "owned_value.h"
+#include "test_values.h"
 #include "tovi_stream_crypt.h"
 #include "tovi_stream_digest.h"
 
-namespace mirolta::stream_test {
-
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes Pattern(size_t count, uint32_t seed = 1) {
-  Bytes bytes(count);
-  uint32_t state = seed * 2654435761u + 1;
-  for (uint8_t& byte : bytes) {
-    state = state * 1664525u + 1013904223u;
-    byte = static_cast<uint8_t>(state >> 24);
-  }
-  return bytes;
-}
-inline Bytes FromText(const char* text) {
-  return Bytes(text, text + std::strlen(text));
-}
-inline Bytes Slice(const Bytes& bytes, size_t from, size_t count) {
-  const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(from, bytes.size()));
-  return Bytes(begin, begin + std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(count),
-                                                       bytes.end() - begin));
-}
+namespace mirolta::test {
 
 constexpr ULONG kUntouched = 0xA5A5A5A5u;
 constexpr ULONGLONG kUntouchedTotal = 0xA5A5A5A5A5A5A5A5u;
@@ -211,101 +194,29 @@ class Filter {
 using DigestFilter = Filter<IToviStreamDigest>;
 using CryptFilter = Filter<IToviStreamCrypt>;
 
-inline OwnedBstr Text(const OLECHAR* text) {
+inline OwnedBstr Bstr(const OLECHAR* text) {
   return OwnedBstr(SysAllocString(text));
 }
-// A key as scripts give it.
-inline VARIANT ByteArray(const Bytes& bytes) {
-  VARIANT value;
-  VariantInit(&value);
-  SAFEARRAYBOUND bound = {static_cast<ULONG>(bytes.size()), 0};
-  SAFEARRAY* const array = SafeArrayCreate(VT_UI1, 1, &bound);
-  void* data = nullptr;
-  EXPECT_EQ(SafeArrayAccessData(array, &data), S_OK);
-  if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
-  SafeArrayUnaccessData(array);
-  V_VT(&value) = VT_ARRAY | VT_UI1;
-  V_ARRAY(&value) = array;
-  return value;
-}
-// An object whose default value is a text, with a hook for the read.
-class TextObject : public IDispatch {
- public:
-  TextObject(const OLECHAR* text, std::function<void()> on_read) : text_(text), on_read_(on_read) {}
-  virtual ~TextObject() = default;
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = nullptr;
-    if (iid != IID_IUnknown && iid != IID_IDispatch) return E_NOINTERFACE;
-    *out = static_cast<IDispatch*>(this);
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++references_); }
-  ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(--references_); }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return DISP_E_UNKNOWNNAME;
-  }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
-                                   EXCEPINFO*, UINT*) override {
-    if (id != DISPID_VALUE || result == nullptr) return DISP_E_MEMBERNOTFOUND;
-    on_read_();
-    V_VT(result) = VT_BSTR;
-    V_BSTR(result) = SysAllocString(text_);
-    return S_OK;
-  }
-  VARIANT Value() {
-    VARIANT value;
-    V_VT(&value) = VT_DISPATCH;
-    V_DISPATCH(&value) = this;
-    return value;
-  }
 
- private:
-  const OLECHAR* text_;
-  std::function<void()> on_read_;
-  LONG references_ = 1;
-};
-
-inline Bytes FromArray(const VARIANT& value) {
+// The bytes of an array as the filters return it.
+inline Bytes ReturnedBytes(const VARIANT& value) {
   EXPECT_EQ(V_VT(&value), VT_ARRAY | VT_UI1);
   if (V_VT(&value) != (VT_ARRAY | VT_UI1)) return {};
-  LONG low = -1;
-  LONG high = -1;
-  EXPECT_EQ(SafeArrayGetLBound(V_ARRAY(&value), 1, &low), S_OK);
-  EXPECT_EQ(SafeArrayGetUBound(V_ARRAY(&value), 1, &high), S_OK);
-  EXPECT_EQ(low, 0);
-  void* data = nullptr;
-  EXPECT_EQ(SafeArrayAccessData(V_ARRAY(&value), &data), S_OK);
-  const uint8_t* const bytes = static_cast<const uint8_t*>(data);
-  Bytes result(bytes, bytes + (high + 1));
-  SafeArrayUnaccessData(V_ARRAY(&value));
-  return result;
+  LONG lower = -1;
+  EXPECT_EQ(SafeArrayGetLBound(V_ARRAY(&value), 1, &lower), S_OK);
+  EXPECT_EQ(lower, 0);
+  return BytesOfArray(value);
 }
-inline std::string Narrow(BSTR text) {
-  std::string result;
-  for (UINT i = 0; i < SysStringLen(text); ++i) result += static_cast<char>(text[i]);
-  return result;
-}
-inline std::string Hex(const Bytes& bytes) {
-  std::string text;
-  for (const uint8_t byte : bytes) {
-    text += "0123456789ABCDEF"[byte >> 4];
-    text += "0123456789ABCDEF"[byte & 15];
+
+// The peer's digest of a whole buffer, as the classes write it.
+inline Text PeerText(const OLECHAR* name, const Bytes& bytes) {
+  Text text;
+  for (const char digit : HexOf(PeerDigest(name, bytes))) {
+    text += static_cast<OLECHAR>(std::toupper(digit));
   }
   return text;
 }
 
-// The peer's digest of a whole buffer; name is the peer's: "MD5", "SHA1", "SHA256".
-inline std::string PeerDigest(const char* name, const Bytes& bytes) {
-  uint8_t digest[EVP_MAX_MD_SIZE];
-  unsigned length = 0;
-  EXPECT_EQ(
-      EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_get_digestbyname(name), nullptr),
-      1);
-  return Hex(Bytes(digest, digest + length));
-}
 // The peer's block-by-block AES of a whole buffer, filled up with `pad`.
 inline Bytes PeerAes(const Bytes& key, Bytes bytes, bool encrypt, uint8_t pad = 0) {
   while (bytes.size() % 16 != 0) bytes.push_back(pad);
@@ -350,9 +261,4 @@ inline LARGE_INTEGER Move(LONGLONG value) {
   return large;
 }
 
-constexpr HRESULT kNoStreamInterface = MIROLTA_STATUS(0x80042775u);
-constexpr HRESULT kNoStream = MIROLTA_STATUS(0x80042776u);
-constexpr HRESULT kAlgorithmNotFound = MIROLTA_STATUS(0x80042777u);
-constexpr HRESULT kNotInitialized = MIROLTA_STATUS(0x80042778u);
-
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test

@@ -4,10 +4,10 @@
 
 #include "stream_test_kit.h"
 
-namespace mirolta::stream_test {
+namespace mirolta::test {
 namespace {
 
-const Bytes kKey = Pattern(16, 3);
+const Bytes kKey = PatternBytes(16, 3);
 
 constexpr int kThreads = 8;
 
@@ -34,40 +34,38 @@ class ExclusiveStream : public ScriptedStream {
 };
 
 void ChooseCipher(const CryptFilter& filter) {
-  OwnedVariant key;
-  *key.Put() = ByteArray(kKey);
-  EXPECT_EQ(filter->put_ReadAlgorithm(Text(OLESTR("AES")).Get()), S_OK);
-  EXPECT_EQ(filter->put_ReadKey(key.Value()), S_OK);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Text(OLESTR("AES")).Get()), S_OK);
-  EXPECT_EQ(filter->put_WriteKey(key.Value()), S_OK);
+  const TestValue key = BytesValue(kKey);
+  EXPECT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
+  EXPECT_EQ(filter->put_ReadKey(key), S_OK);
+  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
+  EXPECT_EQ(filter->put_WriteKey(key), S_OK);
 }
 
 TEST(StreamThreadsTest, WritesOfManyThreadsFollowEachOtherWhole) {
   constexpr int kWrites = 500;
   ExclusiveStream target;
   const DigestFilter digest(&target);
-  EXPECT_EQ(digest->put_WriteAlgorithm(Text(OLESTR("SHA1")).Get()), S_OK);
+  EXPECT_EQ(digest->put_WriteAlgorithm(Bstr(OLESTR("SHA1")).Get()), S_OK);
   const CryptFilter crypt(digest.Stream());
   ChooseCipher(crypt);
   RunOnEight([&] {
-    for (int i = 0; i < kWrites; ++i) EXPECT_EQ(WriteAll(crypt.Stream(), Pattern(16)), S_OK);
+    for (int i = 0; i < kWrites; ++i) EXPECT_EQ(WriteAll(crypt.Stream(), PatternBytes(16)), S_OK);
   });
   EXPECT_FALSE(target.shared);
-  const Bytes block = PeerAes(kKey, Pattern(16), true);
+  const Bytes block = PeerAes(kKey, PatternBytes(16), true);
   Bytes expected;
-  for (int i = 0; i < kThreads * kWrites; ++i)
-    expected.insert(expected.end(), block.begin(), block.end());
+  for (int i = 0; i < kThreads * kWrites; ++i) expected = std::move(expected) + block;
   EXPECT_EQ(target.content, expected);
   OwnedBstr value;
   EXPECT_EQ(digest->get_WriteValue(value.Put()), S_OK);
-  EXPECT_EQ(Narrow(value.Get()), PeerDigest("SHA1", expected));
+  EXPECT_EQ(TextOf(value.Get()), PeerText(OLESTR("SHA1"), expected));
 }
 
 TEST(StreamThreadsTest, ReadsOfManyThreadsShareTheStreamOut) {
   ExclusiveStream target;
-  target.content = Pattern(200000);
+  target.content = PatternBytes(200000);
   const DigestFilter digest(&target);
-  EXPECT_EQ(digest->put_ReadAlgorithm(Text(OLESTR("MD5")).Get()), S_OK);
+  EXPECT_EQ(digest->put_ReadAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
   std::atomic<size_t> total = 0;
   RunOnEight([&] {
     uint8_t bytes[100];
@@ -81,13 +79,13 @@ TEST(StreamThreadsTest, ReadsOfManyThreadsShareTheStreamOut) {
   EXPECT_EQ(total, target.content.size());
   OwnedBstr value;
   EXPECT_EQ(digest->get_ReadValue(value.Put()), S_OK);
-  EXPECT_EQ(Narrow(value.Get()), PeerDigest("MD5", target.content));
+  EXPECT_EQ(TextOf(value.Get()), PeerText(OLESTR("MD5"), target.content));
 }
 
 TEST(StreamThreadsTest, AnotherThreadIsNotMistakenForAReturn) {
   // While one thread is inside, the others wait and are not refused.
   ExclusiveStream target;
-  target.content = Pattern(100);
+  target.content = PatternBytes(100);
   const CryptFilter filter(&target);
   RunOnEight([&] {
     for (int i = 0; i < 800; ++i) {
@@ -102,7 +100,7 @@ TEST(StreamThreadsTest, AnotherThreadIsNotMistakenForAReturn) {
 TEST(StreamThreadsTest, EverythingMayChangeWhileAStreamIsInUse) {
   ExclusiveStream target;
   ExclusiveStream other;
-  target.content = other.content = Pattern(1 << 20);
+  target.content = other.content = PatternBytes(1 << 20);
   const DigestFilter digest(&target);
   const CryptFilter crypt(digest.Stream());
   std::atomic<bool> done = false;
@@ -122,9 +120,9 @@ TEST(StreamThreadsTest, EverythingMayChangeWhileAStreamIsInUse) {
     for (int i = 0; !done; ++i) {
       ChooseCipher(crypt);
       EXPECT_EQ(crypt->ReadFinalize(), S_OK);
-      EXPECT_EQ(digest->put_ReadAlgorithm(Text(OLESTR("MD5")).Get()), S_OK);
+      EXPECT_EQ(digest->put_ReadAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
       EXPECT_EQ(digest->putref_Stream(i % 2 == 0 ? &other : &target), S_OK);
-      EXPECT_EQ(crypt->put_ReadAlgorithm(Text(OLESTR("none")).Get()), MIROLTA_STATUS(0x80042777u));
+      EXPECT_EQ(crypt->put_ReadAlgorithm(Bstr(OLESTR("none")).Get()), kNotFound);
     }
   });
   std::thread unlocked([&] {
@@ -147,7 +145,7 @@ TEST(StreamThreadsTest, EverythingMayChangeWhileAStreamIsInUse) {
 // The members that take no lock return while a stream blocks in an operation.
 TEST(StreamThreadsTest, UnlockedMembersDoNotWaitForATransfer) {
   std::atomic<int> stage = 0;
-  ScriptedStream target(Pattern(32));
+  ScriptedStream target(PatternBytes(32));
   target.on_read = [&] {
     stage = 1;
     while (stage == 1) std::this_thread::yield();
@@ -172,4 +170,4 @@ TEST(StreamThreadsTest, UnlockedMembersDoNotWaitForATransfer) {
 }
 
 }  // namespace
-}  // namespace mirolta::stream_test
+}  // namespace mirolta::test
