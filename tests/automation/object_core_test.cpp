@@ -196,10 +196,10 @@ TEST_F(ObjectCoreTest, ReferencesOfAPartDuringItsDestructionAreTheOuterObjects) 
 
 TEST_F(ObjectCoreTest, AnErrorAfterTheModuleHasGoneHasNoText) {
   const HINSTANCE instance = CurrentModule()->instance;
-  EXPECT_EQ(Probe::RaiseMessage(10104), static_cast<HRESULT>(0x80042778u));
+  EXPECT_EQ(Probe::RaiseMessage(10104), kNotInitialized);
   EXPECT_EQ(TakeError().description, OLESTR("Not initialized."));
   TermModuleState();
-  EXPECT_EQ(Probe::RaiseMessage(10104), static_cast<HRESULT>(0x80042778u));
+  EXPECT_EQ(Probe::RaiseMessage(10104), kNotInitialized);
   EXPECT_EQ(TakeError().description, OLESTR("Unknown Error"));
   InitModuleState(instance, nullptr, LIBID_MIROLTALib);
 }

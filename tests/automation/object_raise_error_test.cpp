@@ -31,20 +31,20 @@ class ObjectRaiseErrorTest : public testing::Test {
 TEST_F(ObjectRaiseErrorTest, EveryMessageHasItsStatusAndText) {
   struct Expected {
     UINT id;
-    ULONG status;
+    HRESULT status;
     const OLECHAR* text;
   };
   constexpr Expected kExpected[] = {
-      {10101, 0x80042775,
+      {10101, kNoStreamInterface,
        OLESTR("The object does not support IStream interface nor it is a ToviStream object.")},
-      {10102, 0x80042776, OLESTR("No stream has been set yet.")},
-      {10103, 0x80042777, OLESTR("Algorithm not found.")},
-      {10104, 0x80042778, OLESTR("Not initialized.")},
-      {10105, 0x80042779, OLESTR("Key not set.")},
-      {10106, 0x8004277A, OLESTR("Too much data.")},
+      {10102, kNoStream, OLESTR("No stream has been set yet.")},
+      {10103, kNotFound, OLESTR("Algorithm not found.")},
+      {10104, kNotInitialized, OLESTR("Not initialized.")},
+      {10105, kKeyNotSet, OLESTR("Key not set.")},
+      {10106, kTooMuchData, OLESTR("Too much data.")},
   };
   for (const Expected& expected : kExpected) {
-    EXPECT_EQ(static_cast<ULONG>(Raise(expected.id)), expected.status);
+    EXPECT_EQ(Raise(expected.id), expected.status);
     const TakenError error = TakeError();
     EXPECT_TRUE(error.published);
     EXPECT_EQ(error.description, expected.text);
@@ -67,7 +67,7 @@ TEST_F(ObjectRaiseErrorTest, AMissingMessageIsUnknown) {
   EXPECT_EQ(TakeError().description, OLESTR("Unknown Error"));
   EXPECT_EQ(static_cast<ULONG>(Raise(65535)), 0x8004FFFFu);
   EXPECT_EQ(TakeError().description, OLESTR("Unknown Error"));
-  EXPECT_EQ(static_cast<ULONG>(RaiseError(kClass, 10104, GUID_NULL, 0, nullptr)), 0x80042778u);
+  EXPECT_EQ(RaiseError(kClass, 10104, GUID_NULL, 0, nullptr), kNotInitialized);
   EXPECT_EQ(TakeError().description, OLESTR("Unknown Error"));
 }
 
@@ -99,7 +99,7 @@ TEST_F(ObjectRaiseErrorTest, WithoutADescriptionThereIsNoSource) {
 TEST_F(ObjectRaiseErrorTest, ALongDescriptionDoesNoHarm) {
   for (const size_t length : {254u, 255u, 256u, 257u, 2000u}) {
     SetClassDescription(kClass, Text(length, u'x').c_str());
-    EXPECT_EQ(static_cast<ULONG>(Raise(10104)), 0x80042778u);
+    EXPECT_EQ(Raise(10104), kNotInitialized);
     const TakenError error = TakeError();
     EXPECT_EQ(error.description, OLESTR("Not initialized."));
     if (error.has_source) {
@@ -135,7 +135,7 @@ TEST_F(ObjectRaiseErrorTest, WithoutMemoryTheStatusIsReturnedAllTheSame) {
     const HRESULT status = Raise(10104);
     const bool failed = MiroltaAllocationHasFailed();
     MiroltaFailAllocationAfter(-1);
-    EXPECT_EQ(static_cast<ULONG>(status), 0x80042778u);
+    EXPECT_EQ(status, kNotInitialized);
     const TakenError error = TakeError();
     EXPECT_TRUE(failed || count > 0);
     if (!failed) {

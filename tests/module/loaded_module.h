@@ -3,16 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "mirolta.h"
+#include "module_statuses.h"
 #include "owned_value.h"
 #include "platform.h"
 #include "test_values.h"
+#include "text.h"
 
 namespace mirolta::test {
-
-using Text = std::basic_string<OLECHAR>;
 
 // The module's file name (UTF-8 in MIROLTA_MODULE) as the runtime takes it.
 inline Text ModuleFile() {

@@ -10,6 +10,7 @@
 #include "class_table.h"
 #include "mirolta.h"
 #include "module_state.h"
+#include "module_statuses.h"
 #include "owned_value.h"
 #include "platform_fault.h"
 #include "portable/module_resources.h"
@@ -512,8 +513,7 @@ TEST_F(ErrorSourceTest, IsLeftOutIfItCannotBeRead) {
 TEST_F(ErrorSourceTest, AnErrorWithoutInformationIsNotPublished) {
   SetErrorInfo(0, nullptr);
   create_error.Arm();
-  EXPECT_EQ(RaiseError(CLSID_HashObject, 10104, GUID_NULL, 0, nullptr),
-            static_cast<HRESULT>(0x80042778u));
+  EXPECT_EQ(RaiseError(CLSID_HashObject, 10104, GUID_NULL, 0, nullptr), kNotInitialized);
   OwnedReference<IErrorInfo> info;
   EXPECT_EQ(GetErrorInfo(0, info.Put()), S_FALSE);
   EXPECT_EQ(mute_error.references, 0u);

@@ -121,7 +121,7 @@ TEST(ModuleThreadsTest, EveryThreadHasItsOwnErrorDescription) {
   AllAtOnce(8, [&](unsigned i) {
     const bool raises = i % 2 == 0;
     for (int n = 0; n < 20; ++n) {
-      if (raises && hash->Reset() != static_cast<HRESULT>(0x80042778)) ++wrong;
+      if (raises && hash->Reset() != kNotInitialized) ++wrong;
       IErrorInfo* info = nullptr;
       if (GetErrorInfo(0, &info) != (raises ? S_OK : S_FALSE)) ++wrong;
       if (info != nullptr) info->Release();
@@ -163,7 +163,7 @@ TEST(ModuleThreadsTest, ThreadsLoadAndUnloadItAsTheyLike) {
       if (what == 2) continue;
       OwnedReference<ITypeInfo> info;
       if (object->GetTypeInfo(0, 0, info.Put()) != S_OK) ++wrong;
-      if (object->Reset() != static_cast<HRESULT>(0x80042778)) ++wrong;
+      if (object->Reset() != kNotInitialized) ++wrong;
       SetErrorInfo(0, nullptr);
     }
   });
@@ -217,7 +217,7 @@ TEST_F(ClassObjectThreadsTest, TheFirstCallsLoadItAndTheLastUnloadIt) {
     AllAtOnce(7, [&](unsigned i) { objects[i].Reset(); });
     AllAtOnce(8, [](unsigned) { CoFreeUnusedLibrariesEx(0, 0); });
     EXPECT_TRUE(IsLoaded());
-    EXPECT_EQ(objects[7]->Reset(), static_cast<HRESULT>(0x80042778));
+    EXPECT_EQ(objects[7]->Reset(), kNotInitialized);
     objects[7].Reset();
     AllAtOnce(8, [](unsigned) { CoFreeUnusedLibrariesEx(0, 0); });
     EXPECT_FALSE(IsLoaded());
@@ -236,7 +236,7 @@ TEST_F(ClassObjectThreadsTest, CleaningUpDisturbsNoThreadThatCreatesAndReleases)
         OwnedReference<IHashObject> object = Create();
         ASSERT_TRUE(object);
         if (round % 8 == 0) {
-          EXPECT_EQ(object->Reset(), static_cast<HRESULT>(0x80042778));
+          EXPECT_EQ(object->Reset(), kNotInitialized);
           SetErrorInfo(0, nullptr);
         }
         object.Reset();

@@ -6,8 +6,6 @@
 namespace mirolta::test {
 namespace {
 
-constexpr HRESULT kNotInitialized = static_cast<HRESULT>(0x80042778);
-
 class ReentrancyTest : public ModuleTest {
  protected:
   static OwnedBstr& Name(const OLECHAR* name) {

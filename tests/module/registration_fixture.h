@@ -9,10 +9,9 @@
 
 #include "platform.h"
 #include "portable/registry_mode.h"
+#include "text.h"
 
 namespace mirolta::test {
-
-using Text = std::basic_string<OLECHAR>;
 
 inline std::string Narrow(const OLECHAR* text) {
   const INT size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);

@@ -3,15 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "module_statuses.h"
 #include "owned_value.h"
 #include "platform.h"
+#include "text.h"
 
 namespace mirolta::test {
-
-using Text = std::basic_string<OLECHAR>;
 
 // What the thread's error slot held, which it no longer does.
 struct TakenError {
@@ -23,10 +20,6 @@ struct TakenError {
   Text help_file;
   DWORD help_context = 0;
 };
-
-inline Text TextOf(BSTR text) {
-  return text == nullptr ? Text() : Text(text, SysStringLen(text));
-}
 
 inline TakenError TakeError() {
   TakenError taken;
