@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "class_description.h"
+#include "late_bound.h"
 #include "loaded_module.h"
 
 namespace mirolta::test {
@@ -162,18 +163,19 @@ struct Refusal {
   const IID* iid;
   const OLECHAR* name;
   WORD flags;
-  UINT arguments;
-  ULONG status;
+  bool has_argument;
+  HRESULT status;
   const OLECHAR* text;
 };
 constexpr Refusal kRefusals[] = {
-    {&IID_IToviStreamDigest, OLESTR("ReadKey"), DISPATCH_PROPERTYGET, 0, 0x80042778,
+    {&IID_IToviStreamDigest, OLESTR("ReadKey"), DISPATCH_PROPERTYGET, false, kNotInitialized,
      OLESTR("Not initialized.")},
-    {&IID_IHashObject, OLESTR("Reset"), DISPATCH_METHOD, 0, 0x80042778, OLESTR("Not initialized.")},
-    {&IID_ISymmetricCryptObject, OLESTR("ResetKey"), DISPATCH_METHOD, 0, 0x80042778,
+    {&IID_IHashObject, OLESTR("Reset"), DISPATCH_METHOD, false, kNotInitialized,
      OLESTR("Not initialized.")},
-    {&IID_IRSACrypt, OLESTR("Encrypt"), DISPATCH_METHOD, 1, 0x80042779, OLESTR("Key not set.")},
-    {&IID_IToviStreamCrypt, OLESTR("ReadKey"), DISPATCH_PROPERTYGET, 0, 0x80042778,
+    {&IID_ISymmetricCryptObject, OLESTR("ResetKey"), DISPATCH_METHOD, false, kNotInitialized,
+     OLESTR("Not initialized.")},
+    {&IID_IRSACrypt, OLESTR("Encrypt"), DISPATCH_METHOD, true, kKeyNotSet, OLESTR("Key not set.")},
+    {&IID_IToviStreamCrypt, OLESTR("ReadKey"), DISPATCH_PROPERTYGET, false, kNotInitialized,
      OLESTR("Not initialized.")},
 };
 
@@ -183,24 +185,16 @@ TEST_P(ModuleClassesTest, RaisesInTheNameOfTheBothRow) {
   SetClassDescription(*Class().free, OLESTR("the free row"));
   OwnedReference<IDispatch> object = Make();
   ASSERT_TRUE(object);
+  LateBound late(object.Get());
   for (const Refusal& refusal : kRefusals) {
     if (*refusal.iid != *Class().iid) continue;
-    LPOLESTR name = const_cast<LPOLESTR>(refusal.name);
-    DISPID id = 0;
-    ASSERT_EQ(object->GetIDsOfNames(IID_NULL, &name, 1, 0, &id), S_OK);
-    VARIANT argument = NumberValue(1);
-    DISPPARAMS params = {&argument, nullptr, refusal.arguments, 0};
-    TestValue result;
-    EXCEPINFO exception = {};
-    ASSERT_EQ(object->Invoke(id, IID_NULL, 0, refusal.flags, &params, &result, &exception, nullptr),
-              DISP_E_EXCEPTION);
-    EXPECT_EQ(static_cast<ULONG>(exception.scode), refusal.status);
-    const OwnedBstr description(exception.bstrDescription);
-    const OwnedBstr source(exception.bstrSource);
-    ASSERT_NE(description.Get(), nullptr);
-    EXPECT_EQ(Text(description.Get()), refusal.text);
-    ASSERT_NE(source.Get(), nullptr);
-    EXPECT_EQ(Text(source.Get()), OLESTR("the class"));
+    const DISPID id = late.IdOf(refusal.name);
+    EXPECT_EQ(refusal.has_argument ? late.Call(id, refusal.flags, {NumberValue(1)})
+                                   : late.Call(id, refusal.flags),
+              refusal.status);
+    EXPECT_TRUE(late.raised);
+    EXPECT_EQ(late.description, refusal.text);
+    EXPECT_EQ(late.source, OLESTR("the class"));
   }
   EXPECT_EQ(MiroltaRegistryInMemory(FALSE), ERROR_SUCCESS);
 }

@@ -66,17 +66,21 @@ size_t SlotOf(Method method) {
 
 // Rows of a table of `Interface`. A method is named as its member, with get_, put_ or putref_.
 #define GET(id, name, type, ...) \
-  {id, OLESTR(#name), INVOKE_PROPERTYGET, type, {__VA_ARGS__}, SlotOf(&Interface::get_##name)}
+  { id, OLESTR(#name), INVOKE_PROPERTYGET, type, {__VA_ARGS__}, SlotOf(&Interface::get_##name) }
 #define PUT(id, name, ...) \
-  {id, OLESTR(#name), INVOKE_PROPERTYPUT, VT_VOID, {__VA_ARGS__}, SlotOf(&Interface::put_##name)}
+  { id, OLESTR(#name), INVOKE_PROPERTYPUT, VT_VOID, {__VA_ARGS__}, SlotOf(&Interface::put_##name) }
 #define PROPERTY(id, name, type) GET(id, name, type), PUT(id, name, NEW_VALUE(type))
-#define REFERENCE(id, name, type)                                   \
-  GET(id, name, type), {id, OLESTR(#name), INVOKE_PROPERTYPUTREF,    \
-                        VT_VOID, {NEW_VALUE(type)}, SlotOf(&Interface::putref_##name)}
+#define REFERENCE(id, name, type)                                         \
+  GET(id, name, type), {                                                  \
+    id, OLESTR(#name), INVOKE_PROPERTYPUTREF, VT_VOID, {NEW_VALUE(type)}, \
+        SlotOf(&Interface::putref_##name)                                 \
+  }
 #define CALL(id, name, result, ...) \
-  {id, OLESTR(#name), INVOKE_FUNC, result, {__VA_ARGS__}, SlotOf(&Interface::name)}
-#define ARG(name, ...) {OLESTR(#name), __VA_ARGS__}
-#define NEW_VALUE(type) {nullptr, type}
+  { id, OLESTR(#name), INVOKE_FUNC, result, {__VA_ARGS__}, SlotOf(&Interface::name) }
+#define ARG(name, ...) \
+  { OLESTR(#name), __VA_ARGS__ }
+#define NEW_VALUE(type) \
+  { nullptr, type }
 
 // clang-format off
 namespace hash {

@@ -9,10 +9,9 @@
 #include "portable/module_resources.h"
 #include "seam/interface_table.h"
 #include "test_values.h"
+#include "text.h"
 
 namespace mirolta::test {
-
-using Text = std::basic_string<OLECHAR>;
 
 inline constexpr IID kSampleInterface = {0x1B0E6A4F, 0x6D0B, 0x4C57, {1, 2, 3, 4, 5, 6, 7, 8}};
 inline constexpr IID kEmptyInterface = {0x1B0E6A50, 0x6D0B, 0x4C57, {1, 2, 3, 4, 5, 6, 7, 8}};
@@ -89,11 +88,14 @@ class SampleObject final : public ISample {
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
     return E_NOTIMPL;
   }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS*,
-                                   VARIANT* result, EXCEPINFO*, UINT*) override {
-    if (id != 0 || (flags & DISPATCH_PROPERTYGET) == 0) return DISP_E_MEMBERNOTFOUND;
-    V_VT(result) = VT_BSTR;
-    return get_Value(&result->bstrVal);
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params,
+                                   VARIANT* result, EXCEPINFO* exception,
+                                   UINT* bad_argument) override {
+    const int calls_before = calls;
+    const HRESULT status =
+        type_info->Invoke(this, id, flags, params, result, exception, bad_argument);
+    EXPECT_TRUE(status != DISP_E_EXCEPTION || calls > calls_before) << "raised by no member";
+    return status;
   }
 
   HRESULT STDMETHODCALLTYPE get_Value(BSTR* value) override {
@@ -178,6 +180,7 @@ class SampleObject final : public ISample {
     error->Release();
   }
 
+  ITypeInfo* type_info = nullptr;  // of ISample, no reference held
   ULONG references = 1;
   int calls = 0;
   LONG count = 5;

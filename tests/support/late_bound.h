@@ -3,15 +3,15 @@
 
 #include <initializer_list>
 #include <iterator>
-#include <string>
 #include <vector>
 
 #include "platform.h"
 #include "test_values.h"
+#include "text.h"
 
 namespace mirolta::test {
 
-// LateBound calls members by name and keeps what the last call gave. It holds no reference.
+// LateBound calls members by name or id and keeps what the last call gave. It holds no reference.
 class LateBound {
  public:
   explicit LateBound(IDispatch* object) : object_(object) {}
@@ -26,52 +26,65 @@ class LateBound {
     object_->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, &id);
     return id;
   }
-  // The status of the call; of the member itself if it failed.
-  HRESULT Call(DISPID id, WORD flags, std::initializer_list<VARIANT> arguments = {}) {
+  // The status of the call; of the member itself if it failed. The names, if any, belong to the
+  // last arguments.
+  HRESULT Call(DISPID id, WORD flags, std::initializer_list<VARIANT> arguments = {},
+               std::vector<DISPID> names = {}) {
     std::vector<VARIANT> reversed(std::rbegin(arguments), std::rend(arguments));
-    DISPID named = DISPID_PROPERTYPUT;
-    const bool puts = flags == DISPATCH_PROPERTYPUT;
-    DISPPARAMS params = {reversed.data(), puts ? &named : nullptr,
-                         static_cast<UINT>(reversed.size()), puts ? 1u : 0u};
+    DISPPARAMS params = {reversed.data(), names.data(), static_cast<UINT>(reversed.size()),
+                         static_cast<UINT>(names.size())};
     Forget();
     VariantClear(&result);
-    EXCEPINFO exception = {};
     const HRESULT status = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params,
-                                           &result, &exception, nullptr);
+                                           &result, &exception, &bad_argument);
     has_description = exception.bstrDescription != nullptr;
     has_source = exception.bstrSource != nullptr;
-    if (has_description) description = exception.bstrDescription;
-    if (has_source) source = exception.bstrSource;
-    SysFreeString(exception.bstrDescription);
-    SysFreeString(exception.bstrSource);
-    SysFreeString(exception.bstrHelpFile);
+    description = TextOf(exception.bstrDescription);
+    source = TextOf(exception.bstrSource);
     raised = status == DISP_E_EXCEPTION;
     return raised ? exception.scode : status;
   }
+  HRESULT Method(DISPID id, std::initializer_list<VARIANT> arguments = {}) {
+    return Call(id, DISPATCH_METHOD, arguments);
+  }
+  HRESULT Get(DISPID id, std::initializer_list<VARIANT> arguments = {}) {
+    return Call(id, DISPATCH_PROPERTYGET, arguments);
+  }
+  HRESULT Put(DISPID id, std::initializer_list<VARIANT> arguments,
+              WORD flags = DISPATCH_PROPERTYPUT) {
+    return Call(id, flags, arguments, {DISPID_PROPERTYPUT});
+  }
   HRESULT Method(const OLECHAR* name, std::initializer_list<VARIANT> arguments = {}) {
-    return Call(IdOf(name), DISPATCH_METHOD, arguments);
+    return Method(IdOf(name), arguments);
   }
   HRESULT Get(const OLECHAR* name, std::initializer_list<VARIANT> arguments = {}) {
-    return Call(IdOf(name), DISPATCH_PROPERTYGET, arguments);
+    return Get(IdOf(name), arguments);
   }
   HRESULT Put(const OLECHAR* name, std::initializer_list<VARIANT> arguments) {
-    return Call(IdOf(name), DISPATCH_PROPERTYPUT, arguments);
+    return Put(IdOf(name), arguments);
   }
   VARTYPE Type() { return V_VT(&result); }
   Bytes ResultBytes() { return BytesOfArray(result); }
+  Text ResultText() { return Type() == VT_BSTR ? TextOf(result->bstrVal) : OLESTR("(no text)"); }
+
+  static constexpr UINT kNoArgument = 99;
 
   TestValue result;
+  UINT bad_argument = kNoArgument;
+  EXCEPINFO exception = {};
   bool raised = false;  // the member failed, and reported:
   bool has_description = false;
   bool has_source = false;
-  std::basic_string<OLECHAR> description;
-  std::basic_string<OLECHAR> source;
+  Text description;
+  Text source;
 
  private:
   void Forget() {
-    raised = has_description = has_source = false;
-    description.clear();
-    source.clear();
+    bad_argument = kNoArgument;
+    SysFreeString(exception.bstrDescription);
+    SysFreeString(exception.bstrSource);
+    SysFreeString(exception.bstrHelpFile);
+    exception = {};
   }
 
   IDispatch* object_;
