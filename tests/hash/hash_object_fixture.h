@@ -16,13 +16,6 @@ inline constexpr HRESULT kBareNotInitializedStatus = 10104;
 inline constexpr OLECHAR kEmptyMd5[] = OLESTR("D41D8CD98F00B204E9800998ECF8427E");
 inline constexpr OLECHAR kAbcMd5[] = OLESTR("900150983CD24FB0D6963F7D28E17F72");
 
-// A text that is no literal.
-inline TestValue ValueOfText(std::basic_string_view<OLECHAR> text) {
-  TestValue value(VT_BSTR);
-  value->bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-  return value;
-}
-
 class HashObjectTest : public testing::Test {
  protected:
   HashObjectTest() { SetErrorInfo(0, nullptr); }
@@ -40,10 +33,10 @@ class HashObjectTest : public testing::Test {
     return hash->HashData(value, code_page);
   }
   HRESULT Data(std::basic_string_view<OLECHAR> text, LONG code_page = -1) {
-    return hash->HashData(ValueOfText(text), code_page);
+    return hash->HashData(TextValue(text), code_page);
   }
   HRESULT Update(std::basic_string_view<OLECHAR> text, LONG code_page = -1) {
-    return hash->HashUpdate(ValueOfText(text), code_page);
+    return hash->HashUpdate(TextValue(text), code_page);
   }
   // The digest as text; anything but S_OK fails the test.
   Text Value() {

@@ -13,7 +13,7 @@ class HashObjectKeyTest : public HashObjectTest {
     ASSERT_EQ(Init(OLESTR("MD5")), S_OK);
   }
   HRESULT PutKey(std::string_view bytes) { return hash->put_Key(BytesValue(BytesOf(bytes))); }
-  HRESULT PutKey(const OLECHAR* text) { return hash->put_Key(ValueOfText(text)); }
+  HRESULT PutKey(const OLECHAR* text) { return hash->put_Key(TextValue(text)); }
   // The key as bytes; a mark if there is none.
   Bytes Key() {
     TestValue key = NumberValue(77);

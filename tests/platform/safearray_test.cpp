@@ -4,10 +4,11 @@
 #include <cstring>
 #include <vector>
 
+#include "fake_object.h"
 #include "portable/test_hooks.h"
-#include "value_support.h"
+#include "text.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
 
 TEST(SafeArray, VectorHasItsTypeAndBounds) {
@@ -181,13 +182,12 @@ TEST(SafeArray, TextsAreOwned) {
 
 TEST(SafeArray, ValuesAreOwned) {
   SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, 2);
-  Value value;
-  SetText(&value, OLESTR("element"));
+  TestValue value = TextValue(OLESTR("element"));
   LONG index = 0;
-  EXPECT_EQ(SafeArrayPutElement(array, &index, value.get()), S_OK);
-  VariantClear(value.get());
-  EXPECT_EQ(SafeArrayGetElement(array, &index, value.get()), S_OK);
-  EXPECT_EQ(value.text(), OLESTR("element"));
+  EXPECT_EQ(SafeArrayPutElement(array, &index, &value), S_OK);
+  VariantClear(&value);
+  EXPECT_EQ(SafeArrayGetElement(array, &index, &value), S_OK);
+  EXPECT_EQ(TextOf(value), OLESTR("element"));
   VARIANT invalid;
   VariantInit(&invalid);
   invalid.vt = 15;
@@ -196,7 +196,7 @@ TEST(SafeArray, ValuesAreOwned) {
 }
 
 TEST(SafeArray, ObjectsAreCounted) {
-  CountedObject object;
+  FakeObject object;
   for (VARTYPE type : {VT_UNKNOWN, VT_DISPATCH}) {
     SAFEARRAY* array = SafeArrayCreateVector(type, 0, 2);
     LONG index = 0;
@@ -276,4 +276,4 @@ TEST(SafeArray, NullArrayIsRefusedButDestroyedAndCopied) {
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

@@ -4,9 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include "value_support.h"
+#include "fake_object.h"
+#include "text.h"
 
 namespace mirolta {
+
+using test::FakeObject;
+using test::NumberValue;
+using test::TestValue;
+using test::Text;
+using test::TextOf;
+using test::TextValue;
 
 inline VARIANT Of(VARTYPE type) {
   VARIANT value;
@@ -76,27 +84,28 @@ constexpr LONG kSentinel = 4711;
 constexpr LCID kEnglish = 0x0409;
 
 // Converts to a target that holds a sentinel, which a failure must leave there.
-inline HRESULT Change(VARIANT from, VARTYPE type, Value* to, USHORT flags = 0) {
-  SetLong(to, kSentinel);
-  const HRESULT status = VariantChangeTypeEx(to->get(), &from, kEnglish, flags, type);
+inline HRESULT Change(VARIANT from, VARTYPE type, VARIANT* to, USHORT flags = 0) {
+  VariantClear(to);
+  *to = I4(kSentinel);
+  const HRESULT status = VariantChangeTypeEx(to, &from, kEnglish, flags, type);
   if (FAILED(status)) {
-    EXPECT_EQ(to->type(), VT_I4);
-    EXPECT_EQ((*to)->lVal, kSentinel);
+    EXPECT_EQ(to->vt, VT_I4);
+    EXPECT_EQ(to->lVal, kSentinel);
   } else {
-    EXPECT_EQ(to->type(), type);
+    EXPECT_EQ(to->vt, type);
   }
   return status;
 }
 
-inline HRESULT ChangeText(const Text& text, VARTYPE type, Value* to) {
-  Value from;
-  SetText(&from, text);
-  return Change(*from.get(), type, to);
+inline HRESULT ChangeText(const Text& text, VARTYPE type, VARIANT* to) {
+  return Change(TextValue(text), type, to);
 }
 
 // A row of a table, named by what it converts.
-#define ROW(from, ...) {#from, from, __VA_ARGS__}
-#define TEXT_ROW(text, ...) {text, OLESTR(text), __VA_ARGS__}
+#define ROW(from, ...) \
+  { #from, from, __VA_ARGS__ }
+#define TEXT_ROW(text, ...) \
+  { text, OLESTR(text), __VA_ARGS__ }
 
 constexpr HRESULT kOverflow = DISP_E_OVERFLOW;
 constexpr HRESULT kMismatch = DISP_E_TYPEMISMATCH;

@@ -71,10 +71,10 @@ TEST(VariantChangeType, NumbersRoundToIntegersInRange) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value to;
+    TestValue to;
     EXPECT_EQ(Change(row.from, row.type, &to), row.status);
     if (SUCCEEDED(row.status)) {
-      EXPECT_EQ(IntegerOf(to.get()), row.expected);
+      EXPECT_EQ(IntegerOf(&to), row.expected);
     }
   }
 }
@@ -102,7 +102,7 @@ TEST(VariantChangeType, NumbersBecomeTheNearestReal) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value to;
+    TestValue to;
     EXPECT_EQ(Change(row.from, row.type, &to), row.status);
     if (FAILED(row.status)) continue;
     EXPECT_EQ(row.type == VT_R4 ? double{to->fltVal} : to->dblVal, row.expected);
@@ -131,7 +131,7 @@ TEST(VariantChangeType, NumbersBecomeDecimalsOrOverflow) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value to;
+    TestValue to;
     EXPECT_EQ(Change(row.from, VT_DECIMAL, &to), row.status);
     if (FAILED(row.status)) continue;
     EXPECT_EQ(to->decVal.scale, row.expected.decVal.scale);
@@ -142,7 +142,7 @@ TEST(VariantChangeType, NumbersBecomeDecimalsOrOverflow) {
 }
 
 TEST(VariantChangeType, ChecksTheTags) {
-  Value to;
+  TestValue to;
   EXPECT_EQ(Change(I4(1), 15, &to), DISP_E_BADVARTYPE);
   EXPECT_EQ(Change(I4(1), VT_VOID, &to), DISP_E_BADVARTYPE);
   EXPECT_EQ(Change(Of(15), VT_I4, &to), DISP_E_BADVARTYPE);
@@ -157,15 +157,14 @@ TEST(VariantChangeType, ChecksTheTags) {
 }
 
 TEST(VariantChangeType, ConvertsInPlace) {
-  Value value;
-  SetLong(&value, -12);
-  EXPECT_EQ(VariantChangeType(value.get(), value.get(), 0, VT_BSTR), S_OK);
-  EXPECT_EQ(value.text(), OLESTR("-12"));
-  EXPECT_EQ(VariantChangeType(value.get(), value.get(), 0, VT_R8), S_OK);
+  TestValue value = NumberValue(-12);
+  EXPECT_EQ(VariantChangeType(&value, &value, 0, VT_BSTR), S_OK);
+  EXPECT_EQ(TextOf(value), OLESTR("-12"));
+  EXPECT_EQ(VariantChangeType(&value, &value, 0, VT_R8), S_OK);
   EXPECT_EQ(value->dblVal, -12);
-  SetText(&value, OLESTR("x"));
-  EXPECT_EQ(VariantChangeType(value.get(), value.get(), 0, VT_I4), kMismatch);
-  EXPECT_EQ(value.text(), OLESTR("x"));
+  value = TextValue(OLESTR("x"));
+  EXPECT_EQ(VariantChangeType(&value, &value, 0, VT_I4), kMismatch);
+  EXPECT_EQ(TextOf(value), OLESTR("x"));
 }
 
 TEST(VariantChangeType, FollowsReferences) {
@@ -174,9 +173,9 @@ TEST(VariantChangeType, FollowsReferences) {
   reference.plVal = &number;
   VARIANT twice = Of(VT_VARIANT | VT_BYREF);
   twice.pvarVal = &reference;
-  Value to;
+  TestValue to;
   EXPECT_EQ(Change(reference, VT_BSTR, &to), S_OK);
-  EXPECT_EQ(to.text(), OLESTR("77"));
+  EXPECT_EQ(TextOf(to), OLESTR("77"));
   EXPECT_EQ(Change(twice, VT_I4, &to), S_OK);
   EXPECT_EQ(to->lVal, 77);
   VARIANT thrice = Of(VT_VARIANT | VT_BYREF);
@@ -186,20 +185,20 @@ TEST(VariantChangeType, FollowsReferences) {
 }
 
 TEST(VariantChangeType, ObjectsGiveTheirDefaultValue) {
-  CountedObject object;
+  FakeObject object;
   VARIANT from = Of(VT_DISPATCH);
   from.pdispVal = &object;
-  SetLong(&object.value, 1234);
-  Value to;
+  object.value = NumberValue(1234);
+  TestValue to;
   EXPECT_EQ(Change(from, VT_BSTR, &to), S_OK);
-  EXPECT_EQ(to.text(), OLESTR("1234"));
-  EXPECT_EQ(object.last_id, DISPID_VALUE);
+  EXPECT_EQ(TextOf(to), OLESTR("1234"));
+  EXPECT_EQ(object.reads, 1);
   EXPECT_EQ(object.last_flags, DISPATCH_PROPERTYGET);
-  SetText(&object.value, OLESTR("x"));
+  object.value = TextValue(OLESTR("x"));
   EXPECT_EQ(Change(from, VT_I4, &to), kMismatch);
-  object.last_id = -9;
+  object.last_flags = 0;
   EXPECT_EQ(Change(from, VT_BSTR, &to, VARIANT_NOVALUEPROP), kMismatch);
-  EXPECT_EQ(object.last_id, -9);
+  EXPECT_EQ(object.last_flags, 0) << "asked for its value";
   object.status = DISP_E_MEMBERNOTFOUND;
   EXPECT_EQ(Change(from, VT_BSTR, &to), kMismatch);
   EXPECT_EQ(Change(Of(VT_DISPATCH), VT_BSTR, &to), DISP_E_BADVARTYPE);
@@ -208,17 +207,17 @@ TEST(VariantChangeType, ObjectsGiveTheirDefaultValue) {
 }
 
 TEST(VariantChangeType, DefaultValuesThatAreObjectsAreFollowedToAnEnd) {
-  CountedObject inner;
-  SetLong(&inner.value, 5);
-  CountedObject outer;
+  FakeObject inner;
+  inner.value = NumberValue(5);
+  FakeObject outer;
   outer.value->vt = VT_DISPATCH;
   outer.value->pdispVal = &inner;
   inner.AddRef();
   VARIANT from = Of(VT_DISPATCH);
   from.pdispVal = &outer;
-  Value to;
+  TestValue to;
   EXPECT_EQ(Change(from, VT_BSTR, &to), S_OK);
-  EXPECT_EQ(to.text(), OLESTR("5"));
+  EXPECT_EQ(TextOf(to), OLESTR("5"));
   EXPECT_EQ(inner.references, 2u);
 
   // One that is its own default value has none.
@@ -230,14 +229,14 @@ TEST(VariantChangeType, DefaultValuesThatAreObjectsAreFollowedToAnEnd) {
 }
 
 TEST(VariantChangeType, ObjectsAreAskedForTheOtherInterface) {
-  CountedObject object;
+  FakeObject object;
   VARIANT from = Of(VT_UNKNOWN);
   from.punkVal = &object;
-  Value to;
+  TestValue to;
   EXPECT_EQ(Change(from, VT_DISPATCH, &to), S_OK);
   EXPECT_EQ(to->pdispVal, &object);
   EXPECT_EQ(object.references, 2u);
-  object.refuses_dispatch = true;
+  object.has_dispatch = false;
   EXPECT_EQ(Change(from, VT_DISPATCH, &to), E_NOINTERFACE);
   EXPECT_EQ(object.references, 1u);
   EXPECT_EQ(Change(Of(VT_UNKNOWN), VT_DISPATCH, &to), S_OK);
@@ -245,30 +244,30 @@ TEST(VariantChangeType, ObjectsAreAskedForTheOtherInterface) {
 }
 
 TEST(VariantChangeType, ByteArraysAndTextExchangeBytes) {
-  Value bytes(VT_ARRAY | VT_UI1);
+  TestValue bytes(VT_ARRAY | VT_UI1);
   bytes->parray = SafeArrayCreateVector(VT_UI1, -1, 4);
   memcpy(bytes->parray->pvData, "a\0b\0", 4);
-  Value text;
-  EXPECT_EQ(VariantChangeType(text.get(), bytes.get(), 0, VT_BSTR), S_OK);
-  Value back;
-  EXPECT_EQ(VariantChangeType(back.get(), text.get(), 0, VT_ARRAY | VT_UI1), S_OK);
+  TestValue text;
+  EXPECT_EQ(VariantChangeType(&text, &bytes, 0, VT_BSTR), S_OK);
+  TestValue back;
+  EXPECT_EQ(VariantChangeType(&back, &text, 0, VT_ARRAY | VT_UI1), S_OK);
   LONG upper = 0;
   EXPECT_EQ(SafeArrayGetUBound(back->parray, 1, &upper), S_OK);
   EXPECT_EQ(upper, 3);
   EXPECT_EQ(memcmp(back->parray->pvData, "a\0b\0", 4), 0);
   EXPECT_EQ(SysStringByteLen(text->bstrVal), 4u);
-  Value numbers(VT_ARRAY | VT_I4);
+  TestValue numbers(VT_ARRAY | VT_I4);
   numbers->parray = SafeArrayCreateVector(VT_I4, 0, 1);
-  EXPECT_EQ(VariantChangeType(text.get(), numbers.get(), 0, VT_BSTR), kMismatch);
-  EXPECT_EQ(VariantChangeType(text.get(), bytes.get(), 0, VT_ARRAY | VT_I4), kMismatch);
+  EXPECT_EQ(VariantChangeType(&text, &numbers, 0, VT_BSTR), kMismatch);
+  EXPECT_EQ(VariantChangeType(&text, &bytes, 0, VT_ARRAY | VT_I4), kMismatch);
 }
 
 TEST(VariantChangeType, ReportsShortMemory) {
-  Value to;
+  TestValue to;
   for (const VARIANT& from : {I4(5), R8(0.5), Bool(0), Date(1), Of(VT_EMPTY)}) {
-    SetLong(&to, kSentinel);
+    to = NumberValue(kSentinel);
     MiroltaFailAllocationAfter(0);
-    EXPECT_EQ(VariantChangeType(to.get(), &from, 0, VT_BSTR), E_OUTOFMEMORY) << from.vt;
+    EXPECT_EQ(VariantChangeType(&to, &from, 0, VT_BSTR), E_OUTOFMEMORY) << from.vt;
     EXPECT_TRUE(MiroltaAllocationHasFailed());
     EXPECT_EQ(to->lVal, kSentinel);
   }

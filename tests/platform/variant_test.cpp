@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "fake_object.h"
 #include "portable/test_hooks.h"
-#include "value_support.h"
+#include "text.h"
 
-namespace mirolta {
+namespace mirolta::test {
 namespace {
 
 TEST(Variant, InitMakesEmpty) {
@@ -41,47 +42,44 @@ TEST(Variant, ClearLeavesReferencesAlone) {
 }
 
 TEST(Variant, ClearOfALockedArrayFailsAndKeepsIt) {
-  Value value(VT_ARRAY | VT_UI1);
+  TestValue value(VT_ARRAY | VT_UI1);
   value->parray = SafeArrayCreateVector(VT_UI1, 0, 3);
   SafeArrayLock(value->parray);
-  EXPECT_EQ(VariantClear(value.get()), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(value.type(), VT_ARRAY | VT_UI1);
+  EXPECT_EQ(VariantClear(&value), DISP_E_ARRAYISLOCKED);
+  EXPECT_EQ(V_VT(&value), VT_ARRAY | VT_UI1);
   ASSERT_NE(value->parray, nullptr);
-  Value number;
-  SetLong(&number, 1);
-  EXPECT_EQ(VariantCopy(value.get(), number.get()), DISP_E_ARRAYISLOCKED);
-  EXPECT_EQ(value.type(), VT_ARRAY | VT_UI1);
+  TestValue number = NumberValue(1);
+  EXPECT_EQ(VariantCopy(&value, &number), DISP_E_ARRAYISLOCKED);
+  EXPECT_EQ(V_VT(&value), VT_ARRAY | VT_UI1);
   SafeArrayUnlock(value->parray);
 }
 
 TEST(Variant, CopyOwnsItsText) {
   const OLECHAR source[] = {'a', 0, 'b'};
-  Value from;
-  SetText(&from, Text(source, 3));
-  Value to;
-  SetText(&to, OLESTR("former"));
-  EXPECT_EQ(VariantCopy(to.get(), from.get()), S_OK);
-  EXPECT_EQ(to.text(), Text(source, 3));
+  TestValue from = TextValue(Text(source, 3));
+  TestValue to = TextValue(OLESTR("former"));
+  EXPECT_EQ(VariantCopy(&to, &from), S_OK);
+  EXPECT_EQ(TextOf(to), Text(source, 3));
   EXPECT_NE(to->bstrVal, from->bstrVal);
-  EXPECT_EQ(VariantCopy(to.get(), to.get()), S_OK);
-  EXPECT_EQ(to.text(), Text(source, 3));
+  EXPECT_EQ(VariantCopy(&to, &to), S_OK);
+  EXPECT_EQ(TextOf(to), Text(source, 3));
 }
 
 TEST(Variant, CopyOfNullTextIsEmptyText) {
-  Value from(VT_BSTR);
-  Value to;
-  EXPECT_EQ(VariantCopy(to.get(), from.get()), S_OK);
+  TestValue from(VT_BSTR);
+  TestValue to;
+  EXPECT_EQ(VariantCopy(&to, &from), S_OK);
   ASSERT_NE(to->bstrVal, nullptr);
   EXPECT_EQ(SysStringLen(to->bstrVal), 0u);
 }
 
 TEST(Variant, CopyRefersToTheSameObject) {
-  CountedObject object;
+  FakeObject object;
   {
-    Value from(VT_DISPATCH);
+    TestValue from(VT_DISPATCH);
     from->pdispVal = &object;
-    Value to;
-    EXPECT_EQ(VariantCopy(to.get(), from.get()), S_OK);
+    TestValue to;
+    EXPECT_EQ(VariantCopy(&to, &from), S_OK);
     EXPECT_EQ(object.references, 2u);
     from->pdispVal = nullptr;
     EXPECT_EQ(to->pdispVal, &object);
@@ -90,40 +88,37 @@ TEST(Variant, CopyRefersToTheSameObject) {
 }
 
 TEST(Variant, CopyOwnsItsArray) {
-  Value from(VT_ARRAY | VT_BSTR);
+  TestValue from(VT_ARRAY | VT_BSTR);
   from->parray = SafeArrayCreateVector(VT_BSTR, 5, 2);
   BSTR text = SysAllocString(OLESTR("element"));
   LONG index = 6;
   ASSERT_EQ(SafeArrayPutElement(from->parray, &index, text), S_OK);
   SysFreeString(text);
-  Value to;
-  EXPECT_EQ(VariantCopy(to.get(), from.get()), S_OK);
+  TestValue to;
+  EXPECT_EQ(VariantCopy(&to, &from), S_OK);
   EXPECT_NE(to->parray, from->parray);
-  VariantClear(from.get());
+  VariantClear(&from);
   ASSERT_EQ(SafeArrayGetElement(to->parray, &index, &text), S_OK);
   EXPECT_EQ(Text(text), OLESTR("element"));
   SysFreeString(text);
 }
 
 TEST(Variant, CopyRefusesInvalidTagsAndLeavesTheTarget) {
-  Value to;
-  SetLong(&to, 4711);
+  TestValue to = NumberValue(4711);
   VARIANT invalid;
   VariantInit(&invalid);
   invalid.vt = 15;
-  EXPECT_EQ(VariantCopy(to.get(), &invalid), DISP_E_BADVARTYPE);
-  EXPECT_EQ(VariantCopyInd(to.get(), &invalid), DISP_E_BADVARTYPE);
+  EXPECT_EQ(VariantCopy(&to, &invalid), DISP_E_BADVARTYPE);
+  EXPECT_EQ(VariantCopyInd(&to, &invalid), DISP_E_BADVARTYPE);
   EXPECT_EQ(to->lVal, 4711);
 }
 
 TEST(Variant, FailedCopyIsEmpty) {
-  Value from;
-  SetText(&from, OLESTR("text"));
-  Value to;
-  SetLong(&to, 1);
+  TestValue from = TextValue(OLESTR("text"));
+  TestValue to = NumberValue(1);
   MiroltaFailAllocationAfter(0);
-  EXPECT_EQ(VariantCopy(to.get(), from.get()), E_OUTOFMEMORY);
-  EXPECT_EQ(to.type(), VT_EMPTY);
+  EXPECT_EQ(VariantCopy(&to, &from), E_OUTOFMEMORY);
+  EXPECT_EQ(V_VT(&to), VT_EMPTY);
 }
 
 TEST(VariantCopyInd, FollowsReferences) {
@@ -132,18 +127,18 @@ TEST(VariantCopyInd, FollowsReferences) {
   VariantInit(&direct);
   direct.vt = VT_I4 | VT_BYREF;
   direct.plVal = &number;
-  Value to;
-  EXPECT_EQ(VariantCopyInd(to.get(), &direct), S_OK);
-  EXPECT_EQ(to.type(), VT_I4);
+  TestValue to;
+  EXPECT_EQ(VariantCopyInd(&to, &direct), S_OK);
+  EXPECT_EQ(V_VT(&to), VT_I4);
   EXPECT_EQ(to->lVal, -70000);
-  EXPECT_EQ(VariantCopy(to.get(), &direct), S_OK);
-  EXPECT_EQ(to.type(), VT_I4 | VT_BYREF);
+  EXPECT_EQ(VariantCopy(&to, &direct), S_OK);
+  EXPECT_EQ(V_VT(&to), VT_I4 | VT_BYREF);
 
   VARIANT twice;
   VariantInit(&twice);
   twice.vt = VT_VARIANT | VT_BYREF;
   twice.pvarVal = &direct;
-  EXPECT_EQ(VariantCopyInd(to.get(), &twice), S_OK);
+  EXPECT_EQ(VariantCopyInd(&to, &twice), S_OK);
   EXPECT_EQ(to->lVal, -70000);
 
   // Three levels of references are refused.
@@ -151,7 +146,7 @@ TEST(VariantCopyInd, FollowsReferences) {
   VariantInit(&thrice);
   thrice.vt = VT_VARIANT | VT_BYREF;
   thrice.pvarVal = &twice;
-  EXPECT_EQ(VariantCopyInd(to.get(), &thrice), E_INVALIDARG);
+  EXPECT_EQ(VariantCopyInd(&to, &thrice), E_INVALIDARG);
   EXPECT_EQ(to->lVal, -70000);
 }
 
@@ -164,17 +159,17 @@ TEST(VariantCopyInd, CopiesDecimalsAndArraysBehindReferences) {
   VariantInit(&reference);
   reference.vt = VT_DECIMAL | VT_BYREF;
   reference.pdecVal = &decimal;
-  Value to;
-  EXPECT_EQ(VariantCopyInd(to.get(), &reference), S_OK);
-  EXPECT_EQ(to.type(), VT_DECIMAL);
+  TestValue to;
+  EXPECT_EQ(VariantCopyInd(&to, &reference), S_OK);
+  EXPECT_EQ(V_VT(&to), VT_DECIMAL);
   EXPECT_EQ(to->decVal.Lo32, 12345u);
   EXPECT_EQ(to->decVal.scale, 3);
 
   SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, -5, 7);
   reference.vt = VT_ARRAY | VT_UI1 | VT_BYREF;
   reference.pparray = &array;
-  EXPECT_EQ(VariantCopyInd(to.get(), &reference), S_OK);
-  EXPECT_EQ(to.type(), VT_ARRAY | VT_UI1);
+  EXPECT_EQ(VariantCopyInd(&to, &reference), S_OK);
+  EXPECT_EQ(V_VT(&to), VT_ARRAY | VT_UI1);
   EXPECT_NE(to->parray, array);
   LONG bound = 0;
   EXPECT_EQ(SafeArrayGetLBound(to->parray, 1, &bound), S_OK);
@@ -184,36 +179,34 @@ TEST(VariantCopyInd, CopiesDecimalsAndArraysBehindReferences) {
 
 TEST(VariantCopyInd, WorksInPlace) {
   BSTR text = SysAllocString(OLESTR("text"));
-  Value value(VT_BSTR | VT_BYREF);
+  TestValue value(VT_BSTR | VT_BYREF);
   value->pbstrVal = &text;
-  EXPECT_EQ(VariantCopyInd(value.get(), value.get()), S_OK);
-  EXPECT_EQ(value.text(), OLESTR("text"));
+  EXPECT_EQ(VariantCopyInd(&value, &value), S_OK);
+  EXPECT_EQ(TextOf(value), OLESTR("text"));
   EXPECT_NE(value->bstrVal, text);
   SysFreeString(text);
 }
 
 TEST(VariantCopyInd, OverwritesWhatItRefersTo) {
-  Value target;
-  SetText(&target, OLESTR("text"));
+  TestValue target = TextValue(OLESTR("text"));
   VARIANT reference;
   VariantInit(&reference);
   reference.vt = VT_VARIANT | VT_BYREF;
-  reference.pvarVal = target.get();
-  EXPECT_EQ(VariantCopyInd(target.get(), &reference), S_OK);
-  EXPECT_EQ(target.text(), OLESTR("text"));
+  reference.pvarVal = &target;
+  EXPECT_EQ(VariantCopyInd(&target, &reference), S_OK);
+  EXPECT_EQ(TextOf(target), OLESTR("text"));
 }
 
 TEST(VariantCopyInd, RefusesReferencesToNothing) {
-  Value to;
-  SetLong(&to, 4711);
+  TestValue to = NumberValue(4711);
   VARIANT reference;
   VariantInit(&reference);
   for (VARTYPE type : {VT_I4, VT_BSTR, VT_VARIANT, VT_DECIMAL}) {
     reference.vt = static_cast<VARTYPE>(type | VT_BYREF);
-    EXPECT_EQ(VariantCopyInd(to.get(), &reference), E_INVALIDARG) << type;
+    EXPECT_EQ(VariantCopyInd(&to, &reference), E_INVALIDARG) << type;
   }
   EXPECT_EQ(to->lVal, 4711);
 }
 
 }  // namespace
-}  // namespace mirolta
+}  // namespace mirolta::test

@@ -62,10 +62,10 @@ TEST(VariantText, ValuesAreWrittenAsText) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value to;
+    TestValue to;
     EXPECT_EQ(Change(row.from, VT_BSTR, &to, row.flags), row.status);
     if (SUCCEEDED(row.status)) {
-      EXPECT_EQ(to.text(), row.expected);
+      EXPECT_EQ(TextOf(to), row.expected);
     }
   }
 }
@@ -103,7 +103,7 @@ TEST(VariantText, NumberTextBecomesTheNearestReal) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value to;
+    TestValue to;
     EXPECT_EQ(ChangeText(row.text, VT_R8, &to), row.status);
     if (SUCCEEDED(row.status)) {
       EXPECT_EQ(to->dblVal, row.expected);
@@ -145,10 +145,10 @@ TEST(VariantText, TextBecomesIntegersInRange) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value to;
+    TestValue to;
     EXPECT_EQ(ChangeText(row.text, row.type, &to), row.status);
     if (SUCCEEDED(row.status)) {
-      EXPECT_EQ(IntegerOf(to.get()), row.expected);
+      EXPECT_EQ(IntegerOf(&to), row.expected);
     }
   }
 }
@@ -176,12 +176,12 @@ TEST(VariantText, TextBecomesADecimal) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value decimal;
+    TestValue decimal;
     EXPECT_EQ(ChangeText(row.text, VT_DECIMAL, &decimal), row.status);
     if (FAILED(row.status)) continue;
-    Value text;
-    EXPECT_EQ(VariantChangeType(text.get(), decimal.get(), 0, VT_BSTR), S_OK);
-    EXPECT_EQ(text.text(), row.expected);
+    TestValue text;
+    EXPECT_EQ(VariantChangeType(&text, &decimal, 0, VT_BSTR), S_OK);
+    EXPECT_EQ(TextOf(text), row.expected);
   }
 }
 
@@ -198,10 +198,10 @@ TEST(VariantText, SpaceBeforeNumbersIsSkipped) {
   for (unsigned i = 1; i <= 0xFFFF; ++i) {
     const OLECHAR c = static_cast<OLECHAR>(i);
     if (parts_of_numbers.find(c) != parts_of_numbers.npos) continue;
-    const bool space = (c >= 0x09 && c <= 0x0D) || (c >= 0x2000 && c <= 0x200A) ||
-                       spaces.find(c) != spaces.npos;
+    const bool space =
+        (c >= 0x09 && c <= 0x0D) || (c >= 0x2000 && c <= 0x200A) || spaces.find(c) != spaces.npos;
     const OLECHAR text[] = {c, u'5', 0};
-    Value to;
+    TestValue to;
     ASSERT_EQ(ChangeText(text, VT_I4, &to), space ? S_OK : kMismatch) << i;
   }
 }
@@ -241,7 +241,7 @@ TEST(VariantText, DateTextGivesItsDayOrNoDate) {
   // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    Value to;
+    TestValue to;
     const HRESULT status = ChangeText(row.text, VT_DATE, &to);
     EXPECT_EQ(status, row.expected == kNoDate ? kMismatch : S_OK);
     if (SUCCEEDED(status)) {
@@ -254,10 +254,10 @@ TEST(VariantText, DateTextGivesItsDayOrNoDate) {
 // Days from the whole range of the calendar.
 TEST(VariantText, DatesRoundTrip) {
   for (int day = -657434; day <= 2958465; day += 997) {
-    Value text;
+    TestValue text;
     ASSERT_EQ(Change(Date(day), VT_BSTR, &text), S_OK);
-    Value date;
-    ASSERT_EQ(VariantChangeType(date.get(), text.get(), 0, VT_DATE), S_OK) << day;
+    TestValue date;
+    ASSERT_EQ(VariantChangeType(&date, &text, 0, VT_DATE), S_OK) << day;
     ASSERT_EQ(date->date, day);
   }
 }

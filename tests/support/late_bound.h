@@ -65,7 +65,7 @@ class LateBound {
   }
   VARTYPE Type() { return V_VT(&result); }
   Bytes ResultBytes() { return BytesOfArray(result); }
-  Text ResultText() { return Type() == VT_BSTR ? TextOf(result->bstrVal) : OLESTR("(no text)"); }
+  Text ResultText() { return TextOf(result); }
 
   static constexpr UINT kNoArgument = 99;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "bytes.h"
@@ -34,6 +35,13 @@ template <size_t kSize>
 TestValue TextValue(const OLECHAR (&text)[kSize]) {
   TestValue value(VT_BSTR);
   value->bstrVal = SysAllocStringLen(text, static_cast<UINT>(kSize - 1));
+  return value;
+}
+
+// A text that is no literal.
+inline TestValue TextValue(std::basic_string_view<OLECHAR> text) {
+  TestValue value(VT_BSTR);
+  value->bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
   return value;
 }
 
