@@ -1,32 +1,9 @@
 // Aggregated objects: identity and reference counts of inner and outer object.
 #include "loaded_module.h"
+#include "outer_object.h"
 
 namespace mirolta::test {
 namespace {
-
-constexpr IID kOuterInterface = {0xA1B2C3D4, 5, 6, {7, 8, 9, 10, 11, 12, 13, 14}};
-
-// An outer object that offers its inner object's interfaces as its own.
-class OuterObject final : public IUnknown {
- public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    ++queries;
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    if (iid == IID_IUnknown || iid == kOuterInterface) {
-      AddRef();
-      *out = this;
-      return S_OK;
-    }
-    return inner ? inner->QueryInterface(iid, out) : E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-
-  OwnedReference<IUnknown> inner;
-  ULONG references = 1;
-  int queries = 0;
-};
 
 class AggregationTest : public ModuleTest, public testing::WithParamInterface<ClassCase> {
  protected:
@@ -38,8 +15,7 @@ class AggregationTest : public ModuleTest, public testing::WithParamInterface<Cl
         S_OK);
     factory.Reset();
     EXPECT_EQ(outer.references, 1u);  // the inner object does not hold the outer one
-    EXPECT_EQ(outer.queries, 0);
-    outer.queries = 0;
+    EXPECT_TRUE(outer.asked.empty());
     dual_iid = *GetParam().iid;
   }
   void TearDown() override {
@@ -67,7 +43,7 @@ TEST_P(AggregationTest, InnerInterfacesAreTheOuterObjects) {
     EXPECT_EQ(identity.Query(face.Get(), IID_IUnknown), S_OK);
     EXPECT_EQ(identity.Get(), static_cast<IUnknown*>(&outer));
     OwnedReference<IUnknown> own;
-    EXPECT_EQ(own.Query(face.Get(), kOuterInterface), S_OK);
+    EXPECT_EQ(own.Query(face.Get(), OuterObject::kInterface), S_OK);
     EXPECT_EQ(own.Get(), static_cast<IUnknown*>(&outer));
     OwnedReference<IUnknown> again;
     EXPECT_EQ(again.Query(face.Get(), iid), S_OK);
@@ -76,11 +52,11 @@ TEST_P(AggregationTest, InnerInterfacesAreTheOuterObjects) {
     EXPECT_EQ(face->QueryInterface(IID_IClassFactory, &none), E_NOINTERFACE);
     EXPECT_EQ(none, nullptr);
   }
-  EXPECT_GT(outer.queries, 0);
+  EXPECT_FALSE(outer.asked.empty());
 }
 
 TEST_P(AggregationTest, TheInnerUnknownIsItsOwn) {
-  const int queries = outer.queries;
+  const size_t asked = outer.asked.size();
   OwnedReference<IUnknown> same;
   ASSERT_EQ(same.Query(outer.inner.Get(), IID_IUnknown), S_OK);
   EXPECT_EQ(same.Get(), outer.inner.Get());
@@ -88,10 +64,10 @@ TEST_P(AggregationTest, TheInnerUnknownIsItsOwn) {
   EXPECT_EQ(outer.inner->Release(), 2u);
   EXPECT_EQ(outer.references, 1u);
   void* none = this;
-  EXPECT_EQ(outer.inner->QueryInterface(kOuterInterface, &none), E_NOINTERFACE);
+  EXPECT_EQ(outer.inner->QueryInterface(OuterObject::kInterface, &none), E_NOINTERFACE);
   EXPECT_EQ(none, nullptr);
   EXPECT_EQ(outer.inner->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
-  EXPECT_EQ(outer.queries, queries);
+  EXPECT_EQ(outer.asked.size(), asked);
 }
 
 TEST_P(AggregationTest, AQueryOfTheInnerUnknownCountsAtTheOuterObject) {

@@ -1,6 +1,7 @@
 // What both filters share: binding, pass-through, identity, lifetime.
 #include "stream_binding.h"
 
+#include "outer_object.h"
 #include "stream_sides.h"
 
 namespace mirolta::test {
@@ -420,28 +421,11 @@ TYPED_TEST(StreamBindingTest, AllInterfacesAreOneObjectWithoutSourceOfStreams) {
   EXPECT_EQ(out, nullptr);
 }
 
-// An outer object that aggregates a filter.
-class Outer : public IUnknown {
- public:
-  virtual ~Outer() = default;
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = nullptr;
-    if (iid != IID_IUnknown) return inner->QueryInterface(iid, out);
-    *out = static_cast<IUnknown*>(this);
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  IUnknown* inner = nullptr;
-  ULONG references = 1;
-};
-
 TYPED_TEST(StreamBindingTest, AnAggregatedFilterCountsOnItsOuterObject) {
-  Outer outer;
-  void* out = nullptr;
-  ASSERT_EQ(FilterTraits<TypeParam>::kCreate(&outer, IID_IUnknown, &out), S_OK);
-  outer.inner = static_cast<IUnknown*>(out);
+  OuterObject outer;
+  ASSERT_EQ(FilterTraits<TypeParam>::kCreate(&outer, IID_IUnknown,
+                                             reinterpret_cast<void**>(outer.inner.Put())),
+            S_OK);
   OwnedReference<IStream> stream;
   EXPECT_EQ(stream.Query(&outer, IID_IStream), S_OK);
   EXPECT_EQ(outer.references, 2u);
@@ -456,7 +440,7 @@ TYPED_TEST(StreamBindingTest, AnAggregatedFilterCountsOnItsOuterObject) {
   unknown.Reset();
   dual.Reset();
   EXPECT_EQ(outer.references, 1u);
-  EXPECT_EQ(outer.inner->Release(), 0u);
+  EXPECT_EQ(outer.inner.Detach()->Release(), 0u);
   EXPECT_EQ(this->target.references, 1);
 }
 
