@@ -5,30 +5,16 @@
 #include <deque>
 
 #include "fuzz_input.h"
+#include "stub_dispatch.h"
 
 namespace mirolta::fuzz {
 
 // An object with a given default value.
-class ValueObject final : public IDispatch {
+class ValueObject final : public test::StubDispatch<> {
  public:
   VARIANT value = {};
   HRESULT status = S_OK;
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    const bool known = iid == IID_IUnknown || iid == IID_IDispatch;
-    *out = known ? static_cast<IDispatch*>(this) : nullptr;
-    return known ? S_OK : E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-    *count = 0;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return E_NOTIMPL;
-  }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
                                    EXCEPINFO*, UINT*) override {
     return FAILED(status) || result == nullptr ? status : VariantCopy(result, &value);

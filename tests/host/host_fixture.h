@@ -1,5 +1,4 @@
-// What the tests of the host share: a started engine, and the members of an automation object that
-// a test does not use.
+// What the tests of the host share: a started engine.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -47,33 +46,6 @@ class EngineTest : public testing::Test {
   }
 
   std::optional<ScriptEngine> engine_;
-};
-
-// An object without members that belongs to its test; it counts references and is not deleted.
-class StubDispatch : public IDispatch {
- public:
-  StubDispatch() = default;
-  StubDispatch(const StubDispatch&) = delete;
-  StubDispatch& operator=(const StubDispatch&) = delete;
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-    if (*out == nullptr) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return DISP_E_UNKNOWNNAME;
-  }
-
-  ULONG references = 1;
-
- protected:
-  ~StubDispatch() = default;
 };
 
 }  // namespace mirolta::host

@@ -17,6 +17,7 @@
 #include "objects/dispatch_object.h"
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
+#include "stub_dispatch.h"
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
@@ -125,7 +126,7 @@ constexpr char kStart[] =
 
 // A function of one argument. For some strings it returns a value that scripts cannot make; it
 // calls an object and returns any other argument.
-class Sink final : public StubDispatch {
+class Sink final : public test::StubDispatch<> {
  public:
   HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT* result,
                                    EXCEPINFO* exception, UINT*) override {

@@ -10,6 +10,7 @@
 #include "host_fixture.h"
 #include "objects/dispatch_object.h"
 #include "objects/script_object.h"
+#include "stub_dispatch.h"
 #include "values/scoped_variant.h"
 #include "values/script_dates.h"
 
@@ -17,7 +18,7 @@ namespace mirolta::host {
 namespace {
 
 // Records its calls and answers with what the test sets.
-class RecordingObject final : public StubDispatch {
+class RecordingObject final : public test::StubDispatch<> {
  public:
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
                                           DISPID* ids) override {

@@ -8,6 +8,7 @@
 
 #include "portable/module_resources.h"
 #include "seam/interface_table.h"
+#include "stub_dispatch.h"
 #include "test_values.h"
 #include "text.h"
 
@@ -73,20 +74,10 @@ inline constexpr TypeLibraryTable kSampleLibraryTable = {
 // clang-format on
 
 // Lives on the stack; its fields hold the arguments of the last calls.
-class SampleObject final : public ISample {
+class SampleObject final : public StubDispatch<ISample> {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = iid == IID_IUnknown || iid == IID_IDispatch || iid == kSampleInterface ? this : nullptr;
-    if (*out == nullptr) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return E_NOTIMPL;
+    return StubDispatch::QueryInterface(iid == kSampleInterface ? IID_IDispatch : iid, out);
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params,
                                    VARIANT* result, EXCEPINFO* exception,
@@ -181,7 +172,6 @@ class SampleObject final : public ISample {
   }
 
   ITypeInfo* type_info = nullptr;  // of ISample, no reference held
-  ULONG references = 1;
   int calls = 0;
   LONG count = 5;
   LONG last_number = 0;

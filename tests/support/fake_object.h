@@ -3,44 +3,22 @@
 
 #include <utility>
 
+#include "stub_dispatch.h"
 #include "test_values.h"
 
 namespace mirolta::test {
 
 // FakeObject lives on the stack and counts its references; its default value is `value`, or the
 // status of reading it is `status`.
-class FakeObject final : public IDispatch {
+class FakeObject final : public StubDispatch<> {
  public:
   FakeObject() = default;
   explicit FakeObject(TestValue default_value) : value(std::move(default_value)) {}
 
-  TestValue value;
-  HRESULT status = S_OK;
-  bool has_dispatch = true;
-  bool gives_null = false;  // QueryInterface succeeds without an interface
-  int reads = 0;
-  WORD last_flags = 0;  // of the last call
-  ULONG references = 1;
-
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    if (!gives_null) return StubDispatch::QueryInterface(iid, out);
     *out = nullptr;
-    if (gives_null) return S_OK;
-    if (IsEqualGUID(iid, IID_IUnknown) || (has_dispatch && IsEqualGUID(iid, IID_IDispatch))) {
-      *out = static_cast<IDispatch*>(this);
-      AddRef();
-      return S_OK;
-    }
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-    *count = 0;
     return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return E_NOTIMPL;
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params,
                                    VARIANT* result, EXCEPINFO*, UINT*) override {
@@ -52,6 +30,12 @@ class FakeObject final : public IDispatch {
     ++reads;
     return FAILED(status) ? status : VariantCopy(result, &value);
   }
+
+  TestValue value;
+  HRESULT status = S_OK;
+  bool gives_null = false;  // QueryInterface succeeds without an interface
+  int reads = 0;
+  WORD last_flags = 0;  // of the last call
 };
 
 }  // namespace mirolta::test

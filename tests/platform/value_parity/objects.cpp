@@ -26,7 +26,7 @@ void Objects() {
           result);
   };
   for (const bool refuses : {false, true}) {
-    object.refuses_dispatch = refuses;
+    object.has_dispatch = !refuses;
     object.value = Integer(VT_I4, 1234);
     for (const VARTYPE tag : {VT_DISPATCH, VT_UNKNOWN}) {
       for (const VARTYPE type : kTypes) {
@@ -35,7 +35,7 @@ void Objects() {
       }
     }
   }
-  object.refuses_dispatch = false;
+  object.has_dispatch = true;
   const VARIANT values[] = {Of(VT_EMPTY),          Of(VT_NULL),          Of(VT_BSTR),
                             Integer(VT_ERROR, -5), Integer(VT_BOOL, -1), Words(OLESTR("12")),
                             Words(OLESTR("x")),    Real(VT_R8, 2.5),     Of(VT_DISPATCH)};
