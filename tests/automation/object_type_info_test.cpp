@@ -3,7 +3,7 @@
 #include <deque>
 
 #include "portable/registry_mode.h"
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "test_module.h"
 #include "type_info_holder.h"
 
@@ -71,24 +71,17 @@ TEST_F(ObjectTypeInfoTest, AnInterfaceThatIsNotThereStaysEmpty) {
 TEST_F(ObjectTypeInfoTest, EveryAllocationMayFailAndTheNextCallSucceeds) {
   RegisterLibrary();
   int failures = 0;
-  for (LONG count = 0; count < 500; ++count) {
-    TypeInfoHolder& fresh = more_holders.emplace_back(IID_IHashObject);
-    OwnedReference<ITypeInfo> info;
-    MiroltaFailAllocationAfter(count);
-    const HRESULT status = fresh.Get(0, info.Put());
-    const bool failed = MiroltaAllocationHasFailed();
-    MiroltaFailAllocationAfter(-1);
-    EXPECT_EQ(static_cast<bool>(info), SUCCEEDED(status)) << "allocation " << count;
-    if (!failed) {
-      EXPECT_EQ(status, S_OK);
-      break;
-    }
-    failures += FAILED(status) ? 1 : 0;
-    LPOLESTR name = const_cast<LPOLESTR>(OLESTR("ResetKey"));
-    DISPID id = 4711;
-    EXPECT_EQ(fresh.GetIDsOfNames(&name, 1, 0, &id), S_OK) << "allocation " << count;
-    EXPECT_EQ(id, 11);
-  }
+  OwnedReference<ITypeInfo> info;
+  FailEachAllocation([&] { return more_holders.emplace_back(IID_IHashObject).Get(0, info.Put()); },
+                     [&](HRESULT status, bool failed) {
+                       EXPECT_EQ(static_cast<bool>(info), SUCCEEDED(status));
+                       EXPECT_TRUE(failed || status == S_OK);
+                       failures += FAILED(status) ? 1 : 0;
+                       LPOLESTR name = const_cast<LPOLESTR>(OLESTR("ResetKey"));
+                       DISPID id = 4711;
+                       EXPECT_EQ(more_holders.back().GetIDsOfNames(&name, 1, 0, &id), S_OK);
+                       EXPECT_EQ(id, 11);
+                     });
   EXPECT_GT(failures, 5);
 }
 

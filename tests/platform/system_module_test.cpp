@@ -6,7 +6,7 @@
 
 #include "portable/module_resources.h"
 #include "portable/registry_mode.h"
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "system_support.h"
 #include "system_test_module.h"
 
@@ -381,22 +381,18 @@ TEST_F(ClassObjects, ManyThreadsCreateWhileModulesAreFreed) {
 }
 
 TEST_F(ClassObjects, EveryShortAllocationIsReported) {
-  LONG allowed = 0;
-  for (;; ++allowed) {
-    IUnknown* object = nullptr;
-    MiroltaFailAllocationAfter(allowed);
-    const HRESULT status = Create(&object);
-    const bool failed = MiroltaAllocationHasFailed();
-    MiroltaFailAllocationAfter(-1);
-    if (object != nullptr) object->Release();
-    CoFreeUnusedLibrariesEx(0, 0);
-    if (!failed) {
-      EXPECT_EQ(status, S_OK);
-      break;
-    }
-    EXPECT_TRUE(status == E_OUTOFMEMORY || status == S_OK) << allowed << " " << status;
-  }
-  EXPECT_GT(allowed, 3);
+  IUnknown* object = nullptr;
+  const LONG failures = test::FailEachAllocation(
+      [&] {
+        object = nullptr;
+        return Create(&object);
+      },
+      [&](HRESULT status, bool failed) {
+        if (object != nullptr) object->Release();
+        CoFreeUnusedLibrariesEx(0, 0);
+        EXPECT_TRUE(status == S_OK || (failed && status == E_OUTOFMEMORY)) << status;
+      });
+  EXPECT_GT(failures, 3);
   EXPECT_FALSE(ModuleIsLoaded());
 }
 

@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "system_support.h"
 
 namespace mirolta {
@@ -446,16 +446,7 @@ TEST(FileStream, ReportsShortMemory) {
   const TemporaryFolder folder;
   const std::string file = folder.File("data");
   WriteFile(file, "12345");
-  LONG allowed = 0;
-  for (;; ++allowed) {
-    MiroltaFailAllocationAfter(allowed);
-    const HRESULT status = StatusOfOpening(file, STGM_READ);
-    const bool failed = MiroltaAllocationHasFailed();
-    MiroltaFailAllocationAfter(-1);
-    EXPECT_EQ(status, failed ? E_OUTOFMEMORY : S_OK) << allowed;
-    if (!failed) break;
-  }
-  EXPECT_GT(allowed, 2);
+  EXPECT_GT(test::FailEachAllocation([&] { return StatusOfOpening(file, STGM_READ); }), 2);
 }
 
 TEST(FileStream, NamesBeyondAsciiAndOddBytes) {

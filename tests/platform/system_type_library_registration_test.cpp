@@ -1,7 +1,7 @@
 #include <vector>
 
 #include "portable/registry_mode.h"
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "system_support.h"
 #include "system_test_module.h"
 
@@ -155,16 +155,7 @@ TEST_F(TypeLibraryRegistration, FailuresAreReported) {
   ITypeLib* loaded = nullptr;
   EXPECT_EQ(LoadRegTypeLib(kTestLibrary, 1, 0, 0, &loaded), TYPE_E_REGISTRYACCESS);
   WriteFile(file_, "");
-  LONG allowed = 0;
-  for (;; ++allowed) {
-    MiroltaFailAllocationAfter(allowed);
-    const HRESULT status = Register();
-    const bool failed = MiroltaAllocationHasFailed();
-    MiroltaFailAllocationAfter(-1);
-    ASSERT_EQ(status, failed ? E_OUTOFMEMORY : S_OK) << allowed;
-    if (!failed) break;
-  }
-  EXPECT_GT(allowed, 10);
+  EXPECT_GT(test::FailEachAllocation([&] { return Register(); }), 10);
   // The file is not locked after a failure.
   EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_INVALID_PARAMETER);
 }

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "type_info_sample.h"
 
 namespace mirolta::test {
@@ -223,20 +223,10 @@ TEST(TypeInfoCopyTest, NothingPointsBackToTheTables) {
   library->Release();
 }
 
-// Runs `work` with each of its allocations failing in turn; it has to report each.
+// Fails each allocation of `work`, of which there are some.
 template <typename Work>
 void FailEveryAllocation(Work work) {
-  int failures = 0;
-  for (LONG count = 0; count < 100; ++count) {
-    MiroltaFailAllocationAfter(count);
-    const HRESULT status = work();
-    const bool failed = MiroltaAllocationHasFailed();
-    MiroltaFailAllocationAfter(-1);
-    EXPECT_EQ(status, failed ? E_OUTOFMEMORY : S_OK) << "allocation " << count;
-    if (!failed) break;
-    ++failures;
-  }
-  EXPECT_GT(failures, 0);
+  EXPECT_GT(FailEachAllocation(work), 0);
 }
 
 TEST_F(TypeInfoLibraryTest, EveryAllocationMayFail) {

@@ -2,7 +2,7 @@
 #include <optional>
 
 #include "memory_watch.h"
-#include "portable/test_hooks.h"
+#include "runtime_allocations.h"
 #include "stream_test_kit.h"
 
 namespace mirolta::test {
@@ -77,22 +77,15 @@ TEST_F(StreamMemoryTest, AReadWithoutRoomTakesNothingFromTheStream) {
   EXPECT_EQ(got, 32u);
 }
 
-// Fails each allocation of the runtime in turn until the call succeeds.
+// Fails each allocation of a call, of which there are some, and checks its result each time.
 template <typename Call, typename Check>
 void FailEach(Call call, Check check) {
-  for (LONG count = 0;; ++count) {
-    MiroltaFailAllocationAfter(count);
-    const HRESULT status = call();
-    const bool failed = MiroltaAllocationHasFailed();
-    MiroltaFailAllocationAfter(-1);
-    if (!failed) {
-      EXPECT_EQ(status, S_OK);
-      EXPECT_GT(count, 0);
-      return;
-    }
-    EXPECT_EQ(status, E_OUTOFMEMORY) << count;
-    check();
-  }
+  EXPECT_GT(FailEachAllocation(call,
+                               [&](HRESULT status, bool failed) {
+                                 EXPECT_EQ(status, failed ? E_OUTOFMEMORY : S_OK);
+                                 if (failed) check();
+                               }),
+            0);
 }
 
 TEST_F(StreamMemoryTest, AResultWithoutMemoryIsReportedAndEmpty) {
