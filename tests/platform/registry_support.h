@@ -1,6 +1,12 @@
 // Helpers of the tests of the registry.
 #pragma once
 
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -49,6 +55,20 @@ inline LONG OpenStatus(const std::u16string& path, HKEY root = HKEY_CLASSES_ROOT
   return error;
 }
 
+// Creates or opens the key, and closes it again.
+inline LONG CreateStatus(const std::u16string& path, HKEY root = HKEY_CLASSES_ROOT,
+                         REGSAM access = KEY_WRITE) {
+  HKEY key = nullptr;
+  const LONG error =
+      RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, access, nullptr, &key, nullptr);
+  if (error == ERROR_SUCCESS) {
+    RegCloseKey(key);
+  } else {
+    EXPECT_EQ(key, nullptr);
+  }
+  return error;
+}
+
 inline std::vector<std::string> SubkeysOf(HKEY key) {
   std::vector<std::string> names;
   WCHAR name[256];
@@ -73,5 +93,50 @@ inline std::vector<std::string> ValuesOf(HKEY key) {
 }
 
 using Names = std::vector<std::string>;
+
+// A test of what threads and processes share.
+class SharedRegistryTest : public RegistryTest {
+ protected:
+  ~SharedRegistryTest() override {
+    for (const pid_t child : children_) {
+      kill(child, SIGKILL);
+      waitpid(child, nullptr, 0);
+    }
+  }
+
+  // Runs work in a child; its result is the child's exit status.
+  pid_t Fork(const std::function<bool()>& work) {
+    const pid_t child = fork();
+    if (child == 0) _exit(work() ? 0 : 1);
+    return child;
+  }
+  static bool Succeeds(pid_t child) {
+    int status = -1;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  }
+  // A child that does nothing until the test's end; a bare one without what is done around forks.
+  pid_t ForkIdle(bool bare) {
+    const pid_t child = bare ? _Fork() : fork();
+    if (child == 0) {
+      for (;;) pause();
+    }
+    children_.push_back(child);
+    return child;
+  }
+
+  // Opens the file that writers lock.
+  int OpenLock() const {
+    return open((file_ + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  }
+  bool IsLocked() const {
+    const int file = OpenLock();
+    const bool locked = flock(file, LOCK_EX | LOCK_NB) != 0;
+    close(file);
+    return locked;
+  }
+
+ private:
+  std::vector<pid_t> children_;
+};
 
 }  // namespace mirolta

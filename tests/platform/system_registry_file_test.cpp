@@ -1,5 +1,5 @@
 // Files that the registry accepts at its path, and those that it refuses.
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include "portable/registry_mode.h"
@@ -10,13 +10,7 @@ namespace {
 
 class RegistryFile : public RegistryTest {
  protected:
-  static LONG Write() {
-    HKEY key = nullptr;
-    const LONG error =
-        RegCreateKeyExW(HKEY_CLASSES_ROOT, u"K", 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr);
-    if (error == ERROR_SUCCESS) RegCloseKey(key);
-    return error;
-  }
+  static LONG Write() { return CreateStatus(u"K"); }
 };
 
 // Another user with access to the folder plants a link under the new file's name.
@@ -122,6 +116,88 @@ TEST_F(RegistryFile, TheModeStays) {
   // Who can only read the registry cannot lock it.
   ASSERT_EQ(stat((file_ + ".lock").c_str(), &facts), 0);
   EXPECT_EQ(facts.st_mode & 0777, 0600u);
+}
+
+TEST_F(RegistryFile, AHandleSurvivesAFileThatIsRepaired) {
+  const Key key(u"K");
+  SetText(key, u"v", u"x");
+  const std::string good = ReadFile(file_);
+  WriteFile(file_, "damaged");
+  EXPECT_EQ(GetText(key, u"v"), u"<1009>");
+  WriteFile(file_, good);
+  EXPECT_EQ(GetText(key, u"v"), u"x");
+}
+
+TEST_F(RegistryFile, FailedWritesChangeNothing) {
+  const Key key(u"K");
+  SetText(key, u"v", u"old");
+  const std::string before = ReadFile(file_);
+  // The new file cannot be written over a folder.
+  ASSERT_EQ(mkdir((file_ + ".new").c_str(), 0755), 0);
+  EXPECT_EQ(SetText(key, u"v", u"new"), ERROR_CANTWRITE);
+  EXPECT_EQ(CreateStatus(u"B", key), ERROR_CANTWRITE);
+  EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"K"), ERROR_CANTWRITE);
+  EXPECT_EQ(GetText(key, u"v"), u"old");
+  EXPECT_EQ(OpenStatus(u"K\\B"), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ReadFile(file_), before);
+  ASSERT_EQ(rmdir((file_ + ".new").c_str()), 0);
+  EXPECT_EQ(SetText(key, u"v", u"new"), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryFile, LinksAndModesStay) {
+  { const Key key(u"K"); }
+  const std::string link = folder_.File("link.reg");
+  std::filesystem::create_symlink(file_, link);
+  chmod(file_.c_str(), 0600);
+  setenv("MIROLTA_REGISTRY", link.c_str(), 1);
+  { const Key key(u"L"); }
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  struct stat facts = {};
+  ASSERT_EQ(stat(file_.c_str(), &facts), 0);
+  EXPECT_EQ(facts.st_mode & 0777, 0600u);
+  EXPECT_NE(ReadFile(file_).find("L]"), std::string::npos);
+}
+
+// Where the file lies, asked in a process with its own variables.
+std::string PlaceWith(const char* own, const char* data, const char* home) {
+  const auto set = [](const char* name, const char* value) {
+    if (value == nullptr) {
+      unsetenv(name);
+    } else {
+      setenv(name, value, 1);
+    }
+  };
+  const std::string old_home = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
+  set("MIROLTA_REGISTRY", own);
+  set("XDG_DATA_HOME", data);
+  set("HOME", home);
+  WCHAR file[256] = {};
+  const DWORD length = MiroltaRegistryFile(file, 256);
+  EXPECT_EQ(length, std::u16string(file).size());
+  EXPECT_EQ(MiroltaRegistryFile(file, length), 0u);
+  unsetenv("XDG_DATA_HOME");
+  setenv("HOME", old_home.c_str(), 1);
+  return Narrow(file);
+}
+
+TEST_F(RegistryFile, ItsPlaceIsFound) {
+  EXPECT_EQ(PlaceWith("/own/file.reg", "/data", "/elsewhere"), "/own/file.reg");
+  EXPECT_EQ(PlaceWith("", "/data", "/elsewhere"), "/data/mirolta/registry.reg");
+  EXPECT_EQ(PlaceWith(nullptr, nullptr, "/elsewhere"),
+            "/elsewhere/.local/share/mirolta/registry.reg");
+  EXPECT_EQ(PlaceWith(nullptr, "relative", "/elsewhere"),
+            "/elsewhere/.local/share/mirolta/registry.reg");
+  EXPECT_EQ(PlaceWith(nullptr, nullptr, nullptr), "");
+}
+
+TEST_F(RegistryFile, FoldersAreMade) {
+  file_ = folder_.File("deep/down/registry.reg");
+  setenv("MIROLTA_REGISTRY", file_.c_str(), 1);
+  EXPECT_EQ(OpenStatus(u"K"), ERROR_FILE_NOT_FOUND);
+  EXPECT_FALSE(std::filesystem::exists(folder_.File("deep")));  // not by reading
+  { const Key key(u"K"); }
+  EXPECT_TRUE(std::filesystem::exists(file_));
+  EXPECT_EQ(OpenStatus(u"K"), ERROR_SUCCESS);
 }
 
 }  // namespace

@@ -1,211 +1,97 @@
-// The registry among threads and processes: batches, locks, forks.
-#include <dlfcn.h>
-#include <fcntl.h>
+// The registry among threads and processes: locks, forks, readers beside writers.
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/wait.h>
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <thread>
 
-#include "portable/registry_mode.h"
-#include "portable/test_hooks.h"
+#include "all_at_once.h"
 #include "registry_support.h"
-
-namespace {
-
-std::atomic<int> syncs{0};
-
-}  // namespace
-
-// Intercepts the runtime's calls.
-extern "C" __attribute__((visibility("default"))) int fsync(int file) {
-  static auto* const next = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
-  ++syncs;
-  return next(file);
-}
 
 namespace mirolta {
 namespace {
 
-class RegistrySharing : public RegistryTest {
- protected:
-  ~RegistrySharing() override {
-    for (const pid_t child : children_) {
-      kill(child, SIGKILL);
-      waitpid(child, nullptr, 0);
-    }
-  }
+using RegistrySharing = SharedRegistryTest;
 
-  // Runs work in a child; its result is the child's exit status.
-  pid_t Fork(const std::function<bool()>& work) {
-    const pid_t child = fork();
-    if (child == 0) _exit(work() ? 0 : 1);
-    return child;
-  }
-  static bool Succeeds(pid_t child) {
-    int status = -1;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-  }
-  // A child that does nothing until the test's end; a bare one without what is done around forks.
-  pid_t ForkIdle(bool bare) {
-    const pid_t child = bare ? _Fork() : fork();
-    if (child == 0) {
-      for (;;) pause();
-    }
-    children_.push_back(child);
-    return child;
-  }
-
-  std::string LockFile() const { return file_ + ".lock"; }
-  // Opens the file that writers lock.
-  int OpenLock() const { return open(LockFile().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600); }
-  bool IsLocked() const {
-    const int file = OpenLock();
-    const bool locked = flock(file, LOCK_EX | LOCK_NB) != 0;
-    close(file);
-    return locked;
-  }
-
- private:
-  std::vector<pid_t> children_;
-};
-
-TEST_F(RegistrySharing, ABatchIsWrittenOnce) {
-  syncs = 0;
-  EXPECT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-  for (int i = 0; i < 100; ++i) {
-    const Key key(u"K" + Wide(std::to_string(i)));
-    SetText(key, nullptr, u"x");
-  }
-  EXPECT_EQ(syncs, 0);
-  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-  EXPECT_EQ(syncs, 1);
-  // One that changes nothing is not written.
-  EXPECT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-  { const Key key(u"K1"); }
-  EXPECT_EQ(SetText(Key(u"K2"), nullptr, u"x"), ERROR_SUCCESS);
-  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-  EXPECT_EQ(syncs, 1);
-}
-
-TEST_F(RegistrySharing, ABatchIsItsThreads) {
-  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-  { const Key key(u"Mine"); }
-  std::thread([&] {
-    EXPECT_EQ(OpenStatus(u"Mine"), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_INVALID_PARAMETER);
-    { const Key key(u"Yours"); }  // written at once
-    EXPECT_NE(ReadFile(file_).find("Yours"), std::string::npos);
-    EXPECT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-    { const Key key(u"Second"); }
-    EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-    EXPECT_NE(ReadFile(file_).find("Second"), std::string::npos);
-    EXPECT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-    { const Key key(u"Lost"); }
-  }).join();                                              // within its batch
-  EXPECT_EQ(OpenStatus(u"Yours"), ERROR_FILE_NOT_FOUND);  // the batch sees what it began with
-  EXPECT_EQ(ReadFile(file_).find("Mine"), std::string::npos);
-  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-  for (const auto* name : {u"Mine", u"Yours", u"Second"}) {
-    EXPECT_EQ(OpenStatus(name), ERROR_SUCCESS) << Narrow(name);
-  }
-  EXPECT_EQ(OpenStatus(u"Lost"), ERROR_FILE_NOT_FOUND);
-}
-
-// Whatever others have written meanwhile, a batch's changes are made on it.
-TEST_F(RegistrySharing, BatchesMerge) {
-  for (const auto* path : {u"Gone\\Below", u"Kept\\Below", u"Set", u"Emptied"}) {
-    const Key key(path);
-  }
-  const Key emptied(u"Emptied");
-  SetText(emptied, u"v", u"old");
-  const Key set(u"Set");
-  SetText(set, u"v", u"old");
-  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-  EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Gone\\Below"), ERROR_SUCCESS);
-  EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Gone"), ERROR_SUCCESS);
-  EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Kept\\Below"), ERROR_SUCCESS);
-  EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Kept"), ERROR_SUCCESS);
-  EXPECT_EQ(SetText(set, u"v", u"old"), ERROR_SUCCESS);  // unchanged, but part of the batch
-  EXPECT_EQ(RegDeleteValueW(emptied, u"v"), ERROR_SUCCESS);
-  { const Key key(u"Made"); }
-  std::thread([] {
-    EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Gone\\Below"), ERROR_SUCCESS);
-    { const Key key(u"Kept\\Other"); }
-    EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Set"), ERROR_SUCCESS);
-    EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Emptied"), ERROR_SUCCESS);
-    SetText(Key(u"Made"), u"v", u"theirs");
-  }).join();
-  ASSERT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-  EXPECT_EQ(SubkeysOf(HKEY_CLASSES_ROOT), (Names{"Kept", "Made", "Set"}));
-  EXPECT_EQ(SubkeysOf(Key(u"Kept")), (Names{"Other"}));
-  EXPECT_EQ(GetText(Key(u"Made"), u"v"), u"theirs");
-  EXPECT_EQ(GetText(Key(u"Set"), u"v"), u"old");
-}
-
-TEST_F(RegistrySharing, ABatchInMemoryIsItsThreadsToo) {
-  ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
-  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-  { const Key key(u"Mine"); }
-  std::thread([] {
-    EXPECT_EQ(OpenStatus(u"Mine"), ERROR_FILE_NOT_FOUND);
-    const Key key(u"Yours");
-  }).join();
-  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-  EXPECT_EQ(SubkeysOf(HKEY_CLASSES_ROOT), (Names{"Yours", "Mine"}));
-  EXPECT_EQ(MiroltaRegistryInMemory(FALSE), ERROR_SUCCESS);
-  EXPECT_FALSE(std::filesystem::exists(file_));
-}
-
-TEST_F(RegistrySharing, ABatchThatCannotBeWrittenChangesNothing) {
-  { const Key key(u"Before"); }
-  const std::string before = ReadFile(file_);
-  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-  { const Key key(u"K"); }
-  ASSERT_EQ(mkdir((file_ + ".new").c_str(), 0755), 0);
-  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_CANTWRITE);
-  EXPECT_EQ(OpenStatus(u"K"), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(ReadFile(file_), before);
-  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_INVALID_PARAMETER);  // it is over
-  EXPECT_FALSE(IsLocked());
-  // Nor one for whose writing memory is short.
-  ASSERT_EQ(rmdir((file_ + ".new").c_str()), 0);
-  LONG allowed = 0;
-  for (;; ++allowed) {
-    ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-    { const Key key(u"K\\L"); }
-    SetText(Key(u"K"), u"v", u"text");
-    MiroltaFailAllocationAfter(allowed);
-    const LONG error = MiroltaRegistryBatch(FALSE);
-    const bool failed = MiroltaAllocationHasFailed();
-    MiroltaFailAllocationAfter(-1);
-    ASSERT_EQ(error, failed ? ERROR_OUTOFMEMORY : ERROR_SUCCESS) << allowed;
-    if (!failed) break;
-    ASSERT_EQ(ReadFile(file_), before) << allowed;
-    ASSERT_EQ(OpenStatus(u"K"), ERROR_FILE_NOT_FOUND) << allowed;
-  }
-  EXPECT_GT(allowed, 10);
-}
-
-// No lock is held over what others do between the changes of a batch.
-TEST_F(RegistrySharing, ABatchLocksNobodyOut) {
-  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-  { const Key key(u"Mine"); }
-  EXPECT_FALSE(IsLocked());
-  // Another process begins and ends one meanwhile.
+TEST_F(RegistrySharing, OtherProcessesChangesAreSeen) {
+  const Key key(u"K");
+  SetText(key, u"v", u"one");
   EXPECT_TRUE(Succeeds(Fork([] {
-    std::thread([] {
-      MiroltaRegistryBatch(TRUE);
-      { const Key key(u"Theirs"); }
-      MiroltaRegistryBatch(FALSE);
-    }).join();
-    return true;
+    const Key same(u"K");
+    return SetText(same, u"v", u"two") == ERROR_SUCCESS && GetText(same, u"v") == u"two";
   })));
-  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-  EXPECT_EQ(SubkeysOf(HKEY_CLASSES_ROOT), (Names{"Theirs", "Mine"}));
+  EXPECT_EQ(GetText(key, u"v"), u"two");
+  std::filesystem::remove(file_);
+  EXPECT_EQ(GetText(key, u"v"), u"<1018>");
+}
+
+TEST_F(RegistrySharing, ProcessesWritingAtOnceLoseNothing) {
+  constexpr int kProcesses = 4;
+  constexpr int kEach = 25;
+  std::vector<pid_t> children;
+  for (int p = 0; p < kProcesses; ++p) {
+    children.push_back(Fork([p] {
+      bool good = true;
+      for (int i = 0; i < kEach; ++i) {
+        const std::u16string path = Wide("P" + std::to_string(p) + "\\K" + std::to_string(i));
+        good = SetText(Key(path), nullptr, path) == ERROR_SUCCESS && good;
+      }
+      return good;
+    }));
+  }
+  for (const pid_t child : children) EXPECT_TRUE(Succeeds(child));
+  for (int p = 0; p < kProcesses; ++p) {
+    for (int i = 0; i < kEach; ++i) {
+      const std::u16string path = Wide("P" + std::to_string(p) + "\\K" + std::to_string(i));
+      ASSERT_EQ(OpenStatus(path), ERROR_SUCCESS);
+      EXPECT_EQ(GetText(Key(path), nullptr), path);
+    }
+  }
+}
+
+TEST_F(RegistrySharing, ThreadsWritingAtOnceLoseNothing) {
+  test::AllAtOnce(4, [](unsigned t) {
+    for (int i = 0; i < 20; ++i) {
+      const Key key(u"T" + Wide(std::to_string(t)));
+      EXPECT_EQ(SetText(key, Wide(std::to_string(i)).c_str(), u"x"), ERROR_SUCCESS);
+    }
+  });
+  for (int t = 0; t < 4; ++t) EXPECT_EQ(ValuesOf(Key(u"T" + Wide(std::to_string(t)))).size(), 20u);
+}
+
+// A process that is killed while it writes leaves the content before or after one of its changes.
+TEST_F(RegistrySharing, AKilledWriterLeavesAWholeFile) {
+  {
+    const Key key(u"K");
+    SetText(key, u"a", u"0");
+    SetText(key, u"z", std::u16string(20000, u'0'));
+  }
+  for (int round = 0; round < 20; ++round) {
+    const pid_t child = fork();
+    if (child == 0) {
+      const Key key(u"K");
+      for (char16_t c = u'1';; c = c == u'9' ? u'1' : static_cast<char16_t>(c + 1)) {
+        SetText(key, u"z", std::u16string(20000, c));
+      }
+    }
+    usleep(static_cast<useconds_t>(1000 + round * 700));
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    const Key key(u"K");  // the lock went with its holder
+    std::vector<WCHAR> text(20001);
+    DWORD size = 40002;
+    ASSERT_EQ(
+        RegQueryValueExW(key, u"z", nullptr, nullptr, reinterpret_cast<BYTE*>(text.data()), &size),
+        ERROR_SUCCESS);
+    EXPECT_EQ(size, 40002u);
+    EXPECT_EQ(std::u16string(text.data()), std::u16string(20000, text[0]));
+    EXPECT_EQ(GetText(key, u"a"), u"0");
+    EXPECT_EQ(SetText(key, u"z", std::u16string(20000, u'0')), ERROR_SUCCESS);
+  }
 }
 
 TEST_F(RegistrySharing, ReadersDoNotWaitForWriters) {
@@ -293,33 +179,6 @@ TEST_F(RegistrySharing, ProgramsThatAreStartedInheritNothing) {
   }
   over = true;
   writer.join();
-}
-
-TEST_F(RegistrySharing, WritersAndBatchesOfManyThreadsLoseNothing) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 6; ++t) {
-    threads.emplace_back([t] {
-      const std::u16string own = u"T" + Wide(std::to_string(t));
-      for (int i = 0; i < 10; ++i) {
-        const bool batch = (t + i) % 2 == 0;
-        if (batch) {
-          EXPECT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
-        }
-        {
-          const Key key(own + u"\\K" + Wide(std::to_string(i)));
-          EXPECT_EQ(SetText(key, nullptr, own), ERROR_SUCCESS);
-          EXPECT_EQ(GetText(key, nullptr), own);
-        }
-        if (batch) {
-          EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
-        }
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (int t = 0; t < 6; ++t) {
-    EXPECT_EQ(SubkeysOf(Key(u"T" + Wide(std::to_string(t)))).size(), 10u);
-  }
 }
 
 }  // namespace

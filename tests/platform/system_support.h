@@ -45,6 +45,12 @@ class RegistryTest : public testing::Test {
   }
   ~RegistryTest() override { unsetenv("MIROLTA_REGISTRY"); }
 
+  // Makes the process read the file again, under a second name.
+  void UseCopy() {
+    std::filesystem::copy_file(file_, file_ + "2");
+    setenv("MIROLTA_REGISTRY", (file_ + "2").c_str(), 1);
+  }
+
   TemporaryFolder folder_;
   std::string file_;
 };
