@@ -73,7 +73,7 @@ class DigestSide : public FilterSide<IToviStreamDigest> {
     return writes_ ? filter_->put_WriteHashEnable(value) : filter_->put_ReadHashEnable(value);
   }
 
-  void Choose(const OLECHAR* name) const { EXPECT_EQ(Select(name), S_OK); }
+  void Choose(const OLECHAR* name = OLESTR("SHA256")) const { EXPECT_EQ(Select(name), S_OK); }
   Text Value() const {
     OwnedBstr text;
     EXPECT_EQ(GetValue(text.Put()), S_OK);
