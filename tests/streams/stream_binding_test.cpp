@@ -392,11 +392,9 @@ TEST(StreamCountsTest, ADigestTrustsNoCountOfWrittenBytesAboveTheRequest) {
   ScriptedStream target;
   target.excess_report = 1000;
   const DigestFilter filter(&target);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
+  Writing(filter).Choose(OLESTR("MD5"));
   EXPECT_EQ(Write(filter.Stream(), BytesOf("abc")), (Moved{S_OK, 3}));
-  OwnedBstr value;
-  EXPECT_EQ(filter->get_WriteValue(value.Put()), S_OK);
-  EXPECT_EQ(TextOf(value.Get()), PeerText(OLESTR("MD5"), BytesOf("abc")));
+  EXPECT_EQ(Writing(filter).Value(), PeerText(OLESTR("MD5"), BytesOf("abc")));
 }
 
 TYPED_TEST(StreamBindingTest, AllInterfacesAreOneObjectWithoutSourceOfStreams) {

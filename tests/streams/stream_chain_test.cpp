@@ -4,12 +4,12 @@
 #include <cstdio>
 #include <random>
 
-#include "stream_test_kit.h"
+#include "stream_sides.h"
 
 namespace mirolta::test {
 namespace {
 
-const Bytes kKey = PatternBytes(32, 5);
+const Bytes kLongKey = PatternBytes(32, 5);
 constexpr size_t kLargest = 5000;
 
 OwnedReference<IStream> MemoryStream(const Bytes& bytes = {}) {
@@ -67,27 +67,15 @@ void WriteInPieces(IStream* stream, const Bytes& bytes, std::minstd_rand& random
 
 DigestFilter Digesting(IUnknown* target) {
   DigestFilter filter(target);
-  EXPECT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
+  Reading(filter).Choose(OLESTR("MD5"));
+  Writing(filter).Choose(OLESTR("MD5"));
   return filter;
 }
 CryptFilter Enciphering(IUnknown* target) {
   CryptFilter filter(target);
-  EXPECT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
-  EXPECT_EQ(filter->put_ReadKey(BytesValue(kKey)), S_OK);
-  EXPECT_EQ(filter->put_WriteKey(BytesValue(kKey)), S_OK);
+  Reading(filter).Choose(OLESTR("AES"), kLongKey);
+  Writing(filter).Choose(OLESTR("AES"), kLongKey);
   return filter;
-}
-Text ReadValue(const DigestFilter& filter) {
-  OwnedBstr text;
-  EXPECT_EQ(filter->get_ReadValue(text.Put()), S_OK);
-  return TextOf(text.Get());
-}
-Text WriteValue(const DigestFilter& filter) {
-  OwnedBstr text;
-  EXPECT_EQ(filter->get_WriteValue(text.Put()), S_OK);
-  return TextOf(text.Get());
 }
 
 TEST(StreamChainTest, DigestsOfEverySizeAreThoseOfTheWholeBuffer) {
@@ -104,20 +92,20 @@ TEST(StreamChainTest, DigestsOfEverySizeAreThoseOfTheWholeBuffer) {
     target.largest_read = size % 3 == 0 ? 100 : SIZE_MAX;
     EXPECT_EQ(filter->ReadReset(), S_OK);
     ASSERT_EQ(ReadToEnd(filter.Stream(), random, 2000), bytes);
-    ASSERT_EQ(ReadValue(filter), digest) << size;
+    ASSERT_EQ(Reading(filter).Value(), digest) << size;
 
     target.position = 0;
     sink.content.clear();
     EXPECT_EQ(filter->ReadReset(), S_OK);
     ASSERT_EQ(filter.Stream()->CopyTo(&sink, Large(size), nullptr, nullptr), S_OK);
     ASSERT_EQ(sink.content, bytes);
-    ASSERT_EQ(ReadValue(filter), digest) << size;
+    ASSERT_EQ(Reading(filter).Value(), digest) << size;
 
     target.content.clear();
     EXPECT_EQ(filter->WriteReset(), S_OK);
     WriteInPieces(filter.Stream(), bytes, random);
     ASSERT_EQ(target.content, bytes);
-    ASSERT_EQ(WriteValue(filter), digest) << size;
+    ASSERT_EQ(Writing(filter).Value(), digest) << size;
   }
 }
 
@@ -129,7 +117,7 @@ TEST(StreamChainTest, CiphertextsOfEverySizeAreThoseOfTheWholeBuffer) {
   const CryptFilter filter = Enciphering(&target);
   for (size_t size = 0; size <= kLargest; ++size) {
     const Bytes bytes = Head(all, size);
-    const Bytes cipher = PeerAes(kKey, bytes, true);
+    const Bytes cipher = PeerAes(kLongKey, bytes, true);
     target.content.clear();
     WriteInPieces(filter.Stream(), bytes, random);
     ASSERT_EQ(filter->WriteFinalize(), S_OK);
@@ -158,13 +146,13 @@ TEST(StreamChainTest, WritesPassACipherThenADigestThenAFile) {
   for (const size_t size : {0u, 1u, 15u, 16u, 17u, 1023u, 1024u, 1025u, (1u << 20) + 3u}) {
     const TemporaryFile file;
     const Bytes bytes = PatternBytes(size);
-    const Bytes cipher = PeerAes(kKey, bytes, true);
+    const Bytes cipher = PeerAes(kLongKey, bytes, true);
     {
       const DigestFilter digest = Digesting(file.Open(STGM_WRITE | STGM_CREATE).Get());
       const CryptFilter crypt = Enciphering(digest.Stream());
       WriteInPieces(crypt.Stream(), bytes, random);
       EXPECT_EQ(crypt->WriteFinalize(), S_OK);
-      EXPECT_EQ(WriteValue(digest), PeerText(OLESTR("MD5"), cipher));
+      EXPECT_EQ(Writing(digest).Value(), PeerText(OLESTR("MD5"), cipher));
     }
     // And back, the plaintext digested by a filter on top.
     const DigestFilter lower = Digesting(file.Open(STGM_READ).Get());
@@ -180,15 +168,15 @@ TEST(StreamChainTest, WritesPassACipherThenADigestThenAFile) {
     Bytes padded = bytes;
     padded.resize(cipher.size());
     EXPECT_EQ(plain + ReadToEnd(upper.Stream(), random, 40000), padded) << size;
-    EXPECT_EQ(ReadValue(lower), PeerText(OLESTR("MD5"), cipher)) << size;
-    EXPECT_EQ(ReadValue(upper), PeerText(OLESTR("MD5"), padded)) << size;
+    EXPECT_EQ(Reading(lower).Value(), PeerText(OLESTR("MD5"), cipher)) << size;
+    EXPECT_EQ(Reading(upper).Value(), PeerText(OLESTR("MD5"), padded)) << size;
   }
 }
 
 TEST(StreamChainTest, ACopyPassesTwoDigestsAndTheCipherBetween) {
   for (const size_t size : {0u, 5u, 16u, 3000u, 4096u, 100001u}) {
     const Bytes bytes = PatternBytes(size);
-    const Bytes cipher = PeerAes(kKey, bytes, true);
+    const Bytes cipher = PeerAes(kLongKey, bytes, true);
     const DigestFilter lower = Digesting(MemoryStream(bytes).Get());
     const CryptFilter crypt = Enciphering(lower.Stream());
     EXPECT_EQ(crypt->put_ReadDecrypt(VARIANT_FALSE), S_OK);
@@ -200,8 +188,8 @@ TEST(StreamChainTest, ACopyPassesTwoDigestsAndTheCipherBetween) {
               S_OK);
     EXPECT_EQ(read.QuadPart, size);
     EXPECT_EQ(written.QuadPart, size);
-    EXPECT_EQ(ReadValue(lower), PeerText(OLESTR("MD5"), bytes));
-    EXPECT_EQ(WriteValue(destination), PeerText(OLESTR("MD5"), cipher));
+    EXPECT_EQ(Reading(lower).Value(), PeerText(OLESTR("MD5"), bytes));
+    EXPECT_EQ(Writing(destination).Value(), PeerText(OLESTR("MD5"), cipher));
     EXPECT_EQ(memory->Seek(Move(0), STREAM_SEEK_SET, nullptr), S_OK);
     EXPECT_EQ(ReadOnce(memory.Get(), static_cast<ULONG>(cipher.size() + 1)), cipher);
   }
@@ -215,7 +203,7 @@ TEST(StreamChainTest, AStreamOfThePlatformCopiesIntoAFilter) {
   EXPECT_EQ(MemoryStream(bytes)->CopyTo(crypt.Stream(), Large(bytes.size()), nullptr, nullptr),
             S_OK);
   EXPECT_EQ(crypt->WriteFinalize(), S_OK);
-  EXPECT_EQ(sink.content, PeerAes(kKey, bytes, true));
+  EXPECT_EQ(sink.content, PeerAes(kLongKey, bytes, true));
 }
 
 TEST(StreamChainTest, StatReportsSizeAndNameOfTheFileBelow) {
@@ -228,9 +216,7 @@ TEST(StreamChainTest, StatReportsSizeAndNameOfTheFileBelow) {
   EXPECT_EQ(crypt.Stream()->Stat(&statistics, STATFLAG_DEFAULT), S_OK);
   EXPECT_EQ(statistics.cbSize.QuadPart, 77u);
   ASSERT_NE(statistics.pwcsName, nullptr);
-  std::string name;
-  for (const OLECHAR* at = statistics.pwcsName; *at != 0; ++at) name += static_cast<char>(*at);
-  EXPECT_EQ(name, file.Name());
+  EXPECT_EQ(Text(statistics.pwcsName), Text(file.Name().begin(), file.Name().end()));
   CoTaskMemFree(statistics.pwcsName);
 }
 
@@ -244,7 +230,7 @@ TEST(StreamChainTest, SeekingGoesThroughOnlyWhereEveryFilterAllowsIt) {
   EXPECT_EQ(crypt.Stream()->Seek(Move(7), STREAM_SEEK_SET, &position), S_OK);
   EXPECT_EQ(position.QuadPart, 7u);
   // The engines do not follow positions.
-  EXPECT_EQ(ReadOnce(crypt.Stream(), 16), PeerAes(kKey, Part(PatternBytes(100), 7, 16), false));
+  EXPECT_EQ(ReadOnce(crypt.Stream(), 16), PeerAes(kLongKey, Part(PatternBytes(100), 7, 16), false));
 }
 
 }  // namespace

@@ -15,14 +15,6 @@ TEST_F(StreamCryptTest, WithoutATargetNothingButNoBytesCanBeWritten) {
   }
 }
 
-TEST_F(StreamCryptTest, AFailingPlainWriteReportsItsCount) {
-  Bind();
-  target.failing_write = 1;
-  target.moved_by_failure = 3;
-  target.failure = STG_E_MEDIUMFULL;
-  EXPECT_EQ(Write(Stream(), PatternBytes(8)), (Moved{STG_E_MEDIUMFULL, 3}));
-}
-
 TEST_F(StreamCryptTest, WritingHoldsBackAPartialBlockUntilFinalize) {
   Bind();
   writing.Choose(OLESTR("DES"), PatternBytes(8));

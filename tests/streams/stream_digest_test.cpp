@@ -169,16 +169,12 @@ TEST_F(StreamDigestTest, TransfersOfNoBytesArePassedOn) {
   }
 }
 
-TEST_F(StreamDigestTest, TheStreamsOwnSuccessCodesAreReturnedUnlessDigested) {
+TEST_F(StreamDigestTest, TransfersThatAreDigestedAreSuccesses) {
   Bind();
   target.content = PatternBytes(8);
   target.short_read_status = target.write_status = kOtherSuccess;
-  EXPECT_EQ(ReadOnce(Stream(), 10, kOtherSuccess), target.content);
-  EXPECT_EQ(WriteAll(Stream(), PatternBytes(3)), kOtherSuccess);
   reading.Choose(OLESTR("MD5"));
   writing.Choose(OLESTR("MD5"));
-  target.content = PatternBytes(8);
-  target.position = 0;
   EXPECT_EQ(ReadOnce(Stream(), 10, S_OK), target.content);
   EXPECT_EQ(ReadOnce(Stream(), 10, kOtherSuccess), Bytes{});
   EXPECT_EQ(WriteAll(Stream(), PatternBytes(3)), S_OK);

@@ -134,6 +134,31 @@ TYPED_TEST(StreamMembersTest, WithoutATargetReadingIsAtItsEnd) {
   }
 }
 
+TYPED_TEST(StreamMembersTest, WithoutAnAlgorithmBytesAndSuccessCodesPassUnchanged) {
+  this->Bind();
+  ScriptedStream& bound = this->target;
+  for (const HRESULT status : {S_FALSE, kOtherSuccess}) {
+    bound.content = BytesOf("plain");
+    bound.position = 0;
+    bound.short_read_status = bound.write_status = status;
+    EXPECT_EQ(ReadOnce(this->Stream(), 3, S_OK), BytesOf("pla"));
+    EXPECT_EQ(ReadOnce(this->Stream(), 30, status), BytesOf("in"));
+    EXPECT_EQ(ReadOnce(this->Stream(), 30, status), Bytes{});
+    bound.largest_write = 2;
+    EXPECT_EQ(Write(this->Stream(), BytesOf("xyz")), (Moved{status, 2}));
+    EXPECT_EQ(WriteAll(this->Stream(), BytesOf("z")), status);
+    EXPECT_EQ(bound.content, BytesOf("plainxyz"));
+  }
+}
+
+TYPED_TEST(StreamMembersTest, WithoutAnAlgorithmAFailingWriteReportsItsCount) {
+  this->Bind();
+  this->target.failing_write = 1;
+  this->target.moved_by_failure = 3;
+  this->target.failure = STG_E_MEDIUMFULL;
+  EXPECT_EQ(Write(this->Stream(), PatternBytes(8)), (Moved{STG_E_MEDIUMFULL, 3}));
+}
+
 TYPED_TEST(StreamMembersTest, CopyToNeedsATargetThenADestination) {
   ScriptedStream sink;
   for (const bool chosen : {false, true}) {

@@ -3,12 +3,10 @@
 
 #include "memory_watch.h"
 #include "runtime_allocations.h"
-#include "stream_test_kit.h"
+#include "stream_sides.h"
 
 namespace mirolta::test {
 namespace {
-
-const Bytes kKey = PatternBytes(16, 8);
 
 class StreamMemoryTest : public testing::Test {
  protected:
@@ -64,8 +62,7 @@ TEST_F(StreamMemoryTest, ACipherEngineWithoutMemoryIsNoFailureAndLeavesNone) {
 
 TEST_F(StreamMemoryTest, AReadWithoutRoomTakesNothingFromTheStream) {
   const CryptFilter filter(&target_);
-  EXPECT_EQ(filter->put_ReadAlgorithm(aes_.Get()), S_OK);
-  EXPECT_EQ(filter->put_ReadKey(key_), S_OK);
+  Reading(filter).Choose();
   target_.content = PatternBytes(32);
   uint8_t bytes[32];
   ULONG got = kUntouched;
@@ -125,10 +122,8 @@ TEST_F(StreamMemoryTest, BytesOnTheirWayAreWipedFromFreedMemory) {
   {
     const CryptFilter filter(&target_);
     EXPECT_EQ(filter->put_ReadDecrypt(VARIANT_FALSE), S_OK);
-    EXPECT_EQ(filter->put_ReadAlgorithm(aes_.Get()), S_OK);
-    EXPECT_EQ(filter->put_ReadKey(key_), S_OK);
-    EXPECT_EQ(filter->put_WriteAlgorithm(aes_.Get()), S_OK);
-    EXPECT_EQ(filter->put_WriteKey(key_), S_OK);
+    Reading(filter).Choose();
+    Writing(filter).Choose();
     target_.content = secret;
     target_.content.reserve(10000);
     uint8_t bytes[40];

@@ -173,6 +173,15 @@ struct SideOf<IToviStreamCrypt> {
   using Type = CryptSide;
 };
 
+template <typename Dual>
+typename SideOf<Dual>::Type Reading(const Filter<Dual>& filter) {
+  return {filter, false};
+}
+template <typename Dual>
+typename SideOf<Dual>::Type Writing(const Filter<Dual>& filter) {
+  return {filter, true};
+}
+
 // A filter with a target that is not bound yet.
 template <typename Dual>
 class FilterTest : public testing::Test {
@@ -192,8 +201,8 @@ class FilterTest : public testing::Test {
 
   ScriptedStream target;
   Filter<Dual> filter;
-  Side reading{filter, false};
-  Side writing{filter, true};
+  Side reading = Reading(filter);
+  Side writing = Writing(filter);
 };
 
 // A success that no part of a filter returns by itself.

@@ -2,12 +2,10 @@
 #include <atomic>
 #include <thread>
 
-#include "stream_test_kit.h"
+#include "stream_sides.h"
 
 namespace mirolta::test {
 namespace {
-
-const Bytes kKey = PatternBytes(16, 3);
 
 constexpr int kThreads = 8;
 
@@ -34,18 +32,15 @@ class ExclusiveStream : public ScriptedStream {
 };
 
 void ChooseCipher(const CryptFilter& filter) {
-  const TestValue key = BytesValue(kKey);
-  EXPECT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
-  EXPECT_EQ(filter->put_ReadKey(key), S_OK);
-  EXPECT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
-  EXPECT_EQ(filter->put_WriteKey(key), S_OK);
+  Reading(filter).Choose();
+  Writing(filter).Choose();
 }
 
 TEST(StreamThreadsTest, WritesOfManyThreadsFollowEachOtherWhole) {
   constexpr int kWrites = 500;
   ExclusiveStream target;
   const DigestFilter digest(&target);
-  EXPECT_EQ(digest->put_WriteAlgorithm(Bstr(OLESTR("SHA1")).Get()), S_OK);
+  Writing(digest).Choose(OLESTR("SHA1"));
   const CryptFilter crypt(digest.Stream());
   ChooseCipher(crypt);
   RunOnEight([&] {
@@ -56,16 +51,14 @@ TEST(StreamThreadsTest, WritesOfManyThreadsFollowEachOtherWhole) {
   Bytes expected;
   for (int i = 0; i < kThreads * kWrites; ++i) expected = std::move(expected) + block;
   EXPECT_EQ(target.content, expected);
-  OwnedBstr value;
-  EXPECT_EQ(digest->get_WriteValue(value.Put()), S_OK);
-  EXPECT_EQ(TextOf(value.Get()), PeerText(OLESTR("SHA1"), expected));
+  EXPECT_EQ(Writing(digest).Value(), PeerText(OLESTR("SHA1"), expected));
 }
 
 TEST(StreamThreadsTest, ReadsOfManyThreadsShareTheStreamOut) {
   ExclusiveStream target;
   target.content = PatternBytes(200000);
   const DigestFilter digest(&target);
-  EXPECT_EQ(digest->put_ReadAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
+  Reading(digest).Choose(OLESTR("MD5"));
   std::atomic<size_t> total = 0;
   RunOnEight([&] {
     uint8_t bytes[100];
@@ -77,9 +70,7 @@ TEST(StreamThreadsTest, ReadsOfManyThreadsShareTheStreamOut) {
   });
   EXPECT_FALSE(target.shared);
   EXPECT_EQ(total, target.content.size());
-  OwnedBstr value;
-  EXPECT_EQ(digest->get_ReadValue(value.Put()), S_OK);
-  EXPECT_EQ(TextOf(value.Get()), PeerText(OLESTR("MD5"), target.content));
+  EXPECT_EQ(Reading(digest).Value(), PeerText(OLESTR("MD5"), target.content));
 }
 
 TEST(StreamThreadsTest, AnotherThreadIsNotMistakenForAReturn) {
@@ -120,9 +111,9 @@ TEST(StreamThreadsTest, EverythingMayChangeWhileAStreamIsInUse) {
     for (int i = 0; !done; ++i) {
       ChooseCipher(crypt);
       EXPECT_EQ(crypt->ReadFinalize(), S_OK);
-      EXPECT_EQ(digest->put_ReadAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
+      Reading(digest).Choose(OLESTR("MD5"));
       EXPECT_EQ(digest->putref_Stream(i % 2 == 0 ? &other : &target), S_OK);
-      EXPECT_EQ(crypt->put_ReadAlgorithm(Bstr(OLESTR("none")).Get()), kNotFound);
+      EXPECT_EQ(Reading(crypt).Select(OLESTR("none")), kNotFound);
     }
   });
   std::thread unlocked([&] {
