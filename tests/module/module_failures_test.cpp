@@ -1,200 +1,22 @@
-// The module when an operation of the platform fails: registry, files, resources, type libraries,
-// error objects. This program replaces those operations: they call the runtime's until a test makes
-// one fail.
-#include <array>
+// The module when an operation of the platform fails.
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "class_registration.h"
 #include "class_table.h"
+#include "failing_platform.h"
 #include "mirolta.h"
 #include "module_state.h"
 #include "module_statuses.h"
 #include "owned_value.h"
-#include "platform_fault.h"
 #include "portable/module_resources.h"
 #include "raise_error.h"
 #include "registrar.h"
 #include "registration_fixture.h"
 #include "type_info_holder.h"
 #include "type_library_registration.h"
-
-using mirolta::test::PlatformFault;
-using mirolta::test::RuntimeOperation;
-
-namespace {
-
-constexpr LONG kDenied = 5;  // ERROR_ACCESS_DENIED
-constexpr HRESULT kStruck = static_cast<HRESULT>(0x80070005u);
-
-PlatformFault open_key, create_key, close_key, delete_key, delete_value, set_value, query_value,
-    enum_key, enum_value, file_name, lock_resource, guid_text, create_error, load_library,
-    get_address;
-
-// Replaces the module's name and library when it is set.
-const OLECHAR* module_file = nullptr;
-ITypeLib* module_library = nullptr;
-std::basic_string<OLECHAR> registered_file, registered_folder;
-int unregistered = 0;
-// Which libraries were asked for, in order.
-std::string library_calls;
-
-}  // namespace
-
-extern "C" {
-
-LONG RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD options, REGSAM access, HKEY* out) {
-  static auto* const runtime = RuntimeOperation(&RegOpenKeyExW, "RegOpenKeyExW");
-  return open_key.Strikes() ? kDenied : runtime(key, path, options, access, out);
-}
-
-LONG RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR key_class, DWORD options,
-                     REGSAM access, void* security, HKEY* out, DWORD* disposition) {
-  static auto* const runtime = RuntimeOperation(&RegCreateKeyExW, "RegCreateKeyExW");
-  if (create_key.Strikes()) return kDenied;
-  return runtime(key, path, reserved, key_class, options, access, security, out, disposition);
-}
-
-// The key is closed nevertheless.
-LONG RegCloseKey(HKEY key) {
-  static auto* const runtime = RuntimeOperation(&RegCloseKey, "RegCloseKey");
-  const LONG error = runtime(key);
-  return close_key.Strikes() ? kDenied : error;
-}
-
-LONG RegDeleteKeyW(HKEY key, LPCWSTR path) {
-  static auto* const runtime = RuntimeOperation(&RegDeleteKeyW, "RegDeleteKeyW");
-  return delete_key.Strikes() ? kDenied : runtime(key, path);
-}
-
-LONG RegDeleteValueW(HKEY key, LPCWSTR name) {
-  static auto* const runtime = RuntimeOperation(&RegDeleteValueW, "RegDeleteValueW");
-  return delete_value.Strikes() ? kDenied : runtime(key, name);
-}
-
-LONG RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
-                    DWORD size) {
-  static auto* const runtime = RuntimeOperation(&RegSetValueExW, "RegSetValueExW");
-  return set_value.Strikes() ? kDenied : runtime(key, name, reserved, type, data, size);
-}
-
-LONG RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, BYTE* data,
-                      DWORD* size) {
-  static auto* const runtime = RuntimeOperation(&RegQueryValueExW, "RegQueryValueExW");
-  return query_value.Strikes() ? kDenied : runtime(key, name, reserved, type, data, size);
-}
-
-LONG RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* length, DWORD* reserved,
-                   LPWSTR key_class, DWORD* class_length, FILETIME* written) {
-  static auto* const runtime = RuntimeOperation(&RegEnumKeyExW, "RegEnumKeyExW");
-  if (enum_key.Strikes()) return kDenied;
-  return runtime(key, index, name, length, reserved, key_class, class_length, written);
-}
-
-LONG RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* length, DWORD* reserved, DWORD* type,
-                   BYTE* data, DWORD* size) {
-  static auto* const runtime = RuntimeOperation(&RegEnumValueW, "RegEnumValueW");
-  if (enum_value.Strikes()) return kDenied;
-  return runtime(key, index, name, length, reserved, type, data, size);
-}
-
-DWORD GetModuleFileNameW(HMODULE module, LPWSTR file, DWORD capacity) {
-  static auto* const runtime = RuntimeOperation(&GetModuleFileNameW, "GetModuleFileNameW");
-  if (file_name.Strikes()) return 0;
-  if (module_file == nullptr) return runtime(module, file, capacity);
-  // Cuts a name that is too long, as the platform does.
-  DWORD length = 0;
-  while (length < capacity && module_file[length] != 0) {
-    file[length] = module_file[length];
-    ++length;
-  }
-  if (length < capacity) file[length] = 0;
-  return length;
-}
-
-void* LockResource(void* loaded) {
-  static auto* const runtime = RuntimeOperation(&LockResource, "LockResource");
-  return lock_resource.Strikes() ? nullptr : runtime(loaded);
-}
-
-INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity) {
-  static auto* const runtime = RuntimeOperation(&StringFromGUID2, "StringFromGUID2");
-  return guid_text.Strikes() ? 0 : runtime(id, text, capacity);
-}
-
-HRESULT LoadTypeLib(const OLECHAR* file, ITypeLib** out) {
-  static auto* const runtime = RuntimeOperation(&LoadTypeLib, "LoadTypeLib");
-  library_calls += "file ";
-  if (module_library == nullptr) return runtime(file, out);
-  *out = module_library;
-  module_library->AddRef();
-  return S_OK;
-}
-
-HRESULT LoadRegTypeLib(REFGUID library, WORD major, WORD minor, LCID locale, ITypeLib** out) {
-  static auto* const runtime = RuntimeOperation(&LoadRegTypeLib, "LoadRegTypeLib");
-  library_calls += "registered " + std::to_string(major) + "." + std::to_string(minor) + " " +
-                   std::to_string(locale) + " ";
-  return runtime(library, major, minor, locale, out);
-}
-
-HRESULT RegisterTypeLib(ITypeLib* library, OLECHAR* file, OLECHAR* help_directory) {
-  static auto* const runtime = RuntimeOperation(&RegisterTypeLib, "RegisterTypeLib");
-  if (module_library == nullptr) return runtime(library, file, help_directory);
-  registered_file = file;
-  registered_folder = help_directory;
-  return S_FALSE;
-}
-
-HMODULE LoadLibraryW(LPCWSTR file) {
-  static auto* const runtime = RuntimeOperation(&LoadLibraryW, "LoadLibraryW");
-  return load_library.Strikes() ? nullptr : runtime(file);
-}
-
-static LONG WINAPI Unregistered() {
-  ++unregistered;
-  return E_ABORT;
-}
-
-FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
-  static auto* const runtime = RuntimeOperation(&GetProcAddress, "GetProcAddress");
-  if (get_address.Strikes()) return nullptr;
-  return module_library != nullptr ? Unregistered : runtime(module, name);
-}
-
-}  // extern "C"
-
-namespace {
-
-// An error object without error information.
-class MuteError final : public ICreateErrorInfo {
- public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
-    *out = nullptr;
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  HRESULT STDMETHODCALLTYPE SetGUID(REFGUID) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE SetSource(LPOLESTR) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE SetDescription(LPOLESTR) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE SetHelpFile(LPOLESTR) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE SetHelpContext(DWORD) override { return S_OK; }
-
-  ULONG references = 0;
-};
-MuteError mute_error;
-
-}  // namespace
-
-extern "C" HRESULT CreateErrorInfo(ICreateErrorInfo** out) {
-  static auto* const runtime = RuntimeOperation(&CreateErrorInfo, "CreateErrorInfo");
-  if (!create_error.Strikes()) return runtime(out);
-  *out = &mute_error;
-  mute_error.AddRef();
-  return S_OK;
-}
 
 namespace mirolta::test {
 namespace {
@@ -203,6 +25,14 @@ constexpr char kScript[] = "HKCR { A = s 'a' { ForceRemove B { val V = s 'v' C }
 constexpr BYTE kResource[] = "HKCR { A = s '%MODULE%' }";
 constexpr DataResource kData[] = {{OLESTR("REGISTRY"), 105, kResource, sizeof kResource - 1}};
 constexpr ModuleResources kResources = {nullptr, 0, kData, 1, nullptr};
+
+HRESULT RegisterTestScript() {
+  return RegisterScript(reinterpret_cast<const BYTE*>(kScript), sizeof kScript - 1, OLESTR("file"));
+}
+HRESULT UnregisterTestScript() {
+  return UnregisterScript(reinterpret_cast<const BYTE*>(kScript), sizeof kScript - 1,
+                          OLESTR("file"));
+}
 
 class ModuleFailuresTest : public RegistrationTest {
  protected:
@@ -213,95 +43,79 @@ class ModuleFailuresTest : public RegistrationTest {
     InitModuleState(instance_, nullptr, LIBID_MIROLTALib);
   }
   void TearDown() override {
-    for (PlatformFault* fault :
-         {&open_key, &create_key, &close_key, &delete_key, &delete_value, &set_value, &query_value,
-          &enum_key, &enum_value, &file_name, &lock_resource, &guid_text, &create_error,
-          &load_library, &get_address}) {
-      fault->Disarm();
-    }
+    faults = {};
     module_file = nullptr;
     TermModuleState();
     MiroltaDetachModule(instance_);
     RegistrationTest::TearDown();
   }
 
-  static HRESULT Register() {
-    return RegisterScript(reinterpret_cast<const BYTE*>(kScript), sizeof kScript - 1,
-                          OLESTR("file"));
-  }
-  static HRESULT Unregister() {
-    return UnregisterScript(reinterpret_cast<const BYTE*>(kScript), sizeof kScript - 1,
-                            OLESTR("file"));
-  }
-
   HINSTANCE instance_ = nullptr;
 };
 
-// Fails each call of each operation in turn. The failure is reported, except while keys are closed
-// or enumerated during clean-up, and the same call completes afterwards.
-TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsWritten) {
-  ASSERT_EQ(Register(), S_OK);
-  const Rows whole = AllRows();
-  ASSERT_EQ(whole.size(), 6u);  // four keys and two values
-  struct Row {
-    PlatformFault* fault;
-    int reported;  // calls whose failure the script reports
-    int ignored;   // others
-  };
-  // ForceRemove: B and C below it are opened, enumerated twice and once, deleted.
-  const Row kRows[] = {{&open_key, 2, 0},   {&enum_key, 3, 0},  {&delete_key, 2, 0},
-                       {&create_key, 4, 0}, {&set_value, 2, 0}, {&close_key, 4, 2}};
-  for (size_t i = 0; i < std::size(kRows); ++i) {
-    const Row& row = kRows[i];
+// An operation, and how many of its calls fail with a failure that is reported, or ignored.
+struct FailingCalls {
+  const char* operation;
+  PlatformFault* fault;
+  int reported;
+  int ignored;
+};
+
+// Fails each call of each operation in turn, while `run` runs on a script that is written. The
+// failure is reported, except while keys are closed or enumerated during clean-up, and the same run
+// completes afterwards.
+void FailEachCall(std::initializer_list<FailingCalls> rows, HRESULT (*run)(),
+                  const Rows& complete) {
+  for (const FailingCalls& row : rows) {
+    SCOPED_TRACE(row.operation);
     int reported = 0, ignored = 0;
     for (int calls_before = 0;; ++calls_before) {
-      ASSERT_EQ(Register(), S_OK);
+      SCOPED_TRACE(calls_before);
+      ASSERT_EQ(RegisterTestScript(), S_OK);
       row.fault->Arm(calls_before);
-      const HRESULT status = Register();
-      if (!row.fault->HasStruck()) {
-        row.fault->Disarm();
-        break;
-      }
-      EXPECT_TRUE(status == kStruck || status == S_OK) << i << " " << calls_before;
+      const HRESULT status = run();
+      if (!row.fault->HasStruck()) break;
+      EXPECT_TRUE(status == E_ACCESSDENIED || status == S_OK) << status;
       ++(status == S_OK ? ignored : reported);
       if (status == S_OK) {
-        EXPECT_EQ(AllRows(), whole);
+        EXPECT_EQ(AllRows(), complete);
       }
-      EXPECT_EQ(Register(), S_OK);
-      EXPECT_EQ(AllRows(), whole) << i << " " << calls_before;
+      EXPECT_EQ(run(), S_OK);
+      EXPECT_EQ(AllRows(), complete);
     }
-    EXPECT_EQ(reported, row.reported) << i;
-    EXPECT_EQ(ignored, row.ignored) << i;
+    row.fault->Disarm();
+    EXPECT_EQ(reported, row.reported);
+    EXPECT_EQ(ignored, row.ignored);
   }
 }
 
+TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsWritten) {
+  ASSERT_EQ(RegisterTestScript(), S_OK);
+  const Rows whole = AllRows();
+  ASSERT_EQ(whole.size(), 6u);  // four keys and two values
+  // ForceRemove: B and C below it are opened, enumerated twice and once, deleted.
+  FailEachCall({{"open key", &faults.open_key, 2, 0},
+                {"enumerate keys", &faults.enum_key, 3, 0},
+                {"delete key", &faults.delete_key, 2, 0},
+                {"create key", &faults.create_key, 4, 0},
+                {"set value", &faults.set_value, 2, 0},
+                {"close key", &faults.close_key, 4, 2}},
+               RegisterTestScript, whole);
+}
+
 TEST_F(ModuleFailuresTest, EveryRegistryCallMayFailWhileAScriptIsRemoved) {
-  ASSERT_EQ(Register(), S_OK);
-  ASSERT_EQ(Unregister(), S_OK);
+  ASSERT_EQ(RegisterTestScript(), S_OK);
+  ASSERT_EQ(UnregisterTestScript(), S_OK);
   const Rows left = AllRows();
   EXPECT_EQ(left, (Rows{{"A", ""}, {"A\\D", ""}}));
-  PlatformFault* const kFaults[] = {&open_key,  &enum_key,    &delete_key,
-                                    &close_key, &query_value, &delete_value};
   // A, which cannot be enumerated, counts as empty; then its deletion fails because it contains D.
-  const int kReported[] = {4, 4, 2, 0, 1, 1};
-  for (size_t i = 0; i < std::size(kFaults); ++i) {
-    PlatformFault& fault = *kFaults[i];
-    int reported = 0;
-    for (int calls_before = 0;; ++calls_before) {
-      ASSERT_EQ(Register(), S_OK);
-      fault.Arm(calls_before);
-      const HRESULT status = Unregister();
-      if (!fault.HasStruck()) {
-        fault.Disarm();
-        break;
-      }
-      EXPECT_TRUE(status == kStruck || status == S_OK) << i << " " << calls_before;
-      if (status == kStruck) ++reported;
-      EXPECT_EQ(Unregister(), S_OK);
-      EXPECT_EQ(AllRows(), left) << i << " " << calls_before;
-    }
-    EXPECT_EQ(reported, kReported[i]) << i;
-  }
+  FailEachCall({{"open key", &faults.open_key, 4, 0},
+                {"enumerate keys", &faults.enum_key, 4, 1},
+                {"delete key", &faults.delete_key, 2, 0},
+                {"close key", &faults.close_key, 0, 4},
+                {"query value", &faults.query_value, 1, 0},
+                {"delete value", &faults.delete_value, 1, 0}},
+               UnregisterTestScript, left);
 }
 
 TEST_F(ModuleFailuresTest, AValueThatCannotBeDeletedIsReported) {
@@ -309,9 +123,9 @@ TEST_F(ModuleFailuresTest, AValueThatCannotBeDeletedIsReported) {
   const BYTE* const text = reinterpret_cast<const BYTE*>(script.data());
   const DWORD length = static_cast<DWORD>(script.size());
   ASSERT_EQ(RegisterScript(text, length, OLESTR("file")), S_OK);
-  delete_value.Arm();
-  EXPECT_EQ(UnregisterScript(text, length, OLESTR("file")), kStruck);
-  EXPECT_TRUE(delete_value.HasStruck());
+  faults.delete_value.Arm();
+  EXPECT_EQ(UnregisterScript(text, length, OLESTR("file")), E_ACCESSDENIED);
+  EXPECT_TRUE(faults.delete_value.HasStruck());
   // The run ended, but keys that were entered are left, and a plain one goes.
   EXPECT_EQ(UnregisterScript(text, length, OLESTR("file")), S_OK);
   EXPECT_EQ(AllRows(), Rows());
@@ -321,19 +135,19 @@ TEST_F(ModuleFailuresTest, AScriptNeedsTheModulesNameAndItsOwnText) {
   ClassRow row = *ClassTable();
   row.registry_script = 105;
   for (const bool registers : {true, false}) {
-    file_name.Arm();
+    faults.file_name.Arm();
     EXPECT_EQ(UpdateRegistry(row, registers), E_FAIL);
-    lock_resource.Arm();
+    faults.lock_resource.Arm();
     EXPECT_EQ(UpdateRegistry(row, registers), static_cast<HRESULT>(0x80070715u));
   }
   EXPECT_EQ(AllRows(), Rows());
 
-  const std::basic_string<OLECHAR> longest(MAX_PATH, OLESTR('m'));
+  const Text longest(MAX_PATH, OLESTR('m'));
   module_file = longest.c_str();
   EXPECT_EQ(UpdateRegistry(row, true), S_OK);
   EXPECT_EQ(AllRows(), (Rows{{"A", ""}, {"A|@", std::string(MAX_PATH, 'm')}}));
   EXPECT_EQ(UpdateRegistry(row, false), S_OK);
-  const std::basic_string<OLECHAR> longer(MAX_PATH + 1, OLESTR('m'));
+  const Text longer(MAX_PATH + 1, OLESTR('m'));
   module_file = longer.c_str();
   EXPECT_EQ(UpdateRegistry(row, true), E_FAIL);
   EXPECT_EQ(AllRows(), Rows());
@@ -342,11 +156,11 @@ TEST_F(ModuleFailuresTest, AScriptNeedsTheModulesNameAndItsOwnText) {
 TEST_F(ModuleFailuresTest, TheLibraryIsFoundByTheModulesName) {
   OwnedReference<ITypeLib> library;
   OLECHAR file[MAX_PATH + 5] = {};
-  file_name.Arm();
+  faults.file_name.Arm();
   EXPECT_EQ(FindModuleTypeLibrary(library.Put(), file), E_FAIL);
-  file_name.Arm();
+  faults.file_name.Arm();
   EXPECT_EQ(RegisterModuleTypeLibrary(), E_FAIL);
-  file_name.Arm();
+  faults.file_name.Arm();
   EXPECT_EQ(UnregisterModuleTypeLibrary(), E_FAIL);
 }
 
@@ -466,9 +280,9 @@ TEST_F(ModuleFailuresTest, ALibraryIsUnregisteredIfThePlatformCan) {
   library.status = E_OUTOFMEMORY;
   EXPECT_EQ(UnregisterModuleTypeLibrary(), E_OUTOFMEMORY);
   library.status = S_OK;
-  load_library.Arm();
+  faults.load_library.Arm();
   EXPECT_EQ(UnregisterModuleTypeLibrary(), S_OK);
-  get_address.Arm();
+  faults.get_address.Arm();
   EXPECT_EQ(UnregisterModuleTypeLibrary(), S_OK);
   EXPECT_EQ(unregistered, 0);
   EXPECT_EQ(UnregisterModuleTypeLibrary(), E_ABORT);
@@ -494,9 +308,9 @@ TEST_F(ErrorSourceTest, IsLeftOutIfItCannotBeRead) {
   ASSERT_GT(StringFromGUID2(CLSID_HashObject, path + 6, 39), 0);
   WriteKey(Narrow(path), OLESTR("source"));
   EXPECT_TRUE(HasSource());
-  guid_text.Arm();
+  faults.guid_text.Arm();
   EXPECT_FALSE(HasSource());
-  enum_value.Arm();
+  faults.enum_value.Arm();
   EXPECT_FALSE(HasSource());
   EXPECT_TRUE(HasSource());
 
@@ -512,7 +326,7 @@ TEST_F(ErrorSourceTest, IsLeftOutIfItCannotBeRead) {
 
 TEST_F(ErrorSourceTest, AnErrorWithoutInformationIsNotPublished) {
   SetErrorInfo(0, nullptr);
-  create_error.Arm();
+  faults.create_error.Arm();
   EXPECT_EQ(RaiseError(CLSID_HashObject, 10104, GUID_NULL, 0, nullptr), kNotInitialized);
   OwnedReference<IErrorInfo> info;
   EXPECT_EQ(GetErrorInfo(0, info.Put()), S_FALSE);
@@ -544,9 +358,9 @@ TEST_F(ModuleFailuresTest, WithoutAModuleThereIsNoTypeInformation) {
   EXPECT_FALSE(info);
   InitModuleState(instance_, nullptr, LIBID_MIROLTALib);
   // Without the name the registered library is loaded.
-  file_name.Arm();
+  faults.file_name.Arm();
   EXPECT_EQ(holder.Get(0, info.Put()), TYPE_E_LIBNOTREGISTERED);
-  EXPECT_TRUE(file_name.HasStruck());
+  EXPECT_TRUE(faults.file_name.HasStruck());
 }
 
 }  // namespace
