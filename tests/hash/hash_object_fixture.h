@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "bstr.h"
 #include "fake_object.h"
 #include "hash_object.h"
 #include "test_module.h"
@@ -25,10 +26,7 @@ class HashObjectTest : public testing::Test {
               S_OK);
   }
 
-  HRESULT Init(std::basic_string_view<OLECHAR> name) {
-    const OwnedBstr text(SysAllocStringLen(name.data(), static_cast<UINT>(name.size())));
-    return hash->InitHash(text.Get());
-  }
+  HRESULT Init(std::basic_string_view<OLECHAR> name) { return hash->InitHash(Bstr(name).Get()); }
   HRESULT Data(const VARIANT& value, LONG code_page = -1) {
     return hash->HashData(value, code_page);
   }

@@ -1,4 +1,5 @@
 // Aggregated objects: identity and reference counts of inner and outer object.
+#include "bstr.h"
 #include "loaded_module.h"
 #include "outer_object.h"
 
@@ -109,8 +110,7 @@ TEST_F(ModuleTest, AnAggregatedObjectWorks) {
       S_OK);
   OwnedReference<IHashObject> hash;
   ASSERT_EQ(hash.Query(&outer, IID_IHashObject), S_OK);
-  const TestValue name = TextValue(OLESTR("MD5"));
-  ASSERT_EQ(hash->InitHash(VARIANT(name).bstrVal), S_OK);
+  ASSERT_EQ(hash->InitHash(Bstr(OLESTR("MD5")).Get()), S_OK);
   ASSERT_EQ(hash->HashData(TextValue(OLESTR("abc")), -1), S_OK);
   OwnedBstr digest;
   ASSERT_EQ(hash->get_Value(digest.Put()), S_OK);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "all_at_once.h"
+#include "bstr.h"
 #include "loaded_module.h"
 #include "portable/registry_mode.h"
 #include "run_time.h"
@@ -91,8 +92,7 @@ TEST(ModuleThreadsTest, OneObjectDoesOneCallAtATime) {
   ASSERT_NE(module.handle(), nullptr);
   OwnedReference<IHashObject> hash = module.CreateHash();
   ASSERT_TRUE(hash);
-  const TestValue name = TextValue(OLESTR("SHA256"));
-  ASSERT_EQ(hash->InitHash(VARIANT(name).bstrVal), S_OK);
+  ASSERT_EQ(hash->InitHash(Bstr(OLESTR("SHA256")).Get()), S_OK);
   // Whole digests of equal data: whatever the order of the calls, every reading finds that digest.
   const TestValue data = BytesValue(Bytes(1000, 0x61));
   std::atomic<int> wrong{0};

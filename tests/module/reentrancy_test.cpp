@@ -1,23 +1,13 @@
 // Members that read a caller's object which calls back into the same object: the engine may be gone
 // when the value arrives.
+#include "bstr.h"
 #include "calling_object.h"
 #include "loaded_module.h"
 
 namespace mirolta::test {
 namespace {
 
-class ReentrancyTest : public ModuleTest {
- protected:
-  static OwnedBstr& Name(const OLECHAR* name) {
-    static OwnedBstr text;
-    *text.Put() = SysAllocString(name);
-    return text;
-  }
-  void TearDown() override {
-    Name(nullptr);
-    ModuleTest::TearDown();
-  }
-};
+using ReentrancyTest = ModuleTest;
 
 TEST_F(ReentrancyTest, ACipherMayLoseItsEngineWhileItReadsItsInput) {
   OwnedReference<ISymmetricCryptObject> cipher =
@@ -45,12 +35,12 @@ TEST_F(ReentrancyTest, ADigestFilterMayLoseItsEngineWhileItReadsAKey) {
       module.Create<IToviStreamDigest>(CLSID_ToviStreamDigest, IID_IToviStreamDigest);
   ASSERT_TRUE(filter);
   CallingObject removes([&] {
-    EXPECT_LT(filter->put_ReadAlgorithm(Name(OLESTR("none")).Get()), 0);
-    EXPECT_LT(filter->put_WriteAlgorithm(Name(OLESTR("none")).Get()), 0);
+    EXPECT_LT(filter->put_ReadAlgorithm(Bstr(OLESTR("none")).Get()), 0);
+    EXPECT_LT(filter->put_WriteAlgorithm(Bstr(OLESTR("none")).Get()), 0);
   });
-  ASSERT_EQ(filter->put_ReadAlgorithm(Name(OLESTR("MD5")).Get()), S_OK);
+  ASSERT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
   EXPECT_EQ(filter->put_ReadKey(ObjectValue(&removes)), kNotInitialized);
-  ASSERT_EQ(filter->put_WriteAlgorithm(Name(OLESTR("MD5")).Get()), S_OK);
+  ASSERT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("MD5")).Get()), S_OK);
   EXPECT_EQ(filter->put_WriteKey(ObjectValue(&removes)), kNotInitialized);
 }
 
@@ -59,12 +49,12 @@ TEST_F(ReentrancyTest, ACipherFilterMayLoseItsEngineWhileItReadsAKey) {
       module.Create<IToviStreamCrypt>(CLSID_ToviStreamCrypt, IID_IToviStreamCrypt);
   ASSERT_TRUE(filter);
   CallingObject removes([&] {
-    EXPECT_LT(filter->put_ReadAlgorithm(Name(OLESTR("none")).Get()), 0);
-    EXPECT_LT(filter->put_WriteAlgorithm(Name(OLESTR("none")).Get()), 0);
+    EXPECT_LT(filter->put_ReadAlgorithm(Bstr(OLESTR("none")).Get()), 0);
+    EXPECT_LT(filter->put_WriteAlgorithm(Bstr(OLESTR("none")).Get()), 0);
   });
-  ASSERT_EQ(filter->put_ReadAlgorithm(Name(OLESTR("AES")).Get()), S_OK);
+  ASSERT_EQ(filter->put_ReadAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
   EXPECT_EQ(filter->put_ReadKey(ObjectValue(&removes)), kNotInitialized);
-  ASSERT_EQ(filter->put_WriteAlgorithm(Name(OLESTR("AES")).Get()), S_OK);
+  ASSERT_EQ(filter->put_WriteAlgorithm(Bstr(OLESTR("AES")).Get()), S_OK);
   EXPECT_EQ(filter->put_WriteKey(ObjectValue(&removes)), kNotInitialized);
 }
 

@@ -53,8 +53,7 @@ TYPED_TEST(StreamMembersTest, AnUnknownAlgorithmIsNotFoundAndLeavesNone) {
     }
     {
       SCOPED_TRACE("the whole text counts, also from a zero character on");
-      const OwnedBstr known = Bstr(Names<TypeParam>::kKnown);
-      expect_none(OwnedBstr(SysAllocStringLen(known.Get(), SysStringLen(known.Get()) + 1)).Get());
+      expect_none(Bstr(Text(Names<TypeParam>::kKnown) + OLECHAR{0}).Get());
     }
     SCOPED_TRACE("null");
     expect_none(nullptr);

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "bstr.h"
 #include "digest_peer.h"
 #include "error_slot.h"
 #include "mirolta.h"
@@ -193,10 +194,6 @@ class Filter {
 };
 using DigestFilter = Filter<IToviStreamDigest>;
 using CryptFilter = Filter<IToviStreamCrypt>;
-
-inline OwnedBstr Bstr(const OLECHAR* text) {
-  return OwnedBstr(SysAllocString(text));
-}
 
 // The bytes of an array as the filters return it.
 inline Bytes ReturnedBytes(const VARIANT& value) {
