@@ -40,8 +40,7 @@ class StreamCopyTest : public FilterTest<Dual> {
  private:
   bool has_algorithm_ = false;
 };
-using Duals = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
-TYPED_TEST_SUITE(StreamCopyTest, Duals);
+TYPED_TEST_SUITE(StreamCopyTest, BothFilters);
 
 TYPED_TEST(StreamCopyTest, SuccessCodesOfTheStreamsDoNotMatter) {
   this->target.largest_read = 500;

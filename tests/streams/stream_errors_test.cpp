@@ -17,8 +17,7 @@ class StreamErrorsTest : public testing::Test {
 
   Filter<Dual> filter_;
 };
-using Duals = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
-TYPED_TEST_SUITE(StreamErrorsTest, Duals);
+TYPED_TEST_SUITE(StreamErrorsTest, BothFilters);
 
 TYPED_TEST(StreamErrorsTest, FailuresAreDescribed) {
   const Filter<TypeParam>& filter = this->filter_;

@@ -26,8 +26,7 @@ struct Names<IToviStreamCrypt> {
 
 template <typename Dual>
 class StreamMembersTest : public FilterTest<Dual> {};
-using Duals = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
-TYPED_TEST_SUITE(StreamMembersTest, Duals);
+TYPED_TEST_SUITE(StreamMembersTest, BothFilters);
 
 TYPED_TEST(StreamMembersTest, AlgorithmAndKeyRefuseNullResultPointers) {
   this->EachSide([](const auto& side) {

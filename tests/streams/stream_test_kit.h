@@ -192,6 +192,7 @@ class Filter {
   OwnedReference<Dual> dual_;
   OwnedReference<IStream> stream_;
 };
+using BothFilters = testing::Types<IToviStreamDigest, IToviStreamCrypt>;
 using DigestFilter = Filter<IToviStreamDigest>;
 using CryptFilter = Filter<IToviStreamCrypt>;
 
