@@ -11,9 +11,6 @@
 
 namespace mirolta::test {
 
-// What members answer without an algorithm where no error is described.
-inline constexpr HRESULT kBareNotInitializedStatus = 10104;
-
 inline constexpr OLECHAR kEmptyMd5[] = OLESTR("D41D8CD98F00B204E9800998ECF8427E");
 inline constexpr OLECHAR kAbcMd5[] = OLESTR("900150983CD24FB0D6963F7D28E17F72");
 

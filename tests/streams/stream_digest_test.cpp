@@ -4,8 +4,6 @@
 namespace mirolta::test {
 namespace {
 
-constexpr HRESULT kBareNumber = 10104;
-
 constexpr const OLECHAR* kAlgorithms[] = {OLESTR("MD5"), OLESTR("SHA1"), OLESTR("SHA256")};
 
 class StreamDigestTest : public FilterTest<IToviStreamDigest> {
@@ -36,15 +34,15 @@ TEST_F(StreamDigestTest, WithoutAnAlgorithmDigestsReturnTheBareNumberAndLeaveThe
   EachSide([&](const DigestSide& side) {
     const OwnedBstr sentinel = Bstr(OLESTR("sentinel"));
     BSTR text = sentinel.Get();
-    EXPECT_EQ(side.GetValue(&text), kBareNumber);
+    EXPECT_EQ(side.GetValue(&text), kBareNotInitializedStatus);
     EXPECT_EQ(text, sentinel.Get());
     VARIANT value;
     V_VT(&value) = VT_I4;
     V_I4(&value) = 31;
-    EXPECT_EQ(side.GetBinaryValue(&value), kBareNumber);
+    EXPECT_EQ(side.GetBinaryValue(&value), kBareNotInitializedStatus);
     EXPECT_EQ(V_VT(&value), VT_I4);
     EXPECT_EQ(V_I4(&value), 31);
-    EXPECT_EQ(side.GetValue(nullptr), kBareNumber);
+    EXPECT_EQ(side.GetValue(nullptr), kBareNotInitializedStatus);
   });
 }
 
@@ -79,7 +77,7 @@ TEST_F(StreamDigestTest, AnUnknownAlgorithmLeavesNoDigestAndTheSwitchAsItIs) {
       EXPECT_EQ(side.Select(OLESTR("sha256")), kNotFound);
       EXPECT_EQ(side.Enabled(), enabled);
       BSTR text = nullptr;
-      EXPECT_EQ(side.GetValue(&text), kBareNumber);
+      EXPECT_EQ(side.GetValue(&text), kBareNotInitializedStatus);
     }
   });
 }

@@ -55,7 +55,7 @@ using StreamDigestErrorsTest = StreamErrorsTest<IToviStreamDigest>;
 
 TEST_F(StreamDigestErrorsTest, ReadersOfADigestDescribeNothing) {
   BSTR text = nullptr;
-  EXPECT_EQ(filter_->get_ReadValue(&text), 10104);
+  EXPECT_EQ(filter_->get_ReadValue(&text), kBareNotInitializedStatus);
   EXPECT_EQ(filter_->get_WriteBinaryValue(nullptr), E_POINTER);
   ExpectNoError();
   EXPECT_EQ(filter_->ReadReset(), kNotInitialized);
