@@ -27,8 +27,10 @@ class LoadedModule {
 
   LoadedModule() : handle_(LoadLibraryW(ModuleFile().c_str())) {
     if (handle_ == nullptr) return;
-    get_class_object = Entry<GetClassObject>("DllGetClassObject");
-    can_unload_now = Entry<Plain>("DllCanUnloadNow");
+    Find(&get_class_object, "DllGetClassObject");
+    Find(&can_unload_now, "DllCanUnloadNow");
+    Find(&register_server, "DllRegisterServer");
+    Find(&unregister_server, "DllUnregisterServer");
   }
   ~LoadedModule() {
     if (handle_ != nullptr) FreeLibrary(handle_);
@@ -60,12 +62,15 @@ class LoadedModule {
 
   GetClassObject get_class_object = nullptr;
   Plain can_unload_now = nullptr;
+  Plain register_server = nullptr;
+  Plain unregister_server = nullptr;
 
  private:
   // Through a plain address: the look-up returns another function type.
   template <typename Function>
-  Function Entry(LPCSTR name) const {
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(handle_, name)));
+  void Find(Function* entry, LPCSTR name) const {
+    *entry = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(handle_, name)));
+    EXPECT_NE(*entry, nullptr) << name;
   }
 
   HMODULE handle_;

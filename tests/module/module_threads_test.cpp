@@ -181,9 +181,7 @@ class ClassObjectThreadsTest : public testing::Test {
     ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
     LoadedModule module;
     ASSERT_NE(module.handle(), nullptr);
-    const auto do_register = reinterpret_cast<LoadedModule::Plain>(
-        reinterpret_cast<void*>(GetProcAddress(module.handle(), "DllRegisterServer")));
-    ASSERT_EQ(do_register(), S_OK);
+    ASSERT_EQ(module.register_server(), S_OK);
   }
   void TearDown() override {
     CoFreeUnusedLibrariesEx(0, 0);

@@ -24,15 +24,6 @@ class RegistrationContentTest : public RegistrationTest {
   void SetUp() override {
     RegistrationTest::SetUp();
     ASSERT_NE(module_.handle(), nullptr);
-    register_ = Entry("DllRegisterServer");
-    unregister_ = Entry("DllUnregisterServer");
-    ASSERT_NE(register_, nullptr);
-    ASSERT_NE(unregister_, nullptr);
-  }
-
-  LoadedModule::Plain Entry(LPCSTR name) {
-    return reinterpret_cast<LoadedModule::Plain>(
-        reinterpret_cast<void*>(GetProcAddress(module_.handle(), name)));
   }
 
   // The module's file as the runtime names it.
@@ -112,12 +103,10 @@ class RegistrationContentTest : public RegistrationTest {
   }
 
   LoadedModule module_;
-  LoadedModule::Plain register_ = nullptr;
-  LoadedModule::Plain unregister_ = nullptr;
 };
 
 TEST_F(RegistrationContentTest, RegistersEveryRowOfTheClassTableAndTheLibrary) {
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   const Rows expected = Everything();
   ASSERT_EQ(expected.size(), 1 + 12 * 22 + 12 + 6 * 9u);
   EXPECT_EQ(AllRows(), expected);
@@ -125,7 +114,7 @@ TEST_F(RegistrationContentTest, RegistersEveryRowOfTheClassTableAndTheLibrary) {
 
 // One class in full, written out.
 TEST_F(RegistrationContentTest, RegistersHashObject) {
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   const Rows rows = AllRows();
   const std::string both = "CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}";
   const std::string free = "CLSID\\{FECAFCBB-A8C3-404D-A42B-53AD9FD47737}";
@@ -143,39 +132,39 @@ TEST_F(RegistrationContentTest, RegistersHashObject) {
 }
 
 TEST_F(RegistrationContentTest, RegisteringTwiceLeavesTheSame) {
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   const Rows once = AllRows();
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   EXPECT_EQ(AllRows(), once);
   // Class keys are rebuilt: foreign content is removed.
   WriteKey("CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}\\Programmable\\Other", OLESTR("x"));
   WriteKey("CLSID\\{9D56F139-1F04-4283-AED7-3DB89AFF00FD}\\Other", OLESTR("x"));
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   EXPECT_EQ(AllRows(), once);
 }
 
 TEST_F(RegistrationContentTest, UnregisteringKeepsTheKeyOfAllClasses) {
-  ASSERT_EQ(register_(), S_OK);
-  ASSERT_EQ(unregister_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
+  ASSERT_EQ(module_.unregister_server(), S_OK);
   Rows left = AllRows();
   EXPECT_EQ(left.erase("CLSID"), 1u);
   // Parents that the type library's registration made.
   left.erase("Interface");
   left.erase("TypeLib");
   EXPECT_EQ(left, Rows());
-  EXPECT_EQ(unregister_(), S_OK);
+  EXPECT_EQ(module_.unregister_server(), S_OK);
 }
 
 TEST_F(RegistrationContentTest, UnregisteringWhenNothingIsRegisteredSucceeds) {
-  EXPECT_EQ(unregister_(), S_OK);
+  EXPECT_EQ(module_.unregister_server(), S_OK);
   EXPECT_EQ(AllRows(), Rows());
 }
 
 TEST_F(RegistrationContentTest, SubkeysOfOthersUnderTheProgIdsStay) {
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   WriteKey("Vardeko.crypt.RSA\\shell", OLESTR("x"));
   WriteKey("CLSID\\{00000000-0000-0000-0000-000000000001}", OLESTR("other"));
-  ASSERT_EQ(unregister_(), S_OK);
+  ASSERT_EQ(module_.unregister_server(), S_OK);
   const Rows left = AllRows();
   EXPECT_EQ(left.count("Vardeko.crypt.RSA\\shell|@"), 1u);
   EXPECT_EQ(left.count("Vardeko.crypt.RSA"), 1u);
@@ -187,7 +176,7 @@ TEST_F(RegistrationContentTest, SubkeysOfOthersUnderTheProgIdsStay) {
 }
 
 TEST_F(RegistrationContentTest, RegisteredClassesCanBeCreatedByName) {
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   for (const ClassRow* row = ClassTable(); row->id != nullptr; ++row) {
     for (const OLECHAR* name : {row->prog_id, row->version_independent_prog_id}) {
       SCOPED_TRACE(Narrow(name));
@@ -216,7 +205,7 @@ TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
     SCOPED_TRACE(allowed);
     const Rows before = AllRows();
     MiroltaFailAllocationAfter(allowed);
-    const HRESULT status = register_();
+    const HRESULT status = module_.register_server();
     const bool failed = MiroltaAllocationHasFailed();
     MiroltaFailAllocationAfter(-1);
     if (!failed) {
@@ -234,7 +223,7 @@ TEST_F(RegistrationContentTest, AFailingWriteEndsRegistration) {
       EXPECT_GE(left.size() + kRowsOfAClass, most_left);
       most_left = std::max(most_left, left.size());
     }
-    ASSERT_EQ(unregister_(), S_OK);
+    ASSERT_EQ(module_.unregister_server(), S_OK);
   }
   EXPECT_GT(failures, 10);
   EXPECT_GT(most_left, 100u);

@@ -2,17 +2,16 @@
 #include <dlfcn.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <filesystem>
-#include <functional>
 #include <vector>
 
+#include "child_process.h"
 #include "loaded_module.h"
 #include "registration_fixture.h"
 #include "run_time.h"
+#include "temporary_folder.h"
 
 namespace {
 
@@ -65,45 +64,19 @@ class RegistrationProcessesTest : public testing::Test {
  protected:
   void SetUp() override {
     umask(022);
-    std::string pattern = (std::filesystem::temp_directory_path() / "mirolta-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
-    file_ = folder_ + "/registry.reg";
     setenv("MIROLTA_REGISTRY", file_.c_str(), 1);
     ASSERT_NE(module_.handle(), nullptr);
-    register_ = Entry("DllRegisterServer");
-    unregister_ = Entry("DllUnregisterServer");
-    ASSERT_EQ(register_(), S_OK);
+    ASSERT_EQ(module_.register_server(), S_OK);
     whole_ = AllRows();
     ASSERT_EQ(whole_.size(), 1 + 12 * 22 + 12 + 6 * 9u);
   }
-  void TearDown() override {
-    CoFreeUnusedLibrariesEx(0, 0);
-    std::filesystem::remove_all(folder_);
-  }
+  void TearDown() override { CoFreeUnusedLibrariesEx(0, 0); }
 
-  LoadedModule::Plain Entry(LPCSTR name) {
-    return reinterpret_cast<LoadedModule::Plain>(
-        reinterpret_cast<void*>(GetProcAddress(module_.handle(), name)));
-  }
   void Forget() { std::filesystem::remove(file_); }
 
-  static pid_t Fork(const std::function<bool()>& work) {
-    const pid_t child = fork();
-    if (child == 0) _exit(work() ? 0 : 1);
-    return child;
-  }
-  static int StatusOf(pid_t child) {
-    int status = -1;
-    waitpid(child, &status, 0);
-    return status;
-  }
-
   LoadedModule module_;
-  LoadedModule::Plain register_ = nullptr;
-  LoadedModule::Plain unregister_ = nullptr;
-  std::string folder_;
-  std::string file_;
+  TemporaryFolder folder_;
+  const std::string file_ = folder_.File("registry.reg");
   Rows whole_;
 };
 
@@ -111,11 +84,11 @@ TEST_F(RegistrationProcessesTest, RegisteringIsOneWrite) {
   for (const bool registered : {false, true}) {
     if (!registered) Forget();
     syncs = 0;
-    EXPECT_EQ(register_(), S_OK);
+    EXPECT_EQ(module_.register_server(), S_OK);
     EXPECT_EQ(syncs, 1);
   }
   syncs = 0;
-  EXPECT_EQ(unregister_(), S_OK);
+  EXPECT_EQ(module_.unregister_server(), S_OK);
   EXPECT_EQ(syncs, 1);
 }
 
@@ -123,7 +96,8 @@ TEST_F(RegistrationProcessesTest, AllThatRegisterAtOnceSucceed) {
   for (const bool registered : {false, true}) {
     if (!registered) Forget();
     std::vector<pid_t> children;
-    for (int i = 0; i < 24; ++i) children.push_back(Fork([&] { return register_() == S_OK; }));
+    for (int i = 0; i < 24; ++i)
+      children.push_back(Fork([&] { return module_.register_server() == S_OK; }));
     for (const pid_t child : children) EXPECT_EQ(StatusOf(child), 0);
     EXPECT_EQ(AllRows(), whole_);
   }
@@ -140,12 +114,12 @@ TEST_F(RegistrationProcessesTest, AKilledRegistrationIsWholeOrNothing) {
     for (int place = 1;; ++place) {
       Forget();
       if (one.registered) {
-        ASSERT_EQ(register_(), S_OK);
+        ASSERT_EQ(module_.register_server(), S_OK);
       }
       const Rows before = AllRows();
       const int status = StatusOf(Fork([&] {
         ends_at = place;
-        return (one.registers ? register_ : unregister_)() == S_OK;
+        return (one.registers ? module_.register_server : module_.unregister_server)() == S_OK;
       }));
       const Rows after = AllRows();
       if (one.registers) {
@@ -153,7 +127,7 @@ TEST_F(RegistrationProcessesTest, AKilledRegistrationIsWholeOrNothing) {
       } else {
         EXPECT_TRUE(after == before || after.size() == 3) << place << " " << after.size();
       }
-      EXPECT_EQ(register_(), S_OK);
+      EXPECT_EQ(module_.register_server(), S_OK);
       EXPECT_EQ(AllRows(), whole_);
       if (WIFEXITED(status)) break;
       ++killed;
@@ -167,7 +141,7 @@ TEST_F(RegistrationProcessesTest, ARegistrationKilledAtAnyMomentIsWholeOrNothing
   const RunTime time(1);
   for (unsigned round = 0; !time.IsOver(); ++round) {
     Forget();
-    const pid_t child = Fork([&] { return register_() == S_OK; });
+    const pid_t child = Fork([&] { return module_.register_server() == S_OK; });
     usleep(round * 379 % 8000);
     kill(child, SIGKILL);
     StatusOf(child);
@@ -179,13 +153,14 @@ TEST_F(RegistrationProcessesTest, ARegistrationKilledAtAnyMomentIsWholeOrNothing
 TEST_F(RegistrationProcessesTest, OthersCreateObjectsDuringRegistration) {
   const pid_t child = Fork([&] {
     for (;;) {
-      if (register_() != S_OK) return false;
+      if (module_.register_server() != S_OK) return false;
     }
   });
   const RunTime time(1);
   int created = 0;
   for (; !time.IsOver(); ++created) {
-    for (const OLECHAR* name : {OLESTR("Vardeko.crypt.HashObject"), OLESTR("Vardeko.crypt.RSA.1")}) {
+    for (const OLECHAR* name :
+         {OLESTR("Vardeko.crypt.HashObject"), OLESTR("Vardeko.crypt.RSA.1")}) {
       CLSID id = {};
       ASSERT_EQ(CLSIDFromProgID(name, &id), S_OK);
       OwnedReference<IDispatch> object;
@@ -205,12 +180,12 @@ TEST_F(RegistrationProcessesTest, OthersCreateObjectsDuringRegistration) {
 TEST_F(RegistrationProcessesTest, ARegistryThatCannotBeWrittenIsReported) {
   Forget();
   ASSERT_EQ(mkdir((file_ + ".new").c_str(), 0755), 0);
-  EXPECT_EQ(register_(), HRESULT_FROM_WIN32(ERROR_CANTWRITE));
+  EXPECT_EQ(module_.register_server(), HRESULT_FROM_WIN32(ERROR_CANTWRITE));
   EXPECT_EQ(AllRows(), Rows());
   ASSERT_EQ(rmdir((file_ + ".new").c_str()), 0);
-  ASSERT_EQ(register_(), S_OK);
+  ASSERT_EQ(module_.register_server(), S_OK);
   ASSERT_EQ(mkdir((file_ + ".new").c_str(), 0755), 0);
-  EXPECT_EQ(unregister_(), S_OK);  // which never fails
+  EXPECT_EQ(module_.unregister_server(), S_OK);  // which never fails
   EXPECT_EQ(AllRows(), whole_);
 }
 

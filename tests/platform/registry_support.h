@@ -4,12 +4,11 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
-#include <sys/wait.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "child_process.h"
 #include "system_support.h"
 
 namespace mirolta {
@@ -100,20 +99,10 @@ class SharedRegistryTest : public RegistryTest {
   ~SharedRegistryTest() override {
     for (const pid_t child : children_) {
       kill(child, SIGKILL);
-      waitpid(child, nullptr, 0);
+      test::StatusOf(child);
     }
   }
 
-  // Runs work in a child; its result is the child's exit status.
-  pid_t Fork(const std::function<bool()>& work) {
-    const pid_t child = fork();
-    if (child == 0) _exit(work() ? 0 : 1);
-    return child;
-  }
-  static bool Succeeds(pid_t child) {
-    int status = -1;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-  }
   // A child that does nothing until the test's end; a bare one without what is done around forks.
   pid_t ForkIdle(bool bare) {
     const pid_t child = bare ? _Fork() : fork();

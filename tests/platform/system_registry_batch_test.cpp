@@ -167,7 +167,7 @@ TEST_F(RegistryBatch, ABatchLocksNobodyOut) {
   { const Key key(u"Mine"); }
   EXPECT_FALSE(IsLocked());
   // Another process begins and ends one meanwhile.
-  EXPECT_TRUE(Succeeds(Fork([] {
+  EXPECT_TRUE(test::Succeeds(test::Fork([] {
     std::thread([] {
       MiroltaRegistryBatch(TRUE);
       { const Key key(u"Theirs"); }

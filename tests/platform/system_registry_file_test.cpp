@@ -1,6 +1,5 @@
 // Files that the registry accepts at its path, and those that it refuses.
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include "portable/registry_mode.h"
 #include "registry_support.h"
@@ -96,11 +95,8 @@ TEST_F(RegistryFile, FilesThatOthersMayChangeAreRefused) {
   // Root's is everybody's.
   ASSERT_EQ(chown(file_.c_str(), 0, 0), 0);
   ASSERT_EQ(chmod(folder_.File("").c_str(), 0755), 0);
-  const pid_t child = fork();
-  if (child == 0) _exit(setuid(65534) == 0 && OpenStatus(u"K") == ERROR_SUCCESS ? 0 : 1);
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(test::Succeeds(
+      test::Fork([] { return setuid(65534) == 0 && OpenStatus(u"K") == ERROR_SUCCESS; })));
 }
 
 // The user's umask does not narrow the old file's mode.

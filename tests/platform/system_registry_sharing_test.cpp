@@ -1,7 +1,6 @@
 // The registry among threads and processes: locks, forks, readers beside writers.
 #include <signal.h>
 #include <sys/file.h>
-#include <sys/wait.h>
 
 #include <atomic>
 #include <chrono>
@@ -18,7 +17,7 @@ using RegistrySharing = SharedRegistryTest;
 TEST_F(RegistrySharing, OtherProcessesChangesAreSeen) {
   const Key key(u"K");
   SetText(key, u"v", u"one");
-  EXPECT_TRUE(Succeeds(Fork([] {
+  EXPECT_TRUE(test::Succeeds(test::Fork([] {
     const Key same(u"K");
     return SetText(same, u"v", u"two") == ERROR_SUCCESS && GetText(same, u"v") == u"two";
   })));
@@ -32,7 +31,7 @@ TEST_F(RegistrySharing, ProcessesWritingAtOnceLoseNothing) {
   constexpr int kEach = 25;
   std::vector<pid_t> children;
   for (int p = 0; p < kProcesses; ++p) {
-    children.push_back(Fork([p] {
+    children.push_back(test::Fork([p] {
       bool good = true;
       for (int i = 0; i < kEach; ++i) {
         const std::u16string path = Wide("P" + std::to_string(p) + "\\K" + std::to_string(i));
@@ -41,7 +40,7 @@ TEST_F(RegistrySharing, ProcessesWritingAtOnceLoseNothing) {
       return good;
     }));
   }
-  for (const pid_t child : children) EXPECT_TRUE(Succeeds(child));
+  for (const pid_t child : children) EXPECT_TRUE(test::Succeeds(child));
   for (int p = 0; p < kProcesses; ++p) {
     for (int i = 0; i < kEach; ++i) {
       const std::u16string path = Wide("P" + std::to_string(p) + "\\K" + std::to_string(i));
@@ -69,18 +68,16 @@ TEST_F(RegistrySharing, AKilledWriterLeavesAWholeFile) {
     SetText(key, u"z", std::u16string(20000, u'0'));
   }
   for (int round = 0; round < 20; ++round) {
-    const pid_t child = fork();
-    if (child == 0) {
+    const pid_t child = test::Fork([] {
       const Key key(u"K");
       for (char16_t c = u'1';; c = c == u'9' ? u'1' : static_cast<char16_t>(c + 1)) {
         SetText(key, u"z", std::u16string(20000, c));
       }
-    }
+      return true;
+    });
     usleep(static_cast<useconds_t>(1000 + round * 700));
     kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status));
+    ASSERT_TRUE(WIFSIGNALED(test::StatusOf(child)));
     const Key key(u"K");  // the lock went with its holder
     std::vector<WCHAR> text(20001);
     DWORD size = 40002;
@@ -125,7 +122,7 @@ TEST_F(RegistrySharing, ForkingDuringAWriteKeepsNoLock) {
   });
   for (int i = 0; i < 40; ++i) ForkIdle(i % 2 == 0);
   for (int i = 0; i < 10; ++i) {
-    EXPECT_TRUE(Succeeds(Fork([] {
+    EXPECT_TRUE(test::Succeeds(test::Fork([] {
       alarm(60);  // ends it where it hangs
       const Key key(u"Children");
       return SetText(key, u"v", u"x") == ERROR_SUCCESS;
@@ -158,7 +155,7 @@ TEST_F(RegistrySharing, AChildOfAKilledWriterKeepsNoLock) {
     pid_t child = 0;
     ASSERT_EQ(read(ends[0], &child, sizeof child), static_cast<ssize_t>(sizeof child));
     kill(parent, SIGKILL);
-    waitpid(parent, nullptr, 0);
+    test::StatusOf(parent);
     EXPECT_FALSE(IsLocked()) << round;
     kill(child, SIGKILL);
     close(ends[0]);

@@ -13,28 +13,11 @@
 #include <string>
 
 #include "portable/runtime.h"
+#include "temporary_folder.h"
 
 namespace mirolta {
 
-// A temporary folder, removed at its end.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "mirolta-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) std::abort();
-    path_ = pattern;
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  std::string File(const std::string& name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-};
+using test::TemporaryFolder;
 
 // Registry files of a test lie in its folder.
 class RegistryTest : public testing::Test {
