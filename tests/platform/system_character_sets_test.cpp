@@ -1,8 +1,5 @@
-#include <sys/wait.h>
-
-#include <thread>
-#include <vector>
-
+#include "all_at_once.h"
+#include "child_process.h"
 #include "portable/system.h"
 #include "system_support.h"
 
@@ -180,37 +177,28 @@ TEST(CharacterSets, LongTextsCrossTheBlocks) {
 }
 
 // Set 0 in a process of its own that has the given locale.
-int LocaleSetIsUtf8(const char* name, const char* value) {
-  const pid_t child = fork();
-  if (child == 0) {
+bool LocaleSetIsUtf8(const char* name, const char* value) {
+  return test::Succeeds(test::Fork([=] {
     for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) unsetenv(variable);
     if (value != nullptr) setenv(name, value, 1);
-    const bool utf8 = Encode(0, u"\u00FC") == "\xC3\xBC" && Decode(0, "\xC3\xBC") == u"\u00FC";
-    _exit(utf8 ? 1 : 0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return Encode(0, u"\u00FC") == "\xC3\xBC" && Decode(0, "\xC3\xBC") == u"\u00FC";
+  }));
 }
 
 TEST(CharacterSets, SetZeroIsTheLocales) {
-  EXPECT_EQ(LocaleSetIsUtf8("LANG", nullptr), 1);
-  EXPECT_EQ(LocaleSetIsUtf8("LC_ALL", "C"), 1);
-  EXPECT_EQ(LocaleSetIsUtf8("LC_ALL", "POSIX"), 1);
-  EXPECT_EQ(LocaleSetIsUtf8("LC_ALL", "C.UTF-8"), 1);
-  EXPECT_EQ(LocaleSetIsUtf8("LC_ALL", "no_such_locale"), 1);
+  EXPECT_TRUE(LocaleSetIsUtf8("LANG", nullptr));
+  EXPECT_TRUE(LocaleSetIsUtf8("LC_ALL", "C"));
+  EXPECT_TRUE(LocaleSetIsUtf8("LC_ALL", "POSIX"));
+  EXPECT_TRUE(LocaleSetIsUtf8("LC_ALL", "C.UTF-8"));
+  EXPECT_TRUE(LocaleSetIsUtf8("LC_ALL", "no_such_locale"));
 }
 
 TEST(CharacterSets, ThreadsMayStartTogether) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([] {
-      for (const UINT set : {1251u, 866u, 932u, 21866u}) {
-        EXPECT_EQ(Decode(set, Encode(set, u"\u041F\u0440")), u"\u041F\u0440") << set;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::AllAtOnce(8, [](unsigned) {
+    for (const UINT set : {1251u, 866u, 932u, 21866u}) {
+      EXPECT_EQ(Decode(set, Encode(set, u"\u041F\u0440")), u"\u041F\u0440") << set;
+    }
+  });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <thread>
 #include <vector>
 
+#include "all_at_once.h"
 #include "portable/test_hooks.h"
 #include "system_support.h"
 
@@ -12,17 +13,13 @@ namespace {
 
 // The first test: the first call reads the time zone.
 TEST(Clock, TellsManyThreadsTheTime) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([] {
-      for (int n = 0; n < 50; ++n) {
-        SYSTEMTIME now = {};
-        GetLocalTime(&now);
-        EXPECT_GE(now.wYear, 2024);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::AllAtOnce(8, [](unsigned) {
+    for (int n = 0; n < 50; ++n) {
+      SYSTEMTIME now = {};
+      GetLocalTime(&now);
+      EXPECT_GE(now.wYear, 2024);
+    }
+  });
 }
 
 TEST(Clock, FollowsTheSystem) {
@@ -90,17 +87,13 @@ TEST(CriticalSection, KeepsThreadsApart) {
   CRITICAL_SECTION section;
   InitializeCriticalSection(&section);
   int count = 0;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&] {
-      for (int n = 0; n < 1000; ++n) {
-        EnterCriticalSection(&section);
-        ++count;
-        LeaveCriticalSection(&section);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::AllAtOnce(4, [&](unsigned) {
+    for (int n = 0; n < 1000; ++n) {
+      EnterCriticalSection(&section);
+      ++count;
+      LeaveCriticalSection(&section);
+    }
+  });
   EXPECT_EQ(count, 4000);
   DeleteCriticalSection(&section);
 }

@@ -2,8 +2,8 @@
 
 #include <cstring>
 #include <thread>
-#include <vector>
 
+#include "all_at_once.h"
 #include "portable/module_resources.h"
 #include "portable/registry_mode.h"
 #include "runtime_allocations.h"
@@ -360,22 +360,18 @@ TEST_F(ClassObjects, AModuleStaysUntilItsFactoryIsReleased) {
 }
 
 TEST_F(ClassObjects, ManyThreadsCreateWhileModulesAreFreed) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([] {
-      // Each keeps one object: a module is unloaded only when no thread is inside it.
-      IUnknown* kept = nullptr;
-      ASSERT_EQ(Create(&kept), S_OK);
-      for (int n = 0; n < 50; ++n) {
-        IUnknown* object = nullptr;
-        ASSERT_EQ(Create(&object), S_OK);
-        CoFreeUnusedLibrariesEx(0, 0);
-        EXPECT_EQ(object->Release(), 0u);
-      }
-      kept->Release();
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::AllAtOnce(8, [](unsigned) {
+    // Each keeps one object: a module is unloaded only when no thread is inside it.
+    IUnknown* kept = nullptr;
+    ASSERT_EQ(Create(&kept), S_OK);
+    for (int n = 0; n < 50; ++n) {
+      IUnknown* object = nullptr;
+      ASSERT_EQ(Create(&object), S_OK);
+      CoFreeUnusedLibrariesEx(0, 0);
+      EXPECT_EQ(object->Release(), 0u);
+    }
+    kept->Release();
+  });
   CoFreeUnusedLibrariesEx(0, 0);
   EXPECT_FALSE(ModuleIsLoaded());
 }

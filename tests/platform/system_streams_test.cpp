@@ -1,9 +1,8 @@
 #include <sys/stat.h>
 
 #include <cstring>
-#include <thread>
-#include <vector>
 
+#include "all_at_once.h"
 #include "runtime_allocations.h"
 #include "system_support.h"
 
@@ -327,19 +326,15 @@ TEST(MemoryStream, TakesOnlyNoMemoryBlock) {
 
 TEST(MemoryStream, ClonesMayBeUsedByDifferentThreads) {
   const StreamHolder stream(NewMemoryStream());
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    IStream* clone = nullptr;
-    ASSERT_EQ(stream->Clone(&clone), S_OK);
-    threads.emplace_back([clone, i] {
-      for (int n = 0; n < 200; ++n) {
-        EXPECT_EQ(Seek(clone, n * 4 + i, STREAM_SEEK_SET), S_OK);
-        Put(clone, std::string(1, static_cast<char>('a' + i)));
-      }
-      clone->Release();
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  IStream* clones[4] = {};
+  for (IStream*& clone : clones) ASSERT_EQ(stream->Clone(&clone), S_OK);
+  test::AllAtOnce(4, [&](unsigned i) {
+    for (unsigned n = 0; n < 200; ++n) {
+      EXPECT_EQ(Seek(clones[i], n * 4 + i, STREAM_SEEK_SET), S_OK);
+      Put(clones[i], std::string(1, static_cast<char>('a' + i)));
+    }
+    clones[i]->Release();
+  });
   EXPECT_EQ(SizeOf(stream.get()), 800u);
   for (int n = 0; n < 200; ++n) EXPECT_EQ(Get(stream.get(), 4, S_OK), "abcd");
 }

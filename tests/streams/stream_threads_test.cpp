@@ -2,18 +2,13 @@
 #include <atomic>
 #include <thread>
 
+#include "all_at_once.h"
 #include "stream_sides.h"
 
 namespace mirolta::test {
 namespace {
 
-constexpr int kThreads = 8;
-
-void RunOnEight(const std::function<void()>& work) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work);
-  for (std::thread& thread : threads) thread.join();
-}
+constexpr unsigned kThreads = 8;
 
 // A target that notices a second caller.
 class ExclusiveStream : public ScriptedStream {
@@ -37,19 +32,20 @@ void ChooseCipher(const CryptFilter& filter) {
 }
 
 TEST(StreamThreadsTest, WritesOfManyThreadsFollowEachOtherWhole) {
-  constexpr int kWrites = 500;
+  constexpr unsigned kWrites = 500;
   ExclusiveStream target;
   const DigestFilter digest(&target);
   Writing(digest).Choose(OLESTR("SHA1"));
   const CryptFilter crypt(digest.Stream());
   ChooseCipher(crypt);
-  RunOnEight([&] {
-    for (int i = 0; i < kWrites; ++i) EXPECT_EQ(WriteAll(crypt.Stream(), PatternBytes(16)), S_OK);
+  AllAtOnce(kThreads, [&](unsigned) {
+    for (unsigned i = 0; i < kWrites; ++i)
+      EXPECT_EQ(WriteAll(crypt.Stream(), PatternBytes(16)), S_OK);
   });
   EXPECT_FALSE(target.shared);
   const Bytes block = PeerAes(kKey, PatternBytes(16), true);
   Bytes expected;
-  for (int i = 0; i < kThreads * kWrites; ++i) expected = std::move(expected) + block;
+  for (unsigned i = 0; i < kThreads * kWrites; ++i) expected = std::move(expected) + block;
   EXPECT_EQ(target.content, expected);
   EXPECT_EQ(Writing(digest).Value(), PeerText(OLESTR("SHA1"), expected));
 }
@@ -60,7 +56,7 @@ TEST(StreamThreadsTest, ReadsOfManyThreadsShareTheStreamOut) {
   const DigestFilter digest(&target);
   Reading(digest).Choose(OLESTR("MD5"));
   std::atomic<size_t> total = 0;
-  RunOnEight([&] {
+  AllAtOnce(kThreads, [&](unsigned) {
     uint8_t bytes[100];
     ULONG got = 0;
     do {
@@ -78,7 +74,7 @@ TEST(StreamThreadsTest, AnotherThreadIsNotMistakenForAReturn) {
   ExclusiveStream target;
   target.content = PatternBytes(100);
   const CryptFilter filter(&target);
-  RunOnEight([&] {
+  AllAtOnce(kThreads, [&](unsigned) {
     for (int i = 0; i < 800; ++i) {
       EXPECT_EQ(filter.Stream()->Seek(Move(0), STREAM_SEEK_CUR, nullptr), S_OK);
       EXPECT_EQ(WriteAll(filter.Stream(), {1}), S_OK);
