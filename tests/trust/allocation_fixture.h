@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <iostream>
+#include <string>
 
 #include "class_table.h"
 #include "member_calls.h"
@@ -93,6 +94,21 @@ class AllocationTest : public testing::Test {
   void TearDown() override {
     SetErrorInfo(0, nullptr);
     EXPECT_EQ(CurrentModule()->lock_count, locks_at_start);
+  }
+
+  // Runs attempt(failing, n) for every kind of failure and n = 0, 1, 2 ..., until it returns false:
+  // nothing failed any more. A failed expectation ends the test's attempts.
+  template <typename Attempt>
+  static void FailEachAllocation(const std::string& what, const Attempt& attempt) {
+    if (HasFailure()) return;
+    for (const Failing failing : kFailings) {
+      bool failed = true;
+      for (long n = 0; failed; n = After(n)) {
+        failed = attempt(failing, n);
+        if (HasFailure()) FAIL() << what << ", " << NameOf(failing) << ", n = " << n;
+        points += failed ? 1 : 0;
+      }
+    }
   }
 
   static inline long points = 0;  // allocations that failed

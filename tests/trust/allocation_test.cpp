@@ -2,10 +2,12 @@
 // operation: the status reports it, nothing leaks, no lock is kept, and the same call succeeds
 // afterwards.
 #include <functional>
-#include <map>
 #include <set>
+#include <string_view>
 
 #include "allocation_fixture.h"
+#include "member_locks.h"
+#include "memory_streams.h"
 #include "object_probe.h"
 
 namespace mirolta::test {
@@ -100,7 +102,6 @@ class MemberAllocationTest : public AllocationTest {
         EXPECT_EQ(locks.Held(), 0);
       }
       if (failed) {
-        ++points;
         const bool silent = kSilent.count(member.Name()) != 0;
         EXPECT_TRUE(status == E_OUTOFMEMORY || status == usual.status) << std::hex << status;
         if (status == E_OUTOFMEMORY) {
@@ -255,18 +256,13 @@ TEST_P(AllocationOfClassTest, EveryMemberSurvivesEveryAllocationThatFails) {
           // The way of a large argument into a late-bound call is the way of a small one.
           if (large && late) continue;
           const Outcome usual = Usual(member, state, words, late);
-          for (const Failing failing : kFailings) {
-            for (const bool look : {false, true}) {
-              for (long n = 0;; n = After(n)) {
-                const bool failed = FailOnce(member, state, words, late, failing, n, look, usual);
-                if (HasFailure()) {
-                  FAIL() << member.Name() << " (" << words << ") state " << static_cast<int>(state)
-                         << " late " << late << ", " << NameOf(failing)
-                         << ", n = " << n;
-                }
-                if (!failed) break;
-              }
-            }
+          const std::string what = member.Name() + " (" + words + ")" +
+                                   (state == State::kFresh ? " fresh" : " ready") +
+                                   (late ? " late" : " early");
+          for (const bool look : {false, true}) {
+            FailEachAllocation(what, [&](Failing failing, long n) {
+              return FailOnce(member, state, words, late, failing, n, look, usual);
+            });
           }
         }
       }
@@ -280,110 +276,75 @@ INSTANTIATE_TEST_SUITE_P(Classes, AllocationOfClassTest, testing::Range(0, 6),
                          });
 
 // The stream operations of the filters.
-TEST_F(MemberAllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFails) {
-  uint8_t bytes[4000] = {1, 2, 3};
-  OwnedReference<IStream> destination;
-  ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, destination.Put()), S_OK);
-  using Operation = std::function<HRESULT(IStream*)>;
-  const auto large = [](ULONGLONG value) {
-    ULARGE_INTEGER number;
-    number.QuadPart = value;
-    return number;
-  };
-  const std::map<std::string, Operation> operations = {
-      {"Read",
-       [&](IStream* stream) {
-         ULONG count = 0;
-         return stream->Read(bytes, sizeof bytes, &count);
-       }},
-      {"Write",
-       [&](IStream* stream) {
-         ULONG count = 1;
-         return stream->Write(bytes, sizeof bytes, &count);
-       }},
-      {"CopyTo",
-       [&](IStream* stream) {
-         // Room that the destination takes stays taken: it has had it before.
-         LARGE_INTEGER start;
-         start.QuadPart = 0;
-         destination->Seek(start, STREAM_SEEK_SET, nullptr);
-         return stream->CopyTo(destination.Get(), large(5000), nullptr, nullptr);
-       }},
-      {"Seek",
-       [&](IStream* stream) {
-         LARGE_INTEGER none;
-         none.QuadPart = 0;
-         ULARGE_INTEGER position;
-         return stream->Seek(none, STREAM_SEEK_CUR, &position);
-       }},
-      {"SetSize", [&](IStream* stream) { return stream->SetSize(large(100000)); }},
-      {"Commit", [&](IStream* stream) { return stream->Commit(0); }},
-      {"Revert", [&](IStream* stream) { return stream->Revert(); }},
-      {"LockRegion", [&](IStream* stream) { return stream->LockRegion(large(0), large(1), 0); }},
-      {"UnlockRegion",
-       [&](IStream* stream) { return stream->UnlockRegion(large(0), large(1), 0); }},
-      {"Stat",
-       [&](IStream* stream) {
-         STATSTG statistics = {};
-         const HRESULT status = stream->Stat(&statistics, STATFLAG_DEFAULT);
-         CoTaskMemFree(statistics.pwcsName);
-         return status;
-       }},
-      {"Clone",
-       [&](IStream* stream) {
-         IStream* clone = nullptr;
-         return stream->Clone(&clone);
-       }},
-  };
-  destination->SetSize(large(10000));
-  for (const ClassTableRow* class_row : AllClasses()) {
-    for (const State state : kStates) {
-      for (const auto& row : operations) {
-        const std::string& name = row.first;
-        const Operation& operation = row.second;
-        for (const Failing failing : kFailings) {
-          HRESULT usual = E_FAIL;
-          ULONGLONG usual_position = 0;
-          for (long n = -1;; n = After(n)) {
-            const long blocks = BlocksInUse();
-            bool failed = n < 0;
-            {
-              const Subject subject(*class_row, state);
-              OwnedReference<IStream> stream;
-              if (stream.Query(subject.Unknown(), IID_IStream) != S_OK) break;
-              HRESULT status = S_OK;
-              const LockBalance locks;
-              if (n < 0) {
-                usual = operation(stream.Get());
-                usual_position = Position(destination.Get());
-              } else {
-                failed = RunFailing(failing, n, [&] { status = operation(stream.Get()); });
-                points += failed ? 1 : 0;
-                // The runtime's own stream says STG_E_MEDIUMFULL where it cannot grow.
-                EXPECT_TRUE(status == usual ||
-                            (failed && (status == E_OUTOFMEMORY || status == STG_E_MEDIUMFULL)))
-                    << std::hex << status;
-                if (failed && status == S_OK) {
-                  // By another way: the cipher's queues are made again when they are needed.
-                  EXPECT_EQ(Position(destination.Get()), usual_position);
-                }
-                if (failed && name != "Read" && name != "CopyTo") {
-                  EXPECT_EQ(operation(stream.Get()), usual);
-                }
-              }
-              EXPECT_EQ(locks.Held(), 0);
-            }
-            EXPECT_EQ(BlocksInUse(), blocks);
-            if (HasFailure()) {
-              FAIL() << Plain(class_row->name) << " " << name << ", " << NameOf(failing)
-                     << ", n = " << n;
-            }
-            if (!failed) break;
-          }
+class StreamAllocationTest : public AllocationTest {
+ protected:
+  void SetUp() override {
+    AllocationTest::SetUp();
+    // Room that the sink takes stays taken: it has had it before.
+    ASSERT_EQ(sink_->SetSize(Large(10000)), S_OK);
+  }
+
+  HRESULT Call(const StreamOperation& operation, IStream* stream) {
+    return operation.call(stream, sink_.Get(), buffer_);
+  }
+
+  // One call on a new object's stream, with one allocation failing; -1: without a failure, to set
+  // what is usual. Returns false if nothing failed.
+  bool FailOnce(const ClassTableRow& class_row, State state, const StreamOperation& operation,
+                Failing failing, long n) {
+    const long blocks = BlocksInUse();
+    bool failed = false;
+    {
+      const Subject subject(class_row, state);
+      OwnedReference<IStream> stream;
+      EXPECT_EQ(stream.Query(subject.Unknown(), IID_IStream), S_OK);
+      Rewind(sink_.Get());
+      HRESULT status = S_OK;
+      const LockBalance locks;
+      if (n < 0) {
+        usual_ = Call(operation, stream.Get());
+        usual_position_ = Position(sink_.Get());
+      } else {
+        failed = RunFailing(failing, n, [&] { status = Call(operation, stream.Get()); });
+        // The runtime's own stream says STG_E_MEDIUMFULL where it cannot grow.
+        EXPECT_TRUE(status == usual_ ||
+                    (failed && (status == E_OUTOFMEMORY || status == STG_E_MEDIUMFULL)))
+            << std::hex << status;
+        if (failed && status == S_OK) {
+          // By another way: the cipher's queues are made again when they are needed.
+          EXPECT_EQ(Position(sink_.Get()), usual_position_);
         }
+        const std::string_view name = operation.name;
+        if (failed && name != "Read" && name != "CopyTo") {
+          EXPECT_EQ(Call(operation, stream.Get()), usual_);
+        }
+      }
+      EXPECT_EQ(locks.Held(), 0);
+    }
+    EXPECT_EQ(BlocksInUse(), blocks);
+    return failed;
+  }
+
+ private:
+  OwnedReference<IStream> sink_ = MemoryStream();
+  Bytes buffer_ = PatternBytes(4000);
+  HRESULT usual_ = E_FAIL;
+  ULONGLONG usual_position_ = 0;
+};
+
+TEST_F(StreamAllocationTest, EveryStreamOperationSurvivesEveryAllocationThatFails) {
+  for (const ClassTableRow* class_row : StreamClasses()) {
+    for (const State state : kStates) {
+      for (const StreamOperation& operation : StreamOperations()) {
+        FailOnce(*class_row, state, operation, Failing::kNewOnce, -1);
+        FailEachAllocation(StreamOperationName(*class_row, operation),
+                           [&](Failing failing, long n) {
+                             return FailOnce(*class_row, state, operation, failing, n);
+                           });
       }
     }
   }
+  EXPECT_EQ(StreamClasses().size(), 2u);
 }
 
 }  // namespace

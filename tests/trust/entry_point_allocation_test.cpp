@@ -1,6 +1,5 @@
 // Memory that runs out in the module's entry points, class factories and type information, and
 // during registration.
-#include <algorithm>
 #include <functional>
 
 #include "allocation_fixture.h"
@@ -16,43 +15,37 @@ class EntryPointTest : public AllocationTest {
   // Fails each allocation of a call on a module just loaded; the same call then succeeds.
   void FailEach(const std::string& name, const std::function<HRESULT()>& call,
                 const std::function<void()>& prepare = nullptr) {
-    int most_failures = 0;
     // What the runtime makes once and keeps.
     if (prepare) prepare();
     EXPECT_EQ(call(), S_OK);
-    for (const Failing failing : kFailings) {
-      int failures = 0;
-      for (long n = 0;; n = After(n)) {
-        ReloadModule();
-        if (prepare) prepare();
-        const long blocks = BlocksInUse();
-        HRESULT status = S_OK;
-        bool failed = false;
-        {
-          const LockBalance locks;
-          failed = RunFailing(failing, n, [&] { status = call(); });
-          EXPECT_EQ(locks.Held(), 0);
-        }
-        if (failed) {
-          ++points;
-          ++failures;
-          // A type library that could not be loaded says only so.
-          EXPECT_TRUE(status == E_OUTOFMEMORY || status == S_OK || status == TYPE_E_CANTLOADLIBRARY)
-              << std::hex << status;
-          EXPECT_EQ(call(), S_OK);
-        } else {
-          EXPECT_EQ(status, S_OK) << std::hex << status;
-        }
-        ReloadModule();
-        if (prepare) prepare();
-        EXPECT_EQ(BlocksInUse(), blocks);
-        EXPECT_EQ(CurrentModule()->lock_count, 0);
-        if (HasFailure()) FAIL() << name << ", " << NameOf(failing) << ", n = " << n;
-        if (!failed) break;
+    int failures = 0;
+    FailEachAllocation(name, [&](Failing failing, long n) {
+      ReloadModule();
+      if (prepare) prepare();
+      const long blocks = BlocksInUse();
+      HRESULT status = S_OK;
+      bool failed = false;
+      {
+        const LockBalance locks;
+        failed = RunFailing(failing, n, [&] { status = call(); });
+        EXPECT_EQ(locks.Held(), 0);
       }
-      most_failures = std::max(most_failures, failures);
-    }
-    EXPECT_GE(most_failures, 1) << name;
+      if (failed) {
+        ++failures;
+        // A type library that could not be loaded says only so.
+        EXPECT_TRUE(status == E_OUTOFMEMORY || status == S_OK || status == TYPE_E_CANTLOADLIBRARY)
+            << std::hex << status;
+        EXPECT_EQ(call(), S_OK);
+      } else {
+        EXPECT_EQ(status, S_OK) << std::hex << status;
+      }
+      ReloadModule();
+      if (prepare) prepare();
+      EXPECT_EQ(BlocksInUse(), blocks);
+      EXPECT_EQ(CurrentModule()->lock_count, 0);
+      return failed;
+    });
+    EXPECT_GE(failures, 1) << name;
   }
 };
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <sstream>
 
-#include "owned_value.h"
+#include "memory_streams.h"
 
 namespace mirolta::test {
 
@@ -162,8 +162,8 @@ Bytes Passed(const Subject& subject, const Bytes& bytes) {
   subject.Answer("Stream", kPutRef, stream, &status);
   EXPECT_EQ(status, S_OK);
   OwnedReference<IStream> filter;
-  if (subject.Unknown()->QueryInterface(
-          IID_IStream, reinterpret_cast<void**>(filter.Put())) != S_OK) {
+  if (subject.Unknown()->QueryInterface(IID_IStream, reinterpret_cast<void**>(filter.Put())) !=
+      S_OK) {
     ADD_FAILURE() << "no stream";
     return {};
   }
@@ -171,9 +171,7 @@ Bytes Passed(const Subject& subject, const Bytes& bytes) {
   EXPECT_EQ(filter->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written), S_OK);
   EXPECT_EQ(written, bytes.size());
   IStream* const target = static_cast<IStream*>(stream.Get()->punkVal);
-  LARGE_INTEGER start;
-  start.QuadPart = 0;
-  EXPECT_EQ(target->Seek(start, STREAM_SEEK_SET, nullptr), S_OK);
+  Rewind(target);
   Bytes arrived(64);
   ULONG read = 0;
   EXPECT_TRUE(SUCCEEDED(target->Read(arrived.data(), static_cast<ULONG>(arrived.size()), &read)));
@@ -206,7 +204,8 @@ void ExpectKnownAnswer(const Subject& subject, const std::string& class_name) {
     if (class_name != step.class_name) continue;
     ++steps;
     HRESULT status = E_FAIL;
-    const std::string answer = subject.Answer(step.member, step.kind, Arguments(step.words), &status);
+    const std::string answer =
+        subject.Answer(step.member, step.kind, Arguments(step.words), &status);
     EXPECT_EQ(status, S_OK) << step.member << " " << step.words;
     if (step.answer != nullptr) {
       EXPECT_EQ(answer, step.answer) << step.member;

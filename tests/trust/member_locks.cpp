@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "memory_streams.h"
+
 namespace mirolta::test {
 
 namespace {
@@ -184,48 +186,47 @@ constexpr Word kWords[] = {
     {0x8000FFFF, "unexpected"},
 };
 
-ULARGE_INTEGER Count(ULONGLONG value) {
-  ULARGE_INTEGER count;
-  count.QuadPart = value;
-  return count;
+ULONG SizeOf(const Bytes& buffer) {
+  return static_cast<ULONG>(buffer.size());
 }
 
 constexpr StreamOperation kOperations[] = {
     {"Read",
-     [](IStream* stream, IStream*) {
-       uint8_t bytes[48];
+     [](IStream* stream, IStream*, Bytes& buffer) {
        ULONG count = 0;
-       return stream->Read(bytes, sizeof bytes, &count);
+       return stream->Read(buffer.data(), SizeOf(buffer), &count);
      }},
     {"Write",
-     [](IStream* stream, IStream*) {
-       const uint8_t bytes[48] = {1, 2, 3};
+     [](IStream* stream, IStream*, Bytes& buffer) {
        ULONG count = 1;
-       return stream->Write(bytes, sizeof bytes, &count);
+       return stream->Write(buffer.data(), SizeOf(buffer), &count);
      }},
     {"Seek",
-     [](IStream* stream, IStream*) {
-       LARGE_INTEGER none;
-       none.QuadPart = 0;
+     [](IStream* stream, IStream*, Bytes&) {
        ULARGE_INTEGER position;
-       return stream->Seek(none, STREAM_SEEK_CUR, &position);
+       return stream->Seek({}, STREAM_SEEK_CUR, &position);
      }},
-    {"SetSize", [](IStream* stream, IStream*) { return stream->SetSize(Count(3000)); }},
-    {"CopyTo", [](IStream* stream,
-                  IStream* sink) { return stream->CopyTo(sink, Count(96), nullptr, nullptr); }},
-    {"Commit", [](IStream* stream, IStream*) { return stream->Commit(0); }},
-    {"Revert", [](IStream* stream, IStream*) { return stream->Revert(); }},
+    {"SetSize", [](IStream* stream, IStream*,
+                   Bytes& buffer) { return stream->SetSize(Large(64 * buffer.size())); }},
+    {"CopyTo",
+     [](IStream* stream, IStream* sink, Bytes& buffer) {
+       return stream->CopyTo(sink, Large(2 * buffer.size()), nullptr, nullptr);
+     }},
+    {"Commit", [](IStream* stream, IStream*, Bytes&) { return stream->Commit(0); }},
+    {"Revert", [](IStream* stream, IStream*, Bytes&) { return stream->Revert(); }},
     {"LockRegion",
-     [](IStream* stream, IStream*) { return stream->LockRegion(Count(0), Count(1), 0); }},
+     [](IStream* stream, IStream*, Bytes&) { return stream->LockRegion(Large(0), Large(1), 0); }},
     {"UnlockRegion",
-     [](IStream* stream, IStream*) { return stream->UnlockRegion(Count(0), Count(1), 0); }},
+     [](IStream* stream, IStream*, Bytes&) { return stream->UnlockRegion(Large(0), Large(1), 0); }},
     {"Stat",
-     [](IStream* stream, IStream*) {
+     [](IStream* stream, IStream*, Bytes&) {
        STATSTG statistics = {};
-       return stream->Stat(&statistics, STATFLAG_NONAME);
+       const HRESULT status = stream->Stat(&statistics, STATFLAG_DEFAULT);
+       CoTaskMemFree(statistics.pwcsName);
+       return status;
      }},
     {"Clone",
-     [](IStream* stream, IStream*) {
+     [](IStream* stream, IStream*, Bytes&) {
        IStream* clone = nullptr;
        return stream->Clone(&clone);
      }},
@@ -264,6 +265,19 @@ const std::vector<StreamOperation>& StreamOperations() {
   static const std::vector<StreamOperation> operations(std::begin(kOperations),
                                                        std::end(kOperations));
   return operations;
+}
+
+const std::vector<const ClassTableRow*>& StreamClasses() {
+  static const std::vector<const ClassTableRow*> classes = [] {
+    std::vector<const ClassTableRow*> streams;
+    for (const ClassTableRow* class_row : AllClasses()) {
+      const Subject subject(*class_row, State::kFresh);
+      OwnedReference<IStream> stream;
+      if (stream.Query(subject.Unknown(), IID_IStream) == S_OK) streams.push_back(class_row);
+    }
+    return streams;
+  }();
+  return classes;
 }
 
 std::string StreamOperationName(const ClassTableRow& class_row, const StreamOperation& operation) {

@@ -30,13 +30,19 @@ const LockRow* LockRowOf(const std::string& name);  // null if there is none
 HRESULT StatusOf(const std::string& word);
 std::vector<std::string> Words(const char* text);  // none for null
 
-// The operations of IStream. What they move is a few bytes, to and from `sink` or a place that is
-// each call's own.
+// The operations of IStream, on as many bytes as the buffer has: read into it, written from it or
+// copied to `sink`.
 struct StreamOperation {
   const char* name;
-  HRESULT (*call)(IStream* stream, IStream* sink);
+  HRESULT (*call)(IStream* stream, IStream* sink, Bytes& buffer);
 };
+// A buffer for them, filled: three blocks of the largest cipher.
+inline Bytes StreamBuffer() {
+  return PatternBytes(48);
+}
 const std::vector<StreamOperation>& StreamOperations();
+// The classes whose objects have them.
+const std::vector<const ClassTableRow*>& StreamClasses();
 std::string StreamOperationName(const ClassTableRow& class_row, const StreamOperation& operation);
 
 }  // namespace mirolta::test

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "memory_streams.h"
 #include "mirolta.h"
 
 namespace mirolta::test {
@@ -20,9 +21,7 @@ std::string TargetOf(IStream* filter, const Subject& subject) {
   EXPECT_EQ(target.Query(bound, IID_IStream), S_OK);
   bound->Release();
   const std::string position = std::to_string(Position(target.Get()));
-  LARGE_INTEGER start;
-  start.QuadPart = 0;
-  EXPECT_EQ(target->Seek(start, STREAM_SEEK_SET, nullptr), S_OK);
+  Rewind(target.Get());
   Bytes content(4000);
   ULONG count = 0;
   target->Read(content.data(), static_cast<ULONG>(content.size()), &count);
@@ -47,15 +46,6 @@ Bytes Transformed(const Member& member, const Subject& subject, const char* word
   Bytes bytes = given ? BytesOfArray(result) : Bytes();
   VariantClear(&result);
   return bytes;
-}
-
-ULONGLONG Position(IStream* stream) {
-  LARGE_INTEGER none;
-  none.QuadPart = 0;
-  ULARGE_INTEGER position;
-  position.QuadPart = 0;
-  EXPECT_EQ(stream->Seek(none, STREAM_SEEK_CUR, &position), S_OK);
-  return position.QuadPart;
 }
 
 std::string Looked(const Member& member, const Subject& subject, const Bytes& taken) {

@@ -14,8 +14,6 @@ const std::set<std::string>& MembersThatQueue();
 // The bytes that a cipher's member gives; none if it gives no array.
 Bytes Transformed(const Member& member, const Subject& subject, const char* words);
 
-ULONGLONG Position(IStream* stream);
-
 // All that an object shows when it is used, open digests and queued data included. A cipher's
 // output that the member has returned already, `taken`, counts as if it were queued.
 std::string Looked(const Member& member, const Subject& subject, const Bytes& taken = {});

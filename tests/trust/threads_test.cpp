@@ -15,6 +15,7 @@
 #include "all_at_once.h"
 #include "class_table.h"
 #include "member_locks.h"
+#include "memory_streams.h"
 #include "memory_watch.h"
 #include "module_state.h"
 #include "portable/registry_mode.h"
@@ -163,12 +164,13 @@ struct Deed {
 
 class SharedObjectTest : public ThreadsTest, public testing::WithParamInterface<const char*> {
  protected:
-  void Do(const Subject& subject, const Deed& deed, bool late, IStream* stream, IStream* sink) {
+  void Do(const Subject& subject, const Deed& deed, bool late, IStream* stream, IStream* sink,
+          Bytes& buffer) {
     VARIANT result;
     VariantInit(&result);
     HRESULT status = S_OK;
     if (deed.operation != nullptr) {
-      status = deed.operation->call(stream, sink);
+      status = deed.operation->call(stream, sink, buffer);
     } else if (late) {
       status = subject.Invoke(*deed.row, deed.arguments->Get(), deed.arguments->Count(), &result);
     } else {
@@ -271,11 +273,11 @@ TEST_P(SharedObjectTest, MembersOfOneObjectMayBeCalledInAnyOrder) {
   const LockBalance locks;
   AllAtOnce(kThreads, [&](unsigned thread) {
     std::mt19937 chance(thread);
-    OwnedReference<IStream> sink;
-    EXPECT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, sink.Put()), S_OK);
+    const OwnedReference<IStream> sink = MemoryStream();
+    Bytes buffer = StreamBuffer();
     for (int i = 0; i < calls; ++i) {
       const Deed& deed = deeds[chance() % deeds.size()];
-      Do(subject, deed, chance() % 2 != 0, stream.Get(), sink.Get());
+      Do(subject, deed, chance() % 2 != 0, stream.Get(), sink.Get(), buffer);
     }
     SetErrorInfo(0, nullptr);
   });

@@ -184,8 +184,9 @@ TEST_F(WipingStackTest, EveryStreamOperationLeavesZeros) {
       for (const StreamOperation& operation : StreamOperations()) {
         OwnedReference<IStream> sink;
         ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, sink.Put()), S_OK);
+        Bytes buffer = StreamBuffer();
         for (int times = 0; times < 2; ++times) {
-          stack.Run([&] { operation.call(stream.Get(), sink.Get()); });
+          stack.Run([&] { operation.call(stream.Get(), sink.Get(), buffer); });
         }
         EXPECT_LE(stack.DirtyBytes(PaintedStack::kOwnFrames), kWipingCalls)
             << StreamOperationName(*class_row, operation);
