@@ -91,6 +91,7 @@ class Subject {
   explicit operator bool() const { return dual_ != nullptr; }
   // Gives the object up before the subject's end.
   void Release();
+  const ClassTableRow& Class() const { return class_row_; }
   IUnknown* Unknown() const { return static_cast<IUnknown*>(dual_); }
   IDispatch* Dispatch() const { return static_cast<IDispatch*>(dual_); }
 

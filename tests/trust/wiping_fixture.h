@@ -5,7 +5,6 @@
 #include <stdlib.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -15,10 +14,10 @@
 #include "big_bytes.h"
 #include "block_hash_engine.h"
 #include "des_schedule.h"
+#include "gcd.h"
 #include "limb_basics.h"
 #include "md5_engine.h"
 #include "member_calls.h"
-#include "gcd.h"
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
 #include "sha1_engine.h"
@@ -56,6 +55,18 @@ inline const MemberRow& MemberNamed(const ClassTableRow& class_row, std::string_
   return *row;
 }
 
+// Calls after which an object must hold no secret.
+struct End {
+  const char* name;
+  const char* member;  // empty: release only
+  INVOKEKIND kind;
+  const char* words;
+
+  void On(const Subject& subject) const {
+    if (member[0] != 0) subject.Call(member, kind, words);
+  }
+};
+
 class WipingTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -84,9 +95,17 @@ class WipingTest : public testing::Test {
     return Keep(std::move(value));
   }
 
-  HRESULT Call(const Subject& subject, const ClassTableRow& class_row, const std::string& member,
-               INVOKEKIND kind, std::vector<VARIANT> arguments) {
-    const MemberRow& row = MemberNamed(class_row, member, kind);
+  static VARIANT Switch(bool on) {
+    VARIANT value;
+    VariantInit(&value);
+    V_VT(&value) = VT_BOOL;
+    value.boolVal = on ? VARIANT_TRUE : VARIANT_FALSE;
+    return value;
+  }
+
+  HRESULT Call(const Subject& subject, const std::string& member, INVOKEKIND kind,
+               std::vector<VARIANT> arguments) {
+    const MemberRow& row = MemberNamed(subject.Class(), member, kind);
     VARIANT result;
     const HRESULT status = subject.Call(row, arguments.data(), &result);
     // Results are the caller's to wipe.
@@ -143,30 +162,34 @@ class WipingTest : public testing::Test {
     WatchFor(native);
     WatchFor(in_order);
   }
-  static void WatchForSchedule(bool aes, const Bytes& key) {
+  // What an algorithm derives from its key: a cipher's schedule, a digest's HMAC pads.
+  static void WatchForDerived(const std::string& algorithm, const Bytes& key) {
     const uint32_t length = static_cast<uint32_t>(key.size());
-    if (aes) {
+    if (algorithm == "AES") {
       AesSchedule schedule;
       ASSERT_TRUE(ExpandAesKey(key.data(), length, &schedule));
-      WatchForWords(schedule.encryption, 4 * (schedule.rounds + 1));
-      WatchForWords(schedule.decryption, 4 * (schedule.rounds + 1));
-    } else {
+      WatchForSchedule(schedule, 4 * (schedule.rounds + 1));
+    } else if (algorithm == "DES") {
       DesSchedule schedule;
       ASSERT_TRUE(ExpandDesKey(key.data(), length, &schedule));
-      WatchForWords(schedule.encryption, 2 * schedule.rounds);
-      WatchForWords(schedule.decryption, 2 * schedule.rounds);
+      WatchForSchedule(schedule, 2 * schedule.rounds);
+    } else if (algorithm == "MD5") {
+      WatchForPads<Md5Primitive>(key);
+    } else if (algorithm == "SHA1") {
+      WatchForPads<Sha1Primitive>(key);
+    } else {
+      ASSERT_EQ(algorithm, "SHA256");
+      WatchForPads<Sha256Primitive>(key);
     }
   }
-
-  // The key as HMAC pads it to a block, and the chaining values after both pads. Returns the one
-  // after the inner pad, then that after the outer one.
-  static std::array<Bytes, 2> WatchForPads(const std::string& algorithm, const Bytes& key) {
-    if (algorithm == "MD5") return WatchForPadsOf<Md5Primitive>(key);
-    if (algorithm == "SHA1") return WatchForPadsOf<Sha1Primitive>(key);
-    return WatchForPadsOf<Sha256Primitive>(key);
+  template <typename Schedule>
+  static void WatchForSchedule(const Schedule& schedule, size_t words) {
+    WatchForWords(schedule.encryption, words);
+    WatchForWords(schedule.decryption, words);
   }
+  // The key as HMAC pads it to a block, and the chaining values after both pads.
   template <typename Primitive>
-  static std::array<Bytes, 2> WatchForPadsOf(const Bytes& key) {
+  static void WatchForPads(const Bytes& key) {
     Bytes padded = key;
     if (key.size() > kHashBlockSize) {
       HashEngine* made = nullptr;
@@ -179,7 +202,6 @@ class WipingTest : public testing::Test {
     WatchFor(padded);
     const size_t used = padded.size();
     padded.resize(kHashBlockSize);
-    std::array<Bytes, 2> chains;
     for (const uint8_t mask : {uint8_t{0x36}, uint8_t{0x5C}}) {
       const Bytes pad = Masked(padded, mask);
       WatchFor(Bytes(pad.begin(), pad.begin() + static_cast<std::ptrdiff_t>(used)));
@@ -187,11 +209,7 @@ class WipingTest : public testing::Test {
       std::copy(std::begin(Primitive::kInitial), std::end(Primitive::kInitial), words);
       Primitive::Kernel()(words, pad.data(), 1);
       WatchForWords(words, Primitive::kWordCount);
-      Bytes& chain = chains[mask == 0x5C ? 1 : 0];
-      chain.resize(sizeof words);
-      std::memcpy(chain.data(), words, sizeof words);
     }
-    return chains;
   }
 
   static BigInt NumberOf(const Bytes& bytes) {
@@ -254,19 +272,29 @@ class WipingTest : public testing::Test {
   };
   // Makes the key that PlannedChance gives from its start.
   RsaNumbers MakeRsaKey(const std::string& words) {
-    const ClassTableRow& rsa = ClassNamed("RSACrypt");
-    const Subject subject(rsa, State::kFresh);
+    const Subject subject(ClassNamed("RSACrypt"), State::kFresh);
     PlannedChance::Restart();
     EXPECT_EQ(subject.Call("CreateRandKeys", kMethod, words), S_OK);
     const auto read = [&](const char* name) {
-      EXPECT_EQ(Call(subject, rsa, name, kGet, {}), S_OK);
+      EXPECT_EQ(Call(subject, name, kGet, {}), S_OK);
       return BytesOfArray(values.back());
     };
     RsaNumbers key = {read("P"), read("Q"), read("SecretExp"), read("Modulus"), {}, {}};
     key.message = Secret(95, key.n.size() - 1);
-    EXPECT_EQ(Call(subject, rsa, "Encrypt", kMethod, {BytesArgument(key.message)}), S_OK);
+    EXPECT_EQ(Call(subject, "Encrypt", kMethod, {BytesArgument(key.message)}), S_OK);
     key.encrypted = BytesOfArray(values.back());
     return key;
+  }
+  // What makes an object hold the key, with its primes exchanged.
+  struct RsaPut {
+    const char* property;
+    VARIANT number;
+  };
+  std::vector<RsaPut> PutsOf(const RsaNumbers& key) {
+    return {{"P", BytesArgument(key.q)},
+            {"Q", BytesArgument(key.p)},
+            {"SecretExp", BytesArgument(key.d)},
+            {"Modulus", BytesArgument(key.n)}};
   }
   static void WatchForRsaKey(const RsaNumbers& key) {
     const BigInt one(1);
@@ -287,6 +315,24 @@ class WipingTest : public testing::Test {
       // The first rows of the table of powers.
       WatchForMontgomeryForms(c % prime, prime);
       WatchForMontgomeryForms(c * c % prime * c % prime, prime);
+    }
+  }
+
+  // Runs use(member, as_operand, arguments) for every member of PexBigNumber: with ordinary
+  // arguments, and with `number` in the place of the first if that takes any value.
+  template <typename Use>
+  static void ForEachNumberCall(const VARIANT& number, const Use& use) {
+    for (const Member& member : AllMembers()) {
+      if (member.ClassName() != "PexBigNumber") continue;
+      const bool takes_value =
+          member.ParameterCount() > 0 && member.row->parameters.rows[0].type.type == VT_VARIANT;
+      for (const bool as_operand : {false, true}) {
+        if (as_operand && !takes_value) continue;
+        Arguments ordinary(ArgumentsFor(member, false));
+        std::vector<VARIANT> arguments(ordinary.Get(), ordinary.Get() + ordinary.Count());
+        if (as_operand) arguments[0] = number;
+        use(member, as_operand, arguments);
+      }
     }
   }
 
