@@ -8,7 +8,10 @@ reason says why nothing can be seen.
 
 
 def read(path):
-    """read returns [(file, old, new, which or None, reason)] and fails where a field is missing."""
+    """read returns the reasons of a file as [(file, old, new, which or None, reason)].
+
+    Raises ValueError for an unknown, repeated or missing field, OSError if the file cannot be read.
+    """
     out = []
     with open(path, encoding="utf-8") as file:
         blocks = file.read().split("\n\n")
@@ -34,6 +37,7 @@ def read(path):
 
 
 def fits(answer, mutant):
+    """fits says whether an answer, as read returns it, is that of the mutant."""
     path, old, new, which, _ = answer
     return path == mutant.path and old == mutant.old_lines and \
         new in ("*", mutant.new_lines) and which in (None, mutant.occurrence)

@@ -23,7 +23,11 @@ DIRECTIVE = re.compile(r'^[ \t]*#(?:[^\n\\]|\\\n|\\.)*', re.M)
 
 
 class Token:
-    """kind is name, number, char, string or punct; spaced says whether white space stands on both sides."""
+    """One token of a source.
+
+    kind is name, number, char, string, punct or other; start and end are offsets into the text in
+    characters; match is the index of a bracket's partner, None where it has none.
+    """
 
     __slots__ = ("kind", "text", "start", "end", "space_before", "space_after", "match")
 
@@ -38,6 +42,7 @@ class Token:
 
     @property
     def spaced(self):
+        """spaced says whether white space stands on both sides, as around a binary operator."""
         return self.space_before and self.space_after
 
     def __repr__(self):
@@ -45,7 +50,10 @@ class Token:
 
 
 def tokenize(text):
-    """tokenize returns the tokens without comments and preprocessor lines, brackets matched by index."""
+    """tokenize returns the list of Tokens of a text, without comments and preprocessor lines.
+
+    Brackets are matched by index. No text is refused: what is no token of C++ has the kind other.
+    """
     directives = {m.start(): m.end() for m in DIRECTIVE.finditer(text)}
     starts = {start + (len(text[start:end]) - len(text[start:end].lstrip())): end
               for start, end in directives.items()}
@@ -77,7 +85,7 @@ def tokenize(text):
 
 
 def match_brackets(tokens):
-    """match_brackets sets the index of the partner of every bracket."""
+    """match_brackets sets match of every bracket of a list of tokens; unmatched ones keep None."""
     closing = {")": "(", "]": "[", "}": "{"}
     stack = []
     for index, token in enumerate(tokens):
@@ -93,17 +101,19 @@ def match_brackets(tokens):
 
 
 class Lines:
-    """Line numbers of positions in a text."""
+    """The lines of a text. Positions are offsets in characters."""
 
     def __init__(self, text):
         self.text = text
         self.starts = [0] + [m.end() for m in re.finditer(r"\n", text)]
 
     def number(self, position):
+        """number returns the line of a position, the first line being 1."""
         return bisect.bisect_right(self.starts, position)
 
     def span(self, start, end):
-        """span returns the bounds of the whole lines from start to end."""
+        """span returns the offsets at which the first line of text[start:end] begins and its last one
+        ends, without the newline."""
         first = self.starts[self.number(start) - 1]
         last = self.text.find("\n", max(start, end - 1))
         return first, len(self.text) if last < 0 else last

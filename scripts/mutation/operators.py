@@ -1,4 +1,9 @@
-"""The small changes, each found on tokens: (operator, first offset, end offset, new text)."""
+"""The mutation operators, which find changes on the tokens of a source.
+
+A change is (operator, start, end, new): text[start:end] becomes new, start and end being offsets in
+characters. The functions that yield changes yield only what may compile; whether it does, the
+compiler says.
+"""
 
 import re
 
@@ -22,7 +27,10 @@ CONSTANT = re.compile(r"^k[A-Z][A-Za-z0-9]*$")
 
 
 def family_of(name):
-    """family_of returns the family of a constant in capitals; all statuses of failure are one."""
+    """family_of returns the family of a constant in capitals, None for a name of no family.
+
+    All statuses, of success and failure, are one family.
+    """
     found = FAMILY.match(name)
     if not found or name.startswith(("MIROLTA_", "STDMETHOD", "STDAPI", "_")):
         return None
@@ -30,12 +38,13 @@ def family_of(name):
 
 
 class Names:
-    """The constants of all sources by family."""
+    """The constants of all sources by family: one may stand instead of another."""
 
     def __init__(self):
         self.families = {}
 
     def collect(self, path, tokens):
+        """collect adds the constants of a source."""
         for index, token in enumerate(tokens):
             if token.kind != "name":
                 continue
@@ -44,6 +53,7 @@ class Names:
 
     @staticmethod
     def families_of(path, tokens, index):
+        """families_of returns the families of a name as a list of at most one (kind, name)."""
         token = tokens[index]
         if CONSTANT.match(token.text):
             if index and tokens[index - 1].text == "::":
@@ -53,7 +63,7 @@ class Names:
         return [("capitals", family)] if family else []
 
     def others(self, path, tokens, index):
-        """others returns what may stand instead of the constant."""
+        """others returns the names of the constant's families but its own, sorted."""
         out = set()
         for family in self.families_of(path, tokens, index):
             out |= self.families.get(family, set())
@@ -61,7 +71,10 @@ class Names:
 
 
 def changes(path, text, tokens, names):
-    """changes yields every change of a source."""
+    """changes yields every change of the source with this text and these tokens.
+
+    names: a Names that has collected all sources, for constants of the same family.
+    """
     kept = structure.excluded(tokens)
     kinds = structure.brace_kinds(tokens)
     inside = structure.enclosing_blocks(tokens, kinds)
@@ -81,6 +94,7 @@ def changes(path, text, tokens, names):
 
 
 def punctuation(tokens, index, text):
+    """punctuation yields the changes of a binary operator, and of the index that a ] ends."""
     token = tokens[index]
     if token.text == "]":
         yield from bound(tokens, index, text)
@@ -95,6 +109,10 @@ def punctuation(tokens, index, text):
 
 
 def bound(tokens, index, text):
+    """bound yields the neighbours of the index that the ] at `index` ends.
+
+    Indexes that are one literal are left to number. The bound of a declaration is only made smaller.
+    """
     first = tokens[index].match
     if not first or first + 1 == index:
         return
@@ -110,7 +128,7 @@ def bound(tokens, index, text):
 
 
 def is_room(tokens, index):
-    """is_room says whether a token stands in the bound of an array's declaration."""
+    """is_room says whether the token at `index` stands in the bound of an array's declaration."""
     at = index
     while at >= 0 and tokens[at].text not in (";", "{", "}", "[", "("):
         at -= 1
@@ -118,7 +136,7 @@ def is_room(tokens, index):
 
 
 def declares(tokens, bracket):
-    """declares tells T a[...] from an index into a."""
+    """declares says whether the [ at index `bracket` belongs to a declaration, T a[...]."""
     name, before = tokens[bracket - 1], tokens[bracket - 2]
     if name.text == "]" and name.match:
         return declares(tokens, name.match)
@@ -127,7 +145,10 @@ def declares(tokens, bracket):
 
 
 def number(token, room):
-    """number yields the neighbours of an integer; a larger array would be room that nothing uses."""
+    """number yields the neighbours of an integer literal, in its base and with its suffix.
+
+    room: the literal is an array's bound; the larger neighbour would be room that nothing uses.
+    """
     found = INTEGER.match(token.text)
     if not found:
         return
@@ -145,6 +166,7 @@ def number(token, room):
 
 
 def constant(path, tokens, index, names):
+    """constant yields what may replace a constant that is used: its family, false for true."""
     token = tokens[index]
     following = tokens[index + 1].text if index + 1 < len(tokens) else ""
     if token.text in ("true", "false"):
@@ -167,6 +189,7 @@ def constant(path, tokens, index, names):
 
 
 def enumerator(tokens, index):
+    """enumerator says whether the braces around the token are those of an enum."""
     at = index
     while at >= 0 and tokens[at].text != "{":
         at -= 1
@@ -174,6 +197,7 @@ def enumerator(tokens, index):
 
 
 def negation(tokens, index, text):
+    """negation yields the negated condition of an if or while that declares nothing."""
     if tokens[index].text not in ("if", "while"):
         return
     at = index + 1
@@ -189,6 +213,11 @@ def negation(tokens, index, text):
 
 
 def dropped(tokens, index):
+    """dropped yields the removal of the statement that begins at `index`.
+
+    Removed are calls, assignments, increments, delete, and an if without else that only leaves: a
+    guard. Declarations and other statements are kept.
+    """
     end = structure.statement_end(tokens, index)
     if end is None or end == index:
         return

@@ -1,4 +1,4 @@
-"""The table of a run."""
+"""The table of a run: how many mutants of each folder the tests found."""
 
 from . import answers as reasons
 from . import sample
@@ -7,7 +7,12 @@ COLUMNS = ("mutants", "found", "timed out", "equivalent", "answered", "survived"
 
 
 def classify(rows, mutants, answers):
-    """classify returns {folder: counts} and the survivors, of the rows that still fit the sources."""
+    """classify counts the rows that still fit the sources.
+
+    rows: {key: row}, as Trial.run makes them; mutants: {key: Mutant} of the sources as they are;
+    answers: as answers.read returns them. Returns ({folder: {column: count}}, the survivors without
+    a reason, [(mutant, reason)] of those with one). Invalid mutants do not count.
+    """
     counts = {folder: dict.fromkeys(COLUMNS, 0) for folder in sample.FOLDERS}
     survivors, answered = [], []
     for key, row in rows.items():
@@ -32,13 +37,20 @@ def classify(rows, mutants, answers):
 
 
 def score(count):
-    """score is the part found of all that were tried, in per cent; a reason finds nothing."""
+    """score returns the per cent found of the mutants tried, 100 if there are none.
+
+    A mutant that times out counts as found; one with a reason does not.
+    """
     found = count["found"] + count["timed out"]
     tried = found + count["survived"] + count["answered"]
     return 100.0 * found / tried if tried else 100.0
 
 
 def text(counts, survivors, rows):
+    """text returns the report, the table and then each survivor as a diff, and the whole score.
+
+    The score is in per cent. Adds each folder's score to counts.
+    """
     total = dict.fromkeys(COLUMNS, 0)
     lines = [f"{'folder':18}" + "".join(f"{c:>11}" for c in COLUMNS)]
     for folder, count in list(counts.items()) + [("all", total)]:

@@ -22,7 +22,12 @@ TARGET = re.compile(r'target\("([^"]*)"\)')
 
 
 class Mutant:
-    """One change of one source. Its key holds as long as the changed lines do."""
+    """One change of one source.
+
+    start and end are offsets in characters, line counts from 1; old_lines and new_lines are the whole
+    lines before and after with single spaces; occurrence counts from 0 where these come again in the
+    file; weight is relative to all other mutants.
+    """
 
     def __init__(self, folder, path, operator, start, end, old, new, line, old_lines, new_lines):
         self.folder = folder
@@ -40,18 +45,22 @@ class Mutant:
 
     @property
     def key(self):
+        """key names the mutant as long as the changed lines stay, wherever they move in the file."""
         return "|".join((self.path, self.old_lines, self.new_lines, str(self.occurrence)))
 
 
 def squeezed(text):
+    """squeezed returns the text with each run of white space as one space, none at the ends."""
     return " ".join(text.split())
 
 
 def folder_of(path):
+    """folder_of returns the row of FOLDERS that a path below the root lies in, or None."""
     return next((f for f in FOLDERS if path.startswith(f + "/")), None)
 
 
 def processor_features():
+    """processor_features returns the flags of /proc/cpuinfo, an empty set if they are unknown."""
     try:
         with open("/proc/cpuinfo", encoding="utf-8") as file:
             return set(re.search(r"^flags\s*:(.*)$", file.read(), re.M).group(1).split())
@@ -60,14 +69,20 @@ def processor_features():
 
 
 def runnable(text, features):
-    """runnable says whether this machine has the instructions that a source is compiled for."""
+    """runnable says whether the features include what a source's target attributes name.
+
+    With no features known every source counts as runnable.
+    """
     needed = {f.strip().replace(".", "_") for group in TARGET.findall(text) for f in group.split(",")}
     names = {"sha": "sha_ni", "pclmul": "pclmulqdq", "avx512ifma": "avx512ifma"}
     return not features or all(names.get(f, f) in features for f in needed if f)
 
 
 def sources(root, paths):
-    """sources returns {path: text} of the module's sources that this machine runs."""
+    """sources returns {path: text} of those paths below root that can have mutants.
+
+    These are the sources of FOLDERS that this machine runs. Raises OSError if one cannot be read.
+    """
     features = processor_features()
     texts = {}
     for path in sorted(paths):
@@ -80,7 +95,7 @@ def sources(root, paths):
 
 
 def all_mutants(texts):
-    """all_mutants returns every change of the sources, with the weight of its file and operator."""
+    """all_mutants returns a Mutant for every change of the sources {path: text}, with its weight."""
     tokens = {path: lexer.tokenize(text) for path, text in texts.items()}
     names = operators.Names()
     for path in texts:
@@ -92,6 +107,7 @@ def all_mutants(texts):
 
 
 def mutants_of(path, text, tokens, names):
+    """mutants_of returns the Mutants of one source; their weights add up to that of the file."""
     lines = lexer.Lines(text)
     found = []
     seen = {}
@@ -121,7 +137,10 @@ def mutants_of(path, text, tokens, names):
 
 
 def quotas(texts, count):
-    """quotas gives each folder its number of mutants, by lines."""
+    """quotas returns {folder: number of mutants} of a sample of about `count`, by weighted lines.
+
+    Each of several folders has at least FEWEST, or fewer where the sample is small.
+    """
     lines = {}
     for path, text in texts.items():
         folder = folder_of(path)
@@ -134,7 +153,7 @@ def quotas(texts, count):
 
 
 def drawn(mutants, seed):
-    """drawn returns each folder's mutants in the order in which they are tried.
+    """drawn returns {folder: mutants in the order in which they are tried}.
 
     The order depends on seed and key of each mutant alone: an edit elsewhere changes little of it.
     """

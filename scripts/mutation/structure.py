@@ -1,4 +1,8 @@
-"""What the tokens of a source are part of: function bodies, statements, places that no change fits."""
+"""What the tokens of a source are part of: function bodies, statements, places that no change fits.
+
+All functions take the list of tokens that lexer.tokenize returns; positions are indexes into it. They
+know the layout that clang-format gives, and guess where it is not enough.
+"""
 
 BLOCK_BEFORE = {")", "const", "noexcept", "override", "else", "do", "final", "mutable", "try"}
 NOT_STATEMENTS = {
@@ -10,7 +14,7 @@ ASSIGNMENTS = {"=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="
 
 
 def brace_kinds(tokens):
-    """brace_kinds returns, for each opening brace, block, type, namespace or values."""
+    """brace_kinds returns {index of an opening brace: "block", "type", "namespace" or "values"}."""
     kinds = {}
     open_braces = []
     for index, token in enumerate(tokens):
@@ -25,6 +29,7 @@ def brace_kinds(tokens):
 
 
 def brace_kind(tokens, index, outer):
+    """brace_kind returns the kind of the brace at `index`; outer is that around it, or None."""
     head = []
     at = index - 1
     while at >= 0 and tokens[at].text not in (";", "{", "}"):
@@ -50,7 +55,10 @@ def brace_kind(tokens, index, outer):
 
 
 def enclosing_blocks(tokens, kinds):
-    """enclosing_blocks says of each token whether the nearest brace around it is a block's."""
+    """enclosing_blocks returns, for each token, whether the nearest brace around it is a block's.
+
+    kinds: as brace_kinds returns them.
+    """
     inside = []
     stack = []
     for index, token in enumerate(tokens):
@@ -63,7 +71,11 @@ def enclosing_blocks(tokens, kinds):
 
 
 def excluded(tokens):
-    """excluded returns the indexes of tokens that stay as they are."""
+    """excluded returns the indexes of the tokens that are never changed.
+
+    These are attributes, assertions of the compiler, operator and using declarations, and the zero
+    of = 0.
+    """
     out = set()
     for index, token in enumerate(tokens):
         following = tokens[index + 1] if index + 1 < len(tokens) else None
@@ -86,7 +98,7 @@ def excluded(tokens):
 
 
 def is_postfix_chain(tokens, first, last):
-    """is_postfix_chain tells tokens[first:last] like a.b->c[i](x) from declarations and the rest."""
+    """is_postfix_chain says whether tokens[first:last] is an expression like *a.b->c[i](x)++."""
     at = first
     while at < last and tokens[at].text in ("*", "++", "--") and tokens[at].kind == "punct":
         at += 1
@@ -114,7 +126,10 @@ def is_postfix_chain(tokens, first, last):
 
 
 def statement_end(tokens, first):
-    """statement_end returns the index of the semicolon that ends the statement, or None."""
+    """statement_end returns the index of the semicolon that ends the statement at `first`.
+
+    None if the block ends before, or a bracket has no partner.
+    """
     at = first
     while at < len(tokens):
         token = tokens[at]
@@ -132,7 +147,10 @@ def statement_end(tokens, first):
 
 
 def statement_starts(tokens, inside):
-    """statement_starts yields the indexes at which a statement of a function begins."""
+    """statement_starts yields the indexes at which a statement of a function begins.
+
+    inside: as enclosing_blocks returns it.
+    """
     heads = set()
     for index, token in enumerate(tokens):
         if token.text in ("if", "for", "while", "switch"):
@@ -158,7 +176,8 @@ def statement_starts(tokens, inside):
 
 
 def surrounded_by_head(tokens, index):
-    """surrounded_by_head says whether the token stands inside a for's head."""
+    """surrounded_by_head says whether the token at `index` stands inside parentheses, as a for's
+    head."""
     at = index - 1
     while at >= 0:
         token = tokens[at]

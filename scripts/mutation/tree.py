@@ -17,19 +17,27 @@ CONFIGURE = [
 
 
 def tracked_files(root):
-    """tracked_files returns the files of the work tree that git knows or would add."""
+    """tracked_files returns the paths below root, sorted, of the files that git knows or would add.
+
+    Raises CalledProcessError if root is no work tree.
+    """
     out = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "-z"], cwd=root,
                          capture_output=True, check=True).stdout.decode()
     return [p for p in sorted(set(out.split("\0"))) if p and os.path.isfile(os.path.join(root, p))]
 
 
 def cpu_seconds():
+    """cpu_seconds returns the processor time of all children that have been waited for."""
     used = resource.getrusage(resource.RUSAGE_CHILDREN)
     return used.ru_utime + used.ru_stime
 
 
 class Tree:
-    """The copy and its build folder. All commands run at low priority."""
+    """A copy of the sources and its build folder. Builds and tests run at low priority.
+
+    Paths given to it are relative to the copy. objects is {source: [object]}, tests a list of Test;
+    both are empty until they are read. A file that cannot be read or written raises OSError.
+    """
 
     memory_kb = 6 * 1024 * 1024  # what a test may have; None for all there is
 
@@ -42,10 +50,11 @@ class Tree:
         self.tests = []
 
     def path(self, name):
+        """path returns the absolute path of a file of the copy."""
         return os.path.join(self.folder, name)
 
     def copy(self, root, files):
-        """copy brings the tree up to date and touches only what differs."""
+        """copy makes the tree hold just these files of root; files that are equal are not written."""
         for name in files:
             with open(os.path.join(root, name), "rb") as file:
                 content = file.read()
@@ -59,13 +68,14 @@ class Tree:
             file.write("\n".join(files))
 
     def files(self):
-        """files returns what was copied."""
+        """files returns the paths that the last copy wrote, none before the first."""
         if not os.path.exists(self.path(".files")):
             return []
         with open(self.path(".files"), encoding="utf-8") as file:
             return [name for name in file.read().split("\n") if name]
 
     def sources_digest(self):
+        """sources_digest returns the SHA-256 of names and contents of all files, in hexadecimal."""
         whole = hashlib.sha256()
         for name in self.files():
             with open(self.path(name), "rb") as file:
@@ -73,6 +83,7 @@ class Tree:
         return whole.hexdigest()
 
     def write(self, name, content):
+        """write makes a file hold the bytes, and leaves its time if it holds them already."""
         path = self.path(name)
         if os.path.exists(path):
             with open(path, "rb") as file:
@@ -83,6 +94,7 @@ class Tree:
             file.write(content)
 
     def configure(self):
+        """configure runs CMake; returns (whether it succeeded, its output)."""
         launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if self.has("ccache") else []
         command = ["cmake", "-G", "Ninja", "-S", self.folder, "-B", self.build] + CONFIGURE + launcher
         done = subprocess.run(command, env=self.environment, capture_output=True, text=True)
@@ -90,10 +102,14 @@ class Tree:
 
     @staticmethod
     def has(program):
+        """has says whether PATH has the program."""
         return any(os.access(os.path.join(p, program), os.X_OK) for p in os.environ["PATH"].split(":"))
 
     def ninja(self, targets, jobs=1, keep_cache=True, keep_going=False):
-        """ninja builds targets; results of mutants do not go to the compiler's cache."""
+        """ninja builds targets, all if there are none; returns (whether it succeeded, its output).
+
+        keep_cache: results go to the compiler's cache, which those of mutants should not.
+        """
         environment = dict(self.environment)
         if not keep_cache:
             environment["CCACHE_READONLY"] = "1"
@@ -103,12 +119,13 @@ class Tree:
         return done.returncode == 0, done.stdout + done.stderr
 
     def outputs(self):
+        """outputs returns the names of all targets of the build."""
         out = subprocess.run(["ninja", "-C", self.build, "-t", "targets", "all"], capture_output=True,
                              text=True, env=self.environment).stdout
         return {line.rsplit(": ", 1)[0] for line in out.splitlines() if ": " in line}
 
     def read_objects(self):
-        """read_objects learns which objects each source goes into: {source: [object]}."""
+        """read_objects fills objects and object_source from the dependencies of a build that is done."""
         out = subprocess.run(["ninja", "-C", self.build, "-t", "deps"], capture_output=True, text=True,
                              env=self.environment).stdout
         self.objects = {}
@@ -126,6 +143,7 @@ class Tree:
                     self.object_source.setdefault(name, path)
 
     def digest(self, name):
+        """digest returns the SHA-256 of a file of the build in hexadecimal, None if it is missing."""
         path = os.path.join(self.build, name)
         if not os.path.exists(path):
             return None
@@ -133,10 +151,15 @@ class Tree:
             return hashlib.sha256(file.read()).hexdigest()
 
     def digests(self):
+        """digests returns {object: digest} of all objects."""
         return {name: self.digest(name) for names in self.objects.values() for name in names}
 
     def read_tests(self):
-        """read_tests asks ctest for every test, and finds what has to be built for it."""
+        """read_tests fills and returns tests: those of ctest, each with what has to be built for it.
+
+        Left out are those that read the text of the sources or another build, and clean-ups. Raises
+        CalledProcessError if ctest fails.
+        """
         outputs = self.outputs()
         # ctest gives no command for a program that is not there yet.
         missing = [path for path in (os.path.join(self.build, name) for name in outputs
@@ -166,12 +189,15 @@ class Tree:
         return self.tests
 
     def fixtures(self, test):
-        """fixtures returns the tests that have to run before."""
+        """fixtures returns the tests that set up what the test requires."""
         names = set(test.properties.get("FIXTURES_REQUIRED", []))
         return [t for t in self.tests if names & set(t.properties.get("FIXTURES_SETUP", []))]
 
     def run(self, test, cpu_limit, wall_limit):
-        """run returns passed, failed or timed out."""
+        """run runs the test after its fixtures; returns "passed", "failed" or "timed out".
+
+        The limits are in seconds, of processor time and of time.
+        """
         for first in self.fixtures(test):
             outcome = self.run(first, cpu_limit, wall_limit)
             if outcome != "passed":
@@ -198,7 +224,10 @@ class Tree:
 
 
 class Test:
-    """A test as ctest names it; folder is that of its build."""
+    """A test as ctest names it; folder is that of its build, relative to it.
+
+    cpu and wall are what it takes, in seconds, once it has been measured.
+    """
 
     def __init__(self, name, command, folder, targets, properties):
         self.name = name
@@ -210,6 +239,7 @@ class Test:
         self.wall = 1.0
 
     def measure(self, tree):
+        """measure runs the test once, sets cpu and wall, and returns what Tree.run returns."""
         cpu, wall = cpu_seconds(), time.monotonic()
         outcome = tree.run(self, 120, 300)
         self.cpu, self.wall = cpu_seconds() - cpu, time.monotonic() - wall

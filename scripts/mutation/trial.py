@@ -27,13 +27,16 @@ ALONE = 4
 
 
 def sees(folder, test):
-    """sees says whether a test runs code of a folder: nothing but its own tests links the host."""
+    """sees says whether a Test may run code of a folder: only the host's tests run the host."""
     return folder != "host" or test.folder.startswith("tests/host") or \
         any(target.endswith("mirolta-host") for target in test.targets)
 
 
 def stages(folder, tests):
-    """stages returns lists of tests in the order in which they are run."""
+    """stages returns lists of those tests that see the folder, in the order in which they are run.
+
+    Raises KeyError for a folder that is not in ABOVE.
+    """
     tests = [t for t in tests if sees(folder, t)]
     order = ["tests/" + name for name in ABOVE[folder]] + LAST
     out = []
@@ -45,14 +48,18 @@ def stages(folder, tests):
 
 
 def likeness(mutant, test):
-    """likeness counts the words that a test's name shares with the source's."""
+    """likeness returns how many words the test's name shares with the source's path."""
     words = set(re.split(r"[_/.]", mutant.path)) - {"cpp", "h", "inc", "kernels", "engine", "object", "core"}
     named = set(re.split(r"[_.]", test.name)) - {"test", "fuzz", "script", "object"}
     return len(words & named)
 
 
 class Trial:
-    """Tries mutants in one tree."""
+    """Tries mutants in one tree.
+
+    baseline: the digests of the unchanged sources' objects; kills: {(source, test): how often the
+    test has found a mutant of the source}.
+    """
 
     def __init__(self, tree, baseline, kills):
         self.tree = tree
@@ -60,7 +67,12 @@ class Trial:
         self.kills = kills
 
     def run(self, mutant):
-        """run returns a row of the results."""
+        """run tries a mutant and returns a row of the results; the source is as before afterwards.
+
+        status is found, timed out, survived, equivalent (the objects are the same), compiler (a static
+        assertion finds it) or invalid (it does not compile); by names the test; cpu and wall are in
+        seconds. Raises OSError if the source cannot be read or written.
+        """
         with open(self.tree.path(mutant.path), encoding="utf-8", newline="") as file:
             original = file.read()
         row = {"key": mutant.key, "folder": mutant.folder, "operator": mutant.operator,
@@ -77,6 +89,7 @@ class Trial:
         return row
 
     def outcome(self, mutant):
+        """outcome returns (status, by) of a mutant that is written into the tree."""
         failure, changed = self.compile(mutant)
         if failure:
             return failure
@@ -98,7 +111,10 @@ class Trial:
         return "survived", ""
 
     def run_test(self, test):
-        """run_test takes a failure for one if it comes again: some tests depend on threads' luck."""
+        """run_test returns what Tree.run does, within limits by what the test took before.
+
+        A failure counts if it repeats: some tests depend on the order of threads.
+        """
         limits = (5 + 5 * test.cpu, 30 + 20 * test.wall)
         outcome = self.tree.run(test, *limits)
         return self.tree.run(test, *limits) if outcome == "failed" else outcome
@@ -122,21 +138,27 @@ class Trial:
             [(len(slow), sorted(slow, key=lambda t: dirty[t.name]))]
 
     def by_promise(self, mutant, tests):
+        """by_promise sorts tests: most kills first, then likeness, then the quickest."""
         return sorted(tests, key=lambda t: (-self.kills.get((mutant.path, t.name), 0),
                                             -likeness(mutant, t), t.cpu))
 
     def to_compile(self, mutant, test):
-        """to_compile counts the objects of a program's own that include the mutant's source."""
+        """to_compile returns how many objects of the test's own programs the mutant's source is in."""
         programs = {t.rsplit("/", 1)[-1] for t in test.targets}
         owners = [re.search(r"(?:^|/)CMakeFiles/([^/]+)\.dir/", name)
                   for name in self.tree.objects.get(mutant.path, [])]
         return sum(1 for owner in owners if owner and owner.group(1) in programs)
 
     def needed_first(self, test):
+        """needed_first returns the targets of the test's fixtures."""
         return {target for other in self.tree.fixtures(test) for target in other.targets}
 
     def compile(self, mutant):
-        """compile builds the objects of the module's sources and says whether any is another now."""
+        """compile builds the module's objects that the mutant's source is in, until one differs.
+
+        Returns ((status, by) if it does not compile, else None; whether an object differs from the
+        baseline).
+        """
         names = [n for n in self.tree.objects.get(mutant.path, []) if self.of_module(n)]
         own = [n for n in names if self.tree.object_source[n] == mutant.path]
         same_folder = [n for n in names if self.tree.object_source[n].startswith(mutant.folder)]
@@ -153,10 +175,12 @@ class Trial:
         return None, False
 
     def of_module(self, name):
+        """of_module says whether an object is made of a source of sample.FOLDERS."""
         return sample.folder_of(self.tree.object_source[name]) is not None
 
     @staticmethod
     def refused(output):
+        """refused returns (status, by) of a build that failed, from its output."""
         if "static assertion failed" in output:
             return "compiler", "static_assert"
         return "invalid", next((l for l in output.splitlines() if "error" in l), "")[-200:]

@@ -16,7 +16,7 @@ STEPS = ["client", "units_automation", "units_hash", "units_cipher", "scripts", 
 
 
 class WindowsTree(Tree):
-    """The build that Tree has is the Windows one; the native one stands beside it."""
+    """A Tree whose build is the Windows one; native is the folder of the native one beside it."""
 
     memory_kb = None  # Wine reserves addresses that it does not use
 
@@ -26,6 +26,7 @@ class WindowsTree(Tree):
         self.build = os.path.join(self.folder, "build", "windows-x64")
 
     def configure(self):
+        """configure runs CMake for both builds and builds what the steps need of the native one."""
         launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if self.has("ccache") else []
         common = ["cmake", "-G", "Ninja", "-S", self.folder] + launcher
         commands = [
@@ -41,9 +42,11 @@ class WindowsTree(Tree):
         return True, ""
 
     def ninja(self, targets, jobs=1, keep_cache=True, keep_going=False):
+        """ninja builds as Tree.ninja does; without targets all Windows tests."""
         return super().ninja(targets or ["windows-tests"], jobs, keep_cache, keep_going)
 
     def read_tests(self):
+        """read_tests fills and returns tests: the steps of scripts/wine-tests.sh."""
         def step(name, **properties):
             command = [self.path("scripts/wine-tests.sh"), name, self.native]
             return Test(name, command, "tests/windows", {"windows-tests"},
