@@ -1,6 +1,7 @@
 // Memory that runs out, at every allocation of every member of every class and of every stream
 // operation: the status reports it, nothing leaks, no lock is kept, and the same call succeeds
 // afterwards.
+#include <algorithm>
 #include <functional>
 #include <set>
 #include <string_view>
@@ -93,9 +94,11 @@ class MemberAllocationTest : public AllocationTest {
       {
         // A late-bound call is put together before memory runs out.
         std::vector<VARIANT> reversed(arguments.Get(), arguments.Get() + arguments.Count());
+        std::reverse(reversed.begin(), reversed.end());
         const LockBalance locks;
         const auto call = [&] {
-          status = late ? InvokeReversed(subject, *member.row, reversed, &result)
+          status = late ? subject.InvokeReversed(*member.row, reversed.data(), arguments.Count(),
+                                                 &result)
                         : subject.Call(*member.row, arguments.Get(), &result);
         };
         failed = RunFailing(failing, n, call);
@@ -154,25 +157,6 @@ class MemberAllocationTest : public AllocationTest {
   static HRESULT Published() {
     OwnedReference<IErrorInfo> info;
     return GetErrorInfo(0, info.Put());
-  }
-
-  static HRESULT InvokeReversed(const Subject& subject, const MemberRow& row,
-                                std::vector<VARIANT>& arguments, VARIANT* result) {
-    for (size_t i = 0, j = arguments.size(); i + 1 < j; ++i)
-      std::swap(arguments[i], arguments[--j]);
-    DISPID put = DISPID_PROPERTYPUT;
-    const bool puts = row.kind == kPut || row.kind == kPutRef;
-    DISPPARAMS params = {arguments.data(), puts ? &put : nullptr,
-                         static_cast<UINT>(arguments.size()), puts ? 1u : 0u};
-    EXCEPINFO exception = {};
-    VariantInit(result);
-    const HRESULT status = subject.Dispatch()->Invoke(
-        row.id, IID_NULL, LOCALE_USER_DEFAULT, static_cast<WORD>(row.kind), &params,
-        row.result.type != VT_EMPTY ? result : nullptr, &exception, nullptr);
-    SysFreeString(exception.bstrSource);
-    SysFreeString(exception.bstrDescription);
-    SysFreeString(exception.bstrHelpFile);
-    return status == DISP_E_EXCEPTION ? exception.scode : status;
   }
 
   // What may be left of the object when memory is short.

@@ -291,18 +291,29 @@ HRESULT Subject::Invoke(const MemberRow& row, const VARIANT* arguments, unsigned
                         VARIANT* result) const {
   std::vector<VARIANT> reversed;
   for (unsigned i = count; i-- > 0;) reversed.push_back(arguments[i]);
+  return InvokeReversed(row, reversed.data(), count, result);
+}
+
+HRESULT Subject::InvokeReversed(const MemberRow& row, VARIANT* reversed, unsigned count,
+                                VARIANT* result, LateReport* report) const {
   DISPID put = DISPID_PROPERTYPUT;
   const bool puts = row.kind == kPut || row.kind == kPutRef;
-  DISPPARAMS params = {reversed.data(), puts ? &put : nullptr, count, puts ? 1u : 0u};
+  DISPPARAMS params = {reversed, puts ? &put : nullptr, count, puts ? 1u : 0u};
   EXCEPINFO exception = {};
   VariantInit(result);
   const HRESULT status =
       dual_->Invoke(row.id, IID_NULL, LOCALE_USER_DEFAULT, static_cast<WORD>(row.kind), &params,
                     row.result.type != VT_EMPTY ? result : nullptr, &exception, nullptr);
+  const bool raised = status == DISP_E_EXCEPTION;
+  if (report != nullptr) {
+    report->raised = raised;
+    if (exception.bstrSource != nullptr) report->source = exception.bstrSource;
+    if (exception.bstrDescription != nullptr) report->description = exception.bstrDescription;
+  }
   SysFreeString(exception.bstrSource);
   SysFreeString(exception.bstrDescription);
   SysFreeString(exception.bstrHelpFile);
-  return status == DISP_E_EXCEPTION ? exception.scode : status;
+  return raised ? exception.scode : status;
 }
 
 HRESULT Subject::Call(const std::string& member, INVOKEKIND kind, const std::string& words) const {

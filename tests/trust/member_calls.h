@@ -80,6 +80,13 @@ enum class State {
 };
 constexpr State kStates[] = {State::kFresh, State::kReady};
 
+// What a late-bound call reports of a failure; texts that it does not have are empty.
+struct LateReport {
+  bool raised = false;
+  Text source;
+  Text description;
+};
+
 // Subject is an object of a class in a state. An empty one could not be created.
 class Subject {
  public:
@@ -100,6 +107,10 @@ class Subject {
   // A late-bound call.
   HRESULT Invoke(const MemberRow& row, const VARIANT* arguments, unsigned count,
                  VARIANT* result) const;
+  // The same with the arguments as DISPPARAMS has them, the last one first. Only what fills `report`
+  // allocates.
+  HRESULT InvokeReversed(const MemberRow& row, VARIANT* reversed, unsigned count, VARIANT* result,
+                         LateReport* report = nullptr) const;
   // An early-bound call by name with arguments from text.
   HRESULT Call(const std::string& member, INVOKEKIND kind, const std::string& words) const;
 
