@@ -29,56 +29,72 @@ TEST(BigIntTest, DifferencesMayBeNegative) {
   EXPECT_TRUE(n == BigInt(0));
 }
 
-// Sums and differences have the sign flag of the first operand unless the second one is larger.
-TEST(BigIntTest, SumsAndDifferencesHaveTheirSignFlags) {
-  EXPECT_EQ(Hex(Big("5") + Big("-5")), "0");
-  EXPECT_EQ(Hex(Big("-5") + Big("5")), "-0");
-  EXPECT_EQ(Hex(Big("5") - Big("5")), "0");
-  EXPECT_EQ(Hex(Big("-5") - Big("-5")), "-0");
-  EXPECT_EQ(Hex(Big("-5") + Big("-3")), "-8");
-  EXPECT_EQ(Hex(Big("-3") + Big("5")), "2");
-  EXPECT_EQ(Hex(Big("3") + Big("-5")), "-2");
-  EXPECT_EQ(Hex(Big("-3") - Big("-5")), "2");
-  EXPECT_EQ(Hex(Big("-5") - Big("-3")), "-2");
-  EXPECT_EQ(Hex(Big("-3") - Big("5")), "-8");
-  EXPECT_EQ(Hex(Big("3") - Big("-5")), "8");
-  EXPECT_EQ(Hex(Big("-0") + Big("5")), "5");
-  EXPECT_EQ(Hex(Big("-0") - Big("5")), "-5");
-  EXPECT_EQ(Hex(Big("0") - Big("-5")), "5");
-  EXPECT_EQ(Hex(Big("-0") + Big("0")), "-0");
-  EXPECT_EQ(Hex(Big("0") + Big("-0")), "0");
-  EXPECT_EQ(Hex(Big("-0") - Big("0")), "-0");
-}
+// An operation, and the sign flag of a result that is zero by those of its operands. Other results
+// have their sign.
+struct SignedOperation {
+  const char* name;
+  BigInt (*apply)(const BigInt&, const BigInt&);
+  void (*peer)(mpz_ptr, mpz_srcptr, mpz_srcptr);
+  bool (*flag_of_zero)(bool a, bool b);
+};
+const SignedOperation kSignedOperations[] = {
+    {"+", [](const BigInt& a, const BigInt& b) { return a + b; },
+     [](mpz_ptr z, mpz_srcptr x, mpz_srcptr y) { mpz_add(z, x, y); },
+     [](bool a, bool) { return a; }},
+    {"-", [](const BigInt& a, const BigInt& b) { return a - b; },
+     [](mpz_ptr z, mpz_srcptr x, mpz_srcptr y) { mpz_sub(z, x, y); },
+     [](bool a, bool) { return a; }},
+    {"*", [](const BigInt& a, const BigInt& b) { return a * b; },
+     [](mpz_ptr z, mpz_srcptr x, mpz_srcptr y) { mpz_mul(z, x, y); },
+     [](bool a, bool b) { return a != b; }},
+    {"/", [](const BigInt& a, const BigInt& b) { return a / b; },
+     [](mpz_ptr z, mpz_srcptr x, mpz_srcptr y) { mpz_tdiv_q(z, x, y); },
+     [](bool a, bool b) { return a != b; }},
+    {"%", [](const BigInt& a, const BigInt& b) { return a % b; },
+     [](mpz_ptr z, mpz_srcptr x, mpz_srcptr y) {
+       Mpz quotient;
+       mpz_tdiv_qr(quotient, z, x, y);
+     },
+     [](bool a, bool) { return a; }},
+};
 
-TEST(BigIntTest, ProductsQuotientsAndRemaindersHaveTheirSignFlags) {
-  EXPECT_EQ(Hex(Big("-4") * Big("3")), "-c");
-  EXPECT_EQ(Hex(Big("-4") * Big("-3")), "c");
-  EXPECT_EQ(Hex(Big("0") * Big("-3")), "-0");
-  EXPECT_EQ(Hex(Big("-7") / Big("2")), "-3");
-  EXPECT_EQ(Hex(Big("7") / Big("-2")), "-3");
-  EXPECT_EQ(Hex(Big("-7") / Big("-2")), "3");
-  EXPECT_EQ(Hex(Big("-1") / Big("2")), "-0");
-  EXPECT_EQ(Hex(Big("-7") % Big("3")), "-1");
-  EXPECT_EQ(Hex(Big("7") % Big("-3")), "1");
-  EXPECT_EQ(Hex(Big("-6") % Big("3")), "-0");
-  EXPECT_EQ(Hex(Big("-2") % Big("3")), "-2");
+TEST(BigIntTest, ResultsOfEveryShapeHaveTheirSignFlags) {
+  const std::vector<BigInt> numbers = ShapedNumbers();
+  for (const SignedOperation& operation : kSignedOperations) {
+    for (const BigInt& a : numbers) {
+      for (const BigInt& b : numbers) {
+        const BigInt got = operation.apply(a, b);
+        if (b.IsZero() && (*operation.name == '/' || *operation.name == '%')) {
+          ASSERT_EQ(got.Status(), DISP_E_DIVBYZERO) << Hex(a) << operation.name << Hex(b);
+          continue;
+        }
+        Mpz wanted;
+        operation.peer(wanted, Mpz(a), Mpz(b));
+        const bool negative_zero = mpz_sgn(static_cast<mpz_srcptr>(wanted)) == 0 &&
+                                   operation.flag_of_zero(a.SignFlag(), b.SignFlag());
+        ASSERT_EQ(Hex(got), (negative_zero ? "-" : "") + Hex(static_cast<mpz_srcptr>(wanted)))
+            << Hex(a) << operation.name << Hex(b);
+      }
+    }
+  }
 }
 
 TEST(BigIntTest, CompareOfTwoNegativesComparesTheirMagnitudes) {
-  EXPECT_EQ(Compare(Big("-5"), Big("-3")), 1);
-  EXPECT_EQ(Compare(Big("-3"), Big("-5")), -1);
-  EXPECT_EQ(Compare(Big("-3"), Big("-3")), 0);
-  EXPECT_EQ(Compare(Big("-5"), Big("3")), -1);
-  EXPECT_EQ(Compare(Big("5"), Big("-3")), 1);
-  EXPECT_EQ(Compare(Big("-0"), Big("0")), 0);
-  EXPECT_EQ(Compare(Big("-0"), Big("-1")), 1);
-  EXPECT_EQ(Compare(Big("-0"), Big("1")), -1);
-  EXPECT_TRUE(Big("5") == Big("5"));
-  EXPECT_TRUE(Big("5") != Big("6"));
-  EXPECT_TRUE(Big("-5") < Big("6"));
-  EXPECT_TRUE(Big("6") > Big("5"));
-  EXPECT_TRUE(Big("6") >= Big("6"));
-  EXPECT_FALSE(Big("5") >= Big("6"));
+  const std::vector<BigInt> numbers = ShapedNumbers();
+  for (const BigInt& a : numbers) {
+    for (const BigInt& b : numbers) {
+      SCOPED_TRACE(Hex(a) + " " + Hex(b));
+      const int by_value = mpz_cmp(Mpz(a), Mpz(b));
+      int wanted = by_value > 0 ? 1 : by_value < 0 ? -1 : 0;
+      if (a.IsNegative() && b.IsNegative()) wanted = -wanted;
+      ASSERT_EQ(Compare(a, b), wanted);
+      ASSERT_EQ(a == b, wanted == 0);
+      ASSERT_EQ(a != b, wanted != 0);
+      ASSERT_EQ(a < b, wanted < 0);
+      ASSERT_EQ(a > b, wanted > 0);
+      ASSERT_EQ(a >= b, wanted >= 0);
+    }
+  }
 }
 
 TEST(BigIntTest, DivisionByZeroIsReported) {

@@ -101,78 +101,57 @@ TEST(BigMagnitudeTest, BitLengthAndTestBitAgreeWithTheWords) {
   }
 }
 
-TEST(BigMagnitudeTest, CompareOrdersByValue) {
-  BigMagnitude a, b;
-  EXPECT_EQ(BigMagnitude::Compare(a, b), 0);
-  Set(&a, {0, 1});
-  Set(&b, {0xFFFFFFFF});
-  EXPECT_EQ(BigMagnitude::Compare(a, b), 1);
-  EXPECT_EQ(BigMagnitude::Compare(b, a), -1);
-  Set(&b, {1, 1});
-  EXPECT_EQ(BigMagnitude::Compare(a, b), -1);
-  EXPECT_EQ(BigMagnitude::Compare(b, b), 0);
+TEST(BigMagnitudeTest, SumsDifferencesAndOrdersOfEveryShapeAreRight) {
+  for (const std::vector<uint32_t>& aw : ShapedWords()) {
+    for (const std::vector<uint32_t>& bw : ShapedWords()) {
+      BigMagnitude a, b;
+      Set(&a, aw);
+      Set(&b, bw);
+      SCOPED_TRACE(testing::PrintToString(aw) + " " + testing::PrintToString(bw));
+      Mpz x, y, z;
+      mpz_import(x, aw.size(), -1, 4, 0, 0, aw.data());
+      mpz_import(y, bw.size(), -1, 4, 0, 0, bw.data());
+      const int order = mpz_cmp(x, y);
+      ASSERT_EQ(BigMagnitude::Compare(a, b), order > 0 ? 1 : order < 0 ? -1 : 0);
+      // A larger subtrahend wraps within a's words; its words above those are not read.
+      mpz_sub(z, x, y);
+      mpz_fdiv_r_2exp(z, z, 32 * aw.size());
+      a.Subtract(b);
+      ASSERT_EQ(Words(a), Words(FromPeer(z).Magnitude()));
+      Set(&a, aw);
+      mpz_add(z, x, y);
+      ASSERT_TRUE(a.Add(b));
+      ASSERT_EQ(Words(a), Words(FromPeer(z).Magnitude()));
+      mpz_add(z, y, y);
+      ASSERT_TRUE(b.Add(b));
+      ASSERT_EQ(Words(b), Words(FromPeer(z).Magnitude()));
+      b.Subtract(b);
+      ASSERT_EQ(b.Used(), 0u);
+    }
+  }
 }
 
-TEST(BigMagnitudeTest, AddCarriesIntoANewWord) {
-  BigMagnitude a, b;
-  Set(&a, {0xFFFFFFFF, 0xFFFFFFFF});
-  Set(&b, {1});
-  ASSERT_TRUE(a.Add(b));
-  EXPECT_EQ(Words(a), (std::vector<uint32_t>{0, 0, 1}));
-  Set(&b, {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF});
-  ASSERT_TRUE(b.Add(b));
-  EXPECT_EQ(Words(b), (std::vector<uint32_t>{0xFFFFFFFE, 0xFFFFFFFF, 0xFFFFFFFF, 1}));
-  BigMagnitude zero, other;
-  ASSERT_TRUE(zero.Add(other));
-  EXPECT_EQ(zero.Used(), 0u);
-}
-
-TEST(BigMagnitudeTest, SubtractWrapsWithinItsWords) {
-  BigMagnitude a, b;
-  Set(&a, {5});
-  Set(&b, {7});
-  a.Subtract(b);
-  EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFE}));
-  Set(&a, {5});
-  Set(&b, {7, 9, 9});  // words above a's are not read
-  a.Subtract(b);
-  EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFE}));
-  Set(&a, {0, 0, 1});
-  Set(&b, {1});
-  a.Subtract(b);
-  EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFF, 0xFFFFFFFF}));
-  Set(&a, {0, 7, 1});  // a borrow over a full word keeps that word
-  Set(&b, {1, 0xFFFFFFFF});
-  a.Subtract(b);
-  EXPECT_EQ(Words(a), (std::vector<uint32_t>{0xFFFFFFFF, 7}));
-  a.Subtract(a);
-  EXPECT_EQ(a.Used(), 0u);
-  a.Subtract(b);
-  EXPECT_EQ(a.Used(), 0u);
-}
-
-TEST(BigMagnitudeTest, ShiftsMultiplyAndHalve) {
-  BigMagnitude m;
-  Set(&m, {0x80000001, 0x80000000});
-  ASSERT_TRUE(m.ShiftLeft1());
-  EXPECT_EQ(Words(m), (std::vector<uint32_t>{2, 1, 1}));
-  m.ShiftRight1();
-  EXPECT_EQ(Words(m), (std::vector<uint32_t>{0x80000001, 0x80000000}));
-  m.ShiftRight(63);
-  EXPECT_EQ(Words(m), (std::vector<uint32_t>{1}));
-  m.ShiftRight(1);
-  EXPECT_EQ(m.Used(), 0u);
-  ASSERT_TRUE(m.ShiftLeft1());
-  EXPECT_EQ(m.Used(), 0u);
-  for (int i = 0; i < Cases(2000); ++i) {
-    const std::vector<uint32_t> words = RandomWords(Below(300));
-    const uint32_t bits = Below(330);
-    Set(&m, words);
-    Mpz z;
-    mpz_import(z, words.size(), -1, 4, 0, 0, words.data());
-    m.ShiftRight(bits);
-    mpz_fdiv_q_2exp(z, z, bits);
-    EXPECT_EQ(Words(m), Words(FromPeer(z).Magnitude()));
+TEST(BigMagnitudeTest, ShiftsMultiplyAndDivide) {
+  std::vector<std::vector<uint32_t>> shapes = ShapedWords();
+  for (int i = 0; i < Cases(500); ++i) shapes.push_back(RandomWords(Below(300)));
+  for (const std::vector<uint32_t>& words : shapes) {
+    for (const uint32_t bits : {0u, 1u, 31u, 32u, 33u, 63u, 64u, Below(330)}) {
+      BigMagnitude m;
+      Set(&m, words);
+      Mpz z, shifted;
+      mpz_import(z, words.size(), -1, 4, 0, 0, words.data());
+      m.ShiftRight(bits);
+      mpz_fdiv_q_2exp(shifted, z, bits);
+      ASSERT_EQ(Words(m), Words(FromPeer(shifted).Magnitude())) << bits;
+      if (bits != 1) continue;
+      Set(&m, words);
+      m.ShiftRight1();
+      ASSERT_EQ(Words(m), Words(FromPeer(shifted).Magnitude()));
+      Set(&m, words);
+      ASSERT_TRUE(m.ShiftLeft1());
+      mpz_mul_2exp(shifted, z, 1);
+      ASSERT_EQ(Words(m), Words(FromPeer(shifted).Magnitude()));
+    }
   }
 }
 

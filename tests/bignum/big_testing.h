@@ -93,6 +93,32 @@ inline BigInt RandomBigOf(uint32_t bits) {
   return FromWords(RandomWords(bits));
 }
 
+// Words of every length up to three, the highest not zero, of zeros, ones and all ones: zero, powers
+// of two and their neighbours, carries and borrows over whole words; and a few small numbers.
+inline std::vector<std::vector<uint32_t>> ShapedWords() {
+  std::vector<std::vector<uint32_t>> shapes = {{}, {2}, {3}, {5}, {7}};
+  const uint32_t kWords[] = {0, 1, 0xFFFFFFFF};
+  for (const uint32_t low : kWords) {
+    if (low != 0) shapes.push_back({low});
+    for (const uint32_t middle : kWords) {
+      if (middle != 0) shapes.push_back({low, middle});
+      for (const uint32_t high : {1u, 0xFFFFFFFFu}) shapes.push_back({low, middle, high});
+    }
+  }
+  return shapes;
+}
+// The same as numbers, without the sign flag and with it; zero too.
+inline std::vector<BigInt> ShapedNumbers() {
+  std::vector<BigInt> numbers;
+  for (const std::vector<uint32_t>& words : ShapedWords()) {
+    for (const bool flag : {false, true}) {
+      numbers.push_back(FromWords(words));
+      numbers.back().SetSignFlag(flag);
+    }
+  }
+  return numbers;
+}
+
 // Mpz owns a number of the peer.
 class Mpz {
  public:

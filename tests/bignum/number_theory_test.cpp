@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <string>
+#include <vector>
+
 #include "big_testing.h"
 #include "gcd.h"
 #include "mod_exp.h"
@@ -57,24 +61,19 @@ BigInt WithAnySign(BigInt n) {
   return n;
 }
 
-TEST(GcdTest, KnownDivisorsAreFound) {
-  EXPECT_EQ(Hex(CallGcd(BigInt(0), BigInt(5))), "5");
-  EXPECT_EQ(Hex(CallGcd(BigInt(5), BigInt(0))), "5");
-  EXPECT_EQ(Hex(CallGcd(BigInt(12), BigInt(18))), "6");
-  EXPECT_EQ(Hex(CallGcd(BigInt(0), BigInt(0))), "0");
-  EXPECT_EQ(Hex(CallGcd(BigInt(7), BigInt(7))), "7");
-  EXPECT_EQ(Hex(CallGcd(BigInt(1), BigInt(0xFFFFFFFF))), "1");
+// Numbers of every shape and sign, and small ones.
+std::vector<BigInt> Operands(int most) {
+  std::vector<BigInt> numbers = ShapedNumbers();
+  for (int i = 1; i <= most; ++i) {
+    for (const int n : {i, -i}) numbers.push_back(Big(std::to_string(n)));
+  }
+  return numbers;
 }
 
-TEST(GcdTest, SmallOperandsOfEverySignAreRight) {
-  for (int a = -40; a <= 40; ++a) {
-    for (int b = -40; b <= 40; ++b) {
-      for (int zeros = 0; zeros < 4; ++zeros) {
-        BigInt x = Big(std::to_string(a)), y = Big(std::to_string(b));
-        if (a == 0) x.SetSignFlag((zeros & 1) != 0);
-        if (b == 0) y.SetSignFlag((zeros & 2) != 0);
-        ASSERT_EQ(Hex(CallGcd(x, y)), Hex(PlainGcd(x, y))) << a << " " << b;
-      }
+TEST(GcdTest, OperandsOfEveryShapeAndSignAreRight) {
+  for (const BigInt& a : Operands(40)) {
+    for (const BigInt& b : Operands(40)) {
+      ASSERT_EQ(Hex(CallGcd(a, b)), Hex(PlainGcd(a, b))) << Hex(a) << " " << Hex(b);
     }
   }
 }
@@ -88,17 +87,6 @@ TEST(GcdTest, RandomOperandsOfEverySignAreRight) {
   }
 }
 
-TEST(InverseTest, KnownInversesAreFound) {
-  EXPECT_EQ(Hex(CallInverse(BigInt(3), BigInt(7))), "5");
-  EXPECT_EQ(Hex(CallInverse(BigInt(2), BigInt(4))), "1");
-  EXPECT_EQ(Hex(CallInverse(BigInt(0), BigInt(7))), "0");
-  EXPECT_EQ(Hex(CallInverse(BigInt(7), BigInt(7))), "1");
-  EXPECT_EQ(Hex(CallInverse(BigInt(14), BigInt(7))), "0");
-  EXPECT_EQ(Hex(CallInverse(BigInt(1), BigInt(1))), "1");
-  EXPECT_EQ(Hex(CallInverse(BigInt(5), BigInt(1))), "0");
-  EXPECT_EQ(Hex(CallInverse(BigInt(10), BigInt(7))), "5");
-}
-
 TEST(InverseTest, AZeroModulusIsRefused) {
   BigInt r(9);
   EXPECT_EQ(Inverse(r, BigInt(3), BigInt(0)), DISP_E_DIVBYZERO);
@@ -106,16 +94,11 @@ TEST(InverseTest, AZeroModulusIsRefused) {
   EXPECT_EQ(Hex(r), "9");
 }
 
-TEST(InverseTest, SmallOperandsOfEverySignAreRight) {
-  for (int a = -60; a <= 60; ++a) {
-    for (int m = -40; m <= 40; ++m) {
-      if (m == 0) continue;
-      for (int zeros = 0; zeros < 2; ++zeros) {
-        BigInt x = Big(std::to_string(a));
-        if (a == 0) x.SetSignFlag(zeros != 0);
-        const BigInt y = Big(std::to_string(m));
-        ASSERT_EQ(Hex(CallInverse(x, y)), Hex(PlainInverse(x, y))) << a << " " << m;
-      }
+TEST(InverseTest, OperandsOfEveryShapeAndSignAreRight) {
+  for (const BigInt& a : Operands(60)) {
+    for (const BigInt& m : Operands(40)) {
+      if (m.IsZero()) continue;
+      ASSERT_EQ(Hex(CallInverse(a, m)), Hex(PlainInverse(a, m))) << Hex(a) << " " << Hex(m);
     }
   }
 }
@@ -151,20 +134,6 @@ TEST(InverseTest, FibonacciNumbersAndLargeQuotientsAreRight) {
   }
 }
 
-TEST(ModExpTest, KnownPowersAreRight) {
-  EXPECT_EQ(Hex(CallModExp(BigInt(4), BigInt(13), BigInt(497))), Hex(BigInt(445)));
-  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(1), BigInt(7))), "3");
-  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(0), BigInt(7))), "1");
-  EXPECT_EQ(Hex(CallModExp(BigInt(0), BigInt(0), BigInt(7))), "1");
-  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(0), BigInt(1))), "0");
-  EXPECT_EQ(Hex(CallModExp(BigInt(10), BigInt(5), BigInt(1))), "0");
-  EXPECT_EQ(Hex(CallModExp(BigInt(0), BigInt(5), BigInt(7))), "0");
-  EXPECT_EQ(Hex(CallModExp(BigInt(7), BigInt(5), BigInt(7))), "0");
-  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(5), BigInt(2))), "1");
-  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(4), BigInt(6))), "3");
-  EXPECT_EQ(Hex(CallModExp(BigInt(2), BigInt(100), BigInt(8))), "0");
-}
-
 TEST(ModExpTest, AZeroModulusIsRefused) {
   BigInt r(9);
   EXPECT_EQ(ModExp(r, BigInt(3), BigInt(5), BigInt(0)), DISP_E_DIVBYZERO);
@@ -172,29 +141,30 @@ TEST(ModExpTest, AZeroModulusIsRefused) {
   EXPECT_EQ(Hex(r), "9");
 }
 
-TEST(ModExpTest, NegativeOperandsAreRight) {
-  EXPECT_EQ(Hex(CallModExp(Big("-10"), BigInt(1), BigInt(7))), Hex(Big("-10") % BigInt(7)));
-  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(3), BigInt(7))), "-6");
-  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(4), BigInt(7))), "4");
-  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(0), BigInt(7))), "1");
-  EXPECT_EQ(Hex(CallModExp(BigInt(3), Big("-4"), BigInt(7))), "4");
-  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(4), Big("-7"))), "0");
-  EXPECT_EQ(Hex(CallModExp(Big("-3"), BigInt(3), Big("-7"))), "0");
-  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(0), Big("-7"))), "1");
-  EXPECT_EQ(Hex(CallModExp(BigInt(3), BigInt(0), Big("-1"))), "0");
-}
-
-TEST(ModExpTest, EverySmallOperandIsRight) {
-  for (uint32_t m = 1; m < 50; ++m) {
-    for (uint32_t base = 0; base < 60; ++base) {
-      uint32_t power = 1 % m;
-      for (uint32_t e = 0; e < 12; ++e) {
-        ASSERT_EQ(CallModExp(BigInt(base), BigInt(e), BigInt(m)).GetWord(0), power)
-            << base << "^" << e << " mod " << m;
-        power = power * base % m;
+// The power of magnitudes, with the sign flag of base^e; 0 for a negative modulus, unless e = 0.
+TEST(ModExpTest, EverySmallOperandOfEverySignIsRight) {
+  for (int m = -12; m < 50; ++m) {
+    if (m == 0) continue;
+    for (int base = -20; base < 60; ++base) {
+      uint32_t power = 1 % static_cast<uint32_t>(std::abs(m));
+      for (int e = 0; e < 12; ++e) {
+        for (const int signed_e : {e, -e}) {
+          const bool negative = m > 0 && base < 0 && e % 2 != 0;
+          const uint32_t wanted = m > 0 || e == 0 ? power : 0;
+          ASSERT_EQ(Hex(CallModExp(Big(std::to_string(base)), Big(std::to_string(signed_e)),
+                                   Big(std::to_string(m)))),
+                    (negative ? "-" : "") + Hex(BigInt(wanted)))
+              << base << "^" << signed_e << " mod " << m;
+        }
+        power = power * static_cast<uint32_t>(std::abs(base)) % static_cast<uint32_t>(std::abs(m));
       }
     }
   }
+}
+
+TEST(ModExpTest, PowersOfLargeExponentsAreRight) {
+  EXPECT_EQ(Hex(CallModExp(BigInt(4), BigInt(13), BigInt(497))), Hex(BigInt(445)));
+  EXPECT_EQ(Hex(CallModExp(BigInt(2), BigInt(100), BigInt(8))), "0");
 }
 
 TEST(ModExpTest, ResultsMayBeOperands) {
