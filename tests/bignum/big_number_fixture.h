@@ -49,6 +49,18 @@ inline std::string DecOf(IPexBigNumber* number) {
   return std::string(text, text + SysStringLen(text));
 }
 
+using Binary = HRESULT (STDMETHODCALLTYPE IPexBigNumber::*)(VARIANT, IPexBigNumber**);
+
+struct NamedBinary {
+  const char* name;
+  Binary member;
+};
+inline constexpr NamedBinary kBinaries[] = {
+    {"Add", &IPexBigNumber::Add},       {"Sub", &IPexBigNumber::Sub}, {"Mul", &IPexBigNumber::Mul},
+    {"Div", &IPexBigNumber::Div},       {"Mod", &IPexBigNumber::Mod}, {"GCD", &IPexBigNumber::GCD},
+    {"ModInv", &IPexBigNumber::ModInv},
+};
+
 class BigNumberTest : public ModuleTest {
  protected:
   void SetUp() override {
@@ -74,24 +86,28 @@ class BigNumberTest : public ModuleTest {
   }
   // a - b of decimal digits, the only way to a negative number.
   Number Difference(const std::string& a, const std::string& b) const {
+    return Apply(Of(a), &IPexBigNumber::Sub, Dec(b));
+  }
+
+  // The new number that an operation gives.
+  static Number Apply(const Number& a, Binary member, const VARIANT& operand) {
     Number made;
-    EXPECT_EQ(Of(a)->Sub(Dec(b), made.Put()), S_OK);
+    EXPECT_EQ((a.Get()->*member)(operand, made.Put()), S_OK);
     return made;
+  }
+  // Its order to an operand; 7 if they cannot be compared.
+  static LONG Order(const Number& a, const VARIANT& operand) {
+    LONG order = 7;
+    EXPECT_EQ(a->Cmp(operand, &order), S_OK);
+    return order;
+  }
+  // Decimal digits with the sign that comparisons tell.
+  static std::string SignedDecOf(const Number& a) {
+    const LONG order = Order(a, NumberValue(0));
+    return (order < 0 ? "-" : order > 0 ? "+" : "") + DecOf(a.Get());
   }
 
   Number number;
-};
-
-using Binary = HRESULT (STDMETHODCALLTYPE IPexBigNumber::*)(VARIANT, IPexBigNumber**);
-
-struct NamedBinary {
-  const char* name;
-  Binary member;
-};
-inline constexpr NamedBinary kBinaries[] = {
-    {"Add", &IPexBigNumber::Add},       {"Sub", &IPexBigNumber::Sub}, {"Mul", &IPexBigNumber::Mul},
-    {"Div", &IPexBigNumber::Div},       {"Mod", &IPexBigNumber::Mod}, {"GCD", &IPexBigNumber::GCD},
-    {"ModInv", &IPexBigNumber::ModInv},
 };
 
 }  // namespace mirolta::test
