@@ -30,6 +30,9 @@ class HashObjectTest : public testing::Test {
   HRESULT Data(std::basic_string_view<OLECHAR> text, LONG code_page = -1) {
     return hash->HashData(TextValue(text), code_page);
   }
+  HRESULT Update(const VARIANT& value, LONG code_page = -1) {
+    return hash->HashUpdate(value, code_page);
+  }
   HRESULT Update(std::basic_string_view<OLECHAR> text, LONG code_page = -1) {
     return hash->HashUpdate(TextValue(text), code_page);
   }
@@ -38,6 +41,18 @@ class HashObjectTest : public testing::Test {
     OwnedBstr value;
     EXPECT_EQ(hash->get_Value(value.Put()), S_OK);
     return TextOf(value.Get());
+  }
+  // The digest of one value, in one call and as a piece.
+  template <typename Given>
+  Text Hashed(const Given& data, LONG code_page = -1) {
+    EXPECT_EQ(Data(data, code_page), S_OK);
+    return Value();
+  }
+  template <typename Given>
+  Text Absorbed(const Given& data, LONG code_page = -1) {
+    EXPECT_EQ(hash->Reset(), S_OK);
+    EXPECT_EQ(Update(data, code_page), S_OK);
+    return Value();
   }
   Text DigestOf(std::string_view bytes) {
     EXPECT_EQ(Data(BytesValue(BytesOf(bytes))), bytes.empty() ? S_FALSE : S_OK);
@@ -52,6 +67,15 @@ class HashObjectTest : public testing::Test {
 
   TestModule module;
   OwnedReference<IHashObject> hash;
+};
+
+// An object with an algorithm.
+class Md5ObjectTest : public HashObjectTest {
+ protected:
+  void SetUp() override {
+    HashObjectTest::SetUp();
+    ASSERT_EQ(Init(OLESTR("MD5")), S_OK);
+  }
 };
 
 }  // namespace mirolta::test
