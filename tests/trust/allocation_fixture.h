@@ -1,9 +1,6 @@
 // What the tests of memory that runs out share: which allocation fails, and the module around them.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include <iostream>
 #include <string>
 
@@ -11,11 +8,9 @@
 #include "member_calls.h"
 #include "memory_watch.h"
 #include "module_state.h"
-#include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
 #include "trust_heap.h"
-
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
+#include "trust_test.h"
 
 namespace mirolta::test {
 
@@ -72,9 +67,7 @@ inline long After(long n) {
 class AllocationTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    // No registry file but one that is not there.
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+    ASSERT_NO_FATAL_FAILURE(UseRegistryInMemory());
     ASSERT_EQ(DllRegisterServer(), S_OK);
   }
   static void TearDownTestSuite() {

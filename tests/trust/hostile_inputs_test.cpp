@@ -1,8 +1,5 @@
 // Every argument of every member with every kind of value: the call says what the model of the
 // rules says (status_model.h), and the object still answers (known_answers.h).
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include <cstring>
 #include <iostream>
 #include <vector>
@@ -11,8 +8,8 @@
 #include "known_answers.h"
 #include "member_calls.h"
 #include "module_state.h"
-#include "portable/registry_mode.h"
 #include "status_model.h"
+#include "trust_test.h"
 
 namespace mirolta::test {
 namespace {
@@ -48,23 +45,14 @@ bool IsModulesOwn(HRESULT status) {
   return (static_cast<uint32_t>(status) & 0xFFFFFFF0u) == 0x80042770u;
 }
 
-class HostileInputsTest : public testing::Test {
+class HostileInputsTest : public TrustTest {
  protected:
-  void SetUp() override {
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
-  }
-  void TearDown() override {
-    SetErrorInfo(0, nullptr);
-    MiroltaRegistryInMemory(FALSE);
-  }
-
   void Call(const Member& member, State state, unsigned index, const HostileValue& hostile,
             bool late) {
     PlannedChance::Restart();
     const LONG objects = CurrentModule()->lock_count;
-    const Outcome expected = ExpectedOutcome(
-        member, Plain(member.row->parameters.rows[index].name), state, late, hostile.value);
+    const Outcome expected = ExpectedOutcome(member, Plain(member.row->parameters.rows[index].name),
+                                             state, late, hostile.value);
     {
       const Subject subject(*member.class_row, state);
       Arguments others(ArgumentsFor(member, false));

@@ -1,17 +1,12 @@
 // Late-bound calls of every member, against the early-bound ones, whose results the tests of the
 // classes know. The ids, kinds, parameters and defaults themselves are in type_library_cases.h.
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include <algorithm>
 #include <string>
 #include <vector>
 
 #include "error_slot.h"
 #include "member_calls.h"
-#include "portable/registry_mode.h"
-
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
+#include "trust_test.h"
 
 namespace mirolta::test {
 namespace {
@@ -60,18 +55,13 @@ VARIANT DefaultOf(const ParameterRow& parameter) {
   return value;
 }
 
-class LateBoundTest : public testing::Test {
+class LateBoundTest : public TrustTest {
  protected:
   using Values = std::vector<VARIANT>;
 
   void SetUp() override {
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+    TrustTest::SetUp();
     ASSERT_EQ(DllRegisterServer(), S_OK);  // the sources of errors
-  }
-  void TearDown() override {
-    SetErrorInfo(0, nullptr);
-    MiroltaRegistryInMemory(FALSE);
   }
 
   static Given Early(const Member& member, State state, Values arguments) {

@@ -1,17 +1,14 @@
 // Who takes which lock: every member and stream operation of every class against the table, by a
 // probe in the locks themselves. A member with the object's lock enters it once and does all of its
 // work between entering and leaving; the others enter none.
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include <functional>
 #include <map>
 #include <set>
 
 #include "member_locks.h"
 #include "memory_streams.h"
-#include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
+#include "trust_test.h"
 
 namespace mirolta::test {
 namespace {
@@ -48,11 +45,10 @@ constexpr MiroltaLockProbe kProbe = {[](CRITICAL_SECTION* section) {
                                        seen.at_leaving = StateOf(*watched);
                                      }};
 
-class LockRuleTest : public testing::Test {
+class LockRuleTest : public TrustTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+    TrustTest::SetUp();
     // What late-bound calls load once has locks of its own.
     for (const ClassTableRow* class_row : AllClasses()) {
       const Subject subject(*class_row, State::kFresh);
@@ -63,8 +59,7 @@ class LockRuleTest : public testing::Test {
   }
   void TearDown() override {
     MiroltaSetLockProbe(nullptr);
-    SetErrorInfo(0, nullptr);
-    MiroltaRegistryInMemory(FALSE);
+    TrustTest::TearDown();
   }
 
   // Makes one call on the object and holds what the probe saw against the rule.

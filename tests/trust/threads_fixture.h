@@ -1,9 +1,6 @@
 // What the tests of threads share: the module around them, and calls that all threads make.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -11,9 +8,7 @@
 #include "all_at_once.h"
 #include "member_calls.h"
 #include "module_state.h"
-#include "portable/registry_mode.h"
-
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
+#include "trust_test.h"
 
 namespace mirolta::test {
 
@@ -55,18 +50,17 @@ class Call {
   std::unique_ptr<Arguments> arguments_;
 };
 
-class ThreadsTest : public testing::Test {
+class ThreadsTest : public TrustTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+    TrustTest::SetUp();
     ASSERT_EQ(DllRegisterServer(), S_OK);
     locks_at_start_ = CurrentModule()->lock_count;
   }
   void TearDown() override {
     SetErrorInfo(0, nullptr);
     EXPECT_EQ(CurrentModule()->lock_count, locks_at_start_);
-    MiroltaRegistryInMemory(FALSE);
+    TrustTest::TearDown();
   }
 
  private:

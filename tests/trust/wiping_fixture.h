@@ -1,9 +1,6 @@
 // What the tests of wiping share: secrets by seed, calls by name, and how secrets look in memory.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -18,12 +15,12 @@
 #include "limb_basics.h"
 #include "md5_engine.h"
 #include "member_calls.h"
-#include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
 #include "sha1_engine.h"
 #include "sha256_engine.h"
 #include "small_primes.h"
 #include "trust_heap.h"
+#include "trust_test.h"
 
 namespace mirolta::test {
 
@@ -67,11 +64,10 @@ struct End {
   }
 };
 
-class WipingTest : public testing::Test {
+class WipingTest : public TrustTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+    TrustTest::SetUp();
     // By default the runtime clears arrays and texts that it frees, which would hide missing wipes.
     MiroltaKeepDestroyedArrays(true);
   }
@@ -79,7 +75,7 @@ class WipingTest : public testing::Test {
     StopWatchingForSecrets();
     MiroltaKeepDestroyedArrays(false);
     values.clear();
-    MiroltaRegistryInMemory(FALSE);
+    TrustTest::TearDown();
   }
 
   // What the test itself holds of secrets, inputs and results, lives until the watch has ended.

@@ -1,0 +1,28 @@
+// What every test of trust stands on: a registry in memory, and no file of the user's.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include "platform.h"
+#include "portable/registry_mode.h"
+
+MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
+
+namespace mirolta::test {
+
+inline void UseRegistryInMemory() {
+  ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
+  ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
+}
+
+class TrustTest : public testing::Test {
+ protected:
+  void SetUp() override { UseRegistryInMemory(); }
+  void TearDown() override {
+    SetErrorInfo(0, nullptr);
+    MiroltaRegistryInMemory(FALSE);
+  }
+};
+
+}  // namespace mirolta::test
