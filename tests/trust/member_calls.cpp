@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <sstream>
 
 #include "class_table.h"
 #include "module_state.h"
@@ -17,92 +16,6 @@ MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID ii
 namespace mirolta::test {
 
 namespace {
-
-VARIANT Released(TestValue value) {
-  VARIANT out = value;
-  VariantInit(&value);
-  return out;
-}
-
-VARIANT TextArgument(const Text& text) {
-  TestValue value(VT_BSTR);
-  value->bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-  return Released(std::move(value));
-}
-
-Bytes PatternBytes(size_t count) {
-  Bytes bytes(count);
-  for (size_t i = 0; i < count; ++i) bytes[i] = PatternByte(i);
-  return bytes;
-}
-
-VARIANT StreamArgument(size_t count) {
-  IStream* stream = nullptr;
-  TestValue value(VT_UNKNOWN);
-  if (CreateStreamOnHGlobal(nullptr, TRUE, &stream) != S_OK) return Released(std::move(value));
-  const Bytes bytes = PatternBytes(count);
-  ULONG written = 0;
-  if (count != 0) stream->Write(bytes.data(), static_cast<ULONG>(count), &written);
-  LARGE_INTEGER start;
-  start.QuadPart = 0;
-  stream->Seek(start, STREAM_SEEK_SET, nullptr);
-  value->punkVal = stream;
-  return Released(std::move(value));
-}
-
-VARIANT NumberObjectArgument() {
-  IDispatch* number = nullptr;
-  IClassFactory* factory = nullptr;
-  DllGetClassObject(CLSID_PexBigNumber, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-  factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(&number));
-  factory->Release();
-  TestValue value(VT_DISPATCH);
-  value->pdispVal = number;
-  return Released(std::move(value));
-}
-
-Text Digits(size_t count, const OLECHAR* digits, size_t kinds) {
-  Text text(count, 0);
-  for (size_t i = 0; i < count; ++i) text[i] = digits[(i * 7 + 3) % kinds];
-  return text;
-}
-
-VARIANT ArgumentOf(const std::string& word) {
-  const std::string rest = word.substr(1);
-  switch (word[0]) {
-    case 'b':
-      return Released(BytesValue(PatternBytes(std::stoul(rest))));
-    case 'x': {
-      Bytes bytes;
-      for (size_t i = 0; i < rest.size(); i += 2) {
-        bytes.push_back(static_cast<uint8_t>(std::stoul(rest.substr(i, 2), nullptr, 16)));
-      }
-      return Released(BytesValue(bytes));
-    }
-    case 't':
-      return TextArgument(WideOf(rest.substr(1)));
-    case 'd':
-      return TextArgument(Digits(std::stoul(rest), OLESTR("1234567890"), 10));
-    case 'h':
-      return TextArgument(Digits(std::stoul(rest), OLESTR("123456789abcdef0"), 16));
-    case 'i':
-      return Released(NumberValue(std::stoi(rest)));
-    case 'B': {
-      TestValue value(VT_BOOL);
-      value->boolVal = static_cast<VARIANT_BOOL>(std::stoi(rest));
-      return Released(std::move(value));
-    }
-    case 'S':
-      return StreamArgument(std::stoul(rest));
-    case 'N':
-      return NumberObjectArgument();
-    default: {
-      TestValue value(VT_ERROR);
-      value->scode = DISP_E_PARAMNOTFOUND;
-      return Released(std::move(value));
-    }
-  }
-}
 
 // What makes an object of a class ready, one call a line: member, kind, arguments.
 struct Step {
@@ -161,20 +74,6 @@ constexpr MiroltaLockProbe kProbe = {
     [](CRITICAL_SECTION*) { held.fetch_sub(1, std::memory_order_relaxed); }};
 
 }  // namespace
-
-uint8_t PatternByte(size_t index) {
-  return static_cast<uint8_t>(index * 73 + index / 7 + 0x91);
-}
-
-std::string Plain(const OLECHAR* text) {
-  std::string plain;
-  for (; *text != 0; ++text) plain += static_cast<char>(*text);
-  return plain;
-}
-
-Text WideOf(const std::string& text) {
-  return Text(text.begin(), text.end());
-}
 
 std::string Member::Name() const {
   const char* kind = "";
@@ -238,15 +137,6 @@ const std::vector<Member>& AllMembers() {
     return all;
   }();
   return members;
-}
-
-Arguments::Arguments(const std::string& words) {
-  std::istringstream in(words);
-  for (std::string word; in >> word;) values_.push_back(ArgumentOf(word));
-}
-
-Arguments::~Arguments() {
-  for (VARIANT& value : values_) VariantClear(&value);
 }
 
 Subject::Subject(const ClassTableRow& class_row, State state) : class_row_(class_row) {

@@ -7,17 +7,13 @@
 #include <string_view>
 #include <vector>
 
+#include "member_arguments.h"
 #include "mirolta.h"
 #include "owned_value.h"
 #include "seam/interface_table.h"
 #include "test_values.h"
 
 namespace mirolta::test {
-
-using Text = std::basic_string<OLECHAR>;
-
-std::string Plain(const OLECHAR* text);  // ASCII only
-Text WideOf(const std::string& text);
 
 // One member of one class.
 struct Member {
@@ -40,39 +36,6 @@ const MemberRow* FindMember(const ClassTableRow& class_row, std::string_view nam
 
 // Unloads the module and loads it again: without factories and type information.
 void ReloadModule();
-
-// Arguments reads values from text, one a word:
-//   b40      a byte array of 40 bytes (b0: without elements)      x0AE6  one of these bytes
-//   t:AES    a text           d40  a text of 40 digits          h40  a text of 40 hexadecimal ones
-//   i-1      a VT_I4          B1   a VT_BOOL                    m    an argument left out
-//   S3000    a memory stream that holds 3000 bytes
-//   N        a number object
-class Arguments {
- public:
-  explicit Arguments(const std::string& words);
-  VARIANT* Get() { return values_.empty() ? nullptr : &values_[0]; }
-  const VARIANT* Get() const { return values_.empty() ? nullptr : &values_[0]; }
-  unsigned Count() const { return static_cast<unsigned>(values_.size()); }
-  ~Arguments();
-  Arguments(const Arguments&) = delete;
-  Arguments& operator=(const Arguments&) = delete;
-
- private:
-  std::vector<VARIANT> values_;
-};
-
-// One row a member with parameters, named as Member::Name does: ordinary arguments and large ones.
-struct ArgumentRow {
-  const char* member;
-  const char* ordinary;
-  const char* large;
-};
-const std::vector<ArgumentRow>& ArgumentRows();
-// The words of a member's arguments; null if its row is missing.
-const char* ArgumentsFor(const Member& member, bool large);
-
-// The bytes of every array and stream of Arguments.
-uint8_t PatternByte(size_t index);
 
 enum class State {
   kFresh,  // as created
