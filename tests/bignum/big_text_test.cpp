@@ -29,6 +29,13 @@ std::string Decimal(const BigInt& n) {
   return Narrow(text);
 }
 
+std::string PeerDecimal(mpz_srcptr z) {
+  char* const decimal = mpz_get_str(nullptr, 10, z);
+  std::string text = decimal;
+  free(decimal);
+  return text;
+}
+
 TEST(BigBytesTest, BytesAreNumbersWithTheHighByteFirst) {
   EXPECT_EQ(Hex(Read({0, 0, 1})), "1");
   EXPECT_EQ(BytesOf(BigInt(1)), (Bytes{1}));
@@ -193,22 +200,13 @@ TEST(BigTextTest, RandomNumbersAgreeWithThePeer) {
     const BigInt n = RandomBig(i % 20 == 0 ? 40000 : i % 3 == 0 ? 8192 : 700);
     if (n.IsZero()) continue;
     const Mpz peer(n);
-    char* const decimal = mpz_get_str(nullptr, 10, peer);
-    const std::string wanted = decimal;
-    free(decimal);
+    const std::string wanted = PeerDecimal(peer);
     ASSERT_EQ(Decimal(n), wanted);
     ASSERT_EQ(Hex(n), Hex(static_cast<mpz_srcptr>(peer)));
     // Reading back with a character to spare, so that nothing is dropped.
     ASSERT_EQ(Hex(Big(wanted + "   ")), Hex(n));
     ASSERT_EQ(Hex(BigHex(Hex(n))), Hex(n));
   }
-}
-
-std::string PeerDecimal(mpz_srcptr z) {
-  char* const decimal = mpz_get_str(nullptr, 10, z);
-  std::string text = decimal;
-  free(decimal);
-  return text;
 }
 
 // Every length around the changes of algorithm, with values at and next to powers of both bases.
@@ -237,11 +235,9 @@ TEST(BigTextTest, LongNumbersHaveTheirLength) {
 
 TEST(BigTextTest, ManyDigitsAreConverted) {
   const BigInt n = RandomBigOf(400000) + BigInt(1);
-  const Mpz peer(n);
-  char* const decimal = mpz_get_str(nullptr, 10, peer);
-  EXPECT_EQ(Decimal(n), decimal);
-  EXPECT_EQ(Hex(Big(std::string(decimal) + "          ")), Hex(n));
-  free(decimal);
+  const std::string wanted = PeerDecimal(Mpz(n));
+  EXPECT_EQ(Decimal(n), wanted);
+  EXPECT_EQ(Hex(Big(wanted + "          ")), Hex(n));
 }
 
 }  // namespace

@@ -11,14 +11,6 @@ namespace {
 
 constexpr Limb kGuard = static_cast<Limb>(0xABCDEF0123456789u);
 
-Limbs Export(const Mpz& z, size_t n) {
-  Limbs limbs(n + 1);
-  EXPECT_LE(mpz_sizeinbase(z, 2), n * kLimbBits + 1);
-  mpz_export(limbs.data(), nullptr, -1, sizeof(Limb), 0, 0, z);
-  limbs.resize(n);
-  return limbs;
-}
-
 void CheckProduct(size_t m, size_t n, bool square) {
   const Limbs x = RandomLimbs(m);
   const Limbs y = square ? x : RandomLimbs(n);

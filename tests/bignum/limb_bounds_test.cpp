@@ -4,11 +4,11 @@
 #include <new>
 #include <vector>
 
-#include "big_testing.h"
 #include "guarded_memory.h"
 #include "kernel_rows.h"
 #include "limb_kernels.h"
 #include "limb_scratch.h"
+#include "limb_testing.h"
 
 namespace mirolta {
 namespace {
@@ -19,13 +19,13 @@ using test::GuardedMemory;
 // GuardedLimbs: limbs with a page that cannot be touched before or behind them.
 class GuardedLimbs {
  public:
-  GuardedLimbs(Guard guard, const std::vector<Limb>& limbs)
+  GuardedLimbs(Guard guard, const Limbs& limbs)
       : memory_(guard, limbs.size() * sizeof(Limb)),
         data_(memory_.Copy(limbs.data(), limbs.size())),
         count_(limbs.size()) {}
 
   Limb* data() const { return data_; }
-  std::vector<Limb> limbs() const { return std::vector<Limb>(data_, data_ + count_); }
+  Limbs limbs() const { return Limbs(data_, data_ + count_); }
 
  private:
   GuardedMemory memory_;
@@ -33,8 +33,8 @@ class GuardedLimbs {
   size_t count_;
 };
 
-std::vector<Limb> Ones(size_t n, size_t step) {
-  std::vector<Limb> limbs(n);
+Limbs Ones(size_t n, size_t step) {
+  Limbs limbs(n);
   for (size_t i = 0; i < n; ++i) limbs[i] = static_cast<Limb>(0 - (i + step) * (i + step));
   return limbs;
 }
@@ -52,7 +52,7 @@ TEST(LimbBounds, SumsAndDifferencesTouchNothingElse) {
   ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
     for (size_t n = 0; n < 40; ++n) {
       const GuardedLimbs x(guard, Ones(n, 1)), y(guard, Ones(n, 7)), z(guard, Ones(n, 0));
-      std::vector<Limb> expected(n);
+      Limbs expected(n);
       EXPECT_EQ(k.add(z.data(), x.data(), y.data(), n),
                 portable.add(expected.data(), x.data(), y.data(), n));
       EXPECT_EQ(z.limbs(), expected) << n;
@@ -68,7 +68,7 @@ TEST(LimbBounds, ProductsByOneLimbTouchNothingElse) {
     const Limb factor = static_cast<Limb>(0) - 3;
     for (size_t n = 0; n < 40; ++n) {
       const GuardedLimbs x(guard, Ones(n, 1)), z(guard, Ones(n, 5));
-      std::vector<Limb> expected = z.limbs();
+      Limbs expected = z.limbs();
       EXPECT_EQ(k.mul_add1(z.data(), x.data(), n, factor),
                 portable.mul_add1(expected.data(), x.data(), n, factor));
       EXPECT_EQ(z.limbs(), expected) << n;
@@ -88,13 +88,13 @@ TEST(LimbBounds, ProductsAndSquaresTouchNothingElse) {
       const GuardedLimbs y(guard, Ones(n, 2));
       for (const size_t m : {n, n + 1, n + 5}) {
         const GuardedLimbs x(guard, Ones(m, 1)), z(guard, Ones(m + n, 0));
-        std::vector<Limb> expected(m + n);
+        Limbs expected(m + n);
         k.multiply(z.data(), x.data(), m, y.data(), n);
         portable.multiply(expected.data(), x.data(), m, y.data(), n);
         EXPECT_EQ(z.limbs(), expected) << m << " " << n;
       }
       const GuardedLimbs z(guard, Ones(2 * n, 0));
-      std::vector<Limb> expected(2 * n);
+      Limbs expected(2 * n);
       k.square(z.data(), y.data(), n);
       portable.square(expected.data(), y.data(), n);
       EXPECT_EQ(z.limbs(), expected) << n;
@@ -105,21 +105,17 @@ TEST(LimbBounds, ProductsAndSquaresTouchNothingElse) {
 TEST(LimbBounds, MontgomeryProductsTouchNothingElse) {
   ForEachTable([](const LimbKernels& k, const LimbKernels& portable, Guard guard) {
     for (size_t n = 1; n < 36; ++n) {
-      std::vector<Limb> modulus = Ones(n, 3);
+      Limbs modulus = Ones(n, 3);
       modulus[0] |= 1;
       modulus[n - 1] |= static_cast<Limb>(1) << (kLimbBits - 1);
-      Limb inverse = 1;  // of modulus[0] modulo 2, 4, 16 ...
-      for (size_t bits = 1; bits < kLimbBits; bits *= 2) {
-        inverse = static_cast<Limb>(inverse * (2 - modulus[0] * inverse));
-      }
-      inverse = static_cast<Limb>(0 - inverse);
-      std::vector<Limb> small = Ones(n, 9);
+      const Limb inverse = NegatedInverse(modulus[0]);
+      Limbs small = Ones(n, 9);
       small[n - 1] >>= 1;
       const GuardedLimbs m(guard, modulus), x(guard, small), z(guard, Ones(n, 0));
-      std::vector<Limb> product(2 * n);
+      Limbs product(2 * n);
       portable.square(product.data(), small.data(), n);
       const GuardedLimbs t(guard, product);
-      std::vector<Limb> expected(n);
+      Limbs expected(n);
       k.reduce(z.data(), t.data(), m.data(), n, inverse);
       portable.reduce(expected.data(), product.data(), modulus.data(), n, inverse);
       EXPECT_EQ(z.limbs(), expected) << n;

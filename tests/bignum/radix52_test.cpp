@@ -4,24 +4,15 @@
 
 #include <gtest/gtest.h>
 
-#include "big_testing.h"
 #include "fermat_batch.h"
 #include "fermat_ifma.h"
+#include "limb_testing.h"
 #include "montgomery_power.h"
 #include "power_kernels.h"
 #include "radix52_power.h"
 
 namespace mirolta {
 namespace {
-
-using Limbs = std::vector<Limb>;
-
-Limbs ToLimbs(mpz_srcptr z, size_t n) {
-  Limbs limbs(n + 1);
-  mpz_export(limbs.data(), nullptr, -1, sizeof(Limb), 0, 0, z);
-  limbs.resize(n);
-  return limbs;
-}
 
 // A number of exactly that many bits, odd, with runs of ones and zeros; all ones for every ninth.
 void RandomModulus(Mpz& m, uint32_t bits, int i) {
@@ -57,7 +48,7 @@ TEST(FermatBatchTest, EachNumberIsTestedToItsOwnBase) {
       const Mpz a(static_cast<unsigned long>(base));
       mpz_powm(power, a, e, m);
       if (mpz_cmp_ui(static_cast<mpz_srcptr>(power), 1) == 0) wanted |= 1u << i;
-      const Limbs limbs = ToLimbs(m, n);
+      const Limbs limbs = Export(m, n);
       candidates.insert(candidates.end(), limbs.begin(), limbs.end());
       bases.push_back(base);
     }
@@ -73,10 +64,6 @@ TEST(FermatBatchTest, EachNumberIsTestedToItsOwnBase) {
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 
-void Import(Mpz& z, const Limb* x, size_t n) {
-  mpz_import(z, n, -1, sizeof(Limb), 0, 0, x);
-}
-
 class Radix52Test : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -89,7 +76,7 @@ TEST_F(Radix52Test, SplitAndJoinedNumbersAreTheSame) {
     const BigInt n = RandomBig(2000);
     const Mpz z(n);
     const size_t limbs = n.Used() / 2 + 1;
-    const Limbs x = ToLimbs(z, limbs);
+    const Limbs x = Export(z, limbs);
     const size_t count = Radix52Count(limbs * kLimbBits, Below(60));
     Limbs digits(count), joined(limbs, 5);
     ToRadix52(digits.data(), count, x.data(), limbs);
@@ -134,14 +121,14 @@ TEST_F(Radix52Test, ProductsAgreeWithThePeer) {
 
       const size_t limbs = padded;
       Limbs xd(padded), yd(padded), md(padded), zd(padded, ~Limb{0}), joined(limbs);
-      ToRadix52(xd.data(), padded, ToLimbs(x, limbs).data(), limbs);
-      ToRadix52(yd.data(), padded, ToLimbs(y, limbs).data(), limbs);
-      ToRadix52(md.data(), padded, ToLimbs(m, limbs).data(), limbs);
+      ToRadix52(xd.data(), padded, Export(x, limbs).data(), limbs);
+      ToRadix52(yd.data(), padded, Export(y, limbs).data(), limbs);
+      ToRadix52(md.data(), padded, Export(m, limbs).data(), limbs);
       const Radix52Product multiply = Radix52ProductFor(vectors);
       multiply(zd.data(), xd.data(), yd.data(), md.data(), count, negated);
       for (size_t j = 0; j < padded; ++j) ASSERT_LE(zd[j], j < count ? kRadix52Mask : 0) << j;
       FromRadix52(joined.data(), limbs, zd.data(), padded);
-      Import(got, joined.data(), limbs);
+      Import(got, joined);
       ASSERT_LT(mpz_cmp(got, twice), 0);
       mpz_mod(got, got, m);
       ASSERT_EQ(mpz_cmp(got, product), 0) << vectors << " " << count;
@@ -167,12 +154,12 @@ TEST_F(Radix52Test, CarriesPassThroughDigitsOfOnes) {
       mpz_mod(x, x, m);
       Limbs xd(count), one(count), md(count), zd(count), joined(count);
       one[0] = 1;
-      ToRadix52(xd.data(), count, ToLimbs(x, count).data(), count);
-      ToRadix52(md.data(), count, ToLimbs(m, count).data(), count);
+      ToRadix52(xd.data(), count, Export(x, count).data(), count);
+      ToRadix52(md.data(), count, Export(m, count).data(), count);
       // m = -1 mod 2^52, so that -1 / m is 1.
       Radix52ProductFor(vectors)(zd.data(), xd.data(), one.data(), md.data(), count, Limb{1} << 12);
       FromRadix52(joined.data(), count, zd.data(), count);
-      Import(got, joined.data(), count);
+      Import(got, joined);
       mpz_mod(got, got, m);
       ASSERT_EQ(mpz_cmp(got, value), 0) << vectors << " " << bit;
     }
@@ -183,7 +170,7 @@ void ExpectSamePower(uint32_t bits, uint32_t exponent_bits, int i) {
   Mpz m;
   RandomModulus(m, bits, i);
   const size_t n = (bits + kLimbBits - 1) / kLimbBits;
-  const Limbs modulus = ToLimbs(m, n);
+  const Limbs modulus = Export(m, n);
   Mpz x;
   const Mpz random(RandomBigOf(bits));
   mpz_mod(x, random, m);
@@ -192,14 +179,14 @@ void ExpectSamePower(uint32_t bits, uint32_t exponent_bits, int i) {
   Mpz exponent(RandomBigOf(exponent_bits));
   mpz_setbit(exponent, exponent_bits - 1);
   const size_t en = (exponent_bits + kLimbBits - 1) / kLimbBits;
-  const Limbs base = ToLimbs(x, n), e = ToLimbs(exponent, en);
+  const Limbs base = Export(x, n), e = Export(exponent, en);
   Limbs by_digits(n, 1), by_limbs(n, 2);
   ASSERT_TRUE(Radix52Power(by_digits.data(), base.data(), e.data(), en, modulus.data(), n));
   ASSERT_TRUE(MontgomeryPower(by_limbs.data(), base.data(), e.data(), en, modulus.data(), n));
   ASSERT_EQ(by_digits, by_limbs) << bits;
   Mpz power;
   mpz_powm(power, x, exponent, m);
-  ASSERT_EQ(by_digits, ToLimbs(power, n)) << bits;
+  ASSERT_EQ(by_digits, Export(power, n)) << bits;
 }
 
 TEST_F(Radix52Test, PowersOfEverySizeAgreeWithThePeer) {
