@@ -16,6 +16,7 @@ struct ScriptLink {
   duk_context* engine = nullptr;  // null once cut
   DWORD thread = 0;
   uint32_t last_key = 0;
+  bool has_pending_error = false;
   int calls_running = 0;
 };
 
@@ -112,6 +113,7 @@ duk_ret_t KeepError(duk_context* engine, void* number) {
 HRESULT ReportError(duk_context* engine, EXCEPINFO* exception) {
   const ErrorReport report = DescribeError(engine);
   HRESULT number = FAILED(report.number) ? report.number : E_FAIL;
+  ContextOf(engine).link->has_pending_error = true;
   // If it cannot be kept, the script gets a new Error.
   duk_safe_call(engine, KeepError, &number, 1, 1);
   if (exception == nullptr) return number;
@@ -303,7 +305,12 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object) {
   return true;
 }
 
+bool HasScriptError(duk_context* engine) {
+  return ContextOf(engine).link->has_pending_error;
+}
+
 bool TakeScriptError(duk_context* engine, HRESULT status) {
+  if (!HasScriptError(engine)) return false;
   PushKept(engine, kPendingNumber);
   const bool pending = duk_is_number(engine, -1) &&
                        (status == DISP_E_EXCEPTION || status == duk_get_int(engine, -1));
@@ -314,10 +321,13 @@ bool TakeScriptError(duk_context* engine, HRESULT status) {
 }
 
 void ForgetScriptError(duk_context* engine) {
+  bool& is_pending = ContextOf(engine).link->has_pending_error;
+  if (!is_pending) return;
   duk_push_heap_stash(engine);
   duk_del_prop_string(engine, -1, kPendingError);
   duk_del_prop_string(engine, -1, kPendingNumber);
   duk_pop(engine);
+  is_pending = false;
 }
 
 }  // namespace mirolta::host

@@ -28,5 +28,6 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object);
 // the status that was reported for it, else returns false; either way the value is forgotten.
 bool TakeScriptError(duk_context* engine, HRESULT status);
 void ForgetScriptError(duk_context* engine);
+bool HasScriptError(duk_context* engine);
 
 }  // namespace mirolta::host
