@@ -91,7 +91,11 @@ size_t EngineByteLength(const OLECHAR* units, size_t count) {
 
 size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes) {
   size_t length = 0;
-  for (size_t i = 0; i < count; ++i) length += WriteUnit(units[i], bytes + length);
+  while (length < count && units[length] < 0x80) {
+    bytes[length] = static_cast<char>(units[length]);
+    ++length;
+  }
+  for (size_t i = length; i < count; ++i) length += WriteUnit(units[i], bytes + length);
   return length;
 }
 

@@ -18,10 +18,16 @@ namespace {
 HRESULT TextFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
   duk_size_t size = 0;
   const char* bytes = duk_get_lstring(engine, index, &size);
-  const size_t count = DecodeFromEngine(bytes, size, nullptr);
+  // The engine counts a character of ASCII, and no other, as one byte.
+  const bool is_ascii = duk_get_length(engine, index) == size;
+  const size_t count = is_ascii ? size : DecodeFromEngine(bytes, size, nullptr);
   const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(count));
   if (text == nullptr) return E_OUTOFMEMORY;
-  DecodeFromEngine(bytes, size, text);
+  if (is_ascii) {
+    for (size_t i = 0; i < size; ++i) text[i] = static_cast<OLECHAR>(bytes[i]);
+  } else {
+    DecodeFromEngine(bytes, size, text);
+  }
   out->vt = VT_BSTR;
   out->bstrVal = text;
   return S_OK;
