@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/call_site.h"
@@ -16,6 +17,8 @@ struct ScriptContext {
   duk_context* engine = nullptr;
   ObjectTable objects;
   CallSites call_sites;
+  // The name of the property that makes a script object a handle (object_handle.h).
+  void* handle_name = nullptr;
   // Shared with the automation objects of script objects, which may outlive the engine.
   ScriptLink* link = nullptr;
 
@@ -39,5 +42,11 @@ ScriptContext& ContextOf(duk_context* engine);
 // top of the stack and pops it; PushKept pushes the value, undefined if there is none.
 void KeepValue(duk_context* engine, const char* name);
 void PushKept(duk_context* engine, const char* name);
+
+// KeepName returns the address of the engine's string with this text, which the engine keeps until
+// its end.
+void* KeepName(duk_context* engine, std::string_view name);
+// Call once, before KeepName.
+void InstallNames(duk_context* engine);
 
 }  // namespace mirolta::host

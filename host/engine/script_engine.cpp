@@ -12,6 +12,7 @@
 #include "files/full_path.h"
 #include "files/output_file.h"
 #include "objects/dispatch_object.h"
+#include "objects/object_handle.h"
 #include "objects/script_object.h"
 #include "objects/wscript_object.h"
 #include "source/script_source.h"
@@ -70,6 +71,8 @@ void* Reallocate(void* context, void* block, duk_size_t size) {
 }
 
 void InstallAll(duk_context* engine, ScriptContext* context) {
+  InstallNames(engine);
+  InstallHandles(engine);
   InstallErrors(engine);
   InstallMarshalling(engine);
   InstallDispatchObjects(engine);

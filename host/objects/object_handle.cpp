@@ -3,12 +3,14 @@
 #include <string.h>
 
 #include "engine/host_errors.h"
+#include "engine/protected_call.h"
 #include "engine/script_context.h"
 
 namespace mirolta::host {
 namespace {
 
 constexpr char kHandleKey[] = DUK_HIDDEN_SYMBOL("handle");
+constexpr char kFinalizer[] = "finalizer";
 
 // The bytes of the property. `owner` tells the handle from objects that inherit the property: the
 // engine does not move objects, and the owner lives as long as they do.
@@ -20,7 +22,7 @@ struct Handle {
 
 // Pushes the property that the object at `index` has or inherits; null if it is no handle.
 void* PushFoundHandle(duk_context* engine, duk_idx_t index) {
-  duk_get_prop_string(engine, index, kHandleKey);
+  duk_get_prop_heapptr(engine, index, ContextOf(engine).handle_name);
   duk_size_t size = 0;
   void* bytes = duk_get_buffer(engine, -1, &size);
   return size == sizeof(Handle) ? bytes : nullptr;
@@ -39,11 +41,19 @@ struct Making {
 };
 duk_ret_t Make(duk_context* engine, void* data) {
   const auto* making = static_cast<const Making*>(data);
-  making->make(engine, making->number);
-  return 1;
+  return ThrowIfExhausted(engine, [&] {
+    making->make(engine, making->number);
+    return 1;
+  });
 }
 
 }  // namespace
+
+void InstallHandles(duk_context* engine) {
+  ContextOf(engine).handle_name = KeepName(engine, kHandleKey);
+  duk_push_c_function(engine, Finalize, 2);
+  KeepValue(engine, kFinalizer);
+}
 
 void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make) {
   ObjectTable& objects = ContextOf(engine).objects;
@@ -57,8 +67,8 @@ void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, Ma
 void AttachHandle(duk_context* engine, SlotNumber number) {
   const Handle handle = {number, duk_get_heapptr(engine, -1), nullptr};
   memcpy(duk_push_fixed_buffer(engine, sizeof handle), &handle, sizeof handle);
-  duk_put_prop_string(engine, -2, kHandleKey);
-  duk_push_c_function(engine, Finalize, 2);
+  duk_put_prop_heapptr(engine, -2, ContextOf(engine).handle_name);
+  PushKept(engine, kFinalizer);
   duk_set_finalizer(engine, -2);
 }
 

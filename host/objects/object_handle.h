@@ -8,6 +8,9 @@
 
 namespace mirolta::host {
 
+// Call once, before any handle is made.
+void InstallHandles(duk_context* engine);
+
 // MakeObject creates and pushes the script object of a slot; it attaches the handle and may wrap
 // the object in a proxy.
 using MakeObject = void (*)(duk_context* engine, SlotNumber number);
