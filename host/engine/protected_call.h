@@ -33,9 +33,13 @@ duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
 // RunProtected is a native function that calls Function::Run(duk_context*). Run finds the arguments
 // on the stack and returns 1 with its result on top, or 0 for undefined. Every call into the engine
 // may leave Run by longjmp: what Run must free is a member of Function, and its locals have trivial
-// destructors.
-template <typename Function>
-duk_ret_t RunProtected(duk_context* engine) {
+// destructors. Function is initialized from `arguments`.
+//
+// Function may have bool RunUnprotected(duk_context*) noexcept, which runs first, without the cost of
+// a protected call, and makes no call into the engine that may throw. It returns true with its
+// result on top, or false for Run to do the rest.
+template <typename Function, typename... Arguments>
+duk_ret_t RunProtected(duk_context* engine, const Arguments&... arguments) {
   struct Local {
     static duk_ret_t Enter(duk_context* inner, void* function) {
       return ThrowIfExhausted(inner, [&] { return static_cast<Function*>(function)->Run(inner); });
@@ -43,7 +47,10 @@ duk_ret_t RunProtected(duk_context* engine) {
   };
   duk_int_t status = DUK_EXEC_SUCCESS;
   {
-    Function function;
+    Function function{arguments...};
+    if constexpr (requires { function.RunUnprotected(engine); }) {
+      if (function.RunUnprotected(engine)) return 1;
+    }
     status = duk_safe_call(engine, &Local::Enter, &function, 0, 1);
   }
   if (status != DUK_EXEC_SUCCESS) return duk_throw(engine);

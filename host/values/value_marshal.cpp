@@ -233,27 +233,36 @@ HRESULT VariantFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
   }
 }
 
-void PushVariant(duk_context* engine, const VARIANT& value) {
+bool IsPlain(duk_context* engine, duk_idx_t index) {
+  constexpr duk_uint_t kPlain = DUK_TYPE_MASK_UNDEFINED | DUK_TYPE_MASK_NULL |
+                                DUK_TYPE_MASK_BOOLEAN | DUK_TYPE_MASK_NUMBER | DUK_TYPE_MASK_STRING;
+  return duk_check_type_mask(engine, index, kPlain) != 0;
+}
+
+bool PushIfPlain(duk_context* engine, const VARIANT& value) {
   double number = 0;
+  if (value.vt == VT_EMPTY || (value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND)) {
+    duk_push_undefined(engine);
+  } else if (value.vt == VT_NULL) {
+    duk_push_null(engine);
+  } else if (value.vt == VT_BOOL) {
+    duk_push_boolean(engine, value.boolVal != VARIANT_FALSE);
+  } else if (NumberOf(value, &number)) {
+    duk_push_number(engine, number);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void PushVariant(duk_context* engine, const VARIANT& value) {
+  if (PushIfPlain(engine, value)) return;
   if ((value.vt & VT_BYREF) != 0) {
     PushReferenced(engine, value);
   } else if ((value.vt & VT_ARRAY) != 0) {
     PushArray(engine, value);
-  } else if (value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND) {
-    duk_push_undefined(engine);
-  } else if (NumberOf(value, &number)) {
-    duk_push_number(engine, number);
   } else {
     switch (value.vt) {
-      case VT_EMPTY:
-        duk_push_undefined(engine);
-        break;
-      case VT_NULL:
-        duk_push_null(engine);
-        break;
-      case VT_BOOL:
-        duk_push_boolean(engine, value.boolVal != VARIANT_FALSE);
-        break;
       case VT_BSTR:
         PushUnits(engine, UnitsView(value.bstrVal, SysStringLen(value.bstrVal)));
         break;

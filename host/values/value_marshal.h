@@ -32,6 +32,12 @@ namespace mirolta::host {
 //         errors.
 void PushVariant(duk_context* engine, const VARIANT& value);
 
+// IsPlain returns whether VariantFromScript neither throws nor runs a script for the value at
+// `index`.
+bool IsPlain(duk_context* engine, duk_idx_t index);
+// PushIfPlain pushes a number, boolean, null or undefined and never throws; false for other values.
+bool PushIfPlain(duk_context* engine, const VARIANT& value);
+
 // PushUnits pushes a string. PushBytes pushes a Uint8Array and returns its bytes, to be filled.
 void PushUnits(duk_context* engine, UnitsView units);
 uint8_t* PushBytes(duk_context* engine, size_t size);
