@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include "engine/properties.h"
 #include "engine/script_context.h"
 
 namespace mirolta::host {
@@ -130,6 +131,72 @@ void CallSites::Learn(duk_context* engine) {
   }
   duk_pop(engine);
   if (!all_known || (calls_ & reads).any()) calls_.reset();
+}
+
+// The global eval, which the engine treats specially, is read before it is called.
+duk_ret_t CallSites::GetEval(duk_context* engine) {
+  ContextOf(engine).call_sites.knows_all_code_ = false;
+  PushKept(engine, "eval");
+  return 1;
+}
+
+// Function(...) and new Function(...)
+duk_ret_t CallSites::MakeFunction(duk_context* engine) {
+  ContextOf(engine).call_sites.knows_all_code_ = false;
+  PushKept(engine, "Function");
+  duk_insert(engine, 0);
+  duk_new(engine, duk_get_top(engine) - 1);
+  return 1;
+}
+
+// Replaces the functions of the engine that compile code.
+void CallSites::Watch(duk_context* engine) {
+  duk_get_global_string(engine, "eval");
+  KeepValue(engine, "eval");
+  duk_push_global_object(engine);
+  const auto set_eval = [](duk_context* inner) -> duk_ret_t {
+    duk_push_global_object(inner);
+    duk_push_string(inner, "eval");
+    duk_dup(inner, 0);
+    duk_def_prop(inner, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRITABLE | DUK_DEFPROP_FORCE);
+    return 0;
+  };
+  DefineAccessor(engine, "eval", GetEval, set_eval,
+                 DUK_DEFPROP_SET_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE);
+
+  duk_get_global_string(engine, "Function");
+  duk_push_c_function(engine, MakeFunction, DUK_VARARGS);
+  for (const char* name : {"prototype", "name", "length"}) {
+    duk_push_string(engine, name);
+    duk_get_prop_string(engine, -3, name);
+    duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+  }
+  duk_get_prop_string(engine, -1, "prototype");
+  duk_push_string(engine, "constructor");
+  duk_dup(engine, -3);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+  duk_pop(engine);
+  duk_put_global_string(engine, "Function");
+  KeepValue(engine, "Function");
+  duk_pop(engine);
+}
+
+void CallSites::NoteScript(duk_context* engine, const MemberUses& uses) {
+  Watch(engine);
+  calls_computed_ = uses.calls_computed;
+  reads_computed_ = uses.reads_computed;
+  for (const std::string& name : uses.called) called_.insert(KeepName(engine, name));
+  for (const std::string& name : uses.read) read_.insert(KeepName(engine, name));
+  knows_all_code_ = true;
+}
+
+NameUse CallSites::UseOf(const void* name) const {
+  NameUse use;
+  use.is_called = called_.contains(name);
+  use.is_read = read_.contains(name);
+  use.may_be_called = use.is_called || calls_computed_;
+  use.may_be_read = use.is_read || reads_computed_;
+  return use;
 }
 
 bool CallSites::IsCall(duk_context* engine) const {

@@ -5,13 +5,27 @@
 // cannot tell them apart. The engine reads the callee of a call by an instruction of its own, so
 // the opcode of the running instruction decides. Those opcodes are learned from a known script at
 // start, not hard-coded; if they cannot be distinguished, every read counts as a plain one.
+//
+// The engine takes microseconds to tell which instruction runs. Most names are only called or only
+// read in a script, which its text shows (member_uses.h). Scripts that compile more code have to do
+// so through eval or Function; from then on the text says nothing.
 #pragma once
 
 #include <bitset>
+#include <unordered_set>
 
 #include "engine/engine_api.h"
+#include "source/member_uses.h"
 
 namespace mirolta::host {
+
+// The uses of a name in the text of the script.
+struct NameUse {
+  bool is_called = false;      // by name
+  bool is_read = false;        // by name
+  bool may_be_called = false;  // by name or by a computed key
+  bool may_be_read = false;
+};
 
 class CallSites {
  public:
@@ -21,8 +35,25 @@ class CallSites {
   // script calls the property.
   bool IsCall(duk_context* engine) const;
 
+  // NoteScript says which script will run, and that it is the only one.
+  // Errors: the engine's, std::bad_alloc.
+  void NoteScript(duk_context* engine, const MemberUses& uses);
+  // KnowsAllCode returns false if no script was noted, or if it may have compiled more code.
+  bool KnowsAllCode() const { return knows_all_code_; }
+  // UseOf returns how the noted script uses the name at this address, which KeepName returned.
+  NameUse UseOf(const void* name) const;
+
  private:
+  static void Watch(duk_context* engine);
+  static duk_ret_t GetEval(duk_context* engine);
+  static duk_ret_t MakeFunction(duk_context* engine);
+
   std::bitset<256> calls_;  // by opcode; none if Learn could not distinguish them
+  bool knows_all_code_ = false;
+  bool calls_computed_ = false;
+  bool reads_computed_ = false;
+  std::unordered_set<const void*> called_;
+  std::unordered_set<const void*> read_;
 };
 
 }  // namespace mirolta::host

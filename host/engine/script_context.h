@@ -7,6 +7,7 @@
 
 #include "engine/call_site.h"
 #include "engine/engine_api.h"
+#include "objects/member_table.h"
 #include "objects/object_table.h"
 
 namespace mirolta::host {
@@ -16,6 +17,7 @@ struct ScriptLink;
 struct ScriptContext {
   duk_context* engine = nullptr;
   ObjectTable objects;
+  DescribedTables described;
   CallSites call_sites;
   // The name of the property that makes a script object a handle (object_handle.h).
   void* handle_name = nullptr;

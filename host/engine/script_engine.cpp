@@ -12,9 +12,11 @@
 #include "files/full_path.h"
 #include "files/output_file.h"
 #include "objects/dispatch_object.h"
+#include "objects/member_function.h"
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
 #include "objects/wscript_object.h"
+#include "source/member_uses.h"
 #include "source/script_source.h"
 #include "values/array_value.h"
 #include "values/value_marshal.h"
@@ -75,6 +77,7 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallHandles(engine);
   InstallErrors(engine);
   InstallMarshalling(engine);
+  InstallMemberFunctions(engine);
   InstallDispatchObjects(engine);
   InstallVbArray(engine);
   InstallWScript(engine);
@@ -108,9 +111,14 @@ void PrintReport(const ErrorReport& report) {
 struct Script {
   std::string name;  // in the engine's form
   std::string text;
+  MemberUses uses;
 };
 duk_ret_t CompileAndRun(duk_context* engine, void* data) {
   const auto* script = static_cast<const Script*>(data);
+  ThrowIfExhausted(engine, [&] {
+    ContextOf(engine).call_sites.NoteScript(engine, script->uses);
+    return 0;
+  });
   duk_push_lstring(engine, script->name.data(), script->name.size());
   duk_compile_lstring_filename(engine, 0, script->text.data(), script->text.size());
   duk_call(engine, 0);
@@ -170,6 +178,7 @@ int RunScript(const std::string& path, const std::vector<std::string>& arguments
               problem.c_str());
       return 1;
     }
+    script.uses = FindMemberUses(script.text);
     script.name = EngineFromUnits(UnitsFromSystem(path));
     return RunLoaded(path, &script, arguments);
   } catch (const std::bad_alloc&) {

@@ -1,5 +1,7 @@
 #include "objects/member_call.h"
 
+#include <new>
+
 #include "engine/host_errors.h"
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
@@ -20,7 +22,7 @@ UnitsView TextOf(BSTR text) {
 }  // namespace
 
 MemberCall::~MemberCall() {
-  for (VARIANT& argument : arguments_) VariantClear(&argument);
+  ClearArguments();
   ClearException();
 }
 
@@ -32,41 +34,96 @@ void MemberCall::ClearException() {
 }
 
 void MemberCall::Bind(duk_context* engine, duk_idx_t index) {
-  if (!HandleAt(engine, index, &number_)) ThrowStatus(engine, kNoSuchMember);
-  const ObjectSlot* slot = SlotAt(engine, index, SlotKind::kDispatch);
-  if (slot == nullptr) ThrowStatus(engine, kNoSuchMember);
-  object_.Assign(slot->value.pdispVal);
+  SlotNumber number = kNoSlot;
+  if (!HandleAt(engine, index, &number)) ThrowStatus(engine, kNoSuchMember);
+  const ObjectSlot* slot = ContextOf(engine).objects.Find(number);
+  if (slot == nullptr) ThrowStatus(engine, kDisconnected);
+  if (slot->kind != SlotKind::kDispatch) ThrowStatus(engine, kNoSuchMember);
+  Bind(*slot);
 }
 
-bool MemberCall::FindId(duk_context* engine, duk_idx_t name, DISPID* id) {
+void MemberCall::BindTarget(duk_context* engine, duk_idx_t index) {
+  const ObjectSlot* slot = ContextOf(engine).objects.FindTarget(duk_get_heapptr(engine, index));
+  if (slot == nullptr) ThrowStatus(engine, kDisconnected);
+  Bind(*slot);
+}
+
+// The slot of the object, with its type information's table; null if the slot was freed meanwhile.
+ObjectSlot* MemberCall::LookUpSlot(duk_context* engine) {
+  ScriptContext& context = ContextOf(engine);
+  ObjectSlot* slot = context.objects.Find(number_, SlotKind::kDispatch);
+  if (slot == nullptr || slot->is_looked_up) return slot;
+  const HRESULT status = object_->GetTypeInfo(0, LOCALE_USER_DEFAULT, type_info_.Put());
+  // Found again: the object may have run a script.
+  slot = context.objects.Find(number_, SlotKind::kDispatch);
+  if (slot == nullptr) return nullptr;
+  if (SUCCEEDED(status) && type_info_) slot->described = context.described.Of(type_info_.Get());
+  slot->is_looked_up = true;
+  return slot;
+}
+
+Member* MemberCall::FindMember(duk_context* engine, duk_idx_t name) {
+  ObjectSlot* slot = LookUpSlot(engine);
+  if (slot == nullptr) ThrowStatus(engine, kDisconnected);
+  if (Member* known = slot->FindMember(duk_get_heapptr(engine, name))) return known;
   duk_size_t size = 0;
   const char* bytes = duk_get_lstring(engine, name, &size);
   name_ = UnitsFromEngine({bytes, size});
-  ObjectTable& objects = ContextOf(engine).objects;
-  if (const ObjectSlot* slot = objects.Find(number_, SlotKind::kDispatch)) {
-    const auto known = slot->ids.find(name_);
-    if (known != slot->ids.end()) {
-      *id = known->second;
-      return true;
-    }
-  }
   LPOLESTR text = name_.data();
-  *id = DISPID_UNKNOWN;
-  const HRESULT status = object_->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, id);
-  if (status == DISP_E_UNKNOWNNAME || status == DISP_E_MEMBERNOTFOUND) return false;
+  DISPID id = DISPID_UNKNOWN;
+  const HRESULT status = object_->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, &id);
+  if (status == DISP_E_UNKNOWNNAME || status == DISP_E_MEMBERNOTFOUND) return nullptr;
   if (FAILED(status)) Throw(engine, status);
+  return KeepMember(engine, KeepName(engine, {bytes, size}), id);
+}
+
+Member* MemberCall::KeepMember(duk_context* engine, const void* name, DISPID id) {
+  Member member;
+  member.id = id;
+  member.use = ContextOf(engine).call_sites.UseOf(name);
   // Found again: GetIDsOfNames may have run a script.
-  if (ObjectSlot* slot = objects.Find(number_, SlotKind::kDispatch)) slot->ids[name_] = *id;
-  return true;
+  ObjectSlot* slot = ContextOf(engine).objects.Find(number_, SlotKind::kDispatch);
+  if (slot == nullptr) ThrowStatus(engine, kDisconnected);
+  if (slot->described != nullptr &&
+      IsDescribed(slot->described->info.Get(), id, &member.is_method)) {
+    member.described = slot->described;
+  }
+  MemberTable& table = member.described != nullptr ? member.described->members : slot->own;
+  return &(table[name] = member);
+}
+
+void MemberCall::ClearArguments() {
+  for (VARIANT& argument : arguments_) VariantClear(&argument);
+  arguments_.clear();
 }
 
 void MemberCall::TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) {
+  ClearArguments();
   arguments_.resize(static_cast<size_t>(count), VARIANT{});
   for (duk_idx_t i = 0; i < count; ++i) {
     const HRESULT status =
         VariantFromScript(engine, first + i, &arguments_[static_cast<size_t>(count - 1 - i)]);
     if (FAILED(status)) ThrowStatus(engine, status);
   }
+}
+
+bool MemberCall::TakePlainArguments(duk_context* engine, duk_idx_t first,
+                                    duk_idx_t count) noexcept {
+  if (HasScriptError(engine)) return false;
+  for (duk_idx_t i = 0; i < count; ++i) {
+    if (!IsPlain(engine, first + i)) return false;
+  }
+  try {
+    arguments_.resize(static_cast<size_t>(count), VARIANT{});
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  HRESULT status = S_OK;
+  for (duk_idx_t i = 0; i < count && SUCCEEDED(status); ++i) {
+    status = VariantFromScript(engine, first + i, &arguments_[static_cast<size_t>(count - 1 - i)]);
+  }
+  if (FAILED(status)) ClearArguments();
+  return SUCCEEDED(status);
 }
 
 HRESULT MemberCall::InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named) {
@@ -95,7 +152,7 @@ HRESULT MemberCall::Invoke(duk_context* engine, DISPID id, WORD flags) {
   return InvokeWith(engine, id, flags, nullptr);
 }
 
-HRESULT MemberCall::PutWith(duk_context* engine, DISPID id) {
+HRESULT MemberCall::InvokePut(duk_context* engine, DISPID id) {
   DISPID named = DISPID_PROPERTYPUT;
   const VARTYPE type = arguments_.front().vt;
   if (type == VT_DISPATCH || type == VT_UNKNOWN) {
@@ -106,7 +163,7 @@ HRESULT MemberCall::PutWith(duk_context* engine, DISPID id) {
 }
 
 void MemberCall::Put(duk_context* engine, DISPID id) {
-  const HRESULT status = PutWith(engine, id);
+  const HRESULT status = InvokePut(engine, id);
   if (FAILED(status)) Throw(engine, status);
 }
 

@@ -7,6 +7,7 @@
 #include "objects/object_table.h"
 #include "values/scoped_variant.h"
 #include "values/text_encoding.h"
+#include "values/value_marshal.h"
 
 namespace mirolta::host {
 
@@ -22,12 +23,23 @@ class MemberCall {
   // Bind selects the automation object behind the script object at `index`.
   // Errors: throws kNoSuchMember if there is none, kDisconnected if its slot was freed.
   void Bind(duk_context* engine, duk_idx_t index);
-  // FindId looks up the string at `name`; false if the object has no such member.
+  // The same for the target of a proxy, in a trap.
+  void BindTarget(duk_context* engine, duk_idx_t index);
+  // The same for the object of a slot.
+  void Bind(const ObjectSlot& slot) {
+    number_ = slot.number;
+    object_.Assign(slot.value.pdispVal);
+  }
+  // FindMember looks up the string at `name`; null if the object has no such member. The member is
+  // valid until the object's slot is freed.
   // Errors: throws the object's status for other failures.
-  bool FindId(duk_context* engine, duk_idx_t name, DISPID* id);
+  Member* FindMember(duk_context* engine, duk_idx_t name);
   // TakeArguments converts `count` values from `first` on.
   // Errors: throws the status of a value that cannot be converted.
   void TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count);
+  // The same for values that are all plain; never throws. Returns false if it took none: there is
+  // another value, memory ran out, or the call would have to forget a script error.
+  bool TakePlainArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) noexcept;
 
   // Call calls the member and pushes its result; returns 1, the number of values pushed.
   // Errors: throws the member's.
@@ -37,18 +49,25 @@ class MemberCall {
   void Put(duk_context* engine, DISPID id);
   // Invoke calls the member and returns its status; the result stays here until PushResult.
   HRESULT Invoke(duk_context* engine, DISPID id, WORD flags);
+  HRESULT InvokePut(duk_context* engine, DISPID id);
   void PushResult(duk_context* engine);
+  // PushPlainResult pushes a result that is a number, boolean, null or undefined and never throws;
+  // false for others.
+  bool PushPlainResult(duk_context* engine) const { return PushIfPlain(engine, result_); }
   // Throw throws the error of a call that failed with `status`: the value that a script object
   // threw during the call, or an Error with the text of the call's error information.
   [[noreturn]] void Throw(duk_context* engine, HRESULT status);
 
  private:
-  HRESULT PutWith(duk_context* engine, DISPID id);
+  ObjectSlot* LookUpSlot(duk_context* engine);
+  Member* KeepMember(duk_context* engine, const void* name, DISPID id);
   HRESULT InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named);
+  void ClearArguments();
   void ClearException();
 
   SlotNumber number_ = kNoSlot;
   OwnedReference<IDispatch> object_;
+  OwnedReference<ITypeInfo> type_info_;
   std::vector<VARIANT> arguments_;  // last first, as DISPPARAMS has them
   ScopedVariant result_;
   EXCEPINFO exception_{};

@@ -8,6 +8,7 @@ SlotNumber ObjectTable::Add(SlotKind kind, const VARIANT& value) {
   try {
     ObjectSlot& slot = slots_[last_number_ + 1];
     slot.kind = kind;
+    slot.number = last_number_ + 1;
     slot.value = value;
     return ++last_number_;
   } catch (const std::bad_alloc&) {
@@ -27,11 +28,24 @@ ObjectSlot* ObjectTable::Find(SlotNumber number) {
   return found != slots_.end() ? &found->second : nullptr;
 }
 
+void ObjectTable::SetTarget(SlotNumber number, const void* target) {
+  ObjectSlot& slot = slots_.at(number);
+  by_target_[target] = &slot;
+  slot.target = target;
+}
+
+ObjectSlot* ObjectTable::FindTarget(const void* target) {
+  const auto found = by_target_.find(target);
+  return found != by_target_.end() ? found->second : nullptr;
+}
+
 void ObjectTable::Remove(SlotNumber number) {
   const auto found = slots_.find(number);
   if (found == slots_.end()) return;
   // Erased before the value is released, which may re-enter.
   VARIANT value = found->second.value;
+  const auto target = by_target_.find(found->second.target);
+  if (target != by_target_.end() && target->second == &found->second) by_target_.erase(target);
   slots_.erase(found);
   VariantClear(&value);
 }

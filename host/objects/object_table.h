@@ -2,10 +2,9 @@
 // pointer: nothing that a script does can reach freed memory.
 #pragma once
 
-#include <map>
 #include <unordered_map>
 
-#include "values/text_encoding.h"
+#include "objects/member_table.h"
 
 namespace mirolta::host {
 
@@ -23,8 +22,24 @@ inline constexpr SlotNumber kNoSlot = 0;
 
 struct ObjectSlot {
   SlotKind kind = SlotKind::kFree;
+  SlotNumber number = kNoSlot;
   VARIANT value{};
-  std::map<Units, DISPID> ids;  // by the names that were looked up
+  const void* target = nullptr;
+  // For kDispatch: the members that were looked up. `described` is set by the first look-up, null
+  // if there is no type information.
+  bool is_looked_up = false;
+  DescribedMembers* described = nullptr;
+  MemberTable own;
+
+  // FindMember returns the member that was looked up by the name at this address, null if none was.
+  Member* FindMember(const void* name) {
+    if (described != nullptr) {
+      const auto found = described->members.find(name);
+      if (found != described->members.end()) return &found->second;
+    }
+    const auto found = own.find(name);
+    return found != own.end() ? &found->second : nullptr;
+  }
 };
 
 inline bool IsClosedStream(const ObjectSlot& slot) {
@@ -46,6 +61,11 @@ class ObjectTable {
   ObjectSlot* Find(SlotNumber number, SlotKind kind);
   // The same for a slot of any kind.
   ObjectSlot* Find(SlotNumber number);
+  // SetTarget says which engine object is the target of the slot's proxy; FindTarget returns the
+  // slot of a target that lives, null if the slot was freed.
+  // Errors: std::bad_alloc.
+  void SetTarget(SlotNumber number, const void* target);
+  ObjectSlot* FindTarget(const void* target);
   size_t Count() const { return slots_.size(); }
   // Remove frees the slot and clears its value.
   void Remove(SlotNumber number);
@@ -55,6 +75,9 @@ class ObjectTable {
  private:
   SlotNumber last_number_ = kNoSlot;
   std::unordered_map<SlotNumber, ObjectSlot> slots_;
+  // If the engine has no memory to finalize a target, its slot stays, and another object may get
+  // the target's address: SetTarget then replaces the row.
+  std::unordered_map<const void*, ObjectSlot*> by_target_;
 };
 
 }  // namespace mirolta::host

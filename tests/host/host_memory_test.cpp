@@ -17,6 +17,7 @@
 #include "objects/dispatch_object.h"
 #include "portable/registry_mode.h"
 #include "portable/test_hooks.h"
+#include "source/member_uses.h"
 #include "stub_dispatch.h"
 
 MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
@@ -321,6 +322,47 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
     return failed;
   }
 
+  // Runs the function on top of the stack, which does what the row says, with each of its
+  // allocations failing, pops it, and returns the number of failures.
+  int FailEach(const NativeRow& row) {
+    int failures = 0;
+    FailEachInto(row, &failures);
+    return failures;
+  }
+  void FailEachInto(const NativeRow& row, int* failures) {
+    Outcome usual = Run();
+    Look(&usual);
+    ASSERT_FALSE(usual.threw) << usual.text;
+    usual = Run();
+    Look(&usual);
+    const size_t held = ObjectsHeld();
+    const long blocks = test::LiveAllocations();
+    for (int count = 0;; ++count) {
+      ASSERT_LT(count, 2000);
+      Outcome outcome;
+      const bool failed = RunFailing(count, &outcome);
+      Look(&outcome);
+      if (outcome.threw) {
+        EXPECT_TRUE(outcome.is_out_of_memory || outcome.number == row.also)
+            << count << ": " << outcome.text;
+        ++*failures;
+      } else {
+        EXPECT_EQ(outcome.text, usual.text) << count;
+      }
+      Outcome again = Run();
+      Look(&again);
+      ASSERT_FALSE(again.threw) << count << ": " << again.text;
+      ASSERT_EQ(again.text, usual.text) << count;
+      if (!failed) break;
+    }
+    // What the engine had no memory to finalize is released at its end.
+    if (GetParam() != Heap::kEngine) {
+      EXPECT_EQ(ObjectsHeld(), held) << "after " << *failures << " failures";
+      EXPECT_EQ(test::LiveAllocations(), blocks) << "after " << *failures << " failures";
+    }
+    duk_pop(Api());
+  }
+
   const std::string file_ = testing::TempDir() + "mirolta-" + std::to_string(getpid());
   Sink sink_;
 };
@@ -333,44 +375,31 @@ TEST_P(HostMemory, EveryFailedAllocationIsAnOutOfMemoryError) {
     duk_push_string(Api(), row.script);
     duk_put_global_string(Api(), "row");
     ASSERT_EQ(duk_peval_string(Api(), "(function () { return eval(row) })"), 0);
-    Outcome usual = Run();
-    Look(&usual);
-    ASSERT_FALSE(usual.threw) << usual.text;
-    usual = Run();
-    Look(&usual);
-    const size_t held = ObjectsHeld();
-    const long blocks = test::LiveAllocations();
-    int failures = 0;
-    for (int count = 0;; ++count) {
-      ASSERT_LT(count, 2000);
-      Outcome outcome;
-      const bool failed = RunFailing(count, &outcome);
-      Look(&outcome);
-      if (outcome.threw) {
-        EXPECT_TRUE(outcome.is_out_of_memory || outcome.number == row.also)
-            << count << ": " << outcome.text;
-        ++failures;
-      } else {
-        EXPECT_EQ(outcome.text, usual.text) << count;
-      }
-      Outcome again = Run();
-      Look(&again);
-      ASSERT_FALSE(again.threw) << count << ": " << again.text;
-      ASSERT_EQ(again.text, usual.text) << count;
-      if (!failed) break;
-    }
-    // What the engine had no memory to finalize is released at its end.
-    if (GetParam() != Heap::kEngine) {
-      EXPECT_EQ(ObjectsHeld(), held) << "after " << failures << " failures";
-      EXPECT_EQ(test::LiveAllocations(), blocks) << "after " << failures << " failures";
-    }
-    total_failures += failures;
-    duk_pop(Api());
+    total_failures += FailEach(row);
+    if (HasFatalFailure()) return;
   }
   EXPECT_GT(total_failures, 100);
   EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
   engine_.reset();
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
+}
+
+// The host calls members by shorter ways if it knows all code.
+TEST_P(HostMemory, EveryFailedAllocationOfAKnownScriptIsAnOutOfMemoryError) {
+  std::string script = kStart;
+  for (const NativeRow& row : kRows) script += std::string("\n") + row.script;
+  engine_->Context().call_sites.NoteScript(Api(), FindMemberUses(script));
+  int total_failures = 0;
+  for (const NativeRow& row : kRows) {
+    SCOPED_TRACE(row.name);
+    // It would catch the engine's errors too.
+    if (std::string(row.script).find("catch") != std::string::npos) continue;
+    ASSERT_EQ(duk_pcompile_string(Api(), DUK_COMPILE_EVAL, row.script), 0);
+    total_failures += FailEach(row);
+    if (HasFatalFailure()) return;
+  }
+  EXPECT_TRUE(engine_->Context().call_sites.KnowsAllCode());
+  EXPECT_GT(total_failures, 100);
 }
 
 // Fails for a native function of the host without a row above.
