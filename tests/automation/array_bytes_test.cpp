@@ -94,6 +94,14 @@ TEST(SafeArrayToBytes, FailuresHaveTheirStatusAndLeaveNoBytes) {
   value->parray->cLocks = locks;
 }
 
+TEST(ArrayByteCount, AnArrayWithoutDimensionsHasNoCount) {
+  SAFEARRAY array = {};
+  array.cbElements = 1;
+  uint32_t count = 7;
+  EXPECT_EQ(ArrayByteCount(&array, &count), DISP_E_BADINDEX);
+  EXPECT_EQ(count, 0u);
+}
+
 TEST(ArrayByteCount, NullArgumentsAreRefused) {
   uint32_t count = 7;
   EXPECT_EQ(ArrayByteCount(nullptr, &count), E_POINTER);
