@@ -102,6 +102,17 @@ TEST(ArrayByteCount, AnArrayWithoutDimensionsHasNoCount) {
   EXPECT_EQ(count, 0u);
 }
 
+TEST(ArrayByteCount, AnEmptyArrayNeedsNoData) {
+  SAFEARRAY array = {};
+  array.cDims = 1;
+  array.cbElements = 1;
+  uint32_t count = 7;
+  EXPECT_EQ(ArrayByteCount(&array, &count), S_OK);
+  EXPECT_EQ(count, 0u);
+  array.rgsabound[0].cElements = 1;
+  EXPECT_EQ(ArrayByteCount(&array, &count), E_INVALIDARG);
+}
+
 TEST(ArrayByteCount, NullArgumentsAreRefused) {
   uint32_t count = 7;
   EXPECT_EQ(ArrayByteCount(nullptr, &count), E_POINTER);

@@ -109,7 +109,7 @@ TEST_F(RegistrationScriptTest, DefaultValuesOfOthersStay) {
   EXPECT_EQ(left, (Rows{{"B|@", "bb"}, {"C|@", longer}, {"D|@", "d"}, {"E|@", "e"}}));
 }
 
-// A value of this program need not end with a zero; one that only begins like it is another's.
+// One that only begins like ours is another program's.
 TEST_F(RegistrationScriptTest, DefaultValuesAreComparedByTypeAndWhole) {
   struct Row {
     const char* name;
