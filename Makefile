@@ -16,23 +16,23 @@ SEED ?= 1
 # Not removed as intermediate files.
 .PRECIOUS: build/%/build.ninja
 
-# Times are estimates for two processors: of a first call, and of one after a change of one file.
+# Approximate times for two processors: of a first call, and of one after a change of one file.
 define HELP
-make check                        builds without optimisation, runs the quick tests       8 min   1 min
-make run [SCRIPT=path] [ARGS=...] runs a script on the native host (default: the tour)    3 min  10 s
-make build                        build/native: mirolta-host, libMirolta.so               3 min  10 s
-make test                         lint; every test, plain, by Wine, under sanitizers      1 h    10 min
-make lint [PATHS="path..."]       the sources, by compilers and analysers                20 min   1 min
-make windows                      build/windows-x64, -x86: Mirolta.dll                    8 min  10 s
+make check                        builds without optimisation, runs the quick tests       6 min   1 min
+make run [SCRIPT=path] [ARGS=...] runs a script on the native host (default: the tour)    2 min  10 s
+make build                        build/native: mirolta-host, libMirolta.so               2 min  10 s
+make test                         lint; every test, plain, by Wine, under sanitizers     40 min  10 min
+make lint [PATHS="path..."]       the sources, by compilers and analysers                15 min   1 min
+make windows                      build/windows-x64, -x86: Mirolta.dll                    4 min  10 s
 make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
-make count                        instructions of the portable kernels                    2 min   1 min
-make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       20 min  13 min
-make coverage [FILES=1]           lines and branches of the module that the tests run    25 min  10 min
+make count                        instructions of the portable kernels                    1 min   1 min
+make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       17 min  13 min
+make coverage [FILES=1]           lines and branches of the module that the tests run    15 min   8 min
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
                                   the tests on small changes of the sources               hours
-make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor     2 h     1 h
-make fresh                        run and test on a new Debian 13 and a new Debian 12     2 h     2 h
+make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor    50 min  20 min
+make fresh                        run and test on a new Debian 13 and a new Debian 12    80 min  80 min
 make clean                        removes build/
 endef
 export HELP

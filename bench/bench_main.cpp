@@ -11,12 +11,13 @@
 #include <gmp.h>
 #include <nettle/version.h>
 #include <openssl/crypto.h>
+#include <regex.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <memory>
-#include <regex>
+#include <string_view>
 
 #include "bench_row.h"
 #include "platform.h"
@@ -27,6 +28,7 @@ namespace {
 
 // The number of operands for which outputs are compared.
 constexpr size_t kCheckedOperands = 16;
+constexpr double kLeastSeconds = 0.02;  // of a repetition
 
 constexpr void (*kGroups[])(RowList*) = {
     AddDigestRows, AddHmacRows,  AddAesRows, AddDesRows,   AddProductRows, AddPowerRows,
@@ -66,7 +68,8 @@ void Measure(benchmark::State& state, const Row& row, const Contestant& contesta
 }
 
 // Every contestant uses the operands in the same order, continued from repetition to repetition.
-void Register(const Row& row, const std::vector<Contestant>& contestants) {
+// Each runs for least_seconds, or for the time of the library's option if that is 0.
+void Register(const Row& row, const std::vector<Contestant>& contestants, double least_seconds) {
   for (const Contestant& contestant : contestants) {
     const auto operand = std::make_shared<size_t>(0);
     auto* const made =
@@ -76,7 +79,11 @@ void Register(const Row& row, const std::vector<Contestant>& contestants) {
                                      });
     // Processor time, which depends less on other work of the machine.
     if (row.has_threads) made->UseRealTime();
-    if (row.iterations != 0) made->Iterations(row.iterations);
+    if (row.iterations != 0) {
+      made->Iterations(row.iterations);
+    } else if (least_seconds != 0) {
+      made->MinTime(least_seconds);
+    }
   }
 }
 
@@ -99,11 +106,11 @@ class Report final : public benchmark::JSONReporter {
   bool started_ = false;
 };
 
-bool RunRow(const Row& row, Report* report) {
+bool RunRow(const Row& row, double least_seconds, Report* report) {
   std::fprintf(stderr, "%s\n", row.name.c_str());
   const std::vector<Contestant> contestants = row.make();
   if (!OutputsAgree(row, contestants)) return false;
-  Register(row, contestants);
+  Register(row, contestants, least_seconds);
   benchmark::RunSpecifiedBenchmarks(report);
   benchmark::ClearRegisteredBenchmarks();
   return true;
@@ -132,15 +139,45 @@ void AddVersions() {
   benchmark::AddCustomContext("libgcrypt", gcry_check_version(nullptr));
 }
 
+// A regular expression that is searched for in names.
+class Pattern {
+ public:
+  explicit Pattern(const char* text)
+      : status_(regcomp(&compiled_, text, REG_EXTENDED | REG_NOSUB)) {}
+  Pattern(const Pattern&) = delete;
+  Pattern& operator=(const Pattern&) = delete;
+  ~Pattern() {
+    if (status_ == 0) regfree(&compiled_);
+  }
+  // Why the text is no pattern, or nothing.
+  std::string Error() const {
+    if (status_ == 0) return "";
+    char text[200];
+    regerror(status_, &compiled_, text, sizeof text);
+    return text;
+  }
+  bool IsIn(const std::string& name) const {
+    return regexec(&compiled_, name.c_str(), 0, nullptr, 0) == 0;
+  }
+
+ private:
+  regex_t compiled_ = {};
+  int status_;
+};
+
 int Main(int argc, char** argv) {
   gcry_check_version(nullptr);
   gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
   gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
   std::vector<char*> arguments(argv, argv + argc);
   std::string options[] = {"--benchmark_enable_random_interleaving=true",
-                           "--benchmark_repetitions=5", "--benchmark_min_time=0.02",
-                           "--benchmark_report_aggregates_only=true",
+                           "--benchmark_repetitions=5", "--benchmark_report_aggregates_only=true",
                            "--benchmark_display_aggregates_only=true"};
+  // The option for the time has no form that all versions of the library understand.
+  const bool has_time = std::any_of(argv, argv + argc, [](const char* argument) {
+    return std::string_view(argument).starts_with("--benchmark_min_time");
+  });
+  const double least_seconds = has_time ? 0 : kLeastSeconds;
   // Before the caller's own options, which override them.
   for (std::string& option : options) arguments.insert(arguments.begin() + 1, option.data());
   int count = static_cast<int>(arguments.size());
@@ -154,11 +191,9 @@ int Main(int argc, char** argv) {
     for (const Row& row : rows) std::printf("%s\n", row.name.c_str());
     return 0;
   }
-  std::regex pattern;
-  try {
-    pattern = count > 2 ? arguments[2] : "";
-  } catch (const std::regex_error& error) {
-    std::fprintf(stderr, "'%s' is no pattern: %s\n", arguments[2], error.what());
+  const Pattern pattern(count > 2 ? arguments[2] : "");
+  if (const std::string error = pattern.Error(); !error.empty()) {
+    std::fprintf(stderr, "'%s' is no pattern: %s\n", arguments[2], error.c_str());
     return 2;
   }
   std::ofstream out(file);
@@ -166,8 +201,8 @@ int Main(int argc, char** argv) {
   bool agree = true;
   size_t measured = 0;
   for (const Row& row : rows) {
-    if (!std::regex_search(row.name, pattern)) continue;
-    agree = RunRow(row, &report) && agree;
+    if (!pattern.IsIn(row.name)) continue;
+    agree = RunRow(row, least_seconds, &report) && agree;
     ++measured;
   }
   if (measured == 0) {

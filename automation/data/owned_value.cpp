@@ -11,7 +11,7 @@ void WipeByteArray(SAFEARRAY* array) {
   void* data = nullptr;
   if (array == nullptr || FAILED(ArrayByteCount(array, &count)) || count == 0) return;
   if (FAILED(SafeArrayAccessData(array, &data))) return;
-  if (data != nullptr) WipeMemory(data, count);
+  WipeMemory(data, count);
   SafeArrayUnaccessData(array);
 }
 

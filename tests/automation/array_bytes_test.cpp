@@ -94,6 +94,25 @@ TEST(SafeArrayToBytes, FailuresHaveTheirStatusAndLeaveNoBytes) {
   value->parray->cLocks = locks;
 }
 
+TEST(ArrayByteCount, AnArrayWithoutDimensionsHasNoCount) {
+  SAFEARRAY array = {};
+  array.cbElements = 1;
+  uint32_t count = 7;
+  EXPECT_EQ(ArrayByteCount(&array, &count), DISP_E_BADINDEX);
+  EXPECT_EQ(count, 0u);
+}
+
+TEST(ArrayByteCount, AnEmptyArrayNeedsNoData) {
+  SAFEARRAY array = {};
+  array.cDims = 1;
+  array.cbElements = 1;
+  uint32_t count = 7;
+  EXPECT_EQ(ArrayByteCount(&array, &count), S_OK);
+  EXPECT_EQ(count, 0u);
+  array.rgsabound[0].cElements = 1;
+  EXPECT_EQ(ArrayByteCount(&array, &count), E_INVALIDARG);
+}
+
 TEST(ArrayByteCount, NullArgumentsAreRefused) {
   uint32_t count = 7;
   EXPECT_EQ(ArrayByteCount(nullptr, &count), E_POINTER);

@@ -91,14 +91,18 @@ class RegistrationTest : public testing::Test {
 
   // Makes a key, with a default value unless it is null.
   static void WriteKey(const std::string& path, const OLECHAR* text) {
+    const size_t units = text != nullptr ? std::char_traits<OLECHAR>::length(text) + 1 : 0;
+    WriteKey(path, REG_SZ, text, units);
+  }
+  // The same with a default value of any type, of `units` code units.
+  static void WriteKey(const std::string& path, DWORD type, const OLECHAR* data, size_t units) {
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT, Wide(path).c_str(), 0, nullptr,
                               REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &key, nullptr),
               ERROR_SUCCESS);
-    if (text != nullptr) {
-      const size_t size = (std::char_traits<OLECHAR>::length(text) + 1) * sizeof(OLECHAR);
-      EXPECT_EQ(RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
-                               static_cast<DWORD>(size)),
+    if (data != nullptr) {
+      EXPECT_EQ(RegSetValueExW(key, nullptr, 0, type, reinterpret_cast<const BYTE*>(data),
+                               static_cast<DWORD>(units * sizeof(OLECHAR))),
                 ERROR_SUCCESS);
     }
     RegCloseKey(key);

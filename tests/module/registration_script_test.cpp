@@ -109,6 +109,40 @@ TEST_F(RegistrationScriptTest, DefaultValuesOfOthersStay) {
   EXPECT_EQ(left, (Rows{{"B|@", "bb"}, {"C|@", longer}, {"D|@", "d"}, {"E|@", "e"}}));
 }
 
+// One that only begins like ours is another program's.
+TEST_F(RegistrationScriptTest, DefaultValuesAreComparedByTypeAndWhole) {
+  struct Row {
+    const char* name;
+    DWORD type;
+    const OLECHAR* data;
+    size_t units;
+    bool is_own;
+  };
+  constexpr Row kRows[] = {
+      {"Ended", REG_SZ, OLESTR("text"), 5, true},
+      {"Bare", REG_SZ, OLESTR("text"), 4, true},
+      {"Shorter", REG_SZ, OLESTR("tex"), 4, false},
+      {"ShorterBare", REG_SZ, OLESTR("tex"), 3, false},
+      {"Longer", REG_SZ, OLESTR("texts"), 6, false},
+      {"LongerBare", REG_SZ, OLESTR("texts"), 5, false},
+      {"Empty", REG_SZ, OLESTR(""), 0, false},
+      {"OtherType", REG_BINARY, OLESTR("text"), 5, false},
+  };
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(row.name);
+    const std::string script = std::string("HKCR { ") + row.name + " = s 'text' }";
+    WriteKey(row.name + std::string("\\Other"), nullptr);
+    WriteKey(row.name, row.type, row.data, row.units);
+    ASSERT_EQ(Unregister(script), S_OK);
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CLASSES_ROOT, Wide(row.name).c_str(), 0, KEY_READ, &key),
+              ERROR_SUCCESS);
+    EXPECT_EQ(RegQueryValueExW(key, nullptr, nullptr, nullptr, nullptr, nullptr),
+              row.is_own ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS);
+    RegCloseKey(key);
+  }
+}
+
 TEST_F(RegistrationScriptTest, RemovingWhatIsNotThereIsNoFailure) {
   const std::string script =
       "HKCR { A = s 'a' { B { val V = s 'v' } } NoRemove C { ForceRemove D } ForceRemove E }";

@@ -68,12 +68,11 @@ TEST_F(RegistrySharing, AKilledWriterLeavesAWholeFile) {
     SetText(key, u"z", std::u16string(20000, u'0'));
   }
   for (int round = 0; round < 20; ++round) {
-    const pid_t child = test::Fork([] {
+    const pid_t child = test::Fork([]() -> bool {
       const Key key(u"K");
       for (char16_t c = u'1';; c = c == u'9' ? u'1' : static_cast<char16_t>(c + 1)) {
         SetText(key, u"z", std::u16string(20000, c));
       }
-      return true;
     });
     usleep(static_cast<useconds_t>(1000 + round * 700));
     kill(child, SIGKILL);

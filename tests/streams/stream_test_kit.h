@@ -14,6 +14,7 @@
 #include "bstr.h"
 #include "digest_peer.h"
 #include "error_slot.h"
+#include "memory_streams.h"
 #include "mirolta.h"
 #include "owned_value.h"
 #include "test_values.h"
@@ -247,11 +248,6 @@ inline HRESULT WriteAll(IStream* stream, const Bytes& bytes, ULONG* written = nu
   static const uint8_t kNothing = 0;
   return stream->Write(bytes.empty() ? &kNothing : bytes.data(), static_cast<ULONG>(bytes.size()),
                        written);
-}
-inline ULARGE_INTEGER Large(ULONGLONG value) {
-  ULARGE_INTEGER large;
-  large.QuadPart = value;
-  return large;
 }
 inline LARGE_INTEGER Move(LONGLONG value) {
   LARGE_INTEGER large;
