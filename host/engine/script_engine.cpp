@@ -11,6 +11,8 @@
 #include "engine/script_context.h"
 #include "files/output_file.h"
 #include "objects/dispatch_object.h"
+#include "objects/enumerator.h"
+#include "objects/language_functions.h"
 #include "objects/member_function.h"
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
@@ -79,6 +81,8 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallMemberFunctions(engine);
   InstallDispatchObjects(engine);
   InstallVbArray(engine);
+  InstallEnumerator(engine);
+  InstallLanguageFunctions(engine);
   InstallWScript(engine);
   context->link = MakeLink(engine);
   context->call_sites.Learn(engine);

@@ -67,7 +67,10 @@ constexpr StatusText kStatusTexts[] = {
     {kCannotCreateObject, kCannotCreateText},
     {kNoSuchMember, kNoSuchMemberText},
     {kNoSuchAction, "Object doesn't support this action"},
+    {kNotACollection, "Object not a collection"},
+    {kDateExpected, "Date object expected"},
     {kArrayExpected, "VBArray expected"},
+    {kEnumeratorExpected, "Enumerator object expected"},
     {kStreamClosed, "The stream is closed"},
     {kDisconnected, "Object is not connected to server"},
 };
