@@ -1,5 +1,5 @@
 cmake_minimum_required(VERSION 3.25)
-# Runs SCRIPT on HOST in the empty folder SCRATCH and compares the exit status, standard output
+# Runs SCRIPT on HOST in the empty folder SCRATCH, without input, and compares the exit status, standard output
 # (exactly, with the .expected file beside the script) and standard error.
 #
 # Comments of the script give what differs from status 0, no arguments and no errors:
@@ -9,6 +9,7 @@ cmake_minimum_required(VERSION 3.25)
 #   // status: N
 #   // errors: PATTERN      a regular expression for all of standard error
 #   // wine: REASON         of no matter here (tests/worlds/both_scripts.py)
+# EXPECTED names another file with the output.
 
 file(STRINGS ${SCRIPT} lines REGEX "^// [a-z]+: " ENCODING UTF-8)
 set(script ${SCRIPT})
@@ -37,9 +38,12 @@ foreach(line IN LISTS lines)
 endforeach()
 
 execute_process(COMMAND ${HOST} ${script} ${arguments} WORKING_DIRECTORY ${SCRATCH}
-  RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
+  INPUT_FILE /dev/null RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
 file(READ ${SCRATCH}/.output output)
-string(REGEX REPLACE "\\.js$" ".expected" expected_file ${SCRIPT})
+set(expected_file "${EXPECTED}")
+if(NOT EXPECTED)
+  string(REGEX REPLACE "\\.js$" ".expected" expected_file ${SCRIPT})
+endif()
 file(READ ${expected_file} expected)
 if(NOT status STREQUAL expected_status)
   message(FATAL_ERROR "status ${status}, expected ${expected_status}\n${output}${errors}")

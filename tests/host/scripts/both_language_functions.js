@@ -6,7 +6,10 @@ WScript.Echo(typeof CollectGarbage, String(CollectGarbage()), typeof GetObject);
 var path = WScript.Path, full = WScript.FullName;
 WScript.Echo(String(full.substr(0, path.length) === path), String(full.length > path.length + 1));
 WScript.Interactive = false;
+// wine leaves out: it ends without a word when Interactive is set to true
 WScript.interactive = true;
+WScript.Echo(WScript.Interactive, WScript.Timeout);
+// wine continues
 WScript.Echo(String(WScript.Application === WScript || typeof WScript.Application === "object"));
 WScript.Echo(escape("a b\u00e9\u20ac+/@*_-.,\ud800%&="), unescape("a%20b%E9%u20AC%zz%u12%") === "a b\u00e9\u20ac%zz%u12%" ? "same" : "other");
 WScript.Echo(escape(unescape("%u0000%uD83D%uDE00")));
