@@ -24,9 +24,4 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
 // module.
 bool RegisterOwnModule();
 
-// ReportModules makes the creation of objects report on standard error which module a class comes
-// from and, where the module beside the host has the class too, that this one is not used
-// (--verbose).
-void ReportModules(bool wanted);
-
 }  // namespace mirolta::host
