@@ -13,6 +13,7 @@
 #include "command_line/prompt.h"
 #include "engine/interruption.h"
 #include "engine/script_engine.h"
+#include "files/standard_descriptors.h"
 #include "platform.h"
 
 namespace mirolta::host {
@@ -134,6 +135,7 @@ int RunWords(const std::vector<std::string>& words) {
 }  // namespace mirolta::host
 
 int main(int count, char** words) {
+  mirolta::host::HoldStandardDescriptors();
   // Writing to a closed pipe is a script error and must not end the process.
   signal(SIGPIPE, SIG_IGN);
   // Exceeding the file size limit is a failed write, as on a full disk.
