@@ -249,8 +249,8 @@ skipped_kernels() {
 }
 
 case $step in
-  binaries | registration | scripts | both_scripts | page_scripts | client | type_library | invoke |
-    parity) "$step" ;;
+  binaries | registration | client | type_library | invoke | parity) "$step" ;;
+  scripts | both_scripts | page_scripts) "$step" ;;
   units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;
 esac

@@ -150,6 +150,7 @@ class BothScriptsTest(WorldsTest):
         beyond = start + "WScript.Echo('BEYOND');\n" + end
         self.passes("WScript.Echo(1);\n" + beyond + "WScript.Echo(2);\n", "1\nBEYOND\n2\n")
         self.fails("WScript.Echo(1);\n" + beyond, "2\nBEYOND\n", "prints other lines")
+        self.fails(beyond.replace("WScript", "Nothing"), "", "status 1 without blocks")
         self.fails(beyond.replace(" no streams", ""), "BEYOND\n", "a mark without a reason")
         self.fails(beyond.replace(end, ""), "BEYOND\n", "has no start or no end")
         self.fails(beyond + end, "BEYOND\n", "has no start or no end")
