@@ -12,6 +12,7 @@
 #include "classes/text_stream.h"
 #include "engine/arguments.h"
 #include "engine/host_errors.h"
+#include "engine/interruption.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "files/output_file.h"
@@ -78,6 +79,7 @@ duk_ret_t Sleep(duk_context* engine) {
   left.tv_sec = static_cast<time_t>(whole / 1000);
   left.tv_nsec = static_cast<long>(whole % 1000) * 1000000L;
   while (nanosleep(&left, &left) != 0) {
+    if (IsInterrupted()) ThrowStatus(engine, E_ABORT);
   }
   return 0;
 }
