@@ -105,6 +105,17 @@ constexpr NativeRow kRows[] = {
     {"Error", "var e = new Error(1, long); e.number + e.description"},
     {"error's members", "try { null.x } catch (e) { e.number + e.description }"},
     {"throw", "try { throw 5 } catch (e) { e }"},
+    {"Dictionary",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.CompareMode = 1; d.Add(long, digits);"
+     "d['Item()=']('a').value = date; d['Key()=']('a').value = number; d.Exists(1.5) + d.Count + "
+     "d.CompareMode +"
+     "typeof d.Item(bytes.none)"},
+    {"Dictionary.Keys",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, digits); d.Add(1, bytes);"
+     "typeof new VBArray(d.Items()).toArray()[1] + new VBArray(d.Keys()).toArray().join()"},
+    {"Dictionary.Remove",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, hash); d.Remove(long);"
+     "d.Add(1, 2); d.RemoveAll(); failing(function () { d.Remove(1) })"},
 };
 
 constexpr char kStart[] =
