@@ -24,7 +24,7 @@ std::string OwnModulePath() {
 
 std::string RegistryFile() {
   OLECHAR file[4096];
-  const DWORD length = MiroltaRegistryFile(file, 4096);
+  const DWORD length = MiroltaRegistryFile(0, file, 4096);
   return SystemFromUnits({file, length});
 }
 
