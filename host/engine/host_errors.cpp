@@ -21,6 +21,8 @@ constexpr duk_uint_t kHiddenData = DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRIT
 constexpr duk_uint_t kInheritedAccessor =
     DUK_DEFPROP_SET_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE;
 
+constexpr char kThrown[] = "thrown";
+
 // Defines a property of the object below the value on top, which it takes.
 void DefineHidden(duk_context* engine, const char* name) {
   duk_push_string(engine, name);
@@ -107,7 +109,8 @@ duk_ret_t ConstructError(duk_context* engine) {
   return 1;
 }
 
-// Records the line where a value that is not an Error is thrown.
+// Records the line and the calls where a value that is not an Error is thrown. A native function
+// passes on what was thrown before.
 duk_ret_t RecordThrow(duk_context* engine) {
   constexpr duk_int_t kThrower = -2;
   if (!duk_is_error(engine, 0)) {
@@ -117,7 +120,11 @@ duk_ret_t RecordThrow(duk_context* engine) {
       duk_get_prop_string(engine, -1, "lineNumber");
       line = duk_get_int(engine, -1);
     }
-    ContextOf(engine).last_thrown_line = line;
+    if (line > 0) {
+      ContextOf(engine).last_thrown_line = line;
+      duk_push_error_object(engine, DUK_ERR_ERROR, "%s", "");
+      KeepValue(engine, kThrown);
+    }
   }
   duk_dup(engine, 0);
   return 1;
@@ -235,6 +242,17 @@ void InstallErrors(duk_context* engine) {
   duk_push_c_function(engine, RecordThrow, 1);
   duk_put_prop_string(engine, -2, "errThrow");
   duk_pop(engine);
+}
+
+void PushCalls(duk_context* engine) {
+  if (duk_is_error(engine, -1)) {
+    duk_get_prop_string(engine, -1, "stack");
+    return;
+  }
+  PushKept(engine, kThrown);
+  if (!duk_is_object(engine, -1)) return;
+  duk_get_prop_string(engine, -1, "stack");
+  duk_remove(engine, -2);
 }
 
 ErrorReport DescribeError(duk_context* engine) {
