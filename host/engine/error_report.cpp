@@ -19,6 +19,8 @@ namespace {
 constexpr std::string_view kIndent = "    ";
 constexpr std::string_view kCall = "    at ";
 constexpr std::string_view kMore = "    [...]";
+// The start of the names of the host's own scripts.
+constexpr std::string_view kOwnCode = "mirolta-host: ";
 constexpr std::string_view kCut = "...";
 
 // The names that the engine gives to code.
@@ -90,6 +92,7 @@ bool ReadCall(std::string_view text, const std::vector<std::string>& files, Call
   if (open == std::string_view::npos) return false;
   call->function = text.substr(0, open);
   call->file = text.substr(open + 2, colon - open - 2);
+  if (call->file.starts_with(kOwnCode)) return false;
   for (std::string_view name : kNoNames) {
     if (call->function == name) call->function.clear();
   }
@@ -138,10 +141,9 @@ Calls CallsOf(duk_context* engine, const std::vector<std::string>& files) {
 }
 
 const ScriptText* FindScript(const ScriptContext& context, const std::string& name) {
-  for (const ScriptText* script : context.scripts) {
-    if (script->name == name) return script;
-  }
-  return nullptr;
+  const auto found = std::find_if(context.scripts.rbegin(), context.scripts.rend(),
+                                  [&](const ScriptText* script) { return script->name == name; });
+  return found == context.scripts.rend() ? nullptr : *found;
 }
 
 // Removes the engine's " (line 5)" from the description of a syntax error, and names the token.
@@ -253,6 +255,7 @@ std::string LineWithMarker(std::string_view line, int column) {
 
 void ReportUncaught(duk_context* engine, bool was_compiled) {
   const ScriptContext& context = ContextOf(engine);
+  if (context.is_batch) return;
   std::vector<std::string> files;
   for (const ScriptText* one : context.scripts) files.push_back(one->name);
   // First: the description may run code of the script, which throws.

@@ -21,8 +21,8 @@ struct Calls {
   bool are_more = false;          // the engine keeps the innermost ten
 };
 
-// SplitCalls reads the engine's text of calls; those of native functions are left out. `files` are
-// names that may contain what separates the parts of the text.
+// SplitCalls reads the engine's text of calls; those of native functions and of the host's own
+// scripts are left out. `files` are names that may contain what separates the parts of the text.
 Calls SplitCalls(std::string_view text, const std::vector<std::string>& files);
 
 // LineWithMarker returns a line of source, cut around the column if it is long, and below it a
@@ -33,7 +33,7 @@ std::string LineWithMarker(std::string_view line, int column);
 
 // ReportUncaught writes the report of the value on top of the stack, which was thrown and not
 // caught, to standard error: place, number, source and description, the line and the calls that led
-// to it. `was_compiled` is false if the script itself did not compile.
+// to it. `was_compiled` is false if the script itself did not compile. In batch mode it does nothing.
 // Errors: std::bad_alloc, not the engine's.
 void ReportUncaught(duk_context* engine, bool was_compiled);
 

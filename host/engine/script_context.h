@@ -28,8 +28,9 @@ struct ScriptContext {
   std::string script_path;       // as given
   std::string script_full_path;  // absolute
   std::vector<std::string> arguments;
-  // The scripts whose lines reports of errors show, by their names.
+  // The scripts whose lines reports of errors show, by their names; of two with one name the last.
   std::vector<const ScriptText*> scripts;
+  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
 
   // The depth of nested calls into automation.
   int calls_running = 0;

@@ -1,5 +1,6 @@
 #include "objects/active_x.h"
 
+#include "classes/class_list.h"
 #include "command_line/module_registration.h"
 #include "engine/arguments.h"
 #include "engine/host_errors.h"
@@ -22,9 +23,14 @@ HRESULT CreateRegistered(const OLECHAR* name, OwnedReference<IDispatch>* object)
   return created;
 }
 
-// The same; registers the module beside the host if the class is unknown.
+// The same. If no registered class has the name, a class of the host may have it; if the class is
+// unknown, registers the module beside the host.
 HRESULT Create(const OLECHAR* name, OwnedReference<IDispatch>* object) {
   const HRESULT status = CreateRegistered(name, object);
+  if (status == CO_E_CLASSSTRING) {
+    const HRESULT created = CreateHostObject(name, object);
+    if (created != CO_E_CLASSSTRING) return created;
+  }
   if (SUCCEEDED(status) || !RegisterOwnModule()) return status;
   return CreateRegistered(name, object);
 }

@@ -21,7 +21,7 @@ string ReportOf(const string& bytes, const string& charset = "") {
   string problem;
   if (!ScriptFromBytes("a.js", bytes, {charset}, &script, &problem)) return "!" + problem;
   testing::internal::CaptureStderr();
-  const int status = RunScript(script, {});
+  const int status = RunScript(script, RunOptions());
   string report = testing::internal::GetCapturedStderr();
   EXPECT_EQ(status, report.empty() ? 0 : 1);
   return report;
@@ -251,7 +251,8 @@ TEST(ErrorReport, ALineIsShownWithoutItsIndentationAndControlCharacters) {
 TEST(ErrorReport, CallsAreSplit) {
   const Calls calls = SplitCalls(
       "Error\n    at [anon] (duk_js_var.c:1) internal\n    at f (x (1).js:12) strict construct\n"
-      "    at each () native strict\n    at global (x (1).js:3) preventsyield\n    at a b (y:z:4)\n"
+      "    at each () native strict\n    at g (mirolta-host: bytes.js:7)\n    at global (x "
+      "(1).js:3) preventsyield\n    at a b (y:z:4)\n"
       "    at no place\n    [...]",
       {"x (1).js"});
   ASSERT_EQ(calls.frames.size(), 3u);

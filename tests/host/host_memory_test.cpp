@@ -38,6 +38,8 @@ constexpr NativeRow kRows[] = {
     {"StdOut.WriteLine", "WScript.StdOut.WriteLine(long)"},
     {"StdErr.Write", "WScript.StdErr.Write(long, null)"},
     {"StdErr.WriteLine", "WScript.StdErr.WriteLine(long)"},
+    {"StdErr.WriteBlankLines", "WScript.StdErr.WriteBlankLines(3); typeof WScript.StdErr.Line"},
+    {"StdIn", "WScript.StdIn.Column + typeof WScript.StdIn.IsTerminal"},
     {"Sleep", "WScript.Sleep(0)"},
     {"Arguments", "WScript.Arguments(0) + WScript.Arguments.Item(1)"},
     {"Arguments.Count", "WScript.Arguments.Count() + WScript.Arguments.length"},
@@ -105,6 +107,28 @@ constexpr NativeRow kRows[] = {
     {"Error", "var e = new Error(1, long); e.number + e.description"},
     {"error's members", "try { null.x } catch (e) { e.number + e.description }"},
     {"throw", "try { throw 5 } catch (e) { e }"},
+    {"Bytes.FromText",
+     "Bytes.FromText(long + '\\u20ac', 1252).length + Bytes.FromText(long, -1).length"},
+    {"Bytes.ToText", "Bytes.ToText(bytes, 1252) + Bytes.ToText(bytes, -1)"},
+    {"Bytes.FromHex", "Bytes.FromHex('00ff' + long.replace(/x/g, 'a')).length"},
+    {"Bytes.ToHex", "Bytes.ToHex(bytes)"},
+    {"Bytes.FromBase64", "Bytes.FromBase64(long).length + Bytes.FromBase64(' ' + long).length"},
+    {"Bytes.ToBase64", "Bytes.ToBase64(bytes)"},
+    {"Bytes.Equal and Xor", "Bytes.Equal(bytes, Bytes.Xor(bytes, bytes))"},
+    {"Bytes.Random", "Bytes.Random(300).length"},
+    {"Bytes assigned", "var kept = Bytes; Bytes = 1; Bytes = kept; 0"},
+    {"error of Bytes", "failing(function () { Bytes.FromHex(long) })"},
+    {"Dictionary",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.CompareMode = 1; d.Add(long, digits);"
+     "d['Item()=']('a').value = date; d['Key()=']('a').value = number; d.Exists(1.5) + d.Count + "
+     "d.CompareMode +"
+     "typeof d.Item(bytes.none)"},
+    {"Dictionary.Keys",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, digits); d.Add(1, bytes);"
+     "typeof new VBArray(d.Items()).toArray()[1] + new VBArray(d.Keys()).toArray().join()"},
+    {"Dictionary.Remove",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, hash); d.Remove(long);"
+     "d.Add(1, 2); d.RemoveAll(); failing(function () { d.Remove(1) })"},
 };
 
 constexpr char kStart[] =
@@ -382,6 +406,31 @@ TEST_P(HostMemory, EveryFailedAllocationIsAnOutOfMemoryError) {
   EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
   engine_.reset();
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
+}
+
+// The library behind Bytes is compiled at its first use: after a failure, at the next.
+TEST_P(HostMemory, EveryFailedAllocationOfTheFirstUseOfBytesIsAnOutOfMemoryError) {
+  int failures = 0;
+  for (int count = 0;; ++count) {
+    ASSERT_LT(count, 2000);
+    engine_.emplace();
+    Start(&*engine_);
+    ASSERT_EQ(duk_pcompile_string(Api(), 0, "Bytes.ToHex(Bytes.FromHex('00fF'))"), 0);
+    Outcome outcome;
+    const bool failed = RunFailing(count, &outcome);
+    Look(&outcome);
+    if (outcome.threw) {
+      EXPECT_TRUE(outcome.is_out_of_memory) << count << ": " << outcome.text;
+      ++failures;
+    } else {
+      EXPECT_EQ(outcome.text, "00ff") << count;
+    }
+    Outcome again = Run();
+    Look(&again);
+    EXPECT_EQ(again.text, "00ff") << count;
+    if (!failed) break;
+  }
+  EXPECT_GT(failures, GetParam() == Heap::kRuntime ? -1 : 0);
 }
 
 // The host calls members by shorter ways if it knows all code.

@@ -1,5 +1,5 @@
 cmake_minimum_required(VERSION 3.25)
-# Runs SCRIPT on HOST in the empty folder SCRATCH and compares the exit status, standard output
+# Runs SCRIPT on HOST in the empty folder SCRATCH, without input, and compares the exit status, standard output
 # (exactly, with the .expected file beside the script) and standard error.
 #
 # Comments of the script give what differs from status 0, no arguments and no errors:
@@ -8,8 +8,9 @@ cmake_minimum_required(VERSION 3.25)
 #   // file: NAME|TEXT      a file to create before the run
 #   // status: N
 #   // errors: PATTERN      a regular expression for all of standard error
-# If there is NAME.errors beside the script, standard error must be its text, with the name of the
-# script in place of its path.
+#   // wine: REASON         of no matter here (tests/worlds/both_scripts.py)
+# EXPECTED names another file with the output. If there is NAME.errors beside the script, standard error
+# must be its text, with the name of the script in place of its path.
 
 file(STRINGS ${SCRIPT} lines REGEX "^// [a-z]+: " ENCODING UTF-8)
 set(script ${SCRIPT})
@@ -32,15 +33,18 @@ foreach(line IN LISTS lines)
     set(expected_status ${value})
   elseif(CMAKE_MATCH_1 STREQUAL "errors")
     set(pattern "^${value}\n$")
-  else()
+  elseif(NOT CMAKE_MATCH_1 STREQUAL "wine")
     message(FATAL_ERROR "unknown line: ${line}")
   endif()
 endforeach()
 
 execute_process(COMMAND ${HOST} ${script} ${arguments} WORKING_DIRECTORY ${SCRATCH}
-  RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
+  INPUT_FILE /dev/null RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
 file(READ ${SCRATCH}/.output output)
-string(REGEX REPLACE "\\.js$" ".expected" expected_file ${SCRIPT})
+set(expected_file "${EXPECTED}")
+if(NOT EXPECTED)
+  string(REGEX REPLACE "\\.js$" ".expected" expected_file ${SCRIPT})
+endif()
 file(READ ${expected_file} expected)
 if(NOT status STREQUAL expected_status)
   message(FATAL_ERROR "status ${status}, expected ${expected_status}\n${output}${errors}")
