@@ -146,25 +146,39 @@ const ScriptText* FindScript(const ScriptContext& context, const std::string& na
   return found == context.scripts.rend() ? nullptr : *found;
 }
 
-// Removes the engine's " (line 5)" from the description of a syntax error, and names the token.
-void DescribeSyntaxError(const SyntaxPlace& found, ErrorReport* report) {
-  constexpr std::string_view kSyntaxError = "SyntaxError: ";
+constexpr std::string_view kSyntaxError = "SyntaxError: ";
+
+// The compiler appends " (line 5)" to a message.
+void RemoveLine(std::string* description) {
+  const size_t suffix = description->rfind(" (line ");
+  if (suffix != std::string::npos && description->ends_with(')')) description->erase(suffix);
+}
+
+// Names the token if the description says no more than that it cannot be there.
+void NameToken(const std::string& token, std::string* description) {
   constexpr size_t kLongestToken = 40;
-  std::string& text = report->description;
-  if (!text.starts_with(kSyntaxError)) return;
-  const size_t suffix = text.rfind(" (line ");
-  if (suffix != std::string::npos) text.erase(suffix);
-  const std::string_view message = std::string_view(text).substr(kSyntaxError.size());
-  if (found.place.line == 0 ||
-      std::find(std::begin(kUnexpected), std::end(kUnexpected), message) == std::end(kUnexpected)) {
+  const std::string_view message = std::string_view(*description).substr(kSyntaxError.size());
+  if (std::find(std::begin(kUnexpected), std::end(kUnexpected), message) == std::end(kUnexpected)) {
     return;
   }
-  text = "SyntaxError: unexpected ";
-  if (found.token.empty()) {
-    text += "end of the script";
+  *description = std::string(kSyntaxError) + "unexpected ";
+  if (token.empty()) {
+    *description += "end of the script";
+  } else if (token.size() > kLongestToken || CountLines(token) > 1) {
+    *description += "text";
   } else {
-    text += found.token.size() <= kLongestToken ? found.token : std::string("text");
+    *description += token;
   }
+}
+
+// Corrects the place of an error in a script that did not compile, and returns the column.
+int LocateSyntaxError(duk_context* engine, const ScriptText& script, ErrorReport* report) {
+  if (!report->description.starts_with(kSyntaxError)) return 0;
+  const SyntaxPlace found = FindSyntaxError(engine, script.Original(), report->line);
+  if (found.place.line == 0) return 0;
+  report->line = found.place.line;
+  NameToken(found.token, &report->description);
+  return found.place.column;
 }
 
 std::string FormatPlace(const std::string& file, int line, int column) {
@@ -264,17 +278,10 @@ void ReportUncaught(duk_context* engine, bool was_compiled) {
   ErrorReport report = DescribeError(engine);
   const ScriptText* script = FindScript(context, report.file);
   int column = 0;
-  if (was_compiled) {
-    if (script == nullptr) {
-      DescribeSyntaxError({}, &report);
-    } else {
-      column = StatementColumn(script->Original(), report.line);
-    }
-  } else if (script != nullptr) {
-    const SyntaxPlace found = FindSyntaxError(engine, script->Original(), report.line);
-    if (found.place.line > 0) report.line = found.place.line;
-    column = found.place.column;
-    DescribeSyntaxError(found, &report);
+  if (script == nullptr || !was_compiled) RemoveLine(&report.description);
+  if (script != nullptr) {
+    column = was_compiled ? StatementColumn(script->Original(), report.line)
+                          : LocateSyntaxError(engine, *script, &report);
   }
   std::string text = FormatPlace(ShownFile(report.file, files), report.line, column) + ": " +
                      FormatNumber(report.number);
