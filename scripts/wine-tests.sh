@@ -193,6 +193,11 @@ both_scripts() {
     "$root"/tests/host/scripts/both_*.js
 }
 
+# The scripts of the pages (tests/worlds/page_scripts.py).
+page_scripts() {
+  python3 -B "$root/tests/worlds/page_scripts.py" "$root" "$native/bin/mirolta-host" "$work" --wine
+}
+
 # compare_values [RULES]: compares a program's output with the portable runtime and with the system.
 compare_values() {
   version=$(wine --version 2>/dev/null | sed 's/^wine-\([0-9]*\).*/\1/')
@@ -244,7 +249,8 @@ skipped_kernels() {
 }
 
 case $step in
-  binaries | registration | scripts | both_scripts | client | type_library | invoke | parity) "$step" ;;
+  binaries | registration | client | type_library | invoke | parity) "$step" ;;
+  scripts | both_scripts | page_scripts) "$step" ;;
   units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;
 esac

@@ -27,6 +27,7 @@ struct ScriptContext {
   std::string script_path;       // as given
   std::string script_full_path;  // absolute
   std::vector<std::string> arguments;
+  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
 
   // The depth of nested calls into automation.
   int calls_running = 0;

@@ -38,6 +38,8 @@ constexpr NativeRow kRows[] = {
     {"StdOut.WriteLine", "WScript.StdOut.WriteLine(long)"},
     {"StdErr.Write", "WScript.StdErr.Write(long, null)"},
     {"StdErr.WriteLine", "WScript.StdErr.WriteLine(long)"},
+    {"StdErr.WriteBlankLines", "WScript.StdErr.WriteBlankLines(3); typeof WScript.StdErr.Line"},
+    {"StdIn", "WScript.StdIn.Column + typeof WScript.StdIn.IsTerminal"},
     {"Sleep", "WScript.Sleep(0)"},
     {"Arguments", "WScript.Arguments(0) + WScript.Arguments.Item(1)"},
     {"Arguments.Count", "WScript.Arguments.Count() + WScript.Arguments.length"},
@@ -112,9 +114,21 @@ constexpr NativeRow kRows[] = {
     {"Bytes.ToHex", "Bytes.ToHex(bytes)"},
     {"Bytes.FromBase64", "Bytes.FromBase64(long).length + Bytes.FromBase64(' ' + long).length"},
     {"Bytes.ToBase64", "Bytes.ToBase64(bytes)"},
+    {"Bytes.Equal and Xor", "Bytes.Equal(bytes, Bytes.Xor(bytes, bytes))"},
     {"Bytes.Random", "Bytes.Random(300).length"},
     {"Bytes assigned", "var kept = Bytes; Bytes = 1; Bytes = kept; 0"},
     {"error of Bytes", "failing(function () { Bytes.FromHex(long) })"},
+    {"Dictionary",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.CompareMode = 1; d.Add(long, digits);"
+     "d['Item()=']('a').value = date; d['Key()=']('a').value = number; d.Exists(1.5) + d.Count + "
+     "d.CompareMode +"
+     "typeof d.Item(bytes.none)"},
+    {"Dictionary.Keys",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, digits); d.Add(1, bytes);"
+     "typeof new VBArray(d.Items()).toArray()[1] + new VBArray(d.Keys()).toArray().join()"},
+    {"Dictionary.Remove",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, hash); d.Remove(long);"
+     "d.Add(1, 2); d.RemoveAll(); failing(function () { d.Remove(1) })"},
 };
 
 constexpr char kStart[] =

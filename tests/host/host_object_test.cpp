@@ -31,7 +31,7 @@ class Sample final : public HostObject {
     value_ = HostCall::NumberOf(call.Value()) * (call.Has(0) ? call.Number(0) : 1);
   }
   void GetCount(HostCall& call) const { call.ReturnInteger(7); }
-  void Refuse(HostCall& call) {
+  [[noreturn]] void Refuse(HostCall& call) {
     call.ReturnText(OLESTR("half a result"));
     switch (call.Integer(0)) {
       case 0:
@@ -255,6 +255,11 @@ TEST_F(HostObjectTest, HostObjectsAreToldFromOthers) {
   values.Attach(NewEnumerator(ValueList()));
   EXPECT_EQ(HostObjectOf(values.Get()), nullptr);
   EXPECT_EQ(HostObjectOf(nullptr), nullptr);
+}
+
+TEST_F(HostObjectTest, AClassMayHaveADefaultMember) {
+  EXPECT_TRUE(HasDefaultMember(kSample));
+  EXPECT_FALSE(HasDefaultMember({"Plain", std::span(kMembers).subspan(1)}));
 }
 
 TEST_F(HostObjectTest, AnEnumeratorGivesTheValuesInOrder) {

@@ -75,6 +75,11 @@ def check(host, scratch, paths):
     worlds.run_natively(host, [*native.values(), *(row[3] for row in needless)])
     worlds.run_by_wine(scratch, [run for _, run in wine] + [row[2] for row in needless])
 
+    for script in scripts:
+        runs = [row[3] for row in needless if row[0] is script]
+        for run in [native[script.name], *runs] if script.blocks else []:
+            if run.status != script.status:
+                report.fail(script.name, f"status {run.status} without blocks\n{run.errors}")
     for script, run in wine:
         expected = script.expected
         if script.name in native:

@@ -41,7 +41,7 @@ def new_folder(path):
 def run_natively(host, runs):
     """Sets status, output and errors of each."""
     for run in runs:
-        done = subprocess.run([host, str(run.script), *run.arguments], cwd=run.folder,
+        done = subprocess.run([os.path.abspath(host), str(run.script), *run.arguments], cwd=run.folder,
                               env={**ENVIRONMENT, **run.environment}, stdin=subprocess.DEVNULL,
                               capture_output=True, timeout=NATIVE_LIMIT, check=False)
         run.status = done.returncode
