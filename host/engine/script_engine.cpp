@@ -14,6 +14,8 @@
 #include "files/output_file.h"
 #include "objects/bytes_object.h"
 #include "objects/dispatch_object.h"
+#include "objects/enumerator.h"
+#include "objects/language_functions.h"
 #include "objects/member_function.h"
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
@@ -84,6 +86,8 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallMemberFunctions(engine);
   InstallDispatchObjects(engine);
   InstallVbArray(engine);
+  InstallEnumerator(engine);
+  InstallLanguageFunctions(engine);
   InstallWScript(engine);
   InstallBytes(engine);
   context->link = MakeLink(engine);

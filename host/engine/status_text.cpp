@@ -94,7 +94,10 @@ constexpr StatusText kStatusTexts[] = {
     {kNoStandardHandle, "The handle is invalid"},
     {kNoSuchMember, kNoSuchMemberText},
     {kNoSuchAction, "Object doesn't support this action"},
+    {kNotACollection, "Object not a collection"},
+    {kDateExpected, "Date object expected"},
     {kArrayExpected, "VBArray expected"},
+    {kEnumeratorExpected, "Enumerator object expected"},
     {kStreamClosed, "The stream is closed"},
     {kDisconnected, "Object is not connected to server"},
 };
