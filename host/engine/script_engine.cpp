@@ -11,6 +11,7 @@
 #include "engine/script_context.h"
 #include "files/full_path.h"
 #include "files/output_file.h"
+#include "objects/bytes_object.h"
 #include "objects/dispatch_object.h"
 #include "objects/member_function.h"
 #include "objects/object_handle.h"
@@ -81,6 +82,7 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallDispatchObjects(engine);
   InstallVbArray(engine);
   InstallWScript(engine);
+  InstallBytes(engine);
   context->link = MakeLink(engine);
   context->call_sites.Learn(engine);
   // They give access to the engine's internals.
