@@ -468,6 +468,7 @@ var Bytes = Bytes || (function (natives) {
     Equal: function (a, b) {
       var left = numbersOf("Equal", a), right = numbersOf("Equal", b), difference = 0, i;
       if (left.length !== right.length) return false;
+      if (natives !== null) return natives.equal(left, right);
       for (i = 0; i < left.length; i++) difference |= left[i] ^ right[i];
       return difference === 0;
     },
@@ -477,6 +478,7 @@ var Bytes = Bytes || (function (natives) {
       if (left.length !== right.length) {
         fail("Xor", "the counts differ, " + left.length + " and " + right.length);
       }
+      if (natives !== null) return natives.xor(left, right);
       for (i = 0; i < left.length; i++) result[i] = left[i] ^ right[i];
       return make(result);
     },

@@ -112,6 +112,7 @@ constexpr NativeRow kRows[] = {
     {"Bytes.ToHex", "Bytes.ToHex(bytes)"},
     {"Bytes.FromBase64", "Bytes.FromBase64(long).length + Bytes.FromBase64(' ' + long).length"},
     {"Bytes.ToBase64", "Bytes.ToBase64(bytes)"},
+    {"Bytes.Equal and Xor", "Bytes.Equal(bytes, Bytes.Xor(bytes, bytes))"},
     {"Bytes.Random", "Bytes.Random(300).length"},
     {"Bytes assigned", "var kept = Bytes; Bytes = 1; Bytes = kept; 0"},
     {"error of Bytes", "failing(function () { Bytes.FromHex(long) })"},
