@@ -9,6 +9,7 @@ import unittest
 from unittest import mock
 
 import both_scripts
+import compatibility_page
 import example_scripts
 import page_scripts
 import worlds
@@ -229,6 +230,42 @@ class ExampleScriptsTest(WorldsTest):
         self.fails("no run to which it applies", rows[:1], a=self.FILES + self.ECHO)
         self.fails("without a reason", rows, a="// Not with Wine:\n" + self.ECHO)
         self.fails("more than one mark", rows, a=self.FILES + self.STREAMS + beyond)
+
+
+class CompatibilityPageTest(unittest.TestCase):
+    HEAD = "### Thing\n\n| member | here | |\n|---|---|---|\n"
+    MEMBERS = {"Thing": ["One", "Two"]}
+
+    def compare(self, rows):
+        return compatibility_page.compare(self.HEAD + rows, self.MEMBERS)
+
+    def test_a_page_of_all_members_passes(self):
+        self.assertEqual(self.compare("| `One(a, b)`, `Two` | same | |\n| `No` | missing | why |\n"), [])
+        self.assertEqual(self.compare("| `One` | differs | how |\n| `Two` | only here | |\n"), [])
+
+    def test_members_must_be_on_the_page(self):
+        self.assertEqual(self.compare("| `One` | same | |\n"), ["Thing.Two is not on the page"])
+        self.assertIn("Thing has no table",
+                      compatibility_page.compare("# Other\n", self.MEMBERS))
+
+    def test_members_on_the_page_must_exist(self):
+        for row in ("same | |", "differs | how |", "only here | |"):
+            faults = self.compare(f"| `One`, `Two` | same | |\n| `No` | {row}\n")
+            self.assertEqual(len(faults), 1)
+            self.assertIn("Thing.No is", faults[0])
+        self.assertEqual(len(compatibility_page.compare(
+            self.HEAD + "| `One`, `Two` | same | |\n" + self.HEAD.replace("Thing", "Other") +
+            "| `No` | same | |\n", self.MEMBERS)), 1)
+
+    def test_missing_members_must_be_missing(self):
+        self.assertEqual(self.compare("| `One` | same | |\n| `Two` | missing | why |\n"),
+                         ["Thing.Two is missing on the page, and there in the host"])
+
+    def test_faulty_rows_are_found(self):
+        both = "| `One`, `Two` | same | |\n"
+        for row, fault in (("| `No` | gone | |", "is none of"), ("| `No` | missing | |", "says not how"),
+                           ("| `One` | same | |", "has two rows")):
+            self.assertIn(fault, " ".join(self.compare(both + row + "\n")))
 
 
 if __name__ == "__main__":
