@@ -11,6 +11,7 @@ from unittest import mock
 import both_scripts
 import compatibility_page
 import example_scripts
+import manual_page
 import page_scripts
 import worlds
 from example_scripts import Row
@@ -266,6 +267,23 @@ class CompatibilityPageTest(unittest.TestCase):
         for row, fault in (("| `No` | gone | |", "is none of"), ("| `No` | missing | |", "says not how"),
                            ("| `One` | same | |", "has two rows")):
             self.assertIn(fault, " ".join(self.compare(both + row + "\n")))
+
+
+class ManualPageTest(unittest.TestCase):
+    HELP = ("Usage: x\n\n  -e, --eval CODE  run it\n  //B   batch\n\nExit status: 0 or more; 1 for an\n"
+            "error.\n\nEnvironment: MIROLTA_X\n")
+    PAGE = (".SH OPTIONS\n.TP\n.BR \\-e \", \" \\-\\-eval \" \\fICODE\\fP\"\nRun it.\n.TP\n.B //B\nBatch.\n"
+            ".SH EXIT STATUS\n.TP\n.B 0\nGood.\n.TP\n.B 1\nBad.\n.SH ENVIRONMENT\n.TP\n.B MIROLTA_X\nX.\n")
+
+    def test_a_page_of_all_options_passes(self):
+        self.assertEqual(manual_page.faults_of(self.PAGE, self.HELP), [])
+
+    def test_what_differs_is_found(self):
+        for old, new in (("//B", "//C"), ("CODE", "TEXT"), (".B 1", ".B 2"), ("MIROLTA_X", "MIROLTA_Y"),
+                         (".TP\n.B //B\nBatch.\n", "")):
+            self.assertEqual(len(manual_page.faults_of(self.PAGE.replace(old, new), self.HELP)), 1, new)
+        self.assertIn("--help has no options",
+                      " ".join(manual_page.faults_of(self.PAGE, self.HELP.replace("  ", ""))))
 
 
 if __name__ == "__main__":
