@@ -14,6 +14,7 @@
 #include "engine/time_limit.h"
 #include "files/output_file.h"
 #include "objects/bytes_object.h"
+#include "objects/date_class.h"
 #include "objects/dispatch_object.h"
 #include "objects/enumerator.h"
 #include "objects/language_functions.h"
@@ -89,6 +90,7 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallVbArray(engine);
   InstallEnumerator(engine);
   InstallLanguageFunctions(engine);
+  InstallDateClass(engine);
   InstallWScript(engine);
   InstallBytes(engine);
   context->link = MakeLink(engine);
