@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "classes/object_creation.h"
+#include "command_line/class_description.h"
+#include "command_line/class_list.h"
 #include "command_line/line_reader.h"
 #include "command_line/module_registration.h"
 #include "command_line/options.h"
@@ -91,6 +94,7 @@ int Run(const CommandLine& line) {
 }
 
 int RunCommand(const CommandLine& line) {
+  ReportModules(line.is_verbose);
   switch (line.action) {
     case Action::kHelp:
       return PrintHelp();
@@ -99,6 +103,10 @@ int RunCommand(const CommandLine& line) {
     case Action::kRegister:
     case Action::kUnregister:
       return ChangeRegistration(line);
+    case Action::kList:
+      return ListClasses(stdout);
+    case Action::kDescribe:
+      return DescribeClass(line.operand);
     case Action::kRun:
       break;
   }
