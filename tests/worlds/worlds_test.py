@@ -56,8 +56,9 @@ class WorldsTest(unittest.TestCase):
 
 
 class PageScriptsTest(WorldsTest):
-    def check(self, page, name="docs/page.md", with_wine=False):
-        worlds.new_folder(self.folder / "project")
+    def check(self, page, name="docs/page.md", with_wine=False, keep=False):
+        if not keep:
+            worlds.new_folder(self.folder / "project")
         self.write("project/README.md", README)
         self.write("project/" + name, page)
         return self.end(page_scripts.check, self.folder / "project", HOST, self.folder / "scratch",
@@ -110,6 +111,13 @@ class PageScriptsTest(WorldsTest):
         self.fails(BEYOND, "docs/page.md:1: output with Wine: other text", with_wine=True)
         self.assertIn("1 of them by Wine too", self.passes(MARK + BEYOND, with_wine=True))
         self.assertIn("1 of them by Wine too", self.passes(COMMENT + BEYOND, with_wine=True))
+
+    def test_the_platform_reads_bytes_from_the_library(self):
+        self.write("project/lib/bytes.js", "// BEYOND\n")
+        script = "```js\n%s('a');\n```\n```text\na\n```\n"
+        self.passes(script % "WScript.Echo", with_wine=True, keep=True)
+        self.fails(script % "WScript.Echo(Bytes.ToText(Bytes.FromText('a'))); void ",
+                   "output with Wine", with_wine=True, keep=True)
 
     def test_a_mark_holds_for_one_script(self):
         self.fails(MARK + BEYOND + BEYOND, "docs/page.md:9: output with Wine", with_wine=True)
