@@ -54,6 +54,10 @@ bool Allows(const HostMember& member, WORD flags, bool is_put) {
 
 }  // namespace
 
+bool HasDefaultMember(const HostClass& host_class) {
+  return FindById(host_class.members, DISPID_VALUE) != nullptr;
+}
+
 HRESULT STDMETHODCALLTYPE HostObject::QueryInterface(REFIID iid, void** out) {
   if (out == nullptr) return E_POINTER;
   const bool is_own = iid == IID_IUnknown || iid == IID_IDispatch || iid == kHostObjectId;

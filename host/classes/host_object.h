@@ -32,6 +32,9 @@ struct HostClass {
   std::span<const HostMember> members;
 };
 
+// HasDefaultMember returns whether objects of the class can be called or stand for a value.
+bool HasDefaultMember(const HostClass& host_class);
+
 // CallMember is the function of a row: CallMember<&Dictionary::Exists>.
 template <auto kFunction>
 struct MemberFunction;

@@ -257,6 +257,11 @@ TEST_F(HostObjectTest, HostObjectsAreToldFromOthers) {
   EXPECT_EQ(HostObjectOf(nullptr), nullptr);
 }
 
+TEST_F(HostObjectTest, AClassMayHaveADefaultMember) {
+  EXPECT_TRUE(HasDefaultMember(kSample));
+  EXPECT_FALSE(HasDefaultMember({"Plain", std::span(kMembers).subspan(1)}));
+}
+
 TEST_F(HostObjectTest, AnEnumeratorGivesTheValuesInOrder) {
   ASSERT_EQ(Invoke(DISPID_NEWENUM, DISPATCH_PROPERTYGET), S_OK);
   OwnedReference<IEnumVARIANT> values;
