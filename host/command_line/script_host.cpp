@@ -9,6 +9,7 @@
 
 #include "command_line/module_registration.h"
 #include "engine/script_engine.h"
+#include "files/standard_descriptors.h"
 #include "platform.h"
 
 namespace {
@@ -59,6 +60,7 @@ int RunCommand(int count, char** words) {
 }  // namespace
 
 int main(int count, char** words) {
+  mirolta::host::HoldStandardDescriptors();
   // Writing to a closed pipe is a script error and must not end the process.
   signal(SIGPIPE, SIG_IGN);
   if (count < 2) {

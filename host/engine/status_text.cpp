@@ -1,5 +1,6 @@
 #include "engine/status_text.h"
 
+#include "engine/file_statuses.h"
 #include "engine/host_errors.h"
 
 namespace mirolta::host {
@@ -65,6 +66,21 @@ constexpr StatusText kStatusTexts[] = {
     {kOutOfStack, "Out of stack space"},
     {kSubscriptOutOfRange, "Subscript out of range"},
     {kCannotCreateObject, kCannotCreateText},
+    {kBadFileName, "Bad file name or number"},
+    {kFileNotFound, "File not found"},
+    {kBadFileMode, "Bad file mode"},
+    {kFileAlreadyOpen, "File already open"},
+    {kDeviceFault, "Device I/O error"},
+    {kFileExists, "File already exists"},
+    {kDiskFull, "Disk full"},
+    {kPastEndOfFile, "Input past end of file"},
+    {kTooManyFiles, "Too many files"},
+    {kNoSuchDevice, "Device unavailable"},
+    {kPermissionDenied, "Permission denied"},
+    {kPathFault, "Path/File access error"},
+    {kPathNotFound, "Path not found"},
+    {kStreamGone, "Object variable not set"},
+    {kNoStandardHandle, "The handle is invalid"},
     {kNoSuchMember, kNoSuchMemberText},
     {kNoSuchAction, "Object doesn't support this action"},
     {kArrayExpected, "VBArray expected"},

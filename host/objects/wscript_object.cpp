@@ -9,12 +9,14 @@
 #include <cmath>
 #include <string_view>
 
+#include "classes/text_stream.h"
 #include "engine/arguments.h"
 #include "engine/host_errors.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "files/output_file.h"
 #include "objects/active_x.h"
+#include "objects/dispatch_object.h"
 #include "objects/stream_object.h"
 #include "values/scoped_variant.h"
 #include "values/value_marshal.h"
@@ -24,12 +26,9 @@ namespace {
 
 constexpr char kCaseHandler[] = "wscript.handler";
 
-enum class Output { kStandard, kError };
-
 // Prints the arguments, separated by spaces. Numbers, booleans and undefined are coerced to text by
 // the platform, as its own script host does: true prints as -1, numbers have 15 digits.
-template <Output kOutput, bool kEndsLine>
-struct PrintFunction {
+struct EchoFunction {
   std::string text;
   ScopedVariant value;
 
@@ -45,26 +44,19 @@ struct PrintFunction {
   }
 
   duk_ret_t Run(duk_context* engine) {
-    FILE* const file = kOutput == Output::kError ? stderr : stdout;
     const duk_idx_t count = duk_get_top(engine);
     for (duk_idx_t i = 0; i < count; ++i) {
       if (i > 0) text += ' ';
       VariantClear(&value);
       Append(engine, i);
     }
-    if (kEndsLine) text += '\n';
-    // Keeps the order of both streams.
-    if (file == stderr) static_cast<void>(fflush(stdout));
-    if (fwrite(text.data(), 1, text.size(), file) != text.size()) {
+    text += '\n';
+    if (fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
       ThrowText(engine, STG_E_WRITEFAULT, "The output cannot be written");
     }
     return 0;
   }
 };
-using OutWriteFunction = PrintFunction<Output::kStandard, false>;
-using OutWriteLineFunction = PrintFunction<Output::kStandard, true>;
-using ErrWriteFunction = PrintFunction<Output::kError, false>;
-using ErrWriteLineFunction = PrintFunction<Output::kError, true>;
 
 // Ends the process; no finally block runs.
 duk_ret_t Quit(duk_context* engine) {
@@ -156,17 +148,29 @@ void PutText(duk_context* engine, const char* name, const std::string& system_te
   duk_put_prop_string(engine, -2, name);
 }
 
-void PutStandardStream(duk_context* engine, const char* name, int file, duk_c_function write,
-                       duk_c_function write_line) {
-  duk_push_object(engine);
-  duk_push_c_function(engine, write, DUK_VARARGS);
-  duk_put_prop_string(engine, -2, "Write");
-  duk_push_c_function(engine, write_line, DUK_VARARGS);
-  duk_put_prop_string(engine, -2, "WriteLine");
-  duk_push_boolean(engine, isatty(file) != 0);
-  duk_put_prop_string(engine, -2, "IsTerminal");
-  IgnoreCase(engine);
-  duk_put_prop_string(engine, -2, name);
+// WScript.StdIn, StdOut and StdErr: made by the first use, which replaces the accessor.
+template <StandardStreamNumber kNumber>
+struct StandardStreamFunction {
+  static constexpr const char* kNames[] = {"StdIn", "StdOut", "StdErr"};
+
+  duk_ret_t Run(duk_context* engine) {
+    duk_push_this(engine);
+    duk_push_string(engine, kNames[static_cast<size_t>(kNumber)]);
+    PushDispatch(engine, StandardStream(kNumber));
+    duk_dup_top(engine);
+    duk_insert(engine, -4);
+    duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+    duk_pop(engine);
+    return 1;
+  }
+};
+
+template <StandardStreamNumber kNumber>
+void PutStandardStream(duk_context* engine) {
+  using Function = StandardStreamFunction<kNumber>;
+  duk_push_string(engine, Function::kNames[static_cast<size_t>(kNumber)]);
+  duk_push_c_function(engine, RunProtected<Function>, 0);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_SET_ENUMERABLE);
 }
 
 void PutArguments(duk_context* engine) {
@@ -183,7 +187,7 @@ void PutArguments(duk_context* engine) {
 }
 
 constexpr duk_function_list_entry kMembers[] = {
-    {"Echo", RunProtected<OutWriteLineFunction>, DUK_VARARGS},
+    {"Echo", RunProtected<EchoFunction>, DUK_VARARGS},
     {"EnvironmentVariable", RunProtected<EnvironmentFunction>, 1},
     {"Quit", Quit, 1},
     {"Sleep", Sleep, 1},
@@ -210,10 +214,9 @@ void InstallWScript(duk_context* engine) {
   PutText(engine, "ScriptName", std::string(FileName(context.script_full_path)));
   PutText(engine, "ScriptFullName", context.script_full_path);
   PutText(engine, "Name", "mirolta-host");
-  PutStandardStream(engine, "StdOut", STDOUT_FILENO, RunProtected<OutWriteFunction>,
-                    RunProtected<OutWriteLineFunction>);
-  PutStandardStream(engine, "StdErr", STDERR_FILENO, RunProtected<ErrWriteFunction>,
-                    RunProtected<ErrWriteLineFunction>);
+  PutStandardStream<StandardStreamNumber::kInput>(engine);
+  PutStandardStream<StandardStreamNumber::kOutput>(engine);
+  PutStandardStream<StandardStreamNumber::kError>(engine);
   PutArguments(engine);
   InstallActiveX(engine);
   InstallStreams(engine);

@@ -38,6 +38,8 @@ constexpr NativeRow kRows[] = {
     {"StdOut.WriteLine", "WScript.StdOut.WriteLine(long)"},
     {"StdErr.Write", "WScript.StdErr.Write(long, null)"},
     {"StdErr.WriteLine", "WScript.StdErr.WriteLine(long)"},
+    {"StdErr.WriteBlankLines", "WScript.StdErr.WriteBlankLines(3); typeof WScript.StdErr.Line"},
+    {"StdIn", "WScript.StdIn.Column + typeof WScript.StdIn.IsTerminal"},
     {"Sleep", "WScript.Sleep(0)"},
     {"Arguments", "WScript.Arguments(0) + WScript.Arguments.Item(1)"},
     {"Arguments.Count", "WScript.Arguments.Count() + WScript.Arguments.length"},

@@ -1,5 +1,5 @@
 cmake_minimum_required(VERSION 3.25)
-# Runs SCRIPT on HOST in the empty folder SCRATCH and compares the exit status, standard output
+# Runs SCRIPT on HOST in the empty folder SCRATCH, without input, and compares the exit status, standard output
 # (exactly, with the .expected file beside the script) and standard error.
 #
 # Comments of the script give what differs from status 0, no arguments and no errors:
@@ -36,7 +36,7 @@ foreach(line IN LISTS lines)
 endforeach()
 
 execute_process(COMMAND ${HOST} ${script} ${arguments} WORKING_DIRECTORY ${SCRATCH}
-  RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
+  INPUT_FILE /dev/null RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
 file(READ ${SCRATCH}/.output output)
 string(REGEX REPLACE "\\.js$" ".expected" expected_file ${SCRIPT})
 file(READ ${expected_file} expected)
