@@ -187,6 +187,12 @@ type_library() {
   same "type library" "$work/windows" "$work/native"
 }
 
+# The test scripts of the host whose output is the same by the platform's (tests/worlds/both_scripts.py).
+both_scripts() {
+  python3 -B "$root/tests/worlds/both_scripts.py" "$native/bin/mirolta-host" "$work" \
+    "$root"/tests/host/scripts/both_*.js
+}
+
 # compare_values [RULES]: compares a program's output with the portable runtime and with the system.
 compare_values() {
   version=$(wine --version 2>/dev/null | sed 's/^wine-\([0-9]*\).*/\1/')
@@ -238,7 +244,7 @@ skipped_kernels() {
 }
 
 case $step in
-  binaries | registration | scripts | client | type_library | invoke | parity) "$step" ;;
+  binaries | registration | scripts | both_scripts | client | type_library | invoke | parity) "$step" ;;
   units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;
 esac

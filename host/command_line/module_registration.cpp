@@ -112,7 +112,12 @@ HRESULT CheckIsGone(const std::string& module, std::string* problem) {
 
 }  // namespace
 
-HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem) {
+HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem,
+                         RegistryScope scope) {
+  if (scope == RegistryScope::kSystem) {
+    *problem = "there is no system-wide registry yet";
+    return E_NOTIMPL;
+  }
   const std::string path = FullPath(module);
   if (path.empty()) {
     *problem = "there is no such file";

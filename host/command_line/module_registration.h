@@ -8,12 +8,16 @@
 
 namespace mirolta::host {
 
+// Which registry a registration changes: the user's, or the system-wide one (--system).
+enum class RegistryScope : uint8_t { kUser, kSystem };
+
 // CallRegistration loads a module and calls its DllRegisterServer or DllUnregisterServer in one
 // batch of registry changes.
 // Errors: the function's status, that of loading the module or of reading or writing the registry,
 //         and E_FAIL if the registry still names the module after unregistration; *problem then has
 //         a message.
-HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem);
+HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem,
+                         RegistryScope scope = RegistryScope::kUser);
 
 // RegisterOwnModule registers the module beside the host (../lib/libMirolta.so) in memory, for this
 // process only, unless its classes are registered already. Returns true if it registered the

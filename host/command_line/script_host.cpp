@@ -40,6 +40,16 @@ int ChangeRegistration(const char* module, bool registers) {
   return 0;
 }
 
+int RunFile(const char* path, const std::vector<std::string>& arguments) {
+  mirolta::host::ScriptText script;
+  std::string problem;
+  if (!mirolta::host::LoadScript(path, {}, &script, &problem)) {
+    fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
+    return 1;
+  }
+  return mirolta::host::RunScript(script, arguments);
+}
+
 int RunCommand(int count, char** words) {
   const char* first = words[1];
   const bool registers = strcmp(first, "--register") == 0;
@@ -49,9 +59,9 @@ int RunCommand(int count, char** words) {
     fputs(kUsage, stdout);
     return 0;
   } else if (strcmp(first, "--") == 0 && count > 2) {
-    return mirolta::host::RunScript(words[2], std::vector<std::string>(words + 3, words + count));
+    return RunFile(words[2], std::vector<std::string>(words + 3, words + count));
   } else if (first[0] != '-') {
-    return mirolta::host::RunScript(first, std::vector<std::string>(words + 2, words + count));
+    return RunFile(first, std::vector<std::string>(words + 2, words + count));
   }
   fputs(kUsage, stderr);
   return kUsageError;

@@ -9,8 +9,8 @@
 #include "engine/host_errors.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
-#include "files/full_path.h"
 #include "files/output_file.h"
+#include "objects/bytes_object.h"
 #include "objects/dispatch_object.h"
 #include "objects/member_function.h"
 #include "objects/object_handle.h"
@@ -81,6 +81,7 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallDispatchObjects(engine);
   InstallVbArray(engine);
   InstallWScript(engine);
+  InstallBytes(engine);
   context->link = MakeLink(engine);
   context->call_sites.Learn(engine);
   // They give access to the engine's internals.
@@ -108,13 +109,13 @@ void PrintReport(const ErrorReport& report) {
           report.description.c_str());
 }
 
-struct Script {
+struct Program {
   std::string name;  // in the engine's form
-  std::string text;
+  std::string_view text;
   MemberUses uses;
 };
 duk_ret_t CompileAndRun(duk_context* engine, void* data) {
-  const auto* script = static_cast<const Script*>(data);
+  const auto* script = static_cast<const Program*>(data);
   ThrowIfExhausted(engine, [&] {
     ContextOf(engine).call_sites.NoteScript(engine, script->uses);
     return 0;
@@ -125,20 +126,20 @@ duk_ret_t CompileAndRun(duk_context* engine, void* data) {
   return 1;
 }
 
-int RunLoaded(const std::string& path, Script* script, const std::vector<std::string>& arguments) {
+int RunProgram(const ScriptText& script, Program* program,
+               const std::vector<std::string>& arguments) {
   bool succeeded = false;
   {
     ScriptEngine engine;
-    engine.Context().script_path = path;
-    const std::string full = FullPath(path);
-    engine.Context().script_full_path = full.empty() ? path : full;
+    engine.Context().script_path = script.name;
+    engine.Context().script_full_path = script.full_path;
     engine.Context().arguments = arguments;
     std::string problem;
     if (!engine.Start(&problem)) {
       fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
       return 1;
     }
-    succeeded = duk_safe_call(engine.Api(), CompileAndRun, script, 0, 1) == DUK_EXEC_SUCCESS;
+    succeeded = duk_safe_call(engine.Api(), CompileAndRun, program, 0, 1) == DUK_EXEC_SUCCESS;
     fflush(stdout);
     if (!succeeded) PrintReport(DescribeError(engine.Api()));
   }
@@ -169,18 +170,13 @@ bool ScriptEngine::Start(std::string* problem) {
   return is_installed && context_.link != nullptr;
 }
 
-int RunScript(const std::string& path, const std::vector<std::string>& arguments) {
+int RunScript(const ScriptText& script, const std::vector<std::string>& arguments) {
   try {
-    Script script;
-    std::string problem;
-    if (!LoadScript(path, &script.text, &problem)) {
-      fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(),
-              problem.c_str());
-      return 1;
-    }
-    script.uses = FindMemberUses(script.text);
-    script.name = EngineFromUnits(UnitsFromSystem(path));
-    return RunLoaded(path, &script, arguments);
+    Program program;
+    program.text = script.text;
+    program.uses = FindMemberUses(script.text);
+    program.name = EngineFromUnits(UnitsFromSystem(script.name));
+    return RunProgram(script, &program, arguments);
   } catch (const std::bad_alloc&) {
     DiscardOutputs();
     fputs("mirolta-host: not enough memory\n", stderr);

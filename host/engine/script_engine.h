@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/script_context.h"
+#include "source/script_source.h"
 
 namespace mirolta::host {
 
@@ -28,9 +29,9 @@ class ScriptEngine {
   ScriptContext context_;
 };
 
-// RunScript runs a script file and returns the host's exit status: 0, or 1 with a report on
-// standard error if the script cannot be read or compiled or throws an error that it does not
-// catch. WScript.Quit ends the process.
-int RunScript(const std::string& path, const std::vector<std::string>& arguments);
+// RunScript runs a script and returns the host's exit status: 0, or 1 with a report on standard
+// error if the script cannot be compiled or throws an error that it does not catch. WScript.Quit
+// ends the process.
+int RunScript(const ScriptText& script, const std::vector<std::string>& arguments);
 
 }  // namespace mirolta::host

@@ -6,9 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <string_view>
+#include <utility>
 
+#include "files/full_path.h"
 #include "source/call_assignment.h"
 
 namespace mirolta::host {
@@ -33,19 +34,29 @@ bool ReadAll(int file, std::string* bytes) {
 
 }  // namespace
 
-bool LoadScript(const std::string& path, std::string* script, std::string* problem) {
+bool ScriptFromBytes(const std::string& name, std::string_view bytes, const SourceOptions&,
+                     ScriptText* script, std::string*) {
+  std::string_view decoded = bytes;
+  if (decoded.starts_with(kByteOrderMark)) decoded.remove_prefix(kByteOrderMark.size());
+  std::string plain(decoded);
+  if (plain.starts_with("#!")) plain.replace(0, 2, "//");
+  script->name = name;
+  script->text = RewriteCallAssignments(plain);
+  if (script->text != plain) script->original = std::move(plain);
+  return true;
+}
+
+bool LoadScript(const std::string& path, const SourceOptions& options, ScriptText* script,
+                std::string* problem) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
   std::string bytes;
   const bool is_read = file >= 0 && ReadAll(file, &bytes);
-  if (!is_read) *problem = strerror(errno);
+  if (!is_read) *problem = "cannot read the script " + path + ": " + strerror(errno);
   if (file >= 0) close(file);
   if (!is_read) return false;
-
-  std::string_view text = bytes;
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  // The line break stays, so that line numbers do not change.
-  if (text.starts_with("#!")) text.remove_prefix(std::min(text.find('\n'), text.size()));
-  *script = RewriteCallAssignments(text);
+  if (!ScriptFromBytes(path, bytes, options, script, problem)) return false;
+  const std::string full = FullPath(path);
+  script->full_path = full.empty() ? path : full;
   return true;
 }
 

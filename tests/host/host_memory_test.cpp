@@ -107,6 +107,16 @@ constexpr NativeRow kRows[] = {
     {"Error", "var e = new Error(1, long); e.number + e.description"},
     {"error's members", "try { null.x } catch (e) { e.number + e.description }"},
     {"throw", "try { throw 5 } catch (e) { e }"},
+    {"Bytes.FromText",
+     "Bytes.FromText(long + '\\u20ac', 1252).length + Bytes.FromText(long, -1).length"},
+    {"Bytes.ToText", "Bytes.ToText(bytes, 1252) + Bytes.ToText(bytes, -1)"},
+    {"Bytes.FromHex", "Bytes.FromHex('00ff' + long.replace(/x/g, 'a')).length"},
+    {"Bytes.ToHex", "Bytes.ToHex(bytes)"},
+    {"Bytes.FromBase64", "Bytes.FromBase64(long).length + Bytes.FromBase64(' ' + long).length"},
+    {"Bytes.ToBase64", "Bytes.ToBase64(bytes)"},
+    {"Bytes.Random", "Bytes.Random(300).length"},
+    {"Bytes assigned", "var kept = Bytes; Bytes = 1; Bytes = kept; 0"},
+    {"error of Bytes", "failing(function () { Bytes.FromHex(long) })"},
 };
 
 constexpr char kStart[] =
@@ -384,6 +394,31 @@ TEST_P(HostMemory, EveryFailedAllocationIsAnOutOfMemoryError) {
   EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
   engine_.reset();
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
+}
+
+// The library behind Bytes is compiled at its first use: after a failure, at the next.
+TEST_P(HostMemory, EveryFailedAllocationOfTheFirstUseOfBytesIsAnOutOfMemoryError) {
+  int failures = 0;
+  for (int count = 0;; ++count) {
+    ASSERT_LT(count, 2000);
+    engine_.emplace();
+    Start(&*engine_);
+    ASSERT_EQ(duk_pcompile_string(Api(), 0, "Bytes.ToHex(Bytes.FromHex('00fF'))"), 0);
+    Outcome outcome;
+    const bool failed = RunFailing(count, &outcome);
+    Look(&outcome);
+    if (outcome.threw) {
+      EXPECT_TRUE(outcome.is_out_of_memory) << count << ": " << outcome.text;
+      ++failures;
+    } else {
+      EXPECT_EQ(outcome.text, "00ff") << count;
+    }
+    Outcome again = Run();
+    Look(&again);
+    EXPECT_EQ(again.text, "00ff") << count;
+    if (!failed) break;
+  }
+  EXPECT_GT(failures, GetParam() == Heap::kRuntime ? -1 : 0);
 }
 
 // The host calls members by shorter ways if it knows all code.
