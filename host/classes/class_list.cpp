@@ -2,13 +2,16 @@
 
 #include <strings.h>
 
-#include <array>
 #include <new>
+
+#include "classes/file_system_object.h"
 
 namespace mirolta::host {
 namespace {
 
-constexpr std::array<HostClassRow, 0> kClasses = {};
+constexpr HostClassRow kClasses[] = {
+    {"Scripting.FileSystemObject", &FileSystemObject::kClass, NewFileSystemObject},
+};
 
 }  // namespace
 
