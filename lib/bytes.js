@@ -111,10 +111,14 @@ var Bytes = Bytes || (function (natives) {
 
   // Bytes from and to numbers.
 
+  var keptElement = null;
+
   function binaryElement() {
-    var element = new ActiveXObject("MSXML2.DOMDocument").createElement("bytes");
-    element.dataType = "bin.hex";
-    return element;
+    if (keptElement === null) {
+      keptElement = new ActiveXObject("MSXML2.DOMDocument").createElement("bytes");
+      keptElement.dataType = "bin.hex";
+    }
+    return keptElement;
   }
 
   // Makes bytes of numbers from 0 to 255.
@@ -468,6 +472,7 @@ var Bytes = Bytes || (function (natives) {
     Equal: function (a, b) {
       var left = numbersOf("Equal", a), right = numbersOf("Equal", b), difference = 0, i;
       if (left.length !== right.length) return false;
+      if (natives !== null) return natives.equal(left, right);
       for (i = 0; i < left.length; i++) difference |= left[i] ^ right[i];
       return difference === 0;
     },
@@ -477,6 +482,7 @@ var Bytes = Bytes || (function (natives) {
       if (left.length !== right.length) {
         fail("Xor", "the counts differ, " + left.length + " and " + right.length);
       }
+      if (natives !== null) return natives.xor(left, right);
       for (i = 0; i < left.length; i++) result[i] = left[i] ^ right[i];
       return make(result);
     },

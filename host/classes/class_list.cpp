@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "classes/dictionary.h"
 #include "classes/file_system_object.h"
 
 namespace mirolta::host {
@@ -11,6 +12,7 @@ namespace {
 
 constexpr HostClassRow kClasses[] = {
     {"Scripting.FileSystemObject", &FileSystemObject::kClass, NewFileSystemObject},
+    {"Scripting.Dictionary", &kDictionaryClass, NewDictionary},
 };
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform.h"
+#include "classes/host_object.h"
 
 namespace mirolta::host {
 
@@ -20,5 +20,8 @@ struct MemberDescription {
 // name; none if the object does not describe itself.
 // Errors: std::bad_alloc.
 std::vector<MemberDescription> DescribeMembers(IDispatch* object);
+// The same for type information and for a class of the host.
+std::vector<MemberDescription> DescribeTypeMembers(ITypeInfo* info);
+std::vector<MemberDescription> DescribeHostMembers(const HostClass& host_class);
 
 }  // namespace mirolta::host

@@ -31,7 +31,7 @@ class Sample final : public HostObject {
     value_ = HostCall::NumberOf(call.Value()) * (call.Has(0) ? call.Number(0) : 1);
   }
   void GetCount(HostCall& call) const { call.ReturnInteger(7); }
-  void Refuse(HostCall& call) {
+  [[noreturn]] void Refuse(HostCall& call) {
     call.ReturnText(OLESTR("half a result"));
     switch (call.Integer(0)) {
       case 0:

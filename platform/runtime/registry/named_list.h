@@ -22,6 +22,7 @@ class NamedList {
  public:
   Node* First() const { return first_; }
   bool IsEmpty() const { return first_ == nullptr; }
+  size_t Count() const { return count_; }  // of all nodes, also those without a name
 
   Node* Find(WideView name) const {
     if (buckets_.IsEmpty()) {
