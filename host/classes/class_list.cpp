@@ -5,11 +5,13 @@
 #include <new>
 
 #include "classes/dictionary.h"
+#include "classes/file_system_object.h"
 
 namespace mirolta::host {
 namespace {
 
 constexpr HostClassRow kClasses[] = {
+    {"Scripting.FileSystemObject", &FileSystemObject::kClass, NewFileSystemObject},
     {"Scripting.Dictionary", &kDictionaryClass, NewDictionary},
 };
 
