@@ -4,12 +4,14 @@
 
 #include <new>
 
+#include "classes/ado_stream.h"
 #include "classes/dictionary.h"
 
 namespace mirolta::host {
 namespace {
 
 constexpr HostClassRow kClasses[] = {
+    {"ADODB.Stream", &kAdoStreamClass, NewAdoStream},
     {"Scripting.Dictionary", &kDictionaryClass, NewDictionary},
 };
 
