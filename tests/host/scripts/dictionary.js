@@ -66,6 +66,6 @@ function timeOf(dictionary) {
 }
 var small = new ActiveXObject("Scripting.Dictionary");
 small.Add("key 19999", 1);
-WScript.Echo(timeOf(d) < 5 * timeOf(small) + 50);
+WScript.Echo(String(timeOf(d) < 5 * timeOf(small) + 50));
 for (i = 0; i < 20000; i += 2) d.Remove("key " + i);
 WScript.Echo(d.Count + " " + new VBArray(d.Keys()).getItem(9999));
