@@ -5,6 +5,12 @@
 // replaces the old one only when it is complete. On others ADODB.Stream holds the whole file in memory,
 // which limits its size.
 
+// Where Bytes is not built in it is read from the library.
+if (typeof Bytes === "undefined") {
+  eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
+    WScript.ScriptFullName.replace(/[^\\\/]*$/, "..\\lib\\bytes.js")).ReadAll());
+}
+
 var PIECE = 1 << 19;
 var COPIED_AT_ONCE = 1 << 20;
 var LARGE = 16 * 1024 * 1024;
@@ -78,6 +84,33 @@ function copyStream(from, to, path, size) {
 
 // Arguments.
 
+// Prints the usage and ends the script if help is asked for.
+function offerHelp(usage) {
+  for (var i = 0; i < WScript.Arguments.length; i++) {
+    if (WScript.Arguments(i) === "--help") usage(0);
+  }
+}
+
+// Takes the flags, options without a value, out of the words: true for each that is there.
+function takeFlags(found, flags) {
+  var rest = [], taken = {}, i;
+  for (i = 0; i < found.words.length; i++) {
+    if (isOneOf(found.words[i], flags)) {
+      taken[found.words[i]] = true;
+    } else {
+      rest.push(found.words[i]);
+    }
+  }
+  found.words = rest;
+  return taken;
+}
+
+// A whole number from `least` to `most` in decimal, or usage().
+function takeWhole(text, least, most, usage) {
+  if (!/^[0-9]{1,15}$/.test(text) || Number(text) < least || Number(text) > most) usage();
+  return Number(text);
+}
+
 // Splits the arguments into words and values of the given options. Calls usage() for an option without
 // a value.
 function splitArguments(options, usage) {
@@ -144,6 +177,17 @@ function keyValue(key) {
   }
 }
 
+// The bytes of a pass phrase, of which text is encoded as UTF-8. Warns if other users could see it.
+function secretBytes(key) {
+  var value = keyValue(key);
+  if (key.text !== undefined) {
+    complain("Beware: other users can see a pass phrase on the command line; --key-file and --key-env");
+    complain("hide it.");
+  }
+  if (value === null || value === "") fail("the pass phrase is empty");
+  return typeof value === "string" ? Bytes.FromText(value) : value;
+}
+
 // A cipher object with algorithm and key. The key is passed as the UTF-16 code units of a text, which the
 // object uses unchanged if its code page is negative, so the script needs no byte arrays.
 function makeCrypt(algorithm, hex) {
@@ -188,6 +232,48 @@ function bytesOf(hex) {
   var number = newNumber();
   number.Hex = hex;
   return number.Binary;
+}
+
+// `count` bytes of a key, derived from a secret by PBKDF2 with HMAC (RFC 8018, section 5.2). The sums are
+// computed on words of 32 bits, which every script host can do.
+function deriveKey(algorithm, secret, salt, iterations, count) {
+  var hash = new ActiveXObject("Vardeko.crypt.HashObject"), hex = "", block, i, sum;
+  hash.InitHash(algorithm);
+  hash.Key = secret;
+  for (block = 1; hex.length < 2 * count; block++) {
+    hash.HashUpdate(salt);
+    hash.HashUpdate(bigEndian(block, 4));
+    hash.HashFinalize();
+    sum = wordsOf(hash.Value);
+    for (i = 1; i < iterations; i++) {
+      hash.HashData(hash.BinaryValue);
+      addWords(sum, hash.Value);
+    }
+    hash.Reset();
+    for (i = 0; i < sum.length; i++) hex += fixedHex(sum[i] < 0 ? sum[i] + 0x100000000 : sum[i], 8);
+  }
+  return Bytes.FromHex(hex.substr(0, 2 * count));
+}
+
+function wordsOf(hex) {
+  var words = [];
+  for (var i = 0; i < hex.length; i += 8) words.push(parseInt(hex.substr(i, 8), 16));
+  return words;
+}
+
+// Adds hexadecimal words bit by bit, without carries.
+function addWords(sum, hex) {
+  for (var i = 0; i < sum.length; i++) sum[i] ^= parseInt(hex.substr(8 * i, 8), 16);
+}
+
+function fixedHex(n, digits) {
+  var text = n.toString(16);
+  while (text.length < digits) text = "0" + text;
+  return text;
+}
+
+function bigEndian(n, count) {
+  return Bytes.FromHex(fixedHex(n, 2 * count));
 }
 
 // Files.

@@ -111,10 +111,14 @@ var Bytes = Bytes || (function (natives) {
 
   // Bytes from and to numbers.
 
+  var keptElement = null;
+
   function binaryElement() {
-    var element = new ActiveXObject("MSXML2.DOMDocument").createElement("bytes");
-    element.dataType = "bin.hex";
-    return element;
+    if (keptElement === null) {
+      keptElement = new ActiveXObject("MSXML2.DOMDocument").createElement("bytes");
+      keptElement.dataType = "bin.hex";
+    }
+    return keptElement;
   }
 
   // Makes bytes of numbers from 0 to 255.

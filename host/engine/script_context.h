@@ -27,6 +27,8 @@ struct ScriptContext {
   std::string script_path;       // as given
   std::string script_full_path;  // absolute
   std::vector<std::string> arguments;
+  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
+  unsigned time_limit = 0;  // in seconds, 0 for none
 
   // The depth of nested calls into automation.
   int calls_running = 0;

@@ -5,13 +5,17 @@
 #include <string.h>
 
 #include <new>
+#include <optional>
 
 #include "engine/host_errors.h"
+#include "engine/interruption.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "files/output_file.h"
 #include "objects/bytes_object.h"
 #include "objects/dispatch_object.h"
+#include "objects/enumerator.h"
+#include "objects/language_functions.h"
 #include "objects/member_function.h"
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
@@ -33,6 +37,8 @@ size_t* SizeOf(void* block) {
 void* Resize(ScriptContext* context, void* block, size_t size) {
   const size_t old_size = block != nullptr ? *SizeOf(block) : 0;
   const size_t limit = context->memory_limit;
+  // An engine without memory throws an error, also in a script that calls no native function.
+  if (size > old_size && IsInterrupted()) return nullptr;
   if (size > old_size && (size > limit || context->memory_in_use - old_size > limit - size)) {
     return nullptr;
   }
@@ -80,6 +86,8 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallMemberFunctions(engine);
   InstallDispatchObjects(engine);
   InstallVbArray(engine);
+  InstallEnumerator(engine);
+  InstallLanguageFunctions(engine);
   InstallWScript(engine);
   InstallBytes(engine);
   context->link = MakeLink(engine);
@@ -126,22 +134,39 @@ duk_ret_t CompileAndRun(duk_context* engine, void* data) {
   return 1;
 }
 
-int RunProgram(const ScriptText& script, Program* program,
-               const std::vector<std::string>& arguments) {
+// Returns whether the script succeeded; reports its error.
+bool RunIn(ScriptEngine* engine, Program* program, bool is_interruptible) {
+  bool succeeded = false;
+  {
+    std::optional<InterruptibleCommand> command;
+    if (is_interruptible) command.emplace();
+    succeeded = duk_safe_call(engine->Api(), CompileAndRun, program, 0, 1) == DUK_EXEC_SUCCESS;
+  }
+  fflush(stdout);
+  if (!succeeded) ReportError(engine->Api());
+  duk_pop(engine->Api());
+  return succeeded;
+}
+
+int RunProgram(const ScriptText& script, Program* program, const RunOptions& options) {
   bool succeeded = false;
   {
     ScriptEngine engine;
     engine.Context().script_path = script.name;
     engine.Context().script_full_path = script.full_path;
-    engine.Context().arguments = arguments;
+    engine.Context().arguments = options.arguments;
+    engine.Context().is_batch = options.is_batch;
     std::string problem;
     if (!engine.Start(&problem)) {
       fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
       return 1;
     }
-    succeeded = duk_safe_call(engine.Api(), CompileAndRun, program, 0, 1) == DUK_EXEC_SUCCESS;
-    fflush(stdout);
-    if (!succeeded) PrintReport(DescribeError(engine.Api()));
+    if (options.prepare != nullptr) options.prepare(&engine);
+    succeeded = RunIn(&engine, program, options.follow != nullptr);
+    if (options.follow != nullptr) {
+      options.follow(&engine);
+      succeeded = true;
+    }
   }
   succeeded = FlushOutput() && succeeded && FinishOutputs();
   DiscardOutputs();
@@ -170,13 +195,17 @@ bool ScriptEngine::Start(std::string* problem) {
   return is_installed && context_.link != nullptr;
 }
 
-int RunScript(const ScriptText& script, const std::vector<std::string>& arguments) {
+void ReportError(duk_context* engine) {
+  if (!ContextOf(engine).is_batch) PrintReport(DescribeError(engine));
+}
+
+int RunScript(const ScriptText& script, const RunOptions& options) {
   try {
     Program program;
     program.text = script.text;
     program.uses = FindMemberUses(script.text);
     program.name = EngineFromUnits(UnitsFromSystem(script.name));
-    return RunProgram(script, &program, arguments);
+    return RunProgram(script, &program, options);
   } catch (const std::bad_alloc&) {
     DiscardOutputs();
     fputs("mirolta-host: not enough memory\n", stderr);

@@ -29,9 +29,23 @@ class ScriptEngine {
   ScriptContext context_;
 };
 
+struct RunOptions {
+  std::vector<std::string> arguments;
+  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
+  // For the prompt: called before and after the script, in its engine. With `follow` the script's
+  // errors do not count for the exit status.
+  void (*prepare)(ScriptEngine* engine) = nullptr;
+  void (*follow)(ScriptEngine* engine) = nullptr;
+};
+
 // RunScript runs a script and returns the host's exit status: 0, or 1 with a report on standard
 // error if the script cannot be compiled or throws an error that it does not catch. WScript.Quit
 // ends the process.
-int RunScript(const ScriptText& script, const std::vector<std::string>& arguments);
+int RunScript(const ScriptText& script, const RunOptions& options);
+
+// ReportError reports the thrown value on top of the engine's stack, which stays there, on standard
+// error; in batch mode it does nothing.
+// Errors: std::bad_alloc.
+void ReportError(duk_context* engine);
 
 }  // namespace mirolta::host

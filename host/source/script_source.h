@@ -8,7 +8,7 @@ namespace mirolta::host {
 
 struct SourceOptions {
   // The character set of scripts without a byte order mark: a name as iconv knows it, or the number
-  // of a code page. Empty: detected.
+  // of a code page. Empty: detected (script_encoding.h).
   std::string charset;
 };
 
@@ -23,11 +23,12 @@ struct ScriptText {
   std::string_view Original() const { return original.empty() ? text : original; }
 };
 
-// LoadScript reads a script file and prepares it for the compiler: it decodes the text, removes a
-// byte order mark, makes a comment of a first line that starts with #!, and rewrites assignments to
-// calls. Neither changes the numbers of lines.
+// LoadScript reads a script file and prepares it for the compiler: it decodes the text, makes a
+// comment of a first line that starts with #!, and rewrites assignments to calls. Line numbers do
+// not change.
 // Shapes: a file of at most 256 MB.
-// Errors: false with a sentence in *problem, which names the script.
+// Errors: false with a sentence in *problem, which names the script, also for files of other
+//         languages.
 bool LoadScript(const std::string& path, const SourceOptions& options, ScriptText* script,
                 std::string* problem);
 
