@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "classes/ado_stream.h"
 #include "classes/dictionary.h"
 #include "classes/file_system_object.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr HostClassRow kClasses[] = {
     {"Scripting.FileSystemObject", &FileSystemObject::kClass, NewFileSystemObject},
+    {"ADODB.Stream", &kAdoStreamClass, NewAdoStream},
     {"Scripting.Dictionary", &kDictionaryClass, NewDictionary},
 };
 
