@@ -81,6 +81,7 @@ int Run(const CommandLine& line) {
   RunOptions options;
   options.arguments = line.arguments;
   options.is_batch = line.is_batch;
+  options.time_limit = line.time_limit;
   ScriptText script;
   if (line.has_prompt || (!names_script && isatty(STDIN_FILENO) != 0)) {
     options.prepare = InstallPrompt;
@@ -89,15 +90,6 @@ int Run(const CommandLine& line) {
     if (!names_script) return RunScript(script, options);
   }
   if (!Load(line, &script)) return 1;
-  if (line.time_limit > 0) {
-    // What the script prints before the limit is not lost.
-    setvbuf(stdout, nullptr, _IONBF, 0);
-    const std::string seconds = std::to_string(line.time_limit);
-    LimitTime(line.time_limit, line.is_batch ? ""
-                                             : "mirolta-host: " + script.name +
-                                                   " was ended: it ran longer than " + seconds +
-                                                   " seconds\n");
-  }
   return RunScript(script, options);
 }
 

@@ -32,6 +32,7 @@ class ScriptEngine {
 struct RunOptions {
   std::vector<std::string> arguments;
   bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
+  unsigned time_limit = 0;  // in seconds, 0 for none
   // For the prompt: called before and after the script, in its engine. With `follow` the script's
   // errors do not count for the exit status.
   void (*prepare)(ScriptEngine* engine) = nullptr;
@@ -42,10 +43,5 @@ struct RunOptions {
 // error if the script cannot be compiled or throws an error that it does not catch. WScript.Quit
 // ends the process.
 int RunScript(const ScriptText& script, const RunOptions& options);
-
-// ReportError reports the thrown value on top of the engine's stack, which stays there, on standard
-// error; in batch mode it does nothing.
-// Errors: std::bad_alloc.
-void ReportError(duk_context* engine);
 
 }  // namespace mirolta::host
