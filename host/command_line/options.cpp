@@ -187,6 +187,12 @@ class Parser {
         return Do(option, name, "");
       }
       if (equals != std::string::npos) return Do(option, name, word.substr(equals + 1));
+      // --register --system MODULE
+      if (option.action != Action::kRun && at_ + 2 < words_.size() &&
+          words_[at_ + 1] == "--system") {
+        line_.is_for_system = true;
+        ++at_;
+      }
       if (at_ + 1 >= words_.size()) {
         return Refuse(name, std::string("needs an argument: ") + option.argument);
       }
