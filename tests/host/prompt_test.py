@@ -170,9 +170,16 @@ class Help(PipedTest):
         self.assertRegex(output, r"\n  Exists\(.*method\n      \S")
 
     def test_help_of_an_object_of_the_script(self):
-        output, errors = self.prompt("help({ first: 1 })\nhelp('')\n")
+        output, errors = self.prompt("help({ first: 1 })\nhelp(1)\n")
         self.assertEqual(errors, "")
         self.assertIn("  first\n", output)
+
+    def test_help_of_a_class(self):
+        output, errors = self.prompt('help("Vardeko.crypt.HashObject")\n')
+        self.assertEqual(errors, "")
+        self.assertIn("InitHash", output)
+        _, errors = self.prompt('help("No.Such")\n')
+        self.assertIn("No.Such", errors)
 
     def test_general_help(self):
         output, _ = self.prompt("help()\n")
