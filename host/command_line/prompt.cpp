@@ -13,6 +13,7 @@
 #include "command_line/options.h"
 #include "command_line/prompt_entry.h"
 #include "command_line/result_text.h"
+#include "engine/error_report.h"
 #include "engine/interruption.h"
 #include "source/call_assignment.h"
 #include "values/text_encoding.h"
@@ -25,6 +26,7 @@ constexpr char kNextPrompt[] = "... ";
 
 // Texts are in the engine's form.
 struct Entry {
+  bool is_compiled = false;
   std::string text;
   std::string object_text;  // as an object literal, empty if it cannot be one
 };
@@ -44,6 +46,7 @@ duk_ret_t RunEntry(duk_context* engine, void* data) {
     if (!is_compiled) duk_pop(engine);
   }
   if (!is_compiled && !PushCompiled(engine, entry->text)) return duk_throw(engine);
+  entry->is_compiled = true;
   duk_call(engine, 0);
   duk_dup_top(engine);
   PushResultText(engine);
@@ -63,6 +66,17 @@ void PrintResult(duk_context* engine) {
 duk_ret_t KeepResult(duk_context* engine, void*) {
   if (!duk_is_undefined(engine, -1)) duk_put_global_string(engine, "_");
   return 0;
+}
+
+// The lines are shown for a syntax error only: a function that fails is in an earlier entry at times.
+void Report(ScriptEngine* script, const std::string& typed, bool is_compiled) {
+  ScriptText text;
+  text.name = kPromptName;
+  text.text = typed;
+  std::vector<const ScriptText*>& scripts = script->Context().scripts;
+  if (!is_compiled) scripts.push_back(&text);
+  ReportUncaught(script->Api(), is_compiled);
+  if (!is_compiled) scripts.pop_back();
 }
 
 void Run(ScriptEngine* script, const std::string& typed) {
@@ -88,7 +102,7 @@ void Run(ScriptEngine* script, const std::string& typed) {
   } else {
     // The error is the first of the two values.
     duk_pop(engine);
-    ReportError(engine);
+    Report(script, typed, entry.is_compiled);
   }
   duk_pop(engine);
   static_cast<void>(fflush(stdout));

@@ -15,6 +15,8 @@
 namespace mirolta::host {
 namespace {
 
+constexpr char kThrown[] = "thrown";
+
 // Throws an Error with the description on top of the stack.
 [[noreturn]] void ThrowDescribed(duk_context* engine, HRESULT status, UnitsView source) {
   // By the script constructor, so that the error has the script's line and not this file's.
@@ -32,7 +34,8 @@ namespace {
   __builtin_unreachable();
 }
 
-// Records the line where a value that is not an Error is thrown.
+// Records the line and the calls where a value that is not an Error is thrown. A native function
+// passes on what was thrown before.
 duk_ret_t RecordThrow(duk_context* engine) {
   constexpr duk_int_t kThrower = -2;
   if (!duk_is_error(engine, 0)) {
@@ -42,7 +45,11 @@ duk_ret_t RecordThrow(duk_context* engine) {
       duk_get_prop_string(engine, -1, "lineNumber");
       line = duk_get_int(engine, -1);
     }
-    ContextOf(engine).last_thrown_line = line;
+    if (line > 0) {
+      ContextOf(engine).last_thrown_line = line;
+      duk_push_error_object(engine, DUK_ERR_ERROR, "%s", "");
+      KeepValue(engine, kThrown);
+    }
   }
   duk_dup(engine, 0);
   return 1;
@@ -134,6 +141,17 @@ void InstallErrors(duk_context* engine) {
   duk_push_c_function(engine, RecordThrow, 1);
   duk_put_prop_string(engine, -2, "errThrow");
   duk_pop(engine);
+}
+
+void PushCalls(duk_context* engine) {
+  if (duk_is_error(engine, -1)) {
+    duk_get_prop_string(engine, -1, "stack");
+    return;
+  }
+  PushKept(engine, kThrown);
+  if (!duk_is_object(engine, -1)) return;
+  duk_get_prop_string(engine, -1, "stack");
+  duk_remove(engine, -2);
 }
 
 ErrorReport DescribeError(duk_context* engine) {

@@ -40,10 +40,10 @@ inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
 // InstallErrors installs the error classes (error_class.h) and records where values are thrown. Call once, before any script runs.
 void InstallErrors(duk_context* engine);
 
-// The report of an uncaught error. Text is in the system's form.
+// What an error tells. Text is in the system's form.
 struct ErrorReport {
-  std::string file;
-  int line = 0;
+  std::string file;  // the script's name, or the engine's for code that eval and Function compile
+  int line = 0;      // 0 if unknown
   HRESULT number = 0;
   std::string description;
   std::string source;
@@ -52,5 +52,10 @@ struct ErrorReport {
 // engine error: a longjmp would skip the destructors of automation callers.
 // Errors: std::bad_alloc.
 ErrorReport DescribeError(duk_context* engine);
+
+// PushCalls pushes the engine's text of the calls that led to the error on top of the stack, or to
+// the last throw of a value that is not an Error.
+// Errors: the engine's.
+void PushCalls(duk_context* engine);
 
 }  // namespace mirolta::host

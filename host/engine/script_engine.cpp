@@ -7,6 +7,7 @@
 #include <new>
 #include <optional>
 
+#include "engine/error_report.h"
 #include "engine/host_errors.h"
 #include "engine/interruption.h"
 #include "engine/protected_call.h"
@@ -105,32 +106,22 @@ duk_ret_t Install(duk_context* engine, void* context) {
   });
 }
 
-void PrintReport(const ErrorReport& report) {
-  std::string place = report.file;
-  if (report.line > 0) {
-    place += '(';
-    place += std::to_string(report.line);
-    place += ')';
-  }
-  const std::string source = report.source.empty() ? "" : report.source + ": ";
-  fprintf(stderr, "%s: error 0x%08X (%d): %s%s\n", place.c_str(),
-          static_cast<unsigned>(report.number), static_cast<int>(report.number), source.c_str(),
-          report.description.c_str());
-}
-
 struct Program {
   std::string name;  // in the engine's form
   std::string_view text;
   MemberUses uses;
+  bool is_compiled = false;
 };
+
 duk_ret_t CompileAndRun(duk_context* engine, void* data) {
-  const auto* script = static_cast<const Program*>(data);
+  auto* script = static_cast<Program*>(data);
   ThrowIfExhausted(engine, [&] {
     ContextOf(engine).call_sites.NoteScript(engine, script->uses);
     return 0;
   });
   duk_push_lstring(engine, script->name.data(), script->name.size());
   duk_compile_lstring_filename(engine, 0, script->text.data(), script->text.size());
+  script->is_compiled = true;
   duk_call(engine, 0);
   return 1;
 }
@@ -144,7 +135,7 @@ bool RunIn(ScriptEngine* engine, Program* program, bool is_interruptible) {
     succeeded = duk_safe_call(engine->Api(), CompileAndRun, program, 0, 1) == DUK_EXEC_SUCCESS;
   }
   fflush(stdout);
-  if (!succeeded) ReportError(engine->Api());
+  if (!succeeded) ReportUncaught(engine->Api(), program->is_compiled);
   duk_pop(engine->Api());
   return succeeded;
 }
@@ -155,6 +146,7 @@ int RunProgram(const ScriptText& script, Program* program, const RunOptions& opt
     ScriptEngine engine;
     engine.Context().script_path = script.name;
     engine.Context().script_full_path = script.full_path;
+    engine.Context().scripts.push_back(&script);
     engine.Context().arguments = options.arguments;
     engine.Context().is_batch = options.is_batch;
     engine.Context().is_interactive = options.follow != nullptr;
@@ -198,10 +190,6 @@ bool ScriptEngine::Start(std::string* problem) {
   duk_pop(engine);
   if (context_.link == nullptr) *problem = "not enough memory for the script engine";
   return is_installed && context_.link != nullptr;
-}
-
-void ReportError(duk_context* engine) {
-  if (!ContextOf(engine).is_batch) PrintReport(DescribeError(engine));
 }
 
 int RunScript(const ScriptText& script, const RunOptions& options) {

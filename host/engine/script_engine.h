@@ -44,9 +44,4 @@ struct RunOptions {
 // ends the process.
 int RunScript(const ScriptText& script, const RunOptions& options);
 
-// ReportError reports the thrown value on top of the engine's stack, which stays there, on standard
-// error; in batch mode it does nothing.
-// Errors: std::bad_alloc.
-void ReportError(duk_context* engine);
-
 }  // namespace mirolta::host

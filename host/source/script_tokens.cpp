@@ -80,8 +80,11 @@ class Splitter {
       Token token;
       token.begin = at_;
       if (had_line_break_ && AfterLineWord()) position_ = Position::kStatement;
+      const bool after_operand = position_ == Position::kAfterOperand && had_line_break_;
+      token.starts_statement = position_ == Position::kStatement && At(at_) != '}';
       TakeToken(&token);
       token.end = at_;
+      if (after_operand && IsOperandOrKeyword(token)) token.starts_statement = true;
       tokens_.push_back(token);
     }
     return std::move(tokens_);
@@ -95,6 +98,11 @@ class Splitter {
   }
   string_view LastText() const { return tokens_.empty() ? string_view() : TextOf(tokens_.back()); }
   bool LastIs(TokenKind kind) const { return !tokens_.empty() && tokens_.back().kind == kind; }
+  // After an operand such a token needs a semicolon before it, which a line break may stand for.
+  bool IsOperandOrKeyword(const Token& token) const {
+    return token.kind != TokenKind::kPunctuator && token.kind != TokenKind::kRegExp &&
+           TextOf(token) != "in" && TextOf(token) != "instanceof";
+  }
   bool AfterLineWord() const {
     return LastIs(TokenKind::kKeyword) && IsOneOf(LastText(), kLineWords);
   }

@@ -9,7 +9,8 @@ cmake_minimum_required(VERSION 3.25)
 #   // status: N
 #   // errors: PATTERN      a regular expression for all of standard error
 #   // wine: REASON         of no matter here (tests/worlds/both_scripts.py)
-# EXPECTED names another file with the output.
+# EXPECTED names another file with the output. If there is NAME.errors beside the script, standard error
+# must be its text, with the name of the script in place of its path.
 
 file(STRINGS ${SCRIPT} lines REGEX "^// [a-z]+: " ENCODING UTF-8)
 set(script ${SCRIPT})
@@ -51,6 +52,14 @@ endif()
 if(NOT output STREQUAL expected)
   message(FATAL_ERROR "standard output differs from ${expected_file}:\n${output}${errors}")
 endif()
-if(NOT errors MATCHES "${pattern}")
+string(REGEX REPLACE "\\.js$" ".errors" errors_file ${SCRIPT})
+if(EXISTS ${errors_file})
+  file(READ ${errors_file} expected)
+  get_filename_component(name ${script} NAME)
+  string(REPLACE "${script}" "${name}" errors "${errors}")
+  if(NOT errors STREQUAL expected)
+    message(FATAL_ERROR "standard error differs from ${errors_file}:\n${errors}")
+  endif()
+elseif(NOT errors MATCHES "${pattern}")
   message(FATAL_ERROR "standard error does not match ${pattern}:\n${errors}")
 endif()

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "source/statement_column.h"
+
 namespace mirolta::host {
 namespace {
 
@@ -35,6 +37,42 @@ TEST(SourceLines, ColumnsCountCharacters) {
     const Place place = PlaceOf(text, one.offset);
     EXPECT_EQ(place.line, one.line) << one.offset;
     EXPECT_EQ(place.column, one.column) << one.offset;
+  }
+}
+
+TEST(StatementColumn, TheOnlyStatementOfALineHasAColumn) {
+  const struct {
+    const char* script;
+    int line, column;
+  } kCases[] = {
+      {"f();", 1, 1},
+      {"  f();", 1, 3},
+      {"\tf()\n\tg()", 2, 2},
+      {"'\xC3\xA9'\n'\xC3\xA9' + f()", 2, 1},
+      {"function f() { return x.y; }", 1, 16},
+      {"if (a) {\n} /*\xC3\xA9*/ f();", 2, 9},
+      {"try { f();\n} catch (e) { g(); }", 2, 15},
+      {"try { f();\n} finally { g(); }", 2, 13},
+      {"if (a) {\n} else { g(); }", 2, 10},
+      {"var a = {\n  b: c.d\n};", 2, 3},
+      {"f(1,\n  g(2));", 2, 3},
+      {"f(function () {\n}, 1);", 2, 1},
+      {"x = a\n  .b", 2, 3},
+      {"/* c\n*/ f();", 2, 4},
+      {"switch (a) {\n  default: f();\n}", 2, 12},
+      // Several may fail, or none.
+      {"f(); g();", 1, 0},
+      {"if (a) f();", 1, 0},
+      {"a: f();", 1, 0},
+      {"x = function () { f(); };", 1, 0},
+      {"switch (a) {\n  case b: f();\n}", 2, 0},
+      {"f()\n\n// c\n", 2, 0},
+      {"f();\n{\n}", 3, 0},
+      {"f();", 2, 0},
+      {"f('a\\\nb'); g();", 2, 0},
+  };
+  for (const auto& one : kCases) {
+    EXPECT_EQ(StatementColumn(one.script, one.line), one.column) << one.script;
   }
 }
 
