@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string>
 
+#include "command_line/member_descriptions.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
@@ -111,23 +112,10 @@ struct CompletionFunction {
     const ObjectSlot* slot = ContextOf(engine).objects.Find(number, SlotKind::kDispatch);
     if (slot == nullptr) return;
     object.Assign(slot->value.pdispVal);
-    OwnedReference<ITypeInfo> info;
-    if (FAILED(object->GetTypeInfo(0, 0, info.Put())) || info.Get() == nullptr) return;
-    FUNCDESC* function = nullptr;
-    for (UINT i = 0; SUCCEEDED(info->GetFuncDesc(i, &function)); ++i) {
-      AddMember(info.Get(), function->memid);
-      info->ReleaseFuncDesc(function);
+    for (const MemberDescription& member : DescribeMembers(object.Get())) {
+      const std::string start = member.name.substr(0, word->start.size());
+      if (strcasecmp(start.c_str(), word->start.c_str()) == 0) words->push_back(member.name);
     }
-  }
-
-  void AddMember(ITypeInfo* info, MEMBERID id) {
-    BSTR text = nullptr;
-    UINT count = 0;
-    if (FAILED(info->GetNames(id, &text, 1, &count)) || count == 0) return;
-    const std::string name = SystemFromUnits({text, SysStringLen(text)});
-    SysFreeString(text);
-    const std::string start = name.substr(0, word->start.size());
-    if (strcasecmp(start.c_str(), word->start.c_str()) == 0) words->push_back(name);
   }
 };
 

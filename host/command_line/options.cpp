@@ -61,6 +61,15 @@ constexpr Option kOptions[] = {
        line->is_for_system = true;
        return nullptr;
      }},
+    {"--list", nullptr, nullptr, "list the classes that scripts can create", SetNothing,
+     Action::kList},
+    {"--describe", nullptr, "CLASS", "describe a class and its members, by its ProgID", SetOperand,
+     Action::kDescribe},
+    {"--verbose", nullptr, nullptr, "report from which module each object comes",
+     [](CommandLine* line, std::string_view) -> const char* {
+       line->is_verbose = true;
+       return nullptr;
+     }},
     {"--version", nullptr, nullptr, "print the version", SetNothing, Action::kVersion},
     {"-h", "--help", nullptr, "print this text", SetNothing, Action::kHelp},
 };
@@ -257,7 +266,9 @@ constexpr char kUsage[] =
     "Runs a script like the platform's script host, with ActiveXObject, WScript and VBArray.\n"
     "The script - is read from standard input. Without a script mirolta-host prompts for commands\n"
     "if standard input is a terminal, and reads the script from there if not.\n"
-    "If the module is not registered, the host uses ../lib/libMirolta.so relative to itself.\n"
+    "Classes are looked up in the registries of the user and of the system, then in the host "
+    "itself;\n"
+    "if the module is not registered, the host uses ../lib/libMirolta.so relative to itself.\n"
     "\n";
 
 constexpr char kSlashUsage[] =
@@ -275,9 +286,15 @@ constexpr char kStatuses[] =
     "for a\n"
     "wrong command line; 130 after Ctrl-C.\n"
     "\n"
-    "Environment: MIROLTA_REGISTRY names the registry file, MIROLTA_HISTORY the file that keeps "
-    "what\n"
-    "was typed at the prompt (none if it is empty).\n";
+    "Registries, in the order of look-up: ~/.local/share/mirolta/registry.reg (XDG_DATA_HOME), "
+    "which\n"
+    "--register writes; /etc/mirolta/registry.reg, which --register --system writes; and\n"
+    "mirolta/registry.reg in /usr/local/share and /usr/share (XDG_DATA_DIRS).\n"
+    "\n"
+    "Environment: MIROLTA_REGISTRY names one registry file that replaces all of them,\n"
+    "MIROLTA_SYSTEM_REGISTRY the one for all users, MIROLTA_HISTORY the file that keeps what was "
+    "typed\n"
+    "at the prompt (none if it is empty).\n";
 
 std::string HelpRow(const Option& option) {
   constexpr size_t kColumn = 24;

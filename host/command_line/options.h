@@ -12,6 +12,8 @@ enum class Action {
   kVersion,
   kRegister,
   kUnregister,
+  kList,
+  kDescribe,
 };
 
 struct CommandLine {
@@ -28,6 +30,7 @@ struct CommandLine {
   bool has_prompt = false;     // -i
   bool is_batch = false;       // //B
   bool is_for_system = false;  // --system
+  bool is_verbose = false;     // --verbose
   std::string charset;         // "" for the one that the script's first bytes tell
   unsigned time_limit = 0;     // seconds, 0 for none
 };

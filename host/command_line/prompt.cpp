@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "command_line/completion.h"
+#include "command_line/help_function.h"
 #include "command_line/history_file.h"
 #include "command_line/line_reader.h"
 #include "command_line/options.h"
@@ -131,14 +132,15 @@ class History {
 
 }  // namespace
 
-void InstallPrompt(ScriptEngine*) {
+void InstallPrompt(ScriptEngine* engine) {
   CatchInterrupts();
+  InstallHelp(engine->Api());
 }
 
 void RunPrompt(ScriptEngine* engine) {
   const bool is_terminal = isatty(STDIN_FILENO) != 0;
   if (is_terminal) {
-    printf("mirolta-host %s: Tab completes names, Ctrl-D ends the prompt\n", kVersion);
+    printf("mirolta-host %s: help() explains the prompt, Ctrl-D ends it\n", kVersion);
   }
   const auto reader =
       MakeLineReader([engine](std::string_view text) { return CompleteName(engine->Api(), text); });

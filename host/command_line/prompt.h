@@ -8,7 +8,7 @@ namespace mirolta::host {
 // The name of an entry in reports of errors.
 inline constexpr char kPromptName[] = "prompt";
 
-// InstallPrompt catches Ctrl-C. Call once, for a started engine, before any
+// InstallPrompt defines help(object) and catches Ctrl-C. Call once, for a started engine, before any
 // command or script runs.
 void InstallPrompt(ScriptEngine* engine);
 

@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include "classes/host_object.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
@@ -222,6 +223,7 @@ void PushResultText(duk_context* engine) {
 }
 
 std::string TypeName(IDispatch* object) {
+  if (const HostObject* host_object = HostObjectOf(object)) return host_object->Class().name;
   OwnedReference<ITypeInfo> info;
   BSTR name = nullptr;
   std::string text = "object";

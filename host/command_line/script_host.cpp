@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "classes/object_creation.h"
+#include "command_line/class_description.h"
+#include "command_line/class_list.h"
 #include "command_line/line_reader.h"
 #include "command_line/module_registration.h"
 #include "command_line/options.h"
@@ -78,6 +81,7 @@ int Run(const CommandLine& line) {
   RunOptions options;
   options.arguments = line.arguments;
   options.is_batch = line.is_batch;
+  options.time_limit = line.time_limit;
   ScriptText script;
   if (line.has_prompt || (!names_script && isatty(STDIN_FILENO) != 0)) {
     options.prepare = InstallPrompt;
@@ -86,19 +90,11 @@ int Run(const CommandLine& line) {
     if (!names_script) return RunScript(script, options);
   }
   if (!Load(line, &script)) return 1;
-  if (line.time_limit > 0) {
-    // What the script prints before the limit is not lost.
-    setvbuf(stdout, nullptr, _IONBF, 0);
-    const std::string seconds = std::to_string(line.time_limit);
-    LimitTime(line.time_limit, line.is_batch ? ""
-                                             : "mirolta-host: " + script.name +
-                                                   " was ended: it ran longer than " + seconds +
-                                                   " seconds\n");
-  }
   return RunScript(script, options);
 }
 
 int RunCommand(const CommandLine& line) {
+  ReportModules(line.is_verbose);
   switch (line.action) {
     case Action::kHelp:
       return PrintHelp();
@@ -107,6 +103,10 @@ int RunCommand(const CommandLine& line) {
     case Action::kRegister:
     case Action::kUnregister:
       return ChangeRegistration(line);
+    case Action::kList:
+      return ListClasses(stdout);
+    case Action::kDescribe:
+      return DescribeClass(line.operand);
     case Action::kRun:
       break;
   }

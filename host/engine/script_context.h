@@ -31,7 +31,8 @@ struct ScriptContext {
   // The scripts whose lines reports of errors show, by their names; of two with one name the last.
   std::vector<const ScriptText*> scripts;
   bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
-  unsigned time_limit = 0;  // in seconds, 0 for none
+  bool is_interactive = false;  // at the prompt
+  unsigned time_limit = 0;      // in seconds, 0 for none
 
   // The depth of nested calls into automation.
   int calls_running = 0;

@@ -12,6 +12,7 @@
 #include "engine/interruption.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
+#include "engine/time_limit.h"
 #include "files/output_file.h"
 #include "objects/bytes_object.h"
 #include "objects/dispatch_object.h"
@@ -148,12 +149,16 @@ int RunProgram(const ScriptText& script, Program* program, const RunOptions& opt
     engine.Context().scripts.push_back(&script);
     engine.Context().arguments = options.arguments;
     engine.Context().is_batch = options.is_batch;
+    engine.Context().is_interactive = options.follow != nullptr;
     std::string problem;
     if (!engine.Start(&problem)) {
       fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
       return 1;
     }
     if (options.prepare != nullptr) options.prepare(&engine);
+    if (options.time_limit > 0 && FAILED(SetTimeLimit(&engine.Context(), options.time_limit))) {
+      return 1;
+    }
     succeeded = RunIn(&engine, program, options.follow != nullptr);
     if (options.follow != nullptr) {
       options.follow(&engine);

@@ -1,8 +1,8 @@
 #include "engine/status_text.h"
 
-#include "engine/file_statuses.h"
 #include <stdio.h>
 
+#include "engine/file_statuses.h"
 #include "engine/host_errors.h"
 
 namespace mirolta::host {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "engine/file_statuses.h"
+#include "engine/interruption.h"
 
 namespace mirolta::host {
 namespace {
@@ -46,6 +47,7 @@ HRESULT ReadDescriptor(int file, char* bytes, size_t size, size_t* got) {
       *got = static_cast<size_t>(count);
       return S_OK;
     }
+    if (IsInterrupted()) return E_ABORT;
     if (errno == EAGAIN) {
       pollfd wait = {file, POLLIN, 0};
       static_cast<void>(poll(&wait, 1, -1));

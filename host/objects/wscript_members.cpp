@@ -62,6 +62,7 @@ duk_ret_t GetInteractive(duk_context* engine) {
   return 1;
 }
 
+// Without interaction, as in batch mode, WScript.Echo and reports of errors print nothing.
 duk_ret_t PutInteractive(duk_context* engine) {
   ContextOf(engine).is_batch = !duk_to_boolean(engine, 0);
   return 0;
@@ -77,7 +78,9 @@ struct PutTimeoutFunction {
   duk_ret_t Run(duk_context* engine) {
     constexpr double kMostSeconds = 32767;
     const double seconds = NumberWithin(engine, 0, 0, kMostSeconds, kInvalidCall);
-    SetTimeLimit(&ContextOf(engine), static_cast<unsigned>(seconds));
+    if (FAILED(SetTimeLimit(&ContextOf(engine), static_cast<unsigned>(seconds)))) {
+      ThrowText(engine, E_NOTIMPL, "The prompt has no time limit");
+    }
     return 0;
   }
 };

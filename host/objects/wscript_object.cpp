@@ -53,6 +53,7 @@ struct EchoFunction {
       Append(engine, i);
     }
     text += '\n';
+    if (ContextOf(engine).is_batch) return 0;
     if (fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
       ThrowText(engine, STG_E_WRITEFAULT, "The output cannot be written");
     }

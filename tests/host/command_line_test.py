@@ -78,6 +78,13 @@ class WhatItPrints(CommandLineTest):
         self.assertEqual((run.returncode, run.stdout, run.stderr), (1, "", ""))
 
 
+    def test_batch_mode_has_no_echo(self):
+        code = 'WScript.Echo(1); WScript.StdOut.WriteLine(WScript.Interactive);'
+        self.assertEqual(self.run_host("//B", "-e", code).stdout, "0\n")
+        code = 'WScript.Interactive = false; WScript.Echo(1); WScript.Interactive = true; WScript.Echo(2)'
+        self.assertEqual(self.run_host("-e", code).stdout, "2\n")
+
+
 class TimeLimit(CommandLineTest):
     def expect_end(self, code, *words, errors="mirolta-host: -e was ended: it ran longer than 1 "
                                               "seconds\n"):
@@ -109,6 +116,30 @@ class TimeLimit(CommandLineTest):
         run = self.run_host("//T:60", "-e", "WScript.Echo(1)")
         self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "1\n", ""))
         self.assertEqual(self.run_host("//T:0", "-e", "WScript.Sleep(1)").returncode, 0)
+
+    def test_of_the_script_itself(self):
+        run = self.run_host("-e", 'WScript.Echo(WScript.Timeout); WScript.timeout = 1;'
+                                  'WScript.StdOut.Write("before " + WScript.Timeout); for (;;) ;')
+        self.assertEqual((run.returncode, run.stdout, run.stderr),
+                         (1, "0\nbefore 1", "mirolta-host: -e was ended: it ran longer than 1 seconds\n"))
+
+    def test_of_the_script_itself_keeps_files(self):
+        self.write("out", b"old")
+        run = self.run_host("-e", 'WScript.Interactive = false; var out = WScript.OpenFile("out", "w");'
+                                  "out.Write(new Uint8Array(9)); WScript.Timeout = 1; WScript.Sleep(60000)")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (1, "", ""))
+        self.assertEqual((self.read("out"), self.names()), (b"old", ["out"]))
+
+    def test_can_be_removed(self):
+        run = self.run_host("//T:1", "-e", "WScript.Echo(WScript.Timeout); WScript.Timeout = 0;"
+                                           "WScript.Sleep(1500); WScript.Echo(WScript.Timeout)")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "1\n0\n", ""))
+
+    def test_must_be_a_number_of_seconds(self):
+        for value in ("-1", "40000", "'x'", "NaN", "{}"):
+            run = self.run_host("-e", "WScript.Timeout = " + value)
+            self.assertEqual(run.returncode, 1)
+            self.assertIn("Invalid procedure call or argument", run.stderr)
 
     def test_ends_a_process_that_ignores_the_signal(self):
         def ignore():
