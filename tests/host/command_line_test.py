@@ -110,9 +110,10 @@ class EncodingsOfScripts(CommandLineTest):
                                      "mirolta-host runs JScript (ECMAScript 5) in .js files\n")
 
     def test_of_more_than_256_megabytes(self):
-        status, output, errors = self.run_bytes(b" " * ((256 << 20) + 1), "-")
-        self.assertEqual((status, output), (1, ""))
-        self.assertEqual(errors,
+        with open("/dev/zero", "rb") as zeros:
+            run = self.run_host("-", stdin=zeros)
+        self.assertEqual((run.returncode, run.stdout), (1, ""))
+        self.assertEqual(run.stderr,
                          "mirolta-host: cannot read the script from standard input: File too large\n")
 
 
