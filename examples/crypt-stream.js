@@ -10,6 +10,8 @@
 //
 // An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
 // ECB mode leaves patterns visible; nothing is authenticated, and a wrong key is not detected.
+//
+// Only on mirolta-host: the platform's host has no streams of bytes.
 
 // Functions that the examples share.
 function sharedFunctions() {

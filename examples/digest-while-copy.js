@@ -7,6 +7,8 @@
 // does not matter; above 16 MB the progress is shown on standard error if that is a terminal.
 //
 // An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
+//
+// Only on mirolta-host: the platform's host has no streams of bytes.
 
 // Functions that the examples share.
 function sharedFunctions() {

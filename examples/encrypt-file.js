@@ -8,6 +8,8 @@
 // decrypt-file.js --length. With a key of 16 or 24 bytes DES is triple DES.
 //
 // An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
+//
+// Not with Wine: its ADODB.Stream reads and writes no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

@@ -5,6 +5,8 @@
 // A file is read in pieces, so its size does not matter; above 16 MB the progress is shown on
 // standard error if that is a terminal. A file that cannot be read is reported there, the others are
 // still read, and the exit status is 1.
+//
+// Not with Wine: its ADODB.Stream reads no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

@@ -7,6 +7,8 @@
 // --key-file FILE or --key-env NAME in place of KEY take it from a file or an environment variable;
 // the key is then the bytes of the file, without a final line end. KEY and text are encoded as UTF-8.
 // The file is read in pieces.
+//
+// Not with Wine: its ADODB.Stream reads no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

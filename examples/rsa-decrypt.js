@@ -6,6 +6,8 @@
 // padding: only its length can be checked, and a modified file is not detected.
 //
 // An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
+//
+// Not with Wine: its ADODB.Stream reads and writes no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

@@ -6,6 +6,8 @@
 // differs from the input's is reported on standard error, and the exit status is 1.
 //
 // Existing outputs are replaced when all of them are complete; after a failure they are unchanged.
+//
+// Only on mirolta-host: the platform's host has no streams of bytes.
 
 // Functions that the examples share.
 function sharedFunctions() {

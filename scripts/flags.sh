@@ -38,7 +38,7 @@ run_row() {
   log=$builds/$1.log
   if [ "$1" = 32-bit ]; then
     if ! scripts/i386-packages.sh build/i386 libssl-dev libgmp-dev libgtest-dev duktape-dev \
-      >"$log" 2>&1; then
+      libedit-dev >"$log" 2>&1; then
       echo "no 32-bit libraries (see $log)"
       return 1
     fi

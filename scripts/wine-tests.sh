@@ -138,34 +138,8 @@ both_hosts() {
   same "$name" "$work/$name.windows" "$work/$name.native"
 }
 
-# The tour, the self-test, the examples that need no files, the usage of the others, and the test scripts in
-# both languages.
+# The test scripts in both languages.
 scripts() {
-  examples=$root/examples
-  both_hosts tour "$examples/tour.js"
-  both_hosts tour-list "$examples/tour.js" list
-  both_hosts bignum-calc "$examples/bignum-calc.js" "2^521 - 1" "gcd(2^60, 6^30) % 1009" "30!" \
-    "3^(2^200) % (10^40 + 7)" "(-7) % 3"
-  both_hosts bignum-calc-hex "$examples/bignum-calc.js" --hex "0xFFFFFFFFFFFFFFFF * 0x10001"
-  both_hosts factorial "$examples/factorial.js" 200
-  both_hosts is-prime "$examples/is-prime.js" 2 91 1000000007 0xFFFFFFFFFFFFFFC5 \
-    170141183460469231731687303715884105727
-  both_hosts power-mod "$examples/power-mod.js" 3 0x10000000000000001 1000000000000000003
-  both_hosts hmac "$examples/hmac.js" SHA256 key -t "what do ya want for nothing?"
-  export THE_KEY=secret
-  both_hosts hmac-env "$examples/hmac.js" --key-env THE_KEY MD5 -t text
-  both_hosts derive-key "$examples/derive-key.js" SHA1 --key-env THE_KEY 73616c74 50 40
-  both_hosts show-bytes "$examples/show-bytes.js" --escapes 'a\u20ac\u00e9\u4e00' 65001 1252 -1 -2
-  both_hosts show-integer "$examples/show-bytes.js" --type integer -255 20127
-  # That host gives scripts no streams, so the stream filters are not tested there.
-  run_script "$examples/selftest.js" >"$work/selftest.windows"
-  cat "$work/selftest.windows"
-  grep -q '^[1-9][0-9]* cases, 0 failed$' "$work/selftest.windows" || fail "the self-test failed"
-  for example in hmac hash-file encrypt-file decrypt-file rsa-keygen rsa-encrypt rsa-decrypt sums show-bytes \
-                 derive-key random-bytes seal-file open-file; do
-    both_hosts "$example-usage" "$examples/$example.js"
-  done
-
   for script in "$root"/tests/windows/scripts/*.js; do
     name=$(basename "$script" .js)
     both_hosts "$name" "$script"
@@ -193,6 +167,22 @@ type_library() {
   run_wine "$windows/tests/type_library_listing.exe" "$(windows_name "$windows/Mirolta.dll")" \
     >"$work/windows"
   same "type library" "$work/windows" "$work/native"
+}
+
+# The test scripts of the host whose output is the same by the platform's (tests/worlds/both_scripts.py).
+both_scripts() {
+  python3 -B "$root/tests/worlds/both_scripts.py" "$native/bin/mirolta-host" "$work" \
+    "$root"/tests/host/scripts/both_*.js
+}
+
+# The examples (tests/worlds/example_scripts.py).
+example_scripts() {
+  python3 -B "$root/tests/worlds/example_scripts.py" "$root/examples" "$native/bin/mirolta-host" "$work"
+}
+
+# The scripts of the pages (tests/worlds/page_scripts.py).
+page_scripts() {
+  python3 -B "$root/tests/worlds/page_scripts.py" "$root" "$native/bin/mirolta-host" "$work" --wine
 }
 
 # compare_values [RULES]: compares a program's output with the portable runtime and with the system.
@@ -246,7 +236,8 @@ skipped_kernels() {
 }
 
 case $step in
-  binaries | registration | scripts | client | type_library | invoke | parity) "$step" ;;
+  binaries | registration | client | type_library | invoke | parity) "$step" ;;
+  scripts | both_scripts | example_scripts | page_scripts) "$step" ;;
   units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;
 esac

@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "command_line/registered_classes.h"
 #include "engine/status_text.h"
 #include "files/full_path.h"
 #include "portable/registry_mode.h"
@@ -16,36 +17,22 @@ namespace {
 constexpr OLECHAR kOwnClass[] = OLESTR("Vardeko.crypt.HashObject");
 constexpr char kOwnModule[] = "/../lib/libMirolta.so";
 
-std::string OwnModulePath() {
-  const std::string host = FullPath("/proc/self/exe");
-  const size_t slash = host.rfind('/');
-  return slash == std::string::npos ? "" : FullPath(host.substr(0, slash) + kOwnModule);
-}
+bool g_own_module_registered = false;
 
-std::string RegistryFile() {
-  OLECHAR file[4096];
-  const DWORD length = MiroltaRegistryFile(file, 4096);
-  return SystemFromUnits({file, length});
-}
-
-std::string StatusSentence(const char* what, HRESULT status) {
-  char number[16];
-  snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(status));
-  const char* text = StandardText(status, nullptr);
-  std::string sentence = std::string(what) + " failed with " + number;
-  if (text != nullptr) sentence = sentence + " (" + text + ")";
-  const DWORD line = MiroltaRegistryBadLine();
-  if (line != 0) {
-    sentence +=
-        "; the registry file " + RegistryFile() + " is malformed in line " + std::to_string(line);
-  }
-  return sentence;
-}
-
-// Describes a failure to read or write the registry file.
-HRESULT RegistryFailure(const char* what, LONG error, std::string* problem) {
+// Describes a failure to read or write the registry file that a registration changes.
+HRESULT RegistryFailure(bool is_writing, LONG error, RegistryScope scope, std::string* problem) {
   const HRESULT status = HRESULT_FROM_WIN32(error);
-  *problem = StatusSentence((what + (" the registry file " + RegistryFile())).c_str(), status);
+  const bool is_system = scope == RegistryScope::kSystem;
+  if (is_writing) {
+    *problem = "the registry file " + RegistryFileOf(is_system ? 1 : 0) + " cannot be written";
+    if (error != ERROR_CANTWRITE) *problem += ": " + DescribeStatus(status);
+  } else if (is_system && RegistryFileOf(1).empty()) {
+    *problem = "MIROLTA_REGISTRY replaces the system-wide registry; unset it to use --system";
+  } else if (error == ERROR_FILE_NOT_FOUND) {
+    *problem = "there is no registry file: neither MIROLTA_REGISTRY nor HOME is set";
+  } else {
+    *problem = RegistryReadProblem(error);
+  }
   return status;
 }
 
@@ -58,7 +45,7 @@ HRESULT CallEntry(const std::string& path, const char* entry, std::string* probl
   HRESULT status = CO_E_ERRORINDLL;
   if (const FARPROC function = GetProcAddress(loaded, entry)) {
     status = function();
-    if (FAILED(status)) *problem = StatusSentence(entry, status);
+    if (FAILED(status)) *problem = std::string(entry) + " failed: " + DescribeStatus(status);
   } else {
     *problem = std::string("the module has no entry point ") + entry;
   }
@@ -66,66 +53,80 @@ HRESULT CallEntry(const std::string& path, const char* entry, std::string* probl
   return status;
 }
 
-// Adds to *found the keys at and below `name` whose default value is the path of the module.
-LONG FindKeysOf(const std::string& module, HKEY parent, const Units& name, const std::string& above,
-                std::vector<std::string>* found) {
-  HKEY key = nullptr;
-  LONG error = RegOpenKeyExW(parent, name.c_str(), 0, KEY_READ, &key);
-  if (error == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
-  if (error != ERROR_SUCCESS) return error;
-  const std::string path = above + "\\" + SystemFromUnits(name);
-  OLECHAR text[4096];
-  DWORD size = sizeof text;
-  DWORD type = REG_NONE;
-  error = RegQueryValueExW(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(text), &size);
-  // Other paths to the same file count too.
-  if (error == ERROR_SUCCESS && type == REG_SZ && text[0] == OLECHAR{'/'} &&
-      FullPath(SystemFromUnits(text)) == module) {
-    found->push_back(path);
+// Removes the entries of a module that cannot do so itself; `problem` says why.
+HRESULT RemoveEntries(const std::string& module, HRESULT status, std::string* problem) {
+  const LONG error = RemoveClassesOf(module);
+  if (error == ERROR_SUCCESS) return S_OK;
+  if (error != ERROR_FILE_NOT_FOUND) {
+    *problem = "removing its entries failed: " + DescribeStatus(HRESULT_FROM_WIN32(error));
+  } else {
+    *problem += ", and nothing is registered for it";
   }
-  for (DWORD i = 0;; ++i) {
-    OLECHAR below[256];
-    DWORD length = 256;
-    error = RegEnumKeyExW(key, i, below, &length, nullptr, nullptr, nullptr, nullptr);
-    if (error == ERROR_SUCCESS) error = FindKeysOf(module, key, below, path, found);
-    if (error != ERROR_SUCCESS) break;
-  }
-  RegCloseKey(key);
-  return error == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : error;
+  return status;
 }
 
-// DllUnregisterServer may succeed and leave keys behind.
-HRESULT CheckIsGone(const std::string& module, std::string* problem) {
-  std::vector<std::string> left;
-  LONG error = ERROR_SUCCESS;
-  for (const OLECHAR* root : {OLESTR("CLSID"), OLESTR("TypeLib")}) {
-    if (error == ERROR_SUCCESS) {
-      error = FindKeysOf(module, HKEY_CLASSES_ROOT, root, "HKEY_CLASSES_ROOT", &left);
-    }
+// Calls the module's function within a batch.
+HRESULT CallWithinBatch(const std::string& module, bool registers, std::string* problem) {
+  const std::string path = FullPath(module);
+  HRESULT status = STG_E_FILENOTFOUND;
+  *problem = "there is no such file";
+  if (!path.empty()) {
+    problem->clear();
+    status = CallEntry(path, registers ? "DllRegisterServer" : "DllUnregisterServer", problem);
   }
-  if (error != ERROR_SUCCESS) return RegistryFailure("reading", error, problem);
+  const bool has_entry = status != STG_E_FILENOTFOUND && status != CO_E_ERRORINDLL;
+  return registers || has_entry ? status : RemoveEntries(module, status, problem);
+}
+
+// DllUnregisterServer may succeed and leave keys behind. Within a batch only the written layer is
+// visible.
+HRESULT CheckIsGone(const std::string& module, RegistryScope scope, std::string* problem) {
+  std::vector<KeyOfModule> left;
+  const LONG error = FindKeysOf(module, &left);
+  if (error != ERROR_SUCCESS) return RegistryFailure(false, error, scope, problem);
   if (left.empty()) return S_OK;
   *problem = "still registered in";
-  for (const std::string& path : left) *problem += " " + path;
+  for (const KeyOfModule& key : left) *problem += " HKEY_CLASSES_ROOT\\" + key.path;
   return E_FAIL;
+}
+
+// A module that the user has unregistered may still be registered for everybody.
+HRESULT CheckLowerLayers(const std::string& module, std::string* problem) {
+  std::vector<KeyOfModule> left;
+  const LONG error = FindKeysOf(module, &left);
+  if (error != ERROR_SUCCESS) return RegistryFailure(false, error, RegistryScope::kUser, problem);
+  for (const KeyOfModule& key : left) {
+    if (key.layer == 0) continue;
+    *problem = "still registered in the system-wide registry " + RegistryFileOf(key.layer) + "; " +
+               RemovalAdvice(module, key.layer);
+    return E_FAIL;
+  }
+  return S_OK;
 }
 
 }  // namespace
 
-HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem) {
-  const std::string path = FullPath(module);
-  if (path.empty()) {
-    *problem = "there is no such file";
-    return STG_E_FILENOTFOUND;
-  }
-  const LONG begun = MiroltaRegistryBatch(TRUE);
-  if (begun != ERROR_SUCCESS) return RegistryFailure("reading", begun, problem);
-  const char* entry = registers ? "DllRegisterServer" : "DllUnregisterServer";
-  const HRESULT status = CallEntry(path, entry, problem);
+HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem,
+                         RegistryScope scope) {
+  const bool is_system = scope == RegistryScope::kSystem;
+  const LONG begun = is_system ? MiroltaSystemRegistryBatch() : MiroltaRegistryBatch(TRUE);
+  if (begun != ERROR_SUCCESS) return RegistryFailure(false, begun, scope, problem);
+  HRESULT status = CallWithinBatch(module, registers, problem);
+  if (SUCCEEDED(status) && !registers) status = CheckIsGone(module, scope, problem);
   const LONG written = MiroltaRegistryBatch(FALSE);
   if (FAILED(status)) return status;
-  if (written != ERROR_SUCCESS) return RegistryFailure("writing", written, problem);
-  return registers ? status : CheckIsGone(path, problem);
+  if (written != ERROR_SUCCESS) return RegistryFailure(true, written, scope, problem);
+  return registers || is_system ? status : CheckLowerLayers(module, problem);
+}
+
+std::string OwnModulePath() {
+  const std::string host = FullPath("/proc/self/exe");
+  const size_t slash = host.rfind('/');
+  return slash == std::string::npos ? "" : FullPath(host.substr(0, slash) + kOwnModule);
+}
+
+bool IsOwnModuleRegistered() {
+  return g_own_module_registered;
 }
 
 bool RegisterOwnModule() {
@@ -139,7 +140,8 @@ bool RegisterOwnModule() {
   if (FAILED(status)) {
     fprintf(stderr, "mirolta-host: %s: %s\n", module.c_str(), problem.c_str());
   }
-  return SUCCEEDED(status);
+  g_own_module_registered = SUCCEEDED(status);
+  return g_own_module_registered;
 }
 
 }  // namespace mirolta::host

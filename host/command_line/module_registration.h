@@ -8,16 +8,26 @@
 
 namespace mirolta::host {
 
-// CallRegistration loads a module and calls its DllRegisterServer or DllUnregisterServer in one
-// batch of registry changes.
-// Errors: the function's status, that of loading the module or of reading or writing the registry,
-//         and E_FAIL if the registry still names the module after unregistration; *problem then has
-//         a message.
-HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem);
+// Which registry a registration changes: the user's, or the system-wide one (--system).
+enum class RegistryScope : uint8_t { kUser, kSystem };
 
-// RegisterOwnModule registers the module beside the host (../lib/libMirolta.so) in memory, for this
-// process only, unless its classes are registered already. Returns true if it registered the
-// module.
+// CallRegistration loads a module and calls its DllRegisterServer or DllUnregisterServer in one
+// batch of registry changes. The entries of a module that is gone, or that cannot be loaded, are
+// removed without it.
+// Errors: the function's status, that of loading the module or of reading or writing the registry,
+//         and E_FAIL if a registry still names the module after unregistration; *problem then has
+//         a message.
+HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem,
+                         RegistryScope scope = RegistryScope::kUser);
+
+// OwnModulePath returns the full path of the module beside the host (../lib/libMirolta.so), empty
+// if there is none.
+std::string OwnModulePath();
+
+// RegisterOwnModule registers the module beside the host in memory, for this process only, unless
+// its classes are registered already. Returns true if it registered the module.
 bool RegisterOwnModule();
+// Whether RegisterOwnModule has registered it.
+bool IsOwnModuleRegistered();
 
 }  // namespace mirolta::host

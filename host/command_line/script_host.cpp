@@ -1,84 +1,149 @@
-// mirolta-host: runs a script that drives automation objects, or registers a module.
+// mirolta-host: runs scripts that drive automation objects, and registers modules.
 #include <signal.h>
 #include <stdio.h>
-#include <string.h>
+#include <unistd.h>
 
 #include <new>
 #include <string>
 #include <vector>
 
+#include "classes/object_creation.h"
+#include "command_line/class_description.h"
+#include "command_line/class_list.h"
+#include "command_line/line_reader.h"
 #include "command_line/module_registration.h"
+#include "command_line/options.h"
+#include "command_line/prompt.h"
+#include "engine/interruption.h"
 #include "engine/script_engine.h"
+#include "files/standard_descriptors.h"
 #include "platform.h"
 
+namespace mirolta::host {
 namespace {
 
 constexpr int kUsageError = 2;
 
-constexpr char kUsage[] =
-    "Usage: mirolta-host SCRIPT.js [ARGUMENTS...]\n"
-    "       mirolta-host --register MODULE\n"
-    "       mirolta-host --unregister MODULE\n"
-    "       mirolta-host --help\n"
-    "\n"
-    "Runs a script like the platform's script host, with ActiveXObject, WScript and VBArray.\n"
-    "If the module is not registered, the host uses ../lib/libMirolta.so relative to itself.\n"
-    "\n"
-    "Exit status: 0 or the argument of WScript.Quit; 1 for an uncaught error, a script that\n"
-    "cannot be read or compiled, output that cannot be written, or a failed registration; 2 for a\n"
-    "wrong command line.\n"
-    "The environment variable MIROLTA_REGISTRY names the registry file.\n";
-
-int ChangeRegistration(const char* module, bool registers) {
-  std::string problem;
-  if (FAILED(mirolta::host::CallRegistration(module, registers, &problem))) {
-    fprintf(stderr, "mirolta-host: %s: %s\n", module, problem.c_str());
-    return 1;
-  }
-  printf("%s: %s\n", module, registers ? "registered" : "unregistered");
+int PrintHelp() {
+  fputs(HelpText().c_str(), stdout);
   return 0;
 }
 
-int RunCommand(int count, char** words) {
-  const char* first = words[1];
-  const bool registers = strcmp(first, "--register") == 0;
-  if (registers || strcmp(first, "--unregister") == 0) {
-    if (count == 3) return ChangeRegistration(words[2], registers);
-  } else if (strcmp(first, "--help") == 0 || strcmp(first, "-h") == 0) {
-    fputs(kUsage, stdout);
-    return 0;
-  } else if (strcmp(first, "--") == 0 && count > 2) {
-    return mirolta::host::RunScript(words[2], std::vector<std::string>(words + 3, words + count));
-  } else if (first[0] != '-') {
-    return mirolta::host::RunScript(first, std::vector<std::string>(words + 2, words + count));
-  }
-  fputs(kUsage, stderr);
-  return kUsageError;
+int PrintVersion() {
+  printf("mirolta-host %s (Duktape %ld.%ld.%ld%s)\n", kVersion, DUK_VERSION / 10000,
+         DUK_VERSION / 100 % 100, DUK_VERSION % 100, CanEditLines() ? ", libedit" : "");
+  return 0;
 }
 
-}  // namespace
+int ChangeRegistration(const CommandLine& line) {
+  const bool registers = line.action == Action::kRegister;
+  const auto scope = line.is_for_system ? RegistryScope::kSystem : RegistryScope::kUser;
+  std::string problem;
+  if (FAILED(CallRegistration(line.operand, registers, &problem, scope))) {
+    fprintf(stderr, "mirolta-host: %s: %s\n", line.operand.c_str(), problem.c_str());
+    return 1;
+  }
+  printf("%s: %s\n", line.operand.c_str(), registers ? "registered" : "unregistered");
+  return 0;
+}
 
-int main(int count, char** words) {
-  // Writing to a closed pipe is a script error and must not end the process.
-  signal(SIGPIPE, SIG_IGN);
-  if (count < 2) {
-    fputs(kUsage, stderr);
+bool ReadInput(std::string* bytes) {
+  char part[65536];
+  for (;;) {
+    const size_t got = fread(part, 1, sizeof part, stdin);
+    bytes->append(part, got);
+    if (got < sizeof part) return ferror(stdin) == 0;
+  }
+}
+
+// Loads what the command line says; reports a failure.
+bool Load(const CommandLine& line, ScriptText* script) {
+  SourceOptions options;
+  options.charset = line.charset;
+  std::string problem;
+  bool is_loaded = false;
+  if (line.has_code) {
+    is_loaded = ScriptFromBytes("-e", line.code, {}, script, &problem);
+  } else if (line.has_script && line.script != "-") {
+    is_loaded = LoadScript(line.script, options, script, &problem);
+  } else {
+    std::string bytes;
+    is_loaded = ReadInput(&bytes);
+    if (!is_loaded) problem = "cannot read the script from standard input";
+    is_loaded = is_loaded && ScriptFromBytes("standard input", bytes, options, script, &problem);
+  }
+  if (!is_loaded) fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
+  return is_loaded;
+}
+
+int Run(const CommandLine& line) {
+  const bool names_script = line.has_code || line.has_script;
+  RunOptions options;
+  options.arguments = line.arguments;
+  options.is_batch = line.is_batch;
+  options.time_limit = line.time_limit;
+  ScriptText script;
+  if (line.has_prompt || (!names_script && isatty(STDIN_FILENO) != 0)) {
+    options.prepare = InstallPrompt;
+    options.follow = RunPrompt;
+    script.name = kPromptName;
+    if (!names_script) return RunScript(script, options);
+  }
+  if (!Load(line, &script)) return 1;
+  return RunScript(script, options);
+}
+
+int RunCommand(const CommandLine& line) {
+  ReportModules(line.is_verbose);
+  switch (line.action) {
+    case Action::kHelp:
+      return PrintHelp();
+    case Action::kVersion:
+      return PrintVersion();
+    case Action::kRegister:
+    case Action::kUnregister:
+      return ChangeRegistration(line);
+    case Action::kList:
+      return ListClasses(stdout);
+    case Action::kDescribe:
+      return DescribeClass(line.operand);
+    case Action::kRun:
+      break;
+  }
+  return Run(line);
+}
+
+int RunWords(const std::vector<std::string>& words) {
+  CommandLine line;
+  std::string problem;
+  if (!ParseCommandLine(words, &line, &problem)) {
+    fprintf(stderr, "mirolta-host: %s\nTry mirolta-host --help.\n", problem.c_str());
     return kUsageError;
   }
-  // Exceeding the file size limit is a failed write, as on a full disk.
-  signal(SIGXFSZ, SIG_IGN);
   const HRESULT started = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   if (FAILED(started)) {
     fprintf(stderr, "mirolta-host: automation cannot be started (0x%08X)\n",
             static_cast<unsigned>(started));
     return 1;
   }
-  int status = 1;
-  try {
-    status = RunCommand(count, words);
-  } catch (const std::bad_alloc&) {
-    fputs("mirolta-host: not enough memory\n", stderr);
-  }
+  const int status = RunCommand(line);
   CoUninitialize();
   return status;
+}
+
+}  // namespace
+}  // namespace mirolta::host
+
+int main(int count, char** words) {
+  mirolta::host::HoldStandardDescriptors();
+  // Writing to a closed pipe is a script error and must not end the process.
+  signal(SIGPIPE, SIG_IGN);
+  // Exceeding the file size limit is a failed write, as on a full disk.
+  signal(SIGXFSZ, SIG_IGN);
+  try {
+    return mirolta::host::RunWords(std::vector<std::string>(words + 1, words + count));
+  } catch (const std::bad_alloc&) {
+    fputs("mirolta-host: not enough memory\n", stderr);
+    return 1;
+  }
 }

@@ -38,6 +38,8 @@ class CallSites {
   // NoteScript says which script will run, and that it is the only one.
   // Errors: the engine's, std::bad_alloc.
   void NoteScript(duk_context* engine, const MemberUses& uses);
+  // ForgetScript says that scripts may run that are not noted.
+  void ForgetScript() { knows_all_code_ = false; }
   // KnowsAllCode returns false if no script was noted, or if it may have compiled more code.
   bool KnowsAllCode() const { return knows_all_code_; }
   // UseOf returns how the noted script uses the name at this address, which KeepName returned.

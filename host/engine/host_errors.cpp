@@ -6,6 +6,7 @@
 
 #include <string_view>
 
+#include "engine/error_class.h"
 #include "engine/properties.h"
 #include "engine/script_context.h"
 #include "engine/status_text.h"
@@ -14,19 +15,7 @@
 namespace mirolta::host {
 namespace {
 
-constexpr duk_uint_t kHiddenData = DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRITABLE |
-                                   DUK_DEFPROP_SET_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE |
-                                   DUK_DEFPROP_FORCE;
-
-constexpr duk_uint_t kInheritedAccessor =
-    DUK_DEFPROP_SET_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE;
-
-// Defines a property of the object below the value on top, which it takes.
-void DefineHidden(duk_context* engine, const char* name) {
-  duk_push_string(engine, name);
-  duk_insert(engine, -2);
-  duk_def_prop(engine, -3, kHiddenData);
-}
+constexpr char kThrown[] = "thrown";
 
 // Throws an Error with the description on top of the stack.
 [[noreturn]] void ThrowDescribed(duk_context* engine, HRESULT status, UnitsView source) {
@@ -45,69 +34,8 @@ void DefineHidden(duk_context* engine, const char* name) {
   __builtin_unreachable();
 }
 
-// The platform's numbers for errors that the script engine throws.
-struct NumberRow {
-  const char* name;
-  HRESULT number;
-};
-constexpr NumberRow kEngineErrors[] = {
-    {"SyntaxError", kSyntaxError},
-    {"ReferenceError", MIROLTA_STATUS(0x800A1391u)},
-    {"TypeError", MIROLTA_STATUS(0x800A138Fu)},
-    {"RangeError", kInvalidCall},
-    {"URIError", MIROLTA_STATUS(0x800A13A1u)},
-    {"DoubleError", E_OUTOFMEMORY},  // thrown when there is no memory for an error
-};
-// The message of an error named "Error"; the compiler appends the line.
-constexpr char kEngineExhausted[] = "alloc failed";
-
-// Error.prototype.number, for errors without a number of their own.
-duk_ret_t GetNumber(duk_context* engine) {
-  duk_push_this(engine);
-  duk_get_prop_string(engine, -1, "name");
-  const char* name = duk_get_string_default(engine, -1, "");
-  HRESULT number = 0;
-  for (const NumberRow& row : kEngineErrors) {
-    if (strcmp(name, row.name) == 0) number = row.number;
-  }
-  if (number == 0) {
-    duk_get_prop_string(engine, 0, "message");
-    const std::string_view message = duk_get_string_default(engine, -1, "");
-    if (message.starts_with(kEngineExhausted)) number = E_OUTOFMEMORY;
-  }
-  duk_push_int(engine, number);
-  return 1;
-}
-
-duk_ret_t GetDescription(duk_context* engine) {
-  duk_push_this(engine);
-  duk_get_prop_string(engine, -1, "message");
-  return 1;
-}
-
-duk_ret_t SetOwn(duk_context* engine, const char* name) {
-  duk_push_this(engine);
-  duk_dup(engine, 0);
-  DefineHidden(engine, name);
-  return 0;
-}
-
-// new Error([number,] [description])
-duk_ret_t ConstructError(duk_context* engine) {
-  const bool has_number = duk_is_number(engine, 0);
-  const duk_idx_t text = has_number && !duk_is_undefined(engine, 1) ? 1 : 0;
-  PushKept(engine, "Error");
-  const bool has_text = !duk_is_undefined(engine, text);
-  if (has_text) duk_dup(engine, text);
-  duk_new(engine, has_text ? 1 : 0);
-  if (has_number) {
-    duk_push_int(engine, duk_to_int32(engine, 0));
-    DefineHidden(engine, "number");
-  }
-  return 1;
-}
-
-// Records the line where a value that is not an Error is thrown.
+// Records the line and the calls where a value that is not an Error is thrown. A native function
+// passes on what was thrown before.
 duk_ret_t RecordThrow(duk_context* engine) {
   constexpr duk_int_t kThrower = -2;
   if (!duk_is_error(engine, 0)) {
@@ -117,7 +45,11 @@ duk_ret_t RecordThrow(duk_context* engine) {
       duk_get_prop_string(engine, -1, "lineNumber");
       line = duk_get_int(engine, -1);
     }
-    ContextOf(engine).last_thrown_line = line;
+    if (line > 0) {
+      ContextOf(engine).last_thrown_line = line;
+      duk_push_error_object(engine, DUK_ERR_ERROR, "%s", "");
+      KeepValue(engine, kThrown);
+    }
   }
   duk_dup(engine, 0);
   return 1;
@@ -204,37 +136,22 @@ void ThrowText(duk_context* engine, HRESULT status, const char* format, ...) {
 }
 
 void InstallErrors(duk_context* engine) {
-  duk_get_global_string(engine, "Error");
-  duk_get_prop_string(engine, -1, "prototype");
-  DefineAccessor(
-      engine, "number", GetNumber, [](duk_context* inner) { return SetOwn(inner, "number"); },
-      kInheritedAccessor);
-  DefineAccessor(
-      engine, "description", GetDescription,
-      [](duk_context* inner) { return SetOwn(inner, "description"); }, kInheritedAccessor);
-
-  duk_push_c_function(engine, ConstructError, 2);
-  duk_dup(engine, -2);
-  duk_push_string(engine, "prototype");
-  duk_insert(engine, -2);
-  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
-  duk_push_string(engine, "Error");
-  duk_push_string(engine, "name");
-  duk_insert(engine, -2);
-  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
-  // Error.prototype.constructor and the global Error become the new constructor.
-  duk_dup_top(engine);
-  duk_put_global_string(engine, "Error");
-  duk_push_string(engine, "constructor");
-  duk_insert(engine, -2);
-  duk_def_prop(engine, -3, kHiddenData);
-  duk_pop(engine);
-  KeepValue(engine, "Error");
-
+  InstallErrorClasses(engine);
   duk_get_global_string(engine, "Duktape");
   duk_push_c_function(engine, RecordThrow, 1);
   duk_put_prop_string(engine, -2, "errThrow");
   duk_pop(engine);
+}
+
+void PushCalls(duk_context* engine) {
+  if (duk_is_error(engine, -1)) {
+    duk_get_prop_string(engine, -1, "stack");
+    return;
+  }
+  PushKept(engine, kThrown);
+  if (!duk_is_object(engine, -1)) return;
+  duk_get_prop_string(engine, -1, "stack");
+  duk_remove(engine, -2);
 }
 
 ErrorReport DescribeError(duk_context* engine) {

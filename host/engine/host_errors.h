@@ -13,8 +13,17 @@ inline constexpr HRESULT kSubscriptOutOfRange = MIROLTA_STATUS(0x800A0009u);
 inline constexpr HRESULT kCannotCreateObject = MIROLTA_STATUS(0x800A01ADu);
 inline constexpr HRESULT kNoSuchMember = MIROLTA_STATUS(0x800A01B6u);
 inline constexpr HRESULT kNoSuchAction = MIROLTA_STATUS(0x800A01BDu);
+inline constexpr HRESULT kNotACollection = MIROLTA_STATUS(0x800A01C3u);
 inline constexpr HRESULT kSyntaxError = MIROLTA_STATUS(0x800A03EAu);
+inline constexpr HRESULT kNumberExpected = MIROLTA_STATUS(0x800A1389u);
+inline constexpr HRESULT kFunctionExpected = MIROLTA_STATUS(0x800A138Au);
+inline constexpr HRESULT kDateExpected = MIROLTA_STATUS(0x800A138Eu);
+inline constexpr HRESULT kObjectExpected = MIROLTA_STATUS(0x800A138Fu);
+inline constexpr HRESULT kUndefinedIdentifier = MIROLTA_STATUS(0x800A1391u);
 inline constexpr HRESULT kArrayExpected = MIROLTA_STATUS(0x800A1395u);
+inline constexpr HRESULT kEnumeratorExpected = MIROLTA_STATUS(0x800A1397u);
+inline constexpr HRESULT kRegExpSyntaxError = MIROLTA_STATUS(0x800A1399u);
+inline constexpr HRESULT kBadArrayLength = MIROLTA_STATUS(0x800A13A5u);
 inline constexpr HRESULT kStreamClosed = MIROLTA_STATUS(0x800A0E78u);
 inline constexpr HRESULT kDisconnected = MIROLTA_STATUS(0x800401FDu);
 inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
@@ -28,14 +37,13 @@ inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
 [[noreturn]] void ThrowText(duk_context* engine, HRESULT status, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-// InstallErrors gives Error the platform's two-argument constructor, and every error a number and a
-// description. Call once, before any script runs.
+// InstallErrors installs the error classes (error_class.h) and records where values are thrown. Call once, before any script runs.
 void InstallErrors(duk_context* engine);
 
-// The report of an uncaught error. Text is in the system's form.
+// What an error tells. Text is in the system's form.
 struct ErrorReport {
-  std::string file;
-  int line = 0;
+  std::string file;  // the script's name, or the engine's for code that eval and Function compile
+  int line = 0;      // 0 if unknown
   HRESULT number = 0;
   std::string description;
   std::string source;
@@ -44,5 +52,10 @@ struct ErrorReport {
 // engine error: a longjmp would skip the destructors of automation callers.
 // Errors: std::bad_alloc.
 ErrorReport DescribeError(duk_context* engine);
+
+// PushCalls pushes the engine's text of the calls that led to the error on top of the stack, or to
+// the last throw of a value that is not an Error.
+// Errors: the engine's.
+void PushCalls(duk_context* engine);
 
 }  // namespace mirolta::host

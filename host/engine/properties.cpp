@@ -19,6 +19,14 @@ bool PushOwn(duk_context* engine, duk_idx_t index, const char* key) {
   return found;
 }
 
+void DefineHidden(duk_context* engine, const char* name) {
+  duk_push_string(engine, name);
+  duk_insert(engine, -2);
+  duk_def_prop(engine, -3,
+               DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRITABLE | DUK_DEFPROP_SET_CONFIGURABLE |
+                   DUK_DEFPROP_CLEAR_ENUMERABLE | DUK_DEFPROP_FORCE);
+}
+
 void DefineAccessor(duk_context* engine, const char* name, duk_c_function get, duk_c_function set,
                     duk_uint_t attributes) {
   duk_push_string(engine, name);

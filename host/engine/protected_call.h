@@ -9,6 +9,7 @@
 
 #include "engine/engine_api.h"
 #include "engine/host_errors.h"
+#include "engine/interruption.h"
 
 namespace mirolta::host {
 
@@ -38,6 +39,7 @@ duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
 // Function may have bool RunUnprotected(duk_context*) noexcept, which runs first, without the cost of
 // a protected call, and makes no call into the engine that may throw. It returns true with its
 // result on top, or false for Run to do the rest.
+// Errors: E_ABORT if the script is to be interrupted (interruption.h).
 template <typename Function, typename... Arguments>
 duk_ret_t RunProtected(duk_context* engine, const Arguments&... arguments) {
   struct Local {
@@ -45,6 +47,7 @@ duk_ret_t RunProtected(duk_context* engine, const Arguments&... arguments) {
       return ThrowIfExhausted(inner, [&] { return static_cast<Function*>(function)->Run(inner); });
     }
   };
+  if (IsInterrupted()) ThrowStatus(engine, E_ABORT);
   duk_int_t status = DUK_EXEC_SUCCESS;
   {
     Function function{arguments...};

@@ -9,6 +9,7 @@
 #include "engine/engine_api.h"
 #include "objects/member_table.h"
 #include "objects/object_table.h"
+#include "source/script_source.h"
 
 namespace mirolta::host {
 
@@ -27,6 +28,11 @@ struct ScriptContext {
   std::string script_path;       // as given
   std::string script_full_path;  // absolute
   std::vector<std::string> arguments;
+  // The scripts whose lines reports of errors show, by their names; of two with one name the last.
+  std::vector<const ScriptText*> scripts;
+  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
+  bool is_interactive = false;  // at the prompt
+  unsigned time_limit = 0;      // in seconds, 0 for none
 
   // The depth of nested calls into automation.
   int calls_running = 0;

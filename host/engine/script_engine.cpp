@@ -5,14 +5,19 @@
 #include <string.h>
 
 #include <new>
+#include <optional>
 
+#include "engine/error_report.h"
 #include "engine/host_errors.h"
+#include "engine/interruption.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
-#include "files/full_path.h"
+#include "engine/time_limit.h"
 #include "files/output_file.h"
 #include "objects/bytes_object.h"
 #include "objects/dispatch_object.h"
+#include "objects/enumerator.h"
+#include "objects/language_functions.h"
 #include "objects/member_function.h"
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
@@ -34,6 +39,8 @@ size_t* SizeOf(void* block) {
 void* Resize(ScriptContext* context, void* block, size_t size) {
   const size_t old_size = block != nullptr ? *SizeOf(block) : 0;
   const size_t limit = context->memory_limit;
+  // An engine without memory throws an error, also in a script that calls no native function.
+  if (size > old_size && IsInterrupted()) return nullptr;
   if (size > old_size && (size > limit || context->memory_in_use - old_size > limit - size)) {
     return nullptr;
   }
@@ -81,6 +88,8 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallMemberFunctions(engine);
   InstallDispatchObjects(engine);
   InstallVbArray(engine);
+  InstallEnumerator(engine);
+  InstallLanguageFunctions(engine);
   InstallWScript(engine);
   InstallBytes(engine);
   context->link = MakeLink(engine);
@@ -97,52 +106,64 @@ duk_ret_t Install(duk_context* engine, void* context) {
   });
 }
 
-void PrintReport(const ErrorReport& report) {
-  std::string place = report.file;
-  if (report.line > 0) {
-    place += '(';
-    place += std::to_string(report.line);
-    place += ')';
-  }
-  const std::string source = report.source.empty() ? "" : report.source + ": ";
-  fprintf(stderr, "%s: error 0x%08X (%d): %s%s\n", place.c_str(),
-          static_cast<unsigned>(report.number), static_cast<int>(report.number), source.c_str(),
-          report.description.c_str());
-}
-
-struct Script {
+struct Program {
   std::string name;  // in the engine's form
-  std::string text;
+  std::string_view text;
   MemberUses uses;
+  bool is_compiled = false;
 };
+
 duk_ret_t CompileAndRun(duk_context* engine, void* data) {
-  const auto* script = static_cast<const Script*>(data);
+  auto* script = static_cast<Program*>(data);
   ThrowIfExhausted(engine, [&] {
     ContextOf(engine).call_sites.NoteScript(engine, script->uses);
     return 0;
   });
   duk_push_lstring(engine, script->name.data(), script->name.size());
   duk_compile_lstring_filename(engine, 0, script->text.data(), script->text.size());
+  script->is_compiled = true;
   duk_call(engine, 0);
   return 1;
 }
 
-int RunLoaded(const std::string& path, Script* script, const std::vector<std::string>& arguments) {
+// Returns whether the script succeeded; reports its error.
+bool RunIn(ScriptEngine* engine, Program* program, bool is_interruptible) {
+  bool succeeded = false;
+  {
+    std::optional<InterruptibleCommand> command;
+    if (is_interruptible) command.emplace();
+    succeeded = duk_safe_call(engine->Api(), CompileAndRun, program, 0, 1) == DUK_EXEC_SUCCESS;
+  }
+  fflush(stdout);
+  if (!succeeded) ReportUncaught(engine->Api(), program->is_compiled);
+  duk_pop(engine->Api());
+  return succeeded;
+}
+
+int RunProgram(const ScriptText& script, Program* program, const RunOptions& options) {
   bool succeeded = false;
   {
     ScriptEngine engine;
-    engine.Context().script_path = path;
-    const std::string full = FullPath(path);
-    engine.Context().script_full_path = full.empty() ? path : full;
-    engine.Context().arguments = arguments;
+    engine.Context().script_path = script.name;
+    engine.Context().script_full_path = script.full_path;
+    engine.Context().scripts.push_back(&script);
+    engine.Context().arguments = options.arguments;
+    engine.Context().is_batch = options.is_batch;
+    engine.Context().is_interactive = options.follow != nullptr;
     std::string problem;
     if (!engine.Start(&problem)) {
       fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
       return 1;
     }
-    succeeded = duk_safe_call(engine.Api(), CompileAndRun, script, 0, 1) == DUK_EXEC_SUCCESS;
-    fflush(stdout);
-    if (!succeeded) PrintReport(DescribeError(engine.Api()));
+    if (options.prepare != nullptr) options.prepare(&engine);
+    if (options.time_limit > 0 && FAILED(SetTimeLimit(&engine.Context(), options.time_limit))) {
+      return 1;
+    }
+    succeeded = RunIn(&engine, program, options.follow != nullptr);
+    if (options.follow != nullptr) {
+      options.follow(&engine);
+      succeeded = true;
+    }
   }
   succeeded = FlushOutput() && succeeded && FinishOutputs();
   DiscardOutputs();
@@ -171,18 +192,13 @@ bool ScriptEngine::Start(std::string* problem) {
   return is_installed && context_.link != nullptr;
 }
 
-int RunScript(const std::string& path, const std::vector<std::string>& arguments) {
+int RunScript(const ScriptText& script, const RunOptions& options) {
   try {
-    Script script;
-    std::string problem;
-    if (!LoadScript(path, &script.text, &problem)) {
-      fprintf(stderr, "mirolta-host: cannot read the script %s: %s\n", path.c_str(),
-              problem.c_str());
-      return 1;
-    }
-    script.uses = FindMemberUses(script.text);
-    script.name = EngineFromUnits(UnitsFromSystem(path));
-    return RunLoaded(path, &script, arguments);
+    Program program;
+    program.text = script.text;
+    program.uses = FindMemberUses(script.text);
+    program.name = EngineFromUnits(UnitsFromSystem(script.name));
+    return RunProgram(script, &program, options);
   } catch (const std::bad_alloc&) {
     DiscardOutputs();
     fputs("mirolta-host: not enough memory\n", stderr);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/script_context.h"
+#include "source/script_source.h"
 
 namespace mirolta::host {
 
@@ -28,9 +29,19 @@ class ScriptEngine {
   ScriptContext context_;
 };
 
-// RunScript runs a script file and returns the host's exit status: 0, or 1 with a report on
-// standard error if the script cannot be read or compiled or throws an error that it does not
-// catch. WScript.Quit ends the process.
-int RunScript(const std::string& path, const std::vector<std::string>& arguments);
+struct RunOptions {
+  std::vector<std::string> arguments;
+  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
+  unsigned time_limit = 0;  // in seconds, 0 for none
+  // For the prompt: called before and after the script, in its engine. With `follow` the script's
+  // errors do not count for the exit status.
+  void (*prepare)(ScriptEngine* engine) = nullptr;
+  void (*follow)(ScriptEngine* engine) = nullptr;
+};
+
+// RunScript runs a script and returns the host's exit status: 0, or 1 with a report on standard
+// error if the script cannot be compiled or throws an error that it does not catch. WScript.Quit
+// ends the process.
+int RunScript(const ScriptText& script, const RunOptions& options);
 
 }  // namespace mirolta::host

@@ -1,5 +1,8 @@
 #include "engine/status_text.h"
 
+#include <stdio.h>
+
+#include "engine/file_statuses.h"
 #include "engine/host_errors.h"
 
 namespace mirolta::host {
@@ -44,6 +47,15 @@ constexpr StatusText kStatusTexts[] = {
     {CO_E_CLASSSTRING, "Invalid class string"},
     {CO_E_DLLNOTFOUND, "The module of the class was not found"},
     {CO_E_ERRORINDLL, "The module of the class could not be loaded"},
+    {HRESULT_FROM_WIN32(ERROR_BADDB), "The registry is malformed"},
+    {HRESULT_FROM_WIN32(ERROR_CANTREAD), "The registry could not be read"},
+    {HRESULT_FROM_WIN32(ERROR_CANTWRITE), "The registry could not be written"},
+    {HRESULT_FROM_WIN32(ERROR_KEY_DELETED), "The registry key was deleted"},
+    {HRESULT_FROM_WIN32(ERROR_DISK_FULL), "Disk full"},
+    {TYPE_E_REGISTRYACCESS, "The registration of a type library could not be read or changed"},
+    {TYPE_E_LIBNOTREGISTERED, "Type library not registered"},
+    {TYPE_E_CANTLOADLIBRARY, "The type library could not be loaded"},
+    {TYPE_E_ELEMENTNOTFOUND, "Element not found"},
     {STG_E_INVALIDFUNCTION, "Invalid function"},
     {STG_E_FILENOTFOUND, "File not found"},
     {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), "File not found"},
@@ -65,9 +77,27 @@ constexpr StatusText kStatusTexts[] = {
     {kOutOfStack, "Out of stack space"},
     {kSubscriptOutOfRange, "Subscript out of range"},
     {kCannotCreateObject, kCannotCreateText},
+    {kBadFileName, "Bad file name or number"},
+    {kFileNotFound, "File not found"},
+    {kBadFileMode, "Bad file mode"},
+    {kFileAlreadyOpen, "File already open"},
+    {kDeviceFault, "Device I/O error"},
+    {kFileExists, "File already exists"},
+    {kDiskFull, "Disk full"},
+    {kPastEndOfFile, "Input past end of file"},
+    {kTooManyFiles, "Too many files"},
+    {kNoSuchDevice, "Device unavailable"},
+    {kPermissionDenied, "Permission denied"},
+    {kPathFault, "Path/File access error"},
+    {kPathNotFound, "Path not found"},
+    {kStreamGone, "Object variable not set"},
+    {kNoStandardHandle, "The handle is invalid"},
     {kNoSuchMember, kNoSuchMemberText},
     {kNoSuchAction, "Object doesn't support this action"},
+    {kNotACollection, "Object not a collection"},
+    {kDateExpected, "Date object expected"},
     {kArrayExpected, "VBArray expected"},
+    {kEnumeratorExpected, "Enumerator object expected"},
     {kStreamClosed, "The stream is closed"},
     {kDisconnected, "Object is not connected to server"},
 };
@@ -79,6 +109,12 @@ const char* StandardText(HRESULT status, const char* otherwise) {
     if (row.status == status) return row.text;
   }
   return otherwise;
+}
+
+std::string DescribeStatus(HRESULT status) {
+  char number[16];
+  snprintf(number, sizeof number, " (0x%08X)", static_cast<unsigned>(status));
+  return StandardText(status, "Error without a known text") + std::string(number);
 }
 
 }  // namespace mirolta::host

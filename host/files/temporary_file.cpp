@@ -11,7 +11,7 @@
 namespace mirolta::host {
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM};
 
 // The list of files to remove; changed only while the signals are blocked.
 TemporaryFile* volatile first_file = nullptr;
@@ -34,16 +34,19 @@ class SignalsBlocked {
 
 }  // namespace
 
-// Async-signal-safe.
-void RemoveOnSignal(int signal) {
+void RemoveTemporaryFiles() {
   for (const TemporaryFile* file = first_file; file != nullptr; file = file->next_) {
     unlink(file->path_.c_str());
   }
-  // SA_RESETHAND restored the default action; the signal stays pending until this handler returns.
-  raise(signal);
 }
 
 namespace {
+
+void RemoveOnSignal(int signal) {
+  RemoveTemporaryFiles();
+  // SA_RESETHAND restored the default action; the signal stays pending until this handler returns.
+  raise(signal);
+}
 
 // A signal that the process ignores, as under nohup, stays ignored.
 void CatchSignals() {

@@ -1,6 +1,6 @@
 // A temporary file that is renamed to its target, or removed: when its owner ends, and when the
-// process is terminated by SIGINT, SIGTERM, SIGHUP or SIGQUIT, which keep their effect. SIGKILL
-// leaves the file.
+// process is terminated by SIGINT, SIGTERM, SIGHUP, SIGQUIT or SIGALRM, which keep their effect.
+// SIGKILL leaves the file.
 #pragma once
 
 #include <string>
@@ -31,7 +31,7 @@ class TemporaryFile {
   const std::string& Path() const { return path_; }
 
  private:
-  friend void RemoveOnSignal(int signal);
+  friend void RemoveTemporaryFiles();
   // The list of files that a signal removes.
   void Enlist();
   void Delist();
@@ -39,5 +39,10 @@ class TemporaryFile {
   std::string path_;  // "" if there is no file
   TemporaryFile* next_ = nullptr;
 };
+
+// RemoveTemporaryFiles removes the files of all TemporaryFile objects, for a signal handler that
+// ends the process. Async-signal-safe if the handler's signal is SIGINT, SIGTERM, SIGHUP, SIGQUIT
+// or SIGALRM, which are blocked while the list of files changes.
+void RemoveTemporaryFiles();
 
 }  // namespace mirolta::host

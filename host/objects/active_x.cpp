@@ -1,6 +1,6 @@
 #include "objects/active_x.h"
 
-#include "command_line/module_registration.h"
+#include "classes/object_creation.h"
 #include "engine/arguments.h"
 #include "engine/host_errors.h"
 #include "engine/protected_call.h"
@@ -11,36 +11,16 @@
 namespace mirolta::host {
 namespace {
 
-// Creates an object of the class with this ProgID or, in braces, this CLSID.
-HRESULT CreateRegistered(const OLECHAR* name, OwnedReference<IDispatch>* object) {
-  CLSID id;
-  const HRESULT status = CLSIDFromProgID(name, &id);
-  if (FAILED(status)) return status;
-  void* made = nullptr;
-  const HRESULT created = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, &made);
-  object->Attach(static_cast<IDispatch*>(made));
-  return created;
-}
-
-// The same; registers the module beside the host if the class is unknown.
-HRESULT Create(const OLECHAR* name, OwnedReference<IDispatch>* object) {
-  const HRESULT status = CreateRegistered(name, object);
-  if (SUCCEEDED(status) || !RegisterOwnModule()) return status;
-  return CreateRegistered(name, object);
-}
-
 struct CreateFunction {
   Units name;
+  std::string problem;
   OwnedReference<IDispatch> object;
   duk_ret_t Run(duk_context* engine) {
     name = UnitsFromEngine(TextArgument(engine, 0));
-    const HRESULT status = Create(name.c_str(), &object);
-    if (FAILED(status)) {
-      const char* reason = StandardText(status, nullptr);
-      ThrowText(engine, kCannotCreateObject, "%s: \"%s\" (0x%08X%s%s)",
-                StandardText(kCannotCreateObject, ""), duk_get_string(engine, 0),
-                static_cast<unsigned>(status), reason != nullptr ? ", " : "",
-                reason != nullptr ? reason : "");
+    if (FAILED(CreateObject(name, &object, &problem))) {
+      problem = EngineFromUnits(UnitsFromSystem(problem));
+      ThrowText(engine, kCannotCreateObject, "%s: \"%s\" %s", StandardText(kCannotCreateObject, ""),
+                duk_get_string(engine, 0), problem.c_str());
     }
     PushDispatch(engine, object.Detach());
     return 1;

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "classes/host_object.h"
 #include "engine/host_errors.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
@@ -254,19 +255,37 @@ duk_ret_t NeverCalled(duk_context*) {
   return 0;
 }
 
+// Whether obj(arguments) may be possible: only the host's own classes tell.
+bool MayBeCalled(IDispatch* object) {
+  HostObject* own = HostObjectOf(object);
+  return own == nullptr || HasDefaultMember(own->Class());
+}
+
+void FinishProxy(duk_context* engine, SlotNumber number) {
+  AttachHandle(engine, number);
+  ContextOf(engine).objects.SetTarget(number, duk_get_heapptr(engine, -1));
+  WrapInProxy(engine, kHandler);
+}
+
+void MakeCallable(duk_context* engine, SlotNumber number) {
+  duk_push_c_function(engine, NeverCalled, 0);
+  for (const char* own : {"length", "name"}) duk_del_prop_string(engine, -1, own);
+  FinishProxy(engine, number);
+}
+
+void MakePlain(duk_context* engine, SlotNumber number) {
+  duk_push_object(engine);
+  FinishProxy(engine, number);
+}
+
 }  // namespace
 
 void PushDispatch(duk_context* engine, IDispatch* object) {
   VARIANT value = {};
   value.vt = VT_DISPATCH;
   value.pdispVal = object;
-  PushSlotObject(engine, SlotKind::kDispatch, value, [](duk_context* inner, SlotNumber number) {
-    duk_push_c_function(inner, NeverCalled, 0);
-    for (const char* own : {"length", "name"}) duk_del_prop_string(inner, -1, own);
-    AttachHandle(inner, number);
-    ContextOf(inner).objects.SetTarget(number, duk_get_heapptr(inner, -1));
-    WrapInProxy(inner, kHandler);
-  });
+  PushSlotObject(engine, SlotKind::kDispatch, value,
+                 MayBeCalled(object) ? MakeCallable : MakePlain);
 }
 
 void InstallDispatchObjects(duk_context* engine) {

@@ -77,7 +77,7 @@ Member* MemberCall::FindMember(duk_context* engine, duk_idx_t name) {
   return KeepMember(engine, KeepName(engine, {bytes, size}), id);
 }
 
-Member* MemberCall::KeepMember(duk_context* engine, const void* name, DISPID id) {
+Member* MemberCall::KeepMember(duk_context* engine, const void* name, DISPID id) const {
   Member member;
   member.id = id;
   member.use = ContextOf(engine).call_sites.UseOf(name);

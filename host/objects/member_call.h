@@ -60,7 +60,7 @@ class MemberCall {
 
  private:
   ObjectSlot* LookUpSlot(duk_context* engine);
-  Member* KeepMember(duk_context* engine, const void* name, DISPID id);
+  Member* KeepMember(duk_context* engine, const void* name, DISPID id) const;
   HRESULT InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named);
   void ClearArguments();
   void ClearException();

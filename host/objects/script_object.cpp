@@ -1,6 +1,8 @@
 #include "objects/script_object.h"
 
+#include <mutex>
 #include <new>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/host_errors.h"
@@ -11,6 +13,8 @@
 
 namespace mirolta::host {
 
+class ScriptObject;
+
 struct ScriptLink {
   LONG references = 1;
   duk_context* engine = nullptr;  // null once cut
@@ -18,6 +22,10 @@ struct ScriptLink {
   uint32_t last_key = 0;
   bool has_pending_error = false;
   int calls_running = 0;
+  // The automation objects by the engine's objects, which they keep. An object has one at a time:
+  // automation compares objects by identity. Other threads may release the last reference.
+  std::mutex wrappers_lock;
+  std::unordered_map<const void*, ScriptObject*> wrappers;
 };
 
 namespace {
@@ -156,10 +164,23 @@ HRESULT StatusOf(Work work) {
   }
 }
 
+}  // namespace
+
 class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
  public:
-  ScriptObject(ScriptLink* link, uint32_t key) : link_(link), key_(key) {
+  // `target` is the engine's object, null for a function that is no object.
+  ScriptObject(ScriptLink* link, uint32_t key, const void* target)
+      : link_(link), key_(key), target_(target) {
     InterlockedIncrement(&link_->references);
+  }
+
+  // AddReference adds a reference unless the last one was released.
+  bool AddReference() {
+    ULONG count = references_.load();
+    while (count != 0) {
+      if (references_.compare_exchange_weak(count, count + 1)) return true;
+    }
+    return false;
   }
 
   static bool Implements(REFIID iid) { return iid == IID_IDispatch || iid == kScriptObjectId; }
@@ -231,6 +252,7 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
   friend CountedObject;
 
   ~ScriptObject() {
+    Delist();
     if (SUCCEEDED(CheckAlive())) {
       duk_safe_call(link_->engine, ForgetTarget, &key_, 0, 1);
       duk_pop(link_->engine);
@@ -244,6 +266,13 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
     return duk_check_stack(link_->engine, kNeededStack) ? S_OK : E_OUTOFMEMORY;
   }
 
+  // Removes this object from the list, unless another one took its place.
+  void Delist() {
+    const std::lock_guard<std::mutex> lock(link_->wrappers_lock);
+    const auto found = link_->wrappers.find(target_);
+    if (found != link_->wrappers.end() && found->second == this) link_->wrappers.erase(found);
+  }
+
   // DISPIDs are 1, 2, 3 ... in the order of the look-ups.
   DISPID IdOf(UnitsView name) {
     for (size_t i = 0; i < names_.size(); ++i) {
@@ -255,8 +284,32 @@ class ScriptObject final : public CountedObject<ScriptObject, IDispatch> {
 
   ScriptLink* link_;
   uint32_t key_;
+  const void* target_;
   std::vector<Units> names_;
 };
+
+namespace {
+
+// The automation object that a script object has, with a reference; null if it has none.
+ScriptObject* FindWrapper(ScriptLink* link, const void* target) {
+  const std::lock_guard<std::mutex> lock(link->wrappers_lock);
+  const auto found = link->wrappers.find(target);
+  return found != link->wrappers.end() && found->second->AddReference() ? found->second : nullptr;
+}
+
+// Makes an automation object and lists it; null if memory runs out.
+ScriptObject* MakeWrapper(ScriptLink* link, uint32_t key, const void* target) {
+  OwnedReference<ScriptObject> wrapper;
+  wrapper.Attach(new (std::nothrow) ScriptObject(link, key, target));
+  if (!wrapper || target == nullptr) return wrapper.Detach();
+  try {
+    const std::lock_guard<std::mutex> lock(link->wrappers_lock);
+    link->wrappers[target] = wrapper.Get();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+  return wrapper.Detach();
+}
 
 }  // namespace
 
@@ -278,12 +331,14 @@ void CutLink(ScriptLink* link) {
 IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index) {
   ScriptLink* link = ContextOf(engine).link;
   index = duk_normalize_index(engine, index);
+  const void* const target = duk_get_heapptr(engine, index);
+  if (ScriptObject* const wrapper = FindWrapper(link, target)) return wrapper;
   const uint32_t key = ++link->last_key;
   PushKept(engine, kWrapped);
   duk_dup(engine, index);
   duk_put_prop_index(engine, -2, key);
   duk_pop(engine);
-  auto* wrapper = new (std::nothrow) ScriptObject(link, key);
+  ScriptObject* const wrapper = MakeWrapper(link, key, target);
   if (wrapper == nullptr) {
     PushKept(engine, kWrapped);
     duk_del_prop_index(engine, -1, key);

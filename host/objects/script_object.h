@@ -15,8 +15,8 @@ struct ScriptLink;
 ScriptLink* MakeLink(duk_context* engine);
 void CutLink(ScriptLink* link);
 
-// WrapScriptObject returns an automation object for the script object at `index` and keeps the
-// script object alive.
+// WrapScriptObject returns the automation object for the script object at `index`, with a reference,
+// and keeps the script object alive. While it lives, the script object has no other.
 // Errors: null if memory runs out; the engine's.
 IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index);
 // PushWrappedObject pushes the script object that `object` wraps.

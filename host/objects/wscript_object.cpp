@@ -9,13 +9,17 @@
 #include <cmath>
 #include <string_view>
 
+#include "classes/text_stream.h"
 #include "engine/arguments.h"
 #include "engine/host_errors.h"
+#include "engine/interruption.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "files/output_file.h"
 #include "objects/active_x.h"
+#include "objects/dispatch_object.h"
 #include "objects/stream_object.h"
+#include "objects/wscript_members.h"
 #include "values/scoped_variant.h"
 #include "values/value_marshal.h"
 
@@ -24,12 +28,9 @@ namespace {
 
 constexpr char kCaseHandler[] = "wscript.handler";
 
-enum class Output { kStandard, kError };
-
 // Prints the arguments, separated by spaces. Numbers, booleans and undefined are coerced to text by
 // the platform, as its own script host does: true prints as -1, numbers have 15 digits.
-template <Output kOutput, bool kEndsLine>
-struct PrintFunction {
+struct EchoFunction {
   std::string text;
   ScopedVariant value;
 
@@ -45,26 +46,20 @@ struct PrintFunction {
   }
 
   duk_ret_t Run(duk_context* engine) {
-    FILE* const file = kOutput == Output::kError ? stderr : stdout;
     const duk_idx_t count = duk_get_top(engine);
     for (duk_idx_t i = 0; i < count; ++i) {
       if (i > 0) text += ' ';
       VariantClear(&value);
       Append(engine, i);
     }
-    if (kEndsLine) text += '\n';
-    // Keeps the order of both streams.
-    if (file == stderr) static_cast<void>(fflush(stdout));
-    if (fwrite(text.data(), 1, text.size(), file) != text.size()) {
+    text += '\n';
+    if (ContextOf(engine).is_batch) return 0;
+    if (fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
       ThrowText(engine, STG_E_WRITEFAULT, "The output cannot be written");
     }
     return 0;
   }
 };
-using OutWriteFunction = PrintFunction<Output::kStandard, false>;
-using OutWriteLineFunction = PrintFunction<Output::kStandard, true>;
-using ErrWriteFunction = PrintFunction<Output::kError, false>;
-using ErrWriteLineFunction = PrintFunction<Output::kError, true>;
 
 // Ends the process; no finally block runs.
 duk_ret_t Quit(duk_context* engine) {
@@ -86,23 +81,10 @@ duk_ret_t Sleep(duk_context* engine) {
   left.tv_sec = static_cast<time_t>(whole / 1000);
   left.tv_nsec = static_cast<long>(whole % 1000) * 1000000L;
   while (nanosleep(&left, &left) != 0) {
+    if (IsInterrupted()) ThrowStatus(engine, E_ABORT);
   }
   return 0;
 }
-
-// WScript.Arguments(i) and WScript.Arguments.Item(i)
-struct ArgumentFunction {
-  Units text;
-  duk_ret_t Run(duk_context* engine) {
-    const auto& arguments = ContextOf(engine).arguments;
-    // The index is truncated: with three arguments 2.5 names the last.
-    const double most = std::nextafter(static_cast<double>(arguments.size()), -1.0);
-    const double index = NumberWithin(engine, 0, 0, most, kSubscriptOutOfRange);
-    text = UnitsFromSystem(arguments[static_cast<size_t>(index)]);
-    PushUnits(engine, text);
-    return 1;
-  }
-};
 
 // WScript.EnvironmentVariable(name): its text, undefined if it is not set.
 struct EnvironmentFunction {
@@ -118,33 +100,49 @@ struct EnvironmentFunction {
   }
 };
 
-duk_ret_t CountArguments(duk_context* engine) {
-  duk_push_uint(engine, static_cast<duk_uint_t>(ContextOf(engine).arguments.size()));
-  return 1;
+// Replaces the name at `index` by that of the target's own property which differs from it in letter
+// case only; false if there is none.
+bool FindAnyCase(duk_context* engine, duk_idx_t target, duk_idx_t index) {
+  const char* name = duk_get_string(engine, index);
+  if (name == nullptr || duk_is_symbol(engine, index)) return false;
+  duk_enum(engine, target, DUK_ENUM_OWN_PROPERTIES_ONLY | DUK_ENUM_INCLUDE_NONENUMERABLE);
+  while (duk_next(engine, -1, 0)) {
+    if (strcasecmp(name, duk_get_string(engine, -1)) == 0) {
+      duk_replace(engine, index);
+      return true;
+    }
+    duk_pop(engine);
+  }
+  return false;
 }
 
 // The proxy trap get(target, name), case-insensitive; an exact match comes first.
 duk_ret_t GetAnyCase(duk_context* engine) {
   constexpr duk_idx_t kTarget = 0, kName = 1;
   duk_dup(engine, kName);
-  if (duk_get_prop(engine, kTarget) || !duk_is_string(engine, kName)) return 1;
-  const char* name = duk_get_string(engine, kName);
-  duk_enum(engine, kTarget, DUK_ENUM_OWN_PROPERTIES_ONLY | DUK_ENUM_INCLUDE_NONENUMERABLE);
-  while (duk_next(engine, -1, 0)) {
-    if (strcasecmp(name, duk_get_string(engine, -1)) == 0) {
-      duk_get_prop(engine, kTarget);
-      return 1;
-    }
-    duk_pop(engine);
-  }
-  return 0;
+  if (duk_get_prop(engine, kTarget)) return 1;
+  if (!FindAnyCase(engine, kTarget, kName)) return 0;
+  duk_dup(engine, kName);
+  duk_get_prop(engine, kTarget);
+  return 1;
 }
 
-duk_ret_t RefuseAssignment(duk_context* engine) {
-  ThrowStatus(engine, kNoSuchMember);
+// The proxy trap set(target, name, value): only properties with a setter can be assigned to.
+duk_ret_t SetAnyCase(duk_context* engine) {
+  constexpr duk_idx_t kTarget = 0, kName = 1, kValue = 2;
+  if (!FindAnyCase(engine, kTarget, kName)) ThrowStatus(engine, kNoSuchMember);
+  duk_dup(engine, kName);
+  duk_get_prop_desc(engine, kTarget, 0);
+  duk_get_prop_string(engine, -1, "set");
+  if (!duk_is_function(engine, -1)) ThrowStatus(engine, kNoSuchMember);
+  duk_dup(engine, kValue);
+  duk_call(engine, 1);
+  duk_push_true(engine);
+  return 1;
 }
 
-// Wraps the object on top of the stack in a proxy that ignores letter case and rejects assignment.
+// Wraps the object on top of the stack in a proxy that ignores letter case and assigns to
+// properties with a setter only.
 void IgnoreCase(duk_context* engine) {
   PushKept(engine, kCaseHandler);
   duk_push_proxy(engine, 0);
@@ -156,34 +154,33 @@ void PutText(duk_context* engine, const char* name, const std::string& system_te
   duk_put_prop_string(engine, -2, name);
 }
 
-void PutStandardStream(duk_context* engine, const char* name, int file, duk_c_function write,
-                       duk_c_function write_line) {
-  duk_push_object(engine);
-  duk_push_c_function(engine, write, DUK_VARARGS);
-  duk_put_prop_string(engine, -2, "Write");
-  duk_push_c_function(engine, write_line, DUK_VARARGS);
-  duk_put_prop_string(engine, -2, "WriteLine");
-  duk_push_boolean(engine, isatty(file) != 0);
-  duk_put_prop_string(engine, -2, "IsTerminal");
-  IgnoreCase(engine);
-  duk_put_prop_string(engine, -2, name);
-}
+// WScript.StdIn, StdOut and StdErr: made by the first use, which replaces the accessor.
+template <StandardStreamNumber kNumber>
+struct StandardStreamFunction {
+  static constexpr const char* kNames[] = {"StdIn", "StdOut", "StdErr"};
 
-void PutArguments(duk_context* engine) {
-  duk_push_c_function(engine, RunProtected<ArgumentFunction>, 1);
-  duk_push_c_function(engine, RunProtected<ArgumentFunction>, 1);
-  duk_put_prop_string(engine, -2, "Item");
-  duk_push_c_function(engine, CountArguments, 0);
-  duk_put_prop_string(engine, -2, "Count");
-  duk_push_string(engine, "length");
-  CountArguments(engine);
-  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
-  IgnoreCase(engine);
-  duk_put_prop_string(engine, -2, "Arguments");
+  duk_ret_t Run(duk_context* engine) {
+    duk_push_this(engine);
+    duk_push_string(engine, kNames[static_cast<size_t>(kNumber)]);
+    PushDispatch(engine, StandardStream(kNumber));
+    duk_dup_top(engine);
+    duk_insert(engine, -4);
+    duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
+    duk_pop(engine);
+    return 1;
+  }
+};
+
+template <StandardStreamNumber kNumber>
+void PutStandardStream(duk_context* engine) {
+  using Function = StandardStreamFunction<kNumber>;
+  duk_push_string(engine, Function::kNames[static_cast<size_t>(kNumber)]);
+  duk_push_c_function(engine, RunProtected<Function>, 0);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_SET_ENUMERABLE);
 }
 
 constexpr duk_function_list_entry kMembers[] = {
-    {"Echo", RunProtected<OutWriteLineFunction>, DUK_VARARGS},
+    {"Echo", RunProtected<EchoFunction>, DUK_VARARGS},
     {"EnvironmentVariable", RunProtected<EnvironmentFunction>, 1},
     {"Quit", Quit, 1},
     {"Sleep", Sleep, 1},
@@ -201,7 +198,7 @@ void InstallWScript(duk_context* engine) {
   duk_push_bare_object(engine);
   duk_push_c_function(engine, GetAnyCase, 3);
   duk_put_prop_string(engine, -2, "get");
-  duk_push_c_function(engine, RefuseAssignment, 4);
+  duk_push_c_function(engine, SetAnyCase, 4);
   duk_put_prop_string(engine, -2, "set");
   KeepValue(engine, kCaseHandler);
 
@@ -210,12 +207,11 @@ void InstallWScript(duk_context* engine) {
   PutText(engine, "ScriptName", std::string(FileName(context.script_full_path)));
   PutText(engine, "ScriptFullName", context.script_full_path);
   PutText(engine, "Name", "mirolta-host");
-  PutStandardStream(engine, "StdOut", STDOUT_FILENO, RunProtected<OutWriteFunction>,
-                    RunProtected<OutWriteLineFunction>);
-  PutStandardStream(engine, "StdErr", STDERR_FILENO, RunProtected<ErrWriteFunction>,
-                    RunProtected<ErrWriteLineFunction>);
-  PutArguments(engine);
+  PutStandardStream<StandardStreamNumber::kInput>(engine);
+  PutStandardStream<StandardStreamNumber::kOutput>(engine);
+  PutStandardStream<StandardStreamNumber::kError>(engine);
   InstallActiveX(engine);
+  InstallWScriptMembers(engine);
   InstallStreams(engine);
   IgnoreCase(engine);
   duk_put_global_string(engine, "WScript");

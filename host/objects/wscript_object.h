@@ -1,6 +1,6 @@
-// The global WScript: Echo, StdOut and StdErr, Arguments, ScriptName, ScriptFullName, CreateObject,
-// Sleep, Quit, and the byte streams of stream_object.h. Member names are case-insensitive, as on
-// the platform.
+// The global WScript: Echo, StdIn, StdOut and StdErr, Arguments, ScriptName, ScriptFullName,
+// CreateObject, Sleep, Quit, and the byte streams of stream_object.h. Member names are
+// case-insensitive, as on the platform.
 #pragma once
 
 #include "engine/engine_api.h"

@@ -40,12 +40,17 @@ class Finder {
       NoteText(i);
     } else if (Is(i, "[")) {
       NoteBracket(i);
-    } else if (Is(i, "(") && i > 1 && Is(i - 1, ")") && !Is(i - 2, "}")) {
-      // The callee in (o.Name)() may be any member. A function ends with a brace.
-      uses_.calls_computed = true;
-    } else if (Is(i, "(") && i > 0 && Is(i - 1, "]") && !HasConstantKey(i - 1)) {
+    } else if (Is(i, "(") && CallsComputed(i)) {
       uses_.calls_computed = true;
     }
+  }
+
+  // Whether the callee before the bracket at `i` may be any member, as in (o.Name)() and o[key](). A
+  // function in brackets ends with a brace.
+  bool CallsComputed(size_t i) const {
+    if (i == 0) return false;
+    if (Is(i - 1, ")")) return i > 1 && !Is(i - 2, "}");
+    return Is(i - 1, "]") && !HasConstantKey(i - 1);
   }
 
   void NoteWord(size_t i) {

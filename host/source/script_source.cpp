@@ -6,16 +6,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <string_view>
+#include <utility>
 
+#include "files/full_path.h"
 #include "source/call_assignment.h"
+#include "source/script_encoding.h"
+#include "source/script_kind.h"
 
 namespace mirolta::host {
 namespace {
 
-constexpr off_t kLargestScript = 256 << 20;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr size_t kLargestScript = size_t{256} << 20;
 
 bool ReadAll(int file, std::string* bytes) {
   char part[65536];
@@ -24,7 +26,7 @@ bool ReadAll(int file, std::string* bytes) {
     if (got == 0) return true;
     if (got < 0 && errno != EINTR) return false;
     if (got > 0) bytes->append(part, static_cast<size_t>(got));
-    if (static_cast<off_t>(bytes->size()) > kLargestScript) {
+    if (bytes->size() > kLargestScript) {
       errno = EFBIG;
       return false;
     }
@@ -33,19 +35,39 @@ bool ReadAll(int file, std::string* bytes) {
 
 }  // namespace
 
-bool LoadScript(const std::string& path, std::string* script, std::string* problem) {
+bool ScriptFromBytes(const std::string& name, std::string_view bytes, const SourceOptions& options,
+                     ScriptText* script, std::string* problem) {
+  if (bytes.size() > kLargestScript) {
+    *problem = "cannot read the script " + name + ": " + strerror(EFBIG);
+    return false;
+  }
+  std::string plain;
+  if (!DecodeScript(name, bytes, options.charset, &plain, problem)) return false;
+  // A comment of the same length: places do not change.
+  if (plain.starts_with("#!")) plain.replace(0, 2, "//");
+  script->name = name;
+  script->text = RewriteCallAssignments(plain);
+  script->original.clear();
+  if (script->text != plain) script->original = std::move(plain);
+  return true;
+}
+
+bool LoadScript(const std::string& path, const SourceOptions& options, ScriptText* script,
+                std::string* problem) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
   std::string bytes;
   const bool is_read = file >= 0 && ReadAll(file, &bytes);
-  if (!is_read) *problem = strerror(errno);
+  if (!is_read) *problem = "cannot read the script " + path + ": " + strerror(errno);
   if (file >= 0) close(file);
   if (!is_read) return false;
-
-  std::string_view text = bytes;
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  // The line break stays, so that line numbers do not change.
-  if (text.starts_with("#!")) text.remove_prefix(std::min(text.find('\n'), text.size()));
-  *script = RewriteCallAssignments(text);
+  const std::string refusal = RefusalOf(path, bytes);
+  if (!refusal.empty()) {
+    *problem = "cannot run " + path + ": " + refusal;
+    return false;
+  }
+  if (!ScriptFromBytes(path, bytes, options, script, problem)) return false;
+  const std::string full = FullPath(path);
+  script->full_path = full.empty() ? path : full;
   return true;
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "source/source_lines.h"
+
 namespace mirolta::host {
 namespace {
 
@@ -38,12 +40,7 @@ uint8_t ByteOf(char c) {
   return static_cast<uint8_t>(c);
 }
 
-// The length of the line terminator or white space at the start of `text`, 0 if there is none.
-size_t LineBreakLength(string_view text) {
-  if (text.empty()) return 0;
-  if (text[0] == '\n' || text[0] == '\r') return 1;
-  return text.starts_with("\xE2\x80\xA8") || text.starts_with("\xE2\x80\xA9") ? 3 : 0;
-}
+// The length of the white space at the start of `text`, 0 if there is none.
 size_t SpaceLength(string_view text) {
   static constexpr string_view kWideSpaces[] = {"\xC2\xA0",     "\xE1\x9A\x80", "\xE1\xA0\x8E",
                                                 "\xE2\x80\xAF", "\xE2\x81\x9F", "\xE3\x80\x80",
@@ -83,8 +80,11 @@ class Splitter {
       Token token;
       token.begin = at_;
       if (had_line_break_ && AfterLineWord()) position_ = Position::kStatement;
+      const bool after_operand = position_ == Position::kAfterOperand && had_line_break_;
+      token.starts_statement = position_ == Position::kStatement && At(at_) != '}';
       TakeToken(&token);
       token.end = at_;
+      if (after_operand && IsOperandOrKeyword(token)) token.starts_statement = true;
       tokens_.push_back(token);
     }
     return std::move(tokens_);
@@ -98,6 +98,11 @@ class Splitter {
   }
   string_view LastText() const { return tokens_.empty() ? string_view() : TextOf(tokens_.back()); }
   bool LastIs(TokenKind kind) const { return !tokens_.empty() && tokens_.back().kind == kind; }
+  // After an operand such a token needs a semicolon before it, which a line break may stand for.
+  bool IsOperandOrKeyword(const Token& token) const {
+    return token.kind != TokenKind::kPunctuator && token.kind != TokenKind::kRegExp &&
+           TextOf(token) != "in" && TextOf(token) != "instanceof";
+  }
   bool AfterLineWord() const {
     return LastIs(TokenKind::kKeyword) && IsOneOf(LastText(), kLineWords);
   }

@@ -31,6 +31,9 @@ struct Token {
   size_t end = 0;
   // The index of the opening bracket of a closing one.
   size_t opening = 0;
+  // A statement or a clause of one, like else or case, starts with the token. Unspecified for an
+  // operator.
+  bool starts_statement = false;
 };
 
 // SplitScript returns the tokens of a script, without white space and comments. For a script that

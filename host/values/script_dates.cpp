@@ -37,6 +37,13 @@ double AutomationDate(double script_milliseconds) {
   return day - (days - day);
 }
 
+bool IsAutomationDate(double script_milliseconds) {
+  constexpr double kFirstDay = -657434;  // 1 January 100
+  constexpr double kEndDay = 2958466;    // 1 January 10000
+  const double days = AutomationDate(script_milliseconds);
+  return days >= kFirstDay && days < kEndDay;
+}
+
 double ScriptMilliseconds(double automation_date) {
   double days = automation_date;
   if (days < 0) {

@@ -10,4 +10,7 @@ namespace mirolta::host {
 double AutomationDate(double script_milliseconds);
 double ScriptMilliseconds(double automation_date);
 
+// IsAutomationDate returns whether automation has the date: years 100 to 9999.
+bool IsAutomationDate(double script_milliseconds);
+
 }  // namespace mirolta::host

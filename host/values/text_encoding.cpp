@@ -27,23 +27,6 @@ size_t SequenceLength(uint8_t lead) {
   return 0;
 }
 
-// ReadSequence decodes the sequence at the start of `bytes`, which are not empty, and returns its
-// length, 0 if it is malformed. It accepts encoded surrogates, and rejects overlong forms.
-size_t ReadSequence(std::string_view bytes, uint32_t* code) {
-  static constexpr uint8_t kLeadMask[5] = {0, 0x7F, 0x1F, 0x0F, 0x07};
-  static constexpr uint32_t kLeast[5] = {0, 0, 0x80, 0x800, 0x10000};
-  const size_t length = SequenceLength(ByteAt(bytes, 0));
-  if (length == 0 || length > bytes.size()) return 0;
-  uint32_t value = ByteAt(bytes, 0) & kLeadMask[length];
-  for (size_t i = 1; i < length; ++i) {
-    if ((ByteAt(bytes, i) & 0xC0u) != 0x80) return 0;
-    value = (value << 6) | (ByteAt(bytes, i) & 0x3Fu);
-  }
-  if (value < kLeast[length] || value > 0x10FFFF) return 0;
-  *code = value;
-  return length;
-}
-
 size_t WriteUnit(uint32_t unit, char* bytes) {
   if (unit < 0x80) {
     bytes[0] = static_cast<char>(unit);
@@ -60,6 +43,31 @@ size_t WriteUnit(uint32_t unit, char* bytes) {
   return 3;
 }
 
+// Calls put(unit) for the one or two units of a code point.
+template <typename Put>
+void PutUnits(uint32_t code, Put put) {
+  if (code < 0x10000) return put(static_cast<OLECHAR>(code));
+  put(static_cast<OLECHAR>(0xD800 + ((code - 0x10000) >> 10)));
+  put(static_cast<OLECHAR>(0xDC00 + ((code - 0x10000) & 0x3FF)));
+}
+
+}  // namespace
+
+size_t ReadSequence(std::string_view bytes, uint32_t* code) {
+  static constexpr uint8_t kLeadMask[5] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+  static constexpr uint32_t kLeast[5] = {0, 0, 0x80, 0x800, 0x10000};
+  const size_t length = SequenceLength(ByteAt(bytes, 0));
+  if (length == 0 || length > bytes.size()) return 0;
+  uint32_t value = ByteAt(bytes, 0) & kLeadMask[length];
+  for (size_t i = 1; i < length; ++i) {
+    if ((ByteAt(bytes, i) & 0xC0u) != 0x80) return 0;
+    value = (value << 6) | (ByteAt(bytes, i) & 0x3Fu);
+  }
+  if (value < kLeast[length] || value > 0x10FFFF) return 0;
+  *code = value;
+  return length;
+}
+
 void AppendCode(uint32_t code, std::string* out) {
   char bytes[4];
   if (code < 0x10000) {
@@ -72,16 +80,6 @@ void AppendCode(uint32_t code, std::string* out) {
   bytes[3] = static_cast<char>(0x80 | (code & 0x3F));
   out->append(bytes, 4);
 }
-
-// Calls put(unit) for the one or two units of a code point.
-template <typename Put>
-void PutUnits(uint32_t code, Put put) {
-  if (code < 0x10000) return put(static_cast<OLECHAR>(code));
-  put(static_cast<OLECHAR>(0xD800 + ((code - 0x10000) >> 10)));
-  put(static_cast<OLECHAR>(0xDC00 + ((code - 0x10000) & 0x3FF)));
-}
-
-}  // namespace
 
 size_t EngineByteLength(const OLECHAR* units, size_t count) {
   size_t length = 0;

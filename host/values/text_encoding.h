@@ -25,6 +25,13 @@ size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes);
 // to count them. A four-byte sequence becomes a surrogate pair, a malformed byte U+FFFD.
 size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units);
 
+// ReadSequence decodes the UTF-8 sequence at the start of `bytes` and returns its length, 0 if it is
+// malformed. It accepts encoded surrogates, and rejects overlong forms.
+// Shapes: bytes are not empty.
+size_t ReadSequence(std::string_view bytes, uint32_t* code);
+// AppendCode encodes a code point, surrogates included, as UTF-8.
+void AppendCode(uint32_t code, std::string* out);
+
 Units UnitsFromEngine(std::string_view bytes);
 std::string EngineFromUnits(UnitsView units);
 Units UnitsFromSystem(std::string_view bytes);

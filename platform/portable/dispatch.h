@@ -7,6 +7,7 @@ inline constexpr IID IID_IDispatch = MIROLTA_OLE_IID(0x00020400);
 inline constexpr IID IID_ITypeInfo = MIROLTA_OLE_IID(0x00020401);
 inline constexpr IID IID_ITypeLib = MIROLTA_OLE_IID(0x00020402);
 inline constexpr IID IID_ITypeComp = MIROLTA_OLE_IID(0x00020403);
+inline constexpr IID IID_IEnumVARIANT = MIROLTA_OLE_IID(0x00020404);
 
 constexpr DISPID DISPID_VALUE = 0;
 constexpr DISPID DISPID_UNKNOWN = -1;
@@ -159,6 +160,13 @@ struct IDispatch : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags,
                                            DISPPARAMS* params, VARIANT* result,
                                            EXCEPINFO* exception, UINT* bad_argument) = 0;
+};
+
+struct IEnumVARIANT : IUnknown {
+  virtual HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* values, ULONG* fetched) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Skip(ULONG count) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Reset() = 0;
+  virtual HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** out) = 0;
 };
 
 struct ITypeInfo : IUnknown {

@@ -38,9 +38,42 @@ constexpr NativeRow kRows[] = {
     {"StdOut.WriteLine", "WScript.StdOut.WriteLine(long)"},
     {"StdErr.Write", "WScript.StdErr.Write(long, null)"},
     {"StdErr.WriteLine", "WScript.StdErr.WriteLine(long)"},
+    {"StdErr.WriteBlankLines", "WScript.StdErr.WriteBlankLines(3); typeof WScript.StdErr.Line"},
+    {"StdIn", "WScript.StdIn.Column + typeof WScript.StdIn.IsTerminal"},
     {"Sleep", "WScript.Sleep(0)"},
     {"Arguments", "WScript.Arguments(0) + WScript.Arguments.Item(1)"},
     {"Arguments.Count", "WScript.Arguments.Count() + WScript.Arguments.length"},
+    {"Arguments.Named",
+     "var n = WScript.Arguments.Named; n('name') + n.Item('NAME') + n('on') + n.Exists(long) + "
+     "n.Count"
+     " + WScript.Arguments.Named('name')"},
+    {"Arguments.Unnamed",
+     "var u = WScript.Arguments.Unnamed; u(0) + u.Count() + WScript.Arguments.Unnamed(1)"},
+    {"Arguments.ShowUsage", "WScript.Arguments.ShowUsage()"},
+    {"Enumerator",
+     "var t = '', e = new Enumerator(WScript.Arguments);"
+     "for (; !e.atEnd(); e.moveNext()) t += e.item();"
+     "e.moveFirst(); t + e.item() + new Enumerator(WScript.Arguments.Named).item()"
+     " + new Enumerator(WScript.Arguments.Unnamed).item() + new Enumerator().item()"},
+    {"Enumerator of none", "failing(function () { new Enumerator([]) })"},
+    {"FullName", "WScript.FullName.length + WScript.Path.length"},
+    {"Interactive", "WScript.Interactive = true; WScript.interactive"},
+    {"Timeout", "WScript.Timeout = 0; WScript.Timeout"},
+    {"Application", "typeof WScript.Application + WScript"},
+    {"GetObject",
+     "failing(function () { WScript.GetObject(long) }) +"
+     "failing(function () { GetObject(null, long) }) +"
+     "typeof GetObject('', 'Vardeko.crypt.HashObject')"},
+    {"ConnectObject",
+     "failing(function () { WScript.ConnectObject(number, 'p') }) +"
+     "failing(function () { WScript.DisconnectObject(number) }) +"
+     "failing(function () { WScript.CreateObject('x', 'p') })"},
+    {"ScriptEngine",
+     "ScriptEngine() + ScriptEngineMajorVersion() + ScriptEngineMinorVersion() +"
+     "ScriptEngineBuildVersion()"},
+    {"CollectGarbage", "CollectGarbage()"},
+    {"getVarDate",
+     "date.getVarDate().getTime() + failing(function () { new Date(NaN).getVarDate() })"},
     {"any letter case", "typeof WScript.eChO + WScript.STDOUT.wRITE('')"},
     {"OpenFile", "var f = WScript.OpenFile('/dev/null', 'r'); f.Close()"},
     {"OpenFile of none", "failing(function () { WScript.OpenFile(long + '/' + long) })"},
@@ -102,7 +135,8 @@ constexpr NativeRow kRows[] = {
     {"script object that throws",
      "failing(function () { number.Value = { valueOf: function () { throw new Error(7, 'x') } } "
      "})"},
-    {"Error", "var e = new Error(1, long); e.number + e.description"},
+    {"Error",
+     "var e = new Error(1, long), t = new TypeError('7'); e.number + e.description + t.number"},
     {"error's members", "try { null.x } catch (e) { e.number + e.description }"},
     {"throw", "try { throw 5 } catch (e) { e }"},
     {"Bytes.FromText",
@@ -116,6 +150,17 @@ constexpr NativeRow kRows[] = {
     {"Bytes.Random", "Bytes.Random(300).length"},
     {"Bytes assigned", "var kept = Bytes; Bytes = 1; Bytes = kept; 0"},
     {"error of Bytes", "failing(function () { Bytes.FromHex(long) })"},
+    {"Dictionary",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.CompareMode = 1; d.Add(long, digits);"
+     "d['Item()=']('a').value = date; d['Key()=']('a').value = number; d.Exists(1.5) + d.Count + "
+     "d.CompareMode +"
+     "typeof d.Item(bytes.none)"},
+    {"Dictionary.Keys",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, digits); d.Add(1, bytes);"
+     "typeof new VBArray(d.Items()).toArray()[1] + new VBArray(d.Keys()).toArray().join()"},
+    {"Dictionary.Remove",
+     "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, hash); d.Remove(long);"
+     "d.Add(1, 2); d.RemoveAll(); failing(function () { d.Remove(1) })"},
 };
 
 constexpr char kStart[] =
@@ -248,7 +293,7 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
     static const bool prepared = PrepareModule();
     ASSERT_TRUE(prepared);
     engine_.emplace();
-    engine_->Context().arguments = {"one", "two \xFF"};
+    engine_->Context().arguments = {"one", "two \xFF", "/name:value", "/on+"};
     Start(&*engine_);
     PushDispatch(Api(), &sink_);
     duk_put_global_string(Api(), "sink");
@@ -441,8 +486,9 @@ TEST_P(HostMemory, EveryFailedAllocationOfAKnownScriptIsAnOutOfMemoryError) {
 // Fails for a native function of the host without a row above.
 TEST_P(HostMemory, EveryNativeFunctionHasARow) {
   ASSERT_EQ(duk_peval_string(Api(),
-                             "[WScript, WScript.StdOut, WScript.StdErr, WScript.Arguments,"
-                             " Object.getPrototypeOf(stream), VBArray.prototype].map("
+                             "[WScript, WScript.StdOut, WScript.StdErr,"
+                             " Object.getPrototypeOf(stream), VBArray.prototype,"
+                             " Enumerator.prototype].map("
                              "Object.getOwnPropertyNames).join()"),
             0)
       << PopText();
@@ -452,6 +498,7 @@ TEST_P(HostMemory, EveryNativeFunctionHasARow) {
   for (size_t end = 0; (end = names.find(',')) != std::string::npos; names.erase(0, end + 1)) {
     const std::string name = names.substr(0, end);
     bool found = name == "ScriptName" || name == "ScriptFullName" || name == "Name" ||
+                 name == "Version" || name == "BuildVersion" || name == "constructor" ||
                  name == "Quit" || name == "IsTerminal" || name == "prototype" || name == "name" ||
                  name == "toString";
     for (const NativeRow& row : kRows) {

@@ -1,5 +1,5 @@
 cmake_minimum_required(VERSION 3.25)
-# Runs SCRIPT on HOST in the empty folder SCRATCH and compares the exit status, standard output
+# Runs SCRIPT on HOST in the empty folder SCRATCH, without input, and compares the exit status, standard output
 # (exactly, with the .expected file beside the script) and standard error.
 #
 # Comments of the script give what differs from status 0, no arguments and no errors:
@@ -8,7 +8,9 @@ cmake_minimum_required(VERSION 3.25)
 #   // file: NAME|TEXT      a file to create before the run
 #   // status: N
 #   // errors: PATTERN      a regular expression for all of standard error
-# EXPECTED names another file with the output.
+#   // wine: REASON         of no matter here (tests/worlds/both_scripts.py)
+# EXPECTED names another file with the output. If there is NAME.errors beside the script, standard error
+# must be its text, with the name of the script in place of its path.
 
 file(STRINGS ${SCRIPT} lines REGEX "^// [a-z]+: " ENCODING UTF-8)
 set(script ${SCRIPT})
@@ -31,13 +33,13 @@ foreach(line IN LISTS lines)
     set(expected_status ${value})
   elseif(CMAKE_MATCH_1 STREQUAL "errors")
     set(pattern "^${value}\n$")
-  else()
+  elseif(NOT CMAKE_MATCH_1 STREQUAL "wine")
     message(FATAL_ERROR "unknown line: ${line}")
   endif()
 endforeach()
 
 execute_process(COMMAND ${HOST} ${script} ${arguments} WORKING_DIRECTORY ${SCRATCH}
-  RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
+  INPUT_FILE /dev/null RESULT_VARIABLE status OUTPUT_FILE ${SCRATCH}/.output ERROR_VARIABLE errors)
 file(READ ${SCRATCH}/.output output)
 set(expected_file "${EXPECTED}")
 if(NOT EXPECTED)
@@ -50,6 +52,14 @@ endif()
 if(NOT output STREQUAL expected)
   message(FATAL_ERROR "standard output differs from ${expected_file}:\n${output}${errors}")
 endif()
-if(NOT errors MATCHES "${pattern}")
+string(REGEX REPLACE "\\.js$" ".errors" errors_file ${SCRIPT})
+if(EXISTS ${errors_file})
+  file(READ ${errors_file} expected)
+  get_filename_component(name ${script} NAME)
+  string(REPLACE "${script}" "${name}" errors "${errors}")
+  if(NOT errors STREQUAL expected)
+    message(FATAL_ERROR "standard error differs from ${errors_file}:\n${errors}")
+  endif()
+elseif(NOT errors MATCHES "${pattern}")
   message(FATAL_ERROR "standard error does not match ${pattern}:\n${errors}")
 endif()

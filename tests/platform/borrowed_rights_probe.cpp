@@ -52,7 +52,7 @@ int main(int count, char** words) {
   if (std::strcmp(words[1], "module") == 0 && count == 3 && Register(words[2])) status = Create();
   if (std::strcmp(words[1], "library") == 0 && count == 3) status = Load(words[2]);
   WCHAR file[1024] = {};
-  const DWORD length = MiroltaRegistryFile(file, 1024);
+  const DWORD length = MiroltaRegistryFile(0, file, 1024);
   std::printf("%08X %u", static_cast<unsigned>(status), length);
   std::fflush(stdout);
   _exit(0);  // a leak checker could not read this process

@@ -102,11 +102,12 @@ TEST_F(BorrowedRights, HasNoRegistryOfItsCallers) {
     WriteFile(home + below + "/registry.reg", text);
   }
   WriteFile(file_, text);
-  const char* const kVariables[] = {"MIROLTA_REGISTRY", "XDG_DATA_HOME", "HOME"};
-  const std::string kValues[] = {file_, home, home};
+  const char* const kVariables[] = {"MIROLTA_REGISTRY", "XDG_DATA_HOME", "HOME",
+                                    "MIROLTA_SYSTEM_REGISTRY", "XDG_DATA_DIRS"};
+  const std::string kValues[] = {file_, home, home, file_, home};
   const std::string old_home = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
   for (const char* variable : kVariables) unsetenv(variable);
-  for (int i = 0; i < 3; ++i) {
+  for (int i = 0; i < 5; ++i) {
     setenv(kVariables[i], kValues[i].c_str(), 1);
     EXPECT_EQ(StatusOf(plain_, {"registered"}), Reported(S_OK)) << kVariables[i];
     EXPECT_EQ(Run(borrowing_, {"registered"}), "0:" + Reported(REGDB_E_CLASSNOTREG) + " 0")

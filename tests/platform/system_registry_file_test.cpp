@@ -168,9 +168,9 @@ std::string PlaceWith(const char* own, const char* data, const char* home) {
   set("XDG_DATA_HOME", data);
   set("HOME", home);
   WCHAR file[256] = {};
-  const DWORD length = MiroltaRegistryFile(file, 256);
+  const DWORD length = MiroltaRegistryFile(0, file, 256);
   EXPECT_EQ(length, std::u16string(file).size());
-  EXPECT_EQ(MiroltaRegistryFile(file, length), 0u);
+  EXPECT_EQ(MiroltaRegistryFile(0, file, length), 0u);
   unsetenv("XDG_DATA_HOME");
   setenv("HOME", old_home.c_str(), 1);
   return Narrow(file);

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "portable/registry.h"
+#include "portable/registry_mode.h"
 #include "registry/registry_store.h"
 #include "registry/registry_text.h"
 #include "texts/wide_text.h"
@@ -59,7 +59,7 @@ LONG PlaceOf(HKEY handle, Place* place) {
 }
 
 // The registry while it is used by way of a handle, and the handle's key. A root that the file
-// lacks is created, in memory only.
+// lacks is created, in memory only. Lower layers are read only where the written one has no answer.
 struct KeyUse {
   KeyUse(RegistryAccess registry_access, HKEY handle, REGSAM access) : registry(registry_access) {
     error = Find(handle, access);
@@ -68,7 +68,56 @@ struct KeyUse {
   RegistryUse registry;
   LONG error;
   Place place;
-  RegistryKey* key = nullptr;
+  RegistryKey* key = nullptr;  // in the layer that is written; null if only a lower one has it
+
+  // Sets *lower to the key with the path `below` under the handle's in the lower layers, or null.
+  LONG FindLower(WideView below, RegistryKey** lower) const {
+    RegistryKey* root = nullptr;
+    const LONG lower_error = registry.Lower(&root);
+    *lower = root == nullptr ? nullptr : root->FindPath(place.Path());
+    if (*lower != nullptr) *lower = (*lower)->FindPath(below);
+    return lower_error;
+  }
+
+  LONG Exists(WideView below, bool* exists) const {
+    *exists = key != nullptr && key->FindPath(below) != nullptr;
+    if (*exists) return ERROR_SUCCESS;
+    RegistryKey* lower = nullptr;
+    const LONG lower_error = FindLower(below, &lower);
+    *exists = lower != nullptr;
+    return lower_error;
+  }
+
+  // Sets *shown to the key whose values are visible.
+  LONG FindValues(const RegistryKey** shown) const {
+    *shown = key;
+    if (key != nullptr && key->HasValues()) return ERROR_SUCCESS;
+    RegistryKey* lower = nullptr;
+    const LONG lower_error = FindLower(WideView(), &lower);
+    if (lower != nullptr && (key == nullptr || lower->HasValues())) *shown = lower;
+    if (lower_error == ERROR_SUCCESS && *shown == nullptr) return ERROR_KEY_DELETED;
+    return lower_error;
+  }
+
+  // Sets *child to the subkey with this index, or null. Those that only lower layers have follow
+  // the others.
+  LONG ChildAt(DWORD index, const RegistryKey** child) const {
+    *child = key == nullptr ? nullptr : key->ChildAt(index);
+    if (*child != nullptr) return ERROR_SUCCESS;
+    RegistryKey* lower = nullptr;
+    const LONG lower_error = FindLower(WideView(), &lower);
+    if (lower == nullptr) return lower_error;
+    const size_t own = key == nullptr ? 0 : key->ChildCount();
+    if (own == 0) {
+      *child = lower->ChildAt(index);
+      return ERROR_SUCCESS;
+    }
+    size_t skipped = own;
+    for (*child = lower->FirstChild(); *child != nullptr; *child = (*child)->Next()) {
+      if (key->FindChild((*child)->Name()) == nullptr && skipped++ == index) break;
+    }
+    return ERROR_SUCCESS;
+  }
 
  private:
   LONG Find(HKEY handle, REGSAM access) {
@@ -81,7 +130,10 @@ struct KeyUse {
       return registry.Root()->MakePath(place.Path(), &key, &made);
     }
     key = registry.Root()->FindPath(place.Path());
-    return key == nullptr ? ERROR_KEY_DELETED : ERROR_SUCCESS;
+    if (key != nullptr) return ERROR_SUCCESS;
+    RegistryKey* lower = nullptr;
+    const LONG lower_error = FindLower(WideView(), &lower);
+    return lower_error == ERROR_SUCCESS && lower == nullptr ? ERROR_KEY_DELETED : lower_error;
   }
 };
 
@@ -174,7 +226,10 @@ extern "C" LONG RegOpenKeyExW(HKEY handle, LPCWSTR path, DWORD, REGSAM access, H
   *out = nullptr;
   const KeyUse use(RegistryAccess::kRead, handle, ~REGSAM{0});
   if (use.error != ERROR_SUCCESS) return use.error;
-  if (use.key->FindPath(ViewOrEmpty(path)) == nullptr) return ERROR_FILE_NOT_FOUND;
+  bool exists = false;
+  const LONG unread = use.Exists(ViewOrEmpty(path), &exists);
+  if (unread != ERROR_SUCCESS) return unread;
+  if (!exists) return ERROR_FILE_NOT_FOUND;
   NewOpenKey opened;
   const LONG made = opened.Make(use.place, ViewOrEmpty(path), access);
   if (made == ERROR_SUCCESS) *out = opened.PutInTable();
@@ -188,14 +243,17 @@ extern "C" LONG RegCreateKeyExW(HKEY handle, LPCWSTR path, DWORD, LPWSTR, DWORD,
   KeyUse use(RegistryAccess::kWrite, handle, ~REGSAM{0});
   if (use.error != ERROR_SUCCESS) return use.error;
   const WideView below = ViewOrEmpty(path);
-  if (use.key->FindPath(below) == nullptr) {
+  bool exists = false;
+  LONG error = use.Exists(below, &exists);
+  if (error != ERROR_SUCCESS) return error;
+  if (!exists) {
     if (!use.place.Allows(KEY_CREATE_SUB_KEY)) return ERROR_ACCESS_DENIED;
     if (!SurvivesFile(below)) return ERROR_INVALID_PARAMETER;
   }
   NewOpenKey opened;
   NewChange change(RegistryChange::Kind::kMakeKey);
   if (change.change == nullptr) return ERROR_OUTOFMEMORY;
-  LONG error = opened.Make(use.place, below, access);
+  error = opened.Make(use.place, below, access);
   bool made = false;
   if (error == ERROR_SUCCESS) error = change.Make(&use, below, &made);
   if (error != ERROR_SUCCESS) return error;
@@ -274,7 +332,10 @@ extern "C" LONG RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type,
   if (data != nullptr && size == nullptr) return ERROR_INVALID_PARAMETER;
   const KeyUse use(RegistryAccess::kRead, handle, KEY_QUERY_VALUE);
   if (use.error != ERROR_SUCCESS) return use.error;
-  const RegistryValue* value = use.key->FindValue(ViewOrEmpty(name));
+  const RegistryKey* shown = nullptr;
+  const LONG error = use.FindValues(&shown);
+  if (error != ERROR_SUCCESS) return error;
+  const RegistryValue* value = shown->FindValue(ViewOrEmpty(name));
   return value == nullptr ? ERROR_FILE_NOT_FOUND : GiveData(*value, type, data, size);
 }
 
@@ -283,7 +344,9 @@ extern "C" LONG RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   if (name == nullptr || length == nullptr) return ERROR_INVALID_PARAMETER;
   const KeyUse use(RegistryAccess::kRead, handle, KEY_ENUMERATE_SUB_KEYS);
   if (use.error != ERROR_SUCCESS) return use.error;
-  const RegistryKey* child = use.key->ChildAt(index);
+  const RegistryKey* child = nullptr;
+  const LONG error = use.ChildAt(index, &child);
+  if (error != ERROR_SUCCESS) return error;
   if (child == nullptr) return ERROR_NO_MORE_ITEMS;
   // Keys have no classes and no times here.
   if (key_class != nullptr && class_length != nullptr && *class_length != 0) key_class[0] = 0;
@@ -299,12 +362,26 @@ extern "C" LONG RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* leng
   }
   const KeyUse use(RegistryAccess::kRead, handle, KEY_QUERY_VALUE);
   if (use.error != ERROR_SUCCESS) return use.error;
-  const RegistryValue* value = use.key->ValueAt(index);
+  const RegistryKey* shown = nullptr;
+  LONG error = use.FindValues(&shown);
+  if (error != ERROR_SUCCESS) return error;
+  const RegistryValue* value = shown->ValueAt(index);
   if (value == nullptr) return ERROR_NO_MORE_ITEMS;
   const DWORD room = *length;
-  LONG error = GiveName(value->Name(), name, length);
+  error = GiveName(value->Name(), name, length);
   if (error != ERROR_SUCCESS) return error;
   error = GiveData(*value, type, data, size);
   if (error != ERROR_SUCCESS) *length = room;
+  return error;
+}
+
+extern "C" LONG MiroltaRegistryLayer(HKEY handle, DWORD* layer) {
+  if (layer == nullptr) return ERROR_INVALID_PARAMETER;
+  *layer = 0;
+  const KeyUse use(RegistryAccess::kRead, handle, ~REGSAM{0});
+  if (use.error != ERROR_SUCCESS) return use.error;
+  const RegistryKey* shown = nullptr;
+  const LONG error = use.FindValues(&shown);
+  if (error == ERROR_SUCCESS) *layer = shown->Layer();
   return error;
 }

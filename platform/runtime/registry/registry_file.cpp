@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 
 #include "registry/registry_text.h"
 #include "system/file_name.h"
@@ -20,14 +19,6 @@ constexpr mode_t kFileMode = 0644;
 
 FileState StateFrom(const struct stat& facts) {
   return {true, facts.st_dev, facts.st_ino, facts.st_size, facts.st_mtim, facts.st_ctim};
-}
-
-// The value of an environment variable; null if it is empty, relative where it must be absolute, or
-// if the process is set-user-id.
-const char* Variable(const char* name, bool absolute) {
-  const char* value = secure_getenv(name);
-  if (value == nullptr || *value == 0 || (absolute && *value != '/')) return nullptr;
-  return value;
 }
 
 LONG ReadAll(int file, RuntimeArray<char>* text) {
@@ -98,20 +89,6 @@ bool operator==(const FileState& a, const FileState& b) {
          a.changed.tv_sec == b.changed.tv_sec && a.changed.tv_nsec == b.changed.tv_nsec;
 }
 
-LONG NameRegistryFile(RuntimeArray<char>* file) {
-  bool named = false;
-  if (const char* given = Variable("MIROLTA_REGISTRY", false)) {
-    named = JoinFileName(file, given, "");
-  } else if (const char* data = Variable("XDG_DATA_HOME", true)) {
-    named = JoinFileName(file, data, "/mirolta/registry.reg");
-  } else if (const char* home = Variable("HOME", true)) {
-    named = JoinFileName(file, home, "/.local/share/mirolta/registry.reg");
-  } else {
-    return ERROR_FILE_NOT_FOUND;
-  }
-  return named ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
-}
-
 LONG StateOf(const char* file, FileState* state) {
   struct stat facts = {};
   *state = {};
@@ -127,8 +104,9 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
   *bad_line = 0;
   struct stat facts = {};
   // stat comes first: opening a device may have effects, and opening a pipe blocks.
-  if (stat(file, &facts) == 0 && !S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
-  const OpenedFile opened(open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const bool exists = stat(file, &facts) == 0;
+  if (exists && !S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
+  const OpenedFile opened(exists ? open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY) : -1);
   if (opened.number < 0) {
     return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS
                                                : ErrorOfErrno(errno, ERROR_CANTREAD);
@@ -143,7 +121,7 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
   return ParseRegistry(text.Data(), text.Size(), root, bad_line);
 }
 
-LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state) {
+LONG StoreRegistryFile(const char* file, const RegistryKey& root, bool for_all, FileState* state) {
   RuntimeArray<char> text;
   RuntimeArray<char> target;
   RuntimeArray<char> fresh;
@@ -159,7 +137,8 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* sta
   const OpenedFile opened(CreateNew(place, fresh.Data()));
   if (opened.number < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
   error = WriteToDisk(opened.number, text);
-  if (error == ERROR_SUCCESS && replaces && fchmod(opened.number, old.st_mode & 0777) != 0) {
+  const mode_t mode = replaces ? old.st_mode & 0777 : kFileMode;
+  if (error == ERROR_SUCCESS && (replaces || for_all) && fchmod(opened.number, mode) != 0) {
     error = ErrorOfErrno(errno, ERROR_CANTWRITE);
   }
   if (error == ERROR_SUCCESS && renameat(folder, fresh.Data(), folder, place.name) != 0) {

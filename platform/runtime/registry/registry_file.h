@@ -1,4 +1,4 @@
-// The registry's file: located, read, and replaced atomically. A reader sees the content before or
+// The registry's files: read, and replaced atomically. A reader sees the content before or
 // after a change; writers hold the lock of registry_lock.h.
 #pragma once
 
@@ -20,12 +20,6 @@ struct FileState {
 };
 bool operator==(const FileState& a, const FileState& b);
 
-// NameRegistryFile sets the empty *file to the terminated name of the user's file: the value of
-// MIROLTA_REGISTRY, else mirolta/registry.reg in XDG_DATA_HOME or in .local/share of the home
-// folder. A set-user-id process has none.
-// Errors: ERROR_OUTOFMEMORY; ERROR_FILE_NOT_FOUND if there is none.
-LONG NameRegistryFile(RuntimeArray<char>* file);
-
 // StateOf reads the state of the file; that it does not exist is a state.
 // Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_CANTREAD.
 LONG StateOf(const char* file, FileState* state);
@@ -39,9 +33,10 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
 
 // StoreRegistryFile writes a new file and renames it over the old one, or over the target of a
 // symbolic link. The file is synced before it is renamed: a crash leaves the old content or the
-// new.
+// new. The new file has the old one's mode; without one, that of the process's umask or, `for_all`,
+// one with which everybody can read it.
 // Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_DISK_FULL, ERROR_CANTWRITE; the old file is
 //         then unchanged.
-LONG StoreRegistryFile(const char* file, const RegistryKey& root, FileState* state);
+LONG StoreRegistryFile(const char* file, const RegistryKey& root, bool for_all, FileState* state);
 
 }  // namespace mirolta::runtime

@@ -21,7 +21,7 @@ std::mutex g_held_lock;  // held briefly
 RegistryLock* g_held = nullptr;
 
 // Creates the folders above `file`.
-LONG MakeFolders(const char* file) {
+LONG MakeFolders(const char* file, bool for_all) {
   RuntimeArray<char> folder;
   for (const char* slash = std::strchr(file + 1, '/'); slash != nullptr;
        slash = std::strchr(slash + 1, '/')) {
@@ -30,7 +30,9 @@ LONG MakeFolders(const char* file) {
       return ERROR_OUTOFMEMORY;
     }
     struct stat facts = {};
-    if (mkdir(folder.Data(), kFolderMode) != 0 && stat(folder.Data(), &facts) != 0) {
+    const bool made = mkdir(folder.Data(), kFolderMode) == 0;
+    if (made ? for_all && chmod(folder.Data(), kFolderMode) != 0
+             : stat(folder.Data(), &facts) != 0) {
       return ErrorOfErrno(errno, ERROR_CANTWRITE);
     }
   }
@@ -39,7 +41,7 @@ LONG MakeFolders(const char* file) {
 
 }  // namespace
 
-LONG RegistryLock::Enter(const char* file) {
+LONG RegistryLock::Enter(const char* file, bool for_all) {
   RuntimeArray<char> target;
   RuntimeArray<char> name;
   LONG error = FollowLinks(file, &target);
@@ -56,7 +58,7 @@ LONG RegistryLock::Enter(const char* file) {
   };
   open_file();
   if (lock_file_ < 0 && errno == ENOENT) {
-    error = MakeFolders(target.Data());
+    error = MakeFolders(target.Data(), for_all);
     if (error != ERROR_SUCCESS) return error;
     open_file();
   }

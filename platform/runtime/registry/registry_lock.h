@@ -15,9 +15,10 @@ class RegistryLock {
   ~RegistryLock() { Leave(); }
 
   // Enter waits for the lock. It follows symbolic links, as StoreRegistryFile does, and creates the
-  // folders of the file.
+  // folders of the file, with the mode of the process's umask or, `for_all`, one with which
+  // everybody can read them.
   // Errors: those of FollowLinks; ERROR_ACCESS_DENIED, ERROR_DISK_FULL, ERROR_CANTWRITE.
-  LONG Enter(const char* file);
+  LONG Enter(const char* file, bool for_all);
   void Leave();
   bool IsHeld() const { return lock_file_ >= 0; }
 

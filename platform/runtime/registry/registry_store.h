@@ -1,5 +1,6 @@
-// The registry as this process sees it: a cached copy of the file, or a registry in memory only;
-// for a thread with a batch, a copy with its changes.
+// The registry as this process sees it: a cached copy of the user's file, or a registry in memory
+// only, and what is visible below it; for a thread with a batch, a copy of the file that the batch
+// changes, with its changes.
 #pragma once
 
 #include "portable/registry_mode.h"
@@ -16,7 +17,8 @@ enum class RegistryAccess : uint8_t {
 };
 
 // RegistryUse locks the process's registry and its table of open keys for its lifetime. If Error()
-// is 0, Root() is the current content. A use for writing also holds the file's lock. No thread
+// is 0, Root() is the current content of what is written. A use for writing also holds the file's
+// lock. No thread
 // waits for another process or for the disk while it holds the registry.
 class RegistryUse {
  public:
@@ -27,6 +29,10 @@ class RegistryUse {
 
   LONG Error() const { return error_; }
   RegistryKey* Root() const;
+  // Lower returns what is visible below Root(), which stays while the registry is locked; null if
+  // there is none, as within a batch.
+  // Errors: those of ReadLowerRegistries.
+  LONG Lower(RegistryKey** root) const;
 
   // Make applies a change and writes the file, unless nothing changed. A thread's batch takes the
   // change instead and sets *change to null. The registry is unlocked while the file is written:

@@ -81,6 +81,16 @@ bool RegistryKey::CopyTo(RegistryKey* copy) const {
   return true;
 }
 
+bool RegistryKey::CopyValuesTo(RegistryKey* other) const {
+  for (const RegistryValue* value = FirstValue(); value != nullptr; value = value->Next()) {
+    if (!value->is_comment &&
+        !other->SetValue(value->Name(), value->type, value->data.Data(), value->data.Size())) {
+      return false;
+    }
+  }
+  return true;
+}
+
 RegistryKey* RegistryKey::FindPath(WideView path) {
   RegistryKey* key = this;
   WideView name;

@@ -41,6 +41,11 @@ class RegistryKey {
   const RegistryValue* FirstValue() const { return values_.First(); }
   WideView Name() const { return ViewOf(name_); }
   bool HasName() const { return true; }
+  bool HasValues() const { return values_.NamedCount() != 0; }
+  size_t ChildCount() const { return children_.NamedCount(); }
+  // The file that the values come from (lower_registries.h); 0 is the one that is written.
+  DWORD Layer() const { return layer_; }
+  void SetLayer(DWORD layer) { layer_ = layer; }
 
   // By index, comments not counted; null past the end.
   const RegistryKey* ChildAt(DWORD index) const { return children_.At(index); }
@@ -61,6 +66,9 @@ class RegistryKey {
   // CopyTo adds copies of the values and keys to the empty key `copy`.
   // Errors: false if memory is short; some of them may have been added.
   [[nodiscard]] bool CopyTo(RegistryKey* copy) const;
+  // CopyValuesTo sets the values, without comments, in another key.
+  // Errors: false if memory is short; some of them may have been set.
+  [[nodiscard]] bool CopyValuesTo(RegistryKey* other) const;
 
   // FindPath follows names separated by backslashes; null if one is missing.
   RegistryKey* FindPath(WideView path);
@@ -78,6 +86,7 @@ class RegistryKey {
   NamedList<RegistryKey> children_;
   NamedList<RegistryValue> values_;
   RuntimeArray<WCHAR> name_;
+  DWORD layer_ = 0;
 };
 
 }  // namespace mirolta::runtime

@@ -1,4 +1,4 @@
 ﻿#!/usr/bin/env mirolta-host
-// errors: .*byte_order_mark\.js\(4\): .*: here
+// The report is in the file with the extension errors.
 // status: 1
 throw new Error(1, "here");

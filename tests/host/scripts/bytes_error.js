@@ -1,5 +1,5 @@
 // status: 1
-// errors: [^\n]*bytes_error\.js\(14\): error 0x800A0005 \(-2146828283\): Bytes\.FromHex: "x" at character 2 is no hexadecimal digit
+// The report is in the file with the extension errors.
 // An error of the library is where the script called it.
 function place(work) {
   try {

@@ -1,5 +1,5 @@
 // status: 1
-// errors: .*/scripts/uncaught_call_error\.js\(6\): error 0x80042777 \(-2147211401\): A Class: Algorithm not found\.
+// The report is in the file with the extension errors.
 var o = new ActiveXObject("Fake.Object");
 WScript.Echo("before");
 

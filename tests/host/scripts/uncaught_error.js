@@ -1,5 +1,5 @@
 // status: 1
-// errors: .*/scripts/uncaught_error\.js\(5\): error 0x80042777 \(-2147211401\): Boom, to the user\.
+// The report is in the file with the extension errors.
 WScript.Echo("before");
 
 function fail() { throw new Error(-2147211401, "Boom, to the user."); }

@@ -1,4 +1,4 @@
 // status: 1
-// errors: .*/scripts/uncaught_type_error\.js\(4\): error 0x800A138F \(-2146823281\): TypeError: .*undefined.*
+// The report is in the file with the extension errors.
 var nothing;
 nothing.member();

@@ -1,0 +1,22 @@
+// The file that keeps what was typed at the prompt.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace mirolta::host {
+
+// HistoryPath returns the path of the file: $MIROLTA_HISTORY, else mirolta/history in
+// $XDG_STATE_HOME or ~/.local/state; "" if there is to be none.
+std::string HistoryPath();
+
+// ReadHistory returns the last lines of the file, oldest first; none if it cannot be read.
+// Errors: std::bad_alloc.
+std::vector<std::string> ReadHistory(const std::string& path);
+
+// AddToHistory adds a line to the file, which only its owner may read. Lines that other processes
+// added stay; the file is replaced as a whole and never half written.
+// Errors: false if the file cannot be written; std::bad_alloc.
+bool AddToHistory(const std::string& path, const std::string& line);
+
+}  // namespace mirolta::host

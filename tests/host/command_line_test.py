@@ -1,0 +1,198 @@
+"""The command line of the host: where scripts come from, time limits, and Ctrl-C."""
+import os
+import signal
+import subprocess
+import time
+import unittest
+
+from runner import HOST, HostTest
+
+ECHO_ARGUMENTS = "for (var i = 0, a = WScript.Arguments; i < a.length; i++) WScript.Echo(a(i))"
+
+
+class CommandLineTest(HostTest):
+    def run_input(self, text, *words):
+        process = self.start(words, stdin=subprocess.PIPE)
+        output, errors = process.communicate(text.encode(), timeout=60)
+        return process.returncode, output.decode(), errors.decode()
+
+
+class WhereScriptsComeFrom(CommandLineTest):
+    def test_code(self):
+        run = self.run_host("-e", ECHO_ARGUMENTS, "one", "-e", "//nologo", "two")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "one\n-e\ntwo\n", ""))
+
+    def test_code_with_an_assignment_to_a_call(self):
+        run = self.run_host("-e", 'var n = new ActiveXObject("Vardeko.crypt.Number");'
+                                  'n.Text(65001) = "12"; WScript.Echo(n.Text);')
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "12\n", ""))
+
+    def test_an_error_of_code(self):
+        run = self.run_host("-e", "var x;\nnoSuch")
+        self.assertEqual(run.returncode, 1)
+        self.assertRegex(run.stderr, r"^-e\(2[,)].*noSuch")
+
+    def test_dash(self):
+        self.assertEqual(self.run_input(ECHO_ARGUMENTS, "-", "one", "two"), (0, "one\ntwo\n", ""))
+
+    def test_piped_input(self):
+        self.assertEqual(self.run_input("WScript.Echo(1)"), (0, "1\n", ""))
+        self.assertEqual(self.run_input(""), (0, "", ""))
+
+    def test_piped_input_with_options(self):
+        self.assertEqual(self.run_input("WScript.Echo(1)", "//nologo"), (0, "1\n", ""))
+
+    def test_an_error_of_piped_input(self):
+        status, _, errors = self.run_input("\n\nnoSuch")
+        self.assertEqual(status, 1)
+        self.assertRegex(errors, r"^standard input\(3[,)].*noSuch")
+
+    def test_input_that_cannot_be_read(self):
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        run = self.run_host("-", stdin=folder)
+        self.assertEqual((run.returncode, run.stdout), (1, ""))
+        self.assertIn("cannot read the script from standard input", run.stderr)
+
+
+class WhatItPrints(CommandLineTest):
+    def test_help_on_standard_output(self):
+        for word in ("--help", "-h", "//?"):
+            run = self.run_host(word)
+            self.assertEqual((run.returncode, run.stderr), (0, ""))
+            self.assertTrue(run.stdout.startswith("Usage: mirolta-host "), run.stdout)
+
+    def test_version(self):
+        run = self.run_host("--version")
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.assertRegex(run.stdout, r"^mirolta-host \d+\.\d+ \(Duktape \d+\.\d+\.\d+(, libedit)?\)\n$")
+
+    def test_usage_errors_on_standard_error(self):
+        run = self.run_host("--nonsense")
+        self.assertEqual((run.returncode, run.stdout), (2, ""))
+        self.assertEqual(run.stderr, "mirolta-host: unknown option --nonsense\n"
+                                     "Try mirolta-host --help.\n")
+
+    def test_batch_mode_has_no_error_reports(self):
+        run = self.run_host("//B", "-e", "noSuch")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (1, "", ""))
+
+
+    def test_batch_mode_has_no_echo(self):
+        code = 'WScript.Echo(1); WScript.StdOut.WriteLine(WScript.Interactive);'
+        self.assertEqual(self.run_host("//B", "-e", code).stdout, "0\n")
+        code = 'WScript.Interactive = false; WScript.Echo(1); WScript.Interactive = true; WScript.Echo(2)'
+        self.assertEqual(self.run_host("-e", code).stdout, "2\n")
+
+
+class TimeLimit(CommandLineTest):
+    def expect_end(self, code, *words, errors="mirolta-host: -e was ended: it ran longer than 1 "
+                                              "seconds\n"):
+        start = time.monotonic()
+        run = self.run_host("//T:1", *words, "-e", code)
+        self.assertEqual((run.returncode, run.stderr), (1, errors))
+        self.assertGreater(time.monotonic() - start, 0.9)
+        return run.stdout
+
+    def test_ends_a_loop(self):
+        self.assertEqual(self.expect_end('WScript.StdOut.Write("before"); for (;;) ;'), "before")
+
+    def test_ends_sleep(self):
+        self.expect_end("WScript.Sleep(60000)")
+
+    def test_ends_what_catches_errors(self):
+        self.expect_end("for (;;) try { WScript.Sleep(60000) } catch (e) {} finally { continue }")
+
+    def test_keeps_files(self):
+        self.write("out", b"old")
+        self.expect_end('var out = WScript.OpenFile("out", "w");'
+                        "out.Write(new Uint8Array(9)); for (;;) ;")
+        self.assertEqual((self.read("out"), self.names()), (b"old", ["out"]))
+
+    def test_says_nothing_in_batch_mode(self):
+        self.expect_end("for (;;) ;", "//B", errors="")
+
+    def test_leaves_quick_scripts_alone(self):
+        run = self.run_host("//T:60", "-e", "WScript.Echo(1)")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "1\n", ""))
+        self.assertEqual(self.run_host("//T:0", "-e", "WScript.Sleep(1)").returncode, 0)
+
+    def test_of_the_script_itself(self):
+        run = self.run_host("-e", 'WScript.Echo(WScript.Timeout); WScript.timeout = 1;'
+                                  'WScript.StdOut.Write("before " + WScript.Timeout); for (;;) ;')
+        self.assertEqual((run.returncode, run.stdout, run.stderr),
+                         (1, "0\nbefore 1", "mirolta-host: -e was ended: it ran longer than 1 seconds\n"))
+
+    def test_of_the_script_itself_keeps_files(self):
+        self.write("out", b"old")
+        run = self.run_host("-e", 'WScript.Interactive = false; var out = WScript.OpenFile("out", "w");'
+                                  "out.Write(new Uint8Array(9)); WScript.Timeout = 1; WScript.Sleep(60000)")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (1, "", ""))
+        self.assertEqual((self.read("out"), self.names()), (b"old", ["out"]))
+
+    def test_can_be_removed(self):
+        run = self.run_host("//T:1", "-e", "WScript.Echo(WScript.Timeout); WScript.Timeout = 0;"
+                                           "WScript.Sleep(1500); WScript.Echo(WScript.Timeout)")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "1\n0\n", ""))
+
+    def test_must_be_a_number_of_seconds(self):
+        for value in ("-1", "40000", "'x'", "NaN", "{}"):
+            run = self.run_host("-e", "WScript.Timeout = " + value)
+            self.assertEqual(run.returncode, 1)
+            self.assertIn("Invalid procedure call or argument", run.stderr)
+
+    def test_ends_a_process_that_ignores_the_signal(self):
+        def ignore():
+            signal.signal(signal.SIGALRM, signal.SIG_IGN)
+            signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGALRM])
+        run = self.run_host("//T:1", "-e", "for (;;) ;", preexec_fn=ignore)
+        self.assertEqual(run.returncode, 1)
+
+
+class CtrlC(CommandLineTest):
+    """Ends a script at once, wherever it is."""
+
+    START = 'var out = WScript.OpenFile("out", "w"); out.Write(new Uint8Array(9));'
+
+    def expect_end(self, code, **options):
+        self.write("out", b"old")
+        process = self.start(["-e", self.START + code], **options)
+        self.wait_for(self.has_temporary, process)
+        time.sleep(0.2)
+        self.assertIsNone(process.poll())
+        start = time.monotonic()
+        output, _ = self.interrupt(process)
+        self.assertLess(time.monotonic() - start, 5)
+        self.assertEqual(process.returncode, -signal.SIGINT)
+        self.assertEqual((self.read("out"), self.names()), (b"old", ["out"]))
+        return output
+
+    def test_in_a_loop(self):
+        self.expect_end("for (;;) ;")
+
+    def test_in_a_loop_that_catches_errors(self):
+        self.expect_end("for (;;) try { WScript.Sleep(1) } catch (e) {}")
+
+    def test_in_sleep(self):
+        self.expect_end("WScript.Sleep(60000)")
+
+    def test_in_a_key_generation(self):
+        self.expect_end('new ActiveXObject("Vardeko.crypt.RSA").CreateRandKeys(2048, true)')
+
+    def test_in_a_big_power(self):
+        self.expect_end('var a = new ActiveXObject("Vardeko.crypt.Number"), b = a.NewNumber(0);'
+                        "a.Random(100000, true, true); b.Random(100000, true, true);"
+                        "a.ModExp(b, a.Add(2))")
+
+    def test_in_a_read_of_standard_input(self):
+        self.expect_end('WScript.OpenFile("/dev/stdin").Read(1)', stdin=subprocess.PIPE)
+
+    def test_is_status_130(self):
+        # As a shell sees it.
+        run = subprocess.run(["timeout", "--preserve-status", "--signal", "INT", "0.5",
+                              HOST, "-e", "WScript.Sleep(60000)"], check=False)
+        self.assertEqual(run.returncode, 128 + signal.SIGINT)
+
+
+if __name__ == "__main__":
+    unittest.main()

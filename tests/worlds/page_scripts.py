@@ -1,0 +1,153 @@
+"""Runs every script of the pages on a host and compares its output with the page.
+
+  page_scripts.py PROJECT HOST SCRATCH          on the native host
+  page_scripts.py PROJECT HOST SCRATCH --wine   also on the platform's host, as far as Wine has it
+
+The pages are all .md files of the project. A script is a block between ```js and ```; the next block,
+between ```text and ```, has its standard output. It ends with status 0 and prints nothing on standard
+error. The scripts of a page run one after the other in a folder of their own.
+
+A line before a script, or a comment around it, says why the platform's host cannot run the script:
+
+  Only on `mirolta-host`: REASON
+  <!-- Not with Wine: REASON -->
+
+A script that passes there must have none. The page of a class, docs/Class.md, has at least one script.
+"""
+import pathlib
+import re
+import sys
+
+import worlds
+
+LEFT_OUT = {"build", ".git"}
+LANGUAGES = {"", "js", "text"}
+FENCE = re.compile(r"^ {0,3}(?:```+|~~~+)(.*)$")
+MARK = re.compile(r"^(?:<!-- )?(?:Only on `mirolta-host`|Not with Wine): *(.*?)(?: *-->)?$")
+# What a script has, and hardly anything else.
+SCRIPT_WORDS = re.compile(r"WScript\.|new ActiveXObject\(")
+
+
+class PageScript:
+    def __init__(self, place, reason):
+        self.place = place
+        self.reason = reason
+        self.text = ""
+        self.expected = None
+
+
+def pages_of(project):
+    return sorted(path for path in project.rglob("*.md")
+                  if not LEFT_OUT & set(path.relative_to(project).parts))
+
+
+def scripts_of(page, name, report):
+    """The scripts of one page in their order."""
+    scripts, reason, mark_place = [], None, None
+    language, body, place = None, [], None
+    for number, line in enumerate(page.read_text("utf-8").split("\n"), 1):
+        fence = FENCE.match(line)
+        if language is None and not fence:
+            if MARK.match(line):
+                if reason is not None:
+                    report.fail(mark_place, "a mark without a script")
+                reason, mark_place = MARK.match(line)[1], f"{name}:{number}"
+                if not reason:
+                    report.fail(mark_place, "a mark without a reason")
+            elif line.startswith("    ") and SCRIPT_WORDS.search(line):
+                report.fail(f"{name}:{number}", "a script that is not between ```js and ```")
+        elif language is None:
+            language, body, place = fence[1].strip(), [], f"{name}:{number}"
+            if language not in LANGUAGES:
+                report.fail(place, f"a block of the language {language}")
+        elif not fence:
+            body.append(line + "\n")
+        else:
+            text = "".join(body)
+            last = scripts[-1] if scripts else None
+            waits = last is not None and last.expected is None
+            if language == "js":
+                if waits:
+                    report.fail(last.place, "a script without its output")
+                    last.expected = ""
+                scripts.append(PageScript(place, reason))
+                scripts[-1].text = text
+                reason = None
+            elif waits:
+                if language != "text":
+                    report.fail(last.place, "a script without its output")
+                last.expected = text
+            if language != "js" and SCRIPT_WORDS.search(text):
+                report.fail(place, "a script that is not between ```js and ```")
+            language = None
+    if language is not None:
+        report.fail(place, "a block without end")
+    if reason is not None:
+        report.fail(mark_place, "a mark without a script")
+    if scripts and scripts[-1].expected is None:
+        report.fail(scripts[-1].place, "a script without its output")
+        scripts[-1].expected = ""
+    return scripts
+
+
+def runs_of(page_scripts, scratch, world):
+    """A run for each script of each page."""
+    runs = {}
+    for name, scripts in page_scripts.items():
+        folder = worlds.new_folder(pathlib.Path(scratch) / world / name)
+        work = worlds.new_folder(folder / "work")
+        for number, script in enumerate(scripts, 1):
+            file = folder / f"{number}.js"
+            file.write_text(script.text, "utf-8")
+            runs[script.place] = worlds.Run(script.place, file, work)
+    return runs
+
+
+def check(project, host, scratch, with_wine):
+    project = pathlib.Path(project).resolve()
+    report = worlds.Report()
+    page_scripts, fences = {}, 0
+    for page in pages_of(project):
+        name = page.relative_to(project).as_posix()
+        page_scripts[name] = scripts_of(page, name, report)
+        fences += len(re.findall(r"^\s*```+\s*js", page.read_text("utf-8"), re.MULTILINE))
+        if re.fullmatch(r"docs/[A-Z]\w*\.md", name) and not page_scripts[name]:
+            report.fail(name, "the page of a class without a script")
+    scripts = [script for scripts in page_scripts.values() for script in scripts]
+    if len(scripts) != fences:
+        report.fail("pages", f"{len(scripts)} scripts found at {fences} places where one starts")
+    if not page_scripts.get("README.md"):
+        report.fail("README.md", "no script")
+
+    runs = runs_of(page_scripts, scratch, "native")
+    worlds.run_natively(host, list(runs.values()))
+    for script in scripts:
+        run = runs[script.place]
+        if run.status != 0 or run.errors:
+            report.fail(script.place, f"status {run.status}\n{run.errors}")
+        report.same(script.place, "output", run.output, script.expected)
+    summary = f"{len(scripts)} scripts of {len(page_scripts)} pages"
+    if with_wine:
+        runs = runs_of(page_scripts, scratch, "wine")
+        worlds.run_by_wine(scratch, list(runs.values()))
+        for script in scripts:
+            check_wine(script, runs[script.place], report)
+        summary += f", {sum(script.reason is None for script in scripts)} of them by Wine too"
+    report.end(summary)
+
+
+def check_wine(script, run, report):
+    passes = run.status == 0 and run.output == script.expected
+    if script.reason is not None:
+        if passes:
+            report.needless(script.place, "passes with Wine, so the mark is not needed")
+        return
+    if run.status != 0:
+        report.fail(script.place, f"status {run.status} with Wine\n{run.errors}")
+    report.same(script.place, "output with Wine", run.output, script.expected)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) not in (4, 5) or sys.argv[4:] not in ([], ["--wine"]):
+        sys.exit(__doc__)
+    check(sys.argv[1], sys.argv[2], sys.argv[3], len(sys.argv) == 5)
