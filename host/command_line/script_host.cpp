@@ -14,6 +14,7 @@
 #include "command_line/module_registration.h"
 #include "command_line/options.h"
 #include "command_line/prompt.h"
+#include "command_line/self_test.h"
 #include "engine/interruption.h"
 #include "engine/script_engine.h"
 #include "files/standard_descriptors.h"
@@ -100,6 +101,8 @@ int RunCommand(const CommandLine& line) {
       return PrintHelp();
     case Action::kVersion:
       return PrintVersion();
+    case Action::kCheck:
+      return RunSelfTest();
     case Action::kRegister:
     case Action::kUnregister:
       return ChangeRegistration(line);

@@ -54,6 +54,11 @@ class WhereScriptsComeFrom(CommandLineTest):
         self.assertEqual((run.returncode, run.stdout), (1, ""))
         self.assertIn("cannot read the script from standard input", run.stderr)
 
+    def test_charset(self):
+        self.write("a.js", 'WScript.Echo("\u0416")'.encode("koi8-r"))
+        run = self.run_host("--charset", "koi8-r", "a.js")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "\u0416\n", ""))
+
 
 class WhatItPrints(CommandLineTest):
     def test_help_on_standard_output(self):
@@ -83,6 +88,23 @@ class WhatItPrints(CommandLineTest):
         self.assertEqual(self.run_host("//B", "-e", code).stdout, "0\n")
         code = 'WScript.Interactive = false; WScript.Echo(1); WScript.Interactive = true; WScript.Echo(2)'
         self.assertEqual(self.run_host("-e", code).stdout, "2\n")
+
+
+class Check(CommandLineTest):
+    def test_every_algorithm_passes(self):
+        run = self.run_host("--check")
+        self.assertEqual((run.returncode, run.stderr), (0, ""), run.stdout)
+        for row in ("MD5", "SHA1", "SHA256", "AES", "DES", "RSA"):
+            self.assertRegex(run.stdout, rf"(?m)^.*{row}.* +\d+ +passed$")
+        self.assertRegex(run.stdout, r"\n\d+ cases, 0 failed\n$")
+
+    def test_failures_are_told(self):
+        # The class leads nowhere.
+        self.write("registry.reg", b"REGEDIT4\n[HKEY_CLASSES_ROOT\\Vardeko.crypt.HashObject\\CLSID]\n"
+                                   b'@="{00000000-0000-0000-0000-000000000001}"\n')
+        run = self.run_host("--check", env={"MIROLTA_REGISTRY": str(self.folder / "registry.reg")})
+        self.assertEqual(run.returncode, 1)
+        self.assertRegex(run.stdout, r"(?m)^MD5 .*FAILED$")
 
 
 class TimeLimit(CommandLineTest):

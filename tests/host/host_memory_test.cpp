@@ -161,6 +161,24 @@ constexpr NativeRow kRows[] = {
     {"Dictionary.Remove",
      "var d = new ActiveXObject('Scripting.Dictionary'); d.Add(long, hash); d.Remove(long);"
      "d.Add(1, 2); d.RemoveAll(); failing(function () { d.Remove(1) })"},
+    {"ADODB.Stream",
+     "var s = new ActiveXObject('ADODB.Stream'); s.Charset = 'utf-8'; s.Open();"
+     "s.WriteText(long, 1); s.Position = 0; s.ReadText(3) + s.ReadText(-2).length + s.Size +"
+     "s.EOS + s.Charset"},
+    {"ADODB.Stream of bytes",
+     "var s = new ActiveXObject('ADODB.Stream'); s.Type = 1; s.Open(); s.Write(bytes);"
+     "s.Position = 0; WScript.StreamOf(s).Size + s.Read().length"},
+    {"ADODB.Stream.CopyTo",
+     "var s = new ActiveXObject('ADODB.Stream'), t = new ActiveXObject('ADODB.Stream');"
+     "s.Open(); t.Charset = 'shift_jis'; t.Open(); s.WriteText(long); s.Position = 2; s.CopyTo(t);"
+     "t.Type + t.Size"},
+    {"ADODB.Stream's files",
+     "var s = new ActiveXObject('ADODB.Stream'); s.Open(); s.WriteText(long);"
+     "s.SaveToFile(file, 2); s.LoadFromFile(file); s.Size"},
+    {"ADODB.Stream's errors",
+     "var s = new ActiveXObject('ADODB.Stream'); s.Open(); s.LoadFromFile('/dev/null');"
+     "failing(function () { s.LoadFromFile(long) }) +"
+     "failing(function () { s.Charset = long })"},
 };
 
 constexpr char kStart[] =

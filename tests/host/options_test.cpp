@@ -64,6 +64,15 @@ TEST(Options, Values) {
   EXPECT_EQ(line.action, Action::kRegister);
   EXPECT_EQ(line.operand, "x.so");
   EXPECT_TRUE(line.is_for_system);
+  const CommandLine other = Parsed({"--unregister", "--system", "y.so"});
+  EXPECT_EQ(other.action, Action::kUnregister);
+  EXPECT_EQ(other.operand, "y.so");
+  EXPECT_TRUE(other.is_for_system);
+  EXPECT_EQ(Parsed({"--register", "--system"}).operand, "--system");  // a file's name
+  EXPECT_EQ(Parsed({"--list"}).action, Action::kList);
+  EXPECT_EQ(Parsed({"--describe", "A.B"}).operand, "A.B");
+  EXPECT_TRUE(Parsed({"--verbose", "a.js"}).is_verbose);
+  EXPECT_FALSE(Parsed({"a.js"}).is_verbose);
   EXPECT_EQ(Parsed({"--unregister", "x.so"}).action, Action::kUnregister);
   EXPECT_EQ(Parsed({"--version"}).action, Action::kVersion);
   EXPECT_EQ(Parsed({"--help"}).action, Action::kHelp);

@@ -154,6 +154,12 @@ class BothScriptsTest(WorldsTest):
         self.fails("// wine: \nWScript.Echo('BEYOND');\n", "BEYOND\n", "a mark without a reason")
         self.fails("// wine: no streams\nWScript.Echo('a');\n", "a\n", "the mark is not needed")
 
+    def test_the_expected_output_must_be_there(self):
+        status, said = self.end(both_scripts.check, HOST, self.folder / "scratch",
+                                [self.write("both_x.js", "")])
+        self.assertEqual(status, 1)
+        self.assertIn("no .expected file", said)
+
     def test_a_block_is_left_out(self):
         start, end = "// wine leaves out: no streams\n", "// wine continues\n"
         beyond = start + "WScript.Echo('BEYOND');\n" + end
