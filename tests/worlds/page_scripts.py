@@ -3,6 +3,8 @@
   page_scripts.py PROJECT HOST SCRATCH          on the native host
   page_scripts.py PROJECT HOST SCRATCH --wine   also on the platform's host, as far as Wine has it
 
+With Wine a script that uses Bytes has lib/bytes.js pasted in front, as docs/bytes.md says.
+
 The pages are all .md files of the project. A script is a block between ```js and ```; the next block,
 between ```text and ```, has its standard output. It ends with status 0 and prints nothing on standard
 error. The scripts of a page run one after the other in a folder of their own.
@@ -26,6 +28,7 @@ FENCE = re.compile(r"^ {0,3}(?:```+|~~~+)(.*)$")
 MARK = re.compile(r"^(?:<!-- )?(?:Only on `mirolta-host`|Not with Wine): *(.*?)(?: *-->)?$")
 # What a script has, and hardly anything else.
 SCRIPT_WORDS = re.compile(r"WScript\.|new ActiveXObject\(")
+USES_BYTES = re.compile(r"\bBytes\.")
 
 
 class PageScript:
@@ -90,7 +93,7 @@ def scripts_of(page, name, report):
     return scripts
 
 
-def runs_of(page_scripts, scratch, world):
+def runs_of(project, page_scripts, scratch, world):
     """A run for each script of each page."""
     runs = {}
     for name, scripts in page_scripts.items():
@@ -98,7 +101,10 @@ def runs_of(page_scripts, scratch, world):
         work = worlds.new_folder(folder / "work")
         for number, script in enumerate(scripts, 1):
             file = folder / f"{number}.js"
-            file.write_text(script.text, "utf-8")
+            library = ""
+            if world == "wine" and USES_BYTES.search(script.text):
+                library = (project / "lib" / "bytes.js").read_text("utf-8")
+            file.write_text(library + script.text, "utf-8")
             runs[script.place] = worlds.Run(script.place, file, work)
     return runs
 
@@ -119,7 +125,7 @@ def check(project, host, scratch, with_wine):
     if not page_scripts.get("README.md"):
         report.fail("README.md", "no script")
 
-    runs = runs_of(page_scripts, scratch, "native")
+    runs = runs_of(project, page_scripts, scratch, "native")
     worlds.run_natively(host, list(runs.values()))
     for script in scripts:
         run = runs[script.place]
@@ -128,7 +134,7 @@ def check(project, host, scratch, with_wine):
         report.same(script.place, "output", run.output, script.expected)
     summary = f"{len(scripts)} scripts of {len(page_scripts)} pages"
     if with_wine:
-        runs = runs_of(page_scripts, scratch, "wine")
+        runs = runs_of(project, page_scripts, scratch, "wine")
         worlds.run_by_wine(scratch, list(runs.values()))
         for script in scripts:
             check_wine(script, runs[script.place], report)
