@@ -6,6 +6,7 @@
 
 #include "classes/ado_stream.h"
 #include "classes/dictionary.h"
+#include "classes/shell_object.h"
 
 namespace mirolta::host {
 namespace {
@@ -13,6 +14,8 @@ namespace {
 constexpr HostClassRow kClasses[] = {
     {"ADODB.Stream", &kAdoStreamClass, NewAdoStream},
     {"Scripting.Dictionary", &kDictionaryClass, NewDictionary},
+    {"WScript.Shell", &kShellClass, NewShell},
+    {"WScript.Shell.1", &kShellClass, NewShell},
 };
 
 }  // namespace
