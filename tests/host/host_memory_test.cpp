@@ -175,6 +175,19 @@ constexpr NativeRow kRows[] = {
     {"ADODB.Stream's files",
      "var s = new ActiveXObject('ADODB.Stream'); s.Open(); s.WriteText(long);"
      "s.SaveToFile(file, 2); s.LoadFromFile(file); s.Size"},
+    {"WScript.Shell",
+     "var s = new ActiveXObject('WScript.Shell'), e = s.Environment('PROCESS');"
+     "e['Item()=']('A_VARIABLE').value = long; s.ExpandEnvironmentStrings('%A_VARIABLE%%PATH%') +"
+     "e.Item('a_variable') + e.length + e.Count() + e.Remove('A_VARIABLE') +"
+     "typeof new Enumerator(e).item()"},
+    {"WScript.Shell's folders",
+     "var s = new ActiveXObject('WScript.Shell'); s.CurrentDirectory = s.CurrentDirectory;"
+     "s.SpecialFolders('Desktop') + s.SpecialFolders(2) + s.SpecialFolders.Count() +"
+     "new Enumerator(s.SpecialFolders).item()"},
+    {"WScript.Shell's errors",
+     "var s = new ActiveXObject('WScript.Shell'); failing(function () { s.Run(long) }) +"
+     "failing(function () { s.Environment('USER') }) +"
+     "failing(function () { s.CurrentDirectory = long })"},
     {"ADODB.Stream's errors",
      "var s = new ActiveXObject('ADODB.Stream'); s.Open(); s.LoadFromFile('/dev/null');"
      "failing(function () { s.LoadFromFile(long) }) +"
