@@ -109,7 +109,8 @@ int Describe(const std::string& name, IDispatch* object) {
   const OwnedReference<ITypeInfo> class_info = ClassOf(info.Get(), id);
   WriteTitle(name, class_info ? HelpOf(class_info.Get()) : TypeHelp());
   WritePlace(id);
-  const TypeHelp interface = HelpOf(info.Get());
+  TypeHelp interface = HelpOf(info.Get());
+  if (class_info && HelpOf(class_info.Get()).help == interface.help) interface.help.clear();
   WriteTitle("  interface " + interface.name, interface);
   WriteMembers(DescribeTypeMembers(info.Get()));
   return fflush(stdout) == 0 ? 0 : 1;

@@ -23,13 +23,13 @@ bool g_own_module_registered = false;
 HRESULT RegistryFailure(bool is_writing, LONG error, RegistryScope scope, std::string* problem) {
   const HRESULT status = HRESULT_FROM_WIN32(error);
   const bool is_system = scope == RegistryScope::kSystem;
-  if (is_writing) {
-    *problem = "the registry file " + RegistryFileOf(is_system ? 1 : 0) + " cannot be written";
-    if (error != ERROR_CANTWRITE) *problem += ": " + DescribeStatus(status);
+  if (error == ERROR_FILE_NOT_FOUND && !is_system) {
+    *problem = "there is no registry file: neither MIROLTA_REGISTRY nor HOME is set";
   } else if (is_system && RegistryFileOf(1).empty()) {
     *problem = "MIROLTA_REGISTRY replaces the system-wide registry; unset it to use --system";
-  } else if (error == ERROR_FILE_NOT_FOUND) {
-    *problem = "there is no registry file: neither MIROLTA_REGISTRY nor HOME is set";
+  } else if (is_writing) {
+    *problem = "the registry file " + RegistryFileOf(is_system ? 1 : 0) + " cannot be written";
+    if (error != ERROR_CANTWRITE) *problem += ": " + DescribeStatus(status);
   } else {
     *problem = RegistryReadProblem(error);
   }
@@ -90,11 +90,11 @@ HRESULT CheckIsGone(const std::string& module, RegistryScope scope, std::string*
   return E_FAIL;
 }
 
-// A module that the user has unregistered may still be registered for everybody.
+// A module that the user unregisters may be registered for everybody. Lower layers that cannot be
+// read are for those to report who need them.
 HRESULT CheckLowerLayers(const std::string& module, std::string* problem) {
   std::vector<KeyOfModule> left;
-  const LONG error = FindKeysOf(module, &left);
-  if (error != ERROR_SUCCESS) return RegistryFailure(false, error, RegistryScope::kUser, problem);
+  if (FindKeysOf(module, &left) != ERROR_SUCCESS) return S_OK;
   for (const KeyOfModule& key : left) {
     if (key.layer == 0) continue;
     *problem = "still registered in the system-wide registry " + RegistryFileOf(key.layer) + "; " +
@@ -114,9 +114,13 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
   HRESULT status = CallWithinBatch(module, registers, problem);
   if (SUCCEEDED(status) && !registers) status = CheckIsGone(module, scope, problem);
   const LONG written = MiroltaRegistryBatch(FALSE);
-  if (FAILED(status)) return status;
-  if (written != ERROR_SUCCESS) return RegistryFailure(true, written, scope, problem);
-  return registers || is_system ? status : CheckLowerLayers(module, problem);
+  if (SUCCEEDED(status) && written != ERROR_SUCCESS) {
+    return RegistryFailure(true, written, scope, problem);
+  }
+  if (registers || is_system) return status;
+  // Also after a failure: a module may fail to remove what the user's registry does not hold.
+  const HRESULT lower = CheckLowerLayers(module, problem);
+  return FAILED(lower) ? lower : status;
 }
 
 std::string OwnModulePath() {

@@ -52,6 +52,8 @@ constexpr Option kOptions[] = {
        line->charset = value;
        return value.empty() ? "needs the name of a character set" : nullptr;
      }},
+    {"--check", nullptr, nullptr, "test every algorithm with known answers", SetNothing,
+     Action::kCheck},
     {"--register", nullptr, "MODULE", "register the classes of a module", SetOperand,
      Action::kRegister},
     {"--unregister", nullptr, "MODULE", "remove the registration of a module", SetOperand,
@@ -187,6 +189,12 @@ class Parser {
         return Do(option, name, "");
       }
       if (equals != std::string::npos) return Do(option, name, word.substr(equals + 1));
+      // --register --system MODULE
+      if (option.action != Action::kRun && at_ + 2 < words_.size() &&
+          words_[at_ + 1] == "--system") {
+        line_.is_for_system = true;
+        ++at_;
+      }
       if (at_ + 1 >= words_.size()) {
         return Refuse(name, std::string("needs an argument: ") + option.argument);
       }
