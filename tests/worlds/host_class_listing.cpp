@@ -1,7 +1,6 @@
 // Prints the members of every class that the host itself implements: class, member, and how it is used.
 #include <cstdio>
 
-#include "classes/host_object.h"
 #include "host_class_rows.h"
 
 namespace mirolta::host {
@@ -24,7 +23,7 @@ void PrintClass(const HostClass& row) {
 }  // namespace mirolta::host
 
 int main() {
-  for (const mirolta::host::HostClass* row : mirolta::host::kAllHostClasses) {
+  for (const mirolta::host::HostClass* row : mirolta::host::AllHostClasses()) {
     mirolta::host::PrintClass(*row);
   }
 }

@@ -10,14 +10,16 @@ CLASS = re.compile(r"^(?:\w+ )*HostClass ([\w:]+) = ?\{", re.MULTILINE)
 
 
 def main(output, sources):
-    lines, names = [], []
+    lines, names = ['#include "host_class_rows.h"', ""], []
     for path in map(pathlib.Path, sources):
         found = CLASS.findall(path.read_text("utf-8"))
         if found:
             lines.append(f'#include "{path.parent.name}/{path.stem}.h"')
             names += found
-    lines += ["", "namespace mirolta::host {", "", "constexpr const HostClass* kAllHostClasses[] = {",
-              *(f"    &{name}," for name in names), "};", "", "}  // namespace mirolta::host", ""]
+    lines += ["", "namespace mirolta::host {", "", "namespace {", "",
+              "constexpr const HostClass* kRows[] = {", *(f"    &{name}," for name in names), "};", "",
+              "}  // namespace", "", "std::span<const HostClass* const> AllHostClasses() {",
+              "  return kRows;", "}", "", "}  // namespace mirolta::host", ""]
     pathlib.Path(output).write_text("\n".join(lines), "utf-8")
 
 
