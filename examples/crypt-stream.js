@@ -35,18 +35,12 @@ function usage() {
   WScript.Quit(2);
 }
 
-function keyBytes(digits) {
-  var bytes = new Uint8Array(digits.length / 2);
-  for (var i = 0; i < bytes.length; i++) bytes[i] = parseInt(digits.substr(2 * i, 2), 16);
-  return bytes;
-}
-
 // A filter over `stream` with algorithm and key for one direction.
 function filterOf(direction, algorithm, digits, stream) {
   var filter = new ActiveXObject("Vardeko.crypt.ToviStreamCrypt");
   filter[direction + "Algorithm"] = algorithm;
   try {
-    filter[direction + "Key"] = keyBytes(digits);
+    filter[direction + "Key"] = Bytes.FromHex(digits);
   } catch (e) {
     if (e.number !== WRONG_KEY_LENGTH) throw e;
     fail(algorithm + " takes no key of " + digits.length / 2 + " bytes");

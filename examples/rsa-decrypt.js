@@ -35,7 +35,7 @@ function usage() {
 // The header: the length of the plain file and of the encrypted key.
 function readHeader(input, path) {
   var bytes = input.read(20);
-  var hex = bytes === null ? "" : hexOf(bytes);
+  var hex = bytes === null ? "" : Bytes.ToHex(bytes);
   if (hex.length !== 40 || hex.substr(0, 16) !== MAGIC) {
     fail(path + ": was not made by rsa-encrypt.js");
   }
@@ -52,7 +52,7 @@ function readHeader(input, path) {
 
 function unwrapKey(rsa, wrapped, keyFile) {
   var key = rsa.DecryptPQ(wrapped);
-  if (hexOf(key).length !== 2 * AES_KEY_BYTES) fail(keyFile + ": is not the key for this file");
+  if (Bytes.ToHex(key).length !== 2 * AES_KEY_BYTES) fail(keyFile + ": is not the key for this file");
   return key;
 }
 

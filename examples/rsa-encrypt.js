@@ -41,12 +41,6 @@ function usage() {
   WScript.Quit(2);
 }
 
-function fixedHex(n, digits) {
-  var text = n.toString(16);
-  while (text.length < digits) text = "0" + text;
-  return text;
-}
-
 // The top two bits of the key are always set, so that it keeps its length as a number.
 function randomKey() {
   var key = new ActiveXObject("Vardeko.crypt.Number");
@@ -62,9 +56,9 @@ function encryptFile(keyFile, from, to) {
   var crypt = new ActiveXObject("Vardeko.crypt.Symmetric");
   crypt.Init("AES");
   crypt.Key = key;
-  var wrapped = hexOf(rsa.Encrypt(key));
+  var wrapped = Bytes.ToHex(rsa.Encrypt(key));
   return withFiles(from, to, function () { return Infinity; }, function (input, output) {
-    output.write(bytesOf(MAGIC + fixedHex(input.size, 16) + fixedHex(wrapped.length / 2, 8) +
+    output.write(Bytes.FromHex(MAGIC + fixedHex(input.size, 16) + fixedHex(wrapped.length / 2, 8) +
                          wrapped));
     pump(input, output, function (bytes, isLast) { return crypt.Encrypt(bytes, isLast); });
   });

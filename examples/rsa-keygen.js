@@ -16,7 +16,6 @@ function sharedFunctions() {
 }
 eval(sharedFunctions());
 
-var ALREADY_THERE = 0x80030050 | 0;
 var NO_PADDING =
   "Raw RSA has no padding: equal data gives equal results, and small data is unsafe.";
 
@@ -28,59 +27,22 @@ function usage() {
   WScript.Quit(2);
 }
 
-// The key file, which must not exist yet, with write(text) and discard().
-function newKeyFile(path) {
-  if (!hasFileStreams()) {
-    var files = new ActiveXObject("Scripting.FileSystemObject");
-    if (files.FileExists(path)) refuseKeyFile(path);
-    return {
-      write: function (text) {
-        var file = files.CreateTextFile(path, false);
-        file.Write(text);
-        file.Close();
-        complain("Beware: whoever may read the folder may read the key. Protect " + path + ".");
-      },
-      discard: function () {}
-    };
-  }
-  var stream;
-  try {
-    stream = WScript.OpenFile(path, "wx", true);
-  } catch (e) {
-    if (e.number === ALREADY_THERE) refuseKeyFile(path);
-    throw e;
-  }
-  return {
-    write: function (text) {
-      var number = newNumber();
-      number.Text = text;
-      stream.Write(number.Binary);
-      stream.Close();
-    },
-    discard: function () { stream.Discard(); }
-  };
-}
-
-function refuseKeyFile(path) {
-  fail(path + ": is there already, and may be a key that is still needed");
-}
-
 function keyText(rsa, bits) {
   var numbers = {n: rsa.Modulus, e: rsa.PublicExp, d: rsa.SecretExp, p: rsa.P, q: rsa.Q};
   var text = "{\n  \"bits\": " + bits;
-  for (var name in numbers) text += ",\n  \"" + name + "\": \"" + hexOf(numbers[name]) + "\"";
+  for (var name in numbers) text += ",\n  \"" + name + "\": \"" + Bytes.ToHex(numbers[name]) + "\"";
   return text + "\n}\n";
 }
 
 function makeKey(bits, path) {
-  var file = newKeyFile(path), written = false;
+  var file = openSecretOutput(path), written = false;
   try {
     WScript.Echo("Making an RSA key of " + bits + " bits; nothing more is said until it is done.");
     var rsa = new ActiveXObject("Vardeko.crypt.RSA");
     var start = new Date().getTime();
     rsa.CreateRandKeys(bits / 8, true);
     var seconds = (new Date().getTime() - start) / 1000;
-    file.write(keyText(rsa, bits));
+    file.writeText(keyText(rsa, bits));
     written = true;
   } finally {
     if (!written) file.discard();

@@ -17,6 +17,7 @@ var LARGE = 16 * 1024 * 1024;
 var MOST_IN_MEMORY = 256 * 1024 * 1024;
 var MOST_KEY_TEXT = 65536;
 var CIPHER_KEY_BYTES = {AES: "16, 24 or 32", DES: "8, 16 or 24"};
+var ALREADY_THERE = 0x80030050 | 0;
 var KEY_OPTIONS = ["--key-file", "--key-env"];
 var KEY_USAGE = "In place of KEY: --key-file FILE or --key-env NAME, an environment variable.";
 
@@ -166,15 +167,15 @@ function keyDigits(key) {
 function keyValue(key) {
   if (key.variable !== undefined) return environmentVariable(key.variable);
   if (key.file === undefined) return key.text;
-  var input = openInput(key.file), bytes, cut;
+  var input = openInput(key.file), bytes, hex;
   try {
     bytes = input.size > MOST_KEY_TEXT ? null : input.read(MOST_KEY_TEXT);
-    if (bytes === null) fail(key.file + ": is no key file");
-    cut = /0d0a$/.test(hexOf(bytes)) ? 2 : /0a$/.test(hexOf(bytes)) ? 1 : 0;
-    return cut === 0 ? bytes : input.without(bytes, cut);
   } finally {
     input.close();
   }
+  if (bytes === null) fail(key.file + ": is no key file");
+  hex = Bytes.ToHex(bytes);
+  return Bytes.Slice(bytes, 0, (/0d0a$/.test(hex) ? -2 : /0a$/.test(hex) ? -1 : undefined));
 }
 
 // The bytes of a pass phrase, of which text is encoded as UTF-8. Warns if other users could see it.
@@ -184,12 +185,12 @@ function secretBytes(key) {
     complain("Beware: other users can see a pass phrase on the command line; --key-file and --key-env");
     complain("hide it.");
   }
-  if (value === null || value === "") fail("the pass phrase is empty");
-  return typeof value === "string" ? Bytes.FromText(value) : value;
+  var bytes = key.file === undefined ? Bytes.FromText(value) : value;
+  if (Bytes.Count(bytes) === 0) fail("the pass phrase is empty");
+  return bytes;
 }
 
-// A cipher object with algorithm and key. The key is passed as the UTF-16 code units of a text, which the
-// object uses unchanged if its code page is negative, so the script needs no byte arrays.
+// A cipher object with algorithm and key.
 function makeCrypt(algorithm, hex) {
   var crypt = new ActiveXObject("Vardeko.crypt.Symmetric");
   try {
@@ -197,42 +198,16 @@ function makeCrypt(algorithm, hex) {
   } catch (e) {
     fail(algorithm + ": " + describe(e) + " Use AES or DES (case-sensitive).");
   }
-  var size = hex.length / 2;
-  var units = "";
-  for (var i = 0; i + 4 <= hex.length; i += 4) {
-    units += String.fromCharCode(parseInt(hex.substr(i + 2, 2) + hex.substr(i, 2), 16));
-  }
-  crypt.codePage = -1;
   try {
-    if (size % 2 !== 0) fail("");
-    crypt.Key = units;
+    crypt.Key = Bytes.FromHex(hex);
   } catch (e2) {
-    fail("a key of " + size + " bytes does not fit " + algorithm + ", which takes " +
+    fail("a key of " + hex.length / 2 + " bytes does not fit " + algorithm + ", which takes " +
          CIPHER_KEY_BYTES[algorithm] + " bytes");
   }
   return crypt;
 }
 
-// Bytes.
-
-function newNumber() {
-  return new ActiveXObject("Vardeko.crypt.Number");
-}
-
-// Bytes to hexadecimal by a PexBigNumber, which loses leading zero bytes.
-function hexOf(bytes) {
-  var number = newNumber();
-  number.Binary = bytes;
-  if (number.Cmp(0) === 0) return "";
-  var hex = number.Hex.toLowerCase();
-  return hex.length % 2 === 0 ? hex : "0" + hex;
-}
-
-function bytesOf(hex) {
-  var number = newNumber();
-  number.Hex = hex;
-  return number.Binary;
-}
+// Keys from pass phrases.
 
 // `count` bytes of a key, derived from a secret by PBKDF2 with HMAC (RFC 8018, section 5.2). The sums are
 // computed on words of 32 bits, which every script host can do.
@@ -332,8 +307,8 @@ function loadBinary(path) {
   return binary;
 }
 
-// The file to read: path and size; read(n), null at the end; taken(), how many bytes were read;
-// without(bytes, n), the bytes of the only read without the last n; close().
+// The file to read: path and size; read(n), null at the end; taken(), how many bytes were read; rewind(), to
+// read it again; close().
 function openInput(path) {
   if (hasFileStreams()) {
     var stream = WScript.OpenFile(path, "r"), done = 0;
@@ -346,7 +321,10 @@ function openInput(path) {
         return bytes.length > 0 ? bytes : null;
       },
       taken: function () { return done; },
-      without: function (bytes, n) { return bytes.subarray(0, bytes.length - n); },
+      rewind: function () {
+        stream.Seek(0);
+        done = 0;
+      },
       close: function () { stream.Close(); }
     };
   }
@@ -356,11 +334,7 @@ function openInput(path) {
     size: binary.Size,
     read: function (n) { return binary.EOS ? null : binary.Read(n); },
     taken: function () { return binary.Position; },
-    without: function (bytes, n) {
-      var end = binary.Position - n;
-      binary.Position = 0;
-      return end > 0 ? binary.Read(end) : "";
-    },
+    rewind: function () { binary.Position = 0; },
     close: function () { binary.Close(); }
   };
 }
@@ -373,10 +347,7 @@ function readText(path) {
   } finally {
     file.close();
   }
-  if (bytes === null) return "";
-  var number = newNumber();
-  number.Binary = bytes;
-  return number.Text;
+  return bytes === null ? "" : Bytes.ToText(bytes);
 }
 
 // An RSA object with those numbers of a key file that `properties` names.
@@ -386,7 +357,7 @@ function readRsaKey(path, properties) {
   for (var name in properties) {
     var found = new RegExp("\"" + name + "\"\\s*:\\s*\"([0-9a-fA-F]+)\"").exec(text);
     if (found === null) fail(path + ": has no number " + name);
-    rsa[properties[name]] = bytesOf(found[1]);
+    rsa[properties[name]] = Bytes.FromHex((found[1].length % 2 === 0 ? "" : "0") + found[1]);
   }
   return rsa;
 }
@@ -441,6 +412,51 @@ function openOutput(path, most) {
   };
 }
 
+function refuseSecretOutput(path) {
+  fail(path + ": is there already, and may be a key that is still needed");
+}
+
+// The file for a secret, which must not exist yet and which only its owner may read, if the script host can
+// set that: write(bytes) or writeText(text), of ASCII, which is called once, and discard().
+function openSecretOutput(path) {
+  if (!hasFileStreams()) {
+    var files = new ActiveXObject("Scripting.FileSystemObject");
+    var warning = "Beware: whoever may read the folder may read the secret. Protect " + path + ".";
+    if (files.FileExists(path)) refuseSecretOutput(path);
+    return {
+      write: function (bytes) {
+        var binary = openBinary();
+        binary.Write(bytes);
+        saveBinary(binary, path);
+        binary.Close();
+        complain(warning);
+      },
+      writeText: function (text) {
+        var file = files.CreateTextFile(path, false);
+        file.Write(text);
+        file.Close();
+        complain(warning);
+      },
+      discard: function () {}
+    };
+  }
+  var stream;
+  try {
+    stream = WScript.OpenFile(path, "wx", true);
+  } catch (e) {
+    if (e.number === ALREADY_THERE) refuseSecretOutput(path);
+    throw e;
+  }
+  return {
+    write: function (bytes) {
+      stream.Write(bytes);
+      stream.Close();
+    },
+    writeText: function (text) { this.write(Bytes.FromText(text)); },
+    discard: function () { stream.Discard(); }
+  };
+}
+
 // Calls work(input, output) with the files. The output is truncated to most(input) bytes and replaces
 // the old file unless work fails.
 function withFiles(from, to, most, work) {
@@ -469,4 +485,60 @@ function pump(input, output, transform) {
   }
   report();
   if (input.taken() !== input.size) fail(input.path + ": changed while it was read");
+}
+
+// Counter mode (NIST SP 800-38A, section 6.5), which the cipher does not offer: the blocks of a counter are
+// encrypted, and the data is added to them bit by bit. Returns transform(bytes) for the pieces of a file,
+// whole blocks except for the last, which encrypts and decrypts. The counter starts at 0, so a key must
+// serve for one file only.
+function counterMode(crypt) {
+  var next = 0, blocks = null;
+  return function (bytes) {
+    var count = Bytes.Count(bytes), wanted = Math.ceil(count / 16);
+    blocks = counterBlocks(next, wanted, blocks);
+    next += wanted;
+    return Bytes.Xor(bytes, Bytes.Slice(crypt.Encrypt(blocks), 0, count));
+  };
+}
+
+// The counters from `first` on, each a block of 16 bytes. `used`, an earlier result, is written again where
+// scripts can write bytes.
+function counterBlocks(first, count, used) {
+  var text = [], i, at;
+  if (!hasFileStreams()) {
+    for (i = 0; i < count; i++) text.push(fixedHex(first + i, 32));
+    return Bytes.FromHex(text.join(""));
+  }
+  if (used === null || used.length !== 16 * count) used = new Uint8Array(16 * count);
+  for (i = 0, at = 10; i < count; i++, at += 16) {
+    used[at] = Math.floor((first + i) / 0x10000000000);
+    used[at + 1] = Math.floor((first + i) / 0x100000000);
+    used[at + 2] = first + i >>> 24;
+    used[at + 3] = first + i >>> 16;
+    used[at + 4] = first + i >>> 8;
+    used[at + 5] = first + i;
+  }
+  return used;
+}
+
+// Sealed files, as seal-file.js describes them.
+
+var SEAL_MAGIC = "4d49524f5345414c";
+var SEAL_SALT_BYTES = 16;
+var SEAL_HEADER_BYTES = 8 + 4 + SEAL_SALT_BYTES;
+var SEAL_CODE_BYTES = 32;
+var MOST_SEAL_ITERATIONS = 10000000;
+
+// The cipher and the HMAC of a file with this header, which the code covers.
+function sealKeys(secret, header) {
+  var hex = Bytes.ToHex(header), keys, crypt, code;
+  keys = deriveKey("SHA256", secret, Bytes.Slice(header, 12), parseInt(hex.substr(16, 8), 16), 64);
+  crypt = new ActiveXObject("Vardeko.crypt.Symmetric");
+  crypt.Init("AES");
+  crypt.Key = Bytes.Slice(keys, 0, 32);
+  code = new ActiveXObject("Vardeko.crypt.HashObject");
+  code.InitHash("SHA256");
+  code.Key = Bytes.Slice(keys, 32);
+  code.HashUpdate(header);
+  return {crypt: crypt, code: code};
 }

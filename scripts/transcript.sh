@@ -34,6 +34,12 @@ example crypt-stream.js encrypt AES $aes tour.js aes-stream
 example crypt-stream.js decrypt DES $des des des-stream
 example digest-while-copy.js aes-stream copy
 example tee-digest.js SHA256 des-stream one two
+example sums.js tour.js factorial.js
+example sums.js --algorithm MD5 --output sums tour.js factorial.js
+example sums.js --algorithm MD5 --check sums
+example derive-key.js SHA256 "pass phrase" 73616c74 100 48
+example show-bytes.js --escapes 'a\u20ac\u00e9'
+example selftest.js
 example factorial.js 1500
 example power-mod.js 0x123456789abcdef0123456789abcdef 0xfedcba987654321fedcba $modulus
 example is-prime.js 2 1229 65537 $modulus 170141183460469231731687303715884105727

@@ -4,13 +4,20 @@
 
 #include <new>
 
+#include "classes/ado_stream.h"
 #include "classes/dictionary.h"
+#include "classes/file_system_object.h"
+#include "classes/shell_object.h"
 
 namespace mirolta::host {
 namespace {
 
 constexpr HostClassRow kClasses[] = {
+    {"Scripting.FileSystemObject", &FileSystemObject::kClass, NewFileSystemObject},
+    {"ADODB.Stream", &kAdoStreamClass, NewAdoStream},
     {"Scripting.Dictionary", &kDictionaryClass, NewDictionary},
+    {"WScript.Shell", &kShellClass, NewShell},
+    {"WScript.Shell.1", &kShellClass, NewShell},
 };
 
 }  // namespace

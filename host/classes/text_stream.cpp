@@ -86,6 +86,7 @@ TextStream::TextStream(std::unique_ptr<ByteChannel> channel, Direction direction
   if (direction == Direction::kRead) {
     reader_.emplace(channel_.get(), options.encoding, options.skips_mark);
   }
+  channel_->Keep();
 }
 
 TextStream::~TextStream() {

@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "command_line/class_description.h"
 #include "command_line/member_descriptions.h"
 #include "command_line/result_text.h"
+#include "engine/arguments.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
@@ -21,7 +23,8 @@ constexpr char kGeneralHelp[] =
     "a line or a command, Ctrl-D ends the prompt.\n"
     "\n"
     "help(object)      the members of an object\n"
-    "mirolta-host --help prints the options.\n";
+    "help(\"ProgID\")    the members of a class\n"
+    "mirolta-host --list prints the classes, mirolta-host --help the options.\n";
 
 struct HelpFunction {
   std::string text;
@@ -31,6 +34,11 @@ struct HelpFunction {
     SlotNumber number = kNoSlot;
     if (duk_is_undefined(engine, 0)) {
       text = kGeneralHelp;
+    } else if (duk_is_string(engine, 0)) {
+      text = SystemFromUnits(UnitsFromEngine(TextArgument(engine, 0)));
+      // It prints its messages itself.
+      static_cast<void>(DescribeClass(text));
+      return 0;
     } else if (HandleAt(engine, 0, &number)) {
       DescribeObject(engine, number);
     } else {

@@ -52,6 +52,8 @@ constexpr Option kOptions[] = {
        line->charset = value;
        return value.empty() ? "needs the name of a character set" : nullptr;
      }},
+    {"--check", nullptr, nullptr, "test every algorithm with known answers", SetNothing,
+     Action::kCheck},
     {"--register", nullptr, "MODULE", "register the classes of a module", SetOperand,
      Action::kRegister},
     {"--unregister", nullptr, "MODULE", "remove the registration of a module", SetOperand,

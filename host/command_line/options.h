@@ -10,6 +10,7 @@ enum class Action {
   kRun,  // a script, code or the prompt
   kHelp,
   kVersion,
+  kCheck,
   kRegister,
   kUnregister,
   kList,

@@ -15,6 +15,7 @@
 #include "engine/time_limit.h"
 #include "files/output_file.h"
 #include "objects/bytes_object.h"
+#include "objects/date_class.h"
 #include "objects/dispatch_object.h"
 #include "objects/enumerator.h"
 #include "objects/language_functions.h"
@@ -90,6 +91,7 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallVbArray(engine);
   InstallEnumerator(engine);
   InstallLanguageFunctions(engine);
+  InstallDateClass(engine);
   InstallWScript(engine);
   InstallBytes(engine);
   context->link = MakeLink(engine);

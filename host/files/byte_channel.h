@@ -26,6 +26,9 @@ class ByteChannel {
   [[nodiscard]] virtual HRESULT Write(std::string_view bytes);
   // Close writes what was kept; a new file is moved into place. Call it at most once.
   [[nodiscard]] virtual HRESULT Close() { return S_OK; }
+  // A channel that is destroyed before Keep discards a new file, afterwards it leaves the file to the
+  // end of the script.
+  virtual void Keep() {}
   // The text of a failed write, "" for the status's own.
   virtual const char* WriteFailure() const { return ""; }
   virtual bool IsTerminal() const { return false; }

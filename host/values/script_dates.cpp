@@ -29,6 +29,10 @@ double LocalOffset(double milliseconds, bool is_local) {
 
 }  // namespace
 
+double UtcOfLocal(double local_milliseconds) {
+  return local_milliseconds - LocalOffset(local_milliseconds, true);
+}
+
 double AutomationDate(double script_milliseconds) {
   const double local = script_milliseconds + LocalOffset(script_milliseconds, false);
   const double days = local / kMillisecondsPerDay + kEpochDay;
@@ -50,8 +54,7 @@ double ScriptMilliseconds(double automation_date) {
     const double day = ceil(days);
     days = day + (day - days);
   }
-  const double local = round((days - kEpochDay) * kMillisecondsPerDay);
-  return local - LocalOffset(local, true);
+  return UtcOfLocal(round((days - kEpochDay) * kMillisecondsPerDay));
 }
 
 }  // namespace mirolta::host

@@ -10,6 +10,9 @@ namespace mirolta::host {
 double AutomationDate(double script_milliseconds);
 double ScriptMilliseconds(double automation_date);
 
+// UtcOfLocal converts local milliseconds since 1 January 1970 to UTC.
+double UtcOfLocal(double local_milliseconds);
+
 // IsAutomationDate returns whether automation has the date: years 100 to 9999.
 bool IsAutomationDate(double script_milliseconds);
 

@@ -4,6 +4,7 @@ import hashlib
 import hmac
 import os
 import pathlib
+import re
 import signal
 import stat
 import struct
@@ -25,10 +26,11 @@ WRITERS = {
     "crypt-stream.js decrypt": ("AES", AES, "IN", "OUT"),
     "digest-while-copy.js": ("IN", "OUT"),
     "tee-digest.js": ("SHA256", "IN", "OUT"),
+    "seal-file.js --iterations 1": ("pass", "IN", "OUT"),
     "rsa-encrypt.js": ("KEY.json", "IN", "OUT"),
     "rsa-decrypt.js": ("KEY.json", "IN", "OUT"),
 }
-READERS = {"hash-file.js": ("SHA256", "IN"), "hmac.js": ("SHA256", "secret", "IN")}
+READERS = {"hash-file.js": ("SHA256", "IN"), "hmac.js": ("SHA256", "secret", "IN"), "sums.js": ("IN",)}
 KEYED = {name: row for name, row in WRITERS.items() if AES in row}
 
 WRAPPED_HEADER = 20 + 128  # of a key of 1024 bits
@@ -386,9 +388,9 @@ class MemoryHost(HostTest):
     OLD = ["in=text", "out=old", "key=" + AES]
     OLD_FILES = "in=74657874\nout=6f6c64\nkey=" + AES.encode().hex() + "\n"
 
-    def run_there(self, failing, example, *words, files=None):
+    def run_there(self, failing, example, *words, files=None, **options):
         return self.run_host(pathlib.Path(__file__).with_name("memory_host.js"), failing,
-                             *(files or self.OLD), "--", EXAMPLES / example, *words)
+                             *(files or self.OLD), "--", EXAMPLES / example, *words, **options)
 
     def encrypted(self):
         self.write("in", b"text")
@@ -413,6 +415,42 @@ class MemoryHost(HostTest):
         run = self.run_there("none", "hmac.js", "SHA1", "--key-file", "k", "in",
                              files=["in=text", "k=secret\r\n"])
         self.assertIn(hmac.new(b"secret", b"text", "sha1").hexdigest() + "\n", run.stdout)
+
+    def test_sealed_files(self):
+        """Each kind of host opens what the other sealed."""
+        text = "text" * 5
+        words = ("--key-file", "k", "--iterations", "2", "in", "sealed")
+        run = self.run_there("none", "seal-file.js", *words, files=["in=" + text, "k=secret"])
+        self.assertEqual(run.returncode, 0, run)
+        self.write("sealed", bytes.fromhex(re.search("^sealed=(.*)$", run.stdout, re.MULTILINE)[1]))
+        self.write("k", b"secret")
+        run = self.run_host(EXAMPLES / "open-file.js", "--key-file", "k", "sealed", "in")
+        self.assertEqual((run.returncode, self.read("in")), (0, text.encode()), run)
+        self.assertEqual(self.run_host(EXAMPLES / "seal-file.js", *words).returncode, 0)
+        sealed = self.read("sealed").hex()
+        run = self.run_there("none", "open-file.js", "--key-file", "k", "sealed", "new",
+                             files=["sealed=0x" + sealed, "k=secret"])
+        self.assertIn(f"\nnew={text.encode().hex()}\n", run.stdout)
+        run = self.run_there("none", "open-file.js", "--key-file", "k", "sealed", "new",
+                             files=["sealed=0x" + sealed[:-1] + ("0" if sealed[-1] != "0" else "1"), "k=secret"])
+        self.assertEqual(run.returncode, 1, run)
+        self.assertNotIn("\nnew=", run.stdout)
+
+    def test_lists_of_digests(self):
+        run = self.run_there("none", "sums.js", "--output", "list", "in", files=["in=text"])
+        self.assertEqual(run.returncode, 0, run)
+        line = hashlib.sha256(b"text").hexdigest() + "  in\n"
+        self.assertIn(f"\nlist={line.encode().hex()}\n", "\n" + run.stdout)
+        for content, status in (("text", 0), ("other", 1)):
+            run = self.run_there("none", "sums.js", "--check", "list", files=["in=" + content, "list=" + line])
+            self.assertEqual(run.returncode, status, run)
+
+    def test_random_bytes(self):
+        run = self.run_there("none", "random-bytes.js", "--output", "new", "20", files=["in=text"])
+        self.assertRegex(run.stdout, "(?m)^new=[0-9a-f]{40}$")
+        run = self.run_there("none", "random-bytes.js", "--output", "in", "20", files=["in=text"])
+        self.assertEqual(run.returncode, 1, run)
+        self.assertIn("in: is there already", run.stdout)
 
     def test_failures_leave_the_old_file(self):
         for failing in ("LoadFromFile", "Read", "Write", "SaveToFile"):

@@ -9,8 +9,9 @@
 var files = {}, words = [], failing = WScript.Arguments(0), i = 1;
 for (; WScript.Arguments(i) !== "--"; i++) {
   var word = WScript.Arguments(i).split("=");
-  // huge is a size without content.
-  files[word[0]] = word[1] === "huge" ? null : bytesOfText(word[1]);
+  // huge is a size without content, 0x starts hexadecimal.
+  files[word[0]] = word[1] === "huge" ? null
+    : /^0x/.test(word[1]) ? Bytes.FromHex(word[1].substr(2)) : bytesOfText(word[1]);
 }
 var example = WScript.Arguments(i + 1);
 for (i += 2; i < WScript.Arguments.length; i++) words.push(WScript.Arguments(i));

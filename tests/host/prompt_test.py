@@ -1,4 +1,5 @@
 """The prompt: entries, results, completion, history and Ctrl-C."""
+import fcntl
 import os
 import pty
 import re
@@ -6,6 +7,7 @@ import select
 import signal
 import stat
 import subprocess
+import termios
 import time
 import unittest
 
@@ -15,6 +17,11 @@ CAN_EDIT = "libedit" in subprocess.run([HOST, "--version"], capture_output=True,
                                        check=False).stdout
 # What terminals obey and do not show.
 CONTROLS = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b[=>]|\r|.\x08|\x07")
+
+
+def open_text(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
 
 
 class PipedTest(HostTest):
@@ -170,9 +177,16 @@ class Help(PipedTest):
         self.assertRegex(output, r"\n  Exists\(.*method\n      \S")
 
     def test_help_of_an_object_of_the_script(self):
-        output, errors = self.prompt("help({ first: 1 })\nhelp('')\n")
+        output, errors = self.prompt("help({ first: 1 })\nhelp(1)\n")
         self.assertEqual(errors, "")
         self.assertIn("  first\n", output)
+
+    def test_help_of_a_class(self):
+        output, errors = self.prompt('help("Vardeko.crypt.HashObject")\n')
+        self.assertEqual(errors, "")
+        self.assertIn("InitHash", output)
+        _, errors = self.prompt('help("No.Such")\n')
+        self.assertIn("No.Such", errors)
 
     def test_general_help(self):
         output, _ = self.prompt("help()\n")
@@ -195,12 +209,11 @@ class TerminalTest(HostTest):
 
         def take_terminal():
             os.setsid()
-            import fcntl
-            import termios
             fcntl.ioctl(slave, termios.TIOCSCTTY, 0)
 
         self.process = self.start(words, self.env, take_terminal, stdin=slave, stdout=slave,
                                   stderr=slave)
+        self.terminal = os.ttyname(slave)
         os.close(slave)
         self.master = master
         self.shown = ""
@@ -239,9 +252,17 @@ class TerminalTest(HostTest):
     def send(self, text):
         os.write(self.master, text.encode())
 
+    def type(self, text):
+        """Sends what the line editor is to see: nothing may arrive before it has the terminal."""
+        end = time.monotonic() + 60
+        while CAN_EDIT and termios.tcgetattr(self.master)[3] & termios.ICANON:
+            self.assertLess(time.monotonic(), end)
+            self.receive(0.01)
+        self.send(text)
+
     def expect(self, line, pattern):
         """Types a line and waits for its answer and the next prompt."""
-        self.send(line + "\n")
+        self.type(line + "\n")
         return self.wait_for_text(r"\n" + pattern + r"\n> ")
 
     def expect_end(self, status):
@@ -260,40 +281,36 @@ class AtATerminal(TerminalTest):
 
     def test_end_of_input(self):
         self.open()
-        # What is typed before the terminal has left its line mode does not count.
-        end = time.monotonic() + 60
-        while self.process.poll() is None and time.monotonic() < end:
-            self.send("\x04")
-            self.receive(0.2)
+        self.type("\x04")
         self.expect_end(0)
 
     def test_several_lines(self):
         self.open()
-        self.send("function f() {\n")
+        self.type("function f() {\n")
         self.wait_for_text(r"\.\.\. ")
-        self.send("return 5 }\n")
+        self.type("return 5 }\n")
         self.wait_for_text("> ")
         self.expect("f()", "5")
 
     def test_ctrl_c_cancels_a_line(self):
         self.open()
-        self.send("noSuch.")
+        self.type("noSuch.")
         self.wait_for_text("noSuch.")
-        self.send("\x03")
+        self.type("\x03")
         self.wait_for_text("> ")
         self.expect("6 * 7", "42")
 
     def test_ctrl_c_cancels_an_entry(self):
         self.open()
-        self.send("f(\n")
+        self.type("f(\n")
         self.wait_for_text(r"\.\.\. ")
-        self.send("\x03")
+        self.type("\x03")
         self.wait_for_text("> ")
         self.expect("6 * 7", "42")
 
     def interrupt(self, line, answer="Interrupted"):
         self.open()
-        self.send(line + "\n")
+        self.type(line + "\n")
         self.wait_for_text("running")
         time.sleep(0.2)
         start = time.monotonic()
@@ -334,7 +351,7 @@ class AtATerminal(TerminalTest):
     def test_a_command_that_does_not_stop(self):
         self.write("out", b"old")
         self.open()
-        self.send("var out = WScript.OpenFile('out', 'w');" + self.RUNNING + "for (;;) ;\n")
+        self.type("var out = WScript.OpenFile('out', 'w');" + self.RUNNING + "for (;;) ;\n")
         self.wait_for_text("running")
         time.sleep(0.2)
         self.send("\x03")
@@ -350,7 +367,7 @@ class AtATerminal(TerminalTest):
 class Editing(TerminalTest):
     def test_the_cursor_moves(self):
         self.open()
-        self.send("6 * 7\x01")
+        self.type("6 * 7\x01")
         self.expect("10 + ", "52")
 
     def test_an_earlier_line(self):
@@ -360,9 +377,9 @@ class Editing(TerminalTest):
         self.expect("\x10\x10", "42")
 
     def complete(self, typed, pattern):
-        self.send(typed + "\t")
+        self.type(typed + "\t")
         self.wait_for_text(pattern)
-        self.send("\x15")
+        self.type("\x15")
 
     def test_completion_of_a_member(self):
         self.open()
@@ -380,28 +397,65 @@ class Editing(TerminalTest):
     def test_several_completions(self):
         self.open()
         self.expect("var o = { first: 1, second: 2, secret: 3 }; 1", "1")
-        self.send("o.s\t")
+        self.type("o.s\t")
         self.wait_for_text("o.sec")
-        self.send("\t")
+        self.type("\t")
         self.wait_for_text(r"\nsecond +secret\n")
-        self.send("o\t")
+        self.type("o\t")
         self.expect("", "2")
 
     def test_nothing_to_complete(self):
         self.open()
-        self.send("noSuch.na\t")
-        self.send("\x15")
+        self.type("noSuch.na\t")
+        self.type("\x15")
         self.expect("6 * 7", "42")
 
     def test_completion_runs_no_script(self):
         self.open()
         self.expect("var o = { get a() { ran = 1; return { b: 1 } } }, ran = 0; 1", "1")
-        self.send("o.a.\t\x15")
+        self.type("o.a.\t\x15")
         self.expect("ran", "0")
 
     def test_text_that_is_not_ascii(self):
         self.open()
         self.expect("'\u0416\U0001F600'.length", "3")
+
+
+@unittest.skipUnless(CAN_EDIT, "the host is built without libedit")
+class TerminalModes(TerminalTest):
+    def is_edited(self):
+        return not termios.tcgetattr(self.master)[3] & termios.ICANON
+
+    def wait_for_state(self, state):
+        end = time.monotonic() + 60
+        stat_file = f"/proc/{self.process.pid}/stat"
+        while open_text(stat_file).rsplit(")", 1)[1].split()[0] not in state:
+            self.assertLess(time.monotonic(), end)
+            self.receive(0.01)
+
+    def test_are_restored_when_a_signal_ends_the_prompt(self):
+        for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
+            with self.subTest(number):
+                self.open()
+                self.type("1 + ")
+                # Without this side the terminal would end with the process.
+                slave = os.open(self.terminal, os.O_RDWR | os.O_NOCTTY)
+                self.addCleanup(os.close, slave)
+                self.assertTrue(self.is_edited())
+                self.process.send_signal(number)
+                self.expect_end(-number)
+                self.assertFalse(self.is_edited())
+
+    def test_are_restored_while_the_prompt_is_stopped(self):
+        self.open()
+        self.type("6 * ")
+        self.wait_for_text(r"6 \* ")
+        self.send("\x1a")
+        self.wait_for_state("T")
+        self.assertFalse(self.is_edited())
+        self.process.send_signal(signal.SIGCONT)
+        self.wait_for_state("SR")
+        self.expect("7", "42")
 
 
 class HistoryTest(TerminalTest):
@@ -432,6 +486,19 @@ class HistoryTest(TerminalTest):
         lines = self.history().read_text().splitlines()
         self.assertEqual((len(lines), lines[0], lines[-2:]), (1000, "1001", ["1999", "6 * 7"]))
 
+    def test_every_line_of_an_entry(self):
+        self.open()
+        self.type("[1,\n")
+        self.wait_for_text(r"\.\.\. ")
+        self.expect("2]", r"\[1, 2\]")
+        self.assertEqual(self.history().read_text(), "[1,\n2]\n")
+
+    def test_is_written_before_the_entry_runs(self):
+        self.open()
+        self.type("WScript.Quit(3)\n")
+        self.expect_end(3)
+        self.assertEqual(self.history().read_text(), "WScript.Quit(3)\n")
+
     def test_repeated_lines_are_kept_once(self):
         self.open()
         self.expect("5", "5")
@@ -461,7 +528,7 @@ class HistoryTest(TerminalTest):
     def test_a_file_that_cannot_be_written(self):
         self.env["MIROLTA_HISTORY"] = str(self.folder)
         self.open()
-        self.send("5\n")
+        self.type("5\n")
         self.wait_for_text("cannot be written")
         self.wait_for_text("\n5\n> ")
         self.expect("6", "6")

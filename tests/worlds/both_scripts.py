@@ -28,7 +28,8 @@ class Script:
         self.name = self.path.stem
         self.scratch = pathlib.Path(scratch) / self.name
         self.text = self.path.read_text("utf-8")
-        self.expected = self.path.with_suffix(".expected").read_text("utf-8")
+        expected = self.path.with_suffix(".expected")
+        self.expected = expected.read_text("utf-8") if expected.exists() else None
         head = HEAD.findall(self.text)
         values = dict(head)
         self.reason = values.get("wine")
@@ -59,7 +60,12 @@ def is_part(lines, whole):
 
 def check(host, scratch, paths):
     report = worlds.Report()
-    scripts = [Script(path, scratch) for path in paths]
+    scripts = []
+    for script in (Script(path, scratch) for path in paths):
+        if script.expected is None:
+            report.fail(script.name, "there is no .expected file")
+        else:
+            scripts.append(script)
     wine, native, needless = [], {}, []
     for script in scripts:
         if LOOSE.search(BLOCK.sub("", script.text)):

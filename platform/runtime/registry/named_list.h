@@ -22,7 +22,8 @@ class NamedList {
  public:
   Node* First() const { return first_; }
   bool IsEmpty() const { return first_ == nullptr; }
-  size_t Count() const { return count_; }  // of all nodes, also those without a name
+  // The number of nodes with a name.
+  size_t NamedCount() const { return named_count_; }
 
   Node* Find(WideView name) const {
     if (buckets_.IsEmpty()) {
@@ -60,6 +61,7 @@ class NamedList {
     (previous != nullptr ? previous->links.next : first_) = next;
     (next != nullptr ? next->links.previous : last_) = previous;
     --count_;
+    if (node->HasName()) --named_count_;
     looked_at_ = nullptr;
     if (buckets_.IsEmpty() || !node->HasName()) return;
     Node** link = &Bucket(node->links.hash);
@@ -86,6 +88,7 @@ class NamedList {
     (previous != nullptr ? previous->links.next : first_) = node;
     (next != nullptr ? next->links.previous : last_) = node;
     ++count_;
+    if (node->HasName()) ++named_count_;
     if (next != nullptr) looked_at_ = nullptr;
     if (!buckets_.IsEmpty()) PutInBucket(node);
     return true;
@@ -109,6 +112,7 @@ class NamedList {
   Node* first_ = nullptr;
   Node* last_ = nullptr;
   size_t count_ = 0;
+  size_t named_count_ = 0;
   mutable Node* looked_at_ = nullptr;  // where At was last; null: nowhere
   mutable size_t looked_at_index_ = 0;
   RuntimeArray<Node*> buckets_;  // none, or a power of two

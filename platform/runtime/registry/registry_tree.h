@@ -41,8 +41,8 @@ class RegistryKey {
   const RegistryValue* FirstValue() const { return values_.First(); }
   WideView Name() const { return ViewOf(name_); }
   bool HasName() const { return true; }
-  bool HasValues() const { return ValueAt(0) != nullptr; }
-  size_t ChildCount() const { return children_.Count(); }
+  bool HasValues() const { return values_.NamedCount() != 0; }
+  size_t ChildCount() const { return children_.NamedCount(); }
   // The file that the values come from (lower_registries.h); 0 is the one that is written.
   DWORD Layer() const { return layer_; }
   void SetLayer(DWORD layer) { layer_ = layer; }
