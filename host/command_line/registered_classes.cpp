@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <system_error>
