@@ -17,6 +17,7 @@
 #include "command_line/self_test.h"
 #include "engine/interruption.h"
 #include "engine/script_engine.h"
+#include "engine/status_text.h"
 #include "files/standard_descriptors.h"
 #include "platform.h"
 
@@ -48,15 +49,6 @@ int ChangeRegistration(const CommandLine& line) {
   return 0;
 }
 
-bool ReadInput(std::string* bytes) {
-  char part[65536];
-  for (;;) {
-    const size_t got = fread(part, 1, sizeof part, stdin);
-    bytes->append(part, got);
-    if (got < sizeof part) return ferror(stdin) == 0;
-  }
-}
-
 // Loads what the command line says; reports a failure.
 bool Load(const CommandLine& line, ScriptText* script) {
   SourceOptions options;
@@ -68,10 +60,7 @@ bool Load(const CommandLine& line, ScriptText* script) {
   } else if (line.has_script && line.script != "-") {
     is_loaded = LoadScript(line.script, options, script, &problem);
   } else {
-    std::string bytes;
-    is_loaded = ReadInput(&bytes);
-    if (!is_loaded) problem = "cannot read the script from standard input";
-    is_loaded = is_loaded && ScriptFromBytes("standard input", bytes, options, script, &problem);
+    is_loaded = ScriptFromDescriptor("standard input", STDIN_FILENO, options, script, &problem);
   }
   if (!is_loaded) fprintf(stderr, "mirolta-host: %s\n", problem.c_str());
   return is_loaded;
@@ -125,8 +114,8 @@ int RunWords(const std::vector<std::string>& words) {
   }
   const HRESULT started = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   if (FAILED(started)) {
-    fprintf(stderr, "mirolta-host: automation cannot be started (0x%08X)\n",
-            static_cast<unsigned>(started));
+    fprintf(stderr, "mirolta-host: automation cannot be started: %s\n",
+            DescribeStatus(started).c_str());
     return 1;
   }
   const int status = RunCommand(line);

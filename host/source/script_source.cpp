@@ -52,6 +52,16 @@ bool ScriptFromBytes(const std::string& name, std::string_view bytes, const Sour
   return true;
 }
 
+bool ScriptFromDescriptor(const std::string& name, int file, const SourceOptions& options,
+                          ScriptText* script, std::string* problem) {
+  std::string bytes;
+  if (!ReadAll(file, &bytes)) {
+    *problem = "cannot read the script from " + name + ": " + strerror(errno);
+    return false;
+  }
+  return ScriptFromBytes(name, bytes, options, script, problem);
+}
+
 bool LoadScript(const std::string& path, const SourceOptions& options, ScriptText* script,
                 std::string* problem) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);

@@ -36,4 +36,8 @@ bool LoadScript(const std::string& path, const SourceOptions& options, ScriptTex
 bool ScriptFromBytes(const std::string& name, std::string_view bytes, const SourceOptions& options,
                      ScriptText* script, std::string* problem);
 
+// ScriptFromDescriptor is LoadScript for what can be read from a descriptor until its end.
+bool ScriptFromDescriptor(const std::string& name, int file, const SourceOptions& options,
+                          ScriptText* script, std::string* problem);
+
 }  // namespace mirolta::host

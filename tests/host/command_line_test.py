@@ -60,6 +60,68 @@ class WhereScriptsComeFrom(CommandLineTest):
         self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "\u0416\n", ""))
 
 
+class EncodingsOfScripts(CommandLineTest):
+    TEXT = "WScript.Echo('\u00e9');\r\n'\u00e9' + null.x;"
+    REPORT = ("(2, 1): error 0x800A138F (-2146823281): TypeError: cannot read property 'x' of null\n"
+              "    '\u00e9' + null.x;\n    ^\n")
+    MARKS = {"utf-8": b"\xef\xbb\xbf", "utf-16-le": b"\xff\xfe", "utf-16-be": b"\xfe\xff"}
+
+    def make(self, name, content):
+        self.write(name, content)
+        return str(self.folder / name)
+
+    def check(self, name, data, *words):
+        run = self.run_host(*words, self.make("a.js", data))
+        report = str(self.folder / "a.js") + self.REPORT
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (1, "\u00e9\n", report), name)
+        status, output, errors = self.run_bytes(data, *words, "-")
+        self.assertEqual((status, output, errors), (1, "\u00e9\n", "standard input" + self.REPORT), name)
+
+    def run_bytes(self, data, *words):
+        process = self.start(words, stdin=subprocess.PIPE)
+        output, errors = process.communicate(data, timeout=60)
+        return process.returncode, output.decode(), errors.decode()
+
+    def test_with_and_without_mark(self):
+        for name, mark in self.MARKS.items():
+            self.check(name, self.TEXT.encode(name))
+            self.check(name + " with mark", mark + self.TEXT.encode(name))
+
+    def test_saved_in_a_windows_code_page(self):
+        self.check("windows-1252", self.TEXT.encode("cp1252"))
+
+    def test_chosen(self):
+        for name, charset in (("cp437", "437"), ("cp850", "CP850"), ("iso-8859-15", "ISO-8859-15"),
+                              ("utf-16-be", "1201"), ("utf-8", "65001")):
+            self.check(name, self.TEXT.encode(name), "--charset", charset)
+
+    def test_not_valid(self):
+        path = self.make("a.js", b"x;\n'\xc3\xa9\xe9';")
+        run = self.run_host(path)
+        self.assertEqual((run.returncode, run.stdout), (1, ""))
+        self.assertEqual(run.stderr, f"mirolta-host: {path}(2): the byte 0xE9 at offset 6 is not valid UTF-8; "
+                                     "--charset NAME chooses the character set, for example windows-1252\n")
+
+    def test_an_unknown_set(self):
+        run = self.run_host("--charset", "no-such-set", self.make("a.js", b"x"))
+        self.assertEqual((run.returncode, run.stdout), (1, ""))
+        self.assertRegex(run.stderr, "^mirolta-host: unknown character set no-such-set; ")
+
+    def test_of_another_language(self):
+        path = self.make("a.vbs", b"MsgBox 1")
+        run = self.run_host(path)
+        self.assertEqual((run.returncode, run.stdout), (1, ""))
+        self.assertEqual(run.stderr, f"mirolta-host: cannot run {path}: this is a VBScript script; "
+                                     "mirolta-host runs JScript (ECMAScript 5) in .js files\n")
+
+    def test_of_more_than_256_megabytes(self):
+        with open("/dev/zero", "rb") as zeros:
+            run = self.run_host("-", stdin=zeros)
+        self.assertEqual((run.returncode, run.stdout), (1, ""))
+        self.assertEqual(run.stderr,
+                         "mirolta-host: cannot read the script from standard input: File too large\n")
+
+
 class WhatItPrints(CommandLineTest):
     def test_help_on_standard_output(self):
         for word in ("--help", "-h", "//?"):

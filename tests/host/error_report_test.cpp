@@ -166,7 +166,8 @@ TEST(ErrorReport, RuntimeErrorsHaveTheirStatementAndCalls) {
       {"new Function('null.x')();",
        "code of Function(1)"s + kType + "    at code of Function:1\n    at a.js:1\n"},
       {"new RegExp('(');",
-       "a.js(1, 1)"s + kSyntax + "unexpected end of pattern\n    new RegExp('(');\n    ^\n"},
+       "a.js(1, 1): error 0x800A1399 (-2146823271): SyntaxError: unexpected end of pattern\n"
+       "    new RegExp('(');\n    ^\n"},
       {"throw new Error(-2147211401, 'Boom.');",
        "a.js(1, 1): error 0x80042777 (-2147211401): Boom.\n"
        "    throw new Error(-2147211401, 'Boom.');\n    ^\n"},
@@ -221,7 +222,7 @@ TEST(ErrorReport, LongScriptsHaveTheLineOfASyntaxErrorOnly) {
 
 TEST(ErrorReport, BracketsMayBeTooDeep) {
   EXPECT_EQ(ReportOf(string(100000, '(')),
-            "a.js(1): error 0x800A0005 (-2146828283): RangeError: compiler recursion limit\n    " +
+            "a.js(1): error 0x800A001C (-2146828260): RangeError: compiler recursion limit\n    " +
                 string(100, '(') + "...\n");
 }
 
