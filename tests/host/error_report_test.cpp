@@ -136,9 +136,9 @@ TEST(ErrorReport, PlacesAreTheSameInEveryEncoding) {
 }
 
 TEST(ErrorReport, WideCharactersTakeTwoColumnsAndCombiningNone) {
-  EXPECT_EQ(ReportOf("'\xE4\xB8\xAD' + 'e\xCC\x81' = = 1"),
-            "a.js(1, 14)"s + kSyntax + "unexpected =\n    '\xE4\xB8\xAD' + 'e\xCC\x81' = = 1\n" +
-                string(4 + 13, ' ') + "^\n");
+  EXPECT_EQ(LineWithMarker("'\xE4\xB8\xAD\xF0\x9F\x98\x80' x", 6),
+            "    '\xE4\xB8\xAD\xF0\x9F\x98\x80' x\n" + string(4 + 7, ' ') + "^\n");
+  EXPECT_EQ(LineWithMarker("'e\xCC\x81' x", 6), "    'e\xCC\x81' x\n" + string(4 + 4, ' ') + "^\n");
 }
 
 constexpr char kType[] =
@@ -248,6 +248,12 @@ TEST(ErrorReport, RandomScriptsHaveAPlaceWithin) {
     EXPECT_LE(column, CountCharacters(LineOf(script, line)) + 1) << script;
   }
   EXPECT_GT(place_count, 250u);
+}
+
+// The engine sees the error when it compiles the function for a second time.
+TEST(ErrorReport, ATokenOfAnotherLineIsNotTheErrors) {
+  EXPECT_EQ(ReportOf("function f(a, a) {\n  'use strict';\n}\n"),
+            "a.js(2)"s + kSyntax + "invalid argument name\n    'use strict';\n");
 }
 
 TEST(ErrorReport, LongScriptsHaveTheLineOfASyntaxErrorOnly) {
