@@ -7,8 +7,9 @@
 // again while the file is: a file that anybody changed, at whatever time, gives no output. IN is read twice, so
 // it cannot be a pipe.
 //
-// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged. A script host
-// without WScript.OpenFile needs ADODB.Stream for files, which Wine does not have.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
+//
+// Not with Wine: its ADODB.Stream reads and writes no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

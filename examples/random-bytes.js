@@ -6,6 +6,8 @@
 // The bytes come from the system's cryptographic random source. Without an option they are printed in
 // hexadecimal. FILE, of the bytes themselves, must not exist yet; only its owner may read it, if the script
 // host can set that.
+//
+// Not with Wine: its ADODB.Stream writes no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

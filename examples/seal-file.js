@@ -19,8 +19,9 @@
 // Counter mode is made of the classes' block-by-block encryption, which must not be used alone for data: equal
 // blocks give equal blocks. Nor must counter mode be used without the HMAC, or twice with a key.
 //
-// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged. A script host
-// without WScript.OpenFile needs ADODB.Stream for files, which Wine does not have.
+// An existing OUT is replaced only when the new file is complete; after a failure it is unchanged.
+//
+// Not with Wine: its ADODB.Stream reads and writes no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

@@ -16,8 +16,9 @@
 //   --warn             names each of them
 //
 // The exit status is 0 if all is well, 1 if a file cannot be read or differs, or a list has no line of a digest,
-// and 2 for a wrong call. A script host without WScript.OpenFile needs ADODB.Stream for files, which Wine does
-// not have.
+// and 2 for a wrong call.
+//
+// Not with Wine: its ADODB.Stream reads and writes no files.
 
 // Functions that the examples share.
 function sharedFunctions() {

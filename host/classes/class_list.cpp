@@ -7,6 +7,7 @@
 #include "classes/ado_stream.h"
 #include "classes/dictionary.h"
 #include "classes/file_system_object.h"
+#include "classes/shell_object.h"
 
 namespace mirolta::host {
 namespace {
@@ -15,6 +16,8 @@ constexpr HostClassRow kClasses[] = {
     {"Scripting.FileSystemObject", &FileSystemObject::kClass, NewFileSystemObject},
     {"ADODB.Stream", &kAdoStreamClass, NewAdoStream},
     {"Scripting.Dictionary", &kDictionaryClass, NewDictionary},
+    {"WScript.Shell", &kShellClass, NewShell},
+    {"WScript.Shell.1", &kShellClass, NewShell},
 };
 
 }  // namespace

@@ -48,7 +48,9 @@ IDispatch* FolderContent::NewItem(const std::string& path) const {
 void FolderContent::GetItem(HostCall& call) {
   const std::string name = SystemPath(call.Text(0));
   const std::string path = PathIn(folder_, name);
-  if (name.empty() || name.find('/') != std::string::npos || KindOf(path) != kind_) {
+  const bool is_name =
+      !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+  if (!is_name || KindOf(path) != kind_) {
     Fail(kind_ == PathKind::kFolder ? kPathNotFound : kFileNotFound);
   }
   call.ReturnObject(NewItem(path));

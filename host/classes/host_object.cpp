@@ -52,6 +52,20 @@ bool Allows(const HostMember& member, WORD flags, bool is_put) {
   return member.get != nullptr && (flags & needed) != 0;
 }
 
+// Reads the property without arguments, and passes them to the default member of its value, as the
+// platform does: folder.Files("name").
+HRESULT InvokeValueOf(IDispatch* object, DISPID property, DISPPARAMS* params, VARIANT* result,
+                      EXCEPINFO* exception) {
+  ScopedVariant value;
+  DISPPARAMS none = {};
+  const HRESULT status = object->Invoke(property, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &value,
+                                        exception, nullptr);
+  if (FAILED(status)) return status;
+  if (value.vt != VT_DISPATCH || value.pdispVal == nullptr) return DISP_E_BADPARAMCOUNT;
+  return value.pdispVal->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
+                                params, result, exception, nullptr);
+}
+
 }  // namespace
 
 bool HasDefaultMember(const HostClass& host_class) {
@@ -113,6 +127,9 @@ HRESULT STDMETHODCALLTYPE HostObject::Invoke(DISPID id, REFIID, LCID, WORD flags
   if (member == nullptr || !Allows(*member, flags, is_put)) return DISP_E_MEMBERNOTFOUND;
   const UINT values = is_put ? 1 : 0;
   if (params->cNamedArgs > values) return DISP_E_NONAMEDARGS;
+  if (!is_put && member->kind == MemberKind::kProperty && member->most == 0 && params->cArgs > 0) {
+    return InvokeValueOf(this, id, params, result, exception);
+  }
   if (params->cArgs < member->least + values || params->cArgs > member->most + values) {
     return DISP_E_BADPARAMCOUNT;
   }

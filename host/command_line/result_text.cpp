@@ -2,6 +2,8 @@
 
 #include <stdio.h>
 
+#include <new>
+
 #include "classes/host_object.h"
 #include "engine/protected_call.h"
 #include "engine/script_context.h"
@@ -225,13 +227,15 @@ void PushResultText(duk_context* engine) {
 std::string TypeName(IDispatch* object) {
   if (const HostObject* host_object = HostObjectOf(object)) return host_object->Class().name;
   OwnedReference<ITypeInfo> info;
+  HRESULT status = object->GetTypeInfo(0, 0, info.Put());
   BSTR name = nullptr;
-  std::string text = "object";
-  if (FAILED(object->GetTypeInfo(0, 0, info.Put())) || info.Get() == nullptr) return text;
   constexpr MEMBERID kItself = -1;
-  if (FAILED(info->GetDocumentation(kItself, &name, nullptr, nullptr, nullptr))) return text;
-  if (name == nullptr) return text;
-  text = SystemFromUnits({name, SysStringLen(name)});
+  if (SUCCEEDED(status) && info.Get() != nullptr) {
+    status = info->GetDocumentation(kItself, &name, nullptr, nullptr, nullptr);
+  }
+  if (status == E_OUTOFMEMORY) throw std::bad_alloc();
+  if (name == nullptr) return "object";
+  const std::string text = SystemFromUnits({name, SysStringLen(name)});
   SysFreeString(name);
   // Type information describes the class's interface: IHashObject.
   const bool is_interface = text.size() > 1 && text[0] == 'I' && text[1] >= 'A' && text[1] <= 'Z';

@@ -17,6 +17,7 @@
 #include "command_line/self_test.h"
 #include "engine/interruption.h"
 #include "engine/script_engine.h"
+#include "engine/status_text.h"
 #include "files/standard_descriptors.h"
 #include "platform.h"
 
@@ -113,8 +114,8 @@ int RunWords(const std::vector<std::string>& words) {
   }
   const HRESULT started = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   if (FAILED(started)) {
-    fprintf(stderr, "mirolta-host: automation cannot be started (0x%08X)\n",
-            static_cast<unsigned>(started));
+    fprintf(stderr, "mirolta-host: automation cannot be started: %s\n",
+            DescribeStatus(started).c_str());
     return 1;
   }
   const int status = RunCommand(line);

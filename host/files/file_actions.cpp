@@ -22,6 +22,9 @@
 namespace mirolta::host {
 namespace {
 
+// The most nested folders that are deleted, one descriptor each. The system's limit for paths bounds
+// the depth of what is copied.
+constexpr int kMostDepth = 1000;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
 [[noreturn]] void FailForSystem(int error, const std::string& path) {
@@ -89,20 +92,30 @@ void CopyLink(const std::string& source, const std::string& target, bool overwri
   }
 }
 
-// `target` exists.
-void CopyContent(const std::string& source, const std::string& target, bool overwrites) {
+void CopyTree(const std::string& source, const std::string& target, bool overwrites) {
+  struct stat own = {};
+  if (stat(source.c_str(), &own) != 0) FailForSystem(errno, source);
+  // Open to us until the copy is whole.
+  const bool is_new = mkdir(target.c_str(), S_IRWXU) == 0;
+  if (!is_new) {
+    const int error = errno;
+    if (error == ENOENT) Fail(kPathNotFound);
+    if (error != EEXIST) Fail(FileStatusOf(error));
+    if (KindOf(target) != PathKind::kFolder) Fail(kFileExists);
+  }
   for (const std::string& name : NamesIn(source)) {
     const std::string from = PathIn(source, name), to = PathIn(target, name);
     struct stat facts = {};
     if (lstat(from.c_str(), &facts) != 0) FailForSystem(errno, from);
     if (S_ISDIR(facts.st_mode)) {
-      CopyOneFolder(from, to, overwrites);
+      CopyTree(from, to, overwrites);
     } else if (S_ISLNK(facts.st_mode)) {
       CopyLink(from, to, overwrites);
     } else {
       CopyOneFile(from, to, overwrites);
     }
   }
+  if (is_new && chmod(target.c_str(), own.st_mode & kPermissions) != 0) Fail(FileStatusOf(errno));
 }
 
 // Whether `path`, which need not exist, is the folder or lies in it.
@@ -153,7 +166,8 @@ void MoveByCopy(const std::string& source, const std::string& target) {
 
 // Deletes the content of an open folder, which is closed. Everything is reached from its folder's
 // descriptor without following links: what is replaced by a link meanwhile leads nowhere else.
-void DeleteContent(Descriptor* opened, bool force) {
+void DeleteContent(Descriptor* opened, bool force, int depth) {
+  if (depth == kMostDepth) Fail(kPathFault);
   DIR* const folder = fdopendir(opened->Get());
   if (folder == nullptr) Fail(FileStatusOf(errno));
   const int file = opened->Detach();
@@ -176,7 +190,7 @@ void DeleteContent(Descriptor* opened, bool force) {
     if (is_folder) {
       Descriptor inner(openat(file, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
       if (inner.Get() < 0) Fail(FileStatusOf(errno));
-      DeleteContent(&inner, force);
+      DeleteContent(&inner, force, depth + 1);
     } else if (S_ISREG(facts.st_mode) && !force && IsReadOnly(facts)) {
       Fail(kPermissionDenied);
     }
@@ -222,21 +236,9 @@ void CopyOneFile(const std::string& source, const std::string& target, bool over
 }
 
 void CopyOneFolder(const std::string& source, const std::string& target, bool overwrites) {
-  struct stat facts = {};
-  if (stat(source.c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode)) Fail(kPathNotFound);
+  if (KindOf(source) != PathKind::kFolder) Fail(kPathNotFound);
   if (IsWithin(target, source)) Fail(kPermissionDenied);
-  // Open to us until the copy is whole.
-  const bool is_new = mkdir(target.c_str(), S_IRWXU) == 0;
-  if (!is_new) {
-    const int error = errno;
-    if (error == ENOENT) Fail(kPathNotFound);
-    if (error != EEXIST) Fail(FileStatusOf(error));
-    if (KindOf(target) != PathKind::kFolder) Fail(kFileExists);
-  }
-  CopyContent(source, target, overwrites);
-  if (is_new && chmod(target.c_str(), facts.st_mode & kPermissions) != 0) {
-    Fail(FileStatusOf(errno));
-  }
+  CopyTree(source, target, overwrites);
 }
 
 void MoveOne(const std::string& source, const std::string& target) {
@@ -269,7 +271,7 @@ void DeleteOneFolder(const std::string& path, bool force) {
     if (unlink(path.c_str()) != 0) Fail(FileStatusOf(errno));
     return;
   }
-  DeleteContent(&folder, force);
+  DeleteContent(&folder, force, 0);
   if (rmdir(path.c_str()) != 0) Fail(FileStatusOf(errno));
 }
 

@@ -85,8 +85,11 @@ double FolderSize(const std::string& folder) {
   for (const std::string& name : NamesIn(folder)) {
     const std::string path = PathIn(folder, name);
     struct stat facts = {};
-    // What was deleted meanwhile does not count.
-    if (lstat(path.c_str(), &facts) != 0) continue;
+    if (lstat(path.c_str(), &facts) != 0) {
+      // What was deleted meanwhile does not count.
+      if (errno == ENOENT) continue;
+      Fail(FileStatusOf(errno));
+    }
     if (S_ISDIR(facts.st_mode)) size += FolderSize(path);
     if (S_ISREG(facts.st_mode)) size += static_cast<double>(facts.st_size);
   }

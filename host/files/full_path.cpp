@@ -1,6 +1,7 @@
 #include "files/full_path.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <memory>
 
@@ -16,6 +17,12 @@ struct Freeing {
 std::string FullPath(const std::string& path) {
   const std::unique_ptr<char, Freeing> full(realpath(path.c_str(), nullptr));
   return full != nullptr ? full.get() : "";
+}
+
+std::string RootedPath(const std::string& path) {
+  if (path.starts_with('/')) return path;
+  const std::unique_ptr<char, Freeing> folder(getcwd(nullptr, 0));
+  return folder != nullptr ? std::string(folder.get()) + "/" + path : path;
 }
 
 }  // namespace mirolta::host

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/status_text.h"
+#include "files/full_path.h"
 #include "values/text_encoding.h"
 
 namespace mirolta::host {
@@ -81,9 +82,12 @@ HRESULT OutputFile::Open(const Target& target, const std::string& name,
   }
   auto made = std::make_shared<OutputFile>();
   made->target_ = target;
+  // The script may change the current folder before the file is finished.
+  made->target_.path = RootedPath(target.path);
   made->name_ = name;
   made->options_ = options;
-  const HRESULT status = made->temporary_.Create(FolderOf(target.path), options.mode, stream);
+  const HRESULT status =
+      made->temporary_.Create(FolderOf(made->target_.path), options.mode, stream);
   if (FAILED(status)) return status;
   OpenOutputs().push_back(made);
   *output = std::move(made);

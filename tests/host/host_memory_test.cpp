@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "command_line/help_function.h"
+#include "command_line/result_text.h"
 #include "engine/host_errors.h"
 #include "files/output_file.h"
 #include "host_fixture.h"
@@ -41,6 +43,13 @@ constexpr NativeRow kRows[] = {
     {"StdErr.WriteBlankLines", "WScript.StdErr.WriteBlankLines(3); typeof WScript.StdErr.Line"},
     {"StdIn", "WScript.StdIn.Column + typeof WScript.StdIn.IsTerminal"},
     {"Sleep", "WScript.Sleep(0)"},
+    {"help", "help()"},
+    {"help of an object", "help(hash)"},
+    {"help of an object of the script", "help({ first: long })"},
+    {"help of a class", "help('Vardeko.crypt.Number')"},
+    {"results",
+     "show(long) + show(bytes) + show([1, { a: long }]) + show(hash) + show(stream) +"
+     " show(new Error(long)) + show(function () {})"},
     {"Arguments", "WScript.Arguments(0) + WScript.Arguments.Item(1)"},
     {"Arguments.Count", "WScript.Arguments.Count() + WScript.Arguments.length"},
     {"Arguments.Named",
@@ -72,6 +81,9 @@ constexpr NativeRow kRows[] = {
      "ScriptEngine() + ScriptEngineMajorVersion() + ScriptEngineMinorVersion() +"
      "ScriptEngineBuildVersion()"},
     {"CollectGarbage", "CollectGarbage()"},
+    {"Date of a text",
+     "Date.parse('Jan 2, 2003 10:20') + new Date('1/2/2003').getTime() + new Date(5).getTime() +"
+     "typeof Date()"},
     {"getVarDate",
      "date.getVarDate().getTime() + failing(function () { new Date(NaN).getVarDate() })"},
     {"any letter case", "typeof WScript.eChO + WScript.STDOUT.wRITE('')"},
@@ -175,6 +187,19 @@ constexpr NativeRow kRows[] = {
     {"ADODB.Stream's files",
      "var s = new ActiveXObject('ADODB.Stream'); s.Open(); s.WriteText(long);"
      "s.SaveToFile(file, 2); s.LoadFromFile(file); s.Size"},
+    {"WScript.Shell",
+     "var s = new ActiveXObject('WScript.Shell'), e = s.Environment('PROCESS');"
+     "e['Item()=']('A_VARIABLE').value = long; s.ExpandEnvironmentStrings('%A_VARIABLE%%PATH%') +"
+     "e.Item('a_variable') + e.length + e.Count() + e.Remove('A_VARIABLE') +"
+     "typeof new Enumerator(e).item()"},
+    {"WScript.Shell's folders",
+     "var s = new ActiveXObject('WScript.Shell'); s.CurrentDirectory = s.CurrentDirectory;"
+     "s.SpecialFolders('Desktop') + s.SpecialFolders(2) + s.SpecialFolders.Count() +"
+     "new Enumerator(s.SpecialFolders).item()"},
+    {"WScript.Shell's errors",
+     "var s = new ActiveXObject('WScript.Shell'); failing(function () { s.Run(long) }) +"
+     "failing(function () { s.Environment('USER') }) +"
+     "failing(function () { s.CurrentDirectory = long })"},
     {"ADODB.Stream's errors",
      "var s = new ActiveXObject('ADODB.Stream'); s.Open(); s.LoadFromFile('/dev/null');"
      "failing(function () { s.LoadFromFile(long) }) +"
@@ -317,6 +342,15 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
     duk_put_global_string(Api(), "sink");
     duk_push_string(Api(), file_.c_str());
     duk_put_global_string(Api(), "file");
+    InstallHelp(Api());
+    duk_push_c_function(
+        Api(),
+        [](duk_context* engine) -> duk_ret_t {
+          PushResultText(engine);
+          return 1;
+        },
+        1);
+    duk_put_global_string(Api(), "show");
     ASSERT_EQ(duk_peval_string(Api(), kStart), 0) << PopText();
     duk_pop(Api());
   }

@@ -77,6 +77,7 @@ constexpr HostMember kMembers[] = {
     {"Count", 2, MemberKind::kProperty, 0, 0, CallMember<&Sample::GetCount>, nullptr, "", "Seven."},
     {"Refuse", 3, MemberKind::kMethod, 1, 1, CallMember<&Sample::Refuse>, nullptr, "n", "Fails."},
     {"Self", 4, MemberKind::kMethod, 0, 0, CallMember<&Sample::Self>, nullptr, "", "Itself."},
+    {"Own", 6, MemberKind::kProperty, 0, 0, CallMember<&Sample::Self>, nullptr, "", "Itself."},
     {"Leave", 5, MemberKind::kMethod, 0, 0, CallMember<&Sample::Leave>, nullptr, "", "Ends."},
     {"_NewEnum", DISPID_NEWENUM, MemberKind::kProperty, 0, 0, CallMember<&Sample::Values>, nullptr,
      "", "The values."},
@@ -195,6 +196,12 @@ TEST_F(HostObjectTest, WhatAMemberIsNotForIsRefused) {
   Add(1);
   EXPECT_EQ(Invoke(2, DISPATCH_PROPERTYPUT), DISP_E_MEMBERNOTFOUND);
   EXPECT_EQ(Invoke(99, kCall), DISP_E_MEMBERNOTFOUND);
+}
+
+TEST_F(HostObjectTest, ArgumentsOfAPropertyWithoutAreForItsValue) {
+  Add(4);
+  ASSERT_EQ(Invoke(6, kCall), S_OK);
+  EXPECT_EQ(result_.dblVal, 5.5);
 }
 
 TEST_F(HostObjectTest, TheNumberOfArgumentsIsChecked) {

@@ -75,6 +75,11 @@ TEST(Options, Values) {
   EXPECT_FALSE(Parsed({"a.js"}).is_verbose);
   EXPECT_EQ(Parsed({"--unregister", "x.so"}).action, Action::kUnregister);
   EXPECT_EQ(Parsed({"--version"}).action, Action::kVersion);
+  EXPECT_EQ(Parsed({"--check"}).action, Action::kCheck);
+  EXPECT_EQ(Parsed({"--list"}).action, Action::kList);
+  EXPECT_EQ(Parsed({"--describe", "A.B"}).action, Action::kDescribe);
+  EXPECT_EQ(Parsed({"--describe=A.B"}).operand, "A.B");
+  EXPECT_TRUE(Parsed({"--verbose", "a.js"}).is_verbose);
   EXPECT_EQ(Parsed({"--help"}).action, Action::kHelp);
   EXPECT_EQ(Parsed({"-h"}).action, Action::kHelp);
 }
@@ -151,6 +156,9 @@ TEST(Options, ProblemsNameTheWord) {
       {{"--register", "a", "--unregister", "b"}, "--unregister cannot be combined with --register"},
       {{"--register", "a", "b"}, "b is too much after --register"},
       {{"--version", "b"}, "b is too much after --version"},
+      {{"--describe"}, "--describe needs an argument: CLASS"},
+      {{"--check", "--list"}, "--list cannot be combined with --check"},
+      {{"--check", "a.js"}, "a.js is too much after --check"},
       {{"--version", "-i"}, "--version cannot be combined with -i"},
       {{"--version", "-e", "1"}, "--version cannot be combined with -e"},
       {{"--system", "a.js"}, "--system needs --register or --unregister"},

@@ -122,7 +122,8 @@ TEST_F(RegistryLayers, TheFirstLayerWithValuesOfAKeyWins) {
 
 TEST_F(RegistryLayers, AKeyWithoutValuesHidesNone) {
   WriteFile(user_, OneKey("K\\Own"));
-  WriteFile(system_, OneKey("K", "; no value\n") + "[HKEY_CLASSES_ROOT\\Empty]\n");
+  WriteFile(system_, OneKey("K", "; no value\n") +
+                         "[HKEY_CLASSES_ROOT\\Empty]\n[HKEY_CLASSES_ROOT\\K\\Own]\n");
   WriteFile(second_, OneKey("K", "@=\"low\"\n"));
   EXPECT_EQ(TextOf(u"K"), u"low");
   EXPECT_EQ(LayerOf(u"K"), 3u);

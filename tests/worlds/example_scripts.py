@@ -100,6 +100,28 @@ ROWS = [
     Row("rsa-decrypt.js"),
     Row("rsa-decrypt.js", "rsa.json", "rsa", "rsa-back", names=["rsa-back"],
         of_files=True),
+    Row("sums.js"),
+    *(Row("sums.js", "--algorithm", algorithm, "plain", "empty", of_files=True)
+      for algorithm in ("MD5", "SHA1", "SHA256")),
+    Row("sums.js", "--output", "list", "plain", "empty", names=["list"], of_files=True),
+    Row("sums.js", "--check", "list", of_files=True),
+    Row("show-bytes.js"),
+    Row("show-bytes.js", "--escapes", "a\\u20ac\\u00e9\\u4e00\\0b", "65001", "1252", "-1", "-2", "99999"),
+    Row("show-bytes.js", "--type", "integer", "-255", "20127"),
+    Row("derive-key.js"),
+    Row("derive-key.js", "SHA1", "--key-env", "THE_KEY", "73616c74", "50", "40",
+        environment={"THE_KEY": "secret"}),
+    Row("random-bytes.js"),
+    Row("random-bytes.js", "20", unlike=r"^[0-9a-f]{40}$"),
+    Row("random-bytes.js", "--output", "random", "20", names=["random"], of_files=True, is_random=True),
+    Row("seal-file.js"),
+    Row("seal-file.js", "--iterations", "3", "--key-file", "key.txt", "plain", "sealed", names=["sealed"],
+        of_files=True, is_random=True),
+    Row("open-file.js"),
+    Row("open-file.js", "--key-file", "key.txt", "sealed", "opened", names=["opened"], of_files=True),
+    # The stream filters are not tested there.
+    Row("selftest.js", unlike=r"^(digest|cipher) filter |^[0-9]+ cases, 0 failed$"),
+    Row("selftest.js", "--help"),
     Row("crypt-stream.js"),
     Row("crypt-stream.js", "encrypt", "AES", AES_KEY, "plain", "aes-stream"),
     Row("digest-while-copy.js"),
@@ -108,7 +130,8 @@ ROWS = [
     Row("tee-digest.js", "SHA256", "plain", "one", "two"),
 ]
 # Files of one run that must have the content of another.
-COPIES = [("aes-back", "plain", 1287), ("des-back", "plain", 1287), ("rsa-back", "plain", 1287)]
+COPIES = [("aes-back", "plain", 1287), ("des-back", "plain", 1287), ("rsa-back", "plain", 1287),
+          ("opened", "plain", 1287)]
 
 
 def content(path):

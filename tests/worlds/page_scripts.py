@@ -13,6 +13,8 @@ A line before a script, or a comment around it, says why the platform's host can
   <!-- Not with Wine: REASON -->
 
 A script that passes there must have none. The page of a class, docs/Class.md, has at least one script.
+Where scripts use Bytes, the file lib/bytes.js stands before them on the platform's host. It reads scripts in
+its own code page.
 """
 import pathlib
 import re
@@ -24,6 +26,9 @@ LEFT_OUT = {"build", ".git"}
 LANGUAGES = {"", "js", "text"}
 FENCE = re.compile(r"^ {0,3}(?:```+|~~~+)(.*)$")
 MARK = re.compile(r"^(?:<!-- )?(?:Only on `mirolta-host`|Not with Wine): *(.*?)(?: *-->)?$")
+BYTES = re.compile(r"\bBytes\.")
+# The code page of Wine in the locale of the tests.
+CODE_PAGE = "cp1252"
 # What a script has, and hardly anything else.
 SCRIPT_WORDS = re.compile(r"WScript\.|new ActiveXObject\(")
 
@@ -90,15 +95,16 @@ def scripts_of(page, name, report):
     return scripts
 
 
-def runs_of(page_scripts, scratch, world):
-    """A run for each script of each page."""
+def runs_of(page_scripts, scratch, world, encoding, library=""):
+    """A run for each script of each page, behind the library if it uses Bytes."""
     runs = {}
     for name, scripts in page_scripts.items():
         folder = worlds.new_folder(pathlib.Path(scratch) / world / name)
         work = worlds.new_folder(folder / "work")
         for number, script in enumerate(scripts, 1):
             file = folder / f"{number}.js"
-            file.write_text(script.text, "utf-8")
+            text = library + script.text if BYTES.search(script.text) else script.text
+            file.write_text(text, encoding, "replace")
             runs[script.place] = worlds.Run(script.place, file, work)
     return runs
 
@@ -119,7 +125,7 @@ def check(project, host, scratch, with_wine):
     if not page_scripts.get("README.md"):
         report.fail("README.md", "no script")
 
-    runs = runs_of(page_scripts, scratch, "native")
+    runs = runs_of(page_scripts, scratch, "native", "utf-8")
     worlds.run_natively(host, list(runs.values()))
     for script in scripts:
         run = runs[script.place]
@@ -128,7 +134,9 @@ def check(project, host, scratch, with_wine):
         report.same(script.place, "output", run.output, script.expected)
     summary = f"{len(scripts)} scripts of {len(page_scripts)} pages"
     if with_wine:
-        runs = runs_of(page_scripts, scratch, "wine")
+        library = project / "lib" / "bytes.js"
+        runs = runs_of(page_scripts, scratch, "wine", CODE_PAGE,
+                       library.read_text("utf-8") if library.exists() else "")
         worlds.run_by_wine(scratch, list(runs.values()))
         for script in scripts:
             check_wine(script, runs[script.place], report)

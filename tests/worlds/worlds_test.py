@@ -9,7 +9,9 @@ import unittest
 from unittest import mock
 
 import both_scripts
+import compatibility_page
 import example_scripts
+import manual_page
 import page_scripts
 import worlds
 from example_scripts import Row
@@ -54,8 +56,9 @@ class WorldsTest(unittest.TestCase):
 
 
 class PageScriptsTest(WorldsTest):
-    def check(self, page, name="docs/page.md", with_wine=False):
-        worlds.new_folder(self.folder / "project")
+    def check(self, page, name="docs/page.md", with_wine=False, keep=False):
+        if not keep:
+            worlds.new_folder(self.folder / "project")
         self.write("project/README.md", README)
         self.write("project/" + name, page)
         return self.end(page_scripts.check, self.folder / "project", HOST, self.folder / "scratch",
@@ -108,6 +111,13 @@ class PageScriptsTest(WorldsTest):
         self.fails(BEYOND, "docs/page.md:1: output with Wine: other text", with_wine=True)
         self.assertIn("1 of them by Wine too", self.passes(MARK + BEYOND, with_wine=True))
         self.assertIn("1 of them by Wine too", self.passes(COMMENT + BEYOND, with_wine=True))
+
+    def test_the_platform_reads_bytes_from_the_library(self):
+        self.write("project/lib/bytes.js", "// BEYOND\n")
+        script = "```js\n%s('a');\n```\n```text\na\n```\n"
+        self.passes(script % "WScript.Echo", with_wine=True, keep=True)
+        self.fails(script % "WScript.Echo(Bytes.ToText(Bytes.FromText('a'))); void ",
+                   "output with Wine", with_wine=True, keep=True)
 
     def test_a_mark_holds_for_one_script(self):
         self.fails(MARK + BEYOND + BEYOND, "docs/page.md:9: output with Wine", with_wine=True)
@@ -229,6 +239,59 @@ class ExampleScriptsTest(WorldsTest):
         self.fails("no run to which it applies", rows[:1], a=self.FILES + self.ECHO)
         self.fails("without a reason", rows, a="// Not with Wine:\n" + self.ECHO)
         self.fails("more than one mark", rows, a=self.FILES + self.STREAMS + beyond)
+
+
+class CompatibilityPageTest(unittest.TestCase):
+    HEAD = "### Thing\n\n| member | here | |\n|---|---|---|\n"
+    MEMBERS = {"Thing": ["One", "Two"]}
+
+    def compare(self, rows):
+        return compatibility_page.compare(self.HEAD + rows, self.MEMBERS)
+
+    def test_a_page_of_all_members_passes(self):
+        self.assertEqual(self.compare("| `One(a, b)`, `Two` | same | |\n| `No` | missing | why |\n"), [])
+        self.assertEqual(self.compare("| `One` | differs | how |\n| `Two` | only here | |\n"), [])
+
+    def test_members_must_be_on_the_page(self):
+        self.assertEqual(self.compare("| `One` | same | |\n"), ["Thing.Two is not on the page"])
+        self.assertIn("Thing has no table",
+                      compatibility_page.compare("# Other\n", self.MEMBERS))
+
+    def test_members_on_the_page_must_exist(self):
+        for row in ("same | |", "differs | how |", "only here | |"):
+            faults = self.compare(f"| `One`, `Two` | same | |\n| `No` | {row}\n")
+            self.assertEqual(len(faults), 1)
+            self.assertIn("Thing.No is", faults[0])
+        self.assertEqual(len(compatibility_page.compare(
+            self.HEAD + "| `One`, `Two` | same | |\n" + self.HEAD.replace("Thing", "Other") +
+            "| `No` | same | |\n", self.MEMBERS)), 1)
+
+    def test_missing_members_must_be_missing(self):
+        self.assertEqual(self.compare("| `One` | same | |\n| `Two` | missing | why |\n"),
+                         ["Thing.Two is missing on the page, and there in the host"])
+
+    def test_faulty_rows_are_found(self):
+        both = "| `One`, `Two` | same | |\n"
+        for row, fault in (("| `No` | gone | |", "is none of"), ("| `No` | missing | |", "says not how"),
+                           ("| `One` | same | |", "has two rows")):
+            self.assertIn(fault, " ".join(self.compare(both + row + "\n")))
+
+
+class ManualPageTest(unittest.TestCase):
+    HELP = ("Usage: x\n\n  -e, --eval CODE  run it\n  //B   batch\n\nExit status: 0 or more; 1 for an\n"
+            "error.\n\nEnvironment: MIROLTA_X\n")
+    PAGE = (".SH OPTIONS\n.TP\n.BR \\-e \", \" \\-\\-eval \" \\fICODE\\fP\"\nRun it.\n.TP\n.B //B\nBatch.\n"
+            ".SH EXIT STATUS\n.TP\n.B 0\nGood.\n.TP\n.B 1\nBad.\n.SH ENVIRONMENT\n.TP\n.B MIROLTA_X\nX.\n")
+
+    def test_a_page_of_all_options_passes(self):
+        self.assertEqual(manual_page.faults_of(self.PAGE, self.HELP), [])
+
+    def test_what_differs_is_found(self):
+        for old, new in (("//B", "//C"), ("CODE", "TEXT"), (".B 1", ".B 2"), ("MIROLTA_X", "MIROLTA_Y"),
+                         (".TP\n.B //B\nBatch.\n", "")):
+            self.assertEqual(len(manual_page.faults_of(self.PAGE.replace(old, new), self.HELP)), 1, new)
+        self.assertIn("--help has no options",
+                      " ".join(manual_page.faults_of(self.PAGE, self.HELP.replace("  ", ""))))
 
 
 if __name__ == "__main__":
