@@ -4,6 +4,7 @@
 
 #include "classes/ado_errors.h"
 #include "engine/status_text.h"
+#include "files/file_paths.h"
 #include "files/file_stream.h"
 
 namespace mirolta::host {
@@ -52,11 +53,12 @@ size_t FindAligned(std::string_view bytes, std::string_view wanted, size_t from,
   return at;
 }
 
-// The argument that names a file, in the engine's form.
+// The argument that names a file, in the engine's form. As in the other classes for files, \ separates
+// too.
 std::string FileArgument(const HostCall& call) {
   const Units name = call.Text(0);
   if (name.empty() || name.find(OLECHAR{0}) != Units::npos) FailAdo(kAdoBadArgument);
-  return EngineFromUnits(name);
+  return EngineFromUnits(UnitsFromSystem(SystemPath(name)));
 }
 
 // The error of a file. The usual reason needs no words.

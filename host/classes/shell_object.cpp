@@ -11,6 +11,7 @@
 #include "classes/environment_collection.h"
 #include "classes/special_folders.h"
 #include "engine/host_errors.h"
+#include "files/file_paths.h"
 
 namespace mirolta::host {
 namespace {
@@ -102,9 +103,9 @@ class Shell final : public HostObject {
   }
 
   void PutCurrentDirectory(HostCall& call) {
-    const std::string path = SystemFromUnits(HostCall::TextOf(call.Value()));
-    if (path.find('\0') != std::string::npos) FailForFolder(ENOENT);
-    if (chdir(path.c_str()) != 0) FailForFolder(errno);
+    const Units path = HostCall::TextOf(call.Value());
+    if (path.find(OLECHAR{0}) != Units::npos) FailForFolder(ENOENT);
+    if (chdir(SystemPath(path).c_str()) != 0) FailForFolder(errno);
   }
 
  private:

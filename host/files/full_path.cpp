@@ -19,7 +19,7 @@ std::string FullPath(const std::string& path) {
   return full != nullptr ? full.get() : "";
 }
 
-std::string PathFromRoot(const std::string& path) {
+std::string RootedPath(const std::string& path) {
   if (path.starts_with('/')) return path;
   const std::unique_ptr<char, Freeing> folder(getcwd(nullptr, 0));
   return folder != nullptr ? std::string(folder.get()) + "/" + path : path;

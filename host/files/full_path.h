@@ -9,8 +9,8 @@ namespace mirolta::host {
 // Errors: "" if the file does not exist or cannot be reached.
 std::string FullPath(const std::string& path);
 
-// PathFromRoot returns a path that leads where `path` does, even if the current folder changes. It
+// RootedPath returns a path that leads where `path` does, even if the current folder changes. It
 // is `path` itself if that is absolute or the current folder has no path.
-std::string PathFromRoot(const std::string& path);
+std::string RootedPath(const std::string& path);
 
 }  // namespace mirolta::host

@@ -83,7 +83,7 @@ HRESULT OutputFile::Open(const Target& target, const std::string& name,
   auto made = std::make_shared<OutputFile>();
   made->target_ = target;
   // The script may change the current folder before the file is finished.
-  made->target_.path = PathFromRoot(target.path);
+  made->target_.path = RootedPath(target.path);
   made->name_ = name;
   made->options_ = options;
   const HRESULT status =

@@ -243,6 +243,7 @@ t("a large file", function () {
   s.LoadFromFile("large.bin");
 });
 t("kept", function () { s.Position = 0; return s.ReadText(); });
+t("separated by \\", function () { s.SaveToFile(".\\new.txt", 2); s.LoadFromFile(".\\new.txt"); return s.ReadText(); });
 t("bytes of a file", function () { var one = opened(); one.Type = 1; one.LoadFromFile("four.bin"); return Array.prototype.join.call(one.Read()); });
 
 WScript.Echo("-- modes");

@@ -88,3 +88,4 @@ shell.CurrentDirectory = "/";
 made.Close();
 t("file", function () { return WScript.OpenFile(home + "/made.txt").Read().length; });
 t("folder", function () { return shell.CurrentDirectory; });
+t("separated by \\", function () { shell.CurrentDirectory = "\\usr\\share"; return shell.CurrentDirectory; });
