@@ -27,6 +27,7 @@ WScript.Echo(failure(function () { return WScript.ConnectObject(WScript, "on_");
 WScript.Echo(failure(function () { return WScript.DisconnectObject(WScript); }));
 WScript.Echo(failure(function () { return new Enumerator([1, 2]); }));
 WScript.Echo(failure(function () { return new Enumerator(undefined); }));
+WScript.Echo(failure(function () { return new Enumerator(new ActiveXObject("Scripting.FileSystemObject")); }));
 WScript.Echo(failure(function () { return Enumerator.prototype.item.call(WScript.Arguments); }));
 WScript.Echo(new Enumerator(WScript.Arguments._NewEnum).atEnd(), Enumerator(WScript.Arguments).atEnd());
 function deep() { return 1 + deep(); }
