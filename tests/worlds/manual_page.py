@@ -43,7 +43,7 @@ def faults_of(page, help_text):
 def main(path, host):
     said = subprocess.run([host, "--help"], capture_output=True, text=True, check=True).stdout
     faults = faults_of(pathlib.Path(path).read_text("utf-8"), said)
-    groff = subprocess.run(["groff", "-man", "-ww", "-b", "-z", "-Tutf8", "-K", "utf8", path],
+    groff = subprocess.run(["groff", "-man", "-ww", "-b", "-z", "-Tutf8", "-K", "utf8", "-dAD=l", path],
                            capture_output=True, text=True, check=False)
     if groff.returncode != 0 or groff.stdout or groff.stderr:
         faults.append(f"groff: {groff.stdout}{groff.stderr}")

@@ -10,7 +10,8 @@ import sys
 
 # The code page in which programs of the platform write to a pipe in the locale of the tests.
 CODE_PAGE = "cp437"
-WINE_LIMIT = int(os.environ.get("MIROLTA_WINE_LIMIT", "900"))
+# Less than the time limit of a test, which would leave Wine running.
+WINE_LIMIT = int(os.environ.get("MIROLTA_WINE_LIMIT", "280"))
 NATIVE_LIMIT = 120
 # The oldest Wine of the systems that the tests run on. Later ones may have what this one lacks.
 MARKED_FOR = 8
