@@ -42,7 +42,7 @@ function makeKey(bits, path) {
     var start = new Date().getTime();
     rsa.CreateRandKeys(bits / 8, true);
     var seconds = (new Date().getTime() - start) / 1000;
-    file.write(Bytes.FromText(keyText(rsa, bits)));
+    file.writeText(keyText(rsa, bits));
     written = true;
   } finally {
     if (!written) file.discard();

@@ -417,19 +417,27 @@ function refuseSecretOutput(path) {
 }
 
 // The file for a secret, which must not exist yet and which only its owner may read, if the script host can
-// set that: write(bytes), which is called once, and discard().
+// set that: write(bytes) or writeText(text), of ASCII, which is called once, and discard().
 function openSecretOutput(path) {
   if (!hasFileStreams()) {
-    if (new ActiveXObject("Scripting.FileSystemObject").FileExists(path)) refuseSecretOutput(path);
-    var binary = openBinary();
+    var files = new ActiveXObject("Scripting.FileSystemObject");
+    var warning = "Beware: whoever may read the folder may read the secret. Protect " + path + ".";
+    if (files.FileExists(path)) refuseSecretOutput(path);
     return {
       write: function (bytes) {
+        var binary = openBinary();
         binary.Write(bytes);
         saveBinary(binary, path);
         binary.Close();
-        complain("Beware: whoever may read the folder may read the secret. Protect " + path + ".");
+        complain(warning);
       },
-      discard: function () { binary.Close(); }
+      writeText: function (text) {
+        var file = files.CreateTextFile(path, false);
+        file.Write(text);
+        file.Close();
+        complain(warning);
+      },
+      discard: function () {}
     };
   }
   var stream;
@@ -444,6 +452,7 @@ function openSecretOutput(path) {
       stream.Write(bytes);
       stream.Close();
     },
+    writeText: function (text) { this.write(Bytes.FromText(text)); },
     discard: function () { stream.Discard(); }
   };
 }

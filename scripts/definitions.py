@@ -50,6 +50,8 @@ def read_index(folder):
          "--fields-C++={properties}{specialization}", "--output-format=json", "-L", "-", "-f", "-"],
         cwd=folder, input="\n".join(paths), capture_output=True, text=True, check=True)
     tags = [json.loads(line) for line in run.stdout.splitlines()]
+    # A static assertion looks like a declaration.
+    tags = [tag for tag in tags if "static_assert(" not in tag.get("pattern", "")]
     return tags, {path: (folder / path).read_text(encoding="utf-8") for path in paths}
 
 

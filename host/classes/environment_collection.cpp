@@ -100,13 +100,14 @@ constexpr HostMember kMembers[] = {
      nullptr, "", "Enumerates texts of the form NAME=value."},
 };
 static_assert(IsWellFormed(kMembers));
-constexpr HostClass kClass = {"WScript.Shell.Environment", kMembers};
 
 const HostClass& EnvironmentCollection::Class() const {
-  return kClass;
+  return kEnvironmentClass;
 }
 
 }  // namespace
+
+constexpr HostClass kEnvironmentClass = {"WScript.Shell.Environment", kMembers};
 
 const char* FindVariable(const std::string& name) {
   const char* const entry = FindEntry(name);

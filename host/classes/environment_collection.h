@@ -13,6 +13,7 @@ namespace mirolta::host {
 // environment changes.
 const char* FindVariable(const std::string& name);
 
+extern const HostClass kEnvironmentClass;
 // The collection of the process's variables.
 // Errors: throws std::bad_alloc.
 HostObject* NewEnvironmentCollection();

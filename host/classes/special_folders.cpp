@@ -187,13 +187,14 @@ constexpr HostMember kMembers[] = {
      "Enumerates the paths."},
 };
 static_assert(IsWellFormed(kMembers));
-constexpr HostClass kClass = {"WScript.Shell.SpecialFolders", kMembers};
 
 const HostClass& SpecialFolders::Class() const {
-  return kClass;
+  return kSpecialFoldersClass;
 }
 
 }  // namespace
+
+constexpr HostClass kSpecialFoldersClass = {"WScript.Shell.SpecialFolders", kMembers};
 
 HostObject* NewSpecialFolders() {
   return new SpecialFolders;

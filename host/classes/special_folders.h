@@ -5,6 +5,7 @@
 
 namespace mirolta::host {
 
+extern const HostClass kSpecialFoldersClass;
 // Errors: throws std::bad_alloc.
 HostObject* NewSpecialFolders();
 

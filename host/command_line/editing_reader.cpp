@@ -10,6 +10,7 @@
 #include <new>
 
 #include "command_line/line_reader.h"
+#include "command_line/terminal_modes.h"
 #include "values/text_encoding.h"
 
 namespace mirolta::host {
@@ -84,6 +85,7 @@ class EditingReader : public LineReader {
     // What is typed and shown is UTF-8, whatever the locale.
     const char* locale = setlocale(LC_CTYPE, "");
     if (locale == nullptr || strstr(locale, "UTF-8") == nullptr) setlocale(LC_CTYPE, "C.UTF-8");
+    KeepTerminalModes();
     history_ = history_winit();
     editor_ = el_init("mirolta-host", stdin, stdout, stderr);
     if (!IsReady()) return;

@@ -75,13 +75,16 @@ std::vector<std::string> ReadHistory(const std::string& path) {
   return lines;
 }
 
-bool AddToHistory(const std::string& path, const std::string& line) {
+bool AddToHistory(const std::string& path, const std::vector<std::string>& added) {
   if (!MakeFolderOf(path)) return false;
   Target target;
   if (FindTarget(path, &target) != 0 || target.kind == TargetKind::kOther) return false;
   std::vector<std::string> lines = ReadHistory(path);
-  if (!lines.empty() && lines.back() == line) return true;
-  lines.push_back(line);
+  const size_t count = lines.size();
+  for (const std::string& line : added) {
+    if (lines.empty() || lines.back() != line) lines.push_back(line);
+  }
+  if (lines.size() == count) return true;
   std::string bytes;
   const size_t first = lines.size() > kMostLines ? lines.size() - kMostLines : 0;
   for (size_t i = first; i < lines.size(); ++i) bytes += lines[i] + '\n';

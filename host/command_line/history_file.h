@@ -14,9 +14,10 @@ std::string HistoryPath();
 // Errors: std::bad_alloc.
 std::vector<std::string> ReadHistory(const std::string& path);
 
-// AddToHistory adds a line to the file, which only its owner may read. Lines that other processes
-// added stay; the file is replaced as a whole and never half written.
+// AddToHistory adds lines to the file, which only its owner may read; a line that repeats the one
+// before it is left out. Lines that other processes added stay; the file is replaced as a whole and
+// never half written.
 // Errors: false if the file cannot be written; std::bad_alloc.
-bool AddToHistory(const std::string& path, const std::string& line);
+bool AddToHistory(const std::string& path, const std::vector<std::string>& added);
 
 }  // namespace mirolta::host

@@ -120,14 +120,22 @@ class History {
   void Add(const std::string& line) {
     if (line.empty()) return;
     reader_.Remember(line);
-    if (path_.empty() || AddToHistory(path_, line)) return;
-    fprintf(stderr, "mirolta-host: the history %s cannot be written\n", path_.c_str());
-    path_.clear();  // told once
+    if (!path_.empty()) added_.push_back(line);
+  }
+  // Writes what was added; an entry of many lines is written once.
+  void Write() {
+    if (added_.empty()) return;
+    if (!AddToHistory(path_, added_)) {
+      fprintf(stderr, "mirolta-host: the history %s cannot be written\n", path_.c_str());
+      path_.clear();  // told once
+    }
+    added_.clear();
   }
 
  private:
   LineReader& reader_;
   std::string path_;
+  std::vector<std::string> added_;
 };
 
 }  // namespace
@@ -162,6 +170,7 @@ void RunPrompt(ScriptEngine* engine) {
       entry += entry.empty() ? line : '\n' + line;
       if (!IsComplete(entry)) continue;
     }
+    history.Write();
     if (!entry.empty()) Run(engine, entry);
     entry.clear();
     if (got == LineRead::kEnd) break;

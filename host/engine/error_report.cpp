@@ -241,8 +241,10 @@ std::string LineWithMarker(std::string_view line, int column) {
   if (line.size() > kLongestRead) return {};
   const std::vector<uint32_t> codes = CodesOf(line);
   const size_t mark = column > 0 ? static_cast<size_t>(column) - 1 : codes.size();
-  size_t begin = 0;
-  while (begin < codes.size() && begin < mark && codes[begin] == ' ') ++begin;
+  const auto text_end = codes.begin() + static_cast<ptrdiff_t>(std::min(mark, codes.size()));
+  const auto text_begin =
+      std::find_if(codes.begin(), text_end, [](uint32_t code) { return code != ' '; });
+  auto begin = static_cast<size_t>(text_begin - codes.begin());
   size_t end = codes.size();
   std::string text(kIndent), marker(kIndent);
   if (end - begin > kLongest) {
@@ -294,7 +296,7 @@ void ReportUncaught(duk_context* engine, bool was_compiled) {
   }
   text += FormatCalls(calls.frames, files);
   if (calls.are_more) text += "    ...\n";
-  fwrite(text.data(), 1, text.size(), stderr);
+  static_cast<void>(fwrite(text.data(), 1, text.size(), stderr));
 }
 
 }  // namespace mirolta::host

@@ -30,7 +30,7 @@ struct ScriptContext {
   std::vector<std::string> arguments;
   // The scripts whose lines reports of errors show, by their names; of two with one name the last.
   std::vector<const ScriptText*> scripts;
-  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
+  bool is_batch = false;        // no error reports, and WScript.Echo prints nothing
   bool is_interactive = false;  // at the prompt
   unsigned time_limit = 0;      // in seconds, 0 for none
 

@@ -31,7 +31,7 @@ class ScriptEngine {
 
 struct RunOptions {
   std::vector<std::string> arguments;
-  bool is_batch = false;  // no error reports, and WScript.Echo prints nothing
+  bool is_batch = false;    // no error reports, and WScript.Echo prints nothing
   unsigned time_limit = 0;  // in seconds, 0 for none
   // For the prompt: called before and after the script, in its engine. With `follow` the script's
   // errors do not count for the exit status.

@@ -22,9 +22,9 @@
 namespace mirolta::host {
 namespace {
 
-// Of nested folders, which are deleted recursively. Paths of copies are not longer than the system's
-// limit, which bounds their depth.
-constexpr int kMostDepth = 4096;
+// The most nested folders that are deleted, one descriptor each. The system's limit for paths bounds
+// the depth of what is copied.
+constexpr int kMostDepth = 1000;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
 [[noreturn]] void FailForSystem(int error, const std::string& path) {

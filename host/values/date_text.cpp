@@ -239,7 +239,8 @@ class DateReader {
     const int64_t minutes = (days * 24 + hour) * 60 + minute_ - (has_zone_ ? zone_ : 0);
     const auto written = static_cast<double>(minutes * kMinute + second_ * 1000);
     *milliseconds = has_zone_ ? written : UtcOfLocal(written);
-    return true;
+    constexpr double kMostMilliseconds = 8.64e15;  // the language's range
+    return *milliseconds >= -kMostMilliseconds && *milliseconds <= kMostMilliseconds;
   }
 
   std::string_view text_;

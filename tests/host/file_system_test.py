@@ -28,12 +28,9 @@ function list(items) {
 DENIED = "error 800a0046 Permission denied Scripting.FileSystemObject\n"
 
 
-DEPTH = 3000
-
-
-def limit_descriptors():
-    """For preexec_fn: a process may open few files."""
-    resource.setrlimit(resource.RLIMIT_NOFILE, (64, 64))
+def limit_descriptors(count):
+    """For preexec_fn: a process may open so many files."""
+    resource.setrlimit(resource.RLIMIT_NOFILE, (count, count))
 
 
 class FileSystemTest(HostTest):
@@ -168,11 +165,11 @@ class TextFiles(FileSystemTest):
     def test_more_files_than_may_be_open(self):
         self.assertIn("error 800a0043 Too many files", self.ask(
             "var open = []; show(function () { for (var i = 0; i < 3000; i++)"
-            " open.push(fso.OpenTextFile('out')); });", preexec_fn=limit_descriptors))
+            " open.push(fso.OpenTextFile('out')); });", preexec_fn=lambda: limit_descriptors(64)))
 
     def test_files_that_are_dropped_are_closed(self):
         self.assertEqual(self.ask("for (var i = 0; i < 3000; i++) fso.OpenTextFile('out').Read(1);"
-                                  "WScript.Echo(i);", preexec_fn=limit_descriptors), "3000\n")
+                                  "WScript.Echo(i);", preexec_fn=lambda: limit_descriptors(64)), "3000\n")
 
 
 class Names(FileSystemTest):
@@ -273,31 +270,36 @@ class Folders(FileSystemTest):
         self.ask("fso.DeleteFolder('d', true);")
         self.assertEqual(self.names(), [])
 
-    def deepen(self, count):
-        """Makes folders within folders below d."""
+    def deepen(self, depth, name="d"):
+        """Makes folders within folders."""
         place = os.open(self.folder, os.O_RDONLY)
-        while True:
-            try:
-                inner = os.open("d", os.O_RDONLY, dir_fd=place)
-            except FileNotFoundError:
-                if count == 0:
-                    break
-                count -= 1
-                os.mkdir("d", dir_fd=place)
-                continue
+        for _ in range(depth):
+            os.mkdir(name, dir_fd=place)
+            inner = os.open(name, os.O_RDONLY, dir_fd=place)
             os.close(place)
             place = inner
         os.close(place)
 
-    def test_a_deep_folder_is_an_error_or_gone(self):
-        self.addCleanup(subprocess.run, ["rm", "-rf", self.folder / "d", self.folder / "e"])
-        self.deepen(DEPTH)
+    def test_a_folder_that_is_too_deep_is_an_error(self):
+        self.deepen(1100)
         self.assertIn("error 800a0043 Too many files",
-                      self.show("fso.DeleteFolder('d')", preexec_fn=limit_descriptors))
-        self.assertIn("error 800a0034 Bad file name", self.show("fso.CopyFolder('d', 'e')"))
-        self.assertIn("error 800a0034 Bad file name", self.show("fso.GetFolder('d').Size"))
-        self.deepen(4200 - DEPTH)
-        self.assertIn("error 800a004b Path/File access error", self.show("fso.DeleteFolder('d')"))
+                      self.show("fso.DeleteFolder('d')",
+                                preexec_fn=lambda: limit_descriptors(64)))
+        self.assertIn("error 800a004b Path/File access error",
+                      self.show("fso.DeleteFolder('d')",
+                                preexec_fn=lambda: limit_descriptors(2000)))
+        # In two parts.
+        self.ask(f"fso.MoveFolder('{'/'.join('d' * 200)}', 'e'); fso.DeleteFolder('e');"
+                 "fso.DeleteFolder('d');", preexec_fn=lambda: limit_descriptors(2000))
+        self.assertEqual(self.names(), [])
+
+    def test_paths_that_are_too_long_are_errors(self):
+        name = "d" * 250
+        self.deepen(20, name)
+        for command in (f"CopyFolder('{name}', 'e')", f"GetFolder('{name}').Size"):
+            self.assertIn("error 800a0034 Bad file name", self.show(f"fso.{command}"))
+        self.ask(f"fso.DeleteFolder('{name}');")
+        self.assertEqual(self.names(), ["e"])
 
     def test_the_root(self):
         self.assertEqual(self.show("[fso.GetFolder('/').IsRootFolder, fso.GetFolder('/').ParentFolder,"

@@ -81,6 +81,9 @@ constexpr NativeRow kRows[] = {
      "ScriptEngine() + ScriptEngineMajorVersion() + ScriptEngineMinorVersion() +"
      "ScriptEngineBuildVersion()"},
     {"CollectGarbage", "CollectGarbage()"},
+    {"Date of a text",
+     "Date.parse('Jan 2, 2003 10:20') + new Date('1/2/2003').getTime() + new Date(5).getTime() +"
+     "typeof Date()"},
     {"getVarDate",
      "date.getVarDate().getTime() + failing(function () { new Date(NaN).getVarDate() })"},
     {"any letter case", "typeof WScript.eChO + WScript.STDOUT.wRITE('')"},

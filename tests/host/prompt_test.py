@@ -19,6 +19,11 @@ CAN_EDIT = "libedit" in subprocess.run([HOST, "--version"], capture_output=True,
 CONTROLS = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b[=>]|\r|.\x08|\x07")
 
 
+def open_text(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
+
+
 class PipedTest(HostTest):
     """Without a terminal: no prompts, only results."""
 
@@ -208,6 +213,7 @@ class TerminalTest(HostTest):
 
         self.process = self.start(words, self.env, take_terminal, stdin=slave, stdout=slave,
                                   stderr=slave)
+        self.terminal = os.ttyname(slave)
         os.close(slave)
         self.master = master
         self.shown = ""
@@ -415,6 +421,43 @@ class Editing(TerminalTest):
         self.expect("'\u0416\U0001F600'.length", "3")
 
 
+@unittest.skipUnless(CAN_EDIT, "the host is built without libedit")
+class TerminalModes(TerminalTest):
+    def is_edited(self):
+        return not termios.tcgetattr(self.master)[3] & termios.ICANON
+
+    def wait_for_state(self, state):
+        end = time.monotonic() + 60
+        stat_file = f"/proc/{self.process.pid}/stat"
+        while open_text(stat_file).rsplit(")", 1)[1].split()[0] not in state:
+            self.assertLess(time.monotonic(), end)
+            self.receive(0.01)
+
+    def test_are_restored_when_a_signal_ends_the_prompt(self):
+        for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
+            with self.subTest(number):
+                self.open()
+                self.type("1 + ")
+                # Without this side the terminal would end with the process.
+                slave = os.open(self.terminal, os.O_RDWR | os.O_NOCTTY)
+                self.addCleanup(os.close, slave)
+                self.assertTrue(self.is_edited())
+                self.process.send_signal(number)
+                self.expect_end(-number)
+                self.assertFalse(self.is_edited())
+
+    def test_are_restored_while_the_prompt_is_stopped(self):
+        self.open()
+        self.type("6 * ")
+        self.wait_for_text(r"6 \* ")
+        self.send("\x1a")
+        self.wait_for_state("T")
+        self.assertFalse(self.is_edited())
+        self.process.send_signal(signal.SIGCONT)
+        self.wait_for_state("SR")
+        self.expect("7", "42")
+
+
 class HistoryTest(TerminalTest):
     def history(self):
         return self.state / "mirolta" / "history"
@@ -442,6 +485,19 @@ class HistoryTest(TerminalTest):
         self.expect("6 * 7", "42")
         lines = self.history().read_text().splitlines()
         self.assertEqual((len(lines), lines[0], lines[-2:]), (1000, "1001", ["1999", "6 * 7"]))
+
+    def test_every_line_of_an_entry(self):
+        self.open()
+        self.type("[1,\n")
+        self.wait_for_text(r"\.\.\. ")
+        self.expect("2]", r"\[1, 2\]")
+        self.assertEqual(self.history().read_text(), "[1,\n2]\n")
+
+    def test_is_written_before_the_entry_runs(self):
+        self.open()
+        self.type("WScript.Quit(3)\n")
+        self.expect_end(3)
+        self.assertEqual(self.history().read_text(), "WScript.Quit(3)\n")
 
     def test_repeated_lines_are_kept_once(self):
         self.open()

@@ -85,6 +85,9 @@ PLANTED = [
     ("an unused class, whose own members name it",
      {"host/a.cpp": "namespace m { struct Gone { Gone(); Gone(const Gone&); ~Gone(); };\nGone::Gone() {}\nGone::~Gone() {}\n}"},
      ["unused Gone"]),
+    ("a function that a static assertion uses",
+     {"host/a.cpp": "namespace m {\nconstexpr bool Holds(int x) { return x > 0; }\nconstexpr int kOne = 1;\n"
+                    "static_assert(Holds(kOne));\n}"}, []),
     ("an unused constant", {"host/a.cpp": "namespace m { constexpr int kUnused = 1; }"}, ["unused kUnused"]),
     ("an unused macro", {"host/a.h": "#define UNUSED 1\n"}, ["unused UNUSED"]),
     ("a macro that defines a function",

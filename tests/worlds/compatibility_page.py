@@ -10,10 +10,11 @@ A table of members stands under a heading that is the object's name. Its rows ar
 The second column is one of
 
   same, differs    the object here and that of the platform's host have the member
+  refused          both have the member, and every call of it is an error here
   only here        the platform's host has no such member
   missing          the host has no such member
 
-A member that differs or is missing has a text in the third column. Tables whose first column is "behaviour"
+A member that differs, is refused or missing has a text in the third column. Tables whose first column is "behaviour"
 have the same words, and are not compared.
 """
 import pathlib
@@ -23,7 +24,8 @@ import sys
 
 HEADING = re.compile(r"^#+ `?([^`]*?)`?$")
 NAME = re.compile(r"`([\w.]+)[^`]*`")
-HAS = {"same": True, "differs": True, "only here": True, "missing": False}
+HAS = {"same": True, "differs": True, "refused": True, "only here": True, "missing": False}
+NEEDS_TEXT = {"differs", "refused", "missing"}
 # What the language itself has in every ECMAScript 5 engine.
 LANGUAGE = set("""Array Boolean Date Error EvalError Function Infinity JSON Math NaN Number Object RangeError
   ReferenceError RegExp String SyntaxError TypeError URIError decodeURI decodeURIComponent encodeURI
@@ -44,7 +46,7 @@ def rows_of(page):
         names = NAME.findall(cells[0])
         if cells[1] not in HAS:
             faults.append(f"line {number}: \"{cells[1]}\" is none of {', '.join(HAS)}")
-        elif kind == "member" and cells[1] in ("differs", "missing") and not cells[2]:
+        elif kind == "member" and cells[1] in NEEDS_TEXT and not cells[2]:
             faults.append(f"line {number}: says not how")
         elif kind == "member":
             rows.append((heading, names, cells[1], cells[2]))

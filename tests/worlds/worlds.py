@@ -1,4 +1,5 @@
 """Runs scripts on the native host and on the platform's script host, which Wine has (cscript)."""
+import difflib
 import os
 import pathlib
 import re
@@ -136,7 +137,8 @@ class Report:
         if got == expected:
             return True
         self.fail(name, f"{what}: other text")
-        print("---- got\n" + got + "---- expected\n" + expected + "----")
+        print(*difflib.unified_diff(expected.splitlines(), got.splitlines(), "expected", "got",
+                                    lineterm=""), sep="\n")
         return False
 
     def end(self, summary):
