@@ -4,6 +4,8 @@
 // - automation objects: statements that create them, get and set their properties, call them and
 //   assign to calls, with each other's results, heirs and odd values as arguments; one host runs
 //   what RewriteCallAssignments makes of the script, the other what the generator expects;
+// - classes of the host: the same, with collections, streams of bytes and dates; nothing of them
+//   reaches a file;
 // - streams: a model says what the script must log and what its files must hold;
 // - the grammar of the language: the rewritten script is known, and compiles;
 // - any text: if it compiles, it compiles after rewriting too.
@@ -12,6 +14,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <span>
 #include <string>
 
 #include "engine/script_engine.h"
@@ -35,7 +38,8 @@ bool CreatesObjects() {
   ScriptEngine engine;
   std::string problem;
   return engine.Start(&problem) &&
-         duk_peval_string(engine.Api(), "new ActiveXObject('Vardeko.crypt.Number')") == 0;
+         duk_peval_string(engine.Api(), "new ActiveXObject('Vardeko.crypt.Number')") == 0 &&
+         duk_peval_string(engine.Api(), "new ActiveXObject('Scripting.Dictionary').Items()") == 0;
 }
 
 bool PrepareModule() {
@@ -47,8 +51,13 @@ bool PrepareModule() {
   return true;
 }
 
-constexpr const char* kClasses[] = {"HashObject",       "Symmetric",       "Number", "RSA",
-                                    "ToviStreamDigest", "ToviStreamCrypt", "none"};
+constexpr const char* kObjects[] = {"new ActiveXObject('Vardeko.crypt.HashObject')",
+                                    "new ActiveXObject('Vardeko.crypt.Symmetric')",
+                                    "new ActiveXObject('Vardeko.crypt.Number')",
+                                    "new ActiveXObject('Vardeko.crypt.RSA')",
+                                    "new ActiveXObject('Vardeko.crypt.ToviStreamDigest')",
+                                    "new ActiveXObject('Vardeko.crypt.ToviStreamCrypt')",
+                                    "new ActiveXObject('Vardeko.crypt.none')"};
 constexpr const char* kValues[] = {"null",
                                    "undefined",
                                    "true",
@@ -102,10 +111,132 @@ constexpr const char* kNames[] = {
     "ReadFinalize", "BlockSize", "nothing",  "toString",      "length",
     "constructor",  "P",         "Modulus",  "ModInv"};
 
-template <size_t kCount>
-const char* Pick(FuzzInput& in, const char* const (&choices)[kCount]) {
-  return choices[in.Byte() % kCount];
+// Of these members none reaches a file, and none depends on the time or the environment.
+constexpr const char* kHostObjects[] = {"WScript.Arguments",
+                                        "WScript.Arguments.Named",
+                                        "WScript.Arguments.Unnamed",
+                                        "new ActiveXObject('Scripting.Dictionary')",
+                                        "WScript.CreateObject('Scripting.Dictionary')",
+                                        "GetObject('', 'ADODB.Stream')",
+                                        "new ActiveXObject('ADODB.Stream')",
+                                        "new ActiveXObject('Scripting.FileSystemObject')",
+                                        "new Enumerator(a)",
+                                        "new Enumerator(b)",
+                                        "new Enumerator(c)",
+                                        "new Enumerator",
+                                        "new VBArray(a)",
+                                        "new VBArray(b)",
+                                        "new Date(b)",
+                                        "new Date('1/2/2003 4:05 PM')",
+                                        "new Error(a, b)",
+                                        "new TypeError(c)"};
+constexpr const char* kHostValues[] = {"null",
+                                       "undefined",
+                                       "true",
+                                       "0",
+                                       "1",
+                                       "2",
+                                       "-1",
+                                       "1.5",
+                                       "1e300",
+                                       "NaN",
+                                       "''",
+                                       "'abc'",
+                                       "'name'",
+                                       "'ON'",
+                                       "'utf-8'",
+                                       "'unicode'",
+                                       "'iso-8859-1'",
+                                       "'\\u0000x'",
+                                       "'\\ud800'",
+                                       "'2 Jan 2003'",
+                                       "[]",
+                                       "[1,2,3]",
+                                       "{}",
+                                       "new Date(0)",
+                                       "new Date(0).getVarDate()",
+                                       "new Uint8Array([0xEF, 0xBB, 0xBF, 0x61, 0xC3])",
+                                       "function(){return 1}",
+                                       "{toString: function(){return a.Count}}",
+                                       "{valueOf: function(){throw new Error(5, 'x')}}",
+                                       "a",
+                                       "b",
+                                       "c",
+                                       "a.Items",
+                                       "a.Keys",
+                                       "a.Count",
+                                       "new VBArray(b.Items())",
+                                       "WScript",
+                                       "WScript.Arguments",
+                                       "Object.create(a)",
+                                       "(F.prototype = b, new F)"};
+constexpr const char* kHostNames[] = {"Item",
+                                      "Items",
+                                      "Keys",
+                                      "Key",
+                                      "Add",
+                                      "Exists",
+                                      "Remove",
+                                      "RemoveAll",
+                                      "Count",
+                                      "length",
+                                      "CompareMode",
+                                      "_NewEnum",
+                                      "Named",
+                                      "Unnamed",
+                                      "Open",
+                                      "Close",
+                                      "Type",
+                                      "Charset",
+                                      "Position",
+                                      "Size",
+                                      "EOS",
+                                      "Read",
+                                      "Write",
+                                      "ReadText",
+                                      "WriteText",
+                                      "SkipLine",
+                                      "SetEOS",
+                                      "CopyTo",
+                                      "State",
+                                      "Mode",
+                                      "Flush",
+                                      "LineSeparator",
+                                      "BuildPath",
+                                      "GetBaseName",
+                                      "GetFileName",
+                                      "GetExtensionName",
+                                      "GetParentFolderName",
+                                      "atEnd",
+                                      "item",
+                                      "moveFirst",
+                                      "moveNext",
+                                      "getItem",
+                                      "lbound",
+                                      "ubound",
+                                      "toArray",
+                                      "dimensions",
+                                      "number",
+                                      "description",
+                                      "message",
+                                      "getVarDate",
+                                      "getTime",
+                                      "nothing"};
+
+using Words = std::span<const char* const>;
+
+const char* Pick(FuzzInput& in, Words words) {
+  return words[in.Byte() % words.size()];
 }
+
+// What scripts are made of.
+struct Vocabulary {
+  Words objects;
+  Words values;
+  Words names;
+};
+constexpr Vocabulary kModule = {kObjects, kValues, kNames};
+constexpr Vocabulary kHost = {kHostObjects, kHostValues, kHostNames};
 
 struct ObjectScript {
   std::string script;
@@ -113,15 +244,15 @@ struct ObjectScript {
 };
 
 // An assignment to a call, as written and as rewritten.
-ObjectScript CallAssignment(FuzzInput& in, const std::string& object) {
-  const std::string name = Pick(in, kNames), argument = Pick(in, kValues),
-                    value = Pick(in, kValues);
+ObjectScript CallAssignment(FuzzInput& in, const Vocabulary& words, const std::string& object) {
+  const std::string name = Pick(in, words.names), argument = Pick(in, words.values),
+                    value = Pick(in, words.values);
   const std::string tail = "(" + argument + ")";
   return {object + "." + name + tail + " = " + value,
           object + "[\"" + name + "()=\"]" + tail + ".value = " + value};
 }
 
-ObjectScript Script(FuzzInput& in) {
+ObjectScript Script(FuzzInput& in, const Vocabulary& words) {
   ObjectScript script;
   script.script = script.rewritten = "var a, b, c, log = ''; function F() {}\n";
   for (int lines = 0; lines < 25 && !in.IsEmpty(); ++lines) {
@@ -130,28 +261,28 @@ ObjectScript Script(FuzzInput& in) {
     switch (in.Byte() % 9) {
       case 0:
       case 1:
-        line.script = name + " = new ActiveXObject('Vardeko.crypt." + Pick(in, kClasses) + "')";
+        line.script = name + " = " + Pick(in, words.objects);
         break;
       case 2:
-        line.script = name + " = " + Pick(in, kValues);
+        line.script = name + " = " + Pick(in, words.values);
         break;
       case 3:
-        line.script = name + "." + Pick(in, kNames) + " = " + Pick(in, kValues);
+        line.script = name + "." + Pick(in, words.names) + " = " + Pick(in, words.values);
         break;
       case 4:
-        line.script = name + " = b." + Pick(in, kNames);
+        line.script = name + " = b." + Pick(in, words.names);
         break;
       case 5:
-        line = CallAssignment(in, name);
+        line = CallAssignment(in, words, name);
         break;
       case 6:
-        line.script = "if (true) (" + name + ") = " + Pick(in, kValues);
+        line.script = "if (true) (" + name + ") = " + Pick(in, words.values);
         break;
       default: {
-        line.script = name + " = a." + Pick(in, kNames) + "(";
+        line.script = name + " = a." + Pick(in, words.names) + "(";
         const uint8_t count = in.Byte() % 4;
         for (int i = 0; i < count; ++i) {
-          line.script += std::string(i > 0 ? ", " : "") + Pick(in, kValues);
+          line.script += std::string(i > 0 ? ", " : "") + Pick(in, words.values);
         }
         line.script += ")";
         break;
@@ -175,6 +306,7 @@ bool Compiles(duk_context* api, const std::string& text) {
 // Runs the script in a new engine and returns the global `log`.
 std::string LogOf(const std::string& script, const std::string& folder = "") {
   ScriptEngine engine;
+  engine.Context().arguments = {"one", "/name:value", "/on+", "two \xFF"};
   std::string problem;
   FUZZ_CHECK(engine.Start(&problem));
   duk_push_lstring(engine.Api(), folder.data(), folder.size());
@@ -191,8 +323,8 @@ std::string LogOf(const std::string& script, const std::string& folder = "") {
   return {log, size};
 }
 
-void RunObjects(FuzzInput& in) {
-  const ObjectScript made = Script(in);
+void RunObjects(FuzzInput& in, const Vocabulary& words) {
+  const ObjectScript made = Script(in, words);
   const std::string rewritten = RewriteCallAssignments(made.script);
   if (rewritten != made.rewritten) std::fprintf(stderr, "%s", made.script.c_str());
   FUZZ_CHECK(rewritten == made.rewritten);
@@ -293,8 +425,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     case 4:
       RunStreams(in);
       break;
+    case 5:
+      RunObjects(in, kHost);
+      break;
     default:
-      RunObjects(in);
+      RunObjects(in, kModule);
       break;
   }
   return 0;

@@ -69,19 +69,26 @@ void ReturnBlocks(HostCall& call, const struct statvfs& space, fsblkcnt_t blocks
   ReturnSize(call, static_cast<double>(blocks) * static_cast<double>(space.f_frsize));
 }
 
-// Calls take(entry) for each mounted file system; without /proc there is none.
-template <typename Take>
-void ForEachMount(Take take) {
-  FILE* const table = setmntent("/proc/self/mounts", "re");
-  if (table == nullptr) return;
-  struct Closing {
-    ~Closing() { endmntent(table); }
-    FILE* table;
-  } const closing{table};
-  char text[8192];
-  mntent entry = {};
-  while (getmntent_r(table, &entry, text, sizeof text) != nullptr) take(entry);
-}
+// The table of mounted file systems; without /proc it is empty.
+class MountTable {
+ public:
+  MountTable() : table_(setmntent("/proc/self/mounts", "re")) {}
+  MountTable(const MountTable&) = delete;
+  MountTable& operator=(const MountTable&) = delete;
+  ~MountTable() {
+    if (table_ != nullptr) endmntent(table_);
+  }
+
+  // The next entry, null at the end; valid until the next call.
+  const mntent* Next() {
+    return table_ == nullptr ? nullptr : getmntent_r(table_, &entry_, text_, sizeof text_);
+  }
+
+ private:
+  FILE* const table_;
+  mntent entry_ = {};
+  char text_[8192];
+};
 
 }  // namespace
 
@@ -108,14 +115,15 @@ bool IsMountPoint(const std::string& path) {
 
 std::vector<std::string> MountPoints() {
   std::vector<std::string> points = {"/"};
-  ForEachMount([&](const mntent& entry) {
-    const std::string point = entry.mnt_dir;
+  MountTable table;
+  while (const mntent* entry = table.Next()) {
+    const std::string point = entry->mnt_dir;
     // Files are mounted too, in containers.
-    if (std::string_view(entry.mnt_fsname).starts_with("/dev/") && IsMountPoint(point) &&
+    if (std::string_view(entry->mnt_fsname).starts_with("/dev/") && IsMountPoint(point) &&
         std::find(points.begin(), points.end(), point) == points.end()) {
       points.push_back(point);
     }
-  });
+  }
   return points;
 }
 
@@ -161,9 +169,10 @@ void DriveObject::GetTotalSize(HostCall& call) {
 void DriveObject::GetFileSystem(HostCall& call) {
   std::string type;
   // The last one mounted there is the one to be seen.
-  ForEachMount([&](const mntent& entry) {
-    if (path_ == entry.mnt_dir) type = entry.mnt_type;
-  });
+  MountTable table;
+  while (const mntent* entry = table.Next()) {
+    if (path_ == entry->mnt_dir) type = entry->mnt_type;
+  }
   call.ReturnText(UnitsFromSystem(type));
 }
 

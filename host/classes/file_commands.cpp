@@ -90,7 +90,7 @@ void DeletePaths(PathKind kind, const std::string& source, bool force) {
 
 std::string MakeFolder(const std::string& path) {
   if (path.empty()) Fail(kPathNotFound);
-  const std::string whole = AbsolutePath(path);
+  std::string whole = AbsolutePath(path);
   if (mkdir(whole.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) != 0) {
     Fail(errno == ENOENT ? kPathNotFound : FileStatusOf(errno));
   }

@@ -93,7 +93,7 @@ struct CompletionFunction {
     return true;
   }
 
-  void Add(std::string_view name) {
+  void Add(std::string_view name) const {
     if (name.starts_with(word->start) && IsName(name)) words->emplace_back(name);
   }
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <new>
+#include <type_traits>
 
 #include "command_line/line_reader.h"
 #include "command_line/terminal_modes.h"
@@ -36,7 +37,7 @@ std::wstring WideFromSystem(std::string_view bytes) {
 std::string SystemFromWide(const wchar_t* text, size_t count) {
   Units units;
   for (size_t i = 0; i < count; ++i) {
-    auto code = static_cast<uint32_t>(text[i]);
+    auto code = static_cast<uint32_t>(static_cast<std::make_unsigned_t<wchar_t>>(text[i]));
     if (code >= 0x10000) {
       units.push_back(static_cast<OLECHAR>(0xD800 + ((code - 0x10000) >> 10)));
       code = 0xDC00 + (code & 0x3FF);

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <system_error>
@@ -99,7 +100,9 @@ LONG DeleteTree(HKEY parent, const std::string& path) {
     return ERROR_SUCCESS;
   });
   for (const std::string& name : names) {
-    if (error == ERROR_SUCCESS) error = DeleteTree(parent, path + "\\" + name);
+    std::string below = path;
+    below.append("\\").append(name);
+    if (error == ERROR_SUCCESS) error = DeleteTree(parent, below);
   }
   if (error == ERROR_SUCCESS) error = RegDeleteKeyW(parent, UnitsFromSystem(path).c_str());
   return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;

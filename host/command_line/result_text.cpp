@@ -47,15 +47,19 @@ struct ResultFunction {
       AppendFunction(engine, index);
     } else if (duk_is_error(engine, index)) {
       AppendConverted(engine, index, "[", "]");
-    } else if (IsInstance(engine, index, "Date") || IsInstance(engine, index, "RegExp")) {
+    } else if (HasOwnText(engine, index)) {
       AppendConverted(engine, index, "", "");
     } else if (duk_is_array(engine, index)) {
       AppendArray(engine, index, depth);
-    } else if (duk_is_object(engine, index)) {
-      AppendObject(engine, index, depth);
     } else {
-      AppendConverted(engine, index, "", "");
+      AppendObject(engine, index, depth);
     }
+  }
+
+  // Whether the conversion to text says it all.
+  static bool HasOwnText(duk_context* engine, duk_idx_t index) {
+    return !duk_is_object(engine, index) || IsInstance(engine, index, "Date") ||
+           IsInstance(engine, index, "RegExp");
   }
 
   static bool IsInstance(duk_context* engine, duk_idx_t index, const char* constructor) {

@@ -24,7 +24,7 @@ void StopWithFirstModes(int) {
   termios modes = {};
   const bool is_known = tcgetattr(STDIN_FILENO, &modes) == 0;
   tcsetattr(STDIN_FILENO, TCSANOW, &first_modes);
-  raise(SIGSTOP);
+  kill(getpid(), SIGSTOP);
   if (is_known) tcsetattr(STDIN_FILENO, TCSANOW, &modes);
   errno = error;
 }

@@ -209,7 +209,10 @@ std::string FormatCalls(const std::vector<CallFrame>& calls,
   for (size_t i = 0; i < calls.size();) {
     const std::string call = FormatCall(calls[i], files);
     size_t count = 1;
-    while (i + count < calls.size() && FormatCall(calls[i + count], files) == call) ++count;
+    while (!calls[i].function.empty() && i + count < calls.size() &&
+           FormatCall(calls[i + count], files) == call) {
+      ++count;
+    }
     text += kCall;
     text += call;
     if (count > 1) text += ", " + std::to_string(count) + " times";

@@ -29,7 +29,7 @@ void WriteMessage(const char* text, size_t size) {
   if (write(STDERR_FILENO, text, size) < 0) return;
 }
 
-void EndAtLimit(int) {
+[[noreturn]] void EndAtLimit(int) {
   RemoveTemporaryFiles();
   WriteMessage(limit_message, limit_message_size);
   _exit(1);

@@ -48,9 +48,9 @@ class Search {
 
   SyntaxPlace Run(int line) {
     const size_t count = tokens_.size();
-    size_t low = 0;  // the last beginning known not to fail
     size_t high = count;
     if (Fails(count)) {
+      size_t low = 0;  // the last beginning known not to fail
       while (high - low > 1) {
         const size_t middle = low + (high - low) / 2;
         (Fails(middle) ? high : low) = middle;

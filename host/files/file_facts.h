@@ -28,11 +28,11 @@ HRESULT MissingStatus(const std::string& path);
 // A read-only file has no permission to write for anybody.
 bool IsReadOnly(const struct stat& facts);
 
-// The names in a folder, in the order of their bytes, without "." and "..".
+// The names in the folder `path`, in the order of their bytes, without "." and "..".
 // Errors: throws CallError.
-std::vector<std::string> NamesIn(const std::string& folder);
+std::vector<std::string> NamesIn(const std::string& path);
 // The same for those of one kind.
-std::vector<std::string> NamesIn(const std::string& folder, PathKind kind);
+std::vector<std::string> NamesIn(const std::string& path, PathKind kind);
 
 // The sum of the sizes of all files in a folder and its folders. Links are not followed; what may
 // not be read throws CallError.

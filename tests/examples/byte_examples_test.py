@@ -15,8 +15,8 @@ from runner import EXAMPLES, HostTest, limit_files
 NEW_EXAMPLES = ("sums.js", "show-bytes.js", "selftest.js", "derive-key.js", "random-bytes.js", "seal-file.js",
                 "open-file.js")
 
-# A row of the self-test, and a text before or at the end of which a digit of its vectors can be spoiled: after a
-# quotation mark the next one, else the last one of the text.
+# A row of the self-test, and a text before or at the end of which a digit of its vectors can be spoiled:
+# after a quotation mark the next one, else the last one of the text.
 SELF_TEST_ROWS = {
     "bytes": 'var coded = ["", "',
     "MD5": "7707d6ae4e027c70eea2a935c2296f21",
@@ -89,7 +89,8 @@ class Usage(ByteExampleTest):
                 ["derive-key.js", "SHA1", "p", "00", "1", "65537"],
                 ["random-bytes.js"], ["random-bytes.js", "0"], ["random-bytes.js", "x"],
                 ["random-bytes.js", "1048577"], ["random-bytes.js", "--base64", "--output", "x", "1"],
-                ["seal-file.js"], ["seal-file.js", "p", "in"], ["seal-file.js", "--iterations", "0", "p", "in", "out"],
+                ["seal-file.js"], ["seal-file.js", "p", "in"],
+                ["seal-file.js", "--iterations", "0", "p", "in", "out"],
                 ["seal-file.js", "--iterations", "10000001", "p", "in", "out"],
                 ["seal-file.js", "--key-env", "K", "p", "in", "out"],
                 ["open-file.js"], ["open-file.js", "p", "in"], ["open-file.js", "p", "in", "out", "more"]):
@@ -251,7 +252,8 @@ class ShownBytes(ByteExampleTest):
                          {-1: (b"a\0\0\1", None), -2: (b"\0a\1\0", None)})
 
     def test_escapes(self):
-        self.assertEqual(self.shown("--escapes", "\\u20ac\\x41\\n\\\\", 65001), {65001: (b"\xe2\x82\xacA\n\\", None)})
+        self.assertEqual(self.shown("--escapes", "\\u20ac\\x41\\n\\\\", 65001),
+                         {65001: (b"\xe2\x82\xacA\n\\", None)})
         self.assertEqual(self.shown("\\n", 65001), {65001: (b"\\n", None)})
         self.assertEqual(self.shown("--escapes", "a\\0b", 65001), {65001: (b"a", "ends at the zero character")})
         for text in ("\\q", "\\u12", "\\"):
@@ -341,14 +343,18 @@ class Sums(ByteExampleTest):
         other = b"0" + good[1:]
         missing = good.replace(b"plain", b"missing")
         folder = good.replace(b"plain", b".")
-        for content in (good, other, missing, folder, good + other, good + missing, good + b"junk\n", b"junk\n", b"",
-                        b"# comment\n" + good, b"\n" + good, good[:-1], good[:-1] + b"\r\n", good.upper()[:64] + good[64:],
+        for content in (good, other, missing, folder, good + other, good + missing, good + b"junk\n",
+                        b"junk\n", b"",
+                        b"# comment\n" + good, b"\n" + good, good[:-1], good[:-1] + b"\r\n",
+                        good.upper()[:64] + good[64:],
                         good.replace(b"  ", b" *"), good.replace(b"  ", b" "), good.replace(b"  ", b"\t "),
                         b" \t" + good, good[1:], b"a" + good, good.replace(b"  ", b"--"), good[:66] + b"\n",
-                        b"\\" + good, b"\\" + good.replace(b"plain", b"pl\\ain"), b"\\" + good.replace(b"n", b"n\\"),
+                        b"\\" + good, b"\\" + good.replace(b"plain", b"pl\\ain"),
+                        b"\\" + good.replace(b"n", b"n\\"),
                         b"SHA256 (plain) = " + good[:64] + b"\n", b"SHA256(plain)= " + good[:64] + b"\n",
                         b"SHA1 (plain) = " + good[:64] + b"\n", b"SHA256 (plain) " + good[:64] + b"\n",
-                        b"SHA256 (plain) = " + other[:64] + b"\n", good + good + other + missing + b"x\ny\n" + missing):
+                        b"SHA256 (plain) = " + other[:64] + b"\n",
+                        good + good + other + missing + b"x\ny\n" + missing):
             for flags in ((), ("--quiet",), ("--status",), ("--warn",), ("--strict",), ("--ignore-missing",),
                           ("--ignore-missing", "--quiet"), ("--ignore-missing", "--strict", "--warn")):
                 with self.subTest(content, flags=flags):
@@ -515,8 +521,8 @@ class SealedFiles(ByteExampleTest):
     def test_interrupts(self):
         self.write("plain", b"x")
         self.write("out", b"old")
-        process = self.start([EXAMPLES / "seal-file.js", "--iterations", "10000000", "--key-env", "P", "plain", "out"],
-                             env=self.SECRET)
+        process = self.start([EXAMPLES / "seal-file.js", "--iterations", "10000000", "--key-env", "P", "plain",
+                              "out"], env=self.SECRET)
         self.wait_for(self.has_temporary, process)
         self.interrupt(process, signal.SIGTERM)
         self.assertEqual(process.returncode, -signal.SIGTERM)

@@ -1,12 +1,16 @@
 #include "engine/error_report.h"
 
 #include <gtest/gtest.h>
+#include <stdio.h>
 
+#include <iterator>
+#include <random>
 #include <string>
 
 #include "engine/script_engine.h"
 #include "platform.h"
 #include "source/script_source.h"
+#include "source/source_lines.h"
 
 namespace mirolta::host {
 namespace {
@@ -132,9 +136,9 @@ TEST(ErrorReport, PlacesAreTheSameInEveryEncoding) {
 }
 
 TEST(ErrorReport, WideCharactersTakeTwoColumnsAndCombiningNone) {
-  EXPECT_EQ(ReportOf("'\xE4\xB8\xAD' + 'e\xCC\x81' = = 1"),
-            "a.js(1, 14)"s + kSyntax + "unexpected =\n    '\xE4\xB8\xAD' + 'e\xCC\x81' = = 1\n" +
-                string(4 + 13, ' ') + "^\n");
+  EXPECT_EQ(LineWithMarker("'\xE4\xB8\xAD\xF0\x9F\x98\x80' x", 6),
+            "    '\xE4\xB8\xAD\xF0\x9F\x98\x80' x\n" + string(4 + 7, ' ') + "^\n");
+  EXPECT_EQ(LineWithMarker("'e\xCC\x81' x", 6), "    'e\xCC\x81' x\n" + string(4 + 4, ' ') + "^\n");
 }
 
 constexpr char kType[] =
@@ -187,6 +191,12 @@ TEST(ErrorReport, RuntimeErrorsHaveTheirStatementAndCalls) {
       {"throw {\n toString: function () { throw 1; } };",
        "a.js(2): error 0x800A139E (-2146823266): Exception thrown and not caught: 1\n"
        "    toString: function () { throw 1; } };\n"},
+      {"WScript.Echo({ toString: function f() {\n  throw 5; }\n});",
+       "a.js(2, 3): error 0x800A139E (-2146823266): Exception thrown and not caught: 5\n"
+       "    throw 5; }\n    ^\n    at f (a.js:2)\n    at a.js:3\n"},
+      {"[1].forEach(function () { throw 5; }); ",
+       "a.js(1): error 0x800A139E (-2146823266): Exception thrown and not caught: 5\n"
+       "    [1].forEach(function () { throw 5; });\n    at a.js:1\n    at a.js:1\n"},
       {"throw undefined;",
        "a.js(1, 1): error 0x800A139E (-2146823266): Exception thrown and not caught: undefined\n"
        "    throw undefined;\n    ^\n"},
@@ -210,6 +220,40 @@ TEST(ErrorReport, AFailingAccessorDoesNotHideTheError) {
                      "Object.defineProperty(e, 'stack', { get: function () { throw 1; } });\n"
                      "throw e;"),
             "a.js(1, 1): error 0x00000005 (5): x\n    var e = new Error(5, 'x');\n    ^\n");
+}
+
+// Tokens in any order: the search for the place ends and stays within the script.
+TEST(ErrorReport, RandomScriptsHaveAPlaceWithin) {
+  const string_view kTokens[] = {"a",      "'b'",   "1",    "/c/",      "(",      ")",     "{",
+                                 "}",      "[",     "]",    ";",        ",",      "=",     "+",
+                                 "++",     ".d",    ":",    "?",        "\n",     "if",    "/",
+                                 "return", "var",   "new",  "function", "try",    "catch", "else",
+                                 "/*",     "throw", "case", "'",        "switch", "\r\n"};
+  std::minstd_rand random(1);
+  size_t place_count = 0;
+  for (int i = 0; i < 500; ++i) {
+    string script;
+    for (auto left = random() % 9; left > 0; --left) {
+      script += kTokens[random() % std::size(kTokens)];
+      script += ' ';
+    }
+    const string report = ReportOf(script);
+    int line = 0, column = 0;
+    if (report.find("SyntaxError") == string::npos ||
+        sscanf(report.c_str(), "a.js(%d, %d)", &line, &column) != 2) {
+      continue;
+    }
+    ++place_count;
+    EXPECT_LE(line, CountLines(script)) << script;
+    EXPECT_LE(column, CountCharacters(LineOf(script, line)) + 1) << script;
+  }
+  EXPECT_GT(place_count, 250u);
+}
+
+// The engine sees the error when it compiles the function for a second time.
+TEST(ErrorReport, ATokenOfAnotherLineIsNotTheErrors) {
+  EXPECT_EQ(ReportOf("function f(a, a) {\n  'use strict';\n}\n"),
+            "a.js(2)"s + kSyntax + "invalid argument name\n    'use strict';\n");
 }
 
 TEST(ErrorReport, LongScriptsHaveTheLineOfASyntaxErrorOnly) {

@@ -336,6 +336,10 @@ class AtATerminal(TerminalTest):
         self.interrupt("var h = new ActiveXObject('Vardeko.crypt.HashObject');" + self.RUNNING +
                        "for (;;) h.InitHash('MD5')")
 
+    def test_ctrl_c_interrupts_a_loop_of_native_functions(self):
+        # They allocate nothing in the engine.
+        self.interrupt("var s = WScript.MemoryStream();" + self.RUNNING + "for (;;) s.Seek(0, 0)")
+
     def test_ctrl_c_interrupts_a_read_of_standard_input(self):
         self.interrupt(self.RUNNING + "WScript.StdIn.ReadLine()")
 

@@ -5,6 +5,8 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,7 @@ namespace {
 using std::string;
 using std::string_view;
 using namespace std::string_literals;
+using namespace std::string_view_literals;
 
 // The text of a script, or the problem after "!".
 string Load(string_view bytes, const string& charset = "") {
@@ -192,6 +195,38 @@ TEST(ScriptSource, WholeAsciiTextsInUtf16AreDetected) {
   for (const char* text : {"x", "// c\r\nx()", "\n\n\tx"}) {
     for (bool is_big : {false, true}) EXPECT_EQ(Load(Utf16(text, is_big)), text);
   }
+}
+
+TEST(ScriptSource, RandomBytesAreTextOrAnError) {
+  const char* kCharsets[] = {"", "UTF-8", "UTF-16", "1252", "932", "UTF-7", "ISO-2022-JP", "12000"};
+  const string_view kPieces[] = {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF", "\0"sv, "\xD8\x00"sv,
+                                 "\xE2\x80\xA8", "\x1B$B",   "\r\n",     "x",    "\xC3"};
+  std::minstd_rand random(1);
+  size_t text_count = 0;
+  for (int i = 0; i < 20000; ++i) {
+    string bytes;
+    for (auto left = random() % 6; left > 0; --left) {
+      const auto choice = random() % (std::size(kPieces) + 4);
+      if (choice < std::size(kPieces)) {
+        bytes += kPieces[choice];
+      } else {
+        bytes += static_cast<char>(random() >> 8 & 0xFF);
+      }
+    }
+    ScriptText script;
+    string problem, again;
+    size_t offset = 0;
+    const char* charset = kCharsets[random() % std::size(kCharsets)];
+    if (!ScriptFromBytes("x.js", bytes, {charset}, &script, &problem)) {
+      EXPECT_NE(problem, "");
+      continue;
+    }
+    ++text_count;
+    EXPECT_EQ(DecodeText("UTF-8", script.text, &again, &offset), Decoding::kDone) << charset;
+    EXPECT_EQ(script.text.find('\0'), string::npos) << charset;
+  }
+  EXPECT_GT(text_count, 1000u);
+  EXPECT_LT(text_count, 19000u);
 }
 
 TEST(ScriptSource, AnInterpreterLineBecomesAComment) {

@@ -53,6 +53,7 @@ TEST(StatementColumn, TheOnlyStatementOfALineHasAColumn) {
       {"if (a) {\n} /*\xC3\xA9*/ f();", 2, 9},
       {"try { f();\n} catch (e) { g(); }", 2, 15},
       {"try { f();\n} finally { g(); }", 2, 13},
+      {"f()\nfunction g() { h.i; }", 2, 16},
       {"if (a) {\n} else { g(); }", 2, 10},
       {"var a = {\n  b: c.d\n};", 2, 3},
       {"f(1,\n  g(2));", 2, 3},

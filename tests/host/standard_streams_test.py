@@ -14,7 +14,7 @@ import unittest
 
 HOST, SCRATCH = sys.argv[1:3]
 SANITIZED = len(sys.argv) > 3
-WAIT = 20  # seconds, for what is to come at once
+WAIT = 60  # seconds, for what is to come at once
 
 # Runs what the test asks for and prints the outcome, or the error's number.
 PRELUDE = r"""

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include "portable/registry_mode.h"
+#include "portable/test_hooks.h"
 #include "registry_support.h"
 
 namespace mirolta {
@@ -382,6 +383,61 @@ TEST_F(RegistryLayers, AHandleToALowerKeySurvivesItsFile) {
   EXPECT_EQ(MiroltaRegistryLayer(key, nullptr), ERROR_INVALID_PARAMETER);
   WriteFile(second_, OneKey("K", "@=\"y\"\n"));
   EXPECT_EQ(GetText(key, nullptr), u"y");
+}
+
+// Calls work() with one allocation that fails, then the next, until all succeed. It returns
+// ERROR_OUTOFMEMORY each time, and what is_unchanged() looks at is unchanged.
+template <typename Work, typename Check>
+void FailEachAllocation(Work work, Check is_unchanged) {
+  for (LONG allowed = 0;; ++allowed) {
+    ASSERT_LT(allowed, 1000);
+    MiroltaFailAllocationAfter(allowed);
+    const LONG error = work();
+    const bool failed = MiroltaAllocationHasFailed();
+    MiroltaFailAllocationAfter(-1);
+    if (!failed) {
+      EXPECT_EQ(error, ERROR_SUCCESS);
+      return;
+    }
+    ASSERT_EQ(error, ERROR_OUTOFMEMORY) << allowed;
+    ASSERT_TRUE(is_unchanged()) << allowed;
+  }
+}
+
+TEST_F(RegistryLayers, AReaderWithoutMemoryTriesAgain) {
+  WriteFile(system_, OneKey("K", "@=\"x\"\n"));
+  WriteFile(second_, OneKey("K\\Sub", "@=\"y\"\n"));
+  FailEachAllocation([] { return OpenStatus(u"K\\Sub"); }, [] { return true; });
+  EXPECT_EQ(TextOf(u"K"), u"x");
+  EXPECT_EQ(TextOf(u"K\\Sub"), u"y");
+}
+
+TEST_F(RegistryLayers, AWriterWithoutMemoryChangesNothing) {
+  WriteFile(system_, OneKey("K", "@=\"x\"\n\"other\"=\"y\"\n"));
+  const Existing key(u"K");
+  const auto is_unchanged = [&] { return GetText(key, nullptr) == u"x" && LayerOf(u"K") == 1; };
+  for (const bool in_memory : {true, false}) {
+    ASSERT_EQ(MiroltaRegistryInMemory(in_memory), ERROR_SUCCESS);
+    FailEachAllocation([&] { return SetText(key, nullptr, u"mine"); }, is_unchanged);
+    EXPECT_EQ(GetText(key, nullptr), u"mine");
+    EXPECT_EQ(GetText(key, u"other"), u"y");
+  }
+  EXPECT_NE(ReadFile(user_).find("mine"), std::string::npos);
+}
+
+TEST_F(RegistryLayers, ASystemBatchWithoutMemoryWritesNothing) {
+  const std::string before = OneKey("Others");
+  WriteFile(system_, before);
+  FailEachAllocation(
+      [&] {
+        LONG error = MiroltaSystemRegistryBatch();
+        if (error != ERROR_SUCCESS) return error;
+        error = CreateStatus(u"K");
+        const LONG written = MiroltaRegistryBatch(FALSE);
+        return error != ERROR_SUCCESS ? error : written;
+      },
+      [&] { return ReadFile(system_) == before; });
+  EXPECT_NE(ReadFile(system_).find("K]"), std::string::npos);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Prints the members of every class that the host itself implements: class, member, and how it is used.
 #include <cstdio>
 
-#include "all_host_classes.h"
+#include "host_class_rows.h"
 
 namespace mirolta::host {
 namespace {

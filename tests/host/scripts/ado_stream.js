@@ -160,6 +160,14 @@ t("a separator between blocks", function () {
   }
   return failures + " differ";
 });
+// The bytes 61 0a 00 01 have the separator's 0a 00 inside.
+t("a separator across characters", function () {
+  var one = opened("Unicode");
+  one.LineSeparator = 10;
+  one.WriteText("\u0a61\u0100x", 1);
+  one.Position = 0;
+  return escape(one.ReadText(-2)) + " " + one.EOS;
+});
 
 WScript.Echo("-- bytes");
 s = opened();

@@ -95,7 +95,7 @@ function casesOf(B) {
   }
   return {
     "UTF-8": text(MIXED),
-    "UTF-8 of lone surrogates": text("\ud800x\udc00\udc00\ud800"),
+    "UTF-8 of lone surrogates": text("\ud800x\udc00\udc00\ud800\uffff\ud800\ud800"),
     "UTF-8 by its number": text("\u00e9", 65001),
     "UTF-8 at its limits": text("\u007f\u0080\u07ff\u0800\uffff\ud800\udc00\udbff\udfff"),
     "UTF-8 back": back("6100c3a9e282acf09f9880"),

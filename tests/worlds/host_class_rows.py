@@ -1,4 +1,4 @@
-"""Writes the source of all_host_classes.h: all_host_classes.py OUTPUT SOURCE...
+"""Writes the C++ lines that name every class of the host: host_class_rows.py OUTPUT SOURCE...
 
 A class is a `HostClass NAME = {...}` of a source file, declared in the header of the same name.
 """
@@ -10,16 +10,16 @@ CLASS = re.compile(r"^(?:\w+ )*HostClass ([\w:]+) = ?\{", re.MULTILINE)
 
 
 def main(output, sources):
-    lines, names = ['#include "all_host_classes.h"', ""], []
+    lines, names = ['#include "host_class_rows.h"', ""], []
     for path in map(pathlib.Path, sources):
         found = CLASS.findall(path.read_text("utf-8"))
         if found:
             lines.append(f'#include "{path.parent.name}/{path.stem}.h"')
             names += found
-    lines += ["", "namespace mirolta::host {", "",
-              "std::span<const HostClass* const> AllHostClasses() {",
-              "  static constexpr const HostClass* kClasses[] = {", *(f"      &{name}," for name in names),
-              "  };", "  return kClasses;", "}", "", "}  // namespace mirolta::host", ""]
+    lines += ["", "namespace mirolta::host {", "", "namespace {", "",
+              "constexpr const HostClass* kRows[] = {", *(f"    &{name}," for name in names), "};", "",
+              "}  // namespace", "", "std::span<const HostClass* const> AllHostClasses() {",
+              "  return kRows;", "}", "", "}  // namespace mirolta::host", ""]
     pathlib.Path(output).write_text("\n".join(lines), "utf-8")
 
 

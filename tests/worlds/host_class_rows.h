@@ -1,4 +1,4 @@
-// Every class of the host, those too that scripts cannot create (all_host_classes.py finds them).
+// Every class of the host; the build makes the list from their sources (host_class_rows.py).
 #pragma once
 
 #include <span>
