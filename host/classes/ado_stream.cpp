@@ -53,11 +53,9 @@ size_t FindAligned(std::string_view bytes, std::string_view wanted, size_t from,
   return at;
 }
 
-// The argument that names a file, in the engine's form. As in the other classes for files, \ separates
-// too.
-std::string FileArgument(const HostCall& call) {
-  const Units name = call.Text(0);
-  if (name.empty() || name.find(OLECHAR{0}) != Units::npos) FailAdo(kAdoBadArgument);
+// The name of a file in the engine's form. As in the other classes for files, \ separates too.
+std::string FileArgument(UnitsView name) {
+  if (name.empty() || name.find(OLECHAR{0}) != UnitsView::npos) FailAdo(kAdoBadArgument);
   return EngineFromUnits(UnitsFromSystem(SystemPath(name)));
 }
 
@@ -155,10 +153,12 @@ void AdoStream::GetPosition(HostCall& call) const {
   call.ReturnNumber(static_cast<double>(bytes_.Position()));
 }
 
+// Arguments are converted first, here and below: that may run a script which closes the stream.
+
 // A position beyond the end lengthens a stream that may be written.
 void AdoStream::PutPosition(HostCall& call) {
-  RequireOpen();
   const int32_t position = HostCall::IntegerOf(call.Value());
+  RequireOpen();
   if (position < 0) FailAdo(kAdoBadArgument);
   const auto target = static_cast<uint64_t>(position);
   if (target > bytes_.Size() && bytes_.MayWrite()) bytes_.Resize(target);
@@ -242,8 +242,9 @@ void AdoStream::Close(HostCall&) {
 }
 
 void AdoStream::Read(HostCall& call) {
+  const int32_t wanted = call.Integer(0, kReadAll);
   RequireReading(Type::kBinary);
-  const uint64_t count = CountArgument(call.Integer(0, kReadAll));
+  const uint64_t count = CountArgument(wanted);
   std::string read;
   if (bytes_.Append(count, &read) == 0) {
     call.ReturnNull();
@@ -306,8 +307,8 @@ std::string AdoStream::NextLine() {
 }
 
 void AdoStream::ReadText(HostCall& call) {
-  RequireReading(Type::kText);
   const int32_t count = call.Integer(0, kReadAll);
+  RequireReading(Type::kText);
   if (count < kReadLine) FailAdo(kAdoBadArgument);
   SkipMark();
   call.ReturnText(count == kReadLine ? charset_.Decode(NextLine())
@@ -321,9 +322,9 @@ void AdoStream::PutText(UnitsView text) {
 }
 
 void AdoStream::WriteText(HostCall& call) {
-  RequireWriting(Type::kText);
   Units text = call.Text(0);
   const int32_t options = call.Integer(1, 0);
+  RequireWriting(Type::kText);
   if (options != 0 && options != kWriteLine) FailAdo(kAdoBadArgument);
   if (options == kWriteLine) text += SeparatorOf(line_separator_);
   PutText(text);
@@ -343,6 +344,7 @@ void AdoStream::SetEos(HostCall&) {
 
 // Text is copied to a text stream in the character set of that, and to a binary one as it is.
 void AdoStream::CopyTo(HostCall& call) {
+  const int32_t wanted = call.Integer(1, kReadAll);
   RequireReading(type_);
   const VARIANT& value = call.At(0);
   HostObject* const object = value.vt == VT_DISPATCH ? HostObjectOf(value.pdispVal) : nullptr;
@@ -354,7 +356,7 @@ void AdoStream::CopyTo(HostCall& call) {
   if (type_ == Type::kBinary && to.type_ == Type::kText) {
     FailAdo(kAdoNotInThisContext, "Bytes cannot be copied to a text stream.");
   }
-  const uint64_t count = CountArgument(call.Integer(1, kReadAll));
+  const uint64_t count = CountArgument(wanted);
   if (to.type_ == Type::kText) {
     SkipMark();
     to.PutText(NextCharacters(count));
@@ -377,8 +379,9 @@ void AdoStream::CopyTo(HostCall& call) {
 }
 
 void AdoStream::LoadFromFile(HostCall& call) {
+  const Units path = call.Text(0);
   RequireOpen();
-  const std::string name = FileArgument(call);
+  const std::string name = FileArgument(path);
   OwnedReference<IStream> file;
   const HRESULT opened = OpenFileStream(name, {STGM_READ}, false, &file);
   if (FAILED(opened)) FailForFile(kAdoCannotOpenFile, opened, STG_E_FILENOTFOUND);
@@ -387,9 +390,10 @@ void AdoStream::LoadFromFile(HostCall& call) {
 }
 
 void AdoStream::SaveToFile(HostCall& call) {
-  RequireOpen();
-  const std::string name = FileArgument(call);
+  const Units path = call.Text(0);
   const int32_t options = call.Integer(1, kCreateNotExist);
+  RequireOpen();
+  const std::string name = FileArgument(path);
   if (options != kCreateNotExist && options != kCreateOverWrite) FailAdo(kAdoBadArgument);
   NewFile file;
   const FileMode mode = {STGM_WRITE, true, options == kCreateNotExist};

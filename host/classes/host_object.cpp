@@ -11,6 +11,10 @@ namespace {
 constexpr IID kHostObjectId = {
     0x2B6F04D3, 0x97A8, 0x4C1E, {0x8D, 0x35, 0x60, 0xF2, 0xA9, 0x1B, 0x7C, 0xE4}};
 
+// The objects that wait for the one that is being destroyed.
+thread_local HostObject* t_first_unused = nullptr;
+thread_local bool t_is_destroying = false;
+
 OLECHAR LowerCase(OLECHAR unit) {
   return unit >= OLECHAR{'A'} && unit <= OLECHAR{'Z'} ? static_cast<OLECHAR>(unit + 32) : unit;
 }
@@ -87,8 +91,20 @@ ULONG STDMETHODCALLTYPE HostObject::AddRef() {
 
 ULONG STDMETHODCALLTYPE HostObject::Release() {
   const ULONG left = --references_;
-  if (left == 0) delete this;
+  if (left == 0) Destroy();
   return left;
+}
+
+void HostObject::Destroy() {
+  next_unused_ = t_first_unused;
+  t_first_unused = this;
+  if (t_is_destroying) return;
+  t_is_destroying = true;
+  while (HostObject* const unused = t_first_unused) {
+    t_first_unused = unused->next_unused_;
+    delete unused;
+  }
+  t_is_destroying = false;
 }
 
 void* HostObject::OtherInterface(REFIID) {

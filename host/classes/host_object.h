@@ -71,7 +71,9 @@ constexpr bool IsWellFormed(std::span<const HostMember> members) {
 }
 
 // The base of host objects, which start with one reference and end by Release. Names of members are
-// case-insensitive; members report errors by exception (Fail, std::bad_alloc).
+// case-insensitive; members report errors by exception (Fail, std::bad_alloc). An object that loses
+// its last reference while another one is destroyed is destroyed after it, so that a chain of
+// objects of any length takes no stack.
 class HostObject : public IDispatch {
  public:
   HostObject(const HostObject&) = delete;
@@ -98,7 +100,10 @@ class HostObject : public IDispatch {
   virtual void* OtherInterface(REFIID iid);
 
  private:
+  void Destroy();
+
   std::atomic<ULONG> references_{1};
+  HostObject* next_unused_ = nullptr;
 };
 
 // HostObjectOf returns the host object, null for others. It is valid while `object` is.

@@ -138,8 +138,9 @@ void TextStream::Put(UnitsView text) {
 }
 
 void TextStream::Read(HostCall& call) {
-  TextReader& reader = Reader();
-  call.ReturnText(reader.Read(CountAt(call)));
+  // First: the conversion of the argument may run a script that closes the stream.
+  const size_t count = CountAt(call);
+  call.ReturnText(Reader().Read(count));
 }
 
 void TextStream::ReadLine(HostCall& call) {
@@ -151,8 +152,8 @@ void TextStream::ReadAll(HostCall& call) {
 }
 
 void TextStream::Skip(HostCall& call) {
-  TextReader& reader = Reader();
-  reader.Skip(CountAt(call));
+  const size_t count = CountAt(call);
+  Reader().Skip(count);
 }
 
 void TextStream::SkipLine(HostCall&) {
@@ -170,12 +171,13 @@ void TextStream::WriteLine(HostCall& call) {
 }
 
 void TextStream::WriteBlankLines(HostCall& call) {
+  size_t left = CountAt(call);
   static_cast<void>(Writer());
   const Units line_end = UnitsFromSystem(options_.line_end);
   // In blocks: the number of lines has no bound.
   constexpr size_t kLines = 4096;
   Units block;
-  for (size_t left = CountAt(call); left != 0;) {
+  while (left != 0) {
     const size_t lines = std::min(left, kLines);
     while (block.size() < lines * line_end.size()) block += line_end;
     Put(UnitsView(block).substr(0, lines * line_end.size()));

@@ -58,10 +58,34 @@ class ValueEnumerator final : public CountedObject<ValueEnumerator, IEnumVARIANT
   size_t next_;
 };
 
+// The values that the outermost running destructor of a list has still to clear.
+thread_local std::vector<VARIANT>* t_uncleared = nullptr;
+
+// Hands values over to that destructor.
+bool HandOver(const std::vector<VARIANT>& values) {
+  if (t_uncleared == nullptr) return false;
+  try {
+    t_uncleared->insert(t_uncleared->end(), values.begin(), values.end());
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 }  // namespace
 
+// A value may hold the last reference to an enumerator with a list of its own, and so on: a chain of
+// any length takes no stack.
 ValueList::~ValueList() {
-  for (VARIANT& value : values_) VariantClear(&value);
+  if (HandOver(values_)) return;
+  std::vector<VARIANT>* const outer = t_uncleared;
+  t_uncleared = &values_;
+  while (!values_.empty()) {
+    VARIANT value = values_.back();
+    values_.pop_back();
+    VariantClear(&value);
+  }
+  t_uncleared = outer;
 }
 
 void ValueList::Add(const VARIANT& value) {

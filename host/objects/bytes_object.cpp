@@ -117,9 +117,21 @@ struct ToDigitsFunction {
   }
 };
 
-// equal(a, b) and xor(a, b), of the same count.
+// The arguments of a function that takes two arrays of the same number of bytes. The library compares
+// lengths, but an array of wider elements can pass for a Uint8Array.
+struct BytePair {
+  ByteView a;
+  ByteView b;
+};
+BytePair PairArgument(duk_context* engine) {
+  const BytePair pair = {BytesArgument(engine, 0), BytesArgument(engine, 1)};
+  if (pair.a.count != pair.b.count) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+  return pair;
+}
+
+// equal(a, b) and xor(a, b)
 duk_ret_t Equal(duk_context* engine) {
-  const ByteView a = BytesArgument(engine, 0), b = BytesArgument(engine, 1);
+  const auto [a, b] = PairArgument(engine);
   // Volatile, so that the compiler leaves the loop no way out before its end.
   volatile uint8_t difference = 0;
   for (size_t i = 0; i < a.count; ++i) {
@@ -130,7 +142,7 @@ duk_ret_t Equal(duk_context* engine) {
 }
 
 duk_ret_t Xor(duk_context* engine) {
-  const ByteView a = BytesArgument(engine, 0), b = BytesArgument(engine, 1);
+  const auto [a, b] = PairArgument(engine);
   uint8_t* result = PushBytes(engine, a.count);
   for (size_t i = 0; i < a.count; ++i) result[i] = a.bytes[i] ^ b.bytes[i];
   return 1;

@@ -347,10 +347,13 @@ struct StreamOfFunction {
 struct SameFileFunction {
   std::string paths[2];
   duk_ret_t Run(duk_context* engine) {
+    // No path has a zero character.
+    bool are_paths = true;
     for (duk_idx_t i = 0; i < 2; ++i) {
       paths[i] = SystemFromUnits(UnitsFromEngine(TextArgument(engine, i)));
+      are_paths = are_paths && paths[i].find('\0') == std::string::npos;
     }
-    duk_push_boolean(engine, IsSameFile(paths[0], paths[1]));
+    duk_push_boolean(engine, are_paths && IsSameFile(paths[0], paths[1]));
     return 1;
   }
 };

@@ -92,7 +92,8 @@ struct EnvironmentFunction {
   Units text;
   duk_ret_t Run(duk_context* engine) {
     name = SystemFromUnits(UnitsFromEngine(TextArgument(engine, 0)));
-    const char* value = getenv(name.c_str());
+    // No name has a zero character.
+    const char* value = name.find('\0') == std::string::npos ? getenv(name.c_str()) : nullptr;
     if (value == nullptr) return 0;
     text = UnitsFromSystem(value);
     PushUnits(engine, text);
