@@ -11,14 +11,8 @@
 // for each key, 16 bytes or more.
 
 // Functions that the examples share.
-function sharedFunctions() {
-  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
-  if (typeof WScript.OpenFile === "undefined") {
-    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
-  }
-  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
-}
-eval(sharedFunctions());
+eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
+  WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js")).ReadAll());
 
 var NEW_SALT_BYTES = 16;
 var MOST_ITERATIONS = 100000000;

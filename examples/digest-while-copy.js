@@ -11,14 +11,8 @@
 // Only on mirolta-host: the platform's host has no streams of bytes.
 
 // Functions that the examples share.
-function sharedFunctions() {
-  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
-  if (typeof WScript.OpenFile === "undefined") {
-    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
-  }
-  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
-}
-eval(sharedFunctions());
+eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
+  WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js")).ReadAll());
 
 var ALGORITHMS = ["MD5", "SHA1", "SHA256"];
 

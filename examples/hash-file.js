@@ -9,14 +9,8 @@
 // Not with Wine: its ADODB.Stream reads no files.
 
 // Functions that the examples share.
-function sharedFunctions() {
-  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
-  if (typeof WScript.OpenFile === "undefined") {
-    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
-  }
-  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
-}
-eval(sharedFunctions());
+eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
+  WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js")).ReadAll());
 
 function usage() {
   WScript.Echo("Usage: " + WScript.ScriptName + " ALG FILE...");

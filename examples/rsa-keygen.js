@@ -7,14 +7,8 @@
 // p and q is the public key for rsa-encrypt.js.
 
 // Functions that the examples share.
-function sharedFunctions() {
-  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
-  if (typeof WScript.OpenFile === "undefined") {
-    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
-  }
-  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
-}
-eval(sharedFunctions());
+eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
+  WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js")).ReadAll());
 
 var NO_PADDING =
   "Raw RSA has no padding: equal data gives equal results, and small data is unsafe.";

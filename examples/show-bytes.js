@@ -11,14 +11,8 @@
 // only below 0, where it is always little-endian, and in its zero characters, which do not end it.
 
 // Functions that the examples share.
-function sharedFunctions() {
-  var path = WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js");
-  if (typeof WScript.OpenFile === "undefined") {
-    return new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path).ReadAll();
-  }
-  return String.fromCharCode.apply(null, WScript.OpenFile(path, "r").Read(65536));
-}
-eval(sharedFunctions());
+eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
+  WScript.ScriptFullName.replace(/[^\\\/]*$/, "shared.js")).ReadAll());
 
 var CODE_PAGES = [0, 65001, 1252, -1, -2];
 

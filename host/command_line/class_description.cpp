@@ -113,7 +113,7 @@ int Describe(const std::string& name, IDispatch* object) {
   if (class_info && HelpOf(class_info.Get()).help == interface.help) interface.help.clear();
   WriteTitle("  interface " + interface.name, interface);
   WriteMembers(DescribeTypeMembers(info.Get()));
-  return fflush(stdout) == 0 ? 0 : 1;
+  return 0;
 }
 
 }  // namespace
@@ -121,8 +121,12 @@ int Describe(const std::string& name, IDispatch* object) {
 int DescribeClass(const std::string& prog_id) {
   OwnedReference<IDispatch> object;
   std::string problem;
-  if (FAILED(CreateObject(UnitsFromSystem(prog_id), &object, &problem))) {
-    fprintf(stderr, "mirolta-host: %s %s\n", prog_id.c_str(), problem.c_str());
+  const HRESULT status = CreateObject(UnitsFromSystem(prog_id), &object, &problem);
+  if (FAILED(status)) {
+    const bool is_missing = status == CO_E_CLASSSTRING;
+    fprintf(stderr, "mirolta-host: %s %s\n", prog_id.c_str(),
+            is_missing ? "is not the name of a class; mirolta-host --list prints the names"
+                       : ("cannot be created " + problem).c_str());
     return 1;
   }
   HostObject* const host_object = HostObjectOf(object.Get());
@@ -130,7 +134,7 @@ int DescribeClass(const std::string& prog_id) {
   WriteTitle(host_object->Class().name, {});
   puts("  a class of the host itself");
   WriteMembers(DescribeHostMembers(host_object->Class()));
-  return fflush(stdout) == 0 ? 0 : 1;
+  return 0;
 }
 
 }  // namespace mirolta::host

@@ -25,7 +25,7 @@ struct Option {
 
 const char* SetOperand(CommandLine* line, std::string_view value) {
   line->operand = value;
-  return nullptr;
+  return value.empty() ? "needs a name" : nullptr;
 }
 
 const char* SetNothing(CommandLine*, std::string_view) {
@@ -34,7 +34,7 @@ const char* SetNothing(CommandLine*, std::string_view) {
 
 // One row an option; --help prints the rows in this order.
 constexpr Option kOptions[] = {
-    {"-e", "--eval", "CODE", "run CODE; the words after it are its arguments",
+    {"-e", "--eval", "CODE", "run CODE; the words after the options are its arguments",
      [](CommandLine* line, std::string_view value) -> const char* {
        if (line->has_code) return "is given twice";
        line->has_code = true;
@@ -250,6 +250,12 @@ class Parser {
   }
 
   bool CheckRun() {
+    if (line_.has_script && line_.script.empty()) {
+      return Refuse("the name of the script", "is empty");
+    }
+    if (line_.has_code && !line_.charset.empty()) {
+      return Refuse("--charset", "cannot be combined with -e");
+    }
     if (!line_.has_prompt) return true;
     if (line_.script == "-") return Refuse("-", "and -i both read standard input");
     if (line_.time_limit > 0) return Refuse("//T", "cannot be combined with -i");
@@ -269,7 +275,7 @@ constexpr char kUsage[] =
     "Usage: mirolta-host [OPTION...] SCRIPT.js [ARGUMENT...]\n"
     "       mirolta-host [OPTION...] -e CODE [ARGUMENT...]\n"
     "       mirolta-host [OPTION...] - [ARGUMENT...]\n"
-    "       mirolta-host -i\n"
+    "       mirolta-host [OPTION...] -i [SCRIPT.js [ARGUMENT...]]\n"
     "\n"
     "Runs a script like the platform's script host, with ActiveXObject, WScript and VBArray.\n"
     "The script - is read from standard input. Without a script mirolta-host prompts for commands\n"
@@ -302,7 +308,8 @@ constexpr char kStatuses[] =
     "Environment: MIROLTA_REGISTRY names one registry file that replaces all of them,\n"
     "MIROLTA_SYSTEM_REGISTRY the one for all users, MIROLTA_HISTORY the file that keeps what was "
     "typed\n"
-    "at the prompt (none if it is empty).\n";
+    "at the prompt (none if it is empty), instead of ~/.local/state/mirolta/history "
+    "(XDG_STATE_HOME).\n";
 
 std::string HelpRow(const Option& option) {
   constexpr size_t kColumn = 24;

@@ -29,7 +29,9 @@ bool IsComplete(std::string_view entry) {
     if (text == "(" || text == "[" || text == "{") ++open;
     if (text == ")" || text == "]" || text == "}") --open;
   }
-  return open <= 0 && !entry.ends_with('\\') && !EndsInComment(entry.substr(end));
+  // A backslash at the end of a comment means nothing.
+  const bool goes_on = entry.ends_with('\\') && end == entry.size();
+  return open <= 0 && !goes_on && !EndsInComment(entry.substr(end));
 }
 
 bool MayBeObject(std::string_view entry) {

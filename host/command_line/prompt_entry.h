@@ -6,7 +6,7 @@
 namespace mirolta::host {
 
 // IsComplete returns false if an entry goes on in the next line: a bracket or a comment is open, or
-// the line ends with a backslash.
+// the line ends with a backslash outside comments.
 bool IsComplete(std::string_view entry);
 
 // MayBeObject returns whether an entry that starts with a brace may be an object literal, which the

@@ -19,6 +19,7 @@
 #include "engine/script_engine.h"
 #include "engine/status_text.h"
 #include "files/standard_descriptors.h"
+#include "objects/wscript_object.h"
 #include "platform.h"
 
 namespace mirolta::host {
@@ -120,7 +121,10 @@ int RunWords(const std::vector<std::string>& words) {
   }
   const int status = RunCommand(line);
   CoUninitialize();
-  return status;
+  // Scripts have reported it.
+  const bool is_script = line.action == Action::kRun || line.action == Action::kCheck;
+  const bool is_written = is_script || FlushOutput();
+  return is_written || status != 0 ? status : 1;
 }
 
 }  // namespace

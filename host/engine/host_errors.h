@@ -37,7 +37,8 @@ inline constexpr HRESULT kThrownValue = MIROLTA_STATUS(0x800A139Eu);
 [[noreturn]] void ThrowText(duk_context* engine, HRESULT status, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-// InstallErrors installs the error classes (error_class.h) and records where values are thrown. Call once, before any script runs.
+// InstallErrors installs the error classes (error_class.h) and records where values are thrown. Call
+// once, before any script runs.
 void InstallErrors(duk_context* engine);
 
 // What an error tells. Text is in the system's form.

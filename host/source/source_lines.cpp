@@ -32,7 +32,7 @@ std::string_view LineOf(std::string_view text, int line) {
   size_t begin = 0;
   for (int i = 1; i < line; ++i) {
     begin = NextLine(text, begin);
-    if (begin == std::string_view::npos) return {};
+    if (begin == std::string_view::npos) return text.substr(text.size());
   }
   size_t end = begin;
   while (end < text.size() && LineBreakLength(text.substr(end)) == 0) ++end;

@@ -19,7 +19,7 @@ struct Place {
 size_t LineBreakLength(std::string_view text);
 // CountLines returns the number of lines, 1 for an empty text.
 int CountLines(std::string_view text);
-// LineOf returns a line without its terminator; it is empty if the text has fewer lines.
+// LineOf returns a line without its terminator, the empty end of the text if it has fewer lines.
 std::string_view LineOf(std::string_view text, int line);
 // PlaceOf returns the place of an offset, at most the size of the text.
 Place PlaceOf(std::string_view text, size_t offset);

@@ -129,6 +129,13 @@ class WhatItPrints(CommandLineTest):
             self.assertEqual((run.returncode, run.stderr), (0, ""))
             self.assertTrue(run.stdout.startswith("Usage: mirolta-host "), run.stdout)
 
+    def test_output_that_cannot_be_written(self):
+        with open("/dev/full", "wb") as full:
+            for words in (("--help",), ("--version",), ("--list",), ("--describe", "Scripting.Dictionary")):
+                run = self.run_host(*words, stdout=full)
+                self.assertEqual((run.returncode, run.stderr),
+                                 (1, "mirolta-host: the output cannot be written\n"), words)
+
     def test_version(self):
         run = self.run_host("--version")
         self.assertEqual((run.returncode, run.stderr), (0, ""))

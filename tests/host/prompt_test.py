@@ -105,6 +105,9 @@ class Entries(PipedTest):
     def test_text_that_goes_on(self):
         self.expect("'a\\\nb'\n", '"ab"\n')
 
+    def test_a_backslash_in_a_comment(self):
+        self.expect("1 // c:\\\n2\n", "1\n2\n")
+
     def test_an_entry_that_input_ends(self):
         output, errors = self.prompt("1\nf(")
         self.assertEqual(output, "1\n")

@@ -112,7 +112,7 @@ mv data/mirolta/registry.reg etc/registry.reg
 rm "$copy"
 mends="'$folder/it'\\\\''s a copy.so'"
 expect 1 "$cannot (0x800401F8, The module of the class was not found): $copy, registered in $MIROLTA_SYSTEM_REGISTRY, does not exist; its entries are removed by mirolta-host --unregister --system $mends\$" -e "$create"
-expect 1 "^mirolta-host: Fake.Object (0x800401F8, .*): $copy, registered in .*does not exist" --describe Fake.Object
+expect 1 "^mirolta-host: Fake.Object cannot be created (0x800401F8, .*): $copy, registered in .*does not exist" --describe Fake.Object
 expect 0 "^$copy (does not exist)\$" --list
 expect 0 "^  its entries are removed by mirolta-host --unregister --system $mends\$" --list
 expect 1 'there is no such file, and nothing is registered for it$' --unregister "$folder/never.so"
@@ -154,7 +154,7 @@ expect 0 '^  a class of the host itself$' --describe Scripting.Dictionary
 expect 0 '^  Add(key, item)$' --describe scripting.dictionary
 expect 0 '^  Count  (read-only)$' --describe Scripting.Dictionary
 expect 0 '^    Scripting.Dictionary$' --list
-expect 1 '^mirolta-host: No.Such (0x800401F3, Invalid class string)$' --describe No.Such
+expect 1 '^mirolta-host: No.Such is not the name of a class; mirolta-host --list prints the names$' --describe No.Such
 expect 0 ': registered$' --register "$fake"
 expect 1 '^mirolta-host: Fake.Object: the class has no type information$' --describe Fake.Object
 expect 0 ': unregistered$' --unregister "$fake"

@@ -18,7 +18,9 @@ TEST(SourceLines, LinesEndAsInEs5) {
   const char* kLines[] = {"a", "b", "c", "d", "e", "f\fg\vh\xC2\x85i"};
   int line = 1;
   for (const char* expected : kLines) EXPECT_EQ(LineOf(text, line++), expected);
+  // A missing line has a place in the text: its offset can be computed.
   EXPECT_EQ(LineOf(text, 7), "");
+  EXPECT_EQ(LineOf(text, 7).data(), text.data() + text.size());
 }
 
 TEST(SourceLines, AnEmptyLastLineCounts) {

@@ -18,8 +18,7 @@ enum class RegistryAccess : uint8_t {
 
 // RegistryUse locks the process's registry and its table of open keys for its lifetime. If Error()
 // is 0, Root() is the current content of what is written. A use for writing also holds the file's
-// lock. No thread
-// waits for another process or for the disk while it holds the registry.
+// lock. No thread waits for another process or for the disk while it holds the registry.
 class RegistryUse {
  public:
   explicit RegistryUse(RegistryAccess access);
