@@ -61,6 +61,7 @@ void PushCount(duk_context* engine, uint64_t count) {
 struct StreamFunction {
   OwnedReference<IStream> stream;
 
+  // Called again after arguments were converted: that may run a script which closes the stream.
   void Open(duk_context* engine) {
     duk_push_this(engine);
     const ObjectSlot* slot = SlotAt(engine, -1, SlotKind::kStream);
@@ -88,6 +89,7 @@ struct ReadFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
     const uint64_t count = duk_is_undefined(engine, 0) ? kDefaultRead : CountAt(engine, 0);
+    Open(engine);
     uint64_t room = std::min<uint64_t>(count, std::max<uint64_t>(BytesLeft(), kDefaultRead) + 1);
     uint64_t done = 0;
     auto* bytes = static_cast<uint8_t*>(duk_push_dynamic_buffer(engine, Size(engine, room)));
@@ -150,6 +152,7 @@ struct SeekFunction : StreamFunction {
     const double move = NumberWithin(engine, 0, -kMostPosition, kMostPosition, kInvalidCall);
     const DWORD origin = duk_is_undefined(engine, 1) ? 0u : duk_to_uint32(engine, 1);
     if (origin > STREAM_SEEK_END) ThrowStatus(engine, kInvalidCall);
+    Open(engine);
     PushCount(engine, SeekTo(engine, static_cast<int64_t>(move), origin));
     return 1;
   }
@@ -159,16 +162,22 @@ struct CopyFunction : StreamFunction {
   OwnedReference<IStream> to;
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
-    ThrowIfClosed(engine, 0);
-    const ObjectSlot* slot = SlotAt(engine, 0, SlotKind::kStream);
-    if (slot == nullptr) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
-    to.Assign(static_cast<IStream*>(slot->value.punkVal));
+    OpenTarget(engine);
     ULARGE_INTEGER count, read, written;
     count.QuadPart = duk_is_undefined(engine, 1) ? ~uint64_t{0} >> 1 : CountAt(engine, 1);
+    Open(engine);
+    OpenTarget(engine);
     read.QuadPart = written.QuadPart = 0;
     Check(engine, stream->CopyTo(to.Get(), count, &read, &written));
     PushCount(engine, written.QuadPart);
     return 1;
+  }
+
+  void OpenTarget(duk_context* engine) {
+    ThrowIfClosed(engine, 0);
+    const ObjectSlot* slot = SlotAt(engine, 0, SlotKind::kStream);
+    if (slot == nullptr) ThrowStatus(engine, DISP_E_TYPEMISMATCH);
+    to.Assign(static_cast<IStream*>(slot->value.punkVal));
   }
 };
 
@@ -182,7 +191,9 @@ struct GetPositionFunction : StreamFunction {
 struct SetPositionFunction : StreamFunction {
   duk_ret_t Run(duk_context* engine) {
     Open(engine);
-    SeekTo(engine, static_cast<int64_t>(CountAt(engine, 0)), STREAM_SEEK_SET);
+    const uint64_t position = CountAt(engine, 0);
+    Open(engine);
+    SeekTo(engine, static_cast<int64_t>(position), STREAM_SEEK_SET);
     return 0;
   }
 };
@@ -200,6 +211,7 @@ struct SetSizeFunction : StreamFunction {
     Open(engine);
     ULARGE_INTEGER size;
     size.QuadPart = CountAt(engine, 0);
+    Open(engine);
     Check(engine, stream->SetSize(size));
     return 0;
   }

@@ -33,6 +33,17 @@ attempt("TextStream.WriteBlankLines", function () {
   t.WriteBlankLines(closing(t, 1));
 });
 
+function memory() { return WScript.MemoryStream(new Uint8Array(8)); }
+attempt("MemoryStream.Read", function () { var m = memory(); m.Read(closing(m, 1)); });
+attempt("MemoryStream.Seek", function () { var m = memory(); m.Seek(closing(m, 1)); });
+attempt("MemoryStream.Position", function () { var m = memory(); m.Position = closing(m, 1); });
+attempt("MemoryStream.Size", function () { var m = memory(); m.Size = closing(m, 1); });
+attempt("MemoryStream.CopyTo", function () { var m = memory(); m.CopyTo(memory(), closing(m, 1)); });
+attempt("MemoryStream.CopyTo, destination", function () {
+  var m = memory(), to = memory();
+  m.CopyTo(to, closing(to, 1));
+});
+
 function opened(type) {
   var stream = new ActiveXObject("ADODB.Stream");
   stream.Type = type;
