@@ -61,7 +61,6 @@ constexpr bool IsWellFormed(std::span<const HostMember> members) {
     const HostMember& row = members[i];
     if (row.least > row.most || (row.kind == MemberKind::kMethod && row.put != nullptr))
       return false;
-    if (row.get == nullptr && row.put == nullptr) return false;
     for (size_t j = 0; j < i; ++j) {
       if (members[j].id == row.id) return false;
       if (std::string_view(members[j].name) == row.name) return false;
