@@ -142,25 +142,36 @@ class EditingReader : public LineReader {
 
   // 1 for a character, 0 at the end, -1 after an interruption.
   static int ReadCharacter(EditLine* editor, wchar_t* character) {
-    unsigned char bytes[4] = {};
-    const LineRead first = ReadInputByte(bytes);
-    if (first == LineRead::kInterrupted) {
-      Of(editor)->was_interrupted_ = true;
-      errno = EINTR;
-      return -1;
+    EditingReader& reader = *Of(editor);
+    while (reader.characters_.empty()) {
+      const LineRead got = reader.ReadCharacters();
+      if (got == LineRead::kEnd) return 0;
+      if (got == LineRead::kInterrupted) {
+        reader.was_interrupted_ = true;
+        errno = EINTR;
+        return -1;
+      }
     }
-    if (first == LineRead::kEnd) return 0;
-    const size_t length = SequenceLength(bytes[0]);
-    for (size_t i = 1; i < length; ++i) {
-      if (ReadInputByte(bytes + i) != LineRead::kLine) return 0;
-    }
-    try {
-      const std::wstring wide = WideFromSystem({reinterpret_cast<char*>(bytes), length});
-      *character = wide[0];
-    } catch (const std::bad_alloc&) {
-      return 0;
-    }
+    *character = reader.characters_.front();
+    reader.characters_.erase(0, 1);
     return 1;
+  }
+
+  // Reads a character, or bytes that start like one and the byte after them, which may end the line.
+  LineRead ReadCharacters() {
+    unsigned char bytes[4] = {};
+    size_t count = 0;
+    do {
+      const LineRead got = ReadInputByte(bytes + count);
+      if (got != LineRead::kLine) return got;
+      ++count;
+    } while (count < SequenceLength(bytes[0]) && (count == 1 || (bytes[count - 1] & 0xC0) == 0x80));
+    try {
+      characters_ = WideFromSystem({reinterpret_cast<char*>(bytes), count});
+    } catch (const std::bad_alloc&) {
+      return LineRead::kEnd;
+    }
+    return LineRead::kLine;
   }
 
   static unsigned char Complete(EditLine* editor, int) {
@@ -193,6 +204,7 @@ class EditingReader : public LineReader {
   EditLine* editor_ = nullptr;
   HistoryW* history_ = nullptr;
   std::wstring prompt_;
+  std::wstring characters_;  // that were read and not yet edited
   bool was_interrupted_ = false;
 };
 

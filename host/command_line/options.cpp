@@ -213,7 +213,8 @@ class Parser {
         return Refuse(word, std::string("needs an argument: ") + option.name + option.argument);
       }
     }
-    return Refuse("unknown option", word);
+    constexpr char kAdvice[] = "; with -- before the script's name it is an argument";
+    return Refuse("unknown option", word + (line_.has_script ? kAdvice : ""));
   }
 
   bool Do(const Option& option, std::string_view word, std::string_view value) {

@@ -12,9 +12,15 @@ namespace {
 
 termios first_modes = {};
 
+// In the background the terminal has the modes of another process.
+bool IsInForeground() {
+  const pid_t group = tcgetpgrp(STDIN_FILENO);
+  return group < 0 || group == getpgrp();
+}
+
 void EndWithFirstModes(int number) {
   RemoveTemporaryFiles();
-  tcsetattr(STDIN_FILENO, TCSANOW, &first_modes);
+  if (IsInForeground()) tcsetattr(STDIN_FILENO, TCSANOW, &first_modes);
   // SA_RESETHAND restored the default action; the signal stays pending until this handler returns.
   raise(number);
 }
@@ -23,8 +29,13 @@ void StopWithFirstModes(int) {
   const int error = errno;
   termios modes = {};
   const bool is_known = tcgetattr(STDIN_FILENO, &modes) == 0;
-  tcsetattr(STDIN_FILENO, TCSANOW, &first_modes);
+  if (IsInForeground()) tcsetattr(STDIN_FILENO, TCSANOW, &first_modes);
   kill(getpid(), SIGSTOP);
+  // Continued in the background, tcsetattr stops the process again, by SIGTTOU.
+  sigset_t background;
+  sigemptyset(&background);
+  sigaddset(&background, SIGTTOU);
+  sigprocmask(SIG_UNBLOCK, &background, nullptr);
   if (is_known) tcsetattr(STDIN_FILENO, TCSANOW, &modes);
   errno = error;
 }

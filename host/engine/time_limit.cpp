@@ -12,7 +12,7 @@ HRESULT SetTimeLimit(ScriptContext* context, unsigned seconds) {
   if (context->is_interactive) return E_NOTIMPL;
   const std::string message = "mirolta-host: " + context->script_path +
                               " was ended: it ran longer than " + std::to_string(seconds) +
-                              " seconds\n";
+                              (seconds == 1 ? " second\n" : " seconds\n");
   if (seconds != 0 && context->time_limit == 0) {
     // What the script prints before the limit is not lost.
     static_cast<void>(fflush(stdout));

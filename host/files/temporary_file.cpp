@@ -32,6 +32,18 @@ class SignalsBlocked {
   sigset_t before_;
 };
 
+// Files that are created meanwhile are their owner's only.
+class PrivateFiles {
+ public:
+  PrivateFiles() = default;
+  PrivateFiles(const PrivateFiles&) = delete;
+  PrivateFiles& operator=(const PrivateFiles&) = delete;
+  ~PrivateFiles() { umask(before_); }
+
+ private:
+  const mode_t before_ = umask(S_IRWXG | S_IRWXO);
+};
+
 }  // namespace
 
 void RemoveTemporaryFiles() {
@@ -86,14 +98,13 @@ HRESULT TemporaryFile::Create(const std::string& folder, DWORD mode,
   static unsigned last_number = 0;
   CatchSignals();
   const SignalsBlocked blocked;
-  const mode_t mask = umask(S_IRWXG | S_IRWXO);
+  const PrivateFiles is_private;
   HRESULT status = STG_E_FILEALREADYEXISTS;
   for (int tries = 0; status == STG_E_FILEALREADYEXISTS && tries < 1000; ++tries) {
     path_ = folder + ".mirolta-" + std::to_string(getpid()) + "-" + std::to_string(++last_number);
     status = SHCreateStreamOnFileEx(UnitsFromSystem(path_).c_str(), mode, 0, TRUE, nullptr,
                                     stream->Put());
   }
-  umask(mask);
   if (FAILED(status)) {
     path_.clear();
   } else {

@@ -18,7 +18,7 @@ class TemporaryFile {
 
   // Create creates an empty file with a new name and mode 0600, and opens it. Call once.
   // Shapes: `folder` ends with a slash or is ""; `mode` is STGM_WRITE or STGM_READWRITE.
-  // Errors: the system's status.
+  // Errors: the system's status; std::bad_alloc.
   [[nodiscard]] HRESULT Create(const std::string& folder, DWORD mode,
                                OwnedReference<IStream>* stream);
 

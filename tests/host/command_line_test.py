@@ -178,7 +178,7 @@ class Check(CommandLineTest):
 
 class TimeLimit(CommandLineTest):
     def expect_end(self, code, *words, errors="mirolta-host: -e was ended: it ran longer than 1 "
-                                              "seconds\n"):
+                                              "second\n"):
         start = time.monotonic()
         run = self.run_host("//T:1", *words, "-e", code)
         self.assertEqual((run.returncode, run.stderr), (1, errors))
@@ -212,7 +212,7 @@ class TimeLimit(CommandLineTest):
         run = self.run_host("-e", 'WScript.Echo(WScript.Timeout); WScript.timeout = 1;'
                                   'WScript.StdOut.Write("before " + WScript.Timeout); for (;;) ;')
         self.assertEqual((run.returncode, run.stdout, run.stderr),
-                         (1, "0\nbefore 1", "mirolta-host: -e was ended: it ran longer than 1 seconds\n"))
+                         (1, "0\nbefore 1", "mirolta-host: -e was ended: it ran longer than 1 second\n"))
 
     def test_of_the_script_itself_keeps_files(self):
         self.write("out", b"old")

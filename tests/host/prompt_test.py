@@ -423,6 +423,20 @@ class Editing(TerminalTest):
         self.type("o.a.\t\x15")
         self.expect("ran", "0")
 
+    def test_bytes_that_are_not_utf8(self):
+        self.open()
+        self.type("'")
+        os.write(self.master, b"\xe2\x82'.length\n")
+        self.wait_for_text(r"\n2\n> ")
+        # Ctrl-C within a character cancels the line, too.
+        self.type("noSuch.")
+        self.wait_for_text("noSuch.")
+        os.write(self.master, b"\xe2")
+        time.sleep(0.2)
+        self.send("\x03")
+        self.wait_for_text("> ")
+        self.expect("6 * 7", "42")
+
     def test_text_that_is_not_ascii(self):
         self.open()
         self.expect("'\u0416\U0001F600'.length", "3")
