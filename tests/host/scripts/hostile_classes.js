@@ -55,8 +55,17 @@ attack(function () { return WScript.Arguments.Named; }, collection);
 attack(function () { return WScript.Arguments.Unnamed; }, collection);
 attack(function () { return new ActiveXObject("Scripting.Dictionary"); },
        ["Add", "Item", "Items", "Keys", "Key", "Exists", "Remove", "RemoveAll", "CompareMode", "Count", "_NewEnum"]);
-attack(function () { var d = new ActiveXObject("Scripting.Dictionary"); d.Add("a", d); d.Add(d, "b"); return d; },
-       ["Add", "Item", "Items", "Keys", "Key", "Remove", "_NewEnum"]);
+// References that form a cycle are never released by themselves, so the script opens each cycle it made.
+var cyclic = [];
+attack(function () {
+  var d = new ActiveXObject("Scripting.Dictionary");
+  d.Add("a", d);
+  d.Add(d, "b");
+  cyclic.push(d);
+  return d;
+}, ["Add", "Item", "Items", "Keys", "Key", "Remove", "_NewEnum"]);
+for (i = 0; i < cyclic.length; i++) cyclic[i].RemoveAll();
+cyclic = [];
 attack(function () { var s = new ActiveXObject("ADODB.Stream"); s.Open(); return s; },
        ["Write", "WriteText", "Read", "ReadText", "Position", "Size", "SetEOS", "EOS", "Type", "Charset", "LineSeparator",
         "CopyTo", "Flush", "Mode", "State", "SkipLine", "Cancel", "Close"]);
