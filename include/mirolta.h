@@ -1,7 +1,11 @@
-// mirolta.h: declarations for early-bound C++ callers on every platform: identifiers of the classes
-// and interfaces, and the interfaces with their virtual functions in order. Late-bound callers do
+// mirolta.h: declarations for early-bound callers in C++17 or C11, on every platform: identifiers of
+// the classes and interfaces, and the interfaces with their functions in order. Late-bound callers do
 // not need it: they create objects by ProgID ("Vardeko.crypt.HashObject", ...) and call members by
 // name.
+//
+// It needs this one include folder. On Windows it includes the system's headers and defines none of
+// the macros that change them (UNICODE, NOMINMAX, WIN32_LEAN_AND_MEAN). Elsewhere mirolta/runtime.h
+// declares the same names, which live beside X11's (mirolta/base_types.h).
 //
 // Every member returns a status. The caller owns values returned through pointers and keeps
 // ownership of values that it passes. docs/ has a page for each class.
@@ -10,6 +14,7 @@
 #ifdef _WIN32
   #include <objbase.h>
   #include <oleauto.h>
+  #include <olectl.h>
 
   #include "mirolta/interface_id.h"
 #else
@@ -227,4 +232,25 @@ struct IToviStreamSource : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetStream(IStream** stream) = 0;
 };
 
+#else
+
+typedef struct IHashObject IHashObject;
+typedef struct ISymmetricCryptObject ISymmetricCryptObject;
+typedef struct IPexBigNumber IPexBigNumber;
+typedef struct IRSACrypt IRSACrypt;
+typedef struct IToviStreamDigest IToviStreamDigest;
+typedef struct IToviStreamCrypt IToviStreamCrypt;
+typedef struct IToviStreamSource IToviStreamSource;
+
+  #include "mirolta/c_interfaces.h"
+
+#endif
+
+// The module's entry points, which the system's headers declare on Windows. A program that links the
+// module creates objects by DllGetClassObject without any registration.
+#ifndef _WIN32
+MIROLTA_RUNTIME HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
+MIROLTA_RUNTIME HRESULT STDAPICALLTYPE DllCanUnloadNow(MIROLTA_NO_PARAMETERS);
+MIROLTA_RUNTIME HRESULT STDAPICALLTYPE DllRegisterServer(MIROLTA_NO_PARAMETERS);
+MIROLTA_RUNTIME HRESULT STDAPICALLTYPE DllUnregisterServer(MIROLTA_NO_PARAMETERS);
 #endif

@@ -13,3 +13,7 @@
 #include "mirolta/system.h"
 #include "mirolta/unknown.h"
 #include "mirolta/variant.h"
+
+#ifndef __cplusplus
+  #include "mirolta/c_runtime.h"
+#endif
