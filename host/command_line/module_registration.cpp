@@ -15,7 +15,8 @@ namespace mirolta::host {
 namespace {
 
 constexpr OLECHAR kOwnClass[] = OLESTR("Vardeko.crypt.HashObject");
-constexpr char kOwnModule[] = "/../lib/libMirolta.so";
+// Relative to the host: the folder of an installation, and that of a build.
+constexpr const char* kOwnFolders[] = {"/" MIROLTA_MODULE_FOLDER "/", "/../lib/"};
 
 bool g_own_module_registered = false;
 
@@ -67,7 +68,7 @@ HRESULT RemoveEntries(const std::string& module, HRESULT status, std::string* pr
 
 // Calls the module's function within a batch.
 HRESULT CallWithinBatch(const std::string& module, bool registers, std::string* problem) {
-  const std::string path = FullPath(module);
+  const std::string path = FullLinkPath(module);
   HRESULT status = STG_E_FILENOTFOUND;
   *problem = "there is no such file";
   if (!path.empty()) {
@@ -126,7 +127,12 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
 std::string OwnModulePath() {
   const std::string host = FullPath("/proc/self/exe");
   const size_t slash = host.rfind('/');
-  return slash == std::string::npos ? "" : FullPath(host.substr(0, slash) + kOwnModule);
+  if (slash == std::string::npos) return "";
+  for (const char* folder : kOwnFolders) {
+    const std::string module = FullLinkPath(host.substr(0, slash) + folder + MIROLTA_MODULE_FILE);
+    if (!module.empty()) return module;
+  }
+  return "";
 }
 
 bool IsOwnModuleRegistered() {
