@@ -15,7 +15,8 @@ namespace mirolta::host {
 namespace {
 
 constexpr OLECHAR kOwnClass[] = OLESTR("Vardeko.crypt.HashObject");
-constexpr char kOwnModule[] = "/../lib/libMirolta.so";
+// Relative to the host: the folder of an installation, and that of a build.
+constexpr const char* kOwnFolders[] = {"/" MIROLTA_MODULE_FOLDER "/", "/../lib/"};
 
 bool g_own_module_registered = false;
 
@@ -65,18 +66,6 @@ HRESULT RemoveEntries(const std::string& module, HRESULT status, std::string* pr
   return status;
 }
 
-// The absolute path of a module without links in its folders, empty if there is no such file. A link
-// in place of the file itself stays: its name outlives an upgrade of the file.
-std::string ModulePath(const std::string& module) {
-  const std::string full = FullPath(module);
-  const size_t slash = module.rfind('/');
-  const std::string name = slash == std::string::npos ? module : module.substr(slash + 1);
-  const std::string folder =
-      FullPath(slash == std::string::npos ? "." : module.substr(0, slash + 1));
-  const std::string path = (folder == "/" ? "" : folder) + "/" + name;
-  return full.empty() || FullPath(path) != full ? full : path;
-}
-
 HRESULT NoSuchFile(std::string* problem) {
   *problem = "there is no such file";
   return STG_E_FILENOTFOUND;
@@ -84,7 +73,7 @@ HRESULT NoSuchFile(std::string* problem) {
 
 // Replaces all that the registry has of the file: another version may have had other classes.
 HRESULT RegisterWithinBatch(const std::string& module, std::string* problem) {
-  const std::string path = ModulePath(module);
+  const std::string path = FullLinkPath(module);
   if (path.empty()) return NoSuchFile(problem);
   const LONG error = RemoveClassesOf(path);
   if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) {
@@ -95,7 +84,7 @@ HRESULT RegisterWithinBatch(const std::string& module, std::string* problem) {
 }
 
 HRESULT UnregisterWithinBatch(const std::string& module, std::string* problem) {
-  const std::string path = ModulePath(module);
+  const std::string path = FullLinkPath(module);
   const HRESULT status =
       path.empty() ? NoSuchFile(problem) : CallEntry(path, "DllUnregisterServer", problem);
   const bool has_entry = status != STG_E_FILENOTFOUND && status != CO_E_ERRORINDLL;
@@ -178,7 +167,12 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
 std::string OwnModulePath() {
   const std::string host = FullPath("/proc/self/exe");
   const size_t slash = host.rfind('/');
-  return slash == std::string::npos ? "" : FullPath(host.substr(0, slash) + kOwnModule);
+  if (slash == std::string::npos) return "";
+  for (const char* folder : kOwnFolders) {
+    const std::string module = FullLinkPath(host.substr(0, slash) + folder + MIROLTA_MODULE_FILE);
+    if (!module.empty()) return module;
+  }
+  return "";
 }
 
 bool IsOwnModuleRegistered() {
