@@ -89,15 +89,9 @@ def _source_tree() -> Optional[Path]:
 
 
 def version() -> str:
-    """The version of this package: that of the source tree, or of the installed distribution."""
-    root = _source_tree()
-    if root is not None:
-        return (root / "VERSION").read_text("utf-8").strip()
-    from importlib import metadata
-    try:
-        return metadata.version("mirolta")
-    except metadata.PackageNotFoundError:
-        return "0+unknown"
+    """The version of this package: a file in it, or in the root of the source tree."""
+    folder = _source_tree() or Path(__file__).resolve().parent
+    return (folder / "VERSION").read_text("utf-8").strip()
 
 
 def _folders() -> Iterator[Path]:

@@ -23,7 +23,7 @@ import sys
 import worlds
 
 LEFT_OUT = {"build", ".git"}
-LANGUAGES = {"", "js", "text"}
+LANGUAGES = {"", "js", "python", "text"}
 FENCE = re.compile(r"^ {0,3}(?:```+|~~~+)(.*)$")
 MARK = re.compile(r"^(?:<!-- )?(?:Only on `mirolta-host`|Not with Wine): *(.*?)(?: *-->)?$")
 BYTES = re.compile(r"\bBytes\.")
