@@ -23,7 +23,7 @@ import sys
 import worlds
 
 LEFT_OUT = {"build", ".git"}
-LANGUAGES = {"", "js", "text", "cmake", "cpp", "sh"}
+LANGUAGES = {"", "cmake", "cpp", "js", "python", "sh", "text"}
 FENCE = re.compile(r"^ {0,3}(?:```+|~~~+)(.*)$")
 MARK = re.compile(r"^(?:<!-- )?(?:Only on `mirolta-host`|Not with Wine): *(.*?)(?: *-->)?$")
 BYTES = re.compile(r"\bBytes\.")
