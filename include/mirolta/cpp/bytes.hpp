@@ -120,9 +120,9 @@ inline bool operator!=(const Bytes& a, const Bytes& b) noexcept {
 inline std::string ToHex(ByteSpan bytes) {
   std::string text;
   text.reserve(2 * bytes.size());
-  for (const unsigned byte : bytes) {
-    text += "0123456789abcdef"[byte >> 4];
-    text += "0123456789abcdef"[byte & 15u];
+  for (const unsigned value : bytes) {
+    text += "0123456789abcdef"[value >> 4];
+    text += "0123456789abcdef"[value & 15u];
   }
   return text;
 }

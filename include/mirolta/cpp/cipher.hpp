@@ -14,7 +14,7 @@ namespace mirolta {
 class Pad {
  public:
   constexpr Pad() noexcept = default;
-  constexpr explicit Pad(std::uint8_t byte) noexcept : type_(byte) {}
+  constexpr explicit Pad(std::uint8_t value) noexcept : type_(value) {}
   static constexpr Pad Random() noexcept {
     Pad pad;
     pad.type_ = -1;

@@ -16,6 +16,7 @@ struct InterfaceId;
   };
 MIROLTA_NAMED_ID(IUnknown)
 MIROLTA_NAMED_ID(IDispatch)
+MIROLTA_NAMED_ID(ISequentialStream)
 MIROLTA_NAMED_ID(IStream)
 MIROLTA_NAMED_ID(IClassFactory)
 MIROLTA_NAMED_ID(ISupportErrorInfo)

@@ -147,7 +147,7 @@ class Number {
     const Result<Bytes> bytes = TryToBytes();
     if (!bytes) return bytes.Failure();
     std::uint64_t magnitude = 0;
-    for (const std::uint8_t byte : *bytes) magnitude = (magnitude << 8) | byte;
+    for (const std::uint8_t next : *bytes) magnitude = (magnitude << 8) | next;
     const auto most = static_cast<std::uint64_t>((std::numeric_limits<Integer>::max)());
     // The least negative number has a magnitude that is larger by one.
     const std::uint64_t limit = !negative_ ? most : std::is_signed_v<Integer> ? most + 1 : 0;

@@ -51,7 +51,7 @@ void AppendUtf16(char32_t character, std::basic_string<Unit>* out) {
 }
 
 inline void AppendUtf8(char32_t character, std::string* out) {
-  const auto append = [&](char32_t byte) { out->push_back(static_cast<char>(byte)); };
+  const auto append = [&](char32_t bits) { out->push_back(static_cast<char>(bits)); };
   if (character < 0x80) {
     append(character);
   } else if (character < 0x800) {
