@@ -1,9 +1,11 @@
-// Writes the source files of the Windows module other than code, from the tables that the code
-// uses.
+// Writes files other than code from the tables that the code uses: the source files of the Windows
+// module, and the declarations of what scripts find.
 //
 //   mirolta-definitions idl FILE                   the interface definitions
 //   mirolta-definitions resources FILE             the resource script
 //   mirolta-definitions manifest FILE PROCESSOR    the manifest for use without registration
+//   mirolta-definitions typescript FILE            the declarations for editors of scripts; not in
+//                                                  a build without the script host
 //
 // The resource script refers to Mirolta.tlb; the resource compiler is given its folder.
 #include "definition_files.h"
@@ -16,7 +18,7 @@ namespace {
 
 int Usage() {
   fputs(
-      "Usage: mirolta-definitions idl|resources FILE\n"
+      "Usage: mirolta-definitions idl|resources|typescript FILE\n"
       "       mirolta-definitions manifest FILE PROCESSOR\n",
       stderr);
   return 2;
@@ -34,12 +36,17 @@ int main(int count, char** arguments) {
     perror(arguments[2]);
     return 1;
   }
+  bool complete = true;
   if (manifest) {
     WriteAssemblyManifest(out, arguments[3]);
   } else if (strcmp(kind, "idl") == 0) {
     WriteInterfaceDefinitions(out);
   } else if (strcmp(kind, "resources") == 0) {
     WriteResourceScript(out);
+#ifdef MIROLTA_HOST_TABLES
+  } else if (strcmp(kind, "typescript") == 0) {
+    complete = WriteScriptDeclarations(out);
+#endif
   } else {
     fclose(out);
     return Usage();
@@ -49,6 +56,7 @@ int main(int count, char** arguments) {
     perror(arguments[2]);
     return 1;
   }
+  if (!complete) return 1;
   if (TextsArePlain()) return 0;
   fputs("A text of the tables has a character that needs an escape.\n", stderr);
   return 1;

@@ -1,4 +1,4 @@
-// Source files of the Windows module other than code, written from the tables that the code uses.
+// Files other than code that are written from the tables that the code uses.
 #pragma once
 
 #include <stdio.h>
@@ -11,17 +11,20 @@ namespace mirolta {
 // WriteResourceScript writes the resources: texts, registry scripts, the compiled type library.
 // WriteAssemblyManifest writes the manifest for use without registration; `processor` is its
 // processorArchitecture.
+// WriteScriptDeclarations writes what scripts find as TypeScript declarations.
 // Errors: those of the file, which the caller reads by ferror; TextsArePlain.
+//         WriteScriptDeclarations returns false after a message.
 void WriteInterfaceDefinitions(FILE* out);
 void WriteResourceScript(FILE* out);
 void WriteAssemblyManifest(FILE* out, const char* processor);
+[[nodiscard]] bool WriteScriptDeclarations(FILE* out);
 
 // WriteText writes a text of the tables, WriteGuid an identifier with or without its braces.
 void WriteText(FILE* out, const OLECHAR* text);
 void WriteGuid(FILE* out, const GUID& id, bool braces);
 
 // TextsArePlain is false if a text contained a character that needs an escape: no escape is valid
-// in all three files.
+// in all these files.
 bool TextsArePlain();
 
 }  // namespace mirolta
