@@ -1,0 +1,229 @@
+// The stream filter that encrypts and decrypts (ToviStreamCrypt).
+#pragma once
+
+#include <istream>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <utility>
+
+#include "arguments.hpp"
+#include "cipher.hpp"
+#include "create.hpp"
+#include "filter_binding.hpp"
+#include "stream_buffer.hpp"
+
+namespace mirolta {
+
+// One direction of a cipher filter. It refers to the filter, which it keeps alive.
+class CipherDirection {
+ public:
+  // Chooses "AES" or "DES", without a key.
+  // Errors: 0x80042777 "Algorithm not found.", after which the direction has none
+  Result<void> TrySetAlgorithm(std::string_view name) {
+    const Text text(name);
+    return detail::Call(filter_.Get(), members_->put_algorithm, text.Get());
+  }
+  void SetAlgorithm(std::string_view name) { TrySetAlgorithm(name).Value(); }
+  // The name; empty without one, when bytes pass unchanged.
+  Result<std::string> TryAlgorithm() const {
+    const Result<Text> name = detail::GetText(filter_, members_->get_algorithm);
+    if (!name) return name.Failure();
+    return name->Utf8();
+  }
+  std::string Algorithm() const { return TryAlgorithm().Value(); }
+
+  // Replaces or discards the key, and pending data.
+  // Errors: E_INVALIDARG for a key of another length, after which there is none; 0x80042778 "Not
+  //         initialized."
+  Result<void> TrySetKey(ByteSpan key) {
+    return detail::CallWithBytes(filter_, members_->put_key, key);
+  }
+  void SetKey(ByteSpan key) { TrySetKey(key).Value(); }
+  Result<void> TryClearKey() { return detail::Call(filter_.Get(), members_->reset_key); }
+  void ClearKey() { TryClearKey().Value(); }
+  Result<Bytes> TryKey() const { return detail::GetBytes(filter_, members_->get_key); }
+  Bytes Key() const { return TryKey().Value(); }
+
+  // Whether the direction decrypts; initially reading does, and writing encrypts.
+  Result<void> TrySetDecrypting(bool decrypting) {
+    return detail::Call(filter_.Get(), members_->put_decrypt, detail::ToBoolean(decrypting));
+  }
+  void SetDecrypting(bool decrypting) { TrySetDecrypting(decrypting).Value(); }
+  Result<bool> TryIsDecrypting() const {
+    return detail::GetBoolean(filter_, members_->get_decrypt);
+  }
+  bool IsDecrypting() const { return TryIsDecrypting().Value(); }
+
+  // Errors: 0x80042778 "Not initialized." without an algorithm
+  Result<void> TrySetPad(Pad pad) {
+    return detail::Call(filter_.Get(), members_->put_pad, LONG{pad.Type()});
+  }
+  void SetPad(Pad pad) { TrySetPad(pad).Value(); }
+
+  // Discards pending data.
+  Result<void> TryReset() { return detail::Call(filter_.Get(), members_->reset); }
+  void Reset() { TryReset().Value(); }
+
+  // Ends the data: pads an incomplete block. Writing writes it; reading returns it next.
+  // Errors: those of the underlying stream; 0x80030103 for writing without one
+  Result<void> TryFinish() { return detail::Call(filter_.Get(), members_->finalize); }
+  void Finish() { TryFinish().Value(); }
+
+ private:
+  friend class CipherFilter;
+
+  template <typename... Parameters>
+  using Member = HRESULT (STDMETHODCALLTYPE IToviStreamCrypt::*)(Parameters...);
+
+  struct Members {
+    Member<BSTR*> get_algorithm;
+    Member<BSTR> put_algorithm;
+    Member<VARIANT*> get_key;
+    Member<VARIANT> put_key;
+    Member<> reset_key;
+    Member<> reset;
+    Member<VARIANT_BOOL*> get_decrypt;
+    Member<VARIANT_BOOL> put_decrypt;
+    Member<LONG> put_pad;
+    Member<> finalize;
+  };
+
+  static const Members& Reading() noexcept {
+    static constexpr Members members = {
+        &IToviStreamCrypt::get_ReadAlgorithm, &IToviStreamCrypt::put_ReadAlgorithm,
+        &IToviStreamCrypt::get_ReadKey,       &IToviStreamCrypt::put_ReadKey,
+        &IToviStreamCrypt::ReadResetKey,      &IToviStreamCrypt::ReadReset,
+        &IToviStreamCrypt::get_ReadDecrypt,   &IToviStreamCrypt::put_ReadDecrypt,
+        &IToviStreamCrypt::put_ReadPadType,   &IToviStreamCrypt::ReadFinalize};
+    return members;
+  }
+  static const Members& Writing() noexcept {
+    static constexpr Members members = {
+        &IToviStreamCrypt::get_WriteAlgorithm, &IToviStreamCrypt::put_WriteAlgorithm,
+        &IToviStreamCrypt::get_WriteKey,       &IToviStreamCrypt::put_WriteKey,
+        &IToviStreamCrypt::WriteResetKey,      &IToviStreamCrypt::WriteReset,
+        &IToviStreamCrypt::get_WriteDecrypt,   &IToviStreamCrypt::put_WriteDecrypt,
+        &IToviStreamCrypt::put_WritePadType,   &IToviStreamCrypt::WriteFinalize};
+    return members;
+  }
+
+  CipherDirection(Object<IToviStreamCrypt> filter, const Members& members) noexcept
+      : filter_(std::move(filter)), members_(&members) {}
+
+  Object<IToviStreamCrypt> filter_;
+  const Members* members_;
+};
+
+// CipherFilter encrypts or decrypts what is read from and written to an underlying stream.
+class CipherFilter : public detail::FilterBinding<IToviStreamCrypt> {
+ public:
+  CipherFilter() : CipherFilter(TryCreate().Value()) {}
+
+  static Result<CipherFilter> TryCreate() {
+    Result<Object<IToviStreamCrypt>> object =
+        TryCreateObject<IToviStreamCrypt>(CLSID_ToviStreamCrypt);
+    if (!object) return object.Failure();
+    return CipherFilter(*std::move(object));
+  }
+
+  CipherDirection Reading() const { return {Interface(), CipherDirection::Reading()}; }
+  CipherDirection Writing() const { return {Interface(), CipherDirection::Writing()}; }
+
+ private:
+  explicit CipherFilter(Object<IToviStreamCrypt> object) noexcept
+      : FilterBinding(std::move(object)) {}
+};
+
+// What a cipher does with the data.
+enum class CipherOperation { kEncrypt, kDecrypt };
+
+namespace detail {
+
+inline Result<CipherFilter> TryCipherFilter(CipherDirection (CipherFilter::*direction)() const,
+                                            CipherOperation operation, std::string_view algorithm,
+                                            ByteSpan key, Pad pad) {
+  Result<CipherFilter> filter = CipherFilter::TryCreate();
+  if (!filter) return filter;
+  CipherDirection side = ((*filter).*direction)();
+  Result<void> done = side.TrySetAlgorithm(algorithm);
+  if (done) done = side.TrySetKey(key);
+  if (done) done = side.TrySetPad(pad);
+  if (done) done = side.TrySetDecrypting(operation == CipherOperation::kDecrypt);
+  if (!done) return done.Failure();
+  return filter;
+}
+
+// CipherReadBuffer reads to the end of the source, then finalizes the filter and reads what is left.
+class CipherReadBuffer final : public StreamBuffer {
+ public:
+  CipherReadBuffer(const CipherFilter& filter, Object<StandardStream> source,
+                   Result<Object<IStream>> stream)
+      : StreamBuffer(std::move(stream)), direction_(filter.Reading()), source_(std::move(source)) {}
+
+ protected:
+  HRESULT ReadSome(void* bytes, ULONG count, ULONG* read) override {
+    for (;;) {
+      const HRESULT status = StreamBuffer::ReadSome(bytes, count, read);
+      if (IsFailure(status) || *read != 0 || finished_) return status;
+      // No block is complete yet.
+      if (!source_->IsAtEnd()) continue;
+      const Result<void> done = direction_.TryFinish();
+      if (!done) return done.Failure().Number();
+      finished_ = true;
+    }
+  }
+
+ private:
+  CipherDirection direction_;
+  Object<StandardStream> source_;
+  bool finished_ = false;
+};
+
+}  // namespace detail
+
+// CipherInput reads from a source, which must outlive it, and decrypts or encrypts what it reads. The
+// pad of an encryption is part of what is read, and not removed by a decryption.
+class CipherInput : public InputStream {
+ public:
+  CipherInput(std::istream& source, CipherOperation operation, std::string_view algorithm,
+              ByteSpan key, Pad pad = Pad())
+      : CipherInput(source,
+                    detail::TryCipherFilter(&CipherFilter::Reading, operation, algorithm, key, pad)
+                        .Value()) {}
+  CipherInput(std::istream& source, CipherFilter filter)
+      : CipherInput(filter, detail::MakeStandardStream(source.rdbuf(), nullptr)) {}
+
+ private:
+  CipherInput(CipherFilter& filter, Object<detail::StandardStream> source)
+      : InputStream(std::make_unique<detail::CipherReadBuffer>(
+            filter, source,
+            filter.TryBindTo(source ? source.TryAs<IStream>()
+                                    : Result<Object<IStream>>(Error(E_OUTOFMEMORY))))) {}
+};
+
+// CipherOutput encrypts or decrypts what it writes to a target, which must outlive it. Finish writes
+// the last block: without it, an incomplete block is lost.
+class CipherOutput : public OutputStream {
+ public:
+  CipherOutput(std::ostream& target, CipherOperation operation, std::string_view algorithm,
+               ByteSpan key, Pad pad = Pad())
+      : CipherOutput(target,
+                     detail::TryCipherFilter(&CipherFilter::Writing, operation, algorithm, key, pad)
+                         .Value()) {}
+  CipherOutput(std::ostream& target, CipherFilter filter)
+      : OutputStream(filter.TryBindTo(TryWrapStream(target))), direction_(filter.Writing()) {}
+
+  // Errors: those of the target
+  Result<void> TryFinish() {
+    const Result<void> flushed = Buffer().TryFlush();
+    if (!flushed) return flushed;
+    return direction_.TryFinish();
+  }
+  void Finish() { TryFinish().Value(); }
+
+ private:
+  CipherDirection direction_;
+};
+
+}  // namespace mirolta
