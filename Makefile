@@ -9,8 +9,8 @@ FUZZ_SECONDS ?= 60
 MUTANTS ?= 300
 SEED ?= 1
 
-.PHONY: help run check test build windows windows-tests definitions bench bench-avx2 count fuzz coverage \
-  mutate flags lint lint-sources fresh clean
+.PHONY: help run check test build windows windows-tests definitions package package-test bench bench-avx2 \
+  count fuzz coverage mutate flags lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -24,6 +24,8 @@ make build                        build/native: mirolta-host, libMirolta.so     
 make test                         lint; every test, plain, by Wine, under sanitizers     40 min  10 min
 make lint [PATHS="path..."]       the sources, by compilers and analysers                15 min   1 min
 make windows                      build/windows-x64, -x86: Mirolta.dll                    4 min  10 s
+make package                      build/package: .deb, .tar.gz, .zip, .msi, SHA256SUMS     8 min   5 min
+make package-test                 installs, upgrades, removes, builds them again          5 min   5 min
 make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
 make count                        instructions of the portable kernels                    1 min   1 min
@@ -44,6 +46,8 @@ help:
 lists-check = packages-test.txt
 lists-test = packages-test.txt packages-windows.txt packages-bench.txt packages-lint.txt
 lists-windows = packages-windows.txt
+lists-package = packages-package.txt packages-windows.txt
+lists-package-test = packages-package.txt packages-windows.txt
 lists-bench = packages-bench.txt
 lists-fuzz = packages-fuzz.txt
 lists-coverage = packages-test.txt
@@ -87,6 +91,18 @@ windows: build-windows-x64 build-windows-x86
 
 windows-tests: windows
 	$(call build,windows-x64,windows-tests)
+
+# Each part writes its files into build/package; the list of their digests comes last.
+package: setup-package windows
+	@rm -rf build/package
+	@JOBS=$(JOBS) packaging/linux.sh build/package build/package-work
+	@packaging/windows.sh build/package
+	@packaging/sums.sh build/package
+
+# Of the packages that `make package` has built. Installing them needs root.
+package-test: setup-package-test build
+	@status=0; tests/packages/linux_test.sh build/package build/package-test || status=1; \
+	  ctest --preset native -L package || status=1; exit $$status
 
 # The test preset names the tests that are too slow, or hold for an optimised build only.
 check: setup-check build-check

@@ -97,3 +97,26 @@ function(mirolta_layer name directory)
     target_compile_options(${name} PRIVATE $<$<CONFIG:MinSizeRel>:-O2>)
   endif()
 endfunction()
+
+# mirolta_library(TARGET NAME FILE)
+# What users link and programs load: the target Mirolta::NAME, here as after installation, with the
+# public headers.
+function(mirolta_library target name file)
+  add_library(Mirolta::${name} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${name} OUTPUT_NAME ${file}
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_compile_features(${target} INTERFACE cxx_std_17)
+  target_include_directories(${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+endfunction()
+
+# mirolta_run_path(TARGET FOLDER BUILD_FOLDER): where a file finds the libraries, relative to itself:
+# installed and in the build. Where they are the same the build needs no other; the one that CMake
+# prepares for a change names the current folder too.
+function(mirolta_run_path target folder build_folder)
+  set_target_properties(${target} PROPERTIES
+    BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN${folder}")
+  if(folder STREQUAL build_folder AND NOT CMAKE_SKIP_INSTALL_RPATH)
+    set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+  endif()
+endfunction()

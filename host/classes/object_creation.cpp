@@ -89,7 +89,7 @@ void Report(const Units& name, const CLSID& id) {
   RegisteredClass registered;
   if (FindClass(id, &registered) != ERROR_SUCCESS) return;
   const std::string own = OwnModulePath();
-  const bool is_own = !own.empty() && FullPath(registered.file) == own;
+  const bool is_own = !own.empty() && FullPath(registered.file) == FullPath(own);
   std::string text = SystemFromUnits(name) + ": " + registered.file;
   text += is_own && IsOwnModuleRegistered() ? ", beside the host"
                                             : ", registered in " + RegistryFileOf(registered.layer);

@@ -15,7 +15,8 @@ namespace mirolta::host {
 namespace {
 
 constexpr OLECHAR kOwnClass[] = OLESTR("Vardeko.crypt.HashObject");
-constexpr char kOwnModule[] = "/../lib/libMirolta.so";
+// Relative to the host: the folder of an installation, and that of a build.
+constexpr const char* kOwnFolders[] = {"/" MIROLTA_MODULE_FOLDER "/", "/../lib/"};
 
 bool g_own_module_registered = false;
 
@@ -65,17 +66,53 @@ HRESULT RemoveEntries(const std::string& module, HRESULT status, std::string* pr
   return status;
 }
 
-// Calls the module's function within a batch.
-HRESULT CallWithinBatch(const std::string& module, bool registers, std::string* problem) {
-  const std::string path = FullPath(module);
-  HRESULT status = STG_E_FILENOTFOUND;
+HRESULT NoSuchFile(std::string* problem) {
   *problem = "there is no such file";
-  if (!path.empty()) {
-    problem->clear();
-    status = CallEntry(path, registers ? "DllRegisterServer" : "DllUnregisterServer", problem);
+  return STG_E_FILENOTFOUND;
+}
+
+// Replaces all that the registry has of the file: another version may have had other classes.
+HRESULT RegisterWithinBatch(const std::string& module, std::string* problem) {
+  const std::string path = FullLinkPath(module);
+  if (path.empty()) return NoSuchFile(problem);
+  const LONG error = RemoveClassesOf(path);
+  if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) {
+    *problem = "removing its entries failed: " + DescribeStatus(HRESULT_FROM_WIN32(error));
+    return HRESULT_FROM_WIN32(error);
   }
+  return CallEntry(path, "DllRegisterServer", problem);
+}
+
+HRESULT UnregisterWithinBatch(const std::string& module, std::string* problem) {
+  const std::string path = FullLinkPath(module);
+  const HRESULT status =
+      path.empty() ? NoSuchFile(problem) : CallEntry(path, "DllUnregisterServer", problem);
   const bool has_entry = status != STG_E_FILENOTFOUND && status != CO_E_ERRORINDLL;
-  return registers || has_entry ? status : RemoveEntries(module, status, problem);
+  return has_entry ? status : RemoveEntries(module, status, problem);
+}
+
+LONG BeginBatch(RegistryScope scope) {
+  return scope == RegistryScope::kSystem ? MiroltaSystemRegistryBatch()
+                                         : MiroltaRegistryBatch(TRUE);
+}
+
+// Unregisters a module. Its function deletes its classes whoever has registered them: where it
+// deletes what names another copy, the batch starts again and only deletes what names the module.
+LONG UnregisterOwn(const std::string& module, RegistryScope scope, HRESULT* status,
+                   std::string* problem) {
+  std::vector<KeyOfModule> before;
+  std::vector<KeyOfModule> after;
+  LONG error = FindKeysOfOthers(module, &before);
+  if (error != ERROR_SUCCESS) return error;
+  *status = UnregisterWithinBatch(module, problem);
+  error = FindKeysOfOthers(module, &after);
+  if (error != ERROR_SUCCESS || after.size() == before.size()) return error;
+  MiroltaRegistryDiscard();
+  problem->clear();
+  *status = S_OK;
+  error = BeginBatch(scope);
+  if (error == ERROR_SUCCESS) error = RemoveClassesOf(module);
+  return error == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : error;
 }
 
 // DllUnregisterServer may succeed and leave keys behind. Within a batch only the written layer is
@@ -109,9 +146,13 @@ HRESULT CheckLowerLayers(const std::string& module, std::string* problem) {
 HRESULT CallRegistration(const std::string& module, bool registers, std::string* problem,
                          RegistryScope scope) {
   const bool is_system = scope == RegistryScope::kSystem;
-  const LONG begun = is_system ? MiroltaSystemRegistryBatch() : MiroltaRegistryBatch(TRUE);
-  if (begun != ERROR_SUCCESS) return RegistryFailure(false, begun, scope, problem);
-  HRESULT status = CallWithinBatch(module, registers, problem);
+  LONG error = BeginBatch(scope);
+  HRESULT status = S_OK;
+  if (error == ERROR_SUCCESS && registers) status = RegisterWithinBatch(module, problem);
+  if (error == ERROR_SUCCESS && !registers) error = UnregisterOwn(module, scope, &status, problem);
+  if (error != ERROR_SUCCESS || (registers && FAILED(status))) MiroltaRegistryDiscard();
+  if (error != ERROR_SUCCESS) return RegistryFailure(false, error, scope, problem);
+  if (registers && FAILED(status)) return status;
   if (SUCCEEDED(status) && !registers) status = CheckIsGone(module, scope, problem);
   const LONG written = MiroltaRegistryBatch(FALSE);
   if (SUCCEEDED(status) && written != ERROR_SUCCESS) {
@@ -126,7 +167,12 @@ HRESULT CallRegistration(const std::string& module, bool registers, std::string*
 std::string OwnModulePath() {
   const std::string host = FullPath("/proc/self/exe");
   const size_t slash = host.rfind('/');
-  return slash == std::string::npos ? "" : FullPath(host.substr(0, slash) + kOwnModule);
+  if (slash == std::string::npos) return "";
+  for (const char* folder : kOwnFolders) {
+    const std::string module = FullLinkPath(host.substr(0, slash) + folder + MIROLTA_MODULE_FILE);
+    if (!module.empty()) return module;
+  }
+  return "";
 }
 
 bool IsOwnModuleRegistered() {

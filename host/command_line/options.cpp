@@ -283,7 +283,7 @@ constexpr char kUsage[] =
     "if standard input is a terminal, and reads the script from there if not.\n"
     "Classes are looked up in the registries of the user and of the system, then in the host "
     "itself;\n"
-    "if the module is not registered, the host uses ../lib/libMirolta.so relative to itself.\n"
+    "if the module is not registered, the host uses the one that was installed with it.\n"
     "\n";
 
 constexpr char kSlashUsage[] =

@@ -129,21 +129,30 @@ class ModuleName {
   std::string full_;  // empty if there is no such file
 };
 
-// Adds the keys at and below `path` whose default value is a path to the module.
-LONG AddKeysOf(const ModuleName& module, const std::string& path, std::vector<KeyOfModule>* keys) {
+// Adds the keys at and below `path` for which matches(path, default value) is true.
+template <typename Matches>
+LONG AddKeys(const std::string& path, Matches matches, std::vector<KeyOfModule>* keys) {
   std::string text;
   KeyOfModule key = {.path = path};
   LONG error = ReadText(HKEY_CLASSES_ROOT, path, &text, &key.layer);
-  if (error == ERROR_SUCCESS && module.Matches(text)) keys->push_back(key);
+  if (error == ERROR_SUCCESS && matches(path, text)) keys->push_back(key);
   if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return error;
   return ForEachSubkey(HKEY_CLASSES_ROOT, path, [&](const std::string& name) {
-    return AddKeysOf(module, path + "\\" + name, keys);
+    return AddKeys(path + "\\" + name, matches, keys);
   });
 }
 
-LONG AddKeysOf(const ModuleName& module, std::vector<KeyOfModule>* keys) {
-  const LONG error = AddKeysOf(module, "CLSID", keys);
-  return error == ERROR_SUCCESS ? AddKeysOf(module, "TypeLib", keys) : error;
+template <typename Matches>
+LONG AddKeys(Matches matches, std::vector<KeyOfModule>* keys) {
+  const LONG error = AddKeys("CLSID", matches, keys);
+  return error == ERROR_SUCCESS ? AddKeys("TypeLib", matches, keys) : error;
+}
+
+// Whether a key's default value is the file of a module: CLSID\id\InprocServer32 and
+// TypeLib\id\version\locale\system. Others have folders (HELPDIR).
+bool IsModuleKey(const std::string& path) {
+  const auto depth = std::count(path.begin(), path.end(), '\\');
+  return depth == (path.starts_with("CLSID") ? 2 : 4);
 }
 
 // The ProgIDs of all classes.
@@ -252,15 +261,26 @@ LONG ReadClasses(std::vector<RegisteredClass>* classes) {
 }
 
 LONG FindKeysOf(const std::string& file, std::vector<KeyOfModule>* keys) {
-  return AddKeysOf(ModuleName(file), keys);
+  const ModuleName module(file);
+  return AddKeys([&](const std::string&, const std::string& text) { return module.Matches(text); },
+                 keys);
+}
+
+LONG FindKeysOfOthers(const std::string& file, std::vector<KeyOfModule>* keys) {
+  const ModuleName module(file);
+  return AddKeys(
+      [&](const std::string& path, const std::string& text) {
+        return IsModuleKey(path) && text.starts_with('/') && !module.Matches(text);
+      },
+      keys);
 }
 
 LONG RemoveClassesOf(const std::string& file) {
   std::vector<KeyOfModule> keys;
   ProgIds prog_ids;
-  LONG error = AddKeysOf(ModuleName(file), &keys);
-  if (error == ERROR_SUCCESS) error = ReadProgIds(&prog_ids);
+  LONG error = FindKeysOf(file, &keys);
   if (error == ERROR_SUCCESS && keys.empty()) return ERROR_FILE_NOT_FOUND;
+  if (error == ERROR_SUCCESS) error = ReadProgIds(&prog_ids);
   for (const KeyOfModule& key : keys) {
     if (error != ERROR_SUCCESS) break;
     std::vector<std::string> names = SplitPath(key.path);

@@ -36,6 +36,9 @@ struct KeyOfModule {
 // FindKeysOf returns the keys of classes and type libraries that name a module by any path.
 // Errors: those of reading the registry.
 LONG FindKeysOf(const std::string& file, std::vector<KeyOfModule>* keys);
+// FindKeysOfOthers returns those that name any other module.
+// Errors: those of reading the registry.
+LONG FindKeysOfOthers(const std::string& file, std::vector<KeyOfModule>* keys);
 
 // The name of the file of a layer.
 std::string RegistryFileOf(DWORD layer);

@@ -52,6 +52,7 @@ constexpr StatusText kStatusTexts[] = {
     {HRESULT_FROM_WIN32(ERROR_CANTWRITE), "The registry could not be written"},
     {HRESULT_FROM_WIN32(ERROR_KEY_DELETED), "The registry key was deleted"},
     {HRESULT_FROM_WIN32(ERROR_DISK_FULL), "Disk full"},
+    {HRESULT_FROM_WIN32(ERROR_WRITE_PROTECT), "Read-only file system"},
     {TYPE_E_REGISTRYACCESS, "The registration of a type library could not be read or changed"},
     {TYPE_E_LIBNOTREGISTERED, "Type library not registered"},
     {TYPE_E_CANTLOADLIBRARY, "The type library could not be loaded"},

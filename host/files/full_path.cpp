@@ -19,6 +19,16 @@ std::string FullPath(const std::string& path) {
   return full != nullptr ? full.get() : "";
 }
 
+std::string FullLinkPath(const std::string& path) {
+  const std::string followed = FullPath(path);
+  const size_t slash = path.rfind('/');
+  const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+  if (followed.empty() || name.empty() || name == "." || name == "..") return followed;
+  std::string folder = FullPath(slash == std::string::npos ? "." : path.substr(0, slash + 1));
+  if (folder != "/") folder += '/';
+  return folder + name;
+}
+
 std::string RootedPath(const std::string& path) {
   if (path.starts_with('/')) return path;
   const std::unique_ptr<char, Freeing> folder(getcwd(nullptr, 0));

@@ -20,10 +20,10 @@ set(made ${CMAKE_CURRENT_BINARY_DIR}/definitions)
 file(MAKE_DIRECTORY ${made})
 
 add_custom_command(
-  OUTPUT ${made}/Mirolta.idl ${made}/Mirolta.rc ${CMAKE_BINARY_DIR}/Mirolta.manifest
+  OUTPUT ${made}/Mirolta.idl ${made}/Mirolta.rc ${PROJECT_BINARY_DIR}/Mirolta.manifest
   COMMAND ${MIROLTA_DEFINITIONS} idl ${made}/Mirolta.idl
   COMMAND ${MIROLTA_DEFINITIONS} resources ${made}/Mirolta.rc
-  COMMAND ${MIROLTA_DEFINITIONS} manifest ${CMAKE_BINARY_DIR}/Mirolta.manifest ${manifest_processor}
+  COMMAND ${MIROLTA_DEFINITIONS} manifest ${PROJECT_BINARY_DIR}/Mirolta.manifest ${manifest_processor}
   DEPENDS ${MIROLTA_DEFINITIONS}
   VERBATIM)
 add_custom_command(
@@ -39,11 +39,13 @@ set_source_files_properties(${made}/Mirolta.rc PROPERTIES
   INCLUDE_DIRECTORIES ${made})
 
 add_library(mirolta SHARED
-  ${sources}/Mirolta.def ${made}/Mirolta.rc ${CMAKE_BINARY_DIR}/Mirolta.manifest)
-set_target_properties(mirolta PROPERTIES
-  PREFIX "" OUTPUT_NAME Mirolta LINKER_LANGUAGE CXX
-  RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
-target_link_libraries(mirolta PRIVATE module_core)
+  ${sources}/Mirolta.def ${made}/Mirolta.rc ${PROJECT_BINARY_DIR}/Mirolta.manifest)
+mirolta_library(mirolta Mirolta Mirolta)
+set_target_properties(mirolta PROPERTIES PREFIX "" LINKER_LANGUAGE CXX)
+if(PROJECT_IS_TOP_LEVEL)
+  set_target_properties(mirolta PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+endif()
+target_link_libraries(mirolta PRIVATE module_core INTERFACE ole32 oleaut32 uuid)
 # The module needs no library of the compiler at run time. The definition file names the entry points
 # without the decoration of 32-bit calling conventions.
 target_link_options(mirolta PRIVATE

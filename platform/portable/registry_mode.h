@@ -25,6 +25,9 @@ MIROLTA_RUNTIME LONG MiroltaRegistryInMemory(BOOL in_memory);
 //         this thread.
 MIROLTA_RUNTIME LONG MiroltaRegistryBatch(BOOL begin);
 
+// Discards the batch of this thread, however deep it is nested: nothing is written.
+MIROLTA_RUNTIME void MiroltaRegistryDiscard();
+
 // Begins a batch that reads and writes the first system-wide file in place of the user's layer;
 // MiroltaRegistryBatch(FALSE) ends it. A new file and its folders can be read by everybody.
 // Errors: those of MiroltaRegistryBatch; ERROR_INVALID_PARAMETER within a batch of the user's

@@ -480,6 +480,8 @@ EXPORTED HRESULT DllRegisterServer() {
   if (error == ERROR_SUCCESS) {
     error = WriteDefault(ClassKey() + Ascii("\\InprocServer32"), Ascii(facts.dli_fname));
   }
+  // A registration that fails after it has written.
+  if (getenv("FAKE_REGISTRATION_FAILS") != nullptr) return E_FAIL;
   return HRESULT_FROM_WIN32(error);
 }
 

@@ -38,6 +38,14 @@ expect 0 ': unregistered$' --unregister "$module"
 expect 0 ': unregistered$' --unregister "$fake"
 holds 0 'InprocServer32\]'
 
+# A symbolic link is registered by its own name, by whatever path: what it leads to may be replaced.
+mkdir real && cp "$fake" real/fake.so.1.0 && ln -s fake.so.1.0 real/fake.so.1 && ln -s real other
+expect 0 ': registered$' --register other/fake.so.1
+holds 1 "^@=\"$folder/real/fake.so.1\"\$"
+ln -sf fake.so.1.1 real/fake.so.1 && mv real/fake.so.1.0 real/fake.so.1.1
+expect 0 ': unregistered$' --unregister real/fake.so.1
+holds 0 'InprocServer32\]'
+
 # Keys that remain are reported even if the module succeeds: here a key with a subkey of another.
 expect 0 ': registered$' --register "$fake"
 printf '\n[HKEY_CLASSES_ROOT\\CLSID\\{3B1F6A52-77C0-4D0E-8E21-6B9D401CF3A8}\\InprocServer32\\Other]\n' \
@@ -124,7 +132,7 @@ expect 1 'there is no such file, and nothing is registered for it$' --unregister
 cp "$module" gone.so
 expect 0 ': registered$' --register gone.so
 printf '\n[HKEY_CLASSES_ROOT\\Others.Key]\n@="kept"\n' >>"$home"
-expect 0 "^mirolta-host: Vardeko.crypt.HashObject: $folder/gone.so, registered in $home, instead of .*/libMirolta.so\$" \
+expect 0 "^mirolta-host: Vardeko.crypt.HashObject: $folder/gone.so, registered in $home, instead of .*/libMirolta.so.1\$" \
   --verbose -e "$hash"
 expect 0 "^$folder/gone.so\$" --list
 rm gone.so
@@ -139,12 +147,12 @@ cp saved.reg "$home" && rm gone.so
 expect 0 ': unregistered$' --unregister ./gone.so
 grep 'gone.so\|{\|Vardeko' "$home" && fails=1
 # Without a registration the module beside the host is used, and nothing is reported that is not asked for.
-expect 0 '^mirolta-host: Vardeko.crypt.HashObject: .*/libMirolta.so, beside the host$' --verbose -e "$hash"
+expect 0 '^mirolta-host: Vardeko.crypt.HashObject: .*/libMirolta.so.1, beside the host$' --verbose -e "$hash"
 expect 0 'not registered, used because it lies beside the host$' --list
 [ -z "$("$host" -e "$hash" 2>&1)" ] || { echo 'an object is reported without --verbose'; fails=1; }
 
 # Descriptions of classes: from type information, from the host's tables, and of a class without either.
-"$host" --describe Vardeko.crypt.HashObject | sed 's|^  in .*/libMirolta.so|  in MODULE|' >described
+"$host" --describe Vardeko.crypt.HashObject | sed 's|^  in .*/libMirolta.so.1|  in MODULE|' >described
 diff described "$tests/descriptions/hash_object.expected" || fails=1
 expect 0 '^  Random(lSize As Long, \[bEnsureSize As Boolean = false\], \[bOdd As Boolean = false\])$' \
   --describe Vardeko.crypt.Number.free

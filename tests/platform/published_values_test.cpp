@@ -70,6 +70,7 @@ const Published kPublished[] = {
     {"STG_E_CANTSAVE", static_cast<uint32_t>(STG_E_CANTSAVE), 0x80030103u},
     {"ERROR_SUCCESS", static_cast<uint32_t>(ERROR_SUCCESS), 0u},
     {"ERROR_FILE_NOT_FOUND", static_cast<uint32_t>(ERROR_FILE_NOT_FOUND), 2u},
+    {"ERROR_WRITE_PROTECT", static_cast<uint32_t>(ERROR_WRITE_PROTECT), 19u},
     {"ERROR_ACCESS_DENIED", static_cast<uint32_t>(ERROR_ACCESS_DENIED), 5u},
     {"ERROR_INVALID_HANDLE", static_cast<uint32_t>(ERROR_INVALID_HANDLE), 6u},
     {"ERROR_OUTOFMEMORY", static_cast<uint32_t>(ERROR_OUTOFMEMORY), 14u},

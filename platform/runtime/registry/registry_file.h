@@ -35,8 +35,8 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
 // symbolic link. The file is synced before it is renamed: a crash leaves the old content or the
 // new. The new file has the old one's mode; without one, that of the process's umask or, `for_all`,
 // one with which everybody can read it.
-// Errors: ERROR_ACCESS_DENIED, ERROR_OUTOFMEMORY, ERROR_DISK_FULL, ERROR_CANTWRITE; the old file is
-//         then unchanged.
+// Errors: ERROR_ACCESS_DENIED, ERROR_WRITE_PROTECT, ERROR_OUTOFMEMORY, ERROR_DISK_FULL,
+//         ERROR_CANTWRITE; the old file is then unchanged.
 LONG StoreRegistryFile(const char* file, const RegistryKey& root, bool for_all, FileState* state);
 
 }  // namespace mirolta::runtime

@@ -30,11 +30,13 @@ LONG MakeFolders(const char* file, bool for_all) {
       return ERROR_OUTOFMEMORY;
     }
     struct stat facts = {};
-    const bool made = mkdir(folder.Data(), kFolderMode) == 0;
-    if (made ? for_all && chmod(folder.Data(), kFolderMode) != 0
-             : stat(folder.Data(), &facts) != 0) {
+    if (mkdir(folder.Data(), kFolderMode) == 0) {
+      if (!for_all || chmod(folder.Data(), kFolderMode) == 0) continue;
       return ErrorOfErrno(errno, ERROR_CANTWRITE);
     }
+    // An existing folder may be reported as one that cannot be created.
+    const int reason = errno;
+    if (stat(folder.Data(), &facts) != 0) return ErrorOfErrno(reason, ERROR_CANTWRITE);
   }
   return ERROR_SUCCESS;
 }

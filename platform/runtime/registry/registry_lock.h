@@ -17,7 +17,8 @@ class RegistryLock {
   // Enter waits for the lock. It follows symbolic links, as StoreRegistryFile does, and creates the
   // folders of the file, with the mode of the process's umask or, `for_all`, one with which
   // everybody can read them.
-  // Errors: those of FollowLinks; ERROR_ACCESS_DENIED, ERROR_DISK_FULL, ERROR_CANTWRITE.
+  // Errors: those of FollowLinks; ERROR_ACCESS_DENIED, ERROR_WRITE_PROTECT, ERROR_DISK_FULL,
+  //         ERROR_CANTWRITE.
   LONG Enter(const char* file, bool for_all);
   void Leave();
   bool IsHeld() const { return lock_file_ >= 0; }

@@ -290,12 +290,18 @@ LONG ChangeUserRegistry(const RegistryChange* first) {
   return use.Error() == ERROR_SUCCESS ? use.MakeAgain(first) : use.Error();
 }
 
+// Returns the thread's batch, which it has no longer; null if it has none.
+RuntimeOwner<Batch> TakeBatch() {
+  RuntimeOwner<Batch> batch(t_batch);
+  if (t_batch != nullptr && g_has_batch_end) pthread_setspecific(g_batch_end, nullptr);
+  t_batch = nullptr;
+  return batch;
+}
+
 LONG EndBatch() {
   if (t_batch == nullptr) return ERROR_INVALID_PARAMETER;
   if (--t_batch->depth != 0) return ERROR_SUCCESS;
-  const RuntimeOwner<Batch> batch(t_batch);
-  t_batch = nullptr;
-  if (g_has_batch_end) pthread_setspecific(g_batch_end, nullptr);
+  const RuntimeOwner<Batch> batch = TakeBatch();
   if (batch->first == nullptr) return ERROR_SUCCESS;
   return batch->is_system ? ChangeSystemRegistry(batch->first) : ChangeUserRegistry(batch->first);
 }
@@ -342,6 +348,10 @@ extern "C" LONG MiroltaRegistryInMemory(BOOL in_memory) {
 
 extern "C" LONG MiroltaRegistryBatch(BOOL begin) {
   return begin != FALSE ? BeginBatch(false) : EndBatch();
+}
+
+extern "C" void MiroltaRegistryDiscard() {
+  TakeBatch();
 }
 
 extern "C" LONG MiroltaSystemRegistryBatch() {

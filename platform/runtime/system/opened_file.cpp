@@ -8,8 +8,9 @@ LONG ErrorOfErrno(int error, LONG otherwise) {
   switch (error) {
     case EACCES:
     case EPERM:
-    case EROFS:
       return ERROR_ACCESS_DENIED;
+    case EROFS:
+      return ERROR_WRITE_PROTECT;
     case ENOMEM:
       return ERROR_OUTOFMEMORY;
     case ENOSPC:
