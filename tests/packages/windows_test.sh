@@ -332,12 +332,12 @@ test_reproduce() {
     mkdir "$copy/build/$name"
     cp "$build/$name/Mirolta.dll" "$build/$name/Mirolta.manifest" "$copy/build/$name"
   done
-  epoch=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || stat -c %Y "$root/VERSION")}
-  (umask 077 && BUILD="$copy/build" SOURCE_DATE_EPOCH=$epoch MIROLTA_DEFINITIONS='' TZ=Asia/Tokyo \
+  SOURCE_DATE_EPOCH=1234567891 "$root/packaging/windows.sh" "$work/packages" >/dev/null
+  (umask 077 && BUILD="$copy/build" SOURCE_DATE_EPOCH=1234567891 MIROLTA_DEFINITIONS='' TZ=Asia/Tokyo \
     "$copy/packaging/windows.sh" "$copy/packages" >/dev/null)
   for name in "mirolta-$version-windows-x64.zip" "mirolta-$version-windows-x86.zip" \
     "mirolta-$version.msi" "mirolta-$version-x86.msi"; do
-    cmp "$packages/$name" "$copy/packages/$name" || fail "$name is not reproducible"
+    cmp "$work/packages/$name" "$copy/packages/$name" || fail "$name is not reproducible"
     echo "$name: the same bytes"
   done
   rm -rf "$copy"
