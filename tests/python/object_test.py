@@ -219,6 +219,15 @@ class Untyped(AutomationTest):
         self.assertEqual(fake.references, 1)
 
 
+    def test_type_information_without_an_identifier_is_not_used(self):
+        fake = FakeDispatch({"Size": lambda flags: 7}, describes=True)
+        obj = mirolta.Object(fake.address)
+        self.assertIs(type(obj), mirolta.Object)
+        self.assertEqual(obj.Size, 7)
+        del obj
+        self.assertEqual(fake.references, 1)
+
+
 class Help(AutomationTest):
     def test_help_shows_the_type_library(self):
         text = pydoc.plain(pydoc.render_doc(mirolta.create(HASH)))
