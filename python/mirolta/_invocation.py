@@ -80,7 +80,7 @@ def invoke(target: Target, member: int, flags: int, arguments: List[Any]) -> Any
 
 
 def bind(member: Member, positional: Tuple[Any, ...], named: Dict[str, Any]) -> List[Any]:
-    """The arguments by position. Optional ones that are left out in the middle are MISSING."""
+    """The arguments by position; optional ones that are left out are MISSING."""
     if len(positional) > len(member.parameters):
         raise TypeError(f"{member.name}() takes {len(member.parameters)} arguments, "
                         f"{len(positional)} were given")
@@ -93,8 +93,6 @@ def bind(member: Member, positional: Tuple[Any, ...], named: Dict[str, Any]) -> 
     for parameter, value in zip(member.parameters, arguments):
         if value is MISSING and not parameter.is_optional:
             raise TypeError(f"{member.name}() needs the argument {parameter.name!r}")
-    while arguments and arguments[-1] is MISSING:
-        arguments.pop()
     return arguments
 
 

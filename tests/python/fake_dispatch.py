@@ -40,6 +40,7 @@ class FakeDispatch:
         self.names = list(self.members)
         self.references = 1
         self.publishes = publishes
+        self.given = self.released = 0  # attributes of the type information
         ids = function_type(c_int32, c_void_p, POINTER(GUID), POINTER(c_void_p), c_uint32, c_uint32,
                             POINTER(c_int32))
         call = function_type(c_int32, c_void_p, c_int32, POINTER(GUID), c_uint32, c_uint16,
@@ -62,14 +63,18 @@ class FakeDispatch:
 
         def give(_this, attributes_out):
             attributes_out[0] = ctypes.pointer(attributes)
+            self.given += 1
             return S_OK
+
+        def release(_this, _attributes):
+            self.released += 1
 
         attributes_type = POINTER(TYPEATTR)
         nothing = function_type(c_int32, c_void_p)(lambda this: signed(E_NOTIMPL))
         out[0], self._kept_description = _object(
             _QUERY(self._query), _COUNT(self._add), _COUNT(self._release),
             function_type(c_int32, c_void_p, POINTER(attributes_type))(give), *[nothing] * 15,
-            function_type(None, c_void_p, attributes_type)(lambda this, released: None))
+            function_type(None, c_void_p, attributes_type)(release))
         self.references += 1
         return S_OK
 
@@ -115,6 +120,7 @@ class FakeDispatch:
             exception[0].scode = signed(failure.status)
             exception[0].source = _texts.allocate(failure.source)
             exception[0].description = _texts.allocate(failure.description)
+            exception[0].help_file = _texts.allocate(failure.description)
             return signed(DISP_E_EXCEPTION)
         if result:
             _values.write(value, result[0])
