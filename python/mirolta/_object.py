@@ -39,7 +39,7 @@ class IndexedProperty:
 
     def __call__(self, *arguments: Any, **named: Any) -> Any:
         return invoke(self._owner._target(), self._member.id, DISPATCH_PROPERTYGET,
-                       bind(self._member, arguments, named))
+                      bind(self._member, arguments, named))
 
     def __getitem__(self, arguments: Any) -> Any:
         return self(*arguments) if isinstance(arguments, tuple) else self(arguments)
@@ -64,7 +64,7 @@ class _UntypedMember:
 
     def __call__(self, *arguments: Any) -> Any:
         return invoke(self._owner._target(), self._id, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
-                       list(arguments))
+                      list(arguments))
 
     def __getitem__(self, arguments: Any) -> Any:
         return self(*arguments) if isinstance(arguments, tuple) else self(arguments)
