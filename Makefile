@@ -99,6 +99,7 @@ package: setup-package windows
 	@rm -rf build/package
 	@JOBS=$(JOBS) packaging/linux.sh build/package build/package-work
 	@packaging/windows.sh build/package
+	@packaging/python.sh build/package
 	@packaging/sums.sh build/package
 
 # Of the packages that `make package` has built. Installing them needs root.
