@@ -105,7 +105,7 @@ package: setup-package windows
 # Of the packages that `make package` has built. Installing them needs root.
 package-test: setup-package-test build
 	@status=0; tests/packages/linux_test.sh build/package build/package-test || status=1; \
-	  ctest --preset native -L package || status=1; exit $$status
+	  ctest --preset package || status=1; exit $$status
 
 # The test preset names the tests that are too slow, or hold for an optimised build only.
 check: setup-check build-check
