@@ -1,7 +1,7 @@
 # What is installed, by component:
 #
 #   Runtime        the module and the portable runtime; on Windows the DLL
-#   Host           mirolta-host with its manual page, and what scripts include
+#   Host           mirolta-host with its manual page, what scripts include, their declarations for editors
 #   Development    headers, import library, package files of CMake and pkg-config
 #   Documentation  pages, examples, licence
 #
@@ -30,6 +30,10 @@ if(TARGET mirolta-host)
   install(TARGETS mirolta-host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Host)
   install(FILES ${PROJECT_SOURCE_DIR}/host/mirolta-host.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Host)
+endif()
+if(TARGET mirolta-declarations)
+  install(FILES ${PROJECT_BINARY_DIR}/share/mirolta/mirolta.d.ts
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/mirolta COMPONENT Host)
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/lib/bytes.js DESTINATION ${CMAKE_INSTALL_DATADIR}/mirolta
   COMPONENT Host)
