@@ -52,7 +52,7 @@ list_registry() {
 
 # Checks of the two files: size, entry points, and imports.
 binaries() {
-  for processor in x64:x86_64:pei-x86-64 x86:i686:pei-i386; do
+  for processor in x64:x86_64:pei-x86-64:640 x86:i686:pei-i386:480; do
     folder=$root/build/windows-${processor%%:*}
     module=$folder/Mirolta.dll
     objdump=$(echo "$processor" | cut -d: -f2)-w64-mingw32-objdump
@@ -62,7 +62,7 @@ binaries() {
       fail "$module is for another processor"
 
     size=$(wc -c <"$module")
-    [ "$size" -lt 409600 ] || fail "$module has $size bytes"
+    [ "$size" -le $((${processor##*:} * 1024)) ] || fail "$module has $size bytes"
     # Newer tools write the ordinal and a hint before the name.
     sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/{
       s/^\t\[ *[0-9]*\] \(+base\[ *[0-9]*\]  *[0-9a-f]* \)\{0,1\}//p
@@ -82,6 +82,34 @@ binaries() {
       fail "$(cat "$work/hardening")"
     grep -q "^<assembly" "$folder/Mirolta.manifest" || fail "no manifest beside $module"
     echo "$module: $size bytes, imports" $imports
+  done
+}
+
+# The version that the system reads from both files is that of the file VERSION, as are those of the
+# manifests.
+versions() {
+  read -r version <"$root/VERSION"
+  holder=$(sed -n 's/^\(Copyright (c) [0-9]* The Mirolta authors\)$/\1/p' "$root/LICENSE")
+  cat >"$work/expected" <<EXPECTED
+signature FEEF04BD, flags 0, system 40004, type 2
+file $version.0
+product $version.0
+translation 040904B0
+CompanyName=The Mirolta authors
+FileDescription=Mirolta cryptography components
+FileVersion=$version
+InternalName=Mirolta
+LegalCopyright=$holder
+OriginalFilename=Mirolta.dll
+ProductName=Mirolta
+ProductVersion=$version
+EXPECTED
+  for architecture in x64:amd64 x86:x86; do
+    folder=$root/build/windows-${architecture%%:*}
+    run_wine "$windows/tests/version_listing.exe" "$(windows_name "$folder/Mirolta.dll")" >"$work/version"
+    same "version of $architecture" "$work/version" "$work/expected"
+    grep -q "name=\"Mirolta\" version=\"$version.0\" processorArchitecture=\"${architecture##*:}\"" \
+      "$folder/Mirolta.manifest" || fail "$folder/Mirolta.manifest has another version"
   done
 }
 
@@ -236,7 +264,7 @@ skipped_kernels() {
 }
 
 case $step in
-  binaries | registration | client | type_library | invoke | parity) "$step" ;;
+  binaries | versions | registration | client | type_library | invoke | parity) "$step" ;;
   scripts | both_scripts | example_scripts | page_scripts) "$step" ;;
   units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;

@@ -1,8 +1,6 @@
 #!/bin/sh
-# Runs the 32-bit module and its unit tests with a 32-bit Wine in a folder of its own, without changing
-# the machine's packages. Not part of `make test`: it downloads about 200 MB from the machine's Debian
-# mirror, and chroot needs root. (Debian's 64-bit Wine runs no 32-bit programs without the other
-# architecture's packages.)
+# Runs the 32-bit module and its unit tests with a 32-bit Wine in a folder of its own
+# (wine32_system.sh). Not part of `make test`: it downloads about 200 MB, and chroot needs root.
 #
 #   wine32.sh [FOLDER]              FOLDER is build/wine32 if not given
 #
@@ -15,7 +13,6 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 mkdir -p "${1:-$root/build/wine32}"
 folder=$(cd "${1:-$root/build/wine32}" && pwd)
 native=${NATIVE_BUILD:-$root/build/native}
-system=$folder/root
 
 fail() {
   echo "$*" >&2
@@ -24,49 +21,12 @@ fail() {
 [ "$(id -u)" = 0 ] || fail "wine32.sh must be run by root: it changes the root folder"
 [ -f "$root/build/windows-x86/Mirolta.dll" ] || fail "run make windows first"
 
-# apt with the machine's sources, but its own packages and lists, for the other architecture.
-apt_for_i386() {
-  apt-get -qq -o APT::Architecture=i386 -o APT::Architectures=i386 -o Dir::State="$folder/state" \
-    -o Dir::State::status="$folder/status" -o Dir::Cache="$folder/cache" \
-    -o APT::Sandbox::User=root -o APT::Install-Recommends=false "$@"
-}
-
-if [ ! -e "$folder/unpacked" ]; then
-  mkdir -p "$folder/state/lists/partial" "$folder/cache/archives/partial"
-  : >"$folder/status"
-  # A source that fails does not matter if another has the packages.
-  apt_for_i386 update || true
-  apt_for_i386 --download-only -y install wine wine32 dash coreutils >/dev/null
-  rm -rf "$system"
-  mkdir -p "$system/usr/bin" "$system/usr/sbin" "$system/usr/lib" "$system/tmp" "$system/root"
-  for name in bin sbin lib; do ln -s "usr/$name" "$system/$name"; done
-  # Only unpacked: of the packages' installation scripts only Wine's step is needed.
-  for package in "$folder"/cache/archives/*.deb; do
-    dpkg-deb --fsys-tarfile "$package" | tar -x --keep-directory-symlink -C "$system"
-  done
-  dpkg-deb --ctrl-tarfile "$folder"/cache/archives/libwine_*_i386.deb |
-    tar -x -C "$system/tmp" ./postinst
-  chroot "$system" /bin/sh /tmp/postinst configure
-  touch "$folder/unpacked"
-fi
-
+. "$root/scripts/wine32_system.sh"
+open_wine32 "$folder"
 work=$system/root/module
-mkdir -p "$work" "$system/dev" "$system/proc"
+mkdir -p "$work"
 cp "$root/build/windows-x86/Mirolta.dll" "$root/examples/tour.js" \
   "$root"/tests/windows/scripts/*.js "$root"/tests/windows/scripts/*.vbs "$work"
-for device in null zero random urandom; do
-  [ -e "$system/dev/$device" ] || cp -a "/dev/$device" "$system/dev/$device"
-done
-mountpoint -q "$system/proc" || mount -t proc proc "$system/proc"
-trap 'umount "$system/proc"' EXIT
-
-in_system() {
-  env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 TZ=UTC \
-    WINEARCH=win32 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=" \
-    WINESERVER=/usr/lib/wine/wineserver32 \
-    chroot "$system" /usr/lib/wine/"$@" 2>/dev/null | tr -d '\r'
-}
-
 [ -d "$system/root/.wine" ] || in_system wine wineboot -i >/dev/null
 in_system wine regsvr32 /s 'Z:\root\module\Mirolta.dll'
 export MIROLTA_REGISTRY="$folder/registry.reg" TZ=UTC LC_ALL=C.UTF-8
@@ -78,7 +38,7 @@ for script in "$root/examples/tour.js" "$root"/tests/windows/scripts/*; do
     *.vbs) cp "${script%.vbs}_vbs.expected" "$folder/expected" ;;
     *) continue ;;
   esac
-  in_system wine cscript //nologo "Z:\\root\\module\\$name" >"$folder/$name.output"
+  in_system wine cscript //nologo "Z:\\root\\module\\$name" | tr -d '\r' >"$folder/$name.output"
   if [ -s "$folder/expected" ] && diff "$folder/$name.output" "$folder/expected"; then
     echo "$name: $(wc -l <"$folder/expected") lines agree"
   else
@@ -99,7 +59,7 @@ cmake --build "$root/build/windows-x86" --target windows-tests >"$folder/build" 
   fail "the unit tests do not build: $folder/build"
 while read -r _ program; do
   cp "$tests/$program.exe" "$work"
-  in_system wine "Z:\\root\\module\\$program.exe" >"$folder/$program.output" </dev/null
+  in_system wine "Z:\\root\\module\\$program.exe" </dev/null | tr -d '\r' >"$folder/$program.output"
   if grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$folder/$program.output" &&
     ! grep -q '^\[  FAILED  \]' "$folder/$program.output"; then
     echo "$program: $(sed -n 's/^\[  PASSED  \] //p' "$folder/$program.output")"

@@ -4,14 +4,14 @@
 
 namespace mirolta {
 
-void WriteAssemblyManifest(FILE* out, const char* processor) {
+void WriteAssemblyManifest(FILE* out, const Version& version, const char* processor) {
   fprintf(out,
           "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
           "<assembly xmlns=\"urn:schemas-microsoft-com:asm.v1\" manifestVersion=\"1.0\">\n"
-          "  <assemblyIdentity type=\"win32\" name=\"Mirolta\" version=\"%d.%d.0.0\""
+          "  <assemblyIdentity type=\"win32\" name=\"Mirolta\" version=\"%u.%u.%u.0\""
           " processorArchitecture=\"%s\"/>\n"
           "  <file name=\"Mirolta.dll\">\n    <typelib tlbid=\"",
-          kTypeLibraryTable.major, kTypeLibraryTable.minor, processor);
+          version.major, version.minor, version.patch, processor);
   WriteGuid(out, *kTypeLibraryTable.id, true);
   fprintf(out, "\" version=\"%d.%d\" helpdir=\"\"/>\n", kTypeLibraryTable.major,
           kTypeLibraryTable.minor);

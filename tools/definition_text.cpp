@@ -1,3 +1,5 @@
+#include <initializer_list>
+
 #include "definition_files.h"
 
 namespace mirolta {
@@ -23,6 +25,20 @@ void WriteGuid(FILE* out, const GUID& id, bool braces) {
   StringFromGUID2(id, text, 39);
   if (!braces) text[37] = 0;
   WriteText(out, braces ? text : text + 1);
+}
+
+bool ReadVersion(const char* text, Version* version) {
+  version->text = text;
+  for (unsigned* number : {&version->major, &version->minor, &version->patch}) {
+    if (number != &version->major && *text++ != '.') return false;
+    if (*text < '0' || *text > '9') return false;
+    *number = 0;
+    for (; *text >= '0' && *text <= '9'; ++text) {
+      *number = *number * 10 + static_cast<unsigned>(*text - '0');
+      if (*number > 0xFFFF) return false;
+    }
+  }
+  return *text == 0;
 }
 
 bool TextsArePlain() {

@@ -222,7 +222,7 @@ void AdoStream::PutCharset(HostCall& call) {
 void AdoStream::Open(HostCall& call) {
   if (bytes_.IsOpen()) FailAdo(kAdoOpen);
   const bool has_source = call.Has(0) && call.At(0).vt != VT_EMPTY && call.At(0).vt != VT_NULL &&
-                          !(call.At(0).vt == VT_BSTR && SysStringLen(call.At(0).bstrVal) == 0);
+                          (call.At(0).vt != VT_BSTR || SysStringLen(call.At(0).bstrVal) != 0);
   if (has_source) {
     FailAdo(kAdoNotCapable,
             "A source needs a provider, and there is none: open the stream without "

@@ -1,11 +1,10 @@
 #include "classes/shell_object.h"
 
 #include <errno.h>
-#include <stdlib.h>
 #include <strings.h>
 #include <unistd.h>
 
-#include <memory>
+#include <filesystem>
 #include <new>
 
 #include "classes/environment_collection.h"
@@ -15,10 +14,6 @@
 
 namespace mirolta::host {
 namespace {
-
-struct Freeing {
-  void operator()(char* text) const { free(text); }
-};
 
 // What fails when the current folder is read or set.
 struct FolderErrorRow {
@@ -97,9 +92,10 @@ class Shell final : public HostObject {
   }
 
   void GetCurrentDirectory(HostCall& call) {
-    const std::unique_ptr<char, Freeing> path(getcwd(nullptr, 0));
-    if (path == nullptr) FailForFolder(errno);
-    call.ReturnText(UnitsFromSystem(path.get()));
+    std::error_code failure;
+    const std::filesystem::path path = std::filesystem::current_path(failure);
+    if (failure) FailForFolder(failure.value());
+    call.ReturnText(UnitsFromSystem(path.native()));
   }
 
   void PutCurrentDirectory(HostCall& call) {

@@ -22,14 +22,16 @@ file(MAKE_DIRECTORY ${made})
 add_custom_command(
   OUTPUT ${made}/Mirolta.idl ${made}/Mirolta.rc ${PROJECT_BINARY_DIR}/Mirolta.manifest
   COMMAND ${MIROLTA_DEFINITIONS} idl ${made}/Mirolta.idl
-  COMMAND ${MIROLTA_DEFINITIONS} resources ${made}/Mirolta.rc
-  COMMAND ${MIROLTA_DEFINITIONS} manifest ${PROJECT_BINARY_DIR}/Mirolta.manifest ${manifest_processor}
+  COMMAND ${MIROLTA_DEFINITIONS} resources ${made}/Mirolta.rc ${PROJECT_VERSION}
+  COMMAND ${MIROLTA_DEFINITIONS} manifest ${PROJECT_BINARY_DIR}/Mirolta.manifest ${PROJECT_VERSION}
+    ${manifest_processor}
   DEPENDS ${MIROLTA_DEFINITIONS}
   VERBATIM)
 add_custom_command(
   OUTPUT ${made}/Mirolta.tlb
   COMMAND ${MIROLTA_WIDL} -t -I ${sources} -o stdole2.tlb ${sources}/stdole2.idl
   COMMAND ${MIROLTA_WIDL} -t -I ${sources} -L . -o Mirolta.tlb Mirolta.idl
+  COMMAND ${MIROLTA_DEFINITIONS} untimed Mirolta.tlb
   DEPENDS ${made}/Mirolta.idl ${sources}/automation_types.idl ${sources}/stdole2.idl
   WORKING_DIRECTORY ${made}
   VERBATIM)
@@ -47,6 +49,8 @@ if(PROJECT_IS_TOP_LEVEL)
 endif()
 target_link_libraries(mirolta PRIVATE module_core INTERFACE ole32 oleaut32 uuid)
 # The module needs no library of the compiler at run time. The definition file names the entry points
-# without the decoration of 32-bit calling conventions.
+# without the decoration of 32-bit calling conventions. Without the time of linking the same sources
+# give the same bytes.
 target_link_options(mirolta PRIVATE
-  -static -static-libgcc -static-libstdc++ -s -Wl,--gc-sections -Wl,--enable-stdcall-fixup)
+  -static -static-libgcc -static-libstdc++ -s -Wl,--gc-sections -Wl,--enable-stdcall-fixup
+  -Wl,--no-insert-timestamp)
