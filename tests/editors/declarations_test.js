@@ -151,7 +151,8 @@ function sorted(names) {
 const PROG_IDS = ["HashObject", "Symmetric", "Number", "RSA", "ToviStreamDigest", "ToviStreamCrypt"].map(
   (name) => "Vardeko.crypt." + name);
 
-test("the declarations have no error", () => {
+test("the declarations have a licence and no error", () => {
+  assert.match(fs.readFileSync(declarations, "utf-8"), /^\/\/ SPDX-License-Identifier: MIT\n\/\/ Mirolta \d+\.\d+\.\d+: /);
   assert.strictEqual(told(errorsOf([])), "");
   assert.strictEqual(told(errorsOf([], STRICT)), "");
 });
