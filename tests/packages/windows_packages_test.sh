@@ -163,7 +163,7 @@ KEYS
   [ "$(installer /i "$shared_name\\$2")" = 0 ] || fail "$2 cannot be installed"
   folder=$prefix/drive_c/$(echo "${3#C:?}" | tr '\\' /)
   {
-    printf '%s\n' LICENSE.txt Mirolta.dll README.txt
+    printf '%s\n' LICENSE.txt Mirolta.dll README.txt THIRD-PARTY.txt lib/bytes.js mirolta.d.ts
     for name in $examples; do echo "examples/$name"; done
   } | sort >"$work/expected-files"
   (cd "$folder" && find . -type f | sed 's,^\./,,' | sort) >"$work/installed-files"
@@ -270,7 +270,8 @@ archives() {
   for architecture in x64 x86; do
     unpack "$architecture"
     {
-      printf '%s\n' LICENSE.txt Mirolta.dll Mirolta.manifest README.txt lib/Mirolta.lib
+      printf '%s\n' LICENSE.txt Mirolta.dll Mirolta.manifest README.txt THIRD-PARTY.txt lib/Mirolta.lib \
+        lib/bytes.js mirolta.d.ts
       for name in $examples; do echo "examples/$name"; done
       (cd "$root" && find include -type f)
     } | sort >"$work/expected-files"
@@ -296,7 +297,7 @@ reproducible() {
   copy="$work/another folder"
   rm -rf "$copy"
   mkdir -p "$copy/build/native/bin"
-  for name in LICENSE VERSION examples include packaging; do cp -R "$root/$name" "$copy/$name"; done
+  for name in LICENSE THIRD-PARTY.md VERSION examples include lib packaging; do cp -R "$root/$name" "$copy/$name"; done
   for name in windows-x64 windows-x86; do
     mkdir "$copy/build/$name"
     cp "$build/$name/Mirolta.dll" "$build/$name/Mirolta.manifest" "$copy/build/$name"
