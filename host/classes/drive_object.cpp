@@ -87,7 +87,7 @@ class MountTable {
  private:
   FILE* const table_;
   mntent entry_ = {};
-  char text_[8192];
+  char text_[8192] = {};
 };
 
 }  // namespace

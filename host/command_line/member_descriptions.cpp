@@ -199,7 +199,7 @@ std::vector<MemberDescription> DescribeHostMembers(const HostClass& host_class) 
 }
 
 std::vector<MemberDescription> DescribeMembers(IDispatch* object) {
-  if (HostObject* const host_object = HostObjectOf(object)) {
+  if (const HostObject* const host_object = HostObjectOf(object)) {
     return DescribeHostMembers(host_object->Class());
   }
   OwnedReference<ITypeInfo> info;

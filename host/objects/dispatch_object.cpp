@@ -261,7 +261,7 @@ duk_ret_t NeverCalled(duk_context*) {
 
 // Whether obj(arguments) may be possible: only the host's own classes tell.
 bool MayBeCalled(IDispatch* object) {
-  HostObject* own = HostObjectOf(object);
+  const HostObject* own = HostObjectOf(object);
   return own == nullptr || HasDefaultMember(own->Class());
 }
 
