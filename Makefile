@@ -9,8 +9,8 @@ FUZZ_SECONDS ?= 60
 MUTANTS ?= 300
 SEED ?= 1
 
-.PHONY: help run check test build windows windows-tests definitions package package-test bench bench-avx2 \
-  count fuzz coverage mutate flags lint lint-sources fresh clean
+.PHONY: help run check test build windows windows-tests definitions docs package package-test bench \
+  bench-avx2 count fuzz coverage mutate flags lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -28,6 +28,7 @@ make package                      build/package: .deb, .tar.gz, .zip, .msi, SHA2
 make package-test                 installs, upgrades, removes, builds them again          5 min   5 min
 make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
+make docs                         build/docs: pages with a search, manual pages           1 min  20 s
 make count                        instructions of the portable kernels                    1 min   1 min
 make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       17 min  13 min
 make coverage [FILES=1]           lines and branches of the module that the tests run    15 min   8 min
@@ -47,8 +48,9 @@ lists-check = packages-test.txt
 lists-test = packages-test.txt packages-windows.txt packages-bench.txt packages-lint.txt
 lists-windows = packages-windows.txt
 lists-package = packages-package.txt packages-windows.txt
-lists-package-test = packages-package.txt packages-windows.txt
+lists-package-test = packages-package.txt packages-windows.txt packages-docs.txt
 lists-bench = packages-bench.txt
+lists-docs = packages-docs.txt
 lists-fuzz = packages-fuzz.txt
 lists-coverage = packages-test.txt
 lists-mutate = packages-test.txt packages-mutate.txt packages-windows.txt
@@ -97,6 +99,7 @@ package: setup-package windows
 	@rm -rf build/package
 	@JOBS=$(JOBS) packaging/linux.sh build/package build/package-work
 	@packaging/windows.sh build/package
+	@packaging/python.sh build/package
 	@packaging/sums.sh build/package
 
 # Of the packages that `make package` has built. Installing them needs root.
@@ -105,7 +108,7 @@ package-test: setup-package-test build windows
 	$(call build,windows-x86,registry_listing)
 	@status=0; tests/packages/linux_test.sh build/package build/package-test || status=1; \
 	  tests/packages/windows_test.sh build/package build/package-test || status=1; \
-	  ctest --preset native -L package || status=1; exit $$status
+	  ctest --preset package || status=1; exit $$status
 
 # The test preset names the tests that are too slow, or hold for an optimised build only.
 check: setup-check build-check
@@ -114,6 +117,10 @@ check: setup-check build-check
 test: setup-test build-native windows-tests build-asan-ubsan build-tsan
 	@status=0; $(MAKE) lint-sources || status=1; \
 	  scripts/run-tests.sh native asan-ubsan tsan || status=1; exit $$status
+
+# The plots are of the last benchmark that was run here, or else of that in docs/benchmarks.md.
+docs: setup-docs
+	@python3 -B scripts/docs.py build/docs $(wildcard build/bench/results.json)
 
 # A run of all rows writes docs/benchmarks.md; with FILTER, a regular expression of row names, it only
 # prints. bench-avx2 disables what processors have beyond AVX2, for OpenSSL too.
@@ -125,6 +132,7 @@ bench bench-avx2: %: build/%/build.ninja
 	$(call build,$@,mirolta-bench)
 	@build/$@/bin/mirolta-bench build/$@/results.json '$(FILTER)'
 	@python3 bench/table.py build/$@/results.json $(if $(FILTER),,docs/$(REPORT).md)
+	@$(if $(FILTER),,python3 -B bench/plots.py build/$@/results.json build/$@/plots)
 
 # Instructions per byte of the portable kernels.
 count: setup-bench build/count/build.ninja

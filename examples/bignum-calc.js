@@ -217,7 +217,7 @@ function parseOperand(parser) {
   if (parser.text.substr(parser.at, 3) !== "gcd") unexpected(parser);
   parser.at += 3;
   expect(parser, "(");
-  tree = {apply: "gcd", left: parseSum(parser)};
+  tree = {apply: "gcd", left: parseSum(parser), right: null};
   expect(parser, ",");
   tree.right = parseSum(parser);
   expect(parser, ")");

@@ -53,16 +53,17 @@ function unwrapKey(rsa, wrapped, keyFile) {
 function decryptFile(keyFile, from, to) {
   refuseSameFiles([keyFile, from], [to]);
   var rsa = readRsaKey(keyFile, {e: "PublicExp", d: "SecretExp", p: "P", q: "Q"});
-  var crypt = new ActiveXObject("Vardeko.crypt.Symmetric"), header;
+  var crypt = new ActiveXObject("Vardeko.crypt.Symmetric"), length = 0;
   crypt.Init("AES");
   withFiles(from, to, function (input) {
-    header = readHeader(input, from);
+    var header = readHeader(input, from);
     crypt.Key = unwrapKey(rsa, input.read(header.keyBytes), keyFile);
-    return header.length;
+    length = header.length;
+    return length;
   }, function (input, output) {
     pump(input, output, function (bytes, isLast) { return crypt.Decrypt(bytes, isLast); });
   });
-  return header.length;
+  return length;
 }
 
 function main() {

@@ -171,7 +171,7 @@ stop("streams", "ToviStreamDigest and ToviStreamCrypt: filters in front of a str
   // A filter is a stream itself, so filters can be chained.
   crypt.Stream = digest;
   say("bound: " + (crypt.Stream !== null));
-  say("seeking forbidden: " + (crypt.SeekingForbidden !== 0));
+  say("seeking forbidden: " + crypt.SeekingForbidden);
   sayError("Stream of an unbound filter", function () { return digest.Stream; });
   sayError("a number as a stream", function () {
     digest.Stream = new ActiveXObject("Vardeko.crypt.Number");

@@ -19,6 +19,7 @@ rm -f SHA256SUMS
 # In the order of bytes, whatever the language of the shell.
 LC_ALL=C
 export LC_ALL
+# shellcheck disable=SC2035  # no name starts with a dash
 sums --output SHA256SUMS *
 sums --check --strict --quiet SHA256SUMS
 sha256sum --check --strict --quiet SHA256SUMS

@@ -1,5 +1,5 @@
-// Writes the source files of the Windows module other than code, from the tables that the code
-// uses.
+// Writes files other than code from the tables that the code uses: the source files of the Windows
+// module, and the declarations of what scripts find.
 //
 //   mirolta-definitions idl FILE                           the interface definitions
 //   mirolta-definitions resources FILE VERSION             the resource script
@@ -7,6 +7,8 @@
 //   mirolta-definitions registration FILE SYSTEM MODULE FOLDER
 //                                                          the registration, for an installer
 //   mirolta-definitions untimed FILE                       clears the times in a type library
+//   mirolta-definitions typescript FILE                    the declarations for editors of scripts; not
+//                                                          in a build without the script host
 //
 // The resource script refers to Mirolta.tlb; the resource compiler is given its folder. SYSTEM is
 // win32 or win64, MODULE and FOLDER are the identifiers that the installer's source has for the
@@ -21,7 +23,7 @@ namespace {
 
 int Usage() {
   fputs(
-      "Usage: mirolta-definitions idl|untimed FILE\n"
+      "Usage: mirolta-definitions idl|untimed|typescript FILE\n"
       "       mirolta-definitions resources FILE VERSION\n"
       "       mirolta-definitions manifest FILE VERSION PROCESSOR\n"
       "       mirolta-definitions registration FILE SYSTEM MODULE FOLDER\n",
@@ -61,6 +63,9 @@ const Kind kKinds[] = {
        return WriteInstallerRegistration(file, {arguments[0], arguments[1], arguments[2]});
      }},
     {"untimed", "r+b", 0, [](FILE* file, char**) { return ClearTypeLibraryTimes(file); }},
+#ifdef MIROLTA_HOST_TABLES
+    {"typescript", "w", 0, [](FILE* file, char**) { return WriteScriptDeclarations(file); }},
+#endif
 };
 
 const Kind* FindKind(const char* name) {

@@ -1,4 +1,4 @@
-// Source files of the Windows module other than code, written from the tables that the code uses.
+// Files other than code that are written from the tables that the code uses.
 #pragma once
 
 #include <stdio.h>
@@ -33,11 +33,14 @@ struct InstalledModule {
 // processorArchitecture.
 // WriteInstallerRegistration writes what DllRegisterServer registers as elements of an installer's
 // component. False if a registry script is malformed.
+// WriteScriptDeclarations writes what scripts find as TypeScript declarations.
 // Errors: those of the file, which the caller reads by ferror; TextsArePlain.
+//         WriteScriptDeclarations returns false after a message.
 void WriteInterfaceDefinitions(FILE* out);
 void WriteResourceScript(FILE* out, const Version& version);
 void WriteAssemblyManifest(FILE* out, const Version& version, const char* processor);
 bool WriteInstallerRegistration(FILE* out, const InstalledModule& module);
+[[nodiscard]] bool WriteScriptDeclarations(FILE* out);
 
 // WriteText writes a text of the tables, WriteGuid an identifier with or without its braces.
 void WriteText(FILE* out, const OLECHAR* text);
@@ -52,7 +55,7 @@ void WriteGuid(FILE* out, const GUID& id, bool braces);
 bool ClearTypeLibraryTimes(FILE* library);
 
 // TextsArePlain is false if a text contained a character that needs an escape: no escape is valid
-// in all three files.
+// in all these files.
 bool TextsArePlain();
 
 }  // namespace mirolta

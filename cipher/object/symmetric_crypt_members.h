@@ -8,11 +8,11 @@ namespace mirolta {
 
 // clang-format off
 inline constexpr MemberRow kSymmetricCryptMembers[] = {
-    Row<&ISymmetricCryptObject::get_Key>(1, OLESTR("Key"), kGet, {}, kVariant,
-        OLESTR("The key as a byte array; empty without a key")),
+    Row<&ISymmetricCryptObject::get_Key>(1, OLESTR("Key"), kGet, {}, kBytesVariant,
+        OLESTR("The key's bytes: 16, 24 or 32 for AES, 8, 16 or 24 for DES; setting it drops pending data")),
     Row<&ISymmetricCryptObject::put_Key>(1, OLESTR("Key"), kPut,
         {In(OLESTR("vKey"), kVariant)}, kNone,
-        OLESTR("Sets the key: 16, 24 or 32 bytes for AES, 8, 16 or 24 for DES; drops pending data")),
+        OLESTR("The key's bytes: 16, 24 or 32 for AES, 8, 16 or 24 for DES; setting it drops pending data")),
     Row<&ISymmetricCryptObject::get_BlockSize>(2, OLESTR("BlockSize"), kGet, {}, kLong,
         OLESTR("Bytes in a block: 16 for AES, 8 for DES")),
     Row<&ISymmetricCryptObject::get_codePage>(3, OLESTR("codePage"), kGet, {}, kLong,
@@ -21,10 +21,10 @@ inline constexpr MemberRow kSymmetricCryptMembers[] = {
         {In(OLESTR("lCP"), kLong)}, kNone,
         OLESTR("Character set for text: 0 the system's, 65001 UTF-8, negative UTF-16")),
     Row<&ISymmetricCryptObject::Encrypt>(4, OLESTR("Encrypt"), kMethod,
-        {In(OLESTR("vData"), kVariant), Default(OLESTR("bFinalize"), kBool, -1)}, kVariant,
+        {In(OLESTR("vData"), kVariant), Default(OLESTR("bFinalize"), kBool, -1)}, kBytesVariant,
         OLESTR("Encrypts a piece of data block by block; the last piece is padded to whole blocks")),
     Row<&ISymmetricCryptObject::Decrypt>(5, OLESTR("Decrypt"), kMethod,
-        {In(OLESTR("vData"), kVariant), Default(OLESTR("bFinalize"), kBool, -1)}, kVariant,
+        {In(OLESTR("vData"), kVariant), Default(OLESTR("bFinalize"), kBool, -1)}, kBytesVariant,
         OLESTR("Decrypts a piece of data block by block; pad bytes are not removed")),
     Row<&ISymmetricCryptObject::Reset>(6, OLESTR("Reset"), kMethod,
         {Default(OLESTR("lWhat"), kLong, 0)}, kNone,

@@ -222,7 +222,7 @@ void AdoStream::PutCharset(HostCall& call) {
 void AdoStream::Open(HostCall& call) {
   if (bytes_.IsOpen()) FailAdo(kAdoOpen);
   const bool has_source = call.Has(0) && call.At(0).vt != VT_EMPTY && call.At(0).vt != VT_NULL &&
-                          !(call.At(0).vt == VT_BSTR && SysStringLen(call.At(0).bstrVal) == 0);
+                          (call.At(0).vt != VT_BSTR || SysStringLen(call.At(0).bstrVal) != 0);
   if (has_source) {
     FailAdo(kAdoNotCapable,
             "A source needs a provider, and there is none: open the stream without "
@@ -418,62 +418,69 @@ constexpr auto kMethod = MemberKind::kMethod;
 constexpr auto kProperty = MemberKind::kProperty;
 
 constexpr HostMember kMembers[] = {
-    {"Size", 1, kProperty, 0, 0, CallMember<&AdoStream::GetSize>, nullptr, "",
+    {"Size", 1, kProperty, 0, 0, CallMember<&AdoStream::GetSize>, nullptr, " As Double",
      "The number of bytes."},
-    {"EOS", 2, kProperty, 0, 0, CallMember<&AdoStream::GetEos>, nullptr, "",
+    {"EOS", 2, kProperty, 0, 0, CallMember<&AdoStream::GetEos>, nullptr, " As Boolean",
      "Whether the position is at the end."},
     {"Position", 3, kProperty, 0, 0, CallMember<&AdoStream::GetPosition>,
-     CallMember<&AdoStream::PutPosition>, "",
+     CallMember<&AdoStream::PutPosition>, " As Double",
      "The position in bytes. A position beyond the end lengthens the stream by zeros."},
     {"Type", 4, kProperty, 0, 0, CallMember<&AdoStream::GetType>, CallMember<&AdoStream::PutType>,
-     "", "1 for bytes, 2 for text (the default). It changes at position 0 only."},
+     " As Long", "1 for bytes, 2 for text (the default). It changes at position 0 only."},
     {"LineSeparator", 5, kProperty, 0, 0, CallMember<&AdoStream::GetLineSeparator>,
-     CallMember<&AdoStream::PutLineSeparator>, "",
+     CallMember<&AdoStream::PutLineSeparator>, " As Long",
      "What ends a line: -1 for CR LF (the default), 10 for LF, 13 for CR."},
-    {"State", 6, kProperty, 0, 0, CallMember<&AdoStream::GetState>, nullptr, "",
+    {"State", 6, kProperty, 0, 0, CallMember<&AdoStream::GetState>, nullptr, " As Long",
      "1 if the stream is open, else 0."},
     {"Mode", 7, kProperty, 0, 0, CallMember<&AdoStream::GetMode>, CallMember<&AdoStream::PutMode>,
-     "", "1 to read, 2 to write, 3 or 0 (the default) for both. It changes while closed only."},
+     " As Long",
+     "1 to read, 2 to write, 3 or 0 (the default) for both. It changes while closed only."},
     {"Charset", 8, kProperty, 0, 0, CallMember<&AdoStream::GetCharset>,
-     CallMember<&AdoStream::PutCharset>, "",
+     CallMember<&AdoStream::PutCharset>, " As String",
      "The character set of text: \"Unicode\" (UTF-16, the default), \"utf-8\", \"windows-1252\" "
      "and "
      "others. It changes at position 0 only."},
-    {"Read", 9, kMethod, 0, 1, CallMember<&AdoStream::Read>, nullptr, "[count]",
+    {"Read", 9, kMethod, 0, 1, CallMember<&AdoStream::Read>, nullptr, "([count As Long]) As Byte()",
      "The next bytes as an array, null at the end; all of them without a count."},
     {"Open", 10, kMethod, 0, 5, CallMember<&AdoStream::Open>, nullptr,
-     "[source, mode, options, user, password]", "Opens an empty stream. A source is refused."},
-    {"Close", 11, kMethod, 0, 0, CallMember<&AdoStream::Close>, nullptr, "",
+     "([source As Variant], [mode As Long], [options As Long], [user As String], [password As "
+     "String])",
+     "Opens an empty stream. A source is refused."},
+    {"Close", 11, kMethod, 0, 0, CallMember<&AdoStream::Close>, nullptr, "()",
      "Closes the stream and drops its bytes."},
-    {"SkipLine", 12, kMethod, 0, 0, CallMember<&AdoStream::SkipLine>, nullptr, "",
+    {"SkipLine", 12, kMethod, 0, 0, CallMember<&AdoStream::SkipLine>, nullptr, "()",
      "Goes behind the next line separator."},
-    {"Write", 13, kMethod, 1, 1, CallMember<&AdoStream::Write>, nullptr, "bytes",
+    {"Write", 13, kMethod, 1, 1, CallMember<&AdoStream::Write>, nullptr, "(bytes As Byte())",
      "Writes an array of bytes."},
-    {"SetEOS", 14, kMethod, 0, 0, CallMember<&AdoStream::SetEos>, nullptr, "",
+    {"SetEOS", 14, kMethod, 0, 0, CallMember<&AdoStream::SetEos>, nullptr, "()",
      "Cuts the stream at the position."},
-    {"CopyTo", 15, kMethod, 1, 2, CallMember<&AdoStream::CopyTo>, nullptr, "stream, [count]",
+    {"CopyTo", 15, kMethod, 1, 2, CallMember<&AdoStream::CopyTo>, nullptr,
+     "(stream As ADODB.Stream, [count As Long])",
      "Copies bytes or characters to another open ADODB.Stream, all of them without a count."},
-    {"Flush", 16, kMethod, 0, 0, CallMember<&AdoStream::Flush>, nullptr, "",
+    {"Flush", 16, kMethod, 0, 0, CallMember<&AdoStream::Flush>, nullptr, "()",
      "Does nothing: the stream is in memory."},
     {"SaveToFile", 17, kMethod, 1, 2, CallMember<&AdoStream::SaveToFile>, nullptr,
-     "path, [options]",
+     "(path As String, [options As Long])",
      "Writes all bytes to a file and goes to position 0; with options 2 it replaces an existing "
      "file, otherwise that is an error."},
-    {"LoadFromFile", 18, kMethod, 1, 1, CallMember<&AdoStream::LoadFromFile>, nullptr, "path",
-     "Replaces the bytes by those of a file and goes to position 0."},
-    {"ReadText", 19, kMethod, 0, 1, CallMember<&AdoStream::ReadText>, nullptr, "[count]",
+    {"LoadFromFile", 18, kMethod, 1, 1, CallMember<&AdoStream::LoadFromFile>, nullptr,
+     "(path As String)", "Replaces the bytes by those of a file and goes to position 0."},
+    {"ReadText", 19, kMethod, 0, 1, CallMember<&AdoStream::ReadText>, nullptr,
+     "([count As Long]) As String",
      "The next characters: all of them without a count, the next line with -2."},
-    {"WriteText", 20, kMethod, 1, 2, CallMember<&AdoStream::WriteText>, nullptr, "text, [options]",
+    {"WriteText", 20, kMethod, 1, 2, CallMember<&AdoStream::WriteText>, nullptr,
+     "(text As String, [options As Long])",
      "Writes text, with options 1 and a line separator. At position 0 the mark of UTF-16 or UTF-8 "
      "comes first."},
-    {"Cancel", 21, kMethod, 0, 0, CallMember<&AdoStream::Cancel>, nullptr, "",
+    {"Cancel", 21, kMethod, 0, 0, CallMember<&AdoStream::Cancel>, nullptr, "()",
      "Does nothing: no call runs in the background."},
 };
 static_assert(IsWellFormed(kMembers));
 
 }  // namespace
 
-constexpr HostClass kAdoStreamClass = {"ADODB.Stream", kMembers};
+constexpr HostClass kAdoStreamClass = {
+    "ADODB.Stream", "Bytes or text in memory, read from and written to files.", kMembers};
 
 const HostClass& AdoStream::Class() const {
   return kAdoStreamClass;

@@ -167,12 +167,11 @@ std::string TextCharset::Encode(UnitsView text) const {
     }
     return bytes;
   }
-  const INT count = LengthOf(text.size());
-  const INT size =
-      WideCharToMultiByte(code_page_, 0, text.data(), count, nullptr, 0, nullptr, nullptr);
+  const INT size = WideCharToMultiByte(code_page_, 0, text.data(), LengthOf(text.size()), nullptr,
+                                       0, nullptr, nullptr);
   bytes.resize(SizeOf(size));
-  SizeOf(
-      WideCharToMultiByte(code_page_, 0, text.data(), count, bytes.data(), size, nullptr, nullptr));
+  SizeOf(WideCharToMultiByte(code_page_, 0, text.data(), LengthOf(text.size()), bytes.data(), size,
+                             nullptr, nullptr));
   return bytes;
 }
 
@@ -189,10 +188,11 @@ Units TextCharset::Decode(std::string_view bytes) const {
     }
     return text;
   }
-  const INT count = LengthOf(bytes.size());
-  const INT size = MultiByteToWideChar(code_page_, 0, bytes.data(), count, nullptr, 0);
+  const INT size =
+      MultiByteToWideChar(code_page_, 0, bytes.data(), LengthOf(bytes.size()), nullptr, 0);
   text.resize(SizeOf(size));
-  SizeOf(MultiByteToWideChar(code_page_, 0, bytes.data(), count, text.data(), size));
+  SizeOf(
+      MultiByteToWideChar(code_page_, 0, bytes.data(), LengthOf(bytes.size()), text.data(), size));
   return text;
 }
 

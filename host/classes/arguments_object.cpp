@@ -176,56 +176,60 @@ class Arguments final : public HostObject {
 
 constexpr HostMember kArgumentsMembers[] = {
     {"Item", DISPID_VALUE, MemberKind::kProperty, 1, 1, CallMember<&Arguments::Item>, nullptr,
-     "index", "The argument at the index, from 0; also as Arguments(index)."},
-    {"Count", 1, MemberKind::kProperty, 0, 0, CallMember<&Arguments::Count>, nullptr, "",
+     "(index As Long) As String", "The argument at the index, from 0; also as Arguments(index)."},
+    {"Count", 1, MemberKind::kProperty, 0, 0, CallMember<&Arguments::Count>, nullptr, "() As Long",
      "The number of arguments; Count() is the same."},
-    {"length", 2, MemberKind::kProperty, 0, 0, CallMember<&Arguments::Count>, nullptr, "",
+    {"length", 2, MemberKind::kProperty, 0, 0, CallMember<&Arguments::Count>, nullptr, " As Long",
      "The number of arguments."},
-    {"Named", 3, MemberKind::kProperty, 0, 1, CallMember<&Arguments::Named>, nullptr, "[name]",
+    {"Named", 3, MemberKind::kProperty, 0, 1, CallMember<&Arguments::Named>, nullptr,
+     " As WScript.Arguments.Named",
      "The arguments of the form /name, /name:value, /name+ and /name-; with a name, its value."},
-    {"Unnamed", 4, MemberKind::kProperty, 0, 1, CallMember<&Arguments::Unnamed>, nullptr, "[index]",
-     "The other arguments; with an index, one of them."},
-    {"ShowUsage", 5, MemberKind::kMethod, 0, 0, CallMember<&Arguments::ShowUsage>, nullptr, "",
+    {"Unnamed", 4, MemberKind::kProperty, 0, 1, CallMember<&Arguments::Unnamed>, nullptr,
+     " As WScript.Arguments.Unnamed", "The other arguments; with an index, one of them."},
+    {"ShowUsage", 5, MemberKind::kMethod, 0, 0, CallMember<&Arguments::ShowUsage>, nullptr, "()",
      "Prints how the script is called."},
     {"_NewEnum", DISPID_NEWENUM, MemberKind::kProperty, 0, 0, CallMember<&Arguments::Enumerate>,
-     nullptr, "", "The arguments, for Enumerator."},
+     nullptr, " As String", "The arguments, for Enumerator."},
 };
 static_assert(IsWellFormed(kArgumentsMembers));
 
 constexpr HostMember kNamedMembers[] = {
     {"Item", DISPID_VALUE, MemberKind::kProperty, 1, 1, CallMember<&NamedArguments::Item>, nullptr,
-     "name",
+     "(name As String) As Variant",
      "The text of /name:value, true for /name+, false for /name-, undefined for /name and for a "
      "name that was not given."},
-    {"Exists", 1, MemberKind::kMethod, 1, 1, CallMember<&NamedArguments::Exists>, nullptr, "name",
-     "Whether an argument has the name."},
-    {"Count", 2, MemberKind::kProperty, 0, 0, CallMember<&NamedArguments::Count>, nullptr, "",
-     "The number of names; Count() is the same."},
-    {"length", 3, MemberKind::kProperty, 0, 0, CallMember<&NamedArguments::Count>, nullptr, "",
-     "The number of names."},
+    {"Exists", 1, MemberKind::kMethod, 1, 1, CallMember<&NamedArguments::Exists>, nullptr,
+     "(name As String) As Boolean", "Whether an argument has the name."},
+    {"Count", 2, MemberKind::kProperty, 0, 0, CallMember<&NamedArguments::Count>, nullptr,
+     "() As Long", "The number of names; Count() is the same."},
+    {"length", 3, MemberKind::kProperty, 0, 0, CallMember<&NamedArguments::Count>, nullptr,
+     " As Long", "The number of names."},
     {"_NewEnum", DISPID_NEWENUM, MemberKind::kProperty, 0, 0,
-     CallMember<&NamedArguments::Enumerate>, nullptr, "", "The names, for Enumerator."},
+     CallMember<&NamedArguments::Enumerate>, nullptr, " As String", "The names, for Enumerator."},
 };
 static_assert(IsWellFormed(kNamedMembers));
 
 constexpr HostMember kUnnamedMembers[] = {
     {"Item", DISPID_VALUE, MemberKind::kProperty, 1, 1, CallMember<&UnnamedArguments::Item>,
-     nullptr, "index", "The argument at the index, from 0."},
-    {"Count", 1, MemberKind::kProperty, 0, 0, CallMember<&UnnamedArguments::Count>, nullptr, "",
-     "The number of arguments without a name; Count() is the same."},
-    {"length", 2, MemberKind::kProperty, 0, 0, CallMember<&UnnamedArguments::Count>, nullptr, "",
-     "The number of arguments without a name."},
+     nullptr, "(index As Long) As String", "The argument at the index, from 0."},
+    {"Count", 1, MemberKind::kProperty, 0, 0, CallMember<&UnnamedArguments::Count>, nullptr,
+     "() As Long", "The number of arguments without a name; Count() is the same."},
+    {"length", 2, MemberKind::kProperty, 0, 0, CallMember<&UnnamedArguments::Count>, nullptr,
+     " As Long", "The number of arguments without a name."},
     {"_NewEnum", DISPID_NEWENUM, MemberKind::kProperty, 0, 0,
-     CallMember<&UnnamedArguments::Enumerate>, nullptr, "",
+     CallMember<&UnnamedArguments::Enumerate>, nullptr, " As String",
      "The arguments without a name, for Enumerator."},
 };
 static_assert(IsWellFormed(kUnnamedMembers));
 
 }  // namespace
 
-constexpr HostClass kArgumentsClass = {"WScript.Arguments", kArgumentsMembers};
-constexpr HostClass kNamedArgumentsClass = {"WScript.Arguments.Named", kNamedMembers};
-constexpr HostClass kUnnamedArgumentsClass = {"WScript.Arguments.Unnamed", kUnnamedMembers};
+constexpr HostClass kArgumentsClass = {"WScript.Arguments", "The arguments of the script.",
+                                       kArgumentsMembers};
+constexpr HostClass kNamedArgumentsClass = {
+    "WScript.Arguments.Named", "The arguments of the form /name:value.", kNamedMembers};
+constexpr HostClass kUnnamedArgumentsClass = {"WScript.Arguments.Unnamed",
+                                              "The arguments without a name.", kUnnamedMembers};
 
 HostObject* NewArguments(const std::vector<std::string>& arguments,
                          const std::string& script_name) {

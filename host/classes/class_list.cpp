@@ -5,9 +5,17 @@
 #include <new>
 
 #include "classes/ado_stream.h"
+#include "classes/arguments_object.h"
 #include "classes/dictionary.h"
+#include "classes/drive_object.h"
+#include "classes/environment_collection.h"
+#include "classes/file_collections.h"
+#include "classes/file_object.h"
 #include "classes/file_system_object.h"
+#include "classes/folder_object.h"
 #include "classes/shell_object.h"
+#include "classes/special_folders.h"
+#include "classes/text_stream.h"
 
 namespace mirolta::host {
 namespace {
@@ -20,10 +28,21 @@ constexpr HostClassRow kClasses[] = {
     {"WScript.Shell.1", &kShellClass, NewShell},
 };
 
+constexpr const HostClass* kAllClasses[] = {
+    &FileSystemObject::kClass, &FileObject::kClass,  &FilesObject::kClass,  &FolderObject::kClass,
+    &FoldersObject::kClass,    &DriveObject::kClass, &DrivesObject::kClass, &TextStream::kClass,
+    &kAdoStreamClass,          &kDictionaryClass,    &kShellClass,          &kEnvironmentClass,
+    &kSpecialFoldersClass,     &kArgumentsClass,     &kNamedArgumentsClass, &kUnnamedArgumentsClass,
+};
+
 }  // namespace
 
 std::span<const HostClassRow> HostClasses() {
   return kClasses;
+}
+
+std::span<const HostClass* const> AllHostClasses() {
+  return kAllClasses;
 }
 
 HRESULT CreateHostObject(UnitsView progid, OwnedReference<IDispatch>* object) {

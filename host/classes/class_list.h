@@ -16,6 +16,9 @@ struct HostClassRow {
 
 std::span<const HostClassRow> HostClasses();
 
+// AllHostClasses also has the classes whose objects only other objects return.
+std::span<const HostClass* const> AllHostClasses();
+
 // CreateHostObject creates an object of the class with this ProgID, in any letter case.
 // Errors: CO_E_CLASSSTRING if the host has no such class; E_OUTOFMEMORY.
 [[nodiscard]] HRESULT CreateHostObject(UnitsView progid, OwnedReference<IDispatch>* object);

@@ -150,36 +150,39 @@ constexpr auto kProperty = MemberKind::kProperty;
 
 constexpr HostMember kMembers[] = {
     {"Item", DISPID_VALUE, kProperty, 1, 1, CallMember<&Dictionary::GetItem>,
-     CallMember<&Dictionary::PutItem>, "key",
+     CallMember<&Dictionary::PutItem>, "(key As Variant) As Variant",
      "The item of a key. Reading or assigning a key that does not exist adds it."},
-    {"Add", 1, kMethod, 2, 2, CallMember<&Dictionary::Add>, nullptr, "key, item",
+    {"Add", 1, kMethod, 2, 2, CallMember<&Dictionary::Add>, nullptr,
+     "(key As Variant, item As Variant)",
      "Adds a key with its item; a key that exists is the error 457."},
-    {"Count", 2, kProperty, 0, 0, CallMember<&Dictionary::GetCount>, nullptr, "",
+    {"Count", 2, kProperty, 0, 0, CallMember<&Dictionary::GetCount>, nullptr, " As Long",
      "The number of keys."},
-    {"Exists", 3, kMethod, 1, 1, CallMember<&Dictionary::Exists>, nullptr, "key",
-     "Whether the key exists."},
-    {"Items", 4, kMethod, 0, 0, CallMember<&Dictionary::Items>, nullptr, "",
+    {"Exists", 3, kMethod, 1, 1, CallMember<&Dictionary::Exists>, nullptr,
+     "(key As Variant) As Boolean", "Whether the key exists."},
+    {"Items", 4, kMethod, 0, 0, CallMember<&Dictionary::Items>, nullptr, "() As Variant()",
      "An array of all items."},
-    {"Key", 5, kProperty, 1, 1, nullptr, CallMember<&Dictionary::PutKey>, "key",
+    {"Key", 5, kProperty, 1, 1, nullptr, CallMember<&Dictionary::PutKey>,
+     "(key As Variant) As Variant",
      "Assigning it replaces a key by another one; the item and its place stay."},
-    {"Keys", 6, kMethod, 0, 0, CallMember<&Dictionary::Keys>, nullptr, "",
+    {"Keys", 6, kMethod, 0, 0, CallMember<&Dictionary::Keys>, nullptr, "() As Variant()",
      "An array of all keys, in the order in which they were added."},
-    {"Remove", 7, kMethod, 1, 1, CallMember<&Dictionary::Remove>, nullptr, "key",
+    {"Remove", 7, kMethod, 1, 1, CallMember<&Dictionary::Remove>, nullptr, "(key As Variant)",
      "Removes a key; one that does not exist is the error 32811."},
-    {"RemoveAll", 8, kMethod, 0, 0, CallMember<&Dictionary::RemoveAll>, nullptr, "",
+    {"RemoveAll", 8, kMethod, 0, 0, CallMember<&Dictionary::RemoveAll>, nullptr, "()",
      "Removes all keys."},
     {"CompareMode", 9, kProperty, 0, 0, CallMember<&Dictionary::GetCompareMode>,
-     CallMember<&Dictionary::PutCompareMode>, "",
+     CallMember<&Dictionary::PutCompareMode>, " As Long",
      "How texts are compared: 0 by their units, other modes without letter case. It cannot change "
      "while there are keys."},
-    {"_NewEnum", DISPID_NEWENUM, kProperty, 0, 0, CallMember<&Dictionary::NewEnum>, nullptr, "",
-     "Enumerates the keys."},
+    {"_NewEnum", DISPID_NEWENUM, kProperty, 0, 0, CallMember<&Dictionary::NewEnum>, nullptr,
+     " As Variant", "Enumerates the keys."},
 };
 static_assert(IsWellFormed(kMembers));
 
 }  // namespace
 
-constexpr HostClass kDictionaryClass = {"Scripting.Dictionary", kMembers};
+constexpr HostClass kDictionaryClass = {
+    "Scripting.Dictionary", "Items by key, in the order in which they were added.", kMembers};
 
 const HostClass& Dictionary::Class() const {
   return kDictionaryClass;

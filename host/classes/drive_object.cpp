@@ -22,39 +22,39 @@ enum DriveType : int32_t { kFixed = 2 };
 
 constexpr HostMember kDriveMembers[] = {
     {"Path", DISPID_VALUE, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetPath>, nullptr,
-     "", "The folder that the file system is mounted on."},
+     " As String", "The folder that the file system is mounted on."},
     {"DriveLetter", 1, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetDriveLetter>,
-     nullptr, "", "Empty: drives have no letters here."},
+     nullptr, " As String", "Empty: drives have no letters here."},
     {"ShareName", 2, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetShareName>, nullptr,
-     "", "Empty: shares are not told from disks here."},
+     " As String", "Empty: shares are not told from disks here."},
     {"VolumeName", 3, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetVolumeName>, nullptr,
-     "", "Empty: names of volumes are not known here."},
+     " As String", "Empty: names of volumes are not known here."},
     {"DriveType", 4, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetDriveType>, nullptr,
-     "", "2, a fixed disk: kinds of drives are not told apart here."},
+     " As Long", "2, a fixed disk: kinds of drives are not told apart here."},
     {"RootFolder", 5, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetRootFolder>, nullptr,
-     "", "The folder that the file system is mounted on, as a Folder."},
+     " As Folder", "The folder that the file system is mounted on, as a Folder."},
     {"AvailableSpace", 6, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetAvailableSpace>,
-     nullptr, "", "The number of bytes that the user may still write."},
+     nullptr, " As Double", "The number of bytes that the user may still write."},
     {"FreeSpace", 7, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetFreeSpace>, nullptr,
-     "", "The number of free bytes."},
+     " As Double", "The number of free bytes."},
     {"TotalSize", 8, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetTotalSize>, nullptr,
-     "", "The number of bytes."},
+     " As Double", "The number of bytes."},
     {"FileSystem", 9, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetFileSystem>, nullptr,
-     "", "The type of the file system, such as \"ext4\"."},
+     " As String", "The type of the file system, such as \"ext4\"."},
     {"SerialNumber", 10, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetSerialNumber>,
-     nullptr, "", "The number by which the system identifies the file system."},
-    {"IsReady", 11, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetIsReady>, nullptr, "",
-     "Whether the file system answers."},
+     nullptr, " As Long", "The number by which the system identifies the file system."},
+    {"IsReady", 11, MemberKind::kProperty, 0, 0, CallMember<&DriveObject::GetIsReady>, nullptr,
+     " As Boolean", "Whether the file system answers."},
 };
 static_assert(IsWellFormed(kDriveMembers));
 
 constexpr HostMember kDrivesMembers[] = {
     {"Item", DISPID_VALUE, MemberKind::kProperty, 1, 1, CallMember<&DrivesObject::GetItem>, nullptr,
-     "path", "The drive that is mounted on this folder."},
-    {"Count", 1, MemberKind::kProperty, 0, 0, CallMember<&DrivesObject::GetCount>, nullptr, "",
-     "The number of drives: / and the mounted disks."},
+     "(path As String) As Drive", "The drive that is mounted on this folder."},
+    {"Count", 1, MemberKind::kProperty, 0, 0, CallMember<&DrivesObject::GetCount>, nullptr,
+     " As Long", "The number of drives: / and the mounted disks."},
     {"_NewEnum", DISPID_NEWENUM, MemberKind::kProperty, 0, 0, CallMember<&DrivesObject::GetNewEnum>,
-     nullptr, "", "All drives, for Enumerator."},
+     nullptr, " As Drive", "All drives, for Enumerator."},
 };
 static_assert(IsWellFormed(kDrivesMembers));
 
@@ -87,13 +87,14 @@ class MountTable {
  private:
   FILE* const table_;
   mntent entry_ = {};
-  char text_[8192];
+  char text_[8192] = {};
 };
 
 }  // namespace
 
-constinit const HostClass DriveObject::kClass = {"Drive", kDriveMembers};
-constinit const HostClass DrivesObject::kClass = {"Drives", kDrivesMembers};
+constinit const HostClass DriveObject::kClass = {"Drive", "A mounted file system.", kDriveMembers};
+constinit const HostClass DrivesObject::kClass = {"Drives", "The mounted file systems.",
+                                                  kDrivesMembers};
 
 std::string MountPointOf(const std::string& path) {
   std::string place = FullPath(path);

@@ -88,16 +88,16 @@ constexpr auto kProperty = MemberKind::kProperty;
 
 constexpr HostMember kMembers[] = {
     {"Item", DISPID_VALUE, kProperty, 1, 1, CallMember<&EnvironmentCollection::GetItem>,
-     CallMember<&EnvironmentCollection::PutItem>, "name",
+     CallMember<&EnvironmentCollection::PutItem>, "(name As String) As String",
      "The value of a variable, \"\" if there is none."},
-    {"Count", 1, kMethod, 0, 0, CallMember<&EnvironmentCollection::GetCount>, nullptr, "",
+    {"Count", 1, kMethod, 0, 0, CallMember<&EnvironmentCollection::GetCount>, nullptr, "() As Long",
      "The number of variables."},
-    {"length", 2, kProperty, 0, 0, CallMember<&EnvironmentCollection::GetCount>, nullptr, "",
-     "The number of variables."},
-    {"Remove", 3, kMethod, 1, 1, CallMember<&EnvironmentCollection::Remove>, nullptr, "name",
-     "Removes a variable from the process's environment."},
+    {"length", 2, kProperty, 0, 0, CallMember<&EnvironmentCollection::GetCount>, nullptr,
+     " As Long", "The number of variables."},
+    {"Remove", 3, kMethod, 1, 1, CallMember<&EnvironmentCollection::Remove>, nullptr,
+     "(name As String)", "Removes a variable from the process's environment."},
     {"_NewEnum", DISPID_NEWENUM, kProperty, 0, 0, CallMember<&EnvironmentCollection::NewEnum>,
-     nullptr, "", "Enumerates texts of the form NAME=value."},
+     nullptr, " As String", "Enumerates texts of the form NAME=value."},
 };
 static_assert(IsWellFormed(kMembers));
 
@@ -107,7 +107,8 @@ const HostClass& EnvironmentCollection::Class() const {
 
 }  // namespace
 
-constexpr HostClass kEnvironmentClass = {"WScript.Shell.Environment", kMembers};
+constexpr HostClass kEnvironmentClass = {"WScript.Shell.Environment",
+                                         "The environment variables of the process.", kMembers};
 
 const char* FindVariable(const std::string& name) {
   const char* const entry = FindEntry(name);

@@ -9,36 +9,40 @@
 namespace mirolta::host {
 namespace {
 
-constexpr HostMember kItem = {
-    "Item",  DISPID_VALUE, MemberKind::kProperty,    1, 1, CallMember<&FolderContent::GetItem>,
-    nullptr, "name",       "The one with this name."};
-constexpr HostMember kCount = {"Count", 1,  MemberKind::kProperty,
-                               0,       0,  CallMember<&FolderContent::GetCount>,
-                               nullptr, "", "How many there are now."};
-constexpr HostMember kNewEnum = {"_NewEnum",
-                                 DISPID_NEWENUM,
-                                 MemberKind::kProperty,
-                                 0,
-                                 0,
-                                 CallMember<&FolderContent::GetNewEnum>,
-                                 nullptr,
-                                 "",
-                                 "All that are there now, for Enumerator."};
+constexpr HostMember ItemAs(const char* signature) {
+  return {
+      "Item",  DISPID_VALUE, MemberKind::kProperty,    1, 1, CallMember<&FolderContent::GetItem>,
+      nullptr, signature,    "The one with this name."};
+}
+constexpr HostMember kCount = {"Count", 1,          MemberKind::kProperty,
+                               0,       0,          CallMember<&FolderContent::GetCount>,
+                               nullptr, " As Long", "How many there are now."};
+constexpr HostMember NewEnumAs(const char* signature) {
+  return {"_NewEnum",
+          DISPID_NEWENUM,
+          MemberKind::kProperty,
+          0,
+          0,
+          CallMember<&FolderContent::GetNewEnum>,
+          nullptr,
+          signature,
+          "All that are there now, for Enumerator."};
+}
 
-constexpr HostMember kFiles[] = {kItem, kCount, kNewEnum};
+constexpr HostMember kFiles[] = {ItemAs("(name As String) As File"), kCount, NewEnumAs(" As File")};
 static_assert(IsWellFormed(kFiles));
 constexpr HostMember kFolders[] = {
-    kItem,
+    ItemAs("(name As String) As Folder"),
     kCount,
-    kNewEnum,
-    {"Add", 2, MemberKind::kMethod, 1, 1, CallMember<&FoldersObject::Add>, nullptr, "name",
-     "Creates a folder and returns it."}};
+    NewEnumAs(" As Folder"),
+    {"Add", 2, MemberKind::kMethod, 1, 1, CallMember<&FoldersObject::Add>, nullptr,
+     "(name As String) As Folder", "Creates a folder and returns it."}};
 static_assert(IsWellFormed(kFolders));
 
 }  // namespace
 
-constinit const HostClass FilesObject::kClass = {"Files", kFiles};
-constinit const HostClass FoldersObject::kClass = {"Folders", kFolders};
+constinit const HostClass FilesObject::kClass = {"Files", "The files of a folder.", kFiles};
+constinit const HostClass FoldersObject::kClass = {"Folders", "The folders of a folder.", kFolders};
 
 IDispatch* FolderContent::NewItem(const std::string& path) const {
   if (kind_ == PathKind::kFolder) return new FolderObject(path);

@@ -21,59 +21,71 @@ using Fso = FileSystemObject;
 
 template <auto kFunction>
 constexpr HostMember Method(const char* name, DISPID id, UINT least, UINT most,
-                            const char* arguments, const char* help) {
+                            const char* signature, const char* help) {
   return {name,      id,  MemberKind::kMethod, least, most, CallMember<kFunction>, nullptr,
-          arguments, help};
+          signature, help};
 }
 
 constexpr HostMember kMembers[] = {
-    {"Drives", 1, MemberKind::kProperty, 0, 0, CallMember<&Fso::GetDrives>, nullptr, "",
+    {"Drives", 1, MemberKind::kProperty, 0, 0, CallMember<&Fso::GetDrives>, nullptr, " As Drives",
      "The mounted file systems."},
-    Method<&Fso::BuildPath>("BuildPath", 2, 2, 2, "path, name",
+    Method<&Fso::BuildPath>("BuildPath", 2, 2, 2, "(path As String, name As String) As String",
                             "Joins a path and a name by one separator."),
-    Method<&Fso::GetDriveName>("GetDriveName", 3, 1, 1, "path",
+    Method<&Fso::GetDriveName>("GetDriveName", 3, 1, 1, "(path As String) As String",
                                "The drive of a path: / for an absolute one."),
-    Method<&Fso::GetParentFolderName>("GetParentFolderName", 4, 1, 1, "path",
+    Method<&Fso::GetParentFolderName>("GetParentFolderName", 4, 1, 1, "(path As String) As String",
                                       "A path without its last part."),
-    Method<&Fso::GetFileName>("GetFileName", 5, 1, 1, "path", "The last part of a path."),
-    Method<&Fso::GetBaseName>("GetBaseName", 6, 1, 1, "path",
+    Method<&Fso::GetFileName>("GetFileName", 5, 1, 1, "(path As String) As String",
+                              "The last part of a path."),
+    Method<&Fso::GetBaseName>("GetBaseName", 6, 1, 1, "(path As String) As String",
                               "The last part of a path without its extension."),
-    Method<&Fso::GetExtensionName>("GetExtensionName", 7, 1, 1, "path",
+    Method<&Fso::GetExtensionName>("GetExtensionName", 7, 1, 1, "(path As String) As String",
                                    "What follows the last dot of the last part of a path."),
-    Method<&Fso::GetAbsolutePathName>("GetAbsolutePathName", 8, 1, 1, "path",
+    Method<&Fso::GetAbsolutePathName>("GetAbsolutePathName", 8, 1, 1, "(path As String) As String",
                                       "The absolute path, without . and .. in it."),
-    Method<&Fso::GetTempName>("GetTempName", 9, 0, 0, "",
+    Method<&Fso::GetTempName>("GetTempName", 9, 0, 0, "() As String",
                               "A name for a temporary file; no file is created."),
-    Method<&Fso::DriveExists>("DriveExists", 10, 1, 1, "path",
+    Method<&Fso::DriveExists>("DriveExists", 10, 1, 1, "(path As String) As Boolean",
                               "Whether a file system is mounted on this folder."),
-    Method<&Fso::FileExists>("FileExists", 11, 1, 1, "path", "Whether the path is a file."),
-    Method<&Fso::FolderExists>("FolderExists", 12, 1, 1, "path", "Whether the path is a folder."),
-    Method<&Fso::GetDrive>("GetDrive", 13, 1, 1, "path", "The Drive mounted on this folder."),
-    Method<&Fso::GetFile>("GetFile", 14, 1, 1, "path", "The File."),
-    Method<&Fso::GetFolder>("GetFolder", 15, 1, 1, "path", "The Folder."),
-    Method<&Fso::GetSpecialFolder>("GetSpecialFolder", 16, 1, 1, "which",
+    Method<&Fso::FileExists>("FileExists", 11, 1, 1, "(path As String) As Boolean",
+                             "Whether the path is a file."),
+    Method<&Fso::FolderExists>("FolderExists", 12, 1, 1, "(path As String) As Boolean",
+                               "Whether the path is a folder."),
+    Method<&Fso::GetDrive>("GetDrive", 13, 1, 1, "(path As String) As Drive",
+                           "The Drive mounted on this folder."),
+    Method<&Fso::GetFile>("GetFile", 14, 1, 1, "(path As String) As File", "The File."),
+    Method<&Fso::GetFolder>("GetFolder", 15, 1, 1, "(path As String) As Folder", "The Folder."),
+    Method<&Fso::GetSpecialFolder>("GetSpecialFolder", 16, 1, 1, "(which As Long) As Folder",
                                    "2: the folder for temporary files; there are no others here."),
-    Method<&Fso::DeleteFile>("DeleteFile", 17, 1, 2, "path, [force]",
+    Method<&Fso::DeleteFile>("DeleteFile", 17, 1, 2, "(path As String, [force As Boolean])",
                              "Deletes files; with force, read-only ones too."),
-    Method<&Fso::DeleteFolder>("DeleteFolder", 18, 1, 2, "path, [force]",
+    Method<&Fso::DeleteFolder>("DeleteFolder", 18, 1, 2, "(path As String, [force As Boolean])",
                                "Deletes folders with all that is in them."),
-    Method<&Fso::MoveFile>("MoveFile", 19, 2, 2, "source, destination", "Moves files."),
-    Method<&Fso::MoveFolder>("MoveFolder", 20, 2, 2, "source, destination", "Moves folders."),
-    Method<&Fso::CopyFile>("CopyFile", 21, 2, 3, "source, destination, [overwrite]",
+    Method<&Fso::MoveFile>("MoveFile", 19, 2, 2, "(source As String, destination As String)",
+                           "Moves files."),
+    Method<&Fso::MoveFolder>("MoveFolder", 20, 2, 2, "(source As String, destination As String)",
+                             "Moves folders."),
+    Method<&Fso::CopyFile>("CopyFile", 21, 2, 3,
+                           "(source As String, destination As String, [overwrite As Boolean])",
                            "Copies files."),
-    Method<&Fso::CopyFolder>("CopyFolder", 22, 2, 3, "source, destination, [overwrite]",
+    Method<&Fso::CopyFolder>("CopyFolder", 22, 2, 3,
+                             "(source As String, destination As String, [overwrite As Boolean])",
                              "Copies folders with all that is in them."),
-    Method<&Fso::CreateFolder>("CreateFolder", 23, 1, 1, "path",
+    Method<&Fso::CreateFolder>("CreateFolder", 23, 1, 1, "(path As String) As Folder",
                                "Creates a folder and returns it."),
-    Method<&Fso::CreateTextFile>("CreateTextFile", 24, 1, 3, "path, [overwrite], [unicode]",
-                                 "Creates a text file, or replaces it when the stream is closed."),
+    Method<&Fso::CreateTextFile>(
+        "CreateTextFile", 24, 1, 3,
+        "(path As String, [overwrite As Boolean], [unicode As Boolean]) As TextStream",
+        "Creates a text file, or replaces it when the stream is closed."),
     Method<&Fso::OpenTextFile>(
-        "OpenTextFile", 25, 1, 4, "path, [mode], [create], [format]",
+        "OpenTextFile", 25, 1, 4,
+        "(path As String, [mode As Long], [create As Boolean], [format As Long]) As TextStream",
         "Opens a text file: mode 1 reads (the default), 2 writes, 8 appends; "
         "format 0 is UTF-8 (the default), -1 UTF-16, -2 what the file is."),
-    Method<&Fso::GetStandardStream>("GetStandardStream", 26, 1, 2, "which, [unicode]",
+    Method<&Fso::GetStandardStream>("GetStandardStream", 26, 1, 2,
+                                    "(which As Long, [unicode As Boolean]) As TextStream",
                                     "0: WScript.StdIn, 1: WScript.StdOut, 2: WScript.StdErr."),
-    Method<&Fso::GetFileVersion>("GetFileVersion", 27, 1, 1, "path",
+    Method<&Fso::GetFileVersion>("GetFileVersion", 27, 1, 1, "(path As String) As String",
                                  "Empty: files have no version resources here."),
 };
 static_assert(IsWellFormed(kMembers));
@@ -84,7 +96,8 @@ std::string PathAt(const HostCall& call, UINT index) {
 
 }  // namespace
 
-constinit const HostClass FileSystemObject::kClass = {"Scripting.FileSystemObject", kMembers};
+constinit const HostClass FileSystemObject::kClass = {"Scripting.FileSystemObject",
+                                                      "Files, folders and paths.", kMembers};
 
 HostObject* NewFileSystemObject() {
   return new FileSystemObject;

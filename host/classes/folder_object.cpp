@@ -8,21 +8,23 @@ namespace mirolta::host {
 namespace {
 
 constexpr HostMember kOwn[] = {
-    {"Files", 20, MemberKind::kProperty, 0, 0, CallMember<&FolderObject::GetFiles>, nullptr, "",
-     "The files in the folder, hidden ones too, in the order of their names."},
+    {"Files", 20, MemberKind::kProperty, 0, 0, CallMember<&FolderObject::GetFiles>, nullptr,
+     " As Files", "The files in the folder, hidden ones too, in the order of their names."},
     {"SubFolders", 21, MemberKind::kProperty, 0, 0, CallMember<&FolderObject::GetSubFolders>,
-     nullptr, "", "The folders in the folder, hidden ones too, in the order of their names."},
+     nullptr, " As Folders",
+     "The folders in the folder, hidden ones too, in the order of their names."},
     {"IsRootFolder", 22, MemberKind::kProperty, 0, 0, CallMember<&FolderObject::GetIsRootFolder>,
-     nullptr, "", "Whether the folder is /."},
+     nullptr, " As Boolean", "Whether the folder is /."},
     {"CreateTextFile", 23, MemberKind::kMethod, 1, 3, CallMember<&FolderObject::CreateTextFile>,
-     nullptr, "name, [overwrite], [unicode]", "Creates a text file in the folder."},
+     nullptr, "(name As String, [overwrite As Boolean], [unicode As Boolean]) As TextStream",
+     "Creates a text file in the folder."},
 };
 constexpr auto kMembers = WithFileNodeMembers(kOwn);
 static_assert(IsWellFormed(kMembers));
 
 }  // namespace
 
-constinit const HostClass FolderObject::kClass = {"Folder", kMembers};
+constinit const HostClass FolderObject::kClass = {"Folder", "A folder.", kMembers};
 
 void FolderObject::GetFiles(HostCall& call) {
   Facts();

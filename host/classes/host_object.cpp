@@ -28,8 +28,8 @@ bool HasName(const HostMember& member, const OLECHAR* name) {
 }
 
 const HostMember* FindById(std::span<const HostMember> members, DISPID id) {
-  for (const HostMember& member : members) {
-    if (member.id == id) return &member;
+  for (size_t i = 0; i < members.size(); ++i) {
+    if (members[i].id == id) return members.data() + i;
   }
   return nullptr;
 }

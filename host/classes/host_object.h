@@ -6,6 +6,7 @@
 #include <span>
 
 #include "classes/host_call.h"
+#include "classes/member_signature.h"
 
 namespace mirolta::host {
 
@@ -23,12 +24,14 @@ struct HostMember {
   UINT most;
   void (*get)(HostObject& object, HostCall& call);
   void (*put)(HostObject& object, HostCall& call);
-  const char* arguments;  // as the help shows them: "path, [overwrite]"
-  const char* help;       // one sentence
+  // Arguments and value (member_signature.h); of the member for enumeration, that of the elements.
+  const char* signature;
+  const char* help;  // one sentence
 };
 
 struct HostClass {
   const char* name;  // that errors have as their source
+  const char* help;  // one sentence
   std::span<const HostMember> members;
 };
 
@@ -55,11 +58,29 @@ constexpr void CallMember(HostObject& object, HostCall& call) {
   MemberFunction<kFunction>::Call(object, call);
 }
 
-// IsWellFormed is asserted for each table: ids and names are unique, methods are not written.
+// Takes any number of arguments.
+inline constexpr UINT kAnyCount = UINT_MAX;
+
+// Whether a signature has the numbers of arguments that its row says.
+constexpr bool HasItsSignature(const HostMember& row) {
+  MemberSignature signature(row.signature);
+  if (!signature.HasList()) return row.kind == MemberKind::kProperty && row.least == 0;
+  SignatureParameter parameter;
+  UINT least = 0, most = 0;
+  while (signature.Next(&parameter)) {
+    ++most;
+    if (!parameter.is_optional) ++least;
+  }
+  if (signature.IsRepeated()) most = kAnyCount;
+  return !signature.IsMalformed() && least == row.least && most == row.most;
+}
+
+// IsWellFormed is asserted for each table: ids and names are unique, methods are not written,
+// signatures say how many arguments a member takes.
 constexpr bool IsWellFormed(std::span<const HostMember> members) {
   for (size_t i = 0; i < members.size(); ++i) {
     const HostMember& row = members[i];
-    if (row.least > row.most || (row.kind == MemberKind::kMethod && row.put != nullptr))
+    if (!HasItsSignature(row) || (row.kind == MemberKind::kMethod && row.put != nullptr))
       return false;
     for (size_t j = 0; j < i; ++j) {
       if (members[j].id == row.id) return false;

@@ -1,11 +1,10 @@
 #include "classes/shell_object.h"
 
 #include <errno.h>
-#include <stdlib.h>
 #include <strings.h>
 #include <unistd.h>
 
-#include <memory>
+#include <filesystem>
 #include <new>
 
 #include "classes/environment_collection.h"
@@ -15,10 +14,6 @@
 
 namespace mirolta::host {
 namespace {
-
-struct Freeing {
-  void operator()(char* text) const { free(text); }
-};
 
 // What fails when the current folder is read or set.
 struct FolderErrorRow {
@@ -97,9 +92,10 @@ class Shell final : public HostObject {
   }
 
   void GetCurrentDirectory(HostCall& call) {
-    const std::unique_ptr<char, Freeing> path(getcwd(nullptr, 0));
-    if (path == nullptr) FailForFolder(errno);
-    call.ReturnText(UnitsFromSystem(path.get()));
+    std::error_code failure;
+    const std::filesystem::path path = std::filesystem::current_path(failure);
+    if (failure) FailForFolder(failure.value());
+    call.ReturnText(UnitsFromSystem(path.native()));
   }
 
   void PutCurrentDirectory(HostCall& call) {
@@ -121,25 +117,28 @@ struct Refusal {
   DISPID id;
   UINT least;
   UINT most;
-  const char* arguments;
+  const char* signature;
   const char* reason;
 };
 constexpr char kNoPrograms[] = "the host starts no other programs";
 constexpr char kNoWindows[] = "the host has no user interface";
 constexpr char kNoRegistry[] = "the host's registry contains classes only";
 constexpr Refusal kRefusals[] = {
-    {"Run", 1000, 1, 3, "command, [window, wait]", kNoPrograms},
-    {"Popup", 1001, 1, 4, "text, [seconds, title, type]",
+    {"Run", 1000, 1, 3, "(command As String, [window As Long], [wait As Boolean]) As Long",
+     kNoPrograms},
+    {"Popup", 1001, 1, 4,
+     "(text As String, [seconds As Long], [title As String], [type As Long]) As Long",
      "the host has no user interface. Use WScript.Echo"},
-    {"CreateShortcut", 1002, 1, 1, "path", "this system has no shortcut files"},
-    {"RegRead", 2000, 1, 1, "name", kNoRegistry},
-    {"RegWrite", 2001, 2, 3, "name, value, [type]", kNoRegistry},
-    {"RegDelete", 2002, 1, 1, "name", kNoRegistry},
-    {"LogEvent", 3000, 2, 3, "type, text, [target]",
+    {"CreateShortcut", 1002, 1, 1, "(path As String) As Object",
+     "this system has no shortcut files"},
+    {"RegRead", 2000, 1, 1, "(name As String) As Variant", kNoRegistry},
+    {"RegWrite", 2001, 2, 3, "(name As String, value As Variant, [type As String])", kNoRegistry},
+    {"RegDelete", 2002, 1, 1, "(name As String)", kNoRegistry},
+    {"LogEvent", 3000, 2, 3, "(type As Long, text As String, [target As String]) As Boolean",
      "this system has no event log. Use WScript.StdErr"},
-    {"AppActivate", 3010, 1, 2, "title, [wait]", kNoWindows},
-    {"SendKeys", 3011, 1, 2, "keys, [wait]", kNoWindows},
-    {"Exec", 3012, 1, 1, "command", kNoPrograms},
+    {"AppActivate", 3010, 1, 2, "(title As Variant, [wait As Boolean]) As Boolean", kNoWindows},
+    {"SendKeys", 3011, 1, 2, "(keys As String, [wait As Boolean])", kNoWindows},
+    {"Exec", 3012, 1, 1, "(command As String) As Object", kNoPrograms},
 };
 
 template <size_t kRow>
@@ -153,19 +152,21 @@ constexpr HostMember RefusedMember() {
   const Refusal& row = kRefusals[kRow];
   return {row.name,  row.id,        kMethod,
           row.least, row.most,      Refuse<kRow>,
-          nullptr,   row.arguments, "Not available here: a call is an error that says why."};
+          nullptr,   row.signature, "Not available here: a call is an error that says why."};
 }
 
 constexpr HostMember kMembers[] = {
     {"SpecialFolders", 100, kProperty, 0, 1, CallMember<&Shell::GetSpecialFolders>, nullptr,
-     "[name]", "The user's and the system's folders, or the path of one."},
-    {"Environment", 200, kProperty, 0, 1, CallMember<&Shell::GetEnvironment>, nullptr, "type",
+     " As WScript.Shell.SpecialFolders",
+     "The user's and the system's folders, or the path of one."},
+    {"Environment", 200, kProperty, 0, 1, CallMember<&Shell::GetEnvironment>, nullptr,
+     "([type As String]) As WScript.Shell.Environment",
      "The variables of the process: Environment(\"PROCESS\"). Other types are refused."},
     {"ExpandEnvironmentStrings", 1006, kMethod, 1, 1, CallMember<&Shell::ExpandEnvironmentStrings>,
-     nullptr, "text",
+     nullptr, "(text As String) As String",
      "The text with each %NAME% replaced by the value of that variable, if there is one."},
     {"CurrentDirectory", 3013, kProperty, 0, 0, CallMember<&Shell::GetCurrentDirectory>,
-     CallMember<&Shell::PutCurrentDirectory>, "", "The process's current folder."},
+     CallMember<&Shell::PutCurrentDirectory>, " As String", "The process's current folder."},
     RefusedMember<0>(),
     RefusedMember<1>(),
     RefusedMember<2>(),
@@ -182,7 +183,8 @@ static_assert(std::size(kMembers) == 4 + std::size(kRefusals));
 
 }  // namespace
 
-constexpr HostClass kShellClass = {"WScript.Shell", kMembers};
+constexpr HostClass kShellClass = {
+    "WScript.Shell", "Environment variables, special folders, the current folder.", kMembers};
 
 HostObject* NewShell() {
   return new Shell;

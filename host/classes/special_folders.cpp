@@ -177,14 +177,15 @@ constexpr auto kMethod = MemberKind::kMethod;
 constexpr auto kProperty = MemberKind::kProperty;
 
 constexpr HostMember kMembers[] = {
-    {"Item", DISPID_VALUE, kProperty, 1, 1, CallMember<&SpecialFolders::GetItem>, nullptr, "name",
+    {"Item", DISPID_VALUE, kProperty, 1, 1, CallMember<&SpecialFolders::GetItem>, nullptr,
+     "(name As Variant) As String",
      "The path of a folder by name or number, \"\" if this system has none of that name."},
-    {"Count", 1, kMethod, 0, 0, CallMember<&SpecialFolders::GetCount>, nullptr, "",
+    {"Count", 1, kMethod, 0, 0, CallMember<&SpecialFolders::GetCount>, nullptr, "() As Long",
      "The number of folders."},
-    {"length", 2, kProperty, 0, 0, CallMember<&SpecialFolders::GetCount>, nullptr, "",
+    {"length", 2, kProperty, 0, 0, CallMember<&SpecialFolders::GetCount>, nullptr, " As Long",
      "The number of folders."},
-    {"_NewEnum", DISPID_NEWENUM, kProperty, 0, 0, CallMember<&SpecialFolders::NewEnum>, nullptr, "",
-     "Enumerates the paths."},
+    {"_NewEnum", DISPID_NEWENUM, kProperty, 0, 0, CallMember<&SpecialFolders::NewEnum>, nullptr,
+     " As String", "Enumerates the paths."},
 };
 static_assert(IsWellFormed(kMembers));
 
@@ -194,7 +195,8 @@ const HostClass& SpecialFolders::Class() const {
 
 }  // namespace
 
-constexpr HostClass kSpecialFoldersClass = {"WScript.Shell.SpecialFolders", kMembers};
+constexpr HostClass kSpecialFoldersClass = {"WScript.Shell.SpecialFolders",
+                                            "The folders of the user and the system.", kMembers};
 
 HostObject* NewSpecialFolders() {
   return new SpecialFolders;

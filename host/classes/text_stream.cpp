@@ -10,37 +10,38 @@
 namespace mirolta::host {
 namespace {
 
-constexpr UINT kAnyCount = 0xFFFF;
-
 constexpr HostMember kMembers[] = {
-    {"Read", 1, MemberKind::kMethod, 1, 1, CallMember<&TextStream::Read>, nullptr, "count",
+    {"Read", 1, MemberKind::kMethod, 1, 1, CallMember<&TextStream::Read>, nullptr,
+     "(count As Long) As String",
      "Returns the next characters, fewer only at the end of the text."},
-    {"ReadLine", 2, MemberKind::kMethod, 0, 0, CallMember<&TextStream::ReadLine>, nullptr, "",
-     "Returns the rest of the line without its line end, which is skipped."},
-    {"ReadAll", 3, MemberKind::kMethod, 0, 0, CallMember<&TextStream::ReadAll>, nullptr, "",
-     "Returns the rest of the text."},
-    {"Skip", 4, MemberKind::kMethod, 1, 1, CallMember<&TextStream::Skip>, nullptr, "count",
-     "Skips the next characters."},
-    {"SkipLine", 5, MemberKind::kMethod, 0, 0, CallMember<&TextStream::SkipLine>, nullptr, "",
+    {"ReadLine", 2, MemberKind::kMethod, 0, 0, CallMember<&TextStream::ReadLine>, nullptr,
+     "() As String", "Returns the rest of the line without its line end, which is skipped."},
+    {"ReadAll", 3, MemberKind::kMethod, 0, 0, CallMember<&TextStream::ReadAll>, nullptr,
+     "() As String", "Returns the rest of the text."},
+    {"Skip", 4, MemberKind::kMethod, 1, 1, CallMember<&TextStream::Skip>, nullptr,
+     "(count As Long)", "Skips the next characters."},
+    {"SkipLine", 5, MemberKind::kMethod, 0, 0, CallMember<&TextStream::SkipLine>, nullptr, "()",
      "Skips the rest of the line and its line end."},
     {"Write", 6, MemberKind::kMethod, 1, kAnyCount, CallMember<&TextStream::Write>, nullptr,
-     "text, ...", "Writes a text; several are separated by spaces."},
+     "(text As Variant, ...)", "Writes a text; several are separated by spaces."},
     {"WriteLine", 7, MemberKind::kMethod, 0, kAnyCount, CallMember<&TextStream::WriteLine>, nullptr,
-     "[text, ...]", "Writes a text and a line end: CR LF in files, LF on the standard streams."},
+     "([text As Variant], ...)",
+     "Writes a text and a line end: CR LF in files, LF on the standard streams."},
     {"WriteBlankLines", 8, MemberKind::kMethod, 1, 1, CallMember<&TextStream::WriteBlankLines>,
-     nullptr, "count", "Writes line ends."},
-    {"Close", 9, MemberKind::kMethod, 0, 0, CallMember<&TextStream::Close>, nullptr, "",
+     nullptr, "(count As Long)", "Writes line ends."},
+    {"Close", 9, MemberKind::kMethod, 0, 0, CallMember<&TextStream::Close>, nullptr, "()",
      "Closes the stream; a new file takes the place of the old one."},
     {"AtEndOfStream", 10, MemberKind::kProperty, 0, 0, CallMember<&TextStream::GetAtEndOfStream>,
-     nullptr, "", "Whether the text has been read to its end; waits for the next character."},
+     nullptr, " As Boolean",
+     "Whether the text has been read to its end; waits for the next character."},
     {"AtEndOfLine", 11, MemberKind::kProperty, 0, 0, CallMember<&TextStream::GetAtEndOfLine>,
-     nullptr, "", "Whether a line end or the end of the text is next."},
-    {"Line", 12, MemberKind::kProperty, 0, 0, CallMember<&TextStream::GetLine>, nullptr, "",
+     nullptr, " As Boolean", "Whether a line end or the end of the text is next."},
+    {"Line", 12, MemberKind::kProperty, 0, 0, CallMember<&TextStream::GetLine>, nullptr, " As Long",
      "The number of the line, from 1."},
-    {"Column", 13, MemberKind::kProperty, 0, 0, CallMember<&TextStream::GetColumn>, nullptr, "",
-     "The number of the next character in its line, from 1."},
+    {"Column", 13, MemberKind::kProperty, 0, 0, CallMember<&TextStream::GetColumn>, nullptr,
+     " As Long", "The number of the next character in its line, from 1."},
     {"IsTerminal", 14, MemberKind::kProperty, 0, 0, CallMember<&TextStream::GetIsTerminal>, nullptr,
-     "", "Whether the stream is a terminal. Not on the platform's own host."},
+     " As Boolean", "Whether the stream is a terminal. Not on the platform's own host."},
 };
 static_assert(IsWellFormed(kMembers));
 
@@ -78,7 +79,8 @@ std::string Utf16Bytes(UnitsView text) {
 
 }  // namespace
 
-constinit const HostClass TextStream::kClass = {"TextStream", kMembers};
+constinit const HostClass TextStream::kClass = {"TextStream",
+                                                "Text of a file or a standard stream.", kMembers};
 
 TextStream::TextStream(std::unique_ptr<ByteChannel> channel, Direction direction,
                        const TextStreamOptions& options)
@@ -123,7 +125,7 @@ HRESULT TextStream::PutEncoded(UnitsView text) {
 }
 
 void TextStream::Put(UnitsView text) {
-  ByteChannel& channel = Writer();
+  const ByteChannel& channel = Writer();
   Units all = half_;
   all += text;
   Units half;

@@ -129,11 +129,12 @@ int DescribeClass(const std::string& prog_id) {
                        : ("cannot be created " + problem).c_str());
     return 1;
   }
-  HostObject* const host_object = HostObjectOf(object.Get());
+  const HostObject* const host_object = HostObjectOf(object.Get());
   if (host_object == nullptr) return Describe(prog_id, object.Get());
-  WriteTitle(host_object->Class().name, {});
+  const HostClass& host_class = host_object->Class();
+  WriteTitle(host_class.name, {.name = host_class.name, .help = host_class.help});
   puts("  a class of the host itself");
-  WriteMembers(DescribeHostMembers(host_object->Class()));
+  WriteMembers(DescribeHostMembers(host_class));
   return 0;
 }
 

@@ -28,7 +28,7 @@ bool IsNameByte(char byte) {
 }
 
 bool IsName(std::string_view text) {
-  return !text.empty() && !(text[0] >= '0' && text[0] <= '9') &&
+  return !text.empty() && (text[0] < '0' || text[0] > '9') &&
          std::all_of(text.begin(), text.end(), IsNameByte);
 }
 
@@ -53,9 +53,12 @@ size_t ParseWord(std::string_view text, Word* word) {
 }
 
 struct CompletionFunction {
+  CompletionFunction(const Word* to_complete, std::vector<std::string>* found)
+      : word(to_complete), words(found) {}
+
   const Word* word;
   std::vector<std::string>* words;
-  OwnedReference<IDispatch> object{};
+  OwnedReference<IDispatch> object;
 
   duk_ret_t Run(duk_context* engine) {
     duk_push_global_object(engine);
@@ -97,7 +100,7 @@ struct CompletionFunction {
     if (name.starts_with(word->start) && IsName(name)) words->emplace_back(name);
   }
 
-  void AddProperties(duk_context* engine) {
+  void AddProperties(duk_context* engine) const {
     duk_enum(engine, -1, DUK_ENUM_INCLUDE_NONENUMERABLE);
     while (duk_next(engine, -1, 0)) {
       duk_size_t size = 0;
@@ -130,7 +133,7 @@ Completions CompleteName(duk_context* engine, std::string_view text) {
   Completions found;
   Word word;
   found.begin = ParseWord(text, &word);
-  CompletionFunction function{&word, &found.words};
+  CompletionFunction function(&word, &found.words);
   if (duk_safe_call(engine, Complete, &function, 0, 1) != DUK_EXEC_SUCCESS) found.words.clear();
   duk_pop(engine);
   std::sort(found.words.begin(), found.words.end());

@@ -190,18 +190,16 @@ std::vector<MemberDescription> DescribeHostMembers(const HostClass& host_class) 
                            .is_method = row.kind == MemberKind::kMethod,
                            .is_read = row.get != nullptr,
                            .is_written = row.put != nullptr};
-    const std::string arguments = row.arguments;
-    const bool has_list = use.is_method || !arguments.empty();
     members.push_back({.name = row.name,
                        .kind = KindOf(use),
-                       .signature = row.name + (has_list ? "(" + arguments + ")" : ""),
+                       .signature = std::string(row.name) + row.signature,
                        .help = row.help});
   }
   return members;
 }
 
 std::vector<MemberDescription> DescribeMembers(IDispatch* object) {
-  if (HostObject* const host_object = HostObjectOf(object)) {
+  if (const HostObject* const host_object = HostObjectOf(object)) {
     return DescribeHostMembers(host_object->Class());
   }
   OwnedReference<ITypeInfo> info;

@@ -78,9 +78,8 @@ constexpr Option kOptions[] = {
 
 const char* SetTimeLimit(CommandLine* line, std::string_view value) {
   unsigned seconds = 0;
-  const char* const end = value.data() + value.size();
-  const auto parsed = std::from_chars(value.data(), end, seconds);
-  if (parsed.ec != std::errc() || parsed.ptr != end || seconds > 32767) {
+  const auto parsed = std::from_chars(value.data(), value.data() + value.size(), seconds);
+  if (parsed.ec != std::errc() || parsed.ptr != value.data() + value.size() || seconds > 32767) {
     return "needs a number of seconds from 0 to 32767";
   }
   line->time_limit = seconds;

@@ -57,7 +57,7 @@ LONG ReadText(HKEY parent, const std::string& path, std::string* text, DWORD* la
   }
   if (error != ERROR_SUCCESS) return error;
   if (type != REG_SZ) return ERROR_FILE_NOT_FOUND;
-  *text = SystemFromUnits(units.c_str());
+  *text = SystemFromUnits(units.substr(0, units.find(OLECHAR{0})));
   return layer == nullptr ? ERROR_SUCCESS : MiroltaRegistryLayer(key.Get(), layer);
 }
 

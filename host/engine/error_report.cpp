@@ -276,6 +276,7 @@ void ReportUncaught(duk_context* engine, bool was_compiled) {
   const ScriptContext& context = ContextOf(engine);
   if (context.is_batch) return;
   std::vector<std::string> files;
+  files.reserve(context.scripts.size());
   for (const ScriptText* one : context.scripts) files.push_back(one->name);
   // First: the description may run code of the script, which throws.
   Calls calls;

@@ -1,8 +1,8 @@
 #include "files/full_path.h"
 
 #include <stdlib.h>
-#include <unistd.h>
 
+#include <filesystem>
 #include <memory>
 
 namespace mirolta::host {
@@ -31,8 +31,9 @@ std::string FullLinkPath(const std::string& path) {
 
 std::string RootedPath(const std::string& path) {
   if (path.starts_with('/')) return path;
-  const std::unique_ptr<char, Freeing> folder(getcwd(nullptr, 0));
-  return folder != nullptr ? std::string(folder.get()) + "/" + path : path;
+  std::error_code failure;
+  const std::filesystem::path folder = std::filesystem::current_path(failure);
+  return failure ? path : folder.native() + "/" + path;
 }
 
 }  // namespace mirolta::host

@@ -79,8 +79,10 @@ struct KnownMember {
 
 // The proxy trap get(target, name)
 struct GetFunction {
-  KnownMember known{};
-  MemberCall call{};
+  explicit GetFunction(const KnownMember& found) : known(found) {}
+
+  KnownMember known;
+  MemberCall call;
   bool is_invoked = false;
   HRESULT status = S_OK;
 
@@ -184,8 +186,10 @@ duk_ret_t Get(duk_context* engine) {
 
 // The proxy trap set(target, name, value)
 struct SetFunction {
-  KnownMember known{};
-  MemberCall call{};
+  explicit SetFunction(const KnownMember& found) : known(found) {}
+
+  KnownMember known;
+  MemberCall call;
   bool is_invoked = false;
   HRESULT status = S_OK;
 
@@ -257,7 +261,7 @@ duk_ret_t NeverCalled(duk_context*) {
 
 // Whether obj(arguments) may be possible: only the host's own classes tell.
 bool MayBeCalled(IDispatch* object) {
-  HostObject* own = HostObjectOf(object);
+  const HostObject* own = HostObjectOf(object);
   return own == nullptr || HasDefaultMember(own->Class());
 }
 

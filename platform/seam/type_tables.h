@@ -7,16 +7,20 @@
 
 namespace mirolta {
 
-// A parameter's or result's type. Objects name their interface.
+// A parameter's or result's type. Objects name their interface. A VARIANT result has the type
+// `content` or is empty; of any type if `content` is VT_EMPTY.
 struct ValueType {
   VARTYPE type;
   const OLECHAR* interface_name;
+  VARTYPE content = VT_EMPTY;
 };
 inline constexpr ValueType kNone = {VT_EMPTY, nullptr};
 inline constexpr ValueType kLong = {VT_I4, nullptr};
 inline constexpr ValueType kBool = {VT_BOOL, nullptr};
 inline constexpr ValueType kText = {VT_BSTR, nullptr};
 inline constexpr ValueType kVariant = {VT_VARIANT, nullptr};
+inline constexpr ValueType kBytesVariant = {VT_VARIANT, nullptr, VT_ARRAY | VT_UI1};
+inline constexpr ValueType kTextVariant = {VT_VARIANT, nullptr, VT_BSTR};
 inline constexpr ValueType kUnknown = {VT_UNKNOWN, OLESTR("IUnknown")};
 
 // Whether a caller may omit a parameter, and what the member then receives.

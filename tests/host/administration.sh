@@ -8,7 +8,7 @@ umask 022
 unset MIROLTA_REGISTRY XDG_DATA_HOME
 export HOME="$folder/home" XDG_DATA_DIRS="$folder/data"
 export MIROLTA_SYSTEM_REGISTRY="$folder/etc/registry.reg"
-. "$tests/administration_support.sh"
+. "$tests/registration_support.sh"
 registry=$MIROLTA_SYSTEM_REGISTRY
 hash='new ActiveXObject("Vardeko.crypt.HashObject")'
 

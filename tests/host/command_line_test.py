@@ -139,7 +139,7 @@ class WhatItPrints(CommandLineTest):
     def test_version(self):
         run = self.run_host("--version")
         self.assertEqual((run.returncode, run.stderr), (0, ""))
-        self.assertRegex(run.stdout, r"^mirolta-host \d+\.\d+ \(Duktape \d+\.\d+\.\d+(, libedit)?\)\n$")
+        self.assertRegex(run.stdout, r"^mirolta-host \d+\.\d+\.\d+ \(Duktape \d+\.\d+\.\d+(, libedit)?\)\n$")
 
     def test_usage_errors_on_standard_error(self):
         run = self.run_host("--nonsense")

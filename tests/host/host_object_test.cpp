@@ -71,21 +71,42 @@ class Sample final : public HostObject {
 
 constexpr HostMember kMembers[] = {
     {"Value", DISPID_VALUE, MemberKind::kProperty, 0, 1, CallMember<&Sample::GetValue>,
-     CallMember<&Sample::PutValue>, "[n]", "A number."},
-    {"Join", 1, MemberKind::kMethod, 0, 3, CallMember<&Sample::Join>, nullptr, "[a, b, c]",
-     "Joins."},
-    {"Count", 2, MemberKind::kProperty, 0, 0, CallMember<&Sample::GetCount>, nullptr, "", "Seven."},
-    {"Refuse", 3, MemberKind::kMethod, 1, 1, CallMember<&Sample::Refuse>, nullptr, "n", "Fails."},
-    {"Self", 4, MemberKind::kMethod, 0, 0, CallMember<&Sample::Self>, nullptr, "", "Itself."},
-    {"Own", 6, MemberKind::kProperty, 0, 0, CallMember<&Sample::Self>, nullptr, "", "Itself."},
-    {"Leave", 5, MemberKind::kMethod, 0, 0, CallMember<&Sample::Leave>, nullptr, "", "Ends."},
+     CallMember<&Sample::PutValue>, "([n As Long]) As Double", "A number."},
+    {"Join", 1, MemberKind::kMethod, 0, 3, CallMember<&Sample::Join>, nullptr,
+     "([a As String], [b As String], [c As String]) As String", "Joins."},
+    {"Count", 2, MemberKind::kProperty, 0, 0, CallMember<&Sample::GetCount>, nullptr, " As Long",
+     "Seven."},
+    {"Refuse", 3, MemberKind::kMethod, 1, 1, CallMember<&Sample::Refuse>, nullptr, "(n As Long)",
+     "Fails."},
+    {"Self", 4, MemberKind::kMethod, 0, 0, CallMember<&Sample::Self>, nullptr, "() As Sample.Class",
+     "Itself."},
+    {"Own", 6, MemberKind::kProperty, 0, 0, CallMember<&Sample::Self>, nullptr, " As Sample.Class",
+     "Itself."},
+    {"Leave", 5, MemberKind::kMethod, 0, 0, CallMember<&Sample::Leave>, nullptr, "() As Long",
+     "Ends."},
     {"_NewEnum", DISPID_NEWENUM, MemberKind::kProperty, 0, 0, CallMember<&Sample::Values>, nullptr,
-     "", "The values."},
+     " As Long", "The values."},
 };
 static_assert(IsWellFormed(kMembers));
 constexpr HostMember kTwins[] = {kMembers[1], kMembers[1]};
 static_assert(!IsWellFormed(kTwins));
-constexpr HostClass kSample = {"Sample.Class", kMembers};
+
+// What Join, which takes none to three arguments, may not say.
+constexpr bool JoinCanSay(const char* signature) {
+  HostMember row = kMembers[1];
+  row.signature = signature;
+  return HasItsSignature(row);
+}
+static_assert(JoinCanSay("([a As String], [b As Byte()], [c As Variant()])"));
+static_assert(!JoinCanSay("(a As String, [b As String], [c As String])"));
+static_assert(!JoinCanSay("([a As String], [b As String])"));
+static_assert(!JoinCanSay("([a As String], [b As String], [c As String], ...)"));
+static_assert(!JoinCanSay(" As String"));
+static_assert(!JoinCanSay("([a], [b], [c])"));
+static_assert(!JoinCanSay("([a As String], [b As String], [c As String]) String"));
+static_assert(!JoinCanSay("([a As String], [b As String], [c As String"));
+
+constexpr HostClass kSample = {"Sample.Class", "A sample.", kMembers};
 
 const HostClass& Sample::Class() const {
   return kSample;
@@ -266,7 +287,7 @@ TEST_F(HostObjectTest, HostObjectsAreToldFromOthers) {
 
 TEST_F(HostObjectTest, AClassMayHaveADefaultMember) {
   EXPECT_TRUE(HasDefaultMember(kSample));
-  EXPECT_FALSE(HasDefaultMember({"Plain", std::span(kMembers).subspan(1)}));
+  EXPECT_FALSE(HasDefaultMember({"Plain", "Another.", std::span(kMembers).subspan(1)}));
 }
 
 TEST_F(HostObjectTest, AnEnumeratorGivesTheValuesInOrder) {

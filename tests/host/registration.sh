@@ -6,27 +6,8 @@ tests=$(cd "$(dirname "$0")" && pwd)
 rm -rf "$folder" && mkdir -p "$folder" && cd "$folder" || exit 1
 umask 022
 export MIROLTA_REGISTRY="$folder/registry.reg"
-fails=0
-
-# expect STATUS PATTERN ARGUMENTS...: the exit status, and a pattern of both outputs
-expect() {
-  status=$1 pattern=$2
-  shift 2
-  said=$("$host" "$@" 2>&1)
-  got=$?
-  if [ $got -ne "$status" ] || ! printf '%s\n' "$said" | grep -q "$pattern"; then
-    echo "$*: status $got, expected $status and '$pattern': $said"
-    fails=1
-  fi
-}
-# holds COUNT PATTERN: the number of lines of the registry that match the pattern
-holds() {
-  found=$(grep -c "$2" registry.reg)
-  if [ "$found" -ne "$1" ]; then
-    echo "$found lines match $2, expected $1"
-    fails=1
-  fi
-}
+. "$tests/registration_support.sh"
+registry=registry.reg
 
 expect 0 ': registered$' --register "$module"
 holds 12 'InprocServer32\]'

@@ -21,7 +21,7 @@ mount -t tmpfs -o size=64k tmpfs disk || exit 1
 unset MIROLTA_REGISTRY XDG_DATA_HOME
 export HOME="$folder/disk/home" XDG_DATA_DIRS="$folder/data"
 export MIROLTA_SYSTEM_REGISTRY="$folder/disk/etc/registry.reg"
-. "$tests/administration_support.sh"
+. "$tests/registration_support.sh"
 user=$HOME/.local/share/mirolta/registry.reg
 hash='new ActiveXObject("Vardeko.crypt.HashObject")'
 

@@ -42,7 +42,9 @@ install_version "$version"
 is_registered_once "after the installation"
 [ "$(stat -c '%U %a' $registry)" = 'root 644' ] || fail "the registry is $(stat -c '%U %a' $registry)"
 as_user mirolta-host --list >/tmp/list || fail "--list"
-grep -q "^$library\$" /tmp/list && grep -q "registered in $registry" /tmp/list || fail "--list says $(cat /tmp/list)"
+for line in "^$library\$" "registered in $registry"; do
+  grep -q "$line" /tmp/list || fail "--list says $(cat /tmp/list)"
+done
 [ "$(as_user mirolta-host --version | cut -d' ' -f2)" = "$version" ] || fail "--version"
 
 # Examples, the manual page, a program in C++, Python.
@@ -81,7 +83,8 @@ is_registered_once "after an upgrade over an older version"
 dpkg --unpack /debs/99.0/*.deb >/tmp/dpkg.log 2>&1 || fail "unpacking: $(cat /tmp/dpkg.log)"
 is_registered_once "while an upgrade is not configured"
 # It cannot be configured while the registry cannot be written; afterwards it can.
-mount --bind /etc/mirolta /etc/mirolta && mount -o remount,bind,ro /etc/mirolta || fail "mounting"
+mount --bind /etc/mirolta /etc/mirolta || fail "mounting"
+mount -o remount,bind,ro /etc/mirolta || fail "mounting read-only"
 cp $registry /tmp/registry.reg
 dpkg --configure -a >/tmp/dpkg.log 2>&1 && fail "a read-only registry is not noticed"
 grep -q "the registry file $registry cannot be written: Read-only file system" /tmp/dpkg.log ||

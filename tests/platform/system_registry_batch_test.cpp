@@ -62,6 +62,26 @@ TEST_F(RegistryBatch, ABatchIsWrittenOnce) {
   EXPECT_EQ(syncs, 1);
 }
 
+TEST_F(RegistryBatch, ADiscardedBatchChangesNothing) {
+  { const Key key(u"Before"); }
+  const std::string before = ReadFile(file_);
+  MiroltaRegistryDiscard();  // there is none
+  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
+  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
+  { const Key key(u"Batch"); }
+  EXPECT_EQ(RegDeleteKeyW(HKEY_CLASSES_ROOT, u"Before"), ERROR_SUCCESS);
+  MiroltaRegistryDiscard();
+  EXPECT_EQ(OpenStatus(u"Batch"), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(OpenStatus(u"Before"), ERROR_SUCCESS);
+  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(ReadFile(file_), before);
+  // The next one is not affected.
+  ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
+  { const Key key(u"Next"); }
+  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
+  EXPECT_EQ(SubkeysOf(HKEY_CLASSES_ROOT), (Names{"Before", "Next"}));
+}
+
 TEST_F(RegistryBatch, ABatchIsItsThreads) {
   ASSERT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
   { const Key key(u"Mine"); }

@@ -1,6 +1,6 @@
 """Compares the tables of docs/scripts.md with the members that the objects of the host have.
 
-  compatibility_page.py PAGE HOST HOST-CLASS-LISTING
+  compatibility_page.py PAGE HOST HOST-CLASS-LISTING FOLDER-OF-CLASSES
 
 A table of members stands under a heading that is the object's name. Its rows are
 
@@ -16,6 +16,8 @@ The second column is one of
 
 A member that differs, is refused or missing has a text in the third column. Tables whose first column is "behaviour"
 have the same words, and are not compared.
+
+The listing must have every class that the sources define.
 """
 import pathlib
 import re
@@ -23,6 +25,7 @@ import subprocess
 import sys
 
 HEADING = re.compile(r"^#+ `?([^`]*?)`?$")
+CLASS = re.compile(r'\bHostClass [\w:]+ = ?\{"([^"]+)"')
 NAME = re.compile(r"`([\w.]+)[^`]*`")
 HAS = {"same": True, "differs": True, "refused": True, "only here": True, "missing": False}
 NEEDS_TEXT = {"differs", "refused", "missing"}
@@ -89,9 +92,15 @@ def members_of(host, listing):
     return members
 
 
-def main(page, host, listing):
+def classes_of(folder):
+    """The names of the classes that the sources define."""
+    return {name for path in pathlib.Path(folder).glob("*.cpp") for name in CLASS.findall(path.read_text("utf-8"))}
+
+
+def main(page, host, listing, classes):
     members = members_of(host, listing)
     faults = compare(pathlib.Path(page).read_text("utf-8"), members)
+    faults += [f"{name} is not in the list of all classes" for name in sorted(classes_of(classes) - set(members))]
     for fault in faults:
         print(f"FAILED: {page}: {fault}")
     print(f"{sum(map(len, members.values()))} members of {len(members)} objects")
@@ -99,6 +108,6 @@ def main(page, host, listing):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 4:
+    if len(sys.argv) != 5:
         sys.exit(__doc__)
     main(*sys.argv[1:])

@@ -1,7 +1,7 @@
 // Prints the members of every class that the host itself implements: class, member, and how it is used.
 #include <cstdio>
 
-#include "host_class_rows.h"
+#include "classes/class_list.h"
 
 namespace mirolta::host {
 namespace {
@@ -14,7 +14,7 @@ const char* UseOf(const HostMember& member) {
 
 void PrintClass(const HostClass& row) {
   for (const HostMember& member : row.members) {
-    std::printf("%s\t%s\t%s\t%s\t%s\n", row.name, member.name, UseOf(member), member.arguments,
+    std::printf("%s\t%s\t%s\t%s\t%s\n", row.name, member.name, UseOf(member), member.signature,
                 member.help);
   }
 }

@@ -3,9 +3,11 @@
   page_scripts.py PROJECT HOST SCRATCH          on the native host
   page_scripts.py PROJECT HOST SCRATCH --wine   also on the platform's host, as far as Wine has it
 
-The pages are all .md files of the project. A script is a block between ```js and ```; the next block,
-between ```text and ```, has its standard output. It ends with status 0 and prints nothing on standard
-error. The scripts of a page run one after the other in a folder of their own.
+The pages are all .md files of the project. A script is a block between ```js or ```vbscript and ```; the
+next block between ```text and ``` has its standard output. A script ends with status 0 and prints nothing on
+standard error. The scripts of a page run one after the other in a folder of their own. Between a script and
+its output there may be the same in other languages, whose output is the same: at most one block of each.
+VBScript runs on the platform's host only; tests/docs runs programs in C++ and Python.
 
 A line before a script, or a comment around it, says why the platform's host cannot run the script:
 
@@ -23,7 +25,10 @@ import sys
 import worlds
 
 LEFT_OUT = {"build", ".git"}
-LANGUAGES = {"", "js", "text"}
+SCRIPTS = {"js": ".js", "vbscript": ".vbs"}
+LANGUAGES = {"", "text", *SCRIPTS, "c", "cmake", "cpp", "python", "sh", "xml"}
+# What may stand between a script and its output.
+PROGRAMS = {"c", "cpp", "python"}
 FENCE = re.compile(r"^ {0,3}(?:```+|~~~+)(.*)$")
 MARK = re.compile(r"^(?:<!-- )?(?:Only on `mirolta-host`|Not with Wine): *(.*?)(?: *-->)?$")
 BYTES = re.compile(r"\bBytes\.")
@@ -34,8 +39,9 @@ SCRIPT_WORDS = re.compile(r"WScript\.|new ActiveXObject\(")
 
 
 class PageScript:
-    def __init__(self, place, reason):
+    def __init__(self, place, reason, language):
         self.place = place
+        self.language = language
         self.reason = reason
         self.text = ""
         self.expected = None
@@ -69,29 +75,31 @@ def scripts_of(page, name, report):
             body.append(line + "\n")
         else:
             text = "".join(body)
-            last = scripts[-1] if scripts else None
-            waits = last is not None and last.expected is None
-            if language == "js":
-                if waits:
-                    report.fail(last.place, "a script without its output")
-                    last.expected = ""
-                scripts.append(PageScript(place, reason))
+            waiting = [script for script in scripts if script.expected is None]
+            if language in SCRIPTS:
+                if any(script.language == language for script in waiting):
+                    report.fail(waiting[0].place, "a script without its output")
+                    for script in waiting:
+                        script.expected = ""
+                scripts.append(PageScript(place, reason, language))
                 scripts[-1].text = text
                 reason = None
-            elif waits:
+            elif waiting and language not in PROGRAMS:
                 if language != "text":
-                    report.fail(last.place, "a script without its output")
-                last.expected = text
-            if language != "js" and SCRIPT_WORDS.search(text):
+                    report.fail(waiting[0].place, "a script without its output")
+                for script in waiting:
+                    script.expected = text
+            if language not in SCRIPTS and SCRIPT_WORDS.search(text):
                 report.fail(place, "a script that is not between ```js and ```")
             language = None
     if language is not None:
         report.fail(place, "a block without end")
     if reason is not None:
         report.fail(mark_place, "a mark without a script")
-    if scripts and scripts[-1].expected is None:
-        report.fail(scripts[-1].place, "a script without its output")
-        scripts[-1].expected = ""
+    for script in scripts:
+        if script.expected is None:
+            report.fail(script.place, "a script without its output")
+            script.expected = ""
     return scripts
 
 
@@ -102,7 +110,7 @@ def runs_of(page_scripts, scratch, world, encoding, library=""):
         folder = worlds.new_folder(pathlib.Path(scratch) / world / name)
         work = worlds.new_folder(folder / "work")
         for number, script in enumerate(scripts, 1):
-            file = folder / f"{number}.js"
+            file = folder / f"{number}{SCRIPTS[script.language]}"
             text = library + script.text if BYTES.search(script.text) else script.text
             file.write_text(text, encoding, "replace")
             runs[script.place] = worlds.Run(script.place, file, work)
@@ -116,8 +124,8 @@ def check(project, host, scratch, with_wine):
     for page in pages_of(project):
         name = page.relative_to(project).as_posix()
         page_scripts[name] = scripts_of(page, name, report)
-        fences += len(re.findall(r"^\s*```+\s*js", page.read_text("utf-8"), re.MULTILINE))
-        if re.fullmatch(r"docs/[A-Z]\w*\.md", name) and not page_scripts[name]:
+        fences += len(re.findall(r"^\s*```+\s*(?:js|vbscript)\b", page.read_text("utf-8"), re.MULTILINE))
+        if re.fullmatch(r"docs/[A-Z]\w*[a-z]\w*\.md", name) and not page_scripts[name]:
             report.fail(name, "the page of a class without a script")
     scripts = [script for scripts in page_scripts.values() for script in scripts]
     if len(scripts) != fences:
@@ -125,9 +133,13 @@ def check(project, host, scratch, with_wine):
     if not page_scripts.get("README.md"):
         report.fail("README.md", "no script")
 
-    runs = runs_of(page_scripts, scratch, "native", "utf-8")
+    native = {name: [script for script in scripts if script.language == "js"]
+              for name, scripts in page_scripts.items()}
+    runs = runs_of(native, scratch, "native", "utf-8")
     worlds.run_natively(host, list(runs.values()))
     for script in scripts:
+        if script.language != "js":
+            continue
         run = runs[script.place]
         if run.status != 0 or run.errors:
             report.fail(script.place, f"status {run.status}\n{run.errors}")

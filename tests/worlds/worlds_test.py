@@ -119,6 +119,16 @@ class PageScriptsTest(WorldsTest):
         self.fails(script % "WScript.Echo(Bytes.ToText(Bytes.FromText('a'))); void ",
                    "output with Wine", with_wine=True, keep=True)
 
+    def test_languages_side_by_side_share_their_output(self):
+        both = ("```js\nWScript.Echo('a');\n```\n\n```vbscript\nWScript.Echo \"a\"\n```\n\n"
+                "```cpp\nint main() {}\n```\n\n```text\na\n```\n")
+        # The platform's host is played by one that reads no VBScript.
+        self.assertIn("3 scripts of 2 pages", self.passes(both))
+        self.fails(both, "docs/page.md:5: status", with_wine=True)
+        self.fails(both.replace("vbscript", "js"), "a script without its output")
+        self.fails(both.split("```text")[0], "docs/page.md:5: a script without its output")
+        self.fails(both.replace("```cpp", "```sh"), "a script without its output")
+
     def test_a_mark_holds_for_one_script(self):
         self.fails(MARK + BEYOND + BEYOND, "docs/page.md:9: output with Wine", with_wine=True)
 

@@ -1,0 +1,127 @@
+"""Runs the examples in C++ and Python of the pages and compares their output with the page.
+
+  page_programs.py PROJECT --source FILE.cpp            writes all C++ examples as one program
+  page_programs.py PROJECT --run PROGRAM SCRATCH        runs them, and those in Python
+
+A block between ```cpp or ```python and ``` is an example if output, the next block between ```text and ```,
+follows it, with nothing but examples in other languages in between. On the page of a class every block is
+one, and there is at least one in each language. The pages of the languages have tests of their own.
+
+An example in C++ is a whole program whose main returns nothing; all become one, to compile it once. The
+environment variable PYTHONPATH leads to the package of those in Python.
+"""
+import os
+import pathlib
+import re
+import subprocess
+import sys
+
+ROOT_FOLDERS = ["", "docs", "host"]
+# Their own tests run these: tests/include, tests/python, tests/consumers.
+OF_LANGUAGES = {"docs/cpp.md", "docs/c.md", "docs/python.md", "docs/embedding.md"}
+LANGUAGES = {"cpp", "python"}
+SCRIPTS = {"js", "vbscript"}
+BLOCK = re.compile(r"^```(\w*)[^\n]*\n(.*?)^```$", re.M | re.S)
+CLASS_PAGE = re.compile(r"docs/[A-Z]\w*[a-z]\w*\.md")
+LIMIT = 120
+
+
+class Example:
+    def __init__(self, place, language, text):
+        self.place, self.language, self.text = place, language, text
+        self.expected = None
+
+
+def pages_of(project):
+    for folder in ROOT_FOLDERS:
+        yield from sorted((project / folder).glob("*.md"))
+
+
+def examples_of(project, failures):
+    """All examples; what the pages lack is added to failures."""
+    found = []
+    for page in pages_of(project):
+        name = page.relative_to(project).as_posix()
+        if name in OF_LANGUAGES:
+            continue
+        text = page.read_text("utf-8")
+        is_class = CLASS_PAGE.fullmatch(name)
+        here, waiting = [], []
+        for match in BLOCK.finditer(text):
+            language = match[1]
+            if language in LANGUAGES:
+                place = f"{name}:{text.count(chr(10), 0, match.start()) + 1}"
+                waiting.append(Example(place, language, match[2]))
+            elif language == "text":
+                for example in waiting:
+                    example.expected = match[2]
+                here += waiting
+                waiting = []
+            elif language not in SCRIPTS:
+                failures += [f"{example.place}: no output" for example in waiting if is_class]
+                waiting = []
+        failures += [f"{example.place}: no output" for example in waiting if is_class]
+        if is_class:
+            missing = LANGUAGES - {example.language for example in here}
+            failures += [f"{name}: no example in {language}" for language in sorted(missing)]
+        found += here
+    return found
+
+
+def source_of(examples):
+    """One program: its first argument is the number of the example to run."""
+    includes, bodies, calls = set(), [], []
+    for number, example in enumerate(examples):
+        lines = example.text.split("\n")
+        includes |= {line for line in lines if line.startswith("#include ")}
+        body = "\n".join(line for line in lines if not line.startswith("#include "))
+        if len(re.findall(r"^int main\(\) \{$", body, re.M)) != 1:
+            sys.exit(f"{example.place}: no line int main() {{")
+        body = body.replace("int main() {", "void Main() {")
+        bodies.append(f"// {example.place}\nnamespace example_{number} {{\n{body.strip()}\n}}\n")
+        calls.append(f"  if (number == \"{number}\") return example_{number}::Main(), 0;")
+    includes.add("#include <string>")
+    return "\n".join(["// Made by page_programs.py of the pages.", *sorted(includes), "", "namespace {", "",
+                      *bodies, "}  // namespace", "", "int main(int count, char** words) {",
+                      "  const std::string number = count == 2 ? words[1] : \"\";", *calls,
+                      "  return 2;", "}", ""])
+
+
+def run(example, command, folder):
+    done = subprocess.run(command, cwd=folder, stdin=subprocess.DEVNULL, capture_output=True,
+                          timeout=LIMIT, check=False, text=True, encoding="utf-8")
+    if done.returncode != 0 or done.stderr:
+        return f"{example.place}: status {done.returncode}\n{done.stderr}"
+    if done.stdout != example.expected:
+        return f"{example.place}: prints\n{done.stdout}and the page says\n{example.expected}"
+    return None
+
+
+def main(arguments):
+    if len(arguments) < 3 or arguments[1] not in ("--source", "--run"):
+        sys.exit(__doc__)
+    project = pathlib.Path(arguments[0]).resolve()
+    failures = []
+    examples = examples_of(project, failures)
+    programs = [example for example in examples if example.language == "cpp"]
+    if arguments[1] == "--source":
+        text = source_of(programs)
+        out = pathlib.Path(arguments[2])
+        if not out.exists() or out.read_text("utf-8") != text:
+            out.write_text(text, "utf-8")
+        return 0
+    folder = pathlib.Path(arguments[3])
+    folder.mkdir(parents=True, exist_ok=True)
+    for number, example in enumerate(programs):
+        failures.append(run(example, [os.path.abspath(arguments[2]), str(number)], folder))
+    for example in examples:
+        if example.language == "python":
+            failures.append(run(example, [sys.executable, "-B", "-W", "error", "-c", example.text], folder))
+    failures = [failure for failure in failures if failure]
+    print("\n".join(failures))
+    print(f"{len(examples)} examples, {len(failures)} failures")
+    return 1 if failures or not examples else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))

@@ -1,0 +1,131 @@
+"""What the pages say of the project: links, contents, errors, and the picture of the architecture."""
+import pathlib
+import re
+import unittest
+import urllib.parse
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+LEFT_OUT = {"build", ".git", "tests"}
+CLASSES = ["HashObject", "SymmetricCryptObject", "PexBigNumber", "RSACrypt", "ToviStreamDigest",
+           "ToviStreamCrypt"]
+FENCED = re.compile(r"^(```+).*?^\1[ ]*$", re.M | re.S)
+LINK = re.compile(r"!?\[[^\]]*\]\(([^)\s]+)\)")
+STATUS = re.compile(r"0x[0-9A-F]{8}")
+
+
+def read(path):
+    return (ROOT / path).read_text("utf-8")
+
+
+def pages():
+    found = sorted(path.relative_to(ROOT) for path in ROOT.rglob("*.md"))
+    return [path for path in found if not LEFT_OUT & set(path.parts)]
+
+
+def without_code(text):
+    return re.sub(r"`[^`\n]*`", "", FENCED.sub("", text))
+
+
+def places_of(text):
+    """The anchors of a page's headings."""
+    headings = re.findall(r"^#+ (.*)$", FENCED.sub("", text), re.M)
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+def links_of(page):
+    """(path in the project, place) of each local link."""
+    for link in LINK.findall(without_code(read(page))):
+        parts = urllib.parse.urlsplit(link)
+        if not parts.scheme:
+            file = (ROOT / page.parent / urllib.parse.unquote(parts.path)).resolve() if parts.path else ROOT / page
+            yield link, file, parts.fragment
+
+
+def section(text, title):
+    match = re.search(rf"^## {title}\n(.*?)(?=^## |\Z)", text, re.M | re.S)
+    return match[1] if match else ""
+
+
+def rows_of(text):
+    """The cells of the rows of a section's table, without its heading."""
+    lines = [line for line in text.splitlines() if line.startswith("|")][2:]
+    return [[cell.strip() for cell in re.split(r"(?<!\\)\|", line)[1:-1]] for line in lines]
+
+
+class Pages(unittest.TestCase):
+    def test_links_lead_somewhere(self):
+        count = 0
+        for page in pages():
+            for link, file, place in links_of(page):
+                count += 1
+                self.assertTrue(file.exists(), f"{page}: {link}")
+                self.assertIn(ROOT, file.parents, f"{page}: {link}")
+                if place and file.suffix == ".md":
+                    self.assertIn(place, places_of(file.read_text("utf-8")), f"{page}: {link}")
+        self.assertGreater(count, 60)
+
+    def test_the_contents_list_every_page_once(self):
+        listed = [file for link, file, _ in links_of(pathlib.Path("docs/README.md")) if link.endswith(".md")]
+        listed = [file.relative_to(ROOT).as_posix() for file in listed]
+        lines = re.findall(r"^- \[[^\]]*\]\(([^)]*)\)$", read("docs/README.md"), re.M)
+        self.assertEqual(len(lines), len(set(lines)))
+        wanted = {page.as_posix() for page in pages()} - {"docs/README.md"}
+        self.assertEqual(wanted - set(listed), set(), "pages that docs/README.md does not list")
+
+    def test_every_page_has_one_title(self):
+        for page in pages():
+            titles = re.findall(r"^# .*$", FENCED.sub("", read(page)), re.M)
+            self.assertEqual(len(titles), 1, page)
+
+
+class Errors(unittest.TestCase):
+    def setUp(self):
+        page = read("docs/errors.md")
+        self.members = rows_of(section(page, "Members"))
+        self.creating = rows_of(section(page, "Creating objects"))
+
+    def test_rows_are_complete(self):
+        for row in self.members:
+            self.assertEqual(len(row), 5, row)
+            self.assertTrue(row[3] and row[4], row)
+        for row in self.members + self.creating:
+            number = int(row[0], 16)
+            self.assertEqual(int(row[1]), number - (1 << 32) if number >> 31 else number, row)
+        for rows in (self.members, self.creating):
+            self.assertEqual(len({row[0] for row in rows}), len(rows))
+
+    def test_the_texts_are_the_messages(self):
+        header = re.sub(r"\s+", " ", read("module/messages/messages.h"))
+        ids = dict(re.findall(r"constexpr UINT (kMessage\w+) = (\d+);", header))
+        messages = {f"0x{0x80040000 + int(ids[name]):08X}": text
+                    for name, text in re.findall(r'\{(kMessage\w+), OLESTR\("([^"]*)"\)\}', header)}
+        self.assertEqual(len(messages), len(ids))
+        self.assertGreaterEqual(len(messages), 6)
+        self.assertEqual({row[0]: row[2] for row in self.members if row[2]}, messages)
+
+    def test_the_rows_are_the_statuses_of_the_classes(self):
+        # Those pages are compared with the classes by documented_statuses_test.
+        given = set()
+        for name in CLASSES:
+            page = read(f"docs/{name}.md")
+            given |= set(STATUS.findall(section(page, "Statuses") + section(page, "As a stream")))
+        self.assertEqual({row[0] for row in self.members}, given)
+
+
+class Architecture(unittest.TestCase):
+    # Targets that stand for no layer, and those that the picture does not show.
+    HIDDEN = {"module_messages", "mirolta_api"}
+
+    def test_the_picture_has_the_arrows_of_the_layers(self):
+        arrows = set()
+        for file in sorted(ROOT.glob("*/CMakeLists.txt")):
+            for name, words in re.findall(r"mirolta_layer\((\w+) [^)]*?KNOWS ([^)]*)\)", file.read_text("utf-8")):
+                arrows |= {(name, known) for known in words.split() if known not in self.HIDDEN}
+        layers = {name for name, _ in arrows}
+        self.assertGreater(len(layers), 12)
+        drawn = set(re.findall(r"^  (\w+) -> (\w+);$", read("docs/architecture.dot"), re.M))
+        self.assertEqual({arrow for arrow in drawn if arrow[0] in layers}, arrows)
+
+
+if __name__ == "__main__":
+    unittest.main()
