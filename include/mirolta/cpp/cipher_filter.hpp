@@ -154,29 +154,24 @@ inline Result<CipherFilter> TryCipherFilter(CipherDirection (CipherFilter::*dire
   return filter;
 }
 
-// CipherReadBuffer reads to the end of the source, then finalizes the filter and reads what is left.
+// CipherReadBuffer finalizes the filter when the source has no more bytes, and reads what is left.
 class CipherReadBuffer final : public StreamBuffer {
  public:
-  CipherReadBuffer(const CipherFilter& filter, Object<StandardStream> source,
-                   Result<Object<IStream>> stream)
-      : StreamBuffer(std::move(stream)), direction_(filter.Reading()), source_(std::move(source)) {}
+  CipherReadBuffer(const CipherFilter& filter, Result<Object<IStream>> stream)
+      : StreamBuffer(std::move(stream)), direction_(filter.Reading()) {}
 
  protected:
   HRESULT ReadSome(void* bytes, ULONG count, ULONG* read) override {
-    for (;;) {
-      const HRESULT status = StreamBuffer::ReadSome(bytes, count, read);
-      if (IsFailure(status) || *read != 0 || finished_) return status;
-      // No block is complete yet.
-      if (!source_->IsAtEnd()) continue;
-      const Result<void> done = direction_.TryFinish();
-      if (!done) return done.Failure().Number();
-      finished_ = true;
-    }
+    const HRESULT status = StreamBuffer::ReadSome(bytes, count, read);
+    // A wrapped source reads as much as there is: more than a block, unless it is at its end.
+    if (IsFailure(status) || *read != 0 || finished_) return status;
+    finished_ = true;
+    const Result<void> done = direction_.TryFinish();
+    return done ? StreamBuffer::ReadSome(bytes, count, read) : done.Failure().Number();
   }
 
  private:
   CipherDirection direction_;
-  Object<StandardStream> source_;
   bool finished_ = false;
 };
 
@@ -192,14 +187,8 @@ class CipherInput : public InputStream {
                     detail::TryCipherFilter(&CipherFilter::Reading, operation, algorithm, key, pad)
                         .Value()) {}
   CipherInput(std::istream& source, CipherFilter filter)
-      : CipherInput(filter, detail::MakeStandardStream(source.rdbuf(), nullptr)) {}
-
- private:
-  CipherInput(CipherFilter& filter, Object<detail::StandardStream> source)
       : InputStream(std::make_unique<detail::CipherReadBuffer>(
-            filter, source,
-            filter.TryBindTo(source ? source.TryAs<IStream>()
-                                    : Result<Object<IStream>>(Error(E_OUTOFMEMORY))))) {}
+            filter, filter.TryBindTo(TryWrapStream(source)))) {}
 };
 
 // CipherOutput encrypts or decrypts what it writes to a target, which must outlive it. Finish writes

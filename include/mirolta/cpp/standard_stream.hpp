@@ -46,10 +46,15 @@ class StandardStream final : public IStream {
     if (bytes == nullptr) return STG_E_INVALIDPOINTER;
     if (in_ == nullptr) return STG_E_ACCESSDENIED;
     return Guarded(STG_E_READFAULT, [&] {
-      const std::streamsize got = in_->sgetn(static_cast<char*>(bytes), Size(count));
-      if (read != nullptr) *read = static_cast<ULONG>(got);
-      at_end_ = got < Size(count);
-      return at_end_ ? S_FALSE : S_OK;
+      // Some buffers return less than there is.
+      std::streamsize total = 0;
+      std::streamsize got = -1;
+      while (got != 0 && total < Size(count)) {
+        got = in_->sgetn(static_cast<char*>(bytes) + total, Size(count) - total);
+        total += got;
+      }
+      if (read != nullptr) *read = static_cast<ULONG>(total);
+      return total < Size(count) ? S_FALSE : S_OK;
     });
   }
   HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count,
@@ -79,7 +84,6 @@ class StandardStream final : public IStream {
         target = out_->pubseekoff(target, std::ios_base::beg, std::ios_base::out);
       }
       if (target < 0) return STG_E_SEEKERROR;
-      at_end_ = false;
       if (position != nullptr) position->QuadPart = static_cast<std::uint64_t>(target);
       return S_OK;
     });
@@ -125,9 +129,6 @@ class StandardStream final : public IStream {
     return E_NOTIMPL;
   }
 
-  // Whether the last Read reached the end.
-  bool IsAtEnd() const noexcept { return at_end_; }
-
  private:
   ~StandardStream() = default;
 
@@ -149,18 +150,13 @@ class StandardStream final : public IStream {
 
   std::streambuf* in_;
   std::streambuf* out_;
-  bool at_end_ = false;
   std::atomic<ULONG> references_{1};
 };
 
-inline Object<StandardStream> MakeStandardStream(std::streambuf* in, std::streambuf* out) noexcept {
-  return Object<StandardStream>::Attach(new (std::nothrow) StandardStream(in, out));
-}
-
 inline Result<Object<IStream>> WrapBuffers(std::streambuf* in, std::streambuf* out) {
-  Object<StandardStream> stream = MakeStandardStream(in, out);
-  if (!stream) return Error(E_OUTOFMEMORY);
-  return Object<IStream>::Attach(stream.Detach());
+  auto* const stream = new (std::nothrow) StandardStream(in, out);
+  if (stream == nullptr) return Error(E_OUTOFMEMORY);
+  return Object<IStream>::Attach(stream);
 }
 
 }  // namespace detail

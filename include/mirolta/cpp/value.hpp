@@ -14,7 +14,7 @@
 namespace mirolta {
 
 // Value owns a VARIANT. It is made of nothing (VT_EMPTY), booleans, integers, floating-point numbers,
-// texts, bytes and objects. Bytes and texts are wiped when they are replaced or destroyed.
+// texts, bytes and objects. Bytes are wiped when they are replaced or destroyed, as by Bytes; texts are not.
 class Value {
  public:
   Value() noexcept { VariantInit(&value_); }
@@ -120,11 +120,7 @@ class Value {
   Bytes TakeBytes() { return TryTakeBytes().Value(); }
 
   void Clear() noexcept {
-    if (Type() == (VT_ARRAY | VT_UI1)) {
-      (void)TryTakeBytes();
-    } else if (Type() == VT_BSTR && V_BSTR(&value_) != nullptr) {
-      detail::WipeBytes(V_BSTR(&value_), SysStringByteLen(V_BSTR(&value_)));
-    }
+    if (Type() == (VT_ARRAY | VT_UI1)) (void)TryTakeBytes();
     VariantClear(&value_);
   }
 
