@@ -26,8 +26,6 @@
 #include "source/call_assignment.h"
 #include "stream_script.h"
 
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
-
 using namespace mirolta::host;
 using namespace mirolta::fuzz;
 

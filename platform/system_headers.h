@@ -1,9 +1,13 @@
 // The system's headers: its own on Windows; elsewhere portable declarations with the same names,
-// layouts and slot order.
+// layouts and slot order, which callers of the library have too.
 #pragma once
 
 #ifdef _WIN32
   #include "windows/windows_headers.h"
+  // An entry point of a module; the definition file exports it.
+  #define MIROLTA_ENTRY extern "C"
 #else
-  #include "portable/runtime.h"
+  #include "mirolta/bool.h"
+  #include "mirolta/runtime.h"
+  #define MIROLTA_ENTRY extern "C" __attribute__((visibility("default")))
 #endif

@@ -1,7 +1,8 @@
 // How this process uses the registry: operations that the platform does not have.
 #pragma once
 
-#include "portable/registry.h"
+#include "mirolta/bool.h"
+#include "mirolta/registry.h"
 
 extern "C" {
 // The registry consists of layers: the user's file, which is written, and the system-wide files,

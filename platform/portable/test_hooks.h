@@ -2,7 +2,7 @@
 // probes of locks. All are off initially.
 #pragma once
 
-#include "portable/system.h"
+#include "mirolta/system.h"
 
 namespace mirolta {
 

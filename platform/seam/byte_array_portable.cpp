@@ -1,4 +1,5 @@
 #include "platform.h"
+#include "portable/created_bytes.h"
 
 namespace mirolta {
 

@@ -1,22 +1,10 @@
-// The system's headers, as few as a component needs.
+// The system's headers, as few as a component needs: the build defines UNICODE, NOMINMAX and
+// WIN32_LEAN_AND_MEAN.
 #pragma once
-
-#ifndef WIN32_LEAN_AND_MEAN
-  #define WIN32_LEAN_AND_MEAN
-#endif
-#ifndef NOMINMAX
-  #define NOMINMAX
-#endif
-#ifndef UNICODE
-  #define UNICODE
-#endif
-// windows.h comes before the others.
-#include <windows.h>
 
 #include <objbase.h>
 #include <oleauto.h>
 #include <olectl.h>
-// clang-format on
 
 #include <concepts>
 
@@ -37,6 +25,3 @@ requires std::same_as<Value, const VARIANT>
 inline HRESULT VariantChangeType(VARIANT* out, Value* source, USHORT flags, VARTYPE type) {
   return VariantChangeType(out, const_cast<VARIANT*>(source), flags, type);
 }
-
-// An entry point of a module; the definition file exports it.
-#define MIROLTA_ENTRY extern "C"

@@ -260,6 +260,12 @@ class Number:
     def __rmod__(self, other: Operand) -> Number:
         return _binary(lambda a, b: a._divide(b)[1], other, self)
 
+    def __lshift__(self, count: int) -> Number:
+        return self * (1 << count)
+
+    def __rshift__(self, count: int) -> Number:
+        return self // (1 << count)
+
     def __pow__(self, exponent: Operand, modulus: Optional[Operand] = None) -> Number:
         if modulus is None:
             return _binary(Number._raise, self, exponent)

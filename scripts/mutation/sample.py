@@ -9,13 +9,14 @@ from . import lexer, operators
 # Folders of the code. The share says how a line counts when mutants are given to folders: less where
 # a mutant costs a build of everything, or where the code is not in the module on Windows.
 FOLDERS = {
-    "platform/seam": 1.0, "platform/portable": 0.3, "platform/runtime": 0.5, "platform/windows": 1.0,
+    "include/mirolta": 0.3, "platform/seam": 1.0, "platform/portable": 0.3, "platform/runtime": 0.5,
+    "platform/windows": 1.0,
     "automation": 1.0, "hash": 1.0, "cipher": 1.0, "bignum": 1.0, "rsa": 1.0, "streams": 1.0,
     "module": 1.0, "host": 0.5}
 # Folders that only the Windows build compiles.
 WINDOWS = {"platform/windows"}
 # Folders whose sources all others include.
-WIDE = {"platform/portable"}
+WIDE = {"include/mirolta", "platform/portable"}
 FEWEST = 8
 SOURCE = re.compile(r"\.(cpp|h|inc)$")
 TARGET = re.compile(r'target\("([^"]*)"\)')

@@ -9,6 +9,7 @@ from .tree import cpu_seconds
 # Tests by distance from a folder: its own, then those of the layers above, then everything.
 ABOVE = {
     "platform/seam": ["platform", "bignum", "rsa"],
+    "include/mirolta": ["platform"],
     "platform/portable": ["platform"],
     "platform/runtime": ["platform"],
     "platform/windows": ["windows"],

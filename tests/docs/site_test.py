@@ -77,7 +77,8 @@ class Site(unittest.TestCase):
         self.assertEqual([page.name for page in pages],
                          ["mirolta-host.1", "mirolta-registry.5", "mirolta.7"])
         for page in pages:
-            done = subprocess.run(["groff", "-t", "-man", "-Tutf8", "-ww", "-Kutf8", "-P-cbu", page],
+            done = subprocess.run(["groff", "-t", "-man", "-Tutf8", "-ww", "-Wbreak", "-Kutf8", "-P-cbu",
+                                   page],
                                   capture_output=True, text=True, check=True)
             self.assertEqual(done.stderr, "", page)
             self.assertTrue("NAME" in done.stdout, page)

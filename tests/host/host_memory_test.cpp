@@ -30,9 +30,6 @@
 #include "source/member_uses.h"
 #include "stub_dispatch.h"
 
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
-
 namespace mirolta::host {
 namespace {
 

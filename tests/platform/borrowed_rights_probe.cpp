@@ -11,8 +11,8 @@
 #include <cstring>
 #include <string>
 
+#include "mirolta/runtime.h"
 #include "portable/registry_mode.h"
-#include "portable/runtime.h"
 #include "system_test_module.h"
 
 using namespace mirolta;

@@ -1,6 +1,6 @@
 #include "all_at_once.h"
 #include "child_process.h"
-#include "portable/system.h"
+#include "mirolta/system.h"
 #include "system_support.h"
 
 namespace mirolta {

@@ -1,6 +1,6 @@
 #include <thread>
 
-#include "portable/error_info.h"
+#include "mirolta/error_info.h"
 #include "portable/test_hooks.h"
 #include "system_support.h"
 

@@ -12,7 +12,8 @@
 #include <sstream>
 #include <string>
 
-#include "portable/runtime.h"
+#include "mirolta/bool.h"
+#include "mirolta/runtime.h"
 #include "temporary_folder.h"
 
 namespace mirolta {

@@ -5,8 +5,9 @@
 #include <atomic>
 #include <new>
 
+#include "mirolta/bool.h"
+#include "mirolta/runtime.h"
 #include "portable/module_resources.h"
-#include "portable/runtime.h"
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 

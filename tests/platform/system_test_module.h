@@ -1,7 +1,7 @@
 // Identifiers that the test module and its tests share.
 #pragma once
 
-#include "portable/guid.h"
+#include "mirolta/guid.h"
 
 namespace mirolta {
 

@@ -94,6 +94,9 @@ class BesideInt(AutomationTest):
                 self.expect(-number, -a)
                 self.expect(+number, a)
                 self.expect(abs(number), abs(a))
+                for count in (0, 1, 100):
+                    self.expect(number << count, a << count)
+                    self.expect(number >> count, a >> count)
                 self.assertEqual(str(number), str(a))
                 self.assertEqual(repr(number), f"Number('{a}')")
                 self.assertEqual(hash(number), hash(a))

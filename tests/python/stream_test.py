@@ -258,6 +258,16 @@ class Ciphers(StreamTest):
         self.expect_failure(0x80070057, mirolta.CryptStream, io.BytesIO(), "aes", b"short")
         with self.assertRaises(ValueError):
             mirolta.CryptStream(io.BytesIO(), "rc4", KEY)
+        with self.assertRaises(TypeError):
+            mirolta.CryptStream(None, "aes", KEY)
+
+    def test_reading_writes_nothing(self):
+        class ReadOnly(io.BytesIO):
+            def write(self, _data):
+                raise io.UnsupportedOperation
+
+        with mirolta.CryptStream(ReadOnly(b"x" * 16), "aes", KEY) as crypt:
+            self.assertEqual(len(crypt.read()), 16)
 
 
 class Files(StreamTest):

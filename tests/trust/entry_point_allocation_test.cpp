@@ -4,9 +4,6 @@
 
 #include "allocation_fixture.h"
 
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllUnregisterServer();
-
 namespace mirolta::test {
 namespace {
 

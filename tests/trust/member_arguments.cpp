@@ -5,8 +5,6 @@
 
 #include "member_calls.h"
 
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
-
 namespace mirolta::test {
 
 namespace {

@@ -10,9 +10,6 @@
 #include "memory_watch.h"
 #include "threads_fixture.h"
 
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllCanUnloadNow();
-
 namespace mirolta::test {
 namespace {
 

@@ -4,10 +4,9 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include "mirolta.h"
 #include "platform.h"
 #include "portable/registry_mode.h"
-
-MIROLTA_ENTRY HRESULT STDAPICALLTYPE DllRegisterServer();
 
 namespace mirolta::test {
 

@@ -3,8 +3,9 @@
 
 #include "arrays/safearray_elements.h"
 #include "heap/allocation.h"
-#include "portable/dispatch.h"
-#include "portable/variant.h"
+#include "mirolta/dispatch.h"
+#include "mirolta/variant.h"
+#include "portable/created_bytes.h"
 #include "values/variant_rules.h"
 
 namespace mirolta::runtime {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "heap/wipe_on_free.h"
-#include "portable/dispatch.h"
+#include "mirolta/dispatch.h"
 #include "values/variant_rules.h"
 
 namespace mirolta::runtime {

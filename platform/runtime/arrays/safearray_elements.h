@@ -1,7 +1,7 @@
 // Array elements that own something: texts, values and interfaces.
 #pragma once
 
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 
 namespace mirolta::runtime {
 

@@ -1,7 +1,7 @@
 // The character sets that conversions know by number.
 #pragma once
 
-#include "portable/base_types.h"
+#include "mirolta/base_types.h"
 
 namespace mirolta::runtime {
 

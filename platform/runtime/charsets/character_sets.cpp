@@ -9,7 +9,8 @@
 #include "charsets/utf16_text.h"
 #include "charsets/utf7_text.h"
 #include "charsets/utf8_text.h"
-#include "portable/system.h"
+#include "mirolta/bool.h"
+#include "mirolta/system.h"
 #include "texts/wide_text.h"
 
 namespace mirolta::runtime {

@@ -1,7 +1,7 @@
 // UTF-16, one code point at a time.
 #pragma once
 
-#include "portable/base_types.h"
+#include "mirolta/base_types.h"
 
 namespace mirolta::runtime {
 

@@ -7,7 +7,7 @@
 
 #include <cstddef>
 
-#include "portable/base_types.h"
+#include "mirolta/base_types.h"
 
 namespace mirolta::runtime {
 

@@ -9,6 +9,7 @@
 #include <mutex>
 
 #include "charsets/escaped_utf8.h"
+#include "mirolta/bool.h"
 #include "system/file_trust.h"
 #include "texts/wide_text.h"
 

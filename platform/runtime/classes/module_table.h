@@ -2,7 +2,7 @@
 // loaded by name. A handle is a row of this table.
 #pragma once
 
-#include "portable/module.h"
+#include "mirolta/module.h"
 #include "portable/module_resources.h"
 
 namespace mirolta::runtime {

@@ -1,9 +1,9 @@
-#include "portable/error_info.h"
+#include "mirolta/error_info.h"
 
 #include "errors/error_slot.h"
 #include "heap/reference_count.h"
 #include "heap/runtime_array.h"
-#include "portable/system.h"
+#include "mirolta/system.h"
 
 namespace mirolta::runtime {
 namespace {

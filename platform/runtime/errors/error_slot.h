@@ -1,7 +1,7 @@
 // The thread's error slot, for the runtime's own use.
 #pragma once
 
-#include "portable/error_info.h"
+#include "mirolta/error_info.h"
 
 namespace mirolta::runtime {
 

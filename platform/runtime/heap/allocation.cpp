@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdlib>
 
-#include "portable/system.h"
+#include "mirolta/system.h"
 #include "portable/test_hooks.h"
 
 namespace mirolta::runtime {

@@ -1,7 +1,7 @@
 // The count of references to a shared object.
 #pragma once
 
-#include "portable/system.h"
+#include "mirolta/system.h"
 
 namespace mirolta::runtime {
 

@@ -1,7 +1,7 @@
 // The lock that serialises writers of the registry's file.
 #pragma once
 
-#include "portable/registry.h"
+#include "mirolta/registry.h"
 
 namespace mirolta::runtime {
 

@@ -2,7 +2,7 @@
 // return a system error number.
 #pragma once
 
-#include "portable/registry.h"
+#include "mirolta/registry.h"
 #include "texts/wide_text.h"
 
 namespace mirolta::runtime {

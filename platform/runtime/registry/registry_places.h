@@ -2,7 +2,7 @@
 #pragma once
 
 #include "heap/runtime_array.h"
-#include "portable/status.h"
+#include "mirolta/status.h"
 
 namespace mirolta::runtime {
 

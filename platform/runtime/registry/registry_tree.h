@@ -1,7 +1,7 @@
 // The registry's content in memory: keys that hold keys and values, in insertion order.
 #pragma once
 
-#include "portable/registry.h"
+#include "mirolta/registry.h"
 #include "registry/named_list.h"
 
 namespace mirolta::runtime {

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "charsets/escaped_utf8.h"
+#include "mirolta/bool.h"
 #include "streams/stream_base.h"
 #include "texts/wide_text.h"
 

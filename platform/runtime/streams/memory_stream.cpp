@@ -4,6 +4,7 @@
 
 #include "heap/reference_count.h"
 #include "heap/runtime_array.h"
+#include "mirolta/bool.h"
 #include "streams/stream_base.h"
 
 namespace mirolta::runtime {

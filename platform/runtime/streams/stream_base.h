@@ -3,8 +3,8 @@
 #pragma once
 
 #include "heap/reference_count.h"
-#include "portable/stream.h"
-#include "portable/system.h"
+#include "mirolta/stream.h"
+#include "mirolta/system.h"
 
 namespace mirolta::runtime {
 

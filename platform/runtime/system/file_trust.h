@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 
 #include "heap/runtime_array.h"
-#include "portable/status.h"
+#include "mirolta/status.h"
 
 namespace mirolta::runtime {
 

@@ -3,7 +3,7 @@
 
 #include <unistd.h>
 
-#include "portable/status.h"
+#include "mirolta/status.h"
 
 namespace mirolta::runtime {
 

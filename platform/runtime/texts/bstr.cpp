@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "heap/wipe_on_free.h"
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 #include "seam/memory.h"
 #include "texts/wide_text.h"
 

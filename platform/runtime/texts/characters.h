@@ -1,7 +1,7 @@
 // Properties of single 16-bit characters.
 #pragma once
 
-#include "portable/base_types.h"
+#include "mirolta/base_types.h"
 
 namespace mirolta::runtime {
 

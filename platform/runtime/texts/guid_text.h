@@ -1,7 +1,7 @@
 // A GUID as registry text: {HHHHHHHH-HHHH-HHHH-HHHH-HHHHHHHHHHHH}.
 #pragma once
 
-#include "portable/system.h"
+#include "mirolta/system.h"
 
 namespace mirolta::runtime {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "heap/runtime_array.h"
-#include "portable/base_types.h"
+#include "mirolta/base_types.h"
 
 namespace mirolta::runtime {
 

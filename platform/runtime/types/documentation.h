@@ -1,7 +1,7 @@
 // The result of GetDocumentation.
 #pragma once
 
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 
 namespace mirolta::runtime {
 

@@ -1,5 +1,5 @@
 // Type information of dispatch interfaces and classes, served from a copied library.
-#include "portable/module.h"
+#include "mirolta/module.h"
 #include "texts/wide_text.h"
 #include "types/documentation.h"
 #include "types/library_object.h"

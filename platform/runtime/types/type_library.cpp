@@ -1,5 +1,6 @@
 // Type libraries: the object that lists a library's types, and loading one from a module's file.
-#include "portable/module.h"
+#include "mirolta/bool.h"
+#include "mirolta/module.h"
 #include "portable/module_resources.h"
 #include "texts/wide_text.h"
 #include "types/documentation.h"

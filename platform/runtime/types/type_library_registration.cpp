@@ -1,6 +1,6 @@
-#include "portable/dispatch.h"
+#include "mirolta/dispatch.h"
+#include "mirolta/system.h"
 #include "portable/registry_mode.h"
-#include "portable/system.h"
 #include "registry/registry_lookup.h"
 #include "texts/characters.h"
 #include "texts/guid_text.h"

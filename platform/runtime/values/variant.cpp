@@ -1,7 +1,7 @@
 // Lifetime of a VARIANT: initialised, cleared, copied with what it owns.
 #include <cstring>
 
-#include "portable/dispatch.h"
+#include "mirolta/dispatch.h"
 #include "values/variant_rules.h"
 
 namespace mirolta::runtime {

@@ -1,7 +1,7 @@
 // Conversion between byte arrays and texts, byte for byte.
 #pragma once
 
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 
 namespace mirolta::runtime {
 

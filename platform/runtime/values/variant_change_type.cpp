@@ -1,5 +1,5 @@
 // VariantChangeType: which conversions exist, and those to and from text and objects.
-#include "portable/dispatch.h"
+#include "mirolta/dispatch.h"
 #include "seam/wiped_work.h"
 #include "texts/wide_text.h"
 #include "values/variant_byte_array.h"

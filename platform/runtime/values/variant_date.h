@@ -2,7 +2,7 @@
 // fraction still counts forward from midnight: -1.25 is six o'clock on 29 December.
 #pragma once
 
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 
 namespace mirolta::runtime {
 

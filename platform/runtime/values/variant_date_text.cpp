@@ -4,7 +4,7 @@
 //   month name, one number    day of this year, year
 //   month name, then two      day year
 //   two numbers, name later   year day, day year
-#include "portable/system.h"
+#include "mirolta/system.h"
 #include "texts/characters.h"
 #include "values/calendar.h"
 #include "values/variant_date.h"

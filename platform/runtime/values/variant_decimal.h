@@ -2,7 +2,7 @@
 // All conversions between these use digits, so that rounding and range are decided in one place.
 #pragma once
 
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 
 namespace mirolta::runtime {
 

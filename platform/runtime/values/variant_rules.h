@@ -1,7 +1,7 @@
 // Which type tags are valid, and what their values consist of.
 #pragma once
 
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 
 namespace mirolta::runtime {
 

@@ -1,16 +1,18 @@
 // 16-byte identifiers.
 #pragma once
 
-#include "portable/base_types.h"
+#include "mirolta/base_types.h"
 
-struct GUID {
+typedef struct GUID {
   DWORD Data1;
   WORD Data2;
   WORD Data3;
   BYTE Data4[8];
-};
+} GUID;
 typedef GUID IID;
 typedef GUID CLSID;
+
+#ifdef __cplusplus
 typedef const GUID& REFGUID;
 typedef const IID& REFIID;
 typedef const CLSID& REFCLSID;
@@ -28,10 +30,23 @@ constexpr bool operator==(REFGUID a, REFGUID b) {
 constexpr bool operator!=(REFGUID a, REFGUID b) {
   return !IsEqualGUID(a, b);
 }
+#else
+typedef const GUID* REFGUID;
+typedef const IID* REFIID;
+typedef const CLSID* REFCLSID;
+
+static inline INT IsEqualGUID(REFGUID a, REFGUID b) {
+  if (a->Data1 != b->Data1 || a->Data2 != b->Data2 || a->Data3 != b->Data3) return 0;
+  for (int i = 0; i < 8; ++i) {
+    if (a->Data4[i] != b->Data4[i]) return 0;
+  }
+  return 1;
+}
+#endif
 #define IsEqualIID(a, b) IsEqualGUID(a, b)
 #define IsEqualCLSID(a, b) IsEqualGUID(a, b)
 
-inline constexpr GUID GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
+MIROLTA_IDENTIFIER GUID GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 #define IID_NULL GUID_NULL
 #define CLSID_NULL GUID_NULL
 

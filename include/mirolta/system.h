@@ -3,31 +3,29 @@
 
 #include <pthread.h>
 
-#include "portable/guid.h"
-#include "portable/status.h"
+#include "mirolta/guid.h"
+#include "mirolta/status.h"
 
 // A recursive lock.
-struct CRITICAL_SECTION {
+typedef struct CRITICAL_SECTION {
   pthread_mutex_t mutex;
-};
+} CRITICAL_SECTION;
 
-extern "C" {
 MIROLTA_RUNTIME void InitializeCriticalSection(CRITICAL_SECTION* section);
 MIROLTA_RUNTIME void DeleteCriticalSection(CRITICAL_SECTION* section);
 MIROLTA_RUNTIME void EnterCriticalSection(CRITICAL_SECTION* section);
 MIROLTA_RUNTIME void LeaveCriticalSection(CRITICAL_SECTION* section);
-MIROLTA_RUNTIME DWORD GetCurrentThreadId();
-}
+MIROLTA_RUNTIME DWORD GetCurrentThreadId(MIROLTA_NO_PARAMETERS);
 
 // Both return the new value.
-inline LONG InterlockedIncrement(LONG volatile* count) {
+MIROLTA_INLINE LONG InterlockedIncrement(LONG volatile* count) {
   return __atomic_add_fetch(count, 1, __ATOMIC_SEQ_CST);
 }
-inline LONG InterlockedDecrement(LONG volatile* count) {
+MIROLTA_INLINE LONG InterlockedDecrement(LONG volatile* count) {
   return __atomic_sub_fetch(count, 1, __ATOMIC_SEQ_CST);
 }
 
-struct SYSTEMTIME {
+typedef struct SYSTEMTIME {
   WORD wYear;
   WORD wMonth;
   WORD wDayOfWeek;
@@ -36,15 +34,14 @@ struct SYSTEMTIME {
   WORD wMinute;
   WORD wSecond;
   WORD wMilliseconds;
-};
+} SYSTEMTIME;
 
-constexpr UINT CP_ACP = 0;
-constexpr UINT CP_UTF8 = 65001;
-constexpr DWORD MB_ERR_INVALID_CHARS = 0x08;
-constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;  // UTF-8 only
+MIROLTA_CONSTANT(UINT, CP_ACP, 0);
+MIROLTA_CONSTANT(UINT, CP_UTF8, 65001);
+MIROLTA_CONSTANT(DWORD, MB_ERR_INVALID_CHARS, 0x08);
+MIROLTA_CONSTANT(DWORD, WC_ERR_INVALID_CHARS, 0x80);  // UTF-8 only
 
-extern "C" {
-MIROLTA_RUNTIME DWORD GetTickCount();
+MIROLTA_RUNTIME DWORD GetTickCount(MIROLTA_NO_PARAMETERS);
 MIROLTA_RUNTIME void GetLocalTime(SYSTEMTIME* time);
 
 // Conversions between 16-bit text and the character set with number code_page. A length of -1 is
@@ -52,7 +49,7 @@ MIROLTA_RUNTIME void GetLocalTime(SYSTEMTIME* time);
 // They return 0 if the number is unknown or nothing could be converted.
 MIROLTA_RUNTIME INT WideCharToMultiByte(UINT code_page, DWORD flags, LPCWSTR text, INT length,
                                         LPSTR bytes, INT capacity, LPCSTR default_character,
-                                        BOOL* used_default);
+                                        INT* used_default);
 MIROLTA_RUNTIME INT MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR bytes, INT length,
                                         LPWSTR text, INT capacity);
 
@@ -67,4 +64,3 @@ MIROLTA_RUNTIME INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity);
 // CLSIDFromString reads registry text.
 // Errors: CO_E_CLASSSTRING for any other text.
 MIROLTA_RUNTIME HRESULT CLSIDFromString(LPCOLESTR text, CLSID* id);
-}

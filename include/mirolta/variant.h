@@ -1,73 +1,49 @@
 // Automation values: VARIANT, SAFEARRAY, DECIMAL, BSTR, and the operations on them.
 #pragma once
 
-#include "portable/unknown.h"
+#include "mirolta/unknown.h"
 
-enum VARENUM : VARTYPE {
-  VT_EMPTY = 0,
-  VT_NULL = 1,
-  VT_I2 = 2,
-  VT_I4 = 3,
-  VT_R4 = 4,
-  VT_R8 = 5,
-  VT_CY = 6,
-  VT_DATE = 7,
-  VT_BSTR = 8,
-  VT_DISPATCH = 9,
-  VT_ERROR = 10,
-  VT_BOOL = 11,
-  VT_VARIANT = 12,
-  VT_UNKNOWN = 13,
-  VT_DECIMAL = 14,
-  VT_I1 = 16,
-  VT_UI1 = 17,
-  VT_UI2 = 18,
-  VT_UI4 = 19,
-  VT_I8 = 20,
-  VT_UI8 = 21,
-  VT_INT = 22,
-  VT_UINT = 23,
-  VT_VOID = 24,
-  VT_HRESULT = 25,
-  VT_PTR = 26,
-  VT_SAFEARRAY = 27,
-  VT_USERDEFINED = 29,
-  VT_RECORD = 36,
-  VT_ARRAY = 0x2000,
-  VT_BYREF = 0x4000,
-  VT_TYPEMASK = 0x0FFF,
-};
+typedef enum VARENUM MIROLTA_ENUM(VARTYPE){
+    VT_EMPTY = 0,    VT_NULL = 1,       VT_I2 = 2,         VT_I4 = 3,
+    VT_R4 = 4,       VT_R8 = 5,         VT_CY = 6,         VT_DATE = 7,
+    VT_BSTR = 8,     VT_DISPATCH = 9,   VT_ERROR = 10,     VT_BOOL = 11,
+    VT_VARIANT = 12, VT_UNKNOWN = 13,   VT_DECIMAL = 14,   VT_I1 = 16,
+    VT_UI1 = 17,     VT_UI2 = 18,       VT_UI4 = 19,       VT_I8 = 20,
+    VT_UI8 = 21,     VT_INT = 22,       VT_UINT = 23,      VT_VOID = 24,
+    VT_HRESULT = 25, VT_PTR = 26,       VT_SAFEARRAY = 27, VT_USERDEFINED = 29,
+    VT_RECORD = 36,  VT_ARRAY = 0x2000, VT_BYREF = 0x4000, VT_TYPEMASK = 0x0FFF,
+} VARENUM;
 
-struct SAFEARRAYBOUND {
+typedef struct SAFEARRAYBOUND {
   ULONG cElements;
   LONG lLbound;
-};
+} SAFEARRAYBOUND;
 
 // rgsabound holds the rightmost dimension first; more bounds follow the structure in memory.
-struct SAFEARRAY {
+typedef struct SAFEARRAY {
   USHORT cDims;
   USHORT fFeatures;
   ULONG cbElements;
   ULONG cLocks;
   PVOID pvData;
   SAFEARRAYBOUND rgsabound[1];
-};
+} SAFEARRAY;
 typedef SAFEARRAY* LPSAFEARRAY;
 
-constexpr USHORT FADF_AUTO = 0x0001;
-constexpr USHORT FADF_STATIC = 0x0002;
-constexpr USHORT FADF_EMBEDDED = 0x0004;
-constexpr USHORT FADF_FIXEDSIZE = 0x0010;
-constexpr USHORT FADF_HAVEIID = 0x0040;
-constexpr USHORT FADF_HAVEVARTYPE = 0x0080;
-constexpr USHORT FADF_BSTR = 0x0100;
-constexpr USHORT FADF_UNKNOWN = 0x0200;
-constexpr USHORT FADF_DISPATCH = 0x0400;
-constexpr USHORT FADF_VARIANT = 0x0800;
-constexpr USHORT FADF_CREATEVECTOR = 0x2000;
+MIROLTA_CONSTANT(USHORT, FADF_AUTO, 0x0001);
+MIROLTA_CONSTANT(USHORT, FADF_STATIC, 0x0002);
+MIROLTA_CONSTANT(USHORT, FADF_EMBEDDED, 0x0004);
+MIROLTA_CONSTANT(USHORT, FADF_FIXEDSIZE, 0x0010);
+MIROLTA_CONSTANT(USHORT, FADF_HAVEIID, 0x0040);
+MIROLTA_CONSTANT(USHORT, FADF_HAVEVARTYPE, 0x0080);
+MIROLTA_CONSTANT(USHORT, FADF_BSTR, 0x0100);
+MIROLTA_CONSTANT(USHORT, FADF_UNKNOWN, 0x0200);
+MIROLTA_CONSTANT(USHORT, FADF_DISPATCH, 0x0400);
+MIROLTA_CONSTANT(USHORT, FADF_VARIANT, 0x0800);
+MIROLTA_CONSTANT(USHORT, FADF_CREATEVECTOR, 0x2000);
 
 // sign 0x80 is minus; the value is Hi32:Mid32:Lo32 / 10^scale.
-struct DECIMAL {
+typedef struct DECIMAL {
   USHORT wReserved;
   __extension__ union {
     struct {
@@ -84,11 +60,12 @@ struct DECIMAL {
     };
     ULONGLONG Lo64;
   };
-};
-constexpr BYTE DECIMAL_NEG = 0x80;
+} DECIMAL;
+MIROLTA_CONSTANT(BYTE, DECIMAL_NEG, 0x80);
 
-struct IDispatch;
+typedef struct IDispatch IDispatch;
 
+typedef struct VARIANT VARIANT;
 struct VARIANT {
   __extension__ union {
     struct {
@@ -152,8 +129,10 @@ struct VARIANT {
 typedef VARIANT VARIANTARG;
 typedef VARIANT* LPVARIANT;
 
+#ifdef __cplusplus
 static_assert(sizeof(VARIANT) == 8 + 2 * sizeof(void*), "the platform's layout");
 static_assert(sizeof(DECIMAL) == 16, "the platform's layout");
+#endif
 
 #define V_VT(v) ((v)->vt)
 #define V_ISBYREF(v) (V_VT(v) & VT_BYREF)
@@ -185,12 +164,11 @@ static_assert(sizeof(DECIMAL) == 16, "the platform's layout");
 #define V_ARRAYREF(v) ((v)->pparray)
 
 // VariantChangeTypeEx flags.
-constexpr USHORT VARIANT_NOVALUEPROP = 0x01;
-constexpr USHORT VARIANT_ALPHABOOL = 0x02;
-constexpr USHORT VARIANT_NOUSEROVERRIDE = 0x04;
-constexpr USHORT VARIANT_LOCALBOOL = 0x10;
+MIROLTA_CONSTANT(USHORT, VARIANT_NOVALUEPROP, 0x01);
+MIROLTA_CONSTANT(USHORT, VARIANT_ALPHABOOL, 0x02);
+MIROLTA_CONSTANT(USHORT, VARIANT_NOUSEROVERRIDE, 0x04);
+MIROLTA_CONSTANT(USHORT, VARIANT_LOCALBOOL, 0x10);
 
-extern "C" {
 MIROLTA_RUNTIME BSTR SysAllocString(const OLECHAR* text);
 MIROLTA_RUNTIME BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
 MIROLTA_RUNTIME BSTR SysAllocStringByteLen(LPCSTR bytes, UINT length);
@@ -211,9 +189,6 @@ MIROLTA_RUNTIME HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LC
 
 MIROLTA_RUNTIME SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
 MIROLTA_RUNTIME SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower, ULONG elements);
-// The runtime's own: SafeArrayCreate for one dimension of count bytes from 0 on, which hold
-// anything until their maker has written them all.
-MIROLTA_RUNTIME SAFEARRAY* MiroltaCreateBytes(ULONG count);
 MIROLTA_RUNTIME HRESULT SafeArrayDestroy(SAFEARRAY* array);
 MIROLTA_RUNTIME HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to);
 MIROLTA_RUNTIME HRESULT SafeArrayLock(SAFEARRAY* array);
@@ -228,4 +203,3 @@ MIROLTA_RUNTIME HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
 MIROLTA_RUNTIME HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* element);
 MIROLTA_RUNTIME HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* element);
 MIROLTA_RUNTIME HRESULT SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element);
-}

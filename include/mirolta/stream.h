@@ -1,23 +1,25 @@
 // Byte streams.
 #pragma once
 
-#include "portable/unknown.h"
+#include "mirolta/unknown.h"
 
-inline constexpr IID IID_ISequentialStream = {
+MIROLTA_IDENTIFIER IID IID_ISequentialStream = {
     0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};
-inline constexpr IID IID_IStream = MIROLTA_OLE_IID(0x0000000C);
+MIROLTA_IDENTIFIER IID IID_IStream = MIROLTA_OLE_IID(0x0000000C);
 
-enum STREAM_SEEK : DWORD { STREAM_SEEK_SET = 0, STREAM_SEEK_CUR = 1, STREAM_SEEK_END = 2 };
-enum STGTY : DWORD { STGTY_STORAGE = 1, STGTY_STREAM = 2, STGTY_LOCKBYTES = 3 };
-enum STATFLAG : DWORD { STATFLAG_DEFAULT = 0, STATFLAG_NONAME = 1 };
-enum STGC : DWORD { STGC_DEFAULT = 0 };
+typedef enum STREAM_SEEK MIROLTA_ENUM(DWORD){STREAM_SEEK_SET = 0, STREAM_SEEK_CUR = 1,
+                                             STREAM_SEEK_END = 2} STREAM_SEEK;
+typedef enum STGTY MIROLTA_ENUM(DWORD){STGTY_STORAGE = 1, STGTY_STREAM = 2,
+                                       STGTY_LOCKBYTES = 3} STGTY;
+typedef enum STATFLAG MIROLTA_ENUM(DWORD){STATFLAG_DEFAULT = 0, STATFLAG_NONAME = 1} STATFLAG;
+typedef enum STGC MIROLTA_ENUM(DWORD){STGC_DEFAULT = 0} STGC;
 
-constexpr DWORD STGM_READ = 0x00000000;
-constexpr DWORD STGM_WRITE = 0x00000001;
-constexpr DWORD STGM_READWRITE = 0x00000002;
-constexpr DWORD STGM_CREATE = 0x00001000;
+MIROLTA_CONSTANT(DWORD, STGM_READ, 0x00000000);
+MIROLTA_CONSTANT(DWORD, STGM_WRITE, 0x00000001);
+MIROLTA_CONSTANT(DWORD, STGM_READWRITE, 0x00000002);
+MIROLTA_CONSTANT(DWORD, STGM_CREATE, 0x00001000);
 
-struct STATSTG {
+typedef struct STATSTG {
   LPOLESTR pwcsName;  // freed by the caller with CoTaskMemFree
   DWORD type;
   ULARGE_INTEGER cbSize;
@@ -29,8 +31,12 @@ struct STATSTG {
   CLSID clsid;
   DWORD grfStateBits;
   DWORD reserved;
-};
+} STATSTG;
 
+typedef struct ISequentialStream ISequentialStream;
+typedef struct IStream IStream;
+
+#ifdef __cplusplus
 struct ISequentialStream : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE Read(void* bytes, ULONG count, ULONG* read) = 0;
   virtual HRESULT STDMETHODCALLTYPE Write(const void* bytes, ULONG count, ULONG* written) = 0;
@@ -52,13 +58,14 @@ struct IStream : ISequentialStream {
   virtual HRESULT STDMETHODCALLTYPE Clone(IStream** out) = 0;
 };
 
+MIROLTA_BIND_IID(ISequentialStream);
+MIROLTA_BIND_IID(IStream);
+#endif
+
 typedef void* HGLOBAL;
 
-extern "C" {
 // CreateStreamOnHGlobal makes an empty memory stream; `memory` must be null here.
-MIROLTA_RUNTIME HRESULT CreateStreamOnHGlobal(HGLOBAL memory, BOOL delete_on_release,
-                                              IStream** out);
+MIROLTA_RUNTIME HRESULT CreateStreamOnHGlobal(HGLOBAL memory, INT delete_on_release, IStream** out);
 // SHCreateStreamOnFileEx opens or, with STGM_CREATE, makes the file and returns a stream over it.
 MIROLTA_RUNTIME HRESULT SHCreateStreamOnFileEx(LPCWSTR file, DWORD mode, DWORD attributes,
-                                               BOOL create, IStream* reserved, IStream** out);
-}
+                                               INT create, IStream* reserved, IStream** out);

@@ -1,15 +1,20 @@
 // Error descriptions, one slot a thread.
 #pragma once
 
-#include "portable/dispatch.h"
+#include "mirolta/dispatch.h"
 
-inline constexpr IID IID_IErrorInfo = {
+MIROLTA_IDENTIFIER IID IID_IErrorInfo = {
     0x1CF2B120, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
-inline constexpr IID IID_ICreateErrorInfo = {
+MIROLTA_IDENTIFIER IID IID_ICreateErrorInfo = {
     0x22F03340, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
-inline constexpr IID IID_ISupportErrorInfo = {
+MIROLTA_IDENTIFIER IID IID_ISupportErrorInfo = {
     0xDF0B3D60, 0x548F, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
 
+typedef struct IErrorInfo IErrorInfo;
+typedef struct ICreateErrorInfo ICreateErrorInfo;
+typedef struct ISupportErrorInfo ISupportErrorInfo;
+
+#ifdef __cplusplus
 struct IErrorInfo : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetGUID(GUID* guid) = 0;
   virtual HRESULT STDMETHODCALLTYPE GetSource(BSTR* source) = 0;
@@ -30,9 +35,12 @@ struct ISupportErrorInfo : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) = 0;
 };
 
-extern "C" {
+MIROLTA_BIND_IID(IErrorInfo);
+MIROLTA_BIND_IID(ICreateErrorInfo);
+MIROLTA_BIND_IID(ISupportErrorInfo);
+#endif
+
 MIROLTA_RUNTIME HRESULT CreateErrorInfo(ICreateErrorInfo** out);
 MIROLTA_RUNTIME HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info);
 // GetErrorInfo returns the thread's error object and empties the slot; S_FALSE if there is none.
 MIROLTA_RUNTIME HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** out);
-}

@@ -1,17 +1,36 @@
 // Scalar types of the platform, with its widths.
+//
+// The names are the platform's and global, in C and in C++. They live beside X11's, whichever header
+// comes first: X11/Xmd.h has a BYTE, which is the same type, and two names that no header here
+// declares: BOOL, a byte there (bool.h has the platform's, for programs without X11/Xmd.h; functions
+// have INT, the same type), and LONG64, a macro there.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
+#ifndef __cplusplus
+  #include <uchar.h>
+#endif
 
-// Exports a function from the runtime's shared library.
-#define MIROLTA_RUNTIME __attribute__((visibility("default")))
+#include "mirolta/language.h"
 
-#define STDMETHODCALLTYPE
-#define WINAPI
-#define STDAPICALLTYPE
-// An entry point of a module. On Windows the definition file names them instead.
-#define MIROLTA_ENTRY extern "C" __attribute__((visibility("default")))
+// A function of the runtime's shared library.
+#ifdef __cplusplus
+  #define MIROLTA_RUNTIME extern "C" __attribute__((visibility("default")))
+#else
+  #define MIROLTA_RUNTIME extern __attribute__((visibility("default")))
+#endif
+
+// The platform's calling conventions are all the compiler's own.
+#ifndef STDMETHODCALLTYPE
+  #define STDMETHODCALLTYPE
+#endif
+#ifndef STDAPICALLTYPE
+  #define STDAPICALLTYPE
+#endif
+#ifndef WINAPI
+  #define WINAPI
+#endif
 
 typedef uint8_t BYTE;
 typedef uint16_t WORD;
@@ -25,9 +44,7 @@ typedef int32_t LONG;
 typedef uint32_t ULONG;
 typedef int64_t LONGLONG;
 typedef uint64_t ULONGLONG;
-typedef int64_t LONG64;
 typedef uint64_t ULONG64;
-typedef int32_t BOOL;
 typedef float FLOAT;
 typedef double DOUBLE;
 typedef uintptr_t ULONG_PTR;
@@ -36,8 +53,12 @@ typedef void* PVOID;
 typedef void* LPVOID;
 typedef const void* LPCVOID;
 
-#define TRUE 1
-#define FALSE 0
+#ifndef TRUE
+  #define TRUE 1
+#endif
+#ifndef FALSE
+  #define FALSE 0
+#endif
 
 typedef char16_t WCHAR;
 typedef char16_t OLECHAR;
@@ -61,41 +82,41 @@ typedef DWORD HREFTYPE;
 typedef DWORD LCID;
 typedef WORD LANGID;
 
-#define VARIANT_TRUE (static_cast<VARIANT_BOOL>(-1))
-#define VARIANT_FALSE (static_cast<VARIANT_BOOL>(0))
+MIROLTA_CONSTANT(VARIANT_BOOL, VARIANT_TRUE, -1);
+MIROLTA_CONSTANT(VARIANT_BOOL, VARIANT_FALSE, 0);
 
-constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
-constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
+MIROLTA_CONSTANT(LCID, LOCALE_SYSTEM_DEFAULT, 0x0800);
+MIROLTA_CONSTANT(LCID, LOCALE_USER_DEFAULT, 0x0400);
 
 typedef struct HINSTANCE__* HINSTANCE;
 typedef HINSTANCE HMODULE;
 
-union LARGE_INTEGER {
+typedef union LARGE_INTEGER {
   __extension__ struct {
     DWORD LowPart;
     LONG HighPart;
   };
   LONGLONG QuadPart;
-};
+} LARGE_INTEGER;
 
-union ULARGE_INTEGER {
+typedef union ULARGE_INTEGER {
   __extension__ struct {
     DWORD LowPart;
     DWORD HighPart;
   };
   ULONGLONG QuadPart;
-};
+} ULARGE_INTEGER;
 
-struct FILETIME {
+typedef struct FILETIME {
   DWORD dwLowDateTime;
   DWORD dwHighDateTime;
-};
+} FILETIME;
 
 // Currency: ten-thousandths.
-union CY {
+typedef union CY {
   __extension__ struct {
     ULONG Lo;
     LONG Hi;
   };
   LONGLONG int64;
-};
+} CY;

@@ -1,32 +1,33 @@
 // Late-bound calls and type information.
 #pragma once
 
-#include "portable/variant.h"
+#include "mirolta/variant.h"
 
-inline constexpr IID IID_IDispatch = MIROLTA_OLE_IID(0x00020400);
-inline constexpr IID IID_ITypeInfo = MIROLTA_OLE_IID(0x00020401);
-inline constexpr IID IID_ITypeLib = MIROLTA_OLE_IID(0x00020402);
-inline constexpr IID IID_ITypeComp = MIROLTA_OLE_IID(0x00020403);
-inline constexpr IID IID_IEnumVARIANT = MIROLTA_OLE_IID(0x00020404);
+MIROLTA_IDENTIFIER IID IID_IDispatch = MIROLTA_OLE_IID(0x00020400);
+MIROLTA_IDENTIFIER IID IID_ITypeInfo = MIROLTA_OLE_IID(0x00020401);
+MIROLTA_IDENTIFIER IID IID_ITypeLib = MIROLTA_OLE_IID(0x00020402);
+MIROLTA_IDENTIFIER IID IID_ITypeComp = MIROLTA_OLE_IID(0x00020403);
+MIROLTA_IDENTIFIER IID IID_IEnumVARIANT = MIROLTA_OLE_IID(0x00020404);
 
-constexpr DISPID DISPID_VALUE = 0;
-constexpr DISPID DISPID_UNKNOWN = -1;
-constexpr DISPID DISPID_PROPERTYPUT = -3;
-constexpr DISPID DISPID_NEWENUM = -4;
+MIROLTA_CONSTANT(DISPID, DISPID_VALUE, 0);
+MIROLTA_CONSTANT(DISPID, DISPID_UNKNOWN, -1);
+MIROLTA_CONSTANT(DISPID, DISPID_PROPERTYPUT, -3);
+MIROLTA_CONSTANT(DISPID, DISPID_NEWENUM, -4);
 
-constexpr WORD DISPATCH_METHOD = 1;
-constexpr WORD DISPATCH_PROPERTYGET = 2;
-constexpr WORD DISPATCH_PROPERTYPUT = 4;
-constexpr WORD DISPATCH_PROPERTYPUTREF = 8;
+MIROLTA_CONSTANT(WORD, DISPATCH_METHOD, 1);
+MIROLTA_CONSTANT(WORD, DISPATCH_PROPERTYGET, 2);
+MIROLTA_CONSTANT(WORD, DISPATCH_PROPERTYPUT, 4);
+MIROLTA_CONSTANT(WORD, DISPATCH_PROPERTYPUTREF, 8);
 
 // rgvarg holds the arguments in reverse order; named ones come first.
-struct DISPPARAMS {
+typedef struct DISPPARAMS {
   VARIANTARG* rgvarg;
   DISPID* rgdispidNamedArgs;
   UINT cArgs;
   UINT cNamedArgs;
-};
+} DISPPARAMS;
 
+typedef struct EXCEPINFO EXCEPINFO;
 struct EXCEPINFO {
   WORD wCode;
   WORD wReserved;
@@ -39,44 +40,37 @@ struct EXCEPINFO {
   SCODE scode;
 };
 
-enum TYPEKIND : int32_t {
-  TKIND_ENUM = 0,
-  TKIND_RECORD = 1,
-  TKIND_MODULE = 2,
-  TKIND_INTERFACE = 3,
-  TKIND_DISPATCH = 4,
-  TKIND_COCLASS = 5,
-  TKIND_ALIAS = 6,
-  TKIND_UNION = 7,
-};
-enum INVOKEKIND : int32_t {
-  INVOKE_FUNC = 1,
-  INVOKE_PROPERTYGET = 2,
-  INVOKE_PROPERTYPUT = 4,
-  INVOKE_PROPERTYPUTREF = 8,
-};
-enum FUNCKIND : int32_t {
-  FUNC_VIRTUAL = 0,
-  FUNC_PUREVIRTUAL = 1,
-  FUNC_NONVIRTUAL = 2,
-  FUNC_STATIC = 3,
-  FUNC_DISPATCH = 4,
-};
-enum CALLCONV : int32_t { CC_CDECL = 1, CC_STDCALL = 4 };
-enum SYSKIND : int32_t { SYS_WIN16 = 0, SYS_WIN32 = 1, SYS_MAC = 2, SYS_WIN64 = 3 };
-enum DESCKIND : int32_t { DESCKIND_NONE = 0, DESCKIND_FUNCDESC = 1, DESCKIND_VARDESC = 2 };
+typedef enum TYPEKIND MIROLTA_ENUM(int32_t){
+    TKIND_ENUM = 0,     TKIND_RECORD = 1,  TKIND_MODULE = 2, TKIND_INTERFACE = 3,
+    TKIND_DISPATCH = 4, TKIND_COCLASS = 5, TKIND_ALIAS = 6,  TKIND_UNION = 7,
+} TYPEKIND;
+typedef enum INVOKEKIND MIROLTA_ENUM(int32_t){
+    INVOKE_FUNC = 1,
+    INVOKE_PROPERTYGET = 2,
+    INVOKE_PROPERTYPUT = 4,
+    INVOKE_PROPERTYPUTREF = 8,
+} INVOKEKIND;
+typedef enum FUNCKIND MIROLTA_ENUM(int32_t){
+    FUNC_VIRTUAL = 0, FUNC_PUREVIRTUAL = 1, FUNC_NONVIRTUAL = 2, FUNC_STATIC = 3, FUNC_DISPATCH = 4,
+} FUNCKIND;
+typedef enum CALLCONV MIROLTA_ENUM(int32_t){CC_CDECL = 1, CC_STDCALL = 4} CALLCONV;
+typedef enum SYSKIND MIROLTA_ENUM(int32_t){SYS_WIN16 = 0, SYS_WIN32 = 1, SYS_MAC = 2,
+                                           SYS_WIN64 = 3} SYSKIND;
+typedef enum DESCKIND MIROLTA_ENUM(int32_t){DESCKIND_NONE = 0, DESCKIND_FUNCDESC = 1,
+                                            DESCKIND_VARDESC = 2} DESCKIND;
 
-constexpr WORD TYPEFLAG_FCANCREATE = 0x0002;
-constexpr WORD TYPEFLAG_FDUAL = 0x0040;
-constexpr WORD TYPEFLAG_FOLEAUTOMATION = 0x0100;
-constexpr WORD TYPEFLAG_FDISPATCHABLE = 0x1000;
-constexpr USHORT PARAMFLAG_FIN = 0x0001;
-constexpr USHORT PARAMFLAG_FOUT = 0x0002;
-constexpr USHORT PARAMFLAG_FRETVAL = 0x0008;
-constexpr USHORT PARAMFLAG_FOPT = 0x0010;
-constexpr USHORT PARAMFLAG_FHASDEFAULT = 0x0020;
-constexpr int32_t IMPLTYPEFLAG_FDEFAULT = 0x1;
+MIROLTA_CONSTANT(WORD, TYPEFLAG_FCANCREATE, 0x0002);
+MIROLTA_CONSTANT(WORD, TYPEFLAG_FDUAL, 0x0040);
+MIROLTA_CONSTANT(WORD, TYPEFLAG_FOLEAUTOMATION, 0x0100);
+MIROLTA_CONSTANT(WORD, TYPEFLAG_FDISPATCHABLE, 0x1000);
+MIROLTA_CONSTANT(USHORT, PARAMFLAG_FIN, 0x0001);
+MIROLTA_CONSTANT(USHORT, PARAMFLAG_FOUT, 0x0002);
+MIROLTA_CONSTANT(USHORT, PARAMFLAG_FRETVAL, 0x0008);
+MIROLTA_CONSTANT(USHORT, PARAMFLAG_FOPT, 0x0010);
+MIROLTA_CONSTANT(USHORT, PARAMFLAG_FHASDEFAULT, 0x0020);
+MIROLTA_CONSTANT(int32_t, IMPLTYPEFLAG_FDEFAULT, 0x1);
 
+typedef struct TYPEDESC TYPEDESC;
 struct TYPEDESC {
   __extension__ union {
     TYPEDESC* lptdesc;
@@ -85,26 +79,26 @@ struct TYPEDESC {
   };
   VARTYPE vt;
 };
-struct IDLDESC {
+typedef struct IDLDESC {
   ULONG_PTR dwReserved;
   USHORT wIDLFlags;
-};
-struct PARAMDESCEX {
+} IDLDESC;
+typedef struct PARAMDESCEX {
   ULONG cBytes;
   VARIANTARG varDefaultValue;
-};
-struct PARAMDESC {
+} PARAMDESCEX;
+typedef struct PARAMDESC {
   PARAMDESCEX* pparamdescex;
   USHORT wParamFlags;
-};
-struct ELEMDESC {
+} PARAMDESC;
+typedef struct ELEMDESC {
   TYPEDESC tdesc;
   __extension__ union {
     IDLDESC idldesc;
     PARAMDESC paramdesc;
   };
-};
-struct FUNCDESC {
+} ELEMDESC;
+typedef struct FUNCDESC {
   MEMBERID memid;
   SCODE* lprgscode;
   ELEMDESC* lprgelemdescParam;
@@ -117,8 +111,8 @@ struct FUNCDESC {
   SHORT cScodes;
   ELEMDESC elemdescFunc;
   WORD wFuncFlags;
-};
-struct TYPEATTR {
+} FUNCDESC;
+typedef struct TYPEATTR {
   GUID guid;
   LCID lcid;
   DWORD dwReserved;
@@ -137,21 +131,23 @@ struct TYPEATTR {
   WORD wMinorVerNum;
   TYPEDESC tdescAlias;
   IDLDESC idldescType;
-};
-struct TLIBATTR {
+} TYPEATTR;
+typedef struct TLIBATTR {
   GUID guid;
   LCID lcid;
   SYSKIND syskind;
   WORD wMajorVerNum;
   WORD wMinorVerNum;
   WORD wLibFlags;
-};
+} TLIBATTR;
 
-struct VARDESC;
-struct ITypeInfo;
-struct ITypeLib;
-struct ITypeComp;
+typedef struct VARDESC VARDESC;
+typedef struct IEnumVARIANT IEnumVARIANT;
+typedef struct ITypeInfo ITypeInfo;
+typedef struct ITypeLib ITypeLib;
+typedef struct ITypeComp ITypeComp;
 
+#ifdef __cplusplus
 struct IDispatch : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) = 0;
   virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** out) = 0;
@@ -206,13 +202,18 @@ struct ITypeLib : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetTypeComp(ITypeComp** out) = 0;
   virtual HRESULT STDMETHODCALLTYPE GetDocumentation(INT index, BSTR* name, BSTR* help,
                                                      DWORD* help_context, BSTR* help_file) = 0;
-  virtual HRESULT STDMETHODCALLTYPE IsName(LPOLESTR name, ULONG hash, BOOL* found) = 0;
+  virtual HRESULT STDMETHODCALLTYPE IsName(LPOLESTR name, ULONG hash, INT* found) = 0;
   virtual HRESULT STDMETHODCALLTYPE FindName(LPOLESTR name, ULONG hash, ITypeInfo** infos,
                                              MEMBERID* ids, USHORT* found) = 0;
   virtual void STDMETHODCALLTYPE ReleaseTLibAttr(TLIBATTR* attributes) = 0;
 };
 
-extern "C" {
+MIROLTA_BIND_IID(IDispatch);
+MIROLTA_BIND_IID(IEnumVARIANT);
+MIROLTA_BIND_IID(ITypeInfo);
+MIROLTA_BIND_IID(ITypeLib);
+#endif
+
 // LoadTypeLib reads the type library of the module file `file`: a module of this runtime, loaded
 // for the time of the call if it is not loaded yet.
 MIROLTA_RUNTIME HRESULT LoadTypeLib(const OLECHAR* file, ITypeLib** out);
@@ -221,4 +222,3 @@ MIROLTA_RUNTIME HRESULT LoadRegTypeLib(REFGUID library, WORD major, WORD minor, 
 MIROLTA_RUNTIME HRESULT RegisterTypeLib(ITypeLib* library, OLECHAR* file, OLECHAR* help_directory);
 MIROLTA_RUNTIME HRESULT UnRegisterTypeLib(REFGUID library, WORD major, WORD minor, LCID locale,
                                           SYSKIND kind);
-}

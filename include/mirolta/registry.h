@@ -1,38 +1,41 @@
-// The registry: keys with a default value and named values, in a text file (registry_file.h of the
-// runtime) or, for one process, in memory.
+// The registry: keys with a default value and named values, in text files, or in memory for
+// one process.
 #pragma once
 
-#include "portable/status.h"
+#include "mirolta/status.h"
 
 typedef struct HKEY__* HKEY;
 typedef DWORD REGSAM;
 
-inline HKEY MiroltaRootKey(uint32_t number) {
+MIROLTA_INLINE HKEY MiroltaRootKey(uint32_t number) {
+#ifdef __cplusplus
   return reinterpret_cast<HKEY>(static_cast<uintptr_t>(number));
+#else
+  return (HKEY)(uintptr_t)number;
+#endif
 }
 #define HKEY_CLASSES_ROOT MiroltaRootKey(0x80000000u)
 #define HKEY_CURRENT_USER MiroltaRootKey(0x80000001u)
 #define HKEY_LOCAL_MACHINE MiroltaRootKey(0x80000002u)
 
-constexpr DWORD REG_NONE = 0;
-constexpr DWORD REG_SZ = 1;
-constexpr DWORD REG_EXPAND_SZ = 2;
-constexpr DWORD REG_BINARY = 3;
-constexpr DWORD REG_DWORD = 4;
-constexpr DWORD REG_MULTI_SZ = 7;
-constexpr DWORD REG_OPTION_NON_VOLATILE = 0;
-constexpr DWORD REG_CREATED_NEW_KEY = 1;
-constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
-constexpr REGSAM KEY_QUERY_VALUE = 0x01;
-constexpr REGSAM KEY_SET_VALUE = 0x02;
-constexpr REGSAM KEY_CREATE_SUB_KEY = 0x04;
-constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 0x08;
-constexpr REGSAM MAXIMUM_ALLOWED = 0x02000000;
-constexpr REGSAM KEY_READ = 0x00020019;
-constexpr REGSAM KEY_WRITE = 0x00020006;
-constexpr REGSAM KEY_ALL_ACCESS = 0x000F003F;
+MIROLTA_CONSTANT(DWORD, REG_NONE, 0);
+MIROLTA_CONSTANT(DWORD, REG_SZ, 1);
+MIROLTA_CONSTANT(DWORD, REG_EXPAND_SZ, 2);
+MIROLTA_CONSTANT(DWORD, REG_BINARY, 3);
+MIROLTA_CONSTANT(DWORD, REG_DWORD, 4);
+MIROLTA_CONSTANT(DWORD, REG_MULTI_SZ, 7);
+MIROLTA_CONSTANT(DWORD, REG_OPTION_NON_VOLATILE, 0);
+MIROLTA_CONSTANT(DWORD, REG_CREATED_NEW_KEY, 1);
+MIROLTA_CONSTANT(DWORD, REG_OPENED_EXISTING_KEY, 2);
+MIROLTA_CONSTANT(REGSAM, KEY_QUERY_VALUE, 0x01);
+MIROLTA_CONSTANT(REGSAM, KEY_SET_VALUE, 0x02);
+MIROLTA_CONSTANT(REGSAM, KEY_CREATE_SUB_KEY, 0x04);
+MIROLTA_CONSTANT(REGSAM, KEY_ENUMERATE_SUB_KEYS, 0x08);
+MIROLTA_CONSTANT(REGSAM, MAXIMUM_ALLOWED, 0x02000000);
+MIROLTA_CONSTANT(REGSAM, KEY_READ, 0x00020019);
+MIROLTA_CONSTANT(REGSAM, KEY_WRITE, 0x00020006);
+MIROLTA_CONSTANT(REGSAM, KEY_ALL_ACCESS, 0x000F003F);
 
-extern "C" {
 // All return a system error number, 0 for success. Names are case-insensitive; a null or empty
 // value name is the key's default value. Sizes of text are in bytes with the terminator.
 MIROLTA_RUNTIME LONG RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD options, REGSAM access, HKEY* out);
@@ -53,4 +56,3 @@ MIROLTA_RUNTIME LONG RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* le
                                    FILETIME* written);
 MIROLTA_RUNTIME LONG RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* length,
                                    DWORD* reserved, DWORD* type, BYTE* data, DWORD* size);
-}
