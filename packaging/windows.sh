@@ -69,7 +69,12 @@ common=$work/common
 mkdir -p "$common"
 text_file "$root/packaging/windows/README.txt" "$common/README.txt"
 text_file "$root/LICENSE" "$common/LICENSE.txt"
+text_file "$root/THIRD-PARTY.md" "$common/THIRD-PARTY.txt"
 cp -R "$root/examples" "$common/examples"
+# The examples read it from there.
+mkdir "$common/lib"
+cp "$root/lib/bytes.js" "$common/lib"
+"$definitions" typescript "$common/mirolta.d.ts"
 
 for architecture in x64 x86; do
   name=mirolta-$version-windows-$architecture

@@ -53,4 +53,6 @@ target_link_libraries(mirolta PRIVATE module_core INTERFACE ole32 oleaut32 uuid)
 # give the same bytes.
 target_link_options(mirolta PRIVATE
   -static -static-libgcc -static-libstdc++ -s -Wl,--gc-sections -Wl,--enable-stdcall-fixup
-  -Wl,--no-insert-timestamp)
+  -Wl,--no-insert-timestamp
+  # What the DLL contains of others, for tests.
+  -Wl,-Map,${PROJECT_BINARY_DIR}/Mirolta.map)

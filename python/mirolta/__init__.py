@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Mirolta: digests, ciphers, big numbers, RSA and stream filters.
 
     mirolta.new("sha256", b"abc").hexdigest()       as hashlib does

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Counted references to interfaces, and their members by slot."""
 from __future__ import annotations
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Calls of members: IDispatch::Invoke with Python values, and its failures as exceptions."""
 from __future__ import annotations
 

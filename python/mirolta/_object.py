@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Late-bound objects: members by name, with the help of the type library where there is one."""
 from __future__ import annotations
 

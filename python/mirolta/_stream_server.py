@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A stream of the platform over a file of Python, for objects that read or write it.
 
 The object holds counted references to the stream; a stream that nobody refers to is forgotten, and

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Structures and constants of the platform's automation interfaces, with its binary layout."""
 from __future__ import annotations
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Type information: the members of an interface with their parameters and help texts."""
 from __future__ import annotations
 

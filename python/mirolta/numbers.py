@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Integers of any size, computed by PexBigNumber, that work with int.
 
 PexBigNumber reads operands without their sign, and zero has no text there; Number has a sign of its

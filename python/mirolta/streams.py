@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Stream filters as files, and streams of automation objects as files.
 
     with mirolta.DigestStream(file, reading="sha256") as filter:

@@ -175,7 +175,7 @@ KEYS
   [ "$(installer /i "$shared_name\\$2")" = 0 ] || fail "$2 cannot be installed"
   folder=$prefix/drive_c/$(echo "${3#C:?}" | tr '\134' /)
   {
-    printf '%s\n' LICENSE.txt Mirolta.dll README.txt
+    printf '%s\n' LICENSE.txt Mirolta.dll README.txt THIRD-PARTY.txt lib/bytes.js mirolta.d.ts
     for name in $examples; do echo "examples/$name"; done
   } | sort >"$work/expected-files"
   (cd "$folder" && find . -type f | sed 's,^\./,,' | sort) >"$work/installed-files"
@@ -296,7 +296,8 @@ test_archives() {
   for architecture in x64 x86; do
     unpack "$architecture"
     {
-      printf '%s\n' LICENSE.txt Mirolta.dll Mirolta.manifest README.txt lib/Mirolta.lib
+      printf '%s\n' LICENSE.txt Mirolta.dll Mirolta.manifest README.txt THIRD-PARTY.txt lib/Mirolta.lib \
+        lib/bytes.js mirolta.d.ts
       for name in $examples; do echo "examples/$name"; done
       (cd "$root" && find include -type f)
     } | sort >"$work/expected-files"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Identifiers by interface.
 #pragma once
 
