@@ -40,7 +40,7 @@ size_t SlotOf(Member member) {
 // The function after an interface's own has the number of its slots.
 template <typename Interface>
 struct Extended : Interface {
-  virtual void Next() = 0;
+  virtual void FunctionAfterAll() = 0;
 };
 
 struct Row {
@@ -67,7 +67,7 @@ struct InterfaceRow {
 };
 const InterfaceRow kInterfaces[] = {
 #define INTERFACE(name) \
-  {#name, sizeof(in_c::name##Vtbl) / sizeof(void*), SlotOf(&Extended<name>::Next)},
+  {#name, sizeof(in_c::name##Vtbl) / sizeof(void*), SlotOf(&Extended<name>::FunctionAfterAll)},
 #include "interfaces.inc"
 #undef INTERFACE
 };
