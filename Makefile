@@ -103,8 +103,11 @@ package: setup-package windows
 	@packaging/sums.sh build/package
 
 # Of the packages that `make package` has built. Installing them needs root.
-package-test: setup-package-test build
+package-test: setup-package-test build windows
+	$(call build,windows-x64,registry_listing)
+	$(call build,windows-x86,registry_listing)
 	@status=0; tests/packages/linux_test.sh build/package build/package-test || status=1; \
+	  tests/packages/windows_test.sh build/package build/package-test || status=1; \
 	  ctest --preset package || status=1; exit $$status
 
 # The test preset names the tests that are too slow, or hold for an optimised build only.

@@ -1,7 +1,7 @@
 # What is installed, by component:
 #
 #   Runtime        the module and the portable runtime; on Windows the DLL
-#   Host           mirolta-host with its manual page, and what scripts include
+#   Host           mirolta-host with its manual page, what scripts include, their declarations for editors
 #   Development    headers, import library, package files of CMake and pkg-config
 #   Documentation  pages, examples, licence
 #
@@ -30,6 +30,10 @@ if(TARGET mirolta-host)
   install(TARGETS mirolta-host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Host)
   install(FILES ${PROJECT_SOURCE_DIR}/host/mirolta-host.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Host)
+endif()
+if(TARGET mirolta-declarations)
+  install(FILES ${PROJECT_BINARY_DIR}/share/mirolta/mirolta.d.ts
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/mirolta COMPONENT Host)
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/lib/bytes.js DESTINATION ${CMAKE_INSTALL_DATADIR}/mirolta
   COMPONENT Host)
@@ -70,6 +74,7 @@ install(FILES ${PROJECT_BINARY_DIR}/package/mirolta.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
 
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md
+  ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/SECURITY.md ${PROJECT_SOURCE_DIR}/THIRD-PARTY.md
   DESTINATION ${documents} COMPONENT Documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${documents}/docs COMPONENT Documentation
   FILES_MATCHING PATTERN "*.md")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // mirolta.h: declarations for early-bound callers in C++17 or C11, on every platform: identifiers of
 // the classes and interfaces, and the interfaces with their functions in order. Late-bound callers do
 // not need it: they create objects by ProgID ("Vardeko.crypt.HashObject", ...) and call members by

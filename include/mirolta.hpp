@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // mirolta.hpp: the classes for C++17 and later, with owning types for texts, values, byte arrays and
 // objects. Failures are exceptions; every operation that can fail has a second form, TryName, which
 // returns a Result instead. docs/cpp.md explains both.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes for people: text, hexadecimal and base64 to bytes and back, the same on every script host.
 //
 //   Bytes.FromText(text, codePage)    Bytes.ToText(bytes, codePage)    code page 65001, UTF-8, if omitted

@@ -69,7 +69,12 @@ common=$work/common
 mkdir -p "$common"
 text_file "$root/packaging/windows/README.txt" "$common/README.txt"
 text_file "$root/LICENSE" "$common/LICENSE.txt"
+text_file "$root/THIRD-PARTY.md" "$common/THIRD-PARTY.txt"
 cp -R "$root/examples" "$common/examples"
+# The examples read it from there.
+mkdir "$common/lib"
+cp "$root/lib/bytes.js" "$common/lib"
+"$definitions" typescript "$common/mirolta.d.ts"
 
 for architecture in x64 x86; do
   name=mirolta-$version-windows-$architecture
@@ -84,6 +89,7 @@ for architecture in x64 x86; do
   rm -f "$output/$name.zip"
   # Sorted, without users and without times beyond the seconds that every reader knows.
   (cd "$work" && find "$name" -type f | sort | zip --quiet -X -9 -@ "$output/$name.zip")
+  echo "$output/$name.zip"
 done
 
 # The installer's files: those that mirolta.wxs names, and the examples.
@@ -144,6 +150,7 @@ installer() {
   msibuild "$work/package.msi" -s "Mirolta $version" "The Mirolta authors" \
     "$(template "$1");1033" "$package"
   mv "$work/package.msi" "$output/$4"
+  echo "$output/$4"
 }
 
 template() {
@@ -163,4 +170,3 @@ query() {
 installer x64 win64 yes "mirolta-$version.msi"
 installer x86 win32 no "mirolta-$version-x86.msi"
 rm -rf "$work"
-ls -l "$output" | sed -n "s/.* \(mirolta-$version[-.].*\(zip\|msi\)\)$/\1/p"

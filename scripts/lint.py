@@ -9,6 +9,7 @@ PATHs (files or folders) only these are checked.
 
 - layers      includes go in the allowed directions (tests/layout/check_layers.py)
 - contracts   the labels of contracts and their order (scripts/contracts.py)
+- licences    which files name their licence (scripts/licences.py)
 - definitions each name is defined once, and used (scripts/definitions.py)
 - gcc         its warnings for what the ordinary build omits (the benchmark)
 - clang       its warnings: those of .clang-tidy's ExtraArgs
@@ -32,6 +33,7 @@ import time
 sys.dont_write_bytecode = True
 import contracts  # noqa: E402
 import definitions  # noqa: E402
+import licences  # noqa: E402
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 # Folders that the ordinary build does not compile.
@@ -217,6 +219,8 @@ def main():
     report("layers", found[-1].rsplit(",", 1)[0], found[:-1] if layers.returncode else [])
     count, found = contracts.check(places)
     report("contracts", f"{count} files", found)
+    count, found = licences.check(SOURCE)
+    report("licences", f"{count} files", found)
     _, count, found = definitions.check()
     chosen = [line for line in found if not places or any(
         (SOURCE / line.split(":")[0]).is_relative_to(place) for place in places)]

@@ -80,6 +80,8 @@ binaries() {
     done
     python3 "$root/tests/trust/hardening_test.py" "$module" >"$work/hardening" ||
       fail "$(cat "$work/hardening")"
+    python3 "$root/tests/setup/third_party_test.py" "$root" --map "$folder/Mirolta.map" >"$work/carried" ||
+      fail "$(cat "$work/carried")"
     grep -q "^<assembly" "$folder/Mirolta.manifest" || fail "no manifest beside $module"
     echo "$module: $size bytes, imports" $imports
   done

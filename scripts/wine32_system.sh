@@ -20,10 +20,12 @@ open_wine32() {
 }
 
 in_system() {
+  program=/usr/lib/wine/$1
+  shift
   env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 TZ=UTC \
     WINEPREFIX="${wine32_prefix:-/root/.wine}" WINEARCH=win32 WINEDEBUG=-all \
     WINEDLLOVERRIDES="mscoree=;mshtml=" WINESERVER=/usr/lib/wine/wineserver32 \
-    chroot "$system" /usr/lib/wine/"$@" 2>/dev/null
+    chroot "$system" "$program" "$@" 2>/dev/null
 }
 
 # apt with the machine's sources, but its own packages and lists, for the other architecture.

@@ -160,12 +160,14 @@ void WriteProgIds(FILE* out) {
 }  // namespace
 
 bool WriteScriptDeclarations(FILE* out) {
-  fputs("// Mirolta " MIROLTA_VERSION
-        ": what scripts find, for editors and the TypeScript compiler.\n"
-        "// Written by mirolta-definitions from the tables of members; do not edit.\n\n"
-        "/** The classes by ProgID. */\n"
-        "interface ActiveXObjectNameMap {\n",
-        out);
+  fputs(
+      "// SPDX-License-Identifier: MIT\n"
+      "// Mirolta " MIROLTA_VERSION
+      ": what scripts find, for editors and the TypeScript compiler.\n"
+      "// Written by mirolta-definitions from the tables of members; do not edit.\n\n"
+      "/** The classes by ProgID. */\n"
+      "interface ActiveXObjectNameMap {\n",
+      out);
   WriteProgIds(out);
   host::WriteHostProgIds(out);
   fputs("}\n\n/** ", out);

@@ -125,7 +125,7 @@ HRESULT TextStream::PutEncoded(UnitsView text) {
 }
 
 void TextStream::Put(UnitsView text) {
-  ByteChannel& channel = Writer();
+  const ByteChannel& channel = Writer();
   Units all = half_;
   all += text;
   Units half;

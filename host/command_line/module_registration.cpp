@@ -169,7 +169,7 @@ std::string OwnModulePath() {
   const size_t slash = host.rfind('/');
   if (slash == std::string::npos) return "";
   for (const char* folder : kOwnFolders) {
-    const std::string module = FullLinkPath(host.substr(0, slash) + folder + MIROLTA_MODULE_FILE);
+    std::string module = FullLinkPath(host.substr(0, slash) + folder + MIROLTA_MODULE_FILE);
     if (!module.empty()) return module;
   }
   return "";

@@ -20,7 +20,7 @@ std::string FullPath(const std::string& path) {
 }
 
 std::string FullLinkPath(const std::string& path) {
-  const std::string followed = FullPath(path);
+  std::string followed = FullPath(path);
   const size_t slash = path.rfind('/');
   const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
   if (followed.empty() || name.empty() || name == "." || name == "..") return followed;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scalar types of the platform, with its widths.
 //
 // The names are the platform's and global, in C and in C++. They live beside X11's, whichever header

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The interfaces of mirolta.h in C: structures of function pointers in slot order.
 //
 // An object is a pointer to a structure whose lpVtbl points to its functions; each is called with the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform's interfaces in C: structures of function pointers in slot order. With COBJMACROS
 // defined, IStream_Read(stream, ...) calls stream->lpVtbl->Read(stream, ...).
 #pragma once

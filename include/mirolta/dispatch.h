@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Late-bound calls and type information.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error descriptions, one slot a thread.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 16-byte identifiers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Identifiers of interfaces, and the C++ interface that each is bound to.
 #pragma once
 

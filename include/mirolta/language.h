@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What C and C++ write differently, so that one declaration serves both.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Modules: their resources, their class objects, and how they are found and loaded.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The registry: keys with a default value and named values, in text files, or in memory for
 // one process.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the system's headers declare on Windows, for the rest: same names, same binary layout, same slot
 // orders. OLE characters have 16 bits.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Status codes with the platform's values.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte streams.
 #pragma once
 

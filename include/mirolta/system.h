@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Locks, counters, time, character sets and task memory.
 #pragma once
 

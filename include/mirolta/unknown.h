@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The root of every interface, and class factories.
 #pragma once
 

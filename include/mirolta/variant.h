@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Automation values: VARIANT, SAFEARRAY, DECIMAL, BSTR, and the operations on them.
 #pragma once
 

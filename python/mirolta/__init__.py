@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Mirolta: digests, ciphers, big numbers, RSA and stream filters.
 
     mirolta.new("sha256", b"abc").hexdigest()       as hashlib does
@@ -27,6 +28,8 @@ __all__ = [
     "LibraryNotFoundError", "MISSING", "NULL", "Number", "Object", "RSAKey", "Stream",
     "address_of", "algorithms_available", "algorithms_guaranteed", "create", "file_digest",
     "hashes", "hmac", "md5", "members", "new", "numbers", "sha1", "sha256", "streams"]
+
+__version__: str  # read from a file when it is asked for
 
 
 def create(prog_id: str) -> Object:

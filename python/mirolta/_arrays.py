@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Automation arrays: byte arrays and Python's buffers, other arrays and lists."""
 from __future__ import annotations
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Calls of objects, and exceptions of Python code that such a call runs.
 
 A member of an object may call back: a filter reads the file that it is bound to. An exception there

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Creates objects by ProgID: of registered classes, and of the module's classes in any case."""
 from __future__ import annotations
 

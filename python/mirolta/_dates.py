@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Dates: automation's local days since 30 December 1899, and Python's datetime."""
 from __future__ import annotations
 

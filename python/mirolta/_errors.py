@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Automation errors as exceptions."""
 from __future__ import annotations
 

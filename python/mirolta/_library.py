@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Finds and loads the portable automation runtime and the module; the system's own on Windows."""
 from __future__ import annotations
 

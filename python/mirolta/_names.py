@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Names of algorithms: those of Python's libraries, and those of the objects."""
 from __future__ import annotations
 

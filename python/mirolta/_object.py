@@ -1,109 +1,31 @@
+# SPDX-License-Identifier: MIT
 """Late-bound objects: members by name, with the help of the type library where there is one."""
 from __future__ import annotations
 
 import inspect
 import threading
-from ctypes import POINTER, byref, c_int32, c_uint32, c_void_p, cast
-from typing import Any, Callable, Dict, Iterator, List, Optional, Tuple, Type, Union
+from ctypes import byref, c_int32, c_void_p, cast
+from typing import Any, Callable, Dict, Iterator, Optional, Tuple, Type, Union
 
 from . import _calls, _classes, _texts, _typeinfo, _values
 from ._errors import AutomationError
-from ._interfaces import Dispatch, ErrorInfo, SupportErrorInfo, Unknown, borrow, borrow_as, table_of
+from ._interfaces import Dispatch, Unknown, borrow, borrow_as, table_of
+from ._invocation import Target, bind, invoke, put, put_untyped
 from ._library import runtime
-from ._statuses import (DISP_E_BADPARAMCOUNT, DISP_E_EXCEPTION, DISP_E_MEMBERNOTFOUND,
-                        DISP_E_PARAMNOTFOUND, DISP_E_UNKNOWNNAME, S_OK, signed)
-from ._structures import (DISPATCH_METHOD, DISPATCH_PROPERTYGET, DISPATCH_PROPERTYPUT,
-                          DISPATCH_PROPERTYPUTREF, DISPID_PROPERTYPUT, DISPID_VALUE, DISPPARAMS,
-                          EXCEPINFO, GUID, IID_IDispatch, IID_NULL, LOCALE_USER_DEFAULT, VARIANT,
-                          VT_DISPATCH, VT_UNKNOWN, function_type)
+from ._statuses import (DISP_E_BADPARAMCOUNT, DISP_E_MEMBERNOTFOUND, DISP_E_PARAMNOTFOUND,
+                        DISP_E_UNKNOWNNAME, signed)
+from ._structures import (DISPATCH_METHOD, DISPATCH_PROPERTYGET, DISPID_VALUE, GUID, IID_NULL,
+                          LOCALE_USER_DEFAULT, VT_DISPATCH)
 from ._typeinfo import Description, Member
-from ._values import MISSING, AutomationValue, Values
+from ._values import AutomationValue
 
 # Interfaces whose members take numbers: a large int is passed as its bytes, not as decimal text.
 _NUMBER_INTERFACES = {bytes(GUID.of(text)) for text in (
     "65340385-06EA-4727-B2F7-8F1BF19675C4",   # IPexBigNumber
     "303A999E-48F7-47C8-A434-3F11F75C60E6")}  # IRSACrypt
-_PUTS = DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF
 # Of a member that may be a property or a method: the object says that it is not this one.
 _OTHER_KIND = {signed(DISP_E_MEMBERNOTFOUND), signed(DISP_E_BADPARAMCOUNT),
                signed(DISP_E_PARAMNOTFOUND)}
-
-
-def _exception_of(information: EXCEPINFO, source: str) -> AutomationError:
-    """The error that a member published; its texts are freed."""
-    if information.deferred_fill_in:
-        function_type(c_int32, POINTER(EXCEPINFO))(information.deferred_fill_in)(byref(information))
-    texts = [_texts.take(address or 0) for address in
-             (information.source, information.description, information.help_file)]
-    return AutomationError(information.scode or information.code or DISP_E_EXCEPTION, texts[1],
-                           texts[0] or source)
-
-
-def _published_error(dispatch: Dispatch, status: int, source: str) -> AutomationError:
-    """The error of a call whose status is a failure of its own, with the thread's description."""
-    support = dispatch.try_query(SupportErrorInfo)
-    if support is None or support.InterfaceSupportsErrorInfo(byref(IID_IDispatch)) != S_OK:
-        return AutomationError(status, "", source)
-    out = c_void_p()
-    if runtime().GetErrorInfo(0, byref(out)) != S_OK or not out.value:
-        return AutomationError(status, "", source)
-    information = ErrorInfo(out.value)
-    texts = []
-    for get in (information.GetDescription, information.GetSource):
-        text = c_void_p()
-        get(byref(text))
-        texts.append(_texts.take(text.value or 0))
-    return AutomationError(status, texts[0], texts[1] or source)
-
-
-def _invoke(self: Object, member: int, flags: int, arguments: List[Any]) -> Any:
-    """Calls a member. The last argument of a property that is set is its value."""
-    count = len(arguments)
-    with Values(count + 1) as values:
-        _values.write_all(arguments, values, self._large_as_bytes)
-        parameters = DISPPARAMS(cast(values, POINTER(VARIANT)), None, count, 0)
-        if flags & _PUTS:
-            name = c_int32(DISPID_PROPERTYPUT)
-            parameters.names = POINTER(c_int32)(name)
-            parameters.named_count = 1
-        result = values[count]
-        information = EXCEPINFO()
-        status = _calls.call(self._dispatch.Invoke, member, byref(IID_NULL), LOCALE_USER_DEFAULT,
-                             flags, byref(parameters), byref(result), byref(information),
-                             byref(c_uint32()))
-        if status == signed(DISP_E_EXCEPTION):
-            raise _exception_of(information, self._source)
-        if status < 0:
-            raise _published_error(self._dispatch, status, self._source)
-        if result.vt == VT_DISPATCH and result.value.pointer:
-            return _result(self, result.value.pointer)
-        return _values.read(result)
-
-
-def _result(self: Object, address: int) -> Any:
-    """An object that a member returned. One with the same functions has the same interface."""
-    if table_of(address) != table_of(self._dispatch.address):
-        return _wrap(borrow(address))
-    return _made(type(self), borrow_as(Dispatch, address), self._source)
-
-
-def _bind(member: Member, positional: Tuple[Any, ...], named: Dict[str, Any]) -> List[Any]:
-    """The arguments by position. Optional ones that are left out in the middle are MISSING."""
-    if len(positional) > len(member.parameters):
-        raise TypeError(f"{member.name}() takes {len(member.parameters)} arguments, "
-                        f"{len(positional)} were given")
-    arguments = list(positional)
-    for parameter in member.parameters[len(positional):]:
-        arguments.append(named.pop(parameter.name, MISSING))
-    if named:
-        raise TypeError(f"{member.name}() has no parameter {next(iter(named))!r}, "
-                        "or it was given twice")
-    while arguments and arguments[-1] is MISSING:
-        arguments.pop()
-    for parameter, value in zip(member.parameters, arguments + [MISSING] * len(member.parameters)):
-        if value is MISSING and not parameter.is_optional:
-            raise TypeError(f"{member.name}() needs the argument {parameter.name!r}")
-    return arguments
 
 
 class IndexedProperty:
@@ -117,15 +39,15 @@ class IndexedProperty:
         self._member = member
 
     def __call__(self, *arguments: Any, **named: Any) -> Any:
-        return _invoke(self._owner, self._member.id, DISPATCH_PROPERTYGET,
-                       _bind(self._member, arguments, named))
+        return invoke(self._owner._target(), self._member.id, DISPATCH_PROPERTYGET,
+                      bind(self._member, arguments, named))
 
     def __getitem__(self, arguments: Any) -> Any:
         return self(*arguments) if isinstance(arguments, tuple) else self(arguments)
 
     def __setitem__(self, arguments: Any, value: Any) -> None:
         positional = arguments if isinstance(arguments, tuple) else (arguments,)
-        _put(self._owner, self._member, _bind(self._member, positional, {}), value)
+        put(self._owner._target(), self._member, bind(self._member, positional, {}), value)
 
     def __repr__(self) -> str:
         return f"<property {self._member.name} with arguments of {self._owner!r}>"
@@ -142,37 +64,18 @@ class _UntypedMember:
         self._id = member
 
     def __call__(self, *arguments: Any) -> Any:
-        return _invoke(self._owner, self._id, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
-                       list(arguments))
+        return invoke(self._owner._target(), self._id, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
+                      list(arguments))
 
     def __getitem__(self, arguments: Any) -> Any:
         return self(*arguments) if isinstance(arguments, tuple) else self(arguments)
 
     def __setitem__(self, arguments: Any, value: Any) -> None:
         positional = list(arguments) if isinstance(arguments, tuple) else [arguments]
-        _put_untyped(self._owner, self._id, positional, value)
+        put_untyped(self._owner._target(), self._id, positional, value)
 
     def __repr__(self) -> str:
         return f"<member {self._name} of {self._owner!r}>"
-
-
-def _is_object(value: Any) -> bool:
-    with Values(1) as values:
-        _values.write(value, values[0])
-        return values[0].vt in (VT_DISPATCH, VT_UNKNOWN)
-
-
-def _put(owner: Object, member: Member, arguments: List[Any], value: Any) -> None:
-    optional_left = len(member.parameters) - len(arguments)
-    flags = member.put_flags(False)
-    if member.kinds & _PUTS == _PUTS:
-        flags = member.put_flags(_is_object(value))
-    _invoke(owner, member.id, flags, arguments + [MISSING] * optional_left + [value])
-
-
-def _put_untyped(owner: Object, member: int, arguments: List[Any], value: Any) -> None:
-    flags = _PUTS if _is_object(value) else DISPATCH_PROPERTYPUT
-    _invoke(owner, member, flags, arguments + [value])
 
 
 class Object(AutomationValue):
@@ -198,6 +101,15 @@ class Object(AutomationValue):
 
     def _automation_reference(self) -> Tuple[int, Unknown]:
         return VT_DISPATCH, self._dispatch
+
+    def _target(self) -> Target:
+        return Target(self._dispatch, self._source, self._large_as_bytes, self._object_at)
+
+    def _object_at(self, address: int) -> Any:
+        """An object that a member returned. One with the same functions has the same interface."""
+        if table_of(address) != table_of(self._dispatch.address):
+            return _wrap(borrow(address))
+        return _made(type(self), borrow_as(Dispatch, address), self._source)
 
     def _id_of(self, name: str) -> int:
         text = _texts.terminated(name)
@@ -225,7 +137,7 @@ class Object(AutomationValue):
         if isinstance(member, Member):
             return getattr(self, member.name)
         try:
-            return _invoke(self, member, DISPATCH_PROPERTYGET, [])
+            return invoke(self._target(), member, DISPATCH_PROPERTYGET, [])
         except AutomationError as failure:
             if failure.number not in _OTHER_KIND:
                 raise
@@ -237,7 +149,7 @@ class Object(AutomationValue):
             return
         member = self._member_of(name)
         if not isinstance(member, Member):
-            _put_untyped(self, member, [], value)
+            put_untyped(self._target(), member, [], value)
         elif member.is_method:
             raise AttributeError(f"{member.name} is a method of {type(self).__name__!r} objects")
         else:
@@ -245,7 +157,7 @@ class Object(AutomationValue):
 
     def __call__(self, *arguments: Any) -> Any:
         """Reads the default member."""
-        return _invoke(self, DISPID_VALUE, DISPATCH_PROPERTYGET, list(arguments))
+        return invoke(self._target(), DISPID_VALUE, DISPATCH_PROPERTYGET, list(arguments))
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Object):
@@ -274,7 +186,7 @@ def _signature(member: Member) -> inspect.Signature:
 
 def _method(member: Member) -> Callable[..., Any]:
     def method(self: Object, /, *arguments: Any, **named: Any) -> Any:
-        return _invoke(self, member.id, DISPATCH_METHOD, _bind(member, arguments, named))
+        return invoke(self._target(), member.id, DISPATCH_METHOD, bind(member, arguments, named))
 
     method.__name__ = method.__qualname__ = member.name
     method.__doc__ = member.help
@@ -284,13 +196,13 @@ def _method(member: Member) -> Callable[..., Any]:
 
 def _property(member: Member) -> property:
     def get(self: Object) -> Any:
-        return _invoke(self, member.id, DISPATCH_PROPERTYGET, [])
+        return invoke(self._target(), member.id, DISPATCH_PROPERTYGET, [])
 
     def get_indexed(self: Object) -> Any:
         return IndexedProperty(self, member)
 
-    def put(self: Object, value: Any) -> None:
-        _put(self, member, [], value)
+    def set_value(self: Object, value: Any) -> None:
+        put(self._target(), member, [], value)
 
     reads = get_indexed if member.parameters else get if member.can_be_read else None
     arguments = ", ".join(parameter.name for parameter in member.parameters)
@@ -298,7 +210,7 @@ def _property(member: Member) -> property:
     documentation = f"{member.type}{access}. {member.help}"
     if arguments:
         documentation = f"{member.name}[{arguments}]: {documentation}"
-    return property(reads, put if member.can_be_set else None, None, documentation)
+    return property(reads, set_value if member.can_be_set else None, None, documentation)
 
 
 def _class_of(description: Description) -> Type[Object]:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Status codes of the platform: their names, and a text for those that nobody else describes."""
 from __future__ import annotations
 

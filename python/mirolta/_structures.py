@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Structures and constants of the platform's automation interfaces, with its binary layout."""
 from __future__ import annotations
 
@@ -54,7 +55,6 @@ FUNCFLAG_FRESTRICTED = 1
 PARAMFLAG_FOPT = 0x10
 PARAMFLAG_FHASDEFAULT = 0x20
 STGTY_STREAM = 2
-STATFLAG_NONAME = 1
 
 
 class GUID(Structure):

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Texts: Python's str and the platform's counted 16-bit texts.
 
 Zero characters and lone surrogates are kept. Two surrogates that make a pair come back as the one

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Type information: the members of an interface with their parameters and help texts."""
 from __future__ import annotations
 
@@ -9,7 +10,7 @@ from . import _texts, _values
 from ._errors import check
 from ._interfaces import Dispatch, TypeInfo
 from ._structures import (DISPATCH_METHOD, DISPATCH_PROPERTYGET, DISPATCH_PROPERTYPUT,
-                          DISPATCH_PROPERTYPUTREF, FUNCDESC, FUNCFLAG_FRESTRICTED,
+                          DISPATCH_PROPERTYPUTREF, FUNCDESC, FUNCFLAG_FRESTRICTED, IID_NULL,
                           LOCALE_USER_DEFAULT, PARAMFLAG_FHASDEFAULT, PARAMFLAG_FOPT, TYPEATTR,
                           VT_BOOL, VT_BSTR, VT_CY, VT_DATE, VT_DECIMAL, VT_DISPATCH, VT_EMPTY,
                           VT_HRESULT, VT_I1, VT_I2, VT_I4, VT_I8, VT_INT, VT_PTR, VT_R4, VT_R8,
@@ -54,12 +55,6 @@ class Member(NamedTuple):
     @property
     def can_be_set(self) -> bool:
         return bool(self.kinds & _PUTS)
-
-    def put_flags(self, value_is_object: bool) -> int:
-        """How to set the property: an object by reference, where that is declared."""
-        if self.kinds & _PUTS == _PUTS:
-            return DISPATCH_PROPERTYPUTREF if value_is_object else DISPATCH_PROPERTYPUT
-        return self.kinds & _PUTS
 
 
 class Description(NamedTuple):
@@ -135,7 +130,7 @@ _descriptions: Dict[bytes, Description] = {}
 
 
 def describe(dispatch: Dispatch) -> Optional[Description]:
-    """What is known of the object's interface; None if it has no type information."""
+    """What is known of the object's interface; None without type information, or an identifier."""
     out = c_void_p()
     if dispatch.GetTypeInfo(0, LOCALE_USER_DEFAULT, byref(out)) < 0 or not out.value:
         return None
@@ -147,6 +142,8 @@ def describe(dispatch: Dispatch) -> Optional[Description]:
         count = attributes.contents.function_count
     finally:
         info.ReleaseTypeAttr(attributes)
+    if guid == bytes(IID_NULL):
+        return None
     known = _descriptions.get(guid)
     if known is None:
         known = _describe(info, guid, count)

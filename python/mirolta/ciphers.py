@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """AES and DES, block by block.
 
 Equal blocks give equal blocks, and nothing is authenticated: a primitive for protocols that exist,

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Digests and HMACs with the interface of hashlib and hmac.
 
 What HashObject cannot do raises an exception that says so: to continue after digest(), and to copy

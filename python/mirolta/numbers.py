@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Integers of any size, computed by PexBigNumber, that work with int.
 
 PexBigNumber reads operands without their sign, and zero has no text there; Number has a sign of its
@@ -259,6 +260,12 @@ class Number:
 
     def __rmod__(self, other: Operand) -> Number:
         return _binary(lambda a, b: a._divide(b)[1], other, self)
+
+    def __lshift__(self, count: int) -> Number:
+        return self * (1 << count)
+
+    def __rshift__(self, count: int) -> Number:
+        return self // (1 << count)
 
     def __pow__(self, exponent: Operand, modulus: Optional[Operand] = None) -> Number:
         if modulus is None:

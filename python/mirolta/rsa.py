@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """RSA keys and raw RSA, without padding.
 
 Equal numbers give equal results and a changed one is not noticed: encrypt random keys with it. Nothing

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Stream filters as files, and streams of automation objects as files.
 
     with mirolta.DigestStream(file, reading="sha256") as filter:
@@ -205,11 +206,12 @@ class CryptStream(_Filter):
 
     _PROG_ID = "Vardeko.crypt.ToviStreamCrypt"
     _reading_ended = False
-    _has_written = False
 
     def __init__(self, file: Any, algorithm_name: str, key: bytes, *, decrypt_reading: bool = True,
                  decrypt_writing: bool = False, pad_type: int = 0) -> None:
         name = algorithm(algorithm_name, CIPHERS)
+        if file is None:
+            raise TypeError("a cipher needs a file")
         super().__init__(file)
         for direction, decrypts in (("Read", decrypt_reading), ("Write", decrypt_writing)):
             setattr(self.object, direction + "Algorithm", name)
@@ -229,17 +231,10 @@ class CryptStream(_Filter):
                 self.object.ReadFinalize()
                 self._reading_ended = True
 
-    def write(self, data: Any) -> int:
-        count = super().write(data)
-        self._has_written = self._has_written or count > 0
-        return count
-
     def finalize(self) -> None:
         """Pads and writes what is left of the data written."""
         self._open_stream()
-        if self._has_written:
-            self._has_written = False
-            self.object.WriteFinalize()
+        self.object.WriteFinalize()
 
     def close(self) -> None:
         if self.closed:

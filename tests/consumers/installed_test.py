@@ -21,7 +21,7 @@ COMPONENTS = {
                     rf"{LIBDIR}/lib(Mirolta|mirolta-runtime)\.so",
                     rf"{LIBDIR}/cmake/Mirolta/Mirolta[A-Za-z-]+\.cmake",
                     rf"{LIBDIR}/pkgconfig/mirolta\.pc"],
-    "Documentation": [r"share/doc/mirolta/LICENSE", r"share/doc/mirolta/README\.md",
+    "Documentation": [r"share/doc/mirolta/LICENSE", r"share/doc/mirolta/(README|CHANGELOG|SECURITY|THIRD-PARTY)\.md",
                       r"share/doc/mirolta/examples/.+", r"share/doc/mirolta/docs/.+",
                       r"share/doc/mirolta/.+"],
 }

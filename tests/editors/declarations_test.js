@@ -151,7 +151,8 @@ function sorted(names) {
 const PROG_IDS = ["HashObject", "Symmetric", "Number", "RSA", "ToviStreamDigest", "ToviStreamCrypt"].map(
   (name) => "Vardeko.crypt." + name);
 
-test("the declarations have no error", () => {
+test("the declarations have a licence and no error", () => {
+  assert.match(fs.readFileSync(declarations, "utf-8"), /^\/\/ SPDX-License-Identifier: MIT\n\/\/ Mirolta \d+\.\d+\.\d+: /);
   assert.strictEqual(told(errorsOf([])), "");
   assert.strictEqual(told(errorsOf([], STRICT)), "");
 });
@@ -255,6 +256,41 @@ test("the objects of the engine are declared, each member with a text", () => {
   const stream = lines(run(host, "-e", 'for (var name in WScript.MemoryStream()) WScript.Echo(name)'));
   const found = completionsAfter("WScript.MemoryStream().");
   for (const member of stream) assert.ok(found[member], member);
+});
+
+// The blocks of docs/editors.md, with the path of these declarations.
+function blocksOfPage() {
+  const page = fs.readFileSync(path.join(project, "docs/editors.md"), "utf-8");
+  return page.split("```\n").filter((_, index) => index % 2 === 1).map((block) =>
+    block.split("/usr/share/mirolta/mirolta.d.ts").join(path.resolve(declarations)));
+}
+
+test("the settings of the page check a folder and a script", () => {
+  const [settings, references] = blocksOfPage();
+  const folder = path.join(process.cwd(), "folder");
+  fs.rmSync(folder, {recursive: true, force: true});
+  fs.mkdirSync(folder);
+  fs.writeFileSync(path.join(folder, "jsconfig.json"), settings);
+  fs.writeFileSync(path.join(folder, "one.js"), 'WScript.Echo("text");\nWScript.Say("text");\n');
+  const config = ts.parseJsonConfigFileContent(
+    ts.readConfigFile(path.join(folder, "jsconfig.json"), ts.sys.readFile).config, ts.sys, folder, {},
+    path.join(folder, "jsconfig.json"));
+  assert.deepStrictEqual(config.errors, []);
+  assert.strictEqual(config.fileNames.length, 2);
+  const expected = /^one.js:\d: TS2339: Property 'Say' does not exist on type 'Host'.$/;
+  assert.match(told(errorsOf([path.join(folder, "one.js")], config.options)), expected);
+
+  fs.writeFileSync(path.join(folder, "one.js"), references + 'WScript.Echo("text");\nWScript.Say("text");\n');
+  const program = ts.createProgram([path.join(folder, "one.js")], {allowJs: true, noEmit: true});
+  const found = ts.getPreEmitDiagnostics(program).map((one) => one.code);
+  assert.deepStrictEqual(found, [NO_SUCH_MEMBER]);
+});
+
+test("an assignment to a call is reported, and accepted behind @ts-ignore", () => {
+  const file = path.join(process.cwd(), "assignment.js");
+  const line = 'new ActiveXObject("Vardeko.crypt.Number").Text(65001) = "x";\n';
+  fs.writeFileSync(file, line + "// @ts-ignore\n" + line);
+  assert.deepStrictEqual(errorsOf([file]).map((one) => `${one.line}: ${one.code}`), ["1: 2364"]);
 });
 
 process.exit(failures === 0 ? 0 : 1);

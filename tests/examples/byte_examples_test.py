@@ -10,7 +10,7 @@ import stat
 import subprocess
 import unittest
 
-from runner import EXAMPLES, HostTest, limit_files
+from runner import EXAMPLES, SANITIZED, HostTest, limit_files
 
 NEW_EXAMPLES = ("sums.js", "show-bytes.js", "selftest.js", "derive-key.js", "random-bytes.js", "seal-file.js",
                 "open-file.js")
@@ -451,6 +451,7 @@ class SealedFiles(ByteExampleTest):
         data = self.read("one")[self.HEADER:-self.CODE]
         self.assertEqual(len({data[i:i + 16] for i in range(0, 96, 16)}), 6)
 
+    @unittest.skipIf(SANITIZED, "minutes in such a build, which runs the same code with few iterations")
     def test_usual_iterations(self):
         self.write("plain", b"x")
         run = self.example("seal-file.js", "pass", "plain", "sealed")

@@ -66,7 +66,8 @@ else
 fi
 [ "$(as_user /debs/consumer)" = created ] || fail "the program in C++"
 if [ -d /usr/lib/python3/dist-packages/mirolta ]; then
-  as_user python3 -B -c 'import mirolta' || fail "import mirolta"
+  said=$(as_user python3 -B -c 'import mirolta; print(mirolta.sha256(b"abc").hexdigest())' 2>&1)
+  [ "$said" = ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad ] || fail "Python: $said"
 fi
 
 # The same version again, newer, older.

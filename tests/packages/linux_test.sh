@@ -100,6 +100,7 @@ test_archive() {
 
 # Packages of another version with the same files.
 repack() {
+  mkdir -p "$work/repack"
   for file in "$packages"/*mirolta*"_${version}_"*.deb; do
     folder=$work/repack/$(basename "$file" .deb)
     dpkg-deb --raw-extract "$file" "$folder"

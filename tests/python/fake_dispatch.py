@@ -9,10 +9,10 @@ from ctypes import POINTER, byref, c_int32, c_uint16, c_uint32, c_void_p
 
 from mirolta import _texts, _values
 from mirolta._library import runtime
-from mirolta._statuses import (DISP_E_EXCEPTION, DISP_E_MEMBERNOTFOUND, DISP_E_UNKNOWNNAME, E_NOINTERFACE, E_NOTIMPL,
-                               S_OK, signed)
+from mirolta._statuses import (DISP_E_EXCEPTION, DISP_E_MEMBERNOTFOUND, DISP_E_UNKNOWNNAME,
+                               E_NOINTERFACE, E_NOTIMPL, S_OK, signed)
 from mirolta._structures import (DISPPARAMS, EXCEPINFO, GUID, IID_IDispatch, IID_ISupportErrorInfo,
-                                 IID_IUnknown, VARIANT, function_type)
+                                 IID_IUnknown, TYPEATTR, VARIANT, function_type)
 
 
 class Failure(Exception):
@@ -35,11 +35,12 @@ _COUNT = function_type(c_uint32, c_void_p)
 
 
 class FakeDispatch:
-    def __init__(self, members=(), publishes=False):
+    def __init__(self, members=(), publishes=False, describes=False):
         self.members = {"Echo": None, **dict(members)}
         self.names = list(self.members)
         self.references = 1
         self.publishes = publishes
+        self.given = self.released = 0  # attributes of the type information
         ids = function_type(c_int32, c_void_p, POINTER(GUID), POINTER(c_void_p), c_uint32, c_uint32,
                             POINTER(c_int32))
         call = function_type(c_int32, c_void_p, c_int32, POINTER(GUID), c_uint32, c_uint16,
@@ -49,12 +50,33 @@ class FakeDispatch:
             _QUERY(self._query), _COUNT(self._add), _COUNT(self._release),
             function_type(c_int32, c_void_p, POINTER(c_uint32))(lambda this, out: signed(E_NOTIMPL)),
             function_type(c_int32, c_void_p, c_uint32, c_uint32, POINTER(c_void_p))(
-                lambda this, index, locale, out: signed(E_NOTIMPL)),
+                self._describe if describes else lambda *_: signed(E_NOTIMPL)),
             ids(self._ids), call(self._invoke))
         self._support, self._kept_support = _object(
             _QUERY(self._query), _COUNT(self._add), _COUNT(self._release),
             function_type(c_int32, c_void_p, POINTER(GUID))(
                 lambda this, iid: S_OK if bytes(iid[0]) == bytes(IID_IDispatch) else 1))
+
+    def _describe(self, _this, _index, _locale, out):
+        """Type information of an interface without an identifier."""
+        attributes = TYPEATTR()
+
+        def give(_this, attributes_out):
+            attributes_out[0] = ctypes.pointer(attributes)
+            self.given += 1
+            return S_OK
+
+        def release(_this, _attributes):
+            self.released += 1
+
+        attributes_type = POINTER(TYPEATTR)
+        nothing = function_type(c_int32, c_void_p)(lambda this: signed(E_NOTIMPL))
+        out[0], self._kept_description = _object(
+            _QUERY(self._query), _COUNT(self._add), _COUNT(self._release),
+            function_type(c_int32, c_void_p, POINTER(attributes_type))(give), *[nothing] * 15,
+            function_type(None, c_void_p, attributes_type)(release))
+        self.references += 1
+        return S_OK
 
     def _query(self, _this, iid, out):
         wanted = bytes(iid[0])
@@ -98,8 +120,10 @@ class FakeDispatch:
             exception[0].scode = signed(failure.status)
             exception[0].source = _texts.allocate(failure.source)
             exception[0].description = _texts.allocate(failure.description)
+            exception[0].help_file = _texts.allocate(failure.description)
             return signed(DISP_E_EXCEPTION)
-        _values.write(value, result[0])
+        if result:
+            _values.write(value, result[0])
         return S_OK
 
 

@@ -12,7 +12,9 @@ import weakref
 import mirolta
 from fake_dispatch import FakeDispatch, FakeErrorInfo, Failure
 from mirolta import _classes, _interfaces
+from mirolta._invocation import put
 from mirolta._library import runtime
+from mirolta._typeinfo import Member
 from support import AutomationTest, module_has_objects
 
 HASH = "Vardeko.crypt.HashObject"
@@ -219,6 +221,28 @@ class Untyped(AutomationTest):
         self.assertEqual(fake.references, 1)
 
 
+    def test_a_property_with_both_forms_takes_objects_by_reference(self):
+        stored = []
+        fake = FakeDispatch({"Item": lambda flags, value: stored.append((flags, value))})
+        obj = mirolta.Object(fake.address)
+        both = Member("Item", fake.names.index("Item"), 4 | 8, [], "Any", "")
+        put(obj._target(), both, [], 5)
+        put(obj._target(), both, [], obj)
+        self.assertEqual(stored, [(4, 5), (8, obj)])
+        stored.clear()
+        del obj
+        self.assertEqual(fake.references, 1)
+
+    def test_type_information_without_an_identifier_is_not_used(self):
+        fake = FakeDispatch({"Size": lambda flags: 7}, describes=True)
+        obj = mirolta.Object(fake.address)
+        self.assertIs(type(obj), mirolta.Object)
+        self.assertEqual(obj.Size, 7)
+        del obj
+        self.assertEqual(fake.references, 1)
+        self.assertEqual((fake.given, fake.released), (1, 1))
+
+
 class Help(AutomationTest):
     def test_help_shows_the_type_library(self):
         text = pydoc.plain(pydoc.render_doc(mirolta.create(HASH)))
@@ -264,6 +288,18 @@ class Lifetime(AutomationTest):
         self.assertEqual(method(5).Value, "5")
         text = mirolta.create(NUMBER).NewNumber(97).Text
         self.assertEqual(text(), "a")
+
+    def test_a_function_of_an_interface_keeps_it(self):
+        function = _classes.new_object(NUMBER).AddRef
+        self.assertTrue(module_has_objects())
+        self.assertEqual(function(), 2)
+        release = _interfaces.Unknown(function.args[0].address)
+        del function, release
+        self.assertFalse(module_has_objects())
+
+    def test_an_object_that_was_never_made(self):
+        with self.assertRaises(AttributeError):
+            object.__new__(mirolta.Object)._dispatch
 
     def test_pointers_in_and_out(self):
         number = mirolta.create(NUMBER)

@@ -3,6 +3,8 @@ import array
 import ctypes
 import datetime
 import decimal
+import os
+import time
 import unittest
 
 import mirolta
@@ -132,10 +134,18 @@ class Echo(AutomationTest):
             value = datetime.datetime(2079, 6, 4, 23, 59, 59, microsecond)
             self.assertEqual(self.echo(value), value)
         self.assertEqual(self.echo(datetime.date(2026, 1, 2)), datetime.datetime(2026, 1, 2))
-        aware = datetime.datetime(2026, 7, 1, 12, tzinfo=datetime.timezone.utc)
-        self.assertEqual(self.echo(aware), aware.astimezone().replace(tzinfo=None))
         with self.assertRaises(OverflowError):
             self.echo(datetime.datetime(99, 12, 31))
+
+    def test_dates_with_a_zone_become_local(self):
+        def set_zone(name):
+            os.environ["TZ"] = name
+            time.tzset()
+
+        self.addCleanup(set_zone, os.environ.get("TZ", "UTC"))
+        set_zone("JST-9")
+        aware = datetime.datetime(2026, 7, 1, 12, tzinfo=datetime.timezone.utc)
+        self.assertEqual(self.echo(aware), datetime.datetime(2026, 7, 1, 21))
 
     def test_decimal_numbers(self):
         for text in ("0", "1.50", "-0.0001", "79228162514264337593543950335", "1E+5", "1E-28"):

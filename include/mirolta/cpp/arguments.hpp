@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How arguments are passed to members, and results fetched.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Views of bytes that others own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte arrays that own their memory, and their hexadecimal text.
 #pragma once
 

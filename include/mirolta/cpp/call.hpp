@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calls of interface members whose failures become errors.
 #pragma once
 

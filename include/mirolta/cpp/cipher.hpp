@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // AES and DES, block by block (SymmetricCryptObject).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stream filter that encrypts and decrypts (ToviStreamCrypt).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How objects are created, and the thread's place in the object model.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stream filter that computes digests (ToviStreamDigest).
 #pragma once
 

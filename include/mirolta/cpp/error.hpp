@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Failures: an exception with number, source and description, and results that hold a value or one.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the two stream filters share: the stream they are bound to, and their own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Digests and HMACs (HashObject).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Integers of arbitrary size (PexBigNumber).
 #pragma once
 

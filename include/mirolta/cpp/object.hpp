@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counted references to objects.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // RSA keys and raw RSA (RSACrypt).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Automation streams (IStream) over the language's streams.
 #pragma once
 

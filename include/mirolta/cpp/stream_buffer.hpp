@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams of the language over automation streams (IStream).
 #pragma once
 

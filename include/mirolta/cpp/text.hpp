@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Automation texts (BSTR) and their conversions from and to UTF-8 and UTF-16.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Automation values (VARIANT).
 #pragma once
 

@@ -1,12 +1,22 @@
 #!/bin/sh
 # Tests of the packages for Windows, run with Wine without a display as their users do.
 #
-#   windows_packages_test.sh STEP... | all
+#   windows_test.sh PACKAGES WORK [PART...]
 #
-# STEP is one of the functions below that have a comment. The packages are those that
-# packaging/windows.sh wrote into PACKAGES (build/package if not set) from the modules in BUILD (build);
-# the native host that tells what a script prints is that of NATIVE_BUILD (BUILD/native). Needs the
-# program registry_listing of both Windows builds. Wine's prefixes are new in each run.
+# Parts, by default all but the last:
+#   archives     what is in them, the module registered where it was unpacked, a developer's program
+#   installer64  installed on 64-bit Windows, removed; of the 32-bit module only files and registry
+#                entries, since this Wine runs no 32-bit programs
+#   upgrade      a newer version replaces an older one; older ones are refused, and the installer for
+#                32-bit Windows
+#   reproduce    the same packages come from another folder, with files of other times; the modules have
+#                the same bytes when linked again
+#   installer32  installed on 32-bit Windows, removed; a developer's program (needs root; build/wine32)
+#   modules      compiled again in another folder, the modules have the same bytes (minutes)
+#
+# Needs the modules and the program registry_listing of both Windows builds, and the native host, which
+# tells what a script prints. They are in BUILD (build if not set), the host in NATIVE_BUILD (BUILD/native).
+# Wine's prefixes are new in each run.
 set -eu
 
 root=$(cd "$(dirname "$0")/../.." && pwd)
@@ -14,12 +24,14 @@ BUILD=$(cd "${BUILD:-$root/build}" && pwd)
 export BUILD
 build=$BUILD
 native=$(cd "${NATIVE_BUILD:-$build/native}" && pwd)
-packages=$(cd "${PACKAGES:-$build/package}" && pwd)
-work=$build/package-test/windows
+packages=$(cd "${1:?usage: windows_test.sh PACKAGES WORK [PART...]}" && pwd)
+mkdir -p "${2:?usage: windows_test.sh PACKAGES WORK [PART...]}/windows"
+work=$(cd "$2/windows" && pwd)
+shift 2
+[ $# -gt 0 ] || set -- archives installer64 upgrade reproduce installer32
 read -r version <"$root/VERSION"
 newer=${version%%.*}.$(($(echo "$version" | cut -d. -f2) + 1)).0
 examples=$(ls "$root/examples")
-mkdir -p "$work"
 export TZ=UTC LC_ALL=C.UTF-8
 
 fail() {
@@ -43,7 +55,7 @@ same() {
 use_wine64() {
   prefix=$work/wine64 shared=$work/shared64
   mkdir -p "$shared"
-  shared_name=$(echo "Z:$shared" | tr / '\\')
+  shared_name=$(echo "Z:$shared" | tr / '\134')
   run() {
     WINEPREFIX="$prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=" DISPLAY='' wine "$@" 2>/dev/null
   }
@@ -161,9 +173,9 @@ KEYS
   files >"$work/files.before"
 
   [ "$(installer /i "$shared_name\\$2")" = 0 ] || fail "$2 cannot be installed"
-  folder=$prefix/drive_c/$(echo "${3#C:?}" | tr '\\' /)
+  folder=$prefix/drive_c/$(echo "${3#C:?}" | tr '\134' /)
   {
-    printf '%s\n' LICENSE.txt Mirolta.dll README.txt
+    printf '%s\n' LICENSE.txt Mirolta.dll README.txt THIRD-PARTY.txt lib/bytes.js mirolta.d.ts
     for name in $examples; do echo "examples/$name"; done
   } | sort >"$work/expected-files"
   (cd "$folder" && find . -type f | sed 's,^\./,,' | sort) >"$work/installed-files"
@@ -184,6 +196,11 @@ KEYS
   tour "$3\\examples" >"$work/tour.output"
   same "tour" "$work/tour.output" "$work/tour"
   versions_installed "$version"
+  # Without a version a file of the disk that has one is newer than that of the package, and a hash is for
+  # files without a version.
+  msiinfo export "$packages/$2" File | awk -F '\t' '$3 == "Mirolta.dll" && $5 != version { exit 1 }' \
+    version="$version.0" || fail "$2 does not have the version of a module"
+  ! msiinfo export "$packages/$2" MsiFileHash | grep -q 'dll' || fail "$2 has the hash of a module"
   if [ "$1" = x64 ]; then
     cmp "$prefix/drive_c/Program Files (x86)/Mirolta/Mirolta.dll" "$build/windows-x86/Mirolta.dll" ||
       fail "the 32-bit module was not installed"
@@ -206,31 +223,41 @@ KEYS
   same "files after removal" "$work/files.after" "$work/files.before"
 }
 
-# The installer for 64-bit systems. Of the 32-bit module it shows files and keys: this Wine runs no
-# 32-bit programs.
-installer64() {
+test_installer64() {
   use_wine64
   expected_tour
   install_and_remove x64 "mirolta-$version.msi" 'C:\Program Files\Mirolta'
 }
 
-# The installer for 32-bit systems, and a program of theirs.
-installer32() {
+test_installer32() {
   use_wine32
   expected_tour
   install_and_remove x86 "mirolta-$version-x86.msi" 'C:\Program Files\Mirolta'
   developer x86 i686-w64-mingw32
 }
 
-# A newer version replaces an older one; an older one is refused, and so is the package for 32-bit
-# systems on others. Wine does not show the reason without a display: it is read from the package.
-upgrade() {
+# Wine shows the reason of a refusal on a display only: it is read from the package.
+test_upgrade() {
   use_wine64
   expected_tour
+  # Another build of the same version.
+  for architecture in x64 x86; do
+    mkdir -p "$work/build/windows-$architecture"
+    cp "$build/windows-$architecture/Mirolta.dll" "$build/windows-$architecture/Mirolta.manifest" \
+      "$work/build/windows-$architecture"
+    echo >>"$work/build/windows-$architecture/Mirolta.dll"
+  done
+  MIROLTA_DEFINITIONS=${MIROLTA_DEFINITIONS:-$build/native/bin/mirolta-definitions} BUILD=$work/build \
+    "$root/packaging/windows.sh" "$work/rebuilt" >/dev/null
   "$root/packaging/windows.sh" "$work/newer" "$newer" >/dev/null
-  cp "$packages/mirolta-$version.msi" "$packages/mirolta-$version-x86.msi" \
-    "$work/newer/mirolta-$newer.msi" "$shared"
-  [ "$(installer /i "$shared_name\\mirolta-$version.msi")" = 0 ] || fail "no installation"
+  cp "$packages/mirolta-$version.msi" "$work/newer/mirolta-$newer.msi" "$work/newer/mirolta-$newer-x86.msi" \
+    "$shared"
+  cp "$work/rebuilt/mirolta-$version.msi" "$shared/rebuilt.msi"
+  [ "$(installer /i "$shared_name\\rebuilt.msi")" = 0 ] || fail "no installation"
+  [ "$(installer /i "$shared_name\\mirolta-$version.msi")" = 0 ] || fail "no second build"
+  versions_installed "$version"
+  cmp "$prefix/drive_c/Program Files/Mirolta/Mirolta.dll" "$build/windows-x64/Mirolta.dll" ||
+    fail "the first build stayed"
   [ "$(installer /i "$shared_name\\mirolta-$newer.msi")" = 0 ] || fail "no upgrade"
   versions_installed "$newer"
   tour 'C:\Program Files\Mirolta\examples' >"$work/tour.output"
@@ -245,7 +272,7 @@ upgrade() {
   grep -qx "NOT NEWERVERSION	A newer version of Mirolta is installed. Remove it before you install\
  version $version." "$work/conditions" || fail "the refusal has another text"
 
-  [ "$(installer /i "$shared_name\\mirolta-$version-x86.msi")" = $install_failure ] ||
+  [ "$(installer /i "$shared_name\\mirolta-$newer-x86.msi")" = $install_failure ] ||
     fail "the package for 32-bit systems was not refused"
   versions_installed "$newer"
   [ "$(installer /x "$shared_name\\mirolta-$newer.msi")" = 0 ] || fail "the newer version cannot be removed"
@@ -256,21 +283,23 @@ upgrade() {
 developer() {
   "$2-g++" -std=c++17 -Wall -Wextra -pedantic -Werror -static -I "$shared/zip/include" \
     "$root/tests/packages/windows_client.cpp" -o "$shared/zip/windows_client.exe" \
-    -L "$shared/zip/lib" -lMirolta -lole32 -loleaut32
+    -L "$shared/zip/lib" -lMirolta -lole32 -loleaut32 -luuid
   found=$(run "$shared_name\\zip\\windows_client.exe" | tr -d '\r')
   [ "$found" = BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD ] ||
     fail "the program of $1 prints $found"
+  echo '#include <mirolta.hpp>' |
+    "$2-g++" -std=c++17 -Wall -Wextra -pedantic -Werror -fsyntax-only -I "$shared/zip/include" -x c++ -
   echo "developer's program of $1: agrees"
 }
 
-# The archives: what is in them, the module registered where it was unpacked, the program of a developer.
-archives() {
+test_archives() {
   use_wine64
   expected_tour
   for architecture in x64 x86; do
     unpack "$architecture"
     {
-      printf '%s\n' LICENSE.txt Mirolta.dll Mirolta.manifest README.txt lib/Mirolta.lib
+      printf '%s\n' LICENSE.txt Mirolta.dll Mirolta.manifest README.txt THIRD-PARTY.txt lib/Mirolta.lib \
+        lib/bytes.js mirolta.d.ts
       for name in $examples; do echo "examples/$name"; done
       (cd "$root" && find include -type f)
     } | sort >"$work/expected-files"
@@ -291,36 +320,73 @@ archives() {
   class_is "gone 429"
 }
 
-# The same packages come from another folder, by another user's mask, from files of other times.
-reproducible() {
+# copy_sources FOLDER: with the modules' definitions as the native build has them.
+copy_sources() {
+  rm -rf "$1"
+  mkdir -p "$1/build/native/bin"
+  (cd "$root" && find . -mindepth 1 -maxdepth 1 ! -name build ! -name .git -exec cp -R {} "$1" \;)
+  cp "${MIROLTA_DEFINITIONS:-$build/native/bin/mirolta-definitions}" "$1/build/native/bin"
+}
+
+test_reproduce() {
   copy="$work/another folder"
-  rm -rf "$copy"
-  mkdir -p "$copy/build/native/bin"
-  for name in LICENSE VERSION examples include packaging; do cp -R "$root/$name" "$copy/$name"; done
+  copy_sources "$copy"
   for name in windows-x64 windows-x86; do
     mkdir "$copy/build/$name"
     cp "$build/$name/Mirolta.dll" "$build/$name/Mirolta.manifest" "$copy/build/$name"
   done
-  cp "${MIROLTA_DEFINITIONS:-$build/native/bin/mirolta-definitions}" "$copy/build/native/bin"
-  epoch=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || stat -c %Y "$root/VERSION")}
-  (umask 077 && BUILD="$copy/build" SOURCE_DATE_EPOCH=$epoch MIROLTA_DEFINITIONS='' TZ=Asia/Tokyo \
+  SOURCE_DATE_EPOCH=1234567891 "$root/packaging/windows.sh" "$work/packages" >/dev/null
+  (umask 077 && BUILD="$copy/build" SOURCE_DATE_EPOCH=1234567891 MIROLTA_DEFINITIONS='' TZ=Asia/Tokyo \
     "$copy/packaging/windows.sh" "$copy/packages" >/dev/null)
   for name in "mirolta-$version-windows-x64.zip" "mirolta-$version-windows-x86.zip" \
     "mirolta-$version.msi" "mirolta-$version-x86.msi"; do
-    cmp "$packages/$name" "$copy/packages/$name" || fail "$name is not reproducible"
+    cmp "$work/packages/$name" "$copy/packages/$name" || fail "$name is not reproducible"
     echo "$name: the same bytes"
+  done
+  rm -rf "$copy"
+
+  # Whatever writes the time runs again: widl, the resource compiler, the linker.
+  for architecture in x64 x86; do
+    folder=$build/windows-$architecture
+    module=$folder/Mirolta.dll
+    mv "$module" "$work/Mirolta.dll"
+    rm -f "$folder/module/definitions/Mirolta.tlb"
+    find "$folder/module" -name 'Mirolta.rc.*' -delete
+    cmake --build "$folder" --target mirolta >"$work/relink.log" || fail "$(cat "$work/relink.log")"
+    same_module "$architecture" "$work/Mirolta.dll" "$module"
+  done
+}
+
+same_module() {
+  cmp "$2" "$3" || fail "the module of $1 is not reproducible"
+  ! strings -a "$3" | grep -F "$root" || fail "the module of $1 names the folder of its sources"
+  echo "module of $1: the same bytes"
+}
+
+test_modules() {
+  copy="$work/other sources"
+  copy_sources "$copy"
+  for architecture in x64 x86; do
+    (cd "$copy" && unset CMAKE_CXX_COMPILER_LAUNCHER && cmake --preset "windows-$architecture" \
+      -DMIROLTA_TESTS=OFF && cmake --build "build/windows-$architecture" --target mirolta \
+      -j"${JOBS:-$(nproc)}") >"$work/modules.log" || fail "$(tail -20 "$work/modules.log")"
+    same_module "$architecture" "$build/windows-$architecture/Mirolta.dll" \
+      "$copy/build/windows-$architecture/Mirolta.dll"
   done
   rm -rf "$copy"
 }
 
 rm -f "$work/wine64.new"
-[ "$*" != all ] || set -- archives installer64 upgrade reproducible installer32
-for step; do
-  case $step in
-    archives | installer64 | installer32 | upgrade | reproducible)
-      # Its own shell, which ends what it mounted.
-      ("$step")
-      ;;
-    *) fail "there is no step $step" ;;
-  esac
+failed=
+for part; do
+  # Its own shell unmounts at its end. In a condition it would not stop at the first error.
+  set +e
+  (
+    set -e
+    "test_$part"
+  )
+  status=$?
+  set -e
+  [ $status = 0 ] || failed="$failed $part"
 done
+[ -z "$failed" ] || fail "failed:$failed"
