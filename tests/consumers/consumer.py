@@ -96,9 +96,10 @@ def pack_sources(folder):
 
 
 def write_path_without(folder, *left_out):
-    """Fills a folder with links to all commands but those that match the patterns, for PATH."""
+    """Fills a folder with links to all commands but those that match the patterns, for PATH. The
+    system's come first: its Python knows its packages."""
     new_folder(folder)
-    for place in os.environ["PATH"].split(":"):
+    for place in ["/usr/bin", "/bin", *os.environ["PATH"].split(":")]:
         for command in pathlib.Path(place).glob("*"):
             link = folder / command.name
             if not link.is_symlink() and not any(re.fullmatch(each, command.name) for each in left_out):
