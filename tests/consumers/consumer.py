@@ -2,7 +2,6 @@
 import os
 import pathlib
 import re
-import shlex
 import shutil
 import subprocess
 import tarfile
@@ -203,11 +202,12 @@ class Installation:
             assert (f"{VERSION}: TRUE." in said) == expected, (version, said)
 
     def check_pkg_config(self, work):
-        """Its output in a folder whose name needs quotes."""
+        """Its output in a folder whose name needs quotes: pkg-config puts them before bytes, so that only
+        a shell reads them."""
         folder = write_project(work / "pkg config", "pkg-config")
-        flags = run("pkg-config", "--cflags", "--libs", "mirolta",
-                    env=environment(PKG_CONFIG_PATH=self.prefix / self.libdir / "pkgconfig"))
-        run("c++", "-std=c++17", "hash.cpp", "-o", "hash", *shlex.split(flags), cwd=folder)
+        run("sh", "-euc",
+            'eval c++ -std=c++17 hash.cpp -o hash "$(pkg-config --cflags --libs mirolta)"', cwd=folder,
+            env=environment(PKG_CONFIG_PATH=self.prefix / self.libdir / "pkgconfig"))
         exercise(folder / "hash", self.register, work, LD_LIBRARY_PATH=self.prefix / self.libdir)
         version = run("pkg-config", "--modversion", "mirolta",
                       env=environment(PKG_CONFIG_PATH=self.prefix / self.libdir / "pkgconfig"))
