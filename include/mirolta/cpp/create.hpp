@@ -11,10 +11,6 @@
 
 #include "object.hpp"
 
-#ifndef _WIN32
-extern "C" HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID id, REFIID iid, LPVOID* out);
-#endif
-
 namespace mirolta {
 
 // Apartment initialises the object model on the thread for its lifetime. This library needs none for
