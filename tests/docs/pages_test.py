@@ -2,12 +2,15 @@
 import os
 import pathlib
 import re
+import sys
 import unittest
 import urllib.parse
 import xml.dom.minidom
 import xml.parsers.expat
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "bench"))
+import plots  # noqa: E402
 LEFT_OUT = {"build", ".git", "tests"}
 CLASSES = ["HashObject", "SymmetricCryptObject", "PexBigNumber", "RSACrypt", "ToviStreamDigest",
            "ToviStreamCrypt"]
@@ -43,8 +46,8 @@ def links_of(page):
     for link in LINK.findall(without_code(read(page))):
         parts = urllib.parse.urlsplit(link)
         if not parts.scheme:
-            file = (ROOT / page.parent / urllib.parse.unquote(parts.path)).resolve() if parts.path else ROOT / page
-            yield link, file, parts.fragment
+            path = page.parent / urllib.parse.unquote(parts.path) if parts.path else page
+            yield link, (ROOT / path).resolve(), parts.fragment
 
 
 def section(text, title):
@@ -161,6 +164,30 @@ class Errors(unittest.TestCase):
         self.assertEqual({row[0] for row in self.members}, given)
 
 
+class Plots(unittest.TestCase):
+    def test_the_tasks_of_the_benchmark_are_drawn(self):
+        drawn = plots.plots_of(plots.read_rows(ROOT / "docs" / "benchmarks.md"))
+        self.assertGreater(len(drawn), 15)
+        self.assertIn("SHA-256", drawn)
+        plot = drawn["AES-128 encrypt"]
+        self.assertIn(1 << 20, plot.sizes())
+        self.assertGreater(len(plot.series), 3)
+        table = section(read("docs/benchmarks.md"), "Engines")
+        line = re.search(r"^\| AES-128 encrypt, 1 MiB \| ([\d.]+) GB/s", table, re.M)
+        self.assertAlmostEqual(plot.series["ours"][1 << 20], float(line[1]) * 1e9)
+        for task, plot in drawn.items():
+            self.assertIn('title "ours"', plots.program(task, plot, "x.svg"))
+
+    def test_a_report_gives_the_speeds_of_its_medians(self):
+        entries = [{"aggregate_name": name, "run_name": f"engine/AES/{size} bytes|{who}/0", "bytes": size,
+                    "cpu_time": time, "real_time": 0, "has_threads": False, "time_unit": "ns"}
+                   for size in (16, 64, 1024) for who, time in (("ours", size / 2), ("nettle", size))
+                   for name in ("median", "mean")]
+        drawn = plots.plots_of(plots.rows_of_report({"benchmarks": entries}))
+        self.assertEqual({name: round(values[1024]) for name, values in drawn["AES"].series.items()},
+                         {"ours": 2 * 10**9, "nettle": 10**9})
+
+
 class Architecture(unittest.TestCase):
     # Targets that stand for no layer, and those that the picture does not show.
     HIDDEN = {"module_messages", "mirolta_api"}
@@ -168,7 +195,8 @@ class Architecture(unittest.TestCase):
     def test_the_picture_has_the_arrows_of_the_layers(self):
         arrows = set()
         for file in sorted(ROOT.glob("*/CMakeLists.txt")):
-            for name, words in re.findall(r"mirolta_layer\((\w+) [^)]*?KNOWS ([^)]*)\)", file.read_text("utf-8")):
+            text = file.read_text("utf-8")
+            for name, words in re.findall(r"mirolta_layer\((\w+) [^)]*?KNOWS ([^)]*)\)", text):
                 arrows |= {(name, known) for known in words.split() if known not in self.HIDDEN}
         layers = {name for name, _ in arrows}
         self.assertGreater(len(layers), 12)
