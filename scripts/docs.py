@@ -27,8 +27,11 @@ DRAWING = re.compile(r"^```\n.*?^```\n", re.M | re.S)
 
 def pages():
     """The pages of the project, relative to its root."""
-    found = [path.relative_to(ROOT) for path in ROOT.rglob("*.md")]
-    return sorted(path for path in found if not LEFT_OUT & set(path.parts))
+    found = []
+    for folder, folders, names in os.walk(ROOT):
+        folders[:] = [name for name in folders if name not in LEFT_OUT]
+        found += [pathlib.Path(folder, name).relative_to(ROOT) for name in names if name.endswith(".md")]
+    return sorted(found)
 
 
 def local_targets(text):

@@ -1,8 +1,11 @@
 """What the pages say of the project: links, contents, errors, and the picture of the architecture."""
+import os
 import pathlib
 import re
 import unittest
 import urllib.parse
+import xml.dom.minidom
+import xml.parsers.expat
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 LEFT_OUT = {"build", ".git", "tests"}
@@ -18,8 +21,11 @@ def read(path):
 
 
 def pages():
-    found = sorted(path.relative_to(ROOT) for path in ROOT.rglob("*.md"))
-    return [path for path in found if not LEFT_OUT & set(path.parts)]
+    found = []
+    for folder, folders, names in os.walk(ROOT):
+        folders[:] = [name for name in folders if name not in LEFT_OUT]
+        found += [pathlib.Path(folder, name).relative_to(ROOT) for name in names if name.endswith(".md")]
+    return sorted(found)
 
 
 def without_code(text):
@@ -76,6 +82,49 @@ class Pages(unittest.TestCase):
         for page in pages():
             titles = re.findall(r"^# .*$", FENCED.sub("", read(page)), re.M)
             self.assertEqual(len(titles), 1, page)
+
+
+class Commands(unittest.TestCase):
+    """What a reader types: targets of make, options and files that there are."""
+
+    def words_of(self, pattern):
+        return [(page, found) for page in pages() for found in re.findall(pattern, read(page), re.M)]
+
+    def test_targets_of_make_exist(self):
+        targets = set(re.search(r"^\.PHONY: ((?:.*\\\n)*.*)$", read("Makefile"), re.M)[1].split())
+        typed = self.words_of(r"(?:^    |`)make ([a-z][a-z0-9-]*)")
+        self.assertGreater(len(typed), 20)
+        for page, target in typed:
+            self.assertIn(target, targets, page)
+
+    def test_options_of_the_host_exist(self):
+        manual = read("host/mirolta-host.1").replace("\\-", "-")
+        typed = self.words_of(r"mirolta-host (--[a-z-]+)")
+        self.assertGreater(len(typed), 10)
+        for page, option in typed:
+            self.assertIn(option, manual, page)
+
+    def test_examples_exist(self):
+        typed = self.words_of(r"`examples[/\\]([\w.-]+)`")
+        self.assertGreater(len(typed), 15)
+        for page, name in typed:
+            self.assertTrue((ROOT / "examples" / name).exists(), f"{page}: {name}")
+
+    def test_manifests_have_the_version(self):
+        version = read("VERSION").strip() + ".0"
+        typed = self.words_of(r'<assemblyIdentity type="win32" name="Mirolta" version="([^"]*)"')
+        self.assertGreater(len(typed), 1)
+        for page, found in typed:
+            self.assertEqual(found, version, page)
+
+    def test_blocks_of_xml_are_well_formed(self):
+        blocks = self.words_of(r"^```xml\n((?:.*\n)*?)```$")
+        self.assertGreater(len(blocks), 0)
+        for page, block in blocks:
+            try:
+                xml.dom.minidom.parseString(block)
+            except xml.parsers.expat.ExpatError as error:
+                self.fail(f"{page}: {error}")
 
 
 class Errors(unittest.TestCase):

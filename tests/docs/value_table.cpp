@@ -132,7 +132,8 @@ std::string BytesText(const Bytes& bytes) {
 std::string PlainText(const VARIANT& value) {
   if (V_VT(&value) != VT_BSTR) return "none";
   std::string text;
-  for (UINT i = 0; i < SysStringLen(value.bstrVal); ++i) text += static_cast<char>(value.bstrVal[i]);
+  for (UINT i = 0; i < SysStringLen(value.bstrVal); ++i)
+    text += static_cast<char>(value.bstrVal[i]);
   return "`" + text + "`";
 }
 
@@ -186,8 +187,9 @@ std::string NumberText(const VARIANT& value, bool is_hexadecimal) {
 const struct {
   LONG code_page;
   const char* name;
-} kCodePages[] = {{65001, "65001 (UTF-8)"}, {1252, "1252"}, {932, "932"},  {20127, "20127 (ASCII)"},
-                  {-1, "-1 (UTF-16)"},      {-2, "-2 (UTF-16)"}, {99, "99 (unknown)"}};
+} kCodePages[] = {{65001, "65001 (UTF-8)"}, {1252, "1252"},      {932, "932"},
+                  {20127, "20127 (ASCII)"}, {-1, "-1 (UTF-16)"}, {-2, "-2 (UTF-16)"},
+                  {99, "99 (unknown)"}};
 
 void PrintBytes(const char* title, const Rows& rows, std::string (*text)(const VARIANT&, LONG)) {
   std::printf("## %s\n\n| type | example |", title);
@@ -206,7 +208,9 @@ void PrintBytes(const char* title, const Rows& rows, std::string (*text)(const V
 }
 
 void PrintNumbers(const Rows& rows) {
-  std::printf("## Numbers\n\n| type | example | operand, `Value`, `Binary` | `Hex`, RSA |\n|---|---|---|---|\n");
+  std::printf(
+      "## Numbers\n\n| type | example | operand, `Value`, `Binary` | `Hex`, RSA "
+      "|\n|---|---|---|---|\n");
   for (const Row& row : rows.All()) {
     std::printf("| `%s` | %s | %s | %s |\n", row.type, row.example,
                 NumberText(row.value, false).c_str(), NumberText(row.value, true).c_str());

@@ -64,7 +64,8 @@ std::string StatusText(HRESULT status) {
 // The first cells of a table's rows, as far as they are statuses.
 std::set<std::string> RowsOf(const std::string& section) {
   std::set<std::string> rows;
-  for (size_t at = section.find("\n| 0x"); at != section.npos; at = section.find("\n| 0x", at + 1)) {
+  for (size_t at = section.find("\n| 0x"); at != section.npos;
+       at = section.find("\n| 0x", at + 1)) {
     rows.insert(section.substr(at + 3, 10));
   }
   return rows;
@@ -78,7 +79,8 @@ TEST(DocumentedStatuses, ThePageOfAClassNamesEveryStatusOfItsMembers) {
     const std::string table = SectionOf(class_name, "Statuses");
     for (const HRESULT status : statuses) {
       if (kNotNamed.count(status) != 0) continue;
-      EXPECT_NE(table.find(StatusText(status)), table.npos) << class_name << " " << StatusText(status);
+      EXPECT_NE(table.find(StatusText(status)), table.npos)
+          << class_name << " " << StatusText(status);
       ++named;
     }
     EXPECT_NE(table.find("\n| any other failure |"), table.npos) << class_name;
@@ -104,13 +106,14 @@ TEST(DocumentedStatuses, ThePageOfErrorsHasTheStatusesOfTheClassesAndNoOthers) {
 }
 
 TEST(DocumentedStatuses, ThePageOfErrorsHasTheStatusesOfCreatingObjectsAndNoOthers) {
-  const CLSID unknown = {0x1F0C2F5A, 0x93B6, 0x4B39, {0x9A, 0x2C, 0x55, 0x1E, 0x0B, 0x6A, 0x7D, 0x42}};
+  const CLSID unknown = {
+      0x1F0C2F5A, 0x93B6, 0x4B39, {0x9A, 0x2C, 0x55, 0x1E, 0x0B, 0x6A, 0x7D, 0x42}};
   std::set<std::string> given = {StatusText(E_OUTOFMEMORY)};  // entry_point_allocation_test
   CLSID class_id;
   void* out = nullptr;
   given.insert(StatusText(CLSIDFromProgID(OLESTR("Vardeko.crypt.Nothing"), &class_id)));
-  given.insert(StatusText(
-      CoCreateInstance(unknown, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &out)));
+  given.insert(
+      StatusText(CoCreateInstance(unknown, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &out)));
   given.insert(StatusText(DllGetClassObject(unknown, IID_IClassFactory, &out)));
   given.insert(StatusText(DllGetClassObject(CLSID_HashObject, IID_IClassFactory, nullptr)));
   ASSERT_EQ(DllGetClassObject(CLSID_HashObject, IID_IClassFactory, &out), S_OK);

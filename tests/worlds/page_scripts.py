@@ -18,6 +18,7 @@ A script that passes there must have none. The page of a class, docs/Class.md, h
 Where scripts use Bytes, the file lib/bytes.js stands before them on the platform's host. It reads scripts in
 its own code page.
 """
+import os
 import pathlib
 import re
 import sys
@@ -48,8 +49,11 @@ class PageScript:
 
 
 def pages_of(project):
-    return sorted(path for path in project.rglob("*.md")
-                  if not LEFT_OUT & set(path.relative_to(project).parts))
+    found = []
+    for folder, folders, names in os.walk(project):
+        folders[:] = [name for name in folders if name not in LEFT_OUT]
+        found += [pathlib.Path(folder, name) for name in names if name.endswith(".md")]
+    return sorted(found)
 
 
 def scripts_of(page, name, report):
