@@ -2,6 +2,7 @@
 
   page_programs.py PROJECT --source FILE.cpp            writes all C++ examples as one program
   page_programs.py PROJECT --run PROGRAM SCRATCH        runs them, and those in Python
+  page_programs.py PROJECT --run PROGRAM SCRATCH cpp    runs those in C++ only
 
 A block between ```cpp or ```python and ``` is an example if output, the next block between ```text and ```,
 follows it, with nothing but examples in other languages in between. On the page of a class every block is
@@ -115,7 +116,7 @@ def main(arguments):
     for number, example in enumerate(programs):
         failures.append(run(example, [os.path.abspath(arguments[2]), str(number)], folder))
     for example in examples:
-        if example.language == "python":
+        if example.language == "python" and arguments[4:] != ["cpp"]:
             failures.append(run(example, [sys.executable, "-B", "-W", "error", "-c", example.text], folder))
     failures = [failure for failure in failures if failure]
     print("\n".join(failures))
