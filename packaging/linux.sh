@@ -29,6 +29,8 @@ umask 022
 export LC_ALL=C.UTF-8 TZ=UTC
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
+# The compiler cache must not rewrite names of files: messages contain them.
+export CCACHE_BASEDIR=
 version=$(git show HEAD:VERSION)
 name=mirolta-$version
 
