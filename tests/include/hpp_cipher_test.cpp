@@ -72,6 +72,9 @@ TEST(HppCipherTest, TakesMoreThanTheClassDoesAtOnce) {
   EXPECT_EQ(head.size() + tail.size(), whole.size());
   EXPECT_TRUE(std::equal(head.begin(), head.end(), whole.begin()));
   EXPECT_TRUE(std::equal(tail.begin(), tail.end(), whole.begin() + head.size()));
+  // And with a partial block before what is taken at once, which only the end may pad.
+  EXPECT_TRUE(aes.EncryptPart(ByteSpan(plain).First(9)).empty());
+  EXPECT_EQ(aes.Encrypt(ByteSpan(plain).From(9)), whole);
   const Bytes back = aes.Decrypt(whole);
   ASSERT_EQ(back.size(), whole.size());
   EXPECT_TRUE(std::equal(plain.begin(), plain.end(), back.begin()));
