@@ -247,8 +247,8 @@ typedef struct IToviStreamSource IToviStreamSource;
 
 #endif
 
-// The module's entry points, which the system's headers declare on Windows. A program that links the
-// module creates objects by DllGetClassObject without any registration.
+// The module's entry points, for programs that link it: DllGetClassObject creates objects without any
+// registration. On Windows the system's headers declare them, and a program looks them up in the DLL.
 #ifndef _WIN32
 MIROLTA_RUNTIME HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* out);
 MIROLTA_RUNTIME HRESULT STDAPICALLTYPE DllCanUnloadNow(MIROLTA_NO_PARAMETERS);

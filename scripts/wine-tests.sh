@@ -215,6 +215,13 @@ page_scripts() {
   python3 -B "$root/tests/worlds/page_scripts.py" "$root" "$native/bin/mirolta-host" "$work" --wine
 }
 
+# The programs of docs/c.md: with the registered module, and with the DLL beside them.
+c_page() {
+  cp "$windows/Mirolta.dll" "$work"
+  python3 -B "$root/tests/include/c_page.py" "$root/docs/c.md" "$work" x86_64-w64-mingw32-gcc \
+    "-I$root/include" -lole32 -loleaut32 -luuid -- wine
+}
+
 # compare_values [RULES]: compares a program's output with the portable runtime and with the system.
 compare_values() {
   version=$(wine --version 2>/dev/null | sed 's/^wine-\([0-9]*\).*/\1/')
@@ -267,7 +274,7 @@ skipped_kernels() {
 
 case $step in
   binaries | versions | registration | client | type_library | invoke | parity) "$step" ;;
-  scripts | both_scripts | example_scripts | page_scripts) "$step" ;;
+  scripts | both_scripts | example_scripts | page_scripts | c_page) "$step" ;;
   units_*) units "${step#units_}" ;;
   *) fail "there is no step $step" ;;
 esac

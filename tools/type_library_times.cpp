@@ -50,9 +50,10 @@ class Library {
 
   // The offset of a place in a segment.
   size_t InSegment(size_t segment, uint32_t offset) {
-    size_t table = kHeaderSize + size_t{4} * Number(kTypeCountOffset);
-    if ((Number(kFlagsOffset) & kHelpFileFlag) != 0) table += 4;
-    return size_t{Number(table + segment * kSegmentRowSize)} + offset;
+    const size_t help_file = (Number(kFlagsOffset) & kHelpFileFlag) != 0 ? 4 : 0;
+    const size_t table = kHeaderSize + size_t{4} * Number(kTypeCountOffset) + help_file;
+    const size_t start = Number(table + segment * kSegmentRowSize);
+    return start + offset;
   }
 
   bool HasGuid(size_t offset, const GUID& id) {
@@ -78,7 +79,7 @@ class Library {
 
  private:
   char* Place(size_t offset, size_t length) {
-    if (offset <= bytes_.size() && length <= bytes_.size() - offset) return &bytes_[offset];
+    if (offset < bytes_.size() && length <= bytes_.size() - offset) return &bytes_[offset];
     damaged_ = true;
     return nowhere_;
   }
@@ -114,8 +115,8 @@ bool ClearTypeLibraryTimes(FILE* library) {
   ClearTimes(cleared);
   if (cleared.Damaged()) return false;
   rewind(library);
-  fwrite(cleared.Bytes().data(), 1, cleared.Bytes().size(), library);
-  return true;
+  return fwrite(cleared.Bytes().data(), 1, cleared.Bytes().size(), library) ==
+         cleared.Bytes().size();
 }
 
 }  // namespace mirolta

@@ -56,3 +56,11 @@ target_link_options(mirolta PRIVATE
   -Wl,--no-insert-timestamp
   # What the DLL contains of others, for tests.
   -Wl,-Map,${PROJECT_BINARY_DIR}/Mirolta.map)
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL "i686")
+  # In the folder of the library, and by names without the folder, which would become part of it.
+  add_custom_command(TARGET mirolta POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E chdir $<TARGET_LINKER_FILE_DIR:mirolta>
+      ${CMAKE_DLLTOOL} --kill-at --temp-prefix Mirolta --input-def ${sources}/ImportsX86.def
+      --output-lib $<TARGET_LINKER_FILE_NAME:mirolta>
+    VERBATIM)
+endif()

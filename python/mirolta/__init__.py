@@ -29,6 +29,8 @@ __all__ = [
     "address_of", "algorithms_available", "algorithms_guaranteed", "create", "file_digest",
     "hashes", "hmac", "md5", "members", "new", "numbers", "sha1", "sha256", "streams"]
 
+__version__: str  # read from a file when it is asked for
+
 
 def create(prog_id: str) -> Object:
     """A new object of the class with this ProgID."""

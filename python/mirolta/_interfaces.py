@@ -60,11 +60,8 @@ class Unknown:
     def _as_parameter_(self) -> c_void_p:
         return c_void_p(self.address)
 
-    def __del__(self, function_at: Any = _function_at, release: Any = _RELEASE) -> None:
-        # The defaults are there even while the interpreter ends.
-        address, self.address = self.address, 0
-        if address:
-            release(function_at(address, 2))(address)
+    def __del__(self) -> None:
+        _RELEASE(_function_at(self.address, 2))(self.address)
 
     def try_query(self, interface: Type[Interface]) -> Optional[Interface]:
         """The object's other interface, or None if it does not have it."""

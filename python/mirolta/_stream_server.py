@@ -84,8 +84,8 @@ def _member(*parameters: Any, result: Any = c_int32) -> Callable[[Callable[..., 
     """Makes a function of a stream the next one of the table."""
 
     def add(function: Callable[..., int]) -> None:
-        def run(this: int, *arguments: Any, served: Dict[int, _Server] = _served) -> int:
-            server = served.get(this)
+        def run(this: int, *arguments: Any) -> int:
+            server = _served.get(this)
             if server is None:
                 return signed(E_UNEXPECTED)
             try:
@@ -119,11 +119,11 @@ def _add_ref(server: _Server) -> int:
 
 
 @_member(result=c_uint32)
-def _release(server: _Server, served: Dict[int, _Server] = _served) -> int:
+def _release(server: _Server) -> int:
     server.references.pop()
     left = len(server.references)
     if left == 0:
-        served.pop(server.address, None)
+        _served.pop(server.address, None)
     return left
 
 

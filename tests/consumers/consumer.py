@@ -2,7 +2,6 @@
 import os
 import pathlib
 import re
-import shlex
 import shutil
 import subprocess
 import tarfile
@@ -96,9 +95,10 @@ def pack_sources(folder):
 
 
 def write_path_without(folder, *left_out):
-    """Fills a folder with links to all commands but those that match the patterns, for PATH."""
+    """Fills a folder with links to all commands but those that match the patterns, for PATH. The
+    system's come first: its Python knows its packages."""
     new_folder(folder)
-    for place in os.environ["PATH"].split(":"):
+    for place in ["/usr/bin", "/bin", *os.environ["PATH"].split(":")]:
         for command in pathlib.Path(place).glob("*"):
             link = folder / command.name
             if not link.is_symlink() and not any(re.fullmatch(each, command.name) for each in left_out):
@@ -202,11 +202,12 @@ class Installation:
             assert (f"{VERSION}: TRUE." in said) == expected, (version, said)
 
     def check_pkg_config(self, work):
-        """Its output in a folder whose name needs quotes."""
+        """Its output in a folder whose name needs quotes: pkg-config puts them before bytes, so that only
+        a shell reads them."""
         folder = write_project(work / "pkg config", "pkg-config")
-        flags = run("pkg-config", "--cflags", "--libs", "mirolta",
-                    env=environment(PKG_CONFIG_PATH=self.prefix / self.libdir / "pkgconfig"))
-        run("c++", "-std=c++17", "hash.cpp", "-o", "hash", *shlex.split(flags), cwd=folder)
+        run("sh", "-euc",
+            'eval c++ -std=c++17 hash.cpp -o hash "$(pkg-config --cflags --libs mirolta)"', cwd=folder,
+            env=environment(PKG_CONFIG_PATH=self.prefix / self.libdir / "pkgconfig"))
         exercise(folder / "hash", self.register, work, LD_LIBRARY_PATH=self.prefix / self.libdir)
         version = run("pkg-config", "--modversion", "mirolta",
                       env=environment(PKG_CONFIG_PATH=self.prefix / self.libdir / "pkgconfig"))

@@ -57,7 +57,7 @@ class SourceArchive(unittest.TestCase):
     @classmethod
     def install(cls):
         """Builds and installs, and takes away the build and the sources."""
-        build, stage = cls.root / "der Bau", cls.root / "stage"
+        build, stage = cls.sources / "build" / "der Bau", cls.root / "stage"
         consumer.run("cmake", "-S", cls.sources, "-B", build, "-G", "Unix Makefiles", *QUICKLY,
                      "-DCMAKE_INSTALL_PREFIX=/usr", f"-DCMAKE_INSTALL_LIBDIR={LIBDIR}", env=cls.env)
         consumer.run("cmake", "--build", build, env=cls.env)

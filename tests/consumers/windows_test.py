@@ -32,7 +32,7 @@ class WindowsInstallation(unittest.TestCase):
     def check_program(self, name, program):
         """The program loads the DLL beside it, and the registered one."""
         imports = consumer.run(f"{PROCESSORS[name]}-w64-mingw32-objdump", "-p", program)
-        self.assertRegex(imports, r"DLL Name: Mirolta\.dll\n(?:.*\n){2}.* DllGetClassObject\n")
+        self.assertTrue(re.search(r"DLL Name: Mirolta\.dll\n.*\n.* DllGetClassObject\n", imports), program)
         if name != "x64":
             return
         shutil.copy(self.prefix[name] / "bin/Mirolta.dll", program.parent)

@@ -152,7 +152,8 @@ const PROG_IDS = ["HashObject", "Symmetric", "Number", "RSA", "ToviStreamDigest"
   (name) => "Vardeko.crypt." + name);
 
 test("the declarations have a licence and no error", () => {
-  assert.match(fs.readFileSync(declarations, "utf-8"), /^\/\/ SPDX-License-Identifier: MIT\n\/\/ Mirolta \d+\.\d+\.\d+: /);
+  const text = fs.readFileSync(declarations, "utf-8");
+  assert.match(text, /^\/\/ SPDX-License-Identifier: MIT\n\/\/ Mirolta \d+\.\d+\.\d+: /);
   assert.strictEqual(told(errorsOf([])), "");
   assert.strictEqual(told(errorsOf([], STRICT)), "");
 });

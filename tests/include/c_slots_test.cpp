@@ -9,8 +9,8 @@
 
 // The structures of C refer to the interfaces of C++ here: those of C are declared after them.
 namespace in_c {
-#include "mirolta/c_runtime.h"
 #include "mirolta/c_interfaces.h"
+#include "mirolta/c_runtime.h"
 }  // namespace in_c
 
 namespace {
@@ -40,7 +40,7 @@ size_t SlotOf(Member member) {
 // The function after an interface's own has the number of its slots.
 template <typename Interface>
 struct Extended : Interface {
-  virtual void Next() = 0;
+  virtual void FunctionAfterAll() = 0;
 };
 
 struct Row {
@@ -51,10 +51,10 @@ struct Row {
   bool is_same_type;
 };
 const Row kRows[] = {
-#define SLOT(interface_name, member)                                                          \
-  {#interface_name, #member, offsetof(in_c::interface_name##Vtbl, member) / sizeof(void*),    \
-   SlotOf(&interface_name::member),                                                           \
-   std::is_same_v<Signature<decltype(in_c::interface_name##Vtbl::member)>::Type,              \
+#define SLOT(interface_name, member)                                                       \
+  {#interface_name, #member, offsetof(in_c::interface_name##Vtbl, member) / sizeof(void*), \
+   SlotOf(&interface_name::member),                                                        \
+   std::is_same_v<Signature<decltype(in_c::interface_name##Vtbl::member)>::Type,           \
                   Signature<decltype(&interface_name::member)>::Type>},
 #include "interface_slots.inc"
 #undef SLOT
@@ -67,7 +67,7 @@ struct InterfaceRow {
 };
 const InterfaceRow kInterfaces[] = {
 #define INTERFACE(name) \
-  {#name, sizeof(in_c::name##Vtbl) / sizeof(void*), SlotOf(&Extended<name>::Next)},
+  {#name, sizeof(in_c::name##Vtbl) / sizeof(void*), SlotOf(&Extended<name>::FunctionAfterAll)},
 #include "interfaces.inc"
 #undef INTERFACE
 };

@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <mirolta.hpp>
 
-extern "C" HRESULT STDAPICALLTYPE DllCanUnloadNow();
-
 int main() {
   const mirolta::Apartment apartment;
   const char* const before = DllCanUnloadNow() == S_OK ? "" : "objects before; ";

@@ -231,8 +231,8 @@ TEST(HppObjectTest, IsCreatedInAnApartmentOfEitherKind) {
   for (const auto threads :
        {mirolta::Apartment::Threads::kMany, mirolta::Apartment::Threads::kOne}) {
     const mirolta::Apartment apartment(threads);
-    EXPECT_EQ(apartment.Status(), S_OK);
-    EXPECT_EQ(mirolta::Apartment(threads).Status(), S_FALSE);
+    EXPECT_EQ(apartment.Number(), S_OK);
+    EXPECT_EQ(mirolta::Apartment(threads).Number(), S_FALSE);
     EXPECT_TRUE(mirolta::TryCreateObject<IHashObject>(CLSID_HashObject));
   }
 }

@@ -3,7 +3,8 @@
 #pragma once
 
 _Static_assert(sizeof(VARIANT) == 8 + 2 * sizeof(void*), "the platform's layout");
-_Static_assert(sizeof(LONG) == 4 && sizeof(OLECHAR) == 2 && sizeof(VARIANT_BOOL) == 2, "its widths");
+_Static_assert(sizeof(LONG) == 4 && sizeof(OLECHAR) == 2 && sizeof(VARIANT_BOOL) == 2,
+               "its widths");
 _Static_assert(offsetof(IHashObjectVtbl, ResetKey) == 20 * sizeof(void*), "the slots of the docs");
 
 static HRESULT DigestOfAbc(BSTR* digest) {

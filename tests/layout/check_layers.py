@@ -126,7 +126,8 @@ def check_public_headers(source):
     public = source / "include"
     for path in sorted(public.rglob("*.h*")):
         for number, quote, name in includes_of(path):
-            if quote == '"' and not (public / name).exists():
+            places = [(folder / name).resolve() for folder in (path.parent, public)]
+            if quote == '"' and not any(place.exists() and public in place.parents for place in places):
                 yield f"{path.relative_to(source)}:{number}: {name} is not among the public headers"
     for folder in BELOW_INTERFACES:
         paths = [path for path in (source / folder).rglob("*") if path.suffix in (".h", ".cpp")]

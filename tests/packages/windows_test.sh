@@ -250,8 +250,8 @@ test_upgrade() {
   MIROLTA_DEFINITIONS=${MIROLTA_DEFINITIONS:-$build/native/bin/mirolta-definitions} BUILD=$work/build \
     "$root/packaging/windows.sh" "$work/rebuilt" >/dev/null
   "$root/packaging/windows.sh" "$work/newer" "$newer" >/dev/null
-  cp "$packages/mirolta-$version.msi" "$packages/mirolta-$version-x86.msi" \
-    "$work/newer/mirolta-$newer.msi" "$shared"
+  cp "$packages/mirolta-$version.msi" "$work/newer/mirolta-$newer.msi" "$work/newer/mirolta-$newer-x86.msi" \
+    "$shared"
   cp "$work/rebuilt/mirolta-$version.msi" "$shared/rebuilt.msi"
   [ "$(installer /i "$shared_name\\rebuilt.msi")" = 0 ] || fail "no installation"
   [ "$(installer /i "$shared_name\\mirolta-$version.msi")" = 0 ] || fail "no second build"
@@ -272,7 +272,7 @@ test_upgrade() {
   grep -qx "NOT NEWERVERSION	A newer version of Mirolta is installed. Remove it before you install\
  version $version." "$work/conditions" || fail "the refusal has another text"
 
-  [ "$(installer /i "$shared_name\\mirolta-$version-x86.msi")" = $install_failure ] ||
+  [ "$(installer /i "$shared_name\\mirolta-$newer-x86.msi")" = $install_failure ] ||
     fail "the package for 32-bit systems was not refused"
   versions_installed "$newer"
   [ "$(installer /x "$shared_name\\mirolta-$newer.msi")" = 0 ] || fail "the newer version cannot be removed"
@@ -283,10 +283,12 @@ test_upgrade() {
 developer() {
   "$2-g++" -std=c++17 -Wall -Wextra -pedantic -Werror -static -I "$shared/zip/include" \
     "$root/tests/packages/windows_client.cpp" -o "$shared/zip/windows_client.exe" \
-    -L "$shared/zip/lib" -lMirolta -lole32 -loleaut32
+    -L "$shared/zip/lib" -lMirolta -lole32 -loleaut32 -luuid
   found=$(run "$shared_name\\zip\\windows_client.exe" | tr -d '\r')
   [ "$found" = BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD ] ||
     fail "the program of $1 prints $found"
+  echo '#include <mirolta.hpp>' |
+    "$2-g++" -std=c++17 -Wall -Wextra -pedantic -Werror -fsyntax-only -I "$shared/zip/include" -x c++ -
   echo "developer's program of $1: agrees"
 }
 

@@ -190,9 +190,10 @@ except ImportError as error:
 
     def test_nothing_is_printed_when_the_interpreter_ends_with_objects(self):
         code = """
-import io, mirolta
+import io, sys, mirolta
 hash = mirolta.create("Vardeko.crypt.HashObject")
 number = mirolta.Number(5) + 1
+sys.kept_longest = mirolta.CryptStream(io.BytesIO(), "aes", b"k" * 16)
 digest = mirolta.DigestStream(io.BytesIO(b"abc"), reading="md5")
 crypt = mirolta.CryptStream(io.BytesIO(), "aes", b"k" * 16)
 crypt.write(b"abc")
@@ -202,6 +203,45 @@ cycle.self, cycle.values = cycle, [hash, number, digest, crypt]
 print("done")
 """
         self.assertEqual(self.run_python(code, PACKAGE.parent, library=MODULE), ("done", ""))
+
+    def test_the_ways_of_windows_with_stand_ins(self):
+        """What differs on Windows runs here with this system's runtime as its libraries."""
+        code = """
+import ctypes, decimal, inspect, io, os, pathlib, sys, sysconfig, threading, uuid
+opened = []
+
+class WinDLL(ctypes.CDLL):
+    def __init__(self, name):
+        opened.append(pathlib.PurePath(name).name)
+        super().__init__(sys.argv[1] if name in ("ole32", "oleaut32") else name)
+
+ctypes.WinDLL, ctypes.WINFUNCTYPE = WinDLL, ctypes.CFUNCTYPE
+ctypes.FormatError = lambda status: f"text of {status}"
+os.name = "nt"
+import mirolta
+os.name = "posix"
+print(mirolta.sha256(b"abc").hexdigest()[:8], opened)
+print(mirolta.AutomationError(0x80041234))
+
+models = []
+mirolta._library.runtime().CoInitializeEx = lambda reserved, model: models.append(model)
+def work():
+    mirolta.sha256(), mirolta.sha256()
+for flags in (None, 0):
+    if flags is not None:
+        sys.coinit_flags = flags
+    thread = threading.Thread(target=work)
+    thread.start()
+    thread.join()
+print(models)
+"""
+        package = self.copy_package(self.folder / "site")
+        module = self.copy_libraries(package / "mirolta", "Mirolta.dll")
+        output, errors = self.run_python(code, package, module)
+        self.assertEqual(errors, "")
+        self.assertEqual(output.splitlines(), [
+            "ba7816bf ['Mirolta.dll', 'ole32', 'oleaut32']",
+            "text of -2147216844 (0x80041234)", "[2, 0]"])
 
 
 if __name__ == "__main__":

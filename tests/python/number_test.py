@@ -3,6 +3,7 @@ import math
 import operator
 import random
 import threading
+import time
 import unittest
 
 import mirolta
@@ -110,6 +111,8 @@ class BesideInt(AutomationTest):
                 self.expect(Number(str(a)), a)
                 self.expect(Number(number.hex(), 16), a)
                 self.expect(Number(number), a)
+                self.expect(-Number(0) + number, a)
+        self.assertFalse(Number("-0") < 0 or -Number(0) < 0)
 
     def test_bytes(self):
         for a in (0, 1, 255, 256, 2**64, 3**200):
@@ -157,7 +160,23 @@ class BesideInt(AutomationTest):
         self.assertLess(Number.random(2), 65536)
 
     def test_a_number_in_several_threads(self):
-        number, failures = Number(3**300), []
+        # The object itself takes no lock: calls of two threads must not overlap.
+        number, failures, inside = Number(3**300), [], []
+
+        class Watched:
+            def __getattr__(self, name):
+                def member(*arguments):
+                    inside.append(name)
+                    if len(inside) > 1:
+                        failures.append("two calls at once")
+                    time.sleep(0)
+                    inside.pop()
+                    return getattr(made, name)(*arguments)
+                return member
+
+        number * 2
+        made = number._magnitude._object
+        number._magnitude._object = Watched()
 
         def work():
             for _ in range(100):
@@ -184,7 +203,10 @@ class Rsa(AutomationTest):
         self.assertEqual(key.decrypt(sealed), number)
         for parts in ({"n": key.n, "e": key.e, "d": key.d},
                       {"n": Number(key.n), "e": key.e, "d": key.d, "p": key.q, "q": key.p}):
-            self.assertEqual(mirolta.RSAKey(**parts).decrypt(Number(sealed)), number)
+            other = mirolta.RSAKey(**parts)
+            self.assertEqual(other.decrypt(Number(sealed)), number)
+            if "p" in parts:
+                self.assertEqual((other.p, other.q), (key.p, key.q))  # the smaller prime is p
 
     def test_failures(self):
         failure = self.expect_failure(0x80042779, mirolta.RSAKey().encrypt, 1)

@@ -7,6 +7,7 @@ import hmac
 import io
 import random
 import shutil
+import sys
 import tempfile
 import traceback
 import unittest
@@ -337,7 +338,7 @@ class Exceptions(StreamTest):
     def test_the_exception_itself_comes_back(self):
         for exception in (KeyError("mine"), OSError(errno.ENOSPC, "full"), MemoryError(),
                           io.UnsupportedOperation("no"), KeyboardInterrupt(), SystemExit(3)):
-            with self.subTest(exception=exception):
+            with self.subTest(type(exception).__name__):  # which keeps what it is given
                 digest = mirolta.DigestStream(Raising(exception), reading="md5", writing="md5")
                 digest.object.SeekingForbidden = False
                 for function in (lambda: digest.read(5), lambda: digest.write(b"x"),
@@ -369,6 +370,16 @@ class Exceptions(StreamTest):
         self.assertEqual(digest.object.SeekingForbidden, True)
         self.expect_failure(0x80042778, digest.object.WriteFinalize)
         digest.close()
+
+    def test_without_a_caller_in_python_it_is_reported(self):
+        reported = []
+        self.addCleanup(setattr, sys, "unraisablehook", sys.unraisablehook)
+        sys.unraisablehook = lambda report: reported.append(str(report.exc_value))
+        server = _stream_server.serve(Raising(KeyError("mine")))
+        # As another program calls it: not through the package's own way to call.
+        status = server.Read(ctypes.create_string_buffer(3), 3, None)
+        self.assertEqual((f"{status & 0xFFFFFFFF:08X}", reported), ("80004005", ["'mine'"]))
+        _stream_server.forget(server)  # the file keeps its exception, whose frames keep the stream
 
     def test_exceptions_of_nested_calls(self):
         class Nested:

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "error.hpp"
-#include "interface_id.hpp"
 #include "text.hpp"
 
 namespace mirolta {
@@ -19,7 +18,8 @@ constexpr bool IsFailure(HRESULT status) noexcept {
 // object published, if it publishes any for the interface.
 inline Error ErrorOf(HRESULT status, IUnknown* object, REFIID iid) {
   void* found = nullptr;
-  if (IsFailure(object->QueryInterface(IidOf<ISupportErrorInfo>(), &found))) return Error(status);
+  if (IsFailure(object->QueryInterface(IdOf<ISupportErrorInfo>::value, &found)))
+    return Error(status);
   auto* const support = static_cast<ISupportErrorInfo*>(found);
   const HRESULT supported = support->InterfaceSupportsErrorInfo(iid);
   support->Release();
@@ -41,7 +41,7 @@ Result<void> Call(Interface* object, Member member, Arguments&&... arguments) {
   if (object == nullptr) return Error(E_POINTER);
   SetErrorInfo(0, nullptr);
   const HRESULT status = (object->*member)(std::forward<Arguments>(arguments)...);
-  if (IsFailure(status)) return ErrorOf(status, object, IidOf<Interface>());
+  if (IsFailure(status)) return ErrorOf(status, object, IdOf<Interface>::value);
   return {};
 }
 

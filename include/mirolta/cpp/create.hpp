@@ -31,7 +31,7 @@ class Apartment {
 
   // S_OK, S_FALSE if it was initialised before, or a failure: RPC_E_CHANGED_MODE if that was of the
   // other kind.
-  HRESULT Status() const noexcept { return status_; }
+  HRESULT Number() const noexcept { return status_; }
 
  private:
   HRESULT status_;
@@ -86,7 +86,7 @@ inline HRESULT CreateFromOwnModule(REFCLSID id, REFIID iid, void** out) {
   const GetClassObject get_class_object = OwnModule();
   if (get_class_object == nullptr) return REGDB_E_CLASSNOTREG;
   void* found = nullptr;
-  HRESULT status = get_class_object(id, IidOf<IClassFactory>(), &found);
+  HRESULT status = get_class_object(id, IdOf<IClassFactory>::value, &found);
   if (IsFailure(status)) return status;
   auto* const factory = static_cast<IClassFactory*>(found);
   status = factory->CreateInstance(nullptr, iid, out);
@@ -102,7 +102,7 @@ inline HRESULT CreateFromOwnModule(REFCLSID id, REFIID iid, void** out) {
 // Errors: those of CoCreateInstance; E_NOINTERFACE
 template <typename Interface>
 Result<Object<Interface>> TryCreateObject(REFCLSID id) {
-  const IID& iid = detail::IidOf<Interface>();
+  const IID& iid = IdOf<Interface>::value;
   void* object = nullptr;
   HRESULT status = REGDB_E_CLASSNOTREG;
   if (!detail::UsesOwnModule().load()) {

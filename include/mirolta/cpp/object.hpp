@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "call.hpp"
-#include "interface_id.hpp"
 
 namespace mirolta {
 
@@ -53,7 +52,7 @@ class Object {
   Result<Object<Other>> TryAs() const {
     if (object_ == nullptr) return Error(E_POINTER);
     void* other = nullptr;
-    const HRESULT status = object_->QueryInterface(detail::IidOf<Other>(), &other);
+    const HRESULT status = object_->QueryInterface(IdOf<Other>::value, &other);
     if (detail::IsFailure(status)) return Error(status);
     return Object<Other>::Attach(static_cast<Other*>(other));
   }

@@ -27,8 +27,8 @@ class StandardStream final : public IStream {
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) noexcept override {
     if (out == nullptr) return E_POINTER;
     *out = nullptr;
-    if (!(iid == IidOf<IUnknown>()) && !(iid == IidOf<ISequentialStream>()) &&
-        !(iid == IidOf<IStream>())) {
+    if (!(iid == IdOf<IUnknown>::value) && !(iid == IdOf<ISequentialStream>::value) &&
+        !(iid == IdOf<IStream>::value)) {
       return E_NOINTERFACE;
     }
     AddRef();
