@@ -140,7 +140,7 @@ expect 0 '^  Random(lSize As Long, \[bEnsureSize As Boolean = false\], \[bOdd As
 expect 0 '^{9D56F139-1F04-4283-AED7-3DB89AFF00FD}: Message digests and HMAC$' \
   --describe '{9D56F139-1F04-4283-AED7-3DB89AFF00FD}'
 expect 0 '^  a class of the host itself$' --describe Scripting.Dictionary
-expect 0 '^  Add(key, item)$' --describe scripting.dictionary
+expect 0 '^  Add(key As Variant, item As Variant)$' --describe scripting.dictionary
 expect 0 '^  Count As Long  (read-only)$' --describe Scripting.Dictionary
 expect 0 '^    Scripting.Dictionary$' --list
 expect 1 '^mirolta-host: No.Such is not the name of a class; mirolta-host --list prints the names$' --describe No.Such
