@@ -136,8 +136,8 @@ bool WriteHostDeclarations(FILE* out) {
     fputs("\n", out);
     declarations.WriteClass(*row);
   }
-  fwrite(kScriptHostDeclarations.data(), 1, kScriptHostDeclarations.size(), out);
-  return declarations.IsComplete();
+  const size_t size = kScriptHostDeclarations.size();
+  return fwrite(kScriptHostDeclarations.data(), 1, size, out) == size && declarations.IsComplete();
 }
 
 }  // namespace mirolta::host

@@ -197,7 +197,8 @@ TEST(HppObjectTest, CountsReferences) {
   EXPECT_EQ(count(raw), 1u);
   Object<IHashObject> attached = Object<IHashObject>::Attach(moved.Detach());
   EXPECT_TRUE(moved != attached);
-  attached = attached;
+  const Object<IHashObject>& itself = attached;
+  attached = itself;
   EXPECT_EQ(count(raw), 1u);
   EXPECT_EQ(*attached.Put(), nullptr);
 }
