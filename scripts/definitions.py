@@ -39,9 +39,11 @@ TEXT = re.compile(r'//[^\n]*|/\*.*?\*/|"((?:\\.|[^"\\\n])*)"', re.S)
 
 def read_index(folder):
     """The tags of all headers and sources, and the text of each file."""
-    paths = sorted(path.relative_to(folder).as_posix() for pattern in ("*.h", "*.cpp", "*.inc")
-                   for path in folder.rglob(pattern))
-    paths = [path for path in paths if not path.startswith((".", "build/"))]
+    # Builds change while this runs.
+    tops = [top for top in folder.iterdir() if top.name != "build" and not top.name.startswith(".")]
+    paths = sorted(path.relative_to(folder).as_posix() for top in tops
+                   for path in ([top] if top.is_file() else top.rglob("*"))
+                   if path.suffix in (".h", ".cpp", ".inc"))
     version = subprocess.run(["ctags", "--version"], capture_output=True, text=True)
     if "Universal Ctags" not in version.stdout:
         sys.exit("definitions.py needs Universal Ctags (package universal-ctags); ctags is another program")
