@@ -160,14 +160,13 @@ void WriteProgIds(FILE* out) {
 }  // namespace
 
 bool WriteScriptDeclarations(FILE* out) {
-  fputs(
-      "// SPDX-License-Identifier: MIT\n"
-      "// Mirolta " MIROLTA_VERSION
-      ": what scripts find, for editors and the TypeScript compiler.\n"
-      "// Written by mirolta-definitions from the tables of members; do not edit.\n\n"
-      "/** The classes by ProgID. */\n"
-      "interface ActiveXObjectNameMap {\n",
-      out);
+  fprintf(out,
+          "// SPDX-License-Identifier: MIT\n"
+          "// Mirolta %s: what scripts find, for editors and the TypeScript compiler.\n"
+          "// Written by mirolta-definitions from the tables of members; do not edit.\n\n"
+          "/** The classes by ProgID. */\n"
+          "interface ActiveXObjectNameMap {\n",
+          MIROLTA_VERSION);
   WriteProgIds(out);
   host::WriteHostProgIds(out);
   fputs("}\n\n/** ", out);

@@ -114,7 +114,7 @@ bool ClearTypeLibraryTimes(FILE* library) {
   if (cleared.Number(0) != kMagic) return false;
   ClearTimes(cleared);
   if (cleared.Damaged()) return false;
-  rewind(library);
+  if (fseek(library, 0, SEEK_SET) != 0) return false;
   return fwrite(cleared.Bytes().data(), 1, cleared.Bytes().size(), library) ==
          cleared.Bytes().size();
 }

@@ -129,7 +129,7 @@ HRESULT Multiply(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   const BigMagnitude& shorter = swapped ? am : bm;
   const size_t long_words = longer.Used();
   const size_t short_words = shorter.Used();
-  HRESULT status = S_OK;
+  HRESULT status;
   if (short_words == 0) {
     status = r.AssignLimbs(nullptr, 0);
   } else if (long_words > kShortWords) {

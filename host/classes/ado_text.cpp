@@ -116,9 +116,9 @@ bool IsMultiByte(UINT code_page) {
   return std::find(std::begin(kMultiByte), std::end(kMultiByte), code_page) != std::end(kMultiByte);
 }
 
-INT LengthOf(size_t size) {
+// The platform's conversions take sizes of type INT.
+void CheckSize(size_t size) {
   if (size > static_cast<size_t>(std::numeric_limits<INT>::max())) throw std::bad_alloc();
-  return static_cast<INT>(size);
 }
 
 // The size of a conversion's result. The platform returns 0 if it fails.
@@ -167,11 +167,12 @@ std::string TextCharset::Encode(UnitsView text) const {
     }
     return bytes;
   }
-  const INT size = WideCharToMultiByte(code_page_, 0, text.data(), LengthOf(text.size()), nullptr,
-                                       0, nullptr, nullptr);
+  CheckSize(text.size());
+  const INT size = WideCharToMultiByte(code_page_, 0, text.data(), static_cast<INT>(text.size()),
+                                       nullptr, 0, nullptr, nullptr);
   bytes.resize(SizeOf(size));
-  SizeOf(WideCharToMultiByte(code_page_, 0, text.data(), LengthOf(text.size()), bytes.data(), size,
-                             nullptr, nullptr));
+  SizeOf(WideCharToMultiByte(code_page_, 0, text.data(), static_cast<INT>(text.size()),
+                             bytes.data(), size, nullptr, nullptr));
   return bytes;
 }
 
@@ -188,11 +189,12 @@ Units TextCharset::Decode(std::string_view bytes) const {
     }
     return text;
   }
+  CheckSize(bytes.size());
   const INT size =
-      MultiByteToWideChar(code_page_, 0, bytes.data(), LengthOf(bytes.size()), nullptr, 0);
+      MultiByteToWideChar(code_page_, 0, bytes.data(), static_cast<INT>(bytes.size()), nullptr, 0);
   text.resize(SizeOf(size));
-  SizeOf(
-      MultiByteToWideChar(code_page_, 0, bytes.data(), LengthOf(bytes.size()), text.data(), size));
+  SizeOf(MultiByteToWideChar(code_page_, 0, bytes.data(), static_cast<INT>(bytes.size()),
+                             text.data(), size));
   return text;
 }
 

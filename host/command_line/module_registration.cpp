@@ -16,7 +16,7 @@ namespace {
 
 constexpr OLECHAR kOwnClass[] = OLESTR("Vardeko.crypt.HashObject");
 // Relative to the host: the folder of an installation, and that of a build.
-constexpr const char* kOwnFolders[] = {"/" MIROLTA_MODULE_FOLDER "/", "/../lib/"};
+constexpr const char* kOwnFolders[] = {MIROLTA_MODULE_FOLDER, "../lib"};
 
 bool g_own_module_registered = false;
 
@@ -169,7 +169,8 @@ std::string OwnModulePath() {
   const size_t slash = host.rfind('/');
   if (slash == std::string::npos) return "";
   for (const char* folder : kOwnFolders) {
-    std::string module = FullLinkPath(host.substr(0, slash) + folder + MIROLTA_MODULE_FILE);
+    std::string module =
+        FullLinkPath(host.substr(0, slash + 1) + folder + '/' + MIROLTA_MODULE_FILE);
     if (!module.empty()) return module;
   }
   return "";

@@ -49,7 +49,7 @@ struct ArrayFunction {
   void PushElement(duk_context* engine, LONG* indices) {
     VariantClear(&element);
     const VARTYPE type = array.vt & VT_TYPEMASK;
-    HRESULT status = S_OK;
+    HRESULT status;
     if (type == VT_VARIANT) {
       status = SafeArrayGetElement(array.parray, indices, &element);
     } else if (type == VT_DECIMAL) {

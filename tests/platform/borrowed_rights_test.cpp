@@ -42,8 +42,7 @@ class BorrowedRights : public RegistryTest {
     }
     module_ = Copy(SYSTEM_TEST_MODULE, "module.so");
     // The user "nobody" may have no access to the build folder.
-    const std::filesystem::path runtime = MIROLTA_RUNTIME_FILE;
-    (void)Copy(runtime.string(), runtime.filename().string());
+    (void)Copy(MIROLTA_RUNTIME_FILE, MIROLTA_RUNTIME_NAME);
   }
 
   std::string Copy(const std::string& from, const std::string& name) {
