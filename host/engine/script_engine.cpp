@@ -37,7 +37,9 @@ struct alignas(max_align_t) BlockHeader {
   size_t size;
 };
 
-BlockHeader* HeaderOf(void* block) { return static_cast<BlockHeader*>(block) - 1; }
+BlockHeader* HeaderOf(void* block) {
+  return static_cast<BlockHeader*>(block) - 1;
+}
 
 void* Resize(ScriptContext* context, void* block, size_t size) {
   const size_t old_size = block != nullptr ? HeaderOf(block)->size : 0;
