@@ -40,7 +40,8 @@ def main():
     for name, default in options.items():
         if name.startswith("CMAKE_"):
             continue
-        expected = {WITHIN: "`ON`, within another project `OFF`", "": "", "${gtest_default}": ""}.get(
+        expected = {WITHIN: "`ON`, within another project `OFF`", "": "", "${gtest_default}": "",
+                    "${least_cpu}": "the least that the build is for"}.get(
             default, f"`{default}`")
         if listed_options.get(name) != expected:
             wrong.append(f"{name}: is {default!r}, listed as {listed_options.get(name)!r}")
