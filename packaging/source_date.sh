@@ -1,3 +1,4 @@
+# shellcheck shell=sh disable=SC2154  # the script that sources it sets $root
 # Sourced by the scripts beside it, with $root, the folder of the sources: exports SOURCE_DATE_EPOCH, which
 # the files of packages have as their time. Unless it is set it is the time of the last commit, and in a
 # source archive, which has no commits, that of its files.
