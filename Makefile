@@ -47,8 +47,8 @@ help:
 lists-check = packages-test.txt
 lists-test = packages-test.txt packages-windows.txt packages-bench.txt packages-lint.txt
 lists-windows = packages-windows.txt
-lists-package = packages-package.txt packages-windows.txt
-lists-package-test = packages-package.txt packages-windows.txt packages-docs.txt
+lists-package = packages-package.txt packages-windows.txt packages-docs.txt
+lists-package-test = $(lists-package)
 lists-bench = packages-bench.txt
 lists-docs = packages-docs.txt
 lists-fuzz = packages-fuzz.txt

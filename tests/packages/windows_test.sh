@@ -242,9 +242,7 @@ test_upgrade() {
   expected_tour
   # Another build of the same version.
   for architecture in x64 x86; do
-    mkdir -p "$work/build/windows-$architecture"
-    cp "$build/windows-$architecture/Mirolta.dll" "$build/windows-$architecture/Mirolta.manifest" \
-      "$work/build/windows-$architecture"
+    copy_module "$architecture" "$work/build/windows-$architecture"
     echo >>"$work/build/windows-$architecture/Mirolta.dll"
   done
   MIROLTA_DEFINITIONS=${MIROLTA_DEFINITIONS:-$build/native/bin/mirolta-definitions} BUILD=$work/build \
@@ -308,6 +306,8 @@ test_archives() {
     for name in Mirolta.dll Mirolta.manifest; do
       cmp "$shared/zip/$name" "$build/windows-$architecture/$name" || fail "$name was changed"
     done
+    cmp "$shared/zip/lib/Mirolta.lib" "$build/windows-$architecture/archive/libMirolta.dll.a" ||
+      fail "the import library is not that of the build"
     grep -q "mirolta-$version.msi" "$shared/zip/README.txt" || fail "README.txt has another version"
   done
   unpack x64
@@ -318,6 +318,13 @@ test_archives() {
   same "tour of the archive" "$work/tour.output" "$work/tour"
   run regsvr32 /s /u "$shared_name\\zip\\Mirolta.dll" || fail "regsvr32 /u failed"
   class_is "gone 429"
+}
+
+# copy_module ARCHITECTURE FOLDER: what the packages contain of a build.
+copy_module() {
+  mkdir -p "$2/archive"
+  cp "$build/windows-$1/Mirolta.dll" "$build/windows-$1/Mirolta.manifest" "$2"
+  cp "$build/windows-$1/archive/libMirolta.dll.a" "$2/archive"
 }
 
 # copy_sources FOLDER: with the modules' definitions as the native build has them.
@@ -331,9 +338,8 @@ copy_sources() {
 test_reproduce() {
   copy="$work/another folder"
   copy_sources "$copy"
-  for name in windows-x64 windows-x86; do
-    mkdir "$copy/build/$name"
-    cp "$build/$name/Mirolta.dll" "$build/$name/Mirolta.manifest" "$copy/build/$name"
+  for architecture in x64 x86; do
+    copy_module "$architecture" "$copy/build/windows-$architecture"
   done
   SOURCE_DATE_EPOCH=1234567891 "$root/packaging/windows.sh" "$work/packages" >/dev/null
   (umask 077 && BUILD="$copy/build" SOURCE_DATE_EPOCH=1234567891 MIROLTA_DEFINITIONS='' TZ=Asia/Tokyo \
@@ -350,10 +356,13 @@ test_reproduce() {
     folder=$build/windows-$architecture
     module=$folder/Mirolta.dll
     mv "$module" "$work/Mirolta.dll"
+    mv "$folder/archive/libMirolta.dll.a" "$work/libMirolta.dll.a"
     rm -f "$folder/module/definitions/Mirolta.tlb"
     find "$folder/module" -name 'Mirolta.rc.*' -delete
     cmake --build "$folder" --target mirolta >"$work/relink.log" || fail "$(cat "$work/relink.log")"
     same_module "$architecture" "$work/Mirolta.dll" "$module"
+    cmp "$work/libMirolta.dll.a" "$folder/archive/libMirolta.dll.a" ||
+      fail "the import library of $architecture is not reproducible"
   done
 }
 
