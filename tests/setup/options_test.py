@@ -26,8 +26,8 @@ def main():
         options.update(OPTION.findall(text))
         options.update((name, value.strip('"')) for name, value in CACHED.findall(text))
         found |= set(FOUND.findall(text))
-    # The toolchain file takes it.
-    found.add("MIROLTA_I386")
+    # The toolchain files take it.
+    found.add("MIROLTA_TARGET_PACKAGES")
     wrong = [f"{name}: its name" for name in {*options, *found}
              if not name.startswith(("MIROLTA_", "CMAKE_"))]
     listed_options, listed_found = {}, set()
