@@ -79,7 +79,11 @@ test_contents() {
     "$html/search.html" "$html/searchindex.js" "$html/docs/README.html" \
     usr/share/doc-base/mirolta-doc.mirolta usr/share/man/man7/mirolta.7.gz \
     usr/share/man/man5/mirolta-registry.5.gz "!$html/.*\.gz\$" "!$html/.*\.md\$" '!usr/lib'
-  # Scripts of others are those of their packages.
+  # Scripts of others are those of their packages, or have their licence told.
+  for file in $(dpkg-deb --fsys-tarfile "$(deb mirolta-doc)" | tar -tv | sed -n 's,^-.*/_static/\(.*/\)\?,,p'); do
+    [ "$file" = site.css ] || grep -q "\`$file\`" "$sources/THIRD-PARTY.md" ||
+      fail "THIRD-PARTY.md does not list $file, which mirolta-doc contains"
+  done
   dpkg-deb --fsys-tarfile "$(deb mirolta-doc)" | tar -tv | grep -q "^l.*/searchtools.js -> .*/javascript/" ||
     fail "mirolta-doc has a copy of the generator's scripts"
   [ ! -d "$sources/python/mirolta" ] || has python3-mirolta usr/lib/python3/dist-packages/mirolta/__init__.py
