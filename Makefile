@@ -106,9 +106,10 @@ package: setup-package windows
 package-test: setup-package-test build windows
 	$(call build,windows-x64,registry_listing)
 	$(call build,windows-x86,registry_listing)
-	@status=0; tests/packages/linux_test.sh build/package build/package-test || status=1; \
-	  tests/packages/windows_test.sh build/package build/package-test || status=1; \
-	  ctest --preset package || status=1; exit $$status
+	@tests/packages/side_by_side.sh build/package-test/logs \
+	  "tests/packages/linux_test.sh build/package build/package-test" \
+	  "tests/packages/windows_test.sh build/package build/package-test" \
+	  "ctest --preset package"
 
 # The test preset names the tests that are too slow, or hold for an optimised build only.
 check: setup-check build-check
