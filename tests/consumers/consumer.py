@@ -4,7 +4,11 @@ import pathlib
 import re
 import shutil
 import subprocess
+import sys
 import tarfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+import page_blocks  # noqa: E402
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 VERSION = (PROJECT / "VERSION").read_text().strip()
@@ -32,26 +36,21 @@ def run(*command, cwd=None, env=None, status=0):
     return done.stdout
 
 
-def page_blocks():
+def page_sections():
     """The blocks of docs/embedding.md: section -> language -> text."""
-    blocks = {}
-    section = language = None
-    for line in (PROJECT / "docs/embedding.md").read_text("utf-8").splitlines():
-        if language is None and line.startswith("## "):
-            section = blocks.setdefault(line[3:], {})
-        elif line.startswith("```"):
-            if language is None:
-                language = line[3:]
-                assert language not in section, f"a section has two blocks of {language}"
-                section[language] = ""
-            else:
-                language = None
-        elif language is not None:
-            section[language] += line + "\n"
-    return blocks
+    sections = {}
+    section = None
+    page = "docs/embedding.md"
+    for part in page_blocks.parts_of((PROJECT / page).read_text("utf-8"), page):
+        if part.language is not None:
+            assert part.language not in section, f"{part.place}: a section has two blocks of {part.language}"
+            section[part.language] = part.text
+        elif part.text.startswith("## "):
+            section = sections.setdefault(part.text[3:].rstrip(), {})
+    return sections
 
 
-PAGE = page_blocks()
+PAGE = page_sections()
 
 
 def new_folder(path):

@@ -8,8 +8,7 @@ A block between ```cpp or ```python and ``` is an example if output, the next bl
 follows it, with nothing but examples in other languages in between. On the page of a class every block is
 one, and there is at least one in each language. The pages of the languages have tests of their own.
 
-An example in C++ is a whole program whose main returns nothing; all become one, to compile it once. The
-environment variable PYTHONPATH leads to the package of those in Python.
+The environment variable PYTHONPATH leads to the package of those in Python.
 """
 import os
 import pathlib
@@ -17,19 +16,22 @@ import re
 import subprocess
 import sys
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+import cpp_programs  # noqa: E402
+import page_blocks  # noqa: E402
+
 ROOT_FOLDERS = ["", "docs", "host"]
 # Their own tests run these: tests/include, tests/python, tests/consumers.
 OF_LANGUAGES = {"docs/cpp.md", "docs/c.md", "docs/python.md", "docs/embedding.md"}
 LANGUAGES = {"cpp", "python"}
 SCRIPTS = {"js", "vbscript"}
-BLOCK = re.compile(r"^```(\w*)[^\n]*\n(.*?)^```$", re.M | re.S)
 CLASS_PAGE = re.compile(r"docs/[A-Z]\w*[a-z]\w*\.md")
 LIMIT = 120
 
 
 class Example:
-    def __init__(self, place, language, text):
-        self.place, self.language, self.text = place, language, text
+    def __init__(self, block):
+        self.place, self.language, self.text = block.place, block.language, block.text
         self.expected = None
 
 
@@ -45,20 +47,17 @@ def examples_of(project, failures):
         name = page.relative_to(project).as_posix()
         if name in OF_LANGUAGES:
             continue
-        text = page.read_text("utf-8")
         is_class = CLASS_PAGE.fullmatch(name)
         here, waiting = [], []
-        for match in BLOCK.finditer(text):
-            language = match[1]
-            if language in LANGUAGES:
-                place = f"{name}:{text.count(chr(10), 0, match.start()) + 1}"
-                waiting.append(Example(place, language, match[2]))
-            elif language == "text":
+        for block in page_blocks.blocks_of(page.read_text("utf-8"), name):
+            if block.language in LANGUAGES:
+                waiting.append(Example(block))
+            elif block.language == "text":
                 for example in waiting:
-                    example.expected = match[2]
+                    example.expected = block.text
                 here += waiting
                 waiting = []
-            elif language not in SCRIPTS:
+            elif block.language not in SCRIPTS:
                 failures += [f"{example.place}: no output" for example in waiting if is_class]
                 waiting = []
         failures += [f"{example.place}: no output" for example in waiting if is_class]
@@ -67,25 +66,6 @@ def examples_of(project, failures):
             failures += [f"{name}: no example in {language}" for language in sorted(missing)]
         found += here
     return found
-
-
-def source_of(examples):
-    """One program: its first argument is the number of the example to run."""
-    includes, bodies, calls = set(), [], []
-    for number, example in enumerate(examples):
-        lines = example.text.split("\n")
-        includes |= {line for line in lines if line.startswith("#include ")}
-        body = "\n".join(line for line in lines if not line.startswith("#include "))
-        if len(re.findall(r"^int main\(\) \{$", body, re.M)) != 1:
-            sys.exit(f"{example.place}: no line int main() {{")
-        body = body.replace("int main() {", "void Main() {")
-        bodies.append(f"// {example.place}\nnamespace example_{number} {{\n{body.strip()}\n}}\n")
-        calls.append(f"  if (number == \"{number}\") return example_{number}::Main(), 0;")
-    includes.add("#include <string>")
-    return "\n".join(["// Made by page_programs.py of the pages.", *sorted(includes), "", "namespace {", "",
-                      *bodies, "}  // namespace", "", "int main(int count, char** words) {",
-                      "  const std::string number = count == 2 ? words[1] : \"\";", *calls,
-                      "  return 2;", "}", ""])
 
 
 def run(example, command, folder):
@@ -106,10 +86,8 @@ def main(arguments):
     examples = examples_of(project, failures)
     programs = [example for example in examples if example.language == "cpp"]
     if arguments[1] == "--source":
-        text = source_of(programs)
-        out = pathlib.Path(arguments[2])
-        if not out.exists() or out.read_text("utf-8") != text:
-            out.write_text(text, "utf-8")
+        cpp_programs.write_if_changed(pathlib.Path(arguments[2]),
+                                      cpp_programs.joined(programs, "page_programs.py of the pages"))
         return 0
     folder = pathlib.Path(arguments[3])
     folder.mkdir(parents=True, exist_ok=True)

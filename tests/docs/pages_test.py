@@ -9,12 +9,12 @@ import xml.dom.minidom
 import xml.parsers.expat
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(ROOT / "bench"))
+sys.path[:0] = [str(ROOT / "bench"), str(ROOT / "tests" / "support")]
+import page_blocks  # noqa: E402
 import plots  # noqa: E402
 LEFT_OUT = {"build", ".git", "tests"}
 CLASSES = ["HashObject", "SymmetricCryptObject", "PexBigNumber", "RSACrypt", "ToviStreamDigest",
            "ToviStreamCrypt"]
-FENCED = re.compile(r"^(```+).*?^\1[ ]*$", re.M | re.S)
 LINK = re.compile(r"!?\[[^\]]*\]\(([^)\s]+)\)")
 STATUS = re.compile(r"0x[0-9A-F]{8}")
 
@@ -31,19 +31,19 @@ def pages():
     return sorted(found)
 
 
-def without_code(text):
-    return re.sub(r"`[^`\n]*`", "", FENCED.sub("", text))
+def prose_of(page):
+    return page_blocks.prose_of(read(page), page)
 
 
-def places_of(text):
+def places_of(page):
     """The anchors of a page's headings."""
-    headings = re.findall(r"^#+ (.*)$", FENCED.sub("", text), re.M)
+    headings = re.findall(r"^#+ (.*)$", prose_of(page), re.M)
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
 
 def links_of(page):
     """(path in the project, place) of each local link."""
-    for link in LINK.findall(without_code(read(page))):
+    for link in LINK.findall(re.sub(r"`[^`\n]*`", "", prose_of(page))):
         parts = urllib.parse.urlsplit(link)
         if not parts.scheme:
             path = page.parent / urllib.parse.unquote(parts.path) if parts.path else page
@@ -70,7 +70,7 @@ class Pages(unittest.TestCase):
                 self.assertTrue(file.exists(), f"{page}: {link}")
                 self.assertIn(ROOT, file.parents, f"{page}: {link}")
                 if place and file.suffix == ".md":
-                    self.assertIn(place, places_of(file.read_text("utf-8")), f"{page}: {link}")
+                    self.assertIn(place, places_of(file.relative_to(ROOT)), f"{page}: {link}")
         self.assertGreater(count, 60)
 
     def test_the_contents_list_every_page_once(self):
@@ -83,7 +83,7 @@ class Pages(unittest.TestCase):
 
     def test_every_page_has_one_title(self):
         for page in pages():
-            titles = re.findall(r"^# .*$", FENCED.sub("", read(page)), re.M)
+            titles = re.findall(r"^# .*$", prose_of(page), re.M)
             self.assertEqual(len(titles), 1, page)
 
 
@@ -121,13 +121,14 @@ class Commands(unittest.TestCase):
             self.assertEqual(found, version, page)
 
     def test_blocks_of_xml_are_well_formed(self):
-        blocks = self.words_of(r"^```xml\n((?:.*\n)*?)```$")
+        blocks = [block for page in pages() for block in page_blocks.blocks_of(read(page), page)
+                  if block.language == "xml"]
         self.assertGreater(len(blocks), 0)
-        for page, block in blocks:
+        for block in blocks:
             try:
-                xml.dom.minidom.parseString(block)
+                xml.dom.minidom.parseString(block.text)
             except xml.parsers.expat.ExpatError as error:
-                self.fail(f"{page}: {error}")
+                self.fail(f"{block.place}: {error}")
 
 
 class Errors(unittest.TestCase):

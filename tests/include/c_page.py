@@ -2,29 +2,19 @@
 
   c_page.py PAGE SCRATCH COMPILER [FLAGS...] [-- RUNNER...]
 
-A program is a block between ```c and ```; the next block, between ```text and ```, has its output. FLAGS name
-what it is compiled and linked with, RUNNER is put before the program's name. Warnings are errors.
+A program is a block between ```c and ```; the next block, between ```text and ```, has its output, and there
+are no other blocks. FLAGS name what it is compiled and linked with, RUNNER is put before the program's name.
+Warnings are errors.
 """
 import pathlib
-import re
 import subprocess
 import sys
 
-BLOCK = re.compile(r"^```(\w*)[^\n]*\n(.*?)^```$", re.M | re.S)
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+import page_blocks  # noqa: E402
+
 STRICT = ["-std=c11", "-Wall", "-Wextra", "-pedantic", "-Wconversion", "-Werror"]
 LIMIT = 120
-
-
-def programs_of(page):
-    """Place, text and expected output of each program."""
-    text = page.read_text("utf-8")
-    blocks = [(f"{page.name}:{text.count(chr(10), 0, match.start()) + 1}", match[1], match[2])
-              for match in BLOCK.finditer(text)]
-    for (place, language, program), (_, kind, output) in zip(blocks, blocks[1:] + [("", "", "")]):
-        if language == "c":
-            if kind != "text":
-                sys.exit(f"{place}: a program without its output")
-            yield place, program, output
 
 
 def failure_of(program, output, source, compile_with, runner):
@@ -51,13 +41,13 @@ def main(arguments):
         place = compile_with.index("--")
         compile_with, runner = compile_with[:place], compile_with[place + 1:]
     scratch.mkdir(parents=True, exist_ok=True)
-    programs = list(programs_of(page))
+    programs = page_blocks.programs_of(page.read_text("utf-8"), page.name, "c")
     failures = 0
-    for number, (place, program, output) in enumerate(programs, 1):
-        failure = failure_of(program, output, scratch / f"{number}.c", compile_with, runner)
+    for number, (program, output) in enumerate(programs, 1):
+        failure = failure_of(program.text, output, scratch / f"{number}.c", compile_with, runner)
         if failure is not None:
             failures += 1
-            print(f"{place}: {failure}")
+            print(f"{program.place}: {failure}")
     print(f"{len(programs)} programs, {failures} failures")
     return 1 if failures or not programs else 0
 

@@ -24,7 +24,7 @@ set(page_source ${CMAKE_CURRENT_BINARY_DIR}/cpp_page.cpp)
 add_custom_command(OUTPUT ${page_source}
   COMMAND ${Python3_EXECUTABLE} -B ${CMAKE_CURRENT_SOURCE_DIR}/cpp_page.py ${page} --source
     ${page_source}
-  DEPENDS cpp_page.py ${page} VERBATIM)
+  DEPENDS cpp_page.py ../support/cpp_programs.py ../support/page_blocks.py ${page} VERBATIM)
 add_executable(cpp_page ${page_source})
 add_test(NAME hpp_compilers
   COMMAND sh ${CMAKE_CURRENT_SOURCE_DIR}/hpp_compilers.sh ${page_source} ${PROJECT_SOURCE_DIR}/include)

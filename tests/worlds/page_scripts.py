@@ -25,12 +25,14 @@ import sys
 
 import worlds
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+import page_blocks  # noqa: E402
+
 LEFT_OUT = {"build", ".git"}
 SCRIPTS = {"js": ".js", "vbscript": ".vbs"}
 LANGUAGES = {"", "text", *SCRIPTS, "c", "cmake", "cpp", "python", "sh", "xml"}
 # What may stand between a script and its output.
 PROGRAMS = {"c", "cpp", "python"}
-FENCE = re.compile(r"^ {0,3}(?:```+|~~~+)(.*)$")
 MARK = re.compile(r"^(?:<!-- )?(?:Only on `mirolta-host`|Not with Wine): *(.*?)(?: *-->)?$")
 BYTES = re.compile(r"\bBytes\.")
 # The code page of Wine in the locale of the tests.
@@ -40,11 +42,9 @@ SCRIPT_WORDS = re.compile(r"WScript\.|new ActiveXObject\(")
 
 
 class PageScript:
-    def __init__(self, place, reason, language):
-        self.place = place
-        self.language = language
+    def __init__(self, block, reason):
+        self.place, self.language, self.text = block.place, block.language, block.text
         self.reason = reason
-        self.text = ""
         self.expected = None
 
 
@@ -58,53 +58,56 @@ def pages_of(project):
 
 def scripts_of(page, name, report):
     """The scripts of one page in their order."""
-    scripts, reason, mark_place = [], None, None
-    language, body, place = None, [], None
-    for number, line in enumerate(page.read_text("utf-8").split("\n"), 1):
-        fence = FENCE.match(line)
-        if language is None and not fence:
-            if MARK.match(line):
-                if reason is not None:
-                    report.fail(mark_place, "a mark without a script")
-                reason, mark_place = MARK.match(line)[1], f"{name}:{number}"
-                if not reason:
-                    report.fail(mark_place, "a mark without a reason")
-            elif line.startswith("    ") and SCRIPT_WORDS.search(line):
-                report.fail(f"{name}:{number}", "a script that is not between ```js and ```")
-        elif language is None:
-            language, body, place = fence[1].strip(), [], f"{name}:{number}"
-            if language not in LANGUAGES:
-                report.fail(place, f"a block of the language {language}")
-        elif not fence:
-            body.append(line + "\n")
-        else:
-            text = "".join(body)
-            waiting = [script for script in scripts if script.expected is None]
-            if language in SCRIPTS:
-                if any(script.language == language for script in waiting):
-                    report.fail(waiting[0].place, "a script without its output")
-                    for script in waiting:
-                        script.expected = ""
-                scripts.append(PageScript(place, reason, language))
-                scripts[-1].text = text
-                reason = None
-            elif waiting and language not in PROGRAMS:
-                if language != "text":
-                    report.fail(waiting[0].place, "a script without its output")
-                for script in waiting:
-                    script.expected = text
-            if language not in SCRIPTS and SCRIPT_WORDS.search(text):
-                report.fail(place, "a script that is not between ```js and ```")
-            language = None
-    if language is not None:
-        report.fail(place, "a block without end")
-    if reason is not None:
-        report.fail(mark_place, "a mark without a script")
-    for script in scripts:
-        if script.expected is None:
-            report.fail(script.place, "a script without its output")
-            script.expected = ""
+    try:
+        parts = page_blocks.parts_of(page.read_text("utf-8"), name)
+    except page_blocks.PageError as error:
+        report.fail(error.place, error.fault)
+        return []
+    scripts, mark, waiting = [], None, []
+    for part in parts:
+        if part.language is None:
+            mark = mark_after(part, mark, report)
+            continue
+        if part.language not in LANGUAGES:
+            report.fail(part.place, f"a block of the language {part.language}")
+        if part.language in SCRIPTS:
+            if any(script.language == part.language for script in waiting):
+                end(waiting, None, report)
+            scripts.append(PageScript(part, mark and mark[1]))
+            waiting.append(scripts[-1])
+            mark = None
+            continue
+        if part.language not in PROGRAMS:
+            end(waiting, part.text if part.language == "text" else None, report)
+        if SCRIPT_WORDS.search(part.text):
+            report.fail(part.place, "a script that is not between ```js and ```")
+    if mark:
+        report.fail(mark[0], "a mark without a script")
+    end(waiting, None, report)
     return scripts
+
+
+def mark_after(line, mark, report):
+    """The mark, a place and a reason, that holds for the next script after a line of prose."""
+    match = MARK.match(line.text.rstrip("\n"))
+    if not match:
+        if line.text.startswith("    ") and SCRIPT_WORDS.search(line.text):
+            report.fail(line.place, "a script that is not between ```js and ```")
+        return mark
+    if mark:
+        report.fail(mark[0], "a mark without a script")
+    if not match[1]:
+        report.fail(line.place, "a mark without a reason")
+    return line.place, match[1]
+
+
+def end(waiting, output, report):
+    """Gives the scripts that wait for their output that of a block, or none."""
+    for script in waiting:
+        if output is None:
+            report.fail(script.place, "a script without its output")
+        script.expected = output or ""
+    waiting.clear()
 
 
 def runs_of(page_scripts, scratch, world, encoding, library=""):

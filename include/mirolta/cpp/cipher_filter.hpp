@@ -12,39 +12,58 @@
 #include "cipher.hpp"
 #include "create.hpp"
 #include "filter_binding.hpp"
+#include "filter_direction.hpp"
 #include "stream_buffer.hpp"
 
 namespace mirolta {
 
+namespace detail {
+
+struct CipherMembers : DirectionMembers<IToviStreamCrypt> {
+  Member<VARIANT_BOOL*> get_decrypt;
+  Member<VARIANT_BOOL> put_decrypt;
+  Member<LONG> put_pad;
+};
+
+inline constexpr CipherMembers kReadingCipher = {
+    {&IToviStreamCrypt::get_ReadAlgorithm, &IToviStreamCrypt::put_ReadAlgorithm,
+     &IToviStreamCrypt::get_ReadKey, &IToviStreamCrypt::put_ReadKey,
+     &IToviStreamCrypt::ReadResetKey, &IToviStreamCrypt::ReadReset,
+     &IToviStreamCrypt::ReadFinalize},
+    &IToviStreamCrypt::get_ReadDecrypt,
+    &IToviStreamCrypt::put_ReadDecrypt,
+    &IToviStreamCrypt::put_ReadPadType};
+inline constexpr CipherMembers kWritingCipher = {
+    {&IToviStreamCrypt::get_WriteAlgorithm, &IToviStreamCrypt::put_WriteAlgorithm,
+     &IToviStreamCrypt::get_WriteKey, &IToviStreamCrypt::put_WriteKey,
+     &IToviStreamCrypt::WriteResetKey, &IToviStreamCrypt::WriteReset,
+     &IToviStreamCrypt::WriteFinalize},
+    &IToviStreamCrypt::get_WriteDecrypt,
+    &IToviStreamCrypt::put_WriteDecrypt,
+    &IToviStreamCrypt::put_WritePadType};
+
+}  // namespace detail
+
 // One direction of a cipher filter. It refers to the filter, which it keeps alive.
-class CipherDirection {
+class CipherDirection : private detail::FilterDirection<detail::CipherMembers> {
  public:
   // Chooses "AES" or "DES", without a key.
   // Errors: 0x80042777 "Algorithm not found.", after which the direction has none
-  Result<void> TrySetAlgorithm(std::string_view name) {
-    const Text text(name);
-    return detail::Call(filter_.Get(), members_->put_algorithm, text.Get());
-  }
-  void SetAlgorithm(std::string_view name) { TrySetAlgorithm(name).Value(); }
+  using FilterDirection::SetAlgorithm;
+  using FilterDirection::TrySetAlgorithm;
   // The name; empty without one, when bytes pass unchanged.
-  Result<std::string> TryAlgorithm() const {
-    const Result<Text> name = detail::GetText(filter_, members_->get_algorithm);
-    if (!name) return name.Failure();
-    return name->Utf8();
-  }
-  std::string Algorithm() const { return TryAlgorithm().Value(); }
+  using FilterDirection::Algorithm;
+  using FilterDirection::TryAlgorithm;
 
   // Replaces or discards the key, and pending data.
   // Errors: E_INVALIDARG for a key of another length, after which there is none; 0x80042778 "Not
   //         initialized."
-  Result<void> TrySetKey(ByteSpan key) {
-    return detail::CallWithBytes(filter_, members_->put_key, key);
-  }
-  void SetKey(ByteSpan key) { TrySetKey(key).Value(); }
-  Result<void> TryClearKey() { return detail::Call(filter_.Get(), members_->reset_key); }
-  void ClearKey() { TryClearKey().Value(); }
-  Result<Bytes> TryKey() const { return detail::GetBytes(filter_, members_->get_key); }
-  Bytes Key() const { return TryKey().Value(); }
+  using FilterDirection::ClearKey;
+  using FilterDirection::Key;
+  using FilterDirection::SetKey;
+  using FilterDirection::TryClearKey;
+  using FilterDirection::TryKey;
+  using FilterDirection::TrySetKey;
 
   // Whether the direction decrypts; initially reading does, and writing encrypts.
   Result<void> TrySetDecrypting(bool decrypting) {
@@ -63,8 +82,8 @@ class CipherDirection {
   void SetPad(Pad pad) { TrySetPad(pad).Value(); }
 
   // Discards pending data.
-  Result<void> TryReset() { return detail::Call(filter_.Get(), members_->reset); }
-  void Reset() { TryReset().Value(); }
+  using FilterDirection::Reset;
+  using FilterDirection::TryReset;
 
   // Ends the data: pads an incomplete block. Writing writes it; reading returns it next.
   // Errors: those of the underlying stream; 0x80030103 for writing without one
@@ -74,46 +93,8 @@ class CipherDirection {
  private:
   friend class CipherFilter;
 
-  template <typename... Parameters>
-  using Member = HRESULT (STDMETHODCALLTYPE IToviStreamCrypt::*)(Parameters...);
-
-  struct Members {
-    Member<BSTR*> get_algorithm;
-    Member<BSTR> put_algorithm;
-    Member<VARIANT*> get_key;
-    Member<VARIANT> put_key;
-    Member<> reset_key;
-    Member<> reset;
-    Member<VARIANT_BOOL*> get_decrypt;
-    Member<VARIANT_BOOL> put_decrypt;
-    Member<LONG> put_pad;
-    Member<> finalize;
-  };
-
-  static const Members& Reading() noexcept {
-    static constexpr Members members = {
-        &IToviStreamCrypt::get_ReadAlgorithm, &IToviStreamCrypt::put_ReadAlgorithm,
-        &IToviStreamCrypt::get_ReadKey,       &IToviStreamCrypt::put_ReadKey,
-        &IToviStreamCrypt::ReadResetKey,      &IToviStreamCrypt::ReadReset,
-        &IToviStreamCrypt::get_ReadDecrypt,   &IToviStreamCrypt::put_ReadDecrypt,
-        &IToviStreamCrypt::put_ReadPadType,   &IToviStreamCrypt::ReadFinalize};
-    return members;
-  }
-  static const Members& Writing() noexcept {
-    static constexpr Members members = {
-        &IToviStreamCrypt::get_WriteAlgorithm, &IToviStreamCrypt::put_WriteAlgorithm,
-        &IToviStreamCrypt::get_WriteKey,       &IToviStreamCrypt::put_WriteKey,
-        &IToviStreamCrypt::WriteResetKey,      &IToviStreamCrypt::WriteReset,
-        &IToviStreamCrypt::get_WriteDecrypt,   &IToviStreamCrypt::put_WriteDecrypt,
-        &IToviStreamCrypt::put_WritePadType,   &IToviStreamCrypt::WriteFinalize};
-    return members;
-  }
-
-  CipherDirection(Object<IToviStreamCrypt> filter, const Members& members) noexcept
-      : filter_(std::move(filter)), members_(&members) {}
-
-  Object<IToviStreamCrypt> filter_;
-  const Members* members_;
+  CipherDirection(Object<IToviStreamCrypt> filter, const detail::CipherMembers& members) noexcept
+      : FilterDirection(std::move(filter), members) {}
 };
 
 // CipherFilter encrypts or decrypts what is read from and written to an underlying stream.
@@ -128,8 +109,8 @@ class CipherFilter : public detail::FilterBinding<IToviStreamCrypt> {
     return CipherFilter(*std::move(object));
   }
 
-  CipherDirection Reading() const { return {Interface(), CipherDirection::Reading()}; }
-  CipherDirection Writing() const { return {Interface(), CipherDirection::Writing()}; }
+  CipherDirection Reading() const { return {Interface(), detail::kReadingCipher}; }
+  CipherDirection Writing() const { return {Interface(), detail::kWritingCipher}; }
 
  private:
   explicit CipherFilter(Object<IToviStreamCrypt> object) noexcept

@@ -11,42 +11,61 @@
 #include "arguments.hpp"
 #include "create.hpp"
 #include "filter_binding.hpp"
+#include "filter_direction.hpp"
 #include "stream_buffer.hpp"
 
 namespace mirolta {
 
+namespace detail {
+
+struct DigestMembers : DirectionMembers<IToviStreamDigest> {
+  Member<VARIANT_BOOL*> get_enabled;
+  Member<VARIANT_BOOL> put_enabled;
+  Member<VARIANT*> get_value;
+};
+
+inline constexpr DigestMembers kReadingDigest = {
+    {&IToviStreamDigest::get_ReadAlgorithm, &IToviStreamDigest::put_ReadAlgorithm,
+     &IToviStreamDigest::get_ReadKey, &IToviStreamDigest::put_ReadKey,
+     &IToviStreamDigest::ReadResetKey, &IToviStreamDigest::ReadReset,
+     &IToviStreamDigest::ReadFinalize},
+    &IToviStreamDigest::get_ReadHashEnable,
+    &IToviStreamDigest::put_ReadHashEnable,
+    &IToviStreamDigest::get_ReadBinaryValue};
+inline constexpr DigestMembers kWritingDigest = {
+    {&IToviStreamDigest::get_WriteAlgorithm, &IToviStreamDigest::put_WriteAlgorithm,
+     &IToviStreamDigest::get_WriteKey, &IToviStreamDigest::put_WriteKey,
+     &IToviStreamDigest::WriteResetKey, &IToviStreamDigest::WriteReset,
+     &IToviStreamDigest::WriteFinalize},
+    &IToviStreamDigest::get_WriteHashEnable,
+    &IToviStreamDigest::put_WriteHashEnable,
+    &IToviStreamDigest::get_WriteBinaryValue};
+
+}  // namespace detail
+
 // One direction of a digest filter. It refers to the filter, which it keeps alive.
-class DigestDirection {
+class DigestDirection : private detail::FilterDirection<detail::DigestMembers> {
  public:
   // Chooses "MD5", "SHA1" or "SHA256", without a key, and switches the direction on.
   // Errors: 0x80042777 "Algorithm not found.", after which the direction has none
-  Result<void> TrySetAlgorithm(std::string_view name) {
-    const Text text(name);
-    return detail::Call(filter_.Get(), members_->put_algorithm, text.Get());
-  }
-  void SetAlgorithm(std::string_view name) { TrySetAlgorithm(name).Value(); }
+  using FilterDirection::SetAlgorithm;
+  using FilterDirection::TrySetAlgorithm;
   // The name; empty without one.
-  Result<std::string> TryAlgorithm() const {
-    const Result<Text> name = detail::GetText(filter_, members_->get_algorithm);
-    if (!name) return name.Failure();
-    return name->Utf8();
-  }
-  std::string Algorithm() const { return TryAlgorithm().Value(); }
+  using FilterDirection::Algorithm;
+  using FilterDirection::TryAlgorithm;
 
   // Sets the key of an HMAC, or removes it; either begins a new message.
   // Errors: E_UNEXPECTED for an empty key, after which there is none; 0x80042778 "Not initialized."
-  Result<void> TrySetKey(ByteSpan key) {
-    return detail::CallWithBytes(filter_, members_->put_key, key);
-  }
-  void SetKey(ByteSpan key) { TrySetKey(key).Value(); }
-  Result<void> TryClearKey() { return detail::Call(filter_.Get(), members_->reset_key); }
-  void ClearKey() { TryClearKey().Value(); }
-  Result<Bytes> TryKey() const { return detail::GetBytes(filter_, members_->get_key); }
-  Bytes Key() const { return TryKey().Value(); }
+  using FilterDirection::ClearKey;
+  using FilterDirection::Key;
+  using FilterDirection::SetKey;
+  using FilterDirection::TryClearKey;
+  using FilterDirection::TryKey;
+  using FilterDirection::TrySetKey;
 
   // Begins a new message, with the same key.
-  Result<void> TryReset() { return detail::Call(filter_.Get(), members_->reset); }
-  void Reset() { TryReset().Value(); }
+  using FilterDirection::Reset;
+  using FilterDirection::TryReset;
 
   // Whether the bytes that pass are digested.
   Result<void> TrySetEnabled(bool enabled) {
@@ -78,46 +97,8 @@ class DigestDirection {
  private:
   friend class DigestFilter;
 
-  template <typename... Parameters>
-  using Member = HRESULT (STDMETHODCALLTYPE IToviStreamDigest::*)(Parameters...);
-
-  struct Members {
-    Member<BSTR*> get_algorithm;
-    Member<BSTR> put_algorithm;
-    Member<VARIANT*> get_key;
-    Member<VARIANT> put_key;
-    Member<> reset_key;
-    Member<> reset;
-    Member<VARIANT_BOOL*> get_enabled;
-    Member<VARIANT_BOOL> put_enabled;
-    Member<> finalize;
-    Member<VARIANT*> get_value;
-  };
-
-  static const Members& Reading() noexcept {
-    static constexpr Members members = {
-        &IToviStreamDigest::get_ReadAlgorithm,  &IToviStreamDigest::put_ReadAlgorithm,
-        &IToviStreamDigest::get_ReadKey,        &IToviStreamDigest::put_ReadKey,
-        &IToviStreamDigest::ReadResetKey,       &IToviStreamDigest::ReadReset,
-        &IToviStreamDigest::get_ReadHashEnable, &IToviStreamDigest::put_ReadHashEnable,
-        &IToviStreamDigest::ReadFinalize,       &IToviStreamDigest::get_ReadBinaryValue};
-    return members;
-  }
-  static const Members& Writing() noexcept {
-    static constexpr Members members = {
-        &IToviStreamDigest::get_WriteAlgorithm,  &IToviStreamDigest::put_WriteAlgorithm,
-        &IToviStreamDigest::get_WriteKey,        &IToviStreamDigest::put_WriteKey,
-        &IToviStreamDigest::WriteResetKey,       &IToviStreamDigest::WriteReset,
-        &IToviStreamDigest::get_WriteHashEnable, &IToviStreamDigest::put_WriteHashEnable,
-        &IToviStreamDigest::WriteFinalize,       &IToviStreamDigest::get_WriteBinaryValue};
-    return members;
-  }
-
-  DigestDirection(Object<IToviStreamDigest> filter, const Members& members) noexcept
-      : filter_(std::move(filter)), members_(&members) {}
-
-  Object<IToviStreamDigest> filter_;
-  const Members* members_;
+  DigestDirection(Object<IToviStreamDigest> filter, const detail::DigestMembers& members) noexcept
+      : FilterDirection(std::move(filter), members) {}
 };
 
 // DigestFilter computes digests of what is read from and written to an underlying stream. Without
@@ -133,8 +114,8 @@ class DigestFilter : public detail::FilterBinding<IToviStreamDigest> {
     return DigestFilter(*std::move(object));
   }
 
-  DigestDirection Reading() const { return {Interface(), DigestDirection::Reading()}; }
-  DigestDirection Writing() const { return {Interface(), DigestDirection::Writing()}; }
+  DigestDirection Reading() const { return {Interface(), detail::kReadingDigest}; }
+  DigestDirection Writing() const { return {Interface(), detail::kWritingDigest}; }
 
  private:
   explicit DigestFilter(Object<IToviStreamDigest> object) noexcept
