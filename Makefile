@@ -47,8 +47,8 @@ help:
 lists-check = packages-test.txt
 lists-test = packages-test.txt packages-windows.txt packages-bench.txt packages-lint.txt
 lists-windows = packages-windows.txt
-lists-package = packages-package.txt packages-windows.txt
-lists-package-test = packages-package.txt packages-windows.txt packages-docs.txt
+lists-package = packages-package.txt packages-windows.txt packages-docs.txt
+lists-package-test = $(lists-package)
 lists-bench = packages-bench.txt
 lists-docs = packages-docs.txt
 lists-fuzz = packages-fuzz.txt
@@ -106,9 +106,10 @@ package: setup-package windows
 package-test: setup-package-test build windows
 	$(call build,windows-x64,registry_listing)
 	$(call build,windows-x86,registry_listing)
-	@status=0; tests/packages/linux_test.sh build/package build/package-test || status=1; \
-	  tests/packages/windows_test.sh build/package build/package-test || status=1; \
-	  ctest --preset package || status=1; exit $$status
+	@tests/packages/side_by_side.sh build/package-test/logs \
+	  "tests/packages/linux_test.sh build/package build/package-test" \
+	  "tests/packages/windows_test.sh build/package build/package-test" \
+	  "ctest --preset package"
 
 # The test preset names the tests that are too slow, or hold for an optimised build only.
 check: setup-check build-check

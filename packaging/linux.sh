@@ -72,13 +72,16 @@ mv "$work"/*.deb "$output"
 # The installed tree may be unpacked anywhere: its programs and libraries find each other by relative paths.
 build=$(echo "$tree"/obj-*)
 installed=mirolta-$version-linux-$(uname -m)
-{
+(
+  # Programs that the build runs have no run path.
+  export LD_LIBRARY_PATH="$build/lib"
   cmake -S "$tree" -B "$build" -DCMAKE_INSTALL_PREFIX=/usr/local -DCMAKE_INSTALL_LIBDIR=lib \
-    -DCMAKE_SKIP_RPATH=OFF -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON
-  cmake --build "$build" -j"${JOBS:-$(nproc)}"
-  cmake --install "$build" --strip --prefix "$work/$installed"
-} >>"$log" 2>&1 || {
+    -DCMAKE_SKIP_RPATH=OFF -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON &&
+    cmake --build "$build" -j"${JOBS:-$(nproc)}" &&
+    cmake --install "$build" --strip --prefix "$work/$installed"
+) >>"$log" 2>&1 || {
   tail -50 "$log" >&2
+  echo "linux.sh: the installed tree cannot be built, see $log" >&2
   exit 1
 }
 pack "$installed" >"$output/$installed.tar.gz"

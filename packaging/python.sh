@@ -5,11 +5,12 @@
 #   python.sh [OUTPUT [WORK]]
 #
 # OUTPUT is build/package by default, WORK, which is emptied, build/package-python. The bytes depend on the
-# sources and on SOURCE_DATE_EPOCH, by default the time of the last commit. Needs setuptools and wheel, of
-# the first Python that has them: PYTHON, python3, /usr/bin/python3.
+# sources and on their time (source_date.sh). Needs setuptools and wheel, of the first Python that has them:
+# PYTHON, python3, /usr/bin/python3.
 set -eu
 
 cd "$(dirname "$0")/.."
+root=$(pwd)
 absolute() {
   mkdir -p "$1" && (cd "$1" && pwd)
 }
@@ -25,11 +26,7 @@ done
   echo "python.sh needs a Python with setuptools and wheel (python3-setuptools, python3-wheel)" >&2
   exit 1
 }
-if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
-  SOURCE_DATE_EPOCH=$(git -c safe.directory='*' log -1 --format=%ct 2>/dev/null) ||
-    SOURCE_DATE_EPOCH=$(stat -c %Y VERSION)
-fi
-export SOURCE_DATE_EPOCH
+. "$root/packaging/source_date.sh"
 
 # A copy, which the build writes into, with the same permissions everywhere.
 umask 022

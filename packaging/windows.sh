@@ -10,7 +10,7 @@
 #
 # FOLDER is build/package if not given, VERSION that of the file VERSION; tests of upgrades give another.
 # BUILD is the folder that has windows-x64, windows-x86 and native (build if not set). The files depend on
-# the modules and sources only; their times are SOURCE_DATE_EPOCH or the time of the last commit.
+# the modules and sources only, their times on those of the sources (source_date.sh).
 set -eu
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -20,6 +20,8 @@ read -r source_version <"$root/VERSION"
 version=${2:-$source_version}
 build=$(cd "${BUILD:-$root/build}" && pwd)
 definitions=${MIROLTA_DEFINITIONS:-$build/native/bin/mirolta-definitions}
+# For programs that link the module instead of registering it.
+import_library=archive/libMirolta.dll.a
 work=$output/windows.work
 export TZ=UTC LC_ALL=C
 umask 022
@@ -33,35 +35,18 @@ for program in zip wixl msibuild faketime python3; do
   command -v "$program" >/dev/null || fail "$program is missing (scripts/packages-package.txt)"
 done
 for architecture in x64 x86; do
-  [ -f "$build/windows-$architecture/Mirolta.dll" ] ||
-    fail "$build/windows-$architecture/Mirolta.dll is missing: run make windows"
+  for file in Mirolta.dll Mirolta.manifest $import_library; do
+    [ -f "$build/windows-$architecture/$file" ] ||
+      fail "$build/windows-$architecture/$file is missing: run make windows"
+  done
 done
 [ -x "$definitions" ] || fail "$definitions is missing: run make windows"
 
-# A source archive has no commits, but its files have the time of one.
-if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
-  SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct 2>/dev/null) ||
-    SOURCE_DATE_EPOCH=$(stat -c %Y "$root/VERSION")
-fi
-export SOURCE_DATE_EPOCH
+. "$root/packaging/source_date.sh"
 
 # Windows programs of all ages show these.
 text_file() {
   sed "s/@VERSION@/$version/g; s/\$/\r/" "$1" >"$2"
-}
-
-# For programs that link the module instead of registering it: its functions have the calling convention
-# of the system, whose decoration only the import library of 32-bit programs has.
-import_library() {
-  case $1 in
-    x64) tools=x86_64-w64-mingw32 names="DllCanUnloadNow DllGetClassObject" ;;
-    x86) tools=i686-w64-mingw32 names="DllCanUnloadNow@0 DllGetClassObject@12" ;;
-  esac
-  # shellcheck disable=SC2086  # a line each
-  printf '%s\n' "LIBRARY Mirolta.dll" EXPORTS $names >"$work/$1.def"
-  # Its symbols contain the names of the library and of the tool's own files.
-  (cd "$2" && "$tools-dlltool" --deterministic-libraries --kill-at --temp-prefix mirolta \
-    --input-def "$work/$1.def" --output-lib Mirolta.lib)
 }
 
 rm -rf "$work"
@@ -83,7 +68,7 @@ for architecture in x64 x86; do
   cp -R "$common/." "$folder"
   cp "$build/windows-$architecture/Mirolta.dll" "$build/windows-$architecture/Mirolta.manifest" "$folder"
   cp -R "$root/include" "$folder/include"
-  import_library "$architecture" "$folder/lib"
+  cp "$build/windows-$architecture/$import_library" "$folder/lib/Mirolta.lib"
   chmod -R u=rwX,go=rX "$folder"
   find "$folder" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
   rm -f "$output/$name.zip"

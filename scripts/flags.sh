@@ -17,7 +17,7 @@ O0     | -O0 -funsigned-char |
 lto    | -O3 -flto=auto      |
 clang  | -O2                 | -DCMAKE_CXX_COMPILER=clang++
 libc++ | -O2 -stdlib=libc++  | -DCMAKE_CXX_COMPILER=clang++ -DMIROLTA_GTEST_SOURCE=/usr/src/googletest/googletest
-32-bit | -O2                 | --toolchain cmake/linux-i686.cmake -DMIROLTA_I386=build/i386
+32-bit | -O2                 | --toolchain cmake/linux-i686.cmake -DMIROLTA_TARGET_PACKAGES=build/packages/i386
 ROWS
 }
 
@@ -37,13 +37,13 @@ run_row() {
   build=$builds/$1
   log=$builds/$1.log
   if [ "$1" = 32-bit ]; then
-    if ! scripts/i386-packages.sh build/i386 libssl-dev libgmp-dev libgtest-dev duktape-dev \
+    if ! scripts/target-packages.sh i386 build/packages/i386 libssl-dev libgmp-dev libgtest-dev duktape-dev \
       libedit-dev >"$log" 2>&1; then
       echo "no 32-bit libraries (see $log)"
       return 1
     fi
     # The C library loads its character sets as modules, which must be 32-bit too.
-    export GCONV_PATH="$root/build/i386/root/usr/lib/i386-linux-gnu/gconv"
+    export GCONV_PATH="$root/build/packages/i386/root/usr/lib/i386-linux-gnu/gconv"
   fi
   # shellcheck disable=SC2086  # $3 is a list of arguments
   if ! { cmake -S . -B "$build" -DMIROLTA_TESTS=ON -DCMAKE_COMPILE_WARNING_AS_ERROR=ON \

@@ -1,5 +1,6 @@
 #include "engine/script_engine.h"
 
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -31,33 +32,35 @@
 namespace mirolta::host {
 namespace {
 
-constexpr size_t kBlockHeader = 16;  // keeps the alignment of the block
+// Stands before each block and keeps its alignment.
+struct alignas(max_align_t) BlockHeader {
+  size_t size;
+};
 
-size_t* SizeOf(void* block) {
-  return reinterpret_cast<size_t*>(static_cast<char*>(block) - kBlockHeader);
+BlockHeader* HeaderOf(void* block) {
+  return static_cast<BlockHeader*>(block) - 1;
 }
 
 void* Resize(ScriptContext* context, void* block, size_t size) {
-  const size_t old_size = block != nullptr ? *SizeOf(block) : 0;
+  const size_t old_size = block != nullptr ? HeaderOf(block)->size : 0;
   const size_t limit = context->memory_limit;
   // An engine without memory throws an error, also in a script that calls no native function.
   if (size > old_size && IsInterrupted()) return nullptr;
   if (size > old_size && (size > limit || context->memory_in_use - old_size > limit - size)) {
     return nullptr;
   }
-  char* start = block != nullptr ? static_cast<char*>(block) - kBlockHeader : nullptr;
-  auto* grown = static_cast<char*>(realloc(start, size + kBlockHeader));
+  void* start = block != nullptr ? HeaderOf(block) : nullptr;
+  auto* grown = static_cast<BlockHeader*>(realloc(start, sizeof(BlockHeader) + size));
   if (grown == nullptr) return nullptr;
   context->memory_in_use += size - old_size;
-  void* result = grown + kBlockHeader;
-  *SizeOf(result) = size;
-  return result;
+  grown->size = size;
+  return grown + 1;
 }
 
 void Free(void* context, void* block) {
   if (block == nullptr) return;
-  static_cast<ScriptContext*>(context)->memory_in_use -= *SizeOf(block);
-  free(static_cast<char*>(block) - kBlockHeader);
+  static_cast<ScriptContext*>(context)->memory_in_use -= HeaderOf(block)->size;
+  free(HeaderOf(block));
 }
 
 void* Allocate(void* context, duk_size_t size) {

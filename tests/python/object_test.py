@@ -6,6 +6,7 @@ import io
 import pickle
 import pydoc
 import threading
+import time
 import unittest
 import weakref
 
@@ -379,15 +380,33 @@ class Threads(AutomationTest):
         self.assertEqual(failures, [])
 
     def test_the_interpreter_runs_during_a_call(self):
-        # The primes take a while; meanwhile this thread counts.
+        # This thread must not pause for as long as the search of primes in the other one takes. A busy
+        # machine can pause it as well: another search follows.
         rsa = mirolta.create("Vardeko.crypt.RSA")
-        thread = threading.Thread(target=rsa.CreateRandKeys, args=(96, True))
-        count = 0
-        thread.start()
-        while thread.is_alive():
-            count += 1
-        thread.join()
-        self.assertGreater(count, 100)
+        taken = []
+
+        def search():
+            start = time.perf_counter()
+            rsa.CreateRandKeys(256, True)
+            taken.append(time.perf_counter() - start)
+
+        pauses = []
+        for _ in range(50):
+            thread = threading.Thread(target=search)
+            longest = 0.0
+            last = time.perf_counter()
+            thread.start()
+            running = True
+            while running:
+                running = thread.is_alive()
+                now = time.perf_counter()
+                longest = max(longest, now - last)
+                last = now
+            thread.join()
+            pauses.append(longest)
+            if longest < taken[-1] / 4:
+                return
+        self.fail(f"paused for {pauses} in searches of {taken} seconds")
 
 
 if __name__ == "__main__":

@@ -16,7 +16,6 @@ function(mirolta_windows_test name)
   get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
   file(APPEND ${MIROLTA_UNIT_TESTS} "${folder} ${name}\n")
   set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
-  target_compile_options(${name} PRIVATE -O1)
   target_link_options(${name} PRIVATE -static)
   # The module frees memory by operators of its own, which go with its own way to get it. A program
   # with the language's needs all of them from one place.

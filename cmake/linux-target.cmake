@@ -1,0 +1,19 @@
+# What the toolchains for other Linux processors share: each sets its processor, compiler and target
+# before. scripts/target-packages.sh has unpacked the libraries of the target's own packages into
+# MIROLTA_TARGET_PACKAGES; programs run on a system that has none of them installed.
+set(CMAKE_SYSTEM_NAME Linux)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MIROLTA_TARGET_PACKAGES)
+get_filename_component(MIROLTA_TARGET_PACKAGES "${MIROLTA_TARGET_PACKAGES}" ABSOLUTE
+  BASE_DIR ${CMAKE_CURRENT_LIST_DIR}/..)
+set(MIROLTA_TARGET_ROOT ${MIROLTA_TARGET_PACKAGES}/root)
+set(MIROLTA_TARGET_LIBRARIES ${MIROLTA_TARGET_ROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
+set(CMAKE_FIND_ROOT_PATH ${MIROLTA_TARGET_ROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_CXX_FLAGS_INIT "-isystem ${MIROLTA_TARGET_ROOT}/usr/include/${CMAKE_LIBRARY_ARCHITECTURE}")
+# What is looked up by libraries themselves is found there too.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,-rpath-link,${MIROLTA_TARGET_LIBRARIES}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT ${CMAKE_EXE_LINKER_FLAGS_INIT})
+set(CMAKE_MODULE_LINKER_FLAGS_INIT ${CMAKE_EXE_LINKER_FLAGS_INIT})

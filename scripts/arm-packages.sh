@@ -1,0 +1,9 @@
+#!/bin/sh
+# arm-packages.sh PRESET...: unpacks what each ARM build links into its folder below build/packages.
+set -eu
+cd "$(dirname "$0")/.."
+for preset; do
+  case $preset in arm) architecture=armel ;; *) architecture=$preset ;; esac
+  scripts/target-packages.sh "$architecture" "build/packages/$architecture" \
+    libssl-dev libgmp-dev duktape-dev libedit-dev libstdc++6
+done
