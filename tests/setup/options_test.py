@@ -5,23 +5,32 @@
 
 Everything that the project's own files put into CMake's cache is named MIROLTA_*, but CMake's own variables.
 """
+import os
 import pathlib
 import re
 import sys
 
 PROJECT = pathlib.Path(sys.argv[1])
 LEFT_OUT = {"build", ".git"}
-WITHIN = "${PROJECT_IS_TOP_LEVEL}"
+# Defaults that are computed -> how the page lists them.
+COMPUTED = {"${PROJECT_IS_TOP_LEVEL}": "`ON`, within another project `OFF`", "${gtest_default}": "",
+            "${least_cpu}": "the least that the build is for"}
 OPTION = re.compile(r'^\s*option\((\w+)\s+"[^"]*"\s+(\S+)\)', re.M)
 CACHED = re.compile(r'^\s*set\((\w+)\s+("[^"]*"|\S+)\s+CACHE\s', re.M)
 FOUND = re.compile(r"^\s*find_(?:library|path|program|file)\((\w+)", re.M)
 
 
+def files_of_cmake():
+    for folder, folders, names in os.walk(PROJECT):
+        folders[:] = [name for name in folders if name not in LEFT_OUT]
+        for name in names:
+            if name == "CMakeLists.txt" or name.endswith(".cmake"):
+                yield pathlib.Path(folder, name)
+
+
 def main():
     options, found = {}, set()
-    for path in [*PROJECT.rglob("CMakeLists.txt"), *PROJECT.rglob("*.cmake")]:
-        if LEFT_OUT & set(path.relative_to(PROJECT).parts):
-            continue
+    for path in files_of_cmake():
         text = re.sub(r"#.*", "", path.read_text("utf-8"))
         options.update(OPTION.findall(text))
         options.update((name, value.strip('"')) for name, value in CACHED.findall(text))
@@ -40,8 +49,7 @@ def main():
     for name, default in options.items():
         if name.startswith("CMAKE_"):
             continue
-        expected = {WITHIN: "`ON`, within another project `OFF`", "": "", "${gtest_default}": ""}.get(
-            default, f"`{default}`")
+        expected = COMPUTED.get(default, f"`{default}`" if default else "")
         if listed_options.get(name) != expected:
             wrong.append(f"{name}: is {default!r}, listed as {listed_options.get(name)!r}")
     wrong += [f"{name}: listed, but no option" for name in listed_options.keys() - options.keys()]
