@@ -3,6 +3,7 @@
 #include "divide.h"
 #include "limb_basics.h"
 #include "multiply.h"
+#include "small_quotient.h"
 
 namespace mirolta {
 
@@ -52,8 +53,7 @@ void Simulate(uint64_t x, uint64_t y, Matrix* matrix) {
       z -= y;
       quotient = 2;
       if (z >= y) {
-        quotient = x / y;
-        z = x - quotient * y;
+        quotient += SmallQuotient(&z, y);
       }
     }
     if (z < kFloor || y - z < kFloor) return;
@@ -168,8 +168,7 @@ bool LehmerGcd::FindMatrixOfTwoLimbs(Matrix* matrix) const {
     DoubleLimb z = x - y;
     if (z >= y) {
       // Below B, as y has two limbs.
-      quotient = static_cast<Limb>(x / y);
-      z = x - y * quotient;
+      quotient = static_cast<Limb>(1 + SmallQuotient(&z, y));
     }
     if (z >> kLimbBits == 0) return matrix->Changed();
     matrix->Step(quotient);

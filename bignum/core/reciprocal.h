@@ -12,9 +12,36 @@ inline Limb MaskIf(bool holds) {
   return static_cast<Limb>(Limb{0} - static_cast<Limb>(holds));
 }
 
+// ReciprocalByProducts returns floor((B^2 - 1) / d) - B, for processors that would call a function of
+// the compiler's library to divide a double limb.
+inline Limb ReciprocalByProducts(Limb d) {
+  // With D = d / B in [1/2, 1): 2.914 - 2 D is 1 / D to three bits. B / 2 stands for 1.
+  constexpr Limb kHalfOfSeed = static_cast<Limb>(Limb{0xBA827999} << (kLimbBits - 32));
+  Limb r = static_cast<Limb>(2 * kHalfOfSeed - d);
+  for (uint32_t bits = 3; bits < kLimbBits; bits *= 2) {
+    // Newton's step r (2 - D r). Everything is rounded down, so that r stays below 1 / D.
+    const Limb error = static_cast<Limb>(~Product(d, r).high);
+    const LimbPair p = Product(r, error);
+    r = static_cast<Limb>(p.high << 1 | p.low >> (kLimbBits - 1));
+  }
+  // 2 r is the quotient or a few less. Newton's steps leave at most four for 32-bit limbs.
+  const LimbPair p = Product(d, r);
+  LimbPair rest = SubtractPair({kLimbMax, kLimbMax}, AddPair(p, p));
+  Limb quotient = static_cast<Limb>(2 * r);
+  while (rest.high != 0 || rest.low >= d) {
+    rest = SubtractPair(rest, {d, 0});
+    ++quotient;
+  }
+  return quotient;
+}
+
 // Reciprocal returns floor((B^2 - 1) / d) - B.
 inline Limb Reciprocal(Limb d) {
-  return DivideWide(static_cast<Limb>(~d), kLimbMax, d);
+  if constexpr (kDividesWide) {
+    return DivideWide(static_cast<Limb>(~d), kLimbMax, d);
+  } else {
+    return ReciprocalByProducts(d);
+  }
 }
 
 // Reciprocal3By2 returns floor((B^3 - 1) / (d1 B + d0)) - B.

@@ -65,6 +65,10 @@ inline LimbPair Product(Limb a, Limb b) {
   return Products::MulAdd(a, b, 0, 0);
 }
 
+// kDividesWide: the processor divides a double limb itself.
+inline constexpr bool kDividesWide =
+    MIROLTA_KERNELS_FOR(X86_64) || sizeof(DoubleLimb) <= sizeof(size_t);
+
 // DivideWide returns (high * B + low) / d, high < d. C++ has no 2-by-1 division, the processor
 // does.
 inline Limb DivideWide(Limb high, Limb low, Limb d) {

@@ -4,16 +4,18 @@
 add_executable(hpp_no_exceptions hpp_no_exceptions.cpp)
 target_compile_options(hpp_no_exceptions PRIVATE -fno-exceptions -fno-rtti)
 add_test(NAME hpp_no_exceptions COMMAND hpp_no_exceptions)
+mirolta_program(no_exceptions_program hpp_no_exceptions)
 add_test(NAME hpp_no_exceptions_failure
-  COMMAND sh -c "\"$0\" fail && echo 'no failures'; true" $<TARGET_FILE:hpp_no_exceptions>)
+  COMMAND sh -c "\"$0\" fail && echo 'no failures'; true" ${no_exceptions_program})
 set_tests_properties(hpp_no_exceptions_failure PROPERTIES
   PASS_REGULAR_EXPRESSION "^Algorithm not found\\.\n" FAIL_REGULAR_EXPRESSION "failures")
 
 # Which module serves, without a registration and with one of a copy.
 add_executable(hpp_registered hpp_registered.cpp)
+mirolta_program(registered_program hpp_registered)
 add_test(NAME hpp_registered
-  COMMAND sh ${CMAKE_CURRENT_SOURCE_DIR}/hpp_registered.sh $<TARGET_FILE:hpp_registered>
-    $<TARGET_FILE:mirolta-host> $<TARGET_FILE:mirolta> ${CMAKE_CURRENT_BINARY_DIR}/registered)
+  COMMAND sh ${CMAKE_CURRENT_SOURCE_DIR}/hpp_registered.sh ${registered_program}
+    ${host_program} $<TARGET_FILE:mirolta> ${CMAKE_CURRENT_BINARY_DIR}/registered)
 
 # The programs of docs/cpp.md.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -26,9 +28,10 @@ add_custom_command(OUTPUT ${page_source}
 add_executable(cpp_page ${page_source})
 add_test(NAME hpp_compilers
   COMMAND sh ${CMAKE_CURRENT_SOURCE_DIR}/hpp_compilers.sh ${page_source} ${PROJECT_SOURCE_DIR}/include)
+mirolta_program(page_program cpp_page)
 add_test(NAME cpp_page
   COMMAND ${Python3_EXECUTABLE} -B ${CMAKE_CURRENT_SOURCE_DIR}/cpp_page.py ${page} --run
-    $<TARGET_FILE:cpp_page>)
+    ${page_program})
 
 # As users may compile them, by the least edition of the language that the header is for.
 foreach(name hpp_no_exceptions hpp_registered cpp_page)

@@ -49,7 +49,8 @@ class GuardedMemory {
   template <typename T>
   T* Copy(const T* values, size_t count = 1) const {
     if (count != 0) std::memcpy(data_, values, count * sizeof(T));
-    return reinterpret_cast<T*>(data_);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(data_) % alignof(T), 0u);
+    return static_cast<T*>(static_cast<void*>(data_));
   }
 
  private:
