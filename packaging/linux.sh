@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the packages for Linux of the committed sources: the source archive, the .deb packages and an
-# archive of the installed tree.
+# Builds the packages for Linux of the committed sources, or of an unpacked source archive: the source
+# archive, the .deb packages and an archive of the installed tree.
 #
 #   linux.sh [OUTPUT [WORK]]
 #
@@ -16,23 +16,54 @@ absolute() {
 rm -rf "${2:-build/package-work}"
 output=$(absolute "${1:-build/package}")
 work=$(absolute "${2:-build/package-work}")
-git() {
-  command git -c safe.directory='*' -c tar.umask=0022 -C "$sources" "$@"
-}
-git rev-parse --verify -q HEAD >/dev/null || {
-  echo "linux.sh packs what is committed: it needs the git repository of the sources" >&2
+missing=
+for program in dpkg-buildpackage dh cmake ninja gzip $([ ! -e .git ] || echo git); do
+  command -v "$program" >/dev/null || missing="$missing $program"
+done
+[ -z "$missing" ] || {
+  echo "linux.sh: missing:$missing (scripts/packages-package.txt)" >&2
   exit 1
 }
-[ -z "$(git status --porcelain)" ] || echo "Changes that are not committed are left out."
+log=$work/build.log
+case $work in
+  *[!A-Za-z0-9_./+-]*)
+    # Debian's tools do not build in a folder whose name has blanks.
+    work=$(mktemp -d "${TMPDIR:-/tmp}/mirolta-package.XXXXXX")
+    trap 'rm -rf "$work"' EXIT
+    ;;
+esac
 
 umask 022
 export LC_ALL=C.UTF-8 TZ=UTC
-SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
-export SOURCE_DATE_EPOCH
 # The compiler cache must not rewrite names of files: messages contain them.
 export CCACHE_BASEDIR=
-version=$(git show HEAD:VERSION)
+if [ -e .git ]; then
+  git() {
+    command git -c safe.directory='*' -c tar.umask=0022 -C "$sources" "$@"
+  }
+  git rev-parse --verify -q HEAD >/dev/null || {
+    echo "linux.sh packs what is committed, and nothing is" >&2
+    exit 1
+  }
+  [ -z "$(git status --porcelain)" ] || echo "Changes that are not committed are left out."
+  SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
+  version=$(git show HEAD:VERSION)
+else
+  SOURCE_DATE_EPOCH=$(stat -c %Y VERSION)
+  read -r version <VERSION
+fi
+export SOURCE_DATE_EPOCH
 name=mirolta-$version
+
+# The archive of the sources, not compressed.
+archive_sources() {
+  if [ -e .git ]; then
+    git archive --format=tar --prefix="$name/" HEAD
+  else
+    tar --exclude=./build --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner \
+      --format=gnu --mode=u=rwX,go=rX --transform="s,^\.,$name," -c .
+  fi
+}
 
 # pack FOLDER: a reproducible archive of a folder of $work, on standard output.
 pack() {
@@ -41,7 +72,7 @@ pack() {
 }
 
 rm -f "$output"/mirolta[-_]"$version"*.tar.gz "$output"/*mirolta*_"$version"_*.deb
-git archive --format=tar --prefix="$name/" HEAD | gzip -n9 >"$output/$name.tar.gz"
+archive_sources | gzip -n9 >"$output/$name.tar.gz"
 
 # The tree of Debian's source package.
 tar -C "$work" -xzf "$output/$name.tar.gz"
@@ -57,7 +88,6 @@ CHANGELOG
 [ -d "$tree/python/mirolta" ] || export DEB_BUILD_PROFILES=nopython
 
 # Debug information would double the time.
-log=$work/build.log
 (
   cd "$tree"
   DEB_BUILD_OPTIONS="noautodbgsym parallel=${JOBS:-$(nproc)}" DEB_CXXFLAGS_STRIP=-g \

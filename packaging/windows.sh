@@ -31,9 +31,11 @@ fail() {
   exit 1
 }
 
+missing=
 for program in zip wixl msibuild faketime python3; do
-  command -v "$program" >/dev/null || fail "$program is missing (scripts/packages-package.txt)"
+  command -v "$program" >/dev/null || missing="$missing $program"
 done
+[ -z "$missing" ] || fail "missing:$missing (scripts/packages-package.txt)"
 for architecture in x64 x86; do
   for file in Mirolta.dll Mirolta.manifest $import_library; do
     [ -f "$build/windows-$architecture/$file" ] ||

@@ -19,6 +19,12 @@ _PIECE = 1 << 20
 _Digestmod = Union[str, Callable[[], Any]]
 
 
+def hmac_key(key: bytes) -> bytes:
+    """The key as the objects take it: HMAC fills a key with zeros, so that the empty key is one zero
+    byte too."""
+    return key or b"\0"
+
+
 class Hash:
     """A digest of bytes that are given in pieces; made by new(), md5(), sha1(), sha256(), hmac()."""
 
@@ -30,8 +36,7 @@ class Hash:
         self._object = Object("Vardeko.crypt.HashObject")
         self._object.InitHash(algorithm(name, HASHES))
         if key is not None:
-            # HMAC fills a key with zeros, so that the empty key is one zero byte too.
-            self._object.Key = key or b"\0"
+            self._object.Key = hmac_key(key)
         self._has_data = False
         self._digest: Optional[bytes] = None
         self._lock = threading.Lock()

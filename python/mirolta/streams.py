@@ -23,6 +23,7 @@ from ._names import CIPHERS, HASHES, algorithm
 from ._object import Object
 from ._structures import VT_UNKNOWN
 from ._values import AutomationValue
+from .hashes import hmac_key
 
 _LARGEST_CALL = 1 << 20  # what a filter's queue holds at once
 
@@ -172,11 +173,11 @@ class DigestStream(_Filter):
         if reading is not None:
             self.object.ReadAlgorithm = algorithm(reading, HASHES)
         if reading_key is not None:
-            self.object.ReadKey = reading_key or b"\0"  # HMAC fills a key with zeros
+            self.object.ReadKey = hmac_key(reading_key)
         if writing is not None:
             self.object.WriteAlgorithm = algorithm(writing, HASHES)
         if writing_key is not None:
-            self.object.WriteKey = writing_key or b"\0"
+            self.object.WriteKey = hmac_key(writing_key)
 
     def reading_digest(self) -> bytes:
         """The digest of what was read; later reads do not change it."""

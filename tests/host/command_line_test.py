@@ -176,17 +176,32 @@ class Check(CommandLineTest):
         self.assertRegex(run.stdout, r"(?m)^MD5 .*FAILED$")
 
 
+def ended(seconds):
+    return f"mirolta-host: -e was ended: it ran longer than {seconds} second{'s' * (seconds > 1)}\n"
+
+
 class TimeLimit(CommandLineTest):
-    def expect_end(self, code, *words, errors="mirolta-host: -e was ended: it ran longer than 1 "
-                                              "second\n"):
+    def expect_in_time(self, output, words_of, status, errors_of):
+        """Expects an output that is complete before the limit: on a busy machine a longer one."""
+        for seconds in (1, 5, 30):
+            run = self.run_host(*words_of(seconds))
+            if run.stdout == output(seconds):
+                break
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (status, output(seconds), errors_of(seconds)))
+
+    def expect_end(self, code, *words, errors=ended(1)):
         start = time.monotonic()
         run = self.run_host("//T:1", *words, "-e", code)
         self.assertEqual((run.returncode, run.stderr), (1, errors))
         self.assertGreater(time.monotonic() - start, 0.9)
-        return run.stdout
 
     def test_ends_a_loop(self):
-        self.assertEqual(self.expect_end('WScript.StdOut.Write("before"); for (;;) ;'), "before")
+        self.expect_end("for (;;) ;")
+
+    def test_keeps_the_output_before_it(self):
+        self.expect_in_time(lambda _: "before",
+                            lambda limit: (f"//T:{limit}", "-e", 'WScript.StdOut.Write("before"); for (;;) ;'),
+                            1, ended)
 
     def test_ends_sleep(self):
         self.expect_end("WScript.Sleep(60000)")
@@ -209,10 +224,10 @@ class TimeLimit(CommandLineTest):
         self.assertEqual(self.run_host("//T:0", "-e", "WScript.Sleep(1)").returncode, 0)
 
     def test_of_the_script_itself(self):
-        run = self.run_host("-e", 'WScript.Echo(WScript.Timeout); WScript.timeout = 1;'
-                                  'WScript.StdOut.Write("before " + WScript.Timeout); for (;;) ;')
-        self.assertEqual((run.returncode, run.stdout, run.stderr),
-                         (1, "0\nbefore 1", "mirolta-host: -e was ended: it ran longer than 1 second\n"))
+        self.expect_in_time(lambda limit: f"0\nbefore {limit}",
+                            lambda limit: ("-e", f"WScript.Echo(WScript.Timeout); WScript.timeout = {limit};"
+                                           'WScript.StdOut.Write("before " + WScript.Timeout); for (;;) ;'),
+                            1, ended)
 
     def test_of_the_script_itself_keeps_files(self):
         self.write("out", b"old")
@@ -222,9 +237,11 @@ class TimeLimit(CommandLineTest):
         self.assertEqual((self.read("out"), self.names()), (b"old", ["out"]))
 
     def test_can_be_removed(self):
-        run = self.run_host("//T:1", "-e", "WScript.Echo(WScript.Timeout); WScript.Timeout = 0;"
-                                           "WScript.Sleep(1500); WScript.Echo(WScript.Timeout)")
-        self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "1\n0\n", ""))
+        self.expect_in_time(lambda limit: f"{limit}\n0\n",
+                            lambda limit: (f"//T:{limit}", "-e", "WScript.Echo(WScript.Timeout);"
+                                           f"WScript.Timeout = 0; WScript.Sleep({limit}500);"
+                                           "WScript.Echo(WScript.Timeout)"),
+                            0, lambda _: "")
 
     def test_must_be_a_number_of_seconds(self):
         for value in ("-1", "40000", "'x'", "NaN", "{}"):
@@ -251,9 +268,8 @@ class CtrlC(CommandLineTest):
         self.wait_for(self.has_temporary, process)
         time.sleep(0.2)
         self.assertIsNone(process.poll())
-        start = time.monotonic()
+        # Waits for less than the code takes.
         output, _ = self.interrupt(process)
-        self.assertLess(time.monotonic() - start, 5)
         self.assertEqual(process.returncode, -signal.SIGINT)
         self.assertEqual((self.read("out"), self.names()), (b"old", ["out"]))
         return output
@@ -265,10 +281,10 @@ class CtrlC(CommandLineTest):
         self.expect_end("for (;;) try { WScript.Sleep(1) } catch (e) {}")
 
     def test_in_sleep(self):
-        self.expect_end("WScript.Sleep(60000)")
+        self.expect_end("WScript.Sleep(600000)")
 
     def test_in_a_key_generation(self):
-        self.expect_end('new ActiveXObject("Vardeko.crypt.RSA").CreateRandKeys(2048, true)')
+        self.expect_end('new ActiveXObject("Vardeko.crypt.RSA").CreateRandKeys(16384, true)')
 
     def test_in_a_big_power(self):
         self.expect_end('var a = new ActiveXObject("Vardeko.crypt.Number"), b = a.NewNumber(0);'

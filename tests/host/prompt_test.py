@@ -316,18 +316,17 @@ class AtATerminal(TerminalTest):
         self.type(line + "\n")
         self.wait_for_text("running")
         time.sleep(0.2)
-        start = time.monotonic()
         self.send("\x03")
+        # Waits for less than the command takes.
         self.wait_for_text(answer)
         self.wait_for_text("> ")
-        self.assertLess(time.monotonic() - start, 10)
         self.expect("6 * 7", "42")
 
     # What is typed is shown as well; the text that is waited for is not in it.
     RUNNING = "WScript.StdErr.Write('run' + 'ning');"
 
     def test_ctrl_c_interrupts_sleep(self):
-        self.interrupt(self.RUNNING + "WScript.Sleep(60000)")
+        self.interrupt(self.RUNNING + "WScript.Sleep(600000)")
 
     def test_ctrl_c_interrupts_a_loop_that_allocates(self):
         self.interrupt(self.RUNNING + "for (var i = 0;; i++) ({ a: [i] })")
@@ -347,20 +346,28 @@ class AtATerminal(TerminalTest):
         self.interrupt(self.RUNNING + "WScript.StdIn.ReadLine()")
 
     def test_ctrl_c_interrupts_a_script_before_the_prompt(self):
-        code = "WScript.StdErr.Write('running> '); WScript.Sleep(60000)"
+        code = "WScript.StdErr.Write('running> '); WScript.Sleep(600000)"
         self.open("-i", "-e", code)
-        start = time.monotonic()
         self.send("\x03")
         self.wait_for_text("> ")
-        self.assertLess(time.monotonic() - start, 10)
         self.expect("6 * 7", "42")
+
+    def wait_for_work(self):
+        """Waits until the command has computed for a while, which shows that it has come to its loop."""
+        def ticks():
+            return int(open_text(f"/proc/{self.process.pid}/stat").rsplit(")", 1)[1].split()[11])
+
+        enough, end = ticks() + 10, time.monotonic() + 60
+        while ticks() < enough:
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.01)
 
     def test_a_command_that_does_not_stop(self):
         self.write("out", b"old")
         self.open()
         self.type("var out = WScript.OpenFile('out', 'w');" + self.RUNNING + "for (;;) ;\n")
         self.wait_for_text("running")
-        time.sleep(0.2)
+        self.wait_for_work()
         self.send("\x03")
         self.wait_for_text("Ctrl-C again ends mirolta-host")
         self.assertIsNone(self.process.poll())

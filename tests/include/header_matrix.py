@@ -3,8 +3,9 @@
   header_matrix.py INCLUDE [ROWS]
 
 INCLUDE is the folder with mirolta.h; a copy of it is all that a compiler is given. Nothing is linked. ROWS is
-a regular expression of row names. Each row also has a fault, an edit of the copied headers that the row must reject, so a row that checks nothing
-fails. A row whose compiler or headers are missing is printed as skipped, by name. All warnings are errors.
+a regular expression of row names. Each row also has a fault, an edit of the copied headers that the row must
+reject, so a row that checks nothing fails. A row whose compiler or headers are missing is printed as skipped,
+by name. All warnings are errors.
 """
 import concurrent.futures
 import os

@@ -360,6 +360,7 @@ TEST(HppDigestFilterTest, EachDirectionHasItsOwnState) {
   EXPECT_EQ(reading.FinishHex(), mirolta::Sha256().Update("read").FinishHex());
   out << "lost" << std::flush;
   writing.Reset();
+  EXPECT_EQ(writing.Key(), Bytes("Jefe"));
   writing.ClearKey();
   writing.SetEnabled(false);
   out << "unseen" << std::flush;
@@ -521,6 +522,7 @@ TEST(HppCipherFilterTest, ResetDiscardsPendingData) {
   OutputStream out(filter.Stream());
   out << "pending" << std::flush;
   filter.Writing().Reset();
+  EXPECT_EQ(filter.Writing().Key(), Bytes(kKey));
   filter.Writing().Finish();
   EXPECT_EQ(target.str(), "");
 }

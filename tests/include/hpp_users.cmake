@@ -43,3 +43,5 @@ foreach(name hpp_no_exceptions hpp_registered cpp_page)
 endforeach()
 set_tests_properties(hpp_no_exceptions hpp_no_exceptions_failure hpp_compilers cpp_page PROPERTIES
   TIMEOUT 300 ENVIRONMENT "MIROLTA_REGISTRY=${CMAKE_CURRENT_BINARY_DIR}/none.reg")
+# Compiles the programs of the page four times.
+set_tests_properties(hpp_compilers PROPERTIES TIMEOUT 900)

@@ -157,8 +157,8 @@ TEST_F(RegistrationProcessesTest, OthersCreateObjectsDuringRegistration) {
     }
   });
   const RunTime time(1);
-  int created = 0;
-  for (; !time.IsOver(); ++created) {
+  constexpr int kEnough = 10;  // however long a busy machine takes for them
+  for (int created = 0; created <= kEnough || !time.IsOver(); ++created) {
     for (const OLECHAR* name :
          {OLESTR("Vardeko.crypt.HashObject"), OLESTR("Vardeko.crypt.RSA.1")}) {
       CLSID id = {};
@@ -171,7 +171,6 @@ TEST_F(RegistrationProcessesTest, OthersCreateObjectsDuringRegistration) {
     OwnedReference<ITypeLib> library;
     ASSERT_EQ(LoadRegTypeLib(LIBID_MIROLTALib, 1, 0, 0, library.Put()), S_OK);
   }
-  EXPECT_GT(created, 10);
   EXPECT_EQ(waitpid(child, nullptr, WNOHANG), 0) << "registering failed";
   kill(child, SIGKILL);
   StatusOf(child);

@@ -31,11 +31,11 @@ Result<Bytes> GetBytes(const Object<Interface>& object, Member member) {
 }
 
 template <typename Interface, typename Member>
-Result<std::int32_t> GetInteger(const Object<Interface>& object, Member member) {
+Result<std::size_t> GetSize(const Object<Interface>& object, Member member) {
   LONG value = 0;
   const Result<void> called = Call(object.Get(), member, &value);
   if (!called) return called.Failure();
-  return static_cast<std::int32_t>(value);
+  return static_cast<std::size_t>(value);
 }
 
 template <typename Interface, typename Member>

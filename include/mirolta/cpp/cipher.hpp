@@ -106,10 +106,7 @@ class Cipher {
   void SetPad(Pad pad) { TrySetPad(pad).Value(); }
 
   Result<std::size_t> TryBlockSize() const {
-    const Result<std::int32_t> size =
-        detail::GetInteger(object_, &ISymmetricCryptObject::get_BlockSize);
-    if (!size) return size.Failure();
-    return static_cast<std::size_t>(*size);
+    return detail::GetSize(object_, &ISymmetricCryptObject::get_BlockSize);
   }
   std::size_t BlockSize() const { return TryBlockSize().Value(); }
 

@@ -57,14 +57,14 @@ class Hash {
     const Result<void> chosen =
         detail::Call(hash.object_.Get(), &IHashObject::InitHash, name.Get());
     if (!chosen) return chosen.Failure();
-    const Result<std::int32_t> size = detail::GetInteger(hash.object_, &IHashObject::get_HashSize);
+    const Result<std::size_t> size = detail::GetSize(hash.object_, &IHashObject::get_HashSize);
     if (!size) return size.Failure();
-    if (kDigestSize != detail::kAnySize && static_cast<std::size_t>(*size) != kDigestSize) {
+    if (kDigestSize != detail::kAnySize && *size != kDigestSize) {
       return detail::OwnError(DISP_E_BADINDEX, "The digest has " + std::to_string(*size) +
                                                    " bytes, not " + std::to_string(kDigestSize) +
                                                    ".");
     }
-    hash.size_ = static_cast<std::size_t>(*size);
+    hash.size_ = *size;
     return hash;
   }
   static Result<Hash> TryCreate(std::string_view algorithm, ByteSpan key) {
@@ -158,9 +158,7 @@ class Hash {
 
   std::size_t DigestSize() const noexcept { return size_; }
   Result<std::size_t> TryBlockSize() const {
-    const Result<std::int32_t> size = detail::GetInteger(object_, &IHashObject::get_BlockSize);
-    if (!size) return size.Failure();
-    return static_cast<std::size_t>(*size);
+    return detail::GetSize(object_, &IHashObject::get_BlockSize);
   }
   std::size_t BlockSize() const { return TryBlockSize().Value(); }
 

@@ -130,9 +130,7 @@ class Rsa {
 
   // The largest count of bytes whose every value is below the modulus.
   Result<std::size_t> TryBlockSize() const {
-    const Result<std::int32_t> size = detail::GetInteger(object_, &IRSACrypt::get_BlockSize);
-    if (!size) return size.Failure();
-    return static_cast<std::size_t>(*size);
+    return detail::GetSize(object_, &IRSACrypt::get_BlockSize);
   }
   std::size_t BlockSize() const { return TryBlockSize().Value(); }
 
