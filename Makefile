@@ -9,8 +9,8 @@ FUZZ_SECONDS ?= 60
 MUTANTS ?= 300
 SEED ?= 1
 
-.PHONY: help run check test build windows windows-tests definitions docs package package-test bench \
-  bench-avx2 count fuzz coverage mutate flags lint lint-sources fresh clean
+.PHONY: help run check test build windows windows-tests definitions docs package package-arm package-test bench \
+  bench-avx2 count fuzz coverage mutate flags arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -25,6 +25,7 @@ make test                         lint; every test, plain, by Wine, under saniti
 make lint [PATHS="path..."]       the sources, by compilers and analysers                15 min   1 min
 make windows                      build/windows-x64, -x86: Mirolta.dll                    4 min  10 s
 make package                      build/package: .deb, .tar.gz, .zip, .msi, SHA256SUMS     8 min   5 min
+make package-arm                  .deb packages for armel, armhf, arm64                    6 min   6 min
 make package-test                 installs, upgrades, removes, builds them again          5 min   5 min
 make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
@@ -35,6 +36,8 @@ make coverage [FILES=1]           lines and branches of the module that the test
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
                                   the tests on small changes of the sources               hours
 make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor    50 min  20 min
+make arm-check                    engines and objects by an emulated ARMv5TE              20 min   3 min
+make arm                          all tests by emulated ARMv5TE, ARMv7, 64-bit ARM       hours   1 hour
 make fresh                        run and test on a new Debian 13 and a new Debian 12    80 min  80 min
 make clean                        removes build/
 endef
@@ -55,6 +58,9 @@ lists-fuzz = packages-fuzz.txt
 lists-coverage = packages-test.txt
 lists-mutate = packages-test.txt packages-mutate.txt packages-windows.txt
 lists-flags = packages-test.txt packages-flags.txt
+lists-package-arm = packages-package.txt packages-arm.txt
+lists-arm = packages-test.txt packages-arm.txt
+lists-arm-check = $(lists-arm)
 lists-lint = packages-bench.txt packages-lint.txt
 lists-fresh = packages-fresh.txt
 
@@ -101,6 +107,10 @@ package: setup-package windows
 	@packaging/windows.sh build/package
 	@packaging/python.sh build/package
 	@packaging/sums.sh build/package
+
+package-arm: setup-package-arm
+	@for architecture in armel armhf arm64; do JOBS=$(JOBS) packaging/linux.sh --cross $$architecture \
+	  build/package build/package-work-arm || exit 1; done
 
 # Of the packages that `make package` has built. Installing them needs root.
 package-test: setup-package-test build windows
@@ -161,6 +171,20 @@ mutate: setup-mutate
 # ROWS names rows of the table in scripts/flags.sh.
 flags: setup-flags build
 	@FLAGS_JOBS=$(JOBS) scripts/flags.sh $(ROWS)
+
+# The libraries of the other processors are unpacked into the build, the machine's own are not changed.
+build/arm/build.ninja build/armhf/build.ninja build/arm64/build.ninja: build/%/build.ninja: | arm-packages-%
+arm-packages-%: setup-arm
+	@scripts/arm-packages.sh $*
+
+# Unaligned access ends a program (tests/arm/alignment_plugin.c).
+arm-check: setup-arm-check build/arm/build.ninja
+	$(call build,arm,arm-check)
+	@ctest --preset arm-check -j$(JOBS) --progress
+
+# Natively, the examples print the same.
+arm: setup-arm build build-arm build-armhf build-arm64
+	@scripts/run-tests.sh arm arm-check armhf arm64
 
 # The ordinary build is the first compiler's part. Clean results are cached in build/lint by content.
 lint: setup-lint build-native lint-sources

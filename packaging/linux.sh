@@ -2,12 +2,19 @@
 # Builds the packages for Linux of the committed sources, or of an unpacked source archive: the source
 # archive, the .deb packages and an archive of the installed tree.
 #
-#   linux.sh [OUTPUT [WORK]]
+#   linux.sh [--cross ARCHITECTURE] [OUTPUT [WORK]]
+#
+# With --cross, only the .deb packages for that architecture of Debian's (armel, armhf, arm64).
 #
 # OUTPUT is build/package by default, WORK, which is emptied, build/package-work. The bytes depend on the
 # commit, the compiler and the libraries only, neither on the folders nor on the time.
 set -eu
 
+cross=
+if [ "${1:-}" = --cross ]; then
+  cross=$2
+  shift 2
+fi
 cd "$(dirname "$0")/.."
 sources=$(pwd)
 absolute() {
@@ -71,11 +78,13 @@ pack() {
     --format=gnu -c "$1" | gzip -n9
 }
 
-rm -f "$output"/mirolta[-_]"$version"*.tar.gz "$output"/*mirolta*_"$version"_*.deb
-archive_sources | gzip -n9 >"$output/$name.tar.gz"
+if [ -z "$cross" ]; then
+  rm -f "$output"/mirolta[-_]"$version"*.tar.gz "$output"/*mirolta*_"$version"_*.deb
+  archive_sources | gzip -n9 >"$output/$name.tar.gz"
+fi
 
 # The tree of Debian's source package.
-tar -C "$work" -xzf "$output/$name.tar.gz"
+archive_sources | tar -C "$work" -x
 tree=$work/$name
 cp -a "$tree/packaging/debian" "$tree/debian"
 cat >"$tree/debian/changelog" <<CHANGELOG
@@ -87,17 +96,50 @@ mirolta ($version) unstable; urgency=medium
 CHANGELOG
 [ -d "$tree/python/mirolta" ] || export DEB_BUILD_PROFILES=nopython
 
+# unpack_libraries: prints the options by which dpkg-shlibdeps finds the libraries of the other
+# processor, with what their packages say of their versions.
+unpack_libraries() {
+  for package in "$libraries"/cache/archives/*.deb; do
+    dpkg-deb --ctrl-tarfile "$package" | tar -t | grep -q -x -e ./shlibs || continue
+    folder=$work/libraries/$(basename "$package" .deb)
+    mkdir -p "$folder"
+    dpkg-deb -R "$package" "$folder"
+    printf ' -S%s' "$folder"
+  done
+}
+
+set -- --build=binary
+if [ -n "$cross" ]; then
+  case $cross in
+    armel) toolchain=arm-linux-gnueabi ;;
+    armhf) toolchain=arm-linux-gnueabihf ;;
+    arm64) toolchain=aarch64-linux-gnu ;;
+    *)
+      echo "linux.sh: no toolchain for $cross" >&2
+      exit 1
+      ;;
+  esac
+  libraries=$sources/build/packages/$cross
+  scripts/arm-packages.sh "$cross"
+  MIROLTA_CROSS_LIBRARIES=$(unpack_libraries)
+  MIROLTA_CROSS_CMAKE="-DCMAKE_TOOLCHAIN_FILE=cmake/$toolchain.cmake -DMIROLTA_TARGET_PACKAGES=$libraries"
+  export MIROLTA_CROSS_CMAKE MIROLTA_CROSS_LIBRARIES
+  # What the build needs is unpacked, not installed.
+  set -- --build=any --host-arch="$cross" --no-check-builddeps
+fi
+
 # Debug information would double the time.
 (
   cd "$tree"
   DEB_BUILD_OPTIONS="noautodbgsym parallel=${JOBS:-$(nproc)}" DEB_CXXFLAGS_STRIP=-g \
-    dpkg-buildpackage --build=binary --unsigned-changes --no-pre-clean
+    dpkg-buildpackage "$@" --unsigned-changes --no-pre-clean
 ) >"$log" 2>&1 || {
   tail -50 "$log" >&2
   echo "linux.sh: dpkg-buildpackage failed, see $log" >&2
   exit 1
 }
 mv "$work"/*.deb "$output"
+[ -z "$cross" ] || exit 0
 
 # The installed tree may be unpacked anywhere: its programs and libraries find each other by relative paths.
 build=$(echo "$tree"/obj-*)

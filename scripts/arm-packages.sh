@@ -1,5 +1,6 @@
 #!/bin/sh
-# arm-packages.sh PRESET...: unpacks what each ARM build links into its folder below build/packages.
+# arm-packages.sh PRESET...: unpacks what each ARM build links into its folder below build/packages. A
+# preset may also be called by Debian's name of its architecture.
 set -eu
 cd "$(dirname "$0")/.."
 for preset; do

@@ -19,7 +19,8 @@ def main():
     wrong = []
     for kind, alignment in KINDS.items():
         for offset in (0, 1, 2, 4, 8):
-            run = subprocess.run([*COMMAND, kind, str(offset)], env=ENVIRONMENT, text=True, capture_output=True)
+            run = subprocess.run([*COMMAND, kind, str(offset)], env=ENVIRONMENT, text=True,
+                                 capture_output=True)
             aligned = offset % alignment == 0
             fine = (run.returncode == 0 and run.stdout == "accessed\n" if aligned
                     else run.returncode in ENDED and run.stdout == "")

@@ -9,7 +9,8 @@ import subprocess
 import sys
 
 FOLDER = pathlib.Path(__file__).parent
-EXPECTED = set(re.findall(r"^u?int64_t (InLoop\w+)\(.*\{$", (FOLDER / "loop_division_cases.cpp").read_text(), re.M))
+CASES = (FOLDER / "loop_division_cases.cpp").read_text("utf-8")
+EXPECTED = set(re.findall(r"^u?int64_t (InLoop\w+)\(.*\{$", CASES, re.M))
 
 
 def main():
@@ -17,7 +18,8 @@ def main():
                          capture_output=True)
     found = set(re.findall(r": (\w+)\(.*\): \S+ in a loop$", run.stdout, re.M))
     if run.returncode != 1 or found != EXPECTED or len(EXPECTED) < 4:
-        sys.exit(f"status {run.returncode}, found {sorted(found)} instead of {sorted(EXPECTED)}\n{run.stdout}")
+        sys.exit(f"status {run.returncode}, found {sorted(found)} instead of {sorted(EXPECTED)}\n"
+                 f"{run.stdout}")
     print(run.stdout.splitlines()[-1])
 
 

@@ -15,15 +15,34 @@ struct Kind {
 };
 
 const Kind kKinds[] = {
-    {"byte", [](unsigned char* p) { __asm__ volatile("ldrb r3, [%0]" : : "r"(p) : "r3", "memory"); }},
-    {"read16", [](unsigned char* p) { __asm__ volatile("ldrh r3, [%0]" : : "r"(p) : "r3", "memory"); }},
-    {"write16", [](unsigned char* p) { __asm__ volatile("strh r3, [%0]" : : "r"(p) : "memory"); }},
-    {"read32", [](unsigned char* p) { __asm__ volatile("ldr r3, [%0]" : : "r"(p) : "r3", "memory"); }},
-    {"write32", [](unsigned char* p) { __asm__ volatile("str r3, [%0]" : : "r"(p) : "memory"); }},
+    {"byte",
+     [](unsigned char* p) {
+       __asm__ volatile("ldrb r3, [%0]" : : "r"(p) : "r3", "memory");
+     }},
+    {"read16",
+     [](unsigned char* p) {
+       __asm__ volatile("ldrh r3, [%0]" : : "r"(p) : "r3", "memory");
+     }},
+    {"write16", [](unsigned char* p) { __asm__ volatile("strh r3, [%0]"
+                                                        :
+                                                        : "r"(p)
+                                                        : "memory"); }},
+    {"read32",
+     [](unsigned char* p) {
+       __asm__ volatile("ldr r3, [%0]" : : "r"(p) : "r3", "memory");
+     }},
+    {"write32", [](unsigned char* p) { __asm__ volatile("str r3, [%0]"
+                                                        :
+                                                        : "r"(p)
+                                                        : "memory"); }},
     {"multiple",
-     [](unsigned char* p) { __asm__ volatile("ldm %0, {r2, r3}" : : "r"(p) : "r2", "r3", "memory"); }},
+     [](unsigned char* p) {
+       __asm__ volatile("ldm %0, {r2, r3}" : : "r"(p) : "r2", "r3", "memory");
+     }},
     {"pair",
-     [](unsigned char* p) { __asm__ volatile("ldrd r2, r3, [%0]" : : "r"(p) : "r2", "r3", "memory"); }},
+     [](unsigned char* p) {
+       __asm__ volatile("ldrd r2, r3, [%0]" : : "r"(p) : "r2", "r3", "memory");
+     }},
 };
 
 }  // namespace

@@ -75,6 +75,7 @@ class GuardedMemory {
         mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, /*fd=*/-1, /*offset=*/0);
     if (map == MAP_FAILED) return;
     map_ = static_cast<uint8_t*>(map);
+    if (room == 0) return;
     EXPECT_EQ(mprotect(map_ + page, room, PROT_READ | PROT_WRITE), 0);
   }
   size_t mapped_ = 0;
