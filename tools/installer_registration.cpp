@@ -47,10 +47,9 @@ class Rows final : public RegistryAction {
  public:
   explicit Rows(FILE* out) : out_(out) {}
 
-  // `name` is null for the key's default value. HKEY_CLASSES_ROOT would be the view of one
-  // architecture for both modules where the installer opens it once for all components.
+  // `name` is null for the key's default value.
   void WriteValue(const Text& key, const OLECHAR* name, const Text& text) {
-    fputs("  <RegistryValue Root=\"HKLM\" Key=\"Software\\Classes\\", out_);
+    fputs("  <RegistryValue Root=\"HKCR\" Key=\"", out_);
     WriteKeyName(out_, key);
     if (name != nullptr) {
       fputs("\" Name=\"", out_);
