@@ -64,6 +64,9 @@ use_wine64() {
   if [ ! -f "$work/wine64.new" ]; then
     rm -rf "$prefix"
     run wineboot -i >/dev/null
+    # Windows always has classes for 32-bit programs. 64-bit Wine alone has none, and Wine 10 writes them
+    # among the others once an installer has removed the last one.
+    run reg add 'HKLM\Software\Classes\CLSID\{7A0C1D52-93B5-4E0E-8F61-5E1B0D6C2F10}' /d 'Test Class' /f /reg:32 >/dev/null
     settle
     touch "$work/wine64.new"
   fi
