@@ -53,13 +53,14 @@ if [ -e .git ]; then
     exit 1
   }
   [ -z "$(git status --porcelain)" ] || echo "Changes that are not committed are left out."
-  SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
   version=$(git show HEAD:VERSION)
 else
-  SOURCE_DATE_EPOCH=$(stat -c %Y VERSION)
   read -r version <VERSION
 fi
-export SOURCE_DATE_EPOCH
+# That of the sources, whatever the caller's is.
+unset SOURCE_DATE_EPOCH
+root=$sources
+. "$root/packaging/source_date.sh"
 name=mirolta-$version
 
 # The archive of the sources, not compressed.
