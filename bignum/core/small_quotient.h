@@ -6,7 +6,7 @@
 namespace mirolta {
 
 // QuotientByShifts returns x / y and leaves x mod y in x, y != 0.
-// Time: a few operations a bit of the quotient.
+// Time:   a few operations a bit of the quotient.
 template <typename T>
 T QuotientByShifts(T* x, T y) {
   if (*x < y) return 0;
