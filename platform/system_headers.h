@@ -3,7 +3,11 @@
 #pragma once
 
 #ifdef _WIN32
-  #include "windows/windows_headers.h"
+  #ifdef MIROLTA_HANDHELD
+    #include "handheld/handheld_headers.h"
+  #else
+    #include "windows/windows_headers.h"
+  #endif
   // An entry point of a module; the definition file exports it.
   #define MIROLTA_ENTRY extern "C"
 #else

@@ -15,7 +15,23 @@
 #else
   #define MIROLTA_KERNELS_FOR_X86_32 0
 #endif
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__arm__)
+// ARM has what every 32-bit ARM processor from ARMv5TE on runs, in ARM state or Thumb-2; a build's
+// flags may allow more (MIROLTA_HAS_UMAAL).
+#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__arm__) && \
+    (!defined(__thumb__) || defined(__thumb2__))
+  #define MIROLTA_KERNELS_FOR_ARM 1
+#else
+  #define MIROLTA_KERNELS_FOR_ARM 0
+#endif
+#if MIROLTA_KERNELS_FOR_ARM && defined(__ARM_FEATURE_DSP) && __ARM_ARCH >= 6
+  #define MIROLTA_HAS_UMAAL 1
+#else
+  #define MIROLTA_HAS_UMAAL 0
+#endif
+// ARMV7 has what of later 32-bit processors is chosen at run time. It is for Linux, which lists what a
+// processor has and saves the vector registers, and for builds that use the registers of floating point:
+// with others no such processor is to be expected.
+#if MIROLTA_KERNELS_FOR_ARM && defined(__linux__) && defined(__ARM_FP)
   #define MIROLTA_KERNELS_FOR_ARMV7 1
 #else
   #define MIROLTA_KERNELS_FOR_ARMV7 0

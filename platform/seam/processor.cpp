@@ -5,6 +5,10 @@
 
 #if MIROLTA_KERNELS_FOR(X86_64) || MIROLTA_KERNELS_FOR(X86_32)
   #include <cpuid.h>
+#elif (MIROLTA_KERNELS_FOR(AARCH64) || MIROLTA_KERNELS_FOR(ARMV7)) && defined(__linux__)
+  #include <sys/auxv.h>
+#elif MIROLTA_KERNELS_FOR(AARCH64) && defined(_WIN32)
+  #include "system_headers.h"
 #endif
 
 namespace mirolta {
@@ -24,13 +28,13 @@ bool All(uint32_t reg, uint32_t bits) {
   return (reg & bits) == bits;
 }
 
-// A build may ignore features, to show what a lesser processor would run.
-#if defined(MIROLTA_UP_TO_AVX2)
+  // A build may ignore features, to show what a lesser processor would run.
+  #if defined(MIROLTA_UP_TO_AVX2)
 constexpr uint32_t kUsed =
     kFeatureSsse3 | kFeatureAesNi | kFeatureSha | kFeatureBmi2Adx | kFeatureAvx2;
-#else
+  #else
 constexpr uint32_t kUsed = ~uint32_t{0};
-#endif
+  #endif
 
 uint32_t Detect() {
   uint32_t a = 0, b = 0, d = 0;
@@ -72,6 +76,56 @@ uint32_t FeaturesIn(const ProcessorReport& report) noexcept {
 
 uint32_t ProcessorFeatures() noexcept {
   static const uint32_t features = Detect();
+  return features;
+}
+
+#elif MIROLTA_KERNELS_FOR(AARCH64) || MIROLTA_KERNELS_FOR(ARMV7)
+
+namespace {
+
+// A capability, as Linux numbers those of the architecture, and the feature that follows.
+struct CapabilityRow {
+  uint64_t capability;
+  ProcessorFeature feature;
+};
+
+  #if MIROLTA_KERNELS_FOR(AARCH64)
+constexpr uint64_t kCapabilityAes = 1u << 3;
+constexpr uint64_t kCapabilitySha1 = 1u << 5;
+constexpr uint64_t kCapabilitySha2 = 1u << 6;
+constexpr CapabilityRow kCapabilityRows[] = {
+    {kCapabilityAes, kFeatureArmAes},
+    {kCapabilitySha1, kFeatureArmSha1},
+    {kCapabilitySha2, kFeatureArmSha2},
+};
+  #else
+constexpr CapabilityRow kCapabilityRows[] = {{1u << 12, kFeatureNeon}};
+  #endif
+
+uint64_t Capabilities() {
+  #if defined(__linux__)
+  return getauxval(AT_HWCAP);
+  #elif defined(_WIN32)
+  // Windows has one answer for all of them.
+  if (IsProcessorFeaturePresent(PF_ARM_V8_CRYPTO_INSTRUCTIONS_AVAILABLE) == FALSE) return 0;
+  return kCapabilityAes | kCapabilitySha1 | kCapabilitySha2;
+  #else
+  return 0;
+  #endif
+}
+
+}  // namespace
+
+uint32_t FeaturesIn(const ProcessorReport& report) noexcept {
+  uint32_t found = 0;
+  for (const CapabilityRow& row : kCapabilityRows) {
+    if ((report.capabilities & row.capability) != 0) found |= row.feature;
+  }
+  return found;
+}
+
+uint32_t ProcessorFeatures() noexcept {
+  static const uint32_t features = FeaturesIn({Capabilities()});
   return features;
 }
 

@@ -18,6 +18,10 @@ enum ProcessorFeature : uint32_t {
   kFeatureVaes = 1u << 6,    // on 256-bit and, with kFeatureAvx512, on 512-bit registers
   kFeatureAvx512Ifma = 1u << 7,
   kFeatureGfni = 1u << 8,
+  kFeatureArmAes = 1u << 9,  // of ARMv8, as the ones below
+  kFeatureArmSha1 = 1u << 10,
+  kFeatureArmSha2 = 1u << 11,  // SHA-256
+  kFeatureNeon = 1u << 12,     // of ARMv7
 };
 
 // ProcessorFeatures returns the set of this machine, detected once; 0 in a portable-only build.

@@ -1,31 +1,20 @@
 #include "platform.h"
-#include "seam/entropy_generator.h"
+#include "seam/system_source.h"
 
 namespace mirolta {
 
 namespace {
 
-thread_local EntropyGenerator generator;
-
-bool SeedFromSystem(uint32_t seed) {
-  return generator.Seed(seed);
-}
-
-uint32_t NextFromSystem() {
-  return generator.Next();
-}
-
-constexpr RandomSource kSystemSource = {SeedFromSystem, NextFromSystem};
-const RandomSource* current_source = &kSystemSource;
+const RandomSource* replacement = nullptr;
 
 }  // namespace
 
 const RandomSource& CurrentRandomSource() noexcept {
-  return *current_source;
+  return replacement != nullptr ? *replacement : kSystemSource;
 }
 
 void SetRandomSource(const RandomSource* source) noexcept {
-  current_source = source != nullptr ? source : &kSystemSource;
+  replacement = source;
 }
 
 uint32_t ClockSeed() noexcept {

@@ -1,9 +1,13 @@
 #include "seam/wiped_work.h"
 
+#include "seam/architecture.h"
 #include "seam/memory.h"
+#include "seam/small_stack.h"
 
 #if defined(__x86_64__) || defined(__i386__)
   #include <cpuid.h>
+#elif MIROLTA_KERNELS_FOR(ARMV7)
+  #include <sys/auxv.h>
 #endif
 
 namespace mirolta {
@@ -13,10 +17,11 @@ namespace {
 // A frame of its own, without a stack canary.
 #define MIROLTA_OWN_FRAME __attribute__((noinline, no_stack_protector))
 
-// Sizes of the parts of the stack, for optimised builds.
-constexpr size_t kShortBytes = 2048;
-constexpr size_t kMediumBytes = 6144;
-constexpr size_t kDeepBytes = 24576;
+// Sizes of the parts of the stack, for optimised builds. Those of a small stack are compared with the
+// computed use of every call (scripts/budget/stack_rules.txt).
+constexpr size_t kShortBytes = kSmallStack ? 1280 : 2048;
+constexpr size_t kMediumBytes = kSmallStack ? 3072 : 6144;
+constexpr size_t kDeepBytes = kSmallStack ? 3072 : 24576;
 
 // What a frame holds beside its array (return address, saved registers, alignment) is not
 // overwritten.
@@ -64,16 +69,16 @@ __attribute__((always_inline)) inline void ClearRegisters() noexcept {
         ".irp n,0,1,2,3,4,5,6,7\n\t"
         "kxorw %%k\\n, %%k\\n, %%k\\n\n\t"
         ".endr\n\t"
-#if defined(__x86_64__)
+  #if defined(__x86_64__)
         ".irp n,16,17,18,19,20,21,22,23,24,25,26,27,28,29,30,31\n\t"
         "vpxord %%zmm\\n, %%zmm\\n, %%zmm\\n\n\t"
         ".endr"
-#endif
+  #endif
         :);
   }
   // First the upper halves: SSE instructions are slow while they are in use.
   if (widest >= VectorRegisters::kAvx) __asm__ __volatile__("vzeroupper");
-#if defined(_WIN64)
+  #if defined(_WIN64)
   __asm__ __volatile__(
       ".irp n,0,1,2,3,4,5\n\t"
       "xorps %%xmm\\n, %%xmm\\n\n\t"
@@ -84,7 +89,7 @@ __attribute__((always_inline)) inline void ClearRegisters() noexcept {
       :
       : "rax", "rcx", "rdx", "r8", "r9", "r10", "r11", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4",
         "xmm5", "cc");
-#elif defined(__x86_64__)
+  #elif defined(__x86_64__)
   __asm__ __volatile__(
       ".irp n,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15\n\t"
       "xorps %%xmm\\n, %%xmm\\n\n\t"
@@ -97,7 +102,7 @@ __attribute__((always_inline)) inline void ClearRegisters() noexcept {
       : "rax", "rcx", "rdx", "rsi", "rdi", "r8", "r9", "r10", "r11", "xmm0", "xmm1", "xmm2", "xmm3",
         "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11", "xmm12", "xmm13", "xmm14",
         "xmm15", "cc");
-#else
+  #else
   if (widest >= VectorRegisters::kSse) {
     __asm__ __volatile__(
         ".irp n,0,1,2,3,4,5,6,7\n\t"
@@ -109,7 +114,53 @@ __attribute__((always_inline)) inline void ClearRegisters() noexcept {
                        :
                        :
                        : "eax", "ecx", "edx", "cc");
-#endif
+  #endif
+}
+
+#elif defined(__aarch64__)
+
+// Clears the vector and general registers that a call need not preserve. Of v8 to v15 it preserves
+// the lower halves. x18 is the system's on Windows.
+__attribute__((always_inline)) inline void ClearRegisters() noexcept {
+  __asm__ __volatile__(
+      ".irp n,0,1,2,3,4,5,6,7,16,17,18,19,20,21,22,23,24,25,26,27,28,29,30,31\n\t"
+      "movi v\\n\\().16b, #0\n\t"
+      ".endr\n\t"
+      ".irp n,8,9,10,11,12,13,14,15\n\t"
+      "mov v\\n\\().d[1], xzr\n\t"
+      ".endr\n\t"
+      ".irp n,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17\n\t"
+      "mov x\\n, xzr\n\t"
+      ".endr"
+      :
+      :
+      : "x0", "x1", "x2", "x3", "x4", "x5", "x6", "x7", "x8", "x9", "x10", "x11", "x12", "x13",
+        "x14", "x15", "x16", "x17", "v0", "v1", "v2", "v3", "v4", "v5", "v6", "v7", "v16", "v17",
+        "v18", "v19", "v20", "v21", "v22", "v23", "v24", "v25", "v26", "v27", "v28", "v29", "v30",
+        "v31", "cc");
+}
+
+#elif MIROLTA_KERNELS_FOR(ARMV7)
+
+// Clears the general and vector registers that a call need not preserve. With NEON memcpy uses these too.
+__attribute__((always_inline)) inline void ClearRegisters() noexcept {
+  constexpr unsigned long kCapabilityNeon = 1u << 12;  // of Linux
+  static const bool has_neon = (getauxval(AT_HWCAP) & kCapabilityNeon) != 0;
+  if (has_neon) {
+    // No repetition: the compiler counts instructions, for its branches. It need not know d16 to d31.
+    __asm__ __volatile__(
+        ".fpu neon\n\t"
+        "vmov.i32 q0, #0; vmov.i32 q1, #0; vmov.i32 q2, #0; vmov.i32 q3, #0\n\t"
+        "vmov.i32 q8, #0; vmov.i32 q9, #0; vmov.i32 q10, #0; vmov.i32 q11, #0\n\t"
+        "vmov.i32 q12, #0; vmov.i32 q13, #0; vmov.i32 q14, #0; vmov.i32 q15, #0"
+        :
+        :
+        : "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7");
+  }
+  __asm__ __volatile__("mov r0, #0; mov r1, #0; mov r2, #0; mov r3, #0; mov r12, #0"
+                       :
+                       :
+                       : "r0", "r1", "r2", "r3", "r12");
 }
 
 #else
@@ -124,12 +175,16 @@ inline void ClearRegisters() noexcept {}
 MIROLTA_OWN_FRAME HRESULT RunWiped(HRESULT (*function)(void* context), void* context,
                                    const StackUse* use) noexcept {
   const HRESULT status = RunDeeper(function, context);
-  if (*use == StackUse::kShort) {
-    Overwrite<kShortBytes>();
-  } else if (*use == StackUse::kMedium) {
-    Overwrite<kMediumBytes>();
-  } else {
-    Overwrite<kDeepBytes>();
+  switch (*use) {
+    case StackUse::kShort:
+      Overwrite<kShortBytes>();
+      break;
+    case StackUse::kMedium:
+      Overwrite<kMediumBytes>();
+      break;
+    case StackUse::kDeep:
+      Overwrite<kDeepBytes>();
+      break;
   }
   ClearRegisters();
   return status;

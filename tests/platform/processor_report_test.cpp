@@ -105,4 +105,41 @@ TEST(ProcessorReportTest, BitsThatNothingAsksForDoNotMatter) {
 }  // namespace
 }  // namespace mirolta
 
+#elif MIROLTA_KERNELS_FOR(AARCH64) && defined(__linux__) || MIROLTA_KERNELS_FOR(ARMV7)
+
+  #include <sys/auxv.h>
+
+namespace mirolta {
+namespace {
+
+TEST(ProcessorReportTest, EachFeatureOfArmFollowsFromItsCapability) {
+  const struct {
+    const char* name;
+    uint64_t capability;
+    uint32_t features;
+  } rows[] = {
+  #if defined(__aarch64__)
+    {"AES", HWCAP_AES, kFeatureArmAes},
+    {"SHA1", HWCAP_SHA1, kFeatureArmSha1},
+    {"SHA2", HWCAP_SHA2, kFeatureArmSha2},
+  #else
+    {"NEON", HWCAP_ARM_NEON, kFeatureNeon},
+  #endif
+  };
+  uint64_t others = ~uint64_t{0};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(FeaturesIn({row.capability}), row.features);
+    others &= ~row.capability;
+  }
+  EXPECT_EQ(FeaturesIn({others}), 0u);
+}
+
+TEST(ProcessorReportTest, TheFeaturesOfThisMachineAreThoseThatItsSystemLists) {
+  EXPECT_EQ(ProcessorFeatures(), FeaturesIn({getauxval(AT_HWCAP)}));
+}
+
+}  // namespace
+}  // namespace mirolta
+
 #endif

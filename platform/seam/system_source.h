@@ -1,0 +1,10 @@
+// The generator that draws on the system's entropy.
+#pragma once
+
+#include "seam/random.h"
+
+namespace mirolta {
+
+extern const RandomSource kSystemSource;
+
+}  // namespace mirolta
