@@ -20,10 +20,13 @@ void FinishInMemory(uint32_t* state, uint8_t* block, uint32_t waiting, uint64_t 
     std::memset(block, 0, kHashLengthOffset);
   }
   const auto store = [&](uint8_t* bytes, uint32_t word) {
-    if (method.is_big_endian) {
-      StoreBigEndian32(bytes, word);
+    if (method.is_big_endian == (std::endian::native != std::endian::big)) {
+      word = __builtin_bswap32(word);
+    }
+    if (IsWordAligned(bytes)) {
+      std::memcpy(__builtin_assume_aligned(bytes, sizeof word), &word, sizeof word);
     } else {
-      StoreLittleEndian32(bytes, word);
+      std::memcpy(bytes, &word, sizeof word);
     }
   };
   const uint32_t bits_low = static_cast<uint32_t>(bit_count);

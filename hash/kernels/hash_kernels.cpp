@@ -16,12 +16,24 @@ constexpr Kernel<CompressBlocks> kSha1Rows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"sha1-shani", kNeedsShaNi, Sha1ShaNi},
 #endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"sha1-armv8", kFeatureArmSha1, Sha1Armv8},
+#endif
+#if MIROLTA_KERNELS_FOR(ARMV7)
+    {"sha1-neon", kFeatureNeon, Sha1Neon},
+#endif
     {"sha1-portable", 0, Sha1Portable},
 };
 
 constexpr Kernel<CompressBlocks> kSha256Rows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"sha256-shani", kNeedsShaNi, Sha256ShaNi},
+#endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"sha256-armv8", kFeatureArmSha2, Sha256Armv8},
+#endif
+#if MIROLTA_KERNELS_FOR(ARMV7)
+    {"sha256-neon", kFeatureNeon, Sha256Neon},
 #endif
     {"sha256-portable", 0, Sha256Portable},
 };
@@ -34,12 +46,24 @@ constexpr Kernel<FinishDigest> kSha1FinishRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"sha1-finish-shani", kNeedsShaNi, Sha1ShaNiFinish},
 #endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"sha1-finish-armv8", kFeatureArmSha1, Sha1Armv8Finish},
+#endif
+#if MIROLTA_KERNELS_FOR(ARMV7)
+    {"sha1-finish-neon", kFeatureNeon, FinishInMemory<Sha1Neon, 5, true>},
+#endif
     {"sha1-finish-portable", 0, FinishInMemory<Sha1Portable, 5, true>},
 };
 
 constexpr Kernel<FinishDigest> kSha256FinishRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"sha256-finish-shani", kNeedsShaNi, Sha256ShaNiFinish},
+#endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"sha256-finish-armv8", kFeatureArmSha2, Sha256Armv8Finish},
+#endif
+#if MIROLTA_KERNELS_FOR(ARMV7)
+    {"sha256-finish-neon", kFeatureNeon, FinishInMemory<Sha256Neon, 8, true>},
 #endif
     {"sha256-finish-portable", 0, FinishInMemory<Sha256Portable, 8, true>},
 };

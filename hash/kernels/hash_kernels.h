@@ -67,4 +67,14 @@ FinishKernel Sha1ShaNiFinish;
 FinishKernel Sha256ShaNiFinish;
 FinishKeyedKernel Sha256ShaNiFinishKeyed;
 
+// AArch64
+CompressKernel Sha1Armv8;
+CompressKernel Sha256Armv8;
+FinishKernel Sha1Armv8Finish;
+FinishKernel Sha256Armv8Finish;
+
+// ARMv7
+CompressKernel Sha1Neon;
+CompressKernel Sha256Neon;
+
 }  // namespace mirolta

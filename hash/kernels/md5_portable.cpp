@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "hash_kernels.h"
+#include "message_blocks.h"
 #include "unrolled_step.h"
 
 namespace mirolta {
@@ -31,9 +32,18 @@ constexpr int WordOf(int step) {
   return (kFactors[step / 16] * step + kOffsets[step / 16]) % 16;
 }
 
+// ARM complements an operand of AND for nothing, but not of OR. There the last round subtracts the
+// complement of what it mixes, which is one more than the negative.
+#if defined(__arm__)
+constexpr bool kHasAndNot = true;
+#else
+constexpr bool kHasAndNot = false;
+#endif
+
 template <int kRound>
 MIROLTA_STEP uint32_t Mix(uint32_t b, uint32_t c, uint32_t d) {
   if constexpr (kRound == 0) return ((c ^ d) & b) ^ d;
+  if constexpr (kRound == 3 && kHasAndNot) return 0 - ((d & ~b) ^ c);
   if constexpr (kRound == 3) return (~d | b) ^ c;
   // The operands share no bit, so the sum is their or; only one of them depends on b, the newest
   // word.
@@ -43,12 +53,14 @@ MIROLTA_STEP uint32_t Mix(uint32_t b, uint32_t c, uint32_t d) {
 // s holds a, b, c, d; their roles rotate with every step. In the third round, which mixes b ^ c ^
 // d, c_xor_d carries over: this step's b ^ c is the next one's c ^ d.
 template <int kStep>
-MIROLTA_STEP void Step(uint32_t (&s)[4], uint32_t& c_xor_d, const uint8_t* block) {
+MIROLTA_STEP void Step(uint32_t (&s)[4], uint32_t& c_xor_d, BlockWords block) {
   uint32_t& a = s[(64 - kStep) % 4];
   const uint32_t b = s[(65 - kStep) % 4];
   const uint32_t c = s[(66 - kStep) % 4];
   const uint32_t d = s[(67 - kStep) % 4];
-  a += LoadLittleEndian32(block + 4 * WordOf(kStep)) + kSines[kStep];
+  if constexpr (kStep % 16 == 0) BlockWords::Reload();
+  constexpr uint32_t kOneMore = kStep / 16 == 3 && kHasAndNot ? 1 : 0;
+  a += block.LittleEndian(WordOf(kStep)) + (kSines[kStep] - kOneMore);
   if constexpr (kStep == 32) c_xor_d = c ^ d;
   if constexpr (kStep / 16 == 2) {
     const uint32_t mixed = c_xor_d ^ b;
@@ -61,8 +73,7 @@ MIROLTA_STEP void Step(uint32_t (&s)[4], uint32_t& c_xor_d, const uint8_t* block
 }
 
 template <int... kSteps>
-MIROLTA_STEP void Steps(uint32_t (&s)[4], const uint8_t* block,
-                        std::integer_sequence<int, kSteps...>) {
+MIROLTA_STEP void Steps(uint32_t (&s)[4], BlockWords block, std::integer_sequence<int, kSteps...>) {
   uint32_t c_xor_d = 0;
   (Step<kSteps>(s, c_xor_d, block), ...);
 }
@@ -71,12 +82,13 @@ MIROLTA_STEP void Steps(uint32_t (&s)[4], const uint8_t* block,
 
 void Md5Portable(uint32_t* state, const uint8_t* blocks, size_t block_count) {
   uint32_t s[4] = {state[0], state[1], state[2], state[3]};
-  for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
-    const uint32_t before[4] = {s[0], s[1], s[2], s[3]};
-    Steps(s, blocks, std::make_integer_sequence<int, 64>());
-    for (int i = 0; i < 4; ++i) s[i] += before[i];
-  }
-  for (int i = 0; i < 4; ++i) state[i] = s[i];
+  ForEachBlock(blocks, block_count, [&](BlockWords block) MIROLTA_STEP_LAMBDA {
+    Steps(s, block, std::make_integer_sequence<int, 64>());
+    for (int i = 0; i < 4; ++i) {
+      s[i] += state[i];
+      state[i] = s[i];
+    }
+  });
 }
 
 }  // namespace mirolta

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "hash_kernels.h"
+#include "message_blocks.h"
 #include "sha256_constants.h"
 #include "unrolled_step.h"
 
@@ -26,10 +27,10 @@ MIROLTA_STEP uint32_t SmallSigma1(uint32_t x) {  // by 17 and 19
 
 // The message schedule's word of a round; w holds the last sixteen.
 template <int kRound>
-MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
+MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], BlockWords block) {
   uint32_t& word = w[kRound % 16];
   if constexpr (kRound < 16) {
-    word = LoadBigEndian32(block + 4 * kRound);
+    word = block.BigEndian(kRound);
   } else {
     word += SmallSigma0(w[(kRound + 1) % 16]) + w[(kRound + 9) % 16] +
             SmallSigma1(w[(kRound + 14) % 16]);
@@ -40,8 +41,7 @@ MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], const uint8_t* block) {
 // s holds a to h; their roles rotate with every round. b_xor_c carries over: this round's a ^ b is
 // the next one's b ^ c.
 template <int kRound>
-MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16],
-                        const uint8_t* block) {
+MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16], BlockWords block) {
   const uint32_t a = s[(64 - kRound) % 8];
   const uint32_t b = s[(65 - kRound) % 8];
   uint32_t& d = s[(67 - kRound) % 8];
@@ -58,7 +58,7 @@ MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16],
 }
 
 template <int... kRounds>
-MIROLTA_STEP void Rounds(uint32_t (&s)[8], const uint8_t* block,
+MIROLTA_STEP void Rounds(uint32_t (&s)[8], BlockWords block,
                          std::integer_sequence<int, kRounds...>) {
   uint32_t w[16];
   uint32_t b_xor_c = s[1] ^ s[2];
@@ -70,13 +70,13 @@ MIROLTA_STEP void Rounds(uint32_t (&s)[8], const uint8_t* block,
 void Sha256Portable(uint32_t* state, const uint8_t* blocks, size_t block_count) {
   uint32_t s[8];
   for (int i = 0; i < 8; ++i) s[i] = state[i];
-  for (; block_count != 0; --block_count, blocks += kHashBlockSize) {
-    Rounds(s, blocks, std::make_integer_sequence<int, 64>());
+  ForEachBlock(blocks, block_count, [&](BlockWords block) MIROLTA_STEP_LAMBDA {
+    Rounds(s, block, std::make_integer_sequence<int, 64>());
     for (int i = 0; i < 8; ++i) {
       s[i] += state[i];
       state[i] = s[i];
     }
-  }
+  });
 }
 
 }  // namespace mirolta

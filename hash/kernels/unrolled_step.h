@@ -3,3 +3,5 @@
 #pragma once
 
 #define MIROLTA_STEP __attribute__((always_inline)) inline
+// The same for a lambda.
+#define MIROLTA_STEP_LAMBDA __attribute__((always_inline))
