@@ -12,7 +12,14 @@ constexpr Kernel<AesExpansion> kExpansionRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"aes-expand-aesni", kNeedsAesNi, AesExpandAesNi},
 #endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"aes-expand-armv8", kFeatureArmAes, AesExpandArmv8},
+#endif
+#if MIROLTA_AES_TABLES
     {"aes-expand-portable", 0, AesExpandPortable},
+#else
+    {"aes-expand-compact", 0, AesExpandCompact},
+#endif
 };
 
 constexpr Kernel<AesTransform> kEncryptRows[] = {
@@ -21,7 +28,17 @@ constexpr Kernel<AesTransform> kEncryptRows[] = {
     {"aes-encrypt-vaes256", kNeedsVaes256, AesEncryptVaes256},
     {"aes-encrypt-aesni", kNeedsAesNi, AesEncryptAesNi},
 #endif
+#if MIROLTA_KERNELS_FOR(ARM) && MIROLTA_AES_TABLES
+    {"aes-encrypt-arm", 0, AesEncryptArm},
+#endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"aes-encrypt-armv8", kFeatureArmAes, AesEncryptArmv8},
+#endif
+#if MIROLTA_AES_TABLES
     {"aes-encrypt-portable", 0, AesEncryptPortable},
+#else
+    {"aes-encrypt-compact", 0, AesEncryptCompact},
+#endif
 };
 
 constexpr Kernel<AesTransform> kDecryptRows[] = {
@@ -30,7 +47,17 @@ constexpr Kernel<AesTransform> kDecryptRows[] = {
     {"aes-decrypt-vaes256", kNeedsVaes256, AesDecryptVaes256},
     {"aes-decrypt-aesni", kNeedsAesNi, AesDecryptAesNi},
 #endif
+#if MIROLTA_KERNELS_FOR(ARM) && MIROLTA_AES_TABLES
+    {"aes-decrypt-arm", 0, AesDecryptArm},
+#endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"aes-decrypt-armv8", kFeatureArmAes, AesDecryptArmv8},
+#endif
+#if MIROLTA_AES_TABLES
     {"aes-decrypt-portable", 0, AesDecryptPortable},
+#else
+    {"aes-decrypt-compact", 0, AesDecryptCompact},
+#endif
 };
 
 }  // namespace

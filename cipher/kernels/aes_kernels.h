@@ -34,6 +34,15 @@ AesExpansionKernel AesExpandPortable;
 AesTransformKernel AesEncryptPortable;
 AesTransformKernel AesDecryptPortable;
 
+// For builds without MIROLTA_AES_TABLES, which have them in place of the portable ones.
+AesExpansionKernel AesExpandCompact;
+AesTransformKernel AesEncryptCompact;
+AesTransformKernel AesDecryptCompact;
+
+// 32-bit ARM
+AesTransformKernel AesEncryptArm;
+AesTransformKernel AesDecryptArm;
+
 // x86-64
 AesExpansionKernel AesExpandAesNi;
 AesTransformKernel AesEncryptAesNi;
@@ -42,5 +51,10 @@ AesTransformKernel AesEncryptVaes256;
 AesTransformKernel AesDecryptVaes256;
 AesTransformKernel AesEncryptVaes512;
 AesTransformKernel AesDecryptVaes512;
+
+// AArch64
+AesExpansionKernel AesExpandArmv8;
+AesTransformKernel AesEncryptArmv8;
+AesTransformKernel AesDecryptArmv8;
 
 }  // namespace mirolta

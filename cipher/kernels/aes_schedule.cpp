@@ -1,29 +1,32 @@
 // The AES key expansion by table look-ups, for any processor (FIPS-197, 5.2 and 5.3.5).
 #include "aes_kernels.h"
+#include "aes_mix.h"
 #include "aes_tables.h"
 
 namespace mirolta {
 
 namespace {
 
-uint32_t SubstituteWord(const AesTables& tables, uint32_t word) {
+uint32_t SubstituteWord(const AesBoxes& tables, uint32_t word) {
   return uint32_t{tables.substitution[word >> 24]} << 24 |
          uint32_t{tables.substitution[word >> 16 & 0xFF]} << 16 |
          uint32_t{tables.substitution[word >> 8 & 0xFF]} << 8 | tables.substitution[word & 0xFF];
 }
 
-// InvMixColumns of a column. The inverse tables include the inverse S-box, which the S-box cancels.
-uint32_t UnmixColumn(const AesTables& tables, uint32_t word) {
+// InvMixColumns of a column, by the tables: they include the inverse S-box, which the S-box cancels.
+uint32_t UnmixedColumn(const AesTables& tables, uint32_t word) {
   return tables.inverse[0][tables.substitution[word & 0xFF]] ^
          tables.inverse[1][tables.substitution[word >> 8 & 0xFF]] ^
          tables.inverse[2][tables.substitution[word >> 16 & 0xFF]] ^
          tables.inverse[3][tables.substitution[word >> 24]];
 }
+uint32_t UnmixedColumn(const AesBoxes&, uint32_t word) {
+  return UnmixColumn(word);
+}
 
-}  // namespace
-
-void AesExpandPortable(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule) {
-  const AesTables& tables = SharedAesTables();
+template <typename Tables>
+inline void Expand(const Tables& tables, const uint8_t* key, uint32_t byte_length,
+                   AesSchedule* schedule) {
   const uint32_t key_words = byte_length / 4;
   const uint32_t rounds = key_words + 6;
   schedule->rounds = rounds;
@@ -48,9 +51,19 @@ void AesExpandPortable(const uint8_t* key, uint32_t byte_length, AesSchedule* sc
     const bool outer = round == 0 || round == rounds;
     for (uint32_t column = 0; column < 4; ++column) {
       const uint32_t word = words[4 * (rounds - round) + column];
-      schedule->decryption[4 * round + column] = outer ? word : UnmixColumn(tables, word);
+      schedule->decryption[4 * round + column] = outer ? word : UnmixedColumn(tables, word);
     }
   }
+}
+
+}  // namespace
+
+void AesExpandPortable(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule) {
+  Expand(SharedAesTables(), key, byte_length, schedule);
+}
+
+void AesExpandCompact(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule) {
+  Expand(SharedAesBoxes(), key, byte_length, schedule);
 }
 
 }  // namespace mirolta

@@ -26,11 +26,6 @@ Logarithms MakeLogarithms() {
   return field;
 }
 
-uint8_t Multiply(const Logarithms& field, uint8_t x, uint8_t y) {
-  if (x == 0 || y == 0) return 0;
-  return field.power[(uint32_t{field.logarithm[x]} + field.logarithm[y]) % 255];
-}
-
 uint8_t RotateByte(uint8_t x, int count) {
   return static_cast<uint8_t>(x << count | x >> (8 - count));
 }
@@ -48,7 +43,7 @@ void SetRotated(uint32_t (&tables)[4][256], uint32_t index, uint32_t column) {
 
 }  // namespace
 
-AesTables::AesTables() noexcept {
+AesBoxes::AesBoxes() noexcept {
   const Logarithms field = MakeLogarithms();
 
   uint8_t constant = 1;
@@ -66,21 +61,31 @@ AesTables::AesTables() noexcept {
   for (uint32_t v = 0; v < 256; ++v) {
     inverse_substitution[substitution[v]] = static_cast<uint8_t>(v);
   }
+}
 
+AesTables::AesTables() noexcept {
   for (uint32_t v = 0; v < 256; ++v) {
     const uint8_t s = substitution[v];
-    const uint8_t doubled = Double(s);
-    SetRotated(forward, v, Column(doubled, s, s, static_cast<uint8_t>(doubled ^ s)));
+    const uint8_t s2 = Double(s);
+    SetRotated(forward, v, Column(s2, s, s, static_cast<uint8_t>(s2 ^ s)));
     const uint8_t t = inverse_substitution[v];
+    const uint8_t t2 = Double(t);
+    const uint8_t t4 = Double(t2);
+    const uint8_t t8 = Double(t4);
     SetRotated(inverse, v,
-               Column(Multiply(field, t, 14), Multiply(field, t, 9), Multiply(field, t, 13),
-                      Multiply(field, t, 11)));
+               Column(static_cast<uint8_t>(t8 ^ t4 ^ t2), static_cast<uint8_t>(t8 ^ t),
+                      static_cast<uint8_t>(t8 ^ t4 ^ t), static_cast<uint8_t>(t8 ^ t2 ^ t)));
   }
 }
 
 const AesTables& SharedAesTables() noexcept {
   static const AesTables tables;
   return tables;
+}
+
+const AesBoxes& SharedAesBoxes() noexcept {
+  static const AesBoxes boxes;
+  return boxes;
 }
 
 }  // namespace mirolta

@@ -11,6 +11,9 @@ constexpr Kernel<DesTransform> kEncryptRows[] = {
     {"des-encrypt-gfni", kFeatureGfni, DesEncryptGfni},
     {"des-encrypt-words64", 0, DesEncryptWords64},
 #endif
+#if MIROLTA_KERNELS_FOR(ARM)
+    {"des-encrypt-arm", 0, DesEncryptArm},
+#endif
     {"des-encrypt-portable", 0, DesEncryptPortable},
 };
 
@@ -20,6 +23,9 @@ constexpr Kernel<DesTransform> kDecryptRows[] = {
     {"des-decrypt-avx2", kFeatureAvx2, DesDecryptAvx2},
     {"des-decrypt-gfni", kFeatureGfni, DesDecryptGfni},
     {"des-decrypt-words64", 0, DesDecryptWords64},
+#endif
+#if MIROLTA_KERNELS_FOR(ARM)
+    {"des-decrypt-arm", 0, DesDecryptArm},
 #endif
     {"des-decrypt-portable", 0, DesDecryptPortable},
 };

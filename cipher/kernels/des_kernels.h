@@ -27,6 +27,10 @@ using DesTransformKernel = std::remove_pointer_t<DesTransform>;
 DesTransformKernel DesEncryptPortable;
 DesTransformKernel DesDecryptPortable;
 
+// 32-bit ARM
+DesTransformKernel DesEncryptArm;
+DesTransformKernel DesDecryptArm;
+
 // x86-64
 DesTransformKernel DesEncryptWords64;
 DesTransformKernel DesDecryptWords64;

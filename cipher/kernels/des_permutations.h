@@ -22,9 +22,7 @@ struct Halves {
   uint32_t right;
 };
 
-inline Halves PermuteInitially(const uint8_t* block) {
-  uint32_t left = LoadBigEndian32(block);
-  uint32_t right = LoadBigEndian32(block + 4);
+inline Halves PermuteInitially(uint32_t left, uint32_t right) {
   ExchangeBits(left, right, 4, 0x0F0F0F0F);
   ExchangeBits(left, right, 16, 0x0000FFFF);
   ExchangeBits(right, left, 2, 0x33333333);
@@ -34,9 +32,13 @@ inline Halves PermuteInitially(const uint8_t* block) {
   ExchangeBits(left, right, 0, 0xAAAAAAAA);
   return {std::rotl(left, 1), right};
 }
+inline Halves PermuteInitially(const uint8_t* block) {
+  return PermuteInitially(LoadBigEndian32(block), LoadBigEndian32(block + 4));
+}
 
-// The same steps in reverse, on the halves as the last round leaves them, exchanged.
-inline void PermuteFinally(Halves halves, uint8_t* block) {
+// The same steps in reverse, on the halves as the last round leaves them, exchanged. Returns the two
+// words of the block.
+inline Halves PermuteFinally(Halves halves) {
   uint32_t left = std::rotr(halves.right, 1);
   uint32_t right = halves.left;
   ExchangeBits(left, right, 0, 0xAAAAAAAA);
@@ -45,8 +47,12 @@ inline void PermuteFinally(Halves halves, uint8_t* block) {
   ExchangeBits(right, left, 2, 0x33333333);
   ExchangeBits(left, right, 16, 0x0000FFFF);
   ExchangeBits(left, right, 4, 0x0F0F0F0F);
-  StoreBigEndian32(block, left);
-  StoreBigEndian32(block + 4, right);
+  return {left, right};
+}
+inline void PermuteFinally(Halves halves, uint8_t* block) {
+  const Halves words = PermuteFinally(halves);
+  StoreBigEndian32(block, words.left);
+  StoreBigEndian32(block + 4, words.right);
 }
 
 }  // namespace mirolta

@@ -13,9 +13,9 @@ inline uint32_t RoundFunction(uint32_t half, const uint32_t* key, uint32_t mask)
   const uint32_t even = (half ^ key[1]) & mask;
   const uint32_t odd_high = odd >> 16;
   const uint32_t even_high = even >> 16;
-  return boxes[6][odd & 255] ^ boxes[4][odd >> 8 & 255] ^ boxes[2][odd_high & 255] ^
-         boxes[0][odd_high >> 8] ^ boxes[7][even & 255] ^ boxes[5][even >> 8 & 255] ^
-         boxes[3][even_high & 255] ^ boxes[1][even_high >> 8];
+  return boxes[3][odd & 255] ^ boxes[2][odd >> 8 & 255] ^ boxes[1][odd_high & 255] ^
+         boxes[0][odd_high >> 8] ^ boxes[7][even & 255] ^ boxes[6][even >> 8 & 255] ^
+         boxes[5][even_high & 255] ^ boxes[4][even_high >> 8];
 }
 
 inline Halves SixteenRounds(Halves halves, const uint32_t* keys, uint32_t mask) {

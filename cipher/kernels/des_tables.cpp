@@ -71,7 +71,7 @@ constexpr DesTables MakeTables() {
   tables.index_mask = 0x3F3F3F3F;
   for (uint32_t box = 0; box < 8; ++box) {
     for (uint32_t v = 0; v < 64; ++v) {
-      tables.substitution[box][v] = SubstitutedAndPermuted(box, v);
+      tables.substitution[box / 2 + box % 2 * 4][v] = SubstitutedAndPermuted(box, v);
     }
   }
   for (uint32_t v = 0; v < 16; ++v) {

@@ -7,8 +7,8 @@
 namespace mirolta {
 
 struct DesTables {
-  // substitution[i][v] is the output of S-box i + 1 for the six bits v, permuted by P and rotated
-  // left by one bit, as the halves are.
+  // substitution[i][v] is the output of an S-box for the six bits v, permuted by P and rotated left by
+  // one bit, as the halves are. i counts the S-boxes 1, 3, 5, 7, 2, 4, 6, 8.
   uint32_t substitution[8][64];
   // 63 in every byte, to clear the upper bits of four indexes at once. It is a variable because
   // compilers would apply a constant mask to each index by itself.

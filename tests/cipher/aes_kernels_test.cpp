@@ -55,6 +55,38 @@ TEST(AesKernels, TouchNothingBeforeOrBehindScheduleAndBlocks) {
   }
 }
 
+// The kernels of builds without tables, which are in no list of this build.
+constexpr Kernel<AesTransform> kCompactEncryptRows[] = {
+    {"aes-encrypt-compact", 0, AesEncryptCompact}, {"aes-encrypt-portable", 0, AesEncryptPortable}};
+constexpr Kernel<AesTransform> kCompactDecryptRows[] = {
+    {"aes-decrypt-compact", 0, AesDecryptCompact}, {"aes-decrypt-portable", 0, AesDecryptPortable}};
+constexpr KernelList<AesTransform> kCompactEncrypt = kCompactEncryptRows;
+constexpr KernelList<AesTransform> kCompactDecrypt = kCompactDecryptRows;
+
+TEST(AesCompactKernels, TransformAsPublished) {
+  ForEachAesVector([](const Bytes& key, const Bytes& plaintext, const Bytes& ciphertext) {
+    AesSchedule schedule = {};
+    AesExpandCompact(key.data(), static_cast<uint32_t>(key.size()), &schedule);
+    ExpectTransforms(kCompactEncrypt, schedule, kAesBlockSize, plaintext, ciphertext);
+    ExpectTransforms(kCompactDecrypt, schedule, kAesBlockSize, ciphertext, plaintext);
+  });
+}
+
+TEST(AesCompactKernels, AgreeWithThePortableOnes) {
+  std::mt19937 random(2);
+  for (const uint32_t length : kKeyLengths) {
+    const Bytes key = RandomBytes(random, length);
+    const AesSchedule schedule = Expanded(key);
+    AesSchedule compact = {};
+    AesExpandCompact(key.data(), length, &compact);
+    EXPECT_TRUE(AreEqual(compact, schedule));
+    ExpectKernelsAgree(kCompactEncrypt, schedule, kAesBlockSize, random);
+    ExpectKernelsAgree(kCompactDecrypt, schedule, kAesBlockSize, random);
+    ExpectInsideBounds(kCompactEncrypt, schedule, kAesBlockSize);
+    ExpectInsideBounds(kCompactDecrypt, schedule, kAesBlockSize);
+  }
+}
+
 TEST(AesKernels, EndInAPortableOneAndTheFirstThatRunsIsChosen) {
   ExpectOrderedList(kAesEncryptKernels, "aes-encrypt", CurrentKernel<kAesEncryptKernels>());
   ExpectOrderedList(kAesDecryptKernels, "aes-decrypt", CurrentKernel<kAesDecryptKernels>());
@@ -67,6 +99,8 @@ TEST(AesKernels, NeedTheInstructionsThatTheyUse) {
   const std::vector<KernelKind> kinds = {{"-vaes512", kVaes256 | kFeatureAvx512},
                                          {"-vaes256", kVaes256},
                                          {"-aesni", kAesNi},
+                                         {"-arm", 0},
+                                         {"-armv8", kFeatureArmAes},
                                          {"-portable", 0}};
   ExpectNeeds(kAesExpansionKernels, kinds);
   ExpectNeeds(kAesEncryptKernels, kinds);

@@ -62,6 +62,7 @@ TEST(DesKernels, NeedTheInstructionsThatTheyUse) {
                                          {"-avx2", kFeatureAvx2},
                                          {"-gfni", kFeatureGfni},
                                          {"-words64", 0},
+                                         {"-arm", 0},
                                          {"-portable", 0}};
   ExpectNeeds(kDesEncryptKernels, kinds);
   ExpectNeeds(kDesDecryptKernels, kinds);
