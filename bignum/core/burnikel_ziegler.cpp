@@ -19,20 +19,12 @@ Limb SchoolbookDivideWithTop(Limb* q, Limb* a, size_t m, const Limb* d, size_t n
   return top;
 }
 
-}  // namespace
-
-Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
-                           Limb* scratch) noexcept {
+// BurnikelZieglerDivide for count < n: divides by the divisor's top limbs, then subtracts the quotient times
+// its low limbs. Inlined, so that each level of the recursion has one frame.
+__attribute__((always_inline)) inline Limb DivideShort(Limb* q, Limb* a, const Limb* d, size_t n,
+                                                       size_t count, Limb v, Limb* scratch) {
   if (count < kBurnikelZieglerLimbs) return SchoolbookDivideWithTop(q, a, n + count, d, n, v);
   const LimbKernels& k = CurrentLimbKernels();
-  if (count == n) {
-    const size_t low = n / 2;
-    const Limb top = BurnikelZieglerDivide(q + low, a + low, d, n, n - low, v, scratch);
-    // The remainder is below d now, so the second half has no top limb.
-    BurnikelZieglerDivide(q, a, d, n, low, v, scratch);
-    return top;
-  }
-  // Divide by the divisor's top limbs, then subtract the quotient times its low limbs.
   const size_t rest = n - count;
   Limb top = BurnikelZieglerDivide(q, a + rest, d + rest, count, count, v, scratch);
   MultiplyLimbs(scratch, q, count, d, rest, scratch + n);
@@ -43,6 +35,19 @@ Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t cou
     top = static_cast<Limb>(top - SubtractLimb(q, count, 1));
     borrow = static_cast<Limb>(borrow - k.add(a, a, d, n));
   }
+  return top;
+}
+
+}  // namespace
+
+Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
+                           Limb* scratch) noexcept {
+  if (count < kBurnikelZieglerLimbs) return SchoolbookDivideWithTop(q, a, n + count, d, n, v);
+  // A quotient as long as the divisor is found in halves. After the first one the remainder is below d, so
+  // the second has no top limb.
+  const size_t low = count == n ? n / 2 : 0;
+  const Limb top = DivideShort(q + low, a + low, d, n, count - low, v, scratch);
+  if (low != 0) DivideShort(q, a, d, n, low, v, scratch);
   return top;
 }
 

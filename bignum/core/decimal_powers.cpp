@@ -24,7 +24,9 @@ bool DecimalPowers::Make(size_t chunks, size_t most_leaf) noexcept {
   const size_t powers = size_t{1} << levels_;
   // Power i fits leaf * 2^i limbs, since a chunk fits a limb; all of them fit this.
   limbs_ = NewArray<Limb>(CheckedSize(leaf_) * CheckedSize(powers));
-  if (limbs_ == nullptr) return false;
+  // One at least, which leaves need; levels are not 0 since most_leaf < chunks.
+  powers_ = NewArray<DecimalPower>(CheckedSize(levels_));
+  if (limbs_ == nullptr || powers_ == nullptr) return false;
   limbs_[0] = kDecimalPower;
   for (size_t i = 1; i < leaf_; ++i) {
     limbs_[i] = CurrentLimbKernels().mul1(limbs_, limbs_, i, kDecimalPower);

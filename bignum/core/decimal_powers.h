@@ -24,7 +24,10 @@ struct DecimalPower {
 class DecimalPowers {
  public:
   DecimalPowers() = default;
-  ~DecimalPowers() { delete[] limbs_; }
+  ~DecimalPowers() {
+    delete[] limbs_;
+    delete[] powers_;
+  }
   DecimalPowers(const DecimalPowers&) = delete;
   DecimalPowers& operator=(const DecimalPowers&) = delete;
 
@@ -38,12 +41,10 @@ class DecimalPowers {
   const DecimalPower& operator[](size_t i) const { return powers_[i]; }
 
  private:
-  static constexpr size_t kMostLevels = 40;
-
   size_t leaf_ = 0;
   size_t levels_ = 0;
   Limb* limbs_ = nullptr;
-  DecimalPower powers_[kMostLevels] = {};
+  DecimalPower* powers_ = nullptr;
 };
 
 }  // namespace mirolta

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "limb.h"
+#include "seam/small_stack.h"
 
 namespace mirolta {
 
@@ -22,7 +23,7 @@ class LimbScratch {
   Limb* Get() const { return limbs_; }
 
  private:
-  static constexpr size_t kInside = 96;
+  static constexpr size_t kInside = kSmallStack ? 2 : 96;
 
   Limb* limbs_;
   size_t count_;

@@ -2,6 +2,7 @@
 
 #include "karatsuba.h"
 #include "limb_basics.h"
+#include "seam/small_stack.h"
 #include "toom3.h"
 #include "toom32.h"
 
@@ -15,6 +16,8 @@ constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 36 : 60;
 constexpr size_t kKaratsubaSquareLimbs = kLimbBits == 64 ? 48 : 112;
 constexpr size_t kToom3Limbs = kLimbBits == 64 ? 130 : 220;
 constexpr size_t kToom32Limbs = kLimbBits == 64 ? 40 : 80;
+// Its frame would be the largest for each halving of a number.
+constexpr bool kHasToom32 = !kSmallStack;
 // The schoolbook method is fastest below, whatever the longer operand's length.
 constexpr size_t kSchoolbookLimbs = kKaratsubaLimbs;
 
@@ -61,7 +64,7 @@ void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
     MultiplyBalanced(z, x, y, n, scratch);
     return;
   }
-  if (n >= kToom32Limbs && 4 * m >= 5 * n && 5 * m <= 9 * n) {
+  if (kHasToom32 && n >= kToom32Limbs && 4 * m >= 5 * n && 5 * m <= 9 * n) {
     Toom32(z, x, m, y, n, scratch);
     return;
   }

@@ -95,7 +95,7 @@ class PrimeSearch {
   void SieveWindow();
   static bool Contradicts(const Limb* candidate, size_t n, uint32_t p);
 
-  size_t primes_ = 0;                 // how many primes sieve
+  SmallPrime end_;                    // the first prime that does not sieve
   uint16_t first_[kSmallPrimeCount];  // offset of the first multiple in the window
   uint32_t window_ = 0;
   // For each offset 0, kTableDivisor, or another small prime that divides the candidate.
@@ -104,27 +104,28 @@ class PrimeSearch {
 
 constexpr uint16_t kTableDivisor = 1;
 
-// The break-even count of primes: a residue costs as much as the exponentiations that it saves.
-size_t PrimesToSieve(size_t bits) {
+// The first prime that does not sieve: a residue costs as much as the exponentiations that it saves.
+SmallPrime BreakEvenPrime(size_t bits) {
   const size_t limit = bits * bits / 16;
-  size_t count = kTablePrimes;
-  while (count < kSmallPrimeCount && kSmallPrimes.primes[count] < limit) ++count;
-  return count;
+  SmallPrime prime;
+  while (prime.Index() < kTablePrimes) prime.Next();
+  while (prime.Index() < kSmallPrimeCount && prime.Value() < limit) prime.Next();
+  return prime;
 }
 
 void PrimeSearch::FindResidues(const Limb* start, size_t n) {
-  for (size_t i = 0; i < primes_;) {
+  for (SmallPrime prime; prime.Index() < end_.Index();) {
     // Primes whose product fits a limb share one division.
     Limb product = 1;
-    size_t end = i;
-    while (end < primes_ && product <= kLimbMax / kSmallPrimes.primes[end]) {
-      product = static_cast<Limb>(product * kSmallPrimes.primes[end++]);
+    SmallPrime end = prime;
+    for (; end.Index() < end_.Index() && product <= kLimbMax / end.Value(); end.Next()) {
+      product = static_cast<Limb>(product * end.Value());
     }
     const Limb residue = ModLimb(start, n, PrepareDivisor(product));
-    for (; i < end; ++i) {
-      const uint32_t p = kSmallPrimes.primes[i];
+    for (; prime.Index() < end.Index(); prime.Next()) {
+      const uint32_t p = prime.Value();
       const uint32_t r = static_cast<uint32_t>(residue % p);
-      first_[i] = static_cast<uint16_t>(r == 0 ? 0 : p - r);
+      first_[prime.Index()] = static_cast<uint16_t>(r == 0 ? 0 : p - r);
     }
   }
 }
@@ -142,8 +143,10 @@ bool PrimeSearch::Contradicts(const Limb* candidate, size_t n, uint32_t p) {
 void PrimeSearch::SieveWindow() {
   for (uint32_t offset = 0; offset < window_; ++offset) divisor_[offset] = 0;
   // The table's primes mark last: they overrule the others.
-  for (size_t i = primes_; i-- != 0;) {
-    const uint32_t p = kSmallPrimes.primes[i];
+  SmallPrime prime = end_;
+  for (size_t i = end_.Index(); i-- != 0;) {
+    prime.Previous();
+    const uint32_t p = prime.Value();
     const uint16_t mark = i < kTablePrimes ? kTableDivisor : static_cast<uint16_t>(p);
     uint32_t offset = first_[i];
     for (; offset < window_; offset += p) divisor_[offset] = mark;
@@ -161,7 +164,7 @@ bool PrimeSearch::Run(Limb* start, size_t n) {
   Limb* const candidates = memory.Get();
   Limb* const spare = candidates + together * n;
   size_t waiting = 0;
-  primes_ = PrimesToSieve(bits);
+  end_ = BreakEvenPrime(bits);
   window_ = WindowFor(bits);
   FindResidues(start, n);
   for (;;) {

@@ -24,12 +24,19 @@ T QuotientByShifts(T* x, T y) {
   }
 }
 
-// SmallQuotient returns x / y and leaves x mod y in x, y != 0. On a 32-bit processor it calls no
-// function of the compiler's library, whose division of 64 bits may take hundreds of instructions;
-// that of 128 bits on a 64-bit one is faster than shifts.
+// Whether integers wider than a register are divided by the compiler's library. On a 32-bit processor
+// that may take hundreds of instructions, on a 64-bit one it is faster than shifts. Some builds link
+// no such library.
+#if defined(MIROLTA_WITHOUT_RUNTIME)
+inline constexpr bool kDividesByLibrary = false;
+#else
+inline constexpr bool kDividesByLibrary = sizeof(size_t) >= 8;
+#endif
+
+// SmallQuotient returns x / y and leaves x mod y in x, y != 0.
 template <typename T>
 T SmallQuotient(T* x, T y) {
-  if constexpr (sizeof(T) <= sizeof(size_t) || sizeof(size_t) >= 8) {
+  if constexpr (sizeof(T) <= sizeof(size_t) || kDividesByLibrary) {
     const T quotient = static_cast<T>(*x / y);
     *x = static_cast<T>(*x - quotient * y);
     return quotient;

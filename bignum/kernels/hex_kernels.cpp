@@ -51,6 +51,10 @@ constexpr Kernel<const HexKernels*> kRows[] = {
     // SSE2 is part of x86-64.
     {"sse2", 0, &kSse2HexKernels},
 #endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    // Advanced SIMD is part of AArch64.
+    {"neon", 0, &kNeonHexKernels},
+#endif
     {"portable", 0, &kPortableHexKernels},
 };
 

@@ -33,5 +33,8 @@ extern const HexKernels kPortableHexKernels;
 #if MIROLTA_KERNELS_FOR(X86_64)
 extern const HexKernels kSse2HexKernels;
 #endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+extern const HexKernels kNeonHexKernels;
+#endif
 
 }  // namespace mirolta

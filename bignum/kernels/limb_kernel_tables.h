@@ -9,6 +9,10 @@ namespace mirolta {
 extern const LimbKernels kWideKernels;
 extern const LimbKernels kHalfKernels;
 
+#if MIROLTA_KERNELS_FOR(ARM)
+extern const LimbKernels kArmKernels;
+#endif
+
 #if MIROLTA_KERNELS_FOR(X86_64)
 // kMulxAdxKernels needs kFeatureBmi2Adx.
 extern const LimbKernels kMulxAdxKernels;
@@ -19,6 +23,11 @@ void MultiplyMulxAdx(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n);
 // MontgomeryShortAdx is its Montgomery multiplication, for 2, 3, 4, 6 and 8 limbs.
 bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t n,
                         Limb inverse);
+#endif
+
+#if MIROLTA_KERNELS_FOR(AARCH64)
+// kUmulhKernels runs on every processor of the architecture.
+extern const LimbKernels kUmulhKernels;
 #endif
 
 }  // namespace mirolta

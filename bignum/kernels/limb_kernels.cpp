@@ -12,6 +12,12 @@ constexpr Kernel<const LimbKernels*> kRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"mulx-adx", kFeatureBmi2Adx, &kMulxAdxKernels},
 #endif
+#if MIROLTA_KERNELS_FOR(ARM)
+    {"arm", 0, &kArmKernels},
+#endif
+#if MIROLTA_KERNELS_FOR(AARCH64)
+    {"umulh", 0, &kUmulhKernels},
+#endif
 #if defined(MIROLTA_HALF_PRODUCTS)
     {"half products", 0, &kHalfKernels},
     {"wide products", 0, &kWideKernels},

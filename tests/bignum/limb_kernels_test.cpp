@@ -17,8 +17,11 @@ Limbs LowLimbs(const Mpz& z, size_t n) {
 }
 
 TEST(LimbKernelListTest, KernelsNeedTheInstructionsThatTheyUse) {
-  test::ExpectNeeds(kLimbKernels,
-                    {{"mulx-adx", kFeatureBmi2Adx}, {"wide products", 0}, {"half products", 0}});
+  test::ExpectNeeds(kLimbKernels, {{"mulx-adx", kFeatureBmi2Adx},
+                                   {"arm", 0},
+                                   {"umulh", 0},
+                                   {"wide products", 0},
+                                   {"half products", 0}});
 }
 
 class LimbKernelsTest : public ::testing::TestWithParam<Kernel<const LimbKernels*>> {

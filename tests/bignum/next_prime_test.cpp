@@ -36,8 +36,8 @@ TEST(FermatTest, MersennePrimesPassAndTheirNeighboursFail) {
 
 // The definition: no divisor in the table, and four Fermat tests.
 bool IsFoundByDefinition(mpz_srcptr n) {
-  for (size_t i = 0; i < kTablePrimes; ++i) {
-    if (mpz_divisible_ui_p(n, kSmallPrimes.primes[i])) return false;
+  for (SmallPrime prime; prime.Index() < kTablePrimes; prime.Next()) {
+    if (mpz_divisible_ui_p(n, prime.Value())) return false;
   }
   Mpz e, power;
   mpz_sub_ui(e, n, 1);
@@ -55,18 +55,24 @@ std::string NextByDefinition(const BigInt& start) {
   return Hex(static_cast<mpz_srcptr>(n));
 }
 
-TEST(SmallPrimesTest, TableHoldsThePrimes) {
-  size_t i = 0;
-  Mpz p(1);
-  for (;;) {
-    mpz_nextprime(p, p);
-    const auto value = mpz_get_ui(p);
-    if (value > 65535) break;
-    ASSERT_LT(i, kSmallPrimeCount);
-    ASSERT_EQ(kSmallPrimes.primes[i++], value);
+TEST(SmallPrimesTest, WalksThePrimes) {
+  std::vector<uint32_t> primes;
+  for (Mpz p(2); mpz_get_ui(p) <= 65535; mpz_nextprime(p, p)) {
+    primes.push_back(static_cast<uint32_t>(mpz_get_ui(p)));
   }
-  EXPECT_EQ(i, kSmallPrimeCount);
-  EXPECT_EQ(kSmallPrimes.primes[kTablePrimes - 1], 1223);
+  ASSERT_EQ(primes.size(), kSmallPrimeCount);
+  EXPECT_EQ(primes[kTablePrimes - 1], 1223);
+  SmallPrime prime;
+  for (size_t i = 0; i < kSmallPrimeCount; ++i, prime.Next()) {
+    ASSERT_EQ(prime.Index(), i);
+    ASSERT_EQ(prime.Value(), primes[i]);
+  }
+  ASSERT_EQ(prime.Index(), kSmallPrimeCount);
+  for (size_t i = kSmallPrimeCount; i-- != 0;) {
+    prime.Previous();
+    ASSERT_EQ(prime.Index(), i);
+    ASSERT_EQ(prime.Value(), primes[i]);
+  }
 }
 
 TEST(FermatTest, SmallPrimesPassAndSmallCompositesFail) {
