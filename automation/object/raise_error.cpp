@@ -1,5 +1,7 @@
 #include "raise_error.h"
 
+#include "seam/checked_size.h"
+
 namespace mirolta {
 
 namespace {
@@ -21,19 +23,30 @@ bool ReadClassDescription(REFCLSID class_id, OLECHAR (&source)[kSourceCapacity +
   OLECHAR name[kNameCapacity];
   DWORD name_length = kNameCapacity;
   DWORD type = REG_NONE;
-  BYTE data[kSourceCapacity * sizeof(OLECHAR)];
-  DWORD size = sizeof(data);
-  const LONG error = RegEnumValueW(key, 0, name, &name_length, nullptr, &type, data, &size);
+  DWORD size = kSourceCapacity * sizeof(OLECHAR);
+  const LONG error = RegEnumValueW(key, 0, name, &name_length, nullptr, &type,
+                                   reinterpret_cast<BYTE*>(source), &size);
   RegCloseKey(key);
   if (error != ERROR_SUCCESS || type != REG_SZ) return false;
 
   // Stored text may lack its terminator.
-  const DWORD length = size / static_cast<DWORD>(sizeof(OLECHAR));
-  for (DWORD i = 0; i < length; ++i) {
-    source[i] = static_cast<OLECHAR>(data[2 * i] | data[2 * i + 1] << 8);
-  }
-  source[length] = 0;
+  source[size / sizeof(OLECHAR)] = 0;
   return source[0] != 0;
+}
+
+// Not inlined: the text is not on the stack during RaiseError's other calls.
+__attribute__((noinline)) void SetSource(ICreateErrorInfo* error, REFCLSID class_id) {
+  OLECHAR source[kSourceCapacity + 1];
+  if (ReadClassDescription(class_id, source)) error->SetSource(source);
+}
+
+void SetMessage(ICreateErrorInfo* error, HINSTANCE module, UINT id) {
+  OLECHAR unknown[] = OLESTR("Unknown Error");
+  // Not in the frame: threads of small devices have little stack.
+  OLECHAR* const text = NewArray<OLECHAR>(SizeConstant(kMessageCapacity));
+  const bool found = text != nullptr && LoadStringW(module, id, text, kMessageCapacity) != 0;
+  error->SetDescription(found ? text : unknown);
+  delete[] text;
 }
 
 }  // namespace
@@ -41,27 +54,22 @@ bool ReadClassDescription(REFCLSID class_id, OLECHAR (&source)[kSourceCapacity +
 HRESULT RaiseError(REFCLSID class_id, ULONG_PTR message_id, DWORD help_context,
                    const OLECHAR* help_file, REFIID interface_id, HRESULT status,
                    HINSTANCE module) {
-  OLECHAR buffer[kMessageCapacity];
-  OLECHAR unknown[] = OLESTR("Unknown Error");
-  OLECHAR* text = buffer;
-  if (message_id < kFirstText) {
-    const UINT id = static_cast<UINT>(message_id);
-    if (LoadStringW(module, id, buffer, kMessageCapacity) == 0) text = unknown;
-    if (status == 0) status = MessageStatus(id);
-  } else {
-    text = reinterpret_cast<OLECHAR*>(message_id);
-  }
+  const bool is_text = message_id >= kFirstText;
+  if (!is_text && status == 0) status = MessageStatus(static_cast<UINT>(message_id));
 
   ICreateErrorInfo* error = nullptr;
   if (SUCCEEDED(CreateErrorInfo(&error))) {
     error->SetGUID(interface_id);
-    OLECHAR source[kSourceCapacity + 1];
-    if (ReadClassDescription(class_id, source)) error->SetSource(source);
+    SetSource(error, class_id);
     if (help_context != 0 && help_file != nullptr) {
       error->SetHelpContext(help_context);
       error->SetHelpFile(const_cast<OLECHAR*>(help_file));
     }
-    error->SetDescription(text);
+    if (is_text) {
+      error->SetDescription(reinterpret_cast<OLECHAR*>(message_id));
+    } else {
+      SetMessage(error, module, static_cast<UINT>(message_id));
+    }
     void* found = nullptr;
     if (SUCCEEDED(error->QueryInterface(IID_IErrorInfo, &found))) {
       IErrorInfo* const info = static_cast<IErrorInfo*>(found);

@@ -15,6 +15,7 @@ constexpr HRESULT MessageStatus(UINT id) {
 // description registered for it becomes the source. message_id is the id of a string resource of
 // `module` if below 65536, else a pointer to the text. Status 0 stands for
 // MessageStatus(message_id), and for DISP_E_EXCEPTION with a text.
+// Shapes: a resource of more than 1,023 characters is truncated.
 // Errors: a missing resource gives the text "Unknown Error"; if nothing can be published, the
 //         status is returned all the same.
 HRESULT RaiseError(REFCLSID class_id, ULONG_PTR message_id, DWORD help_context,

@@ -71,6 +71,20 @@ TEST_F(ObjectRaiseErrorTest, AMissingMessageIsUnknown) {
   EXPECT_EQ(TakeError().description, OLESTR("Unknown Error"));
 }
 
+TEST_F(ObjectRaiseErrorTest, MessagesHaveUpTo1023Characters) {
+  // Static: a module is found by the address of its resources.
+  static StringResource message = {1, nullptr};
+  static const ModuleResources resources = {&message, 1, nullptr, 0, nullptr};
+  for (const size_t length : {127u, 128u, 1023u, 1024u, 3000u}) {
+    const Text text(length, u'x');
+    message.text = text.c_str();
+    const HINSTANCE talkative = MiroltaAttachModule(&resources);
+    EXPECT_EQ(RaiseError(kClass, 1, GUID_NULL, 0, talkative), MessageStatus(1));
+    MiroltaDetachModule(talkative);
+    EXPECT_EQ(TakeError().description, text.substr(0, 1023)) << length;
+  }
+}
+
 TEST_F(ObjectRaiseErrorTest, AReadyTextKeepsItsStatus) {
   EXPECT_EQ(Raise(AsMessage(OLESTR("A text of its own.")), E_ABORT), E_ABORT);
   EXPECT_EQ(TakeError().description, OLESTR("A text of its own."));
