@@ -24,7 +24,7 @@ constexpr MessageResources kStrings = CopyMessages();
 
 // Constant-initialised: an initialiser could run after Load, or while another thread still reads
 // the resources of a module that was loaded at the same address before.
-constexpr ModuleResources kResources = {kStrings.rows, kMessageCount, kRegistryScripts,
+constexpr ModuleResources kResources = {kStrings.rows, kMessageCount, kRegistryScripts.data(),
                                         kRegistryScriptCount, &kTypeLibraryTable};
 
 HINSTANCE instance = nullptr;

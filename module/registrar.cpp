@@ -27,8 +27,11 @@ LONG DeleteTree(HKEY parent, const OLECHAR* name) {
   LONG error = RegOpenKeyExW(parent, name, 0, KEY_ALL_ACCESS, &key);
   if (IsMissing(error)) return ERROR_SUCCESS;
   if (error != ERROR_SUCCESS) return error;
-  OLECHAR subkey[MAX_PATH];
+  // Not in the frame, since trees may be deep.
+  OLECHAR* const subkey = NewArray<OLECHAR>(SizeConstant(MAX_PATH));
   for (;;) {
+    error = ERROR_OUTOFMEMORY;
+    if (subkey == nullptr) break;
     // Always index 0: the others move up when a subkey is deleted.
     DWORD length = MAX_PATH;
     error = RegEnumKeyExW(key, 0, subkey, &length, nullptr, nullptr, nullptr, nullptr);
@@ -36,6 +39,7 @@ LONG DeleteTree(HKEY parent, const OLECHAR* name) {
     error = DeleteTree(key, subkey);
     if (error != ERROR_SUCCESS) break;
   }
+  delete[] subkey;
   RegCloseKey(key);
   return error == ERROR_NO_MORE_ITEMS ? RegDeleteKeyW(parent, name) : error;
 }

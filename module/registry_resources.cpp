@@ -143,9 +143,15 @@ template <size_t kIndex>
 constexpr DataResource kResource = {OLESTR("REGISTRY"), kScripts.first[kIndex],
                                     kText<kIndex>.data(), static_cast<DWORD>(kText<kIndex>.size())};
 
+template <size_t... kIndexes>
+constexpr std::array<DataResource, kRegistryScriptCount> Resources(
+    std::index_sequence<kIndexes...>) {
+  return {kResource<kIndexes>...};
+}
+
 }  // namespace
 
-constexpr DataResource kRegistryScripts[] = {kResource<0>, kResource<1>, kResource<2>,
-                                             kResource<3>, kResource<4>, kResource<5>};
+constexpr std::array<DataResource, kRegistryScriptCount> kRegistryScripts =
+    Resources(std::make_index_sequence<kRegistryScriptCount>());
 
 }  // namespace mirolta

@@ -97,6 +97,28 @@ class TokenReader {
   unsigned length_ = 0;
 };
 
+// KeyName is the name of a key or value. Keys nest, so it is not in their frames.
+class KeyName {
+ public:
+  KeyName() = default;
+  ~KeyName() { delete[] text_; }
+  KeyName(const KeyName&) = delete;
+  KeyName& operator=(const KeyName&) = delete;
+
+  // Copy copies text[length]; false if memory runs out.
+  [[nodiscard]] bool Copy(const OLECHAR* text, unsigned length) {
+    text_ = NewArray<OLECHAR>(CheckedSize(length) + 1);
+    if (text_ == nullptr) return false;
+    for (unsigned i = 0; i < length; ++i) text_[i] = text[i];
+    text_[length] = 0;
+    return true;
+  }
+  const OLECHAR* Text() const { return text_; }
+
+ private:
+  OLECHAR* text_ = nullptr;
+};
+
 class Interpreter {
  public:
   Interpreter(const BYTE* text, DWORD length, const OLECHAR* module_file, RegistryAction& action)
@@ -122,16 +144,16 @@ class Interpreter {
     return true;
   }
 
-  bool TakeName(OLECHAR (&name)[MAX_PATH]) {
-    if (token_.kind != TokenKind::kWord && token_.kind != TokenKind::kQuoted) return false;
-    unsigned length = 0;
-    for (; token_.text[length] != 0; ++length) {
-      if (length + 1 == MAX_PATH) return false;
-      name[length] = token_.text[length];
+  HRESULT TakeName(KeyName& name) {
+    if (token_.kind != TokenKind::kWord && token_.kind != TokenKind::kQuoted) {
+      return kBadRegistryScript;
     }
-    name[length] = 0;
+    unsigned length = 0;
+    while (token_.text[length] != 0) ++length;
+    if (length == 0 || length >= MAX_PATH) return kBadRegistryScript;
+    if (!name.Copy(token_.text, length)) return E_OUTOFMEMORY;
     Advance();
-    return length > 0;
+    return S_OK;
   }
 
   // After the equals sign: the type word and the quoted text, which stays the current token.
@@ -151,11 +173,11 @@ class Interpreter {
   }
 
   HRESULT Value(HKEY key) {
-    OLECHAR name[MAX_PATH];
-    if (!TakeName(name) || token_.kind != TokenKind::kEquals || !AtText()) {
-      return kBadRegistryScript;
-    }
-    const HRESULT status = action_.Value(key, name, token_.text);
+    KeyName name;
+    HRESULT status = TakeName(name);
+    if (FAILED(status)) return status;
+    if (token_.kind != TokenKind::kEquals || !AtText()) return kBadRegistryScript;
+    status = action_.Value(key, name.Text(), token_.text);
     Advance();
     return status;
   }
@@ -166,16 +188,17 @@ class Interpreter {
     const KeyRule rule = TakeWord(OLESTR("NoRemove"))      ? KeyRule::kNoRemove
                          : TakeWord(OLESTR("ForceRemove")) ? KeyRule::kForceRemove
                                                            : KeyRule::kPlain;
-    OLECHAR name[MAX_PATH];
-    if (!TakeName(name)) return kBadRegistryScript;
+    KeyName name;
+    HRESULT status = TakeName(name);
+    if (FAILED(status)) return status;
     const bool has_value = token_.kind == TokenKind::kEquals;
     if (has_value && !AtText()) return kBadRegistryScript;
     HKEY key = nullptr;
-    HRESULT status = action_.EnterKey(parent, name, rule, has_value ? token_.text : nullptr, &key);
+    status = action_.EnterKey(parent, name.Text(), rule, has_value ? token_.text : nullptr, &key);
     if (FAILED(status)) return status;
     if (has_value) Advance();
     if (token_.kind == TokenKind::kOpen) status = Block(key, depth + 1);
-    const HRESULT left = action_.LeaveKey(parent, name, rule, key);
+    const HRESULT left = action_.LeaveKey(parent, name.Text(), rule, key);
     return FAILED(status) ? status : left;
   }
 

@@ -43,7 +43,7 @@ inline constexpr HRESULT kBadRegistryScript = static_cast<HRESULT>(0x80040153u);
 // RunRegistryScript parses a script and performs the action on each entry in order.
 // Shapes: text[length], ASCII.
 // Errors: kBadRegistryScript for a syntax error, a word of 260 characters or more, more than eight
-//         levels of keys, an unknown %NAME%; the action's failures.
+//         levels of keys, an unknown %NAME%; E_OUTOFMEMORY; the action's failures.
 HRESULT RunRegistryScript(const BYTE* text, DWORD length, const OLECHAR* module_file,
                           RegistryAction& action);
 

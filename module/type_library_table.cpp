@@ -1,6 +1,7 @@
 #include "type_library_table.h"
 
 #include "big_number_members.h"
+#include "class_choice.h"
 #include "hash_object_members.h"
 #include "mirolta.h"
 #include "rsa_crypt_members.h"
@@ -13,24 +14,52 @@ namespace mirolta {
 namespace {
 
 constexpr const InterfaceTable* kInterfaces[] = {
-    &kHashObjectInterface, &kSymmetricCryptInterface,   &kBigNumberInterface,
-    &kRsaCryptInterface,   &kToviStreamDigestInterface, &kToviStreamCryptInterface,
+#if MIROLTA_HAS_CLASS(HashObject)
+    &kHashObjectInterface,
+#endif
+#if MIROLTA_HAS_CLASS(SymmetricCryptObject)
+    &kSymmetricCryptInterface,
+#endif
+#if MIROLTA_HAS_CLASS(PexBigNumber)
+    &kBigNumberInterface,
+#endif
+#if MIROLTA_HAS_CLASS(RSACrypt)
+    &kRsaCryptInterface,
+#endif
+#if MIROLTA_HAS_CLASS(ToviStreamDigest)
+    &kToviStreamDigestInterface,
+#endif
+#if MIROLTA_HAS_CLASS(ToviStreamCrypt)
+    &kToviStreamCryptInterface,
+#endif
 };
 
 // clang-format off
 constexpr ClassTableRow kClasses[] = {
+#if MIROLTA_HAS_CLASS(ToviStreamDigest)
     {&CLSID_ToviStreamDigest, OLESTR("ToviStreamDigest"),
      OLESTR("A stream filter that computes digests"), &kToviStreamDigestInterface},
+#endif
+#if MIROLTA_HAS_CLASS(HashObject)
     {&CLSID_HashObject, OLESTR("HashObject"),
      OLESTR("Message digests and HMAC"), &kHashObjectInterface},
+#endif
+#if MIROLTA_HAS_CLASS(SymmetricCryptObject)
     {&CLSID_SymmetricCryptObject, OLESTR("SymmetricCryptObject"),
      OLESTR("AES and DES encryption, block by block"), &kSymmetricCryptInterface},
+#endif
+#if MIROLTA_HAS_CLASS(RSACrypt)
     {&CLSID_RSACrypt, OLESTR("RSACrypt"),
      OLESTR("Raw RSA and its keys"), &kRsaCryptInterface},
+#endif
+#if MIROLTA_HAS_CLASS(PexBigNumber)
     {&CLSID_PexBigNumber, OLESTR("PexBigNumber"),
      OLESTR("Big integers"), &kBigNumberInterface},
+#endif
+#if MIROLTA_HAS_CLASS(ToviStreamCrypt)
     {&CLSID_ToviStreamCrypt, OLESTR("ToviStreamCrypt"),
      OLESTR("A stream filter that encrypts or decrypts"), &kToviStreamCryptInterface},
+#endif
 };
 // clang-format on
 

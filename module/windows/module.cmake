@@ -1,39 +1,17 @@
 # The module for Windows: Mirolta.dll, and the manifest for use without registration.
 enable_language(RC)
-
-# Writes the definitions from the tables. It runs on the building machine, so it comes from the native
-# build.
-find_program(MIROLTA_DEFINITIONS mirolta-definitions REQUIRED
-  HINTS ${PROJECT_SOURCE_DIR}/build/native/bin
-  DOC "The program mirolta-definitions of a native build" NO_CMAKE_FIND_ROOT_PATH)
+include(${CMAKE_CURRENT_LIST_DIR}/definitions.cmake)
 
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
   set(manifest_processor amd64)
 else()
   set(manifest_processor x86)
 endif()
-find_program(MIROLTA_WIDL ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-widl REQUIRED
-  DOC "The compiler of interface definitions" NO_CMAKE_FIND_ROOT_PATH)
-
-set(sources ${CMAKE_CURRENT_SOURCE_DIR}/windows)
-set(made ${CMAKE_CURRENT_BINARY_DIR}/definitions)
-file(MAKE_DIRECTORY ${made})
-
 add_custom_command(
-  OUTPUT ${made}/Mirolta.idl ${made}/Mirolta.rc ${PROJECT_BINARY_DIR}/Mirolta.manifest
-  COMMAND ${MIROLTA_DEFINITIONS} idl ${made}/Mirolta.idl
-  COMMAND ${MIROLTA_DEFINITIONS} resources ${made}/Mirolta.rc ${PROJECT_VERSION}
+  OUTPUT ${PROJECT_BINARY_DIR}/Mirolta.manifest
   COMMAND ${MIROLTA_DEFINITIONS} manifest ${PROJECT_BINARY_DIR}/Mirolta.manifest ${PROJECT_VERSION}
     ${manifest_processor}
   DEPENDS ${MIROLTA_DEFINITIONS}
-  VERBATIM)
-add_custom_command(
-  OUTPUT ${made}/Mirolta.tlb
-  COMMAND ${MIROLTA_WIDL} -t -I ${sources} -o stdole2.tlb ${sources}/stdole2.idl
-  COMMAND ${MIROLTA_WIDL} -t -I ${sources} -L . -o Mirolta.tlb Mirolta.idl
-  COMMAND ${MIROLTA_DEFINITIONS} untimed Mirolta.tlb
-  DEPENDS ${made}/Mirolta.idl ${sources}/automation_types.idl ${sources}/stdole2.idl
-  WORKING_DIRECTORY ${made}
   VERBATIM)
 
 set_source_files_properties(${made}/Mirolta.rc PROPERTIES
