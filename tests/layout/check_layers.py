@@ -65,7 +65,8 @@ ALLOWED_SYSTEM = {
     "algorithm", "array", "atomic", "bit", "climits", "cstddef", "cstdint", "cstring", "initializer_list",
     "iterator", "limits", "memory", "new", "tuple", "type_traits", "utility",
 }
-INTRINSICS = {"immintrin.h", "emmintrin.h", "tmmintrin.h", "wmmintrin.h", "smmintrin.h", "x86intrin.h"}
+INTRINSICS = {"immintrin.h", "emmintrin.h", "tmmintrin.h", "wmmintrin.h", "smmintrin.h", "x86intrin.h",
+              "arm_neon.h"}
 BANNED = re.compile(r"\b(throw|try|catch|dynamic_cast|typeid)\b|(?<!\w)_WIN32\b")
 
 

@@ -17,7 +17,7 @@ import sys
 
 from check_layers import MODULE_FOLDERS, strip_comments
 
-FOLDERS = MODULE_FOLDERS + ["platform/seam", "platform/windows", "platform/runtime"]
+FOLDERS = MODULE_FOLDERS + ["platform/seam", "platform/windows", "platform/handheld", "platform/runtime"]
 HELPER = "platform/seam/checked_size.h"
 # An array of some type: its size stands in brackets behind the type.
 ARRAY = re.compile(r"\bnew\s*(\([^()]*\)\s*)?(\(\s*)?[A-Za-z_][\w:<>*\s]*\[")

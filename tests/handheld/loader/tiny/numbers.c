@@ -1,0 +1,4 @@
+// A DLL that tiny.dll imports a function of, by its number.
+double Half(double value) {
+  return value / 2;
+}
