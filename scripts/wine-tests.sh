@@ -184,7 +184,7 @@ scripts() {
 
 # Clients: of the interfaces, slot by slot, and of the module's compiler runtime routines.
 client() {
-  for client in early_bound_client language_support_client; do
+  for client in early_bound_client language_support_client handheld_start_client; do
     run_wine "$windows/tests/$client.exe" >"$work/$client"
     cat "$work/$client"
     grep -q '^[1-9][0-9]* checks, 0 failed$' "$work/$client" || fail "$client failed"
