@@ -124,6 +124,7 @@ void AddVersions() {
       {kFeatureSsse3, "SSE4.1"}, {kFeatureAvx2, "AVX2"},       {kFeatureBmi2Adx, "BMI2+ADX"},
       {kFeatureAesNi, "AES"},    {kFeatureSha, "SHA"},         {kFeatureAvx512, "AVX-512"},
       {kFeatureVaes, "VAES"},    {kFeatureAvx512Ifma, "IFMA"}, {kFeatureGfni, "GFNI"},
+      {kFeatureArmAes, "AES"},   {kFeatureArmSha1, "SHA-1"},   {kFeatureArmSha2, "SHA-256"},
   };
   std::string features;
   for (const auto& row : kNames) {

@@ -57,7 +57,7 @@ inline PeerNumbers RandomNumbers(size_t bits, uint64_t seed, Parity parity = Par
 }
 
 inline std::string TextOf(const BigInt& n) {
-  std::vector<uint8_t> bytes(ByteLength(n));
+  std::vector<uint8_t> bytes(static_cast<size_t>(ByteLength(n)));
   ToBytes(bytes.data(), n);
   return "number " + std::string(bytes.begin(), bytes.end());
 }

@@ -23,16 +23,18 @@ bool IsGmpFermatPrime(const mpz_t n) {
 // The same candidates as ours: odd, without a factor in the table.
 void GmpNextPrime(mpz_t n) {
   if (mpz_even_p(n)) mpz_add_ui(n, n, 1);
+  unsigned long primes[kTablePrimes];
   unsigned long remainders[kTablePrimes];
-  for (size_t i = 0; i < kTablePrimes; ++i) {
-    remainders[i] = mpz_fdiv_ui(n, kSmallPrimes.primes[i]);
+  for (SmallPrime prime; prime.Index() < kTablePrimes; prime.Next()) {
+    primes[prime.Index()] = prime.Value();
+    remainders[prime.Index()] = mpz_fdiv_ui(n, prime.Value());
   }
   for (unsigned long offset = 0;; offset += 2) {
     bool divides = false;
     for (size_t i = 1; i < kTablePrimes; ++i) {
       divides = divides || remainders[i] == 0;
       remainders[i] += 2;
-      if (remainders[i] >= kSmallPrimes.primes[i]) remainders[i] -= kSmallPrimes.primes[i];
+      if (remainders[i] >= primes[i]) remainders[i] -= primes[i];
     }
     if (divides) continue;
     GmpNumber candidate;
