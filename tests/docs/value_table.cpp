@@ -31,7 +31,7 @@ class Rows {
 
     Add("VT_EMPTY", "", TestValue());
     Add("VT_NULL", "", TestValue(VT_NULL));
-    Number("VT_I1", "-1", VT_I1)->cVal = -1;
+    Number("VT_I1", "-1", VT_I1)->cVal = static_cast<CHAR>(-1);
     Number("VT_I2", "-2", VT_I2)->iVal = -2;
     Number("VT_I4", "255", VT_I4)->lVal = 255;
     Number("VT_I8", "255", VT_I8)->llVal = 255;

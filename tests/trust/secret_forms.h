@@ -178,8 +178,9 @@ inline void WatchForResidues(const BigInt& start, uint32_t window, unsigned wind
   BigInt number = start;
   for (unsigned i = 0; i <= windows; ++i) {
     Bytes residues;
-    for (size_t prime = 100; prime < 200; ++prime) {  // the first are too small to identify
-      const uint32_t p = kSmallPrimes.primes[prime];
+    for (SmallPrime prime; prime.Index() < 200; prime.Next()) {
+      if (prime.Index() < 100) continue;  // too small to identify
+      const uint32_t p = prime.Value();
       const BigInt residue = number % BigInt(p);
       const uint16_t first = static_cast<uint16_t>((p - residue.GetWord(0)) % p);
       residues.push_back(static_cast<uint8_t>(first));
