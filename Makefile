@@ -9,8 +9,10 @@ FUZZ_SECONDS ?= 60
 MUTANTS ?= 300
 SEED ?= 1
 
-.PHONY: help run check test build windows windows-tests definitions docs package package-arm package-test bench \
-  bench-avx2 count fuzz coverage mutate flags arm arm-check lint lint-sources fresh clean
+.PHONY: help run check test build windows windows-tests windows-arm64 definitions \
+  handheld handheld-definitions handheld-packages handheld-test \
+  docs package package-arm package-test bench bench-avx2 arm-bench arm-bench-packages \
+  count size fuzz coverage mutate flags arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -24,13 +26,18 @@ make build                        build/native: mirolta-host, libMirolta.so     
 make test                         lint; every test, plain, by Wine, under sanitizers     40 min  10 min
 make lint [PATHS="path..."]       the sources, by compilers and analysers                15 min   1 min
 make windows                      build/windows-x64, -x86: Mirolta.dll                    4 min  10 s
+make windows-arm64                build/windows-arm64/Mirolta.dll, and its checks          5 min  10 s
+make handheld                     build/handheld/Mirolta.dll for Windows CE; checks it      5 min  10 s
+make handheld-test                that DLL on ARM Linux, emulated: all its classes         6 min   1 min
 make package                      build/package: .deb, .tar.gz, .zip, .msi, SHA256SUMS     8 min   5 min
 make package-arm                  .deb packages for armel, armhf, arm64                    6 min   6 min
 make package-test                 installs, upgrades, removes, builds them again          5 min   5 min
 make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
+make arm-bench [FILTER=text]      instructions on ARM beside other libraries             10 min   3 min
 make docs                         build/docs: pages with a search, manual pages           1 min  20 s
 make count                        instructions of the portable kernels                    1 min   1 min
+make size                         bytes of the module, its stack and heap on 32-bit ARM   15 min   3 min
 make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       17 min  13 min
 make coverage [FILES=1]           lines and branches of the module that the tests run    15 min   8 min
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
@@ -50,10 +57,15 @@ help:
 lists-check = packages-test.txt
 lists-test = packages-test.txt packages-windows.txt packages-bench.txt packages-lint.txt
 lists-windows = packages-windows.txt
+lists-windows-arm64 = packages-windows-arm64.txt
+lists-handheld = packages-handheld.txt
+lists-handheld-test = packages-handheld.txt packages-arm.txt packages-test.txt
 lists-package = packages-package.txt packages-windows.txt packages-docs.txt
 lists-package-test = $(lists-package)
 lists-bench = packages-bench.txt
+lists-arm-bench = packages-arm.txt
 lists-docs = packages-docs.txt
+lists-size = packages-size.txt packages-handheld.txt
 lists-fuzz = packages-fuzz.txt
 lists-coverage = packages-test.txt
 lists-mutate = packages-test.txt packages-mutate.txt packages-windows.txt
@@ -100,6 +112,27 @@ windows: build-windows-x64 build-windows-x86
 windows-tests: windows
 	$(call build,windows-x64,windows-tests)
 
+# The module for Windows CE on ARM, and the checks of what its loader takes.
+build/handheld/build.ninja: | setup-handheld handheld-definitions
+handheld-definitions: build/native/build.ninja
+	$(call build,native,mirolta-definitions)
+
+handheld: setup-handheld handheld-definitions build-handheld
+	@ctest --preset handheld
+
+# The module loaded on ARMv7 Linux, emulated, and compared with the native one.
+build/handheld-test/build.ninja: | setup-handheld-test handheld handheld-packages
+handheld-packages:
+	@scripts/arm-packages.sh armhf
+handheld-test: setup-handheld-test handheld build build/handheld-test/build.ninja
+	$(call build,handheld-test,handheld-tests)
+	@ctest --preset handheld-test -j$(JOBS)
+
+# The module for Windows on 64-bit ARM, and the checks of what it imports, exports and contains.
+build/windows-arm64/build.ninja: | setup-windows-arm64 handheld-definitions
+windows-arm64: setup-windows-arm64 handheld-definitions build-windows-arm64
+	@ctest --preset windows-arm64
+
 # Each part writes its files into build/package; the list of their digests comes last.
 package: setup-package windows
 	@rm -rf build/package
@@ -145,10 +178,32 @@ bench bench-avx2: %: build/%/build.ninja
 	@python3 bench/table.py build/$@/results.json $(if $(FILTER),,docs/$(REPORT).md)
 	@$(if $(FILTER),,python3 -B bench/plots.py build/$@/results.json build/$@/plots)
 
+# Instructions under QEMU, beside the peers of Debian's packages for the same processor. A run of all
+# rows writes docs/benchmarks-arm.md; with FILTER, a part of row names, it only prints.
+arm-bench-packages: setup-arm-bench
+	@for architecture in armel armhf arm64; do \
+	  scripts/target-packages.sh $$architecture build/packages/bench-$$architecture \
+	    libssl-dev nettle-dev libgcrypt20-dev libgmp-dev || exit 1; done
+
+arm-benches = build/arm-bench/build.ninja build/armhf-bench/build.ninja build/arm64-bench/build.ninja
+$(arm-benches): | arm-bench-packages
+arm-bench: $(arm-benches)
+	$(call build,arm-bench,mirolta-arm-count)
+	$(call build,armhf-bench,mirolta-arm-count)
+	$(call build,arm64-bench,mirolta-arm-count)
+	@python3 -B bench/arm/count.py --pattern '$(FILTER)' $(if $(FILTER),,--report docs/benchmarks-arm.md) \
+	  armel build/arm-bench armhf build/armhf-bench arm64 build/arm64-bench
+
 # Instructions per byte of the portable kernels.
 count: setup-bench build/count/build.ninja
 	$(call build,count,mirolta-count)
 	@python3 bench/count.py build/count/bin/mirolta-count
+
+# What the module takes of a small device, compared with scripts/budget/budgets.txt (docs/budgets.md).
+build/size/build.ninja: | setup-size
+size: setup-size build/size/build.ninja handheld
+	$(call build,size,mirolta heap_use stack_use)
+	@scripts/budgets.sh build/size build/handheld
 
 # Inputs that fail are kept in fuzz/corpus, from which make test runs them again.
 build/fuzz/build.ninja: | setup-fuzz
