@@ -1,7 +1,6 @@
 #include "type_library_table.h"
 
 #include "big_number_members.h"
-#include "class_choice.h"
 #include "hash_object_members.h"
 #include "mirolta.h"
 #include "rsa_crypt_members.h"
@@ -14,49 +13,49 @@ namespace mirolta {
 namespace {
 
 constexpr const InterfaceTable* kInterfaces[] = {
-#if MIROLTA_HAS_CLASS(HashObject)
+#if MIROLTA_HAS_CLASS_HashObject
     &kHashObjectInterface,
 #endif
-#if MIROLTA_HAS_CLASS(SymmetricCryptObject)
+#if MIROLTA_HAS_CLASS_SymmetricCryptObject
     &kSymmetricCryptInterface,
 #endif
-#if MIROLTA_HAS_CLASS(PexBigNumber)
+#if MIROLTA_HAS_CLASS_PexBigNumber
     &kBigNumberInterface,
 #endif
-#if MIROLTA_HAS_CLASS(RSACrypt)
+#if MIROLTA_HAS_CLASS_RSACrypt
     &kRsaCryptInterface,
 #endif
-#if MIROLTA_HAS_CLASS(ToviStreamDigest)
+#if MIROLTA_HAS_CLASS_ToviStreamDigest
     &kToviStreamDigestInterface,
 #endif
-#if MIROLTA_HAS_CLASS(ToviStreamCrypt)
+#if MIROLTA_HAS_CLASS_ToviStreamCrypt
     &kToviStreamCryptInterface,
 #endif
 };
 
 // clang-format off
 constexpr ClassTableRow kClasses[] = {
-#if MIROLTA_HAS_CLASS(ToviStreamDigest)
+#if MIROLTA_HAS_CLASS_ToviStreamDigest
     {&CLSID_ToviStreamDigest, OLESTR("ToviStreamDigest"),
      OLESTR("A stream filter that computes digests"), &kToviStreamDigestInterface},
 #endif
-#if MIROLTA_HAS_CLASS(HashObject)
+#if MIROLTA_HAS_CLASS_HashObject
     {&CLSID_HashObject, OLESTR("HashObject"),
      OLESTR("Message digests and HMAC"), &kHashObjectInterface},
 #endif
-#if MIROLTA_HAS_CLASS(SymmetricCryptObject)
+#if MIROLTA_HAS_CLASS_SymmetricCryptObject
     {&CLSID_SymmetricCryptObject, OLESTR("SymmetricCryptObject"),
      OLESTR("AES and DES encryption, block by block"), &kSymmetricCryptInterface},
 #endif
-#if MIROLTA_HAS_CLASS(RSACrypt)
+#if MIROLTA_HAS_CLASS_RSACrypt
     {&CLSID_RSACrypt, OLESTR("RSACrypt"),
      OLESTR("Raw RSA and its keys"), &kRsaCryptInterface},
 #endif
-#if MIROLTA_HAS_CLASS(PexBigNumber)
+#if MIROLTA_HAS_CLASS_PexBigNumber
     {&CLSID_PexBigNumber, OLESTR("PexBigNumber"),
      OLESTR("Big integers"), &kBigNumberInterface},
 #endif
-#if MIROLTA_HAS_CLASS(ToviStreamCrypt)
+#if MIROLTA_HAS_CLASS_ToviStreamCrypt
     {&CLSID_ToviStreamCrypt, OLESTR("ToviStreamCrypt"),
      OLESTR("A stream filter that encrypts or decrypts"), &kToviStreamCryptInterface},
 #endif
