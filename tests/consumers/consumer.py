@@ -26,14 +26,21 @@ def environment(**more):
     return {**kept, "LC_ALL": "C.UTF-8", **{name: str(value) for name, value in more.items()}}
 
 
-def run(*command, cwd=None, env=None, status=0):
-    """The output of a command, with its errors; AssertionError if it ends with another status."""
+def run(*command, cwd=None, env=None, status=0, errors=subprocess.STDOUT):
+    """The output of a command, with its errors unless they go elsewhere; AssertionError if it ends with another
+    status."""
     done = subprocess.run([str(word) for word in command], cwd=cwd, env=env or environment(),
-                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, text=True, errors="replace", check=False)
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=errors,
+                          text=True, errors="replace", check=False)
     if done.returncode != status:
-        raise AssertionError(f"{command} in {cwd}: status {done.returncode}\n{done.stdout}")
+        raise AssertionError(f"{command} in {cwd}: status {done.returncode}\n{done.stdout}{done.stderr or ''}")
     return done.stdout
+
+
+def run_by_wine(program, *arguments, prefix):
+    """The output of a Windows program alone: a service of Wine may report a crash of its own beside it."""
+    env = environment(WINEPREFIX=prefix, WINEDEBUG="-all", WINEDLLOVERRIDES="mscoree=;mshtml=")
+    return run("wine", program, *arguments, env=env, errors=subprocess.PIPE).replace("\r", "")
 
 
 def page_sections():

@@ -36,11 +36,9 @@ class WindowsInstallation(unittest.TestCase):
         if name != "x64":
             return
         shutil.copy(self.prefix[name] / "bin/Mirolta.dll", program.parent)
-        env = consumer.environment(WINEPREFIX=consumer.PROJECT / "build/wine", WINEDEBUG="-all",
-                                   WINEDLLOVERRIDES="mscoree=;mshtml=")
         for arguments in ([], ["registered"]):
-            self.assertEqual(consumer.run("wine", program, *arguments, env=env).replace("\r", ""),
-                             consumer.DIGEST)
+            self.assertEqual(
+                consumer.run_by_wine(program, *arguments, prefix=consumer.PROJECT / "build/wine"), consumer.DIGEST)
 
     def test_files(self):
         for prefix in self.prefix.values():
