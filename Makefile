@@ -33,6 +33,7 @@ make package                      build/package: .deb, .tar.gz, .zip, .msi, SHA2
 make package-arm                  .deb packages for armel, armhf, arm64                    6 min   6 min
 make package-test                 installs, upgrades, removes, builds them again          5 min   5 min
 make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
+     [PEERS=trixie]               beside those libraries of Debian 13 too             60 min  50 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
 make arm-bench [FILTER=text]      instructions on ARM beside other libraries             10 min   3 min
 make docs                         build/docs: pages with a search, manual pages           1 min  20 s
@@ -172,10 +173,17 @@ bench: REPORT = benchmarks
 bench-avx2: REPORT = benchmarks-avx2
 bench-avx2: export OPENSSL_ia32cap = :~0x600c0230000
 build/bench/build.ninja build/bench-avx2/build.ninja build/count/build.ninja: | setup-bench
+# The peers of another release of Debian are unpacked into the build, and measured after the machine's own.
+build/bench-$(PEERS)/build.ninja: | peers-$(PEERS)
+peers-%: setup-bench
+	@scripts/target-packages.sh --release $* amd64 build/packages/peers-$* \
+	  libssl-dev nettle-dev libgcrypt20-dev libgmp-dev libbotan-3-dev
+bench-runs = $@ $(addprefix bench-,$(PEERS))
+bench: $(patsubst %,build/bench-%/build.ninja,$(PEERS))
 bench bench-avx2: %: build/%/build.ninja
-	$(call build,$@,mirolta-bench)
-	@build/$@/bin/mirolta-bench build/$@/results.json '$(FILTER)'
-	@python3 bench/table.py build/$@/results.json $(if $(FILTER),,docs/$(REPORT).md)
+	@for run in $(bench-runs); do cmake --build build/$$run -j$(JOBS) --target mirolta-bench && \
+	  build/$$run/bin/mirolta-bench build/$$run/results.json '$(FILTER)' || exit 1; done
+	@python3 bench/table.py $(if $(FILTER),,--page docs/$(REPORT).md) $(bench-runs:%=build/%/results.json)
 	@$(if $(FILTER),,python3 -B bench/plots.py build/$@/results.json build/$@/plots)
 
 # Instructions under QEMU, beside the peers of Debian's packages for the same processor. A run of all

@@ -19,6 +19,7 @@ LEVEL = "engine"
 SIZE = re.compile(r"^(.*)[/,] ?(\d+) (bytes|KiB|MiB|bits)$")
 FACTORS = {"bytes": 1, "KiB": 1 << 10, "MiB": 1 << 20, "bits": 1}
 SPEED = re.compile(r"^(.*?) ?([\d.e+]+) (GB/s|MB/s|s|ms|µs|ns)$")
+VERSION = re.compile(r" [\d.]+$")  # of a peer that was measured in a run of its own
 UNITS = {"GB/s": 1e9, "MB/s": 1e6, "s": 1, "ms": 1e-3, "µs": 1e-6, "ns": 1e-9}
 # A colour for each contestant, the same in all plots; ours is drawn last and thickest.
 COLOURS = {"ours": "#c0392b", "OpenSSL": "#2c6fbb", "OpenSSL EVP": "#7fb2e5", "nettle": "#3a9d5d",
@@ -105,9 +106,11 @@ def program(task, plot, file):
     ]
     drawn = []
     for name in order:
-        colour = COLOURS.get(name, "#555555")
+        contestant = VERSION.sub("", name)
+        colour = COLOURS.get(contestant, "#555555")
         width, size = (3, 0.9) if name == table.OURS else (1.5, 0.6)
-        drawn.append(f'"-" using 1:2 with linespoints lw {width} pt 7 ps {size} lc rgb "{colour}" '
+        dashes = 1 if contestant == name else 2
+        drawn.append(f'"-" using 1:2 with linespoints lw {width} dt {dashes} pt 7 ps {size} lc rgb "{colour}" '
                      f'title "{name}"')
     lines.append("plot " + ", ".join(drawn))
     for name in order:

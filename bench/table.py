@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Converts the benchmark's JSON to docs/benchmarks.md and prints a table.
 
-usage: table.py results.json [benchmarks.md]
+usage: table.py [--page benchmarks.md] results.json...
 
-Without the second argument no file is written.
+Without a page no file is written. Further results have the same rows beside other versions of the peers.
 """
+import argparse
 import json
 import re
 import sys
@@ -39,6 +40,14 @@ UP_TO_AVX2 = [
 ]
 
 
+PEERS = ("OpenSSL", "nettle", "Botan", "GMP", "libgcrypt")
+
+
+def library(contestant):
+    """The library of a contestant: OpenSSL of `OpenSSL EVP`."""
+    return contestant.split(" ")[0]
+
+
 def has_wide_vectors(report):
     return "AVX-512" in report["context"]["features"]
 
@@ -49,9 +58,8 @@ def requirement(name, ours, peers, wide):
         return ours["required"], ours["stretch"], peers
     for pattern, required, peer in UP_TO_AVX2:
         if re.match(pattern, name):
-            if peer is None:
-                return required, 0, peers
-            return (required, 0, {peer: peers[peer]}) if peer in peers else (0, 0, peers)
+            counting = {name: entry for name, entry in peers.items() if peer in (None, library(name))}
+            return (required, 0, counting) if counting else (0, 0, peers)
     return 0, 0, peers
 
 
@@ -65,6 +73,29 @@ def read_rows(report):
         contestant = contestant.split("/")[0]
         rows.setdefault(row, {})[contestant] = entry
     return rows
+
+
+def merged_rows(reports):
+    """The rows of the first report, with the other reports' peers, whose names get their version.
+
+    A peer's "beside" is our own entry of the run that measured it.
+    """
+    rows = read_rows(reports[0])
+    for report in reports[1:]:
+        for row, contestants in read_rows(report).items():
+            for contestant, entry in contestants.items():
+                if contestant == OURS or row not in rows:
+                    continue
+                entry["beside"] = contestants[OURS]
+                name = library(contestant)
+                version = f" {report['context'][name]}" if name in PEERS else " of the other run"
+                rows[row][contestant + version] = entry
+    return rows
+
+
+def ratio_to(entry, ours):
+    """Our speed over that of a peer, in the run that measured the peer."""
+    return seconds(entry) / seconds(entry.get("beside", ours))
 
 
 def seconds(entry):
@@ -93,12 +124,12 @@ def table_line(name, contestants, wide):
     peers = {peer: entry for peer, entry in contestants.items() if peer != OURS}
     required, stretch, counting = requirement(name, ours, peers, wide)
     shown = ", ".join(f"{peer} {speed_text(entry)}" for peer, entry in sorted(
-        peers.items(), key=lambda item: seconds(item[1])))
+        peers.items(), key=lambda item: ratio_to(item[1], ours)))
     ratio = ""
     verdict = ""
     if peers:
         # Requirements have two decimals, so the ratio is rounded to two.
-        value = round(min(seconds(entry) for entry in counting.values()) / seconds(ours), 2)
+        value = round(min(ratio_to(entry, ours) for entry in counting.values()), 2)
         ratio = f"{value:.2f}"
         if required:
             verdict = "short" if value < required else "met"
@@ -112,9 +143,13 @@ def table_line(name, contestants, wide):
 HEADINGS = ["task", "ours", "peers, best first", "ratio", "required", "stretch", ""]
 
 
-def markdown(report, rows):
-    context = report["context"]
-    wide = has_wide_vectors(report)
+def versions(report):
+    return ", ".join(f"{peer} {report['context'][peer]}" for peer in PEERS)
+
+
+def markdown(reports, rows):
+    context = reports[0]["context"]
+    wide = has_wide_vectors(reports[0])
     lines = [
         "# Benchmarks" if wide else "# Benchmarks without wider vectors than AVX2",
         "",
@@ -122,14 +157,14 @@ def markdown(report, rows):
         "interleaved at random, medians of the repetitions, operands rotated. The ratio is our "
         "speed over that of the best peer in the same run; every output was compared with every "
         "peer's before."
+        + ("" if len(reports) == 1 else " Peers with a version behind their name were measured in "
+           "a run of their own, beside ours there; the ratio is to the best of all.")
         + ("" if wide else " OpenSSL too is kept from wider vectors. Big numbers are required to "
            "reach a ratio to GMP, which is then the one shown."),
         "",
         f"- processor: {context['features'].strip()}; {context['num_cpus']} cores, "
         f"{context['mhz_per_cpu']} MHz",
-        "- peers: " + ", ".join(
-            f"{peer} {context[peer]}" for peer in ("OpenSSL", "nettle", "Botan", "GMP",
-                                                   "libgcrypt")),
+        "- peers: " + "; ".join(versions(report) for report in reports),
         "",
     ]
     for level, title in LEVELS.items():
@@ -146,10 +181,16 @@ def markdown(report, rows):
 
 
 def main(arguments):
-    with open(arguments[0], encoding="utf-8") as file:
-        report = json.load(file)
-    rows = read_rows(report)
-    wide = has_wide_vectors(report)
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--page", help="the page to write")
+    parser.add_argument("results", nargs="+")
+    options = parser.parse_args(arguments)
+    reports = []
+    for name in options.results:
+        with open(name, encoding="utf-8") as file:
+            reports.append(json.load(file))
+    rows = merged_rows(reports)
+    wide = has_wide_vectors(reports[0])
     for name, contestants in rows.items():
         if OURS not in contestants:
             continue
@@ -157,9 +198,9 @@ def main(arguments):
         wanted = f"(required {required}, stretch {stretch}: {verdict})" if required else ""
         level = name.split("/")[0]
         print(f"{level:8} {task}: {ours}; {peers}; ratio {ratio} {wanted}")
-    if len(arguments) > 1:
-        with open(arguments[1], "w", encoding="utf-8") as file:
-            file.write(markdown(report, rows))
+    if options.page:
+        with open(options.page, "w", encoding="utf-8") as file:
+            file.write(markdown(reports, rows))
     return 0
 
 

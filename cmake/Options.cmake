@@ -6,6 +6,7 @@ option(MIROLTA_TESTS "Build the tests, which need the packages of scripts/packag
 option(MIROLTA_WINE_TESTS "Run the tests of the Windows builds too" OFF)
 option(MIROLTA_FUZZ "Build the harnesses of fuzz/ for the compiler's fuzzer, which clang has" OFF)
 option(MIROLTA_BENCH "Build the benchmark, which needs the peers it measures" OFF)
+set(MIROLTA_PEERS "" CACHE PATH "The root folder of other peers than the system's, for the benchmark")
 option(MIROLTA_PORTABLE_ONLY "Leave out every processor-specific kernel" OFF)
 option(MIROLTA_UP_TO_AVX2 "Choose no kernel that needs more than AVX2, AES and SHA instructions" OFF)
 set(all_classes HashObject SymmetricCryptObject PexBigNumber RSACrypt ToviStreamDigest ToviStreamCrypt)

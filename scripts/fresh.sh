@@ -47,13 +47,7 @@ flock 9
 
 if [ ! -d "$bare" ]; then
   # The mirror and proxy of this machine's apt.
-  # shellcheck disable=SC2016  # apt-get expands them
-  mirror=$(apt-get indextargets --format '$(REPO_URI) $(LABEL) $(COMPONENT)' 'Created-By: Packages' |
-    awk '$2 == "Debian" && $3 == "main" { print $1; exit }')
-  [ -n "$mirror" ] || {
-    echo "fresh.sh: the apt sources of this machine name no mirror of Debian" >&2
-    exit 1
-  }
+  mirror=$(scripts/mirror.sh)
   rm -rf "$bare.new"
   eval "$(apt-config shell http_proxy Acquire::http::Proxy https_proxy Acquire::https::Proxy)"
   env ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \

@@ -12,6 +12,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "bench"), str(ROOT / "tests" / "support")]
 import page_blocks  # noqa: E402
 import plots  # noqa: E402
+import table  # noqa: E402
 LEFT_OUT = {"build", ".git", "tests"}
 CLASSES = ["HashObject", "SymmetricCryptObject", "PexBigNumber", "RSACrypt", "ToviStreamDigest",
            "ToviStreamCrypt"]
@@ -187,6 +188,30 @@ class Plots(unittest.TestCase):
         drawn = plots.plots_of(plots.rows_of_report({"benchmarks": entries}))
         self.assertEqual({name: round(values[1024]) for name, values in drawn["AES"].series.items()},
                          {"ours": 2 * 10**9, "nettle": 10**9})
+
+
+class BenchmarkTable(unittest.TestCase):
+    @staticmethod
+    def report(version, times):
+        entries = [{"aggregate_name": "median", "run_name": f"kernel/MD5/16 KiB|{who}", "bytes": 100, "required": 1,
+                    "stretch": 0, "cpu_time": time, "real_time": 0, "has_threads": False, "time_unit": "ns"}
+                   for who, time in times.items()]
+        context = {peer: version for peer in table.PEERS}
+        return {"benchmarks": entries,
+                "context": {**context, "features": "AVX-512", "num_cpus": 2, "mhz_per_cpu": 1}}
+
+    def test_a_row_is_compared_with_the_best_peer_of_all_runs(self):
+        reports = [self.report("3.0", {"ours": 10, "OpenSSL": 20, "nettle": 30}),
+                   self.report("3.5", {"ours": 20, "OpenSSL EVP": 30})]
+        rows = table.merged_rows(reports)
+        self.assertEqual(set(rows["kernel/MD5/16 KiB"]), {"ours", "OpenSSL", "nettle", "OpenSSL EVP 3.5"})
+        # 30 beside 20, though 20 beside 10 is the shorter time.
+        line = table.table_line("kernel/MD5/16 KiB", rows["kernel/MD5/16 KiB"], True)
+        self.assertEqual(line[3], "1.50")
+        self.assertTrue(line[2].startswith("OpenSSL EVP 3.5 "), line[2])
+        page = table.markdown(reports, rows)
+        self.assertIn("OpenSSL 3.0, nettle 3.0", page)
+        self.assertIn("; OpenSSL 3.5, nettle 3.5", page)
 
 
 class Architecture(unittest.TestCase):
