@@ -47,13 +47,8 @@ for script in "$root/examples/tour.js" "$root"/tests/windows/scripts/*; do
 done
 
 # The programs read the published vectors where their build found them.
-vectors=/usr/lib/python3/dist-packages/cryptography_vectors
 mkdir -p "$system$root/tests"
 cp -ru "$root/tests/vectors" "$system$root/tests"
-if [ -d "$vectors" ]; then
-  mkdir -p "$system$vectors"
-  cp -ru "$vectors/hashes" "$vectors/ciphers" "$vectors/HMAC" "$system$vectors"
-fi
 tests=$root/build/windows-x86/tests
 cmake --build "$root/build/windows-x86" --target windows-tests >"$folder/build" ||
   fail "the unit tests do not build: $folder/build"

@@ -1,7 +1,9 @@
 // DES bit-sliced over 256 blocks, with AVX2 (Biham 1997).
+#include <new>
 #include <utility>
 
 #include "des_kernels.h"
+#include "seam/small_stack.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 
@@ -23,11 +25,6 @@ constexpr uint32_t kRowBlocks = 4;
 constexpr uint32_t kLeastBlocks = 37;
 constexpr uint32_t kLeastTripleBlocks = 39;
 
-// The transposition counts the bits of a byte from the lowest, the standard from the highest.
-constexpr int Slot(int n) {
-  return n ^ 7;
-}
-
 MIROLTA_DES_BOX Vector And(Vector a, Vector b) {
   return _mm256_and_si256(a, b);
 }
@@ -44,148 +41,64 @@ MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
   return _mm256_xor_si256(a, b);
 }
 
-MIROLTA_DES_BOX Vector XorKey(Vector bit, const uint32_t* mask) {
-  return _mm256_xor_si256(bit, _mm256_set1_epi32(static_cast<int>(*mask)));
+MIROLTA_DES_BOX void XorKeys(Vector (&in)[6], const uint32_t* masks) {
+  #pragma GCC unroll 6
+  for (int i = 0; i < 6; ++i) {
+    in[i] = _mm256_xor_si256(in[i], _mm256_set1_epi32(static_cast<int>(masks[5 - i])));
+  }
 }
 
-  #include "des_rounds.inc"
-  #include "des_passes.inc"
+// Nothing is hidden: operands in memory cost no instruction.
+MIROLTA_DES_BOX void BeginBox(Vector*, const uint32_t*) {}
 
-MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
-  for (uint32_t i = 0; i < 2 * rounds; ++i) {
-    const Vector word = _mm256_set1_epi32(static_cast<int>(RoundWord(words, i)));
-    Vector bits = _mm256_set_epi32(128, 64, 32, 16, 8, 4, 2, 1);
+MIROLTA_DES_BOX void StoreMasks(uint32_t word, uint32_t* masks) {
+  const Vector words = _mm256_set1_epi32(static_cast<int>(word));
+  Vector bits = _mm256_set_epi32(128, 64, 32, 16, 8, 4, 2, 1);
   #pragma GCC unroll 4
-    for (uint32_t byte = 0; byte < 4; ++byte, masks += 8) {
-      const Vector mask = _mm256_cmpeq_epi32(_mm256_and_si256(word, bits), bits);
-      _mm256_storeu_si256(reinterpret_cast<Vector*>(masks), mask);
-      bits = _mm256_slli_epi32(bits, 8);
-    }
+  for (uint32_t byte = 0; byte < 4; ++byte, masks += 8) {
+    const Vector mask = _mm256_cmpeq_epi32(_mm256_and_si256(words, bits), bits);
+    _mm256_storeu_si256(reinterpret_cast<Vector*>(masks), mask);
+    bits = _mm256_slli_epi32(bits, 8);
   }
 }
 
 // Exchanges, in each 64-bit lane, the bits of a whose index has the bit kShift set with the bits of
-// b at indexes kShift lower, which mask selects.
+// b at indexes kShift lower.
 template <int kShift>
-MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b, Vector mask) {
+MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b) {
+  constexpr uint64_t kLower = ~uint64_t{0} / ((uint64_t{1} << kShift) + 1);
+  const Vector mask = _mm256_set1_epi64x(static_cast<long long>(kLower));
   const Vector difference = And(Xor(_mm256_srli_epi64(a, kShift), b), mask);
   b = Xor(b, difference);
   a = Xor(a, _mm256_slli_epi64(difference, kShift));
 }
 
-// Transposes eight vectors: exchanges the three bits of the vectors' indexes with three bits of the
-// bits' indexes, of which kUnit is the lowest.
-template <int kUnit>
-MIROLTA_DES_BOX void ExchangeEight(Vector* v, const Vector (&masks)[3]) {
-  #pragma GCC unroll 4
-  for (int i = 0; i < 4; ++i) Exchange<4 * kUnit>(v[i], v[i + 4], masks[2]);
-  #pragma GCC unroll 4
-  for (int pair = 0; pair < 4; ++pair) {
-    const int i = pair / 2 * 4 + pair % 2;
-    Exchange<2 * kUnit>(v[i], v[i + 2], masks[1]);
-  }
-  #pragma GCC unroll 4
-  for (int i = 0; i < 8; i += 2) Exchange<kUnit>(v[i], v[i + 1], masks[0]);
+MIROLTA_DES_BOX Vector Zero() {
+  return _mm256_setzero_si256();
 }
 
-MIROLTA_DES_BOX void ExchangeBytes(Vector* v) {
-  const Vector masks[3] = {_mm256_set1_epi64x(0x00FF00FF00FF00FF),
-                           _mm256_set1_epi64x(0x0000FFFF0000FFFF),
-                           _mm256_set1_epi64x(0x00000000FFFFFFFF)};
-  ExchangeEight<8>(v, masks);
+MIROLTA_DES_BOX Vector Load(const uint8_t* in) {
+  return _mm256_loadu_si256(reinterpret_cast<const Vector*>(in));
 }
 
-MIROLTA_DES_BOX void ExchangeBits(Vector* v) {
-  const Vector masks[3] = {_mm256_set1_epi64x(0x5555555555555555),
-                           _mm256_set1_epi64x(0x3333333333333333),
-                           _mm256_set1_epi64x(0x0F0F0F0F0F0F0F0F)};
-  ExchangeEight<1>(v, masks);
+MIROLTA_DES_BOX void Store(Vector v, uint8_t* out) {
+  _mm256_storeu_si256(reinterpret_cast<Vector*>(out), v);
 }
 
-// The mask of the first left < kRowBlocks blocks of a row.
-MIROLTA_DES_BOX Vector RowMask(uint32_t left) {
-  return _mm256_cmpgt_epi64(_mm256_set1_epi64x(left), _mm256_set_epi64x(3, 2, 1, 0));
+// Masked accesses are many times slower than others.
+MIROLTA_DES_BOX Vector FirstMask(uint32_t count) {
+  return _mm256_cmpgt_epi64(_mm256_set1_epi64x(count), _mm256_set_epi64x(3, 2, 1, 0));
 }
 
-// A row of in[block_count]; blocks beyond the last are zero. Only a partial row takes a masked
-// access, which is many times slower.
-MIROLTA_DES_BOX Vector LoadRow(const uint8_t* in, uint32_t row, uint32_t block_count) {
-  const uint32_t before = row * kRowBlocks;
-  const uint8_t* const place = in + size_t{kDesBlockSize} * before;
-  if (block_count >= before + kRowBlocks) {
-    return _mm256_loadu_si256(reinterpret_cast<const Vector*>(place));
-  }
-  if (block_count <= before) return _mm256_setzero_si256();
-  return _mm256_maskload_epi64(reinterpret_cast<const long long*>(place),
-                               RowMask(block_count - before));
+MIROLTA_DES_BOX Vector LoadFirst(const uint8_t* in, uint32_t count) {
+  return _mm256_maskload_epi64(reinterpret_cast<const long long*>(in), FirstMask(count));
 }
 
-MIROLTA_DES_BOX void StoreRow(Vector v, uint32_t row, uint32_t block_count, uint8_t* out) {
-  const uint32_t before = row * kRowBlocks;
-  uint8_t* const place = out + size_t{kDesBlockSize} * before;
-  if (block_count >= before + kRowBlocks) {
-    _mm256_storeu_si256(reinterpret_cast<Vector*>(place), v);
-  } else if (block_count > before) {
-    _mm256_maskstore_epi64(reinterpret_cast<long long*>(place), RowMask(block_count - before), v);
-  }
+MIROLTA_DES_BOX void StoreFirst(Vector v, uint32_t count, uint8_t* out) {
+  _mm256_maskstore_epi64(reinterpret_cast<long long*>(out), FirstMask(count), v);
 }
 
-// Transposes 64 rows of four blocks to bit slices: first bytes, then the bits in them.
-MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* state) {
-  for (uint32_t column = 0; column < 8; ++column) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = LoadRow(in, 8 * i + column, block_count);
-    ExchangeBytes(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) state[8 * i + column] = v[i];
-  }
-  for (uint32_t group = 0; group < kRows; group += 8) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = state[group + i];
-    ExchangeBits(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) state[group + i] = v[i];
-  }
-}
-
-// The steps of Slice in reverse, with the two vectors of each pair exchanged (see AllRounds).
-MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
-  for (uint32_t group = 0; group < kRows; group += 8) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = state[group + (i ^ 1)];
-    ExchangeBits(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) state[group + i] = v[i];
-  }
-  for (uint32_t column = 0; column < 8; ++column) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = state[8 * i + column];
-    ExchangeBytes(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) StoreRow(v[i], 8 * i + column, block_count, out);
-  }
-}
-
-MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {
-  Passes& passes = *static_cast<Passes*>(context);
-  Work* const work = passes.work;
-  MakeMasks(passes.words, passes.rounds, work->masks);
-  uint32_t done = 0;
-  while (passes.block_count - done >= passes.least) {
-    const uint32_t left = passes.block_count - done;
-    const uint32_t count = left < kMostBlocks ? left : kMostBlocks;
-    Slice(passes.in + kDesBlockSize * done, count, work->state);
-    AllRounds(work->state, work->masks, passes.rounds);
-    Join(work->state, count, passes.out + kDesBlockSize * done);
-    done += count;
-  }
-  passes.done = done;
-  return S_OK;
-}
+  #include "des_slices.inc"
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "des_kernels.h"
 
+#include "seam/neon.h"
+
 namespace mirolta {
 
 namespace {
@@ -10,6 +12,9 @@ constexpr Kernel<DesTransform> kEncryptRows[] = {
     {"des-encrypt-avx2", kFeatureAvx2, DesEncryptAvx2},
     {"des-encrypt-gfni", kFeatureGfni, DesEncryptGfni},
     {"des-encrypt-words64", 0, DesEncryptWords64},
+#endif
+#if MIROLTA_KERNELS_FOR(NEON)
+    {"des-encrypt-neon", kNeedsNeon, DesEncryptNeon},
 #endif
 #if MIROLTA_KERNELS_FOR(ARM)
     {"des-encrypt-arm", 0, DesEncryptArm},
@@ -23,6 +28,9 @@ constexpr Kernel<DesTransform> kDecryptRows[] = {
     {"des-decrypt-avx2", kFeatureAvx2, DesDecryptAvx2},
     {"des-decrypt-gfni", kFeatureGfni, DesDecryptGfni},
     {"des-decrypt-words64", 0, DesDecryptWords64},
+#endif
+#if MIROLTA_KERNELS_FOR(NEON)
+    {"des-decrypt-neon", kNeedsNeon, DesDecryptNeon},
 #endif
 #if MIROLTA_KERNELS_FOR(ARM)
     {"des-decrypt-arm", 0, DesDecryptArm},

@@ -31,6 +31,10 @@ DesTransformKernel DesDecryptPortable;
 DesTransformKernel DesEncryptArm;
 DesTransformKernel DesDecryptArm;
 
+// NEON
+DesTransformKernel DesEncryptNeon;
+DesTransformKernel DesDecryptNeon;
+
 // x86-64
 DesTransformKernel DesEncryptWords64;
 DesTransformKernel DesDecryptWords64;

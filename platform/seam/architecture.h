@@ -41,3 +41,11 @@
 #else
   #define MIROLTA_KERNELS_FOR_AARCH64 0
 #endif
+// NEON has what both kinds have: vectors of 128 bits. On 64-bit processors it needs no feature, on 32-bit
+// ones kFeatureNeon, and a compiler that takes it as an attribute of functions, or a build that allows it.
+#if MIROLTA_KERNELS_FOR_AARCH64 || \
+    (MIROLTA_KERNELS_FOR_ARMV7 && (defined(__ARM_NEON) || !defined(__clang__)))
+  #define MIROLTA_KERNELS_FOR_NEON 1
+#else
+  #define MIROLTA_KERNELS_FOR_NEON 0
+#endif

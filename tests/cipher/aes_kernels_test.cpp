@@ -34,10 +34,6 @@ TEST(AesKernels, TransformAsPublished) {
   ForEachAesVector(CheckVector);
 }
 
-TEST(AesKernels, TransformAsPublishedForEveryVariableBit) {
-  ForEachAesVariableBit(CheckVector);
-}
-
 TEST(AesKernels, AgreeWithThePortableOnes) {
   std::mt19937 random(1);
   for (const uint32_t length : kKeyLengths) {

@@ -21,7 +21,8 @@ inline std::vector<uint32_t> CheckedCounts() {
   for (uint32_t middle : {96u, 128u, 192u, 256u, 448u, 512u, 768u, 1024u}) {
     for (uint32_t count = middle - 2; count <= middle + 2; ++count) counts.push_back(count);
   }
-  for (uint32_t count : {100u, 285u, 286u, 287u, 288u, 533u, 534u, 535u, 536u, 600u, 1100u}) {
+  for (uint32_t count : {100u, 147u, 148u, 149u, 150u, 157u, 158u, 160u, 161u, 285u, 286u, 287u,
+                         288u, 533u, 534u, 535u, 536u, 600u, 1100u}) {
     counts.push_back(count);
   }
   return counts;

@@ -18,25 +18,6 @@ void ForEachAesVector(const Check& check) {
                   });
 }
 
-// The same for each variable bit of keys and plaintexts; skips the test where the package with
-// these response files is not installed. Of DES all response files are among the files here.
-template <typename Check>
-void ForEachAesVariableBit(const Check& check) {
-  const std::string package = MIROLTA_PACKAGE_VECTORS;
-  if (package.empty()) GTEST_SKIP() << "python3-cryptography-vectors is not installed";
-  for (const char* kind : {"VarKey", "VarTxt"}) {
-    for (const char* bits : {"128", "192", "256"}) {
-      CheckVectorFile(package + "/ciphers/AES/ECB/ECB" + kind + bits + ".rsp",
-                      {"COUNT", "KEY", "PLAINTEXT", "CIPHERTEXT"}, [&](const VectorCase& one) {
-                        one.Number("COUNT");
-                        const Bytes key = one.Bytes("KEY");
-                        ASSERT_EQ(key.size() * 8, std::stoul(bits));
-                        check(key, one.Bytes("PLAINTEXT"), one.Bytes("CIPHERTEXT"));
-                      });
-    }
-  }
-}
-
 // Runs check(key, plaintext, ciphertext) for each case of DES: equal keys as one, two and three.
 template <typename Check>
 void ForEachDesVector(const Check& check) {

@@ -7,6 +7,7 @@
 #include "block_kernel_checks.h"
 #include "cipher_vectors.h"
 #include "des_schedule.h"
+#include "seam/neon.h"
 
 namespace mirolta::test {
 namespace {
@@ -62,6 +63,7 @@ TEST(DesKernels, NeedTheInstructionsThatTheyUse) {
                                          {"-avx2", kFeatureAvx2},
                                          {"-gfni", kFeatureGfni},
                                          {"-words64", 0},
+                                         {"-neon", kNeedsNeon},
                                          {"-arm", 0},
                                          {"-portable", 0}};
   ExpectNeeds(kDesEncryptKernels, kinds);

@@ -41,8 +41,8 @@ void CheckHmac(const OLECHAR* algorithm, const std::string& path) {
     ASSERT_EQ(engine->SetKey(BytesValue(one.Bytes("Key")), 0), S_OK);
     const Bytes expected = one.Bytes("MD");
     const Bytes mac = DigestOf(*engine, one.Bytes("Msg"));
-    // RFC 4231, 4.6 prints 128 bits only.
-    ASSERT_TRUE(expected.size() == mac.size() || expected.size() == 16);
+    // Some are published as their first 128 bits or more.
+    ASSERT_TRUE(expected.size() >= 16 && expected.size() <= mac.size());
     EXPECT_EQ(Head(mac, expected.size()), expected);
   });
 }
@@ -90,25 +90,6 @@ TEST(HashVectors, HmacsArePublishedOnes) {
 TEST(HashVectors, ChainsOfDigestsPassPublishedCheckpoints) {
   CheckMonteCarlo(OLESTR("SHA1"), kFolder + "/sha1_monte.txt");
   CheckMonteCarlo(OLESTR("SHA256"), kFolder + "/sha256_monte.txt");
-}
-
-// The response files whole, where their package is installed.
-TEST(HashVectors, DigestsOfAllLongMessagesArePublishedOnes) {
-  const std::string package = MIROLTA_PACKAGE_VECTORS;
-  if (package.empty()) GTEST_SKIP() << "python3-cryptography-vectors is not installed";
-  const struct {
-    const OLECHAR* algorithm;
-    const char* file;
-  } rows[] = {{OLESTR("SHA1"), "/hashes/SHA1/SHA1LongMsg.rsp"},
-              {OLESTR("SHA256"), "/hashes/SHA2/SHA256LongMsg.rsp"}};
-  for (const auto& row : rows) {
-    const auto engine = MakeEngine(row.algorithm);
-    CheckVectorFile(package + row.file, {"Len", "Msg", "MD"}, [&](const VectorCase& one) {
-      const Bytes message = one.Bytes("Msg");
-      ASSERT_EQ(one.Number("Len"), 8 * message.size());
-      EXPECT_EQ(DigestOf(*engine, message), one.Bytes("MD"));
-    });
-  }
 }
 
 }  // namespace
