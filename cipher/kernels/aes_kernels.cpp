@@ -1,5 +1,7 @@
 #include "aes_kernels.h"
 
+#include "seam/neon.h"
+
 namespace mirolta {
 
 namespace {
@@ -28,11 +30,14 @@ constexpr Kernel<AesTransform> kEncryptRows[] = {
     {"aes-encrypt-vaes256", kNeedsVaes256, AesEncryptVaes256},
     {"aes-encrypt-aesni", kNeedsAesNi, AesEncryptAesNi},
 #endif
-#if MIROLTA_KERNELS_FOR(ARM) && MIROLTA_AES_TABLES
-    {"aes-encrypt-arm", 0, AesEncryptArm},
-#endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
     {"aes-encrypt-armv8", kFeatureArmAes, AesEncryptArmv8},
+#endif
+#if MIROLTA_KERNELS_FOR(NEON)
+    {"aes-encrypt-neon", kNeedsNeon, AesEncryptNeon},
+#endif
+#if MIROLTA_KERNELS_FOR(ARM) && MIROLTA_AES_TABLES
+    {"aes-encrypt-arm", 0, AesEncryptArm},
 #endif
 #if MIROLTA_AES_TABLES
     {"aes-encrypt-portable", 0, AesEncryptPortable},
@@ -47,11 +52,14 @@ constexpr Kernel<AesTransform> kDecryptRows[] = {
     {"aes-decrypt-vaes256", kNeedsVaes256, AesDecryptVaes256},
     {"aes-decrypt-aesni", kNeedsAesNi, AesDecryptAesNi},
 #endif
-#if MIROLTA_KERNELS_FOR(ARM) && MIROLTA_AES_TABLES
-    {"aes-decrypt-arm", 0, AesDecryptArm},
-#endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
     {"aes-decrypt-armv8", kFeatureArmAes, AesDecryptArmv8},
+#endif
+#if MIROLTA_KERNELS_FOR(NEON)
+    {"aes-decrypt-neon", kNeedsNeon, AesDecryptNeon},
+#endif
+#if MIROLTA_KERNELS_FOR(ARM) && MIROLTA_AES_TABLES
+    {"aes-decrypt-arm", 0, AesDecryptArm},
 #endif
 #if MIROLTA_AES_TABLES
     {"aes-decrypt-portable", 0, AesDecryptPortable},

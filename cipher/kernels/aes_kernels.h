@@ -11,7 +11,8 @@ namespace mirolta {
 // AesTransform transforms block_count blocks, each independently (ECB).
 // Shapes: in[16 * block_count], out[16 * block_count]; the schedule as ExpandAesKey fills it.
 // Alias:  out is in, or does not overlap it.
-// Time:   the portable kernels look up tables at addresses that depend on key and data.
+// Time:   kernels without AES instructions or bit slices, and those with bit slices for their last few
+//         blocks, look up tables at addresses that depend on key and data.
 // Source: FIPS-197, 5.1 and 5.3.5.
 using AesTransform = void (*)(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
                               uint32_t block_count);
@@ -42,6 +43,10 @@ AesTransformKernel AesDecryptCompact;
 // 32-bit ARM
 AesTransformKernel AesEncryptArm;
 AesTransformKernel AesDecryptArm;
+
+// NEON
+AesTransformKernel AesEncryptNeon;
+AesTransformKernel AesDecryptNeon;
 
 // x86-64
 AesExpansionKernel AesExpandAesNi;

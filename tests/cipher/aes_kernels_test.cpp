@@ -8,6 +8,7 @@
 #include "aes_tables.h"
 #include "block_kernel_checks.h"
 #include "cipher_vectors.h"
+#include "seam/neon.h"
 
 namespace mirolta::test {
 namespace {
@@ -95,6 +96,7 @@ TEST(AesKernels, NeedTheInstructionsThatTheyUse) {
   const std::vector<KernelKind> kinds = {{"-vaes512", kVaes256 | kFeatureAvx512},
                                          {"-vaes256", kVaes256},
                                          {"-aesni", kAesNi},
+                                         {"-neon", kNeedsNeon},
                                          {"-arm", 0},
                                          {"-armv8", kFeatureArmAes},
                                          {"-portable", 0}};

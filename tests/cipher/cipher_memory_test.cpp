@@ -5,7 +5,8 @@
 
 #include "aes_schedule.h"
 #include "cipher_testing.h"
-#include "des_schedule.h"
+#include "des_kernels.h"
+#include "kernel_rows.h"
 #include "memory_watch.h"
 #include "portable/test_hooks.h"
 
@@ -45,6 +46,25 @@ TEST_F(CipherMemory, AnEngineWithoutQueuesFailsUntilThereIsMemory) {
   EXPECT_EQ(Encrypt(*engine, data), S_OK);
   EXPECT_EQ(engine->EncryptOut().Length(), 32u);
   EXPECT_EQ(engine->EncryptIn().Length(), 8u);
+}
+
+// On 32-bit ARM bit slices are in allocated memory; other kernels allocate nothing.
+TEST_F(CipherMemory, DesKernelsNeedNone) {
+  const uint32_t block_count = 200;
+  std::mt19937 random(2);
+  DesSchedule schedule = {};
+  ASSERT_TRUE(ExpandDesKey(RandomBytes(random, 24).data(), 24, &schedule));
+  const Bytes plaintext = RandomBytes(random, block_count * kDesBlockSize);
+  Bytes expected(plaintext.size());
+  DesEncryptPortable(schedule, plaintext.data(), expected.data(), block_count);
+  ForEachKernel(kDesEncryptKernels, [&](const auto& kernel) {
+    Bytes out(plaintext.size());
+    {
+      const LimitAllocations none(0);
+      kernel.function(schedule, plaintext.data(), out.data(), block_count);
+    }
+    EXPECT_EQ(out, expected);
+  });
 }
 
 TEST_F(CipherMemory, OutputThatCannotGrowKeepsTheRestQueued) {
