@@ -41,8 +41,8 @@ void CheckHmac(const OLECHAR* algorithm, const std::string& path) {
     ASSERT_EQ(engine->SetKey(BytesValue(one.Bytes("Key")), 0), S_OK);
     const Bytes expected = one.Bytes("MD");
     const Bytes mac = DigestOf(*engine, one.Bytes("Msg"));
-    // Some are published as their first 128 bits or more.
-    ASSERT_TRUE(expected.size() >= 16 && expected.size() <= mac.size());
+    // Some are published as their first 80 bits or more.
+    ASSERT_TRUE(expected.size() >= 10 && expected.size() <= mac.size());
     EXPECT_EQ(Head(mac, expected.size()), expected);
   });
 }

@@ -11,7 +11,7 @@ import sys
 
 # Archives of the linker that only list imports, which name a symbol or begin a list.
 IMPORTS = re.compile(r"lib\w+\.a\((?:lib)?\w+?(?:_def)?(?:h|t|s\d+)\.o\)$")
-SOURCES = re.compile(r"RFC \d+|FIPS \d+(?:-\d)?|SP \d+-\d+\w?|CAVP|Grabbe")
+SOURCES = re.compile(r"RFC \d+|FIPS \d+(?:-\d)?|SP \d+-\d+\w?|CAVP|Wycheproof|Grabbe")
 
 
 def page_of(project):
