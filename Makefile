@@ -12,7 +12,7 @@ SEED ?= 1
 .PHONY: help run check test build windows windows-tests windows-arm64 definitions \
   handheld handheld-definitions handheld-packages handheld-test \
   docs package package-arm package-test bench bench-avx2 arm-bench arm-bench-packages \
-  count size fuzz coverage mutate flags arm arm-check lint lint-sources fresh clean
+  count size fuzz coverage mutate flags prove arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -44,6 +44,7 @@ make coverage [FILES=1]           lines and branches of the module that the test
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
                                   the tests on small changes of the sources               hours
 make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor    50 min  20 min
+make prove                        loops for all short operands; bounds of arithmetic     15 min   10 min
 make arm-check                    engines and objects by an emulated ARMv5TE              20 min   3 min
 make arm                          all tests by emulated ARMv5TE, ARMv7, 64-bit ARM       hours   1 hour
 make fresh                        run and test on a new Debian 13 and a new Debian 12    80 min  80 min
@@ -71,6 +72,7 @@ lists-fuzz = packages-fuzz.txt
 lists-coverage = packages-test.txt
 lists-mutate = packages-test.txt packages-mutate.txt packages-windows.txt
 lists-flags = packages-test.txt packages-flags.txt
+lists-prove = packages-test.txt
 lists-package-arm = packages-package.txt packages-arm.txt
 lists-arm = packages-test.txt packages-arm.txt
 lists-arm-check = $(lists-arm)
@@ -248,6 +250,12 @@ arm-check: setup-arm-check build/arm/build.ninja
 # Natively, the examples print the same.
 arm: setup-arm build build-arm build-armhf build-arm64
 	@scripts/run-tests.sh arm arm-check armhf arm64
+
+# Bounded proofs, whole; the tests have their short form.
+prove: setup-prove build/native/build.ninja
+	$(call build,native,prove)
+	@build/native/tests/limb_loops --full
+	@python3 tests/prove/bounds.py build/native/tests/constants build/native/tests/constants_portable
 
 # The ordinary build is the first compiler's part. Clean results are cached in build/lint by content.
 lint: setup-lint build-native lint-sources

@@ -16,7 +16,7 @@ inline Limb MaskIf(bool holds) {
 // the compiler's library to divide a double limb.
 inline Limb ReciprocalByProducts(Limb d) {
   // With D = d / B in [1/2, 1): 2.914 - 2 D is 1 / D to three bits. B / 2 stands for 1.
-  constexpr Limb kHalfOfSeed = static_cast<Limb>(Limb{0xBA827999} << (kLimbBits - 32));
+  constexpr Limb kHalfOfSeed = static_cast<Limb>(uint64_t{0xBA82799900000000} >> (64 - kLimbBits));
   Limb r = static_cast<Limb>(2 * kHalfOfSeed - d);
   for (uint32_t bits = 3; bits < kLimbBits; bits *= 2) {
     // Newton's step r (2 - D r). Everything is rounded down, so that r stays below 1 / D.

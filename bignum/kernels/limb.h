@@ -9,7 +9,11 @@
 
 namespace mirolta {
 
-#if !defined(MIROLTA_PORTABLE_ONLY) && defined(__SIZEOF_INT128__)
+#if defined(MIROLTA_BYTE_LIMBS)
+// So few values that tests/prove tries all of them.
+using Limb = uint8_t;
+using DoubleLimb = uint16_t;
+#elif !defined(MIROLTA_PORTABLE_ONLY) && defined(__SIZEOF_INT128__)
 using Limb = uint64_t;
 __extension__ typedef unsigned __int128 DoubleLimb;
 #else
@@ -18,7 +22,7 @@ using DoubleLimb = uint64_t;
 #endif
 
 inline constexpr uint32_t kLimbBits = static_cast<uint32_t>(sizeof(Limb)) * 8;
-inline constexpr uint32_t kLimbWords = kLimbBits / 32;
+inline constexpr uint32_t kLimbWords = (kLimbBits + 31) / 32;
 inline constexpr Limb kLimbMax = static_cast<Limb>(~Limb{0});
 
 // LimbPair: high * B + low.
@@ -115,7 +119,7 @@ inline uint32_t LeadingZeros(Limb x) {
   if constexpr (kLimbBits == 64) {
     return static_cast<uint32_t>(__builtin_clzll(x));
   } else {
-    return static_cast<uint32_t>(__builtin_clz(static_cast<uint32_t>(x)));
+    return static_cast<uint32_t>(__builtin_clz(static_cast<uint32_t>(x))) - (32 - kLimbBits);
   }
 }
 
