@@ -5,6 +5,7 @@
 #include "seam/small_stack.h"
 #include "toom3.h"
 #include "toom32.h"
+#include "transform_product.h"
 
 namespace mirolta {
 
@@ -21,15 +22,37 @@ constexpr bool kHasToom32 = !kSmallStack;
 // The schoolbook method is fastest below, whatever the longer operand's length.
 constexpr size_t kSchoolbookLimbs = kKaratsubaLimbs;
 
-}  // namespace
+bool HasTransforms(size_t m, size_t n) {
+  const size_t least = CurrentTransformKernels().least;
+  return m >= least && n >= least;
+}
+bool IsTransformProduct(size_t m, size_t n) {
+  return HasTransforms(m, n) && FitsTransforms(m, n);
+}
 
 // An unbalanced product keeps a partial product of 2n limbs and recurses with n and m mod n. Those
 // lengths run through Euclid's remainders, which halve every second level: all levels together keep
 // less than 8n limbs. Toom-3/2 keeps 4.8n + 7 limbs or less and recurses with at most n / 2.
+CheckedSize RecursiveScratch(size_t n) {
+  return 8 * CheckedSize(n) + BalancedScratch(n);
+}
+
+}  // namespace
+
+// Products by transforms leave the recursive methods the short ones; those too long for transforms
+// take the scratch of both.
 CheckedSize MultiplyScratch(size_t m, size_t n) noexcept {
   const size_t less = m < n ? m : n;
   if (less < kSchoolbookLimbs) return SizeConstant(0);
-  return 8 * CheckedSize(less) + BalancedScratch(less);
+  if constexpr (kHasTransforms) {
+    if (HasTransforms(m, n)) {
+      const CheckedSize transforms = TransformScratch(m, n);
+      if (!FitsTransforms(m, n)) return RecursiveScratch(less) + transforms;
+      const CheckedSize shorter = RecursiveScratch(CurrentTransformKernels().least);
+      return transforms.Value() > shorter.Value() ? transforms : shorter;
+    }
+  }
+  return RecursiveScratch(less);
 }
 
 void MultiplyBalanced(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept {
@@ -39,6 +62,8 @@ void MultiplyBalanced(Limb* z, const Limb* x, const Limb* y, size_t n, Limb* scr
     CurrentLimbKernels().multiply(z, x, n, y, n);
   } else if (n < kToom3Limbs) {
     Karatsuba(z, x, y, n, scratch);
+  } else if (kHasTransforms && IsTransformProduct(n, n)) {
+    TransformProduct(CurrentTransformKernels(), z, x, n, y, n, scratch);
   } else {
     Toom3(z, x, y, n, scratch);
   }
@@ -62,6 +87,10 @@ void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
   }
   if (m == n) {
     MultiplyBalanced(z, x, y, n, scratch);
+    return;
+  }
+  if (kHasTransforms && n >= kToom3Limbs && IsTransformProduct(m, n)) {
+    TransformProduct(CurrentTransformKernels(), z, x, m, y, n, scratch);
     return;
   }
   if (kHasToom32 && n >= kToom32Limbs && 4 * m >= 5 * n && 5 * m <= 9 * n) {

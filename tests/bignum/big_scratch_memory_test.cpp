@@ -7,6 +7,7 @@
 #include "memory_watch.h"
 #include "mod_exp.h"
 #include "next_prime.h"
+#include "transform_kernels.h"
 
 namespace mirolta {
 namespace {
@@ -134,6 +135,15 @@ TEST_F(BigScratchMemoryTest, AFailedAllocationOfAPowerWithExponentZeroLeavesItsO
     FailEachOf("in the modulus", *modulus,
                [&](BigInt& r) { return ModExp(r, base, BigInt(), r); });
   }
+}
+
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfAProductByTransformsLeavesItsOperands) {
+  const uint32_t words = static_cast<uint32_t>(CurrentTransformKernels().least * kLimbWords) + 50;
+  const BigInt a = Pattern(words, 3), b = Pattern(2 * words, 9);
+  FailEachOf("apart", BigInt(7), [&](BigInt& r) { return Multiply(r, a, b); });
+  FailEachOf("in an operand", a, [&](BigInt& r) { return Multiply(r, r, b); });
+  FailEachOf("square", BigInt(7), [&](BigInt& r) { return Multiply(r, a, a); });
+  FailEachOf("square in place", a, [&](BigInt& r) { return Multiply(r, r, r); });
 }
 
 TEST_F(BigScratchMemoryTest, AFailedAllocationOfGcdAndInverseLeavesTheirOperands) {

@@ -1,0 +1,209 @@
+#include "transform_product.h"
+
+#include <bit>
+
+#include "limb_basics.h"
+
+namespace mirolta {
+
+namespace {
+
+// A coefficient of a product is a sum of fewer than 2^22 - 7 products below 2^128, which is less than
+// the product of the primes.
+constexpr size_t kMostElements = (size_t{1} << 23) - 64;
+constexpr size_t kMostLimbs = kMostElements * kElementLimbs;
+// Of 16 blocks, so that the table's entries are whole blocks.
+constexpr size_t kLeastLimbs = 16 * kBlockLimbs;
+
+size_t Elements(size_t limbs) {
+  return (limbs + kElementLimbs - 1) / kElementLimbs;
+}
+
+// A product is computed modulo y^t0 - 1, y^t1 - R1 and y^t2 - R2, t0 > t1 > t2 powers of two: rings
+// of one tree of nodes that follow each other. So the length is any sum of three powers, and the
+// costs grow in small steps.
+struct TransformParts {
+  static constexpr size_t kMost = 3;
+  size_t blocks;  // of all parts
+  size_t count;
+  size_t size[kMost];
+  size_t offset[kMost];
+};
+
+TransformParts PartsFor(size_t elements) {
+  TransformParts parts = {};
+  size_t blocks = (elements + kBlock - 1) / kBlock;
+  size_t unit = std::bit_floor(blocks) / 16;
+  if (unit < kLeastBlocks) unit = kLeastBlocks;
+  blocks = (blocks + unit - 1) / unit * unit;
+  while (std::popcount(blocks) > static_cast<int>(TransformParts::kMost)) {
+    blocks += blocks & (0 - blocks);
+  }
+  parts.blocks = blocks;
+  for (size_t offset = 0; offset != blocks; ++parts.count) {
+    parts.offset[parts.count] = offset;
+    parts.size[parts.count] = std::bit_floor(blocks - offset);
+    offset += parts.size[parts.count];
+  }
+  return parts;
+}
+
+// The table's entries: a root for every two of all roots of the first part's power of two, or twice
+// as many if there are more parts.
+size_t TableSize(const TransformParts& parts) {
+  return parts.count == 1 ? parts.size[0] / 2 : parts.size[0];
+}
+
+uint64_t LoadElement(const Limb* x) {
+  if constexpr (kElementLimbs == 1) return x[0];
+  return x[0] | static_cast<uint64_t>(x[kElementLimbs - 1]) << 32;
+}
+void StoreElement(Limb* z, uint64_t x) {
+  z[0] = static_cast<Limb>(x);
+  if constexpr (kElementLimbs == 2) z[1] = static_cast<Limb>(x >> 32);
+}
+
+// PrimeProduct: a product modulo one prime.
+class PrimeProduct {
+ public:
+  PrimeProduct(const TransformKernels& kernels, const TransformPrime& prime,
+               const TransformParts& parts, const TransformTable& table)
+      : kernels_(kernels), prime_(prime), parts_(parts), table_(table) {
+    StoreEntry(0, 1);
+    size_t filled = 1;
+    size_t level = 0;
+    for (; filled < kBlock; filled *= 2, ++level) {
+      const TransformFactor root = prime_.Factor(prime_.roots[level]);
+      for (size_t i = 0; i < filled; ++i) {
+        StoreEntry(filled + i, prime_.Product(Root(2 * i), root));
+      }
+    }
+    for (; filled < TableSize(parts); filled *= 2, ++level) {
+      kernels_.extend(table_, filled, prime_.Factor(prime_.roots[level]), prime_);
+    }
+  }
+
+  // z := x * y modulo the prime, as residues below 2 p; y may be x.
+  void Run(Limb* z, Limb* other, const Limb* x, size_t m, const Limb* y, size_t n) const {
+    for (size_t i = 0; i < parts_.count; ++i) {
+      const size_t size = parts_.size[i];
+      Limb* const to = z + parts_.offset[i] * kBlockLimbs;
+      Transform(to, i, x, m);
+      const Limb* factor = to;
+      if (x != y || m != n) {
+        Transform(other, i, y, n);
+        factor = other;
+      }
+      // The inverse transform multiplies by the size, the products divide by 2^52.
+      const uint32_t bits = static_cast<uint32_t>(std::countr_zero(size));
+      const TransformFactor scale =
+          Factor(prime_.Product(prime_.high_unit, Factor(prime_.PowerOfHalf(bits))));
+      kernels_.multiply(to, to, factor, size, Node(i), table_, scale, prime_);
+      kernels_.inverse(to, size, Node(i), table_, prime_);
+    }
+    if (parts_.count > 1) AddSecondPart(z);
+    if (parts_.count > 2) AddThirdPart(z);
+  }
+
+ private:
+  TransformFactor Factor(uint64_t w) const { return prime_.Factor(w); }
+  void StoreEntry(size_t j, uint64_t w) {
+    const TransformFactor factor = Factor(w);
+    StoreElement(table_.factors + j * kElementLimbs, factor.factor);
+    StoreElement(table_.quotients + j * kElementLimbs, factor.quotient);
+  }
+  size_t Node(size_t part) const { return parts_.offset[part] / parts_.size[part]; }
+  // R(node) of an even node.
+  uint64_t Root(size_t node) const {
+    return LoadElement(table_.factors + node / 2 * kElementLimbs);
+  }
+  TransformFactor PartRoot(size_t part) const { return Factor(Root(Node(part))); }
+
+  void Transform(Limb* z, size_t part, const Limb* x, size_t limbs) const {
+    kernels_.fold(z, parts_.size[part], x, limbs, PartRoot(part), prime_);
+    kernels_.forward(z, parts_.size[part], Node(part), table_, prime_);
+  }
+
+  // Newton interpolation: the product is s + (y^t0 - 1) q for its residue s modulo y^t0 - 1 and some
+  // q of length t1. Modulo y^t1 - R1 the factor y^t0 - 1 is -2.
+  void AddSecondPart(Limb* z) const {
+    const size_t offset = parts_.offset[1] * kBlockLimbs;
+    const TransformFactor scale = Factor(prime_.p - prime_.PowerOfHalf(1));
+    kernels_.subtract_fold(z + offset, parts_.size[1], z, parts_.offset[1], PartRoot(1), scale,
+                           prime_);
+    kernels_.add_multiple(z, z + offset, parts_.size[1], Factor(prime_.p - 1), prime_);
+  }
+
+  // The product is s + (y^t0 - 1) (y^t1 - R1) q for s of length t0 + t1 and some q of length t2. Modulo
+  // y^t2 - R2, y^t1 is -R1, and the factor is 4 R1.
+  void AddThirdPart(Limb* z) const {
+    const size_t size = parts_.size[2];
+    const size_t offset = parts_.offset[2] * kBlockLimbs;
+    // -1 / R(2j) for the power of two j is R(2 (2j - 1)).
+    const uint64_t root = Root(Node(1));
+    const uint64_t inverse = prime_.p - Root(2 * Node(1) - 2);
+    const TransformFactor scale = Factor(prime_.Product(inverse, Factor(prime_.PowerOfHalf(2))));
+    kernels_.subtract_fold(z + offset, size, z, parts_.offset[2], PartRoot(2), scale, prime_);
+    const Limb* const q = z + offset;
+    kernels_.add_multiple(z, q, size, Factor(root), prime_);
+    kernels_.add_multiple(z + parts_.size[0] * kBlockLimbs, q, size, Factor(prime_.p - root),
+                          prime_);
+    kernels_.add_multiple(z + parts_.size[1] * kBlockLimbs, q, size, Factor(prime_.p - 1), prime_);
+  }
+
+  const TransformKernels& kernels_;
+  const TransformPrime& prime_;
+  const TransformParts& parts_;
+  const TransformTable& table_;
+};
+
+// z := z + x * 2^(64 words); the sum fits n limbs, and x is zero above them.
+void AddWords(Limb* z, size_t n, const Limb* x, size_t count, size_t words) {
+  const size_t offset = words * kElementLimbs;
+  if (offset >= n) return;
+  const size_t used = count < n - offset ? count : n - offset;
+  const Limb carry = CurrentLimbKernels().add(z + offset, z + offset, x, used);
+  AddLimb(z + offset + used, n - offset - used, carry);
+}
+
+}  // namespace
+
+bool FitsTransforms(size_t m, size_t n) noexcept {
+  return m <= kMostLimbs && n <= kMostLimbs - m && m + n >= kLeastLimbs;
+}
+
+CheckedSize TransformScratch(size_t m, size_t n) noexcept {
+  const bool fits = m <= kMostLimbs && n <= kMostLimbs - m;
+  const size_t elements = fits ? Elements(m) + Elements(n) - 1 : kMostElements;
+  const TransformParts parts = PartsFor(elements);
+  const CheckedSize blocks = 3 * CheckedSize(parts.blocks) + CheckedSize(parts.size[0]);
+  const size_t table = TableSize(parts);
+  return blocks * SizeConstant(kBlockLimbs) + 2 * CheckedSize(table) * SizeConstant(kElementLimbs) +
+         kBlockLimbs;
+}
+
+void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, size_t m,
+                      const Limb* y, size_t n, Limb* scratch) noexcept {
+  const size_t elements = Elements(m) + Elements(n) - 1;
+  const TransformParts parts = PartsFor(elements);
+  // Whole vectors do not cross lines of the cache.
+  while (reinterpret_cast<uintptr_t>(scratch) % (kBlock * sizeof(uint64_t)) != 0) ++scratch;
+  const size_t table_limbs = TableSize(parts) * kElementLimbs;
+  const TransformTable table = {scratch, scratch + table_limbs};
+  const size_t size = parts.blocks * kBlockLimbs;
+  Limb* const first = scratch + 2 * table_limbs;
+  Limb* const second = first + size;
+  Limb* const third = second + size;
+  Limb* const results[kTransformPrimes] = {first, second, third};
+  for (size_t i = 0; i < kTransformPrimes; ++i) {
+    PrimeProduct(kernels, kPrimes[i], parts, table).Run(results[i], third + size, x, m, y, n);
+  }
+  kernels.combine(first, second, third, parts.blocks);
+  const size_t count = elements * kElementLimbs < m + n ? elements * kElementLimbs : m + n;
+  CopyLimbs(z, first, count);
+  ZeroLimbs(z + count, m + n - count);
+  AddWords(z, m + n, second, count, 1);
+  AddWords(z, m + n, third, count, 2);
+}
+
+}  // namespace mirolta

@@ -1,0 +1,29 @@
+// Multiplication by number-theoretic transforms.
+#pragma once
+
+#include "seam/small_stack.h"
+#include "transform_kernels.h"
+
+namespace mirolta {
+
+// Where threads have little stack memory is short too: the transforms are left out.
+inline constexpr bool kHasTransforms = !kSmallStack;
+
+// FitsTransforms returns whether a product of m by n limbs is neither shorter nor longer than what
+// TransformProduct computes: 2^7 to almost 2^23 coefficients of 64 bits.
+bool FitsTransforms(size_t m, size_t n) noexcept;
+
+// TransformScratch returns the limbs of scratch of a product of m by n limbs, or of the longest one if
+// that is too long; it grows with m and n.
+// Shapes: m + n >= 2^7 coefficients.
+CheckedSize TransformScratch(size_t m, size_t n) noexcept;
+
+// TransformProduct: z := x * y by transforms modulo three primes and the Chinese remainder theorem.
+// Shapes: x[m], y[n], z[m + n], scratch[TransformScratch(m, n)], FitsTransforms(m, n).
+// Alias:  x may be y, and a square costs less; z and scratch overlap nothing.
+// Time:   depends on m and n only.
+// Source: Pollard, The fast Fourier transform in a finite field, 1971.
+void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, size_t m,
+                      const Limb* y, size_t n, Limb* scratch) noexcept;
+
+}  // namespace mirolta

@@ -1,0 +1,361 @@
+// Transforms: each kernel against the portable one, and products by each against the peer.
+#include <gtest/gtest.h>
+
+#include "guarded_memory.h"
+#include "kernel_rows.h"
+#include "limb_testing.h"
+#include "multiply.h"
+#include "transform_product.h"
+
+namespace mirolta {
+namespace {
+
+constexpr Limb kGuard = static_cast<Limb>(0xABCDEF0123456789u);
+
+const TransformKernels& Portable() {
+  return *test::PortableOf(kTransformKernels);
+}
+
+template <typename Check>
+void ForEachTable(const Check& check) {
+  test::ForEachKernel(kTransformKernels, [&](const auto& row) { check(*row.function); });
+}
+
+TEST(TransformKernelListTest, KernelsNeedTheInstructionsThatTheyUse) {
+  test::ExpectNeeds(kTransformKernels,
+                    {{"ifma", kFeatureAvx512 | kFeatureAvx512Ifma}, {"portable", 0}});
+  EXPECT_EQ(kTransformKernels[kTransformKernels.size() - 1].needs, 0u);
+  EXPECT_EQ(&CurrentTransformKernels(), kTransformKernels.Choose(ProcessorFeatures()).function);
+}
+
+void Store(Limbs& z, size_t i, uint64_t x) {
+  for (size_t k = 0; k < kElementLimbs; ++k) {
+    z[i * kElementLimbs + k] = static_cast<Limb>(x >> (32 * k));
+  }
+}
+
+// Residues below `limit`, often the greatest or 0.
+Limbs Residues(size_t blocks, uint64_t limit) {
+  Limbs limbs(blocks * kBlockLimbs);
+  for (size_t i = 0; i < blocks * kBlock; ++i) {
+    const uint32_t kind = Below(6);
+    Store(limbs, i, kind == 0 ? 0 : kind == 1 ? limit - 1 : Generator()() % limit);
+  }
+  return limbs;
+}
+
+// Table: the entries of a transform of 2 * count blocks at most, by one kernel.
+class Table {
+ public:
+  Table(const TransformKernels& kernels, const TransformPrime& prime, size_t count)
+      : factors_(count * kElementLimbs), quotients_(count * kElementLimbs) {
+    size_t filled = 1;
+    std::vector<uint64_t> entries = {1};
+    for (size_t level = 0; filled < kBlock; filled *= 2, ++level) {
+      for (size_t i = 0; i < filled; ++i) {
+        entries.push_back(prime.Product(entries[i], prime.Factor(prime.roots[level])));
+      }
+    }
+    for (size_t i = 0; i < kBlock; ++i) {
+      Store(factors_, i, entries[i]);
+      Store(quotients_, i, prime.Factor(entries[i]).quotient);
+    }
+    for (size_t level = 3; filled < count; filled *= 2, ++level) {
+      kernels.extend(Get(), filled, prime.Factor(prime.roots[level]), prime);
+    }
+  }
+  TransformTable Get() { return {factors_.data(), quotients_.data()}; }
+  bool operator==(const Table& other) const {
+    return factors_ == other.factors_ && quotients_ == other.quotients_;
+  }
+
+ private:
+  Limbs factors_;
+  Limbs quotients_;
+};
+
+TEST(TransformKernelsTest, RootsHaveTheirOrder) {
+  for (const TransformPrime& prime : kPrimes) {
+    uint64_t root = prime.roots[TransformPrime::kMostRoots - 1];
+    for (size_t k = TransformPrime::kMostRoots; k-- != 0;) {
+      EXPECT_EQ(root, prime.roots[k]);
+      root = prime.Product(root, prime.Factor(root));
+    }
+    EXPECT_EQ(root, prime.p - 1);
+  }
+}
+
+TEST(TransformKernelsTest, QuotientsAreRight) {
+  for (const TransformPrime& prime : kPrimes) {
+    for (int i = 0; i < Cases(3000); ++i) {
+      const uint64_t w = i == 0 ? 0 : i == 1 ? prime.p - 1 : Generator()() % prime.p;
+      Mpz expected, p;
+      Import(expected, Limbs());
+      mpz_set_ui(expected, static_cast<uint32_t>(w >> 32));
+      mpz_mul_2exp(expected, expected, 32);
+      mpz_add_ui(expected, expected, static_cast<uint32_t>(w));
+      mpz_mul_2exp(expected, expected, kResidueBits);
+      mpz_set_ui(p, static_cast<uint32_t>(prime.p >> 32));
+      mpz_mul_2exp(p, p, 32);
+      mpz_add_ui(p, p, static_cast<uint32_t>(prime.p));
+      mpz_fdiv_q(expected, expected, p);
+      Limbs quotient(kElementLimbs);
+      Store(quotient, 0, prime.Factor(w).quotient);
+      ASSERT_EQ(quotient, Export(expected, kElementLimbs)) << w;
+    }
+  }
+}
+
+// The greatest coefficient of the longest product is below the product of the primes.
+TEST(TransformKernelsTest, CoefficientsFitThePrimes) {
+  Mpz primes, coefficient, p;
+  mpz_set_ui(primes, 1);
+  for (const TransformPrime& prime : kPrimes) {
+    mpz_set_ui(p, static_cast<uint32_t>(prime.p >> 32));
+    mpz_mul_2exp(p, p, 32);
+    mpz_add_ui(p, p, static_cast<uint32_t>(prime.p));
+    mpz_mul(primes, primes, p);
+  }
+  size_t n = kElementLimbs << 20;
+  while (FitsTransforms(n + kElementLimbs, n + kElementLimbs)) n += kElementLimbs;
+  EXPECT_GT(n, kElementLimbs << 21);
+  Import(coefficient, Limbs(kElementLimbs, kLimbMax));
+  mpz_mul(coefficient, coefficient, coefficient);
+  mpz_mul_ui(coefficient, coefficient, static_cast<uint32_t>(n / kElementLimbs));
+  EXPECT_LT(mpz_cmp(coefficient, primes), 0);
+}
+
+TEST(TransformKernelsTest, TablesAgree) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (const TransformPrime& prime : kPrimes) {
+      EXPECT_TRUE(Table(kernels, prime, 2048) == Table(Portable(), prime, 2048));
+    }
+  });
+}
+
+TEST(TransformKernelsTest, TransformsAgreeAndAreInverse) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (const TransformPrime& prime : kPrimes) {
+      Table table(Portable(), prime, 4096);
+      for (size_t n = kLeastBlocks; n <= 2048; n *= 2) {
+        for (const size_t node : {size_t{0}, size_t{2}, size_t{6}}) {
+          if ((node + 1) * n > 8192) continue;
+          SCOPED_TRACE(std::to_string(n) + " blocks of node " + std::to_string(node));
+          const Limbs x = Residues(n, 4 * prime.p);
+          Limbs z = x, expected = x;
+          kernels.forward(z.data(), n, node, table.Get(), prime);
+          Portable().forward(expected.data(), n, node, table.Get(), prime);
+          ASSERT_EQ(z, expected);
+          Limbs y = Residues(n, 2 * prime.p);
+          z = y;
+          expected = y;
+          kernels.inverse(z.data(), n, node, table.Get(), prime);
+          Portable().inverse(expected.data(), n, node, table.Get(), prime);
+          ASSERT_EQ(z, expected);
+          // Back to n times the residues.
+          kernels.forward(z.data(), n, node, table.Get(), prime);
+          const TransformFactor times_n = prime.Factor(n);
+          for (size_t i = 0; i < n * kBlock; ++i) {
+            uint64_t value = 0, wanted = 0;
+            for (size_t k = kElementLimbs; k-- != 0;) {
+              value = value << (32 * (kElementLimbs - 1)) | z[i * kElementLimbs + k];
+              wanted = wanted << (32 * (kElementLimbs - 1)) | y[i * kElementLimbs + k];
+            }
+            ASSERT_EQ(value % prime.p, prime.Product(wanted, times_n)) << i;
+          }
+        }
+      }
+    }
+  });
+}
+
+TEST(TransformKernelsTest, ProductsOfBlocksAgree) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (const TransformPrime& prime : kPrimes) {
+      Table table(Portable(), prime, 64);
+      const TransformFactor scale = prime.Factor(prime.p - 1 - Below(1000));
+      for (const size_t n : {size_t{4}, size_t{8}, size_t{32}}) {
+        for (const size_t node : {size_t{0}, size_t{2}}) {
+          const Limbs x = Residues(n, 4 * prime.p), y = Residues(n, 4 * prime.p);
+          Limbs z = x, expected(x.size());
+          kernels.multiply(z.data(), z.data(), y.data(), n, node, table.Get(), scale, prime);
+          Portable().multiply(expected.data(), x.data(), y.data(), n, node, table.Get(), scale,
+                              prime);
+          EXPECT_EQ(z, expected);
+          kernels.multiply(expected.data(), x.data(), x.data(), n, node, table.Get(), scale, prime);
+          z = x;
+          Portable().multiply(z.data(), z.data(), z.data(), n, node, table.Get(), scale, prime);
+          EXPECT_EQ(z, expected);
+        }
+      }
+    }
+  });
+}
+
+// Operands of every length up to some blocks, at both ends of memory that cannot be touched.
+TEST(TransformKernelsTest, FoldsAgreeAndTouchNothingElse) {
+  ForEachTable([](const TransformKernels& kernels) {
+    const TransformPrime& prime = kPrimes[Below(3)];
+    const TransformFactor w = prime.Factor(Generator()() % prime.p);
+    for (const size_t n : {size_t{4}, size_t{16}}) {
+      for (size_t limbs = 1; limbs < 14 * kBlockLimbs; ++limbs) {
+        const Limbs x = RandomLimbs(limbs);
+        Limbs expected(n * kBlockLimbs);
+        Portable().fold(expected.data(), n, x.data(), limbs, w, prime);
+        for (const test::Guard guard : {test::Guard::kBefore, test::Guard::kBehind}) {
+          test::GuardedMemory memory(guard, limbs * sizeof(Limb));
+          const Limb* const guarded = memory.Copy(x.data(), limbs);
+          Limbs z(n * kBlockLimbs, kGuard);
+          kernels.fold(z.data(), n, guarded, limbs, w, prime);
+          ASSERT_EQ(z, expected) << limbs << " limbs in " << n << " blocks";
+        }
+      }
+    }
+  });
+}
+
+TEST(TransformKernelsTest, StepsOfInterpolationAgree) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (const TransformPrime& prime : kPrimes) {
+      const TransformFactor w = prime.Factor(Generator()() % prime.p);
+      const TransformFactor scale = prime.Factor(prime.p - 1);
+      for (const size_t n : {size_t{4}, size_t{8}}) {
+        const Limbs x = Residues(5 * n, 2 * prime.p), z = Residues(n, 2 * prime.p);
+        Limbs got = z, expected = z;
+        kernels.subtract_fold(got.data(), n, x.data(), 5 * n, w, scale, prime);
+        Portable().subtract_fold(expected.data(), n, x.data(), 5 * n, w, scale, prime);
+        EXPECT_EQ(got, expected);
+        kernels.add_multiple(got.data(), x.data(), n, w, prime);
+        Portable().add_multiple(expected.data(), x.data(), n, w, prime);
+        EXPECT_EQ(got, expected);
+      }
+    }
+  });
+}
+
+TEST(TransformKernelsTest, CombinationsAgree) {
+  ForEachTable([](const TransformKernels& kernels) {
+    constexpr size_t kBlocks = 64;
+    Limbs r[kTransformPrimes], expected[kTransformPrimes];
+    for (size_t i = 0; i < kTransformPrimes; ++i) {
+      r[i] = Residues(kBlocks, 2 * kPrimes[i].p);
+      expected[i] = r[i];
+    }
+    kernels.combine(r[0].data(), r[1].data(), r[2].data(), kBlocks);
+    Portable().combine(expected[0].data(), expected[1].data(), expected[2].data(), kBlocks);
+    for (size_t i = 0; i < kTransformPrimes; ++i) EXPECT_EQ(r[i], expected[i]);
+  });
+}
+
+void CheckProduct(const TransformKernels& kernels, const Limbs& x, const Limbs& y, bool square) {
+  const size_t m = x.size(), n = y.size();
+  Limbs z(m + n + 1, kGuard);
+  Limbs scratch(TransformScratch(m, n).Value() + 1, kGuard);
+  ASSERT_TRUE(FitsTransforms(m, n));
+  TransformProduct(kernels, z.data(), x.data(), m, square ? x.data() : y.data(), n, scratch.data());
+  EXPECT_EQ(z.back(), kGuard);
+  EXPECT_EQ(scratch.back(), kGuard);
+  z.pop_back();
+  Mpz px, py;
+  Import(px, x);
+  Import(py, y);
+  mpz_mul(px, px, py);
+  ASSERT_EQ(z, Export(px, m + n)) << m << " by " << n;
+}
+
+// Lengths around each step of the transforms' lengths, of one part to three.
+TEST(TransformProductTest, ProductsOfEveryLengthAreRight) {
+  ForEachTable([](const TransformKernels& kernels) {
+    const size_t least = 64 * kElementLimbs, most = 540 * kElementLimbs;
+    for (size_t n = least; n < most; n += 1 + Below(4 * kFewerCases)) {
+      const Limbs x = RandomLimbs(n);
+      CheckProduct(kernels, x, RandomLimbs(n), false);
+      CheckProduct(kernels, x, x, true);
+    }
+    for (size_t size = 1024; size <= 4096; size *= 2) {
+      for (const size_t part : {0u, 16u, 8u, 4u, 2u}) {
+        const size_t n = (size + (part != 0 ? size / part : 0)) / 2 * kElementLimbs;
+        for (size_t m = n - 1; m <= n + 1; ++m) {
+          CheckProduct(kernels, RandomLimbs(m), RandomLimbs(n), false);
+        }
+      }
+    }
+  });
+}
+
+TEST(TransformProductTest, UnbalancedProductsAreRight) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (int i = 0; i < Cases(200); ++i) {
+      const size_t m = 128 * kElementLimbs + Below(1500);
+      const size_t n = 1 + Below(i % 2 == 0 ? 20 : 600);
+      CheckProduct(kernels, RandomLimbs(m), RandomLimbs(n), false);
+      CheckProduct(kernels, RandomLimbs(n), RandomLimbs(m), false);
+    }
+    // The same limbs with other lengths are no square.
+    const Limbs x = RandomLimbs(400);
+    Limbs z(700), expected(700), scratch(TransformScratch(400, 300).Value());
+    TransformProduct(kernels, z.data(), x.data(), 400, x.data(), 300, scratch.data());
+    const Limbs y(x.begin(), x.begin() + 300);
+    TransformProduct(kernels, expected.data(), x.data(), 400, y.data(), 300, scratch.data());
+    EXPECT_EQ(z, expected);
+  });
+}
+
+// The greatest coefficients of a product, zero runs, and powers of B.
+TEST(TransformProductTest, ExtremeProductsAreRight) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (const size_t n : {128 * kElementLimbs, 384 * kElementLimbs + 1, 2000 * kElementLimbs}) {
+      const Limbs ones(n, kLimbMax);
+      Limbs top(n), runs(n);
+      top.back() = Limb{1} << (kLimbBits - 1);
+      for (size_t i = 0; i < n; ++i) runs[i] = i / 50 % 2 == 0 ? kLimbMax : 0;
+      const Limbs* const kinds[] = {&ones, &top, &runs};
+      for (const Limbs* const x : kinds) {
+        CheckProduct(kernels, *x, *x, true);
+        for (const Limbs* const y : kinds) CheckProduct(kernels, *x, *y, false);
+      }
+      CheckProduct(kernels, ones, Limbs(1, kLimbMax), false);
+      CheckProduct(kernels, ones, Limbs(1, 1), false);
+    }
+  });
+}
+
+TEST(TransformProductTest, ScratchGrowsWithTheLengthsAndIsBounded) {
+  const size_t least = CurrentTransformKernels().least;
+  constexpr size_t kConstant = 512;  // of the recursive methods
+  size_t last = 0;
+  for (size_t n = least - 10; n < (size_t{1} << 24) * kElementLimbs; n += 1 + n / 97) {
+    const size_t scratch = MultiplyScratch(n, n).Value();
+    EXPECT_GE(scratch, last) << n;
+    last = scratch;
+    EXPECT_GE(MultiplyScratch(2 * n, n).Value(), scratch) << n;
+    // With copies of the operands and the product at most eight times the operands. Longer ones are
+    // split.
+    if (!FitsTransforms(9 * n, n)) continue;
+    EXPECT_LE(scratch + 2 * n + 2 * n, 8 * (2 * n) + kConstant) << n;
+    EXPECT_LE(MultiplyScratch(9 * n, n).Value() + 10 * n + 10 * n, 8 * (10 * n) + kConstant) << n;
+  }
+}
+
+// MultiplyLimbs on both sides of the least length of transforms.
+TEST(TransformProductTest, ProductsAroundTheLeastLengthAreRight) {
+  const size_t least = CurrentTransformKernels().least;
+  for (size_t n = least - 1; n <= least; ++n) {
+    for (const size_t m : {n, n + 1, 3 * n + 5}) {
+      const Limbs x = RandomLimbs(m), y = RandomLimbs(n);
+      Limbs z(m + n + 1, kGuard), scratch(MultiplyScratch(m, n).Value() + 1, kGuard);
+      MultiplyLimbs(z.data(), x.data(), m, y.data(), n, scratch.data());
+      EXPECT_EQ(z.back(), kGuard);
+      EXPECT_EQ(scratch.back(), kGuard);
+      z.pop_back();
+      Mpz px, py;
+      Import(px, x);
+      Import(py, y);
+      mpz_mul(px, px, py);
+      ASSERT_EQ(z, Export(px, m + n)) << m << " by " << n;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace mirolta
