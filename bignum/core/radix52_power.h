@@ -2,6 +2,7 @@
 #pragma once
 
 #include "radix52_ifma.h"
+#include "secret_power.h"
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 
@@ -22,6 +23,17 @@ inline constexpr size_t kRadix52PowerMostBits =
 //         Krasnov 2016 for the products.
 [[nodiscard]] bool Radix52Power(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                                 size_t n) noexcept;
+
+// Radix52SecretPower and Radix52SecretPair: one and two powers, by the rules of RaiseToSecrets. For
+// two, the products are interleaved.
+// Shapes: as for Radix52Power, for two of up to kRadix52PairMostBits bits.
+// Errors: false if memory runs out.
+// Time:   as for RaiseToSecrets.
+inline constexpr size_t kRadix52PairLeastBits = 260;
+inline constexpr size_t kRadix52PairMostBits =
+    kRadix52MostPairVectors * kRadix52PerVector * kRadix52Bits - 2;
+[[nodiscard]] bool Radix52SecretPower(const SecretPower* powers) noexcept;
+[[nodiscard]] bool Radix52SecretPair(const SecretPower* powers) noexcept;
 
 }  // namespace mirolta
 

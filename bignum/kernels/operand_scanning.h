@@ -109,10 +109,9 @@ struct OperandScanningLoops {
   // Shapes: z[n], t[n] spare, m[n].
   static void StoreReduced(Limb* z, Limb* t, Limb carry, const Limb* m, size_t n) {
     const Limb borrow = Rows::Subtract(t, z, m, n);
-    // carry < borrow only if z < m.
-    if (carry >= borrow) {
-      for (size_t i = 0; i < n; ++i) z[i] = t[i];
-    }
+    // carry < borrow only if z < m. A mask, since the limbs may be secret.
+    const Limb keep = static_cast<Limb>(0 - static_cast<Limb>(carry < borrow));
+    for (size_t i = 0; i < n; ++i) z[i] = static_cast<Limb>((z[i] & keep) | (t[i] & ~keep));
   }
 
   // Step i makes t[i] zero and stores the carry of its row there. One addition at the end adds all

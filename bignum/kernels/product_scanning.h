@@ -19,7 +19,7 @@ struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
 
     void Add(DoubleLimb t) {
       low += t;
-      if (low < t) ++high;
+      high = static_cast<Limb>(high + (low < t));
     }
     void AddProduct(Limb x, Limb y) { Add(static_cast<DoubleLimb>(x) * y); }
     void Double() {

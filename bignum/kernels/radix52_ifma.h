@@ -28,6 +28,24 @@ using Radix52Product = void (*)(Limb* z, const Limb* x, const Limb* y, const Lim
 inline constexpr size_t kRadix52MostVectors = 10;
 Radix52Product Radix52ProductFor(size_t vectors) noexcept;
 
+// Radix52PairProduct: two products by Radix52Product's rules, interleaved, each with its own modulus
+// and inverse. The second's operands follow the first's.
+// Shapes: x, y, z, m are 2 * vectors whole vectors, terms is 6 * vectors vectors, aligned to
+//         64 bytes; the caller wipes it.
+inline constexpr size_t kRadix52PairTerms = 6;
+using Radix52PairProduct = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m,
+                                    size_t count, const Limb (&inverses)[2], Limb* terms);
+
+// Radix52PairProductFor returns that of numbers of 1 to kRadix52MostPairVectors vectors.
+inline constexpr size_t kRadix52MostPairVectors = 5;
+Radix52PairProduct Radix52PairProductFor(size_t vectors) noexcept;
+
+// Radix52Select: z := entry `index` of a table of `entries`, each n limbs, `stride` limbs apart.
+// Shapes: n is a multiple of kRadix52PerVector.
+// Time:   depends on the counts only: every entry is read.
+void Radix52Select(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
+                   Limb index) noexcept;
+
 }  // namespace mirolta
 
 #endif

@@ -9,6 +9,7 @@
 #include "mod_exp.h"
 #include "montgomery_pair.h"
 #include "next_prime.h"
+#include "private_operation.h"
 
 namespace mirolta {
 
@@ -93,7 +94,11 @@ HRESULT RsaEncrypt(BigInt& r, const RsaKey& key, const BigInt& m) {
 }
 
 HRESULT RsaDecrypt(BigInt& r, const RsaKey& key, const BigInt& c) {
-  return FromStep(ModExp(r, c, key.d, key.n));
+  HRESULT status = FAILED(c.Status()) ? c.Status() : FirstFailure(key.d, key.n);
+  bool done = false;
+  if (SUCCEEDED(status)) status = SecretPowerModulo(&done, r, c, key.d, key.n);
+  if (SUCCEEDED(status) && !done) status = ModExp(r, c, key.d, key.n);
+  return FromStep(status);
 }
 
 namespace {
@@ -126,7 +131,8 @@ HRESULT PowerModuloPrime(BigInt& r, const BigInt& c, const BigInt& exponent, con
   return FAILED(status) ? status : ModExp(r, reduced, exponent, prime);
 }
 
-HRESULT JoinResidues(BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
+// The steps for any numbers.
+HRESULT PowersModuloAny(BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
   BigInt m1;
   BigInt m2;
   HRESULT status = PowerModuloPrime(m1, c, values.d_p, values.p);
@@ -148,9 +154,10 @@ bool IsLimb(Limb* limb, const BigInt& n) {
   return true;
 }
 
-// JoinResidues for primes of one limb, where handling BigInts costs more than the arithmetic. *done
+// The same for primes of one limb, where handling BigInts costs more than the arithmetic. *done
 // stays false where it does not apply.
-HRESULT JoinShortResidues(bool* done, BigInt& r, const RsaPrimeValues& values, const BigInt& c) {
+HRESULT PowersModuloShortPrimes(bool* done, BigInt& r, const RsaPrimeValues& values,
+                                const BigInt& c) {
   Limb p = 0, q = 0, d_p = 0, d_q = 0, p_inverse = 0;
   const bool are_limbs = IsLimb(&p, values.p) && IsLimb(&q, values.q) && IsLimb(&d_p, values.d_p) &&
                          IsLimb(&d_q, values.d_q) && IsLimb(&p_inverse, values.p_inverse);
@@ -197,8 +204,9 @@ HRESULT DecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c) {
   if (FAILED(status)) return status;
   const RsaPrimeValues& values = are_made ? kept : made;
   bool done = false;
-  status = JoinShortResidues(&done, r, values, c);
-  if (SUCCEEDED(status) && !done) status = JoinResidues(r, values, c);
+  status = PowersModuloShortPrimes(&done, r, values, c);
+  if (SUCCEEDED(status) && !done) status = SecretPowersModuloPrimes(&done, r, values, c);
+  if (SUCCEEDED(status) && !done) status = PowersModuloAny(r, values, c);
   // A failed call keeps no values.
   if (SUCCEEDED(status) && !are_made) key.values = static_cast<RsaPrimeValues&&>(made);
   return status;

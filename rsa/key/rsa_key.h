@@ -53,17 +53,26 @@ HRESULT BuildKeyFromPrimes(RsaKey& key, BigInt& first, BigInt& second);
 //         starting values exist; those of Random and BuildKey. The key is unchanged.
 HRESULT BuildRandomKey(RsaKey& key, LONG byte_size, bool exact_size);
 
-// RsaEncrypt: r := m^e mod n. RsaDecrypt: r := c^d mod n, 1 mod n for d = 0.
+// RsaEncrypt: r := m^e mod n.
 // Errors: E_INVALIDARG for n = 0; E_OUTOFMEMORY. r is unchanged.
 // Time:   depends on the values.
-// Source: RFC 8017, 5.1.1 and 5.1.2.
+// Source: RFC 8017, 5.1.1.
 HRESULT RsaEncrypt(BigInt& r, const RsaKey& key, const BigInt& m);
+
+// RsaDecrypt: r := c^d mod n, 1 mod n for d = 0.
+// Errors: E_INVALIDARG for n = 0; E_FAIL if the generator cannot be seeded; E_OUTOFMEMORY. r is
+//         unchanged.
+// Time:   depends on lengths only, as SecretPowerModulo says, for odd n of more than two limbs; else
+//         on the values.
+// Source: RFC 8017, 5.1.2, step 2a.
 HRESULT RsaDecrypt(BigInt& r, const RsaKey& key, const BigInt& c);
 
 // RsaDecryptWithPrimes computes the same from e, p and q alone. The first call for these numbers
 // computes key.values, which takes up to half the time of a short RsaDecrypt; later calls use them.
-// Errors: E_INVALIDARG if p or q is 0 or 1; E_OUTOFMEMORY. r is unchanged.
-// Time:   depends on the values.
+// Errors: E_INVALIDARG if p or q is 0 or 1; E_FAIL if the generator cannot be seeded; E_OUTOFMEMORY.
+//         r is unchanged.
+// Time:   depends on lengths only, as SecretPowersModuloPrimes says, for odd p <= q of more than one
+//         limb; else, and in the first call, on the values.
 // Source: RFC 8017, 5.1.2, step 2b; Garner's algorithm, Knuth TAOCP 2, 4.3.2.
 HRESULT RsaDecryptWithPrimes(BigInt& r, RsaKey& key, const BigInt& c);
 

@@ -1,0 +1,100 @@
+#include "secret_residues.h"
+
+#include "limb_basics.h"
+
+namespace mirolta {
+
+namespace {
+
+constexpr size_t kMostDoublings = 2 * size_t{kLimbBits};
+
+}  // namespace
+
+SecretResidues::SecretResidues(const Limb* m, size_t n, Limb* memory) noexcept
+    : modulus_(PrepareMontgomery(m, n)),
+      product_(memory),
+      square_(memory + 2 * n),
+      spare_(memory + 3 * n) {
+  MakePower(square_, n * kLimbBits);
+}
+
+void SecretResidues::WideProduct(Limb* z, const Limb* x, const Limb* y) noexcept {
+  const LimbKernels& k = CurrentLimbKernels();
+  if (x == y) {
+    k.square(product_, x, modulus_.n);
+  } else {
+    k.multiply(product_, x, modulus_.n, y, modulus_.n);
+  }
+  k.reduce(z, product_, modulus_.m, modulus_.n, modulus_.inverse);
+}
+
+void SecretResidues::Multiply(Limb* z, const Limb* x, const Limb* y) noexcept {
+  const LimbKernels& k = CurrentLimbKernels();
+  if (!k.montgomery(z, x, y, modulus_.m, modulus_.n, modulus_.inverse)) WideProduct(z, x, y);
+}
+
+void SecretResidues::Leave(Limb* z, const Limb* x) noexcept {
+  CopyLimbs(product_, x, modulus_.n);
+  ZeroLimbs(product_ + modulus_.n, modulus_.n);
+  CurrentLimbKernels().reduce(z, product_, modulus_.m, modulus_.n, modulus_.inverse);
+}
+
+// One subtraction of m brings z + x < 2 m below m, unless it borrows more than the sum's carry.
+void SecretResidues::Sum(Limb* z, const Limb* x) noexcept {
+  const LimbKernels& k = CurrentLimbKernels();
+  const Limb carry = k.add(z, z, x, modulus_.n);
+  const Limb borrow = k.subtract(product_, z, modulus_.m, modulus_.n);
+  const Limb keep = static_cast<Limb>(0 - static_cast<Limb>(borrow & (carry ^ 1)));
+  SelectLimbs(z, z, product_, keep, modulus_.n);
+}
+
+void SecretResidues::Subtract(Limb* z, const Limb* x, const Limb* y) noexcept {
+  const LimbKernels& k = CurrentLimbKernels();
+  const Limb borrow = k.subtract(z, x, y, modulus_.n);
+  k.add(product_, z, modulus_.m, modulus_.n);
+  SelectLimbs(z, product_, z, static_cast<Limb>(0 - borrow), modulus_.n);
+}
+
+void SecretResidues::PowerOfTwo(Limb* z, size_t e) noexcept {
+  const size_t n = modulus_.n;
+  if (e >= n * kLimbBits && e - n * kLimbBits <= kMostDoublings) {
+    CopyLimbs(z, square_, n);
+    for (size_t i = n * kLimbBits; i < e; ++i) Double(z);
+    return;
+  }
+  MakePower(z, e);
+}
+
+void SecretResidues::MakePower(Limb* z, size_t e) noexcept {
+  const size_t n = modulus_.n;
+  const size_t bits = LimbBits(modulus_.m, n);
+  // The top bit of m, which is below m since m is odd, is doubled until it is B^n mod m, and further
+  // while that costs less than a product.
+  uint32_t shift = 0;
+  while ((e >> shift) > 1 && (e >> shift) > n / 2) ++shift;
+  ZeroLimbs(z, n);
+  z[(bits - 1) / kLimbBits] = static_cast<Limb>(Limb{1} << ((bits - 1) % kLimbBits));
+  for (size_t i = bits - 1; i < n * kLimbBits + (e >> shift); ++i) Double(z);
+  while (shift-- != 0) {
+    Multiply(z, z, z);
+    if ((e >> shift & 1) != 0) Double(z);
+  }
+}
+
+void SecretResidues::Enter(Limb* z, const Limb* x, size_t count) noexcept {
+  const size_t n = modulus_.n;
+  Limb* const chunk = spare_;
+  Limb* const residue = spare_ + n;
+  ZeroLimbs(z, n);
+  // Horner's rule on chunks of n limbs, which may exceed m.
+  for (size_t i = (count + n - 1) / n; i-- != 0;) {
+    const size_t length = count - i * n < n ? count - i * n : n;
+    CopyLimbs(chunk, x + i * n, length);
+    ZeroLimbs(chunk + length, n - length);
+    Multiply(z, z, square_);
+    WideProduct(residue, chunk, square_);
+    Sum(z, residue);
+  }
+}
+
+}  // namespace mirolta

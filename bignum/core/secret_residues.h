@@ -1,0 +1,58 @@
+// Montgomery arithmetic on secret values modulo an odd number.
+#pragma once
+
+#include "montgomery.h"
+
+namespace mirolta {
+
+// SelectLimbs: z := x where mask is all ones, y where it is 0.
+// Shapes: x[n], y[n], z[n].
+// Alias:  z may be x or y.
+inline void SelectLimbs(Limb* z, const Limb* x, const Limb* y, Limb mask, size_t n) {
+  for (size_t i = 0; i < n; ++i) z[i] = static_cast<Limb>((x[i] & mask) | (y[i] & ~mask));
+}
+
+// SecretResidues computes modulo m, with products by the schoolbook method: the faster methods branch
+// on the sign of differences. x is represented by x * B^n mod m.
+// Time:   of all operations, depends on lengths only, the bit length of m among them.
+class SecretResidues {
+ public:
+  // It owns neither m nor memory, which the caller wipes.
+  // Shapes: m[n] odd and above 1, m[n - 1] != 0, memory[MemoryLimbs(n)].
+  SecretResidues(const Limb* m, size_t n, Limb* memory) noexcept;
+  static CheckedSize MemoryLimbs(size_t n) noexcept { return 5 * CheckedSize(n); }
+
+  // Enter: z := x * B^n mod m. Leave: z := x / B^n mod m.
+  // Shapes: Enter: x[count]; Leave: x[n], any limbs; z[n] < m.
+  // Alias:  Leave: z may be x.
+  void Enter(Limb* z, const Limb* x, size_t count) noexcept;
+  void Leave(Limb* z, const Limb* x) noexcept;
+  // Multiply: z := x * y / B^n mod m.
+  // Shapes: x[n], y[n], z[n] < m.
+  // Alias:  z may be x or y; x may be y.
+  void Multiply(Limb* z, const Limb* x, const Limb* y) noexcept;
+  // PowerOfTwo: z := 2^e * B^n mod m.
+  // Shapes: z[n].
+  // Time:   depends on e too.
+  void PowerOfTwo(Limb* z, size_t e) noexcept;
+  // Subtract: z := x - y mod m.
+  // Shapes: x[n] < m, y[n] <= m, z[n] < m.
+  // Alias:  z may be x.
+  void Subtract(Limb* z, const Limb* x, const Limb* y) noexcept;
+
+ private:
+  void Double(Limb* z) noexcept { Sum(z, z); }
+  // PowerOfTwo without square_.
+  void MakePower(Limb* z, size_t e) noexcept;
+  // z := z + x mod m, for z, x < m.
+  void Sum(Limb* z, const Limb* x) noexcept;
+  // z := x * y / B^n mod m, for x * y < m B^n.
+  void WideProduct(Limb* z, const Limb* x, const Limb* y) noexcept;
+
+  MontgomeryModulus modulus_;
+  Limb* product_;  // [2n]
+  Limb* square_;   // [n], B^2n mod m
+  Limb* spare_;    // [2n]
+};
+
+}  // namespace mirolta

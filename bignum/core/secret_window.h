@@ -1,0 +1,205 @@
+// Exponentiation with a secret exponent: fixed windows, table entries gathered by masks, and an
+// exponent that is split at random. For one power, or for two at once.
+#pragma once
+
+#include "limb_basics.h"
+
+namespace mirolta {
+
+// IsSame returns all ones if a = b, else 0.
+inline Limb IsSame(Limb a, Limb b) {
+  const Limb differing = a ^ b;
+  Limb mask = static_cast<Limb>(static_cast<Limb>(differing | static_cast<Limb>(0 - differing)) >>
+                                (kLimbBits - 1));
+  mask = static_cast<Limb>(mask - 1);
+  // The compiler must not find out that it is all ones or 0, and branch.
+  __asm__("" : "+r"(mask));
+  return mask;
+}
+
+// SelectEntry: z := entry `index` of a table of `entries`, each n limbs, `stride` limbs apart.
+// Alias:  none.
+// Time:   depends on the counts only: every entry is read.
+using SelectEntry = void (*)(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
+                             Limb index);
+inline void SelectEntryByMasks(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
+                               Limb index) {
+  ZeroLimbs(z, n);
+  for (size_t i = 0; i < entries; ++i) {
+    const Limb mask = IsSame(static_cast<Limb>(i), index);
+    const Limb* const entry = table + i * stride;
+    for (size_t j = 0; j < n; ++j) z[j] |= entry[j] & mask;
+  }
+}
+
+// SplitExponent: e = quotient * factor + rest, so that x^e = (x^factor)^quotient * x^rest for every
+// x and modulus. For a random factor neither the exponents nor, unless x is 0 or of small order, the
+// powers of x^factor in the long exponentiation are known to who chooses x.
+// Source: Ciet and Joye, (Virtually) free randomization techniques for elliptic curve cryptography,
+//         2003, 4.2.
+struct SplitExponent {
+  const Limb* quotient;
+  Limb factor;
+  Limb rest;
+};
+
+// Split returns that of e.
+// Shapes: quotient[n], e[n], factor with its top bit set.
+// Time:   depends on n only.
+// Source: Moeller and Granlund, Improved division by invariant integers, 2011, algorithm 4, with masks
+//         in place of branches.
+inline SplitExponent Split(Limb* quotient, const Limb* e, size_t n, Limb factor) {
+  // floor((B^2 - 1) / factor) - B = floor((B * (B - 1 - factor) + B - 1) / factor), bit by bit.
+  Limb reciprocal = 0;
+  Limb rest = static_cast<Limb>(~factor);
+  for (uint32_t bit = 0; bit < kLimbBits; ++bit) {
+    const Limb out = static_cast<Limb>(rest >> (kLimbBits - 1));
+    rest = static_cast<Limb>(rest << 1 | 1);
+    const Limb digit = static_cast<Limb>(out | static_cast<Limb>(rest >= factor));
+    rest = static_cast<Limb>(rest - (factor & static_cast<Limb>(0 - digit)));
+    reciprocal = static_cast<Limb>(reciprocal << 1 | digit);
+  }
+  rest = 0;
+  for (size_t i = n; i-- != 0;) {
+    const LimbPair product = Product(reciprocal, rest);
+    const LimbPair estimate = AddPair(product, {e[i], static_cast<Limb>(rest + 1)});
+    Limb digit = estimate.high;
+    rest = static_cast<Limb>(e[i] - digit * factor);
+    const Limb above = static_cast<Limb>(0 - static_cast<Limb>(rest > estimate.low));
+    digit = static_cast<Limb>(digit + above);
+    rest = static_cast<Limb>(rest + (factor & above));
+    const Limb more = static_cast<Limb>(rest >= factor);
+    quotient[i] = static_cast<Limb>(digit + more);
+    rest = static_cast<Limb>(rest - (factor & static_cast<Limb>(0 - more)));
+  }
+  return {quotient, factor, rest};
+}
+
+// SplitWindowBits returns the window for a quotient of that many bits.
+inline uint32_t SplitWindowBits(size_t bits) {
+  return bits > 640 ? 5 : 4;
+}
+// The window for factor and rest.
+inline constexpr uint32_t kShortWindow = 4;
+
+// WindowMemoryLimbs returns the limbs of SecretWindow's memory, for elements of `stride` limbs.
+inline CheckedSize WindowMemoryLimbs(CheckedSize stride, uint32_t window) {
+  const size_t entries = (size_t{1} << kShortWindow) + (size_t{1} << window) + 1;
+  return CheckedSize(entries) * stride;
+}
+
+// SecretWindow raises kCount numbers to powers at once. An element is kCount numbers of `size`
+// limbs, one after the other:
+//   multiply(z, x, y) computes z := x * y of all, where z may be x or y, and x may be y;
+//   select is a SelectEntry.
+template <size_t kCount, typename Multiply>
+class SecretWindow {
+ public:
+  // Shapes: memory[WindowMemoryLimbs(kCount * size, window)].
+  SecretWindow(Limb* memory, size_t size, uint32_t window, const Multiply& multiply,
+               SelectEntry select)
+      : size_(size),
+        window_(window),
+        multiply_(multiply),
+        select_(select),
+        short_table_(memory),
+        table_(short_table_ + (kCount * size << kShortWindow)),
+        entry_(table_ + (kCount * size << window)) {}
+
+  // The caller writes the elements 1 and x here.
+  Limb* One() { return short_table_; }
+  Limb* Base() { return short_table_ + kCount * size_; }
+
+  // Raise: z[i] := x[i]^e[i] for every number of the element x.
+  // Shapes: quotients below 2^bits, in whole limbs; z[kCount * size].
+  // Time:   depends on bits only.
+  void Raise(Limb* z, const SplitExponent (&e)[kCount], size_t bits) {
+    FillTable(short_table_, kShortWindow);
+    Limb digits[kCount];
+    for (uint32_t at = kLimbBits; at != 0;) {
+      at -= kShortWindow;
+      for (size_t i = 0; i < kCount; ++i) digits[i] = ShortDigit(e[i].factor, at);
+      if (at + kShortWindow == kLimbBits) {
+        Select(z, short_table_, kShortWindow, digits);
+        continue;
+      }
+      for (uint32_t i = 0; i < kShortWindow; ++i) multiply_(z, z, z);
+      MultiplySelected(z, short_table_, kShortWindow, digits);
+    }
+    CopyLimbs(table_, short_table_, kCount * size_);
+    CopyLimbs(table_ + kCount * size_, z, kCount * size_);
+    FillTable(table_, window_);
+
+    // The digits of the rest join where their bits do.
+    const size_t least = bits < kLimbBits ? kLimbBits : bits;
+    const size_t top = (least + window_ - 1) / window_ * window_;
+    for (size_t at = top; at != 0;) {
+      --at;
+      if (at < top - window_) multiply_(z, z, z);
+      if (at % window_ == 0) {
+        for (size_t i = 0; i < kCount; ++i) digits[i] = LongDigit(e[i].quotient, bits, at);
+        if (at == top - window_) {
+          Select(z, table_, window_, digits);
+        } else {
+          MultiplySelected(z, table_, window_, digits);
+        }
+      }
+      // The topmost digit of the rest is not above that of the quotient.
+      if (at < kLimbBits && at % kShortWindow == 0) {
+        for (size_t i = 0; i < kCount; ++i) {
+          digits[i] = ShortDigit(e[i].rest, static_cast<uint32_t>(at));
+        }
+        MultiplySelected(z, short_table_, kShortWindow, digits);
+      }
+    }
+    WipeMemory(digits, sizeof digits);
+  }
+
+ private:
+  static Limb ShortDigit(Limb e, uint32_t at) {
+    return static_cast<Limb>(e >> at) & ((Limb{1} << kShortWindow) - 1);
+  }
+  // The window's bits from bit `at` on, of whole limbs with `bits` bits that may be set.
+  Limb LongDigit(const Limb* e, size_t bits, size_t at) const {
+    const size_t n = (bits + kLimbBits - 1) / kLimbBits;
+    const size_t i = at / kLimbBits;
+    const uint32_t shift = at % kLimbBits;
+    Limb digit = i < n ? static_cast<Limb>(e[i] >> shift) : Limb{0};
+    if (shift + window_ > kLimbBits && i + 1 < n) {
+      digit |= static_cast<Limb>(e[i + 1] << (kLimbBits - shift));
+    }
+    return digit & static_cast<Limb>((Limb{1} << window_) - 1);
+  }
+
+  // table[i] := table[1]^i for i >= 2.
+  void FillTable(Limb* table, uint32_t window) {
+    const size_t stride = kCount * size_;
+    for (size_t i = 2; i < size_t{1} << window; ++i) {
+      if (i % 2 == 0) {
+        multiply_(table + i * stride, table + i / 2 * stride, table + i / 2 * stride);
+      } else {
+        multiply_(table + i * stride, table + (i - 1) * stride, table + stride);
+      }
+    }
+  }
+  void Select(Limb* z, const Limb* table, uint32_t window, const Limb (&digits)[kCount]) {
+    for (size_t i = 0; i < kCount; ++i) {
+      select_(z + i * size_, table + i * size_, size_t{1} << window, kCount * size_, size_,
+              digits[i]);
+    }
+  }
+  void MultiplySelected(Limb* z, const Limb* table, uint32_t window, const Limb (&digits)[kCount]) {
+    Select(entry_, table, window, digits);
+    multiply_(z, z, entry_);
+  }
+
+  size_t size_;
+  uint32_t window_;
+  const Multiply& multiply_;
+  SelectEntry select_;
+  Limb* short_table_;
+  Limb* table_;
+  Limb* entry_;
+};
+
+}  // namespace mirolta
