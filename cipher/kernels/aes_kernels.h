@@ -43,7 +43,7 @@ AesTransformKernel AesDecryptCompact;
 AesTransformKernel AesEncryptArm;
 AesTransformKernel AesDecryptArm;
 
-// x86-64
+// x86, in both modes
 AesExpansionKernel AesExpandAesNi;
 AesTransformKernel AesEncryptAesNi;
 AesTransformKernel AesDecryptAesNi;
