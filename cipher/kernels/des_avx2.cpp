@@ -3,9 +3,11 @@
 
 #include "des_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
+
+  #include "seam/x86_vectors.h"
 
 namespace mirolta {
 
@@ -44,11 +46,26 @@ MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
   return _mm256_xor_si256(a, b);
 }
 
+template <int kShift>
+MIROLTA_DES_BOX Vector ShiftRight(Vector a) {
+  return _mm256_srli_epi64(a, kShift);
+}
+
+template <int kShift>
+MIROLTA_DES_BOX Vector ShiftLeft(Vector a) {
+  return _mm256_slli_epi64(a, kShift);
+}
+
+MIROLTA_DES_BOX Vector Repeat(long long word) {
+  return _mm256_set1_epi64x(word);
+}
+
 MIROLTA_DES_BOX Vector XorKey(Vector bit, const uint32_t* mask) {
   return _mm256_xor_si256(bit, _mm256_set1_epi32(static_cast<int>(*mask)));
 }
 
   #include "des_rounds.inc"
+// Needs the rounds.
   #include "des_passes.inc"
 
 MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
@@ -62,44 +79,6 @@ MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t*
       bits = _mm256_slli_epi32(bits, 8);
     }
   }
-}
-
-// Exchanges, in each 64-bit lane, the bits of a whose index has the bit kShift set with the bits of
-// b at indexes kShift lower, which mask selects.
-template <int kShift>
-MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b, Vector mask) {
-  const Vector difference = And(Xor(_mm256_srli_epi64(a, kShift), b), mask);
-  b = Xor(b, difference);
-  a = Xor(a, _mm256_slli_epi64(difference, kShift));
-}
-
-// Transposes eight vectors: exchanges the three bits of the vectors' indexes with three bits of the
-// bits' indexes, of which kUnit is the lowest.
-template <int kUnit>
-MIROLTA_DES_BOX void ExchangeEight(Vector* v, const Vector (&masks)[3]) {
-  #pragma GCC unroll 4
-  for (int i = 0; i < 4; ++i) Exchange<4 * kUnit>(v[i], v[i + 4], masks[2]);
-  #pragma GCC unroll 4
-  for (int pair = 0; pair < 4; ++pair) {
-    const int i = pair / 2 * 4 + pair % 2;
-    Exchange<2 * kUnit>(v[i], v[i + 2], masks[1]);
-  }
-  #pragma GCC unroll 4
-  for (int i = 0; i < 8; i += 2) Exchange<kUnit>(v[i], v[i + 1], masks[0]);
-}
-
-MIROLTA_DES_BOX void ExchangeBytes(Vector* v) {
-  const Vector masks[3] = {_mm256_set1_epi64x(0x00FF00FF00FF00FF),
-                           _mm256_set1_epi64x(0x0000FFFF0000FFFF),
-                           _mm256_set1_epi64x(0x00000000FFFFFFFF)};
-  ExchangeEight<8>(v, masks);
-}
-
-MIROLTA_DES_BOX void ExchangeBits(Vector* v) {
-  const Vector masks[3] = {_mm256_set1_epi64x(0x5555555555555555),
-                           _mm256_set1_epi64x(0x3333333333333333),
-                           _mm256_set1_epi64x(0x0F0F0F0F0F0F0F0F)};
-  ExchangeEight<1>(v, masks);
 }
 
 // The mask of the first left < kRowBlocks blocks of a row.
@@ -130,73 +109,20 @@ MIROLTA_DES_BOX void StoreRow(Vector v, uint32_t row, uint32_t block_count, uint
   }
 }
 
-// Transposes 64 rows of four blocks to bit slices: first bytes, then the bits in them.
-MIROLTA_DES_BOX void Slice(const uint8_t* in, uint32_t block_count, Vector* state) {
-  for (uint32_t column = 0; column < 8; ++column) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = LoadRow(in, 8 * i + column, block_count);
-    ExchangeBytes(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) state[8 * i + column] = v[i];
-  }
-  for (uint32_t group = 0; group < kRows; group += 8) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = state[group + i];
-    ExchangeBits(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) state[group + i] = v[i];
-  }
-}
-
-// The steps of Slice in reverse, with the two vectors of each pair exchanged (see AllRounds).
-MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
-  for (uint32_t group = 0; group < kRows; group += 8) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = state[group + (i ^ 1)];
-    ExchangeBits(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) state[group + i] = v[i];
-  }
-  for (uint32_t column = 0; column < 8; ++column) {
-    Vector v[8];
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) v[i] = state[8 * i + column];
-    ExchangeBytes(v);
-  #pragma GCC unroll 8
-    for (uint32_t i = 0; i < 8; ++i) StoreRow(v[i], 8 * i + column, block_count, out);
-  }
-}
-
-MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {
-  Passes& passes = *static_cast<Passes*>(context);
-  Work* const work = passes.work;
-  MakeMasks(passes.words, passes.rounds, work->masks);
-  uint32_t done = 0;
-  while (passes.block_count - done >= passes.least) {
-    const uint32_t left = passes.block_count - done;
-    const uint32_t count = left < kMostBlocks ? left : kMostBlocks;
-    Slice(passes.in + kDesBlockSize * done, count, work->state);
-    AllRounds(work->state, work->masks, passes.rounds);
-    Join(work->state, count, passes.out + kDesBlockSize * done);
-    done += count;
-  }
-  passes.done = done;
-  return S_OK;
-}
+  #include "des_gates_slices.inc"
 
 }  // namespace
 
 void DesEncryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                     uint32_t block_count) {
-  Transform<DesEncryptWords64>(schedule, schedule.encryption, in, out, block_count);
+  Transform<OfMode(DesEncryptWords64, DesEncryptPortable)>(schedule, schedule.encryption, in, out,
+                                                           block_count);
 }
 
 void DesDecryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                     uint32_t block_count) {
-  Transform<DesDecryptWords64>(schedule, schedule.decryption, in, out, block_count);
+  Transform<OfMode(DesDecryptWords64, DesDecryptPortable)>(schedule, schedule.decryption, in, out,
+                                                           block_count);
 }
 
 }  // namespace mirolta

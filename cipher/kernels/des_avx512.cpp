@@ -3,9 +3,11 @@
 
 #include "des_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
+
+  #include "seam/x86_vectors.h"
 
 namespace mirolta {
 
@@ -43,6 +45,7 @@ MIROLTA_DES_BOX Vector XorKey(Vector bit, const uint32_t* mask) {
 }
 
   #include "des_rounds.inc"
+// Needs the rounds.
   #include "des_passes.inc"
 
 MIROLTA_DES_BOX void MakeMasks(const uint32_t* words, uint32_t rounds, uint32_t* masks) {
@@ -200,12 +203,14 @@ MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {
 
 void DesEncryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                       uint32_t block_count) {
-  Transform<DesEncryptGfni>(schedule, schedule.encryption, in, out, block_count);
+  Transform<OfMode(DesEncryptGfni, DesEncryptPortable)>(schedule, schedule.encryption, in, out,
+                                                        block_count);
 }
 
 void DesDecryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                       uint32_t block_count) {
-  Transform<DesDecryptGfni>(schedule, schedule.decryption, in, out, block_count);
+  Transform<OfMode(DesDecryptGfni, DesDecryptPortable)>(schedule, schedule.decryption, in, out,
+                                                        block_count);
 }
 
 }  // namespace mirolta
