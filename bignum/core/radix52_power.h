@@ -3,7 +3,7 @@
 
 #include "radix52_ifma.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 namespace mirolta {
 

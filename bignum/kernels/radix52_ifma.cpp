@@ -1,7 +1,7 @@
 // Montgomery multiplication in radix 2^52 by AVX-512 IFMA. Digits are radix-2^52 digits here.
 #include "radix52_ifma.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 // gcc 12 warns of values that its own header leaves undefined on purpose.
   #pragma GCC diagnostic ignored "-Wuninitialized"
@@ -14,6 +14,7 @@ namespace mirolta {
 namespace {
 
   #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512vl,avx512ifma,bmi2")))
+  #define MIROLTA_IFMA_STEP MIROLTA_IFMA __attribute__((always_inline))
 
 // Carry propagation on bit masks, 64 radix-2^52 digits a word: a digit in `over` generates a carry,
 // a digit in `full` propagates one.
@@ -32,7 +33,7 @@ inline void RippleCarries(uint64_t (&carries)[kWords], const uint64_t (&over)[kW
 
 // Normalises vectors of radix-2^52 digits below 2^63 to digits below 2^52, and stores them.
 template <size_t kVectors>
-MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
+MIROLTA_IFMA inline void StoreRadix52(Digit52* z, __m512i (&t)[kVectors]) {
   const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kRadix52Mask));
   constexpr size_t kWords = (kVectors + 7) / 8;
   uint64_t over[kWords] = {}, full[kWords] = {}, carries[kWords];
@@ -53,18 +54,104 @@ MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
   }
 }
 
+// The sums of the three lowest digits of a product, outside the vectors: see Product.
+  #if MIROLTA_KERNELS_FOR(X86_64)
+
+// In scalar registers, whose latency is shorter.
+class LowDigits {
+ public:
+  LowDigits(const Digit52* m, Digit52 inverse)
+      : m0_(m[0]), m1_(m[1]), m2_(m[2]), inverse_(inverse) {}
+
+  // Adds the step's terms and returns the multiple of m, in all lanes.
+  MIROLTA_IFMA_STEP __m512i Step(const Digit52* term0, const Digit52* term1, const Digit52* term2) {
+    // The factor of m is shifted left by 12, so that its 104-bit products split at bit 64.
+    low_ += *term0;
+    const Digit52 factor = low_ * inverse_;
+    unsigned long long high0, high1;
+    _mulx_u64(factor, m0_, &high0);
+    const Digit52 low1 = _mulx_u64(factor, m1_, &high1) >> 12;
+    // The multiple of m clears the lowest 52 bits, with a carry unless they were zero.
+    low_ = (low_ + kRadix52Mask) >> kRadix52Bits;
+    low_ += (next_ + *term1) + low1 + high0;
+    next_ = (waiting_ + *term2) + ((factor * m2_) >> 12) + high1;
+    return _mm512_set1_epi64(static_cast<long long>(factor >> 12));
+  }
+
+  // Takes over the digit that the next step makes the third.
+  MIROLTA_IFMA_STEP void Take(__m512i t) {
+    waiting_ = static_cast<Digit52>(
+        _mm_cvtsi128_si64(_mm256_extracti128_si256(_mm512_castsi512_si256(t), 1)));
+  }
+
+  MIROLTA_IFMA_STEP __m512i PutBack(__m512i t) const {
+    t = _mm512_mask_set1_epi64(t, 1, static_cast<long long>(low_));
+    return _mm512_mask_set1_epi64(t, 2, static_cast<long long>(next_));
+  }
+
+ private:
+  const Digit52 m0_, m1_, m2_, inverse_;
+  Digit52 low_ = 0;
+  Digit52 next_ = 0;
+  Digit52 waiting_ = 0;
+};
+
+  #else
+
+// In the lowest lanes of vectors: scalar registers have 32 bits.
+class LowDigits {
+ public:
+  MIROLTA_IFMA_STEP LowDigits(const Digit52* m, Digit52 inverse)
+      : m0_(Load(m)), m1_(Load(m + 1)), m2_(Load(m + 2)) {
+    const Digit52 unshifted = inverse >> 12;
+    inverse_ = Load(&unshifted);
+    low_ = next_ = waiting_ = _mm_setzero_si128();
+  }
+
+  MIROLTA_IFMA_STEP __m512i Step(const Digit52* term0, const Digit52* term1, const Digit52* term2) {
+    const __m128i zero = _mm_setzero_si128();
+    low_ = _mm_add_epi64(low_, Load(term0));
+    const __m128i factor = _mm_madd52lo_epu64(zero, low_, inverse_);
+    const __m128i carry = _mm_srli_epi64(_mm_madd52lo_epu64(low_, m0_, factor), kRadix52Bits);
+    const __m128i low1 = _mm_madd52lo_epu64(zero, m1_, factor);
+    next_ = _mm_madd52hi_epu64(_mm_add_epi64(next_, Load(term1)), m0_, factor);
+    low_ = _mm_add_epi64(_mm_add_epi64(low1, carry), next_);
+    next_ = _mm_madd52lo_epu64(_mm_add_epi64(waiting_, Load(term2)), m2_, factor);
+    next_ = _mm_madd52hi_epu64(next_, m1_, factor);
+    return _mm512_maskz_broadcastq_epi64(0xFF, factor);
+  }
+
+  MIROLTA_IFMA_STEP void Take(__m512i t) {
+    waiting_ = _mm256_extracti128_si256(_mm512_castsi512_si256(t), 1);
+  }
+
+  MIROLTA_IFMA_STEP __m512i PutBack(__m512i t) const {
+    return _mm512_mask_broadcastq_epi64(_mm512_mask_broadcastq_epi64(t, 1, low_), 2, next_);
+  }
+
+ private:
+  MIROLTA_IFMA_STEP static __m128i Load(const Digit52* digit) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(digit));
+  }
+
+  __m128i m0_, m1_, m2_, inverse_;
+  __m128i low_, next_, waiting_;
+};
+
+  #endif
+
 // Each step adds x times one digit of y and the multiple of m that makes the lowest digit zero, and
-// drops that digit. Each multiple depends on the one before, and vector latency is long, so the
-// three lowest digits are computed in scalar registers: `low` and `next` are the sums of the lowest
-// two; the third is `waiting`, its sum in the vectors before the step, plus the step's terms.
+// drops that digit. Each multiple depends on the one before, and the latency of the sums is long, so the
+// three lowest digits are computed apart: two sums, and for the third its sum in the vectors before the
+// step, plus the step's terms.
 // A digit gets four terms below 2^52 a step, in at most 8 * kVectors steps: below 2^61.
 template <size_t kVectors>
-MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
-                          Limb inverse) {
+MIROLTA_IFMA void Product(Digit52* z, const Digit52* x, const Digit52* y, const Digit52* m,
+                          size_t count, Digit52 inverse) {
   __m512i t[kVectors];
   for (size_t j = 0; j < kVectors; ++j) t[j] = _mm512_setzero_si512();
   // The terms of x in the three lowest digits, for each step.
-  alignas(64) Limb terms[3][kVectors * kRadix52PerVector];
+  alignas(64) Digit52 terms[3][kVectors * kRadix52PerVector];
   const __m512i x0 = _mm512_set1_epi64(static_cast<long long>(x[0]));
   const __m512i x1 = _mm512_set1_epi64(static_cast<long long>(x[1]));
   const __m512i x2 = _mm512_set1_epi64(static_cast<long long>(x[2]));
@@ -77,24 +164,10 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
     _mm512_store_si512(terms[1] + j * kRadix52PerVector, _mm512_madd52lo_epu64(high0, yj, x1));
     _mm512_store_si512(terms[2] + j * kRadix52PerVector, _mm512_madd52lo_epu64(high1, yj, x2));
   }
-  const Limb m0 = m[0], m1 = m[1], m2 = m[2];
-  Limb low = 0;
-  Limb next = 0;
-  Limb waiting = 0;
+  LowDigits lowest(m, inverse);
   for (size_t i = 0; i < count; ++i) {
-    // The factor of m is shifted left by 12, so that its 104-bit products split at bit 64.
-    low += terms[0][i];
-    const Limb factor = low * inverse;
-    unsigned long long high0, high1;
-    _mulx_u64(factor, m0, &high0);
-    const Limb low1 = _mulx_u64(factor, m1, &high1) >> 12;
-    // The multiple of m clears the lowest 52 bits, with a carry unless they were zero.
-    low = (low + kRadix52Mask) >> kRadix52Bits;
-    low += (next + terms[1][i]) + low1 + high0;
-    next = (waiting + terms[2][i]) + ((factor * m2) >> 12) + high1;
-
+    const __m512i by_m = lowest.Step(terms[0] + i, terms[1] + i, terms[2] + i);
     const __m512i by_x = _mm512_set1_epi64(static_cast<long long>(y[i]));
-    const __m512i by_m = _mm512_set1_epi64(static_cast<long long>(factor >> 12));
     // Separate sums shorten the dependency chain of t to two additions and a shift.
     __m512i high[kVectors];
     for (size_t j = 0; j < kVectors; ++j) {
@@ -109,11 +182,9 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
       const __m512i above = j + 1 < kVectors ? t[j + 1] : _mm512_setzero_si512();
       t[j] = _mm512_add_epi64(_mm512_alignr_epi64(above, t[j], 1), high[j]);
     }
-    waiting = static_cast<Limb>(
-        _mm_cvtsi128_si64(_mm256_extracti128_si256(_mm512_castsi512_si256(t[0]), 1)));
+    lowest.Take(t[0]);
   }
-  t[0] = _mm512_mask_set1_epi64(t[0], 1, static_cast<long long>(low));
-  t[0] = _mm512_mask_set1_epi64(t[0], 2, static_cast<long long>(next));
+  t[0] = lowest.PutBack(t[0]);
   StoreRadix52(z, t);
   for (size_t j = 0; j < 3 * kVectors; ++j) {
     _mm512_store_si512(&terms[0][0] + j * kRadix52PerVector, _mm512_setzero_si512());
