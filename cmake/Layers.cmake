@@ -27,6 +27,10 @@ if(NOT WIN32)
   # Times and files have 64 bits on 32-bit processors too.
   target_compile_definitions(mirolta_options INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 endif()
+if(WIN32 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # Callers there align the stack to four bytes; functions that keep vectors on it align it further.
+  target_compile_options(mirolta_options INTERFACE -mpreferred-stack-boundary=2)
+endif()
 if(MIROLTA_SANITIZE)
   # The module has no run-time type information, which the check of virtual tables would need. The
   # code that sanitizers add sets off the conversion warnings, which the plain builds check.

@@ -50,7 +50,7 @@ KERNEL_FLAGS = {
     "avx512": ["avx512f", "avx512bw", "avx512dq", "avx512vl"],
     "gfni": ["gfni", "avx512f", "avx512bw", "avx512dq", "avx512vl"],
     "ifma": ["avx512ifma", "avx512f", "avx512bw", "avx512dq", "avx512vl"],
-    "ifma_x86_64": ["avx512ifma", "avx512f", "avx512bw", "avx512dq", "avx512vl"],
+    "ifma": ["avx512ifma", "avx512f", "avx512bw", "avx512dq", "avx512vl"],
     "shani": ["sha_ni", "ssse3", "sse4_1"],
     "sse2": ["sse2"],
     "vaes256": ["vaes", "avx2"],

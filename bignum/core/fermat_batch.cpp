@@ -3,12 +3,12 @@
 #include "divide.h"
 #include "fermat_ifma.h"
 #include "limb_scratch.h"
-#include "montgomery.h"
 #include "radix52.h"
+#include "radix52_scratch.h"
 
 namespace mirolta {
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 namespace {
 
@@ -16,11 +16,13 @@ namespace {
 constexpr size_t kSpareForTwo = 4;
 constexpr size_t kSpareForSeven = 8;
 
-// The exponent's top bits by which base^top is computed directly: 7^15 fits a limb.
+// The exponent's top bits by which base^top is computed directly: 7^15 is below 2^43.
 constexpr size_t kFirstBits = 4;
+// The limbs that a digit covers at any shift.
+constexpr size_t kFirstLimbs = (kRadix52Bits - 1) / kLimbBits + 2;
 
-Limb SmallPower(Limb base, Limb e) {
-  Limb power = 1;
+Digit52 SmallPower(Digit52 base, uint32_t e) {
+  Digit52 power = 1;
   for (; e != 0; --e) power *= base;
   return power;
 }
@@ -43,16 +45,16 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
   }
   const size_t digits = FermatLanesCount(Radix52Count(bits_, spare));
   const size_t zeros = digits * kRadix52Bits / kLimbBits;
-  LimbScratch memory((2 * CheckedSize(digits) + 3) * kLanes + CheckedSize(zeros) + 2 +
-                     CheckedSize(n));
-  if (memory.Get() == nullptr) return false;
-  const size_t beyond = reinterpret_cast<uintptr_t>(memory.Get()) % 64 / sizeof(Limb);
-  Limb* const m = memory.Get() + (kLanes - beyond);
-  Limb* const power = m + digits * kLanes;
-  Limb* const inverse = power + digits * kLanes;
-  Limb* const base = inverse + kLanes;
-  Limb* const first = base + kLanes;
-  Limb* const residue = first + zeros + 2;
+  Radix52Scratch lanes((2 * CheckedSize(digits) + 2) * kLanes);
+  LimbScratch limbs(CheckedSize(zeros) + kFirstLimbs + CheckedSize(n));
+  Digit52* const m = lanes.Get();
+  Limb* const first = limbs.Get();
+  if (m == nullptr || first == nullptr) return false;
+  Digit52* const power = m + digits * kLanes;
+  Digit52* const inverse = power + digits * kLanes;
+  Digit52* const base = inverse + kLanes;
+  const size_t first_limbs = zeros + kFirstLimbs;
+  Limb* const residue = first + first_limbs;
   const size_t rest = bits_ - kFirstBits;
 
   for (size_t lane = 0; lane < kLanes; ++lane) {
@@ -60,16 +62,13 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
     const size_t i = lane < count ? lane : 0;
     const Limb* const x = candidates + i * n;
     base[lane] = bases[i];
-    inverse[lane] = PrepareMontgomery(x, n).inverse & kRadix52Mask;
-    Limb top = 0;
+    inverse[lane] = Radix52Inverse(x, n);
+    uint32_t top = 0;
     for (size_t bit = bits_; bit-- != rest;) top = top << 1 | (TestLimbBit(x, bit) ? 1 : 0);
-    const Limb value = SmallPower(base[lane], top);
-    const uint32_t shift = digits * kRadix52Bits % kLimbBits;
-    ZeroLimbs(first, zeros);
-    first[zeros] = value << shift;
-    first[zeros + 1] = shift != 0 ? value >> (kLimbBits - shift) : 0;
+    ZeroLimbs(first, first_limbs);
+    OrRadix52Digit(first, first_limbs, digits * kRadix52Bits, SmallPower(base[lane], top));
     const size_t used = SignificantLimbs(x, n);
-    if (!DivideLimbs(nullptr, residue, first, zeros + 2, x, used)) return false;
+    if (!DivideLimbs(nullptr, residue, first, first_limbs, x, used)) return false;
     for (size_t j = 0; j < digits; ++j) {
       m[j * kLanes + lane] = Radix52Digit(x, used, j);
       power[j * kLanes + lane] = Radix52Digit(residue, used, j);

@@ -8,12 +8,12 @@ namespace mirolta {
 namespace {
 
 constexpr PowerMethod kMontgomery = {0, SIZE_MAX, MontgomeryPower};
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 constexpr PowerMethod kRadix52 = {kRadix52PowerLeastBits, kRadix52PowerMostBits, Radix52Power};
 #endif
 
 constexpr Kernel<const PowerMethod*> kRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"ifma", kRadix52Features, &kRadix52},
 #endif
     {"montgomery", 0, &kMontgomery},

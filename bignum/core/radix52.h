@@ -2,9 +2,10 @@
 #pragma once
 
 #include "limb_basics.h"
+#include "montgomery.h"
 #include "radix52_ifma.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 namespace mirolta {
 
@@ -14,35 +15,54 @@ inline constexpr size_t Radix52Count(size_t bits, size_t spare) {
 }
 
 // Radix52Digit returns radix-2^52 digit i of x[n], 0 above its limbs.
-inline Limb Radix52Digit(const Limb* x, size_t n, size_t i) {
+inline Digit52 Radix52Digit(const Limb* x, size_t n, size_t i) {
   const size_t bit = i * kRadix52Bits;
-  const size_t at = bit / kLimbBits;
+  size_t at = bit / kLimbBits;
   const uint32_t shift = bit % kLimbBits;
   if (at >= n) return 0;
-  Limb digit = x[at] >> shift;
-  if (shift > kLimbBits - kRadix52Bits && at + 1 < n) digit |= x[at + 1] << (kLimbBits - shift);
+  Digit52 digit = x[at] >> shift;
+  for (uint32_t got = kLimbBits - shift; got < kRadix52Bits && ++at < n; got += kLimbBits) {
+    digit |= Digit52{x[at]} << got;
+  }
   return digit & kRadix52Mask;
+}
+
+// OrRadix52Digit: z := z | digit * 2^bit, modulo B^n.
+// Shapes: z[n], digit below 2^52.
+inline void OrRadix52Digit(Limb* z, size_t n, size_t bit, Digit52 digit) {
+  size_t at = bit / kLimbBits;
+  const uint32_t shift = bit % kLimbBits;
+  if (at >= n) return;
+  z[at] |= static_cast<Limb>(digit << shift);
+  for (uint32_t put = kLimbBits - shift; put < kRadix52Bits && ++at < n; put += kLimbBits) {
+    z[at] |= static_cast<Limb>(digit >> put);
+  }
 }
 
 // ToRadix52: z := the lowest count radix-2^52 digits of x.
 // Shapes: x[n], z[count].
 // Alias:  none.
-inline void ToRadix52(Limb* z, size_t count, const Limb* x, size_t n) {
+inline void ToRadix52(Digit52* z, size_t count, const Limb* x, size_t n) {
   for (size_t i = 0; i < count; ++i) z[i] = Radix52Digit(x, n, i);
 }
 
 // FromRadix52: z := the value of the radix-2^52 digits x, modulo B^n.
 // Shapes: x[count], z[n].
 // Alias:  none.
-inline void FromRadix52(Limb* z, size_t n, const Limb* x, size_t count) {
+inline void FromRadix52(Limb* z, size_t n, const Digit52* x, size_t count) {
   ZeroLimbs(z, n);
-  for (size_t i = 0; i < count; ++i) {
-    const size_t bit = i * kRadix52Bits;
-    const size_t at = bit / kLimbBits;
-    const uint32_t shift = bit % kLimbBits;
-    if (at < n) z[at] |= x[i] << shift;
-    if (shift > kLimbBits - kRadix52Bits && at + 1 < n) z[at + 1] |= x[i] >> (kLimbBits - shift);
+  for (size_t i = 0; i < count; ++i) OrRadix52Digit(z, n, i * kRadix52Bits, x[i]);
+}
+
+// Radix52Inverse returns -1 / m mod 2^52.
+// Shapes: m[n] odd.
+inline Digit52 Radix52Inverse(const Limb* m, size_t n) {
+  Digit52 inverse = PrepareMontgomery(m, n).inverse;
+  if constexpr (kLimbBits < kRadix52Bits) {
+    // Newton's step doubles the bits: m * inverse = e - 1 becomes (e - 1) (e + 1) = e^2 - 1.
+    inverse *= Radix52Digit(m, n, 0) * inverse + 2;
   }
+  return inverse & kRadix52Mask;
 }
 
 }  // namespace mirolta

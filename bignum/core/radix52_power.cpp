@@ -1,23 +1,20 @@
 #include "radix52_power.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include "divide.h"
   #include "limb_scratch.h"
-  #include "montgomery.h"
   #include "radix52.h"
+  #include "radix52_scratch.h"
   #include "sliding_window.h"
 
 namespace mirolta {
 
 namespace {
 
-// Vectors that cross no cache line load twice as fast.
-constexpr size_t kAlignment = 64;
-
 // z[count] := x * 2^(52 count) mod m in radix-2^52 digits.
 // Shapes: x[n], m[n], m[n - 1] != 0.
-bool ToRadix52Montgomery(Limb* z, size_t count, const Limb* x, const Limb* m, size_t n) {
+bool ToRadix52Montgomery(Digit52* z, size_t count, const Limb* x, const Limb* m, size_t n) {
   const size_t bits = count * kRadix52Bits;
   const size_t zeros = bits / kLimbBits;
   LimbScratch shifted(CheckedSize(zeros) + CheckedSize(n) + 1);
@@ -40,27 +37,27 @@ bool Radix52Power(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* 
   const size_t vectors = (count + kRadix52PerVector - 1) / kRadix52PerVector;
   const size_t padded = vectors * kRadix52PerVector;
   const uint32_t window = WindowBits(LimbBits(e, en));
-  const size_t table_limbs = padded << (window - 1);
-  LimbScratch memory(CheckedSize(table_limbs) + 3 * CheckedSize(padded) +
-                     kAlignment / sizeof(Limb));
-  if (memory.Get() == nullptr) return false;
-  const size_t beyond = reinterpret_cast<uintptr_t>(memory.Get()) % kAlignment / sizeof(Limb);
-  Limb* const modulus = memory.Get() + (kAlignment / sizeof(Limb) - beyond);
-  Limb* const power = modulus + padded;
-  Limb* const spare = power + padded;
-  Limb* const table = spare + padded;
+  const size_t table_digits = padded << (window - 1);
+  Radix52Scratch memory(CheckedSize(table_digits) + 3 * CheckedSize(padded));
+  Digit52* const modulus = memory.Get();
+  if (modulus == nullptr) return false;
+  Digit52* const power = modulus + padded;
+  Digit52* const spare = power + padded;
+  Digit52* const table = spare + padded;
 
   ToRadix52(modulus, padded, m, n);
-  ZeroLimbs(table, padded);
+  for (size_t i = count; i < padded; ++i) table[i] = 0;
   if (!ToRadix52Montgomery(table, count, x, m, n)) return false;
-  const Limb inverse = PrepareMontgomery(m, n).inverse << (kLimbBits - kRadix52Bits);
+  // Shifted as the products take it.
+  const Digit52 inverse = Radix52Inverse(m, n) << 12;
   const Radix52Product product = Radix52ProductFor(vectors);
-  SlidingWindow(
-      power, table, spare, e, en, padded, window,
-      [=](Limb* r, const Limb* a, const Limb* b) { product(r, a, b, modulus, count, inverse); });
+  SlidingWindow(power, table, spare, e, en, padded, window,
+                [=](Digit52* r, const Digit52* a, const Digit52* b) {
+                  product(r, a, b, modulus, count, inverse);
+                });
   // The product with 1 is at most m.
-  ZeroLimbs(spare, padded);
   spare[0] = 1;
+  for (size_t i = 1; i < padded; ++i) spare[i] = 0;
   product(power, power, spare, modulus, count, inverse);
   FromRadix52(z, n, power, count);
   if (CompareLimbs(z, m, n) >= 0) CurrentLimbKernels().subtract(z, z, m, n);

@@ -4,7 +4,7 @@
 #include "radix52_ifma.h"
 #include "secret_power.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 namespace mirolta {
 

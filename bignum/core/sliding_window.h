@@ -19,12 +19,13 @@ inline uint32_t WindowBits(size_t exponent_bits) {
 }
 
 // SlidingWindow: z := x^e, where multiply(z, x, y) computes z := x * y.
-// Shapes: table[n * 2^(window - 1)] starts with x; e[en] != 0; z[n], spare[n].
+// Shapes: table[n * 2^(window - 1)] starts with x; e[en] != 0; z[n], spare[n]. Their units are limbs or
+//         digits of another radix; those of e are limbs.
 // Alias:  none.
 // Time:   depends on e.
 // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 14.85.
-template <typename Multiply>
-void SlidingWindow(Limb* z, Limb* table, Limb* spare, const Limb* e, size_t en, size_t n,
+template <typename Unit, typename Multiply>
+void SlidingWindow(Unit* z, Unit* table, Unit* spare, const Limb* e, size_t en, size_t n,
                    uint32_t window, const Multiply& multiply) {
   // Odd powers x, x^3, x^5, ...
   if (window > 1) {
@@ -44,12 +45,12 @@ void SlidingWindow(Limb* z, Limb* table, Limb* spare, const Limb* e, size_t en, 
     while (!TestLimbBit(e, low)) ++low;
     size_t value = 0;
     for (size_t j = i + 1; j-- != low;) value = value << 1 | (TestLimbBit(e, j) ? 1 : 0);
-    const Limb* const power = table + (value >> 1) * n;
+    const Unit* const power = table + (value >> 1) * n;
     if (started) {
       for (size_t j = low; j <= i; ++j) multiply(z, z, z);
       multiply(z, z, power);
     } else {
-      CopyLimbs(z, power, n);
+      for (size_t j = 0; j < n; ++j) z[j] = power[j];
       started = true;
     }
     i = low;

@@ -3,7 +3,7 @@
 
 #include "radix52_ifma.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 namespace mirolta {
 
@@ -12,11 +12,11 @@ inline constexpr size_t kLanes = 8;
 // FermatLanes: the state of a Fermat test of eight odd numbers, a lane each.
 // Shapes: count radix-2^52 digits; base <= 7 and 4 * base^2 * m <= 2^(52 count) in each lane.
 struct FermatLanes {
-  const Limb* m;        // [8 count] the moduli
-  const Limb* inverse;  // [8] -1 / m mod 2^52
-  const Limb* base;     // [8]
-  size_t bits;          // low exponent bits still to process
-  Limb* power;          // [8 count] base^(m >> bits) * 2^(52 count), below m; destroyed
+  const Digit52* m;        // [8 count] the moduli
+  const Digit52* inverse;  // [8] -1 / m mod 2^52
+  const Digit52* base;     // [8]
+  size_t bits;             // low exponent bits still to process
+  Digit52* power;          // [8 count] base^(m >> bits) * 2^(52 count), below m; destroyed
 };
 
 // FermatLanesTest exponentiates by the remaining low bits of m - 1 and returns the set of lanes

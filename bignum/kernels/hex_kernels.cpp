@@ -47,9 +47,8 @@ size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
 }
 
 constexpr Kernel<const HexKernels*> kRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
-    // SSE2 is part of x86-64.
-    {"sse2", 0, &kSse2HexKernels},
+#if MIROLTA_KERNELS_FOR(X86)
+    {"sse2", kFeatureSse2, &kSse2HexKernels},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
     // Advanced SIMD is part of AArch64.

@@ -23,14 +23,13 @@ struct HexKernels {
 inline constexpr uint32_t kNoHexDigit = 16;
 uint32_t HexDigitValue(OLECHAR c) noexcept;
 
-// Every row runs on every processor of the build's architecture.
 extern const KernelList<const HexKernels*> kHexKernels;
 
-// CurrentHexKernels returns the first table of kHexKernels.
+// CurrentHexKernels returns the first table of kHexKernels that this processor runs.
 const HexKernels& CurrentHexKernels() noexcept;
 
 extern const HexKernels kPortableHexKernels;
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 extern const HexKernels kSse2HexKernels;
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)

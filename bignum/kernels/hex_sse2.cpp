@@ -1,6 +1,6 @@
 #include "hex_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <emmintrin.h>
 
@@ -10,14 +10,16 @@ namespace {
 
 static_assert(sizeof(OLECHAR) == 2);
 
+  #define MIROLTA_HEX __attribute__((target("sse2")))
+
 // Two words, sixteen digits, at a time.
-void Write(OLECHAR* out, const uint32_t* words, size_t count) {
+MIROLTA_HEX void Write(OLECHAR* out, const uint32_t* words, size_t count) {
   const __m128i zero = _mm_setzero_si128();
   size_t i = count;
   for (; i >= 2; i -= 2, out += 16) {
     const uint64_t pair = uint64_t{words[i - 1]} << 32 | words[i - 2];
-    const __m128i bytes =
-        _mm_unpacklo_epi8(_mm_cvtsi64_si128(static_cast<long long>(__builtin_bswap64(pair))), zero);
+    const __m128i in_order = _mm_set_epi64x(0, static_cast<int64_t>(__builtin_bswap64(pair)));
+    const __m128i bytes = _mm_unpacklo_epi8(in_order, zero);
     const __m128i low = _mm_slli_epi16(_mm_and_si128(bytes, _mm_set1_epi16(15)), 8);
     const __m128i digits = _mm_or_si128(_mm_srli_epi16(bytes, 4), low);
     // 'a' is 39 above the character after '9'.
@@ -32,11 +34,11 @@ void Write(OLECHAR* out, const uint32_t* words, size_t count) {
 }
 
 // 255 in the bytes of x that are at most limit, unsigned; else 0.
-__m128i AtMost(__m128i x, char limit) {
+MIROLTA_HEX inline __m128i AtMost(__m128i x, char limit) {
   return _mm_cmpeq_epi8(_mm_min_epu8(x, _mm_set1_epi8(limit)), x);
 }
 
-size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
+MIROLTA_HEX size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
   size_t i = 0;
   for (; i + 2 <= count; i += 2) {
     const __m128i* const from = reinterpret_cast<const __m128i*>(end - 16);  // loaded unaligned
@@ -54,8 +56,9 @@ size_t Read(uint32_t* words, const OLECHAR* end, size_t count) {
     // The first digit of a pair becomes the high nibble.
     const __m128i bytes = _mm_and_si128(
         _mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8)), _mm_set1_epi16(255));
-    const uint64_t pair =
-        __builtin_bswap64(static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(bytes, bytes))));
+    uint64_t in_order;
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(&in_order), _mm_packus_epi16(bytes, bytes));
+    const uint64_t pair = __builtin_bswap64(in_order);
     words[i] = static_cast<uint32_t>(pair);
     words[i + 1] = static_cast<uint32_t>(pair >> 32);
     end -= 16;

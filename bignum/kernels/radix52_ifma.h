@@ -1,17 +1,20 @@
-// Montgomery multiplication in radix 2^52, by AVX-512 IFMA. A radix-2^52 digit is stored in a limb.
+// Montgomery multiplication in radix 2^52, by AVX-512 IFMA.
 #pragma once
 
 #include "limb.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 namespace mirolta {
 
+// A radix-2^52 digit as it is stored, in a lane of a vector.
+using Digit52 = uint64_t;
+
 inline constexpr uint32_t kRadix52Bits = 52;
-inline constexpr Limb kRadix52Mask = (Limb{1} << kRadix52Bits) - 1;
+inline constexpr Digit52 kRadix52Mask = (Digit52{1} << kRadix52Bits) - 1;
 inline constexpr size_t kRadix52PerVector = 8;
 
-// The processor features of these products, which use mulx too.
+// The processor features of these products, which use mulx too in 64-bit mode.
 inline constexpr uint32_t kRadix52Features = kFeatureBmi2Adx | kFeatureAvx512 | kFeatureAvx512Ifma;
 
 // Radix52Product: z := x * y / 2^(52 count) mod m, below 2 m (almost Montgomery multiplication).
@@ -21,8 +24,8 @@ inline constexpr uint32_t kRadix52Features = kFeatureBmi2Adx | kFeatureAvx512 | 
 // Time:   depends on count only.
 // Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
 //         2016.
-using Radix52Product = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
-                                Limb inverse);
+using Radix52Product = void (*)(Digit52* z, const Digit52* x, const Digit52* y, const Digit52* m,
+                                size_t count, Digit52 inverse);
 
 // Radix52ProductFor returns the product of numbers of that many vectors, 1 to kRadix52MostVectors.
 inline constexpr size_t kRadix52MostVectors = 10;
@@ -33,18 +36,19 @@ Radix52Product Radix52ProductFor(size_t vectors) noexcept;
 // Shapes: x, y, z, m are 2 * vectors whole vectors, terms is 6 * vectors vectors, aligned to
 //         64 bytes; the caller wipes it.
 inline constexpr size_t kRadix52PairTerms = 6;
-using Radix52PairProduct = void (*)(Limb* z, const Limb* x, const Limb* y, const Limb* m,
-                                    size_t count, const Limb (&inverses)[2], Limb* terms);
+using Radix52PairProduct = void (*)(Digit52* z, const Digit52* x, const Digit52* y,
+                                    const Digit52* m, size_t count, const Digit52 (&inverses)[2],
+                                    Digit52* terms);
 
 // Radix52PairProductFor returns that of numbers of 1 to kRadix52MostPairVectors vectors.
 inline constexpr size_t kRadix52MostPairVectors = 5;
 Radix52PairProduct Radix52PairProductFor(size_t vectors) noexcept;
 
-// Radix52Select: z := entry `index` of a table of `entries`, each n limbs, `stride` limbs apart.
+// Radix52Select: z := entry `index` of a table of `entries`, each n digits, `stride` digits apart.
 // Shapes: n is a multiple of kRadix52PerVector.
 // Time:   depends on the counts only: every entry is read.
-void Radix52Select(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
-                   Limb index) noexcept;
+void Radix52Select(Digit52* z, const Digit52* table, size_t entries, size_t stride, size_t n,
+                   Digit52 index) noexcept;
 
 }  // namespace mirolta
 

@@ -2,7 +2,7 @@
 // round's instruction is SubWord, since ShiftRows does not change them.
 #include "aes_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
 

@@ -11,7 +11,7 @@ namespace {
 [[maybe_unused]] constexpr uint32_t kNeedsVaes512 = kNeedsVaes256 | kFeatureAvx512;
 
 constexpr Kernel<AesExpansion> kExpansionRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"aes-expand-aesni", kNeedsAesNi, AesExpandAesNi},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
@@ -25,7 +25,7 @@ constexpr Kernel<AesExpansion> kExpansionRows[] = {
 };
 
 constexpr Kernel<AesTransform> kEncryptRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"aes-encrypt-vaes512", kNeedsVaes512, AesEncryptVaes512},
     {"aes-encrypt-vaes256", kNeedsVaes256, AesEncryptVaes256},
     {"aes-encrypt-aesni", kNeedsAesNi, AesEncryptAesNi},
@@ -47,7 +47,7 @@ constexpr Kernel<AesTransform> kEncryptRows[] = {
 };
 
 constexpr Kernel<AesTransform> kDecryptRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"aes-decrypt-vaes512", kNeedsVaes512, AesDecryptVaes512},
     {"aes-decrypt-vaes256", kNeedsVaes256, AesDecryptVaes256},
     {"aes-decrypt-aesni", kNeedsAesNi, AesDecryptAesNi},

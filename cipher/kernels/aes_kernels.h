@@ -48,7 +48,7 @@ AesTransformKernel AesDecryptArm;
 AesTransformKernel AesEncryptNeon;
 AesTransformKernel AesDecryptNeon;
 
-// x86-64
+// x86, in both modes
 AesExpansionKernel AesExpandAesNi;
 AesTransformKernel AesEncryptAesNi;
 AesTransformKernel AesDecryptAesNi;

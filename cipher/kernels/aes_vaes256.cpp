@@ -1,11 +1,13 @@
 // AES with the VAES instructions on 256-bit registers (FIPS-197, 5.1 and 5.3.5): two blocks a
-// register, eight registers in flight. The other eight do not hold all round keys, so these are
+// register, half of the registers in flight. The others do not hold all round keys, so these are
 // broadcast from the schedule in each round.
 #include "aes_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
+
+  #include "seam/x86_vectors.h"
 
 namespace mirolta {
 
@@ -14,8 +16,8 @@ namespace {
   #define MIROLTA_VAES256_TARGET __attribute__((target("avx2,vaes,aes")))
   #define MIROLTA_VAES256 __attribute__((target("avx2,vaes,aes"), always_inline)) inline
 
-constexpr uint32_t kBlocks = 2;  // in a register
-constexpr uint32_t kGroup = 8;   // registers in flight
+constexpr uint32_t kBlocks = 2;                    // in a register
+constexpr uint32_t kGroup = kVectorRegisters / 2;  // registers in flight
 
 MIROLTA_VAES256 __m128i NarrowKey(const uint32_t* words) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words));
@@ -86,7 +88,7 @@ MIROLTA_VAES256 void TransformBy(const uint32_t* words, const uint8_t* in, uint8
     out += kGroup / 2 * kBlocks * kAesBlockSize;
     block_count -= kGroup / 2 * kBlocks;
   }
-  if (block_count >= 2 * kBlocks) {
+  if (kGroup / 2 > 2 && block_count >= 2 * kBlocks) {
     TransformGroup<kEncrypt, kRounds, 2>(words, in, out);
     in += 2 * kBlocks * kAesBlockSize;
     out += 2 * kBlocks * kAesBlockSize;

@@ -1,12 +1,14 @@
 // AES with the VAES instructions on 512-bit registers (FIPS-197, 5.1 and 5.3.5): four blocks a
-// register, eight registers in flight. Round keys are broadcast from the schedule in each round:
-// eight round instructions hide a load, and fifteen keys held in registers would be spilled to the
-// stack.
+// register, eight registers in flight, or four in 32-bit mode. Round keys are broadcast from the schedule
+// in each round: that many round instructions hide a load, and fifteen keys held in registers would be
+// spilled to the stack.
 #include "aes_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
+
+  #include "seam/x86_vectors.h"
 
 namespace mirolta {
 
@@ -17,8 +19,8 @@ namespace {
   #define MIROLTA_VAES512 \
     __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,vaes,aes"), always_inline)) inline
 
-constexpr uint32_t kBlocks = 4;  // in a register
-constexpr uint32_t kGroup = 8;   // registers in flight
+constexpr uint32_t kBlocks = 4;                    // in a register
+constexpr uint32_t kGroup = kVectorRegisters / 2;  // registers in flight
 
 // Compilers warn of the undefined register in the plain broadcast intrinsic.
 MIROLTA_VAES512 __m512i Repeat(__m128i block) {
@@ -127,7 +129,7 @@ MIROLTA_VAES512_TARGET void TransformMany(const uint32_t* words, const uint8_t* 
     out += kGroup / 2 * kBlocks * kAesBlockSize;
     block_count -= kGroup / 2 * kBlocks;
   }
-  if (block_count >= kGroup / 4 * kBlocks) {
+  if (kGroup / 4 > 1 && block_count >= kGroup / 4 * kBlocks) {
     TransformGroup<kEncrypt, kRounds, kGroup / 4>(words, in, out);
     in += kGroup / 4 * kBlocks * kAesBlockSize;
     out += kGroup / 4 * kBlocks * kAesBlockSize;

@@ -5,7 +5,7 @@
 #include "des_kernels.h"
 #include "seam/small_stack.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
 
@@ -24,6 +24,15 @@ constexpr uint32_t kRowBlocks = 4;
 // for triple DES. A pass costs the same however few of its blocks are there.
 constexpr uint32_t kLeastBlocks = 37;
 constexpr uint32_t kLeastTripleBlocks = 39;
+constexpr bool kSpillsMuch = false;
+
+  #if MIROLTA_KERNELS_FOR(X86_64)
+constexpr DesTransform kEncryptRest = DesEncryptWords64;
+constexpr DesTransform kDecryptRest = DesDecryptWords64;
+  #else
+constexpr DesTransform kEncryptRest = DesEncryptPortable;
+constexpr DesTransform kDecryptRest = DesDecryptPortable;
+  #endif
 
 MIROLTA_DES_BOX Vector And(Vector a, Vector b) {
   return _mm256_and_si256(a, b);
@@ -104,12 +113,12 @@ MIROLTA_DES_BOX void StoreFirst(Vector v, uint32_t count, uint8_t* out) {
 
 void DesEncryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                     uint32_t block_count) {
-  Transform<DesEncryptWords64>(schedule, schedule.encryption, in, out, block_count);
+  Transform<kEncryptRest>(schedule, schedule.encryption, in, out, block_count);
 }
 
 void DesDecryptAvx2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                     uint32_t block_count) {
-  Transform<DesDecryptWords64>(schedule, schedule.decryption, in, out, block_count);
+  Transform<kDecryptRest>(schedule, schedule.decryption, in, out, block_count);
 }
 
 }  // namespace mirolta

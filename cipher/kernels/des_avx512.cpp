@@ -5,9 +5,11 @@
 #include "des_kernels.h"
 #include "seam/small_stack.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
+
+  #include "seam/x86_vectors.h"
 
 namespace mirolta {
 
@@ -25,6 +27,15 @@ constexpr uint32_t kRowBlocks = 8;
 // for triple DES. A pass costs the same however few of its blocks are there.
 constexpr uint32_t kLeastBlocks = 35;
 constexpr uint32_t kLeastTripleBlocks = 36;
+constexpr bool kSpillsMuch = kVectorRegisters == 8;
+
+  #if MIROLTA_KERNELS_FOR(X86_64)
+constexpr DesTransform kEncryptRest = DesEncryptGfni;
+constexpr DesTransform kDecryptRest = DesDecryptGfni;
+  #else
+constexpr DesTransform kEncryptRest = DesEncryptPortable;
+constexpr DesTransform kDecryptRest = DesDecryptPortable;
+  #endif
 
 // Where the transposition leaves bit n.
 constexpr int Slot(int n) {
@@ -207,12 +218,12 @@ MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {
 
 void DesEncryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                       uint32_t block_count) {
-  Transform<DesEncryptGfni>(schedule, schedule.encryption, in, out, block_count);
+  Transform<kEncryptRest>(schedule, schedule.encryption, in, out, block_count);
 }
 
 void DesDecryptAvx512(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                       uint32_t block_count) {
-  Transform<DesDecryptGfni>(schedule, schedule.decryption, in, out, block_count);
+  Transform<kDecryptRest>(schedule, schedule.decryption, in, out, block_count);
 }
 
 }  // namespace mirolta

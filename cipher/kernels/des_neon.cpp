@@ -19,6 +19,7 @@ namespace {
 using Vector = uint32x4_t;
 
 constexpr uint32_t kRowBlocks = 2;
+constexpr bool kSpillsMuch = false;
 
 // Break-even block counts, by instructions, of a pass against the kernel that takes what passes leave,
 // for single and for triple DES. A pass costs the same however few of its blocks are there.

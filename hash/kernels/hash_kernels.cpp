@@ -13,7 +13,7 @@ constexpr Kernel<CompressBlocks> kMd5Rows[] = {
 };
 
 constexpr Kernel<CompressBlocks> kSha1Rows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"sha1-shani", kNeedsShaNi, Sha1ShaNi},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
@@ -26,7 +26,7 @@ constexpr Kernel<CompressBlocks> kSha1Rows[] = {
 };
 
 constexpr Kernel<CompressBlocks> kSha256Rows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"sha256-shani", kNeedsShaNi, Sha256ShaNi},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
@@ -43,7 +43,7 @@ constexpr Kernel<FinishDigest> kMd5FinishRows[] = {
 };
 
 constexpr Kernel<FinishDigest> kSha1FinishRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"sha1-finish-shani", kNeedsShaNi, Sha1ShaNiFinish},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
@@ -56,7 +56,7 @@ constexpr Kernel<FinishDigest> kSha1FinishRows[] = {
 };
 
 constexpr Kernel<FinishDigest> kSha256FinishRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"sha256-finish-shani", kNeedsShaNi, Sha256ShaNiFinish},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
@@ -69,7 +69,7 @@ constexpr Kernel<FinishDigest> kSha256FinishRows[] = {
 };
 
 constexpr Kernel<FinishKeyedDigest> kSha256FinishKeyedRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"sha256-finish-keyed-shani", kNeedsShaNi, Sha256ShaNiFinishKeyed},
 #endif
     {"none", 0, nullptr},

@@ -60,7 +60,7 @@ CompressKernel Md5Portable;
 CompressKernel Sha1Portable;
 CompressKernel Sha256Portable;
 
-// x86-64
+// x86, in both modes
 CompressKernel Sha1ShaNi;
 CompressKernel Sha256ShaNi;
 FinishKernel Sha1ShaNiFinish;

@@ -1,7 +1,7 @@
 // SHA-1 with the SHA extensions (FIPS 180-2, 6.1.2).
 #include "hash_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
 
@@ -92,7 +92,7 @@ MIROLTA_SHA_TARGET void Sha1ShaNiFinish(uint32_t* state, uint8_t* block, uint32_
   State s = LoadState(state);
   __m128i w[4];
   for (int i = 0; i < 4; ++i) w[i] = PaddedQuarter(block, waiting, i, swap_bytes);
-  w[3] = _mm_insert_epi64(w[3], static_cast<int64_t>(bit_count), 0);
+  w[3] = _mm_or_si128(w[3], _mm_set_epi64x(0, static_cast<int64_t>(bit_count)));
   Absorb(s, w);
   StoreState(s, state);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(digest), _mm_shuffle_epi8(s.abcd, swap_bytes));

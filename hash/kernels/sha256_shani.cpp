@@ -1,7 +1,7 @@
 // SHA-256 with the SHA extensions (FIPS 180-2, 6.2.2).
 #include "hash_kernels.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <immintrin.h>
 
@@ -81,7 +81,8 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void AbsorbLast(State& s, const uint8_t* block, 
   __m128i w[4];
   for (int i = 0; i < 4; ++i) w[i] = PaddedQuarter(block, waiting, i, swap_bytes);
   // The length is big-endian: its high word comes first.
-  w[3] = _mm_insert_epi64(w[3], static_cast<int64_t>(bit_count << 32 | bit_count >> 32), 1);
+  const uint64_t words = bit_count << 32 | bit_count >> 32;
+  w[3] = _mm_or_si128(w[3], _mm_set_epi64x(static_cast<int64_t>(words), 0));
   Absorb(s, w);
 }
 

@@ -20,17 +20,19 @@ inline constexpr ShaPadding kShaPadding = [] {
   return padding;
 }();
 
+__attribute__((target("sse4.1"))) MIROLTA_STEP __m128i LoadBytes(const uint8_t* bytes) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+}
+
 // Returns a quarter of the padded block, shuffled by swap; the length is zero.
 // Shapes: block[64]; waiting < 56; quarter < 4.
 __attribute__((target("sse4.1"))) MIROLTA_STEP __m128i PaddedQuarter(const uint8_t* block,
                                                                      uint32_t waiting, int quarter,
                                                                      __m128i swap) {
   const uint32_t offset = 64 - waiting + 16 * static_cast<uint32_t>(quarter);
-  const auto load = [](const uint8_t* bytes) __attribute__((target("sse4.1"))) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-  };
-  const __m128i kept = _mm_and_si128(load(block + 16 * quarter), load(kShaPadding.keep + offset));
-  return _mm_shuffle_epi8(_mm_or_si128(kept, load(kShaPadding.pad + offset)), swap);
+  const __m128i kept =
+      _mm_and_si128(LoadBytes(block + 16 * quarter), LoadBytes(kShaPadding.keep + offset));
+  return _mm_shuffle_epi8(_mm_or_si128(kept, LoadBytes(kShaPadding.pad + offset)), swap);
 }
 
 }  // namespace mirolta

@@ -15,6 +15,8 @@
 #else
   #define MIROLTA_KERNELS_FOR_X86_32 0
 #endif
+// X86 has what both modes of these processors share.
+#define MIROLTA_KERNELS_FOR_X86 (MIROLTA_KERNELS_FOR_X86_64 || MIROLTA_KERNELS_FOR_X86_32)
 // ARM has what every 32-bit ARM processor from ARMv5TE on runs, in ARM state or Thumb-2; a build's
 // flags may allow more (MIROLTA_HAS_UMAAL).
 #if !defined(MIROLTA_PORTABLE_ONLY) && defined(__arm__) && \

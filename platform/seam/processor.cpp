@@ -3,7 +3,7 @@
 #include "seam/architecture.h"
 #include "seam/processor_report.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64) || MIROLTA_KERNELS_FOR(X86_32)
+#if MIROLTA_KERNELS_FOR(X86)
   #include <cpuid.h>
 #elif (MIROLTA_KERNELS_FOR(AARCH64) || MIROLTA_KERNELS_FOR(ARMV7)) && defined(__linux__)
   #include <sys/auxv.h>
@@ -13,7 +13,7 @@
 
 namespace mirolta {
 
-#if MIROLTA_KERNELS_FOR(X86_64) || MIROLTA_KERNELS_FOR(X86_32)
+#if MIROLTA_KERNELS_FOR(X86)
 
 namespace {
 
@@ -31,7 +31,7 @@ bool All(uint32_t reg, uint32_t bits) {
   // A build may ignore features, to show what a lesser processor would run.
   #if defined(MIROLTA_UP_TO_AVX2)
 constexpr uint32_t kUsed =
-    kFeatureSsse3 | kFeatureAesNi | kFeatureSha | kFeatureBmi2Adx | kFeatureAvx2;
+    kFeatureSse2 | kFeatureSsse3 | kFeatureAesNi | kFeatureSha | kFeatureBmi2Adx | kFeatureAvx2;
   #else
 constexpr uint32_t kUsed = ~uint32_t{0};
   #endif
@@ -39,7 +39,8 @@ constexpr uint32_t kUsed = ~uint32_t{0};
 uint32_t Detect() {
   uint32_t a = 0, b = 0, d = 0;
   ProcessorReport report = {};
-  if (!__get_cpuid(1, &a, &b, &report.leaf1_ecx, &d)) return 0;
+  // Also 0 for a 32-bit processor that does not have the instruction.
+  if (!__get_cpuid(1, &a, &b, &report.leaf1_ecx, &report.leaf1_edx)) return 0;
   __get_cpuid_count(7, 0, &a, &report.leaf7_ebx, &report.leaf7_ecx, &d);
   if (All(report.leaf1_ecx, bit_OSXSAVE)) report.saved_state = SavedState();
   return FeaturesIn(report) & kUsed;
@@ -53,12 +54,17 @@ uint32_t FeaturesIn(const ProcessorReport& report) noexcept {
   const uint32_t c7 = report.leaf7_ecx;
 
   uint32_t found = 0;
+  if (All(b7, bit_BMI2 | bit_ADX)) found |= kFeatureBmi2Adx;
+  // A system that does not tell what it saves saves what FXSAVE does.
+  constexpr uint32_t kSaves128 = 0x02;  // XMM
+  if (All(c1, bit_OSXSAVE) && !All(report.saved_state, kSaves128)) return found;
+  if (!All(report.leaf1_edx, bit_FXSAVE | bit_SSE2)) return found;
+  found |= kFeatureSse2;
   const bool sse41 = All(c1, bit_SSSE3 | bit_SSE4_1);
   if (sse41) found |= kFeatureSsse3;
   if (sse41 && All(c1, bit_AES)) found |= kFeatureAesNi;
   if (sse41 && All(b7, bit_SHA)) found |= kFeatureSha;
   if (sse41 && All(c7, bit_GFNI)) found |= kFeatureGfni;
-  if (All(b7, bit_BMI2 | bit_ADX)) found |= kFeatureBmi2Adx;
   if (!All(c1, bit_OSXSAVE | bit_AVX)) return found;
 
   constexpr uint32_t kSaves256 = 0x06;  // XMM and YMM

@@ -22,6 +22,7 @@ enum ProcessorFeature : uint32_t {
   kFeatureArmSha1 = 1u << 10,
   kFeatureArmSha2 = 1u << 11,  // SHA-256
   kFeatureNeon = 1u << 12,     // of ARMv7
+  kFeatureSse2 = 1u << 13,     // which every x86-64 processor has
 };
 
 // ProcessorFeatures returns the set of this machine, detected once; 0 in a portable-only build.

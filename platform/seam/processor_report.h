@@ -19,6 +19,7 @@ struct ProcessorReport {
 // CPUID and XCR0: registers as CPUID returns them; zero for a leaf that the processor does not have.
 struct ProcessorReport {
   uint32_t leaf1_ecx;
+  uint32_t leaf1_edx;
   uint32_t leaf7_ebx;
   uint32_t leaf7_ecx;
   uint32_t saved_state;  // XCR0: the register files that the system saves

@@ -62,7 +62,21 @@ TEST(FermatBatchTest, EachNumberIsTestedToItsOwnBase) {
   EXPECT_EQ(taken != 0, FermatBatch(1024).Capacity() != 0);
 }
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
+
+using Digits = std::vector<Digit52>;
+
+// The limbs of a digit.
+constexpr size_t kLowLimbs = 64 / kLimbBits;
+
+// z := z * 2^52 + digit.
+void AppendDigit(Mpz& z, Digit52 digit) {
+  constexpr uint32_t kHalf = kRadix52Bits / 2;
+  mpz_mul_2exp(z, z, kHalf);
+  mpz_add_ui(z, z, static_cast<unsigned long>(digit >> kHalf));
+  mpz_mul_2exp(z, z, kHalf);
+  mpz_add_ui(z, z, static_cast<unsigned long>(digit & ((Digit52{1} << kHalf) - 1)));
+}
 
 class Radix52Test : public ::testing::Test {
  protected:
@@ -75,16 +89,16 @@ TEST_F(Radix52Test, SplitAndJoinedNumbersAreTheSame) {
   for (int i = 0; i < Cases(500); ++i) {
     const BigInt n = RandomBig(2000);
     const Mpz z(n);
-    const size_t limbs = n.Used() / 2 + 1;
+    const size_t limbs = n.Used() / kLimbWords + 1;
     const Limbs x = Export(z, limbs);
     const size_t count = Radix52Count(limbs * kLimbBits, Below(60));
-    Limbs digits(count), joined(limbs, 5);
+    Digits digits(count);
+    Limbs joined(limbs, 5);
     ToRadix52(digits.data(), count, x.data(), limbs);
-    Mpz sum, digit;
+    Mpz sum;
     for (size_t j = count; j-- != 0;) {
       ASSERT_LE(digits[j], kRadix52Mask);
-      mpz_mul_2exp(sum, sum, kRadix52Bits);
-      mpz_add_ui(sum, sum, digits[j]);
+      AppendDigit(sum, digits[j]);
     }
     ASSERT_EQ(mpz_cmp(sum, z), 0);
     FromRadix52(joined.data(), limbs, digits.data(), count);
@@ -117,10 +131,14 @@ TEST_F(Radix52Test, ProductsAgreeWithThePeer) {
       Mpz low, digit_base;
       mpz_setbit(digit_base, kRadix52Bits);
       mpz_invert(low, m, digit_base);
-      const Limb negated = ((Limb{1} << kRadix52Bits) - mpz_get_ui(low)) << 12;
+      mpz_sub(low, digit_base, low);
+      Digit52 negated = 0;
+      ToRadix52(&negated, 1, Export(low, kLowLimbs).data(), kLowLimbs);
+      negated <<= 12;
 
-      const size_t limbs = padded;
-      Limbs xd(padded), yd(padded), md(padded), zd(padded, ~Limb{0}), joined(limbs);
+      const size_t limbs = padded * kLowLimbs;
+      Digits xd(padded), yd(padded), md(padded), zd(padded, ~Digit52{0});
+      Limbs joined(limbs);
       ToRadix52(xd.data(), padded, Export(x, limbs).data(), limbs);
       ToRadix52(yd.data(), padded, Export(y, limbs).data(), limbs);
       ToRadix52(md.data(), padded, Export(m, limbs).data(), limbs);
@@ -152,13 +170,16 @@ TEST_F(Radix52Test, CarriesPassThroughDigitsOfOnes) {
       mpz_setbit(value, static_cast<mp_bitcnt_t>(bit));
       mpz_mul(x, value, base);
       mpz_mod(x, x, m);
-      Limbs xd(count), one(count), md(count), zd(count), joined(count);
+      const size_t limbs = count * kLowLimbs;
+      Digits xd(count), one(count), md(count), zd(count);
+      Limbs joined(limbs);
       one[0] = 1;
-      ToRadix52(xd.data(), count, Export(x, count).data(), count);
-      ToRadix52(md.data(), count, Export(m, count).data(), count);
+      ToRadix52(xd.data(), count, Export(x, limbs).data(), limbs);
+      ToRadix52(md.data(), count, Export(m, limbs).data(), limbs);
       // m = -1 mod 2^52, so that -1 / m is 1.
-      Radix52ProductFor(vectors)(zd.data(), xd.data(), one.data(), md.data(), count, Limb{1} << 12);
-      FromRadix52(joined.data(), count, zd.data(), count);
+      Radix52ProductFor(vectors)(zd.data(), xd.data(), one.data(), md.data(), count,
+                                 Digit52{1} << 12);
+      FromRadix52(joined.data(), limbs, zd.data(), count);
       Import(got, joined);
       mpz_mod(got, got, m);
       ASSERT_EQ(mpz_cmp(got, value), 0) << vectors << " " << bit;

@@ -61,6 +61,7 @@ TEST(DesKernels, EndInAPortableOneAndTheFirstThatRunsIsChosen) {
 TEST(DesKernels, NeedTheInstructionsThatTheyUse) {
   const std::vector<KernelKind> kinds = {{"-avx512", kFeatureAvx512 | kFeatureGfni},
                                          {"-avx2", kFeatureAvx2},
+                                         {"-sse2", kFeatureSse2},
                                          {"-gfni", kFeatureGfni},
                                          {"-words64", 0},
                                          {"-neon", kNeedsNeon},

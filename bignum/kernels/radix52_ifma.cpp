@@ -1,7 +1,7 @@
 // Montgomery multiplication in radix 2^52 by AVX-512 IFMA. Digits are radix-2^52 digits here.
 #include "radix52_ifma.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
 // gcc 12 warns of values that its own header leaves undefined on purpose.
   #pragma GCC diagnostic ignored "-Wuninitialized"
@@ -14,6 +14,7 @@ namespace mirolta {
 namespace {
 
   #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512vl,avx512ifma,bmi2")))
+  #define MIROLTA_IFMA_STEP MIROLTA_IFMA __attribute__((always_inline))
 
 // Carry propagation on bit masks, 64 radix-2^52 digits a word: a digit in `over` generates a carry,
 // a digit in `full` propagates one.
@@ -32,7 +33,7 @@ inline void RippleCarries(uint64_t (&carries)[kWords], const uint64_t (&over)[kW
 
 // Normalises vectors of radix-2^52 digits below 2^63 to digits below 2^52, and stores them.
 template <size_t kVectors>
-MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
+MIROLTA_IFMA inline void StoreRadix52(Digit52* z, __m512i (&t)[kVectors]) {
   const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kRadix52Mask));
   constexpr size_t kWords = (kVectors + 7) / 8;
   uint64_t over[kWords] = {}, full[kWords] = {}, carries[kWords];
@@ -53,28 +54,110 @@ MIROLTA_IFMA inline void StoreRadix52(Limb* z, __m512i (&t)[kVectors]) {
   }
 }
 
-  #define MIROLTA_IFMA_INLINE MIROLTA_IFMA __attribute__((always_inline)) inline
+// The sums of the three lowest digits of a product, outside the vectors: see Product.
+  #if MIROLTA_KERNELS_FOR(X86_64)
+
+// In scalar registers, whose latency is shorter.
+class LowDigits {
+ public:
+  LowDigits(const Digit52* m, Digit52 inverse)
+      : m0_(m[0]), m1_(m[1]), m2_(m[2]), inverse_(inverse) {}
+
+  // Adds the step's terms and returns the multiple of m, in all lanes.
+  MIROLTA_IFMA_STEP __m512i Step(const Digit52* term0, const Digit52* term1, const Digit52* term2) {
+    // The factor of m is shifted left by 12, so that its 104-bit products split at bit 64.
+    low_ += *term0;
+    const Digit52 factor = low_ * inverse_;
+    unsigned long long high0, high1;
+    _mulx_u64(factor, m0_, &high0);
+    const Digit52 low1 = _mulx_u64(factor, m1_, &high1) >> 12;
+    // The multiple of m clears the lowest 52 bits, with a carry unless they were zero.
+    low_ = (low_ + kRadix52Mask) >> kRadix52Bits;
+    low_ += (next_ + *term1) + low1 + high0;
+    next_ = (waiting_ + *term2) + ((factor * m2_) >> 12) + high1;
+    return _mm512_set1_epi64(static_cast<long long>(factor >> 12));
+  }
+
+  // Takes over the digit that the next step makes the third.
+  MIROLTA_IFMA_STEP void Take(__m512i t) {
+    waiting_ = static_cast<Digit52>(
+        _mm_cvtsi128_si64(_mm256_extracti128_si256(_mm512_castsi512_si256(t), 1)));
+  }
+
+  MIROLTA_IFMA_STEP __m512i PutBack(__m512i t) const {
+    t = _mm512_mask_set1_epi64(t, 1, static_cast<long long>(low_));
+    return _mm512_mask_set1_epi64(t, 2, static_cast<long long>(next_));
+  }
+
+ private:
+  const Digit52 m0_, m1_, m2_, inverse_;
+  Digit52 low_ = 0;
+  Digit52 next_ = 0;
+  Digit52 waiting_ = 0;
+};
+
+  #else
+
+// In the lowest lanes of vectors: scalar registers have 32 bits.
+class LowDigits {
+ public:
+  MIROLTA_IFMA_STEP LowDigits(const Digit52* m, Digit52 inverse)
+      : m0_(Load(m)), m1_(Load(m + 1)), m2_(Load(m + 2)) {
+    const Digit52 unshifted = inverse >> 12;
+    inverse_ = Load(&unshifted);
+    low_ = next_ = waiting_ = _mm_setzero_si128();
+  }
+
+  MIROLTA_IFMA_STEP __m512i Step(const Digit52* term0, const Digit52* term1, const Digit52* term2) {
+    const __m128i zero = _mm_setzero_si128();
+    low_ = _mm_add_epi64(low_, Load(term0));
+    const __m128i factor = _mm_madd52lo_epu64(zero, low_, inverse_);
+    const __m128i carry = _mm_srli_epi64(_mm_madd52lo_epu64(low_, m0_, factor), kRadix52Bits);
+    const __m128i low1 = _mm_madd52lo_epu64(zero, m1_, factor);
+    next_ = _mm_madd52hi_epu64(_mm_add_epi64(next_, Load(term1)), m0_, factor);
+    low_ = _mm_add_epi64(_mm_add_epi64(low1, carry), next_);
+    next_ = _mm_madd52lo_epu64(_mm_add_epi64(waiting_, Load(term2)), m2_, factor);
+    next_ = _mm_madd52hi_epu64(next_, m1_, factor);
+    return _mm512_maskz_broadcastq_epi64(0xFF, factor);
+  }
+
+  MIROLTA_IFMA_STEP void Take(__m512i t) {
+    waiting_ = _mm256_extracti128_si256(_mm512_castsi512_si256(t), 1);
+  }
+
+  MIROLTA_IFMA_STEP __m512i PutBack(__m512i t) const {
+    return _mm512_mask_broadcastq_epi64(_mm512_mask_broadcastq_epi64(t, 1, low_), 2, next_);
+  }
+
+ private:
+  MIROLTA_IFMA_STEP static __m128i Load(const Digit52* digit) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(digit));
+  }
+
+  __m128i m0_, m1_, m2_, inverse_;
+  __m128i low_, next_, waiting_;
+};
+
+  #endif
 
 // Chain is one product. Each step adds x times one digit of y and the multiple of m that makes the
-// lowest digit zero, and drops that digit. Each multiple depends on the one before, and vector
-// latency is long, so the three lowest digits are computed in scalar registers: `low` and `next` are
-// the sums of the lowest two; the third is `waiting`, its sum in the vectors before the step, plus
-// the step's terms. A digit gets four terms below 2^52 a step, in at most 8 * kVectors steps: below
-// 2^61.
+// lowest digit zero, and drops that digit. Each multiple depends on the one before, and the latency of
+// the sums is long, so the three lowest digits are computed apart: two sums, and for the third its sum
+// in the vectors before the step, plus the step's terms.
+// A digit gets four terms below 2^52 a step, in at most 8 * kVectors steps: below 2^61.
 template <size_t kVectors>
 struct Chain {
   __m512i t[kVectors];
-  Limb low;
-  Limb next;
-  Limb waiting;
+  LowDigits lowest;
 
-  // The terms of x in the three lowest digits, for each step, are in kTerms limbs.
+  // The terms of x in the three lowest digits, for each step, are in kTerms digits.
   static constexpr size_t kDigits = kVectors * kRadix52PerVector;
   static constexpr size_t kTerms = kRadix52PairTerms / 2 * kDigits;
 
-  MIROLTA_IFMA_INLINE void Begin(Limb* terms, const Limb* x, const Limb* y) {
+  MIROLTA_IFMA_STEP Chain(Digit52* terms, const Digit52* x, const Digit52* y, const Digit52* m,
+                          Digit52 inverse)
+      : lowest(m, inverse) {
     for (size_t j = 0; j < kVectors; ++j) t[j] = _mm512_setzero_si512();
-    low = next = waiting = 0;
     const __m512i x0 = _mm512_set1_epi64(static_cast<long long>(x[0]));
     const __m512i x1 = _mm512_set1_epi64(static_cast<long long>(x[1]));
     const __m512i x2 = _mm512_set1_epi64(static_cast<long long>(x[2]));
@@ -91,21 +174,10 @@ struct Chain {
     }
   }
 
-  MIROLTA_IFMA_INLINE void Step(const Limb* terms, const Limb* x, const Limb* y, const Limb* m,
-                                size_t i, Limb inverse) {
-    // The factor of m is shifted left by 12, so that its 104-bit products split at bit 64.
-    low += terms[i];
-    const Limb factor = low * inverse;
-    unsigned long long high0, high1;
-    _mulx_u64(factor, m[0], &high0);
-    const Limb low1 = _mulx_u64(factor, m[1], &high1) >> 12;
-    // The multiple of m clears the lowest 52 bits, with a carry unless they were zero.
-    low = (low + kRadix52Mask) >> kRadix52Bits;
-    low += (next + terms[kDigits + i]) + low1 + high0;
-    next = (waiting + terms[2 * kDigits + i]) + ((factor * m[2]) >> 12) + high1;
-
+  MIROLTA_IFMA_STEP void Step(const Digit52* terms, const Digit52* x, const Digit52* y,
+                              const Digit52* m, size_t i) {
+    const __m512i by_m = lowest.Step(terms + i, terms + kDigits + i, terms + 2 * kDigits + i);
     const __m512i by_x = _mm512_set1_epi64(static_cast<long long>(y[i]));
-    const __m512i by_m = _mm512_set1_epi64(static_cast<long long>(factor >> 12));
     // Separate sums shorten the dependency chain of t to two additions and a shift.
     __m512i high[kVectors];
     for (size_t j = 0; j < kVectors; ++j) {
@@ -120,24 +192,21 @@ struct Chain {
       const __m512i above = j + 1 < kVectors ? t[j + 1] : _mm512_setzero_si512();
       t[j] = _mm512_add_epi64(_mm512_alignr_epi64(above, t[j], 1), high[j]);
     }
-    waiting = static_cast<Limb>(
-        _mm_cvtsi128_si64(_mm256_extracti128_si256(_mm512_castsi512_si256(t[0]), 1)));
+    lowest.Take(t[0]);
   }
 
-  MIROLTA_IFMA_INLINE void Store(Limb* z) {
-    t[0] = _mm512_mask_set1_epi64(t[0], 1, static_cast<long long>(low));
-    t[0] = _mm512_mask_set1_epi64(t[0], 2, static_cast<long long>(next));
+  MIROLTA_IFMA_STEP void Store(Digit52* z) {
+    t[0] = lowest.PutBack(t[0]);
     StoreRadix52(z, t);
   }
 };
 
 template <size_t kVectors>
-MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
-                          Limb inverse) {
-  alignas(64) Limb terms[Chain<kVectors>::kTerms];
-  Chain<kVectors> chain;
-  chain.Begin(terms, x, y);
-  for (size_t i = 0; i < count; ++i) chain.Step(terms, x, y, m, i, inverse);
+MIROLTA_IFMA void Product(Digit52* z, const Digit52* x, const Digit52* y, const Digit52* m,
+                          size_t count, Digit52 inverse) {
+  alignas(64) Digit52 terms[Chain<kVectors>::kTerms];
+  Chain<kVectors> chain(terms, x, y, m, inverse);
+  for (size_t i = 0; i < count; ++i) chain.Step(terms, x, y, m, i);
   chain.Store(z);
   for (size_t j = 0; j < Chain<kVectors>::kTerms; j += kRadix52PerVector) {
     _mm512_store_si512(terms + j, _mm512_setzero_si512());
@@ -149,18 +218,15 @@ MIROLTA_IFMA void Product(Limb* z, const Limb* x, const Limb* y, const Limb* m, 
 // The steps of the two products depend on each other within a product only, so that the processor
 // overlaps them.
 template <size_t kVectors>
-MIROLTA_IFMA void PairProduct(Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t count,
-                              const Limb (&inverses)[2], Limb* terms) {
+MIROLTA_IFMA void PairProduct(Digit52* z, const Digit52* x, const Digit52* y, const Digit52* m,
+                              size_t count, const Digit52 (&inverses)[2], Digit52* terms) {
   constexpr size_t kNext = kVectors * kRadix52PerVector;
-  Limb* const more_terms = terms + Chain<kVectors>::kTerms;
-  Chain<kVectors> first;
-  Chain<kVectors> second;
-  first.Begin(terms, x, y);
-  second.Begin(more_terms, x + kNext, y + kNext);
-  const Limb inverse0 = inverses[0], inverse1 = inverses[1];
+  Digit52* const more_terms = terms + Chain<kVectors>::kTerms;
+  Chain<kVectors> first(terms, x, y, m, inverses[0]);
+  Chain<kVectors> second(more_terms, x + kNext, y + kNext, m + kNext, inverses[1]);
   for (size_t i = 0; i < count; ++i) {
-    first.Step(terms, x, y, m, i, inverse0);
-    second.Step(more_terms, x + kNext, y + kNext, m + kNext, i, inverse1);
+    first.Step(terms, x, y, m, i);
+    second.Step(more_terms, x + kNext, y + kNext, m + kNext, i);
   }
   first.Store(z);
   second.Store(z + kNext);
@@ -172,8 +238,8 @@ constexpr Radix52PairProduct kPairProducts[kRadix52MostPairVectors] = {
 
 // Part of an entry. Every vector is read: the mask applies to the value that was loaded.
 template <size_t kVectors>
-MIROLTA_IFMA_INLINE void SelectVectors(Limb* z, const Limb* table, size_t entries, size_t stride,
-                                       Limb index) {
+MIROLTA_IFMA_STEP inline void SelectVectors(Digit52* z, const Digit52* table, size_t entries,
+                                            size_t stride, Digit52 index) {
   const __m512i wanted = _mm512_set1_epi64(static_cast<long long>(index));
   const __m512i one = _mm512_set1_epi64(1);
   __m512i entry[kVectors];
@@ -205,8 +271,8 @@ Radix52PairProduct Radix52PairProductFor(size_t vectors) noexcept {
   return kPairProducts[vectors - 1];
 }
 
-MIROLTA_IFMA void Radix52Select(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
-                                Limb index) noexcept {
+MIROLTA_IFMA void Radix52Select(Digit52* z, const Digit52* table, size_t entries, size_t stride,
+                                size_t n, Digit52 index) noexcept {
   size_t done = 0;
   for (; done + 4 * kRadix52PerVector <= n; done += 4 * kRadix52PerVector) {
     SelectVectors<4>(z + done, table + done, entries, stride, index);

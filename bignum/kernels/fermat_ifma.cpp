@@ -1,7 +1,7 @@
 // Fermat tests in radix 2^52 by AVX-512 IFMA. Digits are radix-2^52 digits here.
 #include "fermat_ifma.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
   #include <utility>
 
@@ -17,17 +17,15 @@ namespace {
 
   #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512ifma")))
 
-MIROLTA_IFMA inline __m512i LoadLanes(const Limb* x, size_t j) {
+MIROLTA_IFMA inline __m512i LoadLanes(const Digit52* x, size_t j) {
   return _mm512_loadu_si512(x + j * kLanes);
 }
 
 // t := x * y / 2^(52 kCount) mod m, below 2 m, in digits that are not normalised. A digit gets four
 // terms below 2^52 a row, so that with carries it stays below 2^52 * (4 kCount + 1).
 template <size_t kCount>
-MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(__m512i (&t)[kCount],
-                                                                    const Limb* x, const Limb* y,
-                                                                    const Limb* m,
-                                                                    __m512i inverse) {
+MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(
+    __m512i (&t)[kCount], const Digit52* x, const Digit52* y, const Digit52* m, __m512i inverse) {
   const __m512i zero = _mm512_setzero_si512();
   #pragma GCC unroll 64
   for (size_t j = 0; j < kCount; ++j) t[j] = zero;
@@ -56,7 +54,7 @@ MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(__m512i (&t)
 
 // Normalises the digits to 52 bits and stores them.
 template <size_t kCount>
-MIROLTA_IFMA inline __attribute__((always_inline)) void StoreLanes(Limb* z,
+MIROLTA_IFMA inline __attribute__((always_inline)) void StoreLanes(Digit52* z,
                                                                    const __m512i (&t)[kCount]) {
   const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kRadix52Mask));
   __m512i carry = _mm512_setzero_si512();
@@ -72,14 +70,14 @@ template <size_t kCount>
 MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
   const __m512i inverse = LoadLanes(lanes.inverse, 0);
   const __m512i base = LoadLanes(lanes.base, 0);
-  Limb* const power = lanes.power;
+  Digit52* const power = lanes.power;
   __m512i t[kCount];
   for (size_t bit = lanes.bits; bit-- != 0;) {
     LaneProduct(t, power, power, lanes.m, inverse);
     if (bit != 0) {
       const __mmask8 set = _mm512_test_epi64_mask(
           LoadLanes(lanes.m, bit / kRadix52Bits),
-          _mm512_set1_epi64(static_cast<long long>(Limb{1} << (bit % kRadix52Bits))));
+          _mm512_set1_epi64(static_cast<long long>(Digit52{1} << (bit % kRadix52Bits))));
       // 7 * 2^52 * (4 * 24 + 1) < 2^62.
   #pragma GCC unroll 64
       for (size_t j = 0; j < kCount; ++j) t[j] = _mm512_mask_mullo_epi64(t[j], set, t[j], base);
@@ -87,7 +85,7 @@ MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
     StoreLanes(power, t);
   }
   // The product with 1 is at most m, so that it is 1 exactly where the power is.
-  alignas(64) Limb one[kCount * kLanes] = {};
+  alignas(64) Digit52 one[kCount * kLanes] = {};
   for (size_t i = 0; i < kLanes; ++i) one[i] = 1;
   LaneProduct(t, power, one, lanes.m, inverse);
   StoreLanes(power, t);
