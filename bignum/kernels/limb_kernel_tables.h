@@ -25,6 +25,11 @@ bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, si
                         Limb inverse);
 #endif
 
+#if MIROLTA_KERNELS_FOR(X86_32)
+// kSse2Kernels needs kFeatureSse2.
+extern const LimbKernels kSse2Kernels;
+#endif
+
 #if MIROLTA_KERNELS_FOR(AARCH64)
 // kUmulhKernels runs on every processor of the architecture.
 extern const LimbKernels kUmulhKernels;

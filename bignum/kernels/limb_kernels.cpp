@@ -12,6 +12,9 @@ constexpr Kernel<const LimbKernels*> kRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"mulx-adx", kFeatureBmi2Adx, &kMulxAdxKernels},
 #endif
+#if MIROLTA_KERNELS_FOR(X86_32)
+    {"sse2", kFeatureSse2, &kSse2Kernels},
+#endif
 #if MIROLTA_KERNELS_FOR(ARM)
     {"arm", 0, &kArmKernels},
 #endif

@@ -18,6 +18,7 @@ Limbs LowLimbs(const Mpz& z, size_t n) {
 
 TEST(LimbKernelListTest, KernelsNeedTheInstructionsThatTheyUse) {
   test::ExpectNeeds(kLimbKernels, {{"mulx-adx", kFeatureBmi2Adx},
+                                   {"sse2", kFeatureSse2},
                                    {"arm", 0},
                                    {"umulh", 0},
                                    {"wide products", 0},
