@@ -129,11 +129,9 @@ void FailEachOf(const char* name, const BigInt& start, const Operation& operatio
 TEST_F(BigScratchMemoryTest, AFailedAllocationOfAPowerWithExponentZeroLeavesItsOperands) {
   const BigInt base = Pattern(3, 5), odd = Pattern(200, 3), even = Pattern(200, 4);
   for (const BigInt* modulus : {&odd, &even}) {
-    FailEachOf("apart", BigInt(7),
-               [&](BigInt& r) { return ModExp(r, base, BigInt(), *modulus); });
+    FailEachOf("apart", BigInt(7), [&](BigInt& r) { return ModExp(r, base, BigInt(), *modulus); });
     FailEachOf("in the base", base, [&](BigInt& r) { return ModExp(r, r, BigInt(), *modulus); });
-    FailEachOf("in the modulus", *modulus,
-               [&](BigInt& r) { return ModExp(r, base, BigInt(), r); });
+    FailEachOf("in the modulus", *modulus, [&](BigInt& r) { return ModExp(r, base, BigInt(), r); });
   }
 }
 
