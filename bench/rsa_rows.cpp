@@ -3,6 +3,7 @@
 #include <openssl/rsa.h>
 
 #include "bench_numbers.h"
+#include "mod_exp.h"
 #include "rsa_key.h"
 
 namespace mirolta::bench {
@@ -39,6 +40,7 @@ struct PeerKey {
     BigInt unused;
     set(RSA_get0_n(openssl.get()), &ours.n, n.z);
     set(RSA_get0_e(openssl.get()), &ours.e, e.z);
+    set(RSA_get0_d(openssl.get()), &ours.d, d.z);
     // Ours stores the smaller prime first.
     set(RSA_get0_p(openssl.get()), &ours.q, nettle.p);
     set(RSA_get0_q(openssl.get()), &ours.p, nettle.q);
@@ -54,6 +56,7 @@ struct PeerKey {
   RsaKey ours;
   GmpNumber n;
   GmpNumber e;
+  GmpNumber d;
   rsa_private_key nettle;
 };
 
@@ -98,6 +101,24 @@ std::vector<Contestant> MakePrivates(int bits) {
   };
 }
 
+// The private operation modulo n, beside the power that is not constant-time.
+std::vector<Contestant> MakePlainPrivates(int bits) {
+  const auto key = std::make_shared<PeerKey>(bits);
+  const PeerNumbers in = RandomNumbers(static_cast<size_t>(bits) - 1, 5);
+  const auto power = std::make_shared<BigInt>();
+  return {
+      OurContestant([=](BigInt& r, size_t i) { (void)RsaDecrypt(r, key->ours, (*in)[i].ours); }),
+      {"ModExp", [=](size_t i) { (void)ModExp(*power, (*in)[i].ours, key->ours.d, key->ours.n); },
+       nullptr},
+      OpenSslContestant("OpenSSL constant-time",
+                        [=](BIGNUM* r, size_t i, BN_CTX* context) {
+                          BN_mod_exp_mont_consttime(
+                              r, (*in)[i].openssl.get(), RSA_get0_d(key->openssl.get()),
+                              RSA_get0_n(key->openssl.get()), context, nullptr);
+                        }),
+  };
+}
+
 constexpr struct {
   int bits;
   double required;
@@ -109,7 +130,9 @@ constexpr struct {
   int bits;
   double required;
   double stretch;
-} kPrivate[] = {{1024, 0.9, 1.2}, {2048, 0.9, 1.1}, {4096, 1.9, 2.3}};
+} kPrivate[] = {{1024, 1.3, 1.6}, {2048, 1.3, 1.6}, {4096, 3.5, 5}};
+
+constexpr int kPlainPrivate[] = {1024, 2048, 4096};
 
 }  // namespace
 
@@ -125,6 +148,10 @@ void AddRsaRows(RowList* rows) {
     rows->push_back({"engine/RSA private by primes/" + std::to_string(bits) + " bits", 0,
                      size.required, size.stretch, kOperands, 0,
                      [bits] { return MakePrivates(bits); }});
+  }
+  for (const int bits : kPlainPrivate) {
+    rows->push_back({"engine/RSA private/" + std::to_string(bits) + " bits", 0, 0.9, 1, kOperands,
+                     0, [bits] { return MakePlainPrivates(bits); }});
   }
 }
 

@@ -73,7 +73,7 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
   const auto multiply = [&](Limb* z, const Limb* x, const Limb* y) {
     product(z, x, y, moduli, count, inverses, terms);
   };
-  SecretWindow<kCount, decltype(multiply)> raising(tables, padded, window, multiply, Radix52Select);
+  SecretWindow<kCount, Radix52Select, decltype(multiply)> raising(tables, padded, window, multiply);
   for (size_t i = 0; i < kCount; ++i) {
     const SecretPower& power = powers[i];
     ToRadix52(moduli + i * padded, padded, power.m, power.n);

@@ -28,7 +28,7 @@ bool SecretMontgomeryPower(const SecretPower* powers) {
   const auto multiply = [&residues](Limb* z, const Limb* x, const Limb* y) {
     residues.Multiply(z, x, y);
   };
-  SecretWindow<1, decltype(multiply)> raising(tables, n, window, multiply, SelectEntryByMasks);
+  SecretWindow<1, SelectEntryByMasks, decltype(multiply)> raising(tables, n, window, multiply);
   residues.PowerOfTwo(raising.One(), 0);
   residues.Enter(raising.Base(), power.x, power.xn);
   CopyLimbs(exponent, power.e, power.en);

@@ -91,17 +91,15 @@ inline CheckedSize WindowMemoryLimbs(CheckedSize stride, uint32_t window) {
 // SecretWindow raises kCount numbers to powers at once. An element is kCount numbers of `size`
 // limbs, one after the other:
 //   multiply(z, x, y) computes z := x * y of all, where z may be x or y, and x may be y;
-//   select is a SelectEntry.
-template <size_t kCount, typename Multiply>
+//   kSelect selects one number of an element, for each.
+template <size_t kCount, SelectEntry kSelect, typename Multiply>
 class SecretWindow {
  public:
   // Shapes: memory[WindowMemoryLimbs(kCount * size, window)].
-  SecretWindow(Limb* memory, size_t size, uint32_t window, const Multiply& multiply,
-               SelectEntry select)
+  SecretWindow(Limb* memory, size_t size, uint32_t window, const Multiply& multiply)
       : size_(size),
         window_(window),
         multiply_(multiply),
-        select_(select),
         short_table_(memory),
         table_(short_table_ + (kCount * size << kShortWindow)),
         entry_(table_ + (kCount * size << window)) {}
@@ -184,7 +182,7 @@ class SecretWindow {
   }
   void Select(Limb* z, const Limb* table, uint32_t window, const Limb (&digits)[kCount]) {
     for (size_t i = 0; i < kCount; ++i) {
-      select_(z + i * size_, table + i * size_, size_t{1} << window, kCount * size_, size_,
+      kSelect(z + i * size_, table + i * size_, size_t{1} << window, kCount * size_, size_,
               digits[i]);
     }
   }
@@ -196,7 +194,6 @@ class SecretWindow {
   size_t size_;
   uint32_t window_;
   const Multiply& multiply_;
-  SelectEntry select_;
   Limb* short_table_;
   Limb* table_;
   Limb* entry_;
