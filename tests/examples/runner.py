@@ -16,7 +16,8 @@ FAILING_CALLS = os.environ["MIROLTA_TEST_FAILING_CALLS"]
 # Set if the host is built with a sanitizer.
 SANITIZED = os.environ.get("MIROLTA_TEST_SANITIZED", "") not in ("", "OFF")
 
-TIMEOUT = 600
+# Of one run of the host, in seconds; emulated ones need longer.
+TIMEOUT = int(os.environ["MIROLTA_TEST_TIMEOUT"])
 # What an instrumented host counts under a limit is not written: its files would be cut off. It
 # complains in lines of this form.
 NO_COUNTS = {"GCOV_PREFIX": "/dev/null"}
