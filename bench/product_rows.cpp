@@ -111,12 +111,13 @@ const BinaryCase kBinary[] = {
 
 // Moduli of inverses are drawn until they are coprime to the number: without an inverse the results
 // may differ.
-std::vector<Contestant> MakeBinary(const BinaryCase& operation, size_t bits) {
+std::vector<Contestant> MakeBinary(const BinaryCase& operation, size_t bits, size_t count) {
   const bool inverse = operation.ours == Inverse;
-  const PeerNumbers a = RandomNumbers(operation.first_factor * bits - (inverse ? 1 : 0), 1);
-  const PeerNumbers b = RandomNumbers(bits, 2, Parity::kOdd);
+  const PeerNumbers a =
+      RandomNumbers(operation.first_factor * bits - (inverse ? 1 : 0), 1, Parity::kAny, count);
+  const PeerNumbers b = RandomNumbers(bits, 2, Parity::kOdd, count);
   if (inverse) {
-    for (size_t i = 0; i < kOperands; ++i) {
+    for (size_t i = 0; i < count; ++i) {
       GmpNumber gcd;
       for (uint64_t seed = 1;; ++seed) {
         mpz_gcd(gcd.z, (*a)[i].gmp.z, (*b)[i].gmp.z);
@@ -136,6 +137,29 @@ std::vector<Contestant> MakeBinary(const BinaryCase& operation, size_t bits) {
           })};
 }
 
+// kOperands of the long operands would take gigabytes.
+constexpr size_t kLongOperands = 4;
+constexpr struct {
+  const BinaryCase* operation;
+  size_t bits;
+  double required;
+  double stretch;
+} kLong[] = {
+    {&kBinary[0], 100000, 1.0, 1.5},  {&kBinary[0], 1000000, 1.2, 2.5},
+    {&kBinary[0], 10000000, 1.5, 4},  {&kBinary[1], 100000, 0.9, 1.3},
+    {&kBinary[1], 1000000, 1.0, 1.5}, {&kBinary[1], 10000000, 1.0, 1.5},
+};
+
+void AddLongRows(RowList* rows) {
+  for (const auto& entry : kLong) {
+    const BinaryCase& operation = *entry.operation;
+    const size_t bits = entry.bits;
+    rows->push_back({"engine/" + std::string(operation.name) + "/" + std::to_string(bits) + " bits",
+                     0, entry.required, entry.stretch, kLongOperands, 0,
+                     [&operation, bits] { return MakeBinary(operation, bits, kLongOperands); }});
+  }
+}
+
 }  // namespace
 
 void AddProductRows(RowList* rows) {
@@ -148,9 +172,10 @@ void AddProductRows(RowList* rows) {
     for (const BinaryCase& operation : kBinary) {
       rows->push_back({"engine/" + std::string(operation.name) + size, 0, operation.required,
                        operation.stretch, kOperands, 0,
-                       [&operation, bits] { return MakeBinary(operation, bits); }});
+                       [&operation, bits] { return MakeBinary(operation, bits, kOperands); }});
     }
   }
+  AddLongRows(rows);
 }
 
 }  // namespace mirolta::bench

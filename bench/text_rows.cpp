@@ -25,8 +25,8 @@ std::shared_ptr<Texts> TextsOf(const PeerNumbers& numbers, int base) {
   return texts;
 }
 
-std::vector<Contestant> MakeReaders(size_t bits, int base) {
-  const auto texts = TextsOf(RandomNumbers(bits, 1), base);
+std::vector<Contestant> MakeReaders(size_t bits, int base, size_t count) {
+  const auto texts = TextsOf(RandomNumbers(bits, 1, Parity::kAny, count), base);
   const auto read = base == 10 ? FromDecimalText : FromHexText;
   return {
       OurContestant([=](BigInt& r, size_t i) {
@@ -36,8 +36,8 @@ std::vector<Contestant> MakeReaders(size_t bits, int base) {
       GmpContestant([=](mpz_t r, size_t i) { mpz_set_str(r, texts->narrow[i].c_str(), base); })};
 }
 
-std::vector<Contestant> MakeWriters(size_t bits, int base) {
-  const PeerNumbers numbers = RandomNumbers(bits, 1);
+std::vector<Contestant> MakeWriters(size_t bits, int base, size_t count) {
+  const PeerNumbers numbers = RandomNumbers(bits, 1, Parity::kAny, count);
   const auto ours = std::make_shared<NumberText>();
   const auto gmp = std::make_shared<std::vector<char>>(bits + 2);
   return {{kOurs,
@@ -65,12 +65,20 @@ void AddTextRows(RowList* rows) {
       const int base = entry.base;
       rows->push_back({"engine/" + std::string(entry.name) + " in" + size, 0, entry.read_required,
                        entry.read_stretch, kOperands, 0,
-                       [bits, base] { return MakeReaders(bits, base); }});
+                       [bits, base] { return MakeReaders(bits, base, kOperands); }});
       rows->push_back({"engine/" + std::string(entry.name) + " out" + size, 0, entry.write_required,
                        entry.write_stretch, kOperands, 0,
-                       [bits, base] { return MakeWriters(bits, base); }});
+                       [bits, base] { return MakeWriters(bits, base, kOperands); }});
     }
   }
+  // 999,998 digits; kOperands such numbers would take gigabytes. Reading drops the top bits of numbers
+  // of a byte more.
+  constexpr size_t kLongOperands = 4;
+  constexpr size_t kLongBits = 3321920;
+  rows->push_back({"engine/decimal text in/3321920 bits", 0, 1.0, 2.0, kLongOperands, 0,
+                   [] { return MakeReaders(kLongBits, 10, kLongOperands); }});
+  rows->push_back({"engine/decimal text out/3321920 bits", 0, 1.0, 1.5, kLongOperands, 0,
+                   [] { return MakeWriters(kLongBits, 10, kLongOperands); }});
 }
 
 }  // namespace mirolta::bench
