@@ -17,6 +17,9 @@ namespace {
 
   #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512ifma")))
 
+// With eight registers the digits are in memory anyway.
+constexpr int kUnrolledDigits = MIROLTA_KERNELS_FOR(X86_64) ? 64 : 1;
+
 MIROLTA_IFMA inline __m512i LoadLanes(const Digit52* x, size_t j) {
   return _mm512_loadu_si512(x + j * kLanes);
 }
@@ -27,7 +30,7 @@ template <size_t kCount>
 MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(
     __m512i (&t)[kCount], const Digit52* x, const Digit52* y, const Digit52* m, __m512i inverse) {
   const __m512i zero = _mm512_setzero_si512();
-  #pragma GCC unroll 64
+  #pragma GCC unroll kUnrolledDigits
   for (size_t j = 0; j < kCount; ++j) t[j] = zero;
   #pragma GCC unroll 1
   for (size_t i = 0; i < kCount; ++i) {
@@ -36,7 +39,7 @@ MIROLTA_IFMA inline __attribute__((always_inline)) void LaneProduct(
     const __m512i factor = _mm512_madd52lo_epu64(zero, low, inverse);
     const __m512i carry =
         _mm512_srli_epi64(_mm512_madd52lo_epu64(low, LoadLanes(m, 0), factor), kRadix52Bits);
-  #pragma GCC unroll 64
+  #pragma GCC unroll kUnrolledDigits
     for (size_t j = 0; j < kCount; ++j) {
       const __m512i xj = LoadLanes(x, j);
       const __m512i mj = LoadLanes(m, j);
@@ -58,7 +61,7 @@ MIROLTA_IFMA inline __attribute__((always_inline)) void StoreLanes(Digit52* z,
                                                                    const __m512i (&t)[kCount]) {
   const __m512i mask = _mm512_set1_epi64(static_cast<long long>(kRadix52Mask));
   __m512i carry = _mm512_setzero_si512();
-  #pragma GCC unroll 64
+  #pragma GCC unroll kUnrolledDigits
   for (size_t j = 0; j < kCount; ++j) {
     const __m512i sum = _mm512_add_epi64(t[j], carry);
     carry = _mm512_srli_epi64(sum, kRadix52Bits);
@@ -79,7 +82,7 @@ MIROLTA_IFMA uint32_t Test(const FermatLanes& lanes) {
           LoadLanes(lanes.m, bit / kRadix52Bits),
           _mm512_set1_epi64(static_cast<long long>(Digit52{1} << (bit % kRadix52Bits))));
       // 7 * 2^52 * (4 * 24 + 1) < 2^62.
-  #pragma GCC unroll 64
+  #pragma GCC unroll kUnrolledDigits
       for (size_t j = 0; j < kCount; ++j) t[j] = _mm512_mask_mullo_epi64(t[j], set, t[j], base);
     }
     StoreLanes(power, t);
