@@ -19,10 +19,10 @@ Counted CountOurs(Work work) {
       "ours", [=] { (void)work(*result); }, [=] { return TextOf(*result); });
 }
 template <typename Work>
-Counted CountGmp(Work work) {
+Counted CountGmp(const char* name, Work work) {
   const auto result = std::make_shared<GmpNumber>();
   return MakeCounted(
-      "GMP", [=] { work(result->z); }, [=] { return TextOf(result->z); });
+      name, [=] { work(result->z); }, [=] { return TextOf(result->z); });
 }
 template <typename Work>
 Counted CountOpenSsl(const char* name, Work work) {
@@ -38,7 +38,7 @@ std::vector<Counted> MakeProducts(size_t bits) {
   const auto& b = (*x)[1];
   return {
       CountOurs([=, &a, &b](BigInt& r) { return (void)x, Multiply(r, a.ours, b.ours); }),
-      CountGmp([=, &a, &b](mpz_t r) { (void)x, mpz_mul(r, a.gmp.z, b.gmp.z); }),
+      CountGmp("GMP", [=, &a, &b](mpz_t r) { (void)x, mpz_mul(r, a.gmp.z, b.gmp.z); }),
       CountOpenSsl("OpenSSL",
                    [=, &a, &b](BIGNUM* r, BN_CTX* context) {
                      (void)x, BN_mul(r, a.openssl.get(), b.openssl.get(), context);
@@ -57,7 +57,8 @@ std::vector<Counted> CountPowers(const std::shared_ptr<const PowerOperands>& n, 
   std::vector<Counted> all = {
       CountOurs(
           [=](BigInt& r) { return ModExp(r, n->base.ours, n->exponent.ours, n->modulus.ours); }),
-      CountGmp([=](mpz_t r) { mpz_powm(r, n->base.gmp.z, n->exponent.gmp.z, n->modulus.gmp.z); }),
+      CountGmp("GMP",
+               [=](mpz_t r) { mpz_powm(r, n->base.gmp.z, n->exponent.gmp.z, n->modulus.gmp.z); }),
       CountOpenSsl("OpenSSL", [=](BIGNUM* r, BN_CTX* context) {
         BN_mod_exp(r, n->base.openssl.get(), n->exponent.openssl.get(), n->modulus.openssl.get(),
                    context);
@@ -149,11 +150,12 @@ struct CountedKey {
   std::vector<uint8_t> input;
 };
 
-// Garner's form on mpz_powm.
-void GmpPrivate(mpz_t r, const mpz_t c, const rsa_private_key& key) {
+// Garner's form on mpz_powm or, for secret exponents, mpz_powm_sec.
+using GmpPower = void (*)(mpz_t, const mpz_t, const mpz_t, const mpz_t);
+void GmpPrivate(GmpPower power, mpz_t r, const mpz_t c, const rsa_private_key& key) {
   GmpNumber by_q;
-  mpz_powm(r, c, key.a, key.p);
-  mpz_powm(by_q.z, c, key.b, key.q);
+  power(r, c, key.a, key.p);
+  power(by_q.z, c, key.b, key.q);
   mpz_sub(r, r, by_q.z);
   mpz_mul(r, r, key.c);
   mpz_mod(r, r, key.p);
@@ -163,7 +165,13 @@ void GmpPrivate(mpz_t r, const mpz_t c, const rsa_private_key& key) {
 
 std::vector<Counted> MakePrivates(size_t bits) {
   const auto key = std::make_shared<CountedKey>(bits);
-  return CountPowers(std::shared_ptr<const PowerOperands>(key, &key->power), true);
+  const std::shared_ptr<const PowerOperands> n(key, &key->power);
+  std::vector<Counted> all = CountPowers(n, true);
+  all[0] = CountOurs([=](BigInt& r) { return RsaDecrypt(r, key->ours, n->base.ours); });
+  all.push_back(CountGmp("GMP constant-time", [=](mpz_t r) {
+    mpz_powm_sec(r, n->base.gmp.z, n->exponent.gmp.z, n->modulus.gmp.z);
+  }));
+  return all;
 }
 
 std::vector<Counted> MakePrivatesByPrimes(size_t bits) {
@@ -173,7 +181,10 @@ std::vector<Counted> MakePrivatesByPrimes(size_t bits) {
   return {
       CountOurs(
           [=](BigInt& r) { return RsaDecryptWithPrimes(r, key->ours, key->power.base.ours); }),
-      CountGmp([=](mpz_t r) { GmpPrivate(r, key->power.base.gmp.z, key->nettle); }),
+      CountGmp("GMP",
+               [=](mpz_t r) { GmpPrivate(mpz_powm, r, key->power.base.gmp.z, key->nettle); }),
+      CountGmp("GMP constant-time",
+               [=](mpz_t r) { GmpPrivate(mpz_powm_sec, r, key->power.base.gmp.z, key->nettle); }),
       MakeCounted(
           "OpenSSL",
           [=] {

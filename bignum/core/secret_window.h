@@ -7,11 +7,11 @@
 namespace mirolta {
 
 // IsSame returns all ones if a = b, else 0.
+// Shapes: a and b below half of B.
 inline Limb IsSame(Limb a, Limb b) {
-  const Limb differing = a ^ b;
-  Limb mask = static_cast<Limb>(static_cast<Limb>(differing | static_cast<Limb>(0 - differing)) >>
-                                (kLimbBits - 1));
-  mask = static_cast<Limb>(mask - 1);
+  // Only 0 - 1 has the top bit set.
+  Limb mask =
+      static_cast<Limb>(0 - static_cast<Limb>(static_cast<Limb>((a ^ b) - 1) >> (kLimbBits - 1)));
   // The compiler must not find out that it is all ones or 0, and branch.
   __asm__("" : "+r"(mask));
   return mask;
@@ -22,14 +22,26 @@ inline Limb IsSame(Limb a, Limb b) {
 // Time:   depends on the counts only: every entry is read.
 using SelectEntry = void (*)(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
                              Limb index);
+template <size_t kLimbs>
+inline void SelectLimbsOfEntry(Limb* z, const Limb* table, size_t entries, size_t stride,
+                               Limb index) {
+  Limb sum[kLimbs] = {};
+  for (size_t i = 0; i < entries; ++i, table += stride) {
+    const Limb mask = IsSame(static_cast<Limb>(i), index);
+#pragma GCC unroll 4
+    for (size_t j = 0; j < kLimbs; ++j) sum[j] |= table[j] & mask;
+  }
+  for (size_t j = 0; j < kLimbs; ++j) z[j] = sum[j];
+}
 inline void SelectEntryByMasks(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
                                Limb index) {
-  ZeroLimbs(z, n);
-  for (size_t i = 0; i < entries; ++i) {
-    const Limb mask = IsSame(static_cast<Limb>(i), index);
-    const Limb* const entry = table + i * stride;
-    for (size_t j = 0; j < n; ++j) z[j] |= entry[j] & mask;
+  // As many at once as registers hold beside the table's addresses.
+  constexpr size_t kTogether = 4;
+  size_t done = 0;
+  for (; done + kTogether <= n; done += kTogether) {
+    SelectLimbsOfEntry<kTogether>(z + done, table + done, entries, stride, index);
   }
+  for (; done < n; ++done) SelectLimbsOfEntry<1>(z + done, table + done, entries, stride, index);
 }
 
 // SplitExponent: e = quotient * factor + rest, so that x^e = (x^factor)^quotient * x^rest for every
