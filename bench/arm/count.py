@@ -157,8 +157,8 @@ def report(tables):
         "Written by `make arm-bench`: instructions that QEMU's user emulation executes, counted by "
         "`bench/arm/count_plugin.cpp`, ours and those of the peers in one run of one program. Debian's "
         "packages for the processor are the peers. A task is done n times and 2n times, and the difference "
-        "is counted; a second run gave the same counts, to a ten-thousandth. The ratio is the peer's count over ours: that of "
-        "the best peer in C, that of the best in assembly (marked by *), and GMP's. Every result was "
+        "is counted; a second run gave the same counts, to a ten-thousandth. The ratio is the peer's count over ours: "
+        "that of the best peer in C, that of the best in assembly (marked by *), and GMP's. Every result was "
         "compared with every peer's. Instructions are not time: caches, and what a load or a product "
         "waits for, do not count.",
         ""]
