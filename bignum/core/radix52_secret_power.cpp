@@ -3,16 +3,14 @@
 
 #if MIROLTA_KERNELS_FOR(X86_64)
 
-  #include "limb_scratch.h"
   #include "radix52.h"
+  #include "radix52_scratch.h"
   #include "secret_residues.h"
   #include "secret_window.h"
 
 namespace mirolta {
 
 namespace {
-
-constexpr size_t kAlignment = 64;
 
 // One and base of one power as radix-2^52 digits, times 2^(52 count) modulo m.
 // Shapes: one[padded], base[padded], memory[MemoryLimbs(n) + 2n].
@@ -55,12 +53,11 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
   const uint32_t window = SplitWindowBits(bits.Value());
   const CheckedSize table = WindowMemoryLimbs(CheckedSize(stride), window);
   const size_t numbers = kCount + 1;  // of exponents
-  LimbScratch memory(table + (2 + kRadix52PairTerms / 2) * CheckedSize(stride) +
-                     SecretResidues::MemoryLimbs(limbs) + 2 * CheckedSize(limbs) +
-                     CheckedSize(numbers) * CheckedSize(longest) + kAlignment / sizeof(Limb));
-  if (memory.Get() == nullptr) return false;
-  const size_t beyond = reinterpret_cast<uintptr_t>(memory.Get()) % kAlignment / sizeof(Limb);
-  Limb* const tables = memory.Get() + (kAlignment / sizeof(Limb) - beyond);
+  Radix52Scratch memory(table + (2 + kRadix52PairTerms / 2) * CheckedSize(stride) +
+                        SecretResidues::MemoryLimbs(limbs) + 2 * CheckedSize(limbs) +
+                        CheckedSize(numbers) * CheckedSize(longest));
+  Limb* const tables = memory.Get();
+  if (tables == nullptr) return false;
   Limb* const moduli = tables + table.Value();
   Limb* const result = moduli + stride;
   Limb* const terms = result + stride;
@@ -77,7 +74,7 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
   for (size_t i = 0; i < kCount; ++i) {
     const SecretPower& power = powers[i];
     ToRadix52(moduli + i * padded, padded, power.m, power.n);
-    inverses[i] = PrepareMontgomery(power.m, power.n).inverse << (kLimbBits - kRadix52Bits);
+    inverses[i] = Radix52Inverse(power.m, power.n) << (kLimbBits - kRadix52Bits);
     EnterRadix52(raising.One() + i * padded, raising.Base() + i * padded, count, padded, power,
                  spare);
     CopyLimbs(exponent, power.e, power.en);
