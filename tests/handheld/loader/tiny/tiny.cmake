@@ -12,13 +12,14 @@ set(finish ${PROJECT_SOURCE_DIR}/module/handheld/finish_image.py)
 # tiny_dll(NAME FILES file... OPTIONS option...): a DLL of NAME.c and of what else is linked.
 function(tiny_dll name)
   cmake_parse_arguments(TINY "" "" "FILES;OPTIONS" ${ARGN})
+  list(TRANSFORM TINY_FILES PREPEND ${made}/ OUTPUT_VARIABLE files)
   add_custom_command(OUTPUT ${made}/${name}.dll
     COMMAND ${MIROLTA_TINY_clang} --target=thumbv7-windows-gnu -O1 -ffreestanding -Wall -Wextra -Werror
       -c ${sources}/${name}.c -o ${name}.obj
     COMMAND ${MIROLTA_TINY_lld_link} -dll -machine:arm -nodefaultlib -lldmingw -timestamp:0
       -out:${name}.dll ${TINY_OPTIONS} ${name}.obj ${TINY_FILES}
     COMMAND ${Python3_EXECUTABLE} ${finish} ${name}.dll
-    DEPENDS ${sources}/${name}.c ${finish} ${TINY_FILES}
+    DEPENDS ${sources}/${name}.c ${finish} ${files}
     WORKING_DIRECTORY ${made} VERBATIM)
 endfunction()
 
@@ -27,11 +28,12 @@ foreach(library numbers system)
     COMMAND ${MIROLTA_TINY_llvm_dlltool} -m arm -d ${sources}/${library}.def -l ${library}.lib
     DEPENDS ${sources}/${library}.def WORKING_DIRECTORY ${made} VERBATIM)
 endforeach()
+# llvm-rc and lld-link take a path that begins with "/c" or "/d" for an option: inputs are named without folders.
 add_custom_command(OUTPUT ${made}/tiny.res
-  COMMAND ${MIROLTA_TINY_llvm_rc} /no-preprocess /fo tiny.res ${sources}/tiny.rc
-  DEPENDS ${sources}/tiny.rc WORKING_DIRECTORY ${made} VERBATIM)
+  COMMAND ${MIROLTA_TINY_llvm_rc} /no-preprocess /fo ${made}/tiny.res tiny.rc
+  DEPENDS ${sources}/tiny.rc WORKING_DIRECTORY ${sources} VERBATIM)
 
-tiny_dll(tiny FILES ${made}/tiny.res ${made}/numbers.lib ${made}/system.lib OPTIONS -entry:DllMain)
+tiny_dll(tiny FILES tiny.res numbers.lib system.lib OPTIONS -entry:DllMain)
 # Its own import library goes beside, not over the one above.
 tiny_dll(numbers OPTIONS -noentry -def:${sources}/numbers.def -implib:numbers_own.lib)
 add_custom_target(handheld_tiny DEPENDS ${made}/tiny.dll ${made}/numbers.dll)
