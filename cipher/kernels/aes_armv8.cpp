@@ -1,5 +1,7 @@
 // AES with the instructions of ARMv8 (FIPS-197, 5.1 and 5.3.5). Groups of eight blocks are in
-// flight, and their round keys stay in registers.
+// flight, and the keys of the last ten rounds stay in registers. Those that longer keys have before
+// them are read for each group: with them the compiler runs out of registers, and keys on the stack
+// are not wiped.
 #include "aes_kernels.h"
 
 #if MIROLTA_KERNELS_FOR(AARCH64)
@@ -14,11 +16,11 @@ namespace {
 
 constexpr uint32_t kLanes = 8;
 
-// The round keys of the last ten rounds and the one added at the end; before them those of the
-// rounds that longer keys have at the beginning.
+// The round keys of the last ten rounds and the one added at the end; the words of the schedule, from
+// `words` to `fixed`, have those of the rounds that longer keys have at the beginning.
 struct RoundKeys {
-  uint32_t rounds;
-  uint8x16_t longer[4];
+  const uint32_t* words;
+  const uint32_t* fixed;
   uint8x16_t last[11];
 };
 
@@ -27,12 +29,10 @@ MIROLTA_AES_STEP uint8x16_t Key(const uint32_t* words) {
 }
 
 MIROLTA_AES_STEP void LoadKeys(RoundKeys& keys, const uint32_t* words, uint32_t rounds) {
-  keys.rounds = rounds;
-  #pragma GCC unroll 4
-  for (uint32_t i = 0; i < 4; ++i) keys.longer[i] = Key(words + 4 * i);
-  words += 4 * (rounds - 10);
+  keys.words = words;
+  keys.fixed = words + 4 * (rounds - 10);
   #pragma GCC unroll 11
-  for (uint32_t i = 0; i < 11; ++i) keys.last[i] = Key(words + 4 * i);
+  for (uint32_t i = 0; i < 11; ++i) keys.last[i] = Key(keys.fixed + 4 * i);
 }
 
 // Adds the key, and then does all of a round but adding its key, which the next one does.
@@ -57,13 +57,8 @@ MIROLTA_AES_STEP void TransformGroup(const RoundKeys& keys, const uint8_t* in, u
   uint8x16_t block[kCount];
   #pragma GCC unroll 8
   for (uint32_t i = 0; i < kCount; ++i) block[i] = vld1q_u8(in + kAesBlockSize * i);
-  if (keys.rounds != 10) {
-    RoundOfAll<kEncrypt>(block, keys.longer[0]);
-    RoundOfAll<kEncrypt>(block, keys.longer[1]);
-    if (keys.rounds != 12) {
-      RoundOfAll<kEncrypt>(block, keys.longer[2]);
-      RoundOfAll<kEncrypt>(block, keys.longer[3]);
-    }
+  for (const uint32_t* key = keys.words; key != keys.fixed; key += 4) {
+    RoundOfAll<kEncrypt>(block, Key(key));
   }
   #pragma GCC unroll 9
   for (uint32_t round = 0; round < 9; ++round) RoundOfAll<kEncrypt>(block, keys.last[round]);
