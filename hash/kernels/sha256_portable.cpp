@@ -11,6 +11,14 @@ namespace mirolta {
 
 namespace {
 
+// Rounds in a row; the later ones are a loop. A constant takes two instructions of Thumb as an operand
+// and one from a table, so that all rounds in a row were longer and no faster there.
+#if defined(__thumb__)
+constexpr int kRow = 16;
+#else
+constexpr int kRow = 64;
+#endif
+
 // FIPS 180-2, 4.1.2. Nested rotations take as many operations as separate ones and fewer copies.
 MIROLTA_STEP uint32_t BigSigma0(uint32_t x) {  // by 2, 13 and 22
   return std::rotr(std::rotr(std::rotr(x, 9) ^ x, 11) ^ x, 2);
@@ -41,7 +49,8 @@ MIROLTA_STEP uint32_t ScheduleWord(uint32_t (&w)[16], BlockWords block) {
 // s holds a to h; their roles rotate with every round. b_xor_c carries over: this round's a ^ b is
 // the next one's b ^ c.
 template <int kRound>
-MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16], BlockWords block) {
+MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16], BlockWords block,
+                        const uint32_t* constants) {
   const uint32_t a = s[(64 - kRound) % 8];
   const uint32_t b = s[(65 - kRound) % 8];
   uint32_t& d = s[(67 - kRound) % 8];
@@ -49,7 +58,7 @@ MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16], 
   const uint32_t f = s[(69 - kRound) % 8];
   const uint32_t g = s[(70 - kRound) % 8];
   uint32_t& h = s[(71 - kRound) % 8];
-  h += ScheduleWord<kRound>(w, block) + kSha256Constants[kRound];
+  h += ScheduleWord<kRound>(w, block) + constants[kRound % kRow];
   h += BigSigma1(e) + (((f ^ g) & e) ^ g);
   d += h;
   const uint32_t a_xor_b = a ^ b;
@@ -57,12 +66,10 @@ MIROLTA_STEP void Round(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16], 
   b_xor_c = a_xor_b;
 }
 
-template <int... kRounds>
-MIROLTA_STEP void Rounds(uint32_t (&s)[8], BlockWords block,
-                         std::integer_sequence<int, kRounds...>) {
-  uint32_t w[16];
-  uint32_t b_xor_c = s[1] ^ s[2];
-  (Round<kRounds>(s, b_xor_c, w, block), ...);
+template <int kFirst, int... kRounds>
+MIROLTA_STEP void Rounds(uint32_t (&s)[8], uint32_t& b_xor_c, uint32_t (&w)[16], BlockWords block,
+                         const uint32_t* constants, std::integer_sequence<int, kRounds...>) {
+  (Round<kFirst + kRounds>(s, b_xor_c, w, block, constants), ...);
 }
 
 }  // namespace
@@ -71,7 +78,13 @@ void Sha256Portable(uint32_t* state, const uint8_t* blocks, size_t block_count) 
   uint32_t s[8];
   for (int i = 0; i < 8; ++i) s[i] = state[i];
   ForEachBlock(blocks, block_count, [&](BlockWords block) MIROLTA_STEP_LAMBDA {
-    Rounds(s, block, std::make_integer_sequence<int, 64>());
+    constexpr std::make_integer_sequence<int, kRow> kRounds;
+    uint32_t w[16];
+    uint32_t b_xor_c = s[1] ^ s[2];
+    Rounds<0>(s, b_xor_c, w, block, kSha256Constants, kRounds);
+    for (int first = kRow; first != 64; first += kRow) {
+      Rounds<kRow % 64>(s, b_xor_c, w, block, kSha256Constants + first, kRounds);
+    }
     for (int i = 0; i < 8; ++i) {
       s[i] += state[i];
       state[i] = s[i];
