@@ -32,7 +32,7 @@ make handheld-test                that DLL on ARM Linux, emulated: all its class
 make package                      build/package: .deb, .tar.gz, .zip, .msi, SHA256SUMS     8 min   5 min
 make package-arm                  .deb packages for armel, armhf, arm64                    6 min   6 min
 make package-test                 installs, upgrades, removes, builds them again          5 min   5 min
-make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks.md       30 min  25 min
+make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks          30 min  25 min
      [PEERS=trixie]               beside those libraries of Debian 13 too             60 min  50 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
 make arm-bench [FILTER=text]      instructions on ARM beside other libraries             10 min   3 min
@@ -167,14 +167,11 @@ test: setup-test build-native windows-tests build-asan-ubsan build-tsan
 	@status=0; $(MAKE) lint-sources || status=1; \
 	  scripts/run-tests.sh native asan-ubsan tsan || status=1; exit $$status
 
-# The plots are of the last benchmark that was run here, or else of that in docs/benchmarks.md.
 docs: setup-docs
-	@python3 -B scripts/docs.py build/docs $(wildcard build/bench/results.json)
+	@python3 -B scripts/docs.py build/docs
 
-# A run of all rows writes docs/benchmarks.md; with FILTER, a regular expression of row names, it only
-# prints. bench-avx2 disables what processors have beyond AVX2, for OpenSSL too.
-bench: REPORT = benchmarks
-bench-avx2: REPORT = benchmarks-avx2
+# A run of all rows writes the processor's page below docs/benchmarks; with FILTER, a regular expression of
+# row names, it only prints. bench-avx2 disables what processors have beyond AVX2, for OpenSSL too.
 bench-avx2: export OPENSSL_ia32cap = :~0x600c0230000
 build/bench/build.ninja build/bench-avx2/build.ninja build/count/build.ninja: | setup-bench
 # The peers of another release of Debian are unpacked into the build, and measured after the machine's own.
@@ -187,7 +184,7 @@ bench: $(patsubst %,build/bench-%/build.ninja,$(PEERS))
 bench bench-avx2: %: build/%/build.ninja
 	@for run in $(bench-runs); do cmake --build build/$$run -j$(JOBS) --target mirolta-bench && \
 	  build/$$run/bin/mirolta-bench build/$$run/results.json '$(FILTER)' || exit 1; done
-	@python3 bench/table.py $(if $(FILTER),,--page docs/$(REPORT).md) $(bench-runs:%=build/%/results.json)
+	@python3 bench/table.py $(if $(FILTER),,--pages docs/benchmarks) $(bench-runs:%=build/%/results.json)
 	@$(if $(FILTER),,python3 -B bench/plots.py build/$@/results.json build/$@/plots)
 
 # Instructions under QEMU, beside the peers of Debian's packages for the same processor. A run of all

@@ -116,6 +116,29 @@ bool RunRow(const Row& row, double least_seconds, Report* report) {
   return true;
 }
 
+// The maker's words for the processor, as the system has them; other processors than x86 have none.
+void AddProcessor() {
+  static constexpr struct {
+    std::string_view line;
+    const char* name;
+  } kNames[] = {{"vendor_id", "maker"},
+                {"cpu family", "family"},
+                {"model", "model"},
+                {"model name", "processor"}};
+  std::ifstream file("/proc/cpuinfo");
+  // The lines of the first processor end with an empty one.
+  for (std::string line; std::getline(file, line) && !line.empty();) {
+    const size_t name_end = line.find_first_of("\t:");
+    const size_t value = line.find(": ");
+    if (value == std::string::npos) continue;
+    for (const auto& row : kNames) {
+      if (line.substr(0, name_end) == row.line) {
+        benchmark::AddCustomContext(row.name, line.substr(value + 2));
+      }
+    }
+  }
+}
+
 void AddVersions() {
   static constexpr struct {
     ProcessorFeature bit;
@@ -133,6 +156,7 @@ void AddVersions() {
   const std::string nettle =
       std::to_string(nettle_version_major()) + "." + std::to_string(nettle_version_minor());
   benchmark::AddCustomContext("features", features);
+  AddProcessor();
   benchmark::AddCustomContext("OpenSSL", OpenSSL_version(OPENSSL_VERSION_STRING));
   benchmark::AddCustomContext("nettle", nettle);
   benchmark::AddCustomContext("Botan", Botan::short_version_string());

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Draws speed over size, ours beside each peer, as SVG by gnuplot.
 
-usage: plots.py results.json|benchmarks.md FOLDER
+usage: plots.py results.json|PAGE.md FOLDER
 
 Reads the benchmark's JSON or the page that table.py makes of it, and writes FOLDER/LEVEL-TASK.svg for each
-task of the engines that was measured at three sizes or more, and prints their names. The same input gives
+task that was measured beside another at three sizes or more, and prints their names. The same input gives
 the same bytes.
 """
 import json
@@ -15,7 +15,6 @@ import sys
 
 import table
 
-LEVEL = "engine"
 SIZE = re.compile(r"^(.*)[/,] ?(\d+) (bytes|KiB|MiB|bits)$")
 FACTORS = {"bytes": 1, "KiB": 1 << 10, "MiB": 1 << 20, "bits": 1}
 SPEED = re.compile(r"^(.*?) ?([\d.e+]+) (GB/s|MB/s|s|ms|µs|ns)$")
@@ -48,9 +47,9 @@ def measured(text):
     return name or table.OURS, float(value) * UNITS[unit], unit.endswith("B/s")
 
 
-def rows_of_page(text):
-    """(task, contestant, value, is_speed) of a page's tables of engines."""
-    section = re.search(rf"^## {table.LEVELS[LEVEL]}\n(.*?)(?=^## |\Z)", text, re.M | re.S)
+def rows_of_page(text, level):
+    """(task, contestant, value, is_speed) of a page's table of a level."""
+    section = re.search(rf"^## {table.LEVELS[level]}\n(.*?)(?=^## |\Z)", text, re.M | re.S)
     for line in section[1].splitlines() if section else ():
         cells = [cell.strip() for cell in line.strip().strip("|").split("|")]
         if len(cells) == len(table.HEADINGS) and SPEED.match(cells[1]):
@@ -58,10 +57,10 @@ def rows_of_page(text):
                 yield (cells[0], *measured(text_of_one))
 
 
-def rows_of_report(report):
+def rows_of_report(report, level):
     for name, contestants in table.read_rows(report).items():
-        level, task = name.split("/", 1)
-        if level == LEVEL and table.OURS in contestants:
+        row_level, task = name.split("/", 1)
+        if row_level == level and table.OURS in contestants:
             for contestant, entry in contestants.items():
                 seconds = table.seconds(entry)
                 is_speed = bool(entry["bytes"])
@@ -119,20 +118,25 @@ def program(task, plot, file):
     return "\n".join(lines) + "\n"
 
 
-def read_rows(path):
+def read_plots(path):
+    """{level: {task: plot}} of a report or a page; levels without plots are left out."""
     text = pathlib.Path(path).read_text("utf-8")
-    return list(rows_of_report(json.loads(text)) if text.lstrip().startswith("{") else rows_of_page(text))
+    report = json.loads(text) if text.lstrip().startswith("{") else None
+    found = {level: plots_of(rows_of_report(report, level) if report else rows_of_page(text, level))
+             for level in table.LEVELS}
+    return {level: plots for level, plots in found.items() if plots}
 
 
 def draw(path, folder):
-    """Draws the plots; returns their {task: file name}."""
+    """Draws the plots; returns their {level: {task: file name}}."""
     folder = pathlib.Path(folder)
     folder.mkdir(parents=True, exist_ok=True)
     names = {}
-    for task, plot in plots_of(read_rows(path)).items():
-        name = f"{LEVEL}-{re.sub('[^a-z0-9]+', '-', task.lower()).strip('-')}.svg"
-        subprocess.run(["gnuplot"], input=program(task, plot, name), text=True, check=True, cwd=folder)
-        names[task] = name
+    for level, plots in read_plots(path).items():
+        for task, plot in plots.items():
+            name = f"{level}-{re.sub('[^a-z0-9]+', '-', task.lower()).strip('-')}.svg"
+            subprocess.run(["gnuplot"], input=program(task, plot, name), text=True, check=True, cwd=folder)
+            names.setdefault(level, {})[task] = name
     return names
 
 
@@ -142,7 +146,7 @@ def main(arguments):
     names = draw(*arguments)
     if not names:
         sys.exit(f"{arguments[0]}: no task with {FEWEST_SIZES} sizes and a peer")
-    print("\n".join(f"{arguments[1]}/{name}" for name in names.values()))
+    print("\n".join(f"{arguments[1]}/{name}" for level in names.values() for name in level.values()))
     return 0
 
 

@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
-"""Converts the benchmark's JSON to docs/benchmarks.md and prints a table.
+"""Converts the benchmark's JSON to the page of the processor that was measured, and prints a table.
 
-usage: table.py [--page benchmarks.md] results.json...
+usage: table.py [--pages FOLDER] results.json...
 
-Without a page no file is written. Further results have the same rows beside other versions of the peers.
+The page is FOLDER/MAKER-FAMILY-MODEL.md, with -avx2 where no wider vectors were used; without a folder
+no file is written. Further results have the same rows beside other versions of the peers.
 """
 import argparse
 import json
-import re
+import pathlib
 import sys
+
+from processor import Processor, library
 
 OURS = "ours"
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
@@ -27,40 +30,7 @@ INTRODUCTION = {
     "calls, the early-bound ones.",
     "scaling": "How cost grows with length, calls, objects and threads.",
 }
-# Requirements without vectors wider than AVX2's, instead of the rows' own: the first pattern that a row's
-# name matches, the ratio, and the peer it refers to, None for the best.
-UP_TO_AVX2 = [
-    (r"(kernel|engine)/(MD5|SHA|HMAC)", 1.0, None),
-    (r"kernel/AES-\d+ .*/16 bytes", 0.9, None),
-    (r"kernel/AES", 1.0, None),
-    (r"kernel/DES .*/\d+ bytes|kernel/Triple DES .*/\d+ bytes", 1.0, None),
-    (r"kernel/DES .*/(4|64) KiB", 9.0, None),
-    (r"kernel/Triple DES .*/(4|64) KiB", 10.0, None),
-    (r"(kernel|engine)/(?!AES|DES|Triple)", 0.8, "GMP"),
-]
-
-
 PEERS = ("OpenSSL", "nettle", "Botan", "GMP", "libgcrypt")
-
-
-def library(contestant):
-    """The library of a contestant: OpenSSL of `OpenSSL EVP`."""
-    return contestant.split(" ")[0]
-
-
-def has_wide_vectors(report):
-    return "AVX-512" in report["context"]["features"]
-
-
-def requirement(name, ours, peers, wide):
-    """(required, stretch, the peers that count) of a row."""
-    if wide or name.startswith(("class/", "scaling/")):
-        return ours["required"], ours["stretch"], peers
-    for pattern, required, peer in UP_TO_AVX2:
-        if re.match(pattern, name):
-            counting = {name: entry for name, entry in peers.items() if peer in (None, library(name))}
-            return (required, 0, counting) if counting else (0, 0, peers)
-    return 0, 0, peers
 
 
 def read_rows(report):
@@ -119,10 +89,10 @@ def ratio_text(value):
     return "" if not value else f"{value:.2f}"
 
 
-def table_line(name, contestants, wide):
+def table_line(name, contestants, processor):
     ours = contestants[OURS]
     peers = {peer: entry for peer, entry in contestants.items() if peer != OURS}
-    required, stretch, counting = requirement(name, ours, peers, wide)
+    required, stretch, counting = processor.requirement(name, ours, peers)
     shown = ", ".join(f"{peer} {speed_text(entry)}" for peer, entry in sorted(
         peers.items(), key=lambda item: ratio_to(item[1], ours)))
     ratio = ""
@@ -143,15 +113,23 @@ def table_line(name, contestants, wide):
 HEADINGS = ["task", "ours", "peers, best first", "ratio", "required", "stretch", ""]
 
 
+def limit_lines(processor):
+    """Which limits hold, for the page and the terminal."""
+    limits = processor.limits()
+    return [f"limit of this processor: {why}, required {required}" for _, required, why in limits] or [
+        "limits of this processor: none that changes what is required"]
+
+
 def versions(report):
     return ", ".join(f"{peer} {report['context'][peer]}" for peer in PEERS)
 
 
 def markdown(reports, rows):
     context = reports[0]["context"]
-    wide = has_wide_vectors(reports[0])
+    processor = Processor(context)
+    wide = processor.is_wide
     lines = [
-        "# Benchmarks" if wide else "# Benchmarks without wider vectors than AVX2",
+        f"# Benchmarks on {processor.name}" + ("" if wide else " without wider vectors than AVX2"),
         "",
         f"Written by `make {'bench' if wide else 'bench-avx2'}`; one run, ours and the peers "
         "interleaved at random, medians of the repetitions, operands rotated. The ratio is our "
@@ -162,13 +140,14 @@ def markdown(reports, rows):
         + ("" if wide else " OpenSSL too is kept from wider vectors. Big numbers are required to "
            "reach a ratio to GMP, which is then the one shown."),
         "",
-        f"- processor: {context['features'].strip()}; {context['num_cpus']} cores, "
+        f"- processor: {processor}; {' '.join(processor.features)}; {context['num_cpus']} cores, "
         f"{context['mhz_per_cpu']} MHz",
+        *[f"- {line}" for line in limit_lines(processor)],
         "- peers: " + "; ".join(versions(report) for report in reports),
         "",
     ]
     for level, title in LEVELS.items():
-        here = [table_line(name, contestants, wide) for name, contestants in rows.items()
+        here = [table_line(name, contestants, processor) for name, contestants in rows.items()
                 if name.startswith(level + "/") and OURS in contestants]
         if not here:
             continue
@@ -182,7 +161,7 @@ def markdown(reports, rows):
 
 def main(arguments):
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--page", help="the page to write")
+    parser.add_argument("--pages", help="the folder of the page to write")
     parser.add_argument("results", nargs="+")
     options = parser.parse_args(arguments)
     reports = []
@@ -190,17 +169,20 @@ def main(arguments):
         with open(name, encoding="utf-8") as file:
             reports.append(json.load(file))
     rows = merged_rows(reports)
-    wide = has_wide_vectors(reports[0])
+    processor = Processor(reports[0]["context"])
+    print(processor)
+    print("\n".join(limit_lines(processor)))
     for name, contestants in rows.items():
         if OURS not in contestants:
             continue
-        task, ours, peers, ratio, required, stretch, verdict = table_line(name, contestants, wide)
+        task, ours, peers, ratio, required, stretch, verdict = table_line(name, contestants, processor)
         wanted = f"(required {required}, stretch {stretch}: {verdict})" if required else ""
         level = name.split("/")[0]
         print(f"{level:8} {task}: {ours}; {peers}; ratio {ratio} {wanted}")
-    if options.page:
-        with open(options.page, "w", encoding="utf-8") as file:
-            file.write(markdown(reports, rows))
+    if options.pages:
+        page = pathlib.Path(options.pages, processor.page())
+        page.write_text(markdown(reports, rows), "utf-8")
+        print(f"written: {page}")
     return 0
 
 

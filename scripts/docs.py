@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
 """Builds the pages as HTML with a search, and manual pages.
 
-usage: docs.py FOLDER [results.json]
+usage: docs.py FOLDER
 
 FOLDER/html is for a browser, from a server or from files; FOLDER/man has the manual pages. The plots are of
-the benchmark's results, or else of those in docs/benchmarks.md. A warning of the generator, a link to
-nothing and a page that docs/README.md does not list are errors.
+the tables in docs/benchmarks. A warning of the generator, a link to nothing and a page that docs/README.md does not list are errors.
 """
 import html.parser
 import os
@@ -19,6 +18,7 @@ import urllib.parse
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "bench"))
 import plots  # noqa: E402
+import table  # noqa: E402
 
 LEFT_OUT = {"build", ".git", "tests"}
 LINK = re.compile(r"!?\[[^\]]*\]\(([^)\s]+)\)")
@@ -40,14 +40,14 @@ def local_targets(text):
             yield urllib.parse.unquote(link.split("#")[0])
 
 
-def stage(source, results):
+def stage(source):
     """Copies the pages, what they link to and the generator's files; draws the pictures."""
     for page in pages():
         text = (ROOT / page).read_text("utf-8")
         if page.as_posix() == "docs/architecture.md":
             text = DRAWING.sub("![The layers and their dependencies](architecture.svg)\n", text, count=1)
-        if page.as_posix() == "docs/benchmarks.md":
-            text = with_plots(text, results or ROOT / page, source / "docs" / "plots")
+        if page.parent.as_posix() == "docs/benchmarks":
+            text = with_plots(text, ROOT / page, source / page.with_suffix(""))
         write(source / page, text)
         for target in local_targets(text):
             file = (ROOT / page.parent / target).resolve()
@@ -59,13 +59,14 @@ def stage(source, results):
                     ROOT / "docs" / "architecture.dot"], check=True)
 
 
-def with_plots(text, results, folder):
-    """The page of benchmarks, with the plots of the engines before their table."""
-    names = plots.draw(results, folder)
-    pictures = "".join(f"![{task}, ours and others]({folder.name}/{name})\n\n"
-                       for task, name in names.items())
-    return re.sub(r"(^## Engines\n.*?\n)(?=\|)", lambda match: match[1] + pictures, text, count=1,
-                  flags=re.M | re.S)
+def with_plots(text, page, folder):
+    """A page of benchmarks, with the plots of each level before its table."""
+    for level, names in plots.draw(page, folder).items():
+        pictures = "".join(f"![{task}, ours and others]({folder.name}/{name})\n\n"
+                           for task, name in names.items())
+        text = re.sub(rf"(^## {table.LEVELS[level]}\n.*?\n)(?=\|)", lambda match: match[1] + pictures, text,
+                      count=1, flags=re.M | re.S)
+    return text
 
 
 def write(path, text):
@@ -127,12 +128,12 @@ def dead_links(folder):
     return dead
 
 
-def build(folder, results):
+def build(folder):
     folder = pathlib.Path(folder).resolve()
     source, html_folder, man_folder = folder / "source", folder / "html", folder / "man"
     for old in (source, html_folder, man_folder, folder / "doctrees"):
         shutil.rmtree(old, ignore_errors=True)
-    stage(source, results)
+    stage(source)
     generate(source, "html", html_folder, folder / "doctrees")
     generate(source, "man", man_folder, folder / "doctrees")
     shutil.rmtree(html_folder / ".doctrees", ignore_errors=True)
@@ -148,9 +149,9 @@ def build(folder, results):
 
 
 def main(arguments):
-    if len(arguments) not in (1, 2):
+    if len(arguments) != 1:
         sys.exit(__doc__)
-    build(arguments[0], arguments[1] if len(arguments) == 2 else None)
+    build(arguments[0])
     return 0
 
 

@@ -12,6 +12,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "bench"), str(ROOT / "tests" / "support")]
 import page_blocks  # noqa: E402
 import plots  # noqa: E402
+import processor  # noqa: E402
 import table  # noqa: E402
 LEFT_OUT = {"build", ".git", "tests"}
 CLASSES = ["HashObject", "SymmetricCryptObject", "PexBigNumber", "RSACrypt", "ToviStreamDigest",
@@ -168,16 +169,19 @@ class Errors(unittest.TestCase):
 
 class Plots(unittest.TestCase):
     def test_the_tasks_of_the_benchmark_are_drawn(self):
-        drawn = plots.plots_of(plots.read_rows(ROOT / "docs" / "benchmarks.md"))
+        page = "docs/benchmarks/amd-26-2.md"
+        levels = plots.read_plots(ROOT / page)
+        self.assertLessEqual({"kernel", "engine"}, set(levels))
+        drawn = levels["engine"]
         self.assertGreater(len(drawn), 15)
         self.assertIn("SHA-256", drawn)
         plot = drawn["AES-128 encrypt"]
         self.assertIn(1 << 20, plot.sizes())
         self.assertGreater(len(plot.series), 3)
-        table = section(read("docs/benchmarks.md"), "Engines")
+        table = section(read(page), "Engines")
         line = re.search(r"^\| AES-128 encrypt, 1 MiB \| ([\d.]+) GB/s", table, re.M)
         self.assertAlmostEqual(plot.series["ours"][1 << 20], float(line[1]) * 1e9)
-        for task, plot in drawn.items():
+        for task, plot in [item for level in levels.values() for item in level.items()]:
             self.assertIn('title "ours"', plots.program(task, plot, "x.svg"))
 
     def test_a_report_gives_the_speeds_of_its_medians(self):
@@ -185,20 +189,22 @@ class Plots(unittest.TestCase):
                     "cpu_time": time, "real_time": 0, "has_threads": False, "time_unit": "ns"}
                    for size in (16, 64, 1024) for who, time in (("ours", size / 2), ("nettle", size))
                    for name in ("median", "mean")]
-        drawn = plots.plots_of(plots.rows_of_report({"benchmarks": entries}))
+        drawn = plots.plots_of(plots.rows_of_report({"benchmarks": entries}, "engine"))
         self.assertEqual({name: round(values[1024]) for name, values in drawn["AES"].series.items()},
                          {"ours": 2 * 10**9, "nettle": 10**9})
 
 
 class BenchmarkTable(unittest.TestCase):
-    @staticmethod
-    def report(version, times):
+    PROCESSOR = {"features": "AVX-512 VAES", "maker": "GenuineIntel", "family": "6", "model": "143",
+                 "processor": "Some name"}
+
+    @classmethod
+    def report(cls, version, times):
         entries = [{"aggregate_name": "median", "run_name": f"kernel/MD5/16 KiB|{who}", "bytes": 100, "required": 1,
                     "stretch": 0, "cpu_time": time, "real_time": 0, "has_threads": False, "time_unit": "ns"}
                    for who, time in times.items()]
-        context = {peer: version for peer in table.PEERS}
-        return {"benchmarks": entries,
-                "context": {**context, "features": "AVX-512", "num_cpus": 2, "mhz_per_cpu": 1}}
+        context = {**{peer: version for peer in table.PEERS}, "num_cpus": 2, "mhz_per_cpu": 1}
+        return {"benchmarks": entries, "context": {**context, **cls.PROCESSOR}}
 
     def test_a_row_is_compared_with_the_best_peer_of_all_runs(self):
         reports = [self.report("3.0", {"ours": 10, "OpenSSL": 20, "nettle": 30}),
@@ -206,12 +212,37 @@ class BenchmarkTable(unittest.TestCase):
         rows = table.merged_rows(reports)
         self.assertEqual(set(rows["kernel/MD5/16 KiB"]), {"ours", "OpenSSL", "nettle", "OpenSSL EVP 3.5"})
         # 30 beside 20, though 20 beside 10 is the shorter time.
-        line = table.table_line("kernel/MD5/16 KiB", rows["kernel/MD5/16 KiB"], True)
+        line = table.table_line("kernel/MD5/16 KiB", rows["kernel/MD5/16 KiB"],
+                                processor.Processor(self.PROCESSOR))
         self.assertEqual(line[3], "1.50")
         self.assertTrue(line[2].startswith("OpenSSL EVP 3.5 "), line[2])
         page = table.markdown(reports, rows)
         self.assertIn("OpenSSL 3.0, nettle 3.0", page)
         self.assertIn("; OpenSSL 3.5, nettle 3.5", page)
+        self.assertIn("- processor: Some name, family 6, model 143; AVX-512 VAES; 2 cores", page)
+        self.assertIn("- limit of this processor: one 512-bit AES round a cycle", page)
+
+    def test_limits_hold_on_their_makers_processors_only(self):
+        row, ours = "kernel/AES-128 encrypt/16 KiB", {"required": 3.5, "stretch": 4}
+        intel = processor.Processor(self.PROCESSOR)
+        self.assertEqual(intel.requirement(row, ours, {})[:2], (1.95, 0))
+        self.assertEqual(intel.requirement("kernel/AES-128 encrypt/16 bytes", ours, {})[:2], (3.5, 4))
+        self.assertEqual(intel.requirement("kernel/DES encrypt/16 KiB", ours, {})[:2], (3.5, 4))
+        for change in ({"maker": "AuthenticAMD"}, {"features": "AVX-512"}):
+            other = processor.Processor({**self.PROCESSOR, **change})
+            self.assertEqual(other.requirement(row, ours, {})[:2], (3.5, 4))
+            self.assertEqual(other.limits(), [])
+        narrow = processor.Processor({**self.PROCESSOR, "features": "AVX2 AES"})
+        self.assertEqual(narrow.requirement(row, ours, {"nettle": {}})[:2], (1.0, 0))
+
+    def test_each_processor_has_its_pages(self):
+        amd = {**self.PROCESSOR, "maker": "AuthenticAMD", "family": "26", "model": "2"}
+        self.assertEqual(processor.Processor(amd).page(), "amd-26-2.md")
+        self.assertEqual(processor.Processor({**amd, "features": "AVX2"}).page(), "amd-26-2-avx2.md")
+        self.assertEqual(processor.Processor({**amd, "maker": "Other Inc."}).page(), "other-inc-26-2.md")
+        listed = read("docs/benchmarks.md")
+        for page in (ROOT / "docs" / "benchmarks").glob("*.md"):
+            self.assertIn(f"(benchmarks/{page.name})", listed)
 
 
 class Architecture(unittest.TestCase):

@@ -1,0 +1,66 @@
+"""The processor of a benchmark's report: its name, the file of its page, and what is required on it."""
+import re
+
+MAKERS = {"AuthenticAMD": "amd", "GenuineIntel": "intel"}
+# Rows that stand at a limit of a maker's processors with AVX-512 and VAES: maker, pattern of the rows' names,
+# the ratio required instead, and why.
+LIMITS = [
+    ("intel", r"kernel/AES-\d+ (en|de)crypt/(1 KiB|16 KiB|1 MiB)$", 1.95,
+     "one 512-bit AES round a cycle, twice what the peers' 256-bit rounds reach: AES by blocks"),
+]
+# Requirements without vectors wider than AVX2's, instead of the rows' own: the first pattern that a row's
+# name matches, the ratio, and the peer it refers to, None for the best.
+UP_TO_AVX2 = [
+    (r"(kernel|engine)/(MD5|SHA|HMAC)", 1.0, None),
+    (r"kernel/AES-\d+ .*/16 bytes", 0.9, None),
+    (r"kernel/AES", 1.0, None),
+    (r"kernel/DES .*/\d+ bytes|kernel/Triple DES .*/\d+ bytes", 1.0, None),
+    (r"kernel/DES .*/(4|64) KiB", 9.0, None),
+    (r"kernel/Triple DES .*/(4|64) KiB", 10.0, None),
+    (r"(kernel|engine)/(?!AES|DES|Triple)", 0.8, "GMP"),
+]
+
+
+def library(contestant):
+    """The library of a contestant: OpenSSL of `OpenSSL EVP`."""
+    return contestant.split(" ")[0]
+
+
+class Processor:
+    """What a report's context says of the processor that was measured."""
+
+    def __init__(self, context):
+        self.features = context["features"].split()
+        self.is_wide = "AVX-512" in self.features
+        maker = context.get("maker", "unknown")
+        self.maker = MAKERS.get(maker, re.sub(r"[^a-z0-9]+", "-", maker.lower()).strip("-"))
+        self.family, self.model = context.get("family", "0"), context.get("model", "0")
+        self.name = context.get("processor", "a processor without a name")
+
+    def __str__(self):
+        return f"{self.name}, family {self.family}, model {self.model}"
+
+    def page(self):
+        """The name of its page: each processor has one, and one up to AVX2."""
+        return f"{self.maker}-{self.family}-{self.model}{'' if self.is_wide else '-avx2'}.md"
+
+    def limits(self):
+        """(pattern, ratio, why) of the limits that hold on it."""
+        if not self.is_wide or "VAES" not in self.features:
+            return []
+        return [limit[1:] for limit in LIMITS if limit[0] == self.maker]
+
+    def requirement(self, name, ours, peers):
+        """(required, stretch, the peers that count) of a row."""
+        if name.startswith(("class/", "scaling/")):
+            return ours["required"], ours["stretch"], peers
+        if self.is_wide:
+            for pattern, required, _ in self.limits():
+                if re.match(pattern, name):
+                    return required, 0, peers
+            return ours["required"], ours["stretch"], peers
+        for pattern, required, peer in UP_TO_AVX2:
+            if re.match(pattern, name):
+                counting = {name: entry for name, entry in peers.items() if peer in (None, library(name))}
+                return (required, 0, counting) if counting else (0, 0, peers)
+        return 0, 0, peers
