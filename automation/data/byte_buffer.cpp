@@ -125,10 +125,6 @@ uint32_t ByteBuffer::Consume(uint32_t count) noexcept {
   return taken;
 }
 
-uint32_t ByteBuffer::Take(uint8_t* destination, uint32_t count) noexcept {
-  return Consume(Peek(destination, count));
-}
-
 uint32_t ByteBuffer::MoveAllTo(ByteBuffer& other) noexcept {
   if (&other == this) return 0;
   uint8_t block[kMoveBlock];

@@ -1,19 +1,9 @@
 #include "cipher_channel.h"
 
 #include <algorithm>
-#include <bit>
 #include <initializer_list>
 
 namespace mirolta {
-
-namespace {
-
-// Shifts: a division would take most of the time of a short update.
-uint32_t WholeBlocks(uint32_t length, uint32_t block_size) {
-  return length >> std::countr_zero(block_size);
-}
-
-}  // namespace
 
 CipherChannel::CipherChannel() noexcept = default;
 
@@ -30,8 +20,8 @@ void CipherChannel::Clear() noexcept {
   }
 }
 
-HRESULT CipherChannel::Update(const BlockTransform& transform, const uint8_t* data,
-                              uint32_t length) noexcept {
+HRESULT CipherChannel::UpdateAnyLength(const BlockTransform& transform, const uint8_t* data,
+                                       uint32_t length) noexcept {
   if (data != nullptr && length != 0) {
     if (TransformUnqueued(transform, data, length)) return S_OK;
     if (!Append(data, length)) return E_OUTOFMEMORY;

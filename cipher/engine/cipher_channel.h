@@ -2,6 +2,8 @@
 // caller.
 #pragma once
 
+#include <bit>
+
 #include "block_transform.h"
 #include "byte_buffer.h"
 #include "platform.h"
@@ -34,7 +36,19 @@ class CipherChannel {
   //         queue cannot hold the others; E_FAIL with all data taken if there are whole blocks but
   //         no key.
   [[nodiscard]] HRESULT Update(const BlockTransform& transform, const uint8_t* data,
-                               uint32_t length) noexcept;
+                               uint32_t length) noexcept {
+    // Most updates: whole blocks, with nothing queued before them and storage for them.
+    const bool is_whole = (length & (transform.block_size - 1)) == 0 && length != 0;
+    if (is_whole && data != nullptr && in_.Length() == 0 && in_.IsValid() &&
+        length <= in_.Maximum() && transform.run != nullptr) {
+      uint8_t* const tail = out_.Data() + out_.Length();
+      if (out_.Commit(length) != 0) {
+        transform.run(transform.schedule, data, tail, WholeBlocks(length, transform.block_size));
+        return S_OK;
+      }
+    }
+    return UpdateAnyLength(transform, data, length);
+  }
 
   // CanBypass tells whether Update with length bytes would, given memory, put just their blocks
   // into the output queue and change nothing else: both queues are empty, the bytes are whole
@@ -54,6 +68,12 @@ class CipherChannel {
   ByteBuffer& Out() noexcept { return out_; }
 
  private:
+  // Shifts: a division would take most of the time of a short update.
+  static uint32_t WholeBlocks(uint32_t length, uint32_t block_size) noexcept {
+    return length >> std::countr_zero(block_size);
+  }
+  HRESULT UpdateAnyLength(const BlockTransform& transform, const uint8_t* data,
+                          uint32_t length) noexcept;
   bool TransformUnqueued(const BlockTransform& transform, const uint8_t* data,
                          uint32_t length) noexcept;
   uint32_t ReserveBlocks(uint32_t block_size, uint32_t block_count) noexcept;

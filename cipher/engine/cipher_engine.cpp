@@ -16,7 +16,10 @@ constexpr uint32_t kMaxBlockSize = 16;
 
 CipherEngine::CipherEngine(LONG algorithm, const BlockTransform& encryption,
                            const BlockTransform& decryption) noexcept
-    : algorithm_(algorithm), encryption_(encryption), decryption_(decryption) {}
+    : algorithm_(algorithm),
+      encryption_(encryption),
+      decryption_(decryption),
+      no_key_{nullptr, nullptr, encryption.block_size} {}
 
 // Concrete engines wipe their schedule; key and queues wipe themselves.
 CipherEngine::~CipherEngine() = default;
@@ -123,12 +126,6 @@ BlockTransform CipherEngine::Unqueued(const BlockTransform& transform, const Cip
 void CipherEngine::DropKey() {
   key_.Clear();
   WipeSchedule();
-}
-
-BlockTransform CipherEngine::Keyed(const BlockTransform& transform) const {
-  BlockTransform keyed = transform;
-  if (!key_.IsPresent()) keyed.run = nullptr;
-  return keyed;
 }
 
 }  // namespace mirolta

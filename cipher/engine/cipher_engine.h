@@ -108,8 +108,10 @@ class CipherEngine {
   virtual bool BuildSchedule(const uint8_t* key, uint32_t length) = 0;
   virtual void WipeSchedule() = 0;
 
-  // Keyed returns transform, with a null run if there is no key.
-  BlockTransform Keyed(const BlockTransform& transform) const;
+  // Keyed returns transform, or the one without a run if there is no key.
+  const BlockTransform& Keyed(const BlockTransform& transform) const noexcept {
+    return key_.IsPresent() ? transform : no_key_;
+  }
   BlockTransform Unqueued(const BlockTransform& transform, const CipherChannel& channel,
                           uint32_t length) const;
 
@@ -120,6 +122,7 @@ class CipherEngine {
   const LONG algorithm_;
   const BlockTransform encryption_;
   const BlockTransform decryption_;
+  const BlockTransform no_key_;
 };
 
 }  // namespace mirolta

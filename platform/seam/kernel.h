@@ -1,6 +1,8 @@
 // Kernels: the implementations of one primitive, chosen at run time.
 #pragma once
 
+#include <atomic>
+
 #include "architecture.h"
 #include "processor.h"
 
@@ -42,10 +44,23 @@ class KernelList {
   size_t count_;
 };
 
+// What was chosen from a list, or null. Relaxed order is enough: every thread chooses the same, and what
+// a pointer to a table leads to is constant.
+template <const auto& kList>
+inline constinit std::atomic<decltype(kList[0].function)> kept_kernel = nullptr;
+
 // ChosenOnce is not inlined: callers of CurrentKernel need no registers for what runs once.
 template <const auto& kList>
 __attribute__((noinline)) auto ChosenOnce() noexcept {
-  return kList.Choose(ProcessorFeatures()).function;
+  const auto function = kList.Choose(ProcessorFeatures()).function;
+  kept_kernel<kList>.store(function, std::memory_order_relaxed);
+  return function;
+}
+
+// ChosenKernel returns what CurrentKernel has chosen, or null before its first call.
+template <const auto& kList>
+auto ChosenKernel() noexcept {
+  return kept_kernel<kList>.load(std::memory_order_relaxed);
 }
 
 // CurrentKernel returns the function of a KernelList that this processor runs. It is chosen at the
@@ -54,8 +69,8 @@ __attribute__((noinline)) auto ChosenOnce() noexcept {
 // one name, in two files, for one function.
 template <const auto& kList>
 auto CurrentKernel() noexcept {
-  static const auto chosen = ChosenOnce<kList>();
-  return chosen;
+  const auto function = ChosenKernel<kList>();
+  return function != nullptr ? function : ChosenOnce<kList>();
 }
 
 }  // namespace mirolta

@@ -157,6 +157,24 @@ TEST(ByteBuffer, TakePeekAndConsumeStartAtTheFront) {
   EXPECT_EQ(buffer.Length(), 0u);
 }
 
+TEST(ByteBuffer, TakesABlockThatIsAlone) {
+  for (const uint32_t held : {15u, 16u, 17u}) {
+    for (const uint32_t wanted : {15u, 16u, 17u}) {
+      ByteBuffer buffer;
+      const Bytes bytes = Pattern(held);
+      ASSERT_EQ(buffer.Append(bytes.data(), held), held);
+      uint8_t out[18] = {};
+      EXPECT_EQ(buffer.Take(nullptr, wanted), 0u);
+      EXPECT_EQ(Content(buffer), bytes);
+      const uint32_t taken = std::min(held, wanted);
+      EXPECT_EQ(buffer.Take(out, wanted), taken);
+      EXPECT_EQ(Bytes(out, out + taken), Bytes(bytes.begin(), bytes.begin() + taken));
+      EXPECT_EQ(out[taken], 0u);
+      EXPECT_EQ(Content(buffer), Bytes(bytes.begin() + taken, bytes.end()));
+    }
+  }
+}
+
 TEST(ByteBuffer, ClearKeepsStorageResetAndReinitDoNot) {
   ByteBuffer buffer(100000, 300);
   ASSERT_EQ(buffer.AppendFill(1, 1000), 1000u);
