@@ -60,10 +60,13 @@ if [ ! -d "$bare" ]; then
   mv "$bare.new" "$bare"
 fi
 
+# Tools that take "/c" for an option must not take the project's files for it.
+place=/check/mirolta
 rm -rf --one-file-system "$system"
 cp -a "$bare" "$system"
-git -c safe.directory='*' clone -q "file://$sources" "$system/root/mirolta"
-commit=$(git -C "$system/root/mirolta" log -1 --format='%h %s')
+mkdir "$system/check"
+git -c safe.directory='*' clone -q "file://$sources" "$system$place"
+commit=$(git -C "$system$place" log -1 --format='%h %s')
 [ -z "$(git -c safe.directory='*' status --porcelain)" ] ||
   echo "Changes that are not committed are left out."
 
@@ -76,7 +79,7 @@ run() {
     mount -t devpts -o newinstance,ptmxmode=0666 devpts "$1/dev/pts"
     mount --bind "$2" "$1/var/cache/apt/archives"
     exec env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin \
-      chroot "$1" sh -c "cd /root/mirolta && $3"' fresh "$system" "$archives" "$1" 9>&- </dev/null
+      chroot "$1" sh -c "cd $4 && $3"' fresh "$system" "$archives" "$1" "$place" 9>&- </dev/null
 }
 
 log=$folder/$release.log
@@ -103,7 +106,7 @@ else
   try "make run"
   try "make test"
   # The result of each test, and of each part that a test may skip.
-  for results in "$system"/root/mirolta/build/*/Testing/Temporary/LastTest.log; do
+  for results in "$system$place"/build/*/Testing/Temporary/LastTest.log; do
     build=${results%/Testing/*}
     sed -n -e 's/^[0-9]*\/[0-9]* Test: \(.*\)/test \1/p' \
       -e 's/^\[  SKIPPED \] \([A-Za-z].*\)/skipped \1/p' -e 's/ ([0-9]* ms)$//p' "$results" |
