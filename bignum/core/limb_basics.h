@@ -31,6 +31,13 @@ inline size_t SignificantLimbs(const Limb* x, size_t n) {
   return n;
 }
 
+// SelectLimbs: z := x where mask is all ones, y where it is 0.
+// Shapes: x[n], y[n], z[n].
+// Alias:  z may be x or y.
+inline void SelectLimbs(Limb* z, const Limb* x, const Limb* y, Limb mask, size_t n) {
+  for (size_t i = 0; i < n; ++i) z[i] = static_cast<Limb>((x[i] & mask) | (y[i] & ~mask));
+}
+
 // AddLimb: x := x + y; returns the carry.
 // Shapes: x[n].
 inline Limb AddLimb(Limb* x, size_t n, Limb y) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "limb_basics.h"
+#include "limb_kernels.h"
 #include "montgomery.h"
 #include "radix52_ifma.h"
 
@@ -63,6 +64,46 @@ inline Digit52 Radix52Inverse(const Limb* m, size_t n) {
     inverse *= Radix52Digit(m, n, 0) * inverse + 2;
   }
   return inverse & kRadix52Mask;
+}
+
+// The limbs that hold a radix-2^52 digit.
+inline constexpr size_t kRadix52DigitLimbs = (kRadix52Bits + kLimbBits - 1) / kLimbBits;
+
+// ToRadix52Modulus returns m as the products take it.
+// Shapes: digits[2 * padded], which the result refers to, m[n] odd, n >= kRadix52DigitLimbs,
+//         spare[n + kRadix52DigitLimbs].
+// Alias:  none.
+// Time:   depends on the lengths only.
+inline Radix52Modulus ToRadix52Modulus(Digit52* digits, size_t padded, const Limb* m, size_t n,
+                                       Limb* spare) {
+  const Digit52 inverse = Radix52Inverse(m, n);
+  // With factor = 2^52 - inverse the multiple is m - (m * factor - 1) / 2^52.
+  Limb factor[kRadix52DigitLimbs] = {};
+  OrRadix52Digit(factor, kRadix52DigitLimbs, 0, (0 - inverse) & kRadix52Mask);
+  CurrentLimbKernels().multiply(spare, m, n, factor, kRadix52DigitLimbs);
+  Digit52* const multiple = digits + padded;
+  Digit52 borrow = 0;
+  for (size_t i = 0; i < padded; ++i) {
+    digits[i] = Radix52Digit(m, n, i);
+    const Digit52 subtracted = Radix52Digit(spare, n + kRadix52DigitLimbs, i + 1) + borrow;
+    const Digit52 difference = digits[i] - subtracted;
+    multiple[i] = difference & kRadix52Mask;
+    borrow = difference >> 63;
+  }
+  WipeMemory(factor, sizeof factor);
+  return {digits, multiple, inverse};
+}
+
+// LeaveRadix52: z := the value of x modulo m.
+// Shapes: x[count] < 2 m, m[n], z[n], spare[n + 1].
+// Alias:  none.
+// Time:   depends on the lengths only.
+inline void LeaveRadix52(Limb* z, const Digit52* x, size_t count, const Limb* m, size_t n,
+                         Limb* spare) {
+  FromRadix52(spare, n + 1, x, count);
+  const Limb borrow = CurrentLimbKernels().subtract(z, spare, m, n);
+  const Limb keep = static_cast<Limb>(0 - static_cast<Limb>(borrow & (spare[n] ^ 1)));
+  SelectLimbs(z, spare, z, keep, n);
 }
 
 }  // namespace mirolta

@@ -33,34 +33,30 @@ bool ToRadix52Montgomery(Digit52* z, size_t count, const Limb* x, const Limb* m,
 bool Radix52Power(Limb* z, const Limb* x, const Limb* e, size_t en, const Limb* m,
                   size_t n) noexcept {
   n = SignificantLimbs(m, n);
-  const size_t count = Radix52Count(LimbBits(m, n), 2);
+  const size_t count = Radix52Count(LimbBits(m, n), kRadix52Spare);
   const size_t vectors = (count + kRadix52PerVector - 1) / kRadix52PerVector;
   const size_t padded = vectors * kRadix52PerVector;
   const uint32_t window = WindowBits(LimbBits(e, en));
   const size_t table_digits = padded << (window - 1);
-  Radix52Scratch memory(CheckedSize(table_digits) + 3 * CheckedSize(padded));
-  Digit52* const modulus = memory.Get();
-  if (modulus == nullptr) return false;
-  Digit52* const power = modulus + padded;
+  Radix52Scratch memory(CheckedSize(table_digits) + 4 * CheckedSize(padded));
+  LimbScratch limbs(CheckedSize(n) + kRadix52DigitLimbs);
+  Digit52* const digits = memory.Get();
+  if (digits == nullptr || limbs.Get() == nullptr) return false;
+  Digit52* const power = digits + 2 * padded;
   Digit52* const spare = power + padded;
   Digit52* const table = spare + padded;
 
-  ToRadix52(modulus, padded, m, n);
+  const Radix52Modulus modulus = ToRadix52Modulus(digits, padded, m, n, limbs.Get());
   for (size_t i = count; i < padded; ++i) table[i] = 0;
   if (!ToRadix52Montgomery(table, count, x, m, n)) return false;
-  // Shifted as the products take it.
-  const Digit52 inverse = Radix52Inverse(m, n) << 12;
   const Radix52Product product = Radix52ProductFor(vectors);
-  SlidingWindow(power, table, spare, e, en, padded, window,
-                [=](Digit52* r, const Digit52* a, const Digit52* b) {
-                  product(r, a, b, modulus, count, inverse);
-                });
-  // The product with 1 is at most m.
+  SlidingWindow(
+      power, table, spare, e, en, padded, window,
+      [=](Digit52* r, const Digit52* a, const Digit52* b) { product(r, a, b, modulus, count); });
   spare[0] = 1;
   for (size_t i = 1; i < padded; ++i) spare[i] = 0;
-  product(power, power, spare, modulus, count, inverse);
-  FromRadix52(z, n, power, count);
-  if (CompareLimbs(z, m, n) >= 0) CurrentLimbKernels().subtract(z, z, m, n);
+  product(power, power, spare, modulus, count);
+  LeaveRadix52(z, power, count, m, n, limbs.Get());
   return true;
 }
 

@@ -12,7 +12,7 @@ namespace mirolta {
 // Radix52Product.
 inline constexpr size_t kRadix52PowerLeastBits = 520;
 inline constexpr size_t kRadix52PowerMostBits =
-    kRadix52MostVectors * kRadix52PerVector * kRadix52Bits - 2;
+    kRadix52MostVectors * kRadix52PerVector * kRadix52Bits - kRadix52Spare;
 
 // Radix52Power: z := x^e mod m, by a sliding window over Montgomery products in radix 2^52.
 // Shapes: x[n] < m, e[en] != 0, m[n] odd, of 51 to kRadix52PowerMostBits bits, z[n].
@@ -31,7 +31,7 @@ inline constexpr size_t kRadix52PowerMostBits =
 // Time:   as for RaiseToSecrets.
 inline constexpr size_t kRadix52PairLeastBits = 260;
 inline constexpr size_t kRadix52PairMostBits =
-    kRadix52MostPairVectors * kRadix52PerVector * kRadix52Bits - 2;
+    kRadix52MostPairVectors * kRadix52PerVector * kRadix52Bits - kRadix52Spare;
 [[nodiscard]] bool Radix52SecretPower(const SecretPower* powers) noexcept;
 [[nodiscard]] bool Radix52SecretPair(const SecretPower* powers) noexcept;
 

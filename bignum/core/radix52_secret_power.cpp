@@ -29,15 +29,6 @@ void EnterRadix52(Limb* one, Limb* base, size_t count, size_t padded, const Secr
   ToRadix52(base, padded, residue, n);
 }
 
-// z := the value of the digits, below 2 m, modulo m.
-// Shapes: digits[count], spare[n].
-void LeaveRadix52(const SecretPower& power, const Limb* digits, size_t count, Limb* spare) {
-  const size_t n = power.n;
-  FromRadix52(power.z, n, digits, count);
-  const Limb borrow = CurrentLimbKernels().subtract(spare, power.z, power.m, n);
-  SelectLimbs(power.z, power.z, spare, static_cast<Limb>(0 - borrow), n);
-}
-
 template <size_t kCount, typename Product>
 bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
                     const Product& product) {
@@ -53,28 +44,25 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
   const uint32_t window = SplitWindowBits(bits.Value());
   const CheckedSize table = WindowMemoryLimbs(CheckedSize(stride), window);
   const size_t numbers = kCount + 1;  // of exponents
-  Radix52Scratch memory(table + (2 + kRadix52PairTerms / 2) * CheckedSize(stride) +
-                        SecretResidues::MemoryLimbs(limbs) + 2 * CheckedSize(limbs) +
-                        CheckedSize(numbers) * CheckedSize(longest));
+  Radix52Scratch memory(table + 3 * CheckedSize(stride) + SecretResidues::MemoryLimbs(limbs) +
+                        2 * CheckedSize(limbs) + CheckedSize(numbers) * CheckedSize(longest));
   Limb* const tables = memory.Get();
   if (tables == nullptr) return false;
-  Limb* const moduli = tables + table.Value();
-  Limb* const result = moduli + stride;
-  Limb* const terms = result + stride;
-  Limb* const exponent = terms + kRadix52PairTerms / 2 * stride;
+  Limb* const digits = tables + table.Value();
+  Limb* const result = digits + 2 * stride;
+  Limb* const exponent = result + stride;
   Limb* const quotients = exponent + longest;
   Limb* const spare = quotients + kCount * longest;
 
-  Limb inverses[kCount];
+  Radix52Modulus moduli[kCount];
   SplitExponent exponents[kCount];
   const auto multiply = [&](Limb* z, const Limb* x, const Limb* y) {
-    product(z, x, y, moduli, count, inverses, terms);
+    product(z, x, y, moduli, count);
   };
   SecretWindow<kCount, Radix52Select, decltype(multiply)> raising(tables, padded, window, multiply);
   for (size_t i = 0; i < kCount; ++i) {
     const SecretPower& power = powers[i];
-    ToRadix52(moduli + i * padded, padded, power.m, power.n);
-    inverses[i] = Radix52Inverse(power.m, power.n) << (kLimbBits - kRadix52Bits);
+    moduli[i] = ToRadix52Modulus(digits + 2 * i * padded, padded, power.m, power.n, spare);
     EnterRadix52(raising.One() + i * padded, raising.Base() + i * padded, count, padded, power,
                  spare);
     CopyLimbs(exponent, power.e, power.en);
@@ -82,14 +70,16 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
     exponents[i] = Split(quotients + i * longest, exponent, longest, power.factor);
   }
   raising.Raise(result, exponents, bits.Value() - (kLimbBits - 1));
-  // The product with 1 is at most m.
   Limb* const unit = raising.One();
   ZeroLimbs(unit, stride);
   for (size_t i = 0; i < kCount; ++i) unit[i * padded] = 1;
   multiply(result, result, unit);
-  for (size_t i = 0; i < kCount; ++i) LeaveRadix52(powers[i], result + i * padded, count, spare);
+  for (size_t i = 0; i < kCount; ++i) {
+    const SecretPower& power = powers[i];
+    LeaveRadix52(power.z, result + i * padded, count, power.m, power.n, spare);
+  }
   WipeMemory(exponents, sizeof exponents);
-  WipeMemory(inverses, sizeof inverses);
+  WipeMemory(moduli, sizeof moduli);
   return true;
 }
 
@@ -100,18 +90,18 @@ size_t VectorsOf(size_t count) {
 }  // namespace
 
 bool Radix52SecretPower(const SecretPower* powers) noexcept {
-  const size_t count = Radix52Count(LimbBits(powers->m, powers->n), 2);
+  const size_t count = Radix52Count(LimbBits(powers->m, powers->n), kRadix52Spare);
   const Radix52Product product = Radix52ProductFor(VectorsOf(count));
-  const auto one = [product](Limb* z, const Limb* x, const Limb* y, const Limb* m, size_t digits,
-                             const Limb(&inverses)[1],
-                             Limb*) { product(z, x, y, m, digits, inverses[0]); };
+  const auto one = [product](Limb* z, const Limb* x, const Limb* y,
+                             const Radix52Modulus(&moduli)[1],
+                             size_t digits) { product(z, x, y, moduli[0], digits); };
   return RaiseInRadix52<1>(powers, VectorsOf(count), count, one);
 }
 
 bool Radix52SecretPair(const SecretPower* powers) noexcept {
   const size_t first = LimbBits(powers[0].m, powers[0].n);
   const size_t second = LimbBits(powers[1].m, powers[1].n);
-  const size_t count = Radix52Count(first > second ? first : second, 2);
+  const size_t count = Radix52Count(first > second ? first : second, kRadix52Spare);
   return RaiseInRadix52<2>(powers, VectorsOf(count), count,
                            Radix52PairProductFor(VectorsOf(count)));
 }

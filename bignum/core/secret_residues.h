@@ -5,13 +5,6 @@
 
 namespace mirolta {
 
-// SelectLimbs: z := x where mask is all ones, y where it is 0.
-// Shapes: x[n], y[n], z[n].
-// Alias:  z may be x or y.
-inline void SelectLimbs(Limb* z, const Limb* x, const Limb* y, Limb mask, size_t n) {
-  for (size_t i = 0; i < n; ++i) z[i] = static_cast<Limb>((x[i] & mask) | (y[i] & ~mask));
-}
-
 // SecretResidues computes modulo m, with products by the schoolbook method: the faster methods branch
 // on the sign of differences. x is represented by x * B^n mod m.
 // Time:   of all operations, depends on lengths only, the bit length of m among them.

@@ -13,7 +13,7 @@ namespace mirolta {
 
 namespace {
 
-  #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512vl,avx512ifma,bmi2")))
+  #define MIROLTA_IFMA __attribute__((target("avx512f,avx512dq,avx512vl,avx512ifma")))
   #define MIROLTA_IFMA_STEP MIROLTA_IFMA __attribute__((always_inline))
 
 // Carry propagation on bit masks, 64 radix-2^52 digits a word: a digit in `over` generates a carry,
@@ -54,182 +54,102 @@ MIROLTA_IFMA inline void StoreRadix52(Digit52* z, __m512i (&t)[kVectors]) {
   }
 }
 
-// The sums of the three lowest digits of a product, outside the vectors: see Product.
-  #if MIROLTA_KERNELS_FOR(X86_64)
-
-// In scalar registers, whose latency is shorter.
-class LowDigits {
- public:
-  LowDigits(const Digit52* m, Digit52 inverse)
-      : m0_(m[0]), m1_(m[1]), m2_(m[2]), inverse_(inverse) {}
-
-  // Adds the step's terms and returns the multiple of m, in all lanes.
-  MIROLTA_IFMA_STEP __m512i Step(const Digit52* term0, const Digit52* term1, const Digit52* term2) {
-    // The factor of m is shifted left by 12, so that its 104-bit products split at bit 64.
-    low_ += *term0;
-    const Digit52 factor = low_ * inverse_;
-    unsigned long long high0, high1;
-    _mulx_u64(factor, m0_, &high0);
-    const Digit52 low1 = _mulx_u64(factor, m1_, &high1) >> 12;
-    // The multiple of m clears the lowest 52 bits, with a carry unless they were zero.
-    low_ = (low_ + kRadix52Mask) >> kRadix52Bits;
-    low_ += (next_ + *term1) + low1 + high0;
-    next_ = (waiting_ + *term2) + ((factor * m2_) >> 12) + high1;
-    return _mm512_set1_epi64(static_cast<long long>(factor >> 12));
-  }
-
-  // Takes over the digit that the next step makes the third.
-  MIROLTA_IFMA_STEP void Take(__m512i t) {
-    waiting_ = static_cast<Digit52>(
-        _mm_cvtsi128_si64(_mm256_extracti128_si256(_mm512_castsi512_si256(t), 1)));
-  }
-
-  MIROLTA_IFMA_STEP __m512i PutBack(__m512i t) const {
-    t = _mm512_mask_set1_epi64(t, 1, static_cast<long long>(low_));
-    return _mm512_mask_set1_epi64(t, 2, static_cast<long long>(next_));
-  }
-
- private:
-  const Digit52 m0_, m1_, m2_, inverse_;
-  Digit52 low_ = 0;
-  Digit52 next_ = 0;
-  Digit52 waiting_ = 0;
-};
-
-  #else
-
-// In the lowest lanes of vectors: scalar registers have 32 bits.
-class LowDigits {
- public:
-  MIROLTA_IFMA_STEP LowDigits(const Digit52* m, Digit52 inverse)
-      : m0_(Load(m)), m1_(Load(m + 1)), m2_(Load(m + 2)) {
-    const Digit52 unshifted = inverse >> 12;
-    inverse_ = Load(&unshifted);
-    low_ = next_ = waiting_ = _mm_setzero_si128();
-  }
-
-  MIROLTA_IFMA_STEP __m512i Step(const Digit52* term0, const Digit52* term1, const Digit52* term2) {
-    const __m128i zero = _mm_setzero_si128();
-    low_ = _mm_add_epi64(low_, Load(term0));
-    const __m128i factor = _mm_madd52lo_epu64(zero, low_, inverse_);
-    const __m128i carry = _mm_srli_epi64(_mm_madd52lo_epu64(low_, m0_, factor), kRadix52Bits);
-    const __m128i low1 = _mm_madd52lo_epu64(zero, m1_, factor);
-    next_ = _mm_madd52hi_epu64(_mm_add_epi64(next_, Load(term1)), m0_, factor);
-    low_ = _mm_add_epi64(_mm_add_epi64(low1, carry), next_);
-    next_ = _mm_madd52lo_epu64(_mm_add_epi64(waiting_, Load(term2)), m2_, factor);
-    next_ = _mm_madd52hi_epu64(next_, m1_, factor);
-    return _mm512_maskz_broadcastq_epi64(0xFF, factor);
-  }
-
-  MIROLTA_IFMA_STEP void Take(__m512i t) {
-    waiting_ = _mm256_extracti128_si256(_mm512_castsi512_si256(t), 1);
-  }
-
-  MIROLTA_IFMA_STEP __m512i PutBack(__m512i t) const {
-    return _mm512_mask_broadcastq_epi64(_mm512_mask_broadcastq_epi64(t, 1, low_), 2, next_);
-  }
-
- private:
-  MIROLTA_IFMA_STEP static __m128i Load(const Digit52* digit) {
-    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(digit));
-  }
-
-  __m128i m0_, m1_, m2_, inverse_;
-  __m128i low_, next_, waiting_;
-};
-
-  #endif
-
-// Chain is one product. Each step adds x times one digit of y and the multiple of m that makes the
-// lowest digit zero, and drops that digit. Each multiple depends on the one before, and the latency of
-// the sums is long, so the three lowest digits are computed apart: two sums, and for the third its sum
-// in the vectors before the step, plus the step's terms.
+// Chain is one product. It computes modulo multiple * 2^52 - 1, which m divides: that is -1 modulo 2^52, so
+// that the low 52 bits of the lowest digit are the quotient digit, and adding its multiple of the modulus
+// leaves the digits above plus quotient * multiple. The last step takes its quotient digit modulo m
+// itself, so that the product is no longer than m.
 // A digit gets four terms below 2^52 a step, in at most 8 * kVectors steps: below 2^61.
 template <size_t kVectors>
 struct Chain {
-  __m512i t[kVectors];
-  LowDigits lowest;
+  __m512i t[kVectors];  // with the low halves of x * y[i] before step i
+  __m512i quotient;     // of the step before, whose high halves are still to be added
 
-  // The terms of x in the three lowest digits, for each step, are in kTerms digits.
-  static constexpr size_t kDigits = kVectors * kRadix52PerVector;
-  static constexpr size_t kTerms = kRadix52PairTerms / 2 * kDigits;
+  MIROLTA_IFMA_STEP static __m512i Load(const Digit52* x, size_t j) {
+    return _mm512_loadu_si512(x + j * kRadix52PerVector);
+  }
+  MIROLTA_IFMA_STEP static __m512i Broadcast(Digit52 digit) {
+    return _mm512_set1_epi64(static_cast<long long>(digit));
+  }
 
-  MIROLTA_IFMA_STEP Chain(Digit52* terms, const Digit52* x, const Digit52* y, const Digit52* m,
-                          Digit52 inverse)
-      : lowest(m, inverse) {
-    for (size_t j = 0; j < kVectors; ++j) t[j] = _mm512_setzero_si512();
-    const __m512i x0 = _mm512_set1_epi64(static_cast<long long>(x[0]));
-    const __m512i x1 = _mm512_set1_epi64(static_cast<long long>(x[1]));
-    const __m512i x2 = _mm512_set1_epi64(static_cast<long long>(x[2]));
+  MIROLTA_IFMA_STEP Chain(const Digit52* x, const Digit52* y) : quotient(_mm512_setzero_si512()) {
+    const __m512i by = Broadcast(y[0]);
     for (size_t j = 0; j < kVectors; ++j) {
-      const __m512i yj = _mm512_loadu_si512(y + j * kRadix52PerVector);
-      const __m512i zero = _mm512_setzero_si512();
-      const __m512i high0 = _mm512_madd52hi_epu64(zero, yj, x0);
-      const __m512i high1 = _mm512_madd52hi_epu64(zero, yj, x1);
-      _mm512_store_si512(terms + j * kRadix52PerVector, _mm512_madd52lo_epu64(zero, yj, x0));
-      _mm512_store_si512(terms + kDigits + j * kRadix52PerVector,
-                         _mm512_madd52lo_epu64(high0, yj, x1));
-      _mm512_store_si512(terms + 2 * kDigits + j * kRadix52PerVector,
-                         _mm512_madd52lo_epu64(high1, yj, x2));
+      t[j] = _mm512_madd52lo_epu64(_mm512_setzero_si512(), Load(x, j), by);
     }
   }
 
-  MIROLTA_IFMA_STEP void Step(const Digit52* terms, const Digit52* x, const Digit52* y,
-                              const Digit52* m, size_t i) {
-    const __m512i by_m = lowest.Step(terms + i, terms + kDigits + i, terms + 2 * kDigits + i);
-    const __m512i by_x = _mm512_set1_epi64(static_cast<long long>(y[i]));
-    // Separate sums shorten the dependency chain of t to two additions and a shift.
+  // The bits of the lowest digit from 52 on, which its shift adds to the next one.
+  MIROLTA_IFMA_STEP __m512i Carry() const { return _mm512_maskz_srli_epi64(1, t[0], kRadix52Bits); }
+  // Digits of t above the lowest, in vector j.
+  MIROLTA_IFMA_STEP __m512i Above(size_t j) const {
+    const __m512i above = j + 1 < kVectors ? t[j + 1] : _mm512_setzero_si512();
+    return _mm512_alignr_epi64(above, t[j], 1);
+  }
+
+  // Of the terms one product depends on the step before, beside the shift; the others wait for nothing.
+  MIROLTA_IFMA_STEP void Step(const Digit52* x, const Digit52* y, const Digit52* multiple,
+                              size_t i) {
+    const __m512i by = Broadcast(y[i]);
+    const __m512i by_next = Broadcast(y[i + 1]);
+    // Products take the low 52 bits.
+    const __m512i next = _mm512_broadcastq_epi64(_mm512_castsi512_si128(t[0]));
+    __m512i carry = Carry();
+    for (size_t j = 0; j < kVectors; ++j) {
+      const __m512i xj = Load(x, j);
+      const __m512i mj = Load(multiple, j);
+      __m512i terms = _mm512_madd52hi_epu64(_mm512_setzero_si512(), xj, by);
+      terms = _mm512_madd52lo_epu64(terms, xj, by_next);
+      terms = _mm512_madd52hi_epu64(terms, mj, quotient);
+      if (j == 0) terms = _mm512_add_epi64(terms, carry);
+      terms = _mm512_madd52lo_epu64(terms, mj, next);
+      t[j] = _mm512_add_epi64(Above(j), terms);
+    }
+    quotient = next;
+  }
+
+  MIROLTA_IFMA_STEP void Last(Digit52* z, const Digit52* x, const Digit52* y,
+                              const Radix52Modulus& modulus, size_t i) {
+    const __m512i by = Broadcast(y[i]);
+    const __m512i product =
+        _mm512_madd52lo_epu64(_mm512_setzero_si512(), t[0], Broadcast(modulus.inverse));
+    const __m512i last = _mm512_broadcastq_epi64(_mm512_castsi512_si128(product));
     __m512i high[kVectors];
     for (size_t j = 0; j < kVectors; ++j) {
-      const __m512i xj = _mm512_loadu_si512(x + j * kRadix52PerVector);
-      const __m512i mj = _mm512_loadu_si512(m + j * kRadix52PerVector);
-      const __m512i zero = _mm512_setzero_si512();
-      const __m512i sum = _mm512_madd52lo_epu64(_mm512_madd52lo_epu64(zero, xj, by_x), mj, by_m);
-      high[j] = _mm512_madd52hi_epu64(_mm512_madd52hi_epu64(zero, xj, by_x), mj, by_m);
-      t[j] = _mm512_add_epi64(t[j], sum);
+      const __m512i mj = Load(modulus.m, j);
+      high[j] = _mm512_madd52hi_epu64(_mm512_setzero_si512(), Load(x, j), by);
+      high[j] = _mm512_madd52hi_epu64(high[j], Load(modulus.multiple, j), quotient);
+      high[j] = _mm512_madd52hi_epu64(high[j], mj, last);
+      t[j] = _mm512_madd52lo_epu64(t[j], mj, last);
     }
-    for (size_t j = 0; j < kVectors; ++j) {
-      const __m512i above = j + 1 < kVectors ? t[j + 1] : _mm512_setzero_si512();
-      t[j] = _mm512_add_epi64(_mm512_alignr_epi64(above, t[j], 1), high[j]);
-    }
-    lowest.Take(t[0]);
-  }
-
-  MIROLTA_IFMA_STEP void Store(Digit52* z) {
-    t[0] = lowest.PutBack(t[0]);
+    high[0] = _mm512_add_epi64(high[0], Carry());
+    for (size_t j = 0; j < kVectors; ++j) t[j] = _mm512_add_epi64(Above(j), high[j]);
     StoreRadix52(z, t);
   }
 };
 
 template <size_t kVectors>
-MIROLTA_IFMA void Product(Digit52* z, const Digit52* x, const Digit52* y, const Digit52* m,
-                          size_t count, Digit52 inverse) {
-  alignas(64) Digit52 terms[Chain<kVectors>::kTerms];
-  Chain<kVectors> chain(terms, x, y, m, inverse);
-  for (size_t i = 0; i < count; ++i) chain.Step(terms, x, y, m, i);
-  chain.Store(z);
-  for (size_t j = 0; j < Chain<kVectors>::kTerms; j += kRadix52PerVector) {
-    _mm512_store_si512(terms + j, _mm512_setzero_si512());
-  }
-  // The empty asm claims to read the secrets' memory, so that the zeros are stored.
-  __asm__ __volatile__("" : : "r"(terms) : "memory");
+MIROLTA_IFMA void Product(Digit52* z, const Digit52* x, const Digit52* y,
+                          const Radix52Modulus& modulus, size_t count) {
+  Chain<kVectors> chain(x, y);
+  for (size_t i = 0; i + 1 < count; ++i) chain.Step(x, y, modulus.multiple, i);
+  chain.Last(z, x, y, modulus, count - 1);
 }
 
 // The steps of the two products depend on each other within a product only, so that the processor
 // overlaps them.
 template <size_t kVectors>
-MIROLTA_IFMA void PairProduct(Digit52* z, const Digit52* x, const Digit52* y, const Digit52* m,
-                              size_t count, const Digit52 (&inverses)[2], Digit52* terms) {
+MIROLTA_IFMA void PairProduct(Digit52* z, const Digit52* x, const Digit52* y,
+                              const Radix52Modulus (&moduli)[2], size_t count) {
   constexpr size_t kNext = kVectors * kRadix52PerVector;
-  Digit52* const more_terms = terms + Chain<kVectors>::kTerms;
-  Chain<kVectors> first(terms, x, y, m, inverses[0]);
-  Chain<kVectors> second(more_terms, x + kNext, y + kNext, m + kNext, inverses[1]);
-  for (size_t i = 0; i < count; ++i) {
-    first.Step(terms, x, y, m, i);
-    second.Step(more_terms, x + kNext, y + kNext, m + kNext, i);
+  Chain<kVectors> first(x, y);
+  Chain<kVectors> second(x + kNext, y + kNext);
+  for (size_t i = 0; i + 1 < count; ++i) {
+    first.Step(x, y, moduli[0].multiple, i);
+    second.Step(x + kNext, y + kNext, moduli[1].multiple, i);
   }
-  first.Store(z);
-  second.Store(z + kNext);
+  // z may be x or y, of which each reads its own half.
+  first.Last(z, x, y, moduli[0], count - 1);
+  second.Last(z + kNext, x + kNext, y + kNext, moduli[1], count - 1);
 }
 
 constexpr Radix52PairProduct kPairProducts[kRadix52MostPairVectors] = {

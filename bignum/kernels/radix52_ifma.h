@@ -14,31 +14,39 @@ inline constexpr uint32_t kRadix52Bits = 52;
 inline constexpr Digit52 kRadix52Mask = (Digit52{1} << kRadix52Bits) - 1;
 inline constexpr size_t kRadix52PerVector = 8;
 
-// The processor features of these products, which use mulx too in 64-bit mode.
+// The processor features of these products.
 inline constexpr uint32_t kRadix52Features = kFeatureBmi2Adx | kFeatureAvx512 | kFeatureAvx512Ifma;
 
-// Radix52Product: z := x * y / 2^(52 count) mod m, below 2 m (almost Montgomery multiplication).
-// Shapes: x, y, z, m are whole vectors of eight radix-2^52 digits, zero above count; x < 2 m,
-//         y < 2 m, m odd, 4 m <= 2^(52 count), count >= 2; inverse is 2^12 * (-1 / m mod 2^52).
+// Radix52Modulus: an odd modulus as the products take it. It owns nothing.
+// Source: Orup, Simplifying quotient determination in high-radix modular multiplication, 1995, for the
+//         multiple.
+struct Radix52Modulus {
+  const Digit52* m;
+  const Digit52* multiple;  // (m * inverse + 1) / 2^52, at most m
+  Digit52 inverse;          // -1 / m mod 2^52
+};
+
+// Radix52Product: z := x * y / 2^(52 count) mod m, below 3 m (almost Montgomery multiplication); below
+// 2 m for y = 1.
+// Shapes: x, y, z, m are whole vectors of eight radix-2^52 digits, zero above count; x < 3 m,
+//         y < 3 m, 2^kRadix52Spare m <= 2^(52 count), count >= 1.
 // Alias:  z, x and y may be the same.
 // Time:   depends on count only.
 // Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
 //         2016.
-using Radix52Product = void (*)(Digit52* z, const Digit52* x, const Digit52* y, const Digit52* m,
-                                size_t count, Digit52 inverse);
+using Radix52Product = void (*)(Digit52* z, const Digit52* x, const Digit52* y,
+                                const Radix52Modulus& modulus, size_t count);
+inline constexpr size_t kRadix52Spare = 4;
 
 // Radix52ProductFor returns the product of numbers of that many vectors, 1 to kRadix52MostVectors.
 inline constexpr size_t kRadix52MostVectors = 10;
 Radix52Product Radix52ProductFor(size_t vectors) noexcept;
 
-// Radix52PairProduct: two products by Radix52Product's rules, interleaved, each with its own modulus
-// and inverse. The second's operands follow the first's.
-// Shapes: x, y, z, m are 2 * vectors whole vectors, terms is 6 * vectors vectors, aligned to
-//         64 bytes; the caller wipes it.
-inline constexpr size_t kRadix52PairTerms = 6;
+// Radix52PairProduct: two products by Radix52Product's rules, interleaved, each with its own modulus.
+// The second's operands follow the first's.
+// Shapes: x, y, z are 2 * vectors whole vectors.
 using Radix52PairProduct = void (*)(Digit52* z, const Digit52* x, const Digit52* y,
-                                    const Digit52* m, size_t count, const Digit52 (&inverses)[2],
-                                    Digit52* terms);
+                                    const Radix52Modulus (&moduli)[2], size_t count);
 
 // Radix52PairProductFor returns that of numbers of 1 to kRadix52MostPairVectors vectors.
 inline constexpr size_t kRadix52MostPairVectors = 5;

@@ -106,52 +106,146 @@ TEST_F(Radix52Test, SplitAndJoinedNumbersAreTheSame) {
   }
 }
 
+// A modulus with the digits that the products read.
+struct DigitModulus {
+  Digits digits;
+  Limbs limbs, spare;
+  Radix52Modulus modulus;
+
+  DigitModulus(const Mpz& m, size_t padded)
+      : digits(2 * padded, 5),
+        limbs(Export(m, padded * kLowLimbs)),
+        spare(limbs.size() + kRadix52DigitLimbs),
+        modulus(ToRadix52Modulus(digits.data(), padded, limbs.data(), limbs.size(), spare.data())) {
+  }
+};
+
+Digits ExportDigits(const Mpz& x, size_t padded) {
+  Digits digits(padded);
+  const Limbs limbs = Export(x, padded * kLowLimbs);
+  ToRadix52(digits.data(), padded, limbs.data(), limbs.size());
+  return digits;
+}
+
+void ImportDigits(Mpz& x, const Digits& digits) {
+  Limbs limbs(digits.size() * kLowLimbs);
+  FromRadix52(limbs.data(), limbs.size(), digits.data(), digits.size());
+  Import(x, limbs);
+}
+
+TEST_F(Radix52Test, ModuliHaveTheirMultiple) {
+  for (uint32_t bits = 40; bits < 700; bits += 1 + Below(9)) {
+    Mpz m, product, base;
+    RandomModulus(m, bits, static_cast<int>(bits));
+    const size_t padded = (bits / kRadix52Bits / kRadix52PerVector + 1) * kRadix52PerVector;
+    const DigitModulus of(m, padded);
+    EXPECT_EQ(Digits(of.digits.begin(), of.digits.begin() + static_cast<std::ptrdiff_t>(padded)),
+              ExportDigits(m, padded));
+    // multiple * 2^52 = m * inverse + 1.
+    Mpz multiple, inverse, sum;
+    ImportDigits(multiple, Digits(of.modulus.multiple, of.modulus.multiple + padded));
+    AppendDigit(inverse, of.modulus.inverse);
+    mpz_mul(product, m, inverse);
+    mpz_add_ui(product, product, 1);
+    mpz_setbit(base, kRadix52Bits);
+    mpz_mul(sum, multiple, base);
+    ASSERT_EQ(mpz_cmp(sum, product), 0) << bits;
+  }
+}
+
+// Numbers from m on are reduced, also those that are longer than m by a limb.
+TEST_F(Radix52Test, NumbersBelowTwiceTheModulusAreReduced) {
+  for (int i = 0; i < Cases(200); ++i) {
+    const uint32_t bits = i % 2 == 0 ? 512 : 500 + Below(100);
+    const size_t n = (bits + kLimbBits - 1) / kLimbBits;
+    const size_t count = Radix52Count(bits, kRadix52Spare);
+    Mpz m, x, twice, wanted;
+    RandomModulus(m, bits, i);
+    const Mpz random(RandomBigOf(bits + 1));
+    mpz_mul_2exp(twice, m, 1);
+    mpz_mod(x, random, twice);
+    if (i % 5 == 0) mpz_set(x, m);
+    if (i % 5 == 1) mpz_sub_ui(x, twice, 1);
+    if (i % 5 == 2) mpz_sub_ui(x, m, 1);
+    Limbs z(n, 7), spare(n + 1, 7);
+    LeaveRadix52(z.data(), ExportDigits(x, count).data(), count, Export(m, n).data(), n,
+                 spare.data());
+    mpz_mod(wanted, x, m);
+    ASSERT_EQ(z, Export(wanted, n)) << bits;
+  }
+}
+
 TEST_F(Radix52Test, ProductsAgreeWithThePeer) {
   for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
     const size_t padded = vectors * kRadix52PerVector;
     for (int i = 0; i < Cases(300); ++i) {
-      const size_t count = vectors == 1 ? 2 + Below(7) : padded - Below(8);
-      const uint32_t most = static_cast<uint32_t>(count * kRadix52Bits - 2);
+      const size_t count = vectors == 1 ? 1 + Below(8) : padded - Below(8);
+      const uint32_t most = static_cast<uint32_t>(count * kRadix52Bits - kRadix52Spare);
       Mpz m, x, y, base, inverse, product, got;
-      RandomModulus(m, i % 2 == 0 ? most : most - Below(60), i);
-      // Operands up to twice the modulus, and next to it.
-      Mpz twice;
-      mpz_mul_2exp(twice, m, 1);
-      const Mpz a(RandomBigOf(most + 1)), b(RandomBigOf(most + 1));
-      mpz_mod(x, a, twice);
-      mpz_mod(y, b, twice);
-      if (i % 3 == 0) mpz_sub_ui(x, twice, 1);
-      if (i % 6 == 0) mpz_sub_ui(y, twice, 1 + Below(2));
+      RandomModulus(m, i % 2 == 0 ? most : most - Below(most < 60 ? 40 : 60), i);
+      // Operands up to three times the modulus, and next to it; one last.
+      Mpz bound;
+      mpz_mul_ui(bound, m, 3);
+      const Mpz a(RandomBigOf(most + 2)), b(RandomBigOf(most + 2));
+      mpz_mod(x, a, bound);
+      mpz_mod(y, b, bound);
+      if (i % 3 == 0) mpz_sub_ui(x, bound, 1);
+      if (i % 6 == 0) mpz_sub_ui(y, bound, 1 + Below(2));
       if (i % 7 == 0) mpz_set(y, x);
+      if (i % 4 == 0) mpz_set_ui(y, 1);
       mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kRadix52Bits));
       mpz_invert(inverse, base, m);
       mpz_mul(product, x, y);
       mpz_mul(product, product, inverse);
       mpz_mod(product, product, m);
-      Mpz low, digit_base;
-      mpz_setbit(digit_base, kRadix52Bits);
-      mpz_invert(low, m, digit_base);
-      mpz_sub(low, digit_base, low);
-      Digit52 negated = 0;
-      ToRadix52(&negated, 1, Export(low, kLowLimbs).data(), kLowLimbs);
-      negated <<= 12;
 
-      const size_t limbs = padded * kLowLimbs;
-      Digits xd(padded), yd(padded), md(padded), zd(padded, ~Digit52{0});
-      Limbs joined(limbs);
-      ToRadix52(xd.data(), padded, Export(x, limbs).data(), limbs);
-      ToRadix52(yd.data(), padded, Export(y, limbs).data(), limbs);
-      ToRadix52(md.data(), padded, Export(m, limbs).data(), limbs);
+      const DigitModulus of(m, padded);
+      Digits xd = ExportDigits(x, padded), zd(padded, ~Digit52{0});
+      const Digits yd = ExportDigits(y, padded);
       const Radix52Product multiply = Radix52ProductFor(vectors);
-      multiply(zd.data(), xd.data(), yd.data(), md.data(), count, negated);
+      multiply(zd.data(), xd.data(), yd.data(), of.modulus, count);
       for (size_t j = 0; j < padded; ++j) ASSERT_LE(zd[j], j < count ? kRadix52Mask : 0) << j;
-      FromRadix52(joined.data(), limbs, zd.data(), padded);
-      Import(got, joined);
-      ASSERT_LT(mpz_cmp(got, twice), 0);
+      ImportDigits(got, zd);
+      if (i % 4 == 0) mpz_mul_2exp(bound, m, 1);
+      ASSERT_LT(mpz_cmp(got, bound), 0);
       mpz_mod(got, got, m);
       ASSERT_EQ(mpz_cmp(got, product), 0) << vectors << " " << count;
-      multiply(xd.data(), xd.data(), yd.data(), md.data(), count, negated);
+      multiply(xd.data(), xd.data(), yd.data(), of.modulus, count);
       ASSERT_EQ(xd, zd);
+    }
+  }
+}
+
+// Each product of a pair is the one of its own operands.
+TEST_F(Radix52Test, PairsAreTwoProducts) {
+  for (size_t vectors = 1; vectors <= kRadix52MostPairVectors; ++vectors) {
+    const size_t padded = vectors * kRadix52PerVector;
+    for (int i = 0; i < Cases(50); ++i) {
+      const size_t count = vectors == 1 ? 1 + Below(8) : padded - Below(8);
+      const uint32_t most = static_cast<uint32_t>(count * kRadix52Bits - kRadix52Spare);
+      Digits x, y, wanted(2 * padded);
+      Mpz m[2];
+      for (int k = 0; k < 2; ++k) {
+        RandomModulus(m[k], most - Below(40), i + k);
+        for (Digits* digits : {&x, &y}) {
+          Mpz reduced;
+          const Mpz random(RandomBigOf(most));
+          mpz_mod(reduced, random, m[k]);
+          const Digits one = ExportDigits(reduced, padded);
+          digits->insert(digits->end(), one.begin(), one.end());
+        }
+      }
+      const DigitModulus first(m[0], padded), second(m[1], padded);
+      const Radix52Modulus moduli[2] = {first.modulus, second.modulus};
+      for (size_t k = 0; k < 2; ++k) {
+        Radix52ProductFor(vectors)(wanted.data() + k * padded, x.data() + k * padded,
+                                   y.data() + k * padded, moduli[k], count);
+      }
+      Digits z(2 * padded, ~Digit52{0});
+      Radix52PairProductFor(vectors)(z.data(), x.data(), y.data(), moduli, count);
+      ASSERT_EQ(z, wanted) << vectors << " " << count;
+      Radix52PairProductFor(vectors)(y.data(), x.data(), y.data(), moduli, count);
+      ASSERT_EQ(y, wanted) << vectors << " " << count;
     }
   }
 }
@@ -161,26 +255,22 @@ TEST_F(Radix52Test, ProductsAgreeWithThePeer) {
 TEST_F(Radix52Test, CarriesPassThroughDigitsOfOnes) {
   for (size_t vectors = 1; vectors <= kRadix52MostVectors; ++vectors) {
     const size_t count = vectors * kRadix52PerVector;
-    Mpz m, base, x, got, twice;
-    mpz_setbit(m, static_cast<mp_bitcnt_t>(count * kRadix52Bits - 2));
+    Mpz m, base, got;
+    mpz_setbit(m, static_cast<mp_bitcnt_t>(count * kRadix52Bits - kRadix52Spare));
     mpz_sub_ui(m, m, 1);
     mpz_setbit(base, static_cast<mp_bitcnt_t>(count * kRadix52Bits));
-    for (size_t bit = 1; bit + 3 < count * kRadix52Bits; bit += 17) {
-      Mpz value;
+    const DigitModulus of(m, count);
+    Digits one(count);
+    one[0] = 1;
+    for (size_t bit = 1; bit + 5 < count * kRadix52Bits; bit += 17) {
+      Mpz value, x;
       mpz_setbit(value, static_cast<mp_bitcnt_t>(bit));
       mpz_mul(x, value, base);
       mpz_mod(x, x, m);
-      const size_t limbs = count * kLowLimbs;
-      Digits xd(count), one(count), md(count), zd(count);
-      Limbs joined(limbs);
-      one[0] = 1;
-      ToRadix52(xd.data(), count, Export(x, limbs).data(), limbs);
-      ToRadix52(md.data(), count, Export(m, limbs).data(), limbs);
-      // m = -1 mod 2^52, so that -1 / m is 1.
-      Radix52ProductFor(vectors)(zd.data(), xd.data(), one.data(), md.data(), count,
-                                 Digit52{1} << 12);
-      FromRadix52(joined.data(), limbs, zd.data(), count);
-      Import(got, joined);
+      Digits zd(count);
+      Radix52ProductFor(vectors)(zd.data(), ExportDigits(x, count).data(), one.data(), of.modulus,
+                                 count);
+      ImportDigits(got, zd);
       mpz_mod(got, got, m);
       ASSERT_EQ(mpz_cmp(got, value), 0) << vectors << " " << bit;
     }

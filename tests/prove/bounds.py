@@ -147,11 +147,19 @@ def radix52_problems(constants):
         "52: the carry out of a word of digits", "QF_BV", "(_ BitVec 64)", "over full in c", facts,
         f"(= (bvor (bvlshr over {number(63)}) (ite (bvult (bvadd {got} full) {got}) {one} {number(0)}))"
         f" (bvlshr (bvor over (bvand full c)) {number(63)}))", (facts[2], "true"))
-    small = "(<= (* 4 m) r)"
+    # The quotient digits but the last, u, count for u times the inverse m is multiplied by, below 2^52; the last one
+    # counts once: together for less than 2 r.
+    small = f"(<= (* {2 ** constants['radix52_spare']} m) r)"
+    facts = ["(> m 0)", small, "(<= 0 x)", "(< x (* 3 m))", "(<= 0 y)", "(< y (* 3 m))", "(<= 0 u)", "(< u (* 2 r))"]
     yield Problem(
-        "52: almost Montgomery products of numbers below 2 m are below 2 m", "QF_NRA", "Real", "x y m r u",
-        ["(> m 0)", small, "(<= 0 x)", "(< x (* 2 m))", "(<= 0 y)", "(< y (* 2 m))", "(<= 0 u)", "(< u r)"],
-        "(< (+ (* x y) (* u m)) (* 2 m r))", (small, "(<= (* 3 m) r)"))
+        "52: almost Montgomery products of numbers below 3 m are below 3 m", "QF_NRA", "Real", "x y m r u", facts,
+        "(< (+ (* x y) (* u m)) (* 3 m r))", (small, "(<= (* 8 m) r)"))
+    last = f"(<= l {mask})"
+    yield Problem(
+        "52: almost Montgomery products of numbers below 3 m with one are below 2 m", "QF_NRA", "Real", "x v k l",
+        # x and the result in units of m, r = 2^52 v.
+        ["(<= 0 x)", "(< x 3)", "(>= v 1)", "(<= 0 k)", f"(<= k {mask})", "(<= 0 l)", last],
+        f"(< (+ x (* k (- v 1)) (* l v)) (* {2 * 2 ** bits} v))", (last, f"(<= l {2 * mask})"))
 
 
 def decimal_problems(constants):

@@ -20,5 +20,6 @@ int main() {
   print("radix52_mask", kRadix52Mask);
   print("radix52_per_vector", kRadix52PerVector);
   print("radix52_most_vectors", kRadix52MostVectors);
+  print("radix52_spare", kRadix52Spare);
 #endif
 }
