@@ -6,13 +6,14 @@ JOBS ?= $(shell nproc)
 SCRIPT ?= examples/tour.js
 ARGS ?=
 FUZZ_SECONDS ?= 60
+LOAD_CALLS ?= 100000000
 MUTANTS ?= 300
 SEED ?= 1
 
 .PHONY: help run check test build windows windows-tests windows-arm64 definitions \
   handheld handheld-definitions handheld-packages handheld-test \
   docs package package-arm package-test bench bench-avx2 arm-bench arm-bench-packages \
-  count size constant-time prove fuzz coverage mutate flags arm arm-check lint lint-sources fresh clean
+  count size constant-time prove fuzz load coverage mutate flags arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -41,6 +42,7 @@ make count                        instructions of the portable kernels          
 make size                         bytes of the module, its stack and heap on 32-bit ARM   15 min   3 min
 make constant-time                branches and addresses that depend on secrets          2 min  20 s
 make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       17 min  13 min
+make load [LOAD_CALLS=100000000]  that many calls from 8 threads in constant memory       3 min   1 min
 make coverage [FILES=1]           lines and branches of the module that the tests run    15 min   8 min
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
                                   the tests on small changes of the sources               hours
@@ -71,6 +73,7 @@ lists-docs = packages-docs.txt
 lists-size = packages-size.txt packages-handheld.txt
 lists-constant-time = packages-test.txt
 lists-fuzz = packages-fuzz.txt
+lists-load = packages-test.txt
 lists-coverage = packages-test.txt
 lists-mutate = packages-test.txt packages-mutate.txt packages-windows.txt
 lists-flags = packages-test.txt packages-flags.txt
@@ -228,6 +231,12 @@ build/fuzz/build.ninja: | setup-fuzz
 fuzz: build/fuzz/build.ninja
 	$(call build,fuzz,fuzz)
 	@scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
+
+# Its short form is a test.
+load: setup-load build/native/build.ninja
+	$(call build,native,member_load)
+	@build/native/tests/member_load $(LOAD_CALLS)
+	@build/native/tests/member_load 1000000 leak
 
 # The counts are those of one run of all tests; earlier ones are removed first.
 coverage: setup-coverage build-coverage
