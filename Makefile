@@ -47,7 +47,7 @@ make coverage [FILES=1]           lines and branches of the module that the test
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
                                   the tests on small changes of the sources               hours
 make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor    50 min  20 min
-make prove                        loops, queue, rewriter on all short inputs; bounds     20 min   15 min
+make prove                        loops, queues, readers on all short inputs; bounds      20 min   15 min
 make arm-check                    engines and objects by an emulated ARMv5TE              20 min   3 min
 make arm                          all tests by emulated ARMv5TE, ARMv7, 64-bit ARM       hours   1 hour
 make fresh                        run and test on a new Debian 13 and a new Debian 12    80 min  80 min
@@ -271,7 +271,7 @@ arm: setup-arm build build-arm build-armhf build-arm64
 # Bounded proofs, whole; the tests have their short form.
 prove: setup-prove build/native/build.ninja
 	$(call build,native,prove)
-	@for program in limb_loops byte_queue call_rewriter; do build/native/tests/$$program --full || exit 1; done
+	@for program in limb_loops byte_queue call_rewriter array_borrowing registry_reader; do build/native/tests/$$program --full || exit 1; done
 	@python3 tests/prove/bounds.py build/native/tests/constants build/native/tests/constants_portable
 
 # The ordinary build is the first compiler's part. Clean results are cached in build/lint by content.
