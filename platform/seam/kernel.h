@@ -48,8 +48,8 @@ __attribute__((noinline)) auto ChosenOnce() noexcept {
   return kList.Choose(ProcessorFeatures()).function;
 }
 
-// CurrentKernel returns the function of a KernelList that this processor runs. It is chosen at the
-// first call. Engines and loops keep what it returns: every call checks whether it is the first.
+// CurrentKernel returns the function of a KernelList that this processor runs. It is chosen at the first call, for which
+// other threads wait. Engines and loops keep what it returns: every call checks whether it is the first.
 // The list is a variable with external linkage: gcc 14 takes the instances for two internal ones of
 // one name, in two files, for one function.
 template <const auto& kList>
