@@ -6,13 +6,14 @@ JOBS ?= $(shell nproc)
 SCRIPT ?= examples/tour.js
 ARGS ?=
 FUZZ_SECONDS ?= 60
+LOAD_CALLS ?= 100000000
 MUTANTS ?= 300
 SEED ?= 1
 
 .PHONY: help run check test build windows windows-tests windows-arm64 definitions \
   handheld handheld-definitions handheld-packages handheld-test \
   docs package package-arm package-test bench bench-avx2 arm-bench arm-bench-packages \
-  count size constant-time prove fuzz coverage mutate flags arm arm-check lint lint-sources fresh clean
+  count size constant-time prove fuzz load coverage mutate flags arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -41,11 +42,12 @@ make count                        instructions of the portable kernels          
 make size                         bytes of the module, its stack and heap on 32-bit ARM   15 min   3 min
 make constant-time                branches and addresses that depend on secrets          2 min  20 s
 make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       17 min  13 min
+make load [LOAD_CALLS=100000000]  that many calls from 8 threads in constant memory       3 min   1 min
 make coverage [FILES=1]           lines and branches of the module that the tests run    15 min   8 min
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
                                   the tests on small changes of the sources               hours
 make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor    50 min  20 min
-make prove                        loops, queue, rewriter on all short inputs; bounds     20 min   15 min
+make prove                        loops, queues, readers on all short inputs; bounds      20 min   15 min
 make arm-check                    engines and objects by an emulated ARMv5TE              20 min   3 min
 make arm                          all tests by emulated ARMv5TE, ARMv7, 64-bit ARM       hours   1 hour
 make fresh                        run and test on a new Debian 13 and a new Debian 12    80 min  80 min
@@ -71,6 +73,7 @@ lists-docs = packages-docs.txt
 lists-size = packages-size.txt packages-handheld.txt
 lists-constant-time = packages-test.txt
 lists-fuzz = packages-fuzz.txt
+lists-load = packages-test.txt
 lists-coverage = packages-test.txt
 lists-mutate = packages-test.txt packages-mutate.txt packages-windows.txt
 lists-flags = packages-test.txt packages-flags.txt
@@ -226,6 +229,12 @@ fuzz: build/fuzz/build.ninja
 	$(call build,fuzz,fuzz)
 	@scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
+# Its short form is a test.
+load: setup-load build/native/build.ninja
+	$(call build,native,member_load)
+	@build/native/tests/member_load $(LOAD_CALLS)
+	@build/native/tests/member_load 1000000 leak
+
 # The counts are those of one run of all tests; earlier ones are removed first.
 coverage: setup-coverage build-coverage
 	@find build/coverage -name '*.gcda' -delete
@@ -259,7 +268,7 @@ arm: setup-arm build build-arm build-armhf build-arm64
 # Bounded proofs, whole; the tests have their short form.
 prove: setup-prove build/native/build.ninja
 	$(call build,native,prove)
-	@for program in limb_loops byte_queue call_rewriter; do build/native/tests/$$program --full || exit 1; done
+	@for program in limb_loops byte_queue call_rewriter array_borrowing registry_reader; do build/native/tests/$$program --full || exit 1; done
 	@python3 tests/prove/bounds.py build/native/tests/constants build/native/tests/constants_portable
 
 # The ordinary build is the first compiler's part. Clean results are cached in build/lint by content.

@@ -28,6 +28,7 @@ class DigestDirection : public FilterDirection<HashEngine> {
   }
 
  private:
+  // Set without the owner's lock; nothing else is read depending on it.
   std::atomic<VARIANT_BOOL> enabled_ = 0;
 };
 

@@ -38,6 +38,8 @@ ModuleState* CurrentModule() {
   return attached ? &state : nullptr;
 }
 
+// In the default order: whoever sees the count at zero, and unloads, sees all that the objects did
+// before they were counted off.
 void LockModule() {
   ++state.lock_count;
 }

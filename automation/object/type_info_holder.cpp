@@ -27,11 +27,15 @@ UINT TextLength(const OLECHAR* text) {
 
 }  // namespace
 
+// The acquire pairs with the release in Load: who sees the pointer sees the names too. A thread that
+// has returned from here may load the pointer relaxed, since it cannot read an earlier value of the
+// same atomic; only the unloading of the module, which no call survives, removes it.
 HRESULT TypeInfoHolder::Ensure(LCID locale) {
   if (info_.load(std::memory_order_acquire) != nullptr) return S_OK;
   ModuleState* const module = CurrentModule();
   if (module == nullptr) return E_FAIL;
   ScopedLock hold(module->type_info_lock);
+  // Relaxed: written under this lock.
   if (info_.load(std::memory_order_relaxed) != nullptr) return S_OK;
   return Load(locale);
 }

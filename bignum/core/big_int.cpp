@@ -33,6 +33,7 @@ BigInt::BigInt(uint32_t word) noexcept {
 
 BigInt::BigInt(const BigInt& other) noexcept
     : magnitude_(other.magnitude_), negative_(other.negative_), status_(other.status_) {
+  // Relaxed: the copied number is an owner, so that nobody deletes or changes the magnitude meanwhile.
   if (magnitude_ != nullptr) magnitude_->share_count.fetch_add(1, std::memory_order_relaxed);
 }
 
@@ -82,7 +83,8 @@ void BigInt::Swap(BigInt& other) noexcept {
 void BigInt::Release() noexcept {
   if (magnitude_ == nullptr) return;
   // The last owner deletes the magnitude. Of two that release it at once, the second decrements
-  // zero.
+  // zero. Reads of an owner happen before it releases (the release of acq_rel), and so before what
+  // follows an acquire that sees its decrement: here the deletion, below a change in place.
   if (magnitude_->share_count.load(std::memory_order_acquire) == 0 ||
       magnitude_->share_count.fetch_sub(1, std::memory_order_acq_rel) == 0) {
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyser does not follow the count.

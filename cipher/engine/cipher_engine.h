@@ -94,7 +94,7 @@ class CipherEngine {
   const ByteBuffer& DecryptIn() const noexcept { return decrypt_.In(); }
 
   // The pad setting (see MakePad): 0 at first, not validated, kept when the key changes. Atomic:
-  // owners use it without their lock.
+  // owners use it without their lock. Relaxed: nothing else is read depending on it.
   LONG PadType() const noexcept { return pad_type_.load(std::memory_order_relaxed); }
   void SetPadType(LONG pad_type) noexcept { pad_type_.store(pad_type, std::memory_order_relaxed); }
 

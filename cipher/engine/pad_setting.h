@@ -15,6 +15,7 @@ class PadSetting {
   // EngineGone and EngineMade say that the owner's engine was dropped or made; a new engine has the
   // setting 0.
   void EngineGone() { present_.store(false); }
+  // In this order: a thread that sees the new engine does not see the old one's setting.
   void EngineMade() {
     value_.store(0);
     present_.store(true);

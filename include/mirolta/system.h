@@ -18,7 +18,7 @@ MIROLTA_RUNTIME void EnterCriticalSection(CRITICAL_SECTION* section);
 MIROLTA_RUNTIME void LeaveCriticalSection(CRITICAL_SECTION* section);
 MIROLTA_RUNTIME DWORD GetCurrentThreadId(MIROLTA_NO_PARAMETERS);
 
-// Both return the new value.
+// Both return the new value, and are full barriers: the last release of an object sees all its uses.
 MIROLTA_INLINE LONG InterlockedIncrement(LONG volatile* count) {
   return __atomic_add_fetch(count, 1, __ATOMIC_SEQ_CST);
 }

@@ -23,6 +23,8 @@ uint32_t ForkCount() noexcept {
   return forks.load(std::memory_order_relaxed);
 }
 
+// Relaxed: a thread that sees the count without having registered forks after the registration, since
+// both hold the C library's lock. A child reads what its only thread has counted.
 bool WatchForks() noexcept {
   if (ForkCount() != 0) return true;
   // Two threads may register at once: a fork then counts twice.

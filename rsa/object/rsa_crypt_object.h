@@ -52,7 +52,8 @@ class RsaCryptObject final : public DispatchObject<kRsaCryptClass, IRSACrypt> {
 
   RsaKey key_;
   // The Q that was put since the last locked member: put_Q neither waits for the lock nor changes a
-  // key that another thread uses.
+  // key that another thread uses. Only exchanged, in the default order: each number has one taker, who
+  // sees all of it.
   std::atomic<BigInt*> new_q_{nullptr};
 };
 

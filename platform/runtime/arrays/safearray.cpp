@@ -106,7 +106,8 @@ SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension) {
   return &Bounds(array)[array->cDims - dimension];
 }
 
-// Several threads may read an array at once, each with its own lock count.
+// Several threads may read an array at once, each with its own lock count. Relaxed: the caller orders
+// its destruction after all use.
 ULONG LocksOf(const SAFEARRAY* array) {
   return __atomic_load_n(&array->cLocks, __ATOMIC_RELAXED);
 }

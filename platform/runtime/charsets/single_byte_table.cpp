@@ -91,6 +91,7 @@ INT SingleByteTable::Encode(WCHAR character) const {
 
 const SingleByteTable* TableOf(const CharacterSet& set) {
   const size_t index = CharacterSetIndex(set);
+  // The acquire pairs with the release after filling; under the lock neither is needed.
   if (!g_filled[index].load(std::memory_order_acquire)) {
     const std::lock_guard<std::mutex> lock(g_filling);
     if (!g_filled[index].load(std::memory_order_relaxed)) {

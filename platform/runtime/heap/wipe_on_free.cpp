@@ -11,6 +11,7 @@ std::atomic<bool> g_keeps_destroyed{false};
 
 }  // namespace
 
+// Relaxed: a test sets it before what it watches.
 bool WipesOnFree() {
   return !g_keeps_destroyed.load(std::memory_order_relaxed);
 }
