@@ -1,5 +1,6 @@
 #include "command_line/class_list.h"
 
+#include <errno.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,7 +25,8 @@ bool HaveOnePlace(const RegisteredClass& a, const RegisteredClass& b) {
 
 // The module and the registry of a group.
 void WritePlace(const RegisteredClass& first, FILE* output) {
-  const bool is_missing = first.file.starts_with('/') && access(first.file.c_str(), F_OK) != 0;
+  const bool is_missing = first.file.starts_with('/') && access(first.file.c_str(), F_OK) != 0 &&
+                          (errno == ENOENT || errno == ENOTDIR);
   fprintf(output, "%s%s\n", first.file.c_str(), is_missing ? " (does not exist)" : "");
   if (first.layer == 0 && IsOwnModuleRegistered() && first.file == OwnModulePath()) {
     fputs("  not registered, used because it lies beside the host\n", output);

@@ -18,6 +18,7 @@
 #include "files/full_path.h"
 #include "files/target_path.h"
 #include "files/temporary_file.h"
+#include "portable/repeated_call.h"
 
 namespace mirolta::host {
 namespace {
@@ -25,6 +26,7 @@ namespace {
 // The most nested folders that are deleted, one descriptor each. The system's limit for paths bounds
 // the depth of what is copied.
 constexpr int kMostDepth = 1000;
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
 [[noreturn]] void FailForSystem(int error, const std::string& path) {
@@ -66,11 +68,12 @@ void CopyBytes(int source, IStream* target) {
 
 // Gives the copy the permissions and times of its source, and syncs it if it replaces a file.
 void FinishCopy(const std::string& path, const struct stat& facts, bool replaces) {
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW;
+  const Descriptor file(Repeated([&] { return open(path.c_str(), kFlags); }));
   if (file.Get() < 0) Fail(FileStatusOf(errno));
   const timespec times[] = {facts.st_atim, facts.st_mtim};
   if (futimens(file.Get(), times) != 0 || fchmod(file.Get(), facts.st_mode & kPermissions) != 0 ||
-      (replaces && fsync(file.Get()) != 0)) {
+      (replaces && Repeated([&] { return fsync(file.Get()); }) != 0)) {
     Fail(FileStatusOf(errno));
   }
 }
@@ -176,10 +179,13 @@ void DeleteContent(Descriptor* opened, bool force, int depth) {
     DIR* folder;
   } const closing{folder};
   std::vector<std::string> names;
+  errno = 0;
   while (const dirent* entry = readdir(folder)) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") names.emplace_back(name);
+    errno = 0;
   }
+  if (errno != 0) Fail(FileStatusOf(errno));
   for (const std::string& name : names) {
     struct stat facts = {};
     if (fstatat(file, name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -188,7 +194,7 @@ void DeleteContent(Descriptor* opened, bool force, int depth) {
     }
     const bool is_folder = S_ISDIR(facts.st_mode);
     if (is_folder) {
-      Descriptor inner(openat(file, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+      Descriptor inner(Repeated([&] { return openat(file, name.c_str(), kFolderFlags); }));
       if (inner.Get() < 0) Fail(FileStatusOf(errno));
       DeleteContent(&inner, force, depth + 1);
     } else if (S_ISREG(facts.st_mode) && !force && IsReadOnly(facts)) {
@@ -204,7 +210,8 @@ void DeleteContent(Descriptor* opened, bool force, int depth) {
 
 void CopyOneFile(const std::string& source, const std::string& target, bool overwrites) {
   // Without waiting: a pipe is refused, not read.
-  const Descriptor file(open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  const Descriptor file(Repeated([&] { return open(source.c_str(), kFlags); }));
   if (file.Get() < 0) FailForSystem(errno, source);
   struct stat facts = {};
   if (fstat(file.Get(), &facts) != 0) Fail(FileStatusOf(errno));
@@ -262,7 +269,7 @@ void DeleteOneFile(const std::string& path, bool force) {
 }
 
 void DeleteOneFolder(const std::string& path, bool force) {
-  Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  Descriptor folder(Repeated([&] { return open(path.c_str(), kFolderFlags); }));
   if (folder.Get() < 0) {
     // A link to a folder fails with either.
     if (errno != ENOTDIR && errno != ELOOP)

@@ -8,6 +8,7 @@
 #include "engine/file_statuses.h"
 #include "files/file_facts.h"
 #include "files/file_stream.h"
+#include "portable/repeated_call.h"
 #include "values/text_encoding.h"
 
 namespace mirolta::host {
@@ -26,9 +27,8 @@ class Descriptor {
   // Opens a file that is no folder.
   HRESULT Open(const std::string& path, int flags, struct stat* facts) {
     constexpr mode_t kNewFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-    do {
-      file_ = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, kNewFile);
-    } while (file_ < 0 && errno == EINTR);
+    const int all_flags = flags | O_CLOEXEC | O_NOCTTY;
+    file_ = Repeated([&] { return open(path.c_str(), all_flags, kNewFile); });
     if (file_ < 0) return errno == ENOENT ? MissingStatus(path) : FileStatusOf(errno);
     if (fstat(file_, facts) != 0) return FileStatusOf(errno);
     return S_ISDIR(facts->st_mode) ? kPermissionDenied : S_OK;
@@ -63,8 +63,8 @@ class AppendingChannel final : public ByteChannel {
   }
   HRESULT Write(std::string_view bytes) override {
     while (!bytes.empty()) {
-      const ssize_t count = write(file_.Get(), bytes.data(), bytes.size());
-      if (count < 0 && errno == EINTR) continue;
+      const ssize_t count =
+          Repeated([&] { return write(file_.Get(), bytes.data(), bytes.size()); });
       if (count < 0) return FileStatusOf(errno);
       bytes.remove_prefix(static_cast<size_t>(count));
     }

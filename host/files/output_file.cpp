@@ -10,6 +10,7 @@
 
 #include "engine/status_text.h"
 #include "files/full_path.h"
+#include "portable/repeated_call.h"
 #include "values/text_encoding.h"
 
 namespace mirolta::host {
@@ -62,9 +63,11 @@ int TakeOver(int file, const Target& target, bool is_private) {
 }
 
 int SyncFolder(const std::string& folder) {
-  const int file = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+  const char* const name = folder.empty() ? "." : folder.c_str();
+  const int file = Repeated([&] { return open(name, kFlags); });
   if (file < 0) return errno;
-  const int error = fsync(file) == 0 ? 0 : errno;
+  const int error = Repeated([&] { return fsync(file); }) == 0 ? 0 : errno;
   close(file);
   return error;
 }
@@ -103,11 +106,12 @@ void OutputFile::Leave() {
 }
 
 int OutputFile::Replace() {
-  const int file = open(temporary_.Path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW;
+  const int file = Repeated([&] { return open(temporary_.Path().c_str(), kFlags); });
   if (file < 0) return errno;
   int error = TakeOver(file, target_, options_.is_private);
   // Synced before it is renamed: after a crash the target is the old file or the new one.
-  if (error == 0 && fsync(file) != 0) error = errno;
+  if (error == 0 && Repeated([&] { return fsync(file); }) != 0) error = errno;
   close(file);
   if (error == 0) error = temporary_.MoveTo(target_.path, options_.must_be_new);
   if (error != 0) return error;

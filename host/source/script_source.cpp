@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "files/full_path.h"
+#include "portable/repeated_call.h"
 #include "source/call_assignment.h"
 #include "source/script_encoding.h"
 #include "source/script_kind.h"
@@ -22,10 +23,9 @@ constexpr size_t kLargestScript = size_t{256} << 20;
 bool ReadAll(int file, std::string* bytes) {
   char part[65536];
   for (;;) {
-    const ssize_t got = read(file, part, sizeof part);
-    if (got == 0) return true;
-    if (got < 0 && errno != EINTR) return false;
-    if (got > 0) bytes->append(part, static_cast<size_t>(got));
+    const ssize_t got = Repeated([&] { return read(file, part, sizeof part); });
+    if (got <= 0) return got == 0;
+    bytes->append(part, static_cast<size_t>(got));
     if (bytes->size() > kLargestScript) {
       errno = EFBIG;
       return false;
@@ -64,7 +64,8 @@ bool ScriptFromDescriptor(const std::string& name, int file, const SourceOptions
 
 bool LoadScript(const std::string& path, const SourceOptions& options, ScriptText* script,
                 std::string* problem) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY;
+  const int file = Repeated([&] { return open(path.c_str(), kFlags); });
   std::string bytes;
   const bool is_read = file >= 0 && ReadAll(file, &bytes);
   if (!is_read) *problem = "cannot read the script " + path + ": " + strerror(errno);

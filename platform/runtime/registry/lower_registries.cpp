@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "registry/registry_file.h"
 #include "registry/registry_places.h"
 #include "system/file_trust.h"
@@ -31,8 +33,11 @@ LONG ForEachFile(const RuntimeArray<char>& names, Work work) {
   return error;
 }
 
+// A file that the process may not read, or that does not exist, is no layer. Other failures are for
+// the reading to report.
 bool CanBeRead(const char* file) {
-  return faccessat(AT_FDCWD, file, R_OK, AT_EACCESS) == 0;
+  if (faccessat(AT_FDCWD, file, R_OK, AT_EACCESS) == 0) return true;
+  return errno != ENOENT && errno != ENOTDIR && errno != EACCES;
 }
 
 bool IsUnchanged(const RuntimeArray<char>& names) {

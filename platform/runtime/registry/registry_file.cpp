@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "portable/repeated_call.h"
 #include "registry/registry_text.h"
 #include "system/file_name.h"
 #include "system/file_trust.h"
@@ -24,21 +25,19 @@ FileState StateFrom(const struct stat& facts) {
 LONG ReadAll(int file, RuntimeArray<char>* text) {
   char block[16384];
   for (;;) {
-    const ssize_t got = read(file, block, sizeof(block));
+    const ssize_t got = Repeated([&] { return read(file, block, sizeof(block)); });
     if (got == 0) return ERROR_SUCCESS;
-    if (got < 0 && errno != EINTR) return ErrorOfErrno(errno, ERROR_CANTREAD);
-    if (got > 0 && !text->Append(block, static_cast<size_t>(got))) return ERROR_OUTOFMEMORY;
+    if (got < 0) return ErrorOfErrno(errno, ERROR_CANTREAD);
+    if (!text->Append(block, static_cast<size_t>(got))) return ERROR_OUTOFMEMORY;
   }
 }
 
 LONG WriteAll(int file, const char* bytes, size_t size) {
   while (size != 0) {
-    const ssize_t put = write(file, bytes, size);
-    if (put < 0 && errno != EINTR) return ErrorOfErrno(errno, ERROR_CANTWRITE);
-    if (put > 0) {
-      bytes += put;
-      size -= static_cast<size_t>(put);
-    }
+    const ssize_t put = Repeated([&] { return write(file, bytes, size); });
+    if (put < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
+    bytes += put;
+    size -= static_cast<size_t>(put);
   }
   return ERROR_SUCCESS;
 }
@@ -49,13 +48,13 @@ struct FilePlace {
     RuntimeArray<char> path;
     if (name == nullptr) {
       name = file;
-      folder.number = open(".", kFlags);
+      folder.number = Repeated([] { return open(".", kFlags); });
       return;
     }
     const size_t length = name == file ? 1 : static_cast<size_t>(name - file);
     ++name;
     if (path.Append(file, length) && path.Append('\0')) {
-      folder.number = open(path.Data(), kFlags);
+      folder.number = Repeated([&] { return open(path.Data(), kFlags); });
     } else {
       errno = ENOMEM;
     }
@@ -71,13 +70,15 @@ struct FilePlace {
 int CreateNew(const FilePlace& place, const char* fresh) {
   const int folder = place.folder.number;
   unlinkat(folder, fresh, 0);
-  return openat(folder, fresh, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kFileMode);
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+  return Repeated([&] { return openat(folder, fresh, kFlags, kFileMode); });
 }
 
 LONG WriteToDisk(int file, const RuntimeArray<char>& text) {
   const LONG error = WriteAll(file, text.Data(), text.Size());
   if (error != ERROR_SUCCESS) return error;
-  return fsync(file) == 0 ? ERROR_SUCCESS : ErrorOfErrno(errno, ERROR_CANTWRITE);
+  const int synced = Repeated([&] { return fsync(file); });
+  return synced == 0 ? ERROR_SUCCESS : ErrorOfErrno(errno, ERROR_CANTWRITE);
 }
 
 }  // namespace
@@ -106,7 +107,8 @@ LONG LoadRegistryFile(const char* file, RegistryKey* root, FileState* state, DWO
   // stat comes first: opening a device may have effects, and opening a pipe blocks.
   const bool exists = stat(file, &facts) == 0;
   if (exists && !S_ISREG(facts.st_mode)) return ERROR_CANTREAD;
-  const OpenedFile opened(exists ? open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY) : -1);
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  const OpenedFile opened(exists ? Repeated([&] { return open(file, kFlags); }) : -1);
   if (opened.number < 0) {
     return errno == ENOENT || errno == ENOTDIR ? ERROR_SUCCESS
                                                : ErrorOfErrno(errno, ERROR_CANTREAD);
@@ -134,6 +136,8 @@ LONG StoreRegistryFile(const char* file, const RegistryKey& root, bool for_all, 
     return ERROR_OUTOFMEMORY;
   struct stat old = {};
   const bool replaces = fstatat(folder, place.name, &old, AT_SYMLINK_NOFOLLOW) == 0;
+  // A file that cannot be looked at must not get another mode.
+  if (!replaces && errno != ENOENT) return ErrorOfErrno(errno, ERROR_CANTWRITE);
   const OpenedFile opened(CreateNew(place, fresh.Data()));
   if (opened.number < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
   error = WriteToDisk(opened.number, text);

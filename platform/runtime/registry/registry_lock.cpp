@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <mutex>
 
+#include "portable/repeated_call.h"
 #include "system/file_name.h"
 #include "system/opened_file.h"
 
@@ -53,7 +54,7 @@ LONG RegistryLock::Enter(const char* file, bool for_all) {
   const auto open_file = [&] {
     // A child forked before the lock is listed would keep it open.
     const std::lock_guard<std::mutex> lock(g_held_lock);
-    lock_file_ = open(name.Data(), kFlags, kLockMode);
+    lock_file_ = Repeated([&] { return open(name.Data(), kFlags, kLockMode); });
     if (lock_file_ < 0) return;
     next_ = g_held;
     g_held = this;
@@ -65,8 +66,7 @@ LONG RegistryLock::Enter(const char* file, bool for_all) {
     open_file();
   }
   if (lock_file_ < 0) return ErrorOfErrno(errno, ERROR_CANTWRITE);
-  while (flock(lock_file_, LOCK_EX) != 0) {
-    if (errno == EINTR) continue;
+  if (Repeated([&] { return flock(lock_file_, LOCK_EX); }) != 0) {
     error = ErrorOfErrno(errno, ERROR_CANTWRITE);
     Leave();
     return error;

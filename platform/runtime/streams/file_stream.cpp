@@ -8,6 +8,7 @@
 
 #include "charsets/escaped_utf8.h"
 #include "mirolta/bool.h"
+#include "portable/repeated_call.h"
 #include "streams/stream_base.h"
 #include "texts/wide_text.h"
 
@@ -79,20 +80,17 @@ class FileStream final : public StreamBase {
   HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override {
     if ((mode_ & kAccess) == STGM_READ) return STG_E_ACCESSDENIED;
     if (size.QuadPart >> 63 != 0) return STG_E_MEDIUMFULL;
-    while (ftruncate(file_, static_cast<off_t>(size.QuadPart)) != 0) {
-      if (errno != EINTR) return StatusOf(errno, STG_E_INVALIDFUNCTION);
-    }
-    return S_OK;
+    const auto length = static_cast<off_t>(size.QuadPart);
+    const int cut = Repeated([&] { return ftruncate(file_, length); });
+    return cut == 0 ? S_OK : StatusOf(errno, STG_E_INVALIDFUNCTION);
   }
 
   // Syncs the file; pipes and devices cannot be synced.
   HRESULT STDMETHODCALLTYPE Commit(DWORD) override {
     if ((mode_ & kAccess) == STGM_READ) return S_OK;
-    while (fsync(file_) != 0) {
-      if (errno == EINVAL || errno == EROFS) return S_OK;
-      if (errno != EINTR) return StatusOf(errno, STG_E_WRITEFAULT);
-    }
-    return S_OK;
+    if (Repeated([&] { return fsync(file_); }) == 0 || errno == EINVAL || errno == EROFS)
+      return S_OK;
+    return StatusOf(errno, STG_E_WRITEFAULT);
   }
 
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override {
@@ -132,12 +130,13 @@ class FileStream final : public StreamBase {
     ULONG done = 0;
     HRESULT status = bytes == nullptr ? STG_E_INVALIDPOINTER : S_OK;
     while (status == S_OK && done < count) {
-      const ssize_t moved = part(done, std::min<size_t>(count - done, kLargestTransfer));
+      const size_t size = std::min<size_t>(count - done, kLargestTransfer);
+      const ssize_t moved = Repeated([&] { return part(done, size); });
       if (moved > 0) {
         done += static_cast<ULONG>(moved);
       } else if (moved == 0) {
         status = at_end;
-      } else if (errno != EINTR) {
+      } else {
         status = StatusOf(errno, fault);
       }
     }
@@ -168,9 +167,7 @@ int OpenFlags(DWORD mode, BOOL create) {
 }
 
 HRESULT OpenFile(const char* path, int flags, int* file) {
-  do {
-    *file = open(path, flags, 0666);
-  } while (*file < 0 && errno == EINTR);
+  *file = Repeated([&] { return open(path, flags, 0666); });
   if (*file < 0) return StatusOf(errno, STG_E_INVALIDFUNCTION);
   struct stat facts = {};
   if (fstat(*file, &facts) == 0 && !S_ISDIR(facts.st_mode)) return S_OK;

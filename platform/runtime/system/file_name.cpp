@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstring>
+
+#include "system/opened_file.h"
 
 namespace mirolta::runtime {
 namespace {
@@ -21,7 +24,11 @@ LONG FollowLinks(const char* file, RuntimeArray<char>* target) {
   char link[PATH_MAX];
   for (int links = 0;; ++links) {
     const ssize_t length = readlink(target->Data(), link, sizeof(link));
-    if (length < 0) return ERROR_SUCCESS;
+    if (length < 0) {
+      // Not a link, or no file. A link that cannot be read must not be replaced.
+      const bool is_target = errno == EINVAL || errno == ENOENT;
+      return is_target ? ERROR_SUCCESS : ErrorOfErrno(errno, ERROR_CANTWRITE);
+    }
     if (length == sizeof(link) || links == kMostLinks) return ERROR_CANTWRITE;
     // A relative link starts at the folder of the link.
     const char* const slash = std::strrchr(target->Data(), '/');

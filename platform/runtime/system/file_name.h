@@ -12,7 +12,8 @@ namespace mirolta::runtime {
 
 // FollowLinks sets the empty *target to the terminated name of the file that `file` leads to, which
 // need not exist.
-// Errors: ERROR_OUTOFMEMORY; ERROR_CANTWRITE for more than 40 links or a name that is too long.
+// Errors: ERROR_OUTOFMEMORY; ERROR_ACCESS_DENIED; ERROR_CANTWRITE for more than 40 links, a name
+//         that is too long, and other failures to read a link.
 LONG FollowLinks(const char* file, RuntimeArray<char>* target);
 
 }  // namespace mirolta::runtime
