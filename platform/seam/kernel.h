@@ -63,8 +63,8 @@ auto ChosenKernel() noexcept {
   return kept_kernel<kList>.load(std::memory_order_relaxed);
 }
 
-// CurrentKernel returns the function of a KernelList that this processor runs. It is chosen at the first call, for which
-// other threads wait. Engines and loops keep what it returns: every call checks whether it is the first.
+// CurrentKernel returns the function of a KernelList that this processor runs. It is chosen at the
+// first call. Engines and loops keep what it returns: every call checks whether it is the first.
 // The list is a variable with external linkage: gcc 14 takes the instances for two internal ones of
 // one name, in two files, for one function.
 template <const auto& kList>
