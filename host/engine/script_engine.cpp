@@ -194,10 +194,7 @@ int RunProgram(const ScriptText& script, Program* program, const RunOptions& opt
       return 1;
     }
     succeeded = RunIn(&engine, program, options.follow != nullptr);
-    if (options.follow != nullptr) {
-      options.follow(&engine);
-      succeeded = true;
-    }
+    if (options.follow != nullptr) succeeded = options.follow(&engine);
   }
   succeeded = FlushOutput() && succeeded && FinishOutputs();
   DiscardOutputs();
