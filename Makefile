@@ -13,7 +13,7 @@ SEED ?= 1
 .PHONY: help run check test build windows windows-tests windows-arm64 definitions \
   handheld handheld-definitions handheld-packages handheld-test \
   docs package package-arm package-test bench bench-avx2 arm-bench arm-bench-packages \
-  count size constant-time prove fuzz load coverage mutate flags arm arm-check lint lint-sources fresh clean
+  count size constant-time prove faults fuzz load coverage mutate flags arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -48,6 +48,7 @@ make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
                                   the tests on small changes of the sources               hours
 make flags [ROWS="..."]           the tests by other flags, clang, a 32-bit processor    50 min  20 min
 make prove                        loops, queues, readers on all short inputs; bounds      20 min   15 min
+make faults [SCENARIOS="..."]     the host while each call of the system fails in turn     4 min    3 min
 make arm-check                    engines and objects by an emulated ARMv5TE              20 min   3 min
 make arm                          all tests by emulated ARMv5TE, ARMv7, 64-bit ARM       hours   1 hour
 make fresh                        run and test on a new Debian 13 and a new Debian 12    80 min  80 min
@@ -78,6 +79,7 @@ lists-coverage = packages-test.txt
 lists-mutate = packages-test.txt packages-mutate.txt packages-windows.txt
 lists-flags = packages-test.txt packages-flags.txt
 lists-prove = packages-test.txt
+lists-faults = packages-test.txt
 lists-package-arm = packages-package.txt packages-arm.txt
 lists-arm = packages-test.txt packages-arm.txt
 lists-arm-check = $(lists-arm)
@@ -270,6 +272,11 @@ prove: setup-prove build/native/build.ninja
 	$(call build,native,prove)
 	@for program in limb_loops byte_queue call_rewriter array_borrowing registry_reader; do build/native/tests/$$program --full || exit 1; done
 	@python3 tests/prove/bounds.py build/native/tests/constants build/native/tests/constants_portable
+
+# Each fault of each call of the system; the tests have the short form.
+faults: setup-faults build/native/build.ninja
+	$(call build,native,faults)
+	@python3 -B tests/faults/fault_test.py --full --jobs $(JOBS) build/native examples $(SCENARIOS)
 
 # The ordinary build is the first compiler's part. Clean results are cached in build/lint by content.
 lint: setup-lint build-native lint-sources

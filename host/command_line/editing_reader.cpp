@@ -112,12 +112,14 @@ class EditingReader : public LineReader {
 
   LineRead Read(const char* prompt, std::string* line) override {
     prompt_ = WideFromSystem(prompt);
-    was_interrupted_ = false;
+    stopped_by_ = LineRead::kEnd;
     int count = 0;
     const wchar_t* text = el_wgets(editor_, &count);
-    if (was_interrupted_) {
+    if (stopped_by_ != LineRead::kEnd) {
+      const int error = errno;
       el_reset(editor_);
-      return LineRead::kInterrupted;
+      errno = error;
+      return stopped_by_;
     }
     if (text == nullptr || count <= 0) return LineRead::kEnd;
     auto length = static_cast<size_t>(count);
@@ -140,17 +142,16 @@ class EditingReader : public LineReader {
 
   static wchar_t* Prompt(EditLine* editor) { return Of(editor)->prompt_.data(); }
 
-  // 1 for a character, 0 at the end, -1 after an interruption.
+  // 1 for a character, 0 at the end, -1 after an interruption or a failure.
   static int ReadCharacter(EditLine* editor, wchar_t* character) {
     EditingReader& reader = *Of(editor);
     while (reader.characters_.empty()) {
       const LineRead got = reader.ReadCharacters();
       if (got == LineRead::kEnd) return 0;
-      if (got == LineRead::kInterrupted) {
-        reader.was_interrupted_ = true;
-        errno = EINTR;
-        return -1;
-      }
+      if (got == LineRead::kLine) continue;
+      reader.stopped_by_ = got;
+      if (got == LineRead::kInterrupted) errno = EINTR;
+      return -1;
     }
     *character = reader.characters_.front();
     reader.characters_.erase(0, 1);
@@ -204,8 +205,8 @@ class EditingReader : public LineReader {
   EditLine* editor_ = nullptr;
   HistoryW* history_ = nullptr;
   std::wstring prompt_;
-  std::wstring characters_;  // that were read and not yet edited
-  bool was_interrupted_ = false;
+  std::wstring characters_;               // that were read and not yet edited
+  LineRead stopped_by_ = LineRead::kEnd;  // in the middle of a line
 };
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "files/output_file.h"
 #include "files/target_path.h"
 #include "platform.h"
+#include "portable/repeated_call.h"
 
 namespace mirolta::host {
 namespace {
@@ -26,21 +27,35 @@ bool MakeFolderOf(const std::string& path) {
   return true;
 }
 
-// Returns the last bytes of a regular file.
-std::string ReadEnd(const std::string& path) {
-  std::string bytes;
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-  if (file < 0) return bytes;
+// Reads up to kMostBytes from `from` on.
+bool ReadFrom(int file, off_t from, std::string* bytes) {
+  bytes->resize(kMostBytes);
+  size_t size = 0;
+  while (size < kMostBytes) {
+    char* const place = bytes->data() + size;
+    const off_t at = from + static_cast<off_t>(size);
+    const ssize_t got = Repeated([&] { return pread(file, place, kMostBytes - size, at); });
+    if (got < 0) return false;
+    if (got == 0) break;
+    size += static_cast<size_t>(got);
+  }
+  bytes->resize(size);
+  return true;
+}
+
+// Reads the last bytes of a file; none if it does not exist or is no regular file.
+bool ReadEnd(const std::string& path, std::string* bytes) {
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  const int file = Repeated([&] { return open(path.c_str(), kFlags); });
+  if (file < 0) return errno == ENOENT;
   struct stat facts = {};
-  if (fstat(file, &facts) == 0 && S_ISREG(facts.st_mode)) {
+  bool is_read = fstat(file, &facts) == 0;
+  if (is_read && S_ISREG(facts.st_mode)) {
     const auto most = static_cast<off_t>(kMostBytes);
-    const off_t from = facts.st_size > most ? facts.st_size - most : 0;
-    bytes.resize(kMostBytes);
-    const ssize_t got = pread(file, bytes.data(), bytes.size(), from);
-    bytes.resize(got > 0 ? static_cast<size_t>(got) : 0);
+    is_read = ReadFrom(file, facts.st_size > most ? facts.st_size - most : 0, bytes);
   }
   close(file);
-  return bytes;
+  return is_read;
 }
 
 HRESULT WriteAll(IStream* stream, const std::string& bytes) {
@@ -60,26 +75,28 @@ std::string HistoryPath() {
   return std::string(home) + "/.local/state/mirolta/history";
 }
 
-std::vector<std::string> ReadHistory(const std::string& path) {
-  std::vector<std::string> lines;
-  const std::string bytes = ReadEnd(path);
+bool ReadHistory(const std::string& path, std::vector<std::string>* lines) {
+  std::string bytes;
+  if (!ReadEnd(path, &bytes)) return false;
   for (size_t at = 0; at < bytes.size();) {
     const size_t end = bytes.find('\n', at);
     if (end == std::string::npos) break;
-    if (end > at) lines.push_back(bytes.substr(at, end - at));
+    if (end > at) lines->push_back(bytes.substr(at, end - at));
     at = end + 1;
   }
-  if (lines.size() > kMostLines) {
-    lines.erase(lines.begin(), lines.end() - static_cast<ptrdiff_t>(kMostLines));
+  if (lines->size() > kMostLines) {
+    lines->erase(lines->begin(), lines->end() - static_cast<ptrdiff_t>(kMostLines));
   }
-  return lines;
+  return true;
 }
 
 bool AddToHistory(const std::string& path, const std::vector<std::string>& added) {
   if (!MakeFolderOf(path)) return false;
   Target target;
   if (FindTarget(path, &target) != 0 || target.kind == TargetKind::kOther) return false;
-  std::vector<std::string> lines = ReadHistory(path);
+  std::vector<std::string> lines;
+  // A history that cannot be read would be lost by a new one.
+  if (!ReadHistory(path, &lines)) return false;
   const size_t count = lines.size();
   for (const std::string& line : added) {
     if (lines.empty() || lines.back() != line) lines.push_back(line);

@@ -10,14 +10,15 @@ namespace mirolta::host {
 // $XDG_STATE_HOME or ~/.local/state; "" if there is to be none.
 std::string HistoryPath();
 
-// ReadHistory returns the last lines of the file, oldest first; none if it cannot be read.
-// Errors: std::bad_alloc.
-std::vector<std::string> ReadHistory(const std::string& path);
+// ReadHistory reads the last lines of the file, oldest first; none if it does not exist or is no
+// regular file.
+// Errors: false if the file cannot be read; std::bad_alloc.
+bool ReadHistory(const std::string& path, std::vector<std::string>* lines);
 
 // AddToHistory adds lines to the file, which only its owner may read; a line that repeats the one
 // before it is left out. Lines that other processes added stay; the file is replaced as a whole and
 // never half written.
-// Errors: false if the file cannot be written; std::bad_alloc.
+// Errors: false if the file cannot be read or written, which leaves it as it was; std::bad_alloc.
 bool AddToHistory(const std::string& path, const std::vector<std::string>& added);
 
 }  // namespace mirolta::host

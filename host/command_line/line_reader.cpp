@@ -1,5 +1,6 @@
 #include "command_line/line_reader.h"
 
+#include <errno.h>
 #include <stdio.h>
 #include <unistd.h>
 
@@ -20,7 +21,7 @@ class PlainReader : public LineReader {
     for (;;) {
       unsigned char byte = 0;
       const LineRead got = ReadInputByte(&byte);
-      if (got == LineRead::kInterrupted) return got;
+      if (got == LineRead::kInterrupted || got == LineRead::kFailed) return got;
       if (got == LineRead::kEnd) return line->empty() ? LineRead::kEnd : LineRead::kLine;
       if (byte == '\n') break;
       line->push_back(static_cast<char>(byte));
@@ -38,8 +39,12 @@ class PlainReader : public LineReader {
 }  // namespace
 
 LineRead ReadInputByte(unsigned char* byte) {
-  if (!WaitForInput(STDIN_FILENO)) return LineRead::kInterrupted;
-  return read(STDIN_FILENO, byte, 1) == 1 ? LineRead::kLine : LineRead::kEnd;
+  for (;;) {
+    if (!WaitForInput(STDIN_FILENO)) return LineRead::kInterrupted;
+    const ssize_t got = read(STDIN_FILENO, byte, 1);
+    if (got >= 0) return got == 1 ? LineRead::kLine : LineRead::kEnd;
+    if (errno != EINTR && errno != EAGAIN) return LineRead::kFailed;
+  }
 }
 
 std::unique_ptr<LineReader> MakeLineReader(Completer completer) {

@@ -9,7 +9,8 @@
 
 namespace mirolta::host {
 
-enum class LineRead { kLine, kEnd, kInterrupted };
+// kFailed: standard input cannot be read, and errno says why.
+enum class LineRead { kLine, kEnd, kInterrupted, kFailed };
 
 struct Completions {
   size_t begin = 0;  // of the word to complete
@@ -26,7 +27,8 @@ class LineReader {
   LineReader& operator=(const LineReader&) = delete;
   virtual ~LineReader() = default;
 
-  // Read reads a line, without its end. The prompt is shown on terminals only.
+  // Read reads a line, without its end. The prompt is shown on terminals only. A line whose end
+  // cannot be read is none.
   // Errors: std::bad_alloc.
   virtual LineRead Read(const char* prompt, std::string* line) = 0;
   // Remember adds a line to those that can be called back.

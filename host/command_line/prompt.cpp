@@ -1,6 +1,8 @@
 #include "command_line/prompt.h"
 
+#include <errno.h>
 #include <stdio.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <string>
@@ -115,7 +117,10 @@ class History {
     if (isatty(STDIN_FILENO) == 0) return;
     path_ = HistoryPath();
     if (path_.empty()) return;
-    for (const std::string& line : ReadHistory(path_)) reader_.Remember(line);
+    std::vector<std::string> lines;
+    // A failure is reported when the history is written.
+    static_cast<void>(ReadHistory(path_, &lines));
+    for (const std::string& line : lines) reader_.Remember(line);
   }
   void Add(const std::string& line) {
     if (line.empty()) return;
@@ -145,7 +150,7 @@ void InstallPrompt(ScriptEngine* engine) {
   InstallHelp(engine->Api());
 }
 
-void RunPrompt(ScriptEngine* engine) {
+bool RunPrompt(ScriptEngine* engine) {
   const bool is_terminal = isatty(STDIN_FILENO) != 0;
   if (is_terminal) {
     printf("mirolta-host %s: help() explains the prompt, Ctrl-D ends it\n", kVersion);
@@ -165,6 +170,11 @@ void RunPrompt(ScriptEngine* engine) {
       entry.clear();
       continue;
     }
+    if (got == LineRead::kFailed) {
+      fprintf(stderr, "mirolta-host: cannot read standard input: %s\n", strerror(errno));
+      history.Write();
+      return false;
+    }
     if (got == LineRead::kLine) {
       history.Add(line);
       entry += entry.empty() ? line : '\n' + line;
@@ -176,6 +186,7 @@ void RunPrompt(ScriptEngine* engine) {
     if (got == LineRead::kEnd) break;
   }
   if (is_terminal) putchar('\n');
+  return true;
 }
 
 }  // namespace mirolta::host

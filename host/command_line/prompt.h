@@ -14,7 +14,8 @@ void InstallPrompt(ScriptEngine* engine);
 
 // RunPrompt reads commands from standard input until it ends, runs each and prints its result or
 // its error. The variable _ is the last result that is not undefined.
-// Errors: std::bad_alloc.
-void RunPrompt(ScriptEngine* engine);
+// Errors: false, with a message on standard error, if standard input cannot be read; what was typed
+//         of the command then is not run. std::bad_alloc.
+bool RunPrompt(ScriptEngine* engine);
 
 }  // namespace mirolta::host

@@ -1,6 +1,8 @@
 // The state of one script run that the host's native functions share.
 #pragma once
 
+#include <setjmp.h>
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +41,9 @@ struct ScriptContext {
   // The line where the last value that is not an Error was thrown.
   int last_thrown_line = 0;
   size_t memory_in_use = 0;
+  // Set while the engine is created: leads out of it when there is no memory.
+  jmp_buf* creation = nullptr;
+  unsigned creation_failures = 0;
   // The most that the engine may allocate; a script that needs more gets an error.
   size_t memory_limit = size_t{1} << 30;
 };

@@ -1,5 +1,6 @@
 #include "engine/script_engine.h"
 
+#include <setjmp.h>
 #include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -63,16 +64,32 @@ void Free(void* context, void* block) {
   free(HeaderOf(block));
 }
 
-void* Allocate(void* context, duk_size_t size) {
-  return size == 0 ? nullptr : Resize(static_cast<ScriptContext*>(context), nullptr, size);
+// An engine that has no memory while it is created throws an error, which needs memory, and so on
+// until the stack overflows. The failures that it recovers from by collecting garbage are fewer.
+constexpr unsigned kMostCreationFailures = 64;
+
+void* NoMemory(ScriptContext* context) {
+  if (context->creation != nullptr && ++context->creation_failures > kMostCreationFailures) {
+    longjmp(*context->creation, 1);
+  }
+  return nullptr;
 }
 
-void* Reallocate(void* context, void* block, duk_size_t size) {
+void* Allocate(void* data, duk_size_t size) {
+  if (size == 0) return nullptr;
+  auto* const context = static_cast<ScriptContext*>(data);
+  void* const block = Resize(context, nullptr, size);
+  return block != nullptr ? block : NoMemory(context);
+}
+
+void* Reallocate(void* data, void* block, duk_size_t size) {
   if (size == 0) {
-    Free(context, block);
+    Free(data, block);
     return nullptr;
   }
-  return Resize(static_cast<ScriptContext*>(context), block, size);
+  auto* const context = static_cast<ScriptContext*>(data);
+  void* const resized = Resize(context, block, size);
+  return resized != nullptr ? resized : NoMemory(context);
 }
 
 // Called when the engine cannot continue: no memory where it needs some, or misuse by the host.
@@ -82,6 +99,18 @@ void* Reallocate(void* context, void* block, duk_size_t size) {
   fprintf(stderr, "mirolta-host: the script engine failed: %s\n",
           message != nullptr ? message : "no reason given");
   _Exit(1);
+}
+
+// Returns null without memory; what the engine had then stays allocated. Nothing between setjmp and
+// longjmp has a destructor.
+duk_context* CreateEngine(ScriptContext* context) {
+  jmp_buf out;
+  context->creation = &out;
+  context->creation_failures = 0;
+  duk_context* volatile engine = nullptr;
+  if (setjmp(out) == 0) engine = duk_create_heap(Allocate, Reallocate, Free, context, EndOnFatal);
+  context->creation = nullptr;
+  return engine;
 }
 
 void InstallAll(duk_context* engine, ScriptContext* context) {
@@ -165,10 +194,7 @@ int RunProgram(const ScriptText& script, Program* program, const RunOptions& opt
       return 1;
     }
     succeeded = RunIn(&engine, program, options.follow != nullptr);
-    if (options.follow != nullptr) {
-      options.follow(&engine);
-      succeeded = true;
-    }
+    if (options.follow != nullptr) succeeded = options.follow(&engine);
   }
   succeeded = FlushOutput() && succeeded && FinishOutputs();
   DiscardOutputs();
@@ -184,7 +210,7 @@ ScriptEngine::~ScriptEngine() {
 }
 
 bool ScriptEngine::Start(std::string* problem) {
-  duk_context* engine = duk_create_heap(Allocate, Reallocate, Free, &context_, EndOnFatal);
+  duk_context* engine = CreateEngine(&context_);
   if (engine == nullptr) {
     *problem = "not enough memory for the script engine";
     return false;

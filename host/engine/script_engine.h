@@ -33,10 +33,10 @@ struct RunOptions {
   std::vector<std::string> arguments;
   bool is_batch = false;    // no error reports, and WScript.Echo prints nothing
   unsigned time_limit = 0;  // in seconds, 0 for none
-  // For the prompt: called before and after the script, in its engine. With `follow` the script's
-  // errors do not count for the exit status.
+  // For the prompt: called before and after the script, in its engine. With `follow` its result
+  // counts for the exit status, and the script's errors do not.
   void (*prepare)(ScriptEngine* engine) = nullptr;
-  void (*follow)(ScriptEngine* engine) = nullptr;
+  bool (*follow)(ScriptEngine* engine) = nullptr;
 };
 
 // RunScript runs a script and returns the host's exit status: 0, or 1 with a report on standard

@@ -16,7 +16,10 @@ namespace {
 
 class OpenFolder {
  public:
-  explicit OpenFolder(const std::string& path) : folder_(opendir(path.c_str())) {
+  explicit OpenFolder(const std::string& path) {
+    do {
+      folder_ = opendir(path.c_str());
+    } while (folder_ == nullptr && errno == EINTR);
     if (folder_ == nullptr) Fail(errno == ENOENT ? kPathNotFound : FileStatusOf(errno));
   }
   OpenFolder(const OpenFolder&) = delete;
@@ -32,7 +35,7 @@ class OpenFolder {
   }
 
  private:
-  DIR* folder_;
+  DIR* folder_ = nullptr;
 };
 
 }  // namespace

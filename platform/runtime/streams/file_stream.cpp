@@ -166,13 +166,24 @@ int OpenFlags(DWORD mode, BOOL create) {
   return flags;
 }
 
+// Closes a file that cannot be used; one that was made for it is removed.
+void CloseFailed(int file, const char* path, int flags) {
+  if ((flags & O_EXCL) != 0) unlink(path);
+  close(file);
+}
+
 HRESULT OpenFile(const char* path, int flags, int* file) {
   *file = Repeated([&] { return open(path, flags, 0666); });
   if (*file < 0) return StatusOf(errno, STG_E_INVALIDFUNCTION);
   struct stat facts = {};
-  if (fstat(*file, &facts) == 0 && !S_ISDIR(facts.st_mode)) return S_OK;
-  close(*file);
-  return STG_E_ACCESSDENIED;
+  HRESULT status = S_OK;
+  if (fstat(*file, &facts) != 0) {
+    status = StatusOf(errno, STG_E_INVALIDFUNCTION);
+  } else if (S_ISDIR(facts.st_mode)) {
+    status = STG_E_ACCESSDENIED;
+  }
+  if (FAILED(status)) CloseFailed(*file, path, flags);
+  return status;
 }
 
 }  // namespace
@@ -195,11 +206,12 @@ extern "C" HRESULT SHCreateStreamOnFileEx(LPCWSTR file, DWORD mode, DWORD, BOOL 
     return E_OUTOFMEMORY;
   }
   int opened = -1;
-  const HRESULT status = OpenFile(path.Data(), OpenFlags(mode, create), &opened);
+  const int flags = OpenFlags(mode, create);
+  const HRESULT status = OpenFile(path.Data(), flags, &opened);
   if (FAILED(status)) return status;
   *out = NewRuntime<FileStream>(opened, mode, std::move(name));
   if (*out == nullptr) {
-    close(opened);
+    CloseFailed(opened, path.Data(), flags);
     return E_OUTOFMEMORY;
   }
   return S_OK;
