@@ -13,7 +13,8 @@ SEED ?= 1
 .PHONY: help run check test build windows windows-tests windows-arm64 definitions \
   handheld handheld-definitions handheld-packages handheld-test \
   docs package package-arm package-test bench bench-avx2 arm-bench arm-bench-packages \
-  count size constant-time prove faults fuzz load coverage mutate flags arm arm-check lint lint-sources fresh clean
+  count size constant-time prove faults memory memory-library memcheck fuzz load coverage mutate flags \
+  arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
 # Not removed as intermediate files.
@@ -41,6 +42,8 @@ make docs                         build/docs: pages with a search, manual pages 
 make count                        instructions of the portable kernels                    1 min   1 min
 make size                         bytes of the module, its stack and heap on 32-bit ARM   15 min   3 min
 make constant-time                branches and addresses that depend on secrets          2 min  20 s
+make memory                       the unit tests by MemorySanitizer                     30 min   5 min
+make memcheck                     the examples and scripts by valgrind's memcheck       10 min   8 min
 make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       17 min  13 min
 make load [LOAD_CALLS=100000000]  that many calls from 8 threads in constant memory       3 min   1 min
 make coverage [FILES=1]           lines and branches of the module that the tests run    15 min   8 min
@@ -73,6 +76,8 @@ lists-arm-bench = packages-arm.txt
 lists-docs = packages-docs.txt
 lists-size = packages-size.txt packages-handheld.txt
 lists-constant-time = packages-test.txt
+lists-memory = packages-test.txt packages-memory.txt
+lists-memcheck = packages-test.txt
 lists-fuzz = packages-fuzz.txt
 lists-load = packages-test.txt
 lists-coverage = packages-test.txt
@@ -224,6 +229,19 @@ constant-time: setup-constant-time build/native/build.ninja
 	$(call build,native,secret_flow secret_words secret_half_words time_statistic)
 	@python3 -B tests/constant_time/constant_time_test.py valgrind build/native/tests
 	@build/native/tests/time_statistic
+
+# Reads of memory that nothing has written (docs/trust.md): in the unit tests, with a C++ library that is
+# instrumented too, and in the examples and scripts.
+memory-library: setup-memory
+	@JOBS=$(JOBS) scripts/memory-library.sh build/memory-library
+build/memory/build.ninja: | memory-library
+memory: setup-memory build/memory/build.ninja
+	$(call build,memory,memory-tests)
+	@ctest --preset memory -j$(JOBS) --progress
+
+memcheck: setup-memcheck build/native/build.ninja
+	$(call build,native,mirolta mirolta-host fake_module planted_fault)
+	@python3 -B tests/memory/memcheck.py build/native --jobs $(JOBS)
 
 # Inputs that fail are kept in fuzz/corpus, from which make test runs them again.
 build/fuzz/build.ninja: | setup-fuzz
