@@ -44,7 +44,8 @@ make size                         bytes of the module, its stack and heap on 32-
 make constant-time                branches and addresses that depend on secrets          2 min  20 s
 make memory                       the unit tests by MemorySanitizer                     30 min   5 min
 make memcheck                     the examples and scripts by valgrind's memcheck       10 min   8 min
-make fuzz [FUZZ_SECONDS=60]       each of 13 fuzzers for that long                       17 min  13 min
+make fuzz [FUZZ_SECONDS=60]       each of 21 fuzzers for that long                       25 min  15 min
+     [COUNT=1]                    the same without sanitizers: more executions         40 min  15 min
 make load [LOAD_CALLS=100000000]  that many calls from 8 threads in constant memory       3 min   1 min
 make coverage [FILES=1]           lines and branches of the module that the tests run    15 min   8 min
 make mutate [MUTANTS=300] [SEED=1] [FILTER=path] [RETRY=1]
@@ -243,11 +244,14 @@ memcheck: setup-memcheck build/native/build.ninja
 	$(call build,native,mirolta mirolta-host fake_module planted_fault)
 	@python3 -B tests/memory/memcheck.py build/native --jobs $(JOBS)
 
-# Inputs that fail are kept in fuzz/corpus, from which make test runs them again.
-build/fuzz/build.ninja: | setup-fuzz
-fuzz: build/fuzz/build.ninja
+# Inputs that fail are kept in fuzz/corpus, from which make test runs them again. The printed table has all
+# executions since the last make clean.
+build/fuzz/build.ninja build/fuzz-count/build.ninja: | setup-fuzz
+fuzz-builds = build/fuzz/build.ninja $(if $(COUNT),build/fuzz-count/build.ninja)
+fuzz: $(fuzz-builds)
 	$(call build,fuzz,fuzz)
-	@scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
+	$(if $(COUNT),$(call build,fuzz-count,fuzz))
+	@FUZZ_COUNT=$(if $(COUNT),build/fuzz-count) FUZZ_JOBS=$(JOBS) scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
 # Its short form is a test.
 load: setup-load build/native/build.ninja

@@ -307,7 +307,7 @@ bool Run(uint64_t calls, bool leaks) {
   // All threads stand still while the memory is read.
   long first = 0, most = 0;
   int samples = 0;
-  const auto sample = [&]() noexcept {
+  auto sample = [&]() noexcept {
     const long now = ResidentBytes();
     if (++samples <= 2) first = now;
     most = std::max(most, now);
@@ -315,7 +315,7 @@ bool Run(uint64_t calls, bool leaks) {
                 static_cast<double>(calls) / 1e6 * samples / kSamples, now / 1024);
     std::fflush(stdout);
   };
-  std::barrier all(kThreads, sample);
+  std::barrier<decltype(sample)> all(kThreads, sample);
   std::vector<std::thread> threads;
   std::vector<std::vector<std::unique_ptr<uint8_t[]>>> arrays(kThreads);
   const uint64_t part = calls / kThreads / kSamples + 1;
