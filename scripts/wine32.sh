@@ -46,9 +46,10 @@ for script in "$root/examples/tour.js" "$root"/tests/windows/scripts/*; do
   fi
 done
 
-# The programs read the published vectors where their build found them.
-mkdir -p "$system$root/tests"
+# The programs read the published vectors and the pages where their build found them.
+mkdir -p "$system$root/tests/trust"
 cp -ru "$root/tests/vectors" "$system$root/tests"
+cp -ru "$root/docs" "$system$root"
 tests=$root/build/windows-x86/tests
 cmake --build "$root/build/windows-x86" --target windows-tests >"$folder/build" ||
   fail "the unit tests do not build: $folder/build"

@@ -42,3 +42,12 @@ if(CMAKE_SYSTEM_PROCESSOR STREQUAL "i686")
       --output-lib $<TARGET_LINKER_FILE_NAME:mirolta>
     VERBATIM)
 endif()
+
+# Test programs that act as the module are linked from the same parts.
+if(MIROLTA_TESTS)
+  add_library(mirolta_resources OBJECT EXCLUDE_FROM_ALL ${made}/Mirolta.rc)
+  add_library(mirolta_entry OBJECT EXCLUDE_FROM_ALL type_library_table.cpp)
+  target_include_directories(mirolta_entry INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(mirolta_entry
+    PUBLIC module_core PRIVATE mirolta_module_options INTERFACE $<TARGET_OBJECTS:mirolta_resources>)
+endif()

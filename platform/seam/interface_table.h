@@ -74,7 +74,8 @@ struct Argument<T> {
 
 template <auto kMethodPointer>
 struct Thunk;
-template <typename Interface, typename... T, HRESULT (Interface::*kMethodPointer)(T...)>
+template <typename Interface, typename... T,
+          HRESULT (STDMETHODCALLTYPE Interface::*kMethodPointer)(T...)>
 struct Thunk<kMethodPointer> {
   static HRESULT Call(void* instance, VARIANT* arguments, VARIANT* result) {
     return CallWith(instance, arguments, result, std::index_sequence_for<T...>{});

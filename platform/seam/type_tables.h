@@ -3,6 +3,8 @@
 // definition file, are derived from them.
 #pragma once
 
+#include <cstdint>
+
 #include "system_headers.h"
 
 namespace mirolta {

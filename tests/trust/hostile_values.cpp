@@ -289,8 +289,9 @@ void HostileValues::AddFixed() {
   text("half-pair", OwnText(Text(1, static_cast<OLECHAR>(0xDC00))));
   text("10000 digits", OwnText(Text(10000, OLESTR('7'))));
   texts_.push_back({"16MB", OwnText(Text(kSixteenMegabytes / 2, OLESTR('7'))), true});
-  for (const LONG number : {0, 1, -1, -2, 2, 7, 33, 64, 1252, 65001, 77777, 0x7FFFFFFF,
-                            static_cast<LONG>(0x80000000)}) {
+  for (const LONG number :
+       std::initializer_list<LONG>{0, 1, -1, -2, 2, 7, 33, 64, 1252, 65001, 77777, 0x7FFFFFFF,
+                                   static_cast<LONG>(0x80000000)}) {
     VARIANT& value = Own(VT_I4);
     value.lVal = number;
     numbers_.push_back({std::to_string(number), value, number > 100});

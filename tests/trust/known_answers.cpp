@@ -22,8 +22,8 @@ struct PropertyRow {
   HRESULT without;
 };
 
-constexpr HRESULT kNoStreamYet = MIROLTA_STATUS(0x80042776u);
-constexpr HRESULT kNotInitialized = MIROLTA_STATUS(0x80042778u);
+constexpr HRESULT kNoStreamYet = static_cast<HRESULT>(0x80042776);
+constexpr HRESULT kNotInitialized = static_cast<HRESULT>(0x80042778);
 constexpr HRESULT kBareNotInitialized = 10104;
 
 constexpr PropertyRow kProperties[] = {

@@ -49,12 +49,14 @@ class LockRuleTest : public TrustTest {
  protected:
   void SetUp() override {
     TrustTest::SetUp();
-    // What late-bound calls load once has locks of its own.
+    // What late-bound calls load once has locks of its own, and so may a thread's first random number.
     for (const ClassTableRow* class_row : AllClasses()) {
       const Subject subject(*class_row, State::kFresh);
       OwnedReference<ITypeInfo> info;
       ASSERT_EQ(subject.Dispatch()->GetTypeInfo(0, 0, info.Put()), S_OK);
     }
+    const Subject number(ClassNamed("PexBigNumber"), State::kFresh);
+    ASSERT_EQ(number.Call("Random", kMethod, "i4 B0 B0"), S_OK);
     MiroltaSetLockProbe(&kProbe);
   }
   void TearDown() override {

@@ -9,7 +9,7 @@ namespace mirolta::test {
 
 namespace {
 
-constexpr HRESULT kTooMuchData = MIROLTA_STATUS(0x8004277Au);
+constexpr HRESULT kTooMuchData = static_cast<HRESULT>(0x8004277A);
 
 // How many bytes or digits a number has from its first that is not zero, and that one.
 struct Magnitude {

@@ -10,10 +10,10 @@ namespace mirolta::test {
 
 namespace {
 
-constexpr HRESULT kAlgorithmNotFound = MIROLTA_STATUS(0x80042777u);
-constexpr HRESULT kNotInitialized = MIROLTA_STATUS(0x80042778u);
-constexpr HRESULT kKeyNotSet = MIROLTA_STATUS(0x80042779u);
-constexpr HRESULT kNoStream = MIROLTA_STATUS(0x80042775u);
+constexpr HRESULT kAlgorithmNotFound = static_cast<HRESULT>(0x80042777);
+constexpr HRESULT kNotInitialized = static_cast<HRESULT>(0x80042778);
+constexpr HRESULT kKeyNotSet = static_cast<HRESULT>(0x80042779);
+constexpr HRESULT kNoStream = static_cast<HRESULT>(0x80042775);
 
 HRESULT NameStatus(const Text& name, std::initializer_list<const OLECHAR*> known) {
   for (const OLECHAR* const one : known) {

@@ -1,0 +1,25 @@
+// The Windows form of the runtime's test hooks. The runtime is the system's: they replace what this
+// program, which is the module itself, imports from it.
+#pragma once
+
+#include "platform.h"
+
+namespace mirolta {
+
+extern "C" {
+// Replaces the clock of GetTickCount and GetLocalTime; null restores the system's.
+struct MiroltaClock {
+  DWORD (*ticks)();
+  void (*local_time)(SYSTEMTIME* time);
+};
+void MiroltaSetClock(const MiroltaClock* clock);
+
+// Called after the program enters a critical section and before it leaves it.
+struct MiroltaLockProbe {
+  void (*entered)(CRITICAL_SECTION* section);
+  void (*leaving)(CRITICAL_SECTION* section);
+};
+void MiroltaSetLockProbe(const MiroltaLockProbe* probe);
+}
+
+}  // namespace mirolta
