@@ -76,9 +76,7 @@ bool LehmerGcd::Run() noexcept {
   }
   while (yn_ != 0) {
     EuclidSteps steps;
-    if (kHasHalfGcd && xn_ >= least_ && TakeUpperSteps()) {
-      continue;
-    }
+    if (kHasHalfGcd && xn_ >= least_ && TakeUpperSteps()) continue;
     if (xn_ == 1 && yn_ == 1) {
       FinishInOneLimb();
     } else if (xn_ >= yn_ && xn_ <= yn_ + 1 &&
@@ -128,6 +126,7 @@ void LehmerGcd::Apply(const EuclidSteps& steps) {
 
 // Finds steps from the upper limbs alone. Returns false if there are none.
 bool LehmerGcd::TakeUpperSteps() {
+  if (!kHasHalfGcd) return false;  // and no call of it is compiled
   const size_t n = xn_ / UpperPart();
   const size_t low = xn_ - n;
   if (yn_ > xn_ || yn_ <= low + n / 2 + 1 || CompareLimbs(x_ + low, y_ + low, n) < 0) return false;
