@@ -2,7 +2,6 @@
 
 #include "lehmer_gcd.h"
 #include "limb_basics.h"
-#include "limb_scratch.h"
 
 namespace mirolta {
 
@@ -12,11 +11,10 @@ namespace {
 bool RunLehmer(LehmerGcd* run, const BigInt& r0, const BigInt& r1, bool with_cofactor) {
   const size_t n0 = LimbsForWords(r0.Used());
   const size_t n1 = LimbsForWords(r1.Used());
-  LimbScratch memory(CheckedSize(n0) + CheckedSize(n1));
-  if (memory.Get() == nullptr) return false;
-  LimbsFromWords(memory.Get(), r0.Magnitude().Words(), r0.Used());
-  LimbsFromWords(memory.Get() + n0, r1.Magnitude().Words(), r1.Used());
-  return run->Run(memory.Get(), n0, memory.Get() + n0, n1, with_cofactor);
+  if (!run->Reserve(n0, n1, with_cofactor)) return false;
+  LimbsFromWords(run->X(), r0.Magnitude().Words(), r0.Used());
+  LimbsFromWords(run->Y(), r1.Magnitude().Words(), r1.Used());
+  return run->Run();
 }
 
 }  // namespace

@@ -2,29 +2,11 @@
 
 #include "divide.h"
 #include "limb_basics.h"
+#include "matrix_product.h"
 #include "multiply.h"
 #include "small_quotient.h"
 
 namespace mirolta {
-
-// Matrix: several steps at once, r(i) = +-(u0 x - v0 y), r(i+1) = -+(u1 x - v1 y), the upper signs
-// for an even number of steps. The cofactors' magnitudes take the same factors, all positive.
-struct LehmerGcd::Matrix {
-  Limb u0 = 1, v0 = 0;
-  Limb u1 = 0, v1 = 1;
-  bool odd = false;
-
-  void Step(Limb quotient) {
-    const Limb u = static_cast<Limb>(u0 + quotient * u1);
-    const Limb v = static_cast<Limb>(v0 + quotient * v1);
-    u0 = u1;
-    v0 = v1;
-    u1 = u;
-    v1 = v;
-    odd = !odd;
-  }
-  bool Changed() const { return u1 != 0; }
-};
 
 namespace {
 
@@ -35,34 +17,6 @@ void Swap(T& a, T& b) {
   b = c;
 }
 
-constexpr uint64_t kFloor = uint64_t{1} << 34;
-
-// Euclid's steps on approximations x and y, which differ from the true values by at most 2. A step
-// is taken only while the new remainder z and y - z are at least kFloor. Then every cofactor is at
-// most x / y <= 2^64 / 2^34 = 2^30, and the true remainders differ from the approximate ones by at
-// most 2 * 2 * 2^30 < kFloor / 2. So 0 < z < y holds for the true values too, and the quotient is
-// the same.
-template <typename Matrix>
-void Simulate(uint64_t x, uint64_t y, Matrix* matrix) {
-  if (y < kFloor) return;
-  for (;;) {
-    uint64_t quotient = 1;
-    uint64_t z = x - y;
-    // Most quotients are small, and a subtraction costs less than a division.
-    if (z >= y) {
-      z -= y;
-      quotient = 2;
-      if (z >= y) {
-        quotient += SmallQuotient(&z, y);
-      }
-    }
-    if (z < kFloor || y - z < kFloor) return;
-    matrix->Step(static_cast<Limb>(quotient));
-    x = y;
-    y = z;
-  }
-}
-
 }  // namespace
 
 LehmerGcd::~LehmerGcd() {
@@ -71,45 +25,63 @@ LehmerGcd::~LehmerGcd() {
   delete[] memory_;
 }
 
-bool LehmerGcd::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_cofactor) noexcept {
-  m = SignificantLimbs(x, m);
-  n = SignificantLimbs(y, n);
-  const size_t size = (m > n ? m : n) + 1;
+bool LehmerGcd::Reserve(size_t m, size_t n, bool with_cofactor,
+                        const HalfGcdLengths& lengths) noexcept {
+  with_cofactor_ = with_cofactor;
+  least_ = with_cofactor ? lengths.cofactor : lengths.gcd;
+  recursion_ = lengths.recursion;
+  xn_ = m;
+  yn_ = n;
+  size_ = (m > n ? m : n) + 1;
   // A cofactor is at most the larger operand; an intermediate product has two limbs more.
-  const size_t wide = with_cofactor ? size + 3 : 0;
-  CheckedSize limbs = 5 * CheckedSize(size) + 4 * CheckedSize(wide);
-  if (with_cofactor) limbs = limbs + MultiplyScratch(size, size);
+  const size_t wide = with_cofactor ? size_ + 3 : 0;
+  const CheckedSize spare = 2 * CheckedSize(size_);
+  CheckedSize scratch = CheckedSize(size_);
+  const size_t half = size_ / 2 + 2;
+  // A quotient and the cofactor that it multiplies have no more limbs together than the larger operand and two.
+  if (with_cofactor) scratch = scratch + MultiplyScratch(half, half);
+  scratch = spare + scratch;
+  if (kHasHalfGcd && size_ > least_) {
+    const size_t upper = size_ / UpperPart() + 1;
+    const size_t entry = HalfGcdEntry(upper);
+    CheckedSize steps = HalfGcdScratch(upper, size_ - upper + 2, recursion_);
+    // The new cofactors have no more limbs than size_.
+    if (with_cofactor) steps = LargerOf(steps, PairScratch(entry, size_ - entry + 3));
+    scratch = LargerOf(scratch, 4 * CheckedSize(entry) + steps);
+  }
+  const CheckedSize limbs = spare + 4 * CheckedSize(wide) + scratch;
   memory_ = NewArray<Limb>(limbs);
   if (memory_ == nullptr) return false;
   memory_limbs_ = limbs.Value();
   ZeroLimbs(memory_, memory_limbs_);
   x_ = memory_;
-  y_ = x_ + size;
-  spare_x_ = y_ + size;
-  spare_y_ = spare_x_ + size;
-  quotient_ = spare_y_ + size;
-  t0_ = quotient_ + size;
+  y_ = x_ + size_;
+  t0_ = y_ + size_;
   t1_ = t0_ + wide;
   spare_t0_ = t1_ + wide;
   spare_t1_ = spare_t0_ + wide;
-  product_scratch_ = spare_t1_ + wide;
-  CopyLimbs(x_, x, m);
-  CopyLimbs(y_, y, n);
-  xn_ = m;
-  yn_ = n;
-  with_cofactor_ = with_cofactor;
-  if (with_cofactor) {
+  work_ = spare_t1_ + wide;
+  spare_x_ = work_;
+  spare_y_ = spare_x_ + size_;
+  scratch_ = spare_y_ + size_;
+  return true;
+}
+
+bool LehmerGcd::Run() noexcept {
+  xn_ = SignificantLimbs(x_, xn_);
+  yn_ = SignificantLimbs(y_, yn_);
+  if (with_cofactor_) {
     t1_[0] = 1;
     tn_ = 1;
   }
-
   while (yn_ != 0) {
-    Matrix matrix;
+    EuclidSteps steps;
+    if (kHasHalfGcd && xn_ >= least_ && TakeUpperSteps()) continue;
     if (xn_ == 1 && yn_ == 1) {
       FinishInOneLimb();
     } else if (xn_ >= yn_ && xn_ <= yn_ + 1 &&
-               (xn_ == 2 ? FindMatrixOfTwoLimbs(&matrix) : FindMatrix(&matrix))) {
-      Apply(matrix);
+               (xn_ == 2 ? FindStepsOfTwoLimbs(&steps) : FindEuclidSteps(&steps, x_, y_, xn_))) {
+      Apply(steps);
     } else if (!DivisionStep()) {
       return false;
     }
@@ -118,48 +90,8 @@ bool LehmerGcd::Run(const Limb* x, size_t m, const Limb* y, size_t n, bool with_
   return true;
 }
 
-bool LehmerGcd::FindMatrix(Matrix* matrix) const {
-  const size_t n = xn_;
-  if (y_[n - 1] > x_[n - 1]) return false;  // normalising x would shift bits out of y
-  const uint32_t shift = LeadingZeros(x_[n - 1]);
-  const auto top = [n, shift](const Limb* z) {
-    DoubleLimb t = static_cast<DoubleLimb>(z[n - 1]) << kLimbBits | z[n - 2];
-    if (shift != 0) t = t << shift | z[n - 3] >> (kLimbBits - shift);
-    return t;
-  };
-  const DoubleLimb x = top(x_);
-  const DoubleLimb y = top(y_);
-  if (y > x) return false;
-  if constexpr (kLimbBits == 32) {
-    Simulate(static_cast<uint64_t>(x), static_cast<uint64_t>(y), matrix);
-    return matrix->Changed();
-  } else {
-    Matrix first;
-    Simulate(static_cast<uint64_t>(x >> 32 >> 32), static_cast<uint64_t>(y >> 32 >> 32), &first);
-    if (!first.Changed()) return false;
-    // The double limbs after these steps have an error below 2^31. Truncating them to 64 bits drops
-    // at least 33 bits, which makes that an error below 1 and adds less than 1.
-    DoubleLimb a = x * first.u0 - y * first.v0;
-    DoubleLimb b = y * first.v1 - x * first.u1;
-    if (first.odd) {
-      a = 0 - a;
-      b = 0 - b;
-    }
-    const uint32_t bits = 128 - LeadingZeros(static_cast<Limb>(a >> 32 >> 32));
-    const uint32_t cut = bits - 64;
-    Matrix second;
-    Simulate(static_cast<uint64_t>(a >> cut), static_cast<uint64_t>(b >> cut), &second);
-    matrix->u0 = second.u0 * first.u0 + second.v0 * first.u1;
-    matrix->v0 = second.u0 * first.v0 + second.v0 * first.v1;
-    matrix->u1 = second.u1 * first.u0 + second.v1 * first.u1;
-    matrix->v1 = second.u1 * first.v0 + second.v1 * first.v1;
-    matrix->odd = first.odd != second.odd;
-    return true;
-  }
-}
-
 // Exact steps while the remainder has two limbs: the cofactors fit one limb.
-bool LehmerGcd::FindMatrixOfTwoLimbs(Matrix* matrix) const {
+bool LehmerGcd::FindStepsOfTwoLimbs(EuclidSteps* steps) const {
   DoubleLimb x = static_cast<DoubleLimb>(x_[1]) << kLimbBits | x_[0];
   DoubleLimb y = static_cast<DoubleLimb>(y_[1]) << kLimbBits | y_[0];
   if (y > x || y_[1] == 0) return false;
@@ -170,55 +102,68 @@ bool LehmerGcd::FindMatrixOfTwoLimbs(Matrix* matrix) const {
       // Below B, as y has two limbs.
       quotient = static_cast<Limb>(1 + SmallQuotient(&z, y));
     }
-    if (z >> kLimbBits == 0) return matrix->Changed();
-    matrix->Step(quotient);
+    if (z >> kLimbBits == 0) return steps->Changed();
+    steps->Step(quotient);
     x = y;
     y = z;
   }
 }
 
-void LehmerGcd::Apply(const Matrix& matrix) {
-  const LimbKernels& k = CurrentLimbKernels();
-  const Limb* plus_x = x_;
-  const Limb* minus_x = y_;
-  Limb u0 = matrix.u0, v0 = matrix.v0, u1 = matrix.u1, v1 = matrix.v1;
-  if (matrix.odd) {
-    // r(i) = v0 y - u0 x and r(i+1) = u1 x - v1 y
-    Swap(plus_x, minus_x);
-    Swap(u0, v0);
-    Swap(u1, v1);
-  }
-  // The carries of both products are equal, so they cancel.
-  k.mul1(spare_x_, plus_x, xn_, u0);
-  k.mul_sub1(spare_x_, minus_x, xn_, v0);
-  k.mul1(spare_y_, minus_x, xn_, v1);
-  k.mul_sub1(spare_y_, plus_x, xn_, u1);
+void LehmerGcd::Apply(const EuclidSteps& steps) {
+  ReduceByEuclidSteps(steps, spare_x_, spare_y_, x_, y_, xn_);
   Swap(x_, spare_x_);
   Swap(y_, spare_y_);
   xn_ = SignificantLimbs(x_, xn_);
   yn_ = SignificantLimbs(y_, xn_);
-  if (matrix.odd) odd_ = !odd_;
+  if (steps.odd) odd_ = !odd_;
   if (!with_cofactor_) return;
-  const Limb c0 = k.mul1(spare_t0_, t0_, tn_, matrix.u0);
-  const Limb d0 = k.mul_add1(spare_t0_, t1_, tn_, matrix.v0);
-  const Limb c1 = k.mul1(spare_t1_, t0_, tn_, matrix.u1);
-  const Limb d1 = k.mul_add1(spare_t1_, t1_, tn_, matrix.v1);
-  // The new cofactors have at most one limb more, so that c + d does not overflow.
-  spare_t0_[tn_] = static_cast<Limb>(c0 + d0);
-  spare_t1_[tn_] = static_cast<Limb>(c1 + d1);
+  // The new cofactors have at most one limb more.
+  MultiplyByEuclidSteps(steps, spare_t0_, spare_t1_, t0_, t1_, tn_);
   Swap(t0_, spare_t0_);
   Swap(t1_, spare_t1_);
   if (t0_[tn_] != 0 || t1_[tn_] != 0) ++tn_;
 }
 
+// Finds steps from the upper limbs alone. Returns false if there are none.
+bool LehmerGcd::TakeUpperSteps() {
+  if (!kHasHalfGcd) return false;  // and no call of it is compiled
+  const size_t n = xn_ / UpperPart();
+  const size_t low = xn_ - n;
+  if (yn_ > xn_ || yn_ <= low + n / 2 + 1 || CompareLimbs(x_ + low, y_ + low, n) < 0) return false;
+  if (x_ == work_ || y_ == work_) {
+    Swap(x_, spare_x_);
+    Swap(y_, spare_y_);
+    CopyLimbs(x_, spare_x_, xn_);
+    CopyLimbs(y_, spare_y_, xn_);
+  }
+  const size_t entry = HalfGcdEntry(n);
+  EuclidMatrix matrix;
+  PlaceEntries(&matrix, work_, entry);
+  Limb* const rest = work_ + 4 * entry;
+  const size_t high = HalfGcd(x_ + low, y_ + low, n, &matrix, rest, recursion_);
+  if (!matrix.Changed()) return false;
+  xn_ = JoinLowLimbs(matrix, x_, y_, low, high, rest);
+  yn_ = SignificantLimbs(y_, xn_);
+  odd_ = odd_ != matrix.odd;
+  if (!with_cofactor_) return true;
+  MultiplyPair(matrix, spare_t0_, spare_t1_, t0_, t1_, tn_, rest);
+  Swap(t0_, spare_t0_);
+  Swap(t1_, spare_t1_);
+  const size_t n0 = SignificantLimbs(t0_, matrix.n + tn_ + 1);
+  const size_t n1 = SignificantLimbs(t1_, matrix.n + tn_ + 1);
+  tn_ = n0 > n1 ? n0 : n1;
+  return true;
+}
+
 bool LehmerGcd::DivisionStep() {
   const LimbKernels& k = CurrentLimbKernels();
+  Limb* const quotient = scratch_;
   size_t count = 0;
   if (xn_ >= yn_) {
     count = xn_ - yn_ + 1;
-    if (!DivideLimbs(quotient_, x_, x_, xn_, y_, yn_)) return false;
+    if (!DivideLimbs(quotient, x_, x_, xn_, y_, yn_)) return false;
     ZeroLimbs(x_ + yn_, xn_ - yn_);
-    count = SignificantLimbs(quotient_, count);
+    count = SignificantLimbs(quotient, count);
   }
   Swap(x_, y_);
   const size_t old = xn_;
@@ -229,7 +174,7 @@ bool LehmerGcd::DivisionStep() {
   if (!with_cofactor_) return true;
   const size_t n1 = SignificantLimbs(t1_, tn_);
   if (count != 0 && n1 != 0) {
-    MultiplyLimbs(spare_t1_, t1_, n1, quotient_, count, product_scratch_);
+    MultiplyLimbs(spare_t1_, t1_, n1, quotient, count, quotient + count);
     size_t n = n1 + count;
     if (n < tn_) {
       ZeroLimbs(spare_t1_ + n, tn_ - n);
@@ -254,22 +199,22 @@ bool LehmerGcd::DivisionStep() {
 void LehmerGcd::FinishInOneLimb() {
   Limb x = x_[0];
   Limb y = y_[0];
-  Matrix matrix;
+  EuclidSteps steps;
   while (y != 0) {
     const Limb quotient = static_cast<Limb>(x / y);
     const Limb z = static_cast<Limb>(x - quotient * y);
-    matrix.Step(quotient);
+    steps.Step(quotient);
     x = y;
     y = z;
   }
   x_[0] = x;
   y_[0] = 0;
   yn_ = 0;
-  if (matrix.odd) odd_ = !odd_;
+  if (steps.odd) odd_ = !odd_;
   if (!with_cofactor_) return;
   const LimbKernels& k = CurrentLimbKernels();
-  const Limb c = k.mul1(spare_t0_, t0_, tn_, matrix.u0);
-  const Limb d = k.mul_add1(spare_t0_, t1_, tn_, matrix.v0);
+  const Limb c = k.mul1(spare_t0_, t0_, tn_, steps.u0);
+  const Limb d = k.mul_add1(spare_t0_, t1_, tn_, steps.v0);
   spare_t0_[tn_] = static_cast<Limb>(c + d);
   Swap(t0_, spare_t0_);
   ++tn_;

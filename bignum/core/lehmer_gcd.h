@@ -1,7 +1,8 @@
 // Lehmer's algorithm: greatest common divisor, cofactor and parity of Euclid's steps.
 #pragma once
 
-#include "limb.h"
+#include "euclid_steps.h"
+#include "half_gcd.h"
 
 namespace mirolta {
 
@@ -17,13 +18,19 @@ class LehmerGcd {
   LehmerGcd(const LehmerGcd&) = delete;
   LehmerGcd& operator=(const LehmerGcd&) = delete;
 
-  // Run computes the sequence from r0 = x and r1 = y, with cofactors if asked for. It may be called
-  // once.
-  // Shapes: x[m], y[n], m >= 0, n >= 0.
+  // Reserve makes room for operands of m and n limbs, once. Then X[m] and Y[n] are to be written, which
+  // are zero. From the least of `lengths` on, HalfGcd finds the steps.
+  // Shapes: m >= 0, n >= 0.
+  // Errors: false if memory runs out.
+  [[nodiscard]] bool Reserve(size_t m, size_t n, bool with_cofactor,
+                             const HalfGcdLengths& lengths = kHalfGcdLengths) noexcept;
+  Limb* X() { return x_; }
+  Limb* Y() { return y_; }
+
+  // Run computes the sequence from r0 = X and r1 = Y, with cofactors if asked for. It may be called once.
   // Errors: false if memory runs out.
   // Time:   depends on the values.
-  [[nodiscard]] bool Run(const Limb* x, size_t m, const Limb* y, size_t n,
-                         bool with_cofactor) noexcept;
+  [[nodiscard]] bool Run() noexcept;
 
   // r(i), without leading zero limbs.
   const Limb* Gcd() const { return x_; }
@@ -35,13 +42,13 @@ class LehmerGcd {
   bool OddSteps() const { return odd_; }
 
  private:
-  struct Matrix;
-
   [[nodiscard]] bool DivisionStep();
-  void Apply(const Matrix& matrix);
+  void Apply(const EuclidSteps& steps);
   void FinishInOneLimb();
-  bool FindMatrix(Matrix* matrix) const;
-  bool FindMatrixOfTwoLimbs(Matrix* matrix) const;
+  bool FindStepsOfTwoLimbs(EuclidSteps* steps) const;
+  bool TakeUpperSteps();
+  // The part of the limbs that HalfGcd takes. Shorter ones leave more to the next call, but cost less.
+  size_t UpperPart() const { return with_cofactor_ ? 2 : 3; }
 
   Limb* memory_ = nullptr;
   size_t memory_limbs_ = 0;
@@ -55,9 +62,12 @@ class LehmerGcd {
   Limb* t1_ = nullptr;
   Limb* spare_t0_ = nullptr;
   Limb* spare_t1_ = nullptr;
-  Limb* quotient_ = nullptr;
-  Limb* product_scratch_ = nullptr;
+  Limb* work_ = nullptr;     // the scratch of HalfGcd: one of the pairs, and what follows it
+  Limb* scratch_ = nullptr;  // behind the pair: of products and quotients
   size_t tn_ = 0;
+  size_t size_ = 0;   // of x and y
+  size_t least_ = 0;  // for which HalfGcd is faster
+  size_t recursion_ = 0;
   bool with_cofactor_ = false;
   bool odd_ = false;
 };

@@ -48,6 +48,9 @@ class BasicCheckedSize {
   friend constexpr BasicCheckedSize operator*(SizeConstant a, BasicCheckedSize b) {
     return BasicCheckedSize(a) * b;
   }
+  friend constexpr BasicCheckedSize LargerOf(BasicCheckedSize a, BasicCheckedSize b) {
+    return a.value_ > b.value_ ? a : b;
+  }
 
  private:
   template <typename Count>

@@ -198,6 +198,8 @@ TEST(BigMemoryTest, NumbersAreWipedBeforeTheirMemoryIsFreed) {
     ASSERT_EQ(Remainder(r, long_one, Secret(300) + BigInt(1)), S_OK);
     ASSERT_EQ(Gcd(r, long_one, Secret(100)), S_OK);
     ASSERT_EQ(Inverse(r, Secret(100), long_one), S_OK);
+    ASSERT_EQ(Gcd(r, Secret(900), Secret(890) + BigInt(1)), S_OK);
+    ASSERT_EQ(Inverse(r, Secret(900), Secret(905) + BigInt(1)), S_OK);
     ASSERT_EQ(ModExp(r, Secret(100), BigInt(3), Secret(101) + BigInt(1)), S_OK);
     NumberText text;
     ASSERT_EQ(ToText(text, long_one, 10), S_OK);

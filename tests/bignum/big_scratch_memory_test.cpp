@@ -2,8 +2,11 @@
 // the operands keep their values, nothing leaks, and the same call succeeds afterwards.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "big_int.h"
 #include "gcd.h"
+#include "half_gcd.h"
 #include "memory_watch.h"
 #include "mod_exp.h"
 #include "next_prime.h"
@@ -154,6 +157,23 @@ TEST_F(BigScratchMemoryTest, AFailedAllocationOfGcdAndInverseLeavesTheirOperands
   FailEachOf("zero", BigInt(7), [&](BigInt& r) { return Gcd(r, a, BigInt()); });
   FailEachOf("zero first", BigInt(7), [&](BigInt& r) { return Gcd(r, BigInt(), a); });
   FailEachOf("inverse", BigInt(7), [&](BigInt& r) { return Inverse(r, b, a + BigInt(2)); });
+}
+
+// Numbers of so many limbs that steps are found from their upper parts, with a quotient of 1,600 bits among
+// the steps, which needs memory too.
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfLongGcdAndInverseLeavesTheirOperands) {
+  BigInt b = Pattern(950, 3);
+  BigInt a = b * Pattern(50, 7) + Pattern(940, 9);
+  for (int i = 0; i < 3000; ++i) {
+    const BigInt sum = a + b;
+    b = a;
+    a = sum;
+  }
+  ASSERT_GT(a.Used() / kLimbWords, std::max(kHalfGcdLengths.gcd, kHalfGcdLengths.cofactor));
+  FailEachOf("gcd", BigInt(7), [&](BigInt& r) { return Gcd(r, a, b); });
+  FailEachOf("gcd in an operand", b, [&](BigInt& r) { return Gcd(r, a, r); });
+  FailEachOf("inverse", BigInt(7), [&](BigInt& r) { return Inverse(r, b, a); });
+  FailEachOf("inverse in an operand", a, [&](BigInt& r) { return Inverse(r, b, r); });
 }
 
 // Only the first allocations: the later ones are those of the search.
