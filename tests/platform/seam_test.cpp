@@ -178,15 +178,28 @@ TEST(KernelListTest, HasAllRowsInTheirOrder) {
   EXPECT_EQ(expected, 0);
 }
 
+int Vectors() {
+  return 2;
+}
+int Words() {
+  return 1;
+}
+constexpr Kernel<int (*)()> kFunctions[] = {{"vectors", kFeatureSha, Vectors},
+                                            {"portable", 0, Words}};
+
 }  // namespace
 
-extern const KernelList<int> kTestKernels;
-constinit const KernelList<int> kTestKernels = kRows;
+extern const KernelList<int (*)()> kTestKernels;
+constinit const KernelList<int (*)()> kTestKernels = kFunctions;
 
 namespace {
 
 TEST(CurrentKernelTest, IsTheRowForThisProcessor) {
-  EXPECT_EQ(CurrentKernel<kTestKernels>(), kTestKernels.Choose(ProcessorFeatures()).function);
+  EXPECT_EQ(ChosenKernel<kTestKernels>(), nullptr);
+  const auto chosen = CurrentKernel<kTestKernels>();
+  EXPECT_EQ(chosen, kTestKernels.Choose(ProcessorFeatures()).function);
+  EXPECT_EQ(chosen(), (ProcessorFeatures() & kFeatureSha) != 0 ? 2 : 1);
+  EXPECT_EQ(ChosenKernel<kTestKernels>(), chosen);
 }
 
 }  // namespace
