@@ -10,7 +10,7 @@ namespace mirolta {
 
 // Below the least, products of limbs are faster, as measured. Above the most, there is no
 // Radix52Product.
-inline constexpr size_t kRadix52PowerLeastBits = 520;
+inline constexpr size_t kRadix52PowerLeastBits = 385;
 inline constexpr size_t kRadix52PowerMostBits =
     kRadix52MostVectors * kRadix52PerVector * kRadix52Bits - kRadix52Spare;
 

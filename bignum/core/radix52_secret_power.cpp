@@ -19,7 +19,7 @@ void EnterRadix52(Limb* one, Limb* base, size_t count, size_t padded, const Secr
   const size_t n = power.n;
   Limb* const shift = memory;
   Limb* const residue = shift + n;
-  SecretResidues residues(power.m, n, residue + n);
+  SecretResidues residues(power.m, n, residue + n, power.square);
   residues.PowerOfTwo(shift, count * kRadix52Bits);
   residues.Enter(residue, power.x, power.xn);
   residues.Multiply(residue, residue, shift);
@@ -34,14 +34,13 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
                     const Product& product) {
   const size_t padded = vectors * kRadix52PerVector;
   const size_t stride = kCount * padded;
-  size_t limbs = 0, longest = 0;
-  for (size_t i = 0; i < kCount; ++i) {
-    limbs = powers[i].n > limbs ? powers[i].n : limbs;
-    longest = powers[i].en > longest ? powers[i].en : longest;
+  size_t limbs = 0, longest = 0, bits = 0;
+  for (const SecretPower* power = powers; power != powers + kCount; ++power) {
+    limbs = power->n > limbs ? power->n : limbs;
+    bits = power->exponent_bits > bits ? power->exponent_bits : bits;
+    longest = ExponentLimbs(power->en > longest ? power->en : longest, bits);
   }
-  if (longest < limbs) longest = limbs;
-  const CheckedSize bits = CheckedSize(longest) * SizeConstant(kLimbBits);
-  const uint32_t window = SplitWindowBits(bits.Value());
+  const uint32_t window = SplitWindowBits(bits);
   const CheckedSize table = WindowMemoryLimbs(CheckedSize(stride), window);
   const size_t numbers = kCount + 1;  // of exponents
   Radix52Scratch memory(table + 3 * CheckedSize(stride) + SecretResidues::MemoryLimbs(limbs) +
@@ -69,7 +68,7 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
     ZeroLimbs(exponent + power.en, longest - power.en);
     exponents[i] = Split(quotients + i * longest, exponent, longest, power.factor);
   }
-  raising.Raise(result, exponents, bits.Value() - (kLimbBits - 1));
+  raising.Raise(result, exponents, QuotientBits(bits));
   Limb* const unit = raising.One();
   ZeroLimbs(unit, stride);
   for (size_t i = 0; i < kCount; ++i) unit[i * padded] = 1;

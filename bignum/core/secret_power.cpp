@@ -13,9 +13,8 @@ namespace {
 bool SecretMontgomeryPower(const SecretPower* powers) {
   const SecretPower& power = *powers;
   const size_t n = power.n;
-  const size_t longest = power.en > n ? power.en : n;
-  const CheckedSize bits = CheckedSize(longest) * SizeConstant(kLimbBits);
-  const uint32_t window = SplitWindowBits(bits.Value());
+  const size_t longest = ExponentLimbs(power.en, power.exponent_bits);
+  const uint32_t window = SplitWindowBits(power.exponent_bits);
   const CheckedSize residue_limbs = SecretResidues::MemoryLimbs(n);
   const CheckedSize table = WindowMemoryLimbs(CheckedSize(n), window);
   LimbScratch memory(residue_limbs + table + 2 * CheckedSize(longest));
@@ -24,7 +23,7 @@ bool SecretMontgomeryPower(const SecretPower* powers) {
   Limb* const exponent = tables + table.Value();
   Limb* const quotient = exponent + longest;
 
-  SecretResidues residues(power.m, n, memory.Get());
+  SecretResidues residues(power.m, n, memory.Get(), power.square);
   const auto multiply = [&residues](Limb* z, const Limb* x, const Limb* y) {
     residues.Multiply(z, x, y);
   };
@@ -34,7 +33,7 @@ bool SecretMontgomeryPower(const SecretPower* powers) {
   CopyLimbs(exponent, power.e, power.en);
   ZeroLimbs(exponent + power.en, longest - power.en);
   SplitExponent exponents[1] = {Split(quotient, exponent, longest, power.factor)};
-  raising.Raise(power.z, exponents, bits.Value() - (kLimbBits - 1));
+  raising.Raise(power.z, exponents, QuotientBits(power.exponent_bits));
   residues.Leave(power.z, power.z);
   WipeMemory(exponents, sizeof exponents);
   return true;

@@ -12,15 +12,17 @@ struct SecretPower {
   size_t xn;
   const Limb* e;  // [en]
   size_t en;
-  const Limb* m;  // [n], odd and above 1; m[n - 1] != 0
+  size_t exponent_bits;  // e is below 2^exponent_bits, which is public
+  const Limb* m;         // [n], odd and above 1; m[n - 1] != 0
   size_t n;
-  Limb factor;  // by which e is split (SplitExponent): random, with its top bit set
+  const Limb* square;  // [n], B^2n mod m, or null if it is not known
+  Limb factor;         // by which e is split (SplitExponent): random, with its top bit set
 };
 
 // RaiseToSecrets computes count powers, 1 or 2. Two are interleaved where that is faster.
 // Alias:  z overlaps nothing.
 // Errors: false if memory runs out.
-// Time:   depends on the lengths, and the bit lengths of the moduli, only: no branch and no address
+// Time:   depends on the lengths, exponent_bits and the bit lengths of the moduli only: no branch and no address
 //         depends on x, e or other bits of m.
 // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 14.82.
 [[nodiscard]] bool RaiseToSecrets(const SecretPower* powers, size_t count) noexcept;

@@ -10,12 +10,16 @@ constexpr size_t kMostDoublings = 2 * size_t{kLimbBits};
 
 }  // namespace
 
-SecretResidues::SecretResidues(const Limb* m, size_t n, Limb* memory) noexcept
+SecretResidues::SecretResidues(const Limb* m, size_t n, Limb* memory, const Limb* square) noexcept
     : modulus_(PrepareMontgomery(m, n)),
       product_(memory),
       square_(memory + 2 * n),
       spare_(memory + 3 * n) {
-  MakePower(square_, n * kLimbBits);
+  if (square != nullptr) {
+    CopyLimbs(square_, square, n);
+  } else {
+    MakePower(square_, n * kLimbBits);
+  }
 }
 
 void SecretResidues::WideProduct(Limb* z, const Limb* x, const Limb* y) noexcept {
@@ -57,6 +61,10 @@ void SecretResidues::Subtract(Limb* z, const Limb* x, const Limb* y) noexcept {
 
 void SecretResidues::PowerOfTwo(Limb* z, size_t e) noexcept {
   const size_t n = modulus_.n;
+  if (e == 0) {
+    Leave(z, square_);
+    return;
+  }
   if (e >= n * kLimbBits && e - n * kLimbBits <= kMostDoublings) {
     CopyLimbs(z, square_, n);
     for (size_t i = n * kLimbBits; i < e; ++i) Double(z);

@@ -11,8 +11,9 @@ namespace mirolta {
 class SecretResidues {
  public:
   // It owns neither m nor memory, which the caller wipes.
-  // Shapes: m[n] odd and above 1, m[n - 1] != 0, memory[MemoryLimbs(n)].
-  SecretResidues(const Limb* m, size_t n, Limb* memory) noexcept;
+  // Shapes: m[n] odd and above 1, m[n - 1] != 0, memory[MemoryLimbs(n)]; square[n] is B^2n mod m, or null
+  //         to compute it.
+  SecretResidues(const Limb* m, size_t n, Limb* memory, const Limb* square = nullptr) noexcept;
   static CheckedSize MemoryLimbs(size_t n) noexcept { return 5 * CheckedSize(n); }
 
   // Enter: z := x * B^n mod m. Leave: z := x / B^n mod m.

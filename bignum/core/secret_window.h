@@ -87,6 +87,17 @@ inline SplitExponent Split(Limb* quotient, const Limb* e, size_t n, Limb factor)
   return {quotient, factor, rest};
 }
 
+// ExponentLimbs returns the limbs that a quotient of e[en] below 2^bits has.
+inline size_t ExponentLimbs(size_t en, size_t bits) {
+  const size_t limbs = bits / kLimbBits + (bits % kLimbBits != 0 ? 1 : 0);
+  return limbs > en ? limbs : en;
+}
+
+// QuotientBits returns the bits that a quotient of an exponent below 2^bits has.
+inline size_t QuotientBits(size_t bits) {
+  return bits < kLimbBits ? 1 : bits - (kLimbBits - 1);
+}
+
 // SplitWindowBits returns the window for a quotient of that many bits.
 inline uint32_t SplitWindowBits(size_t bits) {
   return bits > 640 ? 5 : 4;

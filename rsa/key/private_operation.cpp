@@ -46,13 +46,13 @@ HRESULT DrawFactors(Limb* factors, size_t count) noexcept {
 }
 
 bool JoinResidues(Limb* z, const Limb* m1, Limb* m2, const Limb* p, size_t pn, const Limb* q,
-                  size_t qn, const Limb* p_inverse) noexcept {
+                  size_t qn, const Limb* p_inverse, const Limb* q_square) noexcept {
   const CheckedSize residue_limbs = SecretResidues::MemoryLimbs(qn);
   LimbScratch memory(residue_limbs + CheckedSize(pn) + 2 * CheckedSize(qn));
   if (memory.Get() == nullptr) return false;
   Limb* const factor = memory.Get() + residue_limbs.Value();
   Limb* const product = factor + qn;
-  SecretResidues by_q(q, qn, memory.Get());
+  SecretResidues by_q(q, qn, memory.Get(), q_square);
   // m1 < p <= q: one addition of q is enough.
   by_q.Subtract(m2, m2, m1);
   by_q.Enter(factor, m2, qn);
@@ -84,7 +84,9 @@ HRESULT SecretPowerModulo(bool* done, BigInt& r, const BigInt& c, const BigInt& 
   CopyNumber(base, xn, c);
   CopyNumber(exponent, en, d);
   CopyNumber(modulus, size, n);
-  const SecretPower raised = {power, base, xn, exponent, en, modulus, size, *factor};
+  // An exponent that is no longer than the modulus takes the modulus's time.
+  const size_t bits = (en > size ? en : size) * kLimbBits;
+  const SecretPower raised = {power, base, xn, exponent, en, bits, modulus, size, nullptr, *factor};
   if (!RaiseToSecrets(&raised, 1)) return E_OUTOFMEMORY;
   status = r.AssignLimbs(power, size);
   if (SUCCEEDED(status)) r.SetSignFlag(c.SignFlag() && d.IsOdd());
@@ -106,7 +108,7 @@ HRESULT SecretPowersModuloPrimes(bool* done, BigInt& r, const RsaPrimeValues& va
   *done = true;
   const size_t pn = LimbsOf(values.p);
   const size_t xn = LimbsOf(c);
-  LimbScratch memory(CheckedSize(xn) + 8 * CheckedSize(qn) + 2 * CheckedSize(pn) + 2);
+  LimbScratch memory(CheckedSize(xn) + 9 * CheckedSize(qn) + 3 * CheckedSize(pn) + 2);
   if (memory.Get() == nullptr) return E_OUTOFMEMORY;
   Limb* const factors = memory.Get();
   Limb* const base = factors + 2;
@@ -117,7 +119,9 @@ HRESULT SecretPowersModuloPrimes(bool* done, BigInt& r, const RsaPrimeValues& va
   Limb* const p_inverse = d_q + qn;
   Limb* const m1 = p_inverse + qn;
   Limb* const m2 = m1 + qn;
-  Limb* const result = m2 + qn;
+  Limb* const p_square = m2 + qn;
+  Limb* const q_square = p_square + pn;
+  Limb* const result = q_square + qn;
   HRESULT status = DrawFactors(factors, 2);
   if (FAILED(status)) return status;
   CopyNumber(base, xn, c);
@@ -126,10 +130,14 @@ HRESULT SecretPowersModuloPrimes(bool* done, BigInt& r, const RsaPrimeValues& va
   CopyNumber(d_p, qn, values.d_p);
   CopyNumber(d_q, qn, values.d_q);
   CopyNumber(p_inverse, qn, values.p_inverse);
+  CopyNumber(p_square, pn, values.p_square);
+  CopyNumber(q_square, qn, values.q_square);
   ZeroLimbs(m1 + pn, qn - pn);
-  const SecretPower powers[] = {{m1, base, xn, d_p, pn, p, pn, factors[0]},
-                                {m2, base, xn, d_q, qn, q, qn, factors[1]}};
-  if (!RaiseToSecrets(powers, 2) || !JoinResidues(result, m1, m2, p, pn, q, qn, p_inverse)) {
+  const SecretPower powers[] = {
+      {m1, base, xn, d_p, pn, LimbBits(p, pn), p, pn, p_square, factors[0]},
+      {m2, base, xn, d_q, qn, LimbBits(q, qn), q, qn, q_square, factors[1]}};
+  if (!RaiseToSecrets(powers, 2) ||
+      !JoinResidues(result, m1, m2, p, pn, q, qn, p_inverse, q_square)) {
     return E_OUTOFMEMORY;
   }
   status = r.AssignLimbs(result, pn + qn);

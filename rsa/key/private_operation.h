@@ -12,13 +12,15 @@ HRESULT DrawFactors(Limb* factors, size_t count) noexcept;
 
 // JoinResidues: z := the number that is m1 mod p and m2 mod q, for m1 < p and m2 < q.
 // Shapes: p[pn], q[qn], p_inverse[qn] of p modulo q, m1[qn], its limbs from pn on zero; m2[qn],
-//         destroyed; z[pn + qn]; p <= q, q odd and above 1, q[qn - 1] != 0, pn <= qn.
+//         destroyed; z[pn + qn]; p <= q, q odd and above 1, q[qn - 1] != 0, pn <= qn; q_square[qn] is
+//         B^2qn mod q, or null.
 // Alias:  none.
 // Errors: false if memory runs out.
 // Time:   depends on the lengths only.
 // Source: Garner's algorithm, Knuth TAOCP 2, 4.3.2.
 [[nodiscard]] bool JoinResidues(Limb* z, const Limb* m1, Limb* m2, const Limb* p, size_t pn,
-                                const Limb* q, size_t qn, const Limb* p_inverse) noexcept;
+                                const Limb* q, size_t qn, const Limb* p_inverse,
+                                const Limb* q_square) noexcept;
 
 // SecretPowerModulo: r := c^d mod n, with the sign flag that ModExp gives. Where *done stays false,
 // n is even, negative, or of two limbs or fewer, or d = 0, and nothing is computed.

@@ -109,6 +109,18 @@ bool IsSame(const BigInt& a, const BigInt& b) {
                                           BigMagnitude::Compare(a.Magnitude(), b.Magnitude()) == 0);
 }
 
+// r := B^2n mod m, where m has n limbs.
+HRESULT SquareOfBase(BigInt& r, const BigInt& m) {
+  const size_t size = 2 * LimbsForWords(m.Used()) + 1;
+  LimbScratch limbs{CheckedSize(size)};
+  if (limbs.Get() == nullptr) return E_OUTOFMEMORY;
+  ZeroLimbs(limbs.Get(), size - 1);
+  limbs.Get()[size - 1] = 1;
+  BigInt power;
+  const HRESULT status = power.AssignLimbs(limbs.Get(), size);
+  return FAILED(status) ? status : Remainder(r, power, m);
+}
+
 HRESULT MakeValues(RsaPrimeValues& made, const RsaKey& key) {
   const BigInt p_less_1 = key.p - BigInt(1);
   const BigInt q_less_1 = key.q - BigInt(1);
@@ -117,6 +129,8 @@ HRESULT MakeValues(RsaPrimeValues& made, const RsaKey& key) {
   if (SUCCEEDED(status)) status = Inverse(made.p_inverse, key.p, key.q);
   if (SUCCEEDED(status)) status = Remainder(made.d_p, d, p_less_1);
   if (SUCCEEDED(status)) status = Remainder(made.d_q, d, q_less_1);
+  if (SUCCEEDED(status)) status = SquareOfBase(made.p_square, key.p);
+  if (SUCCEEDED(status)) status = SquareOfBase(made.q_square, key.q);
   if (FAILED(status)) return status;
   made.e = key.e;
   made.p = key.p;

@@ -16,6 +16,8 @@ struct RsaPrimeValues {
   BigInt d_p;        // the inverse of e modulo (p-1)(q-1), modulo p-1
   BigInt d_q;        // the same modulo q-1
   BigInt p_inverse;  // of p modulo q
+  BigInt p_square;   // B^2n mod p, of a p of n limbs
+  BigInt q_square;   // the same of q
 };
 
 // RsaKey: a key, all zero where unset.

@@ -17,7 +17,8 @@ constexpr Limb kTop = Limb{1} << (kLimbBits - 1);
 // One power with its numbers.
 struct OnePower {
   Mpz base, exponent, modulus;
-  Limbs x, e, m, z;
+  Limbs x, e, m, z, square;
+  size_t most_exponent_bits;
   Limb factor = kTop;
 
   // Base and exponent have any lengths; every seventh is extreme.
@@ -39,6 +40,13 @@ struct OnePower {
     e = Export(exponent, LimbsFor(exponent_bits));
     m = Export(modulus, LimbsFor(bits));
     z.assign(m.size(), 5);
+    most_exponent_bits = exponent_bits + (i % 4 == 0 ? Below(200) : 0);
+    if (i % 3 == 1) {
+      Mpz power;
+      mpz_setbit(power, 2 * m.size() * kLimbBits);
+      mpz_mod(power, power, modulus);
+      square = Export(power, m.size());
+    }
     for (uint32_t j = 0; j < 32; ++j) factor = factor << 2 ^ Below(1u << 16);
     factor |= kTop;
     if (i % 5 == 0) factor = kTop;
@@ -53,7 +61,10 @@ struct OnePower {
   }
 
   SecretPower Power() {
-    return {z.data(), x.data(), x.size(), e.data(), e.size(), m.data(), m.size(), factor};
+    return {z.data(), x.data(), x.size(),
+            e.data(), e.size(), most_exponent_bits,
+            m.data(), m.size(), square.empty() ? nullptr : square.data(),
+            factor};
   }
   void Expect() {
     Mpz power;
@@ -89,6 +100,15 @@ TEST(SecretPowerTest, PowersByEveryMethodAgreeWithThePeer) {
       }
     }
     ExpectPowers(method, most, most, 3);
+    // Exponents of all ones up to and beyond the random factor's length.
+    const uint32_t least = static_cast<uint32_t>(method.least_bits) + 2;
+    for (uint32_t bits = 1; bits < 3 * kLimbBits; ++bits) {
+      OnePower first(least, least, bits, 3), second(least, least, bits, 3);
+      const SecretPower powers[] = {first.Power(), second.Power()};
+      ASSERT_TRUE(method.raise(powers));
+      first.Expect();
+      if (method.powers == 2) second.Expect();
+    }
   });
 }
 

@@ -33,7 +33,8 @@ struct HiddenPower {
     Hide(&factor, sizeof factor);
   }
   SecretPower Power() {
-    return {z.data(), x.data(), x.size(), e.data(), e.size(), m.data(), m.size(), factor};
+    return {z.data(), x.data(), x.size(), e.data(), e.size(), e.size() * kLimbBits,
+            m.data(), m.size(), nullptr,  factor};
   }
 };
 

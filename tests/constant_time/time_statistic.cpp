@@ -124,9 +124,11 @@ void MeasureAll() {
   Measure({"RSA private operation by primes, ciphertext", 10000, set_ciphertext,
            [&] { (void)RsaDecryptWithPrimes(result, key, ciphertext); }});
   Measure({"secret power, exponent", 6000, limb_exponent, [&] {
-             const SecretPower power = {
-                 numbers.z, numbers.x, kLimbs, numbers.e,
-                 kLimbs,    numbers.m, kLimbs, static_cast<Limb>(~Limb{0} / 7 * 5)};
+             const SecretPower power = {numbers.z, numbers.x,
+                                        kLimbs,    numbers.e,
+                                        kLimbs,    kLimbs * kLimbBits,
+                                        numbers.m, kLimbs,
+                                        nullptr,   static_cast<Limb>(~Limb{0} / 7 * 5)};
              (void)RaiseToSecrets(&power, 1);
            }});
 

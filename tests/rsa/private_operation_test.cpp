@@ -171,12 +171,19 @@ TEST_F(PrivateOperationTest, ResiduesAreJoined) {
   inverse = inverse_peer.Here();
   Limb p_inverse[2] = {};
   LimbsFromWords(p_inverse, inverse.Magnitude().Words(), inverse.Used());
+  Bn power, square_peer;
+  BN_set_bit(power, 4 * static_cast<int>(kLimbBits));
+  BN_mod(square_peer, power, Bn(q_number), Context());
+  const BigInt square = square_peer.Here();
+  Limb q_square[2] = {};
+  LimbsFromWords(q_square, square.Magnitude().Words(), square.Used());
   for (Limb residue = 0; residue < 7; ++residue) {
     for (const Limb other : {Limb{0}, Limb{3}, Limb{6}, kLimbMax}) {
       const Limb m1[2] = {residue, 0};
       Limb m2[2] = {other, 0};
       Limb z[3] = {9, 9, 9};
-      ASSERT_TRUE(JoinResidues(z, m1, m2, p, 1, q, 2, p_inverse));
+      ASSERT_TRUE(
+          JoinResidues(z, m1, m2, p, 1, q, 2, p_inverse, residue % 2 == 0 ? nullptr : q_square));
       BigInt joined, expected_rest;
       ASSERT_EQ(joined.AssignLimbs(z, 3), S_OK);
       ASSERT_EQ(expected_rest.AssignLimbs(&other, 1), S_OK);
