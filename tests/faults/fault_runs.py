@@ -51,7 +51,7 @@ CHANGING = ("write", "fsync", "fchmod", "mkdir", "openat", "link", "unlink", "un
 DELETING = ("unlink", "unlinkat", "rmdir")
 # The system's loader does not repeat an interrupted call; it reports it.
 LOADED = re.compile(r"\.so[.\d]*$|/gconv/|/locale/|^/proc/")
-NUMBERED = re.compile(r"(/proc/|/\.mirolta-)\d+")
+NUMBERED = re.compile(r"(/proc/|\.mirolta-)\d+")
 LEFT_BY_KILL = re.compile(r"(^|/)\.mirolta-\d+-\d+$|\.new$")
 NOT_JUDGED = re.compile(r"\.lock$")
 
