@@ -146,7 +146,7 @@ def main():
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--valgrind", default="valgrind")
     parser.add_argument("tests", nargs="*")
-    arguments = parser.parse_args()
+    arguments = parser.parse_intermixed_args()
     checker = Checker(arguments.build, "memcheck-short" if arguments.short else "memcheck", arguments.valgrind)
     listing = subprocess.run(["ctest", "--test-dir", str(arguments.build), "--show-only=json-v1"],
                              capture_output=True, text=True, check=True).stdout
