@@ -70,6 +70,7 @@ constexpr unsigned kMostCreationFailures = 64;
 
 void* NoMemory(ScriptContext* context) {
   if (context->creation != nullptr && ++context->creation_failures > kMostCreationFailures) {
+    // NOLINTNEXTLINE(cert-err52-cpp): the engine's own code, which is C, takes no exception.
     longjmp(*context->creation, 1);
   }
   return nullptr;
@@ -108,6 +109,7 @@ duk_context* CreateEngine(ScriptContext* context) {
   context->creation = &out;
   context->creation_failures = 0;
   duk_context* volatile engine = nullptr;
+  // NOLINTNEXTLINE(cert-err52-cpp): as above.
   if (setjmp(out) == 0) engine = duk_create_heap(Allocate, Reallocate, Free, context, EndOnFatal);
   context->creation = nullptr;
   return engine;
