@@ -168,9 +168,9 @@ TEST(ByteBuffer, TakesABlockThatIsAlone) {
       EXPECT_EQ(Content(buffer), bytes);
       const uint32_t taken = std::min(held, wanted);
       EXPECT_EQ(buffer.Take(out, wanted), taken);
-      EXPECT_EQ(Bytes(out, out + taken), Bytes(bytes.begin(), bytes.begin() + taken));
+      EXPECT_EQ(Bytes(out, out + taken), Bytes(bytes.data(), bytes.data() + taken));
       EXPECT_EQ(out[taken], 0u);
-      EXPECT_EQ(Content(buffer), Bytes(bytes.begin() + taken, bytes.end()));
+      EXPECT_EQ(Content(buffer), Bytes(bytes.data() + taken, bytes.data() + held));
     }
   }
 }
