@@ -1,7 +1,7 @@
 # clang's MemorySanitizer with the standard library that scripts/memory-library.sh builds: it would report
 # what a library without its instrumentation has written as uninitialised.
 set(CMAKE_CXX_COMPILER clang++)
-get_filename_component(library build/memory-library ABSOLUTE BASE_DIR ${CMAKE_CURRENT_LIST_DIR}/..)
+get_filename_component(library build/libcxx-msan ABSOLUTE BASE_DIR ${CMAKE_CURRENT_LIST_DIR}/..)
 set(CMAKE_CXX_FLAGS_INIT
   "-fsanitize=memory -fsanitize-memory-track-origins -stdlib=libc++ -isystem ${library}/include/c++/v1")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-L${library}/lib -Wl,-rpath,${library}/lib -fno-sanitize-link-runtime")

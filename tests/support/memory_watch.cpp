@@ -8,6 +8,8 @@
 #include <iterator>
 #include <new>
 
+#include "searched_memory.h"
+
 namespace {
 
 // Stands before the bytes given out, in room that keeps their alignment.
@@ -68,6 +70,7 @@ void Add(const void* secret, size_t size) {
 int SecretsIn(const BlockHeader* block) {
   const auto* const start = reinterpret_cast<const unsigned char*>(block + 1);
   const unsigned char* const end = start + block->size;
+  mirolta::test::TakeAsWritten(start, block->size);
   int found = 0;
   for (size_t i = 0; i < secret_count; ++i) {
     const unsigned char* const bytes = secrets[i].bytes;
