@@ -21,7 +21,8 @@ Limbs NextLimbs(FuzzInput& in, size_t count) {
     if (i < 8 && !in.IsEmpty()) {
       limbs[i] = static_cast<Limb>(in.Huge());
     } else {
-      limbs[i] = kind % 4 == 0 ? 0 : kind % 4 == 1 ? ~Limb{0} : limbs[i - 1] * 5 + kind;
+      const Limb before = i == 0 ? 1 : limbs[i - 1];
+      limbs[i] = kind % 4 == 0 ? 0 : kind % 4 == 1 ? ~Limb{0} : before * 5 + kind;
     }
   }
   return limbs;

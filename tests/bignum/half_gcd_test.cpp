@@ -174,7 +174,7 @@ TEST(HalfGcdTest, MatricesAreStepsOfEveryNumberWithTheseUpperLimbs) {
     for (int i = 0; i < Cases(n < 20 ? 12 : 4); ++i) {
       Limbs x = RandomLimbs(n), y = RandomLimbs(n);
       // Lengths that differ, up to those without a step.
-      if (i % 4 == 1) std::fill(y.end() - Below(static_cast<uint32_t>(n / 2)), y.end(), Limb{0});
+      if (i % 4 == 1) std::fill_n(y.rbegin(), Below(static_cast<uint32_t>(n / 2)), Limb{0});
       if (i % 4 == 2) y = x;
       if (i % 4 == 2) y[Below(static_cast<uint32_t>(n))] ^= 1;
       Order(&x, &y);
