@@ -5,14 +5,12 @@
 //   array_borrowing          pairs of arrays of one dimension
 //   array_borrowing --full   pairs of all arrays
 #include <algorithm>
-#include <cinttypes>
-#include <cstdio>
 #include <cstring>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 #include "byte_view.h"
+#include "verdict.h"
 
 namespace mirolta {
 
@@ -223,10 +221,7 @@ bool Run(const char* name, const std::vector<std::unique_ptr<Case>>& cases, bool
       ++pairs;
     }
   }
-  const bool holds = is_planted ? wrong != 0 : wrong == 0;
-  std::printf("%s: %s, %" PRIu64 " pairs of values, %" PRIu64 " wrong\n", holds ? "ok" : "FAILED",
-              name, pairs, wrong);
-  return holds;
+  return prove::Report(name, pairs, "pairs of values", wrong, is_planted);
 }
 
 }  // namespace
@@ -235,7 +230,7 @@ bool Run(const char* name, const std::vector<std::unique_ptr<Case>>& cases, bool
 
 int main(int argc, char** argv) {
   using namespace mirolta;
-  const bool is_full = argc > 1 && std::string_view(argv[1]) == "--full";
+  const bool is_full = prove::WantsAll(argc, argv);
   const auto few = AllCases(1);
   bool holds = Run<ByteView>("array borrowing", is_full ? AllCases(2) : AllCases(1), false);
   holds &= Run<KeepsALock>("borrowing that keeps a lock", few, true);

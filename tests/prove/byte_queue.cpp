@@ -4,13 +4,11 @@
 //   byte_queue          sequences of four operations
 //   byte_queue --full   sequences of five
 #include <algorithm>
-#include <cinttypes>
-#include <cstdio>
 #include <iterator>
-#include <string_view>
 #include <vector>
 
 #include "byte_buffer.h"
+#include "verdict.h"
 
 namespace mirolta {
 
@@ -199,10 +197,8 @@ bool Run(const char* name, int length, bool is_planted) {
   uint64_t sequences = 1;
   for (int i = 0; i < length; ++i) sequences *= std::size(kOperations<Queue>);
   for (uint64_t number = 0; number < sequences; ++number) RunSequence<Queue>(number, length);
-  const bool holds = is_planted ? wrong != 0 : wrong == 0;
-  std::printf("%s: %s, %" PRIu64 " sequences of %d operations, %" PRIu64 " wrong\n",
-              holds ? "ok" : "FAILED", name, sequences, length, wrong);
-  return holds;
+  const std::string what = "sequences of " + std::to_string(length) + " operations";
+  return prove::Report(name, sequences, what, wrong, is_planted);
 }
 
 }  // namespace
@@ -211,7 +207,7 @@ bool Run(const char* name, int length, bool is_planted) {
 
 int main(int argc, char** argv) {
   using namespace mirolta;
-  const bool is_full = argc > 1 && std::string_view(argv[1]) == "--full";
+  const bool is_full = prove::WantsAll(argc, argv);
   bool holds = Run<ByteBuffer>("byte queue", is_full ? 5 : 4, false);
   holds &= Run<LosesAByte>("byte queue that loses a byte", 3, true);
   holds &= Run<RefusesTheLastByte>("byte queue that refuses the last byte", 3, true);

@@ -4,13 +4,13 @@
 //
 //   call_rewriter          expressions of up to five nodes
 //   call_rewriter --full   of up to six
-#include <cinttypes>
 #include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "source/call_assignment.h"
+#include "verdict.h"
 
 namespace mirolta::host {
 
@@ -137,10 +137,7 @@ bool Run(const char* name, Rewriter rewrite, const Grammar& grammar, bool is_pla
       }
     }
   }
-  const bool holds = is_planted ? wrong != 0 : wrong == 0 && scripts != 0;
-  std::printf("%s: %s, %" PRIu64 " scripts, %" PRIu64 " wrong\n", holds ? "ok" : "FAILED", name,
-              scripts, wrong);
-  return holds;
+  return prove::Report(name, scripts, "scripts", wrong, is_planted);
 }
 
 }  // namespace
@@ -149,7 +146,7 @@ bool Run(const char* name, Rewriter rewrite, const Grammar& grammar, bool is_pla
 
 int main(int argc, char** argv) {
   using namespace mirolta::host;
-  const bool is_full = argc > 1 && std::string_view(argv[1]) == "--full";
+  const bool is_full = mirolta::prove::WantsAll(argc, argv);
   const Grammar few(5);
   bool holds = is_full ? Run("call rewriter", RewriteCallAssignments, Grammar(6), false)
                        : Run("call rewriter", RewriteCallAssignments, few, false);

@@ -4,16 +4,14 @@
 //
 //   limb_loops          the short form
 //   limb_loops --full   all operands
-#include <cinttypes>
-#include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <string_view>
 
 #include "divide_by_limb.h"
 #include "limb_basics.h"
 #include "limb_kernel_tables.h"
 #include "schoolbook_division.h"
+#include "verdict.h"
 
 namespace mirolta {
 
@@ -374,11 +372,7 @@ bool Run(const Row& row, bool is_full) {
   cases = 0;
   wrong = 0;
   row.check(row.loops);
-  const bool holds = row.is_planted ? wrong != 0 : wrong == 0 && cases != 0;
-  std::printf("%s: %s, %" PRIu64 " cases, %" PRIu64 " wrong\n", holds ? "ok" : "FAILED", row.name,
-              cases, wrong);
-  std::fflush(stdout);
-  return holds;
+  return prove::Report(row.name, cases, "cases", wrong, row.is_planted);
 }
 
 int CheckAll(bool is_full) {
@@ -412,5 +406,5 @@ int CheckAll(bool is_full) {
 }  // namespace mirolta
 
 int main(int argc, char** argv) {
-  return mirolta::CheckAll(argc > 1 && std::string_view(argv[1]) == "--full");
+  return mirolta::CheckAll(mirolta::prove::WantsAll(argc, argv));
 }

@@ -5,7 +5,6 @@
 //   registry_reader          texts of up to four tokens
 //   registry_reader --full   of up to five
 #include <algorithm>
-#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "registry/registry_text.h"
+#include "verdict.h"
 
 namespace mirolta::runtime {
 
@@ -342,10 +342,8 @@ bool Run(const char* name, Reader read, int most, bool is_planted) {
       }
     }
   }
-  const bool holds = is_planted ? wrong != 0 : wrong == 0 && accepted != 0;
-  std::printf("%s: %s, %" PRIu64 " texts, %" PRIu64 " of them accepted, %" PRIu64 " wrong\n",
-              holds ? "ok" : "FAILED", name, texts, accepted, wrong);
-  return holds;
+  const std::string what = "accepted of " + std::to_string(texts) + " texts";
+  return prove::Report(name, accepted, what, wrong, is_planted);
 }
 
 }  // namespace
@@ -354,7 +352,7 @@ bool Run(const char* name, Reader read, int most, bool is_planted) {
 
 int main(int argc, char** argv) {
   using namespace mirolta::runtime;
-  const bool is_full = argc > 1 && std::string_view(argv[1]) == "--full";
+  const bool is_full = mirolta::prove::WantsAll(argc, argv);
   bool holds = Run("registry reader", Read, is_full ? 5 : 4, false);
   holds &= Run("registry reader that counts continuations as one line", CountsContinuationsAsOne, 3,
                true);
