@@ -1,5 +1,7 @@
 #include "half_gcd.h"
 
+#include <utility>
+
 #include "divide.h"
 #include "euclid_steps.h"
 #include "limb_basics.h"
@@ -104,12 +106,6 @@ bool DivisionStep(Level* level, Limb* scratch) {
   return true;
 }
 
-void SwapPointers(Limb** a, Limb** b) {
-  Limb* const c = *a;
-  *a = *b;
-  *b = c;
-}
-
 // Takes steps until x has at most `wanted` limbs or no step is possible.
 // Shapes: wanted > floor; scratch[StepScratch(n)].
 void TakeSteps(Level* level, size_t wanted, Limb* scratch) {
@@ -122,11 +118,11 @@ void TakeSteps(Level* level, size_t wanted, Limb* scratch) {
   PlaceEntries(&other, y + n, entry);
   bool swapped = false;
   const auto swap = [&] {
-    SwapPointers(&level->x, &x);
-    SwapPointers(&level->y, &y);
+    std::swap(level->x, x);
+    std::swap(level->y, y);
     for (size_t c = 0; c < 2; ++c) {
-      SwapPointers(&matrix.first[c], &other.first[c]);
-      SwapPointers(&matrix.second[c], &other.second[c]);
+      std::swap(matrix.first[c], other.first[c]);
+      std::swap(matrix.second[c], other.second[c]);
     }
     swapped = !swapped;
   };

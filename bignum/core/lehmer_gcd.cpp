@@ -1,5 +1,7 @@
 #include "lehmer_gcd.h"
 
+#include <utility>
+
 #include "divide.h"
 #include "limb_basics.h"
 #include "matrix_product.h"
@@ -7,17 +9,6 @@
 #include "small_quotient.h"
 
 namespace mirolta {
-
-namespace {
-
-template <typename T>
-void Swap(T& a, T& b) {
-  const T c = a;
-  a = b;
-  b = c;
-}
-
-}  // namespace
 
 LehmerGcd::~LehmerGcd() {
   if (memory_ == nullptr) return;
@@ -111,16 +102,16 @@ bool LehmerGcd::FindStepsOfTwoLimbs(EuclidSteps* steps) const {
 
 void LehmerGcd::Apply(const EuclidSteps& steps) {
   ReduceByEuclidSteps(steps, spare_x_, spare_y_, x_, y_, xn_);
-  Swap(x_, spare_x_);
-  Swap(y_, spare_y_);
+  std::swap(x_, spare_x_);
+  std::swap(y_, spare_y_);
   xn_ = SignificantLimbs(x_, xn_);
   yn_ = SignificantLimbs(y_, xn_);
   if (steps.odd) odd_ = !odd_;
   if (!with_cofactor_) return;
   // The new cofactors have at most one limb more.
   MultiplyByEuclidSteps(steps, spare_t0_, spare_t1_, t0_, t1_, tn_);
-  Swap(t0_, spare_t0_);
-  Swap(t1_, spare_t1_);
+  std::swap(t0_, spare_t0_);
+  std::swap(t1_, spare_t1_);
   if (t0_[tn_] != 0 || t1_[tn_] != 0) ++tn_;
 }
 
@@ -131,8 +122,8 @@ bool LehmerGcd::TakeUpperSteps() {
   const size_t low = xn_ - n;
   if (yn_ > xn_ || yn_ <= low + n / 2 + 1 || CompareLimbs(x_ + low, y_ + low, n) < 0) return false;
   if (x_ == work_ || y_ == work_) {
-    Swap(x_, spare_x_);
-    Swap(y_, spare_y_);
+    std::swap(x_, spare_x_);
+    std::swap(y_, spare_y_);
     CopyLimbs(x_, spare_x_, xn_);
     CopyLimbs(y_, spare_y_, xn_);
   }
@@ -147,8 +138,8 @@ bool LehmerGcd::TakeUpperSteps() {
   odd_ = odd_ != matrix.odd;
   if (!with_cofactor_) return true;
   MultiplyPair(matrix, spare_t0_, spare_t1_, t0_, t1_, tn_, rest);
-  Swap(t0_, spare_t0_);
-  Swap(t1_, spare_t1_);
+  std::swap(t0_, spare_t0_);
+  std::swap(t1_, spare_t1_);
   const size_t n0 = SignificantLimbs(t0_, matrix.n + tn_ + 1);
   const size_t n1 = SignificantLimbs(t1_, matrix.n + tn_ + 1);
   tn_ = n0 > n1 ? n0 : n1;
@@ -165,7 +156,7 @@ bool LehmerGcd::DivisionStep() {
     ZeroLimbs(x_ + yn_, xn_ - yn_);
     count = SignificantLimbs(quotient, count);
   }
-  Swap(x_, y_);
+  std::swap(x_, y_);
   const size_t old = xn_;
   xn_ = yn_;
   yn_ = SignificantLimbs(y_, count != 0 ? yn_ : old);
@@ -186,11 +177,11 @@ bool LehmerGcd::DivisionStep() {
     if (n < n1) n = n1;
     ZeroLimbs(t1_ + tn_, n > tn_ ? n - tn_ : 0);
     if (n < tn_) n = tn_;
-    Swap(t0_, t1_);
-    Swap(t1_, spare_t1_);
+    std::swap(t0_, t1_);
+    std::swap(t1_, spare_t1_);
     tn_ = n;
   } else {
-    Swap(t0_, t1_);
+    std::swap(t0_, t1_);
   }
   return true;
 }
@@ -216,7 +207,7 @@ void LehmerGcd::FinishInOneLimb() {
   const Limb c = k.mul1(spare_t0_, t0_, tn_, steps.u0);
   const Limb d = k.mul_add1(spare_t0_, t1_, tn_, steps.v0);
   spare_t0_[tn_] = static_cast<Limb>(c + d);
-  Swap(t0_, spare_t0_);
+  std::swap(t0_, spare_t0_);
   ++tn_;
 }
 
