@@ -124,7 +124,12 @@ constexpr struct {
   double required;
   double stretch;
   int iterations;
-} kGeneration[] = {{512, 5, 15, 32}, {1024, 3, 15, 16}, {2048, 3, 15, 4}};
+  bool has_threads;  // long keys are searched by all processors
+} kGeneration[] = {{512, 5, 15, 32, false},
+                   {1024, 3, 15, 16, false},
+                   {2048, 3, 15, 4, false},
+                   {4096, 5, 15, 1, true},
+                   {8192, 5, 15, 1, true}};
 
 constexpr struct {
   int bits;
@@ -141,7 +146,7 @@ void AddRsaRows(RowList* rows) {
     const int bits = size.bits;
     rows->push_back({"engine/RSA key generation/" + std::to_string(bits) + " bits", 0,
                      size.required, size.stretch, kOperands, size.iterations,
-                     [bits] { return MakeGenerators(bits); }});
+                     [bits] { return MakeGenerators(bits); }, size.has_threads});
   }
   for (const auto& size : kPrivate) {
     const int bits = size.bits;

@@ -1,7 +1,7 @@
 # The seam on Windows for 64-bit ARM: the desktop's, and the start that no compiler's runtime brings.
 target_sources(mirolta_platform PRIVATE
   windows/allocation.cpp windows/byte_array.cpp windows/entropy.cpp windows/identifiers.cpp
-  windows/language_support.cpp windows/registry_change.cpp windows/shared_system_source.cpp windows/start.cpp)
+  windows/language_support.cpp windows/registry_change.cpp windows/shared_system_source.cpp windows/start.cpp windows/threads.cpp)
 target_compile_definitions(mirolta_platform PUBLIC
   MIROLTA_WITHOUT_RUNTIME=1 UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 
