@@ -9,7 +9,8 @@ import xml.dom.minidom
 import xml.parsers.expat
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "bench"), str(ROOT / "tests" / "support")]
+sys.path[:0] = [str(ROOT / "bench"), str(ROOT / "bench" / "windows"), str(ROOT / "tests" / "support")]
+import compare  # noqa: E402
 import page_blocks  # noqa: E402
 import plots  # noqa: E402
 import processor  # noqa: E402
@@ -243,6 +244,28 @@ class BenchmarkTable(unittest.TestCase):
         listed = read("docs/benchmarks.md")
         for page in (ROOT / "docs" / "benchmarks").glob("*.md"):
             self.assertIn(f"(benchmarks/{page.name})", listed)
+
+
+class WindowsTable(unittest.TestCase):
+    def test_medians_are_compared_with_what_is_required(self):
+        runs = [{"kernel/MD5/16 KiB": (16384, time, "8f"), "engine/power/512 bits": (0, 3000 * time, "07"),
+                 "class/created": (0, 5, "11")} for time in (90.0, 10.0, 11.0)]
+        native = compare.medians(runs)
+        self.assertEqual(native["kernel/MD5/16 KiB"], (16384, 11.0))
+        slower = {row: (size, time * 1.1) for row, (size, time) in native.items()}
+        lines, short = compare.table({"native": native, "x64": slower, "x86": native})
+        self.assertEqual(short, 1)
+        self.assertIn("| kernel, MD5, 16 KiB | 1489.45 GB/s | 1354.05 GB/s | 0.91 | 1489.45 GB/s | 1.00 | 0.95 | short |",
+                      lines)
+        self.assertIn("| engine, power, 512 bits | 33 µs | 36.3 µs | 0.91 | 33 µs | 1.00 | 0.90 | met |", lines)
+        self.assertTrue(lines[-1].endswith("| 1.00 |  |  |"), lines[-1])
+
+    def test_builds_whose_results_differ_are_refused(self):
+        runs = [{"class/created": (0, 5.0, digits)} for digits in ("11", "12")]
+        with self.assertRaisesRegex(SystemExit, "class/created: the results differ"):
+            compare.medians(runs)
+        with self.assertRaisesRegex(SystemExit, "status 3"):
+            compare.run(["sh", "-c", "echo a row without figures; exit 3"], "")
 
 
 class Architecture(unittest.TestCase):
