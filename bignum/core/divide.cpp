@@ -11,7 +11,7 @@ namespace mirolta {
 CheckedSize DivideScratch(size_t m, size_t n) noexcept {
   const bool recurses = m - n + 1 >= kBurnikelZieglerLimbs && n >= kBurnikelZieglerLimbs;
   if (!recurses) return SizeConstant(0);
-  return CheckedSize(n) + MultiplyScratch(n, n);
+  return BurnikelZieglerScratch(n, m - n + 1);
 }
 
 namespace {

@@ -1,6 +1,8 @@
 // Multiplication: the method is chosen by the operands' lengths.
 #pragma once
 
+#include <bit>
+
 #include "limb.h"
 
 namespace mirolta {
@@ -16,10 +18,11 @@ void MultiplyLimbs(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n,
                    Limb* scratch) noexcept;
 
 // BalancedScratch returns the limbs of scratch of MultiplyBalanced without transforms. Karatsuba takes 2h + 2 a level
-// for halves of h = (n + 1) / 2 limbs, Toom-3 6k + 6 for thirds: less than 4n and a few limbs a
-// level in all, with 64 levels at most.
+// for halves of h = (n + 1) / 2 limbs, Toom-3 6k + 6 for thirds: less than 4n and eight limbs a
+// level in all, with fewer levels than n has bits.
 inline CheckedSize BalancedScratch(size_t n) noexcept {
-  return 4 * CheckedSize(n) + 64 * 8;
+  const auto levels = static_cast<size_t>(std::bit_width(n));
+  return 4 * CheckedSize(n) + 8 * CheckedSize(levels);
 }
 
 // MultiplyBalanced: z := x * y for operands of equal length.

@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 #include "big_magnitude.h"
@@ -94,9 +95,10 @@ TEST_F(LimbSizesTest, SizesOfScratchDoNotWrap) {
     EXPECT_EQ(MultiplyScratch(SIZE_MAX, n).Value(), kTooLarge) << n;
     EXPECT_EQ(MontgomeryScratch(n).Value(), kTooLarge) << n;
   }
-  EXPECT_EQ(BalancedScratch(SIZE_MAX / 4 - 127).Value(), kTooLarge);
-  EXPECT_LT(BalancedScratch(SIZE_MAX / 4 - 128).Value(), kTooLarge);
-  EXPECT_EQ(DivideScratch(SIZE_MAX, SIZE_MAX / 13 + 1).Value(), kTooLarge);
+  const size_t balanced = FirstTooLong(4, 8 * (std::numeric_limits<size_t>::digits - 2));
+  EXPECT_EQ(BalancedScratch(balanced).Value(), kTooLarge);
+  EXPECT_LT(BalancedScratch(balanced - 1).Value(), kTooLarge);
+  EXPECT_EQ(DivideScratch(SIZE_MAX, SIZE_MAX / 7 + 1).Value(), kTooLarge);
   EXPECT_EQ(DecimalRoom(SIZE_MAX / kDecimalDigits + 1).Value(), kTooLarge);
   EXPECT_LT(DecimalRoom(SIZE_MAX / kDecimalDigits / 2).Value(), kTooLarge);
 }
