@@ -26,12 +26,11 @@ bool LehmerGcd::Reserve(size_t m, size_t n, bool with_cofactor,
   size_ = (m > n ? m : n) + 1;
   // A cofactor is at most the larger operand; an intermediate product has two limbs more.
   const size_t wide = with_cofactor ? size_ + 3 : 0;
-  const CheckedSize spare = 2 * CheckedSize(size_);
-  CheckedSize scratch = CheckedSize(size_);
   const size_t half = size_ / 2 + 2;
-  // A quotient and the cofactor that it multiplies have no more limbs together than the larger operand and two.
-  if (with_cofactor) scratch = scratch + MultiplyScratch(half, half);
-  scratch = spare + scratch;
+  // The spare pair; or of a division a divisor and its quotient, which together have at most size_ limbs, and
+  // the scratch of that division. A quotient and the cofactor that it multiplies have no more limbs together
+  // than the larger operand and two.
+  CheckedSize scratch = 3 * CheckedSize(size_) + MultiplyScratch(half, half);
   if (kHasHalfGcd && size_ > least_) {
     const size_t upper = size_ / UpperPart() + 1;
     const size_t entry = HalfGcdEntry(upper);
@@ -40,7 +39,7 @@ bool LehmerGcd::Reserve(size_t m, size_t n, bool with_cofactor,
     if (with_cofactor) steps = LargerOf(steps, PairScratch(entry, size_ - entry + 3));
     scratch = LargerOf(scratch, 4 * CheckedSize(entry) + steps);
   }
-  const CheckedSize limbs = spare + 4 * CheckedSize(wide) + scratch;
+  const CheckedSize limbs = 2 * CheckedSize(size_) + 4 * CheckedSize(wide) + scratch;
   memory_ = NewArray<Limb>(limbs);
   if (memory_ == nullptr) return false;
   memory_limbs_ = limbs.Value();
@@ -54,11 +53,10 @@ bool LehmerGcd::Reserve(size_t m, size_t n, bool with_cofactor,
   work_ = spare_t1_ + wide;
   spare_x_ = work_;
   spare_y_ = spare_x_ + size_;
-  scratch_ = spare_y_ + size_;
   return true;
 }
 
-bool LehmerGcd::Run() noexcept {
+void LehmerGcd::Run() noexcept {
   xn_ = SignificantLimbs(x_, xn_);
   yn_ = SignificantLimbs(y_, yn_);
   if (with_cofactor_) {
@@ -73,12 +71,11 @@ bool LehmerGcd::Run() noexcept {
     } else if (xn_ >= yn_ && xn_ <= yn_ + 1 &&
                (xn_ == 2 ? FindStepsOfTwoLimbs(&steps) : FindEuclidSteps(&steps, x_, y_, xn_))) {
       Apply(steps);
-    } else if (!DivisionStep()) {
-      return false;
+    } else {
+      DivisionStep();
     }
   }
   tn_ = SignificantLimbs(t0_, tn_);
-  return true;
 }
 
 // Exact steps while the remainder has two limbs: the cofactors fit one limb.
@@ -115,18 +112,23 @@ void LehmerGcd::Apply(const EuclidSteps& steps) {
   if (t0_[tn_] != 0 || t1_[tn_] != 0) ++tn_;
 }
 
+// Moves the pair out of the scratch.
+void LehmerGcd::LeaveWork() {
+  if (x_ != work_ && y_ != work_) return;
+  std::swap(x_, spare_x_);
+  std::swap(y_, spare_y_);
+  const size_t n = xn_ > yn_ ? xn_ : yn_;
+  CopyLimbs(x_, spare_x_, n);
+  CopyLimbs(y_, spare_y_, n);
+}
+
 // Finds steps from the upper limbs alone. Returns false if there are none.
 bool LehmerGcd::TakeUpperSteps() {
   if (!kHasHalfGcd) return false;  // and no call of it is compiled
   const size_t n = xn_ / UpperPart();
   const size_t low = xn_ - n;
   if (yn_ > xn_ || yn_ <= low + n / 2 + 1 || CompareLimbs(x_ + low, y_ + low, n) < 0) return false;
-  if (x_ == work_ || y_ == work_) {
-    std::swap(x_, spare_x_);
-    std::swap(y_, spare_y_);
-    CopyLimbs(x_, spare_x_, xn_);
-    CopyLimbs(y_, spare_y_, xn_);
-  }
+  LeaveWork();
   const size_t entry = HalfGcdEntry(n);
   EuclidMatrix matrix;
   PlaceEntries(&matrix, work_, entry);
@@ -146,14 +148,17 @@ bool LehmerGcd::TakeUpperSteps() {
   return true;
 }
 
-bool LehmerGcd::DivisionStep() {
+void LehmerGcd::DivisionStep() {
   const LimbKernels& k = CurrentLimbKernels();
-  Limb* const quotient = scratch_;
+  LeaveWork();
+  Limb* const divisor = work_;
+  Limb* const quotient = divisor + yn_;
   size_t count = 0;
   if (xn_ >= yn_) {
     count = xn_ - yn_ + 1;
-    if (!DivideLimbs(quotient, x_, x_, xn_, y_, yn_)) return false;
-    ZeroLimbs(x_ + yn_, xn_ - yn_);
+    CopyLimbs(divisor, y_, yn_);
+    DivideInPlace(quotient, x_, xn_, divisor, yn_, quotient + count);
+    ZeroLimbs(x_ + yn_, xn_ - yn_ + 1);
     count = SignificantLimbs(quotient, count);
   }
   std::swap(x_, y_);
@@ -162,7 +167,7 @@ bool LehmerGcd::DivisionStep() {
   yn_ = SignificantLimbs(y_, count != 0 ? yn_ : old);
   // y is zero above yn_ up to xn_: the division left zeros above its remainder.
   odd_ = !odd_;
-  if (!with_cofactor_) return true;
+  if (!with_cofactor_) return;
   const size_t n1 = SignificantLimbs(t1_, tn_);
   if (count != 0 && n1 != 0) {
     MultiplyLimbs(spare_t1_, t1_, n1, quotient, count, quotient + count);
@@ -183,7 +188,6 @@ bool LehmerGcd::DivisionStep() {
   } else {
     std::swap(t0_, t1_);
   }
-  return true;
 }
 
 // The cofactors fit one limb: the last ones are x and y divided by their greatest common divisor.

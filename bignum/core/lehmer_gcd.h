@@ -28,9 +28,8 @@ class LehmerGcd {
   Limb* Y() { return y_; }
 
   // Run computes the sequence from r0 = X and r1 = Y, with cofactors if asked for. It may be called once.
-  // Errors: false if memory runs out.
   // Time:   depends on the values.
-  [[nodiscard]] bool Run() noexcept;
+  void Run() noexcept;
 
   // r(i), without leading zero limbs.
   const Limb* Gcd() const { return x_; }
@@ -42,7 +41,8 @@ class LehmerGcd {
   bool OddSteps() const { return odd_; }
 
  private:
-  [[nodiscard]] bool DivisionStep();
+  void DivisionStep();
+  void LeaveWork();
   void Apply(const EuclidSteps& steps);
   void FinishInOneLimb();
   bool FindStepsOfTwoLimbs(EuclidSteps* steps) const;
@@ -62,8 +62,8 @@ class LehmerGcd {
   Limb* t1_ = nullptr;
   Limb* spare_t0_ = nullptr;
   Limb* spare_t1_ = nullptr;
-  Limb* work_ = nullptr;     // the scratch of HalfGcd: one of the pairs, and what follows it
-  Limb* scratch_ = nullptr;  // behind the pair: of products and quotients
+  Limb* work_ =
+      nullptr;  // the scratch of HalfGcd and of divisions: one of the pairs, and what follows it
   size_t tn_ = 0;
   size_t size_ = 0;   // of x and y
   size_t least_ = 0;  // for which HalfGcd is faster

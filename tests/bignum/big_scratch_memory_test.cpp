@@ -176,6 +176,31 @@ TEST_F(BigScratchMemoryTest, AFailedAllocationOfLongGcdAndInverseLeavesTheirOper
   FailEachOf("inverse in an operand", a, [&](BigInt& r) { return Inverse(r, b, r); });
 }
 
+// Gcd and Inverse, with operands of equal and of different lengths.
+TEST_F(BigScratchMemoryTest, GcdAndInverseTakeAtMostEightTimesTheirOperands) {
+  constexpr size_t kConstant = 512 * sizeof(Limb);  // that short operands may take besides
+  const uint32_t lengths[][2] = {{370, 370},   {370, 40},    {700, 700},   {700, 660},
+                                 {3000, 3000}, {3000, 2900}, {3000, 2600}, {3000, 1500},
+                                 {3000, 300},  {3000, 1}};
+  for (const auto& words : lengths) {
+    SCOPED_TRACE(testing::Message() << words[0] << ", " << words[1]);
+    const BigInt a = Pattern(words[0], 7), b = Pattern(words[1], 9);
+    const size_t most = 8 * sizeof(uint32_t) * (a.Used() + b.Used()) + kConstant;
+    const auto check = [&](const char* name, HRESULT (*work)(BigInt&, const BigInt&, const BigInt&),
+                           const BigInt& first, const BigInt& second) {
+      BigInt r;
+      const test::WatchPeak peak;
+      ASSERT_EQ(work(r, first, second), S_OK) << name;
+      EXPECT_GT(peak.Bytes(), 0u) << name;
+      EXPECT_LE(peak.Bytes(), most) << name;
+    };
+    check("gcd", Gcd, a, b);
+    check("gcd, the shorter first", Gcd, b, a);
+    check("inverse of the longer", Inverse, a, b);
+    check("inverse of the shorter", Inverse, b, a);
+  }
+}
+
 // Only the first allocations: the later ones are those of the search.
 TEST_F(BigScratchMemoryTest, AFailedAllocationOfNextPrimeIsReported) {
   for (const uint32_t words : {1u, 4u, 12u, 40u}) {

@@ -34,6 +34,8 @@ void* called_context = nullptr;
 long calls_after = 0;
 std::atomic<long> allocations{0};
 std::atomic<long> live{0};
+std::atomic<size_t> live_bytes{0};
+std::atomic<size_t> peak_bytes{0};
 std::atomic<bool> watching{false};
 std::atomic<int> freed{0};
 std::atomic<int> freed_with_secret{0};
@@ -103,6 +105,10 @@ void* Allocate(size_t size) {
     live_blocks.next = block;
   }
   ++live;
+  const size_t bytes = live_bytes += size;
+  size_t peak = peak_bytes;
+  while (bytes > peak && !peak_bytes.compare_exchange_weak(peak, bytes)) {
+  }
   // What the memory held before is not this block's.
   if (watching) std::memset(block + 1, 0xA5, size);
   return block + 1;
@@ -127,6 +133,7 @@ void Free(void* pointer) {
     block->next->previous = block->previous;
   }
   --live;
+  live_bytes -= block->size;
   std::free(block);
 }
 
@@ -164,6 +171,14 @@ void operator delete[](void* pointer, const std::nothrow_t&) noexcept {
 }
 
 namespace mirolta::test {
+
+WatchPeak::WatchPeak() : begin_(live_bytes) {
+  peak_bytes = begin_;
+}
+
+size_t WatchPeak::Bytes() const {
+  return peak_bytes - begin_;
+}
 
 FailAllocationsAfter::FailAllocationsAfter(long count) {
   allowed = count;

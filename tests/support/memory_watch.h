@@ -73,6 +73,18 @@ class WatchFreedMemory {
 // The number of blocks allocated and not yet freed.
 long LiveAllocations();
 
+// While it lives, remembers how many more bytes than at its beginning were allocated at once. One at a time.
+class WatchPeak {
+ public:
+  WatchPeak();
+  WatchPeak(const WatchPeak&) = delete;
+  WatchPeak& operator=(const WatchPeak&) = delete;
+  size_t Bytes() const;
+
+ private:
+  size_t begin_;
+};
+
 // The number of allocations so far.
 long AllocationCount();
 
