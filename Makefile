@@ -12,7 +12,8 @@ SEED ?= 1
 
 .PHONY: help run check test build windows windows-tests windows-arm64 definitions \
   handheld handheld-definitions handheld-packages handheld-test \
-  docs package package-arm package-test bench bench-avx2 bench-windows arm-bench arm-bench-packages \
+  docs package package-arm package-test bench bench-avx2 bench-x86 bench-x86-packages bench-windows \
+  arm-bench arm-bench-packages \
   count size constant-time prove faults memory memory-library memcheck fuzz load coverage mutate flags \
   arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
@@ -38,6 +39,7 @@ make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks 
      [PEERS=trixie]               beside those libraries of Debian 13 too             60 min  50 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
 make bench-windows [FILTER=text]  the Windows builds under Wine beside the native one     8 min   1 min
+make bench-x86 [FILTER=pattern]   the same for 32-bit programs, on three kinds of x86  100 min  90 min
 make arm-bench [FILTER=text]      instructions on ARM beside other libraries             10 min   3 min
 make docs                         build/docs: pages with a search, manual pages           1 min  20 s
 make count                        instructions of the portable kernels                    1 min   1 min
@@ -75,6 +77,7 @@ lists-package = packages-package.txt packages-windows.txt packages-docs.txt
 lists-package-test = $(lists-package)
 lists-bench = packages-bench.txt
 lists-bench-windows = packages-bench.txt packages-windows.txt
+lists-bench-x86 = packages-bench.txt packages-bench-x86.txt
 lists-arm-bench = packages-arm.txt
 lists-docs = packages-docs.txt
 lists-size = packages-size.txt packages-handheld.txt
@@ -212,6 +215,16 @@ bench-windows: setup-bench-windows definitions build/bench/build.ninja build/win
 	@env -u DISPLAY python3 -B bench/windows/compare.py $(if $(FILTER),--filter '$(FILTER)',--pages docs/benchmarks) \
 	  build/bench/bin/mirolta-speed x64=build/windows-x64/bin/mirolta-speed.exe \
 	  $(if $(WINE32),x86='bench/windows/wine32.sh build/windows-x86 $(WINE32)')
+
+# 32-bit programs beside 32-bit peers, which are unpacked into the build: with all that the processor has, as
+# on one without wider vectors than AVX2's, and as on one with SSE2 only.
+bench-x86-packages: setup-bench-x86
+	@scripts/target-packages.sh i386 build/packages/bench-i386 \
+	  libssl-dev nettle-dev libgcrypt20-dev libgmp-dev libbotan-2-dev libbenchmark-dev
+build/bench-x86/build.ninja: | bench-x86-packages
+bench-x86: build/bench-x86/build.ninja
+	$(call build,bench-x86,mirolta-bench)
+	@bench/x86.sh build/bench-x86 '$(FILTER)'
 
 # Instructions under QEMU, beside the peers of Debian's packages for the same processor. A run of all
 # rows writes docs/benchmarks-arm.md; with FILTER, a part of row names, it only prints.

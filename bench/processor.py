@@ -19,6 +19,20 @@ UP_TO_AVX2 = [
     (r"kernel/Triple DES .*/(4|64) KiB", 10.0, None),
     (r"(kernel|engine)/(?!AES|DES|Triple)", 0.8, "GMP"),
 ]
+# Requirements of programs for 32-bit x86, the same way: with IFMA, and without it.
+X86 = [
+    (r"(kernel|engine)/(MD5|SHA)", 0.98, 0.98, None),
+    (r"kernel/AES-\d+ (en|de)crypt/16 KiB", 2.5, 1.0, None),
+    (r"kernel/DES .*/64 KiB", 4.0, 4.0, None),
+    (r"kernel/Triple DES .*/64 KiB", 5.0, 5.0, None),
+    (r"engine/power modulo (odd|even)/512 ", 1.0, 0.9, None),
+    (r"engine/(power modulo (odd|even)|RSA private by primes)/(1024|2048|4096) ", 1.5, 0.9, None),
+    (r"(kernel|engine)/(multiply|divide)", 0.8, 0.8, "GMP"),
+]
+# The levels of features that a page may show: the first feature that a processor has, what the page's name
+# has then, and its title.
+LEVELS = [("AVX-512", "", ""), ("AVX2", "-avx2", " without wider vectors than AVX2"),
+          ("", "-sse2", " with SSE2 only")]
 
 
 def library(contestant):
@@ -32,6 +46,8 @@ class Processor:
     def __init__(self, context):
         self.features = context["features"].split()
         self.is_wide = "AVX-512" in self.features
+        # A report from before this was recorded is of the 64-bit mode.
+        self.is_x86 = context.get("pointer_bits") == "32"
         maker = context.get("maker", "unknown")
         self.maker = MAKERS.get(maker, re.sub(r"[^a-z0-9]+", "-", maker.lower()).strip("-"))
         self.family, self.model = context.get("family", "0"), context.get("model", "0")
@@ -40,13 +56,24 @@ class Processor:
     def __str__(self):
         return f"{self.name}, family {self.family}, model {self.model}"
 
+    def level(self):
+        """(what the page's name ends with, what its title ends with)."""
+        return next(level[1:] for level in LEVELS if level[0] in ("", *self.features))
+
     def page(self):
-        """The name of its page: each processor has one, and one up to AVX2."""
-        return f"{self.maker}-{self.family}-{self.model}{'' if self.is_wide else '-avx2'}.md"
+        """The name of its page: each processor has one a mode and level of features."""
+        return f"{self.maker}-{self.family}-{self.model}{'-x86' if self.is_x86 else ''}{self.level()[0]}.md"
+
+    def title(self):
+        return f"{self.name}{' in 32-bit mode' if self.is_x86 else ''}{self.level()[1]}"
+
+    def command(self):
+        """The command that writes its page."""
+        return "bench-x86" if self.is_x86 else "bench" if self.is_wide else "bench-avx2"
 
     def limits(self):
         """(pattern, ratio, why) of the limits that hold on it."""
-        if not self.is_wide or "VAES" not in self.features:
+        if self.is_x86 or not self.is_wide or "VAES" not in self.features:
             return []
         return [limit[1:] for limit in LIMITS if limit[0] == self.maker]
 
@@ -54,13 +81,20 @@ class Processor:
         """(required, stretch, the peers that count) of a row."""
         if name.startswith(("class/", "scaling/")):
             return ours["required"], ours["stretch"], peers
-        if self.is_wide:
+        if self.is_wide and not self.is_x86:
             for pattern, required, _ in self.limits():
                 if re.match(pattern, name):
                     return required, 0, peers
             return ours["required"], ours["stretch"], peers
-        for pattern, required, peer in UP_TO_AVX2:
+        for pattern, required, peer in self.narrow_requirements():
             if re.match(pattern, name):
                 counting = {name: entry for name, entry in peers.items() if peer in (None, library(name))}
                 return (required, 0, counting) if counting else (0, 0, peers)
         return 0, 0, peers
+
+    def narrow_requirements(self):
+        """(pattern, ratio, peer) of what is required instead of the rows' own ratios."""
+        if not self.is_x86:
+            return UP_TO_AVX2
+        column = 0 if "IFMA" in self.features else 1
+        return [(pattern, ratios[column], peer) for pattern, *ratios, peer in X86]

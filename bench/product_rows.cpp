@@ -10,33 +10,31 @@ namespace mirolta::bench {
 
 namespace {
 
-// Limbs of both libraries, 64 bits each, in the byte order of this machine.
-std::vector<mp_limb_t> RandomLimbs(size_t count, uint64_t seed) {
-  std::mt19937_64 generator(seed);
-  std::vector<mp_limb_t> limbs(count);
-  for (mp_limb_t& limb : limbs) limb = generator();
-  limbs.back() |= mp_limb_t{1} << 63;
-  return limbs;
-}
-
-// kOperands pieces of one pool, eight bytes apart; the pool's pattern sets the top bit of each.
+// kOperands numbers of `bits` bits: pieces of one pool, eight bytes apart, each with its top bit set. Limbs of
+// both libraries are in the byte order of this machine.
 class LimbPool {
  public:
-  LimbPool(size_t count, uint64_t seed) : count_(count) {
-    limbs_ = RandomLimbs(count + kOperands, seed);
-    for (mp_limb_t& limb : limbs_) limb |= mp_limb_t{1} << 63;
-    ours_.assign(limbs_.size() * sizeof(mp_limb_t) / sizeof(Limb), 0);
-    std::memcpy(ours_.data(), limbs_.data(), limbs_.size() * sizeof(mp_limb_t));
+  LimbPool(size_t bits, uint64_t seed) : bytes_(bits / 8) {
+    std::mt19937_64 generator(seed);
+    std::vector<uint64_t> pool(bits / 64 + kOperands);
+    for (uint64_t& piece : pool) piece = generator() | uint64_t{1} << 63;
+    gmp_.assign(pool.size() * sizeof(uint64_t) / sizeof(mp_limb_t), 0);
+    ours_.assign(pool.size() * sizeof(uint64_t) / sizeof(Limb), 0);
+    std::memcpy(gmp_.data(), pool.data(), pool.size() * sizeof(uint64_t));
+    std::memcpy(ours_.data(), pool.data(), pool.size() * sizeof(uint64_t));
   }
-  size_t Count() const { return count_; }
-  size_t OurCount() const { return count_ * kWords; }
-  const mp_limb_t* gmp(size_t operand) const { return limbs_.data() + operand; }
-  const Limb* ours(size_t operand) const { return ours_.data() + operand * kWords; }
+  size_t GmpCount() const { return bytes_ / sizeof(mp_limb_t); }
+  size_t OurCount() const { return bytes_ / sizeof(Limb); }
+  const mp_limb_t* gmp(size_t operand) const {
+    return gmp_.data() + operand * sizeof(uint64_t) / sizeof(mp_limb_t);
+  }
+  const Limb* ours(size_t operand) const {
+    return ours_.data() + operand * sizeof(uint64_t) / sizeof(Limb);
+  }
 
  private:
-  static constexpr size_t kWords = sizeof(mp_limb_t) / sizeof(Limb);
-  size_t count_;
-  std::vector<mp_limb_t> limbs_;
+  size_t bytes_;
+  std::vector<mp_limb_t> gmp_;
   std::vector<Limb> ours_;
 };
 
@@ -55,25 +53,25 @@ Contestant LimbContestant(const char* name, size_t result_count, Work work) {
 }
 
 std::vector<Contestant> MakeLimbProducts(size_t bits) {
-  const auto x = std::make_shared<LimbPool>(bits / 64, 1);
-  const auto y = std::make_shared<LimbPool>(bits / 64, 2);
+  const auto x = std::make_shared<LimbPool>(bits, 1);
+  const auto y = std::make_shared<LimbPool>(bits, 2);
   const size_t n = x->OurCount();
   const auto scratch = std::make_shared<std::vector<Limb>>(MultiplyScratch(n, n).Value() + 1);
   return {LimbContestant<Limb>(kOurs, 2 * n,
                                [=](Limb* z, size_t i) {
                                  MultiplyLimbs(z, x->ours(i), n, y->ours(i), n, scratch->data());
                                }),
-          LimbContestant<mp_limb_t>("GMP", 2 * x->Count(), [=](mp_limb_t* z, size_t i) {
-            mpn_mul_n(z, x->gmp(i), y->gmp(i), static_cast<mp_size_t>(x->Count()));
+          LimbContestant<mp_limb_t>("GMP", 2 * x->GmpCount(), [=](mp_limb_t* z, size_t i) {
+            mpn_mul_n(z, x->gmp(i), y->gmp(i), static_cast<mp_size_t>(x->GmpCount()));
           })};
 }
 
 std::vector<Contestant> MakeLimbQuotients(size_t bits) {
-  const auto a = std::make_shared<LimbPool>(2 * bits / 64, 3);
-  const auto d = std::make_shared<LimbPool>(bits / 64, 4);
+  const auto a = std::make_shared<LimbPool>(2 * bits, 3);
+  const auto d = std::make_shared<LimbPool>(bits, 4);
   const size_t n = d->OurCount();
   const size_t m = a->OurCount();
-  const size_t gmp_n = d->Count();
+  const size_t gmp_n = d->GmpCount();
   return {LimbContestant<Limb>(kOurs, m - n + 1 + n,
                                [=](Limb* z, size_t i) {
                                  if (!DivideLimbs(z, z + m - n + 1, a->ours(i), m, d->ours(i), n)) {

@@ -3,8 +3,9 @@
 
 usage: table.py [--pages FOLDER] results.json...
 
-The page is FOLDER/MAKER-FAMILY-MODEL.md, with -avx2 where no wider vectors were used; without a folder
-no file is written. Further results have the same rows beside other versions of the peers.
+The page is FOLDER/MAKER-FAMILY-MODEL.md, with -x86 for 32-bit programs, and -avx2 or -sse2 where no wider
+vectors were used; without a folder no file is written. Further results have the same rows beside other
+versions of the peers.
 """
 import argparse
 import json
@@ -127,18 +128,18 @@ def versions(report):
 def markdown(reports, rows):
     context = reports[0]["context"]
     processor = Processor(context)
-    wide = processor.is_wide
     lines = [
-        f"# Benchmarks on {processor.name}" + ("" if wide else " without wider vectors than AVX2"),
+        f"# Benchmarks on {processor.title()}",
         "",
-        f"Written by `make {'bench' if wide else 'bench-avx2'}`; one run, ours and the peers "
+        f"Written by `make {processor.command()}`; one run, ours and the peers "
         "interleaved at random, medians of the repetitions, operands rotated. The ratio is our "
         "speed over that of the best peer in the same run; every output was compared with every "
         "peer's before."
         + ("" if len(reports) == 1 else " Peers with a version behind their name were measured in "
            "a run of their own, beside ours there; the ratio is to the best of all.")
-        + ("" if wide else " OpenSSL too is kept from wider vectors. Big numbers are required to "
-           "reach a ratio to GMP, which is then the one shown."),
+        + ("" if processor.is_wide else " Peers too are kept from wider vectors.")
+        + ("" if processor.is_wide and not processor.is_x86 else
+           " Where a ratio to GMP is required, that is the one shown."),
         "",
         f"- processor: {processor}; {' '.join(processor.features)}; {context['num_cpus']} cores, "
         f"{context['mhz_per_cpu']} MHz",

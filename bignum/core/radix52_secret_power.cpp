@@ -1,8 +1,9 @@
 // Powers with secret exponents in radix 2^52.
 #include "radix52_power.h"
 
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 
+  #include "limb_scratch.h"
   #include "radix52.h"
   #include "radix52_scratch.h"
   #include "secret_residues.h"
@@ -14,8 +15,8 @@ namespace {
 
 // One and base of one power as radix-2^52 digits, times 2^(52 count) modulo m.
 // Shapes: one[padded], base[padded], memory[MemoryLimbs(n) + 2n].
-void EnterRadix52(Limb* one, Limb* base, size_t count, size_t padded, const SecretPower& power,
-                  Limb* memory) {
+void EnterRadix52(Digit52* one, Digit52* base, size_t count, size_t padded,
+                  const SecretPower& power, Limb* memory) {
   const size_t n = power.n;
   Limb* const shift = memory;
   Limb* const residue = shift + n;
@@ -41,24 +42,26 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
     longest = ExponentLimbs(power->en > longest ? power->en : longest, bits);
   }
   const uint32_t window = SplitWindowBits(bits);
-  const CheckedSize table = WindowMemoryLimbs(CheckedSize(stride), window);
-  const size_t numbers = kCount + 1;  // of exponents
-  Radix52Scratch memory(table + 3 * CheckedSize(stride) + SecretResidues::MemoryLimbs(limbs) +
-                        2 * CheckedSize(limbs) + CheckedSize(numbers) * CheckedSize(longest));
-  Limb* const tables = memory.Get();
-  if (tables == nullptr) return false;
-  Limb* const digits = tables + table.Value();
-  Limb* const result = digits + 2 * stride;
-  Limb* const exponent = result + stride;
+  const CheckedSize table = WindowMemory(CheckedSize(stride), window);
+  constexpr size_t kExponents = kCount + 1;  // the quotients, and one spare
+  Radix52Scratch memory(table + 3 * CheckedSize(stride));
+  LimbScratch limb_memory(SecretResidues::MemoryLimbs(limbs) + 2 * CheckedSize(limbs) +
+                          CheckedSize(kExponents) * CheckedSize(longest));
+  Digit52* const tables = memory.Get();
+  Limb* const exponent = limb_memory.Get();
+  if (tables == nullptr || exponent == nullptr) return false;
+  Digit52* const digits = tables + table.Value();
+  Digit52* const result = digits + 2 * stride;
   Limb* const quotients = exponent + longest;
   Limb* const spare = quotients + kCount * longest;
 
   Radix52Modulus moduli[kCount];
   SplitExponent exponents[kCount];
-  const auto multiply = [&](Limb* z, const Limb* x, const Limb* y) {
+  const auto multiply = [&](Digit52* z, const Digit52* x, const Digit52* y) {
     product(z, x, y, moduli, count);
   };
-  SecretWindow<kCount, Radix52Select, decltype(multiply)> raising(tables, padded, window, multiply);
+  SecretWindow<Digit52, kCount, Radix52Select, decltype(multiply)> raising(tables, padded, window,
+                                                                           multiply);
   for (size_t i = 0; i < kCount; ++i) {
     const SecretPower& power = powers[i];
     moduli[i] = ToRadix52Modulus(digits + 2 * i * padded, padded, power.m, power.n, spare);
@@ -69,8 +72,8 @@ bool RaiseInRadix52(const SecretPower* powers, size_t vectors, size_t count,
     exponents[i] = Split(quotients + i * longest, exponent, longest, power.factor);
   }
   raising.Raise(result, exponents, QuotientBits(bits));
-  Limb* const unit = raising.One();
-  ZeroLimbs(unit, stride);
+  Digit52* const unit = raising.One();
+  for (size_t i = 0; i < stride; ++i) unit[i] = 0;
   for (size_t i = 0; i < kCount; ++i) unit[i * padded] = 1;
   multiply(result, result, unit);
   for (size_t i = 0; i < kCount; ++i) {
@@ -91,7 +94,7 @@ size_t VectorsOf(size_t count) {
 bool Radix52SecretPower(const SecretPower* powers) noexcept {
   const size_t count = Radix52Count(LimbBits(powers->m, powers->n), kRadix52Spare);
   const Radix52Product product = Radix52ProductFor(VectorsOf(count));
-  const auto one = [product](Limb* z, const Limb* x, const Limb* y,
+  const auto one = [product](Digit52* z, const Digit52* x, const Digit52* y,
                              const Radix52Modulus(&moduli)[1],
                              size_t digits) { product(z, x, y, moduli[0], digits); };
   return RaiseInRadix52<1>(powers, VectorsOf(count), count, one);

@@ -16,7 +16,7 @@ bool SecretMontgomeryPower(const SecretPower* powers) {
   const size_t longest = ExponentLimbs(power.en, power.exponent_bits);
   const uint32_t window = SplitWindowBits(power.exponent_bits);
   const CheckedSize residue_limbs = SecretResidues::MemoryLimbs(n);
-  const CheckedSize table = WindowMemoryLimbs(CheckedSize(n), window);
+  const CheckedSize table = WindowMemory(CheckedSize(n), window);
   LimbScratch memory(residue_limbs + table + 2 * CheckedSize(longest));
   if (memory.Get() == nullptr) return false;
   Limb* const tables = memory.Get() + residue_limbs.Value();
@@ -27,7 +27,8 @@ bool SecretMontgomeryPower(const SecretPower* powers) {
   const auto multiply = [&residues](Limb* z, const Limb* x, const Limb* y) {
     residues.Multiply(z, x, y);
   };
-  SecretWindow<1, SelectEntryByMasks, decltype(multiply)> raising(tables, n, window, multiply);
+  SecretWindow<Limb, 1, SelectEntryByMasks, decltype(multiply)> raising(tables, n, window,
+                                                                        multiply);
   residues.PowerOfTwo(raising.One(), 0);
   residues.Enter(raising.Base(), power.x, power.xn);
   CopyLimbs(exponent, power.e, power.en);
@@ -40,7 +41,7 @@ bool SecretMontgomeryPower(const SecretPower* powers) {
 }
 
 constexpr SecretPowerMethod kMontgomery = {1, 0, SIZE_MAX, SecretMontgomeryPower};
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
 constexpr SecretPowerMethod kRadix52 = {1, kRadix52PowerLeastBits, kRadix52PowerMostBits,
                                         Radix52SecretPower};
 constexpr SecretPowerMethod kRadix52Pair = {2, kRadix52PairLeastBits, kRadix52PairMostBits,
@@ -48,7 +49,7 @@ constexpr SecretPowerMethod kRadix52Pair = {2, kRadix52PairLeastBits, kRadix52Pa
 #endif
 
 constexpr Kernel<const SecretPowerMethod*> kRows[] = {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
     {"ifma pair", kRadix52Features, &kRadix52Pair},
     {"ifma", kRadix52Features, &kRadix52},
 #endif

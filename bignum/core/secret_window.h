@@ -17,11 +17,13 @@ inline Limb IsSame(Limb a, Limb b) {
   return mask;
 }
 
-// SelectEntry: z := entry `index` of a table of `entries`, each n limbs, `stride` limbs apart.
+// SelectEntry: z := entry `index` of a table of `entries`, each n units, `stride` units apart. Units are limbs
+// or digits of another radix.
 // Alias:  none.
 // Time:   depends on the counts only: every entry is read.
-using SelectEntry = void (*)(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
-                             Limb index);
+template <typename Unit>
+using SelectEntry = void (*)(Unit* z, const Unit* table, size_t entries, size_t stride, size_t n,
+                             Unit index);
 template <size_t kLimbs>
 inline void SelectLimbsOfEntry(Limb* z, const Limb* table, size_t entries, size_t stride,
                                Limb index) {
@@ -105,21 +107,21 @@ inline uint32_t SplitWindowBits(size_t bits) {
 // The window for factor and rest.
 inline constexpr uint32_t kShortWindow = 4;
 
-// WindowMemoryLimbs returns the limbs of SecretWindow's memory, for elements of `stride` limbs.
-inline CheckedSize WindowMemoryLimbs(CheckedSize stride, uint32_t window) {
+// WindowMemory returns the units of SecretWindow's memory, for elements of `stride` units.
+inline CheckedSize WindowMemory(CheckedSize stride, uint32_t window) {
   const size_t entries = (size_t{1} << kShortWindow) + (size_t{1} << window) + 1;
   return CheckedSize(entries) * stride;
 }
 
 // SecretWindow raises kCount numbers to powers at once. An element is kCount numbers of `size`
-// limbs, one after the other:
+// units, one after the other:
 //   multiply(z, x, y) computes z := x * y of all, where z may be x or y, and x may be y;
 //   kSelect selects one number of an element, for each.
-template <size_t kCount, SelectEntry kSelect, typename Multiply>
+template <typename Unit, size_t kCount, SelectEntry<Unit> kSelect, typename Multiply>
 class SecretWindow {
  public:
-  // Shapes: memory[WindowMemoryLimbs(kCount * size, window)].
-  SecretWindow(Limb* memory, size_t size, uint32_t window, const Multiply& multiply)
+  // Shapes: memory[WindowMemory(kCount * size, window)].
+  SecretWindow(Unit* memory, size_t size, uint32_t window, const Multiply& multiply)
       : size_(size),
         window_(window),
         multiply_(multiply),
@@ -128,13 +130,13 @@ class SecretWindow {
         entry_(table_ + (kCount * size << window)) {}
 
   // The caller writes the elements 1 and x here.
-  Limb* One() { return short_table_; }
-  Limb* Base() { return short_table_ + kCount * size_; }
+  Unit* One() { return short_table_; }
+  Unit* Base() { return short_table_ + kCount * size_; }
 
   // Raise: z[i] := x[i]^e[i] for every number of the element x.
   // Shapes: quotients below 2^bits, in whole limbs; z[kCount * size].
   // Time:   depends on bits only.
-  void Raise(Limb* z, const SplitExponent (&e)[kCount], size_t bits) {
+  void Raise(Unit* z, const SplitExponent (&e)[kCount], size_t bits) {
     FillTable(short_table_, kShortWindow);
     Limb digits[kCount];
     for (uint32_t at = kLimbBits; at != 0;) {
@@ -147,8 +149,10 @@ class SecretWindow {
       for (uint32_t i = 0; i < kShortWindow; ++i) multiply_(z, z, z);
       MultiplySelected(z, short_table_, kShortWindow, digits);
     }
-    CopyLimbs(table_, short_table_, kCount * size_);
-    CopyLimbs(table_ + kCount * size_, z, kCount * size_);
+    for (size_t i = 0; i < kCount * size_; ++i) {
+      table_[i] = short_table_[i];
+      table_[kCount * size_ + i] = z[i];
+    }
     FillTable(table_, window_);
 
     // The digits of the rest join where their bits do.
@@ -193,7 +197,7 @@ class SecretWindow {
   }
 
   // table[i] := table[1]^i for i >= 2.
-  void FillTable(Limb* table, uint32_t window) {
+  void FillTable(Unit* table, uint32_t window) {
     const size_t stride = kCount * size_;
     for (size_t i = 2; i < size_t{1} << window; ++i) {
       if (i % 2 == 0) {
@@ -203,13 +207,13 @@ class SecretWindow {
       }
     }
   }
-  void Select(Limb* z, const Limb* table, uint32_t window, const Limb (&digits)[kCount]) {
+  void Select(Unit* z, const Unit* table, uint32_t window, const Limb (&digits)[kCount]) {
     for (size_t i = 0; i < kCount; ++i) {
       kSelect(z + i * size_, table + i * size_, size_t{1} << window, kCount * size_, size_,
               digits[i]);
     }
   }
-  void MultiplySelected(Limb* z, const Limb* table, uint32_t window, const Limb (&digits)[kCount]) {
+  void MultiplySelected(Unit* z, const Unit* table, uint32_t window, const Limb (&digits)[kCount]) {
     Select(entry_, table, window, digits);
     multiply_(z, z, entry_);
   }
@@ -217,9 +221,9 @@ class SecretWindow {
   size_t size_;
   uint32_t window_;
   const Multiply& multiply_;
-  Limb* short_table_;
-  Limb* table_;
-  Limb* entry_;
+  Unit* short_table_;
+  Unit* table_;
+  Unit* entry_;
 };
 
 }  // namespace mirolta

@@ -85,12 +85,12 @@ inline Limb DivideWide(Limb high, Limb low, Limb d) {
 }
 
 // AddPair returns x + y, SubtractPair x - y, both modulo B^2. Assembly, since compilers usually
-// spill limb pairs.
+// spill limb pairs; registers tell its width.
 inline LimbPair AddPair(LimbPair x, LimbPair y) {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
   __asm__(
-      "addq %[low], %[to]\n"
-      "adcq %[high], %[above]\n"
+      "add %[low], %[to]\n"
+      "adc %[high], %[above]\n"
       : [to] "+&r"(x.low), [above] "+r"(x.high)
       : [low] "rm"(y.low), [high] "rm"(y.high)
       : "cc");
@@ -101,10 +101,10 @@ inline LimbPair AddPair(LimbPair x, LimbPair y) {
 #endif
 }
 inline LimbPair SubtractPair(LimbPair x, LimbPair y) {
-#if MIROLTA_KERNELS_FOR(X86_64)
+#if MIROLTA_KERNELS_FOR(X86)
   __asm__(
-      "subq %[low], %[from]\n"
-      "sbbq %[high], %[above]\n"
+      "sub %[low], %[from]\n"
+      "sbb %[high], %[above]\n"
       : [from] "+&r"(x.low), [above] "+r"(x.high)
       : [low] "rm"(y.low), [high] "rm"(y.high)
       : "cc");

@@ -26,8 +26,9 @@ bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, si
 #endif
 
 #if MIROLTA_KERNELS_FOR(X86_32)
-// kSse2Kernels needs kFeatureSse2.
-extern const LimbKernels kSse2Kernels;
+// kMulxKernels needs kFeatureBmi2Adx; kMulKernels runs on every processor.
+extern const LimbKernels kMulxKernels;
+extern const LimbKernels kMulKernels;
 #endif
 
 #if MIROLTA_KERNELS_FOR(AARCH64)

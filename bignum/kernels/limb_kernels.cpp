@@ -13,7 +13,8 @@ constexpr Kernel<const LimbKernels*> kRows[] = {
     {"mulx-adx", kFeatureBmi2Adx, &kMulxAdxKernels},
 #endif
 #if MIROLTA_KERNELS_FOR(X86_32)
-    {"sse2", kFeatureSse2, &kSse2Kernels},
+    {"mulx", kFeatureBmi2Adx, &kMulxKernels},
+    {"mul", 0, &kMulKernels},
 #endif
 #if MIROLTA_KERNELS_FOR(ARM)
     {"arm", 0, &kArmKernels},

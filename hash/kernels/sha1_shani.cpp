@@ -60,7 +60,11 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void StoreState(const State& s, uint32_t* state)
 }
 
 MIROLTA_SHA_TARGET MIROLTA_STEP void Absorb(State& s, __m128i (&w)[4]) {
-  const State before = s;
+  State before = s;
+  #if MIROLTA_KERNELS_FOR(X86_32)
+  // The copies are in memory, but the state itself stays in registers from block to block.
+  __asm__("" : "+m"(before.abcd), "+m"(before.e));
+  #endif
   Quads(s.abcd, s.e, w, std::make_integer_sequence<int, 20>());
   s.e = _mm_sha1nexte_epu32(s.e, before.e);
   s.abcd = _mm_add_epi32(s.abcd, before.abcd);

@@ -69,7 +69,11 @@ MIROLTA_SHA_TARGET MIROLTA_STEP void Unpack(const State& s, __m128i* dcba, __m12
 }
 
 MIROLTA_SHA_TARGET MIROLTA_STEP void Absorb(State& s, __m128i (&w)[4]) {
-  const State before = s;
+  State before = s;
+  #if MIROLTA_KERNELS_FOR(X86_32)
+  // The copies are in memory, but the state itself stays in registers from block to block.
+  __asm__("" : "+m"(before.abef), "+m"(before.cdgh));
+  #endif
   Quads(s.abef, s.cdgh, w, std::make_integer_sequence<int, 16>());
   s.abef = _mm_add_epi32(s.abef, before.abef);
   s.cdgh = _mm_add_epi32(s.cdgh, before.cdgh);

@@ -18,7 +18,8 @@ Limbs LowLimbs(const Mpz& z, size_t n) {
 
 TEST(LimbKernelListTest, KernelsNeedTheInstructionsThatTheyUse) {
   test::ExpectNeeds(kLimbKernels, {{"mulx-adx", kFeatureBmi2Adx},
-                                   {"sse2", kFeatureSse2},
+                                   {"mulx", kFeatureBmi2Adx},
+                                   {"mul", 0},
                                    {"arm", 0},
                                    {"umulh", 0},
                                    {"wide products", 0},

@@ -236,11 +236,47 @@ class BenchmarkTable(unittest.TestCase):
         narrow = processor.Processor({**self.PROCESSOR, "features": "AVX2 AES"})
         self.assertEqual(narrow.requirement(row, ours, {"nettle": {}})[:2], (1.0, 0))
 
+    def test_programs_for_32_bit_x86_have_their_own_requirements(self):
+        ours, peers = {"required": 3.5, "stretch": 4}, {"GMP": {}, "OpenSSL": {}}
+        x86 = {**self.PROCESSOR, "pointer_bits": "32"}
+        levels = [processor.Processor({**x86, "features": features})
+                  for features in ("AVX-512 VAES IFMA", "SSE2 AVX2", "SSE2")]
+        for row, ratios in (("kernel/AES-128 encrypt/16 KiB", [2.5, 1.0, 1.0]),
+                            ("kernel/Triple DES decrypt/64 KiB", [5, 5, 5]), ("kernel/DES decrypt/64 KiB", [4, 4, 4]),
+                            ("engine/power modulo odd/512 bits", [1.0, 0.9, 0.9]),
+                            ("engine/RSA private by primes/2048 bits", [1.5, 0.9, 0.9]),
+                            ("engine/SHA-256/16 KiB", [0.98, 0.98, 0.98]), ("engine/gcd/256 bits", [0, 0, 0])):
+            self.assertEqual([level.requirement(row, ours, peers)[0] for level in levels], ratios, row)
+        required, _, counting = levels[0].requirement("kernel/multiply/512 bits", ours, peers)
+        self.assertEqual((required, list(counting)), (0.8, ["GMP"]))
+        self.assertEqual(levels[0].limits(), [])
+
+    def test_each_benchmark_is_named_where_its_users_look(self):
+        commands = set(re.findall(r"^(?:bench|arm-bench)[\w -]*:", read("Makefile"), re.M))
+        commands = {name for line in commands for name in line.rstrip(":").split()
+                    if not name.endswith("-packages")}
+        self.assertLessEqual({"bench", "bench-avx2", "bench-x86", "arm-bench"}, commands)
+        for name in commands:
+            for page in ("Makefile", "CONTRIBUTING.md"):
+                self.assertIsNotNone(re.search(rf"(^|`)make {name}[ `]", read(page), re.M), (page, name))
+            lists = re.search(rf"^lists-{name} = (.+)$", read("Makefile"), re.M)
+            for file in lists[1].split() if lists else ():
+                self.assertTrue((ROOT / "scripts" / file).is_file(), file)
+
     def test_each_processor_has_its_pages(self):
         amd = {**self.PROCESSOR, "maker": "AuthenticAMD", "family": "26", "model": "2"}
         self.assertEqual(processor.Processor(amd).page(), "amd-26-2.md")
         self.assertEqual(processor.Processor({**amd, "features": "AVX2"}).page(), "amd-26-2-avx2.md")
         self.assertEqual(processor.Processor({**amd, "maker": "Other Inc."}).page(), "other-inc-26-2.md")
+        x86 = {**amd, "pointer_bits": "32"}
+        for features, page in (("AVX-512", "amd-26-2-x86.md"), ("SSE2 AVX2", "amd-26-2-x86-avx2.md"),
+                               ("SSE2", "amd-26-2-x86-sse2.md")):
+            self.assertEqual(processor.Processor({**x86, "features": features}).page(), page)
+        for page in (ROOT / "docs" / "benchmarks").glob("*.md"):
+            command = re.search(r"^Written by `make ([\w-]+)`", read(f"docs/benchmarks/{page.name}"), re.M)[1]
+            self.assertEqual(command, "bench-windows" if "-windows" in page.name else
+                             "bench-x86" if "-x86" in page.name else
+                             "bench-avx2" if "-avx2" in page.name else "bench")
         listed = read("docs/benchmarks.md")
         for page in (ROOT / "docs" / "benchmarks").glob("*.md"):
             self.assertIn(f"(benchmarks/{page.name})", listed)
