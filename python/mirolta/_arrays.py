@@ -36,16 +36,20 @@ def _allocate(element: int, count: int) -> int:
     return int(array)
 
 
+def byte_view(value: Any) -> memoryview:
+    """The bytes of a buffer; a copy of them if they are not one after the other."""
+    view = memoryview(value)
+    return view.cast("B") if view.c_contiguous else memoryview(view.tobytes())
+
+
 def allocate_bytes(value: Any) -> int:
     """A new byte array with the content of a buffer; the receiver destroys it."""
-    view = memoryview(value)
-    if not view.c_contiguous:
-        view = memoryview(view.tobytes())
+    view = byte_view(value)
     array = _allocate(VT_UI1, view.nbytes)
     if view.nbytes:
         with _Data(array) as data:
             room = (ctypes.c_ubyte * view.nbytes).from_address(data)
-            memoryview(room).cast("B")[:] = view.cast("B")
+            memoryview(room).cast("B")[:] = view
     return array
 
 

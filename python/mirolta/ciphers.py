@@ -9,6 +9,7 @@ from __future__ import annotations
 import threading
 from typing import Any
 
+from ._arrays import byte_view
 from ._names import CIPHERS, algorithm
 from ._object import Object
 
@@ -47,7 +48,7 @@ class Cipher:
             self._object.Reset()
 
     def _transform(self, member: Any, data: Any, last: bool) -> bytes:
-        view = memoryview(data).cast("B")
+        view = byte_view(data)
         with self._lock:  # the pieces of one call stay together
             done = [member(view[start:start + _PIECE], False)
                     for start in range(0, len(view), _PIECE)]

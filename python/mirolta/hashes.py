@@ -9,6 +9,7 @@ from __future__ import annotations
 import threading
 from typing import Any, Callable, Optional, Union
 
+from ._arrays import byte_view
 from ._names import HASHES, algorithm, plain
 from ._object import Object
 
@@ -58,8 +59,7 @@ class Hash:
         """Adds a piece of data: bytes, or anything else that has a buffer."""
         if isinstance(data, str):
             raise TypeError("Strings must be encoded before hashing")
-        view = memoryview(data)
-        view = memoryview(view.tobytes()) if not view.c_contiguous else view.cast("B")
+        view = byte_view(data)
         with self._lock:
             if not len(view):
                 return

@@ -16,6 +16,7 @@ from ctypes import byref, c_uint32, c_uint64
 from typing import Any, Optional, Tuple, Union
 
 from . import _calls, _interfaces, _stream_server
+from ._arrays import byte_view
 from ._errors import check
 from ._interfaces import Unknown, borrow
 from ._library import runtime
@@ -83,7 +84,7 @@ class Stream(AutomationValue, io.RawIOBase):
 
     def write(self, data: Any) -> int:
         stream = self._open_stream()
-        view = memoryview(data).cast("B")
+        view = byte_view(data)
         done = 0
         while done < len(view):
             piece = bytes(view[done:done + _LARGEST_CALL])

@@ -131,6 +131,12 @@ class Ciphers(AutomationTest):
         cipher.reset()
         self.assertEqual(cipher.encrypt(b"abcdefghij"), whole)
 
+    def test_buffers_of_every_layout(self):
+        cipher = mirolta.Cipher("aes", b"k" * 16)
+        whole = cipher.encrypt(b"abcd")
+        for data in (bytearray(b"abcd"), memoryview(b"a_b_c_d_")[::2], memoryview(b"dcba")[::-1]):
+            self.assertEqual(cipher.encrypt(data), whole)
+
     def test_more_than_one_call_takes(self):
         data = RANDOM.randbytes((2 << 20) + 3)
         cipher = mirolta.Cipher("aes", b"k" * 16)

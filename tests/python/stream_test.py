@@ -245,6 +245,12 @@ class Ciphers(StreamTest):
             crypt.write(sealed)
         self.assertEqual(out.getvalue(), DATA[:100] + b"\0" * 12)
 
+    def test_buffers_of_every_layout_are_written(self):
+        out = io.BytesIO()
+        with mirolta.CryptStream(out, "aes", KEY) as crypt:
+            self.assertEqual(crypt.write(memoryview(DATA[:200])[::2]), 100)
+        self.assertEqual(out.getvalue(), self.expected(DATA[:200:2]))
+
     def test_finalize_and_pads(self):
         out = io.BytesIO()
         crypt = mirolta.CryptStream(out, "aes", KEY, pad_type=0x2E)
