@@ -38,6 +38,7 @@ Limbs Found(Limbs start, size_t threads) {
 
 // The lengths around that from which threads share the tests.
 TEST(PrimeSearchTest, AnyNumberOfThreadsFindsTheSamePrime) {
+  if (!kHasThreads) GTEST_SKIP() << "one thread searches";
   for (const size_t bits : {1279u, 1280u, 1281u, 1400u}) {
     for (uint32_t seed = 1; seed <= 2; ++seed) {
       const Limbs start = RandomStart(bits, seed);
@@ -54,6 +55,7 @@ TEST(PrimeSearchTest, AnyNumberOfThreadsFindsTheSamePrime) {
 
 // 2^1403 + 9273 is the first prime from 2^1403 on; a window there has 5,616 numbers.
 TEST(PrimeSearchTest, ThreadsCrossWindows) {
+  if (!kHasThreads) GTEST_SKIP() << "one thread searches";
   Limbs start((1403 + kLimbBits) / kLimbBits + 1, 0);
   start[1403 / kLimbBits] = Limb{1} << (1403 % kLimbBits);
   Limbs expected = start;
@@ -63,6 +65,7 @@ TEST(PrimeSearchTest, ThreadsCrossWindows) {
 }
 
 TEST(PrimeSearchTest, AFailedAllocationIsReportedOrWithoutEffect) {
+  if (!kHasThreads) GTEST_SKIP() << "one thread searches";
   const Limbs start = RandomStart(1280, 1);
   const Limbs expected = Found(start, 1);
   int failures = 0;
