@@ -10,4 +10,7 @@ inline constexpr bool kPortableRuntime = false;
 inline constexpr bool kPortableRuntime = true;
 #endif
 
+// A late-bound caller gets an empty text where the member has given a null one, even if it failed.
+inline constexpr bool kCopiesNullTexts = !kPortableRuntime;
+
 }  // namespace mirolta::test
