@@ -9,6 +9,7 @@
 #include "memory_watch.h"
 #include "module_state.h"
 #include "portable/test_hooks.h"
+#include "system_rules.h"
 #include "trust_heap.h"
 #include "trust_test.h"
 
@@ -59,9 +60,11 @@ constexpr long kAllUpTo = 100;
 #else
 constexpr long kAllUpTo = 1000;
 #endif
+// Of calls that take long every allocation fails up to this one.
+constexpr long kFirst = 4;
 // The allocation that fails next.
-inline long After(long n) {
-  return n < kAllUpTo ? n + 1 : n + n / 4;
+inline long After(long n, long all_up_to) {
+  return n < all_up_to ? n + 1 : n + n / (all_up_to == kFirst ? 1 : 4);
 }
 
 class AllocationTest : public testing::Test {
@@ -92,11 +95,12 @@ class AllocationTest : public testing::Test {
   // Runs attempt(failing, n) for every kind of failure and n = 0, 1, 2 ..., until it returns false:
   // nothing failed any more. A failed expectation ends the test's attempts.
   template <typename Attempt>
-  static void FailEachAllocation(const std::string& what, const Attempt& attempt) {
+  static void FailEachAllocation(const std::string& what, const Attempt& attempt,
+                                 long all_up_to = kAllUpTo) {
     if (HasFailure()) return;
     for (const Failing failing : kFailings) {
       bool failed = true;
-      for (long n = 0; failed; n = After(n)) {
+      for (long n = 0; failed; n = After(n, all_up_to)) {
         failed = attempt(failing, n);
         if (HasFailure()) FAIL() << what << ", " << NameOf(failing) << ", n = " << n;
         points += failed ? 1 : 0;

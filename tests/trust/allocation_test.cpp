@@ -10,6 +10,7 @@
 #include "member_locks.h"
 #include "memory_streams.h"
 #include "object_probe.h"
+#include "system_rules.h"
 
 namespace mirolta::test {
 namespace {
@@ -111,8 +112,9 @@ class MemberAllocationTest : public AllocationTest {
           EXPECT_EQ(Published(), S_FALSE) << "an error report that is not of this call";
           const std::string shown = Shown(result);
           EXPECT_TRUE(shown == "(empty)" || shown == "(null text)" || shown == "(no object)" ||
-                      shown == "i4 0")
+                      shown == "i4 0" || (kCopiesNullTexts && late && shown == "text "))
               << shown;
+          if (kCopiesNullTexts && late) VariantClear(&result);
         } else {
           // It went well by another way, or the member says nothing of it.
           const std::string shown = Shown(result);

@@ -10,4 +10,10 @@ inline constexpr bool kPortableRuntime = false;
 inline constexpr bool kPortableRuntime = true;
 #endif
 
+// A late-bound caller gets an empty text where the member has given a null one, even if it failed.
+inline constexpr bool kCopiesNullTexts = !kPortableRuntime;
+// The arrays and texts that the system frees are wiped, those too in which it holds what it reads from an
+// object.
+inline constexpr bool kWipesWhatItFrees = kPortableRuntime;
+
 }  // namespace mirolta::test

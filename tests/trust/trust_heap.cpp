@@ -1,19 +1,10 @@
 #include "trust_heap.h"
 
-#include <malloc.h>
-
 #include <atomic>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
-#if defined(__SANITIZE_ADDRESS__)
-  #define TRUST_HEAP_UNDER_ASAN 1
-#elif defined(__has_feature)
-  #if __has_feature(address_sanitizer)
-    #define TRUST_HEAP_UNDER_ASAN 1
-  #endif
-#endif
+#include "heap_watch.h"
 
 namespace mirolta::test {
 namespace {
@@ -67,6 +58,15 @@ void Search(const void* block, size_t size) {
 
 }  // namespace
 
+void SeeAllocated() {
+  ++in_use;
+}
+
+void SeeFreed(void* block, size_t size) {
+  --in_use;
+  if (watching) Search(block, size);
+}
+
 long BlocksInUse() {
   return in_use;
 }
@@ -97,7 +97,8 @@ void StopWatchingForSecrets() {
 
 int FindSecret(const void* block, size_t size, size_t window) {
   for (size_t i = 0; i < secret_count; ++i) {
-    if (Holds(static_cast<const unsigned char*>(block), size, i, window)) return static_cast<int>(i);
+    if (Holds(static_cast<const unsigned char*>(block), size, i, window))
+      return static_cast<int>(i);
   }
   return -1;
 }
@@ -112,79 +113,4 @@ long BlocksSearched() {
   return searched;
 }
 
-#ifdef TRUST_HEAP_UNDER_ASAN
-
-extern "C" {
-int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, size_t),
-                                              void (*freeing)(const volatile void*));
-size_t __sanitizer_get_allocated_size(const volatile void* block);
-}
-
-namespace {
-
-[[maybe_unused]] const int hooks = __sanitizer_install_malloc_and_free_hooks(
-    [](const volatile void*, size_t) { ++in_use; },
-    [](const volatile void* block) {
-      if (block == nullptr) return;
-      --in_use;
-      if (watching) {
-        Search(const_cast<const void*>(block), __sanitizer_get_allocated_size(block));
-      }
-    });
-
-}  // namespace
 }  // namespace mirolta::test
-
-#else
-
-}  // namespace mirolta::test
-
-// The program's own doors before the C library's. What is freed is overwritten, so that a new
-// block never shows what an older one held.
-extern "C" {
-
-void* __libc_malloc(size_t size);
-void* __libc_calloc(size_t count, size_t size);
-void __libc_free(void* block);
-
-__attribute__((visibility("default"))) void* malloc(size_t size) {
-  void* const block = __libc_malloc(size);
-  if (block != nullptr) ++mirolta::test::in_use;
-  return block;
-}
-
-__attribute__((visibility("default"))) void* calloc(size_t count, size_t size) {
-  void* const block = __libc_calloc(count, size);
-  if (block != nullptr) ++mirolta::test::in_use;
-  return block;
-}
-
-__attribute__((visibility("default"))) void free(void* block) {
-  if (block == nullptr) return;
-  const int error = errno;
-  const size_t size = malloc_usable_size(block);
-  if (mirolta::test::watching) mirolta::test::Search(block, size);
-  std::memset(block, 0xDD, size);
-  // So that the compiler does not drop the overwriting of memory that dies.
-  __asm__ volatile("" : : "r"(block) : "memory");
-  --mirolta::test::in_use;
-  __libc_free(block);
-  errno = error;
-}
-
-__attribute__((visibility("default"))) void* realloc(void* block, size_t size) {
-  if (block == nullptr) return malloc(size);
-  if (size == 0) {
-    free(block);
-    return nullptr;
-  }
-  void* const moved = malloc(size);
-  if (moved == nullptr) return nullptr;
-  const size_t before = malloc_usable_size(block);
-  std::memcpy(moved, block, before < size ? before : size);
-  free(block);
-  return moved;
-}
-}
-
-#endif

@@ -1,5 +1,5 @@
-// The C library's heap, which operator new and the runtime use: the number of blocks in use, and
-// what freed blocks still contain.
+// The heap that operator new and the runtime use: the number of blocks in use, and what freed blocks
+// still contain.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The program's imports of system functions, replaced while it runs.
+// A program's imports of system functions, and those of the system's modules, replaced while it runs.
 #pragma once
 
 #include "platform.h"
@@ -9,6 +9,10 @@ namespace mirolta::test {
 // of the libraries linked to it, and returns what they reached before. Other modules of the process keep
 // theirs. The program ends if it does not import the function.
 void* ReplaceImport(const char* name, void* replacement);
+
+// ReplaceImportOf does the same to the imports of a module of the process, and returns null if it does not
+// import the function.
+void* ReplaceImportOf(HMODULE module, const char* name, void* replacement);
 
 template <typename Result, typename... Parameters>
 auto ReplaceImport(const char* name, Result(WINAPI* replacement)(Parameters...)) {

@@ -7,6 +7,15 @@
 namespace mirolta {
 
 extern "C" {
+// The next `count` calls by which the program has the system allocate succeed, and the one after them
+// fails, once. A negative count switches this off.
+void MiroltaFailAllocationAfter(LONG count);
+// True if that call has failed.
+bool MiroltaAllocationHasFailed();
+
+// The system never wipes what it frees.
+inline void MiroltaKeepDestroyedArrays(bool) {}
+
 // Replaces the clock of GetTickCount and GetLocalTime; null restores the system's.
 struct MiroltaClock {
   DWORD (*ticks)();
