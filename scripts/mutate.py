@@ -9,6 +9,8 @@ Results are stored in FOLDER/results.jsonl, so that an interrupted run can be co
   --filter P    only sources whose path starts with P
   --retry       try the survivors again, after tests were written
   --workers N   mutants at a time (default: the number of processors)
+  --budget S    a mutant that is not found in S seconds of processor time has survived (default 60;
+                unlimited with --retry)
   --stay        use the copy of the previous run, whatever the sources are now
   --report      only print the table of what has been tried
 """
@@ -25,12 +27,13 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from mutation import answers, report, sample  # noqa: E402
 from mutation.tree import Tree, tracked_files  # noqa: E402
-from mutation.trial import Trial, sees  # noqa: E402
-from mutation.windows_tree import WindowsTree  # noqa: E402
+from mutation.trial import Trial  # noqa: E402
+from mutation.windows_tree import WindowsTree, WindowsTrial  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 ANSWERS = os.path.join(ROOT, "tests", "trust", "mutation_survivors.txt")
 GOAL = 95.0
+BUDGET = 60.0
 
 
 def say(*words):
@@ -64,56 +67,22 @@ class Results:
         return counts
 
 
-def prepare(tree, jobs, folders):
-    """prepare builds what the tests need that see the folders; programs that do not build are left out."""
-    done, output = tree.configure()
-    if not done:
-        say(output)
-        return False
-    tests = [t for t in tree.read_tests() if any(sees(folder, t) for folder in folders)]
-    all_of_them = len(tests) == len(tree.tests)
-    tree.tests = tests
-    done, output = tree.ninja([] if all_of_them else sorted({n for t in tests for n in t.targets}),
-                              jobs, keep_going=True)
+def prepare(tree, jobs):
+    """prepare builds everything; tests of programs that do not build are left out."""
+    if not os.path.exists(os.path.join(tree.build, "build.ninja")):
+        done, output = tree.configure()
+        if not done:
+            say(output)
+            return False
+    tree.ninja([], jobs, keep_going=True)
     tree.read_objects()
-    if not done:
-        for test in list(tree.tests):
-            if not tree.ninja(sorted(test.targets), jobs)[0]:
-                say(f"left out: {test.name} does not build")
-                tree.tests.remove(test)
-    return bool(tree.tests)
+    tree.read_tests()
+    return True
 
 
-def measure(tree, known):
-    """measure runs every test once, unless the same sources have been measured before."""
-    digest = tree.sources_digest()
-    measured = {}
-    if os.path.exists(known):
-        with open(known, encoding="utf-8") as file:
-            measured = json.load(file)
-        if measured.pop("sources") != digest:
-            measured = {}
-    for test in tree.tests:
-        if test.name in measured:
-            continue
-        if test.measure(tree) == "passed":
-            measured[test.name] = (test.cpu, test.wall)
-        else:
-            say(f"left out: {test.name} fails on the unchanged sources")
-    with open(known, "w", encoding="utf-8") as file:
-        json.dump(dict(measured, sources=digest), file)
-    return measured
-
-
-def work(tree, folders, measured, kills, jobs, rows):
+def work(tree, budget, kills, jobs, rows):
     """work is a worker: takes lists of mutants until there is none."""
-    if not tree.tests and not prepare(tree, 1, folders):
-        rows.put(None)
-        return
-    tree.tests = [t for t in tree.tests if t.name in measured]
-    for test in tree.tests:
-        test.cpu, test.wall = measured[test.name]
-    trial = Trial(tree, tree.digests(), kills)
+    trial = (WindowsTrial if isinstance(tree, WindowsTree) else Trial)(tree, kills, budget)
     while True:
         mutants = jobs.get()
         if mutants is None:
@@ -127,43 +96,21 @@ def work(tree, folders, measured, kills, jobs, rows):
     rows.put(None)
 
 
-class Crew:
-    """Copies of the sources with the same build, for the mutants of some folders."""
-
-    def __init__(self, trees, known):
-        self.trees = trees
-        self.known = known
-        self.folders = set()
-        self.measured = {}
-
-    def try_all(self, mutants, results):
-        folders = {mutant.folder for mutant in mutants}
-        if not folders <= self.folders:
-            self.folders |= folders
-            if not prepare(self.trees[0], len(self.trees), self.folders):
-                sys.exit(2)
-            self.measured = measure(self.trees[0], self.known)
-            for tree in self.trees[1:]:
-                tree.tests = []
-        try_all(self.trees, self.folders, self.measured, mutants, results)
-
-
-def try_all(trees, folders, measured, mutants, results):
-    """try_all hands the mutants of a source to one worker together: it is built once for all then."""
+def try_all(trees, budget, mutants, results):
+    """try_all hands the mutants of a source to one worker together, who learns which test finds them."""
     jobs, rows = multiprocessing.Queue(), multiprocessing.Queue()
     sources = {}
     for mutant in mutants:
         sources.setdefault(mutant.path, []).append(mutant)
-    # Last those that make a worker build everything.
-    for group in sorted(sources.values(),
-                        key=lambda g: (g[0].folder in sample.WIDE, g[0].folder, g[0].path)):
-        for first in range(0, len(group), 6):
-            jobs.put(group[first:first + 6])
+    # Sources before headers, which make a worker compile more.
+    for group in sorted(sources.values(), key=lambda g: (not g[0].path.endswith(".cpp"),
+                                                         g[0].folder in sample.WIDE, g[0].path)):
+        jobs.put(group)
     workers = []
     for tree in trees:
         jobs.put(None)
         worker = multiprocessing.Process(target=work,
-                                         args=(tree, folders, measured, results.kills(), jobs, rows))
+                                         args=(tree, budget, results.kills(), jobs, rows))
         worker.start()
         workers.append(worker)
     running, count, start = len(workers), 0, time.monotonic()
@@ -200,14 +147,16 @@ def chosen(order, quotas, results):
 
 
 def crew(given, windows, root, files):
-    """crew makes the copies; one will do for the few sources of the Windows build."""
+    """crew makes the copies and their builds; one will do for the few sources of the Windows build."""
     if windows:
         trees = [WindowsTree(os.path.join(given.folder, "tree-windows"))]
     else:
         trees = [Tree(os.path.join(given.folder, f"tree-{n + 1}")) for n in range(given.workers)]
     for tree in trees:
         tree.copy(root, files)
-    return Crew(trees, os.path.join(given.folder, "tests-windows.json" if windows else "tests.json"))
+        if not prepare(tree, given.workers):
+            sys.exit(2)
+    return trees
 
 
 def options():
@@ -217,6 +166,7 @@ def options():
     parser.add_argument("--seed", default="1")
     parser.add_argument("--filter", default="")
     parser.add_argument("--retry", action="store_true")
+    parser.add_argument("--budget", type=float)
     parser.add_argument("--stay", action="store_true")
     parser.add_argument("--report", action="store_true")
     parser.add_argument("--workers", type=int, default=os.cpu_count() or 1)
@@ -227,6 +177,7 @@ def main():
     given = options()
     os.makedirs(given.folder, exist_ok=True)
     results = Results(os.path.join(given.folder, "results.jsonl"))
+    budget = given.budget or (float("inf") if given.retry else BUDGET)
     crews = {}
 
     def try_in_crews(mutants):
@@ -236,7 +187,7 @@ def main():
                 continue
             if windows not in crews:
                 crews[windows] = crew(given, windows, root, files)
-            crews[windows].try_all(some, results)
+            try_all(crews[windows], budget, some, results)
 
     files = tracked_files(ROOT)
     root = ROOT

@@ -1,9 +1,12 @@
 """One mutant: build what it touches, run tests until one fails."""
 
+import os
 import re
 import time
 
 from . import sample
+from .graph import Graph
+from .shadow import Shadow, recover
 from .tree import cpu_seconds
 
 # Tests by distance from a folder: its own, then those of the layers above, then everything.
@@ -23,8 +26,8 @@ ABOVE = {
     "host": ["host"]}
 # Run after those, before the layers below.
 LAST = ["tests/trust", "tests/host", "fuzz"]
-# So many of the folder's tests are built one by one.
-ALONE = 4
+# What one object takes to compile, and a program to link, in seconds.
+COMPILE, LINK = 1.0, 0.1
 
 
 def sees(folder, test):
@@ -56,124 +59,142 @@ def likeness(mutant, test):
 
 
 class Trial:
-    """Tries mutants in one tree.
+    """Tries mutants in one tree, whose build is done.
 
-    baseline: the digests of the unchanged sources' objects; kills: {(source, test): how often the
-    test has found a mutant of the source}.
+    kills: {(source, test): how often the test has found a mutant of the source}; budget: the seconds of
+    processor time after which a mutant counts as survived. measured is {test: (processor time, time)}
+    of the tests that ran here.
     """
 
-    def __init__(self, tree, baseline, kills):
+    def __init__(self, tree, kills, budget):
         self.tree = tree
-        self.digests = baseline
+        self.graph = Graph(tree.build)
+        recover(tree, self.graph)
+        tree.tests = [t for t in tree.tests if all(map(self.is_built, self.binaries(t)))]
         self.kills = kills
+        self.measured = {}
+        self.budget = budget
+        self.failing = set()
 
     def run(self, mutant):
-        """run tries a mutant and returns a row of the results; the source is as before afterwards.
+        """run tries a mutant and returns a row of the results; the tree is as before afterwards.
 
         status is found, timed out, survived, equivalent (the objects are the same), compiler (a static
-        assertion finds it) or invalid (it does not compile); by names the test; cpu and wall are in
-        seconds. Raises OSError if the source cannot be read or written.
+        assertion finds it) or invalid (it does not compile); by names the test, or tells how many
+        tests a survivor has left when the budget is spent; cpu and wall are in seconds. Raises OSError
+        if the source cannot be read or written.
         """
         with open(self.tree.path(mutant.path), encoding="utf-8", newline="") as file:
             original = file.read()
         row = {"key": mutant.key, "folder": mutant.folder, "operator": mutant.operator,
                "line": mutant.line, "old": mutant.old, "new": mutant.new}
         cpu, wall = cpu_seconds(), time.monotonic()
+        shadow = Shadow(self.tree, self.graph)
+        self.aside = 0.0
         try:
             self.tree.write(mutant.path, (original[:mutant.start] + mutant.new +
                                           original[mutant.end:]).encode())
-            row["status"], row["by"] = self.outcome(mutant)
+            row["status"], row["by"] = self.outcome(mutant, shadow, cpu)
         finally:
+            shadow.restore()
             self.tree.write(mutant.path, original.encode())
-        row["cpu"] = round(cpu_seconds() - cpu, 2)
+        row["cpu"] = round(cpu_seconds() - cpu - self.aside, 2)
         row["wall"] = round(time.monotonic() - wall, 2)
         return row
 
-    def outcome(self, mutant):
-        """outcome returns (status, by) of a mutant that is written into the tree."""
-        failure, changed = self.compile(mutant)
-        if failure:
-            return failure
-        if not changed:
-            return "equivalent", ""
-        built = set()
-        for alone, stage in self.plan(mutant):
-            for index, test in enumerate(stage):
-                ahead = [test] if index < alone else stage[index:]
-                targets = {t for other in ahead for t in other.targets} | self.needed_first(test)
-                if test.targets - built or self.needed_first(test) - built:
-                    done, output = self.tree.ninja(sorted(targets), keep_cache=False)
-                    if not done:
-                        return self.refused(output)
-                    built |= targets
-                outcome = self.run_test(test)
+    def outcome(self, mutant, shadow, start):
+        """outcome returns (status, by) of a mutant that is written into the tree.
+
+        Only what the tests run is made: the objects of the next test's programs, and these programs. A
+        test is not run if all its objects are as before. start: cpu_seconds() when the trial began.
+        """
+        affected = set(self.tree.objects.get(mutant.path, []))
+        own = [n for n in affected if self.tree.object_source[n] == mutant.path]
+        refused = shadow.compile(own)
+        if refused is not None:
+            return self.refused(refused)
+        waiting = {t.name: t for t in self.tree.tests if sees(mutant.folder, t) and t.name not in self.failing}
+        needed = {t.name: set().union(*map(self.graph.objects, self.binaries(t))) & affected
+                  for t in waiting.values()}
+        waiting = {name: t for name, t in waiting.items() if needed[name]}
+        distance = {t.name: n for n, stage in enumerate(stages(mutant.folder, waiting.values())) for t in stage}
+        while waiting:
+            test = max(waiting.values(),
+                       key=lambda t: self.promise(mutant, t, distance[t.name], needed[t.name] - set(shadow.changed)))
+            refused = shadow.compile(needed[test.name])
+            if refused is not None:
+                return self.refused(refused)
+            del waiting[test.name]
+            if any(shadow.changed[n] for n in needed[test.name]):
+                refused = shadow.place(self.binaries(test))
+                if refused is not None:
+                    return self.refused(refused)
+                outcome = self.run_test(test, shadow)
                 if outcome != "passed":
                     return ("found" if outcome == "failed" else "timed out"), test.name
-        return "survived", ""
+            if cpu_seconds() - start - self.aside > self.budget and waiting:
+                return "survived", f"{len(waiting)} tests left"
+        refused = shadow.compile({n for n in affected if self.of_module(n)})
+        if refused is not None:
+            return self.refused(refused)
+        same = not any(out for name, out in shadow.changed.items() if self.of_module(name))
+        return ("equivalent" if same else "survived"), ""
 
-    def run_test(self, test):
-        """run_test returns what Tree.run does, within limits by what the test took before.
+    def is_built(self, binary):
+        """is_built says whether the build has a binary."""
+        return os.path.exists(os.path.join(self.tree.build, binary))
 
-        A failure counts if it repeats: some tests depend on the order of threads.
+    def binaries(self, test):
+        """binaries returns the programs and libraries that a test and its fixtures run."""
+        targets = set(test.targets).union(*(t.targets for t in self.tree.fixtures(test)))
+        return sorted(set().union(*map(self.graph.binaries, targets)))
+
+    def promise(self, mutant, test, distance, objects):
+        """promise says how likely a test finds the mutant for each second that it takes.
+
+        distance is that of its stage, objects are those to be compiled first.
         """
-        limits = (5 + 5 * test.cpu, 30 + 20 * test.wall)
-        outcome = self.tree.run(test, *limits)
-        return self.tree.run(test, *limits) if outcome == "failed" else outcome
+        chance = (1 + 4 * self.kills.get((mutant.path, test.name), 0) + 2 * likeness(mutant, test)) / 3 ** distance
+        seconds = self.measured.get(test.name, (test.cpu, test.wall))[0]
+        return chance / (LINK * len(self.binaries(test)) + COMPILE * len(objects) + seconds)
 
-    def plan(self, mutant):
-        """plan returns pairs (how many are built one by one, tests) in the order of the runs.
+    def run_test(self, test, shadow):
+        """run_test returns what Tree.run does, but "passed" for a test that fails without the mutant too.
 
-        The likeliest to fail come first. Programs whose own sources include the changed one take long
-        to build: but for a quick two they come after all others, and only those of the folder, of the
-        layers above and the harnesses.
+        A failure counts if it repeats: some tests depend on the order of threads. The limits are by
+        what the test takes on the unchanged sources, once that is known.
         """
-        own, *rest = stages(mutant.folder, self.tree.tests)
-        dirty = {t.name: self.to_compile(mutant, t) for t in own + [t for s in rest for t in s]}
-        tests = [t for stage in rest for t in stage]
-        near = tuple("tests/" + name for name in ABOVE[mutant.folder]) + ("fuzz",)
-        quick = self.by_promise(mutant, [t for t in own if 0 < dirty[t.name] <= 2])[:2]
-        slow = [t for t in own + tests if dirty[t.name] and t not in quick and t.folder.startswith(near)]
-        clean = [[t for t in stage if not dirty[t.name]] for stage in [own] + rest]
-        return [(ALONE, self.by_promise(mutant, clean[0])), (len(quick), quick)] + \
-            [(0, self.by_promise(mutant, stage)) for stage in clean[1:]] + \
-            [(len(slow), sorted(slow, key=lambda t: dirty[t.name]))]
+        before, wall_before = cpu_seconds(), time.monotonic()
+        outcome = self.tree.run(test, *self.limits(test))
+        if outcome == "passed":
+            self.measured.setdefault(test.name, (cpu_seconds() - before, time.monotonic() - wall_before))
+            return outcome
+        repeat = outcome == "failed"
+        if test.name not in self.measured:
+            if not self.passes_unchanged(test, shadow):
+                return "passed"
+            repeat = True
+        return self.tree.run(test, *self.limits(test)) if repeat else outcome
 
-    def by_promise(self, mutant, tests):
-        """by_promise sorts tests: most kills first, then likeness, then the quickest."""
-        return sorted(tests, key=lambda t: (-self.kills.get((mutant.path, t.name), 0),
-                                            -likeness(mutant, t), t.cpu))
+    def limits(self, test):
+        """limits returns the seconds of processor time and of time that the test may take."""
+        cpu, wall = self.measured.get(test.name, (5.0, 20.0))
+        return 5 + 5 * cpu, 30 + 20 * wall
 
-    def to_compile(self, mutant, test):
-        """to_compile returns how many objects of the test's own programs the mutant's source is in."""
-        programs = {t.rsplit("/", 1)[-1] for t in test.targets}
-        owners = [re.search(r"(?:^|/)CMakeFiles/([^/]+)\.dir/", name)
-                  for name in self.tree.objects.get(mutant.path, [])]
-        return sum(1 for owner in owners if owner and owner.group(1) in programs)
+    def passes_unchanged(self, test, shadow):
+        """passes_unchanged measures the test on unchanged sources; one that fails is not run again.
 
-    def needed_first(self, test):
-        """needed_first returns the targets of the test's fixtures."""
-        return {target for other in self.tree.fixtures(test) for target in other.targets}
-
-    def compile(self, mutant):
-        """compile builds the module's objects that the mutant's source is in, until one differs.
-
-        Returns ((status, by) if it does not compile, else None; whether an object differs from the
-        baseline).
+        Its programs are linked as those of the mutant are.
         """
-        names = [n for n in self.tree.objects.get(mutant.path, []) if self.of_module(n)]
-        own = [n for n in names if self.tree.object_source[n] == mutant.path]
-        same_folder = [n for n in names if self.tree.object_source[n].startswith(mutant.folder)]
-        # A few first: what changes one object need not be built everywhere before the tests.
-        near = [n for n in same_folder if n not in own] + [n for n in names if n not in same_folder]
-        for group in (own[:1], own[1:], near[:3], near[3:12], near[12:]):
-            if not group:
-                continue
-            done, output = self.tree.ninja(group, keep_cache=False)
-            if not done:
-                return self.refused(output), False
-            if any(self.tree.digest(n) != self.digests[n] for n in group):
-                return None, True
-        return None, False
+        before, binaries = cpu_seconds(), sorted(shadow.placed)
+        shadow.place(binaries, unchanged=True)
+        if test.measure(self.tree) == "passed":
+            self.measured[test.name] = (test.cpu, test.wall)
+        else:
+            self.failing.add(test.name)
+        shadow.place(binaries)
+        self.aside += cpu_seconds() - before
+        return test.name in self.measured
 
     def of_module(self, name):
         """of_module says whether an object is made of a source of sample.FOLDERS."""

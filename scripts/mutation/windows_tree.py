@@ -4,6 +4,7 @@ import os
 import subprocess
 
 from .tree import CONFIGURE, Test, Tree
+from .trial import Trial
 
 # What the steps compare the Windows module with; kernels by what their tests leave out.
 NATIVE = ["mirolta-definitions", "mirolta-host", "mirolta", "registry_listing",
@@ -55,3 +56,28 @@ class WindowsTree(Tree):
         self.tests = [step(FIRST, FIXTURES_SETUP=["module"])]
         self.tests += [step(name, FIXTURES_REQUIRED=["module"]) for name in STEPS]
         return self.tests
+
+
+class WindowsTrial(Trial):
+    """Tries mutants as Trial does, but builds all programs: each step of the tests uses several."""
+
+    def __init__(self, tree, kills, budget):
+        super().__init__(tree, kills, budget)
+        self.baseline = tree.digests()
+        tree.tests = [t for t in tree.tests if t.measure(tree) == "passed"]
+        self.measured = {t.name: (t.cpu, t.wall) for t in tree.tests}
+
+    def outcome(self, mutant, shadow, start):
+        """outcome returns (status, by) of a mutant that is written into the tree."""
+        names = [n for n in self.tree.objects.get(mutant.path, []) if self.of_module(n)]
+        for targets in (names, []):
+            done, output = self.tree.ninja(targets, keep_cache=False)
+            if not done:
+                return self.refused(output)
+            if all(self.tree.digest(n) == self.baseline[n] for n in names):
+                return "equivalent", ""
+        for test in sorted(self.tree.tests, key=lambda t: -self.kills.get((mutant.path, t.name), 0)):
+            outcome = self.run_test(test, shadow)
+            if outcome != "passed":
+                return ("found" if outcome == "failed" else "timed out"), test.name
+        return "survived", ""

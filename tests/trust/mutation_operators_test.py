@@ -9,7 +9,7 @@ ROOT = os.path.abspath(sys.argv.pop())
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 sys.dont_write_bytecode = True
 
-from mutation import answers, lexer, operators, report, sample, trial  # noqa: E402
+from mutation import answers, graph, lexer, operators, report, sample, shadow, trial  # noqa: E402
 
 
 def changed(text):
@@ -106,6 +106,28 @@ class Sample(unittest.TestCase):
             self.assertTrue(os.path.exists(os.path.join(ROOT, path)), path)
             self.assertNotEqual(old, new)
             self.assertTrue(reason)
+
+
+class Build(unittest.TestCase):
+    def test_a_compiler_writes_the_same_object_elsewhere(self):
+        command = "/usr/bin/ccache c++ -Da -I/tree/hash -O3 -Wall -Werror -MD -MT a.o -MF a.o.d -o a.o -c /tree/a.cpp"
+        self.assertEqual(shadow.compiler_words(command, "/tree", "/tree/build/native"),
+                         "c++ -Da -I../../hash -O3 -c ../../a.cpp -w".split())
+
+    def test_a_test_has_the_libraries_that_its_program_needs(self):
+        known = graph.Graph.__new__(graph.Graph)
+        known.inputs, known.linked, known.known_binaries = {}, set(), {}
+        known.add_edge(["lib/a.so.1"], "CXX_SHARED_LIBRARY_LINKER__a_Release", ["a.cpp.o", "|", "c.a"])
+        known.add_edge(["lib/a.so"], "CMAKE_SYMLINK_LIBRARY", ["lib/a.so.1"])
+        known.add_edge(["tests/b"], "CXX_EXECUTABLE_LINKER__b_Release", ["b.cpp.o", "||", "lib/a.so"])
+        self.assertEqual(known.binaries("tests/b"), {"tests/b", "lib/a.so.1"})
+        self.assertEqual(known.binaries("lib/a.so"), {"lib/a.so.1"})
+
+    def test_a_link_keeps_what_the_shell_would_give(self):
+        known = graph.Graph.__new__(graph.Graph)
+        known.commands = {"lib/a.so": r': && c++ -Wl,-rpath,"\$ORIGIN" -o lib/a.so a.cpp.o && :'}
+        self.assertEqual(known.link_command("lib/a.so"),
+                         ["c++", "-Wl,-rpath,$ORIGIN", "-o", "lib/a.so", "a.cpp.o", "-fuse-ld=lld"])
 
 
 class Report(unittest.TestCase):
