@@ -39,7 +39,7 @@ make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks 
      [PEERS=trixie]               beside those libraries of Debian 13 too             60 min  50 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
 make bench-windows [FILTER=text]  the Windows builds under Wine beside the native one     8 min   1 min
-make bench-x86 [FILTER=pattern]   the same for 32-bit programs, on three kinds of x86  100 min  90 min
+make bench-x86 [FILTER=pattern]   the same for 32-bit programs, on three kinds of x86   30 min  25 min
 make arm-bench [FILTER=text]      instructions on ARM beside other libraries             10 min   3 min
 make docs                         build/docs: pages with a search, manual pages           1 min  20 s
 make count                        instructions of the portable kernels                    1 min   1 min

@@ -25,15 +25,17 @@ inline constexpr size_t kRadix52PowerMostBits =
                                 size_t n) noexcept;
 
 // Radix52SecretPower and Radix52SecretPair: one and two powers, by the rules of RaiseToSecrets. For
-// two, the products are interleaved.
+// two, the products are interleaved, which in 32-bit mode would need more registers than there are.
 // Shapes: as for Radix52Power, for two of up to kRadix52PairMostBits bits.
 // Errors: false if memory runs out.
 // Time:   as for RaiseToSecrets.
+[[nodiscard]] bool Radix52SecretPower(const SecretPower* powers) noexcept;
+  #if MIROLTA_KERNELS_FOR(X86_64)
 inline constexpr size_t kRadix52PairLeastBits = 260;
 inline constexpr size_t kRadix52PairMostBits =
     kRadix52MostPairVectors * kRadix52PerVector * kRadix52Bits - kRadix52Spare;
-[[nodiscard]] bool Radix52SecretPower(const SecretPower* powers) noexcept;
 [[nodiscard]] bool Radix52SecretPair(const SecretPower* powers) noexcept;
+  #endif
 
 }  // namespace mirolta
 

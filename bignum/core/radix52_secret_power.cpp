@@ -100,6 +100,7 @@ bool Radix52SecretPower(const SecretPower* powers) noexcept {
   return RaiseInRadix52<1>(powers, VectorsOf(count), count, one);
 }
 
+  #if MIROLTA_KERNELS_FOR(X86_64)
 bool Radix52SecretPair(const SecretPower* powers) noexcept {
   const size_t first = LimbBits(powers[0].m, powers[0].n);
   const size_t second = LimbBits(powers[1].m, powers[1].n);
@@ -107,6 +108,7 @@ bool Radix52SecretPair(const SecretPower* powers) noexcept {
   return RaiseInRadix52<2>(powers, VectorsOf(count), count,
                            Radix52PairProductFor(VectorsOf(count)));
 }
+  #endif
 
 }  // namespace mirolta
 

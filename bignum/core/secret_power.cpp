@@ -44,13 +44,17 @@ constexpr SecretPowerMethod kMontgomery = {1, 0, SIZE_MAX, SecretMontgomeryPower
 #if MIROLTA_KERNELS_FOR(X86)
 constexpr SecretPowerMethod kRadix52 = {1, kRadix52PowerLeastBits, kRadix52PowerMostBits,
                                         Radix52SecretPower};
+#endif
+#if MIROLTA_KERNELS_FOR(X86_64)
 constexpr SecretPowerMethod kRadix52Pair = {2, kRadix52PairLeastBits, kRadix52PairMostBits,
                                             Radix52SecretPair};
 #endif
 
 constexpr Kernel<const SecretPowerMethod*> kRows[] = {
-#if MIROLTA_KERNELS_FOR(X86)
+#if MIROLTA_KERNELS_FOR(X86_64)
     {"ifma pair", kRadix52Features, &kRadix52Pair},
+#endif
+#if MIROLTA_KERNELS_FOR(X86)
     {"ifma", kRadix52Features, &kRadix52},
 #endif
     {"montgomery", 0, &kMontgomery},

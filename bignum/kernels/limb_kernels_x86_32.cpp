@@ -59,34 +59,6 @@ struct FlagSums {
     }
     return carry;
   }
-
-  static LimbPair Square(Limb x) { return WideProducts::MulAdd(x, x, 0, 0); }
-
-  // The last limbs of rows, after a carry.
-  static Limb SetLast(Limb* z, const Limb* x, size_t n, Limb y, Limb carry) {
-    for (; n != 0; --n) {
-      const LimbPair p = WideProducts::MulAdd(*x++, y, carry, 0);
-      *z++ = p.low;
-      carry = p.high;
-    }
-    return carry;
-  }
-  static Limb AddLast(Limb* z, const Limb* x, size_t n, Limb y, Limb carry) {
-    for (; n != 0; --n, ++z) {
-      const LimbPair p = WideProducts::MulAdd(*x++, y, carry, *z);
-      *z = p.low;
-      carry = p.high;
-    }
-    return carry;
-  }
-  static Limb SubtractLast(Limb* z, const Limb* x, size_t n, Limb y, Limb carry) {
-    for (; n != 0; --n, ++z) {
-      const LimbPair p = WideProducts::MulAdd(*x++, y, carry, 0);
-      carry = static_cast<Limb>(p.high + (*z < p.low));
-      *z -= p.low;
-    }
-    return carry;
-  }
 };
 
 // One limb of a row by mull. 'at' is what the last limb receives: its low half, the high half before it and their
@@ -111,6 +83,9 @@ struct FlagSums {
     instruction " %[at], " last              \
                 "(%[z])\n"                   \
                 "adcl $0, %[high]\n"
+  #define MIROLTA_MUL_STORE(last, instruction) instruction " %[at], " last "(%[z])\n"
+  #define MIROLTA_MUL_2(instruction, sum) \
+    MIROLTA_MUL_BEGIN MIROLTA_MUL_LIMB("4", "0", instruction, sum)
   #define MIROLTA_MUL_4(instruction, sum)                          \
     MIROLTA_MUL_BEGIN MIROLTA_MUL_LIMB("4", "0", instruction, sum) \
         MIROLTA_MUL_LIMB("8", "4", instruction, sum) MIROLTA_MUL_LIMB("12", "8", instruction, sum)
@@ -125,33 +100,40 @@ struct FlagSums {
                      : [z] "r"(z), [x] "r"(x), [factor] "m"(y) \
                      : "eax", "edx", "cc", "memory")
 
+// Limbs of a row by blocks of 8, 4, 2 and 1, with the code that each has.
+  #define MIROLTA_ROW(BLOCK_OF_8, BLOCK_OF_4, BLOCK_OF_2, BLOCK_OF_1) \
+    for (; n >= 8; n -= 8, z += 8, x += 8) BLOCK_OF_8;                \
+    if ((n & 4) != 0) {                                               \
+      BLOCK_OF_4;                                                     \
+      z += 4, x += 4;                                                 \
+    }                                                                 \
+    if ((n & 2) != 0) {                                               \
+      BLOCK_OF_2;                                                     \
+      z += 2, x += 2;                                                 \
+    }                                                                 \
+    if ((n & 1) != 0) BLOCK_OF_1
+
+// Rows are not inlined: each would be there three times.
+  #define MIROLTA_ROW_FUNCTION static __attribute__((noinline)) Limb
+
+  #define MIROLTA_MUL_ROW(instruction, sum, END)                                     \
+    Limb carry = 0, at;                                                              \
+    MIROLTA_ROW(MIROLTA_MUL(MIROLTA_MUL_8(instruction, sum) END("28", instruction)), \
+                MIROLTA_MUL(MIROLTA_MUL_4(instruction, sum) END("12", instruction)), \
+                MIROLTA_MUL(MIROLTA_MUL_2(instruction, sum) END("4", instruction)),  \
+                MIROLTA_MUL(MIROLTA_MUL_BEGIN END("0", instruction)));               \
+    return carry
+
 struct MulRows : FlagSums {
   // A product alone has nothing to add to, and no carry from there.
-  static Limb Mul1(Limb* z, const Limb* x, size_t n, Limb y) {
-    Limb carry = 0, at;
-    for (; n >= 8; n -= 8, z += 8, x += 8)
-      MIROLTA_MUL(MIROLTA_MUL_8("movl", "addl") "movl %[at], 28(%[z])\n");
-    for (; n >= 4; n -= 4, z += 4, x += 4)
-      MIROLTA_MUL(MIROLTA_MUL_4("movl", "addl") "movl %[at], 12(%[z])\n");
-    return SetLast(z, x, n, y, carry);
+  MIROLTA_ROW_FUNCTION Mul1(Limb* z, const Limb* x, size_t n, Limb y) {
+    MIROLTA_MUL_ROW("movl", "addl", MIROLTA_MUL_STORE);
   }
-
-  static Limb MulAdd1(Limb* z, const Limb* x, size_t n, Limb y) {
-    Limb carry = 0, at;
-    for (; n >= 8; n -= 8, z += 8, x += 8)
-      MIROLTA_MUL(MIROLTA_MUL_8("addl", "adcl") MIROLTA_MUL_END("28", "addl"));
-    for (; n >= 4; n -= 4, z += 4, x += 4)
-      MIROLTA_MUL(MIROLTA_MUL_4("addl", "adcl") MIROLTA_MUL_END("12", "addl"));
-    return AddLast(z, x, n, y, carry);
+  MIROLTA_ROW_FUNCTION MulAdd1(Limb* z, const Limb* x, size_t n, Limb y) {
+    MIROLTA_MUL_ROW("addl", "adcl", MIROLTA_MUL_END);
   }
-
-  static Limb MulSub1(Limb* z, const Limb* x, size_t n, Limb y) {
-    Limb carry = 0, at;
-    for (; n >= 8; n -= 8, z += 8, x += 8)
-      MIROLTA_MUL(MIROLTA_MUL_8("subl", "adcl") MIROLTA_MUL_END("28", "subl"));
-    for (; n >= 4; n -= 4, z += 4, x += 4)
-      MIROLTA_MUL(MIROLTA_MUL_4("subl", "adcl") MIROLTA_MUL_END("12", "subl"));
-    return SubtractLast(z, x, n, y, carry);
+  MIROLTA_ROW_FUNCTION MulSub1(Limb* z, const Limb* x, size_t n, Limb y) {
+    MIROLTA_MUL_ROW("subl", "adcl", MIROLTA_MUL_END);
   }
 };
 
@@ -183,6 +165,8 @@ struct MulRows : FlagSums {
     "], %[low]\n"                                \
     "notl %[low]\n"                              \
     "movl %[low], " offset "(%[z])\n"
+  #define MIROLTA_MULX_1(STEP) STEP("0", "carry", "other") "movl %[other], %[carry]\n"
+  #define MIROLTA_MULX_2(STEP) STEP("0", "carry", "other") STEP("4", "other", "carry")
   #define MIROLTA_MULX_4(STEP)  \
     STEP("0", "carry", "other") \
     STEP("4", "other", "carry") STEP("8", "carry", "other") STEP("12", "other", "carry")
@@ -199,28 +183,22 @@ struct MulRows : FlagSums {
             : [z] "r"(z), [x] "r"(x), "d"(y)                                                   \
             : "cc", "memory")
 
+  #define MIROLTA_MULX_ROW(STEP)                                                             \
+    Limb carry = 0, low, other;                                                              \
+    MIROLTA_ROW(                                                                             \
+        MIROLTA_MULX_LIMBS(MIROLTA_MULX_8, STEP), MIROLTA_MULX_LIMBS(MIROLTA_MULX_4, STEP),  \
+        MIROLTA_MULX_LIMBS(MIROLTA_MULX_2, STEP), MIROLTA_MULX_LIMBS(MIROLTA_MULX_1, STEP)); \
+    return carry
+
 struct MulxRows : FlagSums {
-  static Limb Mul1(Limb* z, const Limb* x, size_t n, Limb y) {
-    Limb carry = 0, low, other;
-    for (; n >= 8; n -= 8, z += 8, x += 8) MIROLTA_MULX_LIMBS(MIROLTA_MULX_8, MIROLTA_MULX_SET);
-    for (; n >= 4; n -= 4, z += 4, x += 4) MIROLTA_MULX_LIMBS(MIROLTA_MULX_4, MIROLTA_MULX_SET);
-    return SetLast(z, x, n, y, carry);
+  MIROLTA_ROW_FUNCTION Mul1(Limb* z, const Limb* x, size_t n, Limb y) {
+    MIROLTA_MULX_ROW(MIROLTA_MULX_SET);
   }
-
-  static Limb MulAdd1(Limb* z, const Limb* x, size_t n, Limb y) {
-    Limb carry = 0, low, other;
-    for (; n >= 8; n -= 8, z += 8, x += 8) MIROLTA_MULX_LIMBS(MIROLTA_MULX_8, MIROLTA_MULX_ADD);
-    for (; n >= 4; n -= 4, z += 4, x += 4) MIROLTA_MULX_LIMBS(MIROLTA_MULX_4, MIROLTA_MULX_ADD);
-    return AddLast(z, x, n, y, carry);
+  MIROLTA_ROW_FUNCTION MulAdd1(Limb* z, const Limb* x, size_t n, Limb y) {
+    MIROLTA_MULX_ROW(MIROLTA_MULX_ADD);
   }
-
-  static Limb MulSub1(Limb* z, const Limb* x, size_t n, Limb y) {
-    Limb carry = 0, low, other;
-    for (; n >= 8; n -= 8, z += 8, x += 8)
-      MIROLTA_MULX_LIMBS(MIROLTA_MULX_8, MIROLTA_MULX_SUBTRACT);
-    for (; n >= 4; n -= 4, z += 4, x += 4)
-      MIROLTA_MULX_LIMBS(MIROLTA_MULX_4, MIROLTA_MULX_SUBTRACT);
-    return SubtractLast(z, x, n, y, carry);
+  MIROLTA_ROW_FUNCTION MulSub1(Limb* z, const Limb* x, size_t n, Limb y) {
+    MIROLTA_MULX_ROW(MIROLTA_MULX_SUBTRACT);
   }
 };
 
@@ -229,8 +207,37 @@ bool NoMontgomeryX86(Limb*, const Limb*, const Limb*, const Limb*, size_t, Limb)
 }
 
 template <typename Rows>
+struct X86Blocks : OperandScanningLoops<Rows> {
+  static void Square(Limb* z, const Limb* x, size_t n) {
+    z[0] = 0;
+    z[2 * n - 1] = 0;
+    if (n > 1) {
+      z[n] = Rows::Mul1(z + 1, x + 1, n - 1, x[0]);
+      for (size_t i = 1; i + 1 < n; ++i) {
+        z[n + i] = Rows::MulAdd1(z + 2 * i + 1, x + i + 1, n - 1 - i, x[i]);
+      }
+    }
+    Rows::Add(z, z, z, 2 * n);
+    // The squares: mull changes the carry flag, so that it is kept as 0 or -1 meanwhile.
+    Limb carry = 0;
+    for (; n != 0; --n, ++x, z += 2) {
+      __asm__ volatile(
+          "movl (%[x]), %%eax\n"
+          "mull %%eax\n"
+          "addl %[carry], %[carry]\n"
+          "adcl %%eax, (%[z])\n"
+          "adcl %%edx, 4(%[z])\n"
+          "sbbl %[carry], %[carry]\n"
+          : [carry] "+r"(carry)
+          : [z] "r"(z), [x] "r"(x)
+          : "eax", "edx", "cc", "memory");
+    }
+  }
+};
+
+template <typename Rows>
 constexpr LimbKernels TableOf() {
-  using Blocks = OperandScanningLoops<Rows>;
+  using Blocks = X86Blocks<Rows>;
   return {Rows::Add,        Rows::Subtract, Rows::Mul1,     Rows::MulAdd1,  Rows::MulSub1,
           Blocks::Multiply, Blocks::Square, Blocks::Reduce, NoMontgomeryX86};
 }
