@@ -20,6 +20,9 @@ UP_TO_AVX2 = [
     (r"(kernel|engine)/(?!AES|DES|Triple)", 0.8, "GMP"),
 ]
 
+# Peers of scripts that count for no ratio: they run other scripts.
+ONLY_SHOWN = ("Node",)
+
 
 def library(contestant):
     """The library of a contestant: OpenSSL of `OpenSSL EVP`."""
@@ -52,6 +55,9 @@ class Processor:
 
     def requirement(self, name, ours, peers):
         """(required, stretch, the peers that count) of a row."""
+        if name.startswith("script/"):
+            return ours["required"], ours["stretch"], {
+                peer: entry for peer, entry in peers.items() if peer not in ONLY_SHOWN}
         if name.startswith(("class/", "scaling/")):
             return ours["required"], ours["stretch"], peers
         if self.is_wide:
