@@ -198,8 +198,8 @@ peers-%: setup-bench
 bench-runs = $@ $(addprefix bench-,$(PEERS))
 bench: $(patsubst %,build/bench-%/build.ninja,$(PEERS))
 bench bench-avx2: %: build/%/build.ninja
-	@for run in $(bench-runs); do cmake --build build/$$run -j$(JOBS) --target mirolta-bench && \
-	  build/$$run/bin/mirolta-bench build/$$run/results.json '$(FILTER)' || exit 1; done
+	@for run in $(bench-runs); do cmake --build build/$$run -j$(JOBS) --target mirolta-bench mirolta-host && \
+	  python3 -B bench/measure.py $$([ $$run = $@ ] || echo --without-scripts) build/$$run '$(FILTER)' || exit 1; done
 	@python3 bench/table.py $(if $(FILTER),,--pages docs/benchmarks) $(bench-runs:%=build/%/results.json)
 	@$(if $(FILTER),,python3 -B bench/plots.py build/$@/results.json build/$@/plots)
 

@@ -34,6 +34,9 @@ X86 = [
 LEVELS = [("AVX-512", "", ""), ("AVX2", "-avx2", " without wider vectors than AVX2"),
           ("", "-sse2", " with SSE2 only")]
 
+# Peers of scripts that count for no ratio: they run other scripts.
+ONLY_SHOWN = ("Node",)
+
 
 def library(contestant):
     """The library of a contestant: OpenSSL of `OpenSSL EVP`."""
@@ -79,6 +82,9 @@ class Processor:
 
     def requirement(self, name, ours, peers):
         """(required, stretch, the peers that count) of a row."""
+        if name.startswith("script/"):
+            return ours["required"], ours["stretch"], {
+                peer: entry for peer, entry in peers.items() if peer not in ONLY_SHOWN}
         if name.startswith(("class/", "scaling/")):
             return ours["required"], ours["stretch"], peers
         if self.is_wide and not self.is_x86:

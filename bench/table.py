@@ -21,6 +21,7 @@ LEVELS = {
     "engine": "Engines",
     "class": "Classes",
     "scaling": "Scaling",
+    "script": "Scripts",
 }
 INTRODUCTION = {
     "kernel": "The loops alone, without an object around them.",
@@ -30,8 +31,13 @@ INTRODUCTION = {
     "class": "Calls of the module's objects. Their peers are our own kernels and, for late-bound "
     "calls, the early-bound ones.",
     "scaling": "How cost grows with length, calls, objects and threads.",
+    "script": "The native script host beside the platform's (cscript), which Wine runs on the same scripts with "
+    "the module for Windows: elapsed time of a call, without that of the loop around it. Node runs counterparts of "
+    "its own, where it has any, and counts for no ratio. Files are hashed by `examples/hash-file.js` in one run, "
+    "its start included.",
 }
 PEERS = ("OpenSSL", "nettle", "Botan", "GMP", "libgcrypt")
+HOSTS = ("Wine", "Node")  # only where they were measured
 
 
 def read_rows(report):
@@ -94,11 +100,12 @@ def table_line(name, contestants, processor):
     ours = contestants[OURS]
     peers = {peer: entry for peer, entry in contestants.items() if peer != OURS}
     required, stretch, counting = processor.requirement(name, ours, peers)
-    shown = ", ".join(f"{peer} {speed_text(entry)}" for peer, entry in sorted(
-        peers.items(), key=lambda item: ratio_to(item[1], ours)))
+    shown = ", ".join([f"{peer} {speed_text(entry)}" for peer, entry in sorted(
+        peers.items(), key=lambda item: ratio_to(item[1], ours))] +
+        [f"{peer} missing" for peer in ours.get("missing", ())])
     ratio = ""
     verdict = ""
-    if peers:
+    if counting:
         # Requirements have two decimals, so the ratio is rounded to two.
         value = round(min(ratio_to(entry, ours) for entry in counting.values()), 2)
         ratio = f"{value:.2f}"
@@ -122,7 +129,8 @@ def limit_lines(processor):
 
 
 def versions(report):
-    return ", ".join(f"{peer} {report['context'][peer]}" for peer in PEERS)
+    return ", ".join(f"{peer} {report['context'][peer]}" for peer in PEERS + HOSTS
+                     if peer in PEERS or peer in report["context"])
 
 
 def markdown(reports, rows):

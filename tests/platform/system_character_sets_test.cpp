@@ -145,6 +145,40 @@ TEST(CharacterSets, BytesThatAreNoCharacterAreReplaced) {
   EXPECT_EQ(MultiByteToWideChar(1252, 8, "\x81", 1, nullptr, 0), 1);
 }
 
+// ASCII is converted in runs: each length of run, before and behind another character, in every
+// capacity.
+TEST(CharacterSets, Utf8ConvertsRunsOfAsciiAsSingleCharacters) {
+  static constexpr struct {
+    const char16_t* text;
+    const char* bytes;
+  } kOthers[] = {
+      {u"\x80", "\xC2\x80"}, {u"\u20AC", "\xE2\x82\xAC"}, {u"\xD83D\xDE00", "\xF0\x9F\x98\x80"}};
+  for (const auto& other : kOthers) {
+    for (size_t run = 0; run <= 35; ++run) {
+      std::string bytes;
+      std::u16string text;
+      for (size_t i = 0; i < run; ++i) {
+        bytes += static_cast<char>(127 - i);
+        text += static_cast<char16_t>(127 - i);
+      }
+      const size_t behind = run + std::string(other.bytes).size();
+      bytes += other.bytes + bytes;
+      text += other.text + text;
+      ASSERT_EQ(Encode(65001, text), bytes) << run;
+      ASSERT_EQ(Decode(65001, bytes), text) << run;
+      for (size_t capacity = 1; capacity < bytes.size(); ++capacity) {
+        std::string written(bytes.size(), '#');
+        ASSERT_EQ(WideCharToMultiByte(65001, 0, text.data(), static_cast<INT>(text.size()),
+                                      written.data(), static_cast<INT>(capacity), nullptr, nullptr),
+                  0);
+        // A character that does not fit whole is not written, nor what follows it.
+        const size_t kept = capacity > run && capacity < behind ? run : capacity;
+        ASSERT_EQ(written, bytes.substr(0, kept) + std::string(bytes.size() - kept, '#'));
+      }
+    }
+  }
+}
+
 TEST(CharacterSets, ConversionsKeepToLengthsAndCapacities) {
   char bytes[8] = "#######";
   EXPECT_EQ(WideCharToMultiByte(1252, 0, u"abc", -1, nullptr, 0, nullptr, nullptr), 4);

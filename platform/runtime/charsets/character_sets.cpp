@@ -32,6 +32,13 @@ class Output {
     size_ += count;
   }
   void Put(Unit unit) { Put(&unit, 1); }
+  // Puts characters of ASCII from the other form, as many as fit.
+  template <typename From>
+  void PutAscii(const From* characters, size_t count) {
+    const size_t fitting = std::min(count, capacity_ - std::min(capacity_, size_));
+    for (size_t i = 0; i < fitting; ++i) place_[size_ + i] = static_cast<Unit>(characters[i]);
+    size_ += count;
+  }
   // The length; 0 if it does not fit or exceeds an INT.
   INT Result() const {
     if (size_ > 0x7FFFFFFF || (!IsCounting() && size_ > capacity_)) return 0;
@@ -56,8 +63,27 @@ struct Default {
   }
 };
 
+// The length of the ASCII that a text starts with. Most texts have nothing else.
+template <typename Unit>
+size_t AsciiLength(const Unit* text, size_t length) {
+  constexpr size_t kBlock = 8;
+  constexpr auto is_other = [](Unit unit) { return (static_cast<unsigned>(unit) & ~0x7Fu) != 0; };
+  size_t at = 0;
+  for (; length - at >= kBlock; at += kBlock) {
+    bool any = false;
+    for (size_t i = 0; i < kBlock; ++i) any |= is_other(text[at + i]);
+    if (any) break;
+  }
+  while (at < length && !is_other(text[at])) ++at;
+  return at;
+}
+
 bool EncodeToUtf8(const WCHAR* text, size_t length, bool strict, Output<char>* out) {
   for (size_t at = 0; at < length;) {
+    const size_t ascii = AsciiLength(text + at, length - at);
+    out->PutAscii(text + at, ascii);
+    at += ascii;
+    if (at == length) break;
     uint32_t point;
     at += DecodeUtf16(text + at, length - at, &point);
     if (IsHighSurrogate(point) || IsLowSurrogate(point)) {
@@ -72,6 +98,10 @@ bool EncodeToUtf8(const WCHAR* text, size_t length, bool strict, Output<char>* o
 
 bool DecodeFromUtf8(const char* bytes, size_t size, bool strict, Output<WCHAR>* out) {
   for (size_t at = 0; at < size;) {
+    const size_t ascii = AsciiLength(bytes + at, size - at);
+    out->PutAscii(bytes + at, ascii);
+    at += ascii;
+    if (at == size) break;
     uint32_t point;
     at += DecodeUtf8(bytes + at, size - at, &point);
     if (point == kNoCodePoint) {
