@@ -7,11 +7,13 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "searched_memory.h"
+
 #if defined(__SANITIZE_ADDRESS__)
-  #define TRUST_HEAP_UNDER_ASAN 1
+  #define TRUST_HEAP_OF_SANITIZER 1
 #elif defined(__has_feature)
-  #if __has_feature(address_sanitizer)
-    #define TRUST_HEAP_UNDER_ASAN 1
+  #if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
+    #define TRUST_HEAP_OF_SANITIZER 1
   #endif
 #endif
 
@@ -57,6 +59,7 @@ bool Holds(const unsigned char* block, size_t size, size_t secret, size_t window
 }
 
 void Search(const void* block, size_t size) {
+  TakeAsWritten(block, size);
   ++searched;
   for (size_t i = 0; i < secret_count; ++i) {
     if (!Holds(static_cast<const unsigned char*>(block), size, i)) continue;
@@ -97,7 +100,8 @@ void StopWatchingForSecrets() {
 
 int FindSecret(const void* block, size_t size, size_t window) {
   for (size_t i = 0; i < secret_count; ++i) {
-    if (Holds(static_cast<const unsigned char*>(block), size, i, window)) return static_cast<int>(i);
+    if (Holds(static_cast<const unsigned char*>(block), size, i, window))
+      return static_cast<int>(i);
   }
   return -1;
 }
@@ -112,7 +116,7 @@ long BlocksSearched() {
   return searched;
 }
 
-#ifdef TRUST_HEAP_UNDER_ASAN
+#ifdef TRUST_HEAP_OF_SANITIZER
 
 extern "C" {
 int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, size_t),
@@ -122,15 +126,20 @@ size_t __sanitizer_get_allocated_size(const volatile void* block);
 
 namespace {
 
-[[maybe_unused]] const int hooks = __sanitizer_install_malloc_and_free_hooks(
-    [](const volatile void*, size_t) { ++in_use; },
-    [](const volatile void* block) {
-      if (block == nullptr) return;
-      --in_use;
-      if (watching) {
-        Search(const_cast<const void*>(block), __sanitizer_get_allocated_size(block));
-      }
-    });
+void CountBlock(const volatile void* /*block*/, size_t /*size*/) {
+  ++in_use;
+}
+
+void SearchFreedBlock(const volatile void* block) {
+  // MemorySanitizer does not mark the arguments that it passes as written.
+  TakeAsWritten(&block, sizeof block);
+  if (block == nullptr) return;
+  --in_use;
+  if (watching) Search(const_cast<const void*>(block), __sanitizer_get_allocated_size(block));
+}
+
+[[maybe_unused]] const int hooks =
+    __sanitizer_install_malloc_and_free_hooks(CountBlock, SearchFreedBlock);
 
 }  // namespace
 }  // namespace mirolta::test
