@@ -14,7 +14,7 @@ SEED ?= 1
   handheld handheld-definitions handheld-packages handheld-test \
   docs package package-arm package-test bench bench-avx2 bench-x86 bench-x86-packages bench-windows \
   arm-bench arm-bench-packages \
-  count size constant-time prove faults memory memory-library memcheck fuzz load coverage mutate flags \
+  count size constant-time prove faults memory memory-libraries memcheck fuzz load coverage mutate flags \
   arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
 .NOTPARALLEL:
@@ -259,11 +259,11 @@ constant-time: setup-constant-time build/native/build.ninja
 	@python3 -B tests/constant_time/constant_time_test.py valgrind build/native/tests
 	@build/native/tests/time_statistic
 
-# Reads of memory that nothing has written (docs/trust.md): in the unit tests, with a C++ library that is
+# Reads of memory that nothing has written (docs/trust.md): in the unit tests, with libraries that are
 # instrumented too, and in the examples and scripts.
-memory-library: setup-memory
-	@JOBS=$(JOBS) scripts/memory-library.sh build/libcxx-msan
-build/memory/build.ninja: | memory-library
+memory-libraries: setup-memory
+	@JOBS=$(JOBS) scripts/memory-libraries.sh build/memory-libraries
+build/memory/build.ninja: | memory-libraries
 memory: setup-memory build/memory/build.ninja
 	$(call build,memory,memory-tests)
 	@ctest --preset memory -j$(JOBS) --progress

@@ -6,16 +6,17 @@
 #include <cstring>
 
 #include "heap_watch.h"
+#include "searched_memory.h"
 
 #if defined(__SANITIZE_ADDRESS__)
-  #define TRUST_HEAP_UNDER_ASAN 1
+  #define TRUST_HEAP_OF_SANITIZER 1
 #elif defined(__has_feature)
-  #if __has_feature(address_sanitizer)
-    #define TRUST_HEAP_UNDER_ASAN 1
+  #if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
+    #define TRUST_HEAP_OF_SANITIZER 1
   #endif
 #endif
 
-#ifdef TRUST_HEAP_UNDER_ASAN
+#ifdef TRUST_HEAP_OF_SANITIZER
 
 namespace mirolta::test {
 
@@ -27,12 +28,19 @@ size_t __sanitizer_get_allocated_size(const volatile void* block);
 
 namespace {
 
-[[maybe_unused]] const int hooks = __sanitizer_install_malloc_and_free_hooks(
-    [](const volatile void*, size_t) { SeeAllocated(); },
-    [](const volatile void* block) {
-      if (block == nullptr) return;
-      SeeFreed(const_cast<void*>(block), __sanitizer_get_allocated_size(block));
-    });
+void CountBlock(const volatile void* /*block*/, size_t /*size*/) {
+  SeeAllocated();
+}
+
+void SearchFreedBlock(const volatile void* block) {
+  // MemorySanitizer does not mark the arguments that it passes as written.
+  TakeAsWritten(&block, sizeof block);
+  if (block == nullptr) return;
+  SeeFreed(const_cast<void*>(block), __sanitizer_get_allocated_size(block));
+}
+
+[[maybe_unused]] const int hooks =
+    __sanitizer_install_malloc_and_free_hooks(CountBlock, SearchFreedBlock);
 
 }  // namespace
 }  // namespace mirolta::test

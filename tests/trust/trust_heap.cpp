@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "heap_watch.h"
+#include "searched_memory.h"
 
 namespace mirolta::test {
 namespace {
@@ -48,6 +49,7 @@ bool Holds(const unsigned char* block, size_t size, size_t secret, size_t window
 }
 
 void Search(const void* block, size_t size) {
+  TakeAsWritten(block, size);
   ++searched;
   for (size_t i = 0; i < secret_count; ++i) {
     if (!Holds(static_cast<const unsigned char*>(block), size, i)) continue;
