@@ -11,6 +11,10 @@ bool IsObject(VARTYPE type) {
   return type == VT_DISPATCH || type == VT_UNKNOWN;
 }
 
+bool RefersToNothing(const VARIANT& value) {
+  return (V_VT(&value) & VT_BYREF) != 0 && V_BYREF(&value) == nullptr;
+}
+
 // The value keeps its object alive during the call; *out is an empty VARIANT.
 HRESULT ReadDefaultValue(const VARIANT& value, VARIANT* out) {
   IUnknown* const object = V_UNKNOWN(&value);
@@ -25,8 +29,10 @@ HRESULT ReadDefaultValue(const VARIANT& value, VARIANT* out) {
 }  // namespace
 
 HRESULT CopyReferent(const VARIANT& value, VARIANT* out) noexcept {
-  const SAFEARRAY* const array = PassingArray(Referent(value));
-  return array != nullptr && LacksData(array) ? E_INVALIDARG : VariantCopyInd(out, &value);
+  const VARIANT& referent = Referent(value);
+  const SAFEARRAY* const array = PassingArray(referent);
+  if (array != nullptr && LacksData(array)) return E_INVALIDARG;
+  return RefersToNothing(referent) ? E_INVALIDARG : VariantCopyInd(out, &value);
 }
 
 HRESULT ResolveValue(const VARIANT* input, VARIANT* out, CountsAsEmpty counts_as_empty) noexcept {

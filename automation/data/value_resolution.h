@@ -9,8 +9,9 @@ namespace mirolta {
 constexpr int kMaximumDefaultValueChain = 64;
 
 // CopyReferent is VariantCopyInd into *out, which must be empty. Arrays that pass as byte arrays
-// and lack data are refused, because platforms copy them differently.
-// Errors: E_INVALIDARG for those arrays; those of VariantCopyInd. *out stays empty.
+// and lack data are refused, because platforms copy them differently, and so are references to
+// nothing, which some platforms read.
+// Errors: E_INVALIDARG for both; those of VariantCopyInd. *out stays empty.
 HRESULT CopyReferent(const VARIANT& value, VARIANT* out) noexcept;
 
 // Called for an object whose default value cannot be read; true makes it count as VT_EMPTY.

@@ -49,7 +49,7 @@ TEST(ResolveValue, ObjectsGiveTheirDefaultValue) {
     EXPECT_EQ(V_I4(out.Get()), 5);
     EXPECT_EQ(object.reads, 1);
     EXPECT_EQ(object.last_flags, DISPATCH_PROPERTYGET);  // no call of a method
-    EXPECT_EQ(object.references, 2u);  // the test's and the value's
+    EXPECT_EQ(object.references, 2u);                    // the test's and the value's
   }
   EXPECT_EQ(object.references, 1u);
 }
@@ -73,6 +73,21 @@ TEST(ResolveValue, DefaultValueByReferenceIsFollowed) {
   ASSERT_EQ(ResolveValue(&value, out.Put()), S_OK);
   EXPECT_EQ(out.Type(), VT_I4);
   EXPECT_EQ(V_I4(out.Get()), 12);
+}
+
+TEST(ResolveValue, ReferencesToNothingAreRefused) {
+  constexpr VARTYPE kTypes[] = {
+      VT_I1,       VT_I2,      VT_I4,      VT_I8,   VT_R8,    VT_BOOL,    VT_BSTR,
+      VT_DISPATCH, VT_UNKNOWN, VT_DECIMAL, VT_DATE, VT_ERROR, VT_VARIANT, VT_ARRAY | VT_UI1};
+  for (const VARTYPE type : kTypes) {
+    VARIANT reference = ReferenceTo(type, nullptr);
+    VARIANT outer = ReferenceTo(VT_VARIANT, &reference);
+    for (const VARIANT* const value : {&reference, &outer}) {
+      OwnedVariant out;
+      EXPECT_EQ(ResolveValue(value, out.Put()), E_INVALIDARG) << type;
+      EXPECT_EQ(out.Type(), VT_EMPTY);
+    }
+  }
 }
 
 TEST(ResolveValue, ObjectsWithoutDispatchFail) {

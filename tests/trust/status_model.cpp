@@ -4,6 +4,7 @@
 
 #include "number_model.h"
 #include "status_rows.h"
+#include "system_rules.h"
 #include "value_model.h"
 
 namespace mirolta::test {
@@ -171,16 +172,24 @@ bool IsMissing(const VARIANT& value) {
   return V_VT(&value) == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND;
 }
 
+// The system converts an argument that is left out like any other.
+constexpr HRESULT kNotOptional = kPortableRuntime ? DISP_E_PARAMNOTOPTIONAL : DISP_E_TYPEMISMATCH;
+
 // What a late-bound call makes of an argument before the member sees it: a status, and the value in
 // the declared type as far as the member's answer depends on it.
 Result<VARIANT> Delivered(const StatusRow& row, const VARIANT& value) {
   Result<VARIANT> out = {S_OK, value};
-  // A member that takes any value gets it as it is, a reference too.
-  if (TakesAnyValue(row.rule)) return out;
+  if (TakesAnyValue(row.rule)) {
+    // The member gets the value as it is, a reference too; the system's call copies it first.
+    return kPortableRuntime || IsType(V_VT(&value)) ? out : Result<VARIANT>{DISP_E_BADVARTYPE};
+  }
   if (IsMissing(value)) {
     // The defaults are values that the member takes.
     out.value.lVal = 32;
-    return row.has_default ? out : Result<VARIANT>{DISP_E_PARAMNOTOPTIONAL};
+    return row.has_default ? out : Result<VARIANT>{kNotOptional};
+  }
+  if (!kPortableRuntime && (V_VT(&value) & VT_BYREF) != 0 && value.byref == nullptr) {
+    return {DISP_E_TYPEMISMATCH};
   }
   switch (row.rule) {
     case Rule::kSwitch:
