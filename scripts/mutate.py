@@ -27,7 +27,7 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from mutation import answers, report, sample  # noqa: E402
 from mutation.tree import Tree, tracked_files  # noqa: E402
-from mutation.trial import Trial  # noqa: E402
+from mutation.trial import Kills, Trial  # noqa: E402
 from mutation.windows_tree import WindowsTree, WindowsTrial  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
@@ -58,12 +58,11 @@ class Results:
             file.write(json.dumps(row) + "\n")
 
     def kills(self):
-        """kills counts how often a test has found a mutant of a source."""
-        counts = {}
+        """kills returns Kills of the mutants found so far."""
+        counts = Kills()
         for key, row in self.rows.items():
             if row["status"] in ("found", "timed out"):
-                pair = (key.split("|")[0], row["by"])
-                counts[pair] = counts.get(pair, 0) + 1
+                counts.add(key.split("|")[0], row["by"])
         return counts
 
 
@@ -90,9 +89,9 @@ def work(tree, budget, kills, jobs, rows):
         for mutant in mutants:
             row = trial.run(mutant)
             if row["status"] in ("found", "timed out"):
-                pair = (mutant.path, row["by"])
-                kills[pair] = kills.get(pair, 0) + 1
+                kills.add(mutant.path, row["by"])
             rows.put(row)
+        tree.note_times(trial.measured)
     rows.put(None)
 
 

@@ -179,7 +179,23 @@ class Tree:
         # They look at the sources' text or at another build; or they undo what others need.
         self.tests = [t for t in self.tests if t.folder not in ("tests/layout", "tests/windows") and
                       "FIXTURES_CLEANUP" not in t.properties]
+        times = self.times()
+        for test in self.tests:
+            test.cpu, test.wall = times.get(test.name, (test.cpu, test.wall))
         return self.tests
+
+    def times(self):
+        """times returns {test: (processor time, time)} of earlier runs, in seconds."""
+        if not os.path.exists(self.path(".times")):
+            return {}
+        with open(self.path(".times"), encoding="utf-8") as file:
+            return json.load(file)
+
+    def note_times(self, times):
+        """note_times keeps times for runs to come, which choose tests by them."""
+        merged = dict(self.times(), **times)
+        with open(self.path(".times"), "w", encoding="utf-8") as file:
+            json.dump(merged, file)
 
     def fixtures(self, test):
         """fixtures returns the tests that set up what the test requires."""

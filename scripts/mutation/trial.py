@@ -58,11 +58,27 @@ def likeness(mutant, test):
     return len(words & named)
 
 
+class Kills:
+    """How often a test has found a mutant of a source, and of a source in the same folder."""
+
+    def __init__(self):
+        self.counts = {}
+
+    def add(self, path, test):
+        """add counts a mutant of the source that the test found."""
+        for place in (path, os.path.dirname(path)):
+            self.counts[place, test] = self.counts.get((place, test), 0) + 1
+
+    def weight(self, path, test):
+        """weight returns what these counts say for the test being run early on a mutant of the source."""
+        return 4 * self.counts.get((path, test), 0) + self.counts.get((os.path.dirname(path), test), 0)
+
+
 class Trial:
     """Tries mutants in one tree, whose build is done.
 
-    kills: {(source, test): how often the test has found a mutant of the source}; budget: the seconds of
-    processor time after which a mutant counts as survived. measured is {test: (processor time, time)}
+    kills: the Kills of the trials before; budget: the seconds of processor time after which a mutant
+    counts as survived. measured is {test: (processor time, time)}
     of the tests that ran here.
     """
 
@@ -154,7 +170,8 @@ class Trial:
 
         distance is that of its stage, objects are those to be compiled first.
         """
-        chance = (1 + 4 * self.kills.get((mutant.path, test.name), 0) + 2 * likeness(mutant, test)) / 3 ** distance
+        known = self.kills.weight(mutant.path, test.name)
+        chance = (1 + known + 2 * likeness(mutant, test)) / 3 ** distance
         seconds = self.measured.get(test.name, (test.cpu, test.wall))[0]
         return chance / (LINK * len(self.binaries(test)) + COMPILE * len(objects) + seconds)
 

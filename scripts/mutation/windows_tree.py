@@ -76,7 +76,7 @@ class WindowsTrial(Trial):
                 return self.refused(output)
             if all(self.tree.digest(n) == self.baseline[n] for n in names):
                 return "equivalent", ""
-        for test in sorted(self.tree.tests, key=lambda t: -self.kills.get((mutant.path, t.name), 0)):
+        for test in sorted(self.tree.tests, key=lambda t: -self.kills.weight(mutant.path, t.name)):
             outcome = self.run_test(test, shadow)
             if outcome != "passed":
                 return ("found" if outcome == "failed" else "timed out"), test.name
