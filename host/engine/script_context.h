@@ -12,6 +12,7 @@
 #include "objects/member_table.h"
 #include "objects/object_table.h"
 #include "source/script_source.h"
+#include "values/byte_loan.h"
 
 namespace mirolta::host {
 
@@ -24,6 +25,10 @@ struct ScriptContext {
   CallSites call_sites;
   // The name of the property that makes a script object a handle (object_handle.h).
   void* handle_name = nullptr;
+  // The name of the property that holds the lower bound of a byte array, where it is not 0.
+  void* lower_bound_name = nullptr;
+  // For byte arrays that are arguments (byte_loan.h).
+  SpareArray spare_array;
   // Shared with the automation objects of script objects, which may outlive the engine.
   ScriptLink* link = nullptr;
 

@@ -6,6 +6,7 @@
 #include "engine/script_context.h"
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
+#include "values/array_value.h"
 #include "values/value_marshal.h"
 
 namespace mirolta::host {
@@ -93,12 +94,14 @@ Member* MemberCall::KeepMember(duk_context* engine, const void* name, DISPID id)
 }
 
 void MemberCall::ClearArguments() {
+  loan_.End();
   for (VARIANT& argument : arguments_) VariantClear(&argument);
   arguments_.clear();
 }
 
 void MemberCall::TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) {
   ClearArguments();
+  if (TakePlainArguments(engine, first, count)) return;
   arguments_.resize(static_cast<size_t>(count), VARIANT{});
   for (duk_idx_t i = 0; i < count; ++i) {
     const HRESULT status =
@@ -110,8 +113,11 @@ void MemberCall::TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t c
 bool MemberCall::TakePlainArguments(duk_context* engine, duk_idx_t first,
                                     duk_idx_t count) noexcept {
   if (HasScriptError(engine)) return false;
-  for (duk_idx_t i = 0; i < count; ++i) {
-    if (!IsPlain(engine, first + i)) return false;
+  duk_idx_t lent = DUK_INVALID_INDEX;
+  for (duk_idx_t i = first; i < first + count; ++i) {
+    if (IsPlain(engine, i)) continue;
+    if (lent != DUK_INVALID_INDEX || !CanBeLent(engine, i)) return false;
+    lent = i;
   }
   try {
     arguments_.resize(static_cast<size_t>(count), VARIANT{});
@@ -120,10 +126,20 @@ bool MemberCall::TakePlainArguments(duk_context* engine, duk_idx_t first,
   }
   HRESULT status = S_OK;
   for (duk_idx_t i = 0; i < count && SUCCEEDED(status); ++i) {
-    status = VariantFromScript(engine, first + i, &arguments_[static_cast<size_t>(count - 1 - i)]);
+    VARIANT* const argument = &arguments_[static_cast<size_t>(count - 1 - i)];
+    status = first + i == lent ? Lend(engine, lent, argument)
+                               : VariantFromScript(engine, first + i, argument);
   }
   if (FAILED(status)) ClearArguments();
   return SUCCEEDED(status);
+}
+
+HRESULT MemberCall::Lend(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept {
+  const uint8_t* bytes = nullptr;
+  size_t size = 0;
+  BytesAt(engine, index, &bytes, &size);
+  const bool is_lent = loan_.Begin(&ContextOf(engine).spare_array, bytes, size, argument);
+  return is_lent ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT MemberCall::InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named) {

@@ -5,6 +5,7 @@
 
 #include "engine/engine_api.h"
 #include "objects/object_table.h"
+#include "values/byte_loan.h"
 #include "values/scoped_variant.h"
 #include "values/text_encoding.h"
 #include "values/value_marshal.h"
@@ -37,8 +38,8 @@ class MemberCall {
   // TakeArguments converts `count` values from `first` on.
   // Errors: throws the status of a value that cannot be converted.
   void TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count);
-  // The same for values that are all plain; never throws. Returns false if it took none: there is
-  // another value, memory ran out, or the call would have to forget a script error.
+  // The same for plain values and one byte array, which is lent; never throws. Returns false if it took
+  // none: there is another value, memory ran out, or the call would have to forget a script error.
   bool TakePlainArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) noexcept;
 
   // Call calls the member and pushes its result; returns 1, the number of values pushed.
@@ -62,6 +63,7 @@ class MemberCall {
   ObjectSlot* LookUpSlot(duk_context* engine);
   Member* KeepMember(duk_context* engine, const void* name, DISPID id) const;
   HRESULT InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named);
+  HRESULT Lend(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept;
   void ClearArguments();
   void ClearException();
 
@@ -69,6 +71,7 @@ class MemberCall {
   OwnedReference<IDispatch> object_;
   OwnedReference<ITypeInfo> type_info_;
   std::vector<VARIANT> arguments_;  // last first, as DISPPARAMS has them
+  ByteLoan loan_;                   // of one of the arguments
   ScopedVariant result_;
   EXCEPINFO exception_{};
   Units name_;

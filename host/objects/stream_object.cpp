@@ -21,6 +21,7 @@ namespace {
 constexpr char kPrototype[] = "stream.prototype";
 constexpr uint32_t kDefaultRead = 65536;
 constexpr uint64_t kMostRead = 512u << 20;
+constexpr uint64_t kLeastRoom = 512;  // at the end of a stream
 constexpr double kMostPosition = 9007199254740992.0;  // 2^53: a double is exact up to here
 
 struct ModeRow {
@@ -90,7 +91,7 @@ struct ReadFunction : StreamFunction {
     Open(engine);
     const uint64_t count = duk_is_undefined(engine, 0) ? kDefaultRead : CountAt(engine, 0);
     Open(engine);
-    uint64_t room = std::min<uint64_t>(count, std::max<uint64_t>(BytesLeft(), kDefaultRead) + 1);
+    uint64_t room = std::min<uint64_t>(count, BytesExpected() + 1);
     uint64_t done = 0;
     auto* bytes = static_cast<uint8_t*>(duk_push_dynamic_buffer(engine, Size(engine, room)));
     uint8_t none = 0;
@@ -109,8 +110,9 @@ struct ReadFunction : StreamFunction {
     return 1;
   }
 
-  // The number of bytes up to the end of the stream; 0 if it is unknown.
-  uint64_t BytesLeft() const {
+  // How many bytes up to the end of the stream to make room for: the engine clears them first. Files of
+  // the system that have content say that they have none, so that nothing is known of these.
+  uint64_t BytesExpected() const {
     STATSTG statistics = {};
     LARGE_INTEGER stay;
     stay.QuadPart = 0;
@@ -120,7 +122,8 @@ struct ReadFunction : StreamFunction {
                           SUCCEEDED(stream->Seek(stay, STREAM_SEEK_CUR, &position));
     ForgetFileFailure();
     const uint64_t size = statistics.cbSize.QuadPart;
-    return is_known && size > position.QuadPart ? size - position.QuadPart : 0;
+    if (!is_known || size == 0) return kDefaultRead;
+    return size > position.QuadPart ? size - position.QuadPart : kLeastRoom;
   }
 
   static duk_size_t Size(duk_context* engine, uint64_t room) {

@@ -191,6 +191,15 @@ void PushArray(duk_context* engine, const VARIANT& array) {
   PushSlotObject(engine, SlotKind::kArray, copy, PushPlainObject);
 }
 
+bool CanBeLent(duk_context* engine, duk_idx_t index) {
+  const uint8_t* bytes = nullptr;
+  size_t size = 0;
+  if (!BytesAt(engine, index, &bytes, &size) || size == 0) return false;
+  // The name is hidden, so that no trap of a proxy among the prototypes runs.
+  return !duk_is_object(engine, index) ||
+         duk_has_prop_heapptr(engine, index, ContextOf(engine).lower_bound_name) == 0;
+}
+
 LONG LowerBoundAt(duk_context* engine, duk_idx_t index) {
   if (!PushOwn(engine, index, kLowerBoundKey)) return 0;
   const LONG lower = duk_get_int(engine, -1);
@@ -203,6 +212,7 @@ bool PushArrayOf(duk_context* engine, duk_idx_t index) {
 }
 
 void InstallVbArray(duk_context* engine) {
+  ContextOf(engine).lower_bound_name = KeepName(engine, kLowerBoundKey);
   duk_push_c_function(engine, ConstructVbArray, 1);
   duk_push_object(engine);
   duk_put_function_list(engine, -1, kMembers);

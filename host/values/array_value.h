@@ -12,6 +12,9 @@ void PushArray(duk_context* engine, const VARIANT& array);
 // LowerBoundAt returns the lower bound that the Uint8Array at `index` had as an automation array, 0
 // for one that the script made.
 LONG LowerBoundAt(duk_context* engine, duk_idx_t index);
+// CanBeLent returns whether the value at `index` is a byte array that may be an argument without a copy
+// (byte_loan.h): it has bytes and the lower bound 0. Never throws.
+bool CanBeLent(duk_context* engine, duk_idx_t index);
 // PushArrayOf pushes the array that the VBArray at `index` wraps.
 // Errors: returns false and pushes nothing if there is no VBArray.
 bool PushArrayOf(duk_context* engine, duk_idx_t index);
