@@ -16,6 +16,8 @@ namespace mirolta::host {
 namespace {
 
 constexpr char kThrown[] = "thrown";
+// The name of what the engine throws when there is no memory for an error. Its text says nothing.
+constexpr char kDoubleError[] = "DoubleError";
 
 // Throws an Error with the description on top of the stack.
 [[noreturn]] void ThrowDescribed(duk_context* engine, HRESULT status, UnitsView source) {
@@ -175,7 +177,11 @@ ErrorReport DescribeError(duk_context* engine) {
   report.number = duk_get_int(engine, first + kNumberField);
   report.source = TextAt(engine, first + kSourceField);
   const std::string name = TextAt(engine, first + kNameField);
-  if (name != "Error") report.description = name + ": " + report.description;
+  if (name == kDoubleError) {
+    report.description = StandardText(E_OUTOFMEMORY, "");
+  } else if (name != "Error") {
+    report.description = name + ": " + report.description;
+  }
   if (duk_is_string(engine, first + kFileField)) report.file = TextAt(engine, first + kFileField);
   report.line = duk_get_int(engine, first + kLineField);
   return report;

@@ -9,6 +9,7 @@
 
 #include "engine/call_site.h"
 #include "engine/engine_api.h"
+#include "engine/memory_refusals.h"
 #include "objects/member_table.h"
 #include "objects/object_table.h"
 #include "source/script_source.h"
@@ -51,6 +52,7 @@ struct ScriptContext {
   unsigned creation_failures = 0;
   // The most that the engine may allocate; a script that needs more gets an error.
   size_t memory_limit = size_t{1} << 30;
+  MemoryRefusals refusals;
 };
 
 // ContextOf returns the context that the engine was created with.

@@ -50,9 +50,16 @@ void* Resize(ScriptContext* context, void* block, size_t size) {
   if (size > old_size && (size > limit || context->memory_in_use - old_size > limit - size)) {
     return nullptr;
   }
+  MemoryRefusals& refusals = context->refusals;
+  if (size > old_size && refusals.IsUseless(size)) return nullptr;
   void* start = block != nullptr ? HeaderOf(block) : nullptr;
   auto* grown = static_cast<BlockHeader*>(realloc(start, sizeof(BlockHeader) + size));
-  if (grown == nullptr) return nullptr;
+  if (grown == nullptr) {
+    refusals.NoteRefused(size);
+    return nullptr;
+  }
+  if (block != nullptr) refusals.NoteFreed();
+  refusals.NoteGranted();
   context->memory_in_use += size - old_size;
   grown->size = size;
   return grown + 1;
@@ -60,8 +67,19 @@ void* Resize(ScriptContext* context, void* block, size_t size) {
 
 void Free(void* context, void* block) {
   if (block == nullptr) return;
-  static_cast<ScriptContext*>(context)->memory_in_use -= HeaderOf(block)->size;
+  auto* const script = static_cast<ScriptContext*>(context);
+  script->memory_in_use -= HeaderOf(block)->size;
+  script->refusals.NoteFreed();
   free(HeaderOf(block));
+}
+
+constexpr char kNoMemory[] = "not enough memory for the script engine";
+
+[[noreturn]] void EndFor(const char* reason, const char* detail) {
+  FlushOutput();
+  DiscardOutputs();
+  fprintf(stderr, "mirolta-host: %s%s\n", reason, detail);
+  _Exit(1);
 }
 
 // An engine that has no memory while it is created throws an error, which needs memory, and so on
@@ -73,6 +91,8 @@ void* NoMemory(ScriptContext* context) {
     // NOLINTNEXTLINE(cert-err52-cpp): the engine's own code, which is C, takes no exception.
     longjmp(*context->creation, 1);
   }
+  // An interrupted engine recovers.
+  if (!IsInterrupted() && context->refusals.NoteFailed()) EndFor(kNoMemory, "");
   return nullptr;
 }
 
@@ -95,11 +115,7 @@ void* Reallocate(void* data, void* block, duk_size_t size) {
 
 // Called when the engine cannot continue: no memory where it needs some, or misuse by the host.
 [[noreturn]] void EndOnFatal(void*, const char* message) {
-  FlushOutput();
-  DiscardOutputs();
-  fprintf(stderr, "mirolta-host: the script engine failed: %s\n",
-          message != nullptr ? message : "no reason given");
-  _Exit(1);
+  EndFor("the script engine failed: ", message != nullptr ? message : "no reason given");
 }
 
 // Returns null without memory; what the engine had then stays allocated. Nothing between setjmp and
@@ -214,15 +230,15 @@ ScriptEngine::~ScriptEngine() {
 bool ScriptEngine::Start(std::string* problem) {
   duk_context* engine = CreateEngine(&context_);
   if (engine == nullptr) {
-    *problem = "not enough memory for the script engine";
+    *problem = kNoMemory;
     return false;
   }
   context_.engine = engine;
   const bool is_installed = duk_safe_call(engine, Install, &context_, 0, 1) == DUK_EXEC_SUCCESS;
-  if (!is_installed) *problem = duk_safe_to_string(engine, -1);
   duk_pop(engine);
-  if (context_.link == nullptr) *problem = "not enough memory for the script engine";
-  return is_installed && context_.link != nullptr;
+  if (is_installed && context_.link != nullptr) return true;
+  *problem = kNoMemory;  // nothing else can be missing, and the error often has no text then
+  return false;
 }
 
 int RunScript(const ScriptText& script, const RunOptions& options) {

@@ -7,7 +7,7 @@
 //   short:COUNT    the call gets COUNT as its number of bytes, if that is less
 //   kill           the program is killed when the call has been made
 // The exit status is the program's; 128 and the signal's number if a signal ended it; 255 for a failure of the tracer,
-// 254 where tracing is not allowed.
+// 254 where tracing is not allowed, 253 if the program was killed because it repeated calls that fail without end.
 #include <elf.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -29,6 +29,9 @@ namespace {
 
 constexpr int kFailed = 255;
 constexpr int kNotAllowed = 254;
+constexpr int kRepeats = 253;
+// Calls with the fault, in one run; a script engine that looks for memory makes a few hundred.
+constexpr long kMostFaultyCalls = 10000;
 constexpr int kCallStop = SIGTRAP | 0x80;
 constexpr int kArguments = 3;  // those that are looked at
 
@@ -304,6 +307,7 @@ class Trace {
     }
     fclose(list_);
   }
+  bool Repeats() const { return faulty_calls_ > kMostFaultyCalls; }
 
  private:
   void Enter() {
@@ -322,6 +326,10 @@ class Trace {
               FileOf(program_, row, &registers).c_str());
     }
     if (!is_faulty_) return;
+    if (++faulty_calls_ > kMostFaultyCalls) {
+      kill(program_, SIGKILL);
+      return;
+    }
     // A program may rely on finding them as it left them.
     for (int i = 0; i < kArguments; ++i) arguments_[i] = registers.Argument(i);
     if (fault_.kind == Fault::Kind::kError) {
@@ -360,6 +368,7 @@ class Trace {
   const Fault fault_;
   FILE* list_ = nullptr;
   long calls_ = 0;
+  long faulty_calls_ = 0;
   long number_ = 0;
   long faulty_ = -1;  // the number of the call with the fault, and its first argument
   unsigned long long first_ = 0;
@@ -380,7 +389,11 @@ int Run(const char* list, const Fault& fault, char** words) {
   if (Wait(program, &status)) {
     constexpr long kOptions = PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL;
     if (ptrace(PTRACE_SETOPTIONS, program, nullptr, kOptions) != 0) End("options");
-    if (RunToEntry(program, &status)) Trace(program, fault, list).Run(&status);
+    if (RunToEntry(program, &status)) {
+      Trace trace(program, fault, list);
+      trace.Run(&status);
+      if (trace.Repeats()) return kRepeats;
+    }
   }
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }

@@ -8,6 +8,7 @@
 //   mute         a failure has no message
 //   crashing     a failure ends the program by a signal
 //   waiting      a write that fails is waited for
+//   retrying     a write that fails is repeated for ever
 //   stuck        a new file that a killed program left is a failure
 #include <fcntl.h>
 #include <unistd.h>
@@ -37,6 +38,7 @@ bool WriteAll(int file, std::string_view text) {
   while (!text.empty()) {
     const ssize_t put = Patiently([&] { return write(file, text.data(), text.size()); });
     if (put < 0 && Makes("waiting")) pause();
+    if (put < 0 && Makes("retrying")) continue;
     if (put < 0) return Makes("ignoring");
     if (Makes("trusting")) return true;
     text.remove_prefix(static_cast<size_t>(put));

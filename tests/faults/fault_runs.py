@@ -14,6 +14,7 @@ from dataclasses import dataclass, field
 
 TIMEOUT = 20  # seconds, of one run
 TRACING_REFUSED = 254
+REPEATS = 253
 SKIPPED = 77  # the exit status of a test that cannot run here
 KILLED = 128 + 9
 
@@ -205,6 +206,8 @@ class Judge:
         run = self.folder.run(self.scenario, (fault, number))
         if run is None:
             return "hangs"
+        if run.status == REPEATS:
+            return f"repeats calls that fail: {len(run.calls)}"
         if run.calls[:1] != [(name, file)]:
             return f"took another way before the fault: {run.calls}"
         if fault == "kill":

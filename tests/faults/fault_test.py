@@ -24,6 +24,7 @@ MISTAKES = {
     "mute": "names neither file nor operation",
     "crashing": "ended by signal 6",
     "waiting": "hangs",
+    "retrying": r"ENOSPC at call \d+\+, write .* repeats calls that fail",
     "stuck": "kill .* the next run fails",
 }
 

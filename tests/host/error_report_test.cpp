@@ -223,6 +223,14 @@ TEST(ErrorReport, AFailingAccessorDoesNotHideTheError) {
 }
 
 // Tokens in any order: the search for the place ends and stays within the script.
+// Thrown by the engine when there is no memory for an error.
+TEST(ErrorReport, AnErrorOfErrorHandlingIsMissingMemory) {
+  const string report =
+      ReportOf("var e = Object.create(Error.prototype); e.name = 'DoubleError'; throw e;");
+  EXPECT_NE(report.find(": error 0x8007000E (-2147024882): Out of memory\n"), string::npos)
+      << report;
+}
+
 TEST(ErrorReport, RandomScriptsHaveAPlaceWithin) {
   const string_view kTokens[] = {"a",      "'b'",   "1",    "/c/",      "(",      ")",     "{",
                                  "}",      "[",     "]",    ";",        ",",      "=",     "+",
