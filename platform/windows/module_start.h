@@ -1,4 +1,4 @@
-// The start of the module where no start-up code of a compiler is linked.
+// What the module needs from its start on, and its entry point where no start-up code of a compiler is linked.
 #pragma once
 
 #include "system_headers.h"

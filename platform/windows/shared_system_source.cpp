@@ -1,5 +1,6 @@
-// One generator for all threads, where no compiler's runtime keeps data of threads. The handheld has few
-// slots for them, and tells a module only through further calls that a thread ends.
+// One generator for all threads, where a generator for each would need the compiler's runtime: where there is
+// none, or its runtime allocates what it keeps for a thread and ends the process without memory. The handheld
+// has few slots for data of threads, and tells a module only through further calls that a thread ends.
 #include "seam/entropy_generator.h"
 #include "seam/system_source.h"
 #include "windows/module_start.h"

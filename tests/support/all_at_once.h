@@ -2,8 +2,9 @@
 #pragma once
 
 #include <atomic>
-#include <thread>
 #include <vector>
+
+#include "test_thread.h"
 
 namespace mirolta::test {
 
@@ -12,17 +13,17 @@ template <typename Work>
 void AllAtOnce(unsigned count, Work work) {
   std::atomic<unsigned> waiting{0};
   std::atomic<bool> go{false};
-  std::vector<std::thread> threads;
+  std::vector<Thread> threads;
   for (unsigned i = 0; i < count; ++i) {
     threads.emplace_back([&, i] {
       ++waiting;
-      while (!go) std::this_thread::yield();
+      while (!go) LetOthersRun();
       work(i);
     });
   }
-  while (waiting != count) std::this_thread::yield();
+  while (waiting != count) LetOthersRun();
   go = true;
-  for (std::thread& thread : threads) thread.join();
+  for (Thread& thread : threads) thread.join();
 }
 
 }  // namespace mirolta::test

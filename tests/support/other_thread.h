@@ -2,7 +2,8 @@
 #pragma once
 
 #include <atomic>
-#include <thread>
+
+#include "test_thread.h"
 
 namespace mirolta::test {
 
@@ -17,16 +18,16 @@ class OtherThread {
   // Returns when the thread runs.
   template <typename Work>
   void Begin(Work work) {
-    thread_ = std::thread([this, work] {
+    thread_ = Thread([this, work] {
       has_begun_ = true;
       work();
       is_done_ = true;
     });
-    while (!has_begun_) std::this_thread::yield();
+    while (!has_begun_) LetOthersRun();
   }
   // Gives the work time; true if it is not done then.
   bool IsHeldUp() const {
-    for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+    for (int i = 0; i < 1000; ++i) LetOthersRun();
     return !is_done_;
   }
   // Waits for the end of the work: for ever if nothing lets it go on.
@@ -37,7 +38,7 @@ class OtherThread {
  private:
   std::atomic<bool> has_begun_{false};
   std::atomic<bool> is_done_{false};
-  std::thread thread_;
+  Thread thread_;
 };
 
 }  // namespace mirolta::test

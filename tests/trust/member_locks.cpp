@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "memory_streams.h"
+#include "system_rules.h"
 
 namespace mirolta::test {
 
@@ -12,6 +13,9 @@ namespace {
 
 constexpr Locking kObject = Locking::kObject;
 constexpr Locking kNone = Locking::kNone;
+
+// Of a target that the system makes; its streams have no regions, but do not say so both times.
+constexpr const char* kUnlocked = kPortableRuntime ? "invalid-function" : "ok";
 
 constexpr LockRow kRows[] = {
     // Choosing an algorithm takes the old one away and sets the new one under one lock: nobody
@@ -124,7 +128,7 @@ constexpr LockRow kRows[] = {
     {"ToviStreamDigest: Commit", kObject, "ok"},
     {"ToviStreamDigest: Revert", kObject, "ok"},
     {"ToviStreamDigest: LockRegion", kObject, "invalid-function"},
-    {"ToviStreamDigest: UnlockRegion", kObject, "invalid-function"},
+    {"ToviStreamDigest: UnlockRegion", kObject, kUnlocked},
     {"ToviStreamDigest: Stat", kObject, "ok"},
     {"ToviStreamDigest: Clone", kNone, "not-implemented"},
 
@@ -165,7 +169,7 @@ constexpr LockRow kRows[] = {
     {"ToviStreamCrypt: Commit", kObject, "ok"},
     {"ToviStreamCrypt: Revert", kObject, "ok"},
     {"ToviStreamCrypt: LockRegion", kObject, "invalid-function"},
-    {"ToviStreamCrypt: UnlockRegion", kObject, "invalid-function"},
+    {"ToviStreamCrypt: UnlockRegion", kObject, kUnlocked},
     {"ToviStreamCrypt: Stat", kObject, "ok"},
     {"ToviStreamCrypt: Clone", kNone, "not-implemented"},
 };

@@ -199,11 +199,11 @@ TEST_F(ThreadsTest, AFactoryThatOneThreadCouldNotMakeIsMadeByAnother) {
       // Threads allocate when they start: they run before allocations fail.
       std::atomic<unsigned> waiting{0};
       std::atomic<bool> go{false};
-      std::vector<std::thread> threads;
+      std::vector<Thread> threads;
       for (unsigned i = 0; i < kThreads; ++i) {
         threads.emplace_back([&] {
           ++waiting;
-          while (!go) std::this_thread::yield();
+          while (!go) LetOthersRun();
           IUnknown* factory = nullptr;
           const HRESULT status =
               DllGetClassObject(id, IID_IUnknown, reinterpret_cast<void**>(&factory));
@@ -214,10 +214,10 @@ TEST_F(ThreadsTest, AFactoryThatOneThreadCouldNotMakeIsMadeByAnother) {
           }
         });
       }
-      while (waiting != kThreads) std::this_thread::yield();
+      while (waiting != kThreads) LetOthersRun();
       const FailOneAllocation fail(0);
       go = true;
-      for (std::thread& thread : threads) thread.join();
+      for (Thread& thread : threads) thread.join();
       EXPECT_EQ(missing, AllocationHasFailed() ? 1 : 0);
       failures += missing;
     }

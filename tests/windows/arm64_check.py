@@ -23,8 +23,9 @@ LOADER_FLAGS = 0x20 | 0x40 | 0x100
 FILLER, ADDRESS_OF_64_BITS = 0, 10
 EXPORTS = {"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer", "DllUnregisterServer"}
 RUN, WRITE = 0x20000000, 0x80000000
-# What the kernels for this processor are chosen by, and the module for the other one has no use for.
-BEYOND_X64 = {("kernel32", "IsProcessorFeaturePresent")}
+# What the kernels for this processor are chosen by, and what its compiler calls: the module for the other one
+# has no use for them.
+BEYOND_X64 = {("kernel32", "IsProcessorFeaturePresent"), ("msvcrt", "memcpy"), ("msvcrt", "memset")}
 
 
 def header_faults(image):

@@ -1,6 +1,6 @@
 # What the unit tests of the Windows builds need beyond those of others.
 
-# The compiler's library has no threads, and no test of these builds makes any.
+# The compiler's library has no threads; those that tests make are the system's (tests/support/test_thread.h).
 target_compile_definitions(gtest_main PUBLIC GTEST_IS_THREADSAFE=0)
 target_compile_options(gtest_main PUBLIC
   "SHELL:-include ${CMAKE_CURRENT_SOURCE_DIR}/windows/google_test_port.h")
