@@ -76,14 +76,15 @@ class Shadow:
             differing = self.differing(binary)
             if not differing or self.placed.get(binary) == (differing, unchanged):
                 continue
-            files = {name: name if unchanged else self.changed[name] for name in differing}
-            words = self.graph.link_command(binary)
-            members = [files[name] for name in sorted(differing - set(words))]
-            words = [files.get(word, word) for word in words]
+            # All objects by name. Of an archive the linker would take the unchanged one too, where that
+            # has an instance of a template which the mutant's lacks.
+            files = [name if unchanged else self.changed.get(name) or name
+                     for name in sorted(self.graph.objects(binary))]
+            words = [word for word in self.graph.link_command(binary)
+                     if not (word in self.graph.inputs and word.endswith((".o", ".a")))]
             new = os.path.join(self.folder, "linked")
             output = words.index("-o")
-            # A member of an archive is not taken where an object before has its names.
-            words[output:output + 2] = ["-o", new] + members
+            words[output:output + 2] = ["-o", new] + files
             done = subprocess.run(["nice", "-n", "5"] + words, cwd=self.tree.build, capture_output=True,
                                   text=True)
             if done.returncode != 0:
