@@ -76,14 +76,19 @@ class Shadow:
             differing = self.differing(binary)
             if not differing or self.placed.get(binary) == (differing, unchanged):
                 continue
-            files = {name: name if unchanged else self.changed[name] for name in differing}
-            words = self.graph.link_command(binary)
-            members = [files[name] for name in sorted(differing - set(words))]
-            words = [files.get(word, word) for word in words]
+            words = []
+            for word in self.graph.link_command(binary):
+                # Members by name: the archive would bring back the unchanged one too, where that has an
+                # instance of a template which the mutant's lacks.
+                members = [n for n in self.graph.inputs.get(word, ()) if n.endswith(".o")]
+                if word.endswith(".a") and members:
+                    words += ["-Wl,--start-lib"] + members + ["-Wl,--end-lib"]
+                else:
+                    words.append(word)
+            if not unchanged:
+                words = [self.changed.get(word) or word for word in words]
             new = os.path.join(self.folder, "linked")
-            output = words.index("-o")
-            # A member of an archive is not taken where an object before has its names.
-            words[output:output + 2] = ["-o", new] + members
+            words[words.index("-o") + 1] = new
             done = subprocess.run(["nice", "-n", "5"] + words, cwd=self.tree.build, capture_output=True,
                                   text=True)
             if done.returncode != 0:
