@@ -27,7 +27,8 @@ OURS, CSCRIPT, NODE = "ours", "cscript", "Node"
 DIGEST = re.compile(r"\b[0-9a-f]{64}\b")
 
 # Prints the nanoseconds of a call and the output.
-SCRIPT = """%(setup)s
+SCRIPT = """var a = null;
+%(setup)s
 function work(o, a, count) { var x, i; for (i = 0; i < count; i++) { %(work)s } return x; }
 function idle(o, a, count) { var x, i; for (i = 0; i < count; i++) { %(idle)s } return x; }
 function now() { return new Date().getTime(); }
@@ -44,7 +45,7 @@ function now() { return new Date().getTime(); }
   idle(o, a, count);
   taken -= now() - idleStart;
   %(print)s(taken * 1e6 / count + " " + (%(output)s));
-})(typeof a === "undefined" ? null : a);
+})(a);
 """
 
 

@@ -35,8 +35,9 @@ function hashFile(hash, path) {
 
 // A name with a line end or backslash is escaped, and the line then starts with a backslash.
 function outputLine(digest, path) {
+  if (!/[\\\n\r]/.test(path)) return digest + "  " + path;
   var escaped = path.replace(/\\/g, "\\\\").replace(/\n/g, "\\n").replace(/\r/g, "\\r");
-  return (escaped !== path ? "\\" : "") + digest + "  " + escaped;
+  return "\\" + digest + "  " + escaped;
 }
 
 function main() {

@@ -57,11 +57,14 @@ function isTerminal(stream) {
   }
 }
 
+function showNothing() {}
+
 // Returns a function that shows the progress of long work on a terminal. It is called with the count
 // of bytes done, and at the end without an argument.
 function progressOf(path, size) {
+  if (size <= LARGE) return showNothing;
   var stream = standardError(), shown = -1;
-  if (size <= LARGE || !isTerminal(stream)) return function () {};
+  if (!isTerminal(stream)) return showNothing;
   return function (done) {
     if (done === undefined) {
       stream.Write("\n");
@@ -307,27 +310,31 @@ function loadBinary(path) {
   return binary;
 }
 
+// A file that is read in pieces. Its functions are shared: a run may read thousands of files.
+function FileInput(path) {
+  this.path = path;
+  this.stream = WScript.OpenFile(path, "r");
+  this.size = this.stream.Size;
+  this.done = 0;
+}
+FileInput.prototype = {
+  read: function (n) {
+    var bytes = this.stream.Read(n);
+    this.done += bytes.length;
+    return bytes.length > 0 ? bytes : null;
+  },
+  taken: function () { return this.done; },
+  rewind: function () {
+    this.stream.Seek(0);
+    this.done = 0;
+  },
+  close: function () { this.stream.Close(); }
+};
+
 // The file to read: path and size; read(n), null at the end; taken(), how many bytes were read; rewind(), to
 // read it again; close().
 function openInput(path) {
-  if (hasFileStreams()) {
-    var stream = WScript.OpenFile(path, "r"), done = 0;
-    return {
-      path: path,
-      size: stream.Size,
-      read: function (n) {
-        var bytes = stream.Read(n);
-        done += bytes.length;
-        return bytes.length > 0 ? bytes : null;
-      },
-      taken: function () { return done; },
-      rewind: function () {
-        stream.Seek(0);
-        done = 0;
-      },
-      close: function () { stream.Close(); }
-    };
-  }
+  if (hasFileStreams()) return new FileInput(path);
   var binary = loadBinary(path);
   return {
     path: path,

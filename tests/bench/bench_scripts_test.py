@@ -91,6 +91,8 @@ class ScriptsTest(unittest.TestCase):
     def test_every_call_has_a_text_for_the_script_hosts(self):
         for row in script_rows.CALLS:
             self.assertIn(row.work, scripts.Native([HOST]).text(row))
+            # Wine's engine ends a script without a word at typeof of a byte array.
+            self.assertNotIn("typeof a", scripts.Native([HOST]).text(row))
             text = scripts.Node([HOST], printer="console.log").text(row)
             self.assertEqual(text is not None, bool(row.node), row.name)
             self.assertNotIn("ActiveXObject", text or "")
