@@ -153,7 +153,7 @@ TEST_F(HostileInputsTest, EveryMemberAnswersEveryValueAsTheModelSays) {
 // Places for results that are null, in every member that has one, and the other pointers.
 template <auto kMethod>
 struct WithoutResult;
-template <typename Interface, typename... T, HRESULT (Interface::*kMethod)(T...)>
+template <typename Interface, typename... T, HRESULT (STDMETHODCALLTYPE Interface::*kMethod)(T...)>
 struct WithoutResult<kMethod> {
   static HRESULT Call(void* object) { return (static_cast<Interface*>(object)->*kMethod)(T{}...); }
 };
