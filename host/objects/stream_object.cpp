@@ -21,7 +21,7 @@ namespace {
 constexpr char kPrototype[] = "stream.prototype";
 constexpr uint32_t kDefaultRead = 65536;
 constexpr uint64_t kMostRead = 512u << 20;
-constexpr uint64_t kLeastRoom = 512;  // at the end of a stream
+constexpr uint64_t kLeastRoom = 512;                  // at the end of a stream
 constexpr double kMostPosition = 9007199254740992.0;  // 2^53: a double is exact up to here
 
 struct ModeRow {
