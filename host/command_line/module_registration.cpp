@@ -1,6 +1,8 @@
 #include "command_line/module_registration.h"
 
+#include <errno.h>
 #include <stdio.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <vector>
@@ -66,15 +68,18 @@ HRESULT RemoveEntries(const std::string& module, HRESULT status, std::string* pr
   return status;
 }
 
-HRESULT NoSuchFile(std::string* problem) {
-  *problem = "there is no such file";
+// Of a file whose path cannot be found; errno says why.
+HRESULT NotReached(std::string* problem) {
+  const bool is_missing = errno == ENOENT || errno == ENOTDIR;
+  *problem = is_missing ? "there is no such file"
+                        : std::string("the file cannot be reached: ") + strerror(errno);
   return STG_E_FILENOTFOUND;
 }
 
 // Replaces all that the registry has of the file: another version may have had other classes.
 HRESULT RegisterWithinBatch(const std::string& module, std::string* problem) {
   const std::string path = FullLinkPath(module);
-  if (path.empty()) return NoSuchFile(problem);
+  if (path.empty()) return NotReached(problem);
   const LONG error = RemoveClassesOf(path);
   if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) {
     *problem = "removing its entries failed: " + DescribeStatus(HRESULT_FROM_WIN32(error));
@@ -86,7 +91,7 @@ HRESULT RegisterWithinBatch(const std::string& module, std::string* problem) {
 HRESULT UnregisterWithinBatch(const std::string& module, std::string* problem) {
   const std::string path = FullLinkPath(module);
   const HRESULT status =
-      path.empty() ? NoSuchFile(problem) : CallEntry(path, "DllUnregisterServer", problem);
+      path.empty() ? NotReached(problem) : CallEntry(path, "DllUnregisterServer", problem);
   const bool has_entry = status != STG_E_FILENOTFOUND && status != CO_E_ERRORINDLL;
   return has_entry ? status : RemoveEntries(module, status, problem);
 }

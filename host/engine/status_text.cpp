@@ -62,6 +62,7 @@ constexpr StatusText kStatusTexts[] = {
     {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), "File not found"},
     {MIROLTA_STATUS(0x80030003u), "Path not found"},
     {MIROLTA_STATUS(0x80070003u), "Path not found"},
+    {STG_E_TOOMANYOPENFILES, "Too many open files"},
     {STG_E_ACCESSDENIED, "Permission denied"},
     {STG_E_INSUFFICIENTMEMORY, "Out of memory"},
     {STG_E_INVALIDPOINTER, "Invalid pointer"},

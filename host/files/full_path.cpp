@@ -25,6 +25,7 @@ std::string FullLinkPath(const std::string& path) {
   const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
   if (followed.empty() || name.empty() || name == "." || name == "..") return followed;
   std::string folder = FullPath(slash == std::string::npos ? "." : path.substr(0, slash + 1));
+  if (folder.empty()) return folder;
   if (folder != "/") folder += '/';
   return folder + name;
 }

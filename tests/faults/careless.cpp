@@ -6,6 +6,7 @@
 //   in_place     the file itself is written
 //   untidy       the new file stays after a failure
 //   mute         a failure has no message
+//   misleading   a failure has a message with another reason
 //   crashing     a failure ends the program by a signal
 //   waiting      a write that fails is waited for
 //   retrying     a write that fails is repeated for ever
@@ -66,6 +67,7 @@ int main(int count, char** words) {
   mistake = words[1];
   if (Replace(words[2])) return 0;
   if (Makes("crashing")) abort();
-  if (!Makes("mute")) fprintf(stderr, "careless: %s cannot be written\n", words[2]);
+  const char* const reason = Makes("misleading") ? ": No such file or directory" : "";
+  if (!Makes("mute")) fprintf(stderr, "careless: %s cannot be written%s\n", words[2], reason);
   return 1;
 }

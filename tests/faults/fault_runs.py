@@ -54,6 +54,8 @@ DELETING = ("unlink", "unlinkat", "rmdir")
 LOADED = re.compile(r"\.so[.\d]*$|/gconv/|/locale/|^/proc/")
 NUMBERED = re.compile(r"(/proc/|\.mirolta-)\d+")
 LEFT_BY_KILL = re.compile(r"(^|/)\.mirolta-\d+-\d+$|\.new$")
+# What no number of the table means.
+UNTRUE = re.compile(r"no such file|file not found|invalid function", re.I)
 NOT_JUDGED = re.compile(r"\.lock$")
 
 
@@ -235,6 +237,8 @@ class Judge:
             return None
         if re.search(self.scenario.messages, run.errors.decode(errors="replace")) is None:
             return f"names neither file nor operation: {self.words_of(run)}"
+        if UNTRUE.search(run.errors.decode(errors="replace")):
+            return f"gives a reason that is not so: {self.words_of(run)}"
         return None
 
     def warns(self, run):

@@ -22,6 +22,7 @@ MISTAKES = {
     "in_place": "kill .* is neither the old nor the new one",
     "untidy": r"write .* file\.new is left",
     "mute": "names neither file nor operation",
+    "misleading": "gives a reason that is not so",
     "crashing": "ended by signal 6",
     "waiting": "hangs",
     "retrying": r"ENOSPC at call \d+\+, write .* repeats calls that fail",

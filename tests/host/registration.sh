@@ -105,6 +105,10 @@ expect 1 "^mirolta-host: Fake.Object cannot be created (0x800401F8, .*): $copy, 
 expect 0 "^$copy (does not exist)\$" --list
 expect 0 "^  its entries are removed by mirolta-host --unregister --system $mends\$" --list
 expect 1 'there is no such file, and nothing is registered for it$' --unregister "$folder/never.so"
+ln -s loop.so "$folder/loop.so"
+looped='loop.so: the file cannot be reached: Too many levels of symbolic links'
+expect 1 "$looped\$" --register "$folder/loop.so"
+expect 1 "$looped, and nothing is registered for it\$" --unregister "$folder/loop.so"
 expect 0 ': unregistered$' --unregister --system "$copy"
 grep 'copy.so\|{\|Fake' etc/registry.reg && fails=1
 expect 1 'there is no such file, and nothing is registered for it$' --unregister --system "$copy"

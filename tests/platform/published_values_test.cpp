@@ -56,6 +56,7 @@ const Published kPublished[] = {
     {"CO_E_ERRORINDLL", static_cast<uint32_t>(CO_E_ERRORINDLL), 0x800401F9u},
     {"STG_E_INVALIDFUNCTION", static_cast<uint32_t>(STG_E_INVALIDFUNCTION), 0x80030001u},
     {"STG_E_FILENOTFOUND", static_cast<uint32_t>(STG_E_FILENOTFOUND), 0x80030002u},
+    {"STG_E_TOOMANYOPENFILES", static_cast<uint32_t>(STG_E_TOOMANYOPENFILES), 0x80030004u},
     {"STG_E_ACCESSDENIED", static_cast<uint32_t>(STG_E_ACCESSDENIED), 0x80030005u},
     {"STG_E_INSUFFICIENTMEMORY", static_cast<uint32_t>(STG_E_INSUFFICIENTMEMORY), 0x80030008u},
     {"STG_E_INVALIDPOINTER", static_cast<uint32_t>(STG_E_INVALIDPOINTER), 0x80030009u},

@@ -1,3 +1,4 @@
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cstring>
@@ -406,6 +407,18 @@ TEST(FileStream, SaysWhyItCannotOpen) {
   IStream* stream = nullptr;
   EXPECT_EQ(SHCreateStreamOnFileEx(nullptr, 0, 0, FALSE, nullptr, &stream), STG_E_INVALIDPARAMETER);
   EXPECT_EQ(SHCreateStreamOnFileEx(u"x", 0, 0, FALSE, nullptr, nullptr), STG_E_INVALIDPOINTER);
+}
+
+TEST(FileStream, SaysThatTooManyFilesAreOpen) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(StatusOfOpening(folder.File("f"), STGM_WRITE, TRUE), S_OK);
+  rlimit limit = {};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit none = {0, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const HRESULT status = StatusOfOpening(folder.File("f"), STGM_READ);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+  EXPECT_EQ(status, STG_E_TOOMANYOPENFILES);
 }
 
 TEST(FileStream, AccessMayBeDenied) {

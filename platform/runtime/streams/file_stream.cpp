@@ -24,11 +24,14 @@ struct StatusRow {
   HRESULT status;
 };
 constexpr StatusRow kStatuses[] = {
-    {ENOENT, STG_E_FILENOTFOUND},      {ENOTDIR, STG_E_FILENOTFOUND}, {EACCES, STG_E_ACCESSDENIED},
-    {EPERM, STG_E_ACCESSDENIED},       {EROFS, STG_E_ACCESSDENIED},   {EISDIR, STG_E_ACCESSDENIED},
+    {ENOENT, STG_E_FILENOTFOUND},      {ENOTDIR, STG_E_FILENOTFOUND},
+    {EACCES, STG_E_ACCESSDENIED},      {EPERM, STG_E_ACCESSDENIED},
+    {EROFS, STG_E_ACCESSDENIED},       {EISDIR, STG_E_ACCESSDENIED},
     {ETXTBSY, STG_E_ACCESSDENIED},     {EBADF, STG_E_ACCESSDENIED},  // the wrong direction
-    {EEXIST, STG_E_FILEALREADYEXISTS}, {ENOSPC, STG_E_MEDIUMFULL},    {EDQUOT, STG_E_MEDIUMFULL},
-    {EFBIG, STG_E_MEDIUMFULL},         {ENOMEM, E_OUTOFMEMORY},
+    {EEXIST, STG_E_FILEALREADYEXISTS}, {ENOSPC, STG_E_MEDIUMFULL},
+    {EDQUOT, STG_E_MEDIUMFULL},        {EFBIG, STG_E_MEDIUMFULL},
+    {ENOMEM, E_OUTOFMEMORY},           {EMFILE, STG_E_TOOMANYOPENFILES},
+    {ENFILE, STG_E_TOOMANYOPENFILES},
 };
 
 HRESULT StatusOf(int error, HRESULT otherwise) {
@@ -82,7 +85,8 @@ class FileStream final : public StreamBase {
     if (size.QuadPart >> 63 != 0) return STG_E_MEDIUMFULL;
     const auto length = static_cast<off_t>(size.QuadPart);
     const int cut = Repeated([&] { return ftruncate(file_, length); });
-    return cut == 0 ? S_OK : StatusOf(errno, STG_E_INVALIDFUNCTION);
+    if (cut == 0) return S_OK;
+    return errno == EIO ? STG_E_WRITEFAULT : StatusOf(errno, STG_E_INVALIDFUNCTION);
   }
 
   // Syncs the file; pipes and devices cannot be synced.
@@ -172,13 +176,19 @@ void CloseFailed(int file, const char* path, int flags) {
   close(file);
 }
 
+// The status of a failure to open a file, errno says which.
+HRESULT OpenFailure(int flags) {
+  if (errno == EIO) return (flags & O_ACCMODE) == O_RDONLY ? STG_E_READFAULT : STG_E_WRITEFAULT;
+  return StatusOf(errno, STG_E_INVALIDFUNCTION);
+}
+
 HRESULT OpenFile(const char* path, int flags, int* file) {
   *file = Repeated([&] { return open(path, flags, 0666); });
-  if (*file < 0) return StatusOf(errno, STG_E_INVALIDFUNCTION);
+  if (*file < 0) return OpenFailure(flags);
   struct stat facts = {};
   HRESULT status = S_OK;
   if (fstat(*file, &facts) != 0) {
-    status = StatusOf(errno, STG_E_INVALIDFUNCTION);
+    status = OpenFailure(flags);
   } else if (S_ISDIR(facts.st_mode)) {
     status = STG_E_ACCESSDENIED;
   }
