@@ -69,6 +69,34 @@ HRESULT CofactorByDivision(BigInt& t, bool* odd, const BigInt& m, const BigInt& 
   return status;
 }
 
+// What the three functions above compute, with a division first where the lengths differ. If the first number
+// is the shorter one the division is two steps: the first of them exchanges the numbers.
+HRESULT GcdMagnitude(BigInt& g, bool* odd, const BigInt& a, const BigInt& b) {
+  BigInt rest;
+  if (IsMuchShorter(b, a) && !b.IsZero()) {
+    const HRESULT status = Remainder(rest, a, b);
+    if (FAILED(status)) return status;
+    const HRESULT found = GcdInSteps(g, odd, b, rest);
+    *odd = !*odd;
+    return found;
+  }
+  if (IsMuchShorter(a, b) && !a.IsZero()) {
+    const HRESULT status = Remainder(rest, b, a);
+    return FAILED(status) ? status : GcdInSteps(g, odd, a, rest);
+  }
+  return GcdInSteps(g, odd, a, b);
+}
+
+HRESULT CofactorMagnitude(BigInt& t, bool* odd, const BigInt& m, const BigInt& a) {
+  if (IsMuchShorter(a, m) && !a.IsZero()) return CofactorByDivision(t, odd, m, a);
+  if (IsMuchShorter(m, a)) {
+    BigInt rest;
+    const HRESULT status = Remainder(rest, a, m);
+    return FAILED(status) ? status : CofactorInSteps(t, odd, m, rest);
+  }
+  return CofactorInSteps(t, odd, m, a);
+}
+
 }  // namespace
 
 HRESULT Gcd(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
@@ -76,20 +104,7 @@ HRESULT Gcd(BigInt& r, const BigInt& a, const BigInt& b) noexcept {
   if (FAILED(failure)) return failure;
   BigInt g;
   bool odd = false;
-  HRESULT status = S_OK;
-  if (IsMuchShorter(b, a) && !b.IsZero()) {
-    BigInt rest;
-    status = Remainder(rest, a, b);
-    if (SUCCEEDED(status)) status = GcdInSteps(g, &odd, b, rest);
-    odd = !odd;
-  } else if (IsMuchShorter(a, b) && !a.IsZero()) {
-    // Two steps: the first one exchanges the numbers.
-    BigInt rest;
-    status = Remainder(rest, b, a);
-    if (SUCCEEDED(status)) status = GcdInSteps(g, &odd, a, rest);
-  } else {
-    status = GcdInSteps(g, &odd, a, b);
-  }
+  const HRESULT status = GcdMagnitude(g, &odd, a, b);
   if (FAILED(status)) return status;
   // A remainder has its dividend's sign flag, so that r(i) has that of a or b by the parity of i.
   const bool negative = odd ? b.SignFlag() : a.SignFlag();
@@ -104,17 +119,7 @@ HRESULT Inverse(BigInt& r, const BigInt& a, const BigInt& m) noexcept {
   if (m.IsZero()) return DISP_E_DIVBYZERO;
   BigInt t;
   bool odd = false;
-  HRESULT status = S_OK;
-  if (IsMuchShorter(a, m) && !a.IsZero()) {
-    status = CofactorByDivision(t, &odd, m, a);
-  } else if (IsMuchShorter(m, a)) {
-    // Two steps, as above; the cofactors are 0 and 1 again.
-    BigInt rest;
-    status = Remainder(rest, a, m);
-    if (SUCCEEDED(status)) status = CofactorInSteps(t, &odd, m, rest);
-  } else {
-    status = CofactorInSteps(t, &odd, m, a);
-  }
+  HRESULT status = CofactorMagnitude(t, &odd, m, a);
   if (FAILED(status)) return status;
   // Equal signs: all quotients are positive, and the cofactors alternate in sign from the second
   // step on. Different signs: all quotients are negative, and no cofactor is.
