@@ -34,7 +34,9 @@ constexpr StatusRow kStatuses[] = {
     {ENFILE, STG_E_TOOMANYOPENFILES},
 };
 
-HRESULT StatusOf(int error, HRESULT otherwise) {
+// `fault` is the status of a fault of the disk in that direction, `otherwise` of errors without a status of their own.
+HRESULT StatusOf(int error, HRESULT fault, HRESULT otherwise = STG_E_INVALIDFUNCTION) {
+  if (error == EIO) return fault;
   for (const StatusRow& row : kStatuses) {
     if (row.error == error) return row.status;
   }
@@ -85,8 +87,7 @@ class FileStream final : public StreamBase {
     if (size.QuadPart >> 63 != 0) return STG_E_MEDIUMFULL;
     const auto length = static_cast<off_t>(size.QuadPart);
     const int cut = Repeated([&] { return ftruncate(file_, length); });
-    if (cut == 0) return S_OK;
-    return errno == EIO ? STG_E_WRITEFAULT : StatusOf(errno, STG_E_INVALIDFUNCTION);
+    return cut == 0 ? S_OK : StatusOf(errno, STG_E_WRITEFAULT);
   }
 
   // Syncs the file; pipes and devices cannot be synced.
@@ -94,7 +95,7 @@ class FileStream final : public StreamBase {
     if ((mode_ & kAccess) == STGM_READ) return S_OK;
     if (Repeated([&] { return fsync(file_); }) == 0 || errno == EINVAL || errno == EROFS)
       return S_OK;
-    return StatusOf(errno, STG_E_WRITEFAULT);
+    return StatusOf(errno, STG_E_WRITEFAULT, STG_E_WRITEFAULT);
   }
 
   HRESULT STDMETHODCALLTYPE Stat(STATSTG* statistics, DWORD flags) override {
@@ -141,7 +142,7 @@ class FileStream final : public StreamBase {
       } else if (moved == 0) {
         status = at_end;
       } else {
-        status = StatusOf(errno, fault);
+        status = StatusOf(errno, fault, fault);
       }
     }
     if (transferred != nullptr) *transferred = done;
@@ -176,19 +177,14 @@ void CloseFailed(int file, const char* path, int flags) {
   close(file);
 }
 
-// The status of a failure to open a file, errno says which.
-HRESULT OpenFailure(int flags) {
-  if (errno == EIO) return (flags & O_ACCMODE) == O_RDONLY ? STG_E_READFAULT : STG_E_WRITEFAULT;
-  return StatusOf(errno, STG_E_INVALIDFUNCTION);
-}
-
 HRESULT OpenFile(const char* path, int flags, int* file) {
+  const HRESULT fault = (flags & O_ACCMODE) == O_RDONLY ? STG_E_READFAULT : STG_E_WRITEFAULT;
   *file = Repeated([&] { return open(path, flags, 0666); });
-  if (*file < 0) return OpenFailure(flags);
+  if (*file < 0) return StatusOf(errno, fault);
   struct stat facts = {};
   HRESULT status = S_OK;
   if (fstat(*file, &facts) != 0) {
-    status = OpenFailure(flags);
+    status = StatusOf(errno, fault);
   } else if (S_ISDIR(facts.st_mode)) {
     status = STG_E_ACCESSDENIED;
   }
