@@ -3,28 +3,15 @@
 
 #include <csignal>
 
+#include "seam/thread_call.h"
 #include "seam/threads.h"
-#include "seam/wiped_work.h"
 
 namespace mirolta {
 
 namespace {
 
-// What the system's default, often 8 MB, reserves would not fit a small address space many times.
-constexpr size_t kStackBytes = size_t{1} << 20;
-
-struct Call {
-  void (*function)(void* context);
-  void* context;
-};
-
 void* Start(void* call) {
-  auto work = [call]() -> HRESULT {
-    const Call& made = *static_cast<const Call*>(call);
-    made.function(made.context);
-    return S_OK;
-  };
-  (void)RunWiped(work, StackUse::kDeep);
+  static_cast<const ThreadCall*>(call)->Run();
   return nullptr;
 }
 
@@ -47,12 +34,12 @@ size_t UsableProcessors() noexcept {
 }
 
 void RunOnThreads(size_t count, void (*function)(void* context), void* context) noexcept {
-  Call call = {function, context};
+  ThreadCall call = {function, context};
   pthread_t threads[kMostThreads];
   size_t started = 0;
   pthread_attr_t attributes;
   if (count > 1 && pthread_attr_init(&attributes) == 0) {
-    pthread_attr_setstacksize(&attributes, kStackBytes);
+    pthread_attr_setstacksize(&attributes, kThreadStackBytes);
     sigset_t old;
     BlockSignals(&old);
     while (started < count - 1 && pthread_create(&threads[started], &attributes, Start, &call) == 0)

@@ -1,25 +1,14 @@
 #include "seam/threads.h"
 
 #include "platform.h"
+#include "seam/thread_call.h"
 
 namespace mirolta {
 
 namespace {
 
-constexpr SIZE_T kStackBytes = SIZE_T{1} << 20;
-
-struct Call {
-  void (*function)(void* context);
-  void* context;
-};
-
 DWORD WINAPI Start(void* call) {
-  auto work = [call]() -> HRESULT {
-    const Call& made = *static_cast<const Call*>(call);
-    made.function(made.context);
-    return S_OK;
-  };
-  (void)RunWiped(work, StackUse::kDeep);
+  static_cast<const ThreadCall*>(call)->Run();
   return 0;
 }
 
@@ -36,11 +25,11 @@ size_t UsableProcessors() noexcept {
 }
 
 void RunOnThreads(size_t count, void (*function)(void* context), void* context) noexcept {
-  Call call = {function, context};
+  ThreadCall call = {function, context};
   HANDLE threads[kMostThreads];
   size_t started = 0;
   for (; started < count - 1; ++started) {
-    threads[started] = CreateThread(nullptr, kStackBytes, Start, &call,
+    threads[started] = CreateThread(nullptr, kThreadStackBytes, Start, &call,
                                     STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
     if (threads[started] == nullptr) break;
   }
