@@ -3,22 +3,9 @@
 #include "platform.h"
 #include "windows/module_start.h"
 
-namespace {
-
-// The system lends a waiting thread's priority to the one that holds the lock. A thread that polled
-// would keep another of less priority from ever finishing.
-CRITICAL_SECTION shared_lock;
-
-}  // namespace
-
 namespace mirolta {
 
-SharedLock::SharedLock() noexcept {
-  EnterCriticalSection(&shared_lock);
-}
-SharedLock::~SharedLock() {
-  LeaveCriticalSection(&shared_lock);
-}
+CRITICAL_SECTION shared_section;
 
 }  // namespace mirolta
 
@@ -26,26 +13,26 @@ extern "C" {
 
 // Constructors of globals would have to run here; the module has none, which a test checks.
 BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason, LPVOID reserved) {
-  if (reason == DLL_PROCESS_ATTACH) InitializeCriticalSection(&shared_lock);
+  if (reason == DLL_PROCESS_ATTACH) InitializeCriticalSection(&mirolta::shared_section);
   const BOOL started = DllMain(instance, reason, reserved);
-  if (reason == DLL_PROCESS_DETACH) DeleteCriticalSection(&shared_lock);
+  if (reason == DLL_PROCESS_DETACH) DeleteCriticalSection(&mirolta::shared_section);
   return started;
 }
 
 // Returns 1 to the thread that initialises a local, which then holds the lock, and 0 if it is done. The
 // compiled code tests the lowest bit of a guard and calls __cxa_guard_acquire if it is zero.
 int __cxa_guard_acquire(LONG volatile* guard) {
-  EnterCriticalSection(&shared_lock);
+  EnterCriticalSection(&mirolta::shared_section);
   if (*guard == 0) return 1;
-  LeaveCriticalSection(&shared_lock);
+  LeaveCriticalSection(&mirolta::shared_section);
   return 0;
 }
 void __cxa_guard_release(LONG volatile* guard) {
   InterlockedExchange(guard, 1);
-  LeaveCriticalSection(&shared_lock);
+  LeaveCriticalSection(&mirolta::shared_section);
 }
 void __cxa_guard_abort(LONG volatile*) {
-  LeaveCriticalSection(&shared_lock);
+  LeaveCriticalSection(&mirolta::shared_section);
 }
 
 // A call of a pure virtual function.

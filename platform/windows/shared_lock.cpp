@@ -1,27 +1,20 @@
-// The lock of what threads share below the objects, where the compiler's start-up code runs constructors.
+// Initialises the lock of what threads share below the objects, where the compiler's start-up code runs constructors.
 #include "platform.h"
 #include "windows/module_start.h"
 
+namespace mirolta {
+
+CRITICAL_SECTION shared_section;
+
+}  // namespace mirolta
+
 namespace {
 
-CRITICAL_SECTION shared_lock;
-
 __attribute__((constructor)) void Open() {
-  InitializeCriticalSection(&shared_lock);
+  InitializeCriticalSection(&mirolta::shared_section);
 }
 __attribute__((destructor)) void Close() {
-  DeleteCriticalSection(&shared_lock);
+  DeleteCriticalSection(&mirolta::shared_section);
 }
 
 }  // namespace
-
-namespace mirolta {
-
-SharedLock::SharedLock() noexcept {
-  EnterCriticalSection(&shared_lock);
-}
-SharedLock::~SharedLock() {
-  LeaveCriticalSection(&shared_lock);
-}
-
-}  // namespace mirolta

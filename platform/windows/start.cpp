@@ -8,20 +8,9 @@
 // The argument of the operators that do not throw.
 const std::nothrow_t std::nothrow{};
 
-namespace {
-
-CRITICAL_SECTION shared_lock;
-
-}  // namespace
-
 namespace mirolta {
 
-SharedLock::SharedLock() noexcept {
-  EnterCriticalSection(&shared_lock);
-}
-SharedLock::~SharedLock() {
-  LeaveCriticalSection(&shared_lock);
-}
+CRITICAL_SECTION shared_section;
 
 }  // namespace mirolta
 
@@ -35,13 +24,13 @@ extern const Constructor __CTOR_LIST__[];
 __attribute__((no_stack_protector)) BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason,
                                                                   LPVOID reserved) {
   if (reason == DLL_PROCESS_ATTACH) {
-    InitializeCriticalSection(&shared_lock);
+    InitializeCriticalSection(&mirolta::shared_section);
     const Constructor* end = __CTOR_LIST__ + 1;
     while (*end != nullptr) ++end;
     while (--end != __CTOR_LIST__) (*end)();
   }
   const BOOL started = DllMain(instance, reason, reserved);
-  if (reason == DLL_PROCESS_DETACH) DeleteCriticalSection(&shared_lock);
+  if (reason == DLL_PROCESS_DETACH) DeleteCriticalSection(&mirolta::shared_section);
   return started;
 }
 
