@@ -11,9 +11,10 @@ PATHs (files or folders) only these are checked.
 - contracts   the labels of contracts and their order (scripts/contracts.py)
 - licences    which files name their licence (scripts/licences.py)
 - definitions each name is defined once, and used (scripts/definitions.py)
+- includes    none is repeated in tests, harnesses and benchmark
 - gcc         its warnings for what the ordinary build omits (the benchmark)
 - clang       its warnings: those of .clang-tidy's ExtraArgs
-- clang-tidy  the checks of .clang-tidy
+- clang-tidy  the checks of .clang-tidy; tests, harnesses and benchmark have the warnings only
 - cppcheck    all but scripts/cppcheck-suppressions.txt
 
 Prints the findings and a line for each check; exits 1 if there are findings.
@@ -28,6 +29,7 @@ import re
 import shlex
 import subprocess
 import sys
+import threading
 import time
 
 sys.dont_write_bytecode = True
@@ -42,6 +44,11 @@ GCC_FOLDERS = {"bench"}
 VARIANTS = {"-DMIROLTA_PORTABLE_ONLY=1", "-DMIROLTA_HALF_PRODUCTS=1"}
 # cppcheck does not know the test framework's macros.
 CPPCHECK_LEAVES_OUT = {"tests", "fuzz", "bench"}
+# Folders whose .clang-tidy has no checks but the compiler's warnings. The compiler alone reads them, with
+# GoogleTest precompiled, which most of their time was; what is included through it alone is not missed.
+WARNINGS_ONLY = {"tests", "fuzz", "bench"}
+# What the precompiled header must share with a file.
+PRECOMPILED = re.compile(r"-D(NDEBUG|GTEST_|_FILE_OFFSET_BITS|_TIME_BITS)|-[fmx]|-std=|-pthread")
 PRINTED = set()
 FINDING = re.compile(r"(.+?):\d+:\d+: (?:warning|error|style|performance|portability): .*")
 
@@ -120,11 +127,12 @@ def tell(found):
         print(line, flush=True)
 
 
-def remembered(kept, unit, tool, command):
+def remembered(kept, unit, tool, make_command):
     """The findings of the command, which is not run if it was clean on the same sources."""
     record = kept / hash_of(unit, tool)
     if record.exists():
         return []
+    command = make_command()
     run = subprocess.run(command, cwd=unit.directory, capture_output=True, text=True)
     output = run.stdout + run.stderr
     found = findings_of(output)
@@ -145,26 +153,77 @@ def run_gcc(kept, units, pool):
     tool = version_of(units[0].words[0], "--version") if units else ""
 
     def check(unit):
-        return remembered(kept, unit, tool, unit.words + ["-O1", "-fdiagnostics-plain-output", "-o", os.devnull])
+        return remembered(kept, unit, tool,
+                          lambda: unit.words + ["-O1", "-fdiagnostics-plain-output", "-o", os.devnull])
     return len(units), [line for found in pool.map(check, units) for line in found]
+
+
+@functools.lru_cache(maxsize=None)
+def extra_words(folder):
+    """The options that .clang-tidy adds to the compiler's."""
+    dump = version_of("clang-tidy", "--dump-config", str(SOURCE / folder / "file.cpp"))
+    return tuple(re.findall(r"^  - +'?([^'\n]+)'?$", dump.partition("\nExtraArgs:")[2], re.M))
+
+
+class Precompiled:
+    """GoogleTest's header, precompiled once for each set of options."""
+
+    def __init__(self, kept):
+        self.kept = kept
+        self.made = {}
+        self.lock = threading.Lock()
+
+    def of(self, options):
+        """The words that include it; none if it cannot be compiled so."""
+        shared = tuple(word for word in options if PRECOMPILED.match(word))
+        with self.lock:
+            if shared not in self.made:
+                self.made[shared] = self.make(shared)
+            return self.made[shared]
+
+    def make(self, shared):
+        header = self.kept / f"gtest-{hashlib.sha256(repr(shared).encode()).hexdigest()[:16]}.h"
+        header.write_text("#include <gtest/gtest.h>\n")
+        compiled = header.with_suffix(".pch")
+        run = subprocess.run(["clang++", "-x", "c++-header", str(header), "-o", str(compiled), *shared],
+                             capture_output=True)
+        return ["-include-pch", str(compiled)] if run.returncode == 0 else []
 
 
 def run_clang(kept, units, pool):
     """Both of clang's checks, from one run for each file."""
     version = version_of("clang-tidy", "--version").split("Default target")[0]
+    precompiled = Precompiled(kept)
 
     def check(unit):
+        options = [word for word in unit.words[1:] if word not in ("-c", "-Werror", str(unit.path))]
+        tests = unit.folder in WARNINGS_ONLY
+        if tests or unit.variant:
+            options = [word for word in options if not word.startswith("-O")] + list(extra_words(unit.folder))
+            command = ["clang++", "-fsyntax-only", *options, str(unit.path)]
+            return remembered(kept, unit, (version, command),
+                              lambda: command + (precompiled.of(options) if tests else []))
         files = [SOURCE / ".clang-tidy", SOURCE / unit.folder / ".clang-tidy"]
         configuration = [file.read_text() for file in files if file.exists()]
-        options = [word for word in unit.words[1:] if word not in ("-c", "-Werror", str(unit.path))]
-        command = ["clang-tidy", "-quiet", str(unit.path)]
-        if unit.variant:
-            command.append("-checks=-*,clang-diagnostic-*,readability-duplicate-include")
-        return remembered(kept, unit, (version, configuration, unit.variant),
-                          command + ["--"] + options)
+        return remembered(kept, unit, (version, configuration),
+                          lambda: ["clang-tidy", "-quiet", str(unit.path), "--"] + options)
     found = {line for found in pool.map(check, units) for line in found}
-    warnings = {line for line in found if "[clang-diagnostic-" in line or "[" not in line}
+    warnings = {line for line in found if "[clang-diagnostic-" in line or "[-W" in line or "[" not in line}
     return warnings, found - warnings
+
+
+def repeated_includes():
+    """Of the folders without clang-tidy's check for it: (number of files, findings)."""
+    paths = [path for folder in sorted(WARNINGS_ONLY) for path in sorted((SOURCE / folder).rglob("*"))
+             if path.suffix in (".cpp", ".h")]
+    found = []
+    for path in paths:
+        seen = set()
+        for number, line in enumerate(path.read_text(errors="replace").splitlines(), 1):
+            if line.startswith("#include") and line in seen:
+                found.append(f"{path.relative_to(SOURCE)}:{number}:1: error: repeated {line}")
+            seen.add(line)
+    return len(paths), found
 
 
 def run_cppcheck(kept, units, jobs):
@@ -225,12 +284,15 @@ def main():
     chosen = [line for line in found if not places or any(
         (SOURCE / line.split(":")[0]).is_relative_to(place) for place in places)]
     report("definitions", f"{count} names", chosen)
+    count, found = repeated_includes()
+    report("includes", f"{count} files", found)
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         count, found = run_gcc(kept, units, pool)
         report("gcc", f"{count} units beside the build's", found)
         warnings, found = run_clang(kept, units, pool)
         report("clang", f"{len(units)} units", warnings)
-        report("clang-tidy", f"{sum(not unit.variant for unit in units)} units", found)
+        tidied = sum(not unit.variant and unit.folder not in WARNINGS_ONLY for unit in units)
+        report("clang-tidy", f"{tidied} units", found)
     count, found = run_cppcheck(kept, units, jobs)
     report("cppcheck", f"{count} units", found)
     return 1 if failed else 0
