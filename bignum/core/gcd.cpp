@@ -69,8 +69,8 @@ HRESULT CofactorByDivision(BigInt& t, bool* odd, const BigInt& m, const BigInt& 
   return status;
 }
 
-// What the three functions above compute, with a division first where the lengths differ. If the first number
-// is the shorter one the division is two steps: the first of them exchanges the numbers.
+// What GcdInSteps computes, with a division first where the lengths differ. If a is the shorter one the division
+// is two steps: the first of them exchanges the numbers.
 HRESULT GcdMagnitude(BigInt& g, bool* odd, const BigInt& a, const BigInt& b) {
   BigInt rest;
   if (IsMuchShorter(b, a) && !b.IsZero()) {
@@ -87,6 +87,7 @@ HRESULT GcdMagnitude(BigInt& g, bool* odd, const BigInt& a, const BigInt& b) {
   return GcdInSteps(g, odd, a, b);
 }
 
+// What CofactorInSteps and CofactorByDivision compute. If m is the shorter one the division is two steps likewise.
 HRESULT CofactorMagnitude(BigInt& t, bool* odd, const BigInt& m, const BigInt& a) {
   if (IsMuchShorter(a, m) && !a.IsZero()) return CofactorByDivision(t, odd, m, a);
   if (IsMuchShorter(m, a)) {
