@@ -9,8 +9,13 @@ namespace mirolta::test {
 
 namespace {
 
-// Texts are not kept for reuse when they are freed: they are freed.
-extern "C" void WINAPI SetOaNoCache();
+// Texts are not kept for reuse when they are freed: they are freed. The 32-bit import library has no such
+// function.
+void FreeTexts() {
+  const HMODULE automation = GetModuleHandleW(OLESTR("oleaut32.dll"));
+  void* const function = reinterpret_cast<void*>(GetProcAddress(automation, "SetOaNoCache"));
+  reinterpret_cast<void(WINAPI*)()>(function)();
+}
 
 LPVOID WINAPI Allocate(HANDLE heap, DWORD flags, SIZE_T size) {
   void* const block = HeapAlloc(heap, flags, size);
@@ -52,7 +57,7 @@ void Watch(HMODULE module) {
 }
 
 [[maybe_unused]] const bool watched = [] {
-  SetOaNoCache();
+  FreeTexts();
   for (const OLECHAR* const name : kModules) {
     const HMODULE module = GetModuleHandleW(name);
     if (module != nullptr) Watch(module);
