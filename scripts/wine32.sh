@@ -3,6 +3,7 @@
 # (wine32_system.sh). Not part of `make test`: it downloads about 200 MB, and chroot needs root.
 #
 #   wine32.sh [FOLDER]              FOLDER is build/wine32 if not given
+#   PROGRAMS="a b" wine32.sh        these unit tests only
 #
 # Registers build/windows-x86/Mirolta.dll, runs the tour and the test scripts by cscript, and
 # compares what they print with the native host's (NATIVE_BUILD, build/native if not set). Then
@@ -24,14 +25,17 @@ fail() {
 . "$root/scripts/wine32_system.sh"
 open_wine32 "$folder"
 work=$system/root/module
-mkdir -p "$work"
-cp "$root/build/windows-x86/Mirolta.dll" "$root/examples/tour.js" \
-  "$root"/tests/windows/scripts/*.js "$root"/tests/windows/scripts/*.vbs "$work"
+build=$root/build/windows-x86
+# The module has the file name that it has in its build.
+mkdir -p "$work" "$system$build"
+cp "$root/examples/tour.js" "$root"/tests/windows/scripts/*.js "$root"/tests/windows/scripts/*.vbs "$work"
+cp "$build/Mirolta.dll" "$system$build"
 [ -d "$system/root/.wine" ] || in_system wine wineboot -i >/dev/null
-in_system wine regsvr32 /s 'Z:\root\module\Mirolta.dll'
+in_system wine regsvr32 /s "Z:$build/Mirolta.dll"
 export MIROLTA_REGISTRY="$folder/registry.reg" TZ=UTC LC_ALL=C.UTF-8
 failed=
 for script in "$root/examples/tour.js" "$root"/tests/windows/scripts/*; do
+  [ -z "${PROGRAMS:-}" ] || break
   name=$(basename "$script")
   case $name in
     *.js) "$native/bin/mirolta-host" "$script" >"$folder/expected" ;;
@@ -50,10 +54,12 @@ done
 mkdir -p "$system$root/tests/trust"
 cp -ru "$root/tests/vectors" "$system$root/tests"
 cp -ru "$root/docs" "$system$root"
-tests=$root/build/windows-x86/tests
-cmake --build "$root/build/windows-x86" --target windows-tests >"$folder/build" ||
+tests=$build/tests
+# shellcheck disable=SC2086  # names of programs
+cmake --build "$build" --target ${PROGRAMS:-windows-tests} >"$folder/build" ||
   fail "the unit tests do not build: $folder/build"
 while read -r _ program; do
+  case " ${PROGRAMS:-$program} " in *" $program "*) ;; *) continue ;; esac
   cp "$tests/$program.exe" "$work"
   in_system wine "Z:\\root\\module\\$program.exe" </dev/null | tr -d '\r' >"$folder/$program.output"
   if grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$folder/$program.output" &&
