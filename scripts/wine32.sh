@@ -26,10 +26,10 @@ fail() {
 open_wine32 "$folder"
 work=$system/root/module
 build=$root/build/windows-x86
-# The module has the file name that it has in its build.
+# The module and its manifest have the names by which the tests of that build load them.
 mkdir -p "$work" "$system$build"
 cp "$root/examples/tour.js" "$root"/tests/windows/scripts/*.js "$root"/tests/windows/scripts/*.vbs "$work"
-cp "$build/Mirolta.dll" "$system$build"
+cp "$build/Mirolta.dll" "$build/Mirolta.manifest" "$system$build"
 [ -d "$system/root/.wine" ] || in_system wine wineboot -i >/dev/null
 in_system wine regsvr32 /s "Z:$build/Mirolta.dll"
 export MIROLTA_REGISTRY="$folder/registry.reg" TZ=UTC LC_ALL=C.UTF-8

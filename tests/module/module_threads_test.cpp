@@ -1,29 +1,30 @@
 // Many threads in the module's entry points at once; loading and unloading.
-#include <stdlib.h>
-
 #include <atomic>
 #include <chrono>
 #include <fstream>
 #include <iterator>
-#include <thread>
 #include <vector>
 
 #include "all_at_once.h"
 #include "bstr.h"
-#include "loaded_module.h"
-#include "portable/registry_mode.h"
+#include "creatable_classes.h"
 #include "run_time.h"
+#include "system_rules.h"
 
 namespace mirolta::test {
 namespace {
 
 constexpr unsigned kThreads = 64;
 
-// Asked of the system, not of the loader: its answer would hold the module.
+// Asked without holding the module: not the portable runtime's loader, whose answer would hold it.
 bool IsLoaded() {
+#ifdef _WIN32
+  return GetModuleHandleW(ModuleFile().c_str()) != nullptr;
+#else
   std::ifstream maps("/proc/self/maps");
   const std::string all((std::istreambuf_iterator<char>(maps)), std::istreambuf_iterator<char>());
   return all.find(MIROLTA_MODULE) != std::string::npos;
+#endif
 }
 
 TEST(ModuleThreadsTest, TheFirstCallsMakeOneFactory) {
@@ -178,18 +179,14 @@ TEST(ModuleThreadsTest, ThreadsLoadAndUnloadItAsTheyLike) {
 class ClassObjectThreadsTest : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(setenv("MIROLTA_REGISTRY", "/nonexistent/registry", 1), 0);
-    ASSERT_EQ(MiroltaRegistryInMemory(TRUE), ERROR_SUCCESS);
     ASSERT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-    LoadedModule module;
-    ASSERT_NE(module.handle(), nullptr);
-    ASSERT_EQ(module.register_server(), S_OK);
+    ASSERT_NO_FATAL_FAILURE(MakeClassesCreatable());
   }
   void TearDown() override {
     CoFreeUnusedLibrariesEx(0, 0);
     CoUninitialize();
     EXPECT_FALSE(IsLoaded());
-    MiroltaRegistryInMemory(FALSE);
+    EndCreatableClasses();
   }
 
   static OwnedReference<IHashObject> Create() {
@@ -228,6 +225,8 @@ TEST_F(ClassObjectThreadsTest, TheFirstCallsLoadItAndTheLastUnloadIt) {
 // Clean-up unloads no module that a thread is in or about to use: neither during a creation nor
 // during the last release.
 TEST_F(ClassObjectThreadsTest, CleaningUpDisturbsNoThreadThatCreatesAndReleases) {
+  // Wine 8 crashes if clean-up runs while it creates the first object of a module that it has just loaded.
+  if (!kPortableRuntime) Create();
   const RunTime time(1);
   // Few of them, so that the module is often idle.
   AllAtOnce(4, [&](unsigned i) {
@@ -247,16 +246,21 @@ TEST_F(ClassObjectThreadsTest, CleaningUpDisturbsNoThreadThatCreatesAndReleases)
   });
 }
 
+// The tests of the delay are tests of the portable runtime. Wine 8 never unloads while clean-up runs
+// continuously.
+constexpr char kOwnDelay[] = "the system counts the delay in its own way";
+
 // The module is unloaded when it was idle for the delay, and loaded again by the next use. Between
 // the rounds no thread is inside; during them clean-up runs continuously.
 TEST_F(ClassObjectThreadsTest, CleaningUpUnloadsAfterTheDelay) {
+  if (!kPortableRuntime) GTEST_SKIP() << kOwnDelay;
   // More than any thread is kept waiting inside its last release.
   constexpr std::chrono::milliseconds kDelay(1500);
   std::atomic<bool> over{false};
-  std::thread cleaner([&] {
+  Thread cleaner([&] {
     while (!over) {
       CoFreeUnusedLibrariesEx(static_cast<DWORD>(kDelay.count()), 0);
-      std::this_thread::yield();
+      LetOthersRun();
     }
   });
   const RunTime time(2);
@@ -268,7 +272,7 @@ TEST_F(ClassObjectThreadsTest, CleaningUpUnloadsAfterTheDelay) {
     // On a busy machine this thread may look after the delay.
     EXPECT_TRUE(IsLoaded() || std::chrono::steady_clock::now() - begin >= kDelay);
     for (const RunTime limit(30); IsLoaded() && !limit.IsOver();) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      Pause(std::chrono::milliseconds(10));
     }
     ASSERT_FALSE(IsLoaded());
   }
@@ -283,17 +287,18 @@ std::chrono::milliseconds IdleAtTheLastLook(std::chrono::milliseconds delay, con
   const auto look = [&] { CoFreeUnusedLibrariesEx(static_cast<DWORD>(delay.count()), 0); };
   use();
   look();
-  std::this_thread::sleep_for(delay * 2 / 3);
+  Pause(delay * 2 / 3);
   const auto last_use = std::chrono::steady_clock::now();
   use();
   look();
-  std::this_thread::sleep_for(delay * 2 / 3);
+  Pause(delay * 2 / 3);
   look();
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
                                                                last_use);
 }
 
 TEST_F(ClassObjectThreadsTest, TheDelayBeginsAnewWithEveryUse) {
+  if (!kPortableRuntime) GTEST_SKIP() << kOwnDelay;
   // On a busy machine a look may come too late to say anything: the next attempt has more time.
   std::chrono::milliseconds delay(1500);
   while (IdleAtTheLastLook(delay, [&] { Create(); }) >= delay) {
@@ -302,7 +307,7 @@ TEST_F(ClassObjectThreadsTest, TheDelayBeginsAnewWithEveryUse) {
   }
   EXPECT_TRUE(IsLoaded());
   // The default delay is minutes.
-  std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+  Pause(std::chrono::milliseconds(1000));
   CoFreeUnusedLibraries();
   CoFreeUnusedLibrariesEx(INFINITE, 0);
   EXPECT_TRUE(IsLoaded());
@@ -325,7 +330,7 @@ TEST(ModuleThreadsTest, TypeInformationOutlivesTheModule) {
   EXPECT_EQ(Text(name.Get()), OLESTR("HashData"));
   EXPECT_NE(SysStringLen(help.Get()), 0u);
   FUNCDESC* function = nullptr;
-  ASSERT_EQ(info->GetFuncDesc(4, &function), S_OK);
+  ASSERT_EQ(info->GetFuncDesc(kInheritedFunctions + 4, &function), S_OK);
   EXPECT_EQ(function->memid, 4);
   info->ReleaseFuncDesc(function);
   LPOLESTR wanted = const_cast<LPOLESTR>(OLESTR("resetkey"));

@@ -1,6 +1,8 @@
 // Threads of tests: the language's, or the system's where the compiler's library has none.
 #pragma once
 
+#include <chrono>
+
 #ifndef _WIN32
 
   #include <thread>
@@ -11,6 +13,10 @@ using Thread = std::thread;
 
 inline void LetOthersRun() {
   std::this_thread::yield();
+}
+
+inline void Pause(std::chrono::milliseconds time) {
+  std::this_thread::sleep_for(time);
 }
 
 }  // namespace mirolta::test
@@ -67,6 +73,10 @@ class Thread {
 
 inline void LetOthersRun() {
   SwitchToThread();
+}
+
+inline void Pause(std::chrono::milliseconds time) {
+  Sleep(static_cast<DWORD>(time.count()));
 }
 
 }  // namespace mirolta::test

@@ -15,5 +15,7 @@ inline constexpr bool kCopiesNullTexts = !kPortableRuntime;
 // The arrays and texts that the system frees are wiped, those too in which it holds what it reads from an
 // object.
 inline constexpr bool kWipesWhatItFrees = kPortableRuntime;
+// The functions of an interface begin with the inherited ones of IUnknown and IDispatch.
+inline constexpr unsigned kInheritedFunctions = kPortableRuntime ? 0 : 7;
 
 }  // namespace mirolta::test
