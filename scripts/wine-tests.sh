@@ -243,29 +243,40 @@ parity() {
   compare_values
 }
 
-# units FOLDER: the unit tests of a folder in the Windows build, with the module's own layers. They must
-# run the same kernels as the native tests, by name: the processor is the same.
+# units FOLDER: the unit tests of a folder in the Windows build, with the module's own layers.
 units() {
   programs=$(sed -n "s/^$1 //p" "$windows/tests/unit_tests.txt")
   [ -n "$programs" ] || fail "there are no unit tests of $1"
   for program in $programs; do
-    (cd "$work" && run_wine "$windows/tests/$program.exe") >"$work/$program" ||
-      true  # the summary tells
-    if ! grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$work/$program" ||
-      grep -q '^\[  FAILED  \]' "$work/$program"; then
-      grep -v '^\[ RUN\|^\[       OK' "$work/$program" || true
-      fail "$program failed"
-    fi
-    echo "$program: $(sed -n 's/^\[  PASSED  \] //p' "$work/$program")"
+    unit "$program"
     case $program in
-      *_kernels_test)
-        skipped_kernels <"$work/$program" >"$work/$program.skipped"
-        "$native/tests/$program" | skipped_kernels >"$work/$program.native"
-        diff "$work/$program.skipped" "$work/$program.native" ||
-          fail "$program skips other kernels than natively"
+      *_kernels_test) same_kernels "$program" ;;
+      wiping_stack_test)
+        # Again up to AVX2 and with no feature of ProcessorFeature.
+        for features in 0x201f 0; do
+          printf 'features %s, ' "$features"
+          (export MIROLTA_TEST_FEATURES="$features" && unit "$program")
+        done
         ;;
     esac
   done
+}
+
+unit() {
+  (cd "$work" && run_wine "$windows/tests/$1.exe") >"$work/$1" ||
+    true  # the summary tells
+  if ! grep -q '^\[  PASSED  \] [1-9][0-9]* tests*\.$' "$work/$1" || grep -q '^\[  FAILED  \]' "$work/$1"; then
+    grep -v '^\[ RUN\|^\[       OK' "$work/$1" || true
+    fail "$1 failed"
+  fi
+  echo "$1: $(sed -n 's/^\[  PASSED  \] //p' "$work/$1")"
+}
+
+# A program runs the same kernels as natively, by name: the processor is the same.
+same_kernels() {
+  skipped_kernels <"$work/$1" >"$work/$1.skipped"
+  "$native/tests/$1" | skipped_kernels >"$work/$1.native"
+  diff "$work/$1.skipped" "$work/$1.native" || fail "$1 skips other kernels than natively"
 }
 
 skipped_kernels() {

@@ -25,6 +25,7 @@ in_system() {
   env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 TZ=UTC \
     WINEPREFIX="${wine32_prefix:-/root/.wine}" WINEARCH=win32 WINEDEBUG=-all \
     WINEDLLOVERRIDES="mscoree=;mshtml=" WINESERVER=/usr/lib/wine/wineserver32 \
+    ${MIROLTA_TEST_FEATURES:+MIROLTA_TEST_FEATURES="$MIROLTA_TEST_FEATURES"} \
     chroot "$system" "$program" "$@" 2>/dev/null
 }
 

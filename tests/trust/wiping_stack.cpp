@@ -1,26 +1,22 @@
 #include "wiping_stack.h"
 
-#include <sys/mman.h>
-#include <ucontext.h>
-
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
+
+#include "other_stack.h"
 
 namespace mirolta::test {
 namespace {
 
-// The code below knows the first four by their offsets.
+// The code below knows them by their offsets.
 struct Call {
   void (*function)(void*);
   void* context;
   unsigned char* registers;
   intptr_t vector_level;
-  ucontext_t caller;
-  ucontext_t callee;
 };
 
-Call* current = nullptr;
+const Call* current = nullptr;
 
 #if defined(__x86_64__) || defined(__i386__)
 // -1: no vector registers, which a 32-bit processor may lack; 0: SSE2; 1: AVX; 2: AVX-512.
@@ -37,19 +33,26 @@ intptr_t VectorLevel() {
 
 #if defined(__x86_64__)
 
+  #ifdef _WIN32
+    #define MIROLTA_TAKE_CONTEXT "movq 8(%%rbx), %%rcx\n\t"
+  #else
+    #define MIROLTA_TAKE_CONTEXT "movq 8(%%rbx), %%rdi\n\t"
+  #endif
+
 // Everything between the call and the stores is one piece, so that nothing comes in between.
 void CallAndKeepRegisters(const Call& call) {
   const Call* parameters = &call;
   __asm__ volatile(
-      "movq (%%rbx), %%r12\n\t"
-      "movq 8(%%rbx), %%rdi\n\t"
+      "xorl %%esi, %%esi; xorl %%edi, %%edi\n\t"
+      "movq (%%rbx), %%r12\n\t" MIROLTA_TAKE_CONTEXT
       "movq 24(%%rbx), %%r14\n\t"
       "movq 16(%%rbx), %%rbx\n\t"
       "movq %%rsp, %%r13\n\t"
       "subq $256, %%rsp\n\t"
       "andq $-64, %%rsp\n\t"
-      "xorps %%xmm0, %%xmm0; xorps %%xmm1, %%xmm1; xorps %%xmm2, %%xmm2; xorps %%xmm3, %%xmm3\n\t"
-      "xorps %%xmm4, %%xmm4; xorps %%xmm5, %%xmm5; xorps %%xmm6, %%xmm6; xorps %%xmm7, %%xmm7\n\t"
+      ".irp n,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15\n\t"
+      "xorps %%xmm\\n, %%xmm\\n\n\t"
+      ".endr\n\t"
       "cmpq $1, %%r14; jl 1f\n\t"
       "vzeroall\n\t"
       "je 1f\n\t"
@@ -149,17 +152,14 @@ void Enter() {
 }  // namespace
 
 PaintedStack::PaintedStack() {
-  void* const memory = mmap(nullptr, kSize, PROT_READ | PROT_WRITE,
-                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (memory == MAP_FAILED) std::abort();
-  bottom_ = static_cast<unsigned char*>(memory);
+  bottom_ = NewStack(kSize);
   top_ = bottom_ + kSize;
   std::memset(bottom_, kPaint, kSize);
   touched_ = bottom_;
 }
 
 PaintedStack::~PaintedStack() {
-  munmap(bottom_, kSize);
+  DeleteStack(bottom_, kSize);
 }
 
 bool PaintedStack::KeepsRegisters() {
@@ -174,18 +174,12 @@ void PaintedStack::Run(void (*function)(void*), void* context) {
   // Only what the last call wrote to has lost its paint.
   std::memset(touched_, kPaint, TouchedBytes());
   std::memset(registers_, 0, sizeof registers_);
-  Call call;
-  call.function = function;
-  call.context = context;
-  call.registers = registers_;
-  call.vector_level = VectorLevel();
-  if (getcontext(&call.callee) != 0) std::abort();
-  call.callee.uc_stack.ss_sp = bottom_;
-  call.callee.uc_stack.ss_size = kSize;
-  call.callee.uc_link = &call.caller;
-  makecontext(&call.callee, Enter, 0);
+  const Call call = {.function = function,
+                     .context = context,
+                     .registers = registers_,
+                     .vector_level = VectorLevel()};
   current = &call;
-  if (swapcontext(&call.caller, &call.callee) != 0) std::abort();
+  RunOnStack(bottom_, kSize, Enter);
   uint64_t paint = 0;
   uint64_t eight = 0;
   std::memset(&paint, kPaint, sizeof paint);

@@ -5,6 +5,13 @@
 
 namespace mirolta::test {
 
+// Where callers leave room for four arguments and functions save ten vector registers.
+#ifdef _WIN64
+inline constexpr bool kHasLargeFrames = true;
+#else
+inline constexpr bool kHasLargeFrames = false;
+#endif
+
 // PaintedStack owns a stack that is painted before each call, so that what the call wrote shows.
 class PaintedStack {
  public:
@@ -13,7 +20,7 @@ class PaintedStack {
   static constexpr unsigned char kPaint = 0xA5;
   // What of a stack belongs to the frames that a call returns through: the harness's, those of the
   // member itself, and what runs after the wiping, such as leaving the lock.
-  static constexpr size_t kOwnFrames = 1024;
+  static constexpr size_t kOwnFrames = kHasLargeFrames ? 1536 : 1024;
   static constexpr size_t kLastCall = 32;
   // General, mask and vector registers.
   static constexpr size_t kRegisterBytes = 16 * 8 + 8 * 8 + 32 * 64;

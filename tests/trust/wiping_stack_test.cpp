@@ -2,6 +2,7 @@
 // nothing but zeros, and nowhere is a secret (see wiping_stack_secrets_test.cpp). Compilers put
 // copies of anything there, so the stack is painted, searched after each call, and the test run for
 // every kind of processor (MIROLTA_TEST_FEATURES), compiler and flags that the build has a row for.
+#include "left_everywhere.h"
 #include "member_locks.h"
 #include "memory_streams.h"
 #include "used_memory.h"
@@ -30,12 +31,19 @@ TEST_F(WipingStackTest, TheSearchSeesStackAndRegisters) {
   // What one call leaves is painted over before the next.
   EXPECT_LT(stack.TouchedBytes(), PaintedStack::kOwnFrames);
 #if defined(__x86_64__)
+  #ifdef _WIN32
+    #define MIROLTA_LAST_VECTOR "xmm5"
+  #else
+    #define MIROLTA_LAST_VECTOR "xmm15"
+  #endif
   const auto registers_hold = [&] {
     return FindSecret(stack.Registers(), PaintedStack::kRegisterBytes) == 0;
   };
   stack.Run([from] { __asm__ volatile("movq (%0), %%r10" : : "r"(from) : "r10"); });
   EXPECT_TRUE(registers_hold());
-  stack.Run([from] { __asm__ volatile("movups (%0), %%xmm15" : : "r"(from) : "xmm15"); });
+  stack.Run([from] {
+    __asm__ volatile("movups (%0), %%" MIROLTA_LAST_VECTOR : : "r"(from) : MIROLTA_LAST_VECTOR);
+  });
   EXPECT_TRUE(registers_hold());
   if (__builtin_cpu_supports("avx512bw")) {
     stack.Run([from] { __asm__ volatile("vmovdqu64 (%0), %%zmm31" : : "r"(from)); });
@@ -51,43 +59,11 @@ TEST_F(WipingStackTest, TheSearchSeesStackAndRegisters) {
 #endif
 }
 
-#if defined(__x86_64__)
-
-// Leaves eight secret bytes everywhere that a function may change: on the stack from the first
-// place below its return address on, and in every register.
-__attribute__((naked)) HRESULT LeaveEverywhere(void*) {
-  __asm__(
-      "movq (%rdi), %rax\n\t"
-      "movl $64, %ecx\n"
-      "1:\n\t"
-      "negq %rcx; movq %rax, (%rsp,%rcx,8); negq %rcx\n\t"
-      "decq %rcx; jnz 1b\n\t"
-      "movq %rax, %rcx; movq %rax, %rdx; movq %rax, %rsi; movq %rax, %rdi\n\t"
-      "movq %rax, %r8; movq %rax, %r9; movq %rax, %r10; movq %rax, %r11\n\t"
-      ".irp n,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15\n\t"
-      "movq %rax, %xmm\\n\n\t"
-      ".endr\n\t"
-      "xorl %eax, %eax\n\t"
-      "ret");
-}
-
-// The same in the registers of AVX-512.
-__attribute__((naked)) HRESULT LeaveInWideRegisters(void*) {
-  __asm__(
-      "movq (%rdi), %rax\n\t"
-      ".irp "
-      "n,0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24,25,26,27,28,29,30,31\n\t"
-      "vpbroadcastq %rax, %zmm\\n\n\t"
-      ".endr\n\t"
-      ".irp n,0,1,2,3,4,5,6,7\n\t"
-      "kmovq %rax, %k\\n\n\t"
-      ".endr\n\t"
-      "xorl %eax, %eax\n\t"
-      "ret");
-}
+#if defined(__x86_64__) || defined(__i386__)
 
 // In the members the compiler's own use of registers would hide one that is not cleared.
 TEST_F(WipingStackTest, WipedWorkLeavesNoPlaceOut) {
+  if (!__builtin_cpu_supports("sse2")) GTEST_SKIP() << "there are no vector registers";
   const Bytes secret = Secret(1, 8);
   WatchFor(secret);
   void* const context = const_cast<uint8_t*>(secret.data());

@@ -5,6 +5,7 @@ foreach(unit failing_calls import_patch program_as_module registry_in_memory tes
   list(APPEND trust_support ${windows_trust}/${unit}.cpp)
 endforeach()
 set(trust_heap trust_heap.cpp ${windows_trust}/system_heap.cpp)
+set(trust_stack wiping_stack.cpp ${windows_trust}/other_stack.cpp)
 
 function(mirolta_windows_trust_test name)
   target_include_directories(${name} BEFORE PRIVATE ${windows_trust})
