@@ -24,12 +24,18 @@ fail() {
 
 . "$root/scripts/wine32_system.sh"
 open_wine32 "$folder"
-work=$system/root/module
 build=$root/build/windows-x86
-# The module and its manifest have the names by which the tests of that build load them.
-mkdir -p "$work" "$system$build"
-cp "$root/examples/tour.js" "$root"/tests/windows/scripts/*.js "$root"/tests/windows/scripts/*.vbs "$work"
+work=$system/root/module
+# The module and its manifest have the names by which the tests of that build load them, and lie beside the
+# programs. The scripts lie where they find the library.
+mkdir -p "$work" "$system$build" "$system$root/examples" "$system$root/tests/windows" "$system$root/tests/trust"
 cp "$build/Mirolta.dll" "$build/Mirolta.manifest" "$system$build"
+cp "$build/Mirolta.dll" "$work"
+cp -ru "$root/lib" "$root/docs" "$system$root"
+cp -ru "$root/examples/tour.js" "$system$root/examples"
+cp -ru "$root/tests/windows/scripts" "$system$root/tests/windows"
+# The programs read the published vectors where their build found them.
+cp -ru "$root/tests/vectors" "$system$root/tests"
 [ -d "$system/root/.wine" ] || in_system wine wineboot -i >/dev/null
 in_system wine regsvr32 /s "Z:$build/Mirolta.dll"
 export MIROLTA_REGISTRY="$folder/registry.reg" TZ=UTC LC_ALL=C.UTF-8
@@ -42,7 +48,7 @@ for script in "$root/examples/tour.js" "$root"/tests/windows/scripts/*; do
     *.vbs) cp "${script%.vbs}_vbs.expected" "$folder/expected" ;;
     *) continue ;;
   esac
-  in_system wine cscript //nologo "Z:\\root\\module\\$name" | tr -d '\r' >"$folder/$name.output"
+  in_system wine cscript //nologo "Z:$(echo "$script" | tr / '\\')" | tr -d '\r' >"$folder/$name.output"
   if [ -s "$folder/expected" ] && diff "$folder/$name.output" "$folder/expected"; then
     echo "$name: $(wc -l <"$folder/expected") lines agree"
   else
@@ -50,10 +56,6 @@ for script in "$root/examples/tour.js" "$root"/tests/windows/scripts/*; do
   fi
 done
 
-# The programs read the published vectors and the pages where their build found them.
-mkdir -p "$system$root/tests/trust"
-cp -ru "$root/tests/vectors" "$system$root/tests"
-cp -ru "$root/docs" "$system$root"
 tests=$build/tests
 # shellcheck disable=SC2086  # names of programs
 cmake --build "$build" --target ${PROGRAMS:-windows-tests} >"$folder/build" ||
