@@ -10,6 +10,7 @@
 #include "engine/call_site.h"
 #include "engine/engine_api.h"
 #include "engine/memory_refusals.h"
+#include "objects/handle_cache.h"
 #include "objects/member_table.h"
 #include "objects/object_table.h"
 #include "source/script_source.h"
@@ -26,6 +27,7 @@ struct ScriptContext {
   CallSites call_sites;
   // The name of the property that makes a script object a handle (object_handle.h).
   void* handle_name = nullptr;
+  HandleCache handles;
   // The name of the property that holds the lower bound of a byte array, where it is not 0.
   void* lower_bound_name = nullptr;
   // For byte arrays that are arguments (byte_loan.h).

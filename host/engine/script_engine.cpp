@@ -58,7 +58,10 @@ void* Resize(ScriptContext* context, void* block, size_t size) {
     refusals.NoteRefused(size);
     return nullptr;
   }
-  if (block != nullptr) refusals.NoteFreed();
+  if (block != nullptr) {
+    context->handles.Forget(block);
+    refusals.NoteFreed();
+  }
   refusals.NoteGranted();
   context->memory_in_use += size - old_size;
   grown->size = size;
@@ -69,6 +72,7 @@ void Free(void* context, void* block) {
   if (block == nullptr) return;
   auto* const script = static_cast<ScriptContext*>(context);
   script->memory_in_use -= HeaderOf(block)->size;
+  script->handles.Forget(block);
   script->refusals.NoteFreed();
   free(HeaderOf(block));
 }

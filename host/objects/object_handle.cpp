@@ -96,12 +96,17 @@ void ThrowIfClosed(duk_context* engine, duk_idx_t index) {
 
 bool HandleAt(duk_context* engine, duk_idx_t index, SlotNumber* number) {
   const void* object = duk_get_heapptr(engine, index);
+  HandleCache& known = ContextOf(engine).handles;
+  *number = known.Find(object);
+  if (*number != kNoSlot) return true;
   if (object == nullptr || !duk_is_object(engine, index)) return false;
   Handle handle = {};
   if (const void* bytes = PushFoundHandle(engine, index)) memcpy(&handle, bytes, sizeof handle);
   duk_pop(engine);
   *number = handle.number;
-  return object == handle.owner || object == handle.proxy;
+  if (object != handle.owner && object != handle.proxy) return false;
+  known.Note(object, handle.number);
+  return true;
 }
 
 ObjectSlot* SlotAt(duk_context* engine, duk_idx_t index, SlotKind kind) {

@@ -99,5 +99,63 @@ TEST_F(StaleHandle, EveryUseOfAStaleArrayIsAnError) {
   EXPECT_EQ(Run("WScript.StreamOf(list)"), error_);
 }
 
+class Handles : public EngineTest {
+ protected:
+  // A block of the engine's memory at the address of a handle that was looked up.
+  void* NotedBlock() {
+    void* block = duk_alloc_raw(Api(), 64);
+    engine_->Context().handles.Note(block, 7);
+    EXPECT_EQ(engine_->Context().handles.Find(block), SlotNumber{7});
+    return block;
+  }
+  SlotNumber FindNoted(const void* block) { return engine_->Context().handles.Find(block); }
+};
+
+TEST_F(Handles, AFreedBlockIsNoHandle) {
+  void* block = NotedBlock();
+  duk_free_raw(Api(), block);
+  EXPECT_EQ(FindNoted(block), kNoSlot);
+}
+
+TEST_F(Handles, ABlockThatMayHaveMovedIsNoHandle) {
+  void* block = NotedBlock();
+  void* resized = duk_realloc_raw(Api(), block, size_t{1} << 20);
+  ASSERT_NE(resized, nullptr);
+  EXPECT_EQ(FindNoted(block), kNoSlot);
+  duk_free_raw(Api(), resized);
+}
+
+TEST_F(Handles, ALookedUpHandleIsFoundAgainAndOtherObjectsAreNone) {
+  Run("var s = WScript.MemoryStream(), heir = Object.create(s);");
+  SlotNumber first = kNoSlot, second = kNoSlot;
+  duk_get_global_string(Api(), "s");
+  EXPECT_TRUE(HandleAt(Api(), -1, &first));
+  EXPECT_EQ(FindNoted(duk_get_heapptr(Api(), -1)), first);
+  EXPECT_TRUE(HandleAt(Api(), -1, &second));
+  EXPECT_EQ(first, second);
+  EXPECT_NE(first, kNoSlot);
+  duk_get_global_string(Api(), "heir");
+  EXPECT_FALSE(HandleAt(Api(), -1, &second));
+  EXPECT_EQ(FindNoted(duk_get_heapptr(Api(), -1)), kNoSlot);
+  duk_pop_2(Api());
+}
+
+// Rows are shared by addresses that are far apart.
+TEST(HandleCacheTest, OneRowKeepsTheLastHandleOnly) {
+  HandleCache cache;
+  alignas(16) static const char kPlaces[16 * 1024] = {};
+  for (size_t i = 0; i < sizeof kPlaces; i += 16) cache.Note(kPlaces + i, i + 1);
+  size_t found = 0;
+  for (size_t i = 0; i < sizeof kPlaces; i += 16) {
+    const SlotNumber number = cache.Find(kPlaces + i);
+    if (number == kNoSlot) continue;
+    EXPECT_EQ(number, i + 1);
+    ++found;
+  }
+  EXPECT_GT(found, 0u);
+  EXPECT_LT(found, sizeof kPlaces / 16);
+  EXPECT_EQ(cache.Find(nullptr), kNoSlot);
+}
+
 }  // namespace
 }  // namespace mirolta::host
