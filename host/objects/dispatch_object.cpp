@@ -72,6 +72,7 @@ Access AccessOf(const CallSites& call_sites, const Member& member) {
 
 // A member that was looked up before.
 struct KnownMember {
+  ScriptContext* context = nullptr;
   const ObjectSlot* slot = nullptr;
   Member* member = nullptr;
   Access access = Access::kUnknown;
@@ -79,7 +80,7 @@ struct KnownMember {
 
 // The proxy trap get(target, name)
 struct GetFunction {
-  explicit GetFunction(const KnownMember& found) : known(found) {}
+  explicit GetFunction(const KnownMember& found) : known(found), call(found.context) {}
 
   KnownMember known;
   MemberCall call;
@@ -93,7 +94,7 @@ struct GetFunction {
     call.BindTarget(engine, kTarget);
     const std::string_view name = KeyAt(engine, kName);
     if (name.ends_with(kAssignmentSuffix)) return PushAssignment(engine, name);
-    const CallSites& call_sites = ContextOf(engine).call_sites;
+    const CallSites& call_sites = call.Context(engine).call_sites;
     Member* member = call.FindMember(engine, kName);
     if (member == nullptr) return PushBuiltIn(engine, name, call_sites.IsCall(engine));
     const Access access = AccessOf(call_sites, *member);
@@ -104,7 +105,7 @@ struct GetFunction {
   }
 
   bool RunUnprotected(duk_context* engine) noexcept {
-    if (known.access != Access::kRead || HasScriptError(engine)) return false;
+    if (known.access != Access::kRead || HasScriptError(call.Context(engine))) return false;
     call.Bind(*known.slot);
     is_invoked = true;
     status = call.Invoke(engine, known.member->id, DISPATCH_PROPERTYGET);
@@ -164,8 +165,9 @@ struct GetFunction {
 
 // Finds the member of the name at index 1 in the object at 0, if it was looked up before.
 KnownMember FindKnown(duk_context* engine) {
-  KnownMember known;
   ScriptContext& context = ContextOf(engine);
+  KnownMember known;
+  known.context = &context;
   ObjectSlot* slot = context.objects.FindTarget(duk_get_heapptr(engine, 0));
   if (slot == nullptr) return known;
   known.slot = slot;
@@ -175,8 +177,8 @@ KnownMember FindKnown(duk_context* engine) {
 }
 
 duk_ret_t Get(duk_context* engine) {
-  if (!duk_is_string(engine, 1) || duk_is_symbol(engine, 1)) return 0;
   const KnownMember known = FindKnown(engine);
+  if (known.member == nullptr && (!duk_is_string(engine, 1) || duk_is_symbol(engine, 1))) return 0;
   if (known.access == Access::kCall && known.member->function != nullptr) {
     duk_push_heapptr(engine, known.member->function);
     return 1;
@@ -186,7 +188,7 @@ duk_ret_t Get(duk_context* engine) {
 
 // The proxy trap set(target, name, value)
 struct SetFunction {
-  explicit SetFunction(const KnownMember& found) : known(found) {}
+  explicit SetFunction(const KnownMember& found) : known(found), call(found.context) {}
 
   KnownMember known;
   MemberCall call;

@@ -28,30 +28,31 @@ MemberCall::~MemberCall() {
 }
 
 void MemberCall::ClearException() {
-  SysFreeString(exception_.bstrSource);
-  SysFreeString(exception_.bstrDescription);
-  SysFreeString(exception_.bstrHelpFile);
+  for (const BSTR text :
+       {exception_.bstrSource, exception_.bstrDescription, exception_.bstrHelpFile}) {
+    if (text != nullptr) SysFreeString(text);
+  }
   exception_ = {};
 }
 
 void MemberCall::Bind(duk_context* engine, duk_idx_t index) {
   SlotNumber number = kNoSlot;
   if (!HandleAt(engine, index, &number)) ThrowStatus(engine, kNoSuchMember);
-  const ObjectSlot* slot = ContextOf(engine).objects.Find(number);
+  const ObjectSlot* slot = Context(engine).objects.Find(number);
   if (slot == nullptr) ThrowStatus(engine, kDisconnected);
   if (slot->kind != SlotKind::kDispatch) ThrowStatus(engine, kNoSuchMember);
   Bind(*slot);
 }
 
 void MemberCall::BindTarget(duk_context* engine, duk_idx_t index) {
-  const ObjectSlot* slot = ContextOf(engine).objects.FindTarget(duk_get_heapptr(engine, index));
+  const ObjectSlot* slot = Context(engine).objects.FindTarget(duk_get_heapptr(engine, index));
   if (slot == nullptr) ThrowStatus(engine, kDisconnected);
   Bind(*slot);
 }
 
 // The slot of the object, with its type information's table; null if the slot was freed meanwhile.
 ObjectSlot* MemberCall::LookUpSlot(duk_context* engine) {
-  ScriptContext& context = ContextOf(engine);
+  ScriptContext& context = Context(engine);
   ObjectSlot* slot = context.objects.Find(number_, SlotKind::kDispatch);
   if (slot == nullptr || slot->is_looked_up) return slot;
   const HRESULT status = object_->GetTypeInfo(0, LOCALE_USER_DEFAULT, type_info_.Put());
@@ -78,12 +79,12 @@ Member* MemberCall::FindMember(duk_context* engine, duk_idx_t name) {
   return KeepMember(engine, KeepName(engine, {bytes, size}), id);
 }
 
-Member* MemberCall::KeepMember(duk_context* engine, const void* name, DISPID id) const {
+Member* MemberCall::KeepMember(duk_context* engine, const void* name, DISPID id) {
   Member member;
   member.id = id;
-  member.use = ContextOf(engine).call_sites.UseOf(name);
+  member.use = Context(engine).call_sites.UseOf(name);
   // Found again: GetIDsOfNames may have run a script.
-  ObjectSlot* slot = ContextOf(engine).objects.Find(number_, SlotKind::kDispatch);
+  ObjectSlot* slot = Context(engine).objects.Find(number_, SlotKind::kDispatch);
   if (slot == nullptr) ThrowStatus(engine, kDisconnected);
   if (slot->described != nullptr &&
       IsDescribed(slot->described->info.Get(), id, &member.is_method)) {
@@ -95,66 +96,69 @@ Member* MemberCall::KeepMember(duk_context* engine, const void* name, DISPID id)
 
 void MemberCall::ClearArguments() {
   loan_.End();
-  for (VARIANT& argument : arguments_) VariantClear(&argument);
-  arguments_.clear();
+  arguments_.Clear();
 }
 
 void MemberCall::TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) {
   ClearArguments();
   if (TakePlainArguments(engine, first, count)) return;
-  arguments_.resize(static_cast<size_t>(count), VARIANT{});
-  for (duk_idx_t i = 0; i < count; ++i) {
-    const HRESULT status =
-        VariantFromScript(engine, first + i, &arguments_[static_cast<size_t>(count - 1 - i)]);
+  arguments_.Resize(static_cast<size_t>(count));
+  VARIANT* argument = arguments_.Values() + count;
+  for (duk_idx_t i = first; i < first + count; ++i) {
+    const HRESULT status = VariantFromScript(engine, i, --argument);
     if (FAILED(status)) ThrowStatus(engine, status);
   }
 }
 
 bool MemberCall::TakePlainArguments(duk_context* engine, duk_idx_t first,
                                     duk_idx_t count) noexcept {
-  if (HasScriptError(engine)) return false;
-  duk_idx_t lent = DUK_INVALID_INDEX;
-  for (duk_idx_t i = first; i < first + count; ++i) {
-    if (IsPlain(engine, i)) continue;
-    if (lent != DUK_INVALID_INDEX || !CanBeLent(engine, i)) return false;
-    lent = i;
+  if (HasScriptError(Context(engine))) return false;
+  // So that no text before another value is converted in vain.
+  int others = 0;
+  for (duk_idx_t i = first; count > 1 && i < first + count; ++i) {
+    if (!IsPlain(engine, i) && (++others > 1 || !CanBeLent(engine, i))) return false;
   }
   try {
-    arguments_.resize(static_cast<size_t>(count), VARIANT{});
+    arguments_.Resize(static_cast<size_t>(count));
   } catch (const std::bad_alloc&) {
     return false;
   }
-  HRESULT status = S_OK;
-  for (duk_idx_t i = 0; i < count && SUCCEEDED(status); ++i) {
-    VARIANT* const argument = &arguments_[static_cast<size_t>(count - 1 - i)];
-    status = first + i == lent ? Lend(engine, lent, argument)
-                               : VariantFromScript(engine, first + i, argument);
+  VARIANT* argument = arguments_.Values() + count;
+  for (duk_idx_t i = first; i < first + count; ++i) {
+    HRESULT status = PlainFromScript(engine, i, --argument);
+    if (status == S_FALSE && !loan_.IsRunning() && CanBeLent(engine, i)) {
+      status = Lend(engine, i, argument);
+    }
+    if (status != S_OK) {
+      ClearArguments();
+      return false;
+    }
   }
-  if (FAILED(status)) ClearArguments();
-  return SUCCEEDED(status);
+  return true;
 }
 
 HRESULT MemberCall::Lend(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept {
   const uint8_t* bytes = nullptr;
   size_t size = 0;
   BytesAt(engine, index, &bytes, &size);
-  const bool is_lent = loan_.Begin(&ContextOf(engine).spare_array, bytes, size, argument);
+  const bool is_lent = loan_.Begin(&Context(engine).spare_array, bytes, size, argument);
   return is_lent ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT MemberCall::InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named) {
-  ScriptContext& context = ContextOf(engine);
+  ScriptContext& context = Context(engine);
   if (context.calls_running >= kMostCalls) return kOutOfStack;
   DISPPARAMS params = {};
-  params.rgvarg = arguments_.data();
-  params.cArgs = static_cast<UINT>(arguments_.size());
+  params.rgvarg = arguments_.Values();
+  params.cArgs = static_cast<UINT>(arguments_.Count());
   params.rgdispidNamedArgs = named;
   params.cNamedArgs = named != nullptr ? 1 : 0;
-  VariantClear(&result_);
+  if (MayOwn(result_.vt)) VariantClear(&result_);
+  result_.vt = VT_EMPTY;
   ClearException();
   // Error information of an earlier call must not describe this one.
   SetErrorInfo(0, nullptr);
-  ForgetScriptError(engine);
+  if (HasScriptError(context)) ForgetScriptError(engine);
   UINT bad_argument = 0;
   ++context.calls_running;
   const HRESULT status =
@@ -170,7 +174,7 @@ HRESULT MemberCall::Invoke(duk_context* engine, DISPID id, WORD flags) {
 
 HRESULT MemberCall::InvokePut(duk_context* engine, DISPID id) {
   DISPID named = DISPID_PROPERTYPUT;
-  const VARTYPE type = arguments_.front().vt;
+  const VARTYPE type = arguments_.Values()->vt;
   if (type == VT_DISPATCH || type == VT_UNKNOWN) {
     const HRESULT status = InvokeWith(engine, id, DISPATCH_PROPERTYPUTREF, &named);
     if (status != DISP_E_MEMBERNOTFOUND) return status;

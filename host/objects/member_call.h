@@ -1,10 +1,10 @@
 // A late-bound call of a member of an automation object.
 #pragma once
 
-#include <vector>
-
 #include "engine/engine_api.h"
+#include "engine/script_context.h"
 #include "objects/object_table.h"
+#include "values/argument_list.h"
 #include "values/byte_loan.h"
 #include "values/scoped_variant.h"
 #include "values/text_encoding.h"
@@ -17,10 +17,17 @@ namespace mirolta::host {
 class MemberCall {
  public:
   MemberCall() = default;
+  // For a caller that has the engine's context already.
+  explicit MemberCall(ScriptContext* context) : context_(context) {}
   MemberCall(const MemberCall&) = delete;
   MemberCall& operator=(const MemberCall&) = delete;
   ~MemberCall();
 
+  // Context is ContextOf, which asks the engine once for each call.
+  ScriptContext& Context(duk_context* engine) {
+    if (context_ == nullptr) context_ = &ContextOf(engine);
+    return *context_;
+  }
   // Bind selects the automation object behind the script object at `index`.
   // Errors: throws kNoSuchMember if there is none, kDisconnected if its slot was freed.
   void Bind(duk_context* engine, duk_idx_t index);
@@ -61,7 +68,7 @@ class MemberCall {
 
  private:
   ObjectSlot* LookUpSlot(duk_context* engine);
-  Member* KeepMember(duk_context* engine, const void* name, DISPID id) const;
+  Member* KeepMember(duk_context* engine, const void* name, DISPID id);
   HRESULT InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named);
   HRESULT Lend(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept;
   void ClearArguments();
@@ -70,8 +77,9 @@ class MemberCall {
   SlotNumber number_ = kNoSlot;
   OwnedReference<IDispatch> object_;
   OwnedReference<ITypeInfo> type_info_;
-  std::vector<VARIANT> arguments_;  // last first, as DISPPARAMS has them
-  ByteLoan loan_;                   // of one of the arguments
+  ScriptContext* context_ = nullptr;  // set by Context
+  ArgumentList arguments_;            // last first, as DISPPARAMS has them
+  ByteLoan loan_;                     // of one of the arguments
   ScopedVariant result_;
   EXCEPINFO exception_{};
   Units name_;

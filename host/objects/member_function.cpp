@@ -84,18 +84,18 @@ struct SharedCallFunction {
     return 1;
   }
 
-  static DescribedTables::Shared Shared(duk_context* engine) {
+  DescribedTables::Shared Shared(duk_context* engine) {
     const auto number = static_cast<size_t>(duk_get_current_magic(engine));
-    return ContextOf(engine).described.shared[number];
+    return call.Context(engine).described.shared[number];
   }
 
   // The slot of `this`; null if it is no automation object, or its slot was freed.
-  static const ObjectSlot* This(duk_context* engine) {
+  const ObjectSlot* This(duk_context* engine) {
     duk_push_this(engine);
     SlotNumber number = kNoSlot;
     const bool is_handle = HandleAt(engine, -1, &number);
     duk_pop(engine);
-    return is_handle ? ContextOf(engine).objects.Find(number) : nullptr;
+    return is_handle ? call.Context(engine).objects.Find(number) : nullptr;
   }
 };
 

@@ -360,12 +360,12 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object) {
   return true;
 }
 
-bool HasScriptError(duk_context* engine) {
-  return ContextOf(engine).link->has_pending_error;
+bool HasScriptError(const ScriptContext& context) {
+  return context.link->has_pending_error;
 }
 
 bool TakeScriptError(duk_context* engine, HRESULT status) {
-  if (!HasScriptError(engine)) return false;
+  if (!HasScriptError(ContextOf(engine))) return false;
   PushKept(engine, kPendingNumber);
   const bool pending = duk_is_number(engine, -1) &&
                        (status == DISP_E_EXCEPTION || status == duk_get_int(engine, -1));

@@ -9,6 +9,7 @@ namespace mirolta::host {
 
 // Links the script objects that automation holds to their engine, which may end before them.
 struct ScriptLink;
+struct ScriptContext;
 
 // MakeLink creates the link of an engine, null if memory runs out. CutLink must be called before
 // the engine ends; the objects then fail every call with kDisconnected.
@@ -28,6 +29,6 @@ bool PushWrappedObject(duk_context* engine, IUnknown* object);
 // the status that was reported for it, else returns false; either way the value is forgotten.
 bool TakeScriptError(duk_context* engine, HRESULT status);
 void ForgetScriptError(duk_context* engine);
-bool HasScriptError(duk_context* engine);
+bool HasScriptError(const ScriptContext& context);
 
 }  // namespace mirolta::host

@@ -49,9 +49,8 @@ bool ByteLoan::Begin(SpareArray* spare, const uint8_t* bytes, size_t size,
   return true;
 }
 
-void ByteLoan::End() noexcept {
+void ByteLoan::TakeBack() noexcept {
   SAFEARRAY* array = array_;
-  if (array == nullptr) return;
   argument_->vt = VT_EMPTY;
   array_ = nullptr;
   if (--array->cLocks != 0) array = LeaveCopy(array);

@@ -40,9 +40,14 @@ class ByteLoan {
   bool Begin(SpareArray* spare, const uint8_t* bytes, size_t size, VARIANT* argument) noexcept;
   // End makes the argument empty again. An array that the callee left locked is its own then, with
   // a copy of the bytes.
-  void End() noexcept;
+  void End() noexcept {
+    if (array_ != nullptr) TakeBack();
+  }
+  bool IsRunning() const { return array_ != nullptr; }
 
  private:
+  void TakeBack() noexcept;
+
   SpareArray* spare_ = nullptr;
   VARIANT* argument_ = nullptr;
   SAFEARRAY* array_ = nullptr;

@@ -6,12 +6,20 @@
 
 namespace mirolta::host {
 
+// MayOwn returns false if a VARIANT of the type is a number, which VariantClear need not clear before it is
+// overwritten or forgotten.
+inline bool MayOwn(VARTYPE type) {
+  return type > VT_DATE && type != VT_BOOL;
+}
+
 // A VARIANT that is cleared at the end of its scope.
 struct ScopedVariant : VARIANT {
-  ScopedVariant() { VariantInit(this); }
+  ScopedVariant() : VARIANT{} {}
   ScopedVariant(const ScopedVariant&) = delete;
   ScopedVariant& operator=(const ScopedVariant&) = delete;
-  ~ScopedVariant() { VariantClear(this); }
+  ~ScopedVariant() {
+    if (MayOwn(vt)) VariantClear(this);
+  }
 };
 
 }  // namespace mirolta::host

@@ -20,6 +20,8 @@ HRESULT TextFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
   const char* bytes = duk_get_lstring(engine, index, &size);
   // The engine counts a character of ASCII, and no other, as one byte.
   const bool is_ascii = duk_get_length(engine, index) == size;
+  // A symbol's text is not ASCII.
+  if (!is_ascii && duk_is_symbol(engine, index)) return DISP_E_TYPEMISMATCH;
   const size_t count = is_ascii ? size : DecodeFromEngine(bytes, size, nullptr);
   const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(count));
   if (text == nullptr) return E_OUTOFMEMORY;
@@ -204,7 +206,7 @@ void PushReferenced(duk_context* engine, const VARIANT& reference) {
 
 }  // namespace
 
-HRESULT VariantFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
+HRESULT PlainFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
   switch (duk_get_type(engine, index)) {
     case DUK_TYPE_UNDEFINED:
     case DUK_TYPE_NONE:
@@ -220,8 +222,16 @@ HRESULT VariantFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
       NumberFromScript(duk_get_number(engine, index), out);
       return S_OK;
     case DUK_TYPE_STRING:
-      if (duk_is_symbol(engine, index)) return DISP_E_TYPEMISMATCH;
       return TextFromScript(engine, index, out);
+    default:
+      return S_FALSE;
+  }
+}
+
+HRESULT VariantFromScript(duk_context* engine, duk_idx_t index, VARIANT* out) {
+  const HRESULT status = PlainFromScript(engine, index, out);
+  if (status != S_FALSE) return status;
+  switch (duk_get_type(engine, index)) {
     case DUK_TYPE_BUFFER:
       return BytesFromScript(engine, index, out);
     case DUK_TYPE_OBJECT:

@@ -32,9 +32,10 @@ namespace mirolta::host {
 //         errors.
 void PushVariant(duk_context* engine, const VARIANT& value);
 
-// IsPlain returns whether VariantFromScript neither throws nor runs a script for the value at
-// `index`.
+// IsPlain returns whether the value at `index` is undefined, null, a boolean, number or string.
+// PlainFromScript is VariantFromScript for these, and neither throws nor runs a script; S_FALSE for others.
 bool IsPlain(duk_context* engine, duk_idx_t index);
+[[nodiscard]] HRESULT PlainFromScript(duk_context* engine, duk_idx_t index, VARIANT* out);
 // PushIfPlain pushes a number, boolean, null or undefined and never throws; false for other values.
 bool PushIfPlain(duk_context* engine, const VARIANT& value);
 

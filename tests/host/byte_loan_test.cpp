@@ -1,4 +1,4 @@
-// Byte arrays of scripts as arguments: which ones automation reads in place, and what callees may do.
+// Arguments of a call. Byte arrays of scripts: which ones automation reads in place, and what callees may do.
 #include "values/byte_loan.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +9,7 @@
 #include "host_fixture.h"
 #include "objects/dispatch_object.h"
 #include "stub_dispatch.h"
+#include "values/argument_list.h"
 #include "values/scoped_variant.h"
 #include "values/value_marshal.h"
 
@@ -154,6 +155,31 @@ TEST_F(ByteLoanTest, ACallWithinACallLendsOtherBytes) {
   EXPECT_EQ(inner.data, Place("c"));
   EXPECT_EQ(inner.bytes, "EF");
   Run("inner = null");
+}
+
+TEST(ArgumentListTest, FewAndManyValuesAreEmptyAtFirstAndClearedOnce) {
+  ReadingObject object;
+  ArgumentList list;
+  for (const size_t count : {size_t{1}, size_t{4}, size_t{5}, size_t{300}, size_t{2}, size_t{0}}) {
+    list.Resize(count);
+    ASSERT_EQ(list.Count(), count);
+    EXPECT_EQ(object.references, 1u);
+    for (size_t i = 0; i < count; ++i) {
+      VARIANT* const value = list.Values() + i;
+      ASSERT_EQ(value->vt, VT_EMPTY);
+      value->vt = VT_DISPATCH;
+      value->pdispVal = &object;
+      object.AddRef();
+    }
+  }
+  {
+    ArgumentList last;
+    last.Resize(1);
+    last.Values()->vt = VT_DISPATCH;
+    last.Values()->pdispVal = &object;
+    object.AddRef();
+  }
+  EXPECT_EQ(object.references, 1u);
 }
 
 }  // namespace
