@@ -13,11 +13,13 @@ ScriptContext& ContextOf(duk_context* engine) {
   return *static_cast<ScriptContext*>(functions.udata);
 }
 
-void KeepValue(duk_context* engine, const char* name) {
+void* KeepValue(duk_context* engine, const char* name) {
+  void* const address = duk_get_heapptr(engine, -1);
   duk_push_heap_stash(engine);
   duk_insert(engine, -2);
   duk_put_prop_string(engine, -2, name);
   duk_pop(engine);
+  return address;
 }
 
 void PushKept(duk_context* engine, const char* name) {

@@ -28,6 +28,10 @@ struct ScriptContext {
   // The name of the property that makes a script object a handle (object_handle.h).
   void* handle_name = nullptr;
   HandleCache handles;
+  // Values and names that are kept, for each automation object that a script gets.
+  void* finalizer = nullptr;
+  void* dispatch_handler = nullptr;
+  void* own_names_of_function[2] = {};
   // The name of the property that holds the lower bound of a byte array, where it is not 0.
   void* lower_bound_name = nullptr;
   // For byte arrays that are arguments (byte_loan.h).
@@ -61,8 +65,9 @@ struct ScriptContext {
 ScriptContext& ContextOf(duk_context* engine);
 
 // Values that the host keeps by name, out of the reach of scripts. KeepValue stores the value on
-// top of the stack and pops it; PushKept pushes the value, undefined if there is none.
-void KeepValue(duk_context* engine, const char* name);
+// top of the stack, pops it and returns its address if it is an object; PushKept pushes the value,
+// undefined if there is none. duk_push_heapptr pushes an object by its address sooner.
+void* KeepValue(duk_context* engine, const char* name);
 void PushKept(duk_context* engine, const char* name);
 
 // KeepName returns the address of the engine's string with this text, which the engine keeps until

@@ -268,14 +268,16 @@ bool MayBeCalled(IDispatch* object) {
 }
 
 void FinishProxy(duk_context* engine, SlotNumber number) {
-  AttachHandle(engine, number);
-  ContextOf(engine).objects.SetTarget(number, duk_get_heapptr(engine, -1));
-  WrapInProxy(engine, kHandler);
+  ScriptContext& context = ContextOf(engine);
+  context.objects.SetTarget(number, duk_get_heapptr(engine, -1));
+  AttachToProxy(engine, number, context.dispatch_handler);
 }
 
 void MakeCallable(duk_context* engine, SlotNumber number) {
   duk_push_c_function(engine, NeverCalled, 0);
-  for (const char* own : {"length", "name"}) duk_del_prop_string(engine, -1, own);
+  for (void* name : ContextOf(engine).own_names_of_function) {
+    duk_del_prop_heapptr(engine, -1, name);
+  }
   FinishProxy(engine, number);
 }
 
@@ -297,7 +299,10 @@ void PushDispatch(duk_context* engine, IDispatch* object) {
 void InstallDispatchObjects(duk_context* engine) {
   duk_push_bare_object(engine);
   duk_put_function_list(engine, -1, kTraps);
-  KeepValue(engine, kHandler);
+  ScriptContext& context = ContextOf(engine);
+  context.dispatch_handler = KeepValue(engine, kHandler);
+  context.own_names_of_function[0] = KeepName(engine, "length");
+  context.own_names_of_function[1] = KeepName(engine, "name");
 }
 
 }  // namespace mirolta::host

@@ -28,6 +28,19 @@ void* PushFoundHandle(duk_context* engine, duk_idx_t index) {
   return size == sizeof(Handle) ? bytes : nullptr;
 }
 
+// Returns the bytes of the handle, which stay where they are as long as the object lives.
+void* Attach(duk_context* engine, SlotNumber number) {
+  ScriptContext& context = ContextOf(engine);
+  const Handle handle = {number, duk_get_heapptr(engine, -1), nullptr};
+  void* const bytes = duk_push_fixed_buffer(engine, sizeof handle);
+  memcpy(bytes, &handle, sizeof handle);
+  duk_put_prop_heapptr(engine, -2, context.handle_name);
+  duk_push_heapptr(engine, context.finalizer);
+  duk_set_finalizer(engine, -2);
+  context.handles.Note(handle.owner, number);
+  return bytes;
+}
+
 // The finalizer is inherited like any property and also runs for objects that are no handles.
 duk_ret_t Finalize(duk_context* engine) {
   SlotNumber number = kNoSlot;
@@ -52,7 +65,7 @@ duk_ret_t Make(duk_context* engine, void* data) {
 void InstallHandles(duk_context* engine) {
   ContextOf(engine).handle_name = KeepName(engine, kHandleKey);
   duk_push_c_function(engine, Finalize, 2);
-  KeepValue(engine, kFinalizer);
+  ContextOf(engine).finalizer = KeepValue(engine, kFinalizer);
 }
 
 void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make) {
@@ -65,23 +78,19 @@ void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, Ma
 }
 
 void AttachHandle(duk_context* engine, SlotNumber number) {
-  const Handle handle = {number, duk_get_heapptr(engine, -1), nullptr};
-  memcpy(duk_push_fixed_buffer(engine, sizeof handle), &handle, sizeof handle);
-  duk_put_prop_heapptr(engine, -2, ContextOf(engine).handle_name);
-  PushKept(engine, kFinalizer);
-  duk_set_finalizer(engine, -2);
+  Attach(engine, number);
 }
 
-void WrapInProxy(duk_context* engine, const char* handler) {
-  PushKept(engine, handler);
+void AttachToProxy(duk_context* engine, SlotNumber number, void* handler) {
+  void* const bytes = Attach(engine, number);
+  duk_push_heapptr(engine, handler);
   duk_push_proxy(engine, 0);
   // A proxy's hidden properties are those of its target.
   Handle handle = {};
-  void* bytes = PushFoundHandle(engine, -1);
   memcpy(&handle, bytes, sizeof handle);
-  handle.proxy = duk_get_heapptr(engine, -2);
+  handle.proxy = duk_get_heapptr(engine, -1);
   memcpy(bytes, &handle, sizeof handle);
-  duk_pop(engine);
+  ContextOf(engine).handles.Note(handle.proxy, number);
 }
 
 void PushPlainObject(duk_context* engine, SlotNumber number) {

@@ -22,10 +22,10 @@ using MakeObject = void (*)(duk_context* engine, SlotNumber number);
 void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make);
 
 // For MakeObject: AttachHandle makes the object on top of the stack a handle to the slot.
-// WrapInProxy replaces it by a proxy, which is a handle too; the proxy's handler is the value kept
-// as `handler`.
+// AttachToProxy also replaces it by a proxy, which is a handle too; `handler` is the address of the
+// proxy's handler.
 void AttachHandle(duk_context* engine, SlotNumber number);
-void WrapInProxy(duk_context* engine, const char* handler);
+void AttachToProxy(duk_context* engine, SlotNumber number, void* handler);
 // PushPlainObject is a MakeObject for an object without properties.
 void PushPlainObject(duk_context* engine, SlotNumber number);
 

@@ -97,6 +97,14 @@ size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes) {
   return length;
 }
 
+// Simple loops become vector instructions.
+bool NarrowAscii(const OLECHAR* units, size_t count, char* bytes) {
+  unsigned all = 0;
+  for (size_t i = 0; i < count; ++i) all |= units[i];
+  for (size_t i = 0; i < count; ++i) bytes[i] = static_cast<char>(units[i]);
+  return all < 0x80;
+}
+
 size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units) {
   size_t count = 0;
   const auto put = [&](OLECHAR unit) {

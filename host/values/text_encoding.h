@@ -21,6 +21,9 @@ size_t EngineByteLength(const OLECHAR* units, size_t count);
 // EncodeForEngine writes the engine's form and returns its length.
 size_t EncodeForEngine(const OLECHAR* units, size_t count, char* bytes);
 
+// NarrowAscii is EncodeForEngine for ASCII text; false for other text, for which it writes `count` bytes too.
+bool NarrowAscii(const OLECHAR* units, size_t count, char* bytes);
+
 // DecodeFromEngine decodes the engine's form and returns the number of units; `units` may be null
 // to count them. A four-byte sequence becomes a surrogate pair, a malformed byte U+FFFD.
 size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units);

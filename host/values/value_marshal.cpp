@@ -290,6 +290,12 @@ void PushVariant(duk_context* engine, const VARIANT& value) {
 }
 
 void PushUnits(duk_context* engine, UnitsView units) {
+  constexpr size_t kFew = 512;
+  char few[kFew];
+  if (units.size() <= kFew && NarrowAscii(units.data(), units.size(), few)) {
+    duk_push_lstring(engine, few, units.size());
+    return;
+  }
   const size_t size = EngineByteLength(units.data(), units.size());
   auto* bytes = static_cast<char*>(duk_push_fixed_buffer(engine, size));
   EncodeForEngine(units.data(), units.size(), bytes);

@@ -14,6 +14,25 @@ TEST(TextEncoding, EveryUnitSurvivesARoundTripThroughTheEngine) {
   EXPECT_EQ(UnitsFromEngine(bytes), all);
 }
 
+TEST(TextEncoding, AsciiIsNarrowedAndOneOtherUnitAnywhereIsNoticed) {
+  for (size_t count = 0; count <= 70; ++count) {
+    Units units;
+    for (size_t i = 0; i < count; ++i)
+      units.push_back(static_cast<OLECHAR>((i * 37 + count) % 128));
+    std::string bytes(count, '?');
+    ASSERT_TRUE(NarrowAscii(units.data(), count, bytes.data())) << count;
+    EXPECT_EQ(bytes, EngineFromUnits(units));
+    for (size_t i = 0; i < count; ++i) {
+      for (const OLECHAR other :
+           {OLECHAR{0x80}, OLECHAR{0x100}, OLECHAR{0x4100}, OLECHAR{0xFF7F}}) {
+        Units changed = units;
+        changed[i] = other;
+        ASSERT_FALSE(NarrowAscii(changed.data(), count, bytes.data())) << count << " " << i;
+      }
+    }
+  }
+}
+
 TEST(TextEncoding, TheEngineEncodesEachSurrogateOnItsOwn) {
   EXPECT_EQ(EngineFromUnits(u"\U0001F600"), "\xED\xA0\xBD\xED\xB8\x80");
   EXPECT_EQ(UnitsFromEngine("\xF0\x9F\x98\x80"), Units(u"\U0001F600"));

@@ -114,6 +114,23 @@ TEST_F(ValueMarshal, TextKeepsEveryUnit) {
   duk_pop(Api());
 }
 
+TEST_F(ValueMarshal, ShortAndLongTextsArePushedUnitForUnit) {
+  for (const size_t count :
+       {size_t{0}, size_t{1}, size_t{511}, size_t{512}, size_t{513}, size_t{5000}}) {
+    for (const OLECHAR last : {OLECHAR{'z'}, OLECHAR{0}, OLECHAR{0xE9}, OLECHAR{0xD800}}) {
+      Units units(count, OLECHAR{'a'});
+      if (count > 0) units.back() = last;
+      PushUnits(Api(), units);
+      ASSERT_EQ(duk_get_length(Api(), -1), count);
+      const std::string bytes = EngineFromUnits(units);
+      duk_size_t size = 0;
+      const char* pushed = duk_get_lstring(Api(), -1, &size);
+      EXPECT_EQ(std::string(pushed, size), bytes) << count;
+      duk_pop(Api());
+    }
+  }
+}
+
 TEST_F(ValueMarshal, SymbolsAreTypeMismatchesAndLeaveTheResultEmpty) {
   ASSERT_EQ(duk_peval_string(Api(), "Symbol('s')"), 0);
   ScopedVariant value;
