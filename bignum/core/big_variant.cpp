@@ -21,7 +21,10 @@ HRESULT FromWord(BigInt& n, uint32_t word) {
 
 HRESULT FromInteger(BigInt& n, const VARIANT& value) {
   // The platform rejects negative numbers of every other type, but reinterprets those of VT_I4.
-  if (V_VT(&value) == VT_I4 && V_I4(&value) < 0) return DISP_E_OVERFLOW;
+  // The others of that type keep their bits.
+  if (V_VT(&value) == VT_I4) {
+    return V_I4(&value) < 0 ? DISP_E_OVERFLOW : FromWord(n, static_cast<uint32_t>(V_I4(&value)));
+  }
   VARIANT word;
   VariantInit(&word);
   const HRESULT status = VariantChangeType(&word, &value, 0, VT_UI4);
