@@ -116,7 +116,8 @@ bool MemberCall::TakePlainArguments(duk_context* engine, duk_idx_t first,
   // So that no text before another value is converted in vain.
   int others = 0;
   for (duk_idx_t i = first; count > 1 && i < first + count; ++i) {
-    if (!IsPlain(engine, i) && (++others > 1 || !CanBeLent(engine, i))) return false;
+    if (IsPlain(engine, i)) continue;
+    if (++others > 1 || (KnownObject(engine, i) == nullptr && !CanBeLent(engine, i))) return false;
   }
   try {
     arguments_.Resize(static_cast<size_t>(count));
@@ -126,15 +127,26 @@ bool MemberCall::TakePlainArguments(duk_context* engine, duk_idx_t first,
   VARIANT* argument = arguments_.Values() + count;
   for (duk_idx_t i = first; i < first + count; ++i) {
     HRESULT status = PlainFromScript(engine, i, --argument);
-    if (status == S_FALSE && !loan_.IsRunning() && CanBeLent(engine, i)) {
-      status = Lend(engine, i, argument);
-    }
+    if (status == S_FALSE) status = TakeOther(engine, i, argument);
     if (status != S_OK) {
       ClearArguments();
       return false;
     }
   }
   return true;
+}
+
+// The automation object at `index` if it was looked up before.
+const ObjectSlot* MemberCall::KnownObject(duk_context* engine, duk_idx_t index) noexcept {
+  ScriptContext& context = Context(engine);
+  const SlotNumber number = context.handles.Find(duk_get_heapptr(engine, index));
+  return number != kNoSlot ? context.objects.Find(number, SlotKind::kDispatch) : nullptr;
+}
+
+HRESULT MemberCall::TakeOther(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept {
+  const ObjectSlot* const slot = KnownObject(engine, index);
+  if (slot != nullptr) return VariantCopy(argument, &slot->value);
+  return CanBeLent(engine, index) ? Lend(engine, index, argument) : S_FALSE;
 }
 
 HRESULT MemberCall::Lend(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept {

@@ -45,8 +45,9 @@ class MemberCall {
   // TakeArguments converts `count` values from `first` on.
   // Errors: throws the status of a value that cannot be converted.
   void TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count);
-  // The same for plain values and one byte array, which is lent; never throws. Returns false if it took
-  // none: there is another value, memory ran out, or the call would have to forget a script error.
+  // The same for plain values and either one automation object that was looked up before or one byte
+  // array, which is lent; never throws. Returns false if it took none: there is another value, memory
+  // ran out, or the call would have to forget a script error.
   bool TakePlainArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) noexcept;
 
   // Call calls the member and pushes its result; returns 1, the number of values pushed.
@@ -70,6 +71,8 @@ class MemberCall {
   ObjectSlot* LookUpSlot(duk_context* engine);
   Member* KeepMember(duk_context* engine, const void* name, DISPID id);
   HRESULT InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPID* named);
+  const ObjectSlot* KnownObject(duk_context* engine, duk_idx_t index) noexcept;
+  HRESULT TakeOther(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept;
   HRESULT Lend(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept;
   void ClearArguments();
   void ClearException();

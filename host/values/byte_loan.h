@@ -43,7 +43,6 @@ class ByteLoan {
   void End() noexcept {
     if (array_ != nullptr) TakeBack();
   }
-  bool IsRunning() const { return array_ != nullptr; }
 
  private:
   void TakeBack() noexcept;

@@ -143,6 +143,14 @@ TEST_F(ByteLoanTest, AnArrayThatIsLeftLockedKeepsItsBytes) {
   EXPECT_EQ(SafeArrayDestroy(locked), S_OK);
 }
 
+TEST_F(ByteLoanTest, AnArrayBesideAnObjectIsCopied) {
+  for (int i = 0; i < 2; ++i) {
+    Run("o.Value(o, b)");
+    EXPECT_NE(object_.data, Place("b"));
+    EXPECT_EQ(object_.bytes, "ABCD");
+  }
+}
+
 TEST_F(ByteLoanTest, ACallWithinACallLendsOtherBytes) {
   ReadingObject inner;
   Name("inner", &inner);

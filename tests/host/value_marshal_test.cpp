@@ -180,6 +180,20 @@ TEST_F(ValueMarshal, ArgumentsArePassedLastFirst) {
   EXPECT_EQ(object_.named_count, 0u);
 }
 
+TEST_F(ValueMarshal, AnAutomationObjectIsPassedBesideOtherValuesAndReleased) {
+  const ULONG before = object_.references;
+  for (const char* use : {"o.A(o)", "o.A(1, o)", "o.A(o, o)", "o.A('x', o, o)",
+                          "o.A(new Uint8Array(2), o)", "void (o.A = o)"}) {
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(Run(use), "undefined");
+      ASSERT_EQ(object_.last_argument.vt, VT_DISPATCH) << use;
+      EXPECT_EQ(object_.last_argument.pdispVal, &object_) << use;
+      VariantClear(&object_.last_argument);
+      EXPECT_EQ(object_.references, before) << use;
+    }
+  }
+}
+
 TEST_F(ValueMarshal, ObjectsArePutByReferenceFirst) {
   Run("o.A = 5");
   EXPECT_EQ(object_.all_flags, (std::vector<WORD>{DISPATCH_PROPERTYPUT}));
