@@ -160,7 +160,7 @@ ErrorReport DescribeError(duk_context* engine) {
   ErrorReport report;
   const ScriptContext& context = ContextOf(engine);
   report.file = context.script_path;
-  report.line = context.last_thrown_line;
+  report.line = duk_is_error(engine, -1) ? 0 : context.last_thrown_line;
   report.number = kThrownValue;
   report.description = "The thrown value cannot be converted to text";
   // For the copy, the fields and an error.

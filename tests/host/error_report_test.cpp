@@ -7,7 +7,9 @@
 #include <random>
 #include <string>
 
+#include "engine/script_context.h"
 #include "engine/script_engine.h"
+#include "host_fixture.h"
 #include "platform.h"
 #include "source/script_source.h"
 #include "source/source_lines.h"
@@ -208,6 +210,36 @@ TEST(ErrorReport, RuntimeErrorsHaveTheirStatementAndCalls) {
   for (const auto& one : kCases) EXPECT_EQ(ReportOf(one.script), one.report) << one.script;
 }
 
+// Runs a script on an engine whose stack has other values.
+class ErrorOnAStack : public EngineTest {
+ protected:
+  string ReportOf(const char* text) {
+    ScriptText script;
+    script.name = "a.js";
+    script.text = text;
+    engine_->Context().scripts = {&script};
+    duk_push_string(Api(), "below");
+    duk_push_string(Api(), "a.js");
+    const bool is_compiled = duk_pcompile_string_filename(Api(), 0, text) == 0;
+    if (is_compiled) {
+      EXPECT_NE(duk_pcall(Api(), 0), 0) << text;
+    }
+    const duk_idx_t top = duk_get_top(Api());
+    testing::internal::CaptureStderr();
+    ReportUncaught(Api(), is_compiled);
+    EXPECT_EQ(duk_get_top(Api()), top) << text;
+    engine_->Context().scripts.clear();
+    return testing::internal::GetCapturedStderr();
+  }
+};
+
+TEST_F(ErrorOnAStack, IsTheValueOnTop) {
+  EXPECT_EQ(ReportOf("function f() {\n  null.x; }\nf();"),
+            "a.js(2, 3)"s + kType + "    null.x; }\n    ^\n    at f (a.js:2)\n    at a.js:3\n");
+  EXPECT_EQ(ReportOf("x = = 1;"),
+            "a.js(1, 5)"s + kSyntax + "unexpected =\n    x = = 1;\n        ^\n");
+}
+
 TEST(ErrorReport, AScriptThatSucceedsHasNone) {
   EXPECT_EQ(ReportOf("try { null.x; } catch (e) { }"), "");
   EXPECT_EQ(ReportOf(""), "");
@@ -220,9 +252,13 @@ TEST(ErrorReport, AFailingAccessorDoesNotHideTheError) {
                      "Object.defineProperty(e, 'stack', { get: function () { throw 1; } });\n"
                      "throw e;"),
             "a.js(1, 1): error 0x00000005 (5): x\n    var e = new Error(5, 'x');\n    ^\n");
+  // The line where another value was thrown is not the error's.
+  EXPECT_EQ(ReportOf("try { throw 1; } catch (e) {}\nvar e = new Error(5, 'x');\n"
+                     "Object.defineProperty(e, 'number', { get: function () { throw 1; } });\n"
+                     "throw e;"),
+            "a.js: error 0x800A139E (-2146823266): The thrown value cannot be converted to text\n");
 }
 
-// Tokens in any order: the search for the place ends and stays within the script.
 // Thrown by the engine when there is no memory for an error.
 TEST(ErrorReport, AnErrorOfErrorHandlingIsMissingMemory) {
   const string report =
@@ -231,6 +267,7 @@ TEST(ErrorReport, AnErrorOfErrorHandlingIsMissingMemory) {
       << report;
 }
 
+// Tokens in any order: the search for the place ends and stays within the script.
 TEST(ErrorReport, RandomScriptsHaveAPlaceWithin) {
   const string_view kTokens[] = {"a",      "'b'",   "1",    "/c/",      "(",      ")",     "{",
                                  "}",      "[",     "]",    ";",        ",",      "=",     "+",
