@@ -12,10 +12,9 @@ namespace {
 constexpr char kParse[] = "Date.parse";
 
 // Whether the engine reads the text: ISO 8601 starts with a year of four digits, alone or before a
-// hyphen, or with a signed year.
+// hyphen, or with a signed year, which ParseDateText refuses.
 bool IsForEngine(std::string_view text) {
   constexpr size_t kYearDigits = 4;
-  if (text.starts_with('+') || text.starts_with('-')) return true;
   size_t digits = 0;
   while (digits < text.size() && text[digits] >= '0' && text[digits] <= '9') ++digits;
   return digits == kYearDigits && (text.size() == digits || text[digits] == '-');
