@@ -33,6 +33,31 @@ TEST_F(EngineMemory, ManyObjectsEndTheRunInsteadOfTryingEach) {
               "^mirolta-host: not enough memory for the script engine\n$");
 }
 
+TEST_F(EngineMemory, ABlockThatMovesIsFreed) {
+  const MemoryRefusals& refusals = engine_->Context().refusals;
+  duk_memory_functions memory;
+  duk_get_memory_functions(Api(), &memory);
+  engine_->Context().refusals.NoteRefused(1000);
+  void* const block = memory.alloc_func(memory.udata, 8);
+  ASSERT_NE(block, nullptr);
+  EXPECT_TRUE(refusals.IsUseless(1000));
+  void* const larger = memory.realloc_func(memory.udata, block, 16);
+  ASSERT_NE(larger, nullptr);
+  EXPECT_FALSE(refusals.IsUseless(1000));
+  engine_->Context().refusals.NoteRefused(1000);
+  memory.free_func(memory.udata, larger);
+  EXPECT_FALSE(refusals.IsUseless(1000));
+}
+
+// A read makes room for more where the size of a stream is not known.
+TEST_F(EngineMemory, WhatAReadReturnsTakesNoMoreThanItsBytes) {
+  ASSERT_EQ(Run("var none = WScript.OpenFile('/dev/null'), kept = [none.Read()]; kept[0].length"),
+            "0");
+  const size_t before = engine_->Context().memory_in_use;
+  ASSERT_EQ(Run("for (var i = 0; i < 100; ++i) kept.push(none.Read()); kept.length"), "101");
+  EXPECT_LT(engine_->Context().memory_in_use - before, 100u << 10);
+}
+
 TEST(MemoryRefusalsTest, AsMuchIsNotAskedForAgainBeforeSomethingIsFreed) {
   MemoryRefusals refusals;
   EXPECT_FALSE(refusals.IsUseless(SIZE_MAX - 1));

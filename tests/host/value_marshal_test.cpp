@@ -259,6 +259,24 @@ HRESULT ReadProperty(IDispatch* object, DISPID id, VARIANT* result) {
   return object->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, result, nullptr, nullptr);
 }
 
+TEST_F(ValueMarshal, AMemberOfAScriptObjectKeepsItsId) {
+  ASSERT_EQ(duk_peval_string(Api(), "({ first: 1, second: 2 })"), 0);
+  IDispatch* const wrapper = WrapScriptObject(Api(), -1);
+  ASSERT_NE(wrapper, nullptr);
+  OLECHAR first[] = OLESTR("first"), second[] = OLESTR("second");
+  for (int i = 0; i < 2; ++i) {
+    for (LPOLESTR name : {first, second}) {
+      DISPID id = 0;
+      ASSERT_EQ(wrapper->GetIDsOfNames(IID_NULL, &name, 1, 0, &id), S_OK);
+      ScopedVariant result;
+      ASSERT_EQ(ReadProperty(wrapper, id, &result), S_OK);
+      EXPECT_EQ(result.vt, VT_I4);
+      EXPECT_EQ(result.lVal, name == first ? 1 : 2);
+    }
+  }
+  EXPECT_EQ(wrapper->Release(), 0u);
+}
+
 TEST_F(ValueMarshal, CallsOfAScriptObjectFailAfterTheEndOfItsEngine) {
   IDispatch* wrapper = nullptr;
   {

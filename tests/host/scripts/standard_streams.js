@@ -35,10 +35,14 @@ attempt("ReadLine", function () { return WScript.StdIn.ReadLine(); });
 attempt("ReadAll", function () { return WScript.StdIn.ReadAll(); });
 attempt("Skip", function () { return WScript.StdIn.Skip(1); });
 attempt("SkipLine", function () { return WScript.StdIn.SkipLine(); });
+attempt("IsTerminal", function () {
+  return [WScript.StdIn.IsTerminal, WScript.StdOut.IsTerminal, WScript.StdErr.IsTerminal];
+});
 attempt("assigned", function () { WScript.StdIn.Line = 3; });
 WScript.StdIn.Close();
 WScript.StdIn.Close();
 attempt("closed ReadLine", function () { return WScript.StdIn.ReadLine(); });
 attempt("closed Line", function () { return WScript.StdIn.Line; });
+attempt("closed IsTerminal", function () { return WScript.StdIn.IsTerminal; });
 WScript.StdOut.Close();
 attempt("closed Write", function () { WScript.StdOut.Write("lost"); });
