@@ -141,6 +141,9 @@ expect 0 'not registered, used because it lies beside the host$' --list
 diff described "$tests/descriptions/hash_object.expected" || fails=1
 expect 0 '^  Random(lSize As Long, \[bEnsureSize As Boolean = false\], \[bOdd As Boolean = false\])$' \
   --describe Vardeko.crypt.Number.free
+expect 0 '^  NewNumber(\[v As Variant\]) As IPexBigNumber$' --describe Vardeko.crypt.Number
+expect 0 '^Vardeko.crypt.Number.free: Big integers$' --describe Vardeko.crypt.Number.free
+expect 0 '^Vardeko.crypt.RSA.free: Raw RSA and its keys$' --describe Vardeko.crypt.RSA.free
 expect 0 '^{9D56F139-1F04-4283-AED7-3DB89AFF00FD}: Message digests and HMAC$' \
   --describe '{9D56F139-1F04-4283-AED7-3DB89AFF00FD}'
 expect 0 '^  a class of the host itself$' --describe Scripting.Dictionary
