@@ -568,37 +568,41 @@ TEST_P(HostMemory, AnEngineThatStartsIsComplete) {
   Start(&usual);
   constexpr size_t kStep = 64, kCounts = 256;
   const size_t least = usual.Context().memory_in_use - kCounts / 2 * kStep;
+  const long blocks = test::LiveAllocations();
   size_t failures = 0;
   for (size_t count = 0; count < kCounts; ++count) {
-    ScriptEngine engine;
-    std::string problem;
-    bool started = false;
-    switch (GetParam()) {
-      case Heap::kOperatorNew: {
-        const test::FailOneAllocation failure(static_cast<int>(count));
-        started = engine.Start(&problem);
-        break;
+    {
+      ScriptEngine engine;
+      std::string problem;
+      bool started = false;
+      switch (GetParam()) {
+        case Heap::kOperatorNew: {
+          const test::FailOneAllocation failure(static_cast<long>(count));
+          started = engine.Start(&problem);
+          break;
+        }
+        case Heap::kRuntime:
+          MiroltaFailAllocationAfter(static_cast<LONG>(count));
+          started = engine.Start(&problem);
+          MiroltaFailAllocationAfter(-1);
+          break;
+        case Heap::kEngine: {
+          const size_t limit = engine.Context().memory_limit;
+          engine.Context().memory_limit = least + count * kStep;
+          started = engine.Start(&problem);
+          engine.Context().memory_limit = limit;
+          break;
+        }
       }
-      case Heap::kRuntime:
-        MiroltaFailAllocationAfter(static_cast<int>(count));
-        started = engine.Start(&problem);
-        MiroltaFailAllocationAfter(-1);
-        break;
-      case Heap::kEngine: {
-        const size_t limit = engine.Context().memory_limit;
-        engine.Context().memory_limit = least + count * kStep;
-        started = engine.Start(&problem);
-        engine.Context().memory_limit = limit;
-        break;
+      if (started) {
+        EXPECT_NE(engine.Context().link, nullptr) << count;
+        EXPECT_EQ(duk_get_global_string(engine.Api(), "CBOR"), 0) << count;
+      } else {
+        EXPECT_EQ(problem, "not enough memory for the script engine") << count;
+        ++failures;
       }
     }
-    if (!started) {
-      EXPECT_EQ(problem, "not enough memory for the script engine") << count;
-      ++failures;
-      continue;
-    }
-    EXPECT_NE(engine.Context().link, nullptr) << count;
-    EXPECT_EQ(duk_get_global_string(engine.Api(), "CBOR"), 0) << count;
+    EXPECT_EQ(test::LiveAllocations(), blocks) << count;
   }
   EXPECT_LT(failures, kCounts);
   if (GetParam() != Heap::kRuntime) {
