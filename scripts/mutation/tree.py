@@ -27,6 +27,16 @@ def tracked_files(root):
     return [p for p in sorted(set(out.split("\0"))) if p and os.path.isfile(os.path.join(root, p))]
 
 
+def named_targets(words, build, outputs):
+    """named_targets returns those of outputs that the words of a test's command and environment name by paths
+    below build, and the module if the host, which loads it, is among them."""
+    inside = re.compile(re.escape(build) + r"/([^\s;|]+)")
+    targets = {target for word in words for target in inside.findall(word)} & outputs
+    if any(target.endswith("mirolta-host") for target in targets):
+        targets.add("lib/libMirolta.so")
+    return targets
+
+
 def cpu_seconds():
     """cpu_seconds returns the processor time of all children that have been waited for."""
     used = resource.getrusage(resource.RUSAGE_CHILDREN)
@@ -167,13 +177,10 @@ class Tree:
         finally:
             for path in missing:
                 os.remove(path)
-        inside = re.compile(re.escape(self.build) + r"/([^\s;|]+)")
         self.tests = []
         for entry in json.loads(out)["tests"]:
             properties = {p["name"]: p["value"] for p in entry["properties"]}
-            targets = {t for argument in entry["command"] for t in inside.findall(argument)} & outputs
-            if any(t.endswith("mirolta-host") for t in targets):
-                targets.add("lib/libMirolta.so")
+            targets = named_targets(entry["command"] + properties.get("ENVIRONMENT", []), self.build, outputs)
             folder = os.path.relpath(properties["WORKING_DIRECTORY"], self.build)
             self.tests.append(Test(entry["name"], entry["command"], folder, targets, properties))
         # They look at the sources' text or at another build; or they undo what others need.

@@ -9,7 +9,7 @@ ROOT = os.path.abspath(sys.argv.pop())
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 sys.dont_write_bytecode = True
 
-from mutation import answers, graph, lexer, operators, report, sample, shadow, trial  # noqa: E402
+from mutation import answers, graph, lexer, operators, report, sample, shadow, tree, trial  # noqa: E402
 
 
 def changed(text):
@@ -122,6 +122,12 @@ class Build(unittest.TestCase):
         known.add_edge(["tests/b"], "CXX_EXECUTABLE_LINKER__b_Release", ["b.cpp.o", "||", "lib/a.so"])
         self.assertEqual(known.binaries("tests/b"), {"tests/b", "lib/a.so.1"})
         self.assertEqual(known.binaries("lib/a.so"), {"lib/a.so.1"})
+
+    def test_a_test_has_what_its_environment_names(self):
+        outputs = {"bin/mirolta-host", "tests/a_test", "tests/b_test"}
+        self.assertEqual(tree.named_targets(["/b/tests/a_test", "/b/tests/none"], "/b", outputs), {"tests/a_test"})
+        self.assertEqual(tree.named_targets(["python3", "/s/test.py", "HOST=/b/bin/mirolta-host"], "/b", outputs),
+                         {"bin/mirolta-host", "lib/libMirolta.so"})
 
     def test_a_link_keeps_what_the_shell_would_give(self):
         known = graph.Graph.__new__(graph.Graph)
