@@ -19,6 +19,7 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+SUPPRESSIONS = ROOT / "tests" / "memory" / "loader.supp"
 REPORTED = 99
 SHORT = ["host_script_example_tour", "rsa_script_rsa_crypt", "stream_script_crypt_stream"]
 # Other tests than those of run_script.cmake: of examples, each with the host among its arguments.
@@ -53,7 +54,7 @@ class Checker:
         script.write_text(
             f"#!/bin/sh\nexec '{self.valgrind}' --error-exitcode={REPORTED} --leak-check=full "
             "--show-leak-kinds=definite --errors-for-leak-kinds=definite "
-            f"--log-file='{reports}/%p.log' '{program}' \"$@\"\n")
+            f"--suppressions='{SUPPRESSIONS}' --log-file='{reports}/%p.log' '{program}' \"$@\"\n")
         script.chmod(0o755)
         return str(script), reports
 
