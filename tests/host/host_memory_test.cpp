@@ -9,14 +9,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "command_line/help_function.h"
-#include "command_line/result_text.h"
 #include "classes/drive_object.h"
 #include "classes/file_collections.h"
 #include "classes/file_object.h"
 #include "classes/file_system_object.h"
 #include "classes/folder_object.h"
 #include "classes/text_stream.h"
+#include "command_line/help_function.h"
+#include "command_line/result_text.h"
 #include "engine/host_errors.h"
 #include "files/file_actions.h"
 #include "files/file_facts.h"
