@@ -52,16 +52,15 @@ void* Resize(ScriptContext* context, void* block, size_t size) {
   }
   MemoryRefusals& refusals = context->refusals;
   if (size > old_size && refusals.IsUseless(size)) return nullptr;
+  // Before the address may be another's. A row that is lost is only looked up again.
+  if (block != nullptr) context->handles.Forget(block);
   void* start = block != nullptr ? HeaderOf(block) : nullptr;
   auto* grown = static_cast<BlockHeader*>(realloc(start, sizeof(BlockHeader) + size));
   if (grown == nullptr) {
     refusals.NoteRefused(size);
     return nullptr;
   }
-  if (block != nullptr) {
-    context->handles.Forget(block);
-    refusals.NoteFreed();
-  }
+  if (block != nullptr) refusals.NoteFreed();
   refusals.NoteGranted();
   context->memory_in_use += size - old_size;
   grown->size = size;
