@@ -8,6 +8,7 @@ import stat
 import subprocess
 import tempfile
 import unittest
+import urllib.parse
 
 from runner import HostTest, limit_files
 
@@ -80,8 +81,8 @@ class TextFiles(FileSystemTest):
 
     def test_a_signal_leaves_the_old_file(self):
         script = self.folder.parent / (self.folder.name + ".js")
-        script.write_text(PRELUDE + "var s = fso.CreateTextFile('out'); s.Write('x');"
-                          "WScript.Echo(1); WScript.Sleep(60000);")
+        script.write_text(PRELUDE + "var s = fso.CreateTextFile('out'), t = fso.CreateTextFile('new');"
+                          "s.Write('x'); WScript.Echo(1); WScript.Sleep(60000);")
         self.addCleanup(script.unlink)
         process = self.start([script], stdin=subprocess.DEVNULL)
         process.stdout.read(1)
@@ -136,6 +137,14 @@ class TextFiles(FileSystemTest):
         self.ask("var s = fso.CreateTextFile('out'), t = 'a\\ud83d\\ude00\\ud83d';"
                  "for (var i = 0; i < t.length; i++) s.Write(t.charAt(i)); s.Close();")
         self.assertEqual(self.read("out"), "a\U0001f600\ufffd".encode())
+
+    def test_characters_across_blocks(self):
+        for text in ("\u20ac\u20ac", "\U0001f600\U0001f600", "\u0416\u0416"):
+            for before in range(65530, 65537):
+                self.write("in", b"x" * before + text.encode())
+                self.assertEqual(self.ask("var t = fso.OpenTextFile('in').ReadAll();"
+                                          "WScript.Echo(t.length, encodeURI(t.substr(t.lastIndexOf('x') + 1)));"),
+                                 f"{before + len(text.encode('utf-16-le')) // 2} {urllib.parse.quote(text)}\n")
 
     def test_encodings(self):
         self.ask("var s = fso.CreateTextFile('out', true, true); s.Write('h\\u20ac'); s.Close();")
