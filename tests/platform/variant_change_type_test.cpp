@@ -141,6 +141,17 @@ TEST(VariantChangeType, NumbersBecomeDecimalsOrOverflow) {
   }
 }
 
+// Its digits would need more room than any decimal's.
+TEST(VariantChangeType, RefusesDecimalsOfMoreThan28Places) {
+  for (const BYTE scale : {BYTE{28}, BYTE{29}, BYTE{64}, BYTE{255}}) {
+    for (const VARTYPE type : {VT_BSTR, VT_I4, VT_R8, VT_CY, VT_DATE, VT_BOOL}) {
+      TestValue to;
+      EXPECT_EQ(Change(Dec(true, 0, 12, scale), type, &to), scale > 28 ? E_INVALIDARG : S_OK)
+          << int{scale} << ' ' << type;
+    }
+  }
+}
+
 TEST(VariantChangeType, ChecksTheTags) {
   TestValue to;
   EXPECT_EQ(Change(I4(1), 15, &to), DISP_E_BADVARTYPE);

@@ -216,6 +216,7 @@ HRESULT Change(const VARIANT& from, LCID locale, USHORT flags, VARTYPE type, VAR
   if (from.vt == VT_DISPATCH) return ChangeDefaultValue(from.pdispVal, locale, flags, type, made);
   if (from.vt == VT_BSTR) return NumberOfText(from.bstrVal, type, made);
   if (!IsNumeric(from.vt)) return DISP_E_TYPEMISMATCH;
+  if (from.vt == VT_DECIMAL && from.decVal.scale > kMaxDecimalScale) return E_INVALIDARG;
   if (type == VT_BSTR) return TextOfNumber(from, flags, made);
   if (from.vt == VT_CY && type == VT_DECIMAL) {
     made->decVal = DecimalOfCurrency(from.cyVal);

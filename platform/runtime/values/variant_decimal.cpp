@@ -8,7 +8,6 @@
 namespace mirolta::runtime {
 namespace {
 
-constexpr int kMaxScale = 28;
 constexpr int kCurrencyScale = 4;
 
 // A 96-bit integer, least significant word first.
@@ -196,9 +195,9 @@ bool DigitsToDecimal(const Digits& number, DECIMAL* value) {
     Digits rounded = number;
     RoundDigits(&rounded, keep);
     if (rounded.IsZero()) return true;
-    if (rounded.exponent < -kMaxScale) continue;
+    if (rounded.exponent < -kMaxDecimalScale) continue;
     const int zeros = rounded.exponent > 0 ? rounded.exponent : 0;
-    if (rounded.count + zeros > kMaxScale + 1) {
+    if (rounded.count + zeros > kMaxDecimalScale + 1) {
       if (rounded.exponent >= 0) return false;
       continue;
     }

@@ -23,8 +23,12 @@ struct Digits {
   bool IsZero() const { return count == 0; }
 };
 
+// A caller's DECIMAL may have more, which is no number.
+inline constexpr int kMaxDecimalScale = 28;
+
 Digits DigitsOfInteger(bool negative, ULONGLONG magnitude);
 Digits DigitsOfCurrency(CY value);
+// Shapes: scale <= kMaxDecimalScale.
 Digits DigitsOfDecimal(const DECIMAL& value);
 // DigitsOfReal rounds to `significant` decimal digits.
 // Shapes: `value` is finite; significant <= 48.
