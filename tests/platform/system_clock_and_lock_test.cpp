@@ -27,10 +27,12 @@ TEST(Clock, FollowsTheSystem) {
   std::this_thread::sleep_for(std::chrono::milliseconds(3));
   EXPECT_GE(GetTickCount() - before, 2u);
 
-  const std::time_t earliest = std::time(nullptr);
+  // By the same clock: std::time may give the second before for some milliseconds.
+  using Clock = std::chrono::system_clock;
+  const std::time_t earliest = Clock::to_time_t(Clock::now());
   SYSTEMTIME now = {};
   GetLocalTime(&now);
-  const std::time_t latest = std::time(nullptr);
+  const std::time_t latest = Clock::to_time_t(Clock::now());
   std::tm local = {};
   local.tm_year = now.wYear - 1900;
   local.tm_mon = now.wMonth - 1;
