@@ -151,7 +151,8 @@ const Operation kOperations[] = {
      }},
     {"from text",
      [](BigInt& r, const BigInt& a, const BigInt&) {
-       const std::basic_string<OLECHAR> digits(a.BitLength() * 3 / 10, OLECHAR{'7'});
+       const std::basic_string<OLECHAR> digits(static_cast<size_t>(a.BitLength()) * 3 / 10,
+                                               OLECHAR{'7'});
        return FromDecimalText(r, digits.data(), static_cast<uint32_t>(digits.size()));
      }},
 };
