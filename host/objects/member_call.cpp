@@ -165,7 +165,7 @@ HRESULT MemberCall::InvokeWith(duk_context* engine, DISPID id, WORD flags, DISPI
   params.cArgs = static_cast<UINT>(arguments_.Count());
   params.rgdispidNamedArgs = named;
   params.cNamedArgs = named != nullptr ? 1 : 0;
-  if (MayOwn(result_.vt)) VariantClear(&result_);
+  ClearBeforeEnd(result_);
   result_.vt = VT_EMPTY;
   ClearException();
   // Error information of an earlier call must not describe this one.

@@ -27,9 +27,7 @@ class ArgumentList {
     count_ = count;
   }
   void Clear() {
-    for (size_t i = 0; i < count_; ++i) {
-      if (MayOwn(values_[i].vt)) VariantClear(&values_[i]);
-    }
+    for (size_t i = 0; i < count_; ++i) ClearBeforeEnd(values_[i]);
     count_ = 0;
     if (many_ != nullptr) many_.reset();
   }

@@ -6,20 +6,19 @@
 
 namespace mirolta::host {
 
-// MayOwn returns false if a VARIANT of the type is a number, which VariantClear need not clear before it is
-// overwritten or forgotten.
-inline bool MayOwn(VARTYPE type) {
-  return type > VT_DATE && type != VT_BOOL;
+// ClearBeforeEnd releases what a VARIANT owns before it is overwritten or forgotten: numbers, the most of the
+// values, own nothing and are left as they are.
+inline void ClearBeforeEnd(VARIANT& value) {
+  if (value.vt > VT_DATE && value.vt != VT_BOOL) VariantClear(&value);
 }
 
 // A VARIANT that is cleared at the end of its scope.
 struct ScopedVariant : VARIANT {
-  ScopedVariant() : VARIANT{} {}
+  // clang's analyzer does not see that VARIANT{} sets the type.
+  ScopedVariant() : VARIANT{} { vt = VT_EMPTY; }
   ScopedVariant(const ScopedVariant&) = delete;
   ScopedVariant& operator=(const ScopedVariant&) = delete;
-  ~ScopedVariant() {
-    if (MayOwn(vt)) VariantClear(this);
-  }
+  ~ScopedVariant() { ClearBeforeEnd(*this); }
 };
 
 }  // namespace mirolta::host
