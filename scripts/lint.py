@@ -197,16 +197,16 @@ def run_clang(kept, units, pool):
 
     def check(unit):
         options = [word for word in unit.words[1:] if word not in ("-c", "-Werror", str(unit.path))]
-        tests = unit.folder in WARNINGS_ONLY
-        if tests or unit.variant:
+        if unit.folder in WARNINGS_ONLY:
             options = [word for word in options if not word.startswith("-O")] + list(extra_words(unit.folder))
             command = ["clang++", "-fsyntax-only", *options, str(unit.path)]
             return remembered(kept, unit, (version, command),
-                              lambda: command + (precompiled.of(options) if tests else []))
+                              lambda: command + precompiled.of(options))
         files = [SOURCE / ".clang-tidy", SOURCE / unit.folder / ".clang-tidy"]
         configuration = [file.read_text() for file in files if file.exists()]
-        return remembered(kept, unit, (version, configuration),
-                          lambda: ["clang-tidy", "-quiet", str(unit.path), "--"] + options)
+        checks = ["-checks=-*,clang-diagnostic-*,readability-duplicate-include"] if unit.variant else []
+        return remembered(kept, unit, (version, configuration, checks),
+                          lambda: ["clang-tidy", "-quiet", str(unit.path), *checks, "--"] + options)
     found = {line for found in pool.map(check, units) for line in found}
     warnings = {line for line in found if "[clang-diagnostic-" in line or "[-W" in line or "[" not in line}
     return warnings, found - warnings
