@@ -77,7 +77,7 @@ bool Ends(std::string_view text, size_t at, std::string_view middle) {
 bool ReadCall(std::string_view text, const std::vector<std::string>& files, CallFrame* call) {
   const size_t close = text.rfind(')');
   if (close == std::string_view::npos) return false;
-  const std::string_view flags = text.substr(close + 1);
+  const std::string_view flags = text.substr(close);
   const size_t colon = text.rfind(':', close);
   if (flags.find("native") != std::string_view::npos ||
       flags.find("internal") != std::string_view::npos || colon == std::string_view::npos) {

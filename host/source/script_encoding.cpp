@@ -78,7 +78,7 @@ std::string LineAfter(const std::string& name, string_view text) {
 }
 
 std::string Hexadecimal(char byte) {
-  char text[8];
+  char text[sizeof "0xFF"];
   snprintf(text, sizeof text, "0x%02X", static_cast<unsigned>(static_cast<uint8_t>(byte)));
   return text;
 }

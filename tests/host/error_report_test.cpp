@@ -140,6 +140,7 @@ TEST(ErrorReport, PlacesAreTheSameInEveryEncoding) {
 TEST(ErrorReport, WideCharactersTakeTwoColumnsAndCombiningNone) {
   EXPECT_EQ(LineWithMarker("'\xE4\xB8\xAD\xF0\x9F\x98\x80' x", 6),
             "    '\xE4\xB8\xAD\xF0\x9F\x98\x80' x\n" + string(4 + 7, ' ') + "^\n");
+  EXPECT_EQ(LineWithMarker("x\xE4\xB8\xAD", 3), "    x\xE4\xB8\xAD\n" + string(4 + 3, ' ') + "^\n");
   EXPECT_EQ(LineWithMarker("'e\xCC\x81' x", 6), "    'e\xCC\x81' x\n" + string(4 + 4, ' ') + "^\n");
 }
 
@@ -182,6 +183,10 @@ TEST(ErrorReport, RuntimeErrorsHaveTheirStatementAndCalls) {
       {"throw new Error(5, 'a\\n    at b (a.js:7)');",
        "a.js(1, 1): error 0x00000005 (5): a\n    at b (a.js:7)\n"
        "    throw new Error(5, 'a\\n    at b (a.js:7)');\n    ^\n"},
+      {"function f() {\n  throw new Error(5, 'a\\n    at b (a.js:7)'); }\nf();",
+       "a.js(2, 3): error 0x00000005 (5): a\n    at b (a.js:7)\n"
+       "    throw new Error(5, 'a\\n    at b (a.js:7)'); }\n    ^\n    at f (a.js:2)\n    at "
+       "a.js:3\n"},
       {"var e = new Error(5, 'x');\ne.source = 'S';\nthrow e;",
        "a.js(1, 1): error 0x00000005 (5): S: x\n    var e = new Error(5, 'x');\n    ^\n"},
       {"throw 42;",

@@ -72,6 +72,14 @@ void GiveBytes(VARIANT* result, LONG lower, std::string bytes) {
   result->parray = array;
 }
 
+// Two elements, each of the bytes of `element`.
+void GivePair(VARTYPE type, const void* element, VARIANT* result) {
+  SAFEARRAY* array = SafeArrayCreateVector(type, 0, 2);
+  for (LONG index = 0; index < 2; ++index) SafeArrayPutElement(array, &index, const_cast<void*>(element));
+  result->vt = static_cast<VARTYPE>(VT_ARRAY | type);
+  result->parray = array;
+}
+
 void GiveVariants(VARIANT* result) {
   SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, 3);
   VARIANT element = {};
@@ -119,6 +127,23 @@ HRESULT MakeValue(const std::string& kind, VARIANT* result) {
          v->vt = VT_DECIMAL;
        }},
       {"table", GiveTable},
+      {"shorts",
+       [](VARIANT* v) {
+         const SHORT element = -2;
+         GivePair(VT_I2, &element, v);
+       }},
+      {"doubles",
+       [](VARIANT* v) {
+         const double element = 0.5;
+         GivePair(VT_R8, &element, v);
+       }},
+      {"decimals",
+       [](VARIANT* v) {
+         DECIMAL element = {};
+         element.Lo64 = 12345;
+         element.scale = 2;
+         GivePair(VT_DECIMAL, &element, v);
+       }},
       {"variants", GiveVariants},
       {"bytes", [](VARIANT* v) { GiveBytes(v, 0, std::string("\0\x01\xFF", 3)); }},
       {"nobytes", [](VARIANT* v) { GiveBytes(v, 0, ""); }},

@@ -214,6 +214,13 @@ class Names(FileSystemTest):
         self.assertEqual(self.show("fso.DeleteFile('A.TXT')"),
                          "error 800a0035 File not found Scripting.FileSystemObject\n")
 
+    def test_an_empty_source(self):
+        for command in ("Copy", "Move"):
+            self.assertEqual(self.show(f"fso.{command}File('', 'd')"),
+                             "error 800a0035 File not found Scripting.FileSystemObject\n")
+            self.assertEqual(self.show(f"fso.{command}Folder('', 'd')"),
+                             "error 800a004c Path not found Scripting.FileSystemObject\n")
+
     def test_paths(self):
         self.assertEqual(self.ask("""
             WScript.Echo(fso.BuildPath('/a', 'b'), fso.BuildPath('a/', '/b'), fso.BuildPath('a', '/b'),
@@ -449,10 +456,11 @@ class Properties(FileSystemTest):
     def test_dates(self):
         self.make("f")
         os.utime(self.folder / "f", (86400 * 365, 86400 * 366))
-        self.assertEqual(self.show("[+new Date(f.DateLastAccessed), +new Date(f.DateLastModified),"
-                                   " new Date(f.DateCreated) > new Date(2020, 0, 1)]"
-                                   .replace("f.", "fso.GetFile('f')."), env={"TZ": "UTC"}),
-                         f"{86400 * 365000},{86400 * 366000},true\n")
+        for zone in ("UTC", "EAST-5:30", "WEST3"):
+            self.assertEqual(self.show("[+new Date(f.DateLastAccessed), +new Date(f.DateLastModified),"
+                                       " new Date(f.DateCreated) > new Date(2020, 0, 1)]"
+                                       .replace("f.", "fso.GetFile('f')."), env={"TZ": zone}),
+                             f"{86400 * 365000},{86400 * 366000},true\n", zone)
 
     def test_types_and_names(self):
         self.make("a.tar.gz", "noext", "d/")

@@ -31,6 +31,7 @@ TEST(MemberUses, CallsAreToldFromReads) {
       {"o['Name'](1)", "call"},
       {"o.p[0].Name()", "call"},
       {"with (o) Name(1)", "call"},
+      {"return Name(1)", "call"},
       {"o.Name", "read"},
       {"o.Name; (1)", "read"},
       {"x = o.Name + 1", "read"},

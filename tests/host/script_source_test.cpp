@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <langinfo.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <iterator>
@@ -11,8 +13,22 @@
 #include <vector>
 
 #include "files/full_path.h"
+#include "open_converters.h"
 #include "source/charset_decoder.h"
 #include "source/script_kind.h"
+
+namespace {
+
+// The character set of the locale, which few systems have another than UTF-8 of.
+char locale_charset[16] = "UTF-8";
+
+}  // namespace
+
+// In place of the C library's.
+extern "C" char* nl_langinfo_l(nl_item item, locale_t) noexcept {
+  static char no_other[] = "";
+  return item == CODESET ? locale_charset : no_other;
+}
 
 namespace mirolta::host {
 namespace {
@@ -112,6 +128,25 @@ TEST(ScriptSource, EncodingsAreDetectedOrChosen) {
       EXPECT_EQ(Load(one.bytes, one.charset), one.text) << one.name;
     }
   }
+}
+
+TEST(ScriptSource, BytesWithoutAMarkHaveTheLocalesCharsetUnlessTheyAreUtf8) {
+  const struct {
+    const char* locale;
+    const char* bytes;
+    const char* text;
+  } kCases[] = {
+      {"KOI8-R", "\xF6", "\xD0\x96"},     {"KOI8-R", "\xD0\x96", "\xD0\x96"},
+      {"ISO-8859-2", "\xB1", "\xC4\x85"}, {"UTF-8", "\xF6", "\xC3\xB6"},
+      {"utf8", "\x80", "\xE2\x82\xAC"},   {"ANSI_X3.4-1968", "\x80", "\xE2\x82\xAC"},
+      {"US-ASCII", "\xF6", "\xC3\xB6"},   {"ascii", "\xF6", "\xC3\xB6"},
+      {"", "\xF6", "\xC3\xB6"},
+  };
+  for (const auto& one : kCases) {
+    strcpy(locale_charset, one.locale);
+    EXPECT_EQ(Load(one.bytes), one.text) << one.locale;
+  }
+  strcpy(locale_charset, "UTF-8");
 }
 
 TEST(ScriptSource, EveryByteOfWindows1252IsDecodedOrRefused) {
@@ -356,6 +391,16 @@ TEST(CharsetDecoder, LongTextsAreDecodedInBlocks) {
   EXPECT_EQ(DecodeText("1252", bytes + "\x81", &text, &offset), Decoding::kMalformed);
   EXPECT_EQ(text, expected);
   EXPECT_EQ(offset, bytes.size());
+}
+
+TEST(CharsetDecoder, ClosesItsConverters) {
+  const long before = test::OpenConverters();
+  string text;
+  size_t offset = 0;
+  EXPECT_EQ(DecodeText("KOI8-R", "\xF6", &text, &offset), Decoding::kDone);
+  EXPECT_EQ(DecodeText("KOI8-R", "\xF6\xF7", &text, &offset), Decoding::kDone);
+  EXPECT_EQ(DecodeText("no set", "\xF6", &text, &offset), Decoding::kUnknownSet);
+  EXPECT_EQ(test::OpenConverters(), before);
 }
 
 TEST(CharsetDecoder, TheOffsetOfTextIsTheNumberOfItsBytes) {

@@ -44,6 +44,11 @@ TEST_F(RegistrationScriptTest, QuotesHoldBlanksBracesAndWordsOfTheLanguage) {
                              {"{braced}", ""}}));
 }
 
+TEST_F(RegistrationScriptTest, TextIsAsciiWithoutNul) {
+  ASSERT_EQ(Register("HKCR { \x7F = s '\x01~\x7F' }"), S_OK);
+  EXPECT_EQ(AllRows(), (Rows{{"\x7F", ""}, {"\x7F|@", "\x01~\x7F"}}));
+}
+
 TEST_F(RegistrationScriptTest, TheFileNameIsPutInAsItIs) {
   ASSERT_EQ(Register("HKCR { A = s '<%MODULE%|%MODULE%>' }"), S_OK);
   const std::string file = Narrow(kFile);

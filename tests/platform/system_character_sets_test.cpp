@@ -1,6 +1,7 @@
 #include "all_at_once.h"
 #include "child_process.h"
 #include "mirolta/system.h"
+#include "open_converters.h"
 #include "system_support.h"
 
 namespace mirolta {
@@ -138,6 +139,7 @@ TEST(CharacterSets, BytesThatAreNoCharacterAreReplaced) {
   EXPECT_EQ(Decode(65001, "\xC0\x80"), u"\uFFFD\uFFFD");            // nor an overlong form
   EXPECT_EQ(Decode(65001, "\xF4\x90\x80\x80"), u"\uFFFD\uFFFD\uFFFD\uFFFD");
   EXPECT_EQ(Decode(20127, "a\xE9"), u"a?");
+  EXPECT_EQ(Decode(874, "\x81\x9F\xA1"), u"\u0081\u009F\u0E01");
   EXPECT_EQ(Decode(932, "a\x82"), u"a\u30FB");
   EXPECT_EQ(Decode(949, "\xFFz"), u"?z");
   EXPECT_EQ(MultiByteToWideChar(65001, 8, "\xC3", 1, nullptr, 0), 0);
@@ -200,6 +202,13 @@ TEST(CharacterSets, ConversionsKeepToLengthsAndCapacities) {
   EXPECT_EQ(MultiByteToWideChar(1252, 0, "abc", 0, text, 8), 0);
   EXPECT_EQ(MultiByteToWideChar(1252, 0, nullptr, 3, text, 8), 0);
   EXPECT_EQ(Encode(1252, std::u16string(u"a\0b", 3)), std::string("a\0b", 3));
+}
+
+TEST(CharacterSets, ConvertersAreClosed) {
+  const long before = test::OpenConverters();
+  EXPECT_EQ(Decode(932, Encode(932, u"\u3042")), u"\u3042");
+  EXPECT_EQ(Encode(932, u"\xD800"), "?");
+  EXPECT_EQ(test::OpenConverters(), before);
 }
 
 TEST(CharacterSets, LongTextsCrossTheBlocks) {

@@ -150,6 +150,13 @@ TEST_F(Registry, HandlesAllowWhatTheyWereOpenedFor) {
   EXPECT_EQ(RegDeleteValueW(reader, u"v"), ERROR_ACCESS_DENIED);
   EXPECT_EQ(CreateStatus(u"new", reader, KEY_READ), ERROR_ACCESS_DENIED);
   RegCloseKey(reader);
+  // A handle for any use at all opens what is below.
+  { const Key below(u"K\\L"); }
+  HKEY asker = nullptr, below = nullptr;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CLASSES_ROOT, u"K", 0, KEY_QUERY_VALUE, &asker), ERROR_SUCCESS);
+  EXPECT_EQ(RegOpenKeyExW(asker, u"L", 0, KEY_READ, &below), ERROR_SUCCESS);
+  RegCloseKey(below);
+  RegCloseKey(asker);
   const Key writer(u"K", HKEY_CLASSES_ROOT, KEY_WRITE);
   EXPECT_EQ(SetText(writer, u"v", u"x"), ERROR_SUCCESS);
   EXPECT_EQ(GetText(writer, u"v"), u"<5>");

@@ -45,7 +45,8 @@ TEST(VariantChangeType, NumbersRoundToIntegersInRange) {
       ROW(I2(-1), VT_UI4, kOverflow, 0), ROW(I2(128), VT_I1, kOverflow, 0),
       ROW(I4(256), VT_UI1, kOverflow, 0), ROW(I4(-1), VT_UI2, kOverflow, 0),
       ROW(I4(-1), VT_UI8, kOverflow, 0), ROW(I8(2147483648ll), VT_I4, kOverflow, 0),
-      ROW(I8(-2147483648ll), VT_INT, S_OK, INT_MIN), ROW(Ui8(4294967296ull), VT_UINT, kOverflow, 0),
+      ROW(I8(-2147483648ll), VT_INT, S_OK, INT_MIN), ROW(I8(2147483648ll), VT_INT, kOverflow, 0),
+      ROW(Ui8(4294967296ull), VT_UINT, kOverflow, 0),
       ROW(Dec(false, 0, 0x8000000000000000ull, 0), VT_I8, kOverflow, 0),
       ROW(Dec(false, 1, 0, 0), VT_UI8, kOverflow, 0),
       // Types of one width keep the bits.

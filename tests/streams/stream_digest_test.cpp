@@ -239,7 +239,9 @@ TEST_F(StreamDigestTest, WriteWithoutATargetSetsOnlyACounterThatWasNotZero) {
   ULONG count = 0;
   EXPECT_EQ(WriteAll(Stream(), BytesOf("abc"), &count), S_OK);
   EXPECT_EQ(count, 0u);
-  EXPECT_EQ(Write(Stream(), BytesOf("de")), (Moved{S_OK, 2}));
+  count = 1;
+  EXPECT_EQ(WriteAll(Stream(), BytesOf("de"), &count), S_OK);
+  EXPECT_EQ(count, 2u);
   // Nothing to digest is no failure, and counts.
   EXPECT_EQ(Write(Stream(), Bytes{}), (Moved{S_OK, 0}));
   EXPECT_EQ(writing.Value(), PeerText(OLESTR("MD5"), BytesOf("abcde")));

@@ -32,7 +32,7 @@ size_t Utf7Encoder::End(char* bytes) {
   if (!in_run_) return 0;
   in_run_ = false;
   size_t size = 0;
-  if (bit_count_ > 0) bytes[size++] = kBase64[(bits_ << (6 - bit_count_)) & 63];
+  if (bit_count_ != 0) bytes[size++] = kBase64[(bits_ << (6 - bit_count_)) & 63];
   bytes[size++] = '-';
   bits_ = 0;
   bit_count_ = 0;

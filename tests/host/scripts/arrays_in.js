@@ -11,3 +11,5 @@ WScript.Echo(new VBArray(o.Make("variants")).toArray());
 try { t.getItem(1); } catch (e) { WScript.Echo(e.number, e.description); }
 try { t.getItem(3, 0); } catch (e) { WScript.Echo(e.number, e.description); }
 WScript.Echo(new VBArray(o.Same(table)).getItem(1, 2));
+var kinds = ["shorts", "doubles", "decimals"];
+for (var i in kinds) WScript.Echo(kinds[i], new VBArray(o.Make(kinds[i])).toArray());
