@@ -99,6 +99,22 @@ TEST_F(RsaCryptMemoryTest, WithoutMemoryEveryMemberLeavesTheKey) {
   EXPECT_GE(FailAtEach([&](VARIANT*) { return rsa->put_Q(longer); }), 2);
 }
 
+// Primes of one limb have a path of their own, whose memory is short for long data only.
+TEST_F(RsaCryptMemoryTest, WithoutMemoryLongDataIsNotDecryptedByShortPrimes) {
+  RsaKey key;
+  ASSERT_EQ(BuildRandomKey(key, 6, true), S_OK);
+  const BigInt* const numbers[] = {&key.n, &key.e, &key.d, &key.p, &key.q};
+  for (size_t i = 0; i < 5; ++i) {
+    key_bytes[i] = BytesOf(*numbers[i]);
+    key_values[i] = BytesValue(key_bytes[i]);
+  }
+  Load();
+  const TestValue data = BytesValue(Bytes(4000, 0x35));
+  TestValue plain;
+  ASSERT_EQ(rsa->DecryptPQ(data, &plain), S_OK);
+  EXPECT_GE(FailAtEach([&](VARIANT* out) { return rsa->DecryptPQ(data, out); }), 3);
+}
+
 // What a decryption by the primes keeps goes when any number of the key is put, and with Reset.
 TEST_F(RsaCryptMemoryTest, AnyPutDropsWhatADecryptionKept) {
   constexpr Put kPuts[] = {&IRSACrypt::put_Modulus, &IRSACrypt::put_PublicExp,
