@@ -208,6 +208,7 @@ TEST(CharacterSets, ConvertersAreClosed) {
   const long before = test::OpenConverters();
   EXPECT_EQ(Decode(932, Encode(932, u"\u3042")), u"\u3042");
   EXPECT_EQ(Encode(932, u"\xD800"), "?");
+  EXPECT_EQ(Decode(28602, "a"), u"");
   EXPECT_EQ(test::OpenConverters(), before);
 }
 

@@ -216,6 +216,24 @@ TEST_F(Registry, ShortMemoryIsReportedAndNothingChanges) {
                            });
 }
 
+// The lists of names grow meanwhile.
+TEST_F(Registry, ShortMemoryIsReportedForEachOfManyNames) {
+  const Key key(u"K");
+  EXPECT_EQ(MiroltaRegistryBatch(TRUE), ERROR_SUCCESS);
+  Names names;
+  for (int i = 0; i < 70; ++i) {
+    const std::string name = "v" + std::to_string(i);
+    test::FailEachAllocation([&] { return SetText(key, Wide(name).c_str(), u"x"); },
+                             [&](LONG error, bool failed) {
+                               EXPECT_EQ(error, failed ? ERROR_OUTOFMEMORY : ERROR_SUCCESS) << name;
+                             });
+    names.push_back(name);
+    ASSERT_EQ(ValuesOf(key), names);
+  }
+  EXPECT_EQ(MiroltaRegistryBatch(FALSE), ERROR_SUCCESS);
+  EXPECT_EQ(ValuesOf(key), names);
+}
+
 TEST_F(Registry, InMemoryNothingIsWritten) {
   {
     const Key key(u"K");
