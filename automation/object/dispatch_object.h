@@ -29,9 +29,7 @@ class DispatchObject : public ObjectCore, public Stream..., public Dual, public 
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID locale, ITypeInfo** out) override {
-    if (out == nullptr) return E_POINTER;
-    *out = nullptr;
-    return kClass.type_info->Get(locale, out);
+    return out == nullptr ? E_POINTER : kClass.type_info->Get(locale, out);
   }
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID locale,
                                           DISPID* ids) override {

@@ -97,6 +97,7 @@ void TypeInfoHolder::Release(void* holder) {
 }
 
 HRESULT TypeInfoHolder::Get(LCID locale, ITypeInfo** out) {
+  *out = nullptr;
   const HRESULT status = Ensure(locale);
   if (FAILED(status)) return status;
   *out = info_.load(std::memory_order_relaxed);

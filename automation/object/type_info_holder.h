@@ -14,7 +14,7 @@ class TypeInfoHolder {
   explicit constexpr TypeInfoHolder(const IID& iid) : iid_(&iid) {}
 
   // Get returns the type information with a reference added, loading it if needed.
-  // Errors: those of loading the type library; a later call tries again.
+  // Errors: those of loading the type library; *out is then null, and a later call tries again.
   HRESULT Get(LCID locale, ITypeInfo** out);
 
   // The IDispatch operations of these names, for an object. `instance` is its dual interface.

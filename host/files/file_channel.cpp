@@ -20,7 +20,7 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
-    if (file_ >= 0) close(file_);
+    if (file_ != kNone) close(file_);
   }
 
   int Get() const { return file_; }
@@ -35,7 +35,8 @@ class Descriptor {
   }
 
  private:
-  int file_ = -1;
+  static constexpr int kNone = -1;
+  int file_ = kNone;
 };
 
 class ReadingChannel final : public ByteChannel {

@@ -95,7 +95,7 @@ void TemporaryFile::Delist() {
 
 HRESULT TemporaryFile::Create(const std::string& folder, DWORD mode,
                               OwnedReference<IStream>* stream) {
-  static unsigned last_number = 0;
+  static unsigned last_number;
   CatchSignals();
   const SignalsBlocked blocked;
   const PrivateFiles is_private;

@@ -167,7 +167,7 @@ struct CopyFunction : StreamFunction {
     Open(engine);
     OpenTarget(engine);
     ULARGE_INTEGER count, read, written;
-    count.QuadPart = duk_is_undefined(engine, 1) ? ~uint64_t{0} >> 1 : CountAt(engine, 1);
+    count.QuadPart = duk_is_undefined(engine, 1) ? INT64_MAX : CountAt(engine, 1);
     Open(engine);
     OpenTarget(engine);
     read.QuadPart = written.QuadPart = 0;

@@ -119,6 +119,10 @@ class StandardStreams(unittest.TestCase):
         text = ("\u20ac\U0001f600\u00e9a" * 30000).encode()
         self.assertEqual(run("while (!input.AtEndOfStream) output.Write(input.Read(999));", text), text)
 
+    def test_a_byte_order_mark_is_a_character(self):
+        self.assertEqual(run("show(function () { return [input.ReadAll().charCodeAt(0), input.AtEndOfStream]; });",
+                             "\ufeffa".encode()), b"[65279,true]\n")
+
     def test_zeros_are_characters(self):
         self.assertEqual(run("output.Write(input.ReadLine().length);", b"a\0b\n"), b"3")
 

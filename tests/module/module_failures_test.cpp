@@ -354,8 +354,10 @@ TEST_F(ModuleFailuresTest, WithoutAModuleThereIsNoTypeInformation) {
   TypeInfoHolder holder(IID_IHashObject);
   TermModuleState();
   OwnedReference<ITypeInfo> info;
-  EXPECT_EQ(holder.Get(0, info.Put()), E_FAIL);
-  EXPECT_FALSE(info);
+  FakeLibrary no_information;
+  ITypeInfo* out = reinterpret_cast<ITypeInfo*>(&no_information);
+  EXPECT_EQ(holder.Get(0, &out), E_FAIL);
+  EXPECT_EQ(out, nullptr);
   InitModuleState(instance_, nullptr, LIBID_MIROLTALib);
   // Without the name the registered library is loaded.
   faults.file_name.Arm();

@@ -12,15 +12,17 @@ bool IsNumber(LPCWSTR name) {
   return reinterpret_cast<ULONG_PTR>(name) <= 0xFFFF;
 }
 
-// The number of a resource name, an integer or "#123"; 65536 for any other name.
+constexpr uint32_t kNoNumber = UINT32_MAX;
+
+// The number of a resource name, an integer or "#123"; kNoNumber for any other name.
 uint32_t ResourceNumber(LPCWSTR name) {
   if (IsNumber(name)) return static_cast<uint32_t>(reinterpret_cast<ULONG_PTR>(name));
-  if (name[0] != u'#' || name[1] == 0) return 65536;
+  if (name[0] != u'#' || name[1] == 0) return kNoNumber;
   uint32_t number = 0;
   for (++name; *name != 0; ++name) {
-    if (*name < u'0' || *name > u'9') return 65536;
+    if (*name < u'0' || *name > u'9') return kNoNumber;
     number = number * 10 + static_cast<uint32_t>(*name - u'0');
-    if (number > 65535) return 65536;
+    if (number > 65535) return kNoNumber;
   }
   return number;
 }

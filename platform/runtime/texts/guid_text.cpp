@@ -1,5 +1,7 @@
 #include "texts/guid_text.h"
 
+#include <iterator>
+
 #include "texts/characters.h"
 
 namespace mirolta::runtime {
@@ -7,9 +9,9 @@ namespace {
 
 constexpr WCHAR kDigits[] = u"0123456789ABCDEF";
 
-constexpr bool IsHyphen(INT index) {
-  return index == 9 || index == 14 || index == 19 || index == 24;
-}
+// The text of an identifier, with 0 for its digits.
+constexpr WCHAR kForm[] = u"{00000000-0000-0000-0000-000000000000}";
+static_assert(std::size(kForm) == kGuidTextLength + 1);
 
 // The 16 bytes in the order in which the text shows them.
 void BytesInTextOrder(REFGUID id, BYTE bytes[16]) {
@@ -31,18 +33,17 @@ GUID GuidFromBytes(const BYTE bytes[16]) {
 bool ParseGuid(LPCOLESTR text, GUID* id) {
   BYTE bytes[16] = {};
   unsigned digits = 0;
-  if (text[0] != u'{') return false;
-  for (INT i = 1; i < kGuidTextLength - 1; ++i) {
-    if (IsHyphen(i)) {
-      if (text[i] != u'-') return false;
+  for (const WCHAR form : kForm) {
+    const WCHAR c = *text++;
+    if (form != u'0') {
+      if (c != form) return false;
       continue;
     }
-    const int value = HexDigitValue(text[i]);
+    const int value = HexDigitValue(c);
     if (value < 0) return false;
     bytes[digits / 2] = static_cast<BYTE>(bytes[digits / 2] << 4 | value);
     ++digits;
   }
-  if (text[kGuidTextLength - 1] != u'}' || text[kGuidTextLength] != 0) return false;
   *id = GuidFromBytes(bytes);
   return true;
 }
@@ -57,17 +58,14 @@ extern "C" INT StringFromGUID2(REFGUID id, LPOLESTR text, INT capacity) {
   BYTE bytes[16];
   BytesInTextOrder(id, bytes);
   unsigned digits = 0;
-  text[0] = u'{';
-  for (INT i = 1; i < kGuidTextLength - 1; ++i) {
-    if (IsHyphen(i)) {
-      text[i] = u'-';
+  for (const WCHAR form : kForm) {
+    if (form != u'0') {
+      *text++ = form;
       continue;
     }
-    text[i] = kDigits[digits % 2 == 0 ? bytes[digits / 2] >> 4 : bytes[digits / 2] & 15];
+    *text++ = kDigits[digits % 2 == 0 ? bytes[digits / 2] >> 4 : bytes[digits / 2] & 15];
     ++digits;
   }
-  text[kGuidTextLength - 1] = u'}';
-  text[kGuidTextLength] = 0;
   return kGuidTextLength + 1;
 }
 

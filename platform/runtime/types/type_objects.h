@@ -8,7 +8,7 @@ namespace mirolta::runtime {
 // MakeTypeInfo returns the type information of type `index` (< TypeCount), or of the root dispatch
 // interface for kDispatchType. The object holds a reference to the library.
 // Errors: E_OUTOFMEMORY; *out is then null.
-constexpr UINT kDispatchType = 0xFFFFFFFFu;
+constexpr UINT kDispatchType = UINT32_MAX;
 HRESULT MakeTypeInfo(CopiedLibrary* library, UINT index, ITypeInfo** out);
 
 // MakeTypeLib returns the library object; it takes over the caller's reference.
