@@ -25,7 +25,7 @@ char locale_charset[16] = "UTF-8";
 }  // namespace
 
 // In place of the C library's.
-extern "C" char* nl_langinfo_l(nl_item item, locale_t) noexcept {
+extern "C" char* nl_langinfo_l(nl_item item, locale_t) {
   static char no_other[] = "";
   return item == CODESET ? locale_charset : no_other;
 }
