@@ -214,6 +214,13 @@ class Names(FileSystemTest):
         self.assertEqual(self.show("fso.DeleteFile('A.TXT')"),
                          "error 800a0035 File not found Scripting.FileSystemObject\n")
 
+    def test_a_separator_at_the_end_of_a_source(self):
+        self.make("d/", "f")
+        self.ask("fso.CopyFolder('d/', 'e');")
+        self.assertEqual(self.names(), ["d", "e", "f"])
+        self.assertEqual(self.show("fso.CopyFile('f/', 'g')"),
+                         "error 800a0035 File not found Scripting.FileSystemObject\n")
+
     def test_an_empty_source(self):
         for command in ("Copy", "Move"):
             self.assertEqual(self.show(f"fso.{command}File('', 'd')"),

@@ -394,13 +394,14 @@ TEST(CharsetDecoder, LongTextsAreDecodedInBlocks) {
 }
 
 TEST(CharsetDecoder, ClosesItsConverters) {
-  const long before = test::OpenConverters();
+  const long opened = test::OpenedConverters(), closed = test::ClosedConverters();
   string text;
   size_t offset = 0;
   EXPECT_EQ(DecodeText("KOI8-R", "\xF6", &text, &offset), Decoding::kDone);
   EXPECT_EQ(DecodeText("KOI8-R", "\xF6\xF7", &text, &offset), Decoding::kDone);
   EXPECT_EQ(DecodeText("no set", "\xF6", &text, &offset), Decoding::kUnknownSet);
-  EXPECT_EQ(test::OpenConverters(), before);
+  EXPECT_EQ(test::OpenedConverters() - opened, 2);
+  EXPECT_EQ(test::ClosedConverters() - closed, 2);
 }
 
 TEST(CharsetDecoder, TheOffsetOfTextIsTheNumberOfItsBytes) {

@@ -205,11 +205,12 @@ TEST(CharacterSets, ConversionsKeepToLengthsAndCapacities) {
 }
 
 TEST(CharacterSets, ConvertersAreClosed) {
-  const long before = test::OpenConverters();
+  const long opened = test::OpenedConverters(), closed = test::ClosedConverters();
   EXPECT_EQ(Decode(932, Encode(932, u"\u3042")), u"\u3042");
   EXPECT_EQ(Encode(932, u"\xD800"), "?");
   EXPECT_EQ(Decode(28602, "a"), u"");
-  EXPECT_EQ(test::OpenConverters(), before);
+  EXPECT_GT(test::OpenedConverters(), opened);
+  EXPECT_EQ(test::ClosedConverters() - closed, test::OpenedConverters() - opened);
 }
 
 TEST(CharacterSets, LongTextsCrossTheBlocks) {

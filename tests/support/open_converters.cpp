@@ -7,7 +7,7 @@
 
 namespace {
 
-std::atomic<long> open_converters = 0;
+std::atomic<long> opened = 0, closed = 0;
 
 template <typename Function>
 Function* Next(Function*, const char* name) {
@@ -18,20 +18,24 @@ Function* Next(Function*, const char* name) {
 
 namespace mirolta::test {
 
-long OpenConverters() {
-  return open_converters;
+long OpenedConverters() {
+  return opened;
+}
+long ClosedConverters() {
+  return closed;
 }
 
 }  // namespace mirolta::test
 
-// In place of the C library's.
-extern "C" iconv_t iconv_open(const char* to, const char* from) {
+// In place of the C library's, for shared libraries too.
+extern "C" __attribute__((visibility("default"))) iconv_t iconv_open(const char* to,
+                                                                     const char* from) {
   const iconv_t converter = Next(&iconv_open, "iconv_open")(to, from);
-  if (converter != reinterpret_cast<iconv_t>(-1)) ++open_converters;
+  if (converter != reinterpret_cast<iconv_t>(-1)) ++opened;
   return converter;
 }
 
-extern "C" int iconv_close(iconv_t converter) {
-  --open_converters;
+extern "C" __attribute__((visibility("default"))) int iconv_close(iconv_t converter) {
+  ++closed;
   return Next(&iconv_close, "iconv_close")(converter);
 }

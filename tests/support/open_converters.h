@@ -1,8 +1,10 @@
-// How many character set converters of the C library the program has open. Link open_converters.cpp.
+// The character set converters of the C library that the program opens and closes. Link open_converters.cpp.
 #pragma once
 
 namespace mirolta::test {
 
-long OpenConverters();
+// So far.
+long OpenedConverters();
+long ClosedConverters();
 
 }  // namespace mirolta::test
