@@ -42,9 +42,14 @@ HRESULT StatusOf(int error) {
 }
 
 mode_t NewFileMode() {
-  const mode_t mask = umask(0);
+  // Files that other threads make meanwhile are private.
+  const mode_t mask = umask(S_IRWXG | S_IRWXO);
   umask(mask);
   return (S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH) & ~mask;
+}
+
+bool GiveTo(int file, uid_t user, gid_t group) {
+  return fchown(file, user, group) == 0;
 }
 
 // Sets the permissions of the new file and, if the process may, its owner.
@@ -52,8 +57,9 @@ int TakeOver(int file, const Target& target, bool is_private) {
   mode_t mode = NewFileMode();
   if (target.kind == TargetKind::kRegular) {
     mode = target.facts.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
-    if (fchown(file, target.facts.st_uid, target.facts.st_gid) != 0 &&
-        fchown(file, static_cast<uid_t>(-1), target.facts.st_gid) != 0) {
+    constexpr auto kSameUser = static_cast<uid_t>(-1);
+    if (!GiveTo(file, target.facts.st_uid, target.facts.st_gid) &&
+        !GiveTo(file, kSameUser, target.facts.st_gid)) {
       // The old group's permissions must not go to another group.
       mode &= static_cast<mode_t>(S_IRWXU | S_IRWXO);
     }

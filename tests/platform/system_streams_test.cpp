@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -391,6 +392,21 @@ TEST(FileStream, HasNameSizeAndTimes) {
   MiroltaFailAllocationAfter(0);
   EXPECT_EQ(stream->Stat(&facts, STATFLAG_DEFAULT), E_OUTOFMEMORY);
   MiroltaFailAllocationAfter(-1);
+}
+
+// Blocks of the allocator have room to spare for some lengths.
+TEST(FileStream, NamesOfEachLengthFitTheirMemory) {
+  const TemporaryFolder folder;
+  for (size_t length = 1; length <= 16; ++length) {
+    const std::string file = folder.File(std::string(length, 'n'));
+    WriteFile(file, "");
+    const StreamHolder stream(OpenFileStream(file, STGM_READ));
+    STATSTG facts;
+    ASSERT_EQ(stream->Stat(&facts, STATFLAG_DEFAULT), S_OK);
+    EXPECT_EQ(Narrow(facts.pwcsName), file);
+    EXPECT_GE(malloc_usable_size(facts.pwcsName), (file.size() + 1) * sizeof(WCHAR)) << length;
+    CoTaskMemFree(facts.pwcsName);
+  }
 }
 
 TEST(FileStream, SaysWhyItCannotOpen) {
