@@ -97,7 +97,7 @@ inline size_t ExponentLimbs(size_t en, size_t bits) {
 
 // QuotientBits returns the bits that a quotient of an exponent below 2^bits has.
 inline size_t QuotientBits(size_t bits) {
-  return bits < kLimbBits ? 1 : bits - (kLimbBits - 1);
+  return (bits < kLimbBits ? kLimbBits : bits) - (kLimbBits - 1);
 }
 
 // SplitWindowBits returns the window for a quotient of that many bits.

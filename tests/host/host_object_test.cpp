@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "classes/file_object.h"
 #include "engine/host_errors.h"
 
 namespace mirolta::host {
@@ -313,6 +314,22 @@ TEST_F(HostObjectTest, AnEnumeratorGivesTheValuesInOrder) {
   EXPECT_EQ(values->Next(2, nullptr, &count), E_POINTER);
   EXPECT_EQ(values->Next(2, got, nullptr), E_POINTER);
   EXPECT_EQ(values->Clone(nullptr), E_POINTER);
+}
+
+// Callers may keep them.
+TEST(FileObjectIds, FollowThoseOfEveryNode) {
+  auto* const file = new FileObject("/f");
+  const struct {
+    const OLECHAR* name;
+    DISPID id;
+  } kIds[] = {{OLESTR("Path"), DISPID_VALUE}, {OLESTR("OpenAsTextStream"), 20}};
+  for (const auto& one : kIds) {
+    auto name = const_cast<LPOLESTR>(one.name);
+    DISPID id = DISPID_UNKNOWN;
+    EXPECT_EQ(file->GetIDsOfNames(IID_NULL, &name, 1, 0, &id), S_OK);
+    EXPECT_EQ(id, one.id);
+  }
+  file->Release();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "classes/module_table.h"
 
 #include <dlfcn.h>
+#include <limits.h>
 #include <link.h>
 #include <sys/auxv.h>
 #include <unistd.h>
@@ -16,7 +17,7 @@
 namespace mirolta::runtime {
 namespace {
 
-constexpr size_t kLongestPath = 4096;
+constexpr size_t kLongestPath = PATH_MAX;
 
 // A module stays in the table while it has resources attached or is loaded.
 struct Module {

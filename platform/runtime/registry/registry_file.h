@@ -12,9 +12,9 @@ namespace mirolta::runtime {
 // Identifies one state of the file.
 struct FileState {
   bool exists = false;
-  dev_t device = 0;
-  ino_t inode = 0;
-  off_t size = 0;
+  dev_t device = {};
+  ino_t inode = {};
+  off_t size = {};
   timespec modified = {};
   timespec changed = {};
 };
