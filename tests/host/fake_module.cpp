@@ -75,7 +75,8 @@ void GiveBytes(VARIANT* result, LONG lower, std::string bytes) {
 // Two elements, each of the bytes of `element`.
 void GivePair(VARTYPE type, const void* element, VARIANT* result) {
   SAFEARRAY* array = SafeArrayCreateVector(type, 0, 2);
-  for (LONG index = 0; index < 2; ++index) SafeArrayPutElement(array, &index, const_cast<void*>(element));
+  for (LONG index = 0; index < 2; ++index)
+    SafeArrayPutElement(array, &index, const_cast<void*>(element));
   result->vt = static_cast<VARTYPE>(VT_ARRAY | type);
   result->parray = array;
 }

@@ -6,6 +6,7 @@
 #include <deque>
 #include <string>
 
+#include "command_line/member_descriptions.h"
 #include "host_fixture.h"
 #include "objects/dispatch_object.h"
 #include "source/member_uses.h"
@@ -27,18 +28,23 @@ class StubTypeInfo final : public ITypeInfo {
   ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
   ULONG STDMETHODCALLTYPE Release() override { return --references; }
   HRESULT STDMETHODCALLTYPE GetTypeAttr(TYPEATTR** out) override {
-    attributes_.cFuncs = 2;
+    attributes_.cFuncs = kFunctions;
     *out = &attributes_;
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetFuncDesc(UINT index, FUNCDESC** out) override {
+    if (index >= kFunctions) return TYPE_E_ELEMENTNOTFOUND;
+    ++taken;
     function_.memid = index == 0 ? kMethod : kProperty;
     function_.invkind = index == 0 ? INVOKE_FUNC : INVOKE_PROPERTYGET;
     *out = &function_;
     return S_OK;
   }
   void STDMETHODCALLTYPE ReleaseTypeAttr(TYPEATTR*) override {}
-  void STDMETHODCALLTYPE ReleaseFuncDesc(FUNCDESC*) override {}
+  void STDMETHODCALLTYPE ReleaseFuncDesc(FUNCDESC* function) override {
+    EXPECT_EQ(function, &function_);
+    ++released;
+  }
   void STDMETHODCALLTYPE ReleaseVarDesc(VARDESC*) override {}
 
 #define NOT_USED(name, ...)                              \
@@ -62,8 +68,11 @@ class StubTypeInfo final : public ITypeInfo {
 #undef NOT_USED
 
   ULONG references = 1;
+  // Descriptions of functions.
+  int taken = 0, released = 0;
 
  private:
+  static constexpr WORD kFunctions = 2;
   TYPEATTR attributes_{};
   FUNCDESC function_{};
 };
@@ -170,6 +179,13 @@ TEST_F(MemberTableTest, MethodsWorkBeyondTheMostSharedFunctions) {
   Put("two", &two_);
   EXPECT_EQ(RunKnown("two['method']() + two.method() + two.extra()"), "22");
   EXPECT_EQ(engine_->Context().described.shared.size(), 32768u);
+}
+
+TEST(MemberDescriptions, ReleaseEachDescriptionOfAFunction) {
+  StubTypeInfo info;
+  EXPECT_EQ(DescribeTypeMembers(&info).size(), 2u);
+  EXPECT_EQ(info.taken, 2);
+  EXPECT_EQ(info.released, 2);
 }
 
 }  // namespace
