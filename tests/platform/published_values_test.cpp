@@ -195,6 +195,29 @@ const Published kPublished[] = {
     {"STGC_DEFAULT", static_cast<uint32_t>(STGC_DEFAULT), 0u},
     {"CP_ACP", static_cast<uint32_t>(CP_ACP), 0u},
     {"CP_UTF8", static_cast<uint32_t>(CP_UTF8), 65001u},
+    {"VARIANT_TRUE", static_cast<uint32_t>(VARIANT_TRUE), 0xFFFFFFFFu},
+    {"VARIANT_FALSE", static_cast<uint32_t>(VARIANT_FALSE), 0u},
+    {"CC_CDECL", static_cast<uint32_t>(CC_CDECL), 1u},
+    {"CC_STDCALL", static_cast<uint32_t>(CC_STDCALL), 4u},
+    {"SYS_WIN16", static_cast<uint32_t>(SYS_WIN16), 0u},
+    {"SYS_WIN32", static_cast<uint32_t>(SYS_WIN32), 1u},
+    {"SYS_MAC", static_cast<uint32_t>(SYS_MAC), 2u},
+    {"SYS_WIN64", static_cast<uint32_t>(SYS_WIN64), 3u},
+    {"DESCKIND_NONE", static_cast<uint32_t>(DESCKIND_NONE), 0u},
+    {"DESCKIND_FUNCDESC", static_cast<uint32_t>(DESCKIND_FUNCDESC), 1u},
+    {"DESCKIND_VARDESC", static_cast<uint32_t>(DESCKIND_VARDESC), 2u},
+    {"REG_MULTI_SZ", static_cast<uint32_t>(REG_MULTI_SZ), 7u},
+    {"KEY_QUERY_VALUE", static_cast<uint32_t>(KEY_QUERY_VALUE), 0x0001u},
+    {"KEY_SET_VALUE", static_cast<uint32_t>(KEY_SET_VALUE), 0x0002u},
+    {"KEY_CREATE_SUB_KEY", static_cast<uint32_t>(KEY_CREATE_SUB_KEY), 0x0004u},
+    {"KEY_ENUMERATE_SUB_KEYS", static_cast<uint32_t>(KEY_ENUMERATE_SUB_KEYS), 0x0008u},
+    {"MAXIMUM_ALLOWED", static_cast<uint32_t>(MAXIMUM_ALLOWED), 0x02000000u},
+    {"NOERROR", static_cast<uint32_t>(NOERROR), 0u},
+    {"ERROR_DISK_FULL", static_cast<uint32_t>(ERROR_DISK_FULL), 112u},
+    {"ERROR_CANTREAD", static_cast<uint32_t>(ERROR_CANTREAD), 1012u},
+    {"ERROR_KEY_DELETED", static_cast<uint32_t>(ERROR_KEY_DELETED), 1018u},
+    {"MB_ERR_INVALID_CHARS", static_cast<uint32_t>(MB_ERR_INVALID_CHARS), 0x0008u},
+    {"WC_ERR_INVALID_CHARS", static_cast<uint32_t>(WC_ERR_INVALID_CHARS), 0x0080u},
 };
 
 TEST(PublishedValues, AreThePlatforms) {
@@ -227,6 +250,25 @@ TEST(PublishedValues, IdentifiersAreThePlatforms) {
     ASSERT_EQ(StringFromGUID2(row.id, text, 40), 39);
     EXPECT_EQ(std::basic_string<OLECHAR>(text), row.text) << &row - kIds;
   }
+}
+
+TEST(PublishedValues, IdentifiersAreEqualInAllTheirParts) {
+  const GUID id = {0x01234567, 0x89AB, 0xCDEF, {1, 2, 3, 4, 5, 6, 7, 8}};
+  EXPECT_TRUE(IsEqualGUID(id, GUID(id)));
+  GUID others[11] = {id, id, id, id, id, id, id, id, id, id, id};
+  ++others[0].Data1;
+  ++others[1].Data2;
+  ++others[2].Data3;
+  for (int i = 0; i < 8; ++i) ++others[3 + i].Data4[i];
+  for (const GUID& other : others) EXPECT_FALSE(IsEqualGUID(id, other)) << &other - others;
+}
+
+TEST(PublishedValues, ErrorNumbersBecomeStatuses) {
+  EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_SUCCESS), S_OK);
+  EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED), E_ACCESSDENIED);
+  EXPECT_EQ(static_cast<uint32_t>(HRESULT_FROM_WIN32(0x12345)), 0x80072345u);
+  // Statuses stay.
+  EXPECT_EQ(HRESULT_FROM_WIN32(static_cast<DWORD>(E_NOTIMPL)), E_NOTIMPL);
 }
 
 }  // namespace
