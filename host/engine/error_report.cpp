@@ -109,7 +109,7 @@ std::string ShownFile(const std::string& file, const std::vector<std::string>& s
   return file;
 }
 
-// Replaces the value on top by the text of its calls, without the message that it starts with.
+// Pushes the text of the calls of the value on top, without the message that it starts with.
 duk_ret_t ReadCalls(duk_context* engine, void*) {
   const bool is_error = duk_is_error(engine, -1) != 0;
   PushCalls(engine);
@@ -129,9 +129,8 @@ duk_ret_t ReadCalls(duk_context* engine, void*) {
 
 Calls CallsOf(duk_context* engine, const std::vector<std::string>& files) {
   if (!duk_check_stack(engine, 8)) return {};
-  duk_dup_top(engine);
   Calls calls;
-  if (duk_safe_call(engine, ReadCalls, nullptr, 1, 1) == DUK_EXEC_SUCCESS) {
+  if (duk_safe_call(engine, ReadCalls, nullptr, 0, 1) == DUK_EXEC_SUCCESS) {
     duk_size_t size = 0;
     const char* text = duk_get_lstring(engine, -1, &size);
     if (text != nullptr) calls = SplitCalls(SystemFromUnits(UnitsFromEngine({text, size})), files);

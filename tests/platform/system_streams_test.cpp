@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cstring>
+#include <vector>
 
 #include "all_at_once.h"
 #include "runtime_allocations.h"
@@ -218,6 +219,47 @@ TEST_P(EveryStream, CopiesFromItsPosition) {
   EXPECT_EQ(stream->CopyTo(target.get(), count, nullptr, nullptr), S_OK);
   EXPECT_EQ(Seek(target.get(), 0, STREAM_SEEK_SET), S_OK);
   EXPECT_EQ(Get(target.get(), 49990, S_OK), content.substr(10));
+}
+
+// Takes what is written and notes its sizes.
+class SizesTaken final : public IStream {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  HRESULT STDMETHODCALLTYPE Write(const void*, ULONG count, ULONG* written) override {
+    sizes.push_back(count);
+    *written = count;
+    return S_OK;
+  }
+#define NOT_USED(name, ...)                              \
+  HRESULT STDMETHODCALLTYPE name(__VA_ARGS__) override { \
+    return E_NOTIMPL;                                    \
+  }
+  NOT_USED(Read, void*, ULONG, ULONG*)
+  NOT_USED(Seek, LARGE_INTEGER, DWORD, ULARGE_INTEGER*)
+  NOT_USED(SetSize, ULARGE_INTEGER)
+  NOT_USED(CopyTo, IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*)
+  NOT_USED(Commit, DWORD)
+  NOT_USED(Revert)
+  NOT_USED(LockRegion, ULARGE_INTEGER, ULARGE_INTEGER, DWORD)
+  NOT_USED(UnlockRegion, ULARGE_INTEGER, ULARGE_INTEGER, DWORD)
+  NOT_USED(Stat, STATSTG*, DWORD)
+  NOT_USED(Clone, IStream**)
+#undef NOT_USED
+
+  std::vector<ULONG> sizes;
+};
+
+TEST_P(EveryStream, CopiesInBlocksOf16Kilobytes) {
+  const StreamHolder stream(Make());
+  Put(stream.get(), std::string(40000, 'x'));
+  EXPECT_EQ(Seek(stream.get(), 0, STREAM_SEEK_SET), S_OK);
+  SizesTaken target;
+  ULARGE_INTEGER all;
+  all.QuadPart = 40000;
+  EXPECT_EQ(stream->CopyTo(&target, all, nullptr, nullptr), S_OK);
+  EXPECT_EQ(target.sizes, (std::vector<ULONG>{16384, 16384, 7232}));
 }
 
 TEST_P(EveryStream, AnswersForItsInterfaces) {
