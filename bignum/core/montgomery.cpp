@@ -7,13 +7,17 @@
 
 namespace mirolta {
 
-MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept {
+Limb LimbInverse(Limb m) noexcept {
   // Newton's iteration: m is its own inverse mod 8, three correct bits, and each step doubles them.
-  Limb inverse = m[0];
+  Limb inverse = m;
   for (uint32_t bits = 3; bits < kLimbBits; bits *= 2) {
-    inverse = static_cast<Limb>(inverse * (2 - m[0] * inverse));
+    inverse = static_cast<Limb>(inverse * (2 - m * inverse));
   }
-  return {m, n, static_cast<Limb>(0 - inverse)};
+  return inverse;
+}
+
+MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept {
+  return {m, n, static_cast<Limb>(0 - LimbInverse(m[0]))};
 }
 
 CheckedSize MontgomeryScratch(size_t n) noexcept {

@@ -13,6 +13,10 @@ struct MontgomeryModulus {
   Limb inverse;  // -1 / m mod B
 };
 
+// LimbInverse returns 1 / m mod B.
+// Shapes: m odd.
+Limb LimbInverse(Limb m) noexcept;
+
 // PrepareMontgomery computes -1 / m mod B.
 // Shapes: m[n] odd, n >= 1.
 MontgomeryModulus PrepareMontgomery(const Limb* m, size_t n) noexcept;

@@ -16,8 +16,7 @@ struct Chain {
   Limb x;
   Limb power;
 
-  explicit Chain(const PairPower& of) noexcept
-      : m(of.m), inverse(static_cast<Limb>(0 - PrepareMontgomery(&m, 1).inverse)) {
+  explicit Chain(const PairPower& of) noexcept : m(of.m), inverse(LimbInverse(m)) {
     const LimbDivisor divisor = PrepareDivisor(m);
     const Limb unit[2] = {0, 1};
     const Limb value[2] = {0, of.x};

@@ -23,7 +23,7 @@ void PowerOfTwoModulus::MultiplyLow(Limb* z, const Limb* x, const Limb* y,
 }
 
 void PowerOfTwoModulus::Invert(Limb* z, const Limb* d, Limb* spare) const noexcept {
-  z[0] = static_cast<Limb>(0 - PrepareMontgomery(d, 1).inverse);
+  z[0] = LimbInverse(d[0]);
   // Each step doubles the correct limbs.
   for (size_t correct = 1; correct < n;) {
     const size_t next = 2 * correct < n ? 2 * correct : n;

@@ -58,7 +58,7 @@ inline void FromRadix52(Limb* z, size_t n, const Digit52* x, size_t count) {
 // Radix52Inverse returns -1 / m mod 2^52.
 // Shapes: m[n] odd.
 inline Digit52 Radix52Inverse(const Limb* m, size_t n) {
-  Digit52 inverse = PrepareMontgomery(m, n).inverse;
+  Digit52 inverse = static_cast<Limb>(0 - LimbInverse(m[0]));
   if constexpr (kLimbBits < kRadix52Bits) {
     // Newton's step doubles the bits: m * inverse = e - 1 becomes (e - 1) (e + 1) = e^2 - 1.
     inverse *= Radix52Digit(m, n, 0) * inverse + 2;
