@@ -54,7 +54,7 @@ Limb BurnikelZieglerDivide(Limb* q, Limb* a, const Limb* d, size_t n, size_t cou
 bool BurnikelZieglerQuotient(Limb* q, Limb* a, const Limb* d, size_t n, size_t count, Limb v,
                              Limb* scratch) noexcept {
   while (count >= kQuotientLimbs) {
-    if (n > count + 1) {
+    if (n > count) {
       // The limbs of d below its top count + 1 contribute less than B^(n - 1).
       const size_t omitted = n - count - 1;
       a += omitted;
