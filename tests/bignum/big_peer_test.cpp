@@ -105,6 +105,19 @@ TEST(BigPeerTest, ModularPowersAgreeWithThePeer) {
   }
 }
 
+// Both parts of the modulus are so long that their products need scratch.
+TEST(BigPeerTest, ModularPowersByLongEvenModuliAgreeWithThePeer) {
+  for (int i = 0; i < Cases(6); ++i) {
+    const BigInt base = RandomBigOf(9000), e = RandomBig(40);
+    const BigInt m = RandomBigOf(4000) * HexPower(1000 + Below(200));
+    Mpz power;
+    mpz_powm(power, Mpz(base), Mpz(e), Mpz(m));
+    BigInt r;
+    ASSERT_EQ(ModExp(r, base, e, m), S_OK);
+    ASSERT_EQ(Value(r), Peer(power)) << Hex(base) << " ^ " << Hex(e) << " mod " << Hex(m);
+  }
+}
+
 TEST(BigPeerTest, LongOperandsAgreeWithThePeer) {
   for (const uint32_t bits : {60000u, 1000000u}) {
     const BigInt a = RandomBigOf(bits), b = RandomBigOf(bits / 2) + BigInt(1);

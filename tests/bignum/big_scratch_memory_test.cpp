@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "big_int.h"
+#include "big_text.h"
 #include "gcd.h"
 #include "half_gcd.h"
 #include "memory_watch.h"
@@ -159,6 +160,16 @@ TEST_F(BigScratchMemoryTest, AFailedAllocationOfGcdAndInverseLeavesTheirOperands
   FailEachOf("inverse", BigInt(7), [&](BigInt& r) { return Inverse(r, b, a + BigInt(2)); });
 }
 
+// A number whose text is made by powers that products with scratch give.
+TEST_F(BigScratchMemoryTest, AFailedAllocationOfDecimalTextLeavesTheNumber) {
+  const BigInt n = Pattern(1000, 7);
+  FailEachOf("there and back", n, [](BigInt& r) {
+    NumberText text;
+    const HRESULT status = ToText(text, r, 10);
+    return SUCCEEDED(status) ? FromDecimalText(r, text.Characters(), text.Length()) : status;
+  });
+}
+
 // Numbers of so many limbs that steps are found from their upper parts, with a quotient of 1,600 bits among
 // the steps, which needs memory too.
 TEST_F(BigScratchMemoryTest, AFailedAllocationOfLongGcdAndInverseLeavesTheirOperands) {
@@ -232,25 +243,24 @@ TEST_F(BigScratchMemoryTest, AFailedAllocationOfTheFermatTestIsReported) {
   bool expected = true;
   ASSERT_EQ(IsFermatPrime(&expected, n), S_OK);
   EXPECT_FALSE(expected);
-  int failures = 0;
-  for (long count = 0;; ++count) {
-    bool result = false;
-    HRESULT status = S_OK;
-    {
-      const FailOneAllocation failing(count);
-      status = IsFermatPrime(&result, n);
+  for (const bool before : {false, true}) {
+    int failures = 0;
+    for (long count = 0;; ++count) {
+      bool result = before;
+      HRESULT status = S_OK;
+      {
+        const FailOneAllocation failing(count);
+        status = IsFermatPrime(&result, n);
+      }
+      if (FAILED(status)) {
+        EXPECT_EQ(status, E_OUTOFMEMORY) << count;
+        ++failures;
+      }
+      EXPECT_EQ(result, FAILED(status) && before) << count;
+      if (!AllocationHasFailed()) break;
     }
-    if (!AllocationHasFailed()) {
-      EXPECT_EQ(status, S_OK);
-      break;
-    }
-    if (FAILED(status)) {
-      EXPECT_EQ(status, E_OUTOFMEMORY) << count;
-      ++failures;
-    }
-    EXPECT_FALSE(result) << count;
+    EXPECT_GT(failures, 0);
   }
-  EXPECT_GT(failures, 0);
 }
 
 }  // namespace

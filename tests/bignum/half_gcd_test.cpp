@@ -219,6 +219,23 @@ TEST(HalfGcdTest, LargeQuotientsAmongTheStepsAreRight) {
   }
 }
 
+// A step by a division is followed by others, until the numbers have half of their limbs.
+TEST(HalfGcdTest, ALargeQuotientDoesNotEndTheSteps) {
+  if (!kHasHalfGcd) GTEST_SKIP() << "left out where the stack is small";
+  for (const size_t n : {size_t{24}, size_t{41}}) {
+    for (const size_t least : {kLeastHalfGcd, n + 1}) {
+      Limbs x = RandomLimbs(n), y = RandomLimbs(n);
+      x.back() |= 1;
+      std::fill_n(y.rbegin(), 3, Limb{0});
+      y[n - 4] |= 1;
+      TestMatrix m(HalfGcdEntry(n));
+      Limbs scratch(HalfGcdScratch(n, 0, least).Value());
+      const size_t left = HalfGcd(x.data(), y.data(), n, &m.matrix, scratch.data(), least);
+      EXPECT_LE(left, n / 2 + 3) << n << ", recursion from " << least;
+    }
+  }
+}
+
 TEST(HalfGcdTest, PairsOfProductsAreRight) {
   for (const size_t m : {1u, 2u, 7u, 40u, 150u}) {
     for (const size_t n : {1u, 3u, 60u, 400u}) {
