@@ -95,6 +95,26 @@ class EncodingsOfScripts(CommandLineTest):
                               ("utf-16-be", "1201"), ("utf-8", "65001")):
             self.check(name, self.TEXT.encode(name), "--charset", charset)
 
+    # Names of Python's codecs, with characters that other sets of the kind have elsewhere or lack.
+    CODE_PAGES = {
+        1200: ("utf-16-le", "\u0436"), 1201: ("utf-16-be", "\u0436"), 10000: ("mac-roman", "\u00e9"),
+        12000: ("utf-32-le", "\u0436"), 12001: ("utf-32-be", "\u0436"), 20127: ("ascii", "z"),
+        20866: ("koi8-r", "\u0436"), 20932: ("euc-jp", "\u4e9c"), 21866: ("koi8-u", "\u0457"),
+        28591: ("iso8859-1", "\u00f0"), 28592: ("iso8859-2", "\u0142"), 28593: ("iso8859-3", "\u0127"),
+        28594: ("iso8859-4", "\u0138"), 28595: ("iso8859-5", "\u0436"), 28596: ("iso8859-6", "\u0628"),
+        28597: ("iso8859-7", "\u03bb"), 28598: ("iso8859-8", "\u05e9"), 28599: ("iso8859-9", "\u011f"),
+        28600: ("iso8859-10", "\u014b"), 28601: ("iso8859-11", "\u0e01"), 28603: ("iso8859-13", "\u0173"),
+        28604: ("iso8859-14", "\u0175"), 28605: ("iso8859-15", "\u0153"), 50220: ("iso2022-jp", "\u4e9c"),
+        51932: ("euc-jp", "\uff71"), 51936: ("gb2312", "\u6c49"), 51949: ("euc-kr", "\uac00"),
+        54936: ("gb18030", "\u6c49"), 65000: ("utf-7", "\u0436"), 65001: ("utf-8", "\u0436")}
+
+    def test_chosen_by_number(self):
+        for number, (codec, character) in self.CODE_PAGES.items():
+            data = f"WScript.Echo('{character}')".encode(codec)
+            for charset in (str(number), f"cp{number}"):
+                run = self.run_host("--charset", charset, self.make("a.js", data))
+                self.assertEqual((run.returncode, run.stdout, run.stderr), (0, character + "\n", ""), charset)
+
     def test_not_valid(self):
         path = self.make("a.js", b"x;\n'\xc3\xa9\xe9';")
         run = self.run_host(path)

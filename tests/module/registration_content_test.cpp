@@ -112,6 +112,32 @@ TEST_F(RegistrationContentTest, RegistersEveryRowOfTheClassTableAndTheLibrary) {
   EXPECT_EQ(AllRows(), expected);
 }
 
+// The script of a number, whatever other scripts add, is that of both rows of one class.
+TEST_F(RegistrationContentTest, EachScriptIsThatOfOneClass) {
+  const struct {
+    WORD number;
+    const char* stem;
+  } kScripts[] = {
+      {105, "Symmetric"},          {106, "RSA"},         {107, "Number"}, {108, "ToviStreamCrypt"},
+      {10102, "ToviStreamDigest"}, {10103, "HashObject"}};
+  for (const auto& script : kScripts) {
+    const HRSRC resource =
+        FindResourceW(module_.handle(), MAKEINTRESOURCEW(script.number), OLESTR("REGISTRY"));
+    ASSERT_NE(resource, nullptr) << script.number;
+    const char* const bytes =
+        static_cast<const char*>(LockResource(LoadResource(module_.handle(), resource)));
+    ASSERT_NE(bytes, nullptr);
+    const std::string text(bytes, SizeofResource(module_.handle(), resource));
+    const std::string stem = std::string("Vardeko.crypt.") + script.stem;
+    std::vector<std::string> names;
+    for (size_t at = 0; (at = text.find("\tProgID = s '", at)) != std::string::npos;) {
+      at = text.find('\'', at) + 1;
+      names.push_back(text.substr(at, text.find('\'', at) - at));
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{stem + ".1", stem + ".free.1"}));
+  }
+}
+
 // One class in full, written out.
 TEST_F(RegistrationContentTest, RegistersHashObject) {
   ASSERT_EQ(module_.register_server(), S_OK);
