@@ -64,7 +64,17 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{949, "\xB0\xA1\x81\x41", u"\uAC00\uAC02"},
         Sample{950, "\xA4\xA4\xA4\xE5", u"\u4E2D\u6587"}, Sample{65000, "A+ImI-b", u"A\u2262b"},
         Sample{65001, "\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80", u"\u00FC\u20AC\U0001F600"},
-        Sample{54936, "\x81\x30\x81\x30", u"\u0080"}),
+        Sample{54936, "\x81\x30\x81\x30", u"\u0080"}, Sample{737, "\xE0", u"\u03C9"},
+        Sample{775, "\x83", u"\u0101"}, Sample{852, "\x88", u"\u0142"},
+        Sample{855, "\xE9", u"\u0436"}, Sample{857, "\x8D", u"\u0131"},
+        Sample{858, "\xD5", u"\u20AC"}, Sample{860, "\x94", u"\u00F5"},
+        Sample{862, "\x80", u"\u05D0"}, Sample{863, "\x8E", u"\u00C0"},
+        Sample{864, "\xC7", u"\uFE8D"}, Sample{865, "\x9B", u"\u00F8"},
+        Sample{866, "\xA6", u"\u0436"}, Sample{869, "\xFA", u"\u03C9"},
+        Sample{874, "\xA1", u"\u0E01"}, Sample{10000, "\x8E", u"\u00E9"},
+        Sample{20866, "\xD6", u"\u0436"}, Sample{21866, "\xA7", u"\u0457"},
+        Sample{1361, "\x88\x61", u"\uAC00"}, Sample{51932, "\xB0\xA1", u"\u4E9C"},
+        Sample{51949, "\xB0\xA1", u"\uAC00"}),
     [](const testing::TestParamInfo<Sample>& sample) {
       return "set" + std::to_string(sample.param.set);
     });
@@ -211,6 +221,22 @@ TEST(CharacterSets, ConvertersAreClosed) {
   EXPECT_EQ(Decode(28602, "a"), u"");
   EXPECT_GT(test::OpenedConverters(), opened);
   EXPECT_EQ(test::ClosedConverters() - closed, test::OpenedConverters() - opened);
+}
+
+// Set 861 is used nowhere else here: the table of a set is made at its first use.
+TEST(CharacterSets, WithoutAConverterNothingIsConverted) {
+  const long closed = test::ClosedConverters();
+  test::RefuseConverters(true);
+  WCHAR text[8] = {};
+  char bytes[8] = {};
+  for (const UINT set : {932u, 861u}) {
+    EXPECT_EQ(MultiByteToWideChar(set, 0, "\x83\x5C", 2, text, 8), 0) << set;
+    EXPECT_EQ(WideCharToMultiByte(set, 0, u"\x3042", 1, bytes, 8, nullptr, nullptr), 0) << set;
+  }
+  test::RefuseConverters(false);
+  EXPECT_EQ(test::ClosedConverters(), closed);
+  EXPECT_EQ(Decode(932, "\x82\xA0"), u"\x3042");
+  EXPECT_EQ(Decode(861, "\x95"), u"\u00FE");
 }
 
 TEST(CharacterSets, LongTextsCrossTheBlocks) {

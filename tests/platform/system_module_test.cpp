@@ -144,6 +144,11 @@ TEST(Modules, ThePlatformsOwnLibrariesAreThisRuntime) {
     const FARPROC entry = GetProcAddress(module, "UnRegisterTypeLib");
     EXPECT_EQ(reinterpret_cast<void (*)()>(entry),
               reinterpret_cast<void (*)()>(&UnRegisterTypeLib));
+    Dl_info runtime = {};
+    ASSERT_NE(dladdr(reinterpret_cast<const void*>(entry), &runtime), 0);
+    WCHAR file[MAX_PATH + 1] = {};
+    ASSERT_GT(GetModuleFileNameW(module, file, MAX_PATH + 1), 0u);
+    EXPECT_EQ(std::u16string(file), Wide(runtime.dli_fname));
     EXPECT_EQ(FreeLibrary(module), TRUE);
   }
 }

@@ -7,4 +7,7 @@ namespace mirolta::test {
 long OpenedConverters();
 long ClosedConverters();
 
+// Whether none can be opened, as in a system without the files of the character sets.
+void RefuseConverters(bool refuse);
+
 }  // namespace mirolta::test
