@@ -28,10 +28,12 @@ struct ScriptContext {
   // The name of the property that makes a script object a handle (object_handle.h).
   void* handle_name = nullptr;
   HandleCache handles;
-  // Values and names that are kept, for each automation object that a script gets.
+  // Values that are kept, for each automation object that a script gets.
   void* finalizer = nullptr;
   void* dispatch_handler = nullptr;
-  void* own_names_of_function[2] = {};
+  // The names of the properties that a function has of its own.
+  void* length_name = nullptr;
+  void* name_name = nullptr;
   // The name of the property that holds the lower bound of a byte array, where it is not 0.
   void* lower_bound_name = nullptr;
   // For byte arrays that are arguments (byte_loan.h).

@@ -275,9 +275,9 @@ void FinishProxy(duk_context* engine, SlotNumber number) {
 
 void MakeCallable(duk_context* engine, SlotNumber number) {
   duk_push_c_function(engine, NeverCalled, 0);
-  for (void* name : ContextOf(engine).own_names_of_function) {
-    duk_del_prop_heapptr(engine, -1, name);
-  }
+  const ScriptContext& context = ContextOf(engine);
+  duk_del_prop_heapptr(engine, -1, context.length_name);
+  duk_del_prop_heapptr(engine, -1, context.name_name);
   FinishProxy(engine, number);
 }
 
@@ -301,8 +301,8 @@ void InstallDispatchObjects(duk_context* engine) {
   duk_put_function_list(engine, -1, kTraps);
   ScriptContext& context = ContextOf(engine);
   context.dispatch_handler = KeepValue(engine, kHandler);
-  context.own_names_of_function[0] = KeepName(engine, "length");
-  context.own_names_of_function[1] = KeepName(engine, "name");
+  context.length_name = KeepName(engine, "length");
+  context.name_name = KeepName(engine, "name");
 }
 
 }  // namespace mirolta::host
