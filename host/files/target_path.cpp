@@ -28,9 +28,9 @@ bool ReadLink(const std::string& path, std::string* text) {
 }
 
 bool IsSameNode(const struct stat& a, const struct stat& b) {
-  const bool are_devices =
-      (S_ISCHR(a.st_mode) && S_ISCHR(b.st_mode)) || (S_ISBLK(a.st_mode) && S_ISBLK(b.st_mode));
-  if (are_devices) return a.st_rdev == b.st_rdev;
+  if ((a.st_mode & S_IFMT) != (b.st_mode & S_IFMT)) return false;
+  // One device may have nodes in several folders.
+  if (S_ISCHR(a.st_mode) || S_ISBLK(a.st_mode)) return a.st_rdev == b.st_rdev;
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
