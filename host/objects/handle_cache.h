@@ -30,9 +30,9 @@ class HandleCache {
   };
   static constexpr size_t kRows = 64;
 
-  // Blocks are at least 16 bytes apart.
+  // Blocks are at least that far apart.
   static size_t IndexOf(const void* object) {
-    return reinterpret_cast<uintptr_t>(object) / 16 % kRows;
+    return reinterpret_cast<uintptr_t>(object) / alignof(max_align_t) % kRows;
   }
 
   Row rows_[kRows];
