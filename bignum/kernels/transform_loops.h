@@ -18,9 +18,9 @@ struct TransformLoops {
     MIROLTA_TRANSFORM_TARGET explicit Field(const TransformPrime& prime)
         : p(V::Set(prime.p)),
           two_p(V::Set(2 * prime.p)),
-          negated_p(V::Set((uint64_t{1} << kResidueBits) - prime.p)),
+          negated_p(V::Set(0 - prime.p)),
           high_unit(V::Set(prime.high_unit)) {}
-    Word p, two_p, negated_p, high_unit;
+    Word p, two_p, negated_p, high_unit;  // of negated_p products take the low kResidueBits
   };
   struct Factor {
     MIROLTA_TRANSFORM_TARGET explicit Factor(TransformFactor w)
