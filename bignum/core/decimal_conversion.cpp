@@ -53,7 +53,7 @@ void WriteChunks(char* digits, Limb* x, size_t n, size_t count) {
   n = SignificantLimbs(x, n);
   Limb chunks[kRepeatedDivisions];
   while (count != 0) {
-    if (n > 1 && count >= kRepeatedDivisions) {
+    if (count >= kRepeatedDivisions) {
       DivideRepeatedly(chunks, x, n, divisor);
     } else {
       for (Limb& chunk : chunks) {
