@@ -1,6 +1,9 @@
 // A module that the runtime could not give a handle when it was loaded. This program is the module.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 #include "entry_points.h"
 #include "mirolta.h"
 #include "module_state.h"
@@ -8,7 +11,6 @@
 
 namespace {
 int attached = 0;
-int detached = 0;
 }  // namespace
 
 namespace mirolta {
@@ -18,8 +20,10 @@ extern "C" HINSTANCE MiroltaAttachModule(const ModuleResources* resources) {
   return nullptr;
 }
 
+// Called, if at all, after the tests: what was never attached is not detached.
 extern "C" void MiroltaDetachModule(HINSTANCE) {
-  ++detached;
+  std::fputs("a module without a handle was detached\n", stderr);
+  std::_Exit(1);
 }
 
 namespace {
@@ -34,7 +38,6 @@ TEST(UnattachedModuleTest, EveryEntryPointSaysSo) {
   EXPECT_EQ(DllUnregisterServer(), E_INVALIDARG);
   // Nothing holds a module that was never attached.
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
-  EXPECT_EQ(detached, 0);
 }
 
 }  // namespace
