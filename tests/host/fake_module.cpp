@@ -62,6 +62,22 @@ void GiveTable(VARIANT* result) {
   result->parray = array;
 }
 
+// One element, 7, in the most dimensions that an array has. Bound i is i.
+void GiveDeepArray(VARIANT* result) {
+  constexpr UINT kDimensions = 60;
+  SAFEARRAYBOUND bounds[kDimensions];
+  LONG indices[kDimensions];
+  for (UINT i = 0; i < kDimensions; ++i) {
+    bounds[i] = {1, static_cast<LONG>(i)};
+    indices[i] = static_cast<LONG>(i);
+  }
+  SAFEARRAY* array = SafeArrayCreate(VT_I4, kDimensions, bounds);
+  LONG element = 7;
+  SafeArrayPutElement(array, indices, &element);
+  result->vt = VT_ARRAY | VT_I4;
+  result->parray = array;
+}
+
 void GiveBytes(VARIANT* result, LONG lower, std::string bytes) {
   SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, lower, static_cast<ULONG>(bytes.size()));
   void* data = nullptr;
@@ -128,6 +144,7 @@ HRESULT MakeValue(const std::string& kind, VARIANT* result) {
          v->vt = VT_DECIMAL;
        }},
       {"table", GiveTable},
+      {"deep", GiveDeepArray},
       {"shorts",
        [](VARIANT* v) {
          const SHORT element = -2;

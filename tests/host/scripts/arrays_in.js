@@ -13,3 +13,6 @@ try { t.getItem(3, 0); } catch (e) { WScript.Echo(e.number, e.description); }
 WScript.Echo(new VBArray(o.Same(table)).getItem(1, 2));
 var kinds = ["shorts", "doubles", "decimals"];
 for (var i in kinds) WScript.Echo(kinds[i], new VBArray(o.Make(kinds[i])).toArray());
+var deep = new VBArray(o.Make("deep")), indices = [];
+for (var d = 0; d < deep.dimensions(); ++d) indices.push(d);
+WScript.Echo(d, deep.lbound(d), deep.getItem.apply(deep, indices), deep.toArray());
