@@ -21,7 +21,8 @@ extern "C" HINSTANCE MiroltaAttachModule(const ModuleResources* resources) {
 }
 
 // Called, if at all, after the tests: what was never attached is not detached.
-extern "C" void MiroltaDetachModule(HINSTANCE) {
+extern "C" void MiroltaDetachModule(HINSTANCE module) {
+  if (module != nullptr) return;
   std::fputs("a module without a handle was detached\n", stderr);
   std::_Exit(1);
 }
