@@ -1,6 +1,7 @@
 #include "values/value_marshal.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <cmath>
 #include <string>
@@ -112,6 +113,27 @@ TEST_F(ValueMarshal, TextKeepsEveryUnit) {
   PushVariant(Api(), value);
   EXPECT_EQ(duk_get_length(Api(), -1), 5u);
   duk_pop(Api());
+}
+
+// What the C library's allocator has given out, in bytes.
+size_t MemoryInUse() {
+  const struct mallinfo2 all = mallinfo2();
+  return all.uordblks + all.hblkhd;
+}
+
+TEST(ScopedVariantTest, TextsAndArraysAreFreed) {
+  constexpr UINT kLength = 5000;
+  const size_t before = MemoryInUse();
+  for (int i = 0; i < 1000; ++i) {
+    ScopedVariant text, array;
+    text.vt = VT_BSTR;
+    text.bstrVal = SysAllocStringLen(nullptr, kLength);
+    ASSERT_NE(text.bstrVal, nullptr);
+    array.vt = VT_ARRAY | VT_UI1;
+    array.parray = SafeArrayCreateVector(VT_UI1, 0, kLength);
+    ASSERT_NE(array.parray, nullptr);
+  }
+  EXPECT_LT(MemoryInUse(), before + 100 * kLength);
 }
 
 TEST_F(ValueMarshal, ShortAndLongTextsArePushedUnitForUnit) {
