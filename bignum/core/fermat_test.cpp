@@ -44,9 +44,11 @@ bool TwoToPowerIsOne(bool* result, const Limb* e, size_t en, const Limb* m, size
 }
 
 bool FermatTest(bool* result, const Limb* m, size_t n, Limb* spare) noexcept {
-  *result = false;
   // Not 1, and no even number: 2 to any power above 0 stays even modulo it.
-  if ((m[0] & 1) == 0 || (n == 1 && m[0] == 1)) return true;
+  if ((m[0] & 1) == 0 || (n == 1 && m[0] == 1)) {
+    *result = false;
+    return true;
+  }
   LimbScratch power{CheckedSize(n)};
   if (power.Get() == nullptr) return false;
   CopyLimbs(spare, m, n);
@@ -54,12 +56,11 @@ bool FermatTest(bool* result, const Limb* m, size_t n, Limb* spare) noexcept {
   const size_t en = SignificantLimbs(spare, n);
   bool one = false;
   if (!TwoToPowerIsOne(&one, spare, en, m, n)) return false;
-  if (!one) return true;
-  for (const Limb base : kOtherBases) {
-    if (!PowerModulo(power.Get(), &base, 1, spare, en, m, n)) return false;
-    if (power.Get()[0] != 1 || SignificantLimbs(power.Get(), n) != 1) return true;
+  for (size_t i = 0; one && i < kOtherBaseCount; ++i) {
+    if (!PowerModulo(power.Get(), &kOtherBases[i], 1, spare, en, m, n)) return false;
+    one = power.Get()[0] == 1 && SignificantLimbs(power.Get(), n) == 1;
   }
-  *result = true;
+  *result = one;
   return true;
 }
 

@@ -18,7 +18,7 @@ inline constexpr size_t kOtherBaseCount = sizeof kOtherBases / sizeof kOtherBase
 
 // FermatTest sets *result to whether a^(m - 1) mod m is 1 for a = 2, 3, 5 and 7.
 // Shapes: m[n] != 0, m[n - 1] != 0; spare[n].
-// Errors: false if memory runs out.
+// Errors: false if memory runs out; *result is unchanged.
 // Time:   depends on the values.
 // Source: Menezes, van Oorschot and Vanstone, Handbook of Applied Cryptography, 4.9.
 [[nodiscard]] bool FermatTest(bool* result, const Limb* m, size_t n, Limb* spare) noexcept;

@@ -26,10 +26,8 @@ HRESULT IsFermatPrime(bool* result, const BigInt& n) noexcept {
   LimbScratch memory(2 * CheckedSize(limbs));
   if (memory.Get() == nullptr) return E_OUTOFMEMORY;
   LimbsFromWords(memory.Get(), n.Magnitude().Words(), n.Used());
-  bool found = false;
-  if (!FermatTest(&found, memory.Get(), limbs, memory.Get() + limbs)) return E_OUTOFMEMORY;
-  *result = found;
-  return S_OK;
+  const bool tested = FermatTest(result, memory.Get(), limbs, memory.Get() + limbs);
+  return tested ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT NextPrime(BigInt& n) noexcept {

@@ -65,9 +65,11 @@ void SecretResidues::PowerOfTwo(Limb* z, size_t e) noexcept {
     Leave(z, square_);
     return;
   }
-  if (e >= n * kLimbBits && e - n * kLimbBits <= kMostDoublings) {
+  // Wraps to a large number for less than B^n.
+  const size_t doublings = e - n * kLimbBits;
+  if (doublings <= kMostDoublings) {
     CopyLimbs(z, square_, n);
-    for (size_t i = n * kLimbBits; i < e; ++i) Double(z);
+    for (size_t i = 0; i < doublings; ++i) Double(z);
     return;
   }
   MakePower(z, e);
