@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <langinfo.h>
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
@@ -13,22 +12,10 @@
 #include <vector>
 
 #include "files/full_path.h"
+#include "locale_charset.h"
 #include "open_converters.h"
 #include "source/charset_decoder.h"
 #include "source/script_kind.h"
-
-namespace {
-
-// The character set of the locale, which few systems have another than UTF-8 of.
-char locale_charset[16] = "UTF-8";
-
-}  // namespace
-
-// In place of the C library's.
-extern "C" char* nl_langinfo_l(nl_item item, locale_t) {
-  static char no_other[] = "";
-  return item == CODESET ? locale_charset : no_other;
-}
 
 namespace mirolta::host {
 namespace {
@@ -143,10 +130,10 @@ TEST(ScriptSource, BytesWithoutAMarkHaveTheLocalesCharsetUnlessTheyAreUtf8) {
       {"", "\xF6", "\xC3\xB6"},
   };
   for (const auto& one : kCases) {
-    strcpy(locale_charset, one.locale);
+    test::SetLocaleCharset(one.locale);
     EXPECT_EQ(Load(one.bytes), one.text) << one.locale;
   }
-  strcpy(locale_charset, "UTF-8");
+  test::SetLocaleCharset("UTF-8");
 }
 
 TEST(ScriptSource, EveryByteOfWindows1252IsDecodedOrRefused) {

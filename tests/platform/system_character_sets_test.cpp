@@ -1,5 +1,6 @@
 #include "all_at_once.h"
 #include "child_process.h"
+#include "locale_charset.h"
 #include "mirolta/system.h"
 #include "open_converters.h"
 #include "system_support.h"
@@ -262,6 +263,29 @@ TEST(CharacterSets, SetZeroIsTheLocales) {
   EXPECT_TRUE(LocaleSetIsUtf8("LC_ALL", "POSIX"));
   EXPECT_TRUE(LocaleSetIsUtf8("LC_ALL", "C.UTF-8"));
   EXPECT_TRUE(LocaleSetIsUtf8("LC_ALL", "no_such_locale"));
+}
+
+// The C library's names of the sets of locales, each in a process of its own.
+TEST(CharacterSets, SetZeroIsTheOneThatTheLocaleNames) {
+  const struct {
+    const char* name;
+    const char* bytes;
+    const WCHAR* text;
+  } kCases[] = {
+      {"GBK", "\xC4\xE3", u"\u4F60"},         {"GB2312", "\xC4\xE3", u"\u4F60"},
+      {"BIG5", "\xA4\xA4", u"\u4E2D"},        {"SHIFT_JIS", "\x82\xA0", u"\u3042"},
+      {"TIS-620", "\xA1", u"\u0E01"},         {"UHC", "\xB0\xA1", u"\uAC00"},
+      {"UTF8", "\xC3\xBC", u"\u00FC"},        {"US-ASCII", "\xC3\xBC", u"\u00FC"},
+      {"ascii", "\xC3\xBC", u"\u00FC"},       {"ANSI_X3.4-1968", "\xC3\xBC", u"\u00FC"},
+      {"KOI8-R", "\xD6", u"\u0436"},          {"iso-8859-2", "\xB1", u"\u0105"},
+      {"no-such-set", "\xC3\xBC", u"\u00FC"},
+  };
+  for (const auto& one : kCases) {
+    EXPECT_TRUE(test::Succeeds(test::Fork([&] {
+      test::SetLocaleCharset(one.name);
+      return Decode(0, one.bytes) == one.text && Encode(0, one.text) == one.bytes;
+    }))) << one.name;
+  }
 }
 
 TEST(CharacterSets, ThreadsMayStartTogether) {
