@@ -109,9 +109,10 @@ HRESULT STDMETHODCALLTYPE ToviStreamDigest::Write(const void* bytes, ULONG count
     if (target == nullptr) {
       if (!write_.IsDigesting()) return S_OK;
       const HRESULT status = write_.Update(bytes, count);
+      if (FAILED(status)) return status;
       // A counter that was 0 stays 0; callers rely on it.
-      if (SUCCEEDED(status) && written != nullptr && *written != 0) *written = count;
-      return status;
+      if (written != nullptr && *written != 0) *written = count;
+      return S_OK;
     }
     ULONG put = 0;
     const HRESULT status = WriteTo(target, bytes, count, &put);
