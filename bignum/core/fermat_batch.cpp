@@ -46,14 +46,14 @@ bool FermatBatch::Test(uint32_t* passed, const Limb* candidates, const Limb* bas
   const size_t digits = FermatLanesCount(Radix52Count(bits_, spare));
   const size_t zeros = digits * kRadix52Bits / kLimbBits;
   Radix52Scratch lanes((2 * CheckedSize(digits) + 2) * kLanes);
-  LimbScratch limbs(CheckedSize(zeros) + kFirstLimbs + CheckedSize(n));
+  const size_t first_limbs = zeros + kFirstLimbs;
+  LimbScratch limbs(CheckedSize(first_limbs) + CheckedSize(n));
   Digit52* const m = lanes.Get();
   Limb* const first = limbs.Get();
   if (m == nullptr || first == nullptr) return false;
   Digit52* const power = m + digits * kLanes;
   Digit52* const inverse = power + digits * kLanes;
   Digit52* const base = inverse + kLanes;
-  const size_t first_limbs = zeros + kFirstLimbs;
   Limb* const residue = first + first_limbs;
   const size_t rest = bits_ - kFirstBits;
 

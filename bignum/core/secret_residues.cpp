@@ -81,7 +81,7 @@ void SecretResidues::MakePower(Limb* z, size_t e) noexcept {
   // The top bit of m, which is below m since m is odd, is doubled until it is B^n mod m, and further
   // while that costs less than a product.
   uint32_t shift = 0;
-  while ((e >> shift) > 1 && (e >> shift) > n / 2) ++shift;
+  while ((e >> shift) > n / 2) ++shift;
   ZeroLimbs(z, n);
   z[(bits - 1) / kLimbBits] = static_cast<Limb>(Limb{1} << ((bits - 1) % kLimbBits));
   for (size_t i = bits - 1; i < n * kLimbBits + (e >> shift); ++i) Double(z);

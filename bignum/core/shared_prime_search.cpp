@@ -47,10 +47,9 @@ void TakeCandidates(void* context) {
     AddLimb(candidate, n, static_cast<Limb>(offset - reached));
     reached = offset;
     if (shared.sieve.Contradicts(offset, candidate, n)) continue;
-    bool prime = false;
-    const bool tested =
-        FermatTest(&prime, candidate, SignificantLimbs(candidate, n), candidate + n);
-    if (tested && !prime) continue;
+    bool ends = true;  // also without memory
+    const bool tested = FermatTest(&ends, candidate, SignificantLimbs(candidate, n), candidate + n);
+    if (!ends) continue;
     shared.EndAt(offset, !tested);
     return;
   }
