@@ -27,9 +27,14 @@ def tracked_files(root):
     return [p for p in sorted(set(out.split("\0"))) if p and os.path.isfile(os.path.join(root, p))]
 
 
+def words_of(command, properties):
+    """words_of returns what names the files that a test needs: its command, its environment, what it requires."""
+    return command + properties.get("ENVIRONMENT", []) + properties.get("REQUIRED_FILES", [])
+
+
 def named_targets(words, build, outputs):
-    """named_targets returns those of outputs that the words of a test's command and environment name by paths
-    below build, and the module if the host, which loads it, is among them."""
+    """named_targets returns those of outputs that the words of a test name by paths below build, and the module if
+    the host, which loads it, is among them."""
     inside = re.compile(re.escape(build) + r"/([^\s;|]+)")
     targets = {target for word in words for target in inside.findall(word)} & outputs
     if any(target.endswith("mirolta-host") for target in targets):
@@ -180,7 +185,7 @@ class Tree:
         self.tests = []
         for entry in json.loads(out)["tests"]:
             properties = {p["name"]: p["value"] for p in entry["properties"]}
-            targets = named_targets(entry["command"] + properties.get("ENVIRONMENT", []), self.build, outputs)
+            targets = named_targets(words_of(entry["command"], properties), self.build, outputs)
             folder = os.path.relpath(properties["WORKING_DIRECTORY"], self.build)
             self.tests.append(Test(entry["name"], entry["command"], folder, targets, properties))
         # They look at the sources' text or at another build; or they undo what others need.

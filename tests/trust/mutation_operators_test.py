@@ -123,6 +123,11 @@ class Build(unittest.TestCase):
         self.assertEqual(known.binaries("tests/b"), {"tests/b", "lib/a.so.1"})
         self.assertEqual(known.binaries("lib/a.so"), {"lib/a.so.1"})
 
+    def test_a_test_needs_what_command_environment_and_requirements_name(self):
+        properties = {"ENVIRONMENT": ["A=/b/1"], "REQUIRED_FILES": ["/b/2"], "TIMEOUT": 60}
+        self.assertEqual(tree.words_of(["python3", "/b/tests"], properties), ["python3", "/b/tests", "A=/b/1", "/b/2"])
+        self.assertEqual(tree.words_of(["a_test"], {}), ["a_test"])
+
     def test_a_test_has_what_its_environment_names(self):
         outputs = {"bin/mirolta-host", "tests/a_test", "tests/b_test"}
         self.assertEqual(tree.named_targets(["/b/tests/a_test", "/b/tests/none"], "/b", outputs), {"tests/a_test"})
