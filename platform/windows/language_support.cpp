@@ -1,10 +1,13 @@
 // Compiler runtime routines. The language library's versions report misuse by exceptions, whose
 // support is larger than the module.
+//
+// Only the system's headers: with a local static of the language library's the compiler declares the functions
+// of its guard, with another type.
 #include <cstdint>
 
-#include "platform.h"
+#include "system_headers.h"
 
-// This header needs the ones before it.
+// This header needs the one before it.
 // clang-format off
 #include <ntsecapi.h>
 // clang-format on
