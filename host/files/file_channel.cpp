@@ -20,7 +20,7 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
-    if (file_ != kNone) close(file_);
+    if (file_ > kNone) close(file_);
   }
 
   int Get() const { return file_; }

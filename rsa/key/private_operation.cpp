@@ -26,7 +26,7 @@ void CopyNumber(Limb* z, size_t size, const BigInt& n) {
 // Whether powers modulo m are computed here: m is odd, above 1 and not negative.
 bool IsModulus(const BigInt& m) {
   return m.IsOdd() && !m.IsNegative() && m.Used() != 0 && m.GetWord(m.Used() - 1) != 0 &&
-         !(m.Used() == 1 && m.GetWord(0) == 1);
+         (m.Used() != 1 || m.GetWord(0) != 1);
 }
 
 }  // namespace
