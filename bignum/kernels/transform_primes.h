@@ -11,7 +11,7 @@ inline constexpr uint64_t kResidueMask = (uint64_t{1} << kResidueBits) - 1;
 
 // HighProduct returns the upper 64 bits of a * b.
 constexpr uint64_t HighProduct(uint64_t a, uint64_t b) {
-  if constexpr (sizeof(DoubleLimb) > sizeof(uint64_t)) {
+  if constexpr (kLimbBits == 64) {
     return static_cast<uint64_t>(static_cast<DoubleLimb>(a) * b >> 64);
   } else {
     const uint64_t a0 = static_cast<uint32_t>(a), a1 = a >> 32;
