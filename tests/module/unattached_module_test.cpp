@@ -11,6 +11,7 @@
 
 namespace {
 int attached = 0;
+int detached = 0;
 }  // namespace
 
 namespace mirolta {
@@ -22,6 +23,7 @@ extern "C" HINSTANCE MiroltaAttachModule(const ModuleResources* resources) {
 
 // Called, if at all, after the tests: what was never attached is not detached.
 extern "C" void MiroltaDetachModule(HINSTANCE module) {
+  ++detached;
   if (module != nullptr) return;
   std::fputs("a module without a handle was detached\n", stderr);
   std::_Exit(1);
@@ -39,6 +41,7 @@ TEST(UnattachedModuleTest, EveryEntryPointSaysSo) {
   EXPECT_EQ(DllUnregisterServer(), E_INVALIDARG);
   // Nothing holds a module that was never attached.
   EXPECT_EQ(DllCanUnloadNow(), S_OK);
+  EXPECT_EQ(detached, 0);
 }
 
 }  // namespace

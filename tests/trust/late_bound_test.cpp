@@ -240,8 +240,8 @@ TEST_F(LateBoundTest, NamesAreFoundInAnyCaseAndCalledAsTheirKindOnly) {
       Arguments arguments(kind == kPut ? "m" : ArgumentsFor(member, false));
       VARIANT result;
       const HRESULT status = subject.Invoke(other, arguments.Get(), arguments.Count(), &result);
-      // The system's type information may count the arguments of the other kind first.
-      if (kPortableRuntime || status != DISP_E_BADPARAMCOUNT) {
+      // The system's type information may count the arguments of a put first.
+      if (kPortableRuntime || kind != kPut || status != DISP_E_BADPARAMCOUNT) {
         EXPECT_EQ(status, DISP_E_MEMBERNOTFOUND) << "kind " << kind;
       }
       ++refused;
