@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <iterator>

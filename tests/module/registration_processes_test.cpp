@@ -1,5 +1,4 @@
 // Registration by several processes: many at once, some killed, others creating objects meanwhile.
-#include <dlfcn.h>
 #include <signal.h>
 #include <sys/stat.h>
 
@@ -9,6 +8,7 @@
 
 #include "child_process.h"
 #include "loaded_module.h"
+#include "platform_fault.h"
 #include "registration_fixture.h"
 #include "run_time.h"
 #include "temporary_folder.h"
@@ -23,32 +23,27 @@ void CountFileChange() {
   if (ends_at != 0 && --ends_at == 0) kill(getpid(), SIGKILL);
 }
 
-template <typename Function>
-Function* Next(Function*, const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 // Intercepts the runtime's calls.
 extern "C" {
 
 __attribute__((visibility("default"))) int fsync(int file) {
-  static auto* const next = Next(&fsync, "fsync");
+  static auto* const next = mirolta::test::RuntimeOperation(&fsync, "fsync");
   ++syncs;
   CountFileChange();
   return next(file);
 }
 
 __attribute__((visibility("default"))) ssize_t write(int file, const void* bytes, size_t size) {
-  static auto* const next = Next(&write, "write");
+  static auto* const next = mirolta::test::RuntimeOperation(&write, "write");
   CountFileChange();
   return next(file, bytes, ends_at == 1 ? size / 2 : size);
 }
 
 __attribute__((visibility("default"))) int renameat(int from_folder, const char* from,
                                                     int to_folder, const char* to) noexcept {
-  static auto* const next = Next(&renameat, "renameat");
+  static auto* const next = mirolta::test::RuntimeOperation(&renameat, "renameat");
   CountFileChange();
   const int result = next(from_folder, from, to_folder, to);
   CountFileChange();

@@ -1,9 +1,10 @@
 #include "locale_charset.h"
 
-#include <dlfcn.h>
 #include <langinfo.h>
 
 #include <cstdio>
+
+#include "platform_fault.h"
 
 namespace {
 
@@ -25,6 +26,5 @@ void SetLocaleCharset(const char* name) {
 extern "C" __attribute__((visibility("default"))) char* nl_langinfo_l(nl_item item,
                                                                       locale_t locale) {
   if (item == CODESET && is_set) return charset;
-  return reinterpret_cast<decltype(&nl_langinfo_l)>(dlsym(RTLD_NEXT, "nl_langinfo_l"))(item,
-                                                                                       locale);
+  return mirolta::test::RuntimeOperation(&nl_langinfo_l, "nl_langinfo_l")(item, locale);
 }

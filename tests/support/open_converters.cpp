@@ -1,20 +1,16 @@
 #include "open_converters.h"
 
-#include <dlfcn.h>
 #include <errno.h>
 #include <iconv.h>
 
 #include <atomic>
 
+#include "platform_fault.h"
+
 namespace {
 
 std::atomic<long> opened = 0, closed = 0;
 std::atomic<bool> refused = false;
-
-template <typename Function>
-Function* Next(Function*, const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
 
 }  // namespace
 
@@ -39,12 +35,12 @@ extern "C" __attribute__((visibility("default"))) iconv_t iconv_open(const char*
     errno = EINVAL;
     return reinterpret_cast<iconv_t>(-1);
   }
-  const iconv_t converter = Next(&iconv_open, "iconv_open")(to, from);
+  const iconv_t converter = mirolta::test::RuntimeOperation(&iconv_open, "iconv_open")(to, from);
   if (converter != reinterpret_cast<iconv_t>(-1)) ++opened;
   return converter;
 }
 
 extern "C" __attribute__((visibility("default"))) int iconv_close(iconv_t converter) {
   ++closed;
-  return Next(&iconv_close, "iconv_close")(converter);
+  return mirolta::test::RuntimeOperation(&iconv_close, "iconv_close")(converter);
 }
