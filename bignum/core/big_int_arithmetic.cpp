@@ -1,3 +1,5 @@
+#include <type_traits>
+
 #include "big_int.h"
 #include "divide.h"
 #include "limb_basics.h"
@@ -55,6 +57,21 @@ HRESULT DivideBoth(BigInt* q, BigInt* r, const BigInt& a, const BigInt& b) {
 constexpr size_t kShortLimbs = 8;
 constexpr size_t kShortWords = kShortLimbs * kLimbWords;
 
+// The limbs of a where they are, if limbs are words; else null.
+template <typename AnyLimb>
+const AnyLimb* LimbsInPlace(const BigMagnitude& a) {
+  if constexpr (std::is_same_v<AnyLimb, uint32_t>) {
+    return a.Words();
+  } else {
+    return nullptr;
+  }
+}
+
+// Whether a product must copy its operands: r may be one of them, or share its words.
+bool CopiesOperands(const BigInt& r, const BigMagnitude& a, const BigMagnitude& b) {
+  return LimbsInPlace<Limb>(a) == nullptr || &r.Magnitude() == &a || &r.Magnitude() == &b;
+}
+
 // r := a * b, kShortWords >= a_words >= b_words >= 1. Multiply calls it in one place, so that
 // compilers inline it and know the bounds of the copies.
 HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const BigMagnitude& b,
@@ -62,31 +79,52 @@ HRESULT MultiplyShort(BigInt& r, const BigMagnitude& a, size_t a_words, const Bi
   const size_t m = LimbsForWords(a_words);
   const size_t n = LimbsForWords(b_words);
   Limb operands[2 * kShortLimbs];
-  LimbsFromWords(operands, a.Words(), a_words);
-  LimbsFromWords(operands + m, b.Words(), b_words);
-  // The operands are copied, so that r may be one of them.
+  const Limb* x = LimbsInPlace<Limb>(a);
+  const Limb* y = LimbsInPlace<Limb>(b);
+  const bool copies = CopiesOperands(r, a, b);
+  if (copies) {
+    LimbsFromWords(operands, a.Words(), a_words);
+    LimbsFromWords(operands + m, b.Words(), b_words);
+    x = operands;
+    y = operands + m;
+  }
   Limb* const product = r.BeginLimbs(m + n);
   if (product != nullptr) {
-    CurrentLimbKernels().multiply(product, operands, m, operands + m, n);
+    CurrentLimbKernels().multiply(product, x, m, y, n);
     r.EndLimbs(product, m + n);
   }
-  WipeMemory(operands, (m + n) * sizeof(Limb));
+  if (copies) {
+    WipePiece<kShortLimbs * sizeof(Limb)>(operands);
+    if (m + n > kShortLimbs) WipePiece<kShortLimbs * sizeof(Limb)>(operands + kShortLimbs);
+  }
   return product != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
 // r := a * b, m >= 1, n >= 1. Not inlined, so that short products do not pay for its stack frame.
 __attribute__((noinline)) HRESULT MultiplyLong(BigInt& r, const BigMagnitude& a, size_t m,
                                                const BigMagnitude& b, size_t n) {
-  const bool square = &a == &b;
-  LimbScratch memory(CheckedSize(m) + CheckedSize(n) + MultiplyScratch(m, n));
+  const bool copies = CopiesOperands(r, a, b);
+  CheckedSize limbs = MultiplyScratch(m, n);
+  if (copies) limbs = limbs + CheckedSize(m) + CheckedSize(n);
+  LimbScratch memory(limbs);
   if (memory.Get() == nullptr) return E_OUTOFMEMORY;
-  Limb* const x = memory.Get();
-  Limb* const y = square ? x : x + m;
-  LimbsFromWords(x, a.Words(), a.Used());
-  if (!square) LimbsFromWords(y, b.Words(), b.Used());
+  Limb* scratch = memory.Get();
+  const Limb* x = LimbsInPlace<Limb>(a);
+  const Limb* y = LimbsInPlace<Limb>(b);
+  if (copies) {
+    LimbsFromWords(scratch, a.Words(), a.Used());
+    x = scratch;
+    y = x;
+    scratch += m;
+    if (&a != &b) {
+      LimbsFromWords(scratch, b.Words(), b.Used());
+      y = scratch;
+      scratch += n;
+    }
+  }
   Limb* const product = r.BeginLimbs(m + n);
   if (product == nullptr) return E_OUTOFMEMORY;
-  MultiplyLimbs(product, x, m, y, n, x + m + n);
+  MultiplyLimbs(product, x, m, y, n, scratch);
   r.EndLimbs(product, m + n);
   return S_OK;
 }

@@ -4,6 +4,7 @@
 #include "limb_basics.h"
 #include "limb_scratch.h"
 #include "multiply.h"
+#include "newton_division.h"
 #include "schoolbook_division.h"
 
 namespace mirolta {
@@ -11,7 +12,9 @@ namespace mirolta {
 CheckedSize DivideScratch(size_t m, size_t n) noexcept {
   const bool recurses = m - n + 1 >= kBurnikelZieglerLimbs && n >= kBurnikelZieglerLimbs;
   if (!recurses) return SizeConstant(0);
-  return BurnikelZieglerScratch(n, m - n + 1);
+  const CheckedSize recursive = BurnikelZieglerScratch(n, m - n + 1);
+  if (!UsesNewtonDivision(n, m - n + 1)) return recursive;
+  return LargerOf(recursive, NewtonScratch(n, m - n + 1));
 }
 
 namespace {
@@ -23,16 +26,17 @@ struct NormalisedDivision {
   Limb reciprocal;  // Reciprocal3By2 of v's top two limbs
 };
 
-// BeginDivision shifts both operands and finds the quotient limb above the others where there is
-// one.
-// Shapes: as for DivideInPlace, n >= 2.
+// BeginDivision shifts both operands, but for the lowest `unused` limbs of u, and finds the quotient limb
+// above the others where there is one.
+// Shapes: as for DivideInPlace, n >= 2, unused <= m - n.
 __attribute__((always_inline)) inline NormalisedDivision BeginDivision(Limb* q, Limb* u, size_t m,
-                                                                       Limb* v, size_t n) {
+                                                                       Limb* v, size_t n,
+                                                                       size_t unused) {
   const uint32_t shift = LeadingZeros(v[n - 1]);
   u[m] = 0;
   if (shift != 0) {
     ShiftLeftLimbs(v, v, n, shift);
-    u[m] = ShiftLeftLimbs(u, u, m, shift);
+    u[m] = ShiftLeftLimbs(u + unused, u + unused, m - unused, shift);
   }
   size_t count = m - n + 1;
   // A limb shifted out is less than v's top limb. Without one the top n limbs are less than 2 v.
@@ -47,10 +51,12 @@ void DivideInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratch)
     u[0] = DivideByLimb(q, u, m, PrepareDivisor(v[0]));
     return;
   }
-  const NormalisedDivision division = BeginDivision(q, u, m, v, n);
+  const NormalisedDivision division = BeginDivision(q, u, m, v, n, 0);
   size_t count = division.count;
   if (count < kBurnikelZieglerLimbs || n < kBurnikelZieglerLimbs) {
     SchoolbookDivide(q, u, n + count, v, n, division.reciprocal, false);
+  } else if (UsesNewtonDivision(n, count)) {
+    NewtonDivide(q, u, v, n, count, scratch);
   } else {
     // Blocks of n quotient limbs, the top one shorter. Each leaves a remainder below v.
     while (count != 0) {
@@ -67,8 +73,13 @@ bool QuotientInPlace(Limb* q, Limb* u, size_t m, Limb* v, size_t n, Limb* scratc
     DivideByLimb(q, u, m, PrepareDivisor(v[0]));
     return true;
   }
-  const NormalisedDivision division = BeginDivision(q, u, m, v, n);
+  // The schoolbook method takes u from limb n - 2 on, into which limb n - 3 is shifted. The quotient limb above the
+  // others takes the top n limbs.
+  const size_t below = m - n < n - 2 ? m - n : n - 3;
+  const size_t unused = n < 3 || n >= kBurnikelZieglerLimbs ? 0 : below;
+  const NormalisedDivision division = BeginDivision(q, u, m, v, n, unused);
   size_t count = division.count;
+  if (UsesNewtonDivision(n, count)) return NewtonQuotient(q, u, v, n, count, scratch);
   if (n < kBurnikelZieglerLimbs) {
     if (!SchoolbookDivide(q, u, n + count, v, n, division.reciprocal, true)) return false;
   } else {

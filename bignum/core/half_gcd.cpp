@@ -181,7 +181,7 @@ size_t JoinLowLimbs(const EuclidMatrix& matrix, Limb* x, Limb* y, size_t low, si
   Limb* const z0 = scratch;
   Limb* const z1 = z0 + room;
   // With y' = B^low - 1 - y for the low limbs, u x - v y = u x + v y' + v - v B^low: sums only.
-  for (size_t i = 0; i < low; ++i) y[i] = static_cast<Limb>(~y[i]);
+  ComplementLimbs(y, y, low);
   MultiplyPair(matrix, z0, z1, x, y, low, z1 + room);
   ZeroLimbs(x, low);
   ZeroLimbs(y, low);

@@ -38,6 +38,13 @@ inline void SelectLimbs(Limb* z, const Limb* x, const Limb* y, Limb mask, size_t
   for (size_t i = 0; i < n; ++i) z[i] = static_cast<Limb>((x[i] & mask) | (y[i] & ~mask));
 }
 
+// ComplementLimbs: z := B^n - 1 - x.
+// Shapes: z[n], x[n].
+// Alias:  z may be x.
+inline void ComplementLimbs(Limb* z, const Limb* x, size_t n) {
+  for (size_t i = 0; i < n; ++i) z[i] = static_cast<Limb>(~x[i]);
+}
+
 // AddLimb: x := x + y; returns the carry.
 // Shapes: x[n].
 inline Limb AddLimb(Limb* x, size_t n, Limb y) {

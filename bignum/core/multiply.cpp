@@ -44,6 +44,7 @@ CheckedSize RecursiveScratch(size_t n) {
 CheckedSize MultiplyScratch(size_t m, size_t n) noexcept {
   const size_t less = m < n ? m : n;
   if (less < kSchoolbookLimbs) return SizeConstant(0);
+  if (m == n && less < kToom3Limbs) return BalancedScratch(n);
   if constexpr (kHasTransforms) {
     if (HasTransforms(m, n)) {
       const CheckedSize transforms = TransformScratch(m, n);

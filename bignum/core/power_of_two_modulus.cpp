@@ -30,7 +30,7 @@ void PowerOfTwoModulus::Invert(Limb* z, const Limb* d, Limb* spare) const noexce
     ZeroLimbs(z + correct, next - correct);
     MultiplyLow(spare, d, z, next);
     // 2 - d z
-    for (size_t i = 0; i < next; ++i) spare[i] = static_cast<Limb>(~spare[i]);
+    ComplementLimbs(spare, spare, next);
     AddLimb(spare, next, 3);
     MultiplyLow(z, z, spare, next);
     correct = next;

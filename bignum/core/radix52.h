@@ -69,29 +69,47 @@ inline Digit52 Radix52Inverse(const Limb* m, size_t n) {
 // The limbs that hold a radix-2^52 digit.
 inline constexpr size_t kRadix52DigitLimbs = (kRadix52Bits + kLimbBits - 1) / kLimbBits;
 
-// ToRadix52Modulus returns m as the products take it.
-// Shapes: digits[2 * padded], which the result refers to, m[n] odd, n >= kRadix52DigitLimbs,
+// NextMultiple: z := (x + m * i) / 2^52 for the i < 2^52 that makes the sum divisible.
+// Shapes: z[padded], x[padded] <= m, m[n], inverse = -1 / m mod 2^52, n >= kRadix52DigitLimbs,
 //         spare[n + kRadix52DigitLimbs].
+// Alias:  z may be x.
+// Time:   depends on the lengths only.
+inline void NextMultiple(Digit52* z, const Digit52* x, size_t padded, const Limb* m, size_t n,
+                         Digit52 inverse, Limb* spare) {
+  Limb factor[kRadix52DigitLimbs] = {};
+  OrRadix52Digit(factor, kRadix52DigitLimbs, 0, x[0] * inverse & kRadix52Mask);
+  CurrentLimbKernels().multiply(spare, m, n, factor, kRadix52DigitLimbs);
+  Digit52 sum = x[0] + Radix52Digit(spare, n + kRadix52DigitLimbs, 0);
+  for (size_t i = 0; i < padded; ++i) {
+    sum >>= kRadix52Bits;
+    sum += Radix52Digit(spare, n + kRadix52DigitLimbs, i + 1);
+    if (i + 1 < padded) sum += x[i + 1];
+    z[i] = sum & kRadix52Mask;
+  }
+  WipeMemory(factor, sizeof factor);
+}
+
+// The numbers of padded digits that a Radix52Modulus refers to.
+inline constexpr size_t kRadix52ModulusNumbers = 1 + kRadix52Multiples;
+
+// ToRadix52Modulus returns m as the products take it.
+// Shapes: digits[kRadix52ModulusNumbers * padded], which the result refers to, m[n] odd,
+//         n >= kRadix52DigitLimbs, spare[n + kRadix52DigitLimbs].
 // Alias:  none.
 // Time:   depends on the lengths only.
 inline Radix52Modulus ToRadix52Modulus(Digit52* digits, size_t padded, const Limb* m, size_t n,
                                        Limb* spare) {
-  const Digit52 inverse = Radix52Inverse(m, n);
-  // With factor = 2^52 - inverse the multiple is m - (m * factor - 1) / 2^52.
-  Limb factor[kRadix52DigitLimbs] = {};
-  OrRadix52Digit(factor, kRadix52DigitLimbs, 0, (0 - inverse) & kRadix52Mask);
-  CurrentLimbKernels().multiply(spare, m, n, factor, kRadix52DigitLimbs);
-  Digit52* const multiple = digits + padded;
-  Digit52 borrow = 0;
-  for (size_t i = 0; i < padded; ++i) {
-    digits[i] = Radix52Digit(m, n, i);
-    const Digit52 subtracted = Radix52Digit(spare, n + kRadix52DigitLimbs, i + 1) + borrow;
-    const Digit52 difference = digits[i] - subtracted;
-    multiple[i] = difference & kRadix52Mask;
-    borrow = difference >> 63;
+  Radix52Modulus modulus = {digits, {}, Radix52Inverse(m, n)};
+  ToRadix52(digits, padded, m, n);
+  Digit52* number = digits + padded;
+  for (size_t i = 0; i < padded; ++i) number[i] = i == 0 ? 1 : 0;
+  const Digit52* before = number;
+  for (const Digit52*& multiple : modulus.multiple) {
+    NextMultiple(number, before, padded, m, n, modulus.inverse, spare);
+    multiple = before = number;
+    number += padded;
   }
-  WipeMemory(factor, sizeof factor);
-  return {digits, multiple, inverse};
+  return modulus;
 }
 
 // LeaveRadix52: z := the value of x modulo m.

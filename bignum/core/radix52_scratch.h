@@ -1,4 +1,4 @@
-// Scratch memory of computations in radix 2^52, wiped before it is freed.
+// Scratch memory of computations in radix 2^52 and 2^27, wiped before it is freed.
 #pragma once
 
 #include "radix52_ifma.h"
@@ -7,7 +7,7 @@
 
 namespace mirolta {
 
-// Radix52Scratch owns count radix-2^52 digits of unspecified content, at a multiple of 64 bytes: vectors
+// Radix52Scratch owns count digits of unspecified content, at a multiple of 64 bytes: vectors
 // that cross no cache line load twice as fast.
 class Radix52Scratch {
  public:

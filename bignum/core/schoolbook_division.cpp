@@ -28,9 +28,7 @@ struct ShortRows {
 struct LongRows {
   static constexpr bool kBranches = false;
   static Limb Stored(Limb x) { return static_cast<Limb>(~x); }
-  static void Convert(Limb* a, size_t n) {
-    for (size_t i = 0; i < n; ++i) a[i] = static_cast<Limb>(~a[i]);
-  }
+  static void Convert(Limb* a, size_t n) { ComplementLimbs(a, a, n); }
   static Limb SubtractRow(const LimbKernels& k, Limb* z, const Limb* x, size_t n, Limb y) {
     return k.mul_add1(z, x, n, y);
   }
@@ -47,7 +45,8 @@ __attribute__((noinline)) bool DivideBy(Limb* q, Limb* a, size_t m, const Limb* 
   const LimbPair top = {d[n - 2], d[n - 1]};
   // The window's two top limbs are kept in registers between the steps.
   LimbPair u = {a[m - 2], a[m - 1]};
-  Rows::Convert(a, m);
+  const size_t unused = truncates ? n - 2 : 0;
+  Rows::Convert(a + unused, m - unused);
   for (size_t j = m - n; j-- != 0;) {
     const size_t omitted = truncates && j + 2 < n ? n - 2 - j : 0;
     const size_t low = n - 2 - omitted;  // limbs of the row below the top two
@@ -93,7 +92,7 @@ __attribute__((noinline)) bool DivideBy(Limb* q, Limb* a, size_t m, const Limb* 
     }
     q[j] = quotient;
   }
-  Rows::Convert(a, n - 2);
+  if (!truncates) Rows::Convert(a, n - 2);
   a[n - 1] = u.high;
   a[n - 2] = u.low;
   return true;

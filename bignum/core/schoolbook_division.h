@@ -30,10 +30,10 @@ inline Limb ReduceTop(Limb* a, size_t m, const Limb* d, size_t n) {
 
 // SchoolbookDivide: q := a / d, the lowest n limbs of a := a mod d.
 //
-// If it truncates, the step of quotient limb j omits the limbs of d below its top j + 2. Of the
-// remainder only a[n - 2] and a[n - 1] are set then; the value is too large by the omitted
-// products, less than (m - n) * B^(n - 1). Returns false where a quotient limb is undetermined by
-// the truncated product, true otherwise.
+// If it truncates, the step of quotient limb j omits the limbs of d below its top j + 2, and a[0] to
+// a[n - 3] are not read. Of the remainder only a[n - 2] and a[n - 1] are set then; the value is too
+// large by the omitted products, less than (m - n) * B^(n - 1). Returns false where a quotient limb is
+// undetermined by the truncated product, true otherwise.
 // Shapes: a[m], its top n limbs below d; d[n], its top bit set; q[m - n], m >= n >= 2; reciprocal
 //         is Reciprocal3By2(d[n - 1], d[n - 2]).
 // Alias:  none.

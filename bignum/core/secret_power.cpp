@@ -2,6 +2,7 @@
 
 #include "limb_basics.h"
 #include "limb_scratch.h"
+#include "radix27_power.h"
 #include "radix52_power.h"
 #include "secret_residues.h"
 #include "secret_window.h"
@@ -9,6 +10,16 @@
 namespace mirolta {
 
 namespace {
+
+struct LimbArithmetic {
+  SecretResidues& residues;
+
+  void Multiply(Limb* z, const Limb* x, const Limb* y) const { residues.Multiply(z, x, y); }
+  void Select(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
+              Limb index) const {
+    SelectEntryByMasks(z, table, entries, stride, n, index);
+  }
+};
 
 bool SecretMontgomeryPower(const SecretPower* powers) {
   const SecretPower& power = *powers;
@@ -24,11 +35,8 @@ bool SecretMontgomeryPower(const SecretPower* powers) {
   Limb* const quotient = exponent + longest;
 
   SecretResidues residues(power.m, n, memory.Get(), power.square);
-  const auto multiply = [&residues](Limb* z, const Limb* x, const Limb* y) {
-    residues.Multiply(z, x, y);
-  };
-  SecretWindow<Limb, 1, SelectEntryByMasks, decltype(multiply)> raising(tables, n, window,
-                                                                        multiply);
+  const LimbArithmetic arithmetic = {residues};
+  SecretWindow<Limb, 1, LimbArithmetic> raising(tables, n, window, arithmetic);
   residues.PowerOfTwo(raising.One(), 0);
   residues.Enter(raising.Base(), power.x, power.xn);
   CopyLimbs(exponent, power.e, power.en);
@@ -45,6 +53,12 @@ constexpr SecretPowerMethod kMontgomery = {1, 0, SIZE_MAX, SecretMontgomeryPower
 constexpr SecretPowerMethod kRadix52 = {1, kRadix52PowerLeastBits, kRadix52PowerMostBits,
                                         Radix52SecretPower};
 #endif
+#if MIROLTA_KERNELS_FOR(X86_32)
+template <const Radix27Kernels& kKernels>
+constexpr SecretPowerMethod kRadix27 = {
+    1, kRadix27PowerLeastBits, kRadix27PowerMostBits,
+    [](const SecretPower* powers) { return Radix27SecretPower(kKernels, *powers); }};
+#endif
 #if MIROLTA_KERNELS_FOR(X86_64)
 constexpr SecretPowerMethod kRadix52Pair = {2, kRadix52PairLeastBits, kRadix52PairMostBits,
                                             Radix52SecretPair};
@@ -56,6 +70,10 @@ constexpr Kernel<const SecretPowerMethod*> kRows[] = {
 #endif
 #if MIROLTA_KERNELS_FOR(X86)
     {"ifma", kRadix52Features, &kRadix52},
+#endif
+#if MIROLTA_KERNELS_FOR(X86_32)
+    {"avx2", kFeatureAvx2, &kRadix27<kRadix27Avx2>},
+    {"sse2", kFeatureSse2, &kRadix27<kRadix27Sse2>},
 #endif
     {"montgomery", 0, &kMontgomery},
 };

@@ -8,7 +8,30 @@ namespace {
 
 constexpr size_t kMostDoublings = 2 * size_t{kLimbBits};
 
+// z := z + x mod m. One subtraction of m brings z + x < 2 m below m, unless it borrows more than the
+// sum's carry.
+// Shapes: m[n], z[n] and x[n] < m, spare[n].
+void SumModulo(Limb* z, const Limb* x, const Limb* m, size_t n, Limb* spare) {
+  const LimbKernels& k = CurrentLimbKernels();
+  const Limb carry = k.add(z, z, x, n);
+  const Limb borrow = k.subtract(spare, z, m, n);
+  const Limb keep = static_cast<Limb>(0 - static_cast<Limb>(borrow & (carry ^ 1)));
+  SelectLimbs(z, z, spare, keep, n);
+}
+
 }  // namespace
+
+void DoubleModulo(Limb* z, const Limb* m, size_t n, Limb* spare) noexcept {
+  SumModulo(z, z, m, n, spare);
+}
+
+void DoubleToPower(Limb* z, size_t e, const Limb* m, size_t n, Limb* spare) noexcept {
+  // Its top bit is below m, since m is odd.
+  const size_t top = LimbBits(m, n) - 1;
+  ZeroLimbs(z, n);
+  z[top / kLimbBits] = static_cast<Limb>(Limb{1} << (top % kLimbBits));
+  for (size_t i = top; i < e; ++i) DoubleModulo(z, m, n, spare);
+}
 
 SecretResidues::SecretResidues(const Limb* m, size_t n, Limb* memory, const Limb* square) noexcept
     : modulus_(PrepareMontgomery(m, n)),
@@ -43,13 +66,8 @@ void SecretResidues::Leave(Limb* z, const Limb* x) noexcept {
   CurrentLimbKernels().reduce(z, product_, modulus_.m, modulus_.n, modulus_.inverse);
 }
 
-// One subtraction of m brings z + x < 2 m below m, unless it borrows more than the sum's carry.
 void SecretResidues::Sum(Limb* z, const Limb* x) noexcept {
-  const LimbKernels& k = CurrentLimbKernels();
-  const Limb carry = k.add(z, z, x, modulus_.n);
-  const Limb borrow = k.subtract(product_, z, modulus_.m, modulus_.n);
-  const Limb keep = static_cast<Limb>(0 - static_cast<Limb>(borrow & (carry ^ 1)));
-  SelectLimbs(z, z, product_, keep, modulus_.n);
+  SumModulo(z, x, modulus_.m, modulus_.n, product_);
 }
 
 void SecretResidues::Subtract(Limb* z, const Limb* x, const Limb* y) noexcept {
@@ -77,14 +95,10 @@ void SecretResidues::PowerOfTwo(Limb* z, size_t e) noexcept {
 
 void SecretResidues::MakePower(Limb* z, size_t e) noexcept {
   const size_t n = modulus_.n;
-  const size_t bits = LimbBits(modulus_.m, n);
-  // The top bit of m, which is below m since m is odd, is doubled until it is B^n mod m, and further
-  // while that costs less than a product.
+  // B^n mod m is doubled while that costs less than a product.
   uint32_t shift = 0;
   while ((e >> shift) > n / 2) ++shift;
-  ZeroLimbs(z, n);
-  z[(bits - 1) / kLimbBits] = static_cast<Limb>(Limb{1} << ((bits - 1) % kLimbBits));
-  for (size_t i = bits - 1; i < n * kLimbBits + (e >> shift); ++i) Double(z);
+  DoubleToPower(z, n * kLimbBits + (e >> shift), modulus_.m, n, product_);
   while (shift-- != 0) {
     Multiply(z, z, z);
     if ((e >> shift & 1) != 0) Double(z);
@@ -105,6 +119,15 @@ void SecretResidues::Enter(Limb* z, const Limb* x, size_t count) noexcept {
     WideProduct(residue, chunk, square_);
     Sum(z, residue);
   }
+}
+
+void SecretResidues::EnterShifted(Limb* one, Limb* z, const Limb* x, size_t count,
+                                  size_t e) noexcept {
+  PowerOfTwo(one, e);
+  Enter(z, x, count);
+  Multiply(z, z, one);
+  Leave(z, z);
+  Leave(one, one);
 }
 
 }  // namespace mirolta

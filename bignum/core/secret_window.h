@@ -17,13 +17,6 @@ inline Limb IsSame(Limb a, Limb b) {
   return mask;
 }
 
-// SelectEntry: z := entry `index` of a table of `entries`, each n units, `stride` units apart. Units are limbs
-// or digits of another radix.
-// Alias:  none.
-// Time:   depends on the counts only: every entry is read.
-template <typename Unit>
-using SelectEntry = void (*)(Unit* z, const Unit* table, size_t entries, size_t stride, size_t n,
-                             Unit index);
 template <size_t kLimbs>
 inline void SelectLimbsOfEntry(Limb* z, const Limb* table, size_t entries, size_t stride,
                                Limb index) {
@@ -35,6 +28,9 @@ inline void SelectLimbsOfEntry(Limb* z, const Limb* table, size_t entries, size_
   }
   for (size_t j = 0; j < kLimbs; ++j) z[j] = sum[j];
 }
+// SelectEntryByMasks: z := entry `index` of a table of `entries`, each n limbs, `stride` limbs apart.
+// Alias:  none.
+// Time:   depends on the counts only: every entry is read.
 inline void SelectEntryByMasks(Limb* z, const Limb* table, size_t entries, size_t stride, size_t n,
                                Limb index) {
   // As many at once as registers hold beside the table's addresses.
@@ -114,17 +110,18 @@ inline CheckedSize WindowMemory(CheckedSize stride, uint32_t window) {
 }
 
 // SecretWindow raises kCount numbers to powers at once. An element is kCount numbers of `size`
-// units, one after the other:
-//   multiply(z, x, y) computes z := x * y of all, where z may be x or y, and x may be y;
-//   kSelect selects one number of an element, for each.
-template <typename Unit, size_t kCount, SelectEntry<Unit> kSelect, typename Multiply>
+// units, one after the other; units are limbs or digits of another radix:
+//   arithmetic.Multiply(z, x, y) computes z := x * y of all, where z may be x or y, and x may be y;
+//   arithmetic.Select(z, table, entries, stride, n, index) selects one number of an element, by the rules of
+//   SelectEntryByMasks.
+template <typename Unit, size_t kCount, typename Arithmetic>
 class SecretWindow {
  public:
   // Shapes: memory[WindowMemory(kCount * size, window)].
-  SecretWindow(Unit* memory, size_t size, uint32_t window, const Multiply& multiply)
+  SecretWindow(Unit* memory, size_t size, uint32_t window, const Arithmetic& arithmetic)
       : size_(size),
         window_(window),
-        multiply_(multiply),
+        arithmetic_(arithmetic),
         short_table_(memory),
         table_(short_table_ + (kCount * size << kShortWindow)),
         entry_(table_ + (kCount * size << window)) {}
@@ -146,8 +143,11 @@ class SecretWindow {
         Select(z, short_table_, kShortWindow, digits);
         continue;
       }
-      for (uint32_t i = 0; i < kShortWindow; ++i) multiply_(z, z, z);
-      MultiplySelected(z, short_table_, kShortWindow, digits);
+      for (uint32_t i = 1; i < kShortWindow; ++i) arithmetic_.Multiply(z, z, z);
+      // An entry is selected before the last square: the processor overlaps the two.
+      Select(entry_, short_table_, kShortWindow, digits);
+      arithmetic_.Multiply(z, z, z);
+      arithmetic_.Multiply(z, z, entry_);
     }
     for (size_t i = 0; i < kCount * size_; ++i) {
       table_[i] = short_table_[i];
@@ -160,21 +160,23 @@ class SecretWindow {
     const size_t top = (least + window_ - 1) / window_ * window_;
     for (size_t at = top; at != 0;) {
       --at;
-      if (at < top - window_) multiply_(z, z, z);
-      if (at % window_ == 0) {
+      const bool is_first = at == top - window_;
+      const bool has_digit = at % window_ == 0;
+      if (has_digit) {
         for (size_t i = 0; i < kCount; ++i) digits[i] = LongDigit(e[i].quotient, bits, at);
-        if (at == top - window_) {
-          Select(z, table_, window_, digits);
-        } else {
-          MultiplySelected(z, table_, window_, digits);
-        }
+        Select(is_first ? z : entry_, table_, window_, digits);
+      }
+      if (at < top - window_) {
+        arithmetic_.Multiply(z, z, z);
+        if (has_digit) arithmetic_.Multiply(z, z, entry_);
       }
       // The topmost digit of the rest is not above that of the quotient.
       if (at < kLimbBits && at % kShortWindow == 0) {
         for (size_t i = 0; i < kCount; ++i) {
           digits[i] = ShortDigit(e[i].rest, static_cast<uint32_t>(at));
         }
-        MultiplySelected(z, short_table_, kShortWindow, digits);
+        Select(entry_, short_table_, kShortWindow, digits);
+        arithmetic_.Multiply(z, z, entry_);
       }
     }
     WipeMemory(digits, sizeof digits);
@@ -201,26 +203,22 @@ class SecretWindow {
     const size_t stride = kCount * size_;
     for (size_t i = 2; i < size_t{1} << window; ++i) {
       if (i % 2 == 0) {
-        multiply_(table + i * stride, table + i / 2 * stride, table + i / 2 * stride);
+        arithmetic_.Multiply(table + i * stride, table + i / 2 * stride, table + i / 2 * stride);
       } else {
-        multiply_(table + i * stride, table + (i - 1) * stride, table + stride);
+        arithmetic_.Multiply(table + i * stride, table + (i - 1) * stride, table + stride);
       }
     }
   }
   void Select(Unit* z, const Unit* table, uint32_t window, const Limb (&digits)[kCount]) {
     for (size_t i = 0; i < kCount; ++i) {
-      kSelect(z + i * size_, table + i * size_, size_t{1} << window, kCount * size_, size_,
-              digits[i]);
+      arithmetic_.Select(z + i * size_, table + i * size_, size_t{1} << window, kCount * size_,
+                         size_, digits[i]);
     }
-  }
-  void MultiplySelected(Unit* z, const Unit* table, uint32_t window, const Limb (&digits)[kCount]) {
-    Select(entry_, table, window, digits);
-    multiply_(z, z, entry_);
   }
 
   size_t size_;
   uint32_t window_;
-  const Multiply& multiply_;
+  const Arithmetic& arithmetic_;
   Unit* short_table_;
   Unit* table_;
   Unit* entry_;

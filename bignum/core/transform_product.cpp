@@ -63,13 +63,13 @@ void StoreElement(Limb* z, uint64_t x) {
   if constexpr (kElementLimbs == 2) z[1] = static_cast<Limb>(x >> 32);
 }
 
-// PrimeProduct: a product modulo one prime.
+// PrimeProduct: a product modulo one prime, or a pair of them.
 class PrimeProduct {
  public:
   PrimeProduct(const TransformKernels& kernels, const TransformPrime& prime,
                const TransformParts& parts, const TransformTable& table)
       : kernels_(kernels), prime_(prime), parts_(parts), table_(table) {
-    StoreEntry(0, 1);
+    StoreEntry(0, prime.one);
     size_t filled = 1;
     size_t level = 0;
     for (; filled < kBlock; filled *= 2, ++level) {
@@ -94,7 +94,7 @@ class PrimeProduct {
         Transform(other, i, y, n);
         factor = other;
       }
-      // The inverse transform multiplies by the size, the products divide by 2^52.
+      // The inverse transform multiplies by the size, the products divide by high_unit.
       const uint32_t bits = static_cast<uint32_t>(std::countr_zero(size));
       const TransformFactor scale =
           Factor(prime_.Product(prime_.high_unit, Factor(prime_.PowerOfHalf(bits))));
@@ -131,7 +131,7 @@ class PrimeProduct {
     const TransformFactor scale = Factor(prime_.p - prime_.PowerOfHalf(1));
     kernels_.subtract_fold(z + offset, parts_.size[1], z, parts_.offset[1], PartRoot(1), scale,
                            prime_);
-    kernels_.add_multiple(z, z + offset, parts_.size[1], Factor(prime_.p - 1), prime_);
+    kernels_.add_multiple(z, z + offset, parts_.size[1], Factor(prime_.p - prime_.one), prime_);
   }
 
   // The product is s + (y^t0 - 1) (y^t1 - R1) q for s of length t0 + t1 and some q of length t2. Modulo
@@ -148,7 +148,8 @@ class PrimeProduct {
     kernels_.add_multiple(z, q, size, Factor(root), prime_);
     kernels_.add_multiple(z + parts_.size[0] * kBlockLimbs, q, size, Factor(prime_.p - root),
                           prime_);
-    kernels_.add_multiple(z + parts_.size[1] * kBlockLimbs, q, size, Factor(prime_.p - 1), prime_);
+    kernels_.add_multiple(z + parts_.size[1] * kBlockLimbs, q, size, Factor(prime_.p - prime_.one),
+                          prime_);
   }
 
   const TransformKernels& kernels_;
@@ -196,7 +197,8 @@ void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, s
   Limb* const third = second + size;
   Limb* const results[kTransformPrimes] = {first, second, third};
   for (size_t i = 0; i < kTransformPrimes; ++i) {
-    PrimeProduct(kernels, kPrimes[i], parts, table).Run(results[i], third + size, x, m, y, n);
+    PrimeProduct(kernels, kernels.primes[i], parts, table)
+        .Run(results[i], third + size, x, m, y, n);
   }
   kernels.combine(first, second, third, parts.blocks);
   const size_t count = elements * kElementLimbs < m + n ? elements * kElementLimbs : m + n;

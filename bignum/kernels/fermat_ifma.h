@@ -29,10 +29,11 @@ using FermatLanesTest = uint32_t (*)(const FermatLanes& lanes);
 inline constexpr size_t kFermatLeastCount = 3;
 inline constexpr size_t kFermatMostCount = 24;
 
-// FermatLanesCount rounds a count of radix-2^52 digits up to one with a test: any up to 10, even
-// ones above. Each test is unrolled and so has code of its own.
+// FermatLanesCount rounds a count of radix-2^52 digits up to one with a test: any up to 10, in 32-bit mode up to 6,
+// even ones above. Each test is unrolled and so has code of its own.
 constexpr size_t FermatLanesCount(size_t count) {
-  return count <= 10 ? count : count + count % 2;
+  constexpr size_t kAnyUpTo = MIROLTA_KERNELS_FOR(X86_64) ? 10 : 6;
+  return count <= kAnyUpTo ? count : count + count % 2;
 }
 
 // FermatLanesTestFor returns the test for numbers of count digits, a result of FermatLanesCount

@@ -71,13 +71,14 @@ inline LimbPair Product(Limb a, Limb b) {
 
 // kDividesWide: the processor divides a double limb itself.
 inline constexpr bool kDividesWide =
-    MIROLTA_KERNELS_FOR(X86_64) || sizeof(DoubleLimb) <= sizeof(size_t);
+    MIROLTA_KERNELS_FOR(X86) || sizeof(DoubleLimb) <= sizeof(size_t);
 
 // DivideWide returns (high * B + low) / d, high < d. C++ has no 2-by-1 division, the processor
 // does.
 inline Limb DivideWide(Limb high, Limb low, Limb d) {
-#if MIROLTA_KERNELS_FOR(X86_64)
-  __asm__("divq %[d]" : "+a"(low), "+d"(high) : [d] "r"(d) : "cc");
+#if MIROLTA_KERNELS_FOR(X86)
+  // Registers tell its width.
+  __asm__("div %[d]" : "+a"(low), "+d"(high) : [d] "r"(d) : "cc");
   return low;
 #else
   return static_cast<Limb>((static_cast<DoubleLimb>(high) << kLimbBits | low) / d);

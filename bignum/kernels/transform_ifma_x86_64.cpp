@@ -20,6 +20,7 @@ struct EightResidues {
   using Word = __m512i;
   using Loops = TransformLoops<EightResidues>;
   static constexpr size_t kWidth = 8;
+  static constexpr bool kHasPairs = false;
 
   MIROLTA_TRANSFORM_TARGET static inline Word Load(const Limb* x) { return _mm512_loadu_si512(x); }
   MIROLTA_TRANSFORM_TARGET static inline Word LoadPart(const Limb* x, size_t limbs) {
@@ -79,7 +80,7 @@ struct EightResidues {
                                                 const TransformPrime& prime) {
     const Loops::Field f(prime);
     const Loops::Factor by(scale);
-    const Word negated_inverse = Set(prime.negated_inverse);
+    const Word negated_inverse = Set(prime.inverse);
     const Word four_p = Add(f.two_p, f.two_p), eight_p = Add(four_p, four_p);
     for (size_t i = 0; i < n; ++i) {
       const size_t leaf = node * n + i;

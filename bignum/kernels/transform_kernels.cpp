@@ -9,8 +9,9 @@ namespace {
 constexpr Kernel<const TransformKernels*> kRows[] = {
 #if MIROLTA_KERNELS_FOR(X86_64)
     {"ifma", kIfmaTransformFeatures, &kIfmaTransforms},
+    {"avx2", kAvx2TransformFeatures, &kAvx2Transforms},
 #endif
-    {"portable", 0, &kPortableTransforms},
+    {"portable", 0, kLimbBits == 64 ? &kPortableTransforms : &kPairTransforms},
 };
 
 }  // namespace

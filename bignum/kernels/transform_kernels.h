@@ -33,6 +33,9 @@ struct TransformTable {
 // Alias:  unless stated, outputs overlap no inputs.
 // Time:   depends on the counts only.
 struct TransformKernels {
+  // The kTransformPrimes primes, or pairs of primes, that these loops compute with. Residues, roots and
+  // factors of a pair are below its primes half by half; additions do not carry from half to half.
+  const TransformPrime* primes;
   // The least length of the shorter operand, in limbs, for which products are faster by transforms.
   size_t least;
   // Entries count to 2 count - 1 := the first count entries times root.
@@ -51,7 +54,7 @@ struct TransformKernels {
   // Shapes: as for forward; z below 2 p.
   void (*inverse)(Limb* z, size_t n, size_t node, const TransformTable& table,
                   const TransformPrime& prime);
-  // z := x * y * scale / 2^52 modulo x^8 - R(j) for each root of node j.
+  // z := x * y * scale / 2^52, of a pair 2^32, modulo x^8 - R(j) for each root of node j.
   // Shapes: x, y below 4 p.
   // Alias:  z may be x or y.
   void (*multiply)(Limb* z, const Limb* x, const Limb* y, size_t n, size_t node,
@@ -64,7 +67,7 @@ struct TransformKernels {
   // Shapes: z[n], x[n].
   void (*add_multiple)(Limb* z, const Limb* x, size_t n, TransformFactor w,
                        const TransformPrime& prime);
-  // The numbers below p0 p1 p2 with the residues r0, r1, r2 := r0 + r1 * 2^64 + r2 * 2^128.
+  // The numbers below the primes' product with the residues r0, r1, r2 := r0 + r1 * 2^64 + r2 * 2^128.
   // Shapes: r0[n], r1[n], r2[n].
   void (*combine)(Limb* r0, Limb* r1, Limb* r2, size_t n);
 };

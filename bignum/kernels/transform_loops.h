@@ -7,7 +7,8 @@
 namespace mirolta {
 
 // TransformLoops computes on words of V::kWidth residues that are adjacent in memory: V::Word, with
-// operations on each. V::Product(x, w, q, field) is x * w mod p below 2 p, for any x < 2^52.
+// operations on each, or on both halves of each if V::kHasPairs. V::Product(x, w, q, field) is x * w mod p below
+// 2 p, for any x < 2^52 or any halves.
 template <typename V>
 struct TransformLoops {
   using Word = typename V::Word;
@@ -19,8 +20,10 @@ struct TransformLoops {
         : p(V::Set(prime.p)),
           two_p(V::Set(2 * prime.p)),
           negated_p(V::Set(0 - prime.p)),
-          high_unit(V::Set(prime.high_unit)) {}
-    Word p, two_p, negated_p, high_unit;  // of negated_p products take the low kResidueBits
+          high_unit(V::Set(prime.high_unit)),
+          high_quotient(V::Set(V::kHasPairs ? prime.Factor(prime.high_unit).quotient : 0)) {}
+    Word p, two_p, negated_p;  // of negated_p products take the low kResidueBits
+    Word high_unit, high_quotient;
   };
   struct Factor {
     MIROLTA_TRANSFORM_TARGET explicit Factor(TransformFactor w)
@@ -270,27 +273,40 @@ struct TransformLoops {
                                               TransformFactor root, const TransformPrime& prime) {
     const Field f(prime);
     const Factor w(root);
-    const Word reciprocal = V::Set(prime.reciprocal);
-    const Word zero = V::Set(0);
     for (size_t i = 0; i < count * kElementLimbs; i += kStep) {
       const Word x = Reduce(Product(V::Load(table.factors + i), w, f), f.p);
       V::Store(table.factors + count * kElementLimbs + i, x);
-      // As TransformPrime::Factor.
+      V::Store(table.quotients + count * kElementLimbs + i, Quotient(x, f, prime));
+    }
+  }
+  // As TransformPrime::Factor.
+  MIROLTA_TRANSFORM_TARGET static inline Word Quotient(Word x, const Field& f,
+                                                       const TransformPrime& prime) {
+    if constexpr (V::kHasPairs) {
+      return V::LowProducts(x, V::Set(prime.inverse));
+    } else {
       const Word x4 = V::template ShiftLeft<2>(x);
-      Word quotient = V::AddHigh(x4, x4, reciprocal);
-      Word rest = V::Mask(V::AddLow(zero, V::Mask(quotient), f.negated_p));
+      Word quotient = V::AddHigh(x4, x4, V::Set(prime.reciprocal));
+      Word rest = V::Mask(V::AddLow(V::Set(0), V::Mask(quotient), f.negated_p));
       for (int again = 0; again < 2; ++again) {
         quotient = V::AddIfNotLess(quotient, rest, f.p);
         rest = Reduce(rest, f.p);
       }
-      V::Store(table.quotients + count * kElementLimbs + i, quotient);
+      return quotient;
     }
   }
 
-  // The residue of a 64-bit coefficient, below 2 p + 2^44.
+  // The residue of a 64-bit coefficient, below 2 p + 2^44, of a pair 2^32 - 2 p.
   MIROLTA_TRANSFORM_TARGET static inline Word Residue(Word x, const Field& f) {
-    const Word r = V::AddLow(V::Mask(x), V::template ShiftRight<kResidueBits>(x), f.high_unit);
-    return Reduce(r, f.two_p);
+    if constexpr (V::kHasPairs) {
+      // By both primes: the lower half, and the upper one times 2^32.
+      const Word low = Reduce(V::LowTwice(x), f.two_p);
+      const Word high = V::Product(V::HighTwice(x), f.high_unit, f.high_quotient, f.p, f.negated_p);
+      return Reduce(V::Add(low, high), f.two_p);
+    } else {
+      const Word r = V::AddLow(V::Mask(x), V::template ShiftRight<kResidueBits>(x), f.high_unit);
+      return Reduce(r, f.two_p);
+    }
   }
 
   // Words that are folded at once, since each depends on the one above.
@@ -385,9 +401,74 @@ struct TransformLoops {
     }
   }
 
+  // Pairs: sum + v0 c0 + ... + v(k - 1) c(k - 1), of 64 bits. Unrolled, as all of CombinePairs.
+  template <size_t kFirst, size_t kTerms>
+  MIROLTA_TRANSFORM_TARGET static inline Word AddTerms(Word sum, const Word* v, const uint32_t* c) {
+    if constexpr (kFirst == kTerms) {
+      return sum;
+    } else {
+      const Word term = V::WideProduct(v[kFirst], V::Set(c[kFirst]));
+      return AddTerms<kFirst + 1, kTerms>(V::AddWide(sum, term), v, c);
+    }
+  }
+  // v(kDigit) for the residue x modulo p(kDigit), by the digits below.
+  template <size_t kDigit>
+  MIROLTA_TRANSFORM_TARGET static inline Word DigitOf(Word x, const Word* v) {
+    static constexpr PairDigit kFactors = kPairDigits.of[kDigit];
+    constexpr uint64_t kPrime = kSmallPrimes[kDigit];
+    const Word p = V::Set(kPrime);
+    Word sum = V::WideProduct(x, V::Set(kFactors.own));
+    sum = AddTerms<0, kDigit>(sum, v, kFactors.below);
+    // Montgomery reduction by 2^32: the sum is below 7 p * p, the result plus p below 3 p.
+    const Word factor = V::WideProduct(sum, V::Set(kFactors.negated_inverse));
+    const Word reduced = V::HighHalf(V::AddWide(sum, V::WideProduct(factor, p)));
+    return Reduce(Reduce(reduced, p), p);
+  }
+  // Horner's scheme with digits of 32 bits, in the lower halves: the first k digits times p, plus carry.
+  template <size_t kFirst, size_t kDigits>
+  MIROLTA_TRANSFORM_TARGET static inline void MultiplyDigits(Word* digits, Word p, Word carry) {
+    if constexpr (kFirst == kDigits) {
+      digits[kDigits] = carry;
+    } else {
+      digits[kFirst] = V::AddWide(V::WideProduct(digits[kFirst], p), carry);
+      MultiplyDigits<kFirst + 1, kDigits>(digits, p, V::HighHalf(digits[kFirst]));
+    }
+  }
+  // The same with six primes: the number is v0 + p0 (v1 + p1 (v2 + ...)).
+  MIROLTA_TRANSFORM_TARGET static void CombinePairs(Limb* r0, Limb* r1, Limb* r2, size_t n) {
+    const Word p01 = V::Set(kPrimePairs[0].p), p23 = V::Set(kPrimePairs[1].p);
+    const Word p45 = V::Set(kPrimePairs[2].p);
+    for (size_t i = 0; i < n * kBlockLimbs; i += kStep) {
+      const Word x01 = Reduce(V::Load(r0 + i), p01), x23 = Reduce(V::Load(r1 + i), p23);
+      const Word x45 = Reduce(V::Load(r2 + i), p45);
+      Word v[2 * kTransformPrimes];
+      v[0] = V::LowHalf(x01);
+      v[1] = DigitOf<1>(V::HighHalf(x01), v);
+      v[2] = DigitOf<2>(x23, v);
+      v[3] = DigitOf<3>(V::HighHalf(x23), v);
+      v[4] = DigitOf<4>(x45, v);
+      v[5] = DigitOf<5>(V::HighHalf(x45), v);
+      Word digits[2 * kTransformPrimes] = {v[5]};
+      MultiplyDigits<0, 1>(digits, V::Set(kSmallPrimes[4]), v[4]);
+      MultiplyDigits<0, 2>(digits, V::Set(kSmallPrimes[3]), v[3]);
+      MultiplyDigits<0, 3>(digits, V::Set(kSmallPrimes[2]), v[2]);
+      MultiplyDigits<0, 4>(digits, V::Set(kSmallPrimes[1]), v[1]);
+      MultiplyDigits<0, 5>(digits, V::Set(kSmallPrimes[0]), v[0]);
+      V::Store(r0 + i, V::Join(digits[0], digits[1]));
+      V::Store(r1 + i, V::Join(digits[2], digits[3]));
+      V::Store(r2 + i, V::Join(digits[4], digits[5]));
+    }
+  }
+
   // The table of these loops and V's products.
   static constexpr TransformKernels Table(size_t least) {
-    return {least, Extend, Fold, Forward, Inverse, V::Multiply, SubtractFold, AddMultiple, Combine};
+    if constexpr (V::kHasPairs) {
+      return {kPrimePairs, least,       Extend,       Fold,        Forward,
+              Inverse,     V::Multiply, SubtractFold, AddMultiple, CombinePairs};
+    } else {
+      return {kPrimes, least,       Extend,       Fold,        Forward,
+              Inverse, V::Multiply, SubtractFold, AddMultiple, Combine};
+    }
   }
 };
 

@@ -2,6 +2,7 @@
 #define MIROLTA_TRANSFORM_TARGET
 #include "transform_kernel_tables.h"
 #include "transform_loops.h"
+#include "transform_words.h"
 
 namespace mirolta {
 
@@ -19,22 +20,10 @@ struct ProductSum {
   }
 };
 
-struct SingleResidue {
-  using Word = uint64_t;
+struct SingleResidue : SingleWord {
   using Loops = TransformLoops<SingleResidue>;
-  static constexpr size_t kWidth = 1;
+  static constexpr bool kHasPairs = false;
 
-  static Word Load(const Limb* x) {
-    if constexpr (kElementLimbs == 1) return x[0];
-    return x[0] | static_cast<Word>(x[kElementLimbs - 1]) << 32;
-  }
-  static Word LoadPart(const Limb* x, size_t) { return x[0]; }
-  static Word Broadcast(const Limb* x) { return Load(x); }
-  static void Store(Limb* z, Word x) {
-    z[0] = static_cast<Limb>(x);
-    if constexpr (kElementLimbs == 2) z[1] = static_cast<Limb>(x >> 32);
-  }
-  static Word Set(uint64_t x) { return x; }
   static Word Add(Word x, Word y) { return x + y; }
   static Word Subtract(Word x, Word y) { return x - y; }
   static Word Min(Word x, Word y) { return x < y ? x : y; }
@@ -84,7 +73,7 @@ struct SingleResidue {
         for (size_t j = 0; j < kBlock; ++j) sum.Add(values[j], wrapped[kBlock - 1 + k - j]);
         // Montgomery reduction by 2^52. The sum is below 8 * 4 p * p, the result below 9 p.
         const Word low = Mask(sum.low);
-        const Word factor = Mask(low * prime.negated_inverse);
+        const Word factor = Mask(low * prime.inverse);
         Word value = (sum.high << 12 | sum.low >> kResidueBits) + (low != 0 ? 1 : 0);
         value = AddHigh(value, factor, f.p);
         value = Loops::Reduce(value, 4 * f.two_p);
@@ -97,8 +86,7 @@ struct SingleResidue {
 
 }  // namespace
 
-// Measured for 64-bit limbs, estimated for 32-bit limbs.
-constexpr TransformKernels kPortableTransforms =
-    SingleResidue::Loops::Table(kLimbBits == 64 ? 3900 : 8000);
+// Measured.
+constexpr TransformKernels kPortableTransforms = SingleResidue::Loops::Table(3900);
 
 }  // namespace mirolta

@@ -246,5 +246,30 @@ TEST(BigIntTest, RandomNumbersKeepArithmeticIdentities) {
   }
 }
 
+// Operands in whose words the result has room, and a copy that shares them.
+TEST(BigIntTest, ProductsMayReplaceAnOperand) {
+  for (const uint32_t bits : {90u, 250u, 2000u, 9000u}) {
+    const BigInt a = RandomBigOf(bits), b = RandomBigOf(bits - 20), more = RandomBigOf(3 * bits);
+    const BigInt by_other = a * b, by_itself = a * a;
+    const auto roomy = [&] {
+      BigInt r = more * a;
+      EXPECT_EQ(Divide(r, r, more), S_OK);
+      EXPECT_TRUE(r == a);
+      return r;
+    };
+    BigInt first = roomy(), second = roomy(), both = roomy(), shared = roomy();
+    EXPECT_EQ(Multiply(first, first, b), S_OK);
+    EXPECT_TRUE(first == by_other) << bits;
+    EXPECT_EQ(Multiply(second, b, second), S_OK);
+    EXPECT_TRUE(second == by_other) << bits;
+    EXPECT_EQ(Multiply(both, both, both), S_OK);
+    EXPECT_TRUE(both == by_itself) << bits;
+    const BigInt copy(shared);
+    EXPECT_EQ(Multiply(shared, copy, b), S_OK);
+    EXPECT_TRUE(shared == by_other) << bits;
+    EXPECT_TRUE(copy == a) << bits;
+  }
+}
+
 }  // namespace
 }  // namespace mirolta

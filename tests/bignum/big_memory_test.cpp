@@ -123,6 +123,11 @@ TEST(BigMemoryTest, AFailedAllocationOfRadix52PowersLeavesOperandsAndResult) {
   FailEveryAllocation(120);
 }
 
+// Of one that 32-bit x86 computes in radix 2^27.
+TEST(BigMemoryTest, AFailedAllocationOfRadix27PowersLeavesOperandsAndResult) {
+  FailEveryAllocation(140);
+}
+
 TEST(BigMemoryTest, AFailedAllocationOfNextPrimeLeavesTheNumber) {
   BigInt n = Fives(4);
   HRESULT status = E_UNEXPECTED;

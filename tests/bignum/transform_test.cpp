@@ -1,10 +1,14 @@
-// Transforms: each kernel against the portable one, and products by each against the peer.
+// Transforms: each kernel against a plain one of the same primes, and products by each against the peer.
 #include <gtest/gtest.h>
+
+#include <bit>
+#include <span>
 
 #include "guarded_memory.h"
 #include "kernel_rows.h"
 #include "limb_testing.h"
 #include "multiply.h"
+#include "transform_kernel_tables.h"
 #include "transform_product.h"
 
 namespace mirolta {
@@ -12,8 +16,12 @@ namespace {
 
 constexpr Limb kGuard = static_cast<Limb>(0xABCDEF0123456789u);
 
-const TransformKernels& Portable() {
-  return *test::PortableOf(kTransformKernels);
+// The plain kernel of the same primes.
+const TransformKernels& PlainOf(const TransformKernels& kernels) {
+  return kernels.primes == kPortableTransforms.primes ? kPortableTransforms : kPairTransforms;
+}
+std::span<const TransformPrime> PrimesOf(const TransformKernels& kernels) {
+  return {kernels.primes, kTransformPrimes};
 }
 
 template <typename Check>
@@ -22,8 +30,9 @@ void ForEachTable(const Check& check) {
 }
 
 TEST(TransformKernelListTest, KernelsNeedTheInstructionsThatTheyUse) {
-  test::ExpectNeeds(kTransformKernels,
-                    {{"ifma", kFeatureAvx512 | kFeatureAvx512Ifma}, {"portable", 0}});
+  test::ExpectNeeds(
+      kTransformKernels,
+      {{"ifma", kFeatureAvx512 | kFeatureAvx512Ifma}, {"avx2", kFeatureAvx2}, {"portable", 0}});
   EXPECT_EQ(kTransformKernels[kTransformKernels.size() - 1].needs, 0u);
   EXPECT_EQ(&CurrentTransformKernels(), kTransformKernels.Choose(ProcessorFeatures()).function);
 }
@@ -34,13 +43,23 @@ void Store(Limbs& z, size_t i, uint64_t x) {
   }
 }
 
-// Residues below `limit`, often the greatest or 0.
-Limbs Residues(size_t blocks, uint64_t limit) {
-  Limbs limbs(blocks * kBlockLimbs);
-  for (size_t i = 0; i < blocks * kBlock; ++i) {
+// What is below times * p, of a pair each half, often the greatest or 0.
+uint64_t ResidueBelow(const TransformPrime& prime, uint32_t times) {
+  const auto below = [](uint64_t limit) {
     const uint32_t kind = Below(6);
-    Store(limbs, i, kind == 0 ? 0 : kind == 1 ? limit - 1 : Generator()() % limit);
-  }
+    return kind == 0 ? 0 : kind == 1 ? limit - 1 : Generator()() % limit;
+  };
+  if (!prime.is_pair) return below(times * prime.p);
+  const uint64_t low = below(times * (prime.p & UINT32_MAX));
+  return low | below(times * (prime.p >> 32)) << 32;
+}
+uint64_t Reduced(const TransformPrime& prime, uint64_t x) {
+  if (!prime.is_pair) return x % prime.p;
+  return (x & UINT32_MAX) % (prime.p & UINT32_MAX) | ((x >> 32) % (prime.p >> 32)) << 32;
+}
+Limbs Residues(size_t blocks, const TransformPrime& prime, uint32_t times) {
+  Limbs limbs(blocks * kBlockLimbs);
+  for (size_t i = 0; i < blocks * kBlock; ++i) Store(limbs, i, ResidueBelow(prime, times));
   return limbs;
 }
 
@@ -50,7 +69,7 @@ class Table {
   Table(const TransformKernels& kernels, const TransformPrime& prime, size_t count)
       : factors_(count * kElementLimbs), quotients_(count * kElementLimbs) {
     size_t filled = 1;
-    std::vector<uint64_t> entries = {1};
+    std::vector<uint64_t> entries = {prime.one};
     for (size_t level = 0; filled < kBlock; filled *= 2, ++level) {
       for (size_t i = 0; i < filled; ++i) {
         entries.push_back(prime.Product(entries[i], prime.Factor(prime.roots[level])));
@@ -75,13 +94,38 @@ class Table {
 };
 
 TEST(TransformKernelsTest, RootsHaveTheirOrder) {
-  for (const TransformPrime& prime : kPrimes) {
-    uint64_t root = prime.roots[TransformPrime::kMostRoots - 1];
-    for (size_t k = TransformPrime::kMostRoots; k-- != 0;) {
-      EXPECT_EQ(root, prime.roots[k]);
-      root = prime.Product(root, prime.Factor(root));
+  ForEachTable([](const TransformKernels& kernels) {
+    for (const TransformPrime& prime : PrimesOf(kernels)) {
+      uint64_t root = prime.roots[TransformPrime::kMostRoots - 1];
+      for (size_t k = TransformPrime::kMostRoots; k-- != 0;) {
+        EXPECT_EQ(root, prime.roots[k]);
+        root = prime.Product(root, prime.Factor(root));
+      }
+      EXPECT_EQ(root, prime.p - prime.one);
     }
-    EXPECT_EQ(root, prime.p - 1);
+  });
+}
+
+TEST(TransformKernelsTest, MembersOfPairsAreRight) {
+  for (const TransformPrime& pair : kPrimePairs) {
+    for (const uint32_t shift : {0u, 32u}) {
+      const uint64_t p = static_cast<uint32_t>(pair.p >> shift);
+      const auto half = [=](uint64_t x) { return x >> shift & UINT32_MAX; };
+      EXPECT_LT(p, 1u << 30);
+      for (uint64_t d = 2; d * d <= p; ++d) ASSERT_NE(p % d, 0u);
+      EXPECT_EQ((p * half(pair.inverse)) & UINT32_MAX, 1u);
+      EXPECT_EQ(half(pair.one), (uint64_t{1} << 32) % p);
+      EXPECT_EQ(half(pair.high_unit), (half(pair.one) << 32) % p);
+      for (uint32_t bits = 0; bits <= TransformPrime::kMostRoots; ++bits) {
+        EXPECT_EQ((half(pair.PowerOfHalf(bits)) << bits) % p, half(pair.one));
+      }
+      for (int i = 0; i < Cases(300); ++i) {
+        const uint64_t w = ResidueBelow(pair, 1), x = Generator()();
+        const uint64_t product = half(pair.Product(x, pair.Factor(w)));
+        EXPECT_LT(product, p);
+        EXPECT_EQ((product << 32) % p, half(x) * half(w) % p);
+      }
+    }
   }
 }
 
@@ -108,60 +152,68 @@ TEST(TransformKernelsTest, QuotientsAreRight) {
 
 // The greatest coefficient of the longest product is below the product of the primes.
 TEST(TransformKernelsTest, CoefficientsFitThePrimes) {
-  Mpz primes, coefficient, p;
-  mpz_set_ui(primes, 1);
-  for (const TransformPrime& prime : kPrimes) {
-    mpz_set_ui(p, static_cast<uint32_t>(prime.p >> 32));
-    mpz_mul_2exp(p, p, 32);
-    mpz_add_ui(p, p, static_cast<uint32_t>(prime.p));
-    mpz_mul(primes, primes, p);
-  }
   size_t n = kElementLimbs << 20;
   while (FitsTransforms(n + kElementLimbs, n + kElementLimbs)) n += kElementLimbs;
   EXPECT_GT(n, kElementLimbs << 21);
+  Mpz coefficient;
   Import(coefficient, Limbs(kElementLimbs, kLimbMax));
   mpz_mul(coefficient, coefficient, coefficient);
   mpz_mul_ui(coefficient, coefficient, static_cast<uint32_t>(n / kElementLimbs));
-  EXPECT_LT(mpz_cmp(coefficient, primes), 0);
+  ForEachTable([&](const TransformKernels& kernels) {
+    Mpz primes, p;
+    mpz_set_ui(primes, 1);
+    for (const TransformPrime& prime : PrimesOf(kernels)) {
+      mpz_set_ui(p, static_cast<uint32_t>(prime.p >> 32));
+      if (prime.is_pair) {
+        mpz_mul_ui(p, p, static_cast<uint32_t>(prime.p));
+      } else {
+        mpz_mul_2exp(p, p, 32);
+        mpz_add_ui(p, p, static_cast<uint32_t>(prime.p));
+      }
+      mpz_mul(primes, primes, p);
+    }
+    EXPECT_LT(mpz_cmp(coefficient, primes), 0);
+  });
 }
 
 TEST(TransformKernelsTest, TablesAgree) {
   ForEachTable([](const TransformKernels& kernels) {
-    for (const TransformPrime& prime : kPrimes) {
-      EXPECT_TRUE(Table(kernels, prime, 2048) == Table(Portable(), prime, 2048));
+    for (const TransformPrime& prime : PrimesOf(kernels)) {
+      EXPECT_TRUE(Table(kernels, prime, 2048) == Table(PlainOf(kernels), prime, 2048));
     }
   });
 }
 
 TEST(TransformKernelsTest, TransformsAgreeAndAreInverse) {
   ForEachTable([](const TransformKernels& kernels) {
-    for (const TransformPrime& prime : kPrimes) {
-      Table table(Portable(), prime, 4096);
+    for (const TransformPrime& prime : PrimesOf(kernels)) {
+      Table table(PlainOf(kernels), prime, 4096);
       for (size_t n = kLeastBlocks; n <= 2048; n *= 2) {
         for (const size_t node : {size_t{0}, size_t{2}, size_t{6}}) {
           if ((node + 1) * n > 8192) continue;
           SCOPED_TRACE(std::to_string(n) + " blocks of node " + std::to_string(node));
-          const Limbs x = Residues(n, 4 * prime.p);
+          const Limbs x = Residues(n, prime, 4);
           Limbs z = x, expected = x;
           kernels.forward(z.data(), n, node, table.Get(), prime);
-          Portable().forward(expected.data(), n, node, table.Get(), prime);
+          PlainOf(kernels).forward(expected.data(), n, node, table.Get(), prime);
           ASSERT_EQ(z, expected);
-          Limbs y = Residues(n, 2 * prime.p);
+          Limbs y = Residues(n, prime, 2);
           z = y;
           expected = y;
           kernels.inverse(z.data(), n, node, table.Get(), prime);
-          Portable().inverse(expected.data(), n, node, table.Get(), prime);
+          PlainOf(kernels).inverse(expected.data(), n, node, table.Get(), prime);
           ASSERT_EQ(z, expected);
           // Back to n times the residues.
           kernels.forward(z.data(), n, node, table.Get(), prime);
-          const TransformFactor times_n = prime.Factor(n);
+          const TransformFactor half_of_n =
+              prime.Factor(prime.PowerOfHalf(static_cast<uint32_t>(std::countr_zero(n))));
           for (size_t i = 0; i < n * kBlock; ++i) {
             uint64_t value = 0, wanted = 0;
             for (size_t k = kElementLimbs; k-- != 0;) {
               value = value << (32 * (kElementLimbs - 1)) | z[i * kElementLimbs + k];
               wanted = wanted << (32 * (kElementLimbs - 1)) | y[i * kElementLimbs + k];
             }
-            ASSERT_EQ(value % prime.p, prime.Product(wanted, times_n)) << i;
+            ASSERT_EQ(prime.Product(value, half_of_n), Reduced(prime, wanted)) << i;
           }
         }
       }
@@ -171,20 +223,21 @@ TEST(TransformKernelsTest, TransformsAgreeAndAreInverse) {
 
 TEST(TransformKernelsTest, ProductsOfBlocksAgree) {
   ForEachTable([](const TransformKernels& kernels) {
-    for (const TransformPrime& prime : kPrimes) {
-      Table table(Portable(), prime, 64);
-      const TransformFactor scale = prime.Factor(prime.p - 1 - Below(1000));
+    for (const TransformPrime& prime : PrimesOf(kernels)) {
+      Table table(PlainOf(kernels), prime, 64);
+      const TransformFactor scale = prime.Factor(ResidueBelow(prime, 1));
       for (const size_t n : {size_t{4}, size_t{8}, size_t{32}}) {
         for (const size_t node : {size_t{0}, size_t{2}}) {
-          const Limbs x = Residues(n, 4 * prime.p), y = Residues(n, 4 * prime.p);
+          const Limbs x = Residues(n, prime, 4), y = Residues(n, prime, 4);
           Limbs z = x, expected(x.size());
           kernels.multiply(z.data(), z.data(), y.data(), n, node, table.Get(), scale, prime);
-          Portable().multiply(expected.data(), x.data(), y.data(), n, node, table.Get(), scale,
-                              prime);
+          PlainOf(kernels).multiply(expected.data(), x.data(), y.data(), n, node, table.Get(),
+                                    scale, prime);
           EXPECT_EQ(z, expected);
           kernels.multiply(expected.data(), x.data(), x.data(), n, node, table.Get(), scale, prime);
           z = x;
-          Portable().multiply(z.data(), z.data(), z.data(), n, node, table.Get(), scale, prime);
+          PlainOf(kernels).multiply(z.data(), z.data(), z.data(), n, node, table.Get(), scale,
+                                    prime);
           EXPECT_EQ(z, expected);
         }
       }
@@ -195,13 +248,13 @@ TEST(TransformKernelsTest, ProductsOfBlocksAgree) {
 // Operands of every length up to some blocks, at both ends of memory that cannot be touched.
 TEST(TransformKernelsTest, FoldsAgreeAndTouchNothingElse) {
   ForEachTable([](const TransformKernels& kernels) {
-    const TransformPrime& prime = kPrimes[Below(3)];
-    const TransformFactor w = prime.Factor(Generator()() % prime.p);
+    const TransformPrime& prime = kernels.primes[Below(kTransformPrimes)];
+    const TransformFactor w = prime.Factor(ResidueBelow(prime, 1));
     for (const size_t n : {size_t{4}, size_t{16}}) {
       for (size_t limbs = 1; limbs < 14 * kBlockLimbs; ++limbs) {
         const Limbs x = RandomLimbs(limbs);
         Limbs expected(n * kBlockLimbs);
-        Portable().fold(expected.data(), n, x.data(), limbs, w, prime);
+        PlainOf(kernels).fold(expected.data(), n, x.data(), limbs, w, prime);
         for (const test::Guard guard : {test::Guard::kBefore, test::Guard::kBehind}) {
           test::GuardedMemory memory(guard, limbs * sizeof(Limb));
           const Limb* const guarded = memory.Copy(x.data(), limbs);
@@ -216,17 +269,17 @@ TEST(TransformKernelsTest, FoldsAgreeAndTouchNothingElse) {
 
 TEST(TransformKernelsTest, StepsOfInterpolationAgree) {
   ForEachTable([](const TransformKernels& kernels) {
-    for (const TransformPrime& prime : kPrimes) {
-      const TransformFactor w = prime.Factor(Generator()() % prime.p);
-      const TransformFactor scale = prime.Factor(prime.p - 1);
+    for (const TransformPrime& prime : PrimesOf(kernels)) {
+      const TransformFactor w = prime.Factor(ResidueBelow(prime, 1));
+      const TransformFactor scale = prime.Factor(prime.p - prime.one);
       for (const size_t n : {size_t{4}, size_t{8}}) {
-        const Limbs x = Residues(5 * n, 2 * prime.p), z = Residues(n, 2 * prime.p);
+        const Limbs x = Residues(5 * n, prime, 2), z = Residues(n, prime, 2);
         Limbs got = z, expected = z;
         kernels.subtract_fold(got.data(), n, x.data(), 5 * n, w, scale, prime);
-        Portable().subtract_fold(expected.data(), n, x.data(), 5 * n, w, scale, prime);
+        PlainOf(kernels).subtract_fold(expected.data(), n, x.data(), 5 * n, w, scale, prime);
         EXPECT_EQ(got, expected);
         kernels.add_multiple(got.data(), x.data(), n, w, prime);
-        Portable().add_multiple(expected.data(), x.data(), n, w, prime);
+        PlainOf(kernels).add_multiple(expected.data(), x.data(), n, w, prime);
         EXPECT_EQ(got, expected);
       }
     }
@@ -238,11 +291,11 @@ TEST(TransformKernelsTest, CombinationsAgree) {
     constexpr size_t kBlocks = 64;
     Limbs r[kTransformPrimes], expected[kTransformPrimes];
     for (size_t i = 0; i < kTransformPrimes; ++i) {
-      r[i] = Residues(kBlocks, 2 * kPrimes[i].p);
+      r[i] = Residues(kBlocks, kernels.primes[i], 2);
       expected[i] = r[i];
     }
     kernels.combine(r[0].data(), r[1].data(), r[2].data(), kBlocks);
-    Portable().combine(expected[0].data(), expected[1].data(), expected[2].data(), kBlocks);
+    PlainOf(kernels).combine(expected[0].data(), expected[1].data(), expected[2].data(), kBlocks);
     for (size_t i = 0; i < kTransformPrimes; ++i) EXPECT_EQ(r[i], expected[i]);
   });
 }

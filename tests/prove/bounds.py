@@ -113,8 +113,8 @@ def radix52_problems(constants):
     steps = constants["radix52_per_vector"] * constants["radix52_most_vectors"]
     terms = "(<= t (* 4 steps most))"
     yield Problem(
-        "52: the sums of a digit stay below 2^61", "QF_NIA", "Int", "t steps most",
-        [f"(= steps {steps})", f"(= most {mask})", terms], f"(< t {2 ** 61})",
+        "52: the sums of a digit stay below 2^63", "QF_NIA", "Int", "t steps most",
+        [f"(= steps {steps})", f"(= most {mask})", terms], f"(< t {2 ** 63})",
         (f"(= steps {steps})", f"(= steps {4 * steps})"))
 
     def number(value):
@@ -147,8 +147,8 @@ def radix52_problems(constants):
         "52: the carry out of a word of digits", "QF_BV", "(_ BitVec 64)", "over full in c", facts,
         f"(= (bvor (bvlshr over {number(63)}) (ite (bvult (bvadd {got} full) {got}) {one} {number(0)}))"
         f" (bvlshr (bvor over (bvand full c)) {number(63)}))", (facts[2], "true"))
-    # The quotient digits but the last, u, count for u times the inverse m is multiplied by, below 2^52; the last one
-    # counts once: together for less than 2 r.
+    # The quotient digits but the last, u, count for u times the inverse m is multiplied by, below 2^52, or 2^104 for
+    # two digits, which three follow; the last one counts once: together for less than 2 r.
     small = f"(<= (* {2 ** constants['radix52_spare']} m) r)"
     facts = ["(> m 0)", small, "(<= 0 x)", "(< x (* 3 m))", "(<= 0 y)", "(< y (* 3 m))", "(<= 0 u)", "(< u (* 2 r))"]
     yield Problem(
@@ -156,10 +156,53 @@ def radix52_problems(constants):
         "(< (+ (* x y) (* u m)) (* 3 m r))", (small, "(<= (* 8 m) r)"))
     last = f"(<= l {mask})"
     yield Problem(
-        "52: almost Montgomery products of numbers below 3 m with one are below 2 m", "QF_NRA", "Real", "x v k l",
-        # x and the result in units of m, r = 2^52 v.
-        ["(<= 0 x)", "(< x 3)", "(>= v 1)", "(<= 0 k)", f"(<= k {mask})", "(<= 0 l)", last],
-        f"(< (+ x (* k (- v 1)) (* l v)) (* {2 * 2 ** bits} v))", (last, f"(<= l {2 * mask})"))
+        "52: almost Montgomery products of numbers below 3 m with one are below 2 m", "QF_NRA", "Real", "x v k l p",
+        # x and the result in units of m, r = 2^52 v; p counts for the quotients of two digits, each below 2^208 and
+        # with three digits after it.
+        ["(<= 0 x)", "(< x 3)", "(>= v 1)", "(<= 0 k)", f"(<= k {mask})", "(<= 0 l)", last, "(<= 0 p)", "(< p v)"],
+        f"(< (+ x p (* k (- v 1)) (* l v)) (* {2 * 2 ** bits} v))", (last, f"(<= l {2 * mask})"))
+
+
+def radix27_problems(constants):
+    bits, mask, more = (constants[f"radix27_{name}"] for name in ("bits", "mask", "more"))
+    digits = f"(= n {constants['radix27_most_digits']})"
+    carry = 2 ** (64 - bits)  # passed to a lane at most once
+    yield Problem(
+        "27: the sums of a digit stay below 2^64", "QF_NIA", "Int", "t n most",
+        [digits, f"(= most {mask + more})", f"(<= t (+ (* 2 n most most) {carry}))"], f"(< t {2 ** 64})",
+        (digits, f"(= n {2 * constants['radix27_most_digits']})"))
+
+    def number(value):
+        return f"(_ bv{value} 64)"
+
+    def passed(x, below):
+        return f"(bvadd (bvand {x} {number(mask)}) (bvlshr {below} {number(bits)}))"
+
+    first = f"(= c {passed('a', 'b')})"
+    yield Problem(
+        "27: two passes of carries leave little above a digit's bits", "QF_BV", "(_ BitVec 64)", "a b c d", [first],
+        f"(bvule {passed('d', 'c')} {number(mask + more)})", (first, "true"))
+    # The multiple is below k = 2^108 m; the quotient's digits are a number below r.
+    small = f"(<= (* {2 ** (constants['radix27_spare'] - constants['radix27_block_bits'])} k) r)"
+    facts = ["(> k 0)", small, "(<= 0 x)", "(< x (* 2 k))", "(<= 0 y)", "(< y (* 2 k))", "(<= 0 u)", "(< u r)"]
+    yield Problem(
+        "27: products of numbers below twice the multiple's bound are below it too", "QF_NRA", "Real", "x y k r u",
+        facts, "(< (+ (* x y) (* u k)) (* 2 k r))", (small, "(<= (* 2 k) r)"))
+
+
+def four_limbs_problems(constants):
+    base = 2 ** constants["limb_bits"]
+    # With t before a step, limb x of the factor and quotient limb q.
+    facts = ["(> m 0)", "(<= 0 y)", "(< y m)", "(<= 0 x)", "(<= 0 q)", f"(<= q {base - 1})"]
+    any_limb = f"(<= x {base - 1})"
+    yield Problem(
+        "64: two steps modulo the multiple and one modulo m leave a sum of four limbs of at most 3 m", "QF_NRA", "Real",
+        "t x y q m", [*facts, any_limb, f"(<= t (* {base + 1} m))"], f"(<= (+ t (* x y) (* q m)) (* {3 * base} m))",
+        (any_limb, f"(<= x {2 * base})"))
+    top = f"(<= x {constants['four_limbs_most_top']})"
+    yield Problem(
+        "64: the last step leaves a sum of four limbs below 2 m", "QF_NRA", "Real", "t x y q m",
+        [*facts, top, "(<= t (* 3 m))"], f"(< (+ t (* x y) (* q m)) (* {2 * base} m))", (top, any_limb))
 
 
 def decimal_problems(constants):
@@ -201,6 +244,8 @@ def problems(constants):
     yield from decimal_problems(constants)
     if "radix52_bits" in constants:
         yield from radix52_problems(constants)
+        yield from radix27_problems(constants)
+        yield from four_limbs_problems(constants)
 
 
 def constants_of(program):

@@ -3,6 +3,8 @@
 #include <cstdio>
 
 #include "decimal_conversion.cpp"  // Its constants are in no header.
+#include "four_limbs_x86_64.h"
+#include "radix27.h"
 #include "radix52_ifma.h"
 
 int main() {
@@ -21,5 +23,12 @@ int main() {
   print("radix52_per_vector", kRadix52PerVector);
   print("radix52_most_vectors", kRadix52MostVectors);
   print("radix52_spare", kRadix52Spare);
+  print("radix27_bits", kRadix27Bits);
+  print("radix27_mask", kRadix27Mask);
+  print("radix27_more", kRadix27More);
+  print("radix27_block_bits", kRadix27BlockBits);
+  print("radix27_spare", kRadix27Spare);
+  print("radix27_most_digits", kRadix27MostDigits);
+  print("four_limbs_most_top", kFourLimbsMostTop);
 #endif
 }
