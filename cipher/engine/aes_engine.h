@@ -15,6 +15,6 @@ struct AesPrimitive {
   static constexpr auto kExpand = ExpandAesKey;
 };
 
-class AesEngine final : public BlockCipherEngine<AesPrimitive> {};
+class AesEngine final : public CipherEngineOf<AesPrimitive> {};
 
 }  // namespace mirolta

@@ -1,6 +1,8 @@
 // The engine of a block cipher, made of its key schedule and its kernels.
 #pragma once
 
+#include <type_traits>
+
 #include "cipher_algorithms.h"
 #include "cipher_engine.h"
 
@@ -22,9 +24,12 @@ class BlockCipherEngine : public CipherEngine {
                      {Run<Primitive::kDecryptKernels>, &schedule_, Primitive::kBlockSize}) {}
   ~BlockCipherEngine() override { WipeMemory(&schedule_, sizeof schedule_); }
 
- private:
+ protected:
   using Schedule = typename Primitive::Schedule;
 
+  const Schedule& ExpandedKey() const noexcept { return schedule_; }
+
+ private:
   // The first run chooses the kernel, in a function of its own: calls are its whole cost for a block.
   template <const auto& kKernels>
   static void Run(const void* schedule, const uint8_t* in, uint8_t* out, uint32_t block_count) {
@@ -45,5 +50,48 @@ class BlockCipherEngine : public CipherEngine {
 
   Schedule schedule_ = {};
 };
+
+// DirectCipherEngine calls the kernel without a BlockTransform for whole blocks: an update with one block
+// takes hardly longer than the steps before it. For processors where code is cheap.
+template <typename Primitive>
+class DirectCipherEngine : public BlockCipherEngine<Primitive> {
+ public:
+  DirectCipherEngine() noexcept
+      : encrypt_blocks_(CurrentKernel<Primitive::kEncryptKernels>()),
+        decrypt_blocks_(CurrentKernel<Primitive::kDecryptKernels>()) {}
+
+  HRESULT EncryptUpdate(const uint8_t* data, uint32_t length) final {
+    if (!TakesBlocks(this->Encryption(), data, length)) {
+      return CipherEngine::EncryptUpdate(data, length);
+    }
+    Run(encrypt_blocks_, this->Encryption(), data, length);
+    return S_OK;
+  }
+  HRESULT DecryptUpdate(const uint8_t* data, uint32_t length) final {
+    if (!TakesBlocks(this->Decryption(), data, length)) {
+      return CipherEngine::DecryptUpdate(data, length);
+    }
+    Run(decrypt_blocks_, this->Decryption(), data, length);
+    return S_OK;
+  }
+
+ private:
+  using Kernel = decltype(Primitive::kEncryptKernels[0].function);
+
+  bool TakesBlocks(const CipherChannel& channel, const uint8_t* data, uint32_t length) const {
+    return length % Primitive::kBlockSize == 0 && this->TakesUnqueued(channel, data, length);
+  }
+  void Run(Kernel kernel, CipherChannel& channel, const uint8_t* data, uint32_t length) {
+    kernel(this->ExpandedKey(), data, channel.CommitUnqueued(length),
+           length / Primitive::kBlockSize);
+  }
+
+  const Kernel encrypt_blocks_;
+  const Kernel decrypt_blocks_;
+};
+
+template <typename Primitive>
+using CipherEngineOf = std::conditional_t<sizeof(void*) == 8, DirectCipherEngine<Primitive>,
+                                          BlockCipherEngine<Primitive>>;
 
 }  // namespace mirolta

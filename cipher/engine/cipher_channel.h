@@ -37,17 +37,27 @@ class CipherChannel {
   //         no key.
   [[nodiscard]] HRESULT Update(const BlockTransform& transform, const uint8_t* data,
                                uint32_t length) noexcept {
-    // Most updates: whole blocks, with nothing queued before them and storage for them.
-    const bool is_whole = (length & (transform.block_size - 1)) == 0 && length != 0;
-    if (is_whole && data != nullptr && in_.Length() == 0 && in_.IsValid() &&
-        length <= in_.Maximum() && transform.run != nullptr) {
-      uint8_t* const tail = out_.Data() + out_.Length();
-      if (out_.Commit(length) != 0) {
-        transform.run(transform.schedule, data, tail, WholeBlocks(length, transform.block_size));
-        return S_OK;
-      }
+    if ((length & (transform.block_size - 1)) == 0 && data != nullptr && transform.run != nullptr &&
+        TakesUnqueued(length)) {
+      transform.run(transform.schedule, data, CommitUnqueued(length),
+                    WholeBlocks(length, transform.block_size));
+      return S_OK;
     }
     return UpdateAnyLength(transform, data, length);
+  }
+
+  // TakesUnqueued is true for most updates: those of at least one byte with nothing queued before them and
+  // storage for as many bytes of output. An update with whole blocks, then, is only to transform them to
+  // the place that CommitUnqueued returns.
+  bool TakesUnqueued(uint32_t length) const noexcept {
+    // What the output queue has storage for, the input queue may hold: their maximum is the same.
+    return in_.Length() == 0 && in_.IsValid() && length - 1 < out_.FreeSpace();
+  }
+  // CommitUnqueued adds length bytes to the output queue and returns where.
+  uint8_t* CommitUnqueued(uint32_t length) noexcept {
+    uint8_t* const tail = out_.Data() + out_.Length();
+    (void)out_.Commit(length);
+    return tail;
   }
 
   // CanBypass tells whether Update with length bytes would, given memory, put just their blocks

@@ -16,6 +16,6 @@ struct DesPrimitive {
   static constexpr auto kExpand = ExpandDesKey;
 };
 
-class DesEngine final : public BlockCipherEngine<DesPrimitive> {};
+class DesEngine final : public CipherEngineOf<DesPrimitive> {};
 
 }  // namespace mirolta

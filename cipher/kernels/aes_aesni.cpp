@@ -1,5 +1,5 @@
-// AES with the AES-NI instructions (FIPS-197, 5.1 and 5.3.5). Twelve blocks are in flight, or as many as
-// there are registers beside the key's: a round instruction takes several cycles, and one or two of other
+// AES with the AES-NI instructions (FIPS-197, 5.1 and 5.3.5). Twelve blocks are in flight, or six where there
+// are eight registers, of which two take keys: a round instruction takes several cycles, and one or two of other
 // blocks can start in each cycle.
 #include "aes_kernels.h"
 
@@ -15,7 +15,7 @@ namespace {
 
   #define MIROLTA_AESNI __attribute__((target("sse4.1,aes"), always_inline)) inline
 
-constexpr uint32_t kLanes = kVectorRegisters > 12 ? 12 : kVectorRegisters - 1;
+constexpr uint32_t kLanes = kVectorRegisters > 12 ? 12 : 6;
 
 MIROLTA_AESNI __m128i Load(const uint8_t* bytes) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));

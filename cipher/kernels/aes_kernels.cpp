@@ -14,6 +14,9 @@ constexpr Kernel<AesExpansion> kExpansionRows[] = {
 #if MIROLTA_KERNELS_FOR(X86)
     {"aes-expand-aesni", kNeedsAesNi, AesExpandAesNi},
 #endif
+#if MIROLTA_KERNELS_FOR(X86) && MIROLTA_AES_SSE2
+    {"aes-expand-sse2", kFeatureSse2, AesExpandSse2},
+#endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
     {"aes-expand-armv8", kFeatureArmAes, AesExpandArmv8},
 #endif
@@ -29,6 +32,9 @@ constexpr Kernel<AesTransform> kEncryptRows[] = {
     {"aes-encrypt-vaes512", kNeedsVaes512, AesEncryptVaes512},
     {"aes-encrypt-vaes256", kNeedsVaes256, AesEncryptVaes256},
     {"aes-encrypt-aesni", kNeedsAesNi, AesEncryptAesNi},
+#endif
+#if MIROLTA_KERNELS_FOR(X86) && MIROLTA_AES_SSE2
+    {"aes-encrypt-sse2", kFeatureSse2, AesEncryptSse2},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
     {"aes-encrypt-armv8", kFeatureArmAes, AesEncryptArmv8},
@@ -51,6 +57,9 @@ constexpr Kernel<AesTransform> kDecryptRows[] = {
     {"aes-decrypt-vaes512", kNeedsVaes512, AesDecryptVaes512},
     {"aes-decrypt-vaes256", kNeedsVaes256, AesDecryptVaes256},
     {"aes-decrypt-aesni", kNeedsAesNi, AesDecryptAesNi},
+#endif
+#if MIROLTA_KERNELS_FOR(X86) && MIROLTA_AES_SSE2
+    {"aes-decrypt-sse2", kFeatureSse2, AesDecryptSse2},
 #endif
 #if MIROLTA_KERNELS_FOR(AARCH64)
     {"aes-decrypt-armv8", kFeatureArmAes, AesDecryptArmv8},

@@ -11,14 +11,14 @@ namespace mirolta {
 // AesTransform transforms block_count blocks, each independently (ECB).
 // Shapes: in[16 * block_count], out[16 * block_count]; the schedule as ExpandAesKey fills it.
 // Alias:  out is in, or does not overlap it.
-// Time:   kernels without AES instructions or bit slices, and those with bit slices for their last few
-//         blocks, look up tables at addresses that depend on key and data.
+// Time:   kernels without AES instructions or bit slices, and those with NEON for their last few blocks,
+//         look up tables at addresses that depend on key and data.
 // Source: FIPS-197, 5.1 and 5.3.5.
 using AesTransform = void (*)(const AesSchedule& schedule, const uint8_t* in, uint8_t* out,
                               uint32_t block_count);
 
 // AesExpansion fills the schedule from key[byte_length], which is 16, 24 or 32.
-// Time:   the portable kernel looks up tables at addresses that depend on the key.
+// Time:   the portable kernels look up tables at addresses that depend on the key.
 // Source: FIPS-197, 5.2 and 5.3.5.
 using AesExpansion = void (*)(const uint8_t* key, uint32_t byte_length, AesSchedule* schedule);
 
@@ -52,6 +52,9 @@ AesTransformKernel AesDecryptNeon;
 AesExpansionKernel AesExpandAesNi;
 AesTransformKernel AesEncryptAesNi;
 AesTransformKernel AesDecryptAesNi;
+AesExpansionKernel AesExpandSse2;
+AesTransformKernel AesEncryptSse2;
+AesTransformKernel AesDecryptSse2;
 AesTransformKernel AesEncryptVaes256;
 AesTransformKernel AesDecryptVaes256;
 AesTransformKernel AesEncryptVaes512;

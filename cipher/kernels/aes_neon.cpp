@@ -15,6 +15,8 @@ namespace {
 
 using Vector = uint8x16_t;
 
+constexpr uint32_t kGroup = 8;
+
 // The break-even block count, by instructions, of a group against the kernel that takes what groups leave. A
 // group costs the same however few of its blocks are there.
   #if MIROLTA_KERNELS_FOR(AARCH64)
@@ -94,6 +96,64 @@ template <int kBit>
 MIROLTA_AES_STEP Vector BitMask(Vector v) {
   return vtstq_u8(v, vdupq_n_u8(1 << kBit));
 }
+
+// ShiftRows puts the bytes in the order of rows, and back.
+struct Places {
+  uint8_t of[kAesBlockSize];
+};
+constexpr uint8_t PlaceByColumns(uint32_t row, uint32_t column) {
+  return static_cast<uint8_t>(4 * column + row);
+}
+constexpr uint8_t PlaceByRows(uint32_t row, uint32_t column) {
+  return static_cast<uint8_t>(4 * row + column);
+}
+using PlaceOf = uint8_t (*)(uint32_t row, uint32_t column);
+
+// kStep is the number of columns by which each row turns further than the one above it.
+template <PlaceOf kFrom, PlaceOf kTo, uint32_t kStep>
+constexpr Places MakePlaces() {
+  Places places = {};
+  for (uint32_t row = 0; row < 4; ++row) {
+    for (uint32_t column = 0; column < 4; ++column) {
+      places.of[kTo(row, column)] = kFrom(row, (column + kStep * row) % 4);
+    }
+  }
+  return places;
+}
+
+// ShiftRows of the first round, of those between, and of the last one. InvShiftRows turns the other way.
+template <bool kEncrypt>
+constexpr uint32_t kTurn = kEncrypt ? 1 : 3;
+template <bool kEncrypt>
+constexpr Places kFirstPlaces = MakePlaces<PlaceByColumns, PlaceByRows, kTurn<kEncrypt>>();
+template <bool kEncrypt>
+constexpr Places kMiddlePlaces = MakePlaces<PlaceByRows, PlaceByRows, kTurn<kEncrypt>>();
+template <bool kEncrypt>
+constexpr Places kLastPlaces = MakePlaces<PlaceByRows, PlaceByColumns, kTurn<kEncrypt>>();
+constexpr Places kKeyPlaces = MakePlaces<PlaceByColumns, PlaceByRows, 0>();
+
+MIROLTA_AES_STEP void ShiftRows(Vector (&x)[kGroup], const Places& places) {
+  const Vector from = Load(places.of);
+  #pragma GCC unroll 8
+  for (uint32_t i = 0; i < kGroup; ++i) x[i] = Permute(x[i], from);
+}
+
+template <bool kEncrypt>
+struct Rows {
+  static MIROLTA_AES_STEP Vector Enter(Vector v) { return v; }
+  static MIROLTA_AES_STEP Vector Order(Vector v) { return Permute(v, Load(kKeyPlaces.of)); }
+  static MIROLTA_AES_STEP Vector OrderLast(Vector v) { return v; }
+  static MIROLTA_AES_STEP Vector Leave(Vector v) { return v; }
+  MIROLTA_AES_STEP void Shift(Vector (&x)[kGroup]) {
+    ShiftRows(x, *places);
+    places = &kMiddlePlaces<kEncrypt>;
+  }
+  static MIROLTA_AES_STEP void ShiftLast(Vector (&x)[kGroup]) {
+    ShiftRows(x, kLastPlaces<kEncrypt>);
+  }
+
+  const Places* places = &kFirstPlaces<kEncrypt>;
+};
 
   #include "aes_slices.inc"
 

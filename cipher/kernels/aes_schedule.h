@@ -21,7 +21,7 @@ struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) AesSchedule {
 
 // ExpandAesKey fills the schedule from key[byte_length].
 // Errors: false, with the schedule unchanged, unless byte_length is 16, 24 or 32.
-// Time:   without AES instructions, looks up tables at addresses that depend on the key.
+// Time:   without AES instructions or SSE2, looks up tables at addresses that depend on the key.
 // Source: FIPS-197, 5.2 and 5.3.5.
 [[nodiscard]] bool ExpandAesKey(const uint8_t* key, uint32_t byte_length,
                                 AesSchedule* schedule) noexcept;

@@ -83,6 +83,17 @@ MIROLTA_VAES512 void TransformOne(const uint32_t* words, uint32_t rounds, const 
                    AllRounds<kEncrypt, NarrowKey>(words, rounds, block));
 }
 
+// A masked store takes a sixth of their speed from calls with four blocks. In 32-bit mode the module has to be
+// small.
+constexpr bool kWholeRegister = kVectorRegisters > 8;
+
+template <bool kEncrypt>
+MIROLTA_VAES512 void TransformFour(const uint32_t* words, uint32_t rounds, const uint8_t* in,
+                                   uint8_t* out) {
+  const __m512i blocks = _mm512_xor_si512(_mm512_loadu_si512(in), WideKey(words));
+  _mm512_storeu_si512(out, AllRounds<kEncrypt, WideKey>(words, rounds, blocks));
+}
+
 // Up to four blocks in one register.
 template <bool kEncrypt>
 MIROLTA_VAES512 void TransformFew(const uint32_t* words, uint32_t rounds, const uint8_t* in,
@@ -150,6 +161,8 @@ MIROLTA_VAES512 void TransformBlocks(const uint32_t* words, uint32_t rounds, con
                                      uint8_t* out, uint32_t block_count) {
   if (block_count == 1) {
     TransformOne<kEncrypt>(words, rounds, in, out);
+  } else if (kWholeRegister && block_count == kBlocks) {
+    TransformFour<kEncrypt>(words, rounds, in, out);
   } else if (block_count <= kBlocks) {
     TransformFew<kEncrypt>(words, rounds, in, out, block_count);
   } else if (rounds == 10) {

@@ -15,50 +15,22 @@ namespace {
 
   #define MIROLTA_DES_TARGET __attribute__((target("avx2")))
   #define MIROLTA_DES_BOX __attribute__((target("avx2"), always_inline)) inline
-  #define MIROLTA_DES_BOXES "des_boxes_gates.inc"
+  #define MIROLTA_DES_VECTOR(operation) _mm256_##operation
 
 using Vector = __m256i;
 
 constexpr uint32_t kRowBlocks = 4;
+constexpr uint32_t kStates = 2;
 // Break-even block counts of a pass against the kernel that takes what passes leave, for single and
 // for triple DES. A pass costs the same however few of its blocks are there.
-constexpr uint32_t kLeastBlocks = 37;
-constexpr uint32_t kLeastTripleBlocks = 39;
-constexpr bool kSpillsMuch = false;
-
   #if MIROLTA_KERNELS_FOR(X86_64)
-constexpr DesTransform kEncryptRest = DesEncryptWords64;
-constexpr DesTransform kDecryptRest = DesDecryptWords64;
+constexpr uint32_t kLeastBlocks = 37;
+constexpr uint32_t kLeastTripleBlocks = 38;
   #else
-constexpr DesTransform kEncryptRest = DesEncryptPortable;
-constexpr DesTransform kDecryptRest = DesDecryptPortable;
+constexpr uint32_t kLeastBlocks = 17;
+constexpr uint32_t kLeastTripleBlocks = 16;
   #endif
-
-MIROLTA_DES_BOX Vector And(Vector a, Vector b) {
-  return _mm256_and_si256(a, b);
-}
-
-MIROLTA_DES_BOX Vector AndNot(Vector a, Vector b) {
-  return _mm256_andnot_si256(a, b);
-}
-
-MIROLTA_DES_BOX Vector Or(Vector a, Vector b) {
-  return _mm256_or_si256(a, b);
-}
-
-MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
-  return _mm256_xor_si256(a, b);
-}
-
-MIROLTA_DES_BOX void XorKeys(Vector (&in)[6], const uint32_t* masks) {
-  #pragma GCC unroll 6
-  for (int i = 0; i < 6; ++i) {
-    in[i] = _mm256_xor_si256(in[i], _mm256_set1_epi32(static_cast<int>(masks[5 - i])));
-  }
-}
-
-// Nothing is hidden: operands in memory cost no instruction.
-MIROLTA_DES_BOX void BeginBox(Vector*, const uint32_t*) {}
+constexpr bool kSpillsMuch = false;
 
 MIROLTA_DES_BOX void StoreMasks(uint32_t word, uint32_t* masks) {
   const Vector words = _mm256_set1_epi32(static_cast<int>(word));
@@ -71,19 +43,15 @@ MIROLTA_DES_BOX void StoreMasks(uint32_t word, uint32_t* masks) {
   }
 }
 
-// Exchanges, in each 64-bit lane, the bits of a whose index has the bit kShift set with the bits of
-// b at indexes kShift lower.
-template <int kShift>
-MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b) {
-  constexpr uint64_t kLower = ~uint64_t{0} / ((uint64_t{1} << kShift) + 1);
-  const Vector mask = _mm256_set1_epi64x(static_cast<long long>(kLower));
-  const Vector difference = And(Xor(_mm256_srli_epi64(a, kShift), b), mask);
-  b = Xor(b, difference);
-  a = Xor(a, _mm256_slli_epi64(difference, kShift));
+struct RoundMasks {};
+
+MIROLTA_DES_BOX const uint32_t* Prepare(const uint32_t* masks, const RoundMasks&) {
+  return masks;
 }
 
-MIROLTA_DES_BOX Vector Zero() {
-  return _mm256_setzero_si256();
+MIROLTA_DES_BOX void XorKeys(Vector (&in)[6], const uint32_t* masks) {
+  #pragma GCC unroll 6
+  for (int i = 0; i < 6; ++i) in[i] ^= _mm256_set1_epi32(static_cast<int>(masks[5 - i]));
 }
 
 MIROLTA_DES_BOX Vector Load(const uint8_t* in) {
@@ -107,7 +75,7 @@ MIROLTA_DES_BOX void StoreFirst(Vector v, uint32_t count, uint8_t* out) {
   _mm256_maskstore_epi64(reinterpret_cast<long long*>(out), FirstMask(count), v);
 }
 
-  #include "des_slices.inc"
+  #include "des_x86_slices.inc"
 
 }  // namespace
 

@@ -23,6 +23,7 @@ namespace {
 using Vector = __m512i;
 
 constexpr uint32_t kRowBlocks = 8;
+constexpr uint32_t kStates = 1;
 // Break-even block counts of a pass against the kernel that takes what passes leave, for single and
 // for triple DES. A pass costs the same however few of its blocks are there.
 constexpr uint32_t kLeastBlocks = 35;
@@ -50,6 +51,8 @@ MIROLTA_DES_BOX Vector Ternary(Vector a, Vector b, Vector c) {
 MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
   return _mm512_xor_si512(a, b);
 }
+
+struct RoundMasks {};
 
 MIROLTA_DES_BOX void XorKeys(Vector (&in)[6], const uint32_t* masks) {
   #pragma GCC unroll 6
@@ -189,7 +192,7 @@ MIROLTA_DES_BOX void Join(Vector* state, uint32_t block_count, uint8_t* out) {
 
 // Not inlined: one copy of the rounds serves full and partial passes.
 MIROLTA_DES_TARGET __attribute__((noinline)) void RunRounds(Work* work, uint32_t rounds) {
-  AllRounds(work->state, work->masks, rounds);
+  AllRounds(work->state, kStates, work->masks, rounds);
 }
 
 MIROLTA_DES_TARGET HRESULT RunPasses(void* context) {

@@ -14,7 +14,7 @@ namespace mirolta {
 
 namespace {
 
-  #define MIROLTA_DES_WORDS64 __attribute__((target("sse4.1,gfni"), always_inline)) inline
+  #define MIROLTA_DES_WORDS64 __attribute__((target("sse4.1,bmi,gfni"), always_inline)) inline
 
 // Exchanges bit i of byte j with bit 7 - j of byte 7 - i.
 MIROLTA_DES_WORDS64 __m128i ExchangeBits(__m128i block) {
@@ -44,19 +44,25 @@ MIROLTA_DES_WORDS64 void UnpermuteBlock(Halves halves, uint8_t* block) {
   std::memcpy(block, &word, sizeof word);
 }
 
+// One instruction instead of two.
+template <int kByte>
+MIROLTA_DES_WORDS64 uint64_t InnerByte(uint64_t word) {
+  return _bextr_u64(word, 8 * kByte, 8);
+}
+
   #include "des_words64.inc"
 
 }  // namespace
 
-__attribute__((target("sse4.1,gfni"))) void DesEncryptGfni(const DesSchedule& schedule,
-                                                           const uint8_t* in, uint8_t* out,
-                                                           uint32_t block_count) {
+__attribute__((target("sse4.1,bmi,gfni"))) void DesEncryptGfni(const DesSchedule& schedule,
+                                                               const uint8_t* in, uint8_t* out,
+                                                               uint32_t block_count) {
   TransformBlocks(schedule.encryption, schedule.rounds, in, out, block_count);
 }
 
-__attribute__((target("sse4.1,gfni"))) void DesDecryptGfni(const DesSchedule& schedule,
-                                                           const uint8_t* in, uint8_t* out,
-                                                           uint32_t block_count) {
+__attribute__((target("sse4.1,bmi,gfni"))) void DesDecryptGfni(const DesSchedule& schedule,
+                                                               const uint8_t* in, uint8_t* out,
+                                                               uint32_t block_count) {
   TransformBlocks(schedule.decryption, schedule.rounds, in, out, block_count);
 }
 

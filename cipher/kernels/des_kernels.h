@@ -44,11 +44,9 @@ DesTransformKernel DesDecryptGfni;
 // x86, in both modes
 DesTransformKernel DesEncryptAvx2;
 DesTransformKernel DesDecryptAvx2;
-DesTransformKernel DesEncryptAvx512;
-DesTransformKernel DesDecryptAvx512;
-
-// 32-bit x86
 DesTransformKernel DesEncryptSse2;
 DesTransformKernel DesDecryptSse2;
+DesTransformKernel DesEncryptAvx512;
+DesTransformKernel DesDecryptAvx512;
 
 }  // namespace mirolta

@@ -19,6 +19,7 @@ namespace {
 using Vector = uint32x4_t;
 
 constexpr uint32_t kRowBlocks = 2;
+constexpr uint32_t kStates = 1;
 constexpr bool kSpillsMuch = false;
 
 // Break-even block counts, by instructions, of a pass against the kernel that takes what passes leave,
@@ -50,6 +51,8 @@ MIROLTA_DES_BOX Vector Or(Vector a, Vector b) {
 MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
   return veorq_u32(a, b);
 }
+
+struct RoundMasks {};
 
 MIROLTA_DES_BOX void XorKeys(Vector (&in)[6], const uint32_t* masks) {
   const uint32x4_t low = vld1q_u32(masks);
@@ -103,6 +106,16 @@ MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b) {
     b = vbslq_u32(mask, vshrq_n_u32(a, kShift), b);
     a = vbslq_u32(mask, a, from_b);
   }
+}
+
+  #include "des_exchange.inc"
+
+MIROLTA_DES_BOX void GatherBytes(Vector* v) {
+  ExchangeEight<8>(v);
+}
+
+MIROLTA_DES_BOX void ScatterBytes(Vector* v) {
+  ExchangeEight<8>(v);
 }
 
 MIROLTA_DES_BOX Vector Zero() {

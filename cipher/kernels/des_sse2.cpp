@@ -5,9 +5,9 @@
 #include "des_kernels.h"
 #include "seam/small_stack.h"
 
-#if MIROLTA_KERNELS_FOR(X86_32)
+#if MIROLTA_KERNELS_FOR(X86) && MIROLTA_DES_SSE2
 
-  #include <emmintrin.h>
+  #include <immintrin.h>
 
 namespace mirolta {
 
@@ -15,42 +15,22 @@ namespace {
 
   #define MIROLTA_DES_TARGET __attribute__((target("sse2")))
   #define MIROLTA_DES_BOX __attribute__((target("sse2"), always_inline)) inline
-  #define MIROLTA_DES_BOXES "des_boxes_gates.inc"
+  #define MIROLTA_DES_VECTOR(operation) _mm_##operation
 
 using Vector = __m128i;
 
 constexpr uint32_t kRowBlocks = 2;
+constexpr uint32_t kStates = 4;
 // Break-even block counts of a pass against the kernel that takes what passes leave, for single and
 // for triple DES. A pass costs the same however few of its blocks are there.
-constexpr uint32_t kLeastBlocks = 37;
-constexpr uint32_t kLeastTripleBlocks = 39;
+  #if MIROLTA_KERNELS_FOR(X86_64)
+constexpr uint32_t kLeastBlocks = 41;
+constexpr uint32_t kLeastTripleBlocks = 42;
+  #else
+constexpr uint32_t kLeastBlocks = 18;
+constexpr uint32_t kLeastTripleBlocks = 17;
+  #endif
 constexpr bool kSpillsMuch = false;
-
-MIROLTA_DES_BOX Vector And(Vector a, Vector b) {
-  return _mm_and_si128(a, b);
-}
-
-MIROLTA_DES_BOX Vector AndNot(Vector a, Vector b) {
-  return _mm_andnot_si128(a, b);
-}
-
-MIROLTA_DES_BOX Vector Or(Vector a, Vector b) {
-  return _mm_or_si128(a, b);
-}
-
-MIROLTA_DES_BOX Vector Xor(Vector a, Vector b) {
-  return _mm_xor_si128(a, b);
-}
-
-MIROLTA_DES_BOX void XorKeys(Vector (&in)[6], const uint32_t* masks) {
-  #pragma GCC unroll 6
-  for (int i = 0; i < 6; ++i) {
-    in[i] = _mm_xor_si128(in[i], _mm_set1_epi32(static_cast<int>(masks[5 - i])));
-  }
-}
-
-// Nothing is hidden: operands in memory cost no instruction.
-MIROLTA_DES_BOX void BeginBox(Vector*, const uint32_t*) {}
 
 MIROLTA_DES_BOX void StoreMasks(uint32_t word, uint32_t* masks) {
   const Vector words = _mm_set1_epi32(static_cast<int>(word));
@@ -63,19 +43,33 @@ MIROLTA_DES_BOX void StoreMasks(uint32_t word, uint32_t* masks) {
   }
 }
 
-// Exchanges, in each 64-bit lane, the bits of a whose index has the bit kShift set with the bits of
-// b at indexes kShift lower.
-template <int kShift>
-MIROLTA_DES_BOX void Exchange(Vector& a, Vector& b) {
-  constexpr uint64_t kLower = ~uint64_t{0} / ((uint64_t{1} << kShift) + 1);
-  const Vector mask = _mm_set1_epi64x(static_cast<long long>(kLower));
-  const Vector difference = And(Xor(_mm_srli_epi64(a, kShift), b), mask);
-  b = Xor(b, difference);
-  a = Xor(a, _mm_slli_epi64(difference, kShift));
+// To spread a mask over a vector takes two instructions, which four states share. Two bits of each byte of a
+// round's words are no key's.
+struct RoundMasks {
+  Vector spread[64];
+};
+
+// Not inlined: each of four kinds of rounds would have a copy.
+MIROLTA_DES_TARGET __attribute__((noinline)) const Vector* Prepare(const uint32_t* masks,
+                                                                   RoundMasks& round_masks) {
+  Vector* const spread = round_masks.spread;
+  #pragma GCC unroll 8
+  for (Vector* to = spread; to != spread + 64; to += 8, masks += 8) {
+    const Vector four = _mm_loadu_si128(reinterpret_cast<const Vector*>(masks));
+    const Vector two = _mm_loadl_epi64(reinterpret_cast<const Vector*>(masks + 4));
+    to[0] = _mm_shuffle_epi32(four, 0x00);
+    to[1] = _mm_shuffle_epi32(four, 0x55);
+    to[2] = _mm_shuffle_epi32(four, 0xAA);
+    to[3] = _mm_shuffle_epi32(four, 0xFF);
+    to[4] = _mm_shuffle_epi32(two, 0x00);
+    to[5] = _mm_shuffle_epi32(two, 0x55);
+  }
+  return spread;
 }
 
-MIROLTA_DES_BOX Vector Zero() {
-  return _mm_setzero_si128();
+MIROLTA_DES_BOX void XorKeys(Vector (&in)[6], const Vector* keys) {
+  #pragma GCC unroll 6
+  for (int i = 0; i < 6; ++i) in[i] ^= keys[5 - i];
 }
 
 MIROLTA_DES_BOX Vector Load(const uint8_t* in) {
@@ -95,18 +89,18 @@ MIROLTA_DES_BOX void StoreFirst(Vector v, uint32_t, uint8_t* out) {
   _mm_storel_epi64(reinterpret_cast<Vector*>(out), v);
 }
 
-  #include "des_slices.inc"
+  #include "des_x86_slices.inc"
 
 }  // namespace
 
 void DesEncryptSse2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                     uint32_t block_count) {
-  Transform<DesEncryptPortable>(schedule, schedule.encryption, in, out, block_count);
+  Transform<kEncryptRest>(schedule, schedule.encryption, in, out, block_count);
 }
 
 void DesDecryptSse2(const DesSchedule& schedule, const uint8_t* in, uint8_t* out,
                     uint32_t block_count) {
-  Transform<DesDecryptPortable>(schedule, schedule.decryption, in, out, block_count);
+  Transform<kDecryptRest>(schedule, schedule.decryption, in, out, block_count);
 }
 
 }  // namespace mirolta

@@ -98,8 +98,8 @@ constexpr DesWideTables MakeWideTables() {
   for (uint32_t box = 0; box < 8; ++box) {
     for (uint32_t v = 0; v < 64; ++v) {
       const uint32_t half = SubstitutedAndPermuted(box, v);
-      const uint64_t odd = (half >> 4 | half << 28) & 0xFFFFFFFF;
-      tables.substitution[box][v] = (odd << 32 | half) & 0x3F3F3F3F3F3F3F3F;
+      const uint32_t odd = half >> 4 | half << 28;
+      tables.substitution[box][v] = (uint64_t{half} << 32 | odd) & 0x3F3F3F3F3F3F3F3F;
     }
   }
   return tables;

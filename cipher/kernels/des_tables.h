@@ -29,8 +29,9 @@ struct DesTables {
 extern const DesTables kDesTables;
 
 #if MIROLTA_KERNELS_FOR(X86_64)
-// DesWideTables has the words of DesTables after the expansion E: the inputs of the S-boxes 1, 3,
-// 5, 7, 2, 4, 6, 8, the highest byte first, each in the lower six bits of its byte.
+// DesWideTables has the words of DesTables after the expansion E: the inputs of the S-boxes 2, 4,
+// 6, 8, 1, 3, 5, 7, the highest byte first, each in the lower six bits of its byte. The words of a round
+// key are in memory in this order.
 struct DesWideTables {
   uint64_t substitution[8][64];
 };

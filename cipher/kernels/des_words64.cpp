@@ -1,4 +1,6 @@
 // DES with 64-bit words, on any x86-64 processor (FIPS 46-3).
+#include <cstring>
+
 #include "des_kernels.h"
 #include "des_permutations.h"
 #include "des_tables.h"
@@ -17,6 +19,11 @@ MIROLTA_DES_WORDS64 Halves PermuteBlock(const uint8_t* block) {
 
 MIROLTA_DES_WORDS64 void UnpermuteBlock(Halves halves, uint8_t* block) {
   PermuteFinally(halves, block);
+}
+
+template <int kByte>
+MIROLTA_DES_WORDS64 uint64_t InnerByte(uint64_t word) {
+  return word >> 8 * kByte & 255;
 }
 
   #include "des_words64.inc"

@@ -89,9 +89,10 @@ HRESULT STDMETHODCALLTYPE SymmetricCryptObject::put_codePage(LONG code_page) {
 
 namespace {
 
-// Transforms bytes, whole blocks, to a new byte array.
+// Transforms bytes, whole blocks, to a new byte array. Ciphertext is no secret.
 // Errors: E_OUTOFMEMORY; the status of locking the array.
-HRESULT TransformToArray(const BlockTransform& transform, const ByteView& bytes, VARIANT* out) {
+HRESULT TransformToArray(const BlockTransform& transform, const ByteView& bytes,
+                         bool gives_ciphertext, VARIANT* out) {
   VariantInit(out);
   SAFEARRAY* const array = CreateByteArray(bytes.Count());
   if (array == nullptr) return E_OUTOFMEMORY;
@@ -104,6 +105,7 @@ HRESULT TransformToArray(const BlockTransform& transform, const ByteView& bytes,
   transform.run(transform.schedule, bytes.Data(), static_cast<uint8_t*>(data),
                 bytes.Count() / transform.block_size);
   SafeArrayUnaccessData(array);
+  if (gives_ciphertext) MarkPublic(array);
   V_VT(out) = kByteArrayType;
   V_ARRAY(out) = array;
   return S_OK;
@@ -125,7 +127,8 @@ HRESULT SymmetricCryptObject::Transform(const CipherOperation& operation, const 
   HRESULT array_status = S_OK;
   const BlockTransform unqueued = (engine.*operation.unqueued_transform)(bytes.Count());
   if (unqueued.run != nullptr) {
-    array_status = TransformToArray(unqueued, bytes, result);
+    const bool encrypts = &operation == &kEncryption;
+    array_status = TransformToArray(unqueued, bytes, encrypts, result);
     if (SUCCEEDED(array_status)) {
       if (finalize) pad_.ApplyTo(engine);
       return S_OK;

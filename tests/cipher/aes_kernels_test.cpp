@@ -96,6 +96,7 @@ TEST(AesKernels, NeedTheInstructionsThatTheyUse) {
   const std::vector<KernelKind> kinds = {{"-vaes512", kVaes256 | kFeatureAvx512},
                                          {"-vaes256", kVaes256},
                                          {"-aesni", kAesNi},
+                                         {"-sse2", kFeatureSse2},
                                          {"-neon", kNeedsNeon},
                                          {"-arm", 0},
                                          {"-armv8", kFeatureArmAes},

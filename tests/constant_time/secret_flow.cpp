@@ -86,6 +86,10 @@ void CheckDigests() {
   }
 }
 
+bool HasSlices(const char* name) {
+  return std::strstr(name, "avx") != nullptr || std::strstr(name, "sse2") != nullptr;
+}
+
 bool HasTables(const char* name) {
   return std::strstr(name, "portable") != nullptr || std::strstr(name, "-arm") == name + 11;
 }
@@ -122,7 +126,7 @@ void CheckDes() {
   constexpr uint32_t kBlocks = 1024;
   for (const auto* list : {&kDesEncryptKernels, &kDesDecryptKernels}) {
     for (const auto& row : *list) {
-      if (!Runs(row.needs) || std::strstr(row.name, "avx") == nullptr) continue;
+      if (!Runs(row.needs) || !HasSlices(row.name)) continue;
       for (const uint32_t length : {8u, 24u}) {
         DesSchedule schedule = {};
         const uint8_t key[24] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
