@@ -35,6 +35,7 @@ class ByteBuffer {
   bool IsValid() const noexcept { return data_ != nullptr; }
   uint32_t Capacity() const noexcept { return capacity_; }
   uint32_t Length() const noexcept { return length_; }
+  uint32_t FreeSpace() const noexcept { return capacity_ - length_; }
   uint32_t Step() const noexcept { return step_; }
   uint32_t Maximum() const noexcept { return maximum_; }
   uint8_t* Data() noexcept { return data_; }
@@ -87,7 +88,6 @@ class ByteBuffer {
   void Construct(uint32_t limit, uint32_t step) noexcept;
   void AllocateStep() noexcept;
   void Free() noexcept;
-  uint32_t FreeSpace() const noexcept { return capacity_ - length_; }
   bool GrownCapacity(uint32_t need, uint32_t* capacity) const noexcept;
   bool Grow(uint32_t need) noexcept;
   uint8_t* GrowTail(uint32_t count) noexcept;

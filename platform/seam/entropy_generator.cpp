@@ -4,23 +4,23 @@
 
 namespace mirolta {
 
-bool EntropyGenerator::Fill() noexcept {
+bool EntropyGenerator::Fill(uint32_t count) noexcept {
   used_ = kPoolSize;
   forks_ = ForkCount();
-  if (!SystemEntropy(pool_, kPoolSize)) return false;
-  used_ = 0;
+  if (!SystemEntropy(pool_ + (kPoolSize - count), count)) return false;
+  used_ = kPoolSize - count;
   return true;
 }
 
 bool EntropyGenerator::Seed(uint32_t seed) noexcept {
   sequence_ = seed;
-  return WatchForks() && Fill();
+  return WatchForks() && Fill(kFirstSize);
 }
 
 uint32_t EntropyGenerator::Next() noexcept {
   // Seed has succeeded, so there is entropy. If it fails now, no byte of the pool may be used
   // twice.
-  if ((used_ == kPoolSize || forks_ != ForkCount()) && !Fill()) __builtin_trap();
+  if ((used_ == kPoolSize || forks_ != ForkCount()) && !Fill(kPoolSize)) __builtin_trap();
   uint32_t entropy = 0;
   for (int i = 0; i < 4; ++i) {
     entropy = entropy << 8 | pool_[used_];

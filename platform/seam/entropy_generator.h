@@ -21,8 +21,11 @@ class EntropyGenerator {
 
  private:
   static constexpr uint32_t kPoolSize = 256;
+  // What a seed draws: callers that seed and draw a few numbers wait half as long.
+  static constexpr uint32_t kFirstSize = 64;
 
-  bool Fill() noexcept;
+  // Draws the last count bytes of the pool.
+  bool Fill(uint32_t count) noexcept;
 
   uint32_t sequence_ = 0;
   uint32_t used_ = kPoolSize;  // bytes of the pool that are spent

@@ -54,7 +54,7 @@ uint32_t FeaturesIn(const ProcessorReport& report) noexcept {
   const uint32_t c7 = report.leaf7_ecx;
 
   uint32_t found = 0;
-  if (All(b7, bit_BMI2 | bit_ADX)) found |= kFeatureBmi2Adx;
+  if (All(b7, bit_BMI | bit_BMI2 | bit_ADX)) found |= kFeatureBmi2Adx;
   // A system that does not tell what it saves saves what FXSAVE does.
   constexpr uint32_t kSaves128 = 0x02;  // XMM
   if (All(c1, bit_OSXSAVE) && !All(report.saved_state, kSaves128)) return found;

@@ -11,7 +11,7 @@ namespace mirolta {
 enum ProcessorFeature : uint32_t {
   kFeatureSsse3 = 1u << 0,    // SSE up to 4.1
   kFeatureAvx2 = 1u << 1,     // with AVX and saved 256-bit registers
-  kFeatureBmi2Adx = 1u << 2,  // mulx, adcx, adox
+  kFeatureBmi2Adx = 1u << 2,  // mulx, adcx, adox, and BMI1
   kFeatureAesNi = 1u << 3,
   kFeatureSha = 1u << 4,     // SHA-1 and SHA-256
   kFeatureAvx512 = 1u << 5,  // F, BW, DQ, VL and saved 512-bit registers

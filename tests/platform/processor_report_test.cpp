@@ -24,6 +24,7 @@ constexpr uint32_t kAvx = Bit(28);
 constexpr uint32_t kFxsr = Bit(24);
 constexpr uint32_t kSse2 = Bit(26);
 // Leaf 7, EBX.
+constexpr uint32_t kBmi1 = Bit(3);
 constexpr uint32_t kAvx2 = Bit(5);
 constexpr uint32_t kBmi2 = Bit(8);
 constexpr uint32_t kAvx512F = Bit(16);
@@ -72,6 +73,7 @@ TEST(ProcessorReportTest, EachFeatureAsksForAllOfItsBits) {
       {"OSXSAVE", {kOsxsave, 0, 0, 0, 0}, kAll & ~kWith128},
       {"AVX", {kAvx, 0, 0, 0, 0}, kAll & ~kWith128},
       {"AVX2", {0, 0, kAvx2, 0, 0}, kFeatureAvx2},
+      {"BMI1", {0, 0, kBmi1, 0, 0}, kFeatureBmi2Adx},
       {"BMI2", {0, 0, kBmi2, 0, 0}, kFeatureBmi2Adx},
       {"ADX", {0, 0, kAdx, 0, 0}, kFeatureBmi2Adx},
       {"SHA", {0, 0, kSha, 0, 0}, kFeatureSha},
@@ -105,8 +107,8 @@ TEST(ProcessorReportTest, ASystemThatDoesNotTellWhatItSavesSavesThe128BitRegiste
 
 TEST(ProcessorReportTest, BitsThatNothingAsksForDoNotMatter) {
   const ProcessorReport just = {kSsse3 | kSse41 | kAes | kOsxsave | kAvx, kFxsr | kSse2,
-                                kAvx2 | kBmi2 | kAdx | kSha | kAvx512 | kIfma, kGfni | kVaes,
-                                kSaves512};
+                                kBmi1 | kAvx2 | kBmi2 | kAdx | kSha | kAvx512 | kIfma,
+                                kGfni | kVaes, kSaves512};
   EXPECT_EQ(FeaturesIn(just), kAll);
   const ProcessorReport others = {~just.leaf1_ecx, ~just.leaf1_edx, ~just.leaf7_ebx,
                                   ~just.leaf7_ecx, ~just.saved_state};

@@ -125,6 +125,15 @@ TEST(WipeMemoryTest, ClearsJustTheBytesGiven) {
   WipeMemory(nullptr, 0);
 }
 
+TEST(WipeMemoryTest, APieceIsClearedWithoutThoseBesideIt) {
+  uint8_t bytes[66];
+  std::memset(bytes, 7, sizeof bytes);
+  WipePiece<64>(bytes + 1);
+  uint8_t expected[66] = {7};
+  expected[65] = 7;
+  EXPECT_EQ(std::memcmp(bytes, expected, sizeof bytes), 0);
+}
+
 TEST(CreateByteArrayTest, GivesWhatTheSystemsCreationGivesButForTheBytes) {
   for (const uint32_t count : {0u, 1u, 100000u}) {
     SAFEARRAYBOUND bound = {count, 0};

@@ -123,12 +123,12 @@ TEST(SystemEntropyTest, ASeedFailsWithIt) {
   EXPECT_TRUE(CurrentRandomSource().seed(1));
 }
 
-// The pool holds 256 bytes, four a number. When it cannot be filled again the process ends rather
-// than give the same numbers twice.
+// A seed draws 64 bytes, four a number, and the pool is filled with 256. When it cannot be filled again the
+// process ends rather than give the same numbers twice.
 TEST(SystemEntropyDeathTest, NoPoolIsUsedTwice) {
   SetAnswers({});
   ASSERT_TRUE(CurrentRandomSource().seed(1));
-  for (int i = 0; i < 64; ++i) CurrentRandomSource().next();
+  for (int i = 0; i < 16; ++i) CurrentRandomSource().next();
   EXPECT_EQ(calls, 1u);
   CurrentRandomSource().next();
   EXPECT_EQ(calls, 2u);
@@ -163,7 +163,7 @@ TEST(EntropyGeneratorTest, KnownEntropyGivesKnownNumbers) {
   EXPECT_EQ(generator.Next(), 0x92FD0F6u);
 }
 
-// Two pools and a half: each byte of the system's goes into one number, in order.
+// A seed and two pools and a quarter: each byte of the system's goes into one number, in order.
 TEST(EntropyGeneratorTest, EveryByteOfThePoolIsUsedOnce) {
   SetAnswers({});
   EntropyGenerator generator;
@@ -171,7 +171,7 @@ TEST(EntropyGeneratorTest, EveryByteOfThePoolIsUsedOnce) {
   Sequence sequence = {99};
   for (uint32_t i = 0; i < 160; ++i) {
     EXPECT_EQ(generator.Next(), NumberOf(1 + 4 * i, &sequence)) << i;
-    EXPECT_EQ(calls, 1 + i / 64) << i;
+    EXPECT_EQ(calls, 1 + (i + 48) / 64) << i;
   }
   // A seed draws anew, and starts the sequence anew.
   next_byte = 40;
@@ -185,12 +185,12 @@ TEST(EntropyGeneratorTest, BytesAreClearedAfterUse) {
   alignas(EntropyGenerator) uint8_t memory[sizeof(EntropyGenerator)];
   EntropyGenerator* const generator = new (memory) EntropyGenerator;
   ASSERT_TRUE(generator->Seed(1));
-  std::vector<uint8_t> pool(256);
+  std::vector<uint8_t> pool(64);
   for (size_t i = 0; i < pool.size(); ++i) pool[i] = static_cast<uint8_t>(i + 1);
   uint8_t* const end = memory + sizeof memory;
   const uint8_t* const at = std::search(memory, end, pool.begin(), pool.end());
   ASSERT_NE(at, end);
-  for (size_t i = 0; i < 64; ++i) {
+  for (size_t i = 0; i < 16; ++i) {
     generator->Next();
     for (size_t j = 0; j < 4; ++j) pool[4 * i + j] = 0;
     EXPECT_EQ(std::memcmp(at, pool.data(), pool.size()), 0) << i;
@@ -198,7 +198,7 @@ TEST(EntropyGeneratorTest, BytesAreClearedAfterUse) {
 }
 
 TEST(EntropyGeneratorTest, AFailedSeedLeavesNothingToUse) {
-  SetAnswers({{256, 0}, {100, 0}, {0, ENOSYS}});
+  SetAnswers({{64, 0}, {40, 0}, {0, ENOSYS}});
   EntropyGenerator generator;
   ASSERT_TRUE(generator.Seed(1));
   EXPECT_FALSE(generator.Seed(1));
@@ -244,7 +244,7 @@ TEST(EntropyGeneratorTest, AChildDrawsItsOwnEntropy) {
 }
 
 TEST(EntropyGeneratorDeathTest, AChildWithoutEntropyEnds) {
-  SetAnswers({{256, 0}, {0, ENOSYS}});
+  SetAnswers({{64, 0}, {0, ENOSYS}});
   ASSERT_TRUE(CurrentRandomSource().seed(5));
   EXPECT_EQ(InChild([] {
               CurrentRandomSource().next();

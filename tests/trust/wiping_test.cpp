@@ -204,6 +204,47 @@ TEST_F(WipingTest, CopiesOfTheRuntimeAreWiped) {
   MiroltaKeepDestroyedArrays(true);
 }
 
+// The runtime wipes what it frees, but for ciphertext that is not used as a key or changed.
+TEST_F(WipingTest, OnlyCiphertextIsFreedAsItIs) {
+  if (!kWipesWhatItFrees) GTEST_SKIP() << "the system does not wipe its own copies";
+  MiroltaKeepDestroyedArrays(false);
+  const Bytes key = Secret(104, 16);
+  const Bytes data = Secret(105, 160);
+  const Subject cipher(ClassNamed("SymmetricCryptObject"), State::kFresh);
+  ASSERT_EQ(cipher.Call("Init", kMethod, "t:AES"), S_OK);
+  ASSERT_EQ(Call(cipher, "Key", kPut, {BytesArgument(key)}), S_OK);
+  // How often a result of the member is found, with its first element changed, when it is destroyed.
+  const auto seen = [&](const char* member, const std::function<void(SAFEARRAY*)>& use) {
+    EXPECT_EQ(Call(cipher, member, kMethod, {BytesArgument(data), Switch(false)}), S_OK);
+    const Bytes result = BytesOfArray(values.back());
+    WatchFor(Bytes(result.begin() + 1, result.end()));
+    StartWatchingForSecrets();
+    use(V_ARRAY(&*&values.back()));
+    values.pop_back();
+    const long found = SecretsFreed();
+    StopWatchingForSecrets();
+    return found;
+  };
+  const auto nothing = [](SAFEARRAY*) {};
+  EXPECT_EQ(seen("Encrypt", nothing), 1);
+  EXPECT_EQ(seen("Decrypt", nothing), 0);
+  EXPECT_EQ(seen("Encrypt",
+                 [](SAFEARRAY* array) {
+                   LONG index = 0;
+                   BYTE element = 1;
+                   EXPECT_EQ(SafeArrayPutElement(array, &index, &element), S_OK);
+                 }),
+            0);
+  EXPECT_EQ(seen("Encrypt",
+                 [](SAFEARRAY* array) {
+                   SAFEARRAY* copy = nullptr;
+                   EXPECT_EQ(SafeArrayCopy(array, &copy), S_OK);
+                   EXPECT_EQ(SafeArrayDestroy(copy), S_OK);
+                 }),
+            0);
+  MiroltaKeepDestroyedArrays(true);
+}
+
 // Nor does a call that finds no memory leave secrets behind.
 TEST_F(WipingTest, CallsThatFindNoMemoryWipeTheirCopies) {
   const Bytes key = Secret(97, 16);

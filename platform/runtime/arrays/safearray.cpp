@@ -30,6 +30,21 @@ DWORD HiddenType(SAFEARRAY* array) {
   return type;
 }
 
+// The first of these bytes is not 0 for an array of public bytes; only arrays of MiroltaCreateBytes are. Those
+// whose descriptor the caller made have no such bytes.
+bool CanBePublic(const SAFEARRAY* array) {
+  return array->fFeatures == FADF_HAVEVARTYPE && array->cbElements == 1;
+}
+
+// Relaxed: several threads may copy an array at once.
+void SetPublic(SAFEARRAY* array, bool is_public) {
+  __atomic_store_n(BlockOf(array), BYTE{is_public}, __ATOMIC_RELAXED);
+}
+
+bool IsPublic(SAFEARRAY* array) {
+  return CanBePublic(array) && __atomic_load_n(BlockOf(array), __ATOMIC_RELAXED) != 0;
+}
+
 // Bytes of the descriptor with its bounds; SAFEARRAY declares the first.
 size_t DescriptorBytes(UINT dimensions) {
   return sizeof(SAFEARRAY) + (dimensions - 1) * sizeof(SAFEARRAYBOUND);
@@ -97,7 +112,7 @@ SAFEARRAY* CreateArray(VARTYPE type, UINT dimensions, const SAFEARRAYBOUND* boun
 
 HRESULT ClearElements(SAFEARRAY* array) {
   ULONG count = 0;
-  if (array->pvData == nullptr || !CountElements(array, &count)) return S_OK;
+  if (array->pvData == nullptr || IsPublic(array) || !CountElements(array, &count)) return S_OK;
   return ClearArrayElements(array->fFeatures, array->cbElements, array->pvData, count);
 }
 
@@ -128,6 +143,10 @@ SAFEARRAY* MiroltaCreateBytes(ULONG count) {
   return CreateArray(VT_UI1, 1, &bound, Content::kUnwritten);
 }
 
+void MiroltaMarkPublic(SAFEARRAY* bytes) {
+  if (CanBePublic(bytes)) SetPublic(bytes, true);
+}
+
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower, ULONG elements) {
   SAFEARRAYBOUND bound = {elements, lower};
   SAFEARRAY* array = SafeArrayCreate(type, 1, &bound);
@@ -153,6 +172,7 @@ HRESULT SafeArrayCopy(SAFEARRAY* from, SAFEARRAY** to) {
   *to = nullptr;
   if (from == nullptr) return S_OK;
   if (from->cDims == 0 || from->cbElements == 0) return E_INVALIDARG;
+  if (IsPublic(from)) SetPublic(from, false);
   SAFEARRAY* made = NewDescriptor(from->cDims);
   if (made == nullptr) return E_OUTOFMEMORY;
   made->cbElements = from->cbElements;
@@ -274,6 +294,7 @@ HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* element) {
   if (array == nullptr || indices == nullptr) return E_INVALIDARG;
   HRESULT status = SafeArrayLock(array);
   if (FAILED(status)) return status;
+  if (IsPublic(array)) SetPublic(array, false);
   void* to = nullptr;
   status = SafeArrayPtrOfIndex(array, indices, &to);
   if (SUCCEEDED(status)) {

@@ -28,7 +28,14 @@ bool AppendWideFromUtf8(const char* bytes, size_t size, WideText* text) {
 }
 
 bool AppendUtf8FromWide(WideView text, RuntimeArray<char>* bytes) {
-  for (size_t at = 0; at < text.size();) {
+  if (text.size() > SIZE_MAX - bytes->Size() || !bytes->Reserve(bytes->Size() + text.size()))
+    return false;
+  size_t at = 0;
+  // Most names are ASCII.
+  for (; at < text.size() && text[at] < 0x80; ++at) {
+    if (!bytes->Append(static_cast<char>(text[at]))) return false;
+  }
+  while (at < text.size()) {
     uint32_t point;
     at += DecodeUtf16(text.data() + at, text.size() - at, &point);
     char encoded[4] = {static_cast<char>(point & 0xFFu)};
