@@ -19,39 +19,32 @@ function usage() {
 }
 
 function hashFile(hash, path) {
-  var input = openInput(path), report = progressOf(path, input.size), bytes;
-  try {
-    hash.Reset();
-    while ((bytes = input.read(PIECE)) !== null) {
-      hash.HashUpdate(bytes);
-      report(input.taken());
-    }
-    report();
-    return hash.Value.toLowerCase();
-  } finally {
-    input.close();
-  }
+  hash.Reset();
+  addFile(hash, path);
+  return hash.Value.toLowerCase();
 }
 
 // A name with a line end or backslash is escaped, and the line then starts with a backslash.
 function outputLine(digest, path) {
-  if (!/[\\\n\r]/.test(path)) return digest + "  " + path;
+  var isPlain = path.indexOf("\\") < 0 && path.indexOf("\n") < 0 && path.indexOf("\r") < 0;
+  if (isPlain) return digest + "  " + path;
   var escaped = path.replace(/\\/g, "\\\\").replace(/\n/g, "\\n").replace(/\r/g, "\\r");
   return "\\" + digest + "  " + escaped;
 }
 
 function main() {
-  if (WScript.Arguments.length < 2) usage();
+  var words = WScript.Arguments, count = words.length;
+  if (count < 2) usage();
   var hash = new ActiveXObject("Vardeko.crypt.HashObject");
   var status = 0;
   try {
-    hash.InitHash(WScript.Arguments(0));
+    hash.InitHash(words(0));
   } catch (e) {
-    complain(WScript.ScriptName + ": " + WScript.Arguments(0) + ": " + e.description);
+    complain(WScript.ScriptName + ": " + words(0) + ": " + e.description);
     WScript.Quit(2);
   }
-  for (var i = 1; i < WScript.Arguments.length; i++) {
-    var path = WScript.Arguments(i);
+  for (var i = 1; i < count; i++) {
+    var path = words(i);
     try {
       WScript.Echo(outputLine(hashFile(hash, path), path));
     } catch (e2) {

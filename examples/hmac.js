@@ -23,19 +23,6 @@ function usage() {
   WScript.Quit(2);
 }
 
-function addFile(hash, path) {
-  var input = openInput(path), report = progressOf(path, input.size), bytes;
-  try {
-    while ((bytes = input.read(PIECE)) !== null) {
-      hash.HashUpdate(bytes);
-      report(input.taken());
-    }
-    report();
-  } finally {
-    input.close();
-  }
-}
-
 function main() {
   var found = splitArguments(KEY_OPTIONS.concat("-t"), usage), words = found.words;
   var key = takeKey(found, 1, usage), text = found["-t"];

@@ -7,7 +7,7 @@
 // others, such as the platform's own, their rows say that they were not tested.
 
 // Where Bytes is not built in it is read from the library.
-if (typeof Bytes === "undefined") {
+if (!("Bytes" in this)) {
   eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
     WScript.ScriptFullName.replace(/[^\\\/]*$/, "..\\lib\\bytes.js")).ReadAll());
 }

@@ -6,7 +6,7 @@
 // which limits its size.
 
 // Where Bytes is not built in it is read from the library.
-if (typeof Bytes === "undefined") {
+if (!("Bytes" in this)) {
   eval(new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(
     WScript.ScriptFullName.replace(/[^\\\/]*$/, "..\\lib\\bytes.js")).ReadAll());
 }
@@ -256,8 +256,10 @@ function bigEndian(n, count) {
 
 // Files.
 
+var HAS_FILE_STREAMS = typeof WScript.OpenFile !== "undefined";
+
 function hasFileStreams() {
-  return typeof WScript.OpenFile !== "undefined";
+  return HAS_FILE_STREAMS;
 }
 
 function isSameFile(a, b) {
@@ -344,6 +346,31 @@ function openInput(path) {
     rewind: function () { binary.Position = 0; },
     close: function () { binary.Close(); }
   };
+}
+
+// Whether the bytes that were read last, a piece at most, end the file.
+function isAtEnd(stream, bytes) {
+  return HAS_FILE_STREAMS ? bytes.length < PIECE : stream.EOS;
+}
+
+// Adds a file to a digest. The progress is shown if it has more than one piece: a run may read thousands
+// of small files.
+function addFile(hash, path) {
+  var stream = HAS_FILE_STREAMS ? WScript.OpenFile(path, "r") : loadBinary(path);
+  var report = null, isLast, bytes;
+  try {
+    do {
+      bytes = stream.Read(PIECE);
+      // ADODB.Stream has no bytes to read at its end, a file stream an array without elements.
+      if (bytes !== null) hash.HashUpdate(bytes);
+      isLast = isAtEnd(stream, bytes);
+      if (!isLast && report === null) report = progressOf(path, stream.Size);
+      if (report !== null) report(stream.Position);
+    } while (!isLast);
+    if (report !== null) report();
+  } finally {
+    stream.Close();
+  }
 }
 
 function readText(path) {

@@ -86,18 +86,9 @@ function systemPath(name) {
 // Digests.
 
 function digestOf(hash, path) {
-  var input = openInput(systemPath(path)), report = progressOf(path, input.size), bytes;
-  try {
-    hash.Reset();
-    while ((bytes = input.read(PIECE)) !== null) {
-      hash.HashUpdate(bytes);
-      report(input.taken());
-    }
-    report();
-    return hash.Value.toLowerCase();
-  } finally {
-    input.close();
-  }
+  hash.Reset();
+  addFile(hash, systemPath(path));
+  return hash.Value.toLowerCase();
 }
 
 function complainOf(path, error) {

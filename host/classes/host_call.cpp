@@ -52,25 +52,30 @@ bool HostCall::Truth(UINT index, bool otherwise) const {
   return Has(index) ? Truth(index) : otherwise;
 }
 
+// Values that have the type already are not converted: the conversion is costly, since it wipes the stack.
 Units HostCall::TextOf(const VARIANT& value) {
+  if (value.vt == VT_BSTR) return {value.bstrVal, SysStringLen(value.bstrVal)};
   ScopedVariant text;
   Convert(value, VT_BSTR, &text);
   return {text.bstrVal, SysStringLen(text.bstrVal)};
 }
 
 int32_t HostCall::IntegerOf(const VARIANT& value) {
+  if (value.vt == VT_I4) return value.lVal;
   ScopedVariant number;
   Convert(value, VT_I4, &number);
   return number.lVal;
 }
 
 double HostCall::NumberOf(const VARIANT& value) {
+  if (value.vt == VT_R8) return value.dblVal;
   ScopedVariant number;
   Convert(value, VT_R8, &number);
   return number.dblVal;
 }
 
 bool HostCall::TruthOf(const VARIANT& value) {
+  if (value.vt == VT_BOOL) return value.boolVal != VARIANT_FALSE;
   ScopedVariant truth;
   Convert(value, VT_BOOL, &truth);
   return truth.boolVal != VARIANT_FALSE;

@@ -3,7 +3,9 @@
 #include <string.h>
 
 #include "engine/properties.h"
+#include "engine/protected_call.h"
 #include "engine/script_context.h"
+#include "source/eval_calls.h"
 
 namespace mirolta::host {
 namespace {
@@ -135,14 +137,33 @@ void CallSites::Learn(duk_context* engine) {
 
 // The global eval, which the engine treats specially, is read before it is called.
 duk_ret_t CallSites::GetEval(duk_context* engine) {
-  ContextOf(engine).call_sites.knows_all_code_ = false;
+  ++ContextOf(engine).call_sites.unseen_reads_of_eval_;
   PushKept(engine, "eval");
   return 1;
 }
 
+// The function of a rewritten call of eval (eval_calls.h): arguments are eval, its argument and others. A
+// script may have an eval of its own, which is not noted.
+struct CallSites::NoteCodeFunction {
+  MemberUses uses;
+  duk_ret_t Run(duk_context* engine) {
+    constexpr duk_idx_t kFunction = 0, kCode = 1;
+    duk_set_top(engine, 2);
+    CallSites& sites = ContextOf(engine).call_sites;
+    if (duk_get_heapptr(engine, kFunction) == sites.eval_ && sites.unseen_reads_of_eval_ >= 2) {
+      duk_size_t size = 0;
+      const char* code = duk_get_lstring(engine, kCode, &size);
+      if (code != nullptr) uses = FindMemberUses({code, size});
+      sites.NoteUses(engine, uses);
+      sites.unseen_reads_of_eval_ -= 2;
+    }
+    return 1;
+  }
+};
+
 // Function(...) and new Function(...)
 duk_ret_t CallSites::MakeFunction(duk_context* engine) {
-  ContextOf(engine).call_sites.knows_all_code_ = false;
+  ContextOf(engine).call_sites.ForgetScript();
   PushKept(engine, "Function");
   duk_insert(engine, 0);
   duk_new(engine, duk_get_top(engine) - 1);
@@ -152,8 +173,11 @@ duk_ret_t CallSites::MakeFunction(duk_context* engine) {
 // Replaces the functions of the engine that compile code.
 void CallSites::Watch(duk_context* engine) {
   duk_get_global_string(engine, "eval");
-  KeepValue(engine, "eval");
+  eval_ = KeepValue(engine, "eval");
   duk_push_global_object(engine);
+  duk_push_string(engine, kCodeNoteName);
+  duk_push_c_function(engine, RunProtected<NoteCodeFunction>, DUK_VARARGS);
+  duk_def_prop(engine, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_FORCE);
   const auto set_eval = [](duk_context* inner) -> duk_ret_t {
     duk_push_global_object(inner);
     duk_push_string(inner, "eval");
@@ -182,21 +206,16 @@ void CallSites::Watch(duk_context* engine) {
 }
 
 void CallSites::NoteScript(duk_context* engine, const MemberUses& uses) {
-  Watch(engine);
-  calls_computed_ = uses.calls_computed;
-  reads_computed_ = uses.reads_computed;
-  for (const std::string& name : uses.called) called_.insert(KeepName(engine, name));
-  for (const std::string& name : uses.read) read_.insert(KeepName(engine, name));
-  knows_all_code_ = true;
+  if (eval_ == nullptr) Watch(engine);
+  NoteUses(engine, uses);
+  is_noted_ = true;
 }
 
-NameUse CallSites::UseOf(const void* name) const {
-  NameUse use;
-  use.is_called = called_.contains(name);
-  use.is_read = read_.contains(name);
-  use.may_be_called = use.is_called || calls_computed_;
-  use.may_be_read = use.is_read || reads_computed_;
-  return use;
+void CallSites::NoteUses(duk_context* engine, const MemberUses& uses) {
+  calls_computed_ = calls_computed_ || uses.calls_computed;
+  reads_computed_ = reads_computed_ || uses.reads_computed;
+  for (const std::string& name : uses.called) uses_[KeepName(engine, name)].is_called = true;
+  for (const std::string& name : uses.read) uses_[KeepName(engine, name)].is_read = true;
 }
 
 bool CallSites::IsCall(duk_context* engine) const {

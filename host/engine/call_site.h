@@ -8,11 +8,12 @@
 //
 // The engine takes microseconds to tell which instruction runs. Most names are only called or only
 // read in a script, which its text shows (member_uses.h). Scripts that compile more code have to do
-// so through eval or Function; from then on the text says nothing.
+// so through eval or Function. The code of a direct call of eval is seen before it is compiled
+// (eval_calls.h); after other uses of eval, and of Function, the text says nothing.
 #pragma once
 
 #include <bitset>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "engine/engine_api.h"
 #include "source/member_uses.h"
@@ -21,10 +22,8 @@ namespace mirolta::host {
 
 // The uses of a name in the text of the script.
 struct NameUse {
-  bool is_called = false;      // by name
-  bool is_read = false;        // by name
-  bool may_be_called = false;  // by name or by a computed key
-  bool may_be_read = false;
+  bool is_called = false;
+  bool is_read = false;
 };
 
 class CallSites {
@@ -35,27 +34,37 @@ class CallSites {
   // script calls the property.
   bool IsCall(duk_context* engine) const;
 
-  // NoteScript says which script will run, and that it is the only one.
+  // NoteScript says which script will run, and that it is the only one but for the code that it
+  // compiles.
   // Errors: the engine's, std::bad_alloc.
   void NoteScript(duk_context* engine, const MemberUses& uses);
   // ForgetScript says that scripts may run that are not noted.
-  void ForgetScript() { knows_all_code_ = false; }
-  // KnowsAllCode returns false if no script was noted, or if it may have compiled more code.
-  bool KnowsAllCode() const { return knows_all_code_; }
-  // UseOf returns how the noted script uses the name at this address, which KeepName returned.
-  NameUse UseOf(const void* name) const;
+  void ForgetScript() { is_noted_ = false; }
+  // KnowsAllCode returns false if no script was noted, or if it may have compiled code that was not.
+  bool KnowsAllCode() const { return is_noted_ && unseen_reads_of_eval_ == 0; }
+  // UseOf returns how the noted code uses the name at this address, which KeepName returned. The
+  // result is updated when more code is noted.
+  // Errors: std::bad_alloc.
+  const NameUse* UseOf(const void* name) { return &uses_[name]; }
+  // Whether the noted code calls or reads members by keys that it computes: any member then.
+  bool CallsComputed() const { return calls_computed_; }
+  bool ReadsComputed() const { return reads_computed_; }
 
  private:
-  static void Watch(duk_context* engine);
+  void Watch(duk_context* engine);
   static duk_ret_t GetEval(duk_context* engine);
+  struct NoteCodeFunction;
+  void NoteUses(duk_context* engine, const MemberUses& uses);
   static duk_ret_t MakeFunction(duk_context* engine);
 
   std::bitset<256> calls_;  // by opcode; none if Learn could not distinguish them
-  bool knows_all_code_ = false;
+  bool is_noted_ = false;
+  // A rewritten call of eval reads it twice.
+  unsigned unseen_reads_of_eval_ = 0;
+  const void* eval_ = nullptr;
   bool calls_computed_ = false;
   bool reads_computed_ = false;
-  std::unordered_set<const void*> called_;
-  std::unordered_set<const void*> read_;
+  std::unordered_map<const void*, NameUse> uses_;
 };
 
 }  // namespace mirolta::host

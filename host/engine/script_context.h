@@ -31,6 +31,7 @@ struct ScriptContext {
   // Values that are kept, for each automation object that a script gets.
   void* finalizer = nullptr;
   void* dispatch_handler = nullptr;
+  void* stream_prototype = nullptr;  // for each stream
   // The names of the properties that a function has of its own.
   void* length_name = nullptr;
   void* name_name = nullptr;

@@ -21,6 +21,7 @@
 #include "objects/dispatch_object.h"
 #include "objects/enumerator.h"
 #include "objects/language_functions.h"
+#include "objects/letter_case.h"
 #include "objects/member_function.h"
 #include "objects/object_handle.h"
 #include "objects/script_object.h"
@@ -144,6 +145,7 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallVbArray(engine);
   InstallEnumerator(engine);
   InstallLanguageFunctions(engine);
+  InstallLetterCase(engine);
   InstallDateClass(engine);
   InstallWScript(engine);
   InstallBytes(engine);

@@ -156,6 +156,15 @@ HRESULT Open(const Units& path, const std::string& name, const FileMode& mode, b
   return OutputFile::Open(target, name, options, &file->stream, &file->output);
 }
 
+// The file stream that the stream is, null for others.
+const FileStream* FileStreamOf(IStream* stream) {
+  void* found = nullptr;
+  if (FAILED(stream->QueryInterface(kFileStreamId, &found))) return nullptr;
+  auto* file = static_cast<FileStream*>(static_cast<IStream*>(found));
+  file->Release();
+  return file;
+}
+
 }  // namespace
 
 HRESULT OpenFileStream(const std::string& name, const FileMode& mode, bool is_private,
@@ -171,11 +180,12 @@ HRESULT OpenFileStream(const std::string& name, const FileMode& mode, bool is_pr
 }
 
 OutputFile* OutputOf(IStream* stream) {
-  void* found = nullptr;
-  if (FAILED(stream->QueryInterface(kFileStreamId, &found))) return nullptr;
-  auto* file = static_cast<FileStream*>(static_cast<IStream*>(found));
-  file->Release();
-  return file->Output();
+  const FileStream* const file = FileStreamOf(stream);
+  return file != nullptr ? file->Output() : nullptr;
+}
+
+bool IsFileStream(IStream* stream) {
+  return FileStreamOf(stream) != nullptr;
 }
 
 void ForgetFileFailure() {

@@ -28,6 +28,10 @@ struct FileMode {
 // place. It is valid while the stream lives.
 OutputFile* OutputOf(IStream* stream);
 
+// IsFileStream returns true for the streams that OpenFileStream opens. Their Read returns S_FALSE at the end of
+// the file.
+bool IsFileStream(IStream* stream);
+
 // FailedFileName returns the name of the file whose operation failed last since ForgetFileFailure,
 // "" if none did.
 void ForgetFileFailure();

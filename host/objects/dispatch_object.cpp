@@ -63,10 +63,11 @@ enum class Access { kCall, kRead, kUnknown };
 // What the text of the script says about an access to a member.
 Access AccessOf(const CallSites& call_sites, const Member& member) {
   if (!call_sites.KnowsAllCode()) return Access::kUnknown;
-  const NameUse& use = member.use;
-  if (use.is_read && !use.may_be_called) return Access::kRead;
+  const NameUse& use = *member.use;
+  if (use.is_read && !use.is_called && !call_sites.CallsComputed()) return Access::kRead;
   // A computed key reads a property, hardly ever a method.
-  if (use.is_called && !(member.is_method ? use.is_read : use.may_be_read)) return Access::kCall;
+  const bool may_be_read = use.is_read || (call_sites.ReadsComputed() && !member.is_method);
+  if (use.is_called && !may_be_read) return Access::kCall;
   return Access::kUnknown;
 }
 

@@ -1,6 +1,9 @@
 // What the host knows of automation members, by the names that scripts use.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
+
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -17,10 +20,17 @@ struct Member {
   // The table of the type information that describes the member; null if none does.
   DescribedMembers* described = nullptr;
   bool is_method = false;  // by type information
-  NameUse use;
+  const NameUse* use = nullptr;
   // The function that calls the member of its `this`, which the engine keeps; null if none was made.
   void* function = nullptr;
 };
+
+// Tables of what was looked up last, by addresses: hash tables divide, which costs more than the rest of a
+// look-up.
+inline constexpr size_t kRecent = 32;
+inline size_t RecentIndex(const void* address) {
+  return reinterpret_cast<uintptr_t>(address) / alignof(max_align_t) % kRecent;
+}
 
 // Keys are the engine's strings by address: equal strings are one, which the engine keeps
 // (KeepName).
@@ -29,7 +39,24 @@ using MemberTable = std::unordered_map<const void*, Member>;
 // The members that a type information describes. They are the same in all objects that have it.
 struct DescribedMembers {
   OwnedReference<ITypeInfo> info;
-  MemberTable members;
+  MemberTable members;  // none is ever removed
+
+  // Find returns the member that was looked up by the name at this address, null if none was.
+  Member* Find(const void* name) {
+    RecentMember& recent = recent_[RecentIndex(name)];
+    if (recent.name == name && name != nullptr) return recent.member;
+    const auto found = members.find(name);
+    if (found == members.end()) return nullptr;
+    recent = {name, &found->second};
+    return recent.member;
+  }
+
+ private:
+  struct RecentMember {
+    const void* name = nullptr;
+    Member* member = nullptr;
+  };
+  RecentMember recent_[kRecent];
 };
 
 class DescribedTables {

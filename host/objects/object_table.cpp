@@ -32,11 +32,14 @@ void ObjectTable::SetTarget(SlotNumber number, const void* target) {
   ObjectSlot& slot = slots_.at(number);
   by_target_[target] = &slot;
   slot.target = target;
+  recent_[RecentIndex(target)] = {target, &slot};
 }
 
-ObjectSlot* ObjectTable::FindTarget(const void* target) {
+ObjectSlot* ObjectTable::LookUpTarget(const void* target) {
   const auto found = by_target_.find(target);
-  return found != by_target_.end() ? found->second : nullptr;
+  if (found == by_target_.end()) return nullptr;
+  recent_[RecentIndex(target)] = {target, found->second};
+  return found->second;
 }
 
 void ObjectTable::Remove(SlotNumber number) {
@@ -46,6 +49,8 @@ void ObjectTable::Remove(SlotNumber number) {
   VARIANT value = found->second.value;
   const auto target = by_target_.find(found->second.target);
   if (target != by_target_.end() && target->second == &found->second) by_target_.erase(target);
+  RecentTarget& recent = recent_[RecentIndex(found->second.target)];
+  if (recent.slot == &found->second) recent = {};
   slots_.erase(found);
   VariantClear(&value);
 }

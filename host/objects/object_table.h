@@ -34,8 +34,7 @@ struct ObjectSlot {
   // FindMember returns the member that was looked up by the name at this address, null if none was.
   Member* FindMember(const void* name) {
     if (described != nullptr) {
-      const auto found = described->members.find(name);
-      if (found != described->members.end()) return &found->second;
+      if (Member* const member = described->Find(name)) return member;
     }
     const auto found = own.find(name);
     return found != own.end() ? &found->second : nullptr;
@@ -65,7 +64,10 @@ class ObjectTable {
   // slot of a target that lives, null if the slot was freed.
   // Errors: std::bad_alloc.
   void SetTarget(SlotNumber number, const void* target);
-  ObjectSlot* FindTarget(const void* target);
+  ObjectSlot* FindTarget(const void* target) {
+    const RecentTarget& recent = recent_[RecentIndex(target)];
+    return recent.target == target && target != nullptr ? recent.slot : LookUpTarget(target);
+  }
   size_t Count() const { return slots_.size(); }
   // Remove frees the slot and clears its value.
   void Remove(SlotNumber number);
@@ -73,7 +75,16 @@ class ObjectTable {
   void Clear();
 
  private:
+  // The targets that were looked up last.
+  struct RecentTarget {
+    const void* target = nullptr;
+    ObjectSlot* slot = nullptr;
+  };
+
+  ObjectSlot* LookUpTarget(const void* target);
+
   SlotNumber last_number_ = kNoSlot;
+  RecentTarget recent_[kRecent];
   std::unordered_map<SlotNumber, ObjectSlot> slots_;
   // If the engine has no memory to finalize a target, its slot stays, and another object may get
   // the target's address: SetTarget then replaces the row.

@@ -122,8 +122,8 @@ HRESULT ReportError(duk_context* engine, EXCEPINFO* exception) {
   const ErrorReport report = DescribeError(engine);
   HRESULT number = FAILED(report.number) ? report.number : E_FAIL;
   ContextOf(engine).link->has_pending_error = true;
-  // If it cannot be kept, the script gets a new Error.
-  duk_safe_call(engine, KeepError, &number, 1, 1);
+  // Only for want of memory it cannot be kept.
+  if (duk_safe_call(engine, KeepError, &number, 1, 1) != DUK_EXEC_SUCCESS) return E_OUTOFMEMORY;
   if (exception == nullptr) return number;
   *exception = {};
   const Units description = UnitsFromSystem(report.description);

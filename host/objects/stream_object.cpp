@@ -1,6 +1,7 @@
 #include "objects/stream_object.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 
 #include "engine/arguments.h"
@@ -12,6 +13,7 @@
 #include "files/file_stream.h"
 #include "files/target_path.h"
 #include "objects/object_handle.h"
+#include "seam/memory.h"
 #include "values/scoped_variant.h"
 #include "values/value_marshal.h"
 
@@ -20,6 +22,7 @@ namespace {
 
 constexpr char kPrototype[] = "stream.prototype";
 constexpr uint32_t kDefaultRead = 65536;
+constexpr size_t kFirstRead = 16384;  // of a file
 constexpr uint64_t kMostRead = 512u << 20;
 constexpr uint64_t kLeastRoom = 512;                  // at the end of a stream
 constexpr double kMostPosition = 9007199254740992.0;  // 2^53: a double is exact up to here
@@ -91,9 +94,34 @@ struct ReadFunction : StreamFunction {
     Open(engine);
     const uint64_t count = duk_is_undefined(engine, 0) ? kDefaultRead : CountAt(engine, 0);
     Open(engine);
-    uint64_t room = std::min<uint64_t>(count, BytesExpected() + 1);
-    uint64_t done = 0;
+    // More than may be read at once is refused before anything is read.
+    const bool is_short = count <= kMostRead && IsFileStream(stream.Get());
+    return is_short ? ReadFile(engine, count) : ReadRest(engine, count, {});
+  }
+
+  // Most files are small: one read tells their size and content.
+  duk_ret_t ReadFile(duk_context* engine, uint64_t count) {
+    uint8_t first[kFirstRead];
+    ULONG got = 0;
+    const HRESULT status =
+        stream->Read(first, static_cast<ULONG>(std::min<uint64_t>(count, sizeof first)), &got);
+    Check(engine, status);
+    if (status == S_OK && got < count) return ReadRest(engine, count, {first, got});
+    std::copy_n(first, got, static_cast<uint8_t*>(duk_push_fixed_buffer(engine, got)));
+    WipeMemory(first, got);
+    duk_push_buffer_object(engine, -1, 0, got, DUK_BUFOBJ_UINT8ARRAY);
+    return 1;
+  }
+
+  // Reads what is left of `count` bytes after the first ones.
+  duk_ret_t ReadRest(duk_context* engine, uint64_t count, std::span<uint8_t> first) {
+    uint64_t done = first.size();
+    uint64_t room = std::min<uint64_t>(count, done + BytesExpected() + 1);
     auto* bytes = static_cast<uint8_t*>(duk_push_dynamic_buffer(engine, Size(engine, room)));
+    if (!first.empty()) {
+      std::copy(first.begin(), first.end(), bytes);
+      WipeMemory(first.data(), first.size());
+    }
     uint8_t none = 0;
     for (;;) {
       const auto wanted = static_cast<ULONG>(room - done);
@@ -390,7 +418,7 @@ void PushStream(duk_context* engine, IStream* stream) {
   PushSlotObject(engine, SlotKind::kStream, value, [](duk_context* inner, SlotNumber number) {
     duk_push_object(inner);
     AttachHandle(inner, number);
-    PushKept(inner, kPrototype);
+    duk_push_heapptr(inner, ContextOf(inner).stream_prototype);
     duk_set_prototype(inner, -2);
   });
 }
@@ -402,7 +430,7 @@ void InstallStreams(duk_context* engine) {
                  DUK_DEFPROP_SET_ENUMERABLE);
   DefineAccessor(engine, "Position", RunProtected<GetPositionFunction>,
                  RunProtected<SetPositionFunction>, DUK_DEFPROP_SET_ENUMERABLE);
-  KeepValue(engine, kPrototype);
+  ContextOf(engine).stream_prototype = KeepValue(engine, kPrototype);
   duk_put_function_list(engine, -1, kMakers);
 }
 

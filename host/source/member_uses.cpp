@@ -46,10 +46,12 @@ class Finder {
   }
 
   // Whether the callee before the bracket at `i` may be any member, as in (o.Name)() and o[key](). A
-  // function in brackets ends with a brace.
+  // function in brackets ends with a brace; what a call returns, as in o.Name()(), is no member.
   bool CallsComputed(size_t i) const {
     if (i == 0) return false;
-    if (Is(i - 1, ")")) return i > 1 && !Is(i - 2, "}");
+    if (Is(i - 1, ")")) {
+      return i > 1 && !Is(i - 2, "}") && tokens_[i - 1].bracket != BracketKind::kArguments;
+    }
     return Is(i - 1, "]") && !HasConstantKey(i - 1);
   }
 

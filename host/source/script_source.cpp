@@ -12,6 +12,7 @@
 #include "files/full_path.h"
 #include "portable/repeated_call.h"
 #include "source/call_assignment.h"
+#include "source/eval_calls.h"
 #include "source/script_encoding.h"
 #include "source/script_kind.h"
 
@@ -46,7 +47,7 @@ bool ScriptFromBytes(const std::string& name, std::string_view bytes, const Sour
   // A comment of the same length: places do not change.
   if (plain.starts_with("#!")) plain.replace(0, 2, "//");
   script->name = name;
-  script->text = RewriteCallAssignments(plain);
+  script->text = RewriteEvalCalls(RewriteCallAssignments(plain));
   script->original.clear();
   if (script->text != plain) script->original = std::move(plain);
   return true;

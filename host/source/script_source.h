@@ -16,7 +16,7 @@ struct SourceOptions {
 struct ScriptText {
   std::string name;       // as the user gave it: a path, "-e", "standard input"
   std::string full_path;  // absolute; empty if the script is no file
-  std::string text;       // UTF-8, with assignments to calls rewritten (call_assignment.h)
+  std::string text;       // UTF-8, rewritten by call_assignment.h and eval_calls.h
   std::string original;   // UTF-8 before the rewriting; empty if nothing was rewritten
 
   // The lines that the user wrote.
@@ -24,8 +24,8 @@ struct ScriptText {
 };
 
 // LoadScript reads a script file and prepares it for the compiler: it decodes the text, makes a
-// comment of a first line that starts with #!, and rewrites assignments to calls. Line numbers do
-// not change.
+// comment of a first line that starts with #!, and rewrites assignments to calls and calls of eval. Line
+// numbers do not change.
 // Shapes: a file of at most 256 MB.
 // Errors: false with a sentence in *problem, which names the script, also for files of other
 //         languages.

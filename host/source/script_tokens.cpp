@@ -222,6 +222,10 @@ class Splitter {
   }
 
   string_view TakePunctuator() {
+    // The second character of the long ones; most are single.
+    if (At(at_ + 1) == '\0' || string_view("=+-&|<>").find(At(at_ + 1)) == string_view::npos) {
+      return script_.substr(at_++, 1);
+    }
     for (string_view one : kLongPunctuators) {
       if (Rest().starts_with(one)) {
         at_ += one.size();

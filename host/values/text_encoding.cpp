@@ -43,6 +43,13 @@ size_t WriteUnit(uint32_t unit, char* bytes) {
   return 3;
 }
 
+// The length of the ASCII text at the start, which is all of most texts.
+size_t CountAscii(const char* bytes, size_t size) {
+  size_t count = 0;
+  while (count < size && static_cast<uint8_t>(bytes[count]) < 0x80) ++count;
+  return count;
+}
+
 // Calls put(unit) for the one or two units of a code point.
 template <typename Put>
 void PutUnits(uint32_t code, Put put) {
@@ -106,12 +113,13 @@ bool NarrowAscii(const OLECHAR* units, size_t count, char* bytes) {
 }
 
 size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units) {
-  size_t count = 0;
+  size_t at = CountAscii(bytes, size);
+  for (size_t i = 0; units != nullptr && i < at; ++i) units[i] = static_cast<OLECHAR>(bytes[i]);
+  size_t count = at;
   const auto put = [&](OLECHAR unit) {
     if (units != nullptr) units[count] = unit;
     ++count;
   };
-  size_t at = 0;
   while (at < size) {
     uint32_t code = kReplacement;
     const size_t length = ReadSequence({bytes + at, size - at}, &code);
@@ -122,8 +130,12 @@ size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units) {
 }
 
 Units UnitsFromEngine(std::string_view bytes) {
-  Units units(DecodeFromEngine(bytes.data(), bytes.size(), nullptr), OLECHAR{0});
-  DecodeFromEngine(bytes.data(), bytes.size(), units.data());
+  const size_t ascii = CountAscii(bytes.data(), bytes.size());
+  const std::string_view rest = bytes.substr(ascii);
+  Units units(bytes.data(), bytes.data() + ascii);
+  if (rest.empty()) return units;
+  units.resize(ascii + DecodeFromEngine(rest.data(), rest.size(), nullptr));
+  DecodeFromEngine(rest.data(), rest.size(), units.data() + ascii);
   return units;
 }
 
@@ -134,9 +146,10 @@ std::string EngineFromUnits(UnitsView units) {
 }
 
 Units UnitsFromSystem(std::string_view bytes) {
+  size_t at = CountAscii(bytes.data(), bytes.size());
   Units units;
   units.reserve(bytes.size());
-  size_t at = 0;
+  units.assign(bytes.data(), bytes.data() + at);
   while (at < bytes.size()) {
     uint32_t code = 0;
     const std::string_view rest = bytes.substr(at);
@@ -153,8 +166,9 @@ Units UnitsFromSystem(std::string_view bytes) {
 }
 
 std::string SystemFromUnits(UnitsView units) {
-  std::string bytes;
-  bytes.reserve(units.size());
+  std::string bytes(units.size(), '\0');
+  if (NarrowAscii(units.data(), units.size(), bytes.data())) return bytes;
+  bytes.clear();
   for (size_t i = 0; i < units.size(); ++i) {
     const uint32_t unit = units[i];
     if (IsHighSurrogate(unit) && i + 1 < units.size() && IsLowSurrogate(units[i + 1])) {

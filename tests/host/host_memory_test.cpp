@@ -653,6 +653,14 @@ TEST_P(HostMemory, EveryFailedAllocationOfAKnownScriptIsAnOutOfMemoryError) {
   EXPECT_GT(total_failures, 100);
 }
 
+// The host sees the code of a call of eval before the engine does (eval_calls.h).
+TEST_P(HostMemory, EveryFailedAllocationOfACallOfEvalIsAnOutOfMemoryError) {
+  const NativeRow row = {"eval", "typeof eval(__mirolta_code(eval, '[long.length, long[1]]'))"};
+  engine_->Context().call_sites.NoteScript(Api(), FindMemberUses(row.script));
+  ASSERT_EQ(duk_pcompile_string(Api(), DUK_COMPILE_EVAL, row.script), 0);
+  EXPECT_GT(FailEach(row), GetParam() == Heap::kRuntime ? -1 : 2);
+}
+
 // Fails for a native function of the host without a row above.
 TEST_P(HostMemory, EveryNativeFunctionHasARow) {
   ASSERT_EQ(duk_peval_string(Api(),

@@ -1,6 +1,7 @@
 #include "objects/object_table.h"
 
 #include <gtest/gtest.h>
+#include <stddef.h>
 
 #include <vector>
 
@@ -35,6 +36,30 @@ TEST(ObjectTable, NumbersAreNeverReused) {
     table.Remove(number);
     numbers.push_back(number);
   }
+}
+
+// More targets than the table of recent look-ups has rows, one of which several share.
+TEST(ObjectTable, ATargetLeadsToTheLastSlotThatHasItAsLongAsThatIsThere) {
+  ObjectTable table;
+  const std::vector<max_align_t> targets(1000);
+  std::vector<SlotNumber> numbers;
+  for (const max_align_t& target : targets) {
+    numbers.push_back(table.Add(SlotKind::kUnknown, Text(OLESTR("x"))));
+    EXPECT_EQ(table.FindTarget(&target), nullptr);
+    table.SetTarget(numbers.back(), &target);
+  }
+  for (size_t i = 0; i < targets.size(); ++i) {
+    const SlotNumber number = numbers[i];
+    for (int time = 0; time < 2; ++time) ASSERT_EQ(table.FindTarget(&targets[i])->number, number);
+    const SlotNumber later = table.Add(SlotKind::kUnknown, Text(OLESTR("y")));
+    if (i % 2 != 0) table.SetTarget(later, &targets[i]);
+    table.Remove(number);
+    ObjectSlot* const found = table.FindTarget(&targets[i]);
+    ASSERT_EQ(found, i % 2 != 0 ? table.Find(later) : nullptr);
+    table.Remove(later);
+    ASSERT_EQ(table.FindTarget(&targets[i]), nullptr);
+  }
+  EXPECT_EQ(table.FindTarget(nullptr), nullptr);
 }
 
 TEST(ObjectTable, ClearedNumbersFindNothingAndAreNotReused) {

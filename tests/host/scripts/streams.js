@@ -35,3 +35,29 @@ f = WScript.OpenFile(name, "w");
 f.Write(new Uint8Array(4));
 f.Close();
 WScript.Echo(WScript.OpenFile(name).Size);
+
+// Files are read to their end or to the count, whatever their size, and then on from there.
+function readParts(size, count) {
+  var bytes = new Uint8Array(size), i, part, parts = [], isEqual = true, at = 0;
+  for (i = 0; i < size; i++) bytes[i] = i % 251;
+  var file = WScript.OpenFile("parts.bin", "w");
+  file.Write(bytes);
+  file.Close();
+  file = WScript.OpenFile("parts.bin");
+  do {
+    part = file.Read(count);
+    parts.push(part.length);
+    for (i = 0; i < part.length; i++) isEqual = isEqual && part[i] === bytes[at + i];
+    at += part.length;
+    isEqual = isEqual && file.Position === at;
+  } while (part.length > 0);
+  file.Close();
+  return parts.join() + " " + isEqual;
+}
+WScript.Echo(readParts(0, 5), readParts(1, 1), readParts(16383), readParts(16384), readParts(16385));
+WScript.Echo(readParts(16384, 16384), readParts(16385, 16384), readParts(16390, 16385), readParts(70000, 40000));
+f = WScript.OpenFile("parts.bin");
+WScript.Echo(f.Read(600 * 1024 * 1024).length, f.Read(0).length);
+f.Position = 5;
+WScript.Echo(list(f.Read(3)), f.Position, f.Read(0).length, f.Read(4).buffer.byteLength);
+f.Close();
