@@ -12,8 +12,8 @@ SEED ?= 1
 
 .PHONY: help run check test build windows windows-tests windows-arm64 definitions \
   handheld handheld-definitions handheld-packages handheld-test \
-  docs package package-arm package-test bench bench-avx2 bench-x86 bench-x86-packages bench-windows \
-  arm-bench arm-bench-packages \
+  docs package package-arm package-test bench bench-avx2 bench-sse2 bench-x86 bench-x86-packages \
+  bench-windows arm-bench arm-bench-packages \
   count size constant-time prove faults memory memory-libraries memcheck fuzz load coverage mutate flags \
   arm arm-check lint lint-sources fresh clean
 # One build at a time: each uses JOBS processors, and only one can install packages.
@@ -38,6 +38,7 @@ make package-test                 installs, upgrades, removes, builds them again
 make bench [FILTER=pattern]       speed beside other libraries, docs/benchmarks          30 min  25 min
      [PEERS=trixie]               beside those libraries of Debian 13 too             60 min  50 min
 make bench-avx2 [FILTER=pattern]  the same without wider vectors than AVX2               30 min  25 min
+make bench-sse2 [FILTER=pattern]  digests and ciphers with SSE2 only                      5 min   3 min
 make bench-windows [FILTER=text]  the Windows builds under Wine beside the native one     8 min   1 min
 make bench-x86 [FILTER=pattern]   the same for 32-bit programs, on three kinds of x86   30 min  25 min
 make arm-bench [FILTER=text]      instructions on ARM beside other libraries             10 min   3 min
@@ -202,6 +203,16 @@ bench bench-avx2: %: build/%/build.ninja
 	  python3 -B bench/measure.py $$([ $$run = $@ ] || echo --without-scripts) build/$$run '$(FILTER)' || exit 1; done
 	@python3 bench/table.py $(if $(FILTER),,--pages docs/benchmarks) $(bench-runs:%=build/%/results.json)
 	@$(if $(FILTER),,python3 -B bench/plots.py build/$@/results.json build/$@/plots)
+
+# Digests and ciphers with SSE2 only, for the peers too; nettle takes any text for a list of what it may use.
+bench-sse2: export MIROLTA_TEST_FEATURES = 0x2000
+bench-sse2: export OPENSSL_ia32cap = ~0x1218120200000000:0
+bench-sse2: export NETTLE_FAT_OVERRIDE = vendor:other
+bench-sse2: build/bench/build.ninja
+	$(call build,bench,mirolta-bench)
+	@build/bench/bin/mirolta-bench build/bench/results-sse2.json \
+	  '$(or $(FILTER),^(kernel|engine)/(MD5|SHA|HMAC|AES|DES|Triple))' >/dev/null
+	@python3 -B bench/table.py $(if $(FILTER),,--pages docs/benchmarks) build/bench/results-sse2.json
 
 # The Windows builds beside the native one; with WINE32=FOLDER also the 32-bit one, by a 32-bit Wine there.
 bench-windows: export WINEPREFIX = $(CURDIR)/build/wine

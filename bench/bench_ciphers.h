@@ -31,9 +31,8 @@ std::vector<uint8_t> CipherKey(const CipherCase& cipher);
 std::vector<Contestant> MakeCipherKernels(const CipherCase& cipher, size_t size);
 std::vector<Contestant> MakeCipherEngines(const CipherCase& cipher, size_t size);
 
-// AddCipherRow adds the rows of kernel and engine for one size; the required ratios are the
-// kernel's.
+// AddCipherRow adds the rows of kernel and engine for one size. An engine_required of 0 requires nothing.
 void AddCipherRow(RowList* rows, const CipherCase& cipher, size_t size, double required,
-                  double stretch);
+                  double stretch, double engine_required = 0);
 
 }  // namespace mirolta::bench

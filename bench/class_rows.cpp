@@ -60,7 +60,7 @@ struct CipherCase {
   uint32_t key_size;
   double required;
 };
-constexpr CipherCase kCiphers[] = {{"AES-128", OLESTR("AES"), 16, 0.5},
+constexpr CipherCase kCiphers[] = {{"AES-128", OLESTR("AES"), 16, 0.9},
                                    {"DES", OLESTR("DES"), 8, 0.9},
                                    {"Triple DES", OLESTR("DES"), 24, 0.9}};
 

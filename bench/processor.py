@@ -2,11 +2,16 @@
 import re
 
 MAKERS = {"AuthenticAMD": "amd", "GenuineIntel": "intel"}
+# Peers whose AES by blocks uses 256-bit vectors, from these versions on.
+PEERS_WITH_VAES = {"Botan": (3, 6), "libgcrypt": (1, 11)}
+BLOCKS_OF_AES = r"kernel/AES-\d+ (en|de)crypt/(1 KiB|16 KiB|1 MiB)$"
 # Rows that stand at a limit of a maker's processors with AVX-512 and VAES: maker, pattern of the rows' names,
-# the ratio required instead, and why.
+# the ratio required instead, the peers it depends on, of which one must be there, and why.
 LIMITS = [
-    ("intel", r"kernel/AES-\d+ (en|de)crypt/(1 KiB|16 KiB|1 MiB)$", 1.95,
+    ("intel", BLOCKS_OF_AES, 1.95, None,
      "one 512-bit AES round a cycle, twice what the peers' 256-bit rounds reach: AES by blocks"),
+    ("amd", BLOCKS_OF_AES, 1.9, PEERS_WITH_VAES,
+     "two AES rounds a cycle of any width, of 512 bits here and 256 bits in newer peers: AES by blocks"),
 ]
 # Requirements without vectors wider than AVX2's, instead of the rows' own: the first pattern that a row's
 # name matches, the ratio, and the peer it refers to, None for the best.
@@ -15,9 +20,14 @@ UP_TO_AVX2 = [
     (r"kernel/AES-\d+ .*/16 bytes", 0.9, None),
     (r"kernel/AES", 1.0, None),
     (r"kernel/DES .*/\d+ bytes|kernel/Triple DES .*/\d+ bytes", 1.0, None),
-    (r"kernel/DES .*/(4|64) KiB", 9.0, None),
-    (r"kernel/Triple DES .*/(4|64) KiB", 10.0, None),
+    (r"kernel/(Triple )?DES .*/1 KiB", 4.0, None),
+    (r"kernel/(Triple )?DES .*/(4|64) KiB", 10.0, None),
     (r"(kernel|engine)/(?!AES|DES|Triple)", 0.8, "GMP"),
+]
+# The same with SSE2 only. AES is in constant time for every length, but not faster than look-ups for few blocks.
+SSE2 = [
+    (r"kernel/AES-\d+ .*iB", 1.0, None),
+    (r"kernel/(Triple )?DES .*iB", 4.0, None),
 ]
 # Requirements of programs for 32-bit x86, the same way: with IFMA, and without it.
 X86 = [
@@ -43,10 +53,16 @@ def library(contestant):
     return contestant.split(" ")[0]
 
 
-class Processor:
-    """What a report's context says of the processor that was measured."""
+def version(text):
+    """(3, 7) of "3.7.1"; () of what is no version."""
+    return tuple(int(part) for part in re.findall(r"\d+", text)[:2])
 
-    def __init__(self, context):
+
+class Processor:
+    """What the contexts of reports say of the processor that was measured, the same in all."""
+
+    def __init__(self, context, *others):
+        self.contexts = (context, *others)
         self.features = context["features"].split()
         self.is_wide = "AVX-512" in self.features
         # A report from before this was recorded is of the 64-bit mode.
@@ -72,13 +88,19 @@ class Processor:
 
     def command(self):
         """The command that writes its page."""
-        return "bench-x86" if self.is_x86 else "bench" if self.is_wide else "bench-avx2"
+        return "bench-x86" if self.is_x86 else "bench" + self.level()[0]
 
     def limits(self):
-        """(pattern, ratio, why) of the limits that hold on it."""
+        """(pattern, ratio, why) of the limits that hold on it, beside these peers."""
         if self.is_x86 or not self.is_wide or "VAES" not in self.features:
             return []
-        return [limit[1:] for limit in LIMITS if limit[0] == self.maker]
+        return [(pattern, ratio, why) for maker, pattern, ratio, peers, why in LIMITS
+                if maker == self.maker and (peers is None or self.has_peer(peers))]
+
+    def has_peer(self, least_versions):
+        """Whether a report is of one of these peers, of its least version or a later one."""
+        return any(version(context.get(peer, "")) >= least
+                   for context in self.contexts for peer, least in least_versions.items())
 
     def requirement(self, name, ours, peers):
         """(required, stretch, the peers that count) of a row."""
@@ -101,6 +123,6 @@ class Processor:
     def narrow_requirements(self):
         """(pattern, ratio, peer) of what is required instead of the rows' own ratios."""
         if not self.is_x86:
-            return UP_TO_AVX2
+            return UP_TO_AVX2 if "AVX2" in self.features else SSE2
         column = 0 if "IFMA" in self.features else 1
         return [(pattern, ratios[column], peer) for pattern, *ratios, peer in X86]

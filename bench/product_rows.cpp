@@ -92,6 +92,14 @@ void GmpInvert(mpz_t r, const mpz_t a, const mpz_t m) {
   mpz_invert(r, a, m);
 }
 
+// Of the first operand alone.
+HRESULT Square(BigInt& r, const BigInt& a, const BigInt&) noexcept {
+  return Multiply(r, a, a);
+}
+void GmpSquare(mpz_t r, const mpz_t a, const mpz_t) {
+  mpz_mul(r, a, a);
+}
+
 struct BinaryCase {
   const char* name;
   OurBinary ours;
@@ -101,11 +109,12 @@ struct BinaryCase {
   double stretch;
 };
 const BinaryCase kBinary[] = {
-    {"multiply", Multiply, mpz_mul, 1, 0.8, 1.3},
+    {"multiply", Multiply, mpz_mul, 1, 1.0, 1.3},
     {"divide 2n by n", Divide, mpz_tdiv_q, 2, 0.9, 1.3},
     {"inverse", Inverse, GmpInvert, 1, 0.6, 1.0},
     {"gcd", Gcd, mpz_gcd, 1, 0.6, 1.0},
 };
+constexpr BinaryCase kSquare = {"square", Square, GmpSquare, 1, 0, 0};
 
 // Moduli of inverses are drawn until they are coprime to the number: without an inverse the results
 // may differ.
@@ -150,6 +159,8 @@ constexpr struct {
     {&kBinary[2], 1000000, 0.7, 1.5}, {&kBinary[2], 10000000, 0.7, 1.5},
     {&kBinary[3], 10000, 0.7, 1.0},   {&kBinary[3], 100000, 0.7, 1.0},
     {&kBinary[3], 1000000, 0.7, 1.5}, {&kBinary[3], 10000000, 0.7, 1.5},
+    {&kSquare, 100000, 1.0, 1.5},     {&kSquare, 1000000, 1.2, 2.5},
+    {&kSquare, 10000000, 1.5, 4},
 };
 
 void AddLongRows(RowList* rows) {

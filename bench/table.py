@@ -135,7 +135,7 @@ def versions(report):
 
 def markdown(reports, rows):
     context = reports[0]["context"]
-    processor = Processor(context)
+    processor = Processor(*(report["context"] for report in reports))
     lines = [
         f"# Benchmarks on {processor.title()}",
         "",
@@ -178,7 +178,7 @@ def main(arguments):
         with open(name, encoding="utf-8") as file:
             reports.append(json.load(file))
     rows = merged_rows(reports)
-    processor = Processor(reports[0]["context"])
+    processor = Processor(*(report["context"] for report in reports))
     print(processor)
     print("\n".join(limit_lines(processor)))
     for name, contestants in rows.items():

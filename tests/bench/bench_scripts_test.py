@@ -1,4 +1,4 @@
-"""Tests of what the benchmark measures of scripts. Other hosts are played by the native one."""
+"""Tests of what the benchmark measures of scripts, and of its tables. Other hosts are played by the native one."""
 import contextlib
 import io
 import json
@@ -157,6 +157,21 @@ class TableTest(unittest.TestCase):
         line = self.line({"ours": 100, "Node": 10}, ["cscript"])
         self.assertEqual(line, ["sum", "100 ns", "Node 10 ns, cscript missing", "", "3.00", "", ""])
         self.assertEqual(self.line({"ours": 100}, ["cscript"])[2], "cscript missing")
+
+    def test_blocks_of_aes_are_limited_by_maker_and_peers(self):
+        row, ours = "kernel/AES-128 encrypt/16 KiB", {"required": 3.5, "stretch": 4}
+        vectors = {**CONTEXT, "features": "AVX-512 VAES"}
+        for contexts, required in (
+                ([{"maker": "AuthenticAMD"}], 3.5),
+                ([{"maker": "AuthenticAMD", "Botan": "3.5.9"}], 3.5),
+                ([{"maker": "AuthenticAMD"}, {"Botan": "3.7.1"}], 1.9),
+                ([{"maker": "AuthenticAMD", "libgcrypt": "1.11.0"}], 1.9),
+                ([{"maker": "AuthenticAMD", "features": "AVX-512"}, {"Botan": "3.7.1"}], 3.5),
+                ([{"maker": "GenuineIntel"}], 1.95)):
+            measured = processor.Processor(*({**vectors, **context} for context in contexts))
+            self.assertEqual(measured.requirement(row, ours, {})[0], required, contexts)
+            self.assertEqual(len(measured.limits()), 0 if required == 3.5 else 1)
+            self.assertEqual(measured.requirement("kernel/AES-128 encrypt/16 bytes", ours, {})[0], 3.5)
 
 
 if __name__ == "__main__":

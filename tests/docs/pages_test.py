@@ -235,6 +235,10 @@ class BenchmarkTable(unittest.TestCase):
             self.assertEqual(other.limits(), [])
         narrow = processor.Processor({**self.PROCESSOR, "features": "AVX2 AES"})
         self.assertEqual(narrow.requirement(row, ours, {"nettle": {}})[:2], (1.0, 0))
+        narrowest = processor.Processor({**self.PROCESSOR, "features": "SSE2"})
+        for text, required in ((row, 1.0), ("kernel/AES-128 encrypt/16 bytes", 0), ("kernel/DES decrypt/4 KiB", 4.0),
+                               ("kernel/Triple DES encrypt/1 KiB", 4.0), ("engine/MD5/16 KiB", 0)):
+            self.assertEqual(narrowest.requirement(text, ours, {"nettle": {}})[:2], (required, 0), text)
 
     def test_programs_for_32_bit_x86_have_their_own_requirements(self):
         ours, peers = {"required": 3.5, "stretch": 4}, {"GMP": {}, "OpenSSL": {}}
@@ -255,7 +259,7 @@ class BenchmarkTable(unittest.TestCase):
         commands = set(re.findall(r"^(?:bench|arm-bench)[\w -]*:", read("Makefile"), re.M))
         commands = {name for line in commands for name in line.rstrip(":").split()
                     if not name.endswith("-packages")}
-        self.assertLessEqual({"bench", "bench-avx2", "bench-x86", "arm-bench"}, commands)
+        self.assertLessEqual({"bench", "bench-avx2", "bench-sse2", "bench-x86", "arm-bench"}, commands)
         for name in commands:
             for page in ("Makefile", "CONTRIBUTING.md"):
                 self.assertIsNotNone(re.search(rf"(^|`)make {name}[ `]", read(page), re.M), (page, name))
@@ -267,6 +271,9 @@ class BenchmarkTable(unittest.TestCase):
         amd = {**self.PROCESSOR, "maker": "AuthenticAMD", "family": "26", "model": "2"}
         self.assertEqual(processor.Processor(amd).page(), "amd-26-2.md")
         self.assertEqual(processor.Processor({**amd, "features": "AVX2"}).page(), "amd-26-2-avx2.md")
+        self.assertEqual(processor.Processor({**amd, "features": "SSE2"}).page(), "amd-26-2-sse2.md")
+        self.assertEqual([processor.Processor({**amd, "features": features}).command()
+                          for features in ("AVX-512 AVX2", "AVX2", "SSE2")], ["bench", "bench-avx2", "bench-sse2"])
         self.assertEqual(processor.Processor({**amd, "maker": "Other Inc."}).page(), "other-inc-26-2.md")
         x86 = {**amd, "pointer_bits": "32"}
         for features, page in (("AVX-512", "amd-26-2-x86.md"), ("SSE2 AVX2", "amd-26-2-x86-avx2.md"),
@@ -276,7 +283,8 @@ class BenchmarkTable(unittest.TestCase):
             command = re.search(r"^Written by `make ([\w-]+)`", read(f"docs/benchmarks/{page.name}"), re.M)[1]
             self.assertEqual(command, "bench-windows" if "-windows" in page.name else
                              "bench-x86" if "-x86" in page.name else
-                             "bench-avx2" if "-avx2" in page.name else "bench")
+                             "bench-avx2" if "-avx2" in page.name else
+                             "bench-sse2" if "-sse2" in page.name else "bench")
         listed = read("docs/benchmarks.md")
         for page in (ROOT / "docs" / "benchmarks").glob("*.md"):
             self.assertIn(f"(benchmarks/{page.name})", listed)
