@@ -70,9 +70,11 @@ MIROLTA_AES_STEP Vector TurnRows(Vector v) {
 
 template <int kColumns>
 MIROLTA_AES_STEP Vector TurnColumns(Vector v) {
-  constexpr int kFrom[] = {kColumns % 4, (kColumns + 1) % 4, (kColumns + 2) % 4,
-                           (kColumns + 3) % 4};
-  return _mm_shuffle_epi32(v, _MM_SHUFFLE(kFrom[3], kFrom[2], kFrom[1], kFrom[0]));
+  // Without optimization the instruction's operand must be an enumerator: an array's element is none.
+  enum : int {
+    kFrom = _MM_SHUFFLE((kColumns + 3) % 4, (kColumns + 2) % 4, (kColumns + 1) % 4, kColumns % 4)
+  };
+  return _mm_shuffle_epi32(v, kFrom);
 }
 
 template <int kBit>
