@@ -61,8 +61,18 @@ bool OutputsAgree(const Row& row, const std::vector<Contestant>& contestants) {
   return true;
 }
 
+// A processor without AVX has no upper halves of vector registers. Where they are not zero, which what ran before
+// decides, each SSE instruction waits for the one before that wrote its register.
+void ClearUpperHalves() {
+#if defined(__x86_64__) || defined(__i386__)
+  const bool has_avx = __builtin_cpu_supports("avx") != 0;
+  if (has_avx && (ProcessorFeatures() & kFeatureAvx2) == 0) __asm__ volatile("vzeroupper");
+#endif
+}
+
 void Measure(benchmark::State& state, const Row& row, const Contestant& contestant,
              size_t* operand) {
+  ClearUpperHalves();
   for (auto _ : state) {
     contestant.run(*operand);
     if (++*operand == row.operands) *operand = 0;
