@@ -189,13 +189,14 @@ TEST(PowerKernelTest, LongModuliTakeTheVectorsThatThereAre) {
     return nullptr;
   };
   const uint32_t all = ~0u;
-  EXPECT_EQ(&ChoosePower(kRadix52PowerMostBits + 1, all), named("avx2"));
+  EXPECT_EQ(&ChoosePower(kRadix27PowerMostBits, all), named("ifma"));
+  EXPECT_EQ(ChoosePower(kRadix52PowerMostBits + 1, all).function, MontgomeryPower);
   EXPECT_EQ(&ChoosePower(kRadix27PowerLeastBits, all), named("avx2"));
   EXPECT_EQ(&ChoosePower(2048, kFeatureAvx2 | kFeatureSse2), named("avx2"));
   EXPECT_EQ(&ChoosePower(2048, kFeatureSse2), named("sse2"));
   EXPECT_EQ(ChoosePower(2048, kFeatureSsse3).function, MontgomeryPower);
   EXPECT_EQ(ChoosePower(kRadix27PowerMostBits, kFeatureSse2).function, named("sse2")->function);
-  EXPECT_EQ(ChoosePower(kRadix27PowerMostBits + 1, all).function, MontgomeryPower);
+  EXPECT_EQ(ChoosePower(kRadix27PowerMostBits + 1, kFeatureAvx2 | kFeatureSse2).function, MontgomeryPower);
   EXPECT_EQ(ChoosePower(kRadix27PowerLeastBits - 1, all).function, MontgomeryPower);
 }
 #endif
