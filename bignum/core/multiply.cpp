@@ -12,11 +12,11 @@ namespace mirolta {
 namespace {
 
 // The least lengths at which each method is faster than the one before: measured for 64-bit limbs
-// with mulx and adx, by instruction counts for 32-bit limbs.
-constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 36 : 60;
+// with mulx and adx and for 32-bit x86 with vectors, by instruction counts for other 32-bit limbs.
+constexpr size_t kKaratsubaLimbs = kLimbBits == 64 ? 36 : MIROLTA_KERNELS_FOR(X86_32) ? 100 : 60;
 constexpr size_t kKaratsubaSquareLimbs = kLimbBits == 64 ? 48 : 112;
 constexpr size_t kToom3Limbs = kLimbBits == 64 ? 130 : 220;
-constexpr size_t kToom32Limbs = kLimbBits == 64 ? 40 : 80;
+constexpr size_t kToom32Limbs = kLimbBits == 64 ? 40 : MIROLTA_KERNELS_FOR(X86_32) ? 120 : 80;
 // Its frame would be the largest for each halving of a number.
 constexpr bool kHasToom32 = !kSmallStack;
 // The schoolbook method is fastest below, whatever the longer operand's length.

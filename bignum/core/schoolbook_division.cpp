@@ -10,7 +10,7 @@ namespace {
 // Short divisors: rows are subtracted from the window without a call. The correction of a quotient
 // limb is a branch, since a step is too short to hide the masked one.
 struct ShortRows {
-  static constexpr size_t kMostLimbs = MIROLTA_KERNELS_FOR(X86_32) ? 6 : 18;
+  static constexpr size_t kMostLimbs = 18;
   static constexpr bool kBranches = true;
   static Limb Stored(Limb x) { return x; }
   static void Convert(Limb*, size_t) {}

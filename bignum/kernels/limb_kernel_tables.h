@@ -26,8 +26,11 @@ bool MontgomeryShortAdx(Limb* z, const Limb* x, const Limb* y, const Limb* m, si
 #endif
 
 #if MIROLTA_KERNELS_FOR(X86_32)
-// kMulxKernels needs kFeatureBmi2Adx; kMulKernels runs on every processor.
+// kMulxKernels needs kFeatureBmi2Adx, kMulxAvx2Kernels kFeatureAvx2 too; kMulSse2Kernels needs kFeatureSse2;
+// kMulKernels runs on every processor.
+extern const LimbKernels kMulxAvx2Kernels;
 extern const LimbKernels kMulxKernels;
+extern const LimbKernels kMulSse2Kernels;
 extern const LimbKernels kMulKernels;
 #endif
 

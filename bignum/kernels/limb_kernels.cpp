@@ -13,7 +13,9 @@ constexpr Kernel<const LimbKernels*> kRows[] = {
     {"mulx-adx", kFeatureBmi2Adx, &kMulxAdxKernels},
 #endif
 #if MIROLTA_KERNELS_FOR(X86_32)
+    {"mulx-avx2", kFeatureBmi2Adx | kFeatureAvx2, &kMulxAvx2Kernels},
     {"mulx", kFeatureBmi2Adx, &kMulxKernels},
+    {"mul-sse2", kFeatureSse2, &kMulSse2Kernels},
     {"mul", 0, &kMulKernels},
 #endif
 #if MIROLTA_KERNELS_FOR(ARM)

@@ -3,6 +3,7 @@
 // optimised, so that counts are kept outside.
 #include "limb_kernel_tables.h"
 #include "operand_scanning.h"
+#include "radix28.h"
 
 #if MIROLTA_KERNELS_FOR(X86_32)
 
@@ -235,17 +236,63 @@ struct X86Blocks : OperandScanningLoops<Rows> {
   }
 };
 
-template <typename Rows>
+// Products from kLeast limbs on by vectors; squares from kLeastSquare, since rows compute half of their products.
+template <typename Rows, auto kProduct, size_t kLeast, size_t kLeastSquare>
+struct VectorBlocks : X86Blocks<Rows> {
+  static void Multiply(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
+    if (n < kLeast || n > kRadix28MostLimbs) {
+      X86Blocks<Rows>::Multiply(z, x, m, y, n);
+    } else if (m <= kRadix28MostLimbs) {
+      kProduct(z, x, m, y, n);
+    } else {
+      MultiplyParts(z, x, m, y, n);
+    }
+  }
+
+  // Even parts of a long x. Not inlined, since a part takes stack.
+  static __attribute__((noinline)) void MultiplyParts(Limb* z, const Limb* x, size_t m,
+                                                      const Limb* y, size_t n) {
+    size_t parts = (m + kRadix28MostLimbs - 1) / kRadix28MostLimbs;
+    size_t count = m / parts;
+    kProduct(z, x, count, y, n);
+    Limb part[2 * kRadix28MostLimbs];
+    while (--parts != 0) {
+      x += count;
+      z += count;
+      m -= count;
+      count = m / parts;
+      kProduct(part, x, count, y, n);
+      Limb carry = Rows::Add(z, z, part, n);
+      for (size_t i = n; i < n + count; ++i) {
+        z[i] = part[i] + carry;
+        carry = z[i] < carry;
+      }
+    }
+  }
+
+  static void Square(Limb* z, const Limb* x, size_t n) {
+    if (n < kLeastSquare || n > kRadix28MostLimbs) {
+      X86Blocks<Rows>::Square(z, x, n);
+    } else {
+      kProduct(z, x, n, x, n);
+    }
+  }
+};
+
+template <typename Rows, typename Blocks>
 constexpr LimbKernels TableOf() {
-  using Blocks = X86Blocks<Rows>;
   return {Rows::Add,        Rows::Subtract, Rows::Mul1,     Rows::MulAdd1,  Rows::MulSub1,
           Blocks::Multiply, Blocks::Square, Blocks::Reduce, NoMontgomeryX86};
 }
 
 }  // namespace
 
-constexpr LimbKernels kMulKernels = TableOf<MulRows>();
-constexpr LimbKernels kMulxKernels = TableOf<MulxRows>();
+constexpr LimbKernels kMulKernels = TableOf<MulRows, X86Blocks<MulRows>>();
+constexpr LimbKernels kMulSse2Kernels =
+    TableOf<MulRows, VectorBlocks<MulRows, MultiplyRadix28Sse2, 10, 20>>();
+constexpr LimbKernels kMulxKernels = TableOf<MulxRows, X86Blocks<MulxRows>>();
+constexpr LimbKernels kMulxAvx2Kernels =
+    TableOf<MulxRows, VectorBlocks<MulxRows, MultiplyRadix28Avx2, 10, 16>>();
 
 }  // namespace mirolta
 

@@ -18,7 +18,9 @@ Limbs LowLimbs(const Mpz& z, size_t n) {
 
 TEST(LimbKernelListTest, KernelsNeedTheInstructionsThatTheyUse) {
   test::ExpectNeeds(kLimbKernels, {{"mulx-adx", kFeatureBmi2Adx},
+                                   {"mulx-avx2", kFeatureBmi2Adx | kFeatureAvx2},
                                    {"mulx", kFeatureBmi2Adx},
+                                   {"mul-sse2", kFeatureSse2},
                                    {"mul", 0},
                                    {"arm", 0},
                                    {"umulh", 0},
@@ -53,6 +55,22 @@ class LimbKernelsTest : public ::testing::TestWithParam<Kernel<const LimbKernels
         EXPECT_EQ(z, wanted) << n;
       }
     }
+  }
+
+  // x * y, and x * x.
+  void CheckProduct(const Limbs& x, const Limbs& y) {
+    const size_t m = x.size(), n = y.size();
+    Mpz px, py;
+    Import(px, x);
+    Import(py, y);
+    mpz_mul(py, px, py);
+    Limbs z(m + n, 77);
+    kernels_->multiply(z.data(), x.data(), m, y.data(), n);
+    EXPECT_EQ(z, LowLimbs(py, m + n)) << m << " by " << n;
+    mpz_mul(px, px, px);
+    Limbs square(2 * m, 77);
+    kernels_->square(square.data(), x.data(), m);
+    EXPECT_EQ(square, LowLimbs(px, 2 * m)) << m;
   }
 
   const LimbKernels* const kernels_ = GetParam().function;
@@ -96,20 +114,18 @@ TEST_P(LimbKernelsTest, DifferencesWithProductsByOneLimbAreRight) {
 TEST_P(LimbKernelsTest, ProductsAndSquaresAreRight) {
   for (size_t m = 1; m < 36; ++m) {
     for (size_t n = 1; n <= m; ++n) {
-      for (int i = 0; i < Cases(1); ++i) {
-        const Limbs x = RandomLimbs(m), y = RandomLimbs(n);
-        Mpz px, py;
-        Import(px, x);
-        Import(py, y);
-        mpz_mul(py, px, py);
-        Limbs z(m + n, 77);
-        kernels_->multiply(z.data(), x.data(), m, y.data(), n);
-        EXPECT_EQ(z, LowLimbs(py, m + n));
-        mpz_mul(px, px, px);
-        Limbs square(2 * m, 77);
-        kernels_->square(square.data(), x.data(), m);
-        EXPECT_EQ(square, LowLimbs(px, 2 * m));
-      }
+      for (int i = 0; i < Cases(1); ++i) CheckProduct(RandomLimbs(m), RandomLimbs(n));
+    }
+  }
+}
+
+// Where tables take vectors, cut operands into parts, and sum the most products.
+TEST_P(LimbKernelsTest, LongProductsAndSquaresAreRight) {
+  for (const size_t n : {9u, 10u, 20u, 36u, 55u, 56u, 57u, 99u, 104u, 105u, 106u}) {
+    for (const size_t more : {0u, 1u, 6u, 7u, 8u, 50u, 105u, 210u, 211u}) {
+      const size_t m = n + more;
+      CheckProduct(RandomLimbs(m), RandomLimbs(n));
+      CheckProduct(Limbs(m, kLimbMax), Limbs(n, kLimbMax));
     }
   }
 }
