@@ -236,12 +236,73 @@ struct X86Blocks : OperandScanningLoops<Rows> {
   }
 };
 
+// A product of eight by eight limbs, column by column, without a loop: rows of eight limbs cost more than the
+// processor's multiplier does.
+struct Columns8 {
+  static constexpr size_t kLimbs = 8;
+
+  // The sum of a column.
+  struct Sum {
+    Limb low, middle, high;
+
+    // Six registers, as many as code has that is not optimised: one is for y's address.
+    inline __attribute__((always_inline)) void AddProduct(Limb x, const Limb& y) {
+      __asm__(
+          "mull %[y]\n"
+          "addl %%eax, %[low]\n"
+          "adcl %%edx, %[middle]\n"
+          "adcl $0, %[high]\n"
+          : "+a"(x), [low] "+r"(low), [middle] "+r"(middle), [high] "+r"(high)
+          : [y] "m"(y)
+          : "edx", "cc");
+    }
+  };
+
+  template <size_t kColumn, size_t... kOffset>
+  static inline __attribute__((always_inline)) void Column(Limb* z, Sum& sum, const Limb* x,
+                                                           const Limb (&y)[kLimbs],
+                                                           std::index_sequence<kOffset...>) {
+    constexpr size_t kFirst = kColumn < kLimbs ? 0 : kColumn - kLimbs + 1;
+    (sum.AddProduct(x[kFirst + kOffset], y[kColumn - kFirst - kOffset]), ...);
+    z[kColumn] = sum.low;
+    sum = {sum.middle, sum.high, 0};
+  }
+
+  template <size_t... kColumn>
+  static inline __attribute__((always_inline)) void All(Limb* z, const Limb* x,
+                                                        const Limb (&y)[kLimbs],
+                                                        std::index_sequence<kColumn...>) {
+    Sum sum = {};
+    (Column<kColumn>(
+         z, sum, x, y,
+         std::make_index_sequence<(kColumn < kLimbs ? kColumn + 1 : 2 * kLimbs - 1 - kColumn)>()),
+     ...);
+    z[2 * kLimbs - 1] = sum.low;
+  }
+
+  static void Multiply(Limb* z, const Limb* x, const Limb* y) {
+    Limb own_y[kLimbs];
+    for (size_t i = 0; i < kLimbs; ++i) own_y[i] = y[i];
+    All(z, x, own_y, std::make_index_sequence<2 * kLimbs - 1>());
+  }
+};
+
+struct MulBlocks : X86Blocks<MulRows> {
+  static void Multiply(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
+    if (m == Columns8::kLimbs && n == Columns8::kLimbs) {
+      Columns8::Multiply(z, x, y);
+    } else {
+      X86Blocks<MulRows>::Multiply(z, x, m, y, n);
+    }
+  }
+};
+
 // Products from kLeast limbs on by vectors; squares from kLeastSquare, since rows compute half of their products.
-template <typename Rows, auto kProduct, size_t kLeast, size_t kLeastSquare>
-struct VectorBlocks : X86Blocks<Rows> {
+template <typename Rows, typename Blocks, auto kProduct, size_t kLeast, size_t kLeastSquare>
+struct VectorBlocks : Blocks {
   static void Multiply(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n) {
     if (n < kLeast || n > kRadix28MostLimbs) {
-      X86Blocks<Rows>::Multiply(z, x, m, y, n);
+      Blocks::Multiply(z, x, m, y, n);
     } else if (m <= kRadix28MostLimbs) {
       kProduct(z, x, m, y, n);
     } else {
@@ -272,7 +333,7 @@ struct VectorBlocks : X86Blocks<Rows> {
 
   static void Square(Limb* z, const Limb* x, size_t n) {
     if (n < kLeastSquare || n > kRadix28MostLimbs) {
-      X86Blocks<Rows>::Square(z, x, n);
+      Blocks::Square(z, x, n);
     } else {
       kProduct(z, x, n, x, n);
     }
@@ -287,12 +348,12 @@ constexpr LimbKernels TableOf() {
 
 }  // namespace
 
-constexpr LimbKernels kMulKernels = TableOf<MulRows, X86Blocks<MulRows>>();
+constexpr LimbKernels kMulKernels = TableOf<MulRows, MulBlocks>();
 constexpr LimbKernels kMulSse2Kernels =
-    TableOf<MulRows, VectorBlocks<MulRows, MultiplyRadix28Sse2, 10, 20>>();
+    TableOf<MulRows, VectorBlocks<MulRows, MulBlocks, MultiplyRadix28Sse2, 10, 20>>();
 constexpr LimbKernels kMulxKernels = TableOf<MulxRows, X86Blocks<MulxRows>>();
 constexpr LimbKernels kMulxAvx2Kernels =
-    TableOf<MulxRows, VectorBlocks<MulxRows, MultiplyRadix28Avx2, 10, 16>>();
+    TableOf<MulxRows, VectorBlocks<MulxRows, X86Blocks<MulxRows>, MultiplyRadix28Avx2, 10, 16>>();
 
 }  // namespace mirolta
 
