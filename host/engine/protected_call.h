@@ -10,6 +10,7 @@
 #include "engine/engine_api.h"
 #include "engine/host_errors.h"
 #include "engine/interruption.h"
+#include "engine/script_context.h"
 
 namespace mirolta::host {
 
@@ -39,6 +40,7 @@ duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
 // Function may have bool RunUnprotected(duk_context*) noexcept, which runs first, without the cost of
 // a protected call, and makes no call into the engine that may throw. It returns true with its
 // result on top, or false for Run to do the rest.
+// What scripts dropped before is released first (ObjectTable::Drop).
 // Errors: E_ABORT if the script is to be interrupted (interruption.h).
 template <typename Function, typename... Arguments>
 duk_ret_t RunProtected(duk_context* engine, const Arguments&... arguments) {
@@ -48,6 +50,7 @@ duk_ret_t RunProtected(duk_context* engine, const Arguments&... arguments) {
     }
   };
   if (IsInterrupted()) ThrowStatus(engine, E_ABORT);
+  ContextOf(engine).objects.ReleaseDropped();
   duk_int_t status = DUK_EXEC_SUCCESS;
   {
     Function function{arguments...};

@@ -10,7 +10,6 @@
 #include "engine/call_site.h"
 #include "engine/engine_api.h"
 #include "engine/memory_refusals.h"
-#include "objects/handle_cache.h"
 #include "objects/member_table.h"
 #include "objects/object_table.h"
 #include "source/script_source.h"
@@ -25,16 +24,9 @@ struct ScriptContext {
   ObjectTable objects;
   DescribedTables described;
   CallSites call_sites;
-  // The name of the property that makes a script object a handle (object_handle.h).
-  void* handle_name = nullptr;
-  HandleCache handles;
   // Values that are kept, for each automation object that a script gets.
-  void* finalizer = nullptr;
   void* dispatch_handler = nullptr;
   void* stream_prototype = nullptr;  // for each stream
-  // The names of the properties that a function has of its own.
-  void* length_name = nullptr;
-  void* name_name = nullptr;
   // The name of the property that holds the lower bound of a byte array, where it is not 0.
   void* lower_bound_name = nullptr;
   // For byte arrays that are arguments (byte_loan.h).

@@ -313,14 +313,15 @@ ScriptObject* MakeWrapper(ScriptLink* link, uint32_t key, const void* target) {
 
 }  // namespace
 
-ScriptLink* MakeLink(duk_context* engine) {
+void MakeLink(duk_context* engine) {
   auto* link = new (std::nothrow) ScriptLink;
-  if (link == nullptr) return nullptr;
+  // Kept before a call into the engine that may throw.
+  ContextOf(engine).link = link;
+  if (link == nullptr) return;
   link->engine = engine;
   link->thread = GetCurrentThreadId();
   duk_push_object(engine);
   KeepValue(engine, kWrapped);
-  return link;
 }
 
 void CutLink(ScriptLink* link) {

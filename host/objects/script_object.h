@@ -11,9 +11,10 @@ namespace mirolta::host {
 struct ScriptLink;
 struct ScriptContext;
 
-// MakeLink creates the link of an engine, null if memory runs out. CutLink must be called before
-// the engine ends; the objects then fail every call with kDisconnected.
-ScriptLink* MakeLink(duk_context* engine);
+// MakeLink creates the link of an engine and puts it into the engine's context, null if memory runs out. CutLink must
+// be called before the engine ends; the objects then fail every call with kDisconnected.
+// Errors: the engine's.
+void MakeLink(duk_context* engine);
 void CutLink(ScriptLink* link);
 
 // WrapScriptObject returns the automation object for the script object at `index`, with a reference,
