@@ -14,6 +14,7 @@
 #include "objects/object_table.h"
 #include "source/script_source.h"
 #include "values/byte_loan.h"
+#include "values/scoped_variant.h"
 
 namespace mirolta::host {
 
@@ -29,6 +30,8 @@ struct ScriptContext {
   void* stream_prototype = nullptr;  // for each stream
   // The name of the property that holds the lower bound of a byte array, where it is not 0.
   void* lower_bound_name = nullptr;
+  // A result of which the engine makes a value; if it throws, the result stays until the next one.
+  ScopedVariant left_result;
   // For byte arrays that are arguments (byte_loan.h).
   SpareArray spare_array;
   // Shared with the automation objects of script objects, which may outlive the engine.

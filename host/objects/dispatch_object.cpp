@@ -105,12 +105,12 @@ struct GetFunction {
     return Read(engine, member->id);
   }
 
-  bool RunUnprotected(duk_context* engine) noexcept {
+  bool RunUnprotected(duk_context* engine, VARIANT* left) noexcept {
     if (known.access != Access::kRead || HasScriptError(call.Context(engine))) return false;
     call.Bind(*known.slot);
     is_invoked = true;
     status = call.Invoke(engine, known.member->id, DISPATCH_PROPERTYGET);
-    return SUCCEEDED(status) && call.PushPlainResult(engine);
+    return SUCCEEDED(status) && call.PushOrLeave(engine, left);
   }
 
   duk_ret_t Read(duk_context* engine, DISPID id) {
@@ -198,7 +198,7 @@ struct SetFunction {
 
   static constexpr duk_idx_t kTarget = 0, kName = 1, kValue = 2;
 
-  bool RunUnprotected(duk_context* engine) noexcept {
+  bool RunUnprotected(duk_context* engine, VARIANT*) noexcept {
     if (known.member == nullptr || !call.TakePlainArguments(engine, kValue, 1)) return false;
     call.Bind(*known.slot);
     is_invoked = true;

@@ -58,9 +58,11 @@ class MemberCall {
   HRESULT Invoke(duk_context* engine, DISPID id, WORD flags);
   HRESULT InvokePut(duk_context* engine, DISPID id);
   void PushResult(duk_context* engine);
-  // PushPlainResult pushes a result that is a number, boolean, null or undefined and never throws;
-  // false for others.
-  bool PushPlainResult(duk_context* engine) const { return PushIfPlain(engine, result_); }
+  // PushOrLeave pushes a result that is a number, boolean, null or undefined, or moves one that is text,
+  // bytes or an automation object to *left (PushLeft), and never throws; false for others.
+  bool PushOrLeave(duk_context* engine, VARIANT* left) noexcept {
+    return PushIfPlain(engine, result_) || LeaveIfCommon(&result_, left);
+  }
   // Throw throws the error of a call that failed with `status`: the value that a script object
   // threw during the call, or an Error with the text of the call's error information.
   [[noreturn]] void Throw(duk_context* engine, HRESULT status);

@@ -348,6 +348,13 @@ IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index) {
   return wrapper;
 }
 
+bool IsWrappedObject(IUnknown* object) {
+  void* found = nullptr;
+  if (FAILED(object->QueryInterface(kScriptObjectId, &found))) return false;
+  static_cast<IDispatch*>(found)->Release();
+  return true;
+}
+
 bool PushWrappedObject(duk_context* engine, IUnknown* object) {
   void* found = nullptr;
   if (FAILED(object->QueryInterface(kScriptObjectId, &found))) return false;

@@ -21,6 +21,8 @@ void CutLink(ScriptLink* link);
 // and keeps the script object alive. While it lives, the script object has no other.
 // Errors: null if memory runs out; the engine's.
 IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index);
+// IsWrappedObject returns whether `object` is the automation object of a script object, of this engine or another.
+bool IsWrappedObject(IUnknown* object);
 // PushWrappedObject pushes the script object that `object` wraps.
 // Errors: returns false and pushes nothing if it wraps none of this engine.
 bool PushWrappedObject(duk_context* engine, IUnknown* object);
