@@ -184,7 +184,7 @@ duk_ret_t Get(duk_context* engine) {
     duk_push_heapptr(engine, known.member->function);
     return 1;
   }
-  return RunProtected<GetFunction>(engine, known);
+  return RunProtectedIn<GetFunction>(*known.context, engine, known);
 }
 
 // The proxy trap set(target, name, value)
@@ -223,7 +223,8 @@ struct SetFunction {
 };
 
 duk_ret_t Set(duk_context* engine) {
-  return RunProtected<SetFunction>(engine, FindKnown(engine));
+  const KnownMember known = FindKnown(engine);
+  return RunProtectedIn<SetFunction>(*known.context, engine, known);
 }
 
 // "Name" in obj, by the proxy trap has(target, name)
