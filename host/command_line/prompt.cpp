@@ -107,6 +107,7 @@ void Run(ScriptEngine* script, const std::string& typed) {
     Report(script, typed, entry.is_compiled);
   }
   duk_pop(engine);
+  script->Context().objects.ReleaseDropped();
   static_cast<void>(fflush(stdout));
 }
 

@@ -10,6 +10,8 @@
 #include "engine/engine_api.h"
 #include "engine/host_errors.h"
 #include "engine/interruption.h"
+#include "engine/script_context.h"
+#include "values/value_marshal.h"
 
 namespace mirolta::host {
 
@@ -34,30 +36,43 @@ duk_ret_t ThrowIfExhausted(duk_context* engine, Work work) {
 // RunProtected is a native function that calls Function::Run(duk_context*). Run finds the arguments
 // on the stack and returns 1 with its result on top, or 0 for undefined. Every call into the engine
 // may leave Run by longjmp: what Run must free is a member of Function, and its locals have trivial
-// destructors. Function is initialized from `arguments`.
+// destructors. RunProtectedIn is the same for a caller that has the engine's context already; Function is
+// initialized from `arguments`.
 //
-// Function may have bool RunUnprotected(duk_context*) noexcept, which runs first, without the cost of
-// a protected call, and makes no call into the engine that may throw. It returns true with its
-// result on top, or false for Run to do the rest.
+// Function may have bool RunUnprotected(duk_context*, VARIANT* left) noexcept, which runs first, without
+// the cost of a protected call, and makes no call into the engine that may throw. It returns true with
+// its result on top or in *left (value_marshal.h), or false for Run to do the rest.
+// What scripts dropped before is released first (ObjectTable::Drop).
 // Errors: E_ABORT if the script is to be interrupted (interruption.h).
 template <typename Function, typename... Arguments>
-duk_ret_t RunProtected(duk_context* engine, const Arguments&... arguments) {
+duk_ret_t RunProtectedIn(ScriptContext& context, duk_context* engine,
+                         const Arguments&... arguments) {
   struct Local {
     static duk_ret_t Enter(duk_context* inner, void* function) {
       return ThrowIfExhausted(inner, [&] { return static_cast<Function*>(function)->Run(inner); });
     }
   };
   if (IsInterrupted()) ThrowStatus(engine, E_ABORT);
+  context.objects.ReleaseDropped();
   duk_int_t status = DUK_EXEC_SUCCESS;
+  VARIANT left = {};
   {
     Function function{arguments...};
-    if constexpr (requires { function.RunUnprotected(engine); }) {
-      if (function.RunUnprotected(engine)) return 1;
+    bool is_done = false;
+    if constexpr (requires { function.RunUnprotected(engine, &left); }) {
+      is_done = function.RunUnprotected(engine, &left);
     }
-    status = duk_safe_call(engine, &Local::Enter, &function, 0, 1);
+    if (!is_done) status = duk_safe_call(engine, &Local::Enter, &function, 0, 1);
   }
+  // Nothing is left on this stack that would have to be freed.
+  if (left.vt != VT_EMPTY) PushLeft(engine, left);
   if (status != DUK_EXEC_SUCCESS) return duk_throw(engine);
   return 1;
+}
+
+template <typename Function>
+duk_ret_t RunProtected(duk_context* engine) {
+  return RunProtectedIn<Function>(ContextOf(engine), engine);
 }
 
 }  // namespace mirolta::host

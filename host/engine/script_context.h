@@ -10,11 +10,11 @@
 #include "engine/call_site.h"
 #include "engine/engine_api.h"
 #include "engine/memory_refusals.h"
-#include "objects/handle_cache.h"
 #include "objects/member_table.h"
 #include "objects/object_table.h"
 #include "source/script_source.h"
 #include "values/byte_loan.h"
+#include "values/scoped_variant.h"
 
 namespace mirolta::host {
 
@@ -25,18 +25,13 @@ struct ScriptContext {
   ObjectTable objects;
   DescribedTables described;
   CallSites call_sites;
-  // The name of the property that makes a script object a handle (object_handle.h).
-  void* handle_name = nullptr;
-  HandleCache handles;
   // Values that are kept, for each automation object that a script gets.
-  void* finalizer = nullptr;
   void* dispatch_handler = nullptr;
   void* stream_prototype = nullptr;  // for each stream
-  // The names of the properties that a function has of its own.
-  void* length_name = nullptr;
-  void* name_name = nullptr;
   // The name of the property that holds the lower bound of a byte array, where it is not 0.
   void* lower_bound_name = nullptr;
+  // A result of which the engine makes a value; if it throws, the result stays until the next one.
+  ScopedVariant left_result;
   // For byte arrays that are arguments (byte_loan.h).
   SpareArray spare_array;
   // Shared with the automation objects of script objects, which may outlive the engine.

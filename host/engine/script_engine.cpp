@@ -9,6 +9,7 @@
 #include <new>
 #include <optional>
 
+#include "engine/engine_block.h"
 #include "engine/error_report.h"
 #include "engine/host_errors.h"
 #include "engine/interruption.h"
@@ -23,7 +24,6 @@
 #include "objects/language_functions.h"
 #include "objects/letter_case.h"
 #include "objects/member_function.h"
-#include "objects/object_handle.h"
 #include "objects/script_object.h"
 #include "objects/wscript_object.h"
 #include "source/member_uses.h"
@@ -33,15 +33,6 @@
 
 namespace mirolta::host {
 namespace {
-
-// Stands before each block and keeps its alignment.
-struct alignas(max_align_t) BlockHeader {
-  size_t size;
-};
-
-BlockHeader* HeaderOf(void* block) {
-  return static_cast<BlockHeader*>(block) - 1;
-}
 
 void* Resize(ScriptContext* context, void* block, size_t size) {
   const size_t old_size = block != nullptr ? HeaderOf(block)->size : 0;
@@ -53,8 +44,6 @@ void* Resize(ScriptContext* context, void* block, size_t size) {
   }
   MemoryRefusals& refusals = context->refusals;
   if (size > old_size && refusals.IsUseless(size)) return nullptr;
-  // Before the address may be another's. A row that is lost is only looked up again.
-  if (block != nullptr) context->handles.Forget(block);
   void* start = block != nullptr ? HeaderOf(block) : nullptr;
   auto* grown = static_cast<BlockHeader*>(realloc(start, sizeof(BlockHeader) + size));
   if (grown == nullptr) {
@@ -65,6 +54,7 @@ void* Resize(ScriptContext* context, void* block, size_t size) {
   refusals.NoteGranted();
   context->memory_in_use += size - old_size;
   grown->size = size;
+  if (block == nullptr) grown->slot = kNoSlot;
   return grown + 1;
 }
 
@@ -72,7 +62,7 @@ void Free(void* context, void* block) {
   if (block == nullptr) return;
   auto* const script = static_cast<ScriptContext*>(context);
   script->memory_in_use -= HeaderOf(block)->size;
-  script->handles.Forget(block);
+  if (HeaderOf(block)->slot != kNoSlot) script->objects.Drop(HeaderOf(block)->slot, block);
   script->refusals.NoteFreed();
   free(HeaderOf(block));
 }
@@ -135,9 +125,8 @@ duk_context* CreateEngine(ScriptContext* context) {
   return engine;
 }
 
-void InstallAll(duk_context* engine, ScriptContext* context) {
+void InstallAll(duk_context* engine) {
   InstallNames(engine);
-  InstallHandles(engine);
   InstallErrors(engine);
   InstallMarshalling(engine);
   InstallMemberFunctions(engine);
@@ -149,16 +138,16 @@ void InstallAll(duk_context* engine, ScriptContext* context) {
   InstallDateClass(engine);
   InstallWScript(engine);
   InstallBytes(engine);
-  context->link = MakeLink(engine);
-  context->call_sites.Learn(engine);
+  MakeLink(engine);
+  ContextOf(engine).call_sites.Learn(engine);
   // They give access to the engine's internals.
   duk_push_global_object(engine);
   for (const char* name : {"Duktape", "CBOR"}) duk_del_prop_string(engine, -1, name);
 }
 
-duk_ret_t Install(duk_context* engine, void* context) {
+duk_ret_t Install(duk_context* engine, void*) {
   return ThrowIfExhausted(engine, [&] {
-    InstallAll(engine, static_cast<ScriptContext*>(context));
+    InstallAll(engine);
     return 0;
   });
 }
@@ -230,6 +219,7 @@ ScriptEngine::~ScriptEngine() {
   // Automation may hold script objects that outlive the engine.
   if (context_.link != nullptr) CutLink(context_.link);
   if (context_.engine != nullptr) duk_destroy_heap(context_.engine);
+  context_.objects.Clear();
 }
 
 bool ScriptEngine::Start(std::string* problem) {
@@ -239,7 +229,7 @@ bool ScriptEngine::Start(std::string* problem) {
     return false;
   }
   context_.engine = engine;
-  const bool is_installed = duk_safe_call(engine, Install, &context_, 0, 1) == DUK_EXEC_SUCCESS;
+  const bool is_installed = duk_safe_call(engine, Install, nullptr, 0, 1) == DUK_EXEC_SUCCESS;
   duk_pop(engine);
   if (is_installed && context_.link != nullptr) return true;
   *problem = kNoMemory;  // nothing else can be missing, and the error often has no text then

@@ -29,7 +29,7 @@ struct DefaultCallFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
     constexpr duk_idx_t kList = 2;
-    call.BindTarget(engine, 0);
+    call.Bind(engine, 0);
     const duk_idx_t first = duk_get_top(engine);
     call.TakeArguments(engine, first, PushElements(engine, kList));
     return call.Call(engine, DISPID_VALUE, kCallFlags);
@@ -92,7 +92,7 @@ struct GetFunction {
 
   duk_ret_t Run(duk_context* engine) {
     if (is_invoked) return EndRead(engine, known.member->id);
-    call.BindTarget(engine, kTarget);
+    call.Bind(engine, kTarget);
     const std::string_view name = KeyAt(engine, kName);
     if (name.ends_with(kAssignmentSuffix)) return PushAssignment(engine, name);
     const CallSites& call_sites = call.Context(engine).call_sites;
@@ -105,12 +105,12 @@ struct GetFunction {
     return Read(engine, member->id);
   }
 
-  bool RunUnprotected(duk_context* engine) noexcept {
+  bool RunUnprotected(duk_context* engine, VARIANT* left) noexcept {
     if (known.access != Access::kRead || HasScriptError(call.Context(engine))) return false;
     call.Bind(*known.slot);
     is_invoked = true;
     status = call.Invoke(engine, known.member->id, DISPATCH_PROPERTYGET);
-    return SUCCEEDED(status) && call.PushPlainResult(engine);
+    return SUCCEEDED(status) && call.PushOrLeave(engine, left);
   }
 
   duk_ret_t Read(duk_context* engine, DISPID id) {
@@ -169,7 +169,7 @@ KnownMember FindKnown(duk_context* engine) {
   ScriptContext& context = ContextOf(engine);
   KnownMember known;
   known.context = &context;
-  ObjectSlot* slot = context.objects.FindTarget(duk_get_heapptr(engine, 0));
+  ObjectSlot* slot = context.objects.Find(SlotOfBlock(duk_get_heapptr(engine, 0)));
   if (slot == nullptr) return known;
   known.slot = slot;
   known.member = slot->FindMember(duk_get_heapptr(engine, 1));
@@ -184,7 +184,7 @@ duk_ret_t Get(duk_context* engine) {
     duk_push_heapptr(engine, known.member->function);
     return 1;
   }
-  return RunProtected<GetFunction>(engine, known);
+  return RunProtectedIn<GetFunction>(*known.context, engine, known);
 }
 
 // The proxy trap set(target, name, value)
@@ -198,7 +198,7 @@ struct SetFunction {
 
   static constexpr duk_idx_t kTarget = 0, kName = 1, kValue = 2;
 
-  bool RunUnprotected(duk_context* engine) noexcept {
+  bool RunUnprotected(duk_context* engine, VARIANT*) noexcept {
     if (known.member == nullptr || !call.TakePlainArguments(engine, kValue, 1)) return false;
     call.Bind(*known.slot);
     is_invoked = true;
@@ -209,7 +209,7 @@ struct SetFunction {
 
   duk_ret_t Run(duk_context* engine) {
     if (!is_invoked) {
-      call.BindTarget(engine, kTarget);
+      call.Bind(engine, kTarget);
       const Member* member =
           duk_is_symbol(engine, kName) ? nullptr : call.FindMember(engine, kName);
       if (member == nullptr) ThrowStatus(engine, kNoSuchMember);
@@ -223,14 +223,15 @@ struct SetFunction {
 };
 
 duk_ret_t Set(duk_context* engine) {
-  return RunProtected<SetFunction>(engine, FindKnown(engine));
+  const KnownMember known = FindKnown(engine);
+  return RunProtectedIn<SetFunction>(*known.context, engine, known);
 }
 
 // "Name" in obj, by the proxy trap has(target, name)
 struct HasFunction {
   MemberCall call;
   duk_ret_t Run(duk_context* engine) {
-    call.BindTarget(engine, 0);
+    call.Bind(engine, 0);
     duk_push_boolean(engine, !duk_is_symbol(engine, 1) && call.FindMember(engine, 1) != nullptr);
     return 1;
   }
@@ -269,16 +270,11 @@ bool MayBeCalled(IDispatch* object) {
 }
 
 void FinishProxy(duk_context* engine, SlotNumber number) {
-  ScriptContext& context = ContextOf(engine);
-  context.objects.SetTarget(number, duk_get_heapptr(engine, -1));
-  AttachToProxy(engine, number, context.dispatch_handler);
+  AttachToProxy(engine, number, ContextOf(engine).dispatch_handler);
 }
 
 void MakeCallable(duk_context* engine, SlotNumber number) {
   duk_push_c_function(engine, NeverCalled, 0);
-  const ScriptContext& context = ContextOf(engine);
-  duk_del_prop_heapptr(engine, -1, context.length_name);
-  duk_del_prop_heapptr(engine, -1, context.name_name);
   FinishProxy(engine, number);
 }
 
@@ -300,10 +296,7 @@ void PushDispatch(duk_context* engine, IDispatch* object) {
 void InstallDispatchObjects(duk_context* engine) {
   duk_push_bare_object(engine);
   duk_put_function_list(engine, -1, kTraps);
-  ScriptContext& context = ContextOf(engine);
-  context.dispatch_handler = KeepValue(engine, kHandler);
-  context.length_name = KeepName(engine, "length");
-  context.name_name = KeepName(engine, "name");
+  ContextOf(engine).dispatch_handler = KeepValue(engine, kHandler);
 }
 
 }  // namespace mirolta::host

@@ -31,9 +31,11 @@ duk_ret_t PushBuildVersion(duk_context* engine) {
 }
 
 duk_ret_t CollectGarbage(duk_context* engine) {
-  // The first run finds the objects with finalizers, the second frees them.
   duk_gc(engine, 0);
+  ContextOf(engine).objects.ReleaseDropped();
+  // Script objects that only what was released had are garbage now.
   duk_gc(engine, 0);
+  ContextOf(engine).objects.ReleaseDropped();
   return 0;
 }
 

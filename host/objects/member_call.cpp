@@ -44,12 +44,6 @@ void MemberCall::Bind(duk_context* engine, duk_idx_t index) {
   Bind(*slot);
 }
 
-void MemberCall::BindTarget(duk_context* engine, duk_idx_t index) {
-  const ObjectSlot* slot = Context(engine).objects.FindTarget(duk_get_heapptr(engine, index));
-  if (slot == nullptr) ThrowStatus(engine, kDisconnected);
-  Bind(*slot);
-}
-
 // The slot of the object, with its type information's table; null if the slot was freed meanwhile.
 ObjectSlot* MemberCall::LookUpSlot(duk_context* engine) {
   ScriptContext& context = Context(engine);
@@ -136,11 +130,10 @@ bool MemberCall::TakePlainArguments(duk_context* engine, duk_idx_t first,
   return true;
 }
 
-// The automation object at `index` if it was looked up before.
+// The automation object at `index`, null if there is none.
 const ObjectSlot* MemberCall::KnownObject(duk_context* engine, duk_idx_t index) noexcept {
-  ScriptContext& context = Context(engine);
-  const SlotNumber number = context.handles.Find(duk_get_heapptr(engine, index));
-  return number != kNoSlot ? context.objects.Find(number, SlotKind::kDispatch) : nullptr;
+  const SlotNumber number = SlotOfBlock(duk_get_heapptr(engine, index));
+  return Context(engine).objects.Find(number, SlotKind::kDispatch);
 }
 
 HRESULT MemberCall::TakeOther(duk_context* engine, duk_idx_t index, VARIANT* argument) noexcept {

@@ -31,8 +31,6 @@ class MemberCall {
   // Bind selects the automation object behind the script object at `index`.
   // Errors: throws kNoSuchMember if there is none, kDisconnected if its slot was freed.
   void Bind(duk_context* engine, duk_idx_t index);
-  // The same for the target of a proxy, in a trap.
-  void BindTarget(duk_context* engine, duk_idx_t index);
   // The same for the object of a slot.
   void Bind(const ObjectSlot& slot) {
     number_ = slot.number;
@@ -45,7 +43,7 @@ class MemberCall {
   // TakeArguments converts `count` values from `first` on.
   // Errors: throws the status of a value that cannot be converted.
   void TakeArguments(duk_context* engine, duk_idx_t first, duk_idx_t count);
-  // The same for plain values and either one automation object that was looked up before or one byte
+  // The same for plain values and either one automation object or one byte
   // array, which is lent; never throws. Returns false if it took none: there is another value, memory
   // ran out, or the call would have to forget a script error.
   bool TakePlainArguments(duk_context* engine, duk_idx_t first, duk_idx_t count) noexcept;
@@ -60,9 +58,11 @@ class MemberCall {
   HRESULT Invoke(duk_context* engine, DISPID id, WORD flags);
   HRESULT InvokePut(duk_context* engine, DISPID id);
   void PushResult(duk_context* engine);
-  // PushPlainResult pushes a result that is a number, boolean, null or undefined and never throws;
-  // false for others.
-  bool PushPlainResult(duk_context* engine) const { return PushIfPlain(engine, result_); }
+  // PushOrLeave pushes a result that is a number, boolean, null or undefined, or moves one that is text,
+  // bytes or an automation object to *left (PushLeft), and never throws; false for others.
+  bool PushOrLeave(duk_context* engine, VARIANT* left) noexcept {
+    return PushIfPlain(engine, result_) || LeaveIfCommon(&result_, left);
+  }
   // Throw throws the error of a call that failed with `status`: the value that a script object
   // threw during the call, or an Error with the text of the call's error information.
   [[noreturn]] void Throw(duk_context* engine, HRESULT status);

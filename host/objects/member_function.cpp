@@ -55,7 +55,7 @@ struct SharedCallFunction {
   bool is_invoked = false;
   HRESULT status = S_OK;
 
-  bool RunUnprotected(duk_context* engine) noexcept {
+  bool RunUnprotected(duk_context* engine, VARIANT* left) noexcept {
     const duk_idx_t count = duk_get_top(engine);
     const DescribedTables::Shared shared = Shared(engine);
     const ObjectSlot* slot = This(engine);
@@ -64,7 +64,7 @@ struct SharedCallFunction {
     if (!call.TakePlainArguments(engine, 0, count)) return false;
     is_invoked = true;
     status = call.Invoke(engine, shared.id, kCallFlags);
-    return SUCCEEDED(status) && call.PushPlainResult(engine);
+    return SUCCEEDED(status) && call.PushOrLeave(engine, left);
   }
 
   duk_ret_t Run(duk_context* engine) {

@@ -1,6 +1,6 @@
-// Handles: script objects that refer to a slot of the object table. Only the object that a handle
-// was attached to is one; objects that inherit from it, and proxies of it that a script creates,
-// are not.
+// Handles: script objects that refer to a slot of the object table, by a number in the header of their
+// block (engine_block.h). Only the object that a handle was attached to is one; objects that inherit
+// from it, and proxies of it that a script creates, are not.
 #pragma once
 
 #include "engine/engine_api.h"
@@ -8,22 +8,18 @@
 
 namespace mirolta::host {
 
-// Call once, before any handle is made.
-void InstallHandles(duk_context* engine);
-
 // MakeObject creates and pushes the script object of a slot; it attaches the handle and may wrap
 // the object in a proxy.
 using MakeObject = void (*)(duk_context* engine, SlotNumber number);
 
 // PushSlotObject adds `value` to the object table, takes ownership of it, and pushes its script
-// object. The object's finalizer frees the slot; if memory runs out there, the slot is freed with
-// the engine.
-// Errors: throws the engine's errors and E_OUTOFMEMORY; `value` is then cleared.
+// object. The slot is freed soon after the engine frees the object (ObjectTable::Drop).
+// Errors: throws the engine's errors and E_OUTOFMEMORY; `value` is then cleared, or as a freed slot's.
 void PushSlotObject(duk_context* engine, SlotKind kind, const VARIANT& value, MakeObject make);
 
 // For MakeObject: AttachHandle makes the object on top of the stack a handle to the slot.
-// AttachToProxy also replaces it by a proxy, which is a handle too; `handler` is the address of the
-// proxy's handler.
+// Nothing may run a script before. AttachToProxy also replaces it by a proxy, which is a handle too; `handler` is
+// the address of the proxy's handler.
 void AttachHandle(duk_context* engine, SlotNumber number);
 void AttachToProxy(duk_context* engine, SlotNumber number, void* handler);
 // PushPlainObject is a MakeObject for an object without properties.

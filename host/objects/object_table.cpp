@@ -4,13 +4,33 @@
 
 namespace mirolta::host {
 
+// Returns a free slot that has its index as number.
+// Errors: std::bad_alloc.
+ObjectSlot* ObjectTable::TakeFree() {
+  if (free_ == nullptr) {
+    const size_t first = chunks_.size() * kChunk;
+    if (first > kMostIndex) throw std::bad_alloc();
+    chunks_.push_back(std::make_unique<ObjectSlot[]>(kChunk));
+    ObjectSlot* const slots = chunks_.back().get();
+    for (size_t i = kChunk; i > 0; --i) {
+      slots[i - 1].index = first + i - 1;
+      slots[i - 1].next = free_;
+      free_ = &slots[i - 1];
+    }
+  }
+  ObjectSlot* const slot = free_;
+  free_ = slot->next;
+  return slot;
+}
+
 SlotNumber ObjectTable::Add(SlotKind kind, const VARIANT& value) {
   try {
-    ObjectSlot& slot = slots_[last_number_ + 1];
-    slot.kind = kind;
-    slot.number = last_number_ + 1;
-    slot.value = value;
-    return ++last_number_;
+    ObjectSlot* const slot = TakeFree();
+    slot->kind = kind;
+    slot->number = (++added_ << kIndexBits) | slot->index;
+    slot->value = value;
+    ++count_;
+    return slot->number;
   } catch (const std::bad_alloc&) {
     VARIANT unwanted = value;
     VariantClear(&unwanted);
@@ -18,45 +38,64 @@ SlotNumber ObjectTable::Add(SlotKind kind, const VARIANT& value) {
   }
 }
 
-ObjectSlot* ObjectTable::Find(SlotNumber number, SlotKind kind) {
-  ObjectSlot* slot = Find(number);
-  return slot != nullptr && slot->kind == kind ? slot : nullptr;
+SlotNumber ObjectTable::AddForOwner(SlotKind kind, const VARIANT& value) {
+  ReleaseDropped();
+  without_owner_ = Add(kind, value);
+  return without_owner_;
 }
 
-ObjectSlot* ObjectTable::Find(SlotNumber number) {
-  const auto found = slots_.find(number);
-  return found != slots_.end() ? &found->second : nullptr;
+void ObjectTable::SetOwner(SlotNumber number, const void* owner) {
+  without_owner_ = kNoSlot;
+  if (ObjectSlot* const slot = Find(number)) slot->owner = owner;
 }
 
-void ObjectTable::SetTarget(SlotNumber number, const void* target) {
-  ObjectSlot& slot = slots_.at(number);
-  by_target_[target] = &slot;
-  slot.target = target;
-  recent_[RecentIndex(target)] = {target, &slot};
-}
-
-ObjectSlot* ObjectTable::LookUpTarget(const void* target) {
-  const auto found = by_target_.find(target);
-  if (found == by_target_.end()) return nullptr;
-  recent_[RecentIndex(target)] = {target, found->second};
-  return found->second;
-}
-
-void ObjectTable::Remove(SlotNumber number) {
-  const auto found = slots_.find(number);
-  if (found == slots_.end()) return;
-  // Erased before the value is released, which may re-enter.
-  VARIANT value = found->second.value;
-  const auto target = by_target_.find(found->second.target);
-  if (target != by_target_.end() && target->second == &found->second) by_target_.erase(target);
-  RecentTarget& recent = recent_[RecentIndex(found->second.target)];
-  if (recent.slot == &found->second) recent = {};
-  slots_.erase(found);
+// Makes the slot, which is not found any more, free, and then clears its value: the release may re-enter.
+void ObjectTable::Free(ObjectSlot* slot) {
+  VARIANT value = slot->value;
+  slot->kind = SlotKind::kFree;
+  slot->value = {};
+  slot->owner = nullptr;
+  slot->is_looked_up = false;
+  slot->described = nullptr;
+  if (!slot->own.empty()) MemberTable().swap(slot->own);
+  slot->next = free_;
+  free_ = slot;
   VariantClear(&value);
 }
 
+void ObjectTable::Remove(SlotNumber number) {
+  ObjectSlot* const slot = Find(number);
+  if (slot == nullptr) return;
+  slot->number = kNoSlot;
+  --count_;
+  Free(slot);
+}
+
+void ObjectTable::Drop(SlotNumber number, const void* object) {
+  ObjectSlot* const slot = Find(number);
+  if (slot == nullptr || slot->owner != object) return;
+  slot->number = kNoSlot;
+  --count_;
+  slot->next = dropped_;
+  dropped_ = slot;
+}
+
+void ObjectTable::FreeDropped() {
+  const SlotNumber unowned = without_owner_;
+  without_owner_ = kNoSlot;
+  Drop(unowned, nullptr);
+  while (dropped_ != nullptr) {
+    ObjectSlot* const slot = dropped_;
+    dropped_ = slot->next;
+    Free(slot);
+  }
+}
+
 void ObjectTable::Clear() {
-  while (!slots_.empty()) Remove(slots_.begin()->first);
+  ReleaseDropped();
+  for (const auto& chunk : chunks_) {
+    for (size_t i = 0; i < kChunk; ++i) Remove(chunk[i].number);
+  }
 }
 
 }  // namespace mirolta::host

@@ -313,14 +313,15 @@ ScriptObject* MakeWrapper(ScriptLink* link, uint32_t key, const void* target) {
 
 }  // namespace
 
-ScriptLink* MakeLink(duk_context* engine) {
+void MakeLink(duk_context* engine) {
   auto* link = new (std::nothrow) ScriptLink;
-  if (link == nullptr) return nullptr;
+  // Kept before a call into the engine that may throw.
+  ContextOf(engine).link = link;
+  if (link == nullptr) return;
   link->engine = engine;
   link->thread = GetCurrentThreadId();
   duk_push_object(engine);
   KeepValue(engine, kWrapped);
-  return link;
 }
 
 void CutLink(ScriptLink* link) {
@@ -345,6 +346,13 @@ IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index) {
     duk_pop(engine);
   }
   return wrapper;
+}
+
+bool IsWrappedObject(IUnknown* object) {
+  void* found = nullptr;
+  if (FAILED(object->QueryInterface(kScriptObjectId, &found))) return false;
+  static_cast<IDispatch*>(found)->Release();
+  return true;
 }
 
 bool PushWrappedObject(duk_context* engine, IUnknown* object) {

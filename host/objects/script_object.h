@@ -11,15 +11,18 @@ namespace mirolta::host {
 struct ScriptLink;
 struct ScriptContext;
 
-// MakeLink creates the link of an engine, null if memory runs out. CutLink must be called before
-// the engine ends; the objects then fail every call with kDisconnected.
-ScriptLink* MakeLink(duk_context* engine);
+// MakeLink creates the link of an engine and puts it into the engine's context, null if memory runs out. CutLink must
+// be called before the engine ends; the objects then fail every call with kDisconnected.
+// Errors: the engine's.
+void MakeLink(duk_context* engine);
 void CutLink(ScriptLink* link);
 
 // WrapScriptObject returns the automation object for the script object at `index`, with a reference,
 // and keeps the script object alive. While it lives, the script object has no other.
 // Errors: null if memory runs out; the engine's.
 IDispatch* WrapScriptObject(duk_context* engine, duk_idx_t index);
+// IsWrappedObject returns whether `object` is the automation object of a script object, of this engine or another.
+bool IsWrappedObject(IUnknown* object);
 // PushWrappedObject pushes the script object that `object` wraps.
 // Errors: returns false and pushes nothing if it wraps none of this engine.
 bool PushWrappedObject(duk_context* engine, IUnknown* object);

@@ -65,6 +65,7 @@ struct EchoFunction {
 duk_ret_t Quit(duk_context* engine) {
   const int status = duk_is_undefined(engine, 0) ? 0 : duk_to_int32(engine, 0);
   ScriptContext& context = ContextOf(engine);
+  context.objects.ReleaseDropped();
   // An object must not be released during its own call.
   if (context.calls_running == 0) context.objects.Clear();
   const bool succeeded = FlushOutput() && status == 0 && FinishOutputs();
@@ -76,6 +77,7 @@ duk_ret_t Sleep(duk_context* engine) {
   const double most = std::nextafter(2147483648.0, 0.0);
   const double milliseconds = NumberWithin(engine, 0, 0, most, kInvalidCall);
   FlushOutput();
+  ContextOf(engine).objects.ReleaseDropped();
   const auto whole = static_cast<int64_t>(milliseconds);
   timespec left = {};
   left.tv_sec = static_cast<time_t>(whole / 1000);

@@ -289,6 +289,36 @@ void PushVariant(duk_context* engine, const VARIANT& value) {
   }
 }
 
+bool LeaveIfCommon(VARIANT* result, VARIANT* left) noexcept {
+  if (result->vt == VT_DISPATCH && result->pdispVal != nullptr) {
+    void* found = nullptr;
+    if (IsWrappedObject(result->pdispVal) ||
+        FAILED(result->pdispVal->QueryInterface(IID_IDispatch, &found))) {
+      return false;
+    }
+    left->vt = VT_DISPATCH;
+    left->pdispVal = static_cast<IDispatch*>(found);
+    return true;
+  }
+  if (result->vt != VT_BSTR && result->vt != (VT_ARRAY | VT_UI1)) return false;
+  *left = *result;
+  result->vt = VT_EMPTY;
+  return true;
+}
+
+void PushLeft(duk_context* engine, const VARIANT& left) {
+  if (left.vt == VT_DISPATCH) {
+    PushDispatch(engine, left.pdispVal);
+    return;
+  }
+  ScopedVariant& kept = ContextOf(engine).left_result;
+  ClearBeforeEnd(kept);
+  static_cast<VARIANT&>(kept) = left;
+  PushVariant(engine, kept);
+  ClearBeforeEnd(kept);
+  kept.vt = VT_EMPTY;
+}
+
 void PushUnits(duk_context* engine, UnitsView units) {
   constexpr size_t kFew = 512;
   char few[kFew];

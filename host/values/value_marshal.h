@@ -39,6 +39,12 @@ bool IsPlain(duk_context* engine, duk_idx_t index);
 // PushIfPlain pushes a number, boolean, null or undefined and never throws; false for other values.
 bool PushIfPlain(duk_context* engine, const VARIANT& value);
 
+// LeaveIfCommon moves text, bytes and automation objects from *result to *left, which is empty, and never throws; false
+// for other values. PushLeft pushes such a value and takes ownership of it.
+// Errors: LeaveIfCommon none; PushLeft the engine's and E_OUTOFMEMORY, when it frees the value later.
+bool LeaveIfCommon(VARIANT* result, VARIANT* left) noexcept;
+void PushLeft(duk_context* engine, const VARIANT& left);
+
 // PushUnits pushes a string. PushBytes pushes a Uint8Array and returns its bytes, to be filled.
 void PushUnits(duk_context* engine, UnitsView units);
 uint8_t* PushBytes(duk_context* engine, size_t size);

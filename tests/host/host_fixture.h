@@ -31,8 +31,21 @@ class EngineTest : public testing::Test {
     duk_pop(Api());
     return text;
   }
-  // Evaluates a script and returns the text of its value, or what Thrown returns for its error.
+  // Evaluates a script and returns the text of its value, or what Thrown returns for its error. What the script
+  // dropped is released.
   std::string Run(const char* script) {
+    const std::string result = Evaluate(script);
+    engine_->Context().objects.ReleaseDropped();
+    return result;
+  }
+  static std::string Thrown(HRESULT number, const std::string& description) {
+    return "!" + std::to_string(number) + " " + description;
+  }
+
+  std::optional<ScriptEngine> engine_;
+
+ private:
+  std::string Evaluate(const char* script) {
     if (duk_peval_string(Api(), script) == 0) return PopText();
     duk_get_prop_string(Api(), -1, "description");
     const std::string description = PopText();
@@ -41,11 +54,6 @@ class EngineTest : public testing::Test {
     duk_pop_2(Api());
     return Thrown(number, description);
   }
-  static std::string Thrown(HRESULT number, const std::string& description) {
-    return "!" + std::to_string(number) + " " + description;
-  }
-
-  std::optional<ScriptEngine> engine_;
 };
 
 }  // namespace mirolta::host

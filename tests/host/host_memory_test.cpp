@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "classes/drive_object.h"
 #include "classes/file_collections.h"
@@ -416,6 +417,11 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
     duk_put_global_string(Api(), "show");
     duk_push_string(Api(), tree_.c_str());
     duk_put_global_string(Api(), "tree");
+    // The table of objects keeps its room, which is no leak.
+    ObjectTable& objects = engine_->Context().objects;
+    std::vector<SlotNumber> numbers;
+    for (int i = 0; i < 1000; ++i) numbers.push_back(objects.Add(SlotKind::kUnknown, VARIANT{}));
+    for (const SlotNumber number : numbers) objects.Remove(number);
     ASSERT_EQ(duk_peval_string(Api(), kStart), 0) << PopText();
     duk_pop(Api());
   }
@@ -461,9 +467,12 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
 
   // The number of objects that the script holds after garbage collection.
   size_t ObjectsHeld() {
-    duk_gc(Api(), 0);
-    duk_gc(Api(), 0);
-    return engine_->Context().objects.Count();
+    ObjectTable& objects = engine_->Context().objects;
+    for (int time = 0; time < 2; ++time) {
+      duk_gc(Api(), 0);
+      objects.ReleaseDropped();
+    }
+    return objects.Count();
   }
 
   // Runs with allocation `count` failing; false if there were fewer.
@@ -532,9 +541,8 @@ class HostMemory : public EngineTest, public testing::WithParamInterface<Heap> {
     }
     // New files that a row could not close.
     DiscardOutputs();
-    // What the engine had no memory to finalize is released at its end.
+    EXPECT_EQ(ObjectsHeld(), held) << "after " << *failures << " failures";
     if (GetParam() != Heap::kEngine) {
-      EXPECT_EQ(ObjectsHeld(), held) << "after " << *failures << " failures";
       EXPECT_EQ(test::LiveAllocations(), blocks) << "after " << *failures << " failures";
     }
     duk_pop(Api());

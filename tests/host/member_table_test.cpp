@@ -151,6 +151,7 @@ TEST_F(MemberTableTest, TypeInformationIsHeldUntilTheEngineEnds) {
   Put("one", &one_);
   EXPECT_EQ(RunKnown("one.method()"), "1");
   EXPECT_EQ(RunKnown("one = null"), "null");
+  engine_->Context().objects.ReleaseDropped();
   EXPECT_EQ(one_.references, 1u);
   EXPECT_EQ(info_.references, 2u);
   engine_.reset();

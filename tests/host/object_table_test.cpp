@@ -38,28 +38,118 @@ TEST(ObjectTable, NumbersAreNeverReused) {
   }
 }
 
-// More targets than the table of recent look-ups has rows, one of which several share.
-TEST(ObjectTable, ATargetLeadsToTheLastSlotThatHasItAsLongAsThatIsThere) {
+// More slots than a table starts with, in use and free in turn.
+TEST(ObjectTable, ManySlotsKeepTheirNumbersAndPlaces) {
   ObjectTable table;
-  const std::vector<max_align_t> targets(1000);
   std::vector<SlotNumber> numbers;
-  for (const max_align_t& target : targets) {
+  std::vector<ObjectSlot*> slots;
+  for (int i = 0; i < 1000; ++i) {
     numbers.push_back(table.Add(SlotKind::kUnknown, Text(OLESTR("x"))));
-    EXPECT_EQ(table.FindTarget(&target), nullptr);
-    table.SetTarget(numbers.back(), &target);
+    slots.push_back(table.Find(numbers.back()));
+    ASSERT_NE(slots.back(), nullptr);
   }
-  for (size_t i = 0; i < targets.size(); ++i) {
-    const SlotNumber number = numbers[i];
-    for (int time = 0; time < 2; ++time) ASSERT_EQ(table.FindTarget(&targets[i])->number, number);
-    const SlotNumber later = table.Add(SlotKind::kUnknown, Text(OLESTR("y")));
-    if (i % 2 != 0) table.SetTarget(later, &targets[i]);
-    table.Remove(number);
-    ObjectSlot* const found = table.FindTarget(&targets[i]);
-    ASSERT_EQ(found, i % 2 != 0 ? table.Find(later) : nullptr);
-    table.Remove(later);
-    ASSERT_EQ(table.FindTarget(&targets[i]), nullptr);
+  for (size_t i = 0; i < numbers.size(); i += 2) table.Remove(numbers[i]);
+  EXPECT_EQ(table.Count(), 500u);
+  const SlotNumber later = table.Add(SlotKind::kStream, VARIANT{});
+  for (size_t i = 0; i < numbers.size(); ++i) {
+    ASSERT_NE(numbers[i], later);
+    ASSERT_EQ(table.Find(numbers[i]), i % 2 != 0 ? slots[i] : nullptr);
   }
-  EXPECT_EQ(table.FindTarget(nullptr), nullptr);
+  EXPECT_EQ(table.Find(kNoSlot), nullptr);
+  EXPECT_EQ(table.Find(~SlotNumber{0}), nullptr);
+}
+
+// A value that counts its references, and with the last one takes a slot of the table.
+class Counted final : public IUnknown {
+ public:
+  explicit Counted(ObjectTable* table = nullptr) : table_(table) {}
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
+    *out = nullptr;
+    return E_NOINTERFACE;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override {
+    if (--references == 0 && table_ != nullptr) {
+      table_->ReleaseDropped();
+      EXPECT_NE(table_->Add(SlotKind::kUnknown, Text(OLESTR("x"))), kNoSlot);
+    }
+    return references;
+  }
+  VARIANT Value() {
+    AddRef();
+    VARIANT value = {};
+    value.vt = VT_UNKNOWN;
+    value.punkVal = this;
+    return value;
+  }
+  ULONG references = 0;
+
+ private:
+  ObjectTable* table_;
+};
+
+TEST(ObjectTable, ADroppedSlotIsNotFoundAndItsValueIsReleasedLater) {
+  ObjectTable table;
+  Counted value;
+  const SlotNumber number = table.Add(SlotKind::kUnknown, value.Value());
+  int owner = 0, proxy = 0;
+  table.SetOwner(number, &owner);
+  table.Drop(number, &proxy);
+  EXPECT_NE(table.Find(number), nullptr);
+  table.Drop(number, &owner);
+  table.Drop(number, &proxy);
+  EXPECT_EQ(table.Find(number), nullptr);
+  EXPECT_EQ(table.Count(), 0u);
+  table.Remove(number);
+  EXPECT_EQ(value.references, 1u);
+  EXPECT_NE(table.Add(SlotKind::kUnknown, Text(OLESTR("y"))), number);
+  table.ReleaseDropped();
+  EXPECT_EQ(value.references, 0u);
+  table.ReleaseDropped();
+  EXPECT_EQ(table.Count(), 1u);
+}
+
+TEST(ObjectTable, ReleasesMayReenter) {
+  ObjectTable table;
+  Counted first(&table), second(&table), third(&table);
+  const SlotNumber numbers[] = {table.Add(SlotKind::kUnknown, first.Value()),
+                                table.Add(SlotKind::kUnknown, second.Value())};
+  for (const SlotNumber number : numbers) table.Drop(number, nullptr);
+  table.ReleaseDropped();
+  EXPECT_EQ(first.references + second.references, 0u);
+  EXPECT_EQ(table.Count(), 2u);
+  table.Remove(table.Add(SlotKind::kUnknown, third.Value()));
+  EXPECT_EQ(third.references, 0u);
+  EXPECT_EQ(table.Count(), 3u);
+}
+
+TEST(ObjectTable, ASlotWhoseOwnerWasNotMadeIsDropped) {
+  ObjectTable table;
+  const int owner = 0;
+  Counted kept, lost, next;
+  const SlotNumber first = table.AddForOwner(SlotKind::kUnknown, kept.Value());
+  table.SetOwner(first, &owner);
+  const SlotNumber second = table.AddForOwner(SlotKind::kUnknown, lost.Value());
+  EXPECT_NE(table.Find(second), nullptr);
+  const SlotNumber third = table.AddForOwner(SlotKind::kUnknown, next.Value());
+  EXPECT_EQ(lost.references, 0u);
+  EXPECT_EQ(table.Find(second), nullptr);
+  table.ReleaseDropped();
+  EXPECT_EQ(next.references, 0u);
+  EXPECT_EQ(table.Find(third), nullptr);
+  EXPECT_NE(table.Find(first), nullptr);
+  EXPECT_EQ(kept.references, 1u);
+}
+
+TEST(ObjectTable, ItsEndReleasesEveryValue) {
+  Counted used, dropped, lost;
+  {
+    ObjectTable table;
+    EXPECT_NE(table.Add(SlotKind::kUnknown, used.Value()), kNoSlot);
+    table.Drop(table.Add(SlotKind::kUnknown, dropped.Value()), nullptr);
+    EXPECT_NE(table.AddForOwner(SlotKind::kUnknown, lost.Value()), kNoSlot);
+  }
+  EXPECT_EQ(used.references + dropped.references + lost.references, 0u);
 }
 
 TEST(ObjectTable, ClearedNumbersFindNothingAndAreNotReused) {
@@ -105,7 +195,7 @@ TEST_F(StaleHandle, EveryUseOfAStaleStreamIsAnErrorAndOtherStreamsAreUntouched) 
   EXPECT_EQ(Run("for (i = 0; i < 10; i++) size += others[i].Size; size"), "0");
 }
 
-TEST_F(StaleHandle, ItsFinalizerFreesNothing) {
+TEST_F(StaleHandle, ItsEndFreesNothing) {
   EXPECT_EQ(Run("others[0].Write(new Uint8Array(4)); s = null; others[0].Size"), "4");
 }
 
@@ -126,60 +216,50 @@ TEST_F(StaleHandle, EveryUseOfAStaleArrayIsAnError) {
 
 class Handles : public EngineTest {
  protected:
-  // A block of the engine's memory at the address of a handle that was looked up.
-  void* NotedBlock() {
-    void* block = duk_alloc_raw(Api(), 64);
-    engine_->Context().handles.Note(block, 7);
-    EXPECT_EQ(engine_->Context().handles.Find(block), SlotNumber{7});
-    return block;
+  // The number in the header of a global variable's value.
+  SlotNumber SlotOf(const char* name) {
+    duk_get_global_string(Api(), name);
+    SlotNumber number = kNoSlot;
+    const bool is_handle = HandleAt(Api(), -1, &number);
+    EXPECT_EQ(is_handle, number != kNoSlot);
+    EXPECT_EQ(number, SlotOfBlock(duk_get_heapptr(Api(), -1)));
+    duk_pop(Api());
+    return number;
   }
-  SlotNumber FindNoted(const void* block) { return engine_->Context().handles.Find(block); }
 };
 
-TEST_F(Handles, AFreedBlockIsNoHandle) {
-  void* block = NotedBlock();
-  duk_free_raw(Api(), block);
-  EXPECT_EQ(FindNoted(block), kNoSlot);
-}
-
-TEST_F(Handles, ABlockThatMayHaveMovedIsNoHandle) {
-  void* block = NotedBlock();
-  void* resized = duk_realloc_raw(Api(), block, size_t{1} << 20);
-  ASSERT_NE(resized, nullptr);
-  EXPECT_EQ(FindNoted(block), kNoSlot);
-  duk_free_raw(Api(), resized);
-}
-
-TEST_F(Handles, ALookedUpHandleIsFoundAgainAndOtherObjectsAreNone) {
-  Run("var s = WScript.MemoryStream(), heir = Object.create(s);");
-  SlotNumber first = kNoSlot, second = kNoSlot;
-  duk_get_global_string(Api(), "s");
-  EXPECT_TRUE(HandleAt(Api(), -1, &first));
-  EXPECT_EQ(FindNoted(duk_get_heapptr(Api(), -1)), first);
-  EXPECT_TRUE(HandleAt(Api(), -1, &second));
-  EXPECT_EQ(first, second);
-  EXPECT_NE(first, kNoSlot);
-  duk_get_global_string(Api(), "heir");
-  EXPECT_FALSE(HandleAt(Api(), -1, &second));
-  EXPECT_EQ(FindNoted(duk_get_heapptr(Api(), -1)), kNoSlot);
-  duk_pop_2(Api());
-}
-
-// Rows are shared by addresses that are far apart.
-TEST(HandleCacheTest, OneRowKeepsTheLastHandleOnly) {
-  HandleCache cache;
-  alignas(16) static const char kPlaces[16 * 1024] = {};
-  for (size_t i = 0; i < sizeof kPlaces; i += 16) cache.Note(kPlaces + i, i + 1);
-  size_t found = 0;
-  for (size_t i = 0; i < sizeof kPlaces; i += 16) {
-    const SlotNumber number = cache.Find(kPlaces + i);
-    if (number == kNoSlot) continue;
-    EXPECT_EQ(number, i + 1);
-    ++found;
+TEST_F(Handles, OnlyTheObjectOfASlotIsAHandle) {
+  Run("var s = WScript.MemoryStream(), other = WScript.MemoryStream(), heir = Object.create(s);"
+      "var proxy = new Proxy(s, {}), text = 'text', bytes = new Uint8Array(3), nothing = null;");
+  EXPECT_NE(SlotOf("s"), kNoSlot);
+  EXPECT_NE(SlotOf("s"), SlotOf("other"));
+  for (const char* name : {"heir", "proxy", "text", "bytes", "nothing", "isNaN"}) {
+    EXPECT_EQ(SlotOf(name), kNoSlot) << name;
   }
-  EXPECT_GT(found, 0u);
-  EXPECT_LT(found, sizeof kPlaces / 16);
-  EXPECT_EQ(cache.Find(nullptr), kNoSlot);
+}
+
+// Blocks of many sizes, some of which the handles had.
+TEST_F(Handles, ABlockThatAHandleHadIsNoneAnyMore) {
+  Run("for (var i = 0; i < 100; i++) WScript.MemoryStream();");
+  std::vector<void*> blocks;
+  for (size_t size = 1; size < 500; ++size) {
+    blocks.push_back(duk_alloc_raw(Api(), size));
+    ASSERT_EQ(SlotOfBlock(blocks.back()), kNoSlot) << size;
+  }
+  for (void* block : blocks) duk_free_raw(Api(), block);
+}
+
+TEST_F(Handles, ABlockKeepsItsSlotWhenItMoves) {
+  const SlotNumber number = engine_->Context().objects.Add(SlotKind::kUnknown, VARIANT{});
+  void* block = duk_alloc_raw(Api(), 64);
+  HeaderOf(block)->slot = number;
+  block = duk_realloc_raw(Api(), block, size_t{1} << 20);
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(SlotOfBlock(block), number);
+  engine_->Context().objects.SetOwner(number, block);
+  EXPECT_NE(engine_->Context().objects.Find(number), nullptr);
+  duk_free_raw(Api(), block);
+  EXPECT_EQ(engine_->Context().objects.Find(number), nullptr);
 }
 
 }  // namespace

@@ -247,6 +247,96 @@ TEST_F(ValueMarshal, EveryReferenceIsReleased) {
   EXPECT_EQ(object_.references, 1u);
 }
 
+// A result of each kind that a call leaves.
+enum class Left { kText, kBytes, kObject };
+
+class LeftResults : public ValueMarshal, public testing::WithParamInterface<Left> {
+ protected:
+  // Gives *left a result; the object gets a reference.
+  void Leave(VARIANT* left) {
+    ScopedVariant result;
+    switch (GetParam()) {
+      case Left::kText:
+        result.vt = VT_BSTR;
+        result.bstrVal = SysAllocString(Units(100, u'x').c_str());
+        break;
+      case Left::kBytes:
+        result.vt = VT_ARRAY | VT_UI1;
+        result.parray = SafeArrayCreateVector(VT_UI1, 0, 1000);
+        break;
+      case Left::kObject:
+        object_.AddRef();
+        result.vt = VT_DISPATCH;
+        result.pdispVal = &object_;
+        break;
+    }
+    ASSERT_TRUE(LeaveIfCommon(&result, left));
+  }
+  // Pushes the text of a result; false without memory.
+  bool Push() {
+    VARIANT left = {};
+    Leave(&left);
+    const auto push = [](duk_context* engine, void* value) -> duk_ret_t {
+      PushLeft(engine, *static_cast<const VARIANT*>(value));
+      return 1;
+    };
+    return duk_safe_call(Api(), push, &left, 0, 1) == DUK_EXEC_SUCCESS;
+  }
+  std::string TextOf() {
+    duk_put_global_string(Api(), "x");
+    return Run("typeof x + (typeof x === 'function' ? '' : x.length)");
+  }
+};
+
+TEST_P(LeftResults, TheEngineGetsTheValueOrItIsFreed) {
+  object_.answer.vt = VT_EMPTY;
+  ASSERT_TRUE(Push());
+  const std::string usual = TextOf();
+  Run("x = null");
+  const ULONG held = object_.references;
+  ScriptContext& context = engine_->Context();
+  const size_t limit = context.memory_limit;
+  int failures = 0;
+  for (size_t room = 0;; room += 8) {
+    ASSERT_LT(room, 4000u);
+    // As without memory, when the engine would free as much and go on.
+    duk_gc(Api(), DUK_GC_COMPACT);
+    context.memory_limit = context.memory_in_use + room;
+    const bool is_pushed = Push();
+    context.memory_limit = limit;
+    if (is_pushed) break;
+    ++failures;
+    duk_pop(Api());
+    context.objects.ReleaseDropped();
+    ASSERT_EQ(object_.references, held) << room;
+  }
+  EXPECT_GT(failures, 0);
+  EXPECT_EQ(TextOf(), usual);
+  Run("x = null");
+  EXPECT_EQ(object_.references, held);
+  EXPECT_EQ(context.left_result.vt, VT_EMPTY);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, LeftResults,
+                         testing::Values(Left::kText, Left::kBytes, Left::kObject));
+
+TEST_F(ValueMarshal, OtherResultsAreNotLeft) {
+  ScopedVariant result, left;
+  EXPECT_FALSE(LeaveIfCommon(&result, &left));
+  result.vt = VT_I4;
+  EXPECT_FALSE(LeaveIfCommon(&result, &left));
+  result.vt = VT_DISPATCH;  // null
+  EXPECT_FALSE(LeaveIfCommon(&result, &left));
+  Run("void o.A({ wrapped: true })");
+  EXPECT_FALSE(LeaveIfCommon(&object_.last_argument, &left));
+  object_.AddRef();
+  result.pdispVal = &object_;
+  object_.has_dispatch = false;
+  EXPECT_FALSE(LeaveIfCommon(&result, &left));
+  object_.has_dispatch = true;
+  EXPECT_EQ(left.vt, VT_EMPTY);
+}
+
 TEST_F(ValueMarshal, TheEndOfTheEngineReleasesWhatTheScriptHolds) {
   {
     ScriptEngine engine;

@@ -1,5 +1,5 @@
 // An object that inherits from an object of the host is no handle: it cannot be used in its place, and
-// its finalizer frees nothing.
+// its end frees nothing.
 var fake = new ActiveXObject("Fake.Object");
 function attempt(f) {
   try { return f(); } catch (e) { return e.number + " " + e.description; }
