@@ -25,17 +25,23 @@ void Detach() {
   TermModuleState();
 }
 
-// Returns the row's factory without adding a reference, and creates it if needed. The factory is
-// read under the lock: unlocked reads would race with its creation.
+// Acquire: whoever reads a factory reads what its creator wrote. Only Detach, which no call survives, takes it
+// away.
+IUnknown* CachedFactory(const ClassRow& row) {
+  return __atomic_load_n(&row.factory, __ATOMIC_ACQUIRE);
+}
+
+// Returns the row's factory without adding a reference, and creates it if needed.
 HRESULT FindFactory(ModuleState& module, ClassRow& row, IUnknown** factory) {
+  *factory = CachedFactory(row);
+  if (*factory != nullptr) return S_OK;
   ScopedLock hold(module.class_objects_lock);
-  HRESULT status = S_OK;
-  if (row.factory == nullptr) {
-    void* made = nullptr;
-    status = row.create_factory(row.create_instance, IID_IUnknown, &made);
-    row.factory = static_cast<IUnknown*>(made);
-  }
-  *factory = row.factory;
+  *factory = CachedFactory(row);
+  if (*factory != nullptr) return S_OK;
+  void* made = nullptr;
+  const HRESULT status = row.create_factory(row.create_instance, IID_IUnknown, &made);
+  *factory = static_cast<IUnknown*>(made);
+  __atomic_store_n(&row.factory, *factory, __ATOMIC_RELEASE);
   return status;
 }
 

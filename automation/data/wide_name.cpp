@@ -21,10 +21,12 @@ bool SameWideName(const OLECHAR* a, const OLECHAR* b) noexcept {
 }
 
 int FindName(const NameSlot* table, const OLECHAR* name, uint32_t length) noexcept {
-  if (name == nullptr) return -1;
+  if (name == nullptr || length == 0 || length >= kNameSlotLength) return -1;
   for (int index = 0; table[index][0] != 0; ++index) {
-    if (NameLength(table[index]) != length) continue;
-    if (std::equal(name, name + length, table[index])) return index;
+    const OLECHAR* const slot = table[index];
+    // After a name there are zeros to the slot's end.
+    const bool has_length = slot[length - 1] != 0 && slot[length] == 0;
+    if (has_length && std::equal(name, name + length, slot)) return index;
   }
   return -1;
 }

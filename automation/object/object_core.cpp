@@ -57,8 +57,8 @@ ULONG STDMETHODCALLTYPE ObjectCore::InnerUnknown::Release() {
   return static_cast<ULONG>(left);
 }
 
-HRESULT FinishObject(ObjectCore* object, REFIID iid, void** out) {
-  HRESULT status = object->Construct();
+HRESULT FinishObject(ObjectCore* object, bool constructs, REFIID iid, void** out) {
+  HRESULT status = constructs ? object->Construct() : S_OK;
   if (SUCCEEDED(status)) status = object->Inner()->QueryInterface(iid, out);
   if (FAILED(status)) object->Destroy();
   return status;

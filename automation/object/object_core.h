@@ -2,6 +2,8 @@
 // lock, outer object, lifetime.
 #pragma once
 
+#include <type_traits>
+
 #include "platform.h"
 #include "raise_error.h"
 #include "scoped_lock.h"
@@ -94,8 +96,17 @@ class ObjectCore {
   LONG volatile references_ = 0;
 };
 
-// FinishObject completes a new object: Construct, then the query for iid.
+// FinishObject completes a new object: Construct, then the query for iid. constructs is false where FinalConstruct
+// is known to do nothing.
 // Errors: those of both; the object is then destroyed.
-HRESULT FinishObject(ObjectCore* object, REFIID iid, void** out);
+HRESULT FinishObject(ObjectCore* object, bool constructs, REFIID iid, void** out);
+
+// The same for an object of a known class.
+template <typename Class>
+HRESULT FinishObject(Class* object, REFIID iid, void** out) {
+  constexpr bool kConstructs =
+      !std::is_same_v<decltype(&Class::FinalConstruct), HRESULT (ObjectCore::*)()>;
+  return FinishObject(object, kConstructs, iid, out);
+}
 
 }  // namespace mirolta

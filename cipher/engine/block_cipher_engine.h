@@ -28,6 +28,7 @@ class BlockCipherEngine : public CipherEngine {
   using Schedule = typename Primitive::Schedule;
 
   const Schedule& ExpandedKey() const noexcept { return schedule_; }
+  void WipeSchedule() override { WipeMemory(&schedule_, sizeof schedule_); }
 
  private:
   // The first run chooses the kernel, in a function of its own: calls are its whole cost for a block.
@@ -46,48 +47,72 @@ class BlockCipherEngine : public CipherEngine {
   bool BuildSchedule(const uint8_t* key, uint32_t length) final {
     return Primitive::kExpand(key, length, &schedule_);
   }
-  void WipeSchedule() final { WipeMemory(&schedule_, sizeof schedule_); }
 
   Schedule schedule_ = {};
 };
 
 // DirectCipherEngine calls the kernel without a BlockTransform for whole blocks: an update with one block
-// takes hardly longer than the steps before it. For processors where code is cheap.
+// takes hardly longer than the steps before it, and of those loads cost the most. For processors where code is
+// cheap.
 template <typename Primitive>
 class DirectCipherEngine : public BlockCipherEngine<Primitive> {
  public:
-  DirectCipherEngine() noexcept
-      : encrypt_blocks_(CurrentKernel<Primitive::kEncryptKernels>()),
-        decrypt_blocks_(CurrentKernel<Primitive::kDecryptKernels>()) {}
-
+  HRESULT ResetBuffers(uint32_t grow_step) final {
+    DisarmKernels();
+    return CipherEngine::ResetBuffers(grow_step);
+  }
   HRESULT EncryptUpdate(const uint8_t* data, uint32_t length) final {
-    if (!TakesBlocks(this->Encryption(), data, length)) {
-      return CipherEngine::EncryptUpdate(data, length);
-    }
-    Run(encrypt_blocks_, this->Encryption(), data, length);
-    return S_OK;
+    return TransformDirectly(encrypt_blocks_, this->Encryption(), data, length)
+               ? S_OK
+               : EncryptQueued(data, length);
   }
   HRESULT DecryptUpdate(const uint8_t* data, uint32_t length) final {
-    if (!TakesBlocks(this->Decryption(), data, length)) {
-      return CipherEngine::DecryptUpdate(data, length);
-    }
-    Run(decrypt_blocks_, this->Decryption(), data, length);
-    return S_OK;
+    return TransformDirectly(decrypt_blocks_, this->Decryption(), data, length)
+               ? S_OK
+               : DecryptQueued(data, length);
   }
 
  private:
   using Kernel = decltype(Primitive::kEncryptKernels[0].function);
 
-  bool TakesBlocks(const CipherChannel& channel, const uint8_t* data, uint32_t length) const {
-    return length % Primitive::kBlockSize == 0 && this->TakesUnqueued(channel, data, length);
-  }
-  void Run(Kernel kernel, CipherChannel& channel, const uint8_t* data, uint32_t length) {
+  bool TransformDirectly(Kernel kernel, CipherChannel& channel, const uint8_t* data,
+                         uint32_t length) const {
+    if (kernel == nullptr || data == nullptr || length % Primitive::kBlockSize != 0) return false;
+    if (!channel.HasRoom(length)) return false;
     kernel(this->ExpandedKey(), data, channel.CommitUnqueued(length),
            length / Primitive::kBlockSize);
+    return true;
   }
 
-  const Kernel encrypt_blocks_;
-  const Kernel decrypt_blocks_;
+  // Not inlined: the direct updates need no registers for these.
+  __attribute__((noinline)) HRESULT EncryptQueued(const uint8_t* data, uint32_t length) {
+    const HRESULT status = CipherEngine::EncryptUpdate(data, length);
+    encrypt_blocks_ = DirectKernel<Primitive::kEncryptKernels>(this->Encryption());
+    return status;
+  }
+  __attribute__((noinline)) HRESULT DecryptQueued(const uint8_t* data, uint32_t length) {
+    const HRESULT status = CipherEngine::DecryptUpdate(data, length);
+    decrypt_blocks_ = DirectKernel<Primitive::kDecryptKernels>(this->Decryption());
+    return status;
+  }
+
+  template <const auto& kKernels>
+  Kernel DirectKernel(const CipherChannel& channel) {
+    return this->HasKey() && channel.IsUnqueued() ? CurrentKernel<kKernels>() : nullptr;
+  }
+  void WipeSchedule() final {
+    DisarmKernels();
+    BlockCipherEngine<Primitive>::WipeSchedule();
+  }
+  void DisarmKernels() {
+    encrypt_blocks_ = nullptr;
+    decrypt_blocks_ = nullptr;
+  }
+
+  // Null unless there is a key and the operation's input queue IsUnqueued. Set after an update that took the
+  // other path. Only such an update, ResetBuffers and the loss of the key can end that state.
+  Kernel encrypt_blocks_ = nullptr;
+  Kernel decrypt_blocks_ = nullptr;
 };
 
 template <typename Primitive>

@@ -38,7 +38,7 @@ class CipherChannel {
   [[nodiscard]] HRESULT Update(const BlockTransform& transform, const uint8_t* data,
                                uint32_t length) noexcept {
     if ((length & (transform.block_size - 1)) == 0 && data != nullptr && transform.run != nullptr &&
-        TakesUnqueued(length)) {
+        IsUnqueued() && HasRoom(length)) {
       transform.run(transform.schedule, data, CommitUnqueued(length),
                     WholeBlocks(length, transform.block_size));
       return S_OK;
@@ -46,13 +46,12 @@ class CipherChannel {
     return UpdateAnyLength(transform, data, length);
   }
 
-  // TakesUnqueued is true for most updates: those of at least one byte with nothing queued before them and
-  // storage for as many bytes of output. An update with whole blocks, then, is only to transform them to
-  // the place that CommitUnqueued returns.
-  bool TakesUnqueued(uint32_t length) const noexcept {
-    // What the output queue has storage for, the input queue may hold: their maximum is the same.
-    return in_.Length() == 0 && in_.IsValid() && length - 1 < out_.FreeSpace();
-  }
+  // An update with whole blocks of a channel that IsUnqueued and HasRoom is only to transform them to the
+  // place that CommitUnqueued returns. IsUnqueued says that nothing is queued before them; only Update, Append,
+  // TransformQueued and Reinit can end that. HasRoom says that there is storage for length bytes of output.
+  bool IsUnqueued() const noexcept { return in_.Length() == 0 && in_.IsValid(); }
+  // What the output queue has storage for, the input queue may hold: their maximum is the same.
+  bool HasRoom(uint32_t length) const noexcept { return length <= out_.FreeSpace(); }
   // CommitUnqueued adds length bytes to the output queue and returns where.
   uint8_t* CommitUnqueued(uint32_t length) noexcept {
     uint8_t* const tail = out_.Data() + out_.Length();

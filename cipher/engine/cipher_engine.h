@@ -99,11 +99,6 @@ class CipherEngine {
   void SetPadType(LONG pad_type) noexcept { pad_type_.store(pad_type, std::memory_order_relaxed); }
 
  protected:
-  // Whether an update with whole blocks is only to transform them to CipherChannel::CommitUnqueued.
-  bool TakesUnqueued(const CipherChannel& channel, const uint8_t* data,
-                     uint32_t length) const noexcept {
-    return data != nullptr && key_.IsPresent() && channel.TakesUnqueued(length);
-  }
   CipherChannel& Encryption() noexcept { return encrypt_; }
   CipherChannel& Decryption() noexcept { return decrypt_; }
 

@@ -34,9 +34,9 @@ class BlockHashEngine : public HashEngine {
     BlockHashEngine::Init();
   }
   ~BlockHashEngine() override {
-    WipeMemory(words_, sizeof words_);
-    WipeMemory(block_, sizeof block_);
-    WipeMemory(digest_, sizeof digest_);
+    WipePiece<sizeof words_>(words_);
+    WipePiece<sizeof block_>(block_);
+    WipePiece<sizeof digest_>(digest_);
   }
 
   HRESULT GetName(OLECHAR* buffer, LONG capacity) noexcept final {

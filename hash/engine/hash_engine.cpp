@@ -21,7 +21,7 @@ HashEngine::~HashEngine() {
 
 void HashEngine::DropKey() noexcept {
   key_.Clear();
-  WipeMemory(&pads_, sizeof pads_);
+  WipePiece<sizeof pads_>(&pads_);
   pads_ready_ = false;
 }
 

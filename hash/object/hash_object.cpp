@@ -52,8 +52,9 @@ HRESULT STDMETHODCALLTYPE HashObject::get_BlockSize(LONG* size) {
   });
 }
 
+// Plain: the engines, new and old, copy nothing secret to the stack.
 HRESULT STDMETHODCALLTYPE HashObject::InitHash(BSTR bstrAlg) {
-  return Frame([&]() -> HRESULT {
+  return PlainFrame([&]() -> HRESULT {
     engine_.reset();
     HashEngine* engine = nullptr;
     if (CreateHashEngine(bstrAlg, SysStringLen(bstrAlg), &engine) < 0) {

@@ -38,7 +38,10 @@ TEST(WideName, LengthEndsAtTheFirstZero) {
 TEST(WideName, ZeroCharactersCount) {
   EXPECT_EQ(FindName(kTable, OLESTR("MD5"), 3), 0);
   EXPECT_EQ(FindName(kTable, OLESTR("MD5"), 4), -1);
+  EXPECT_EQ(FindName(kTable, OLESTR("MD5\0"), 5), -1);
   EXPECT_EQ(FindName(kTable, OLESTR("MD5\0x"), 5), -1);
+  EXPECT_EQ(FindName(kTable, OLESTR("FIFTEENLETTERSX"), 16), -1);
+  EXPECT_EQ(FindName(kTable, OLESTR("FIFTEENLETTERSX\0"), 17), -1);
   EXPECT_EQ(FindName(kTable, OLESTR("MD5\0x"), 3), 0);
   EXPECT_EQ(FindName(kTable, OLESTR("\0MD5"), 4), -1);
   // Read no further than it is long.

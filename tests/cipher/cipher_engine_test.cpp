@@ -258,6 +258,49 @@ TEST(CipherEngine, AKeyThatWasClearedOrRefusedIsNotUsed) {
   EXPECT_EQ(Decrypt(*engine, Bytes(16, 0)), E_FAIL);
 }
 
+// Updates with a block come first, so that the engine has taken the short way for them.
+TEST(CipherEngine, AfterBlocksEachUpdateDependsOnKeyAndQueueAsTheyAre) {
+  const std::unique_ptr<CipherEngine> engine = KeyedEngine(kCipherAes, kAesKey);
+  const Bytes plaintext = BytesOfHex("00112233445566778899aabbccddeeff");
+  const Bytes ciphertext = BytesOfHex("69c4e0d86a7b0430d8cdb78070b4c55a");
+  const auto update_with_blocks = [&] {
+    for (int i = 0; i < 3; ++i) {
+      ASSERT_EQ(Encrypt(*engine, plaintext), S_OK);
+      ASSERT_EQ(Decrypt(*engine, ciphertext), S_OK);
+      EXPECT_EQ(engine->EncryptUpdate(nullptr, 16), S_OK);
+      EXPECT_EQ(engine->DecryptUpdate(ciphertext.data(), 0), S_OK);
+      EXPECT_EQ(TakeAll(engine->EncryptOut()), ciphertext);
+      EXPECT_EQ(TakeAll(engine->DecryptOut()), plaintext);
+    }
+  };
+  update_with_blocks();
+  // A block after a byte is split over two.
+  EXPECT_EQ(Encrypt(*engine, Head(plaintext, 1)), S_OK);
+  EXPECT_EQ(Decrypt(*engine, Head(ciphertext, 1)), S_OK);
+  EXPECT_EQ(Encrypt(*engine, Tail(plaintext, 1) + Head(plaintext, 1)), S_OK);
+  EXPECT_EQ(Decrypt(*engine, Tail(ciphertext, 1) + Head(ciphertext, 1)), S_OK);
+  EXPECT_EQ(Encrypt(*engine, Tail(plaintext, 1)), S_OK);
+  EXPECT_EQ(Decrypt(*engine, Tail(ciphertext, 1)), S_OK);
+  EXPECT_EQ(TakeAll(engine->EncryptOut()), ciphertext + ciphertext);
+  EXPECT_EQ(TakeAll(engine->DecryptOut()), plaintext + plaintext);
+
+  update_with_blocks();
+  EXPECT_EQ(engine->ClearKey(), S_OK);
+  EXPECT_EQ(Encrypt(*engine, plaintext), E_FAIL);
+  EXPECT_EQ(Decrypt(*engine, ciphertext), E_FAIL);
+  ExpectQueued(*engine, 16, 0);
+  EXPECT_EQ(SetKeyBytes(*engine, kAesKey), S_OK);
+  update_with_blocks();
+  engine->DropKey();
+  EXPECT_EQ(Encrypt(*engine, plaintext), E_FAIL);
+  EXPECT_EQ(Decrypt(*engine, ciphertext), E_FAIL);
+  EXPECT_EQ(SetKeyBytes(*engine, kAesKey), S_OK);
+  update_with_blocks();
+  EXPECT_EQ(SetKeyBytes(*engine, kAesKey + kAesKey), S_OK);
+  EXPECT_EQ(Encrypt(*engine, plaintext), S_OK);
+  EXPECT_NE(TakeAll(engine->EncryptOut()), ciphertext);
+}
+
 TEST(CipherEngine, TripleDesWithEqualKeysIsSingleDes) {
   const std::unique_ptr<CipherEngine> single = KeyedEngine(kCipherDes, kDesKey);
   const std::unique_ptr<CipherEngine> triple = KeyedEngine(kCipherDes, kDesKey + kDesKey);

@@ -125,6 +125,33 @@ TEST_F(CipherMemory, AnInputQueueWithoutStorageTakesAllOrNothing) {
   EXPECT_EQ(engine->EncryptOut().Length(), 16u);
 }
 
+TEST_F(CipherMemory, ABlockAfterAResetNeedsTheInputQueueToo) {
+  const Bytes block(16, 1);
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(Encrypt(*engine, block), S_OK);
+    ASSERT_EQ(Decrypt(*engine, block), S_OK);
+  }
+  for (const LONG queue : {0, 2}) {  // the input queues, by their order of allocation
+    SCOPED_TRACE(queue);
+    const auto update = queue == 0 ? Encrypt : Decrypt;
+    ByteBuffer& out = queue == 0 ? engine->EncryptOut() : engine->DecryptOut();
+    {
+      const FailOneAllocation one(queue);
+      EXPECT_EQ(engine->ResetBuffers(256), S_OK);
+      EXPECT_TRUE(AllocationHasFailed());
+    }
+    EXPECT_TRUE(out.IsValid());
+    {
+      const FailOneAllocation first(0);
+      EXPECT_EQ(update(*engine, block), E_OUTOFMEMORY);
+      EXPECT_TRUE(AllocationHasFailed());
+    }
+    EXPECT_EQ(out.Length(), 0u);
+    EXPECT_EQ(update(*engine, block), S_OK);
+    EXPECT_EQ(out.Length(), 16u);
+  }
+}
+
 TEST_F(CipherMemory, SmallUpdatesSeldomMoveTheOutput) {
   const Bytes data(64, 1);
   const long before = AllocationCount();

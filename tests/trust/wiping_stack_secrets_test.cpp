@@ -48,6 +48,10 @@ TEST_P(HashStackTest, HashMembersLeaveNoKeysOrData) {
                   S_OK);
         EXPECT_EQ(CallPainted(subject, "ResetKey", kMethod, {}), S_OK);
         EXPECT_EQ(CallPainted(subject, "Key", kPut, {key_argument}), S_OK);
+        // Drops the engine with the key.
+        const Arguments name("t:" + algorithm);
+        EXPECT_EQ(CallPainted(subject, "InitHash", kMethod, {*name.Get()}), S_OK);
+        EXPECT_EQ(CallPainted(subject, "Key", kPut, {key_argument}), S_OK);
         RunOnce("release", [&] { subject.Release(); });
       }
       StopWatchingForSecrets();

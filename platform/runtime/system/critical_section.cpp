@@ -16,6 +16,18 @@ const MiroltaLockProbe* Probe() {
   return g_probe.load(std::memory_order_acquire);
 }
 
+class RecursiveAttributes {
+ public:
+  RecursiveAttributes() {
+    pthread_mutexattr_init(&attributes_);
+    pthread_mutexattr_settype(&attributes_, PTHREAD_MUTEX_RECURSIVE);
+  }
+  const pthread_mutexattr_t* Get() const { return &attributes_; }
+
+ private:
+  pthread_mutexattr_t attributes_;
+};
+
 }  // namespace
 }  // namespace mirolta::runtime
 
@@ -27,11 +39,8 @@ extern "C" void mirolta::MiroltaSetLockProbe(const MiroltaLockProbe* probe) {
 }
 
 extern "C" void InitializeCriticalSection(CRITICAL_SECTION* section) {
-  pthread_mutexattr_t attributes;
-  pthread_mutexattr_init(&attributes);
-  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-  pthread_mutex_init(&section->mutex, &attributes);
-  pthread_mutexattr_destroy(&attributes);
+  static const RecursiveAttributes recursive;
+  pthread_mutex_init(&section->mutex, recursive.Get());
 }
 
 extern "C" void DeleteCriticalSection(CRITICAL_SECTION* section) {
