@@ -3,6 +3,7 @@
 #include <new>
 
 #include "module_state.h"
+#include "scoped_lock.h"
 
 namespace mirolta {
 
@@ -10,7 +11,10 @@ namespace {
 
 class ClassFactory final : public IClassFactory {
  public:
-  explicit ClassFactory(InstanceCreator create_instance) : create_instance_(create_instance) {}
+  explicit ClassFactory(InstanceCreator create_instance) : create_instance_(create_instance) {
+    InitializeCriticalSection(&lock_);
+  }
+  ~ClassFactory() { DeleteCriticalSection(&lock_); }
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     if (out == nullptr) return E_POINTER;
@@ -21,17 +25,21 @@ class ClassFactory final : public IClassFactory {
     return S_OK;
   }
 
-  // Every reference but one counts for the module, so that no thread depends on another's count: a reference
-  // keeps the module loaded before AddRef has returned, and until Release.
+  // Under the lock, so that each change between 1 and 2 is seen exactly once.
   ULONG STDMETHODCALLTYPE AddRef() override {
+    ScopedLock hold(lock_);
     const LONG count = InterlockedIncrement(&references_);
-    if (count >= 2) LockModule();
+    if (count == 2) LockModule();
     return static_cast<ULONG>(count);
   }
 
   ULONG STDMETHODCALLTYPE Release() override {
-    const LONG count = InterlockedDecrement(&references_);
-    if (count >= 1) UnlockModule();
+    LONG count = 0;
+    {
+      ScopedLock hold(lock_);
+      count = InterlockedDecrement(&references_);
+      if (count == 1) UnlockModule();
+    }
     if (count == 0) delete this;
     return static_cast<ULONG>(count);
   }
@@ -54,6 +62,7 @@ class ClassFactory final : public IClassFactory {
 
  private:
   LONG volatile references_ = 0;
+  CRITICAL_SECTION lock_;
   InstanceCreator create_instance_;
 };
 
