@@ -11,6 +11,8 @@ namespace {
 // A coefficient of a product is a sum of fewer than 2^22 - 7 products below 2^128, which is less than
 // the product of the primes.
 constexpr size_t kMostElements = (size_t{1} << 23) - 64;
+// With either sign they are below half of it.
+constexpr size_t kMostSignedTerms = (size_t{1} << 21) - 64;
 constexpr size_t kMostLimbs = kMostElements * kElementLimbs;
 // Of 16 blocks, so that the table's entries are whole blocks.
 constexpr size_t kLeastLimbs = 16 * kBlockLimbs;
@@ -28,6 +30,7 @@ struct TransformParts {
   size_t count;
   size_t size[kMost];
   size_t offset[kMost];
+  size_t node[kMost];
 };
 
 TransformParts PartsFor(size_t elements) {
@@ -43,15 +46,30 @@ TransformParts PartsFor(size_t elements) {
   for (size_t offset = 0; offset != blocks; ++parts.count) {
     parts.offset[parts.count] = offset;
     parts.size[parts.count] = std::bit_floor(blocks - offset);
+    parts.node[parts.count] = offset / parts.size[parts.count];
     offset += parts.size[parts.count];
   }
   return parts;
 }
 
+// The one part of a ring: modulo y^n - 1 or y^n + 1, which are the nodes 0 and 1.
+TransformParts PartOf(const CyclicRing& ring) {
+  const size_t blocks = ring.n / kBlockLimbs;
+  return {blocks, 1, {blocks}, {0}, {ring.plus ? size_t{1} : size_t{0}}};
+}
+
 // The table's entries: a root for every two of all roots of the first part's power of two, or twice
-// as many if there are more parts.
+// as many if there are other nodes.
 size_t TableSize(const TransformParts& parts) {
-  return parts.count == 1 ? parts.size[0] / 2 : parts.size[0];
+  const size_t size = parts.count == 1 && parts.node[0] == 0 ? parts.size[0] / 2 : parts.size[0];
+  return size < kBlock ? kBlock : size;
+}
+
+CheckedSize PartsScratch(const TransformParts& parts) {
+  const CheckedSize blocks = 3 * CheckedSize(parts.blocks) + CheckedSize(parts.size[0]);
+  const size_t table = TableSize(parts);
+  return blocks * SizeConstant(kBlockLimbs) + 2 * CheckedSize(table) * SizeConstant(kElementLimbs) +
+         kBlockLimbs;
 }
 
 uint64_t LoadElement(const Limb* x) {
@@ -112,10 +130,11 @@ class PrimeProduct {
     StoreElement(table_.factors + j * kElementLimbs, factor.factor);
     StoreElement(table_.quotients + j * kElementLimbs, factor.quotient);
   }
-  size_t Node(size_t part) const { return parts_.offset[part] / parts_.size[part]; }
-  // R(node) of an even node.
+  size_t Node(size_t part) const { return parts_.node[part]; }
+  // R(node).
   uint64_t Root(size_t node) const {
-    return LoadElement(table_.factors + node / 2 * kElementLimbs);
+    const uint64_t root = LoadElement(table_.factors + node / 2 * kElementLimbs);
+    return node % 2 == 0 ? root : prime_.p - root;
   }
   TransformFactor PartRoot(size_t part) const { return Factor(Root(Node(part))); }
 
@@ -167,26 +186,17 @@ void AddWords(Limb* z, size_t n, const Limb* x, size_t count, size_t words) {
   AddLimb(z + offset + used, n - offset - used, carry);
 }
 
-}  // namespace
+// The coefficients low + 2^64 middle + 2^128 high of a product.
+struct Coefficients {
+  const Limb* low;
+  const Limb* middle;
+  const Limb* high;
+};
 
-bool FitsTransforms(size_t m, size_t n) noexcept {
-  return m <= kMostLimbs && n <= kMostLimbs - m && m + n >= kLeastLimbs;
-}
-
-CheckedSize TransformScratch(size_t m, size_t n) noexcept {
-  const bool fits = m <= kMostLimbs && n <= kMostLimbs - m;
-  const size_t elements = fits ? Elements(m) + Elements(n) - 1 : kMostElements;
-  const TransformParts parts = PartsFor(elements);
-  const CheckedSize blocks = 3 * CheckedSize(parts.blocks) + CheckedSize(parts.size[0]);
-  const size_t table = TableSize(parts);
-  return blocks * SizeConstant(kBlockLimbs) + 2 * CheckedSize(table) * SizeConstant(kElementLimbs) +
-         kBlockLimbs;
-}
-
-void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, size_t m,
-                      const Limb* y, size_t n, Limb* scratch) noexcept {
-  const size_t elements = Elements(m) + Elements(n) - 1;
-  const TransformParts parts = PartsFor(elements);
+// The coefficients of x * y modulo the parts' polynomial, below the primes' product.
+// Shapes: scratch[PartsScratch(parts)].
+Coefficients Multiply(const TransformKernels& kernels, const TransformParts& parts, const Limb* x,
+                      size_t m, const Limb* y, size_t n, Limb* scratch) {
   // Whole vectors do not cross lines of the cache.
   while (reinterpret_cast<uintptr_t>(scratch) % (kBlock * sizeof(uint64_t)) != 0) ++scratch;
   const size_t table_limbs = TableSize(parts) * kElementLimbs;
@@ -201,11 +211,87 @@ void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, s
         .Run(results[i], third + size, x, m, y, n);
   }
   kernels.combine(first, second, third, parts.blocks);
+  return {first, second, third};
+}
+
+// z := the sum of c(i) B^i. In a ring modulo B^n + 1 coefficients above half of the primes' product are negative.
+// Shapes: c[ring.n], |c(i)| < B^2 * kMostSignedTerms; z[ring.n + 1].
+void CarrySigned(Limb* z, const Coefficients& c, const CyclicRing& ring, const Limb* primes) {
+  const Limb half = ring.plus ? primes[2] / 2 : kLimbMax;
+  const DoubleLimb low_primes = static_cast<DoubleLimb>(primes[1]) << kLimbBits | primes[0];
+  DoubleLimb carry = 0;  // modulo B^2, negative from B^2 / 2 on
+  for (size_t i = 0; i < ring.n; ++i) {
+    const bool negative = c.high[i] > half;
+    DoubleLimb low = static_cast<DoubleLimb>(c.middle[i]) << kLimbBits | c.low[i];
+    const DoubleLimb less = negative ? low_primes : 0;
+    Limb high = c.high[i] - (negative ? primes[2] : 0) - (low < less ? 1 : 0);
+    low -= less;
+    low += carry;
+    high += (low < carry ? 1 : 0) - static_cast<Limb>(carry >> (2 * kLimbBits - 1));
+    z[i] = static_cast<Limb>(low);
+    carry = low >> kLimbBits | static_cast<DoubleLimb>(high) << kLimbBits;
+  }
+  // The carry is high * B + low, high signed and short.
+  const int64_t sign = ring.plus ? -1 : 1;
+  const auto low = static_cast<Limb>(carry);
+  const auto high = static_cast<int64_t>(carry >> kLimbBits);
+  Limb* const above = z + 1;
+  int64_t top = 0;
+  if (ring.plus) {
+    top -= static_cast<int64_t>(SubtractLimb(z, ring.n, low));
+  } else {
+    top += static_cast<int64_t>(AddLimb(z, ring.n, low));
+  }
+  if (sign * high < 0) {
+    top -= static_cast<int64_t>(SubtractLimb(above, ring.n - 1, static_cast<Limb>(-sign * high)));
+  } else {
+    top += static_cast<int64_t>(AddLimb(above, ring.n - 1, static_cast<Limb>(sign * high)));
+  }
+  ring.Settle(z, top);
+}
+
+}  // namespace
+
+bool FitsTransforms(size_t m, size_t n) noexcept {
+  return m <= kMostLimbs && n <= kMostLimbs - m && m + n >= kLeastLimbs;
+}
+
+CheckedSize TransformScratch(size_t m, size_t n) noexcept {
+  const bool fits = m <= kMostLimbs && n <= kMostLimbs - m;
+  const size_t elements = fits ? Elements(m) + Elements(n) - 1 : kMostElements;
+  return PartsScratch(PartsFor(elements));
+}
+
+void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, size_t m,
+                      const Limb* y, size_t n, Limb* scratch) noexcept {
+  const size_t elements = Elements(m) + Elements(n) - 1;
+  const Coefficients c = Multiply(kernels, PartsFor(elements), x, m, y, n, scratch);
   const size_t count = elements * kElementLimbs < m + n ? elements * kElementLimbs : m + n;
-  CopyLimbs(z, first, count);
+  CopyLimbs(z, c.low, count);
   ZeroLimbs(z + count, m + n - count);
-  AddWords(z, m + n, second, count, 1);
-  AddWords(z, m + n, third, count, 2);
+  AddWords(z, m + n, c.middle, count, 1);
+  AddWords(z, m + n, c.high, count, 2);
+}
+
+bool FitsCyclicProduct(size_t m, size_t n, const CyclicRing& ring) noexcept {
+  // Each element of y meets so many of x in one coefficient.
+  const size_t times = (m + ring.n - 1) / ring.n;
+  return n <= kMostSignedTerms / times && ring.n <= kMostSignedTerms;
+}
+
+CheckedSize CyclicScratch(const CyclicRing& ring) noexcept {
+  return PartsScratch(PartOf(ring));
+}
+
+void CyclicProduct(const TransformKernels& kernels, Limb* z, const CyclicRing& ring, const Limb* x,
+                   size_t m, const Limb* y, size_t n, Limb* scratch) noexcept {
+  const Coefficients c = Multiply(kernels, PartOf(ring), x, m, y, n, scratch);
+  Limb primes[kTransformPrimes] = {1, 0, 0};
+  for (size_t i = 0; i < kTransformPrimes; ++i) {
+    CurrentLimbKernels().mul1(primes, primes, kTransformPrimes,
+                              static_cast<Limb>(kernels.primes[i].Modulus()));
+  }
+  CarrySigned(z, c, ring, primes);
 }
 
 }  // namespace mirolta

@@ -1,6 +1,7 @@
 // Multiplication by number-theoretic transforms.
 #pragma once
 
+#include "cyclic_ring.h"
 #include "seam/small_stack.h"
 #include "transform_kernels.h"
 
@@ -25,5 +26,18 @@ CheckedSize TransformScratch(size_t m, size_t n) noexcept;
 // Source: Pollard, The fast Fourier transform in a finite field, 1971.
 void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, size_t m,
                       const Limb* y, size_t n, Limb* scratch) noexcept;
+
+// FitsCyclicProduct returns whether the coefficients of such a product fit the primes.
+// Shapes: as for CyclicProduct.
+bool FitsCyclicProduct(size_t m, size_t n, const CyclicRing& ring) noexcept;
+CheckedSize CyclicScratch(const CyclicRing& ring) noexcept;
+
+// CyclicProduct: z := x * y in the ring, by transforms of the ring's length. For 64-bit limbs.
+// Shapes: ring.n a power of two, at least kLeastBlocks blocks; x[m], y[n], 1 <= n <= m; z[ring.n + 1];
+//         scratch[CyclicScratch(ring)]; FitsCyclicProduct(m, n, ring).
+// Alias:  z and scratch overlap nothing.
+// Time:   depends on m, n and the ring only, but for carries of the result.
+void CyclicProduct(const TransformKernels& kernels, Limb* z, const CyclicRing& ring, const Limb* x,
+                   size_t m, const Limb* y, size_t n, Limb* scratch) noexcept;
 
 }  // namespace mirolta
