@@ -52,6 +52,12 @@ TransformParts PartsFor(size_t elements) {
   return parts;
 }
 
+// Of a product of m by n limbs, or of the longest one if that is too long.
+TransformParts PartsOfProduct(size_t m, size_t n) {
+  const bool fits = m <= kMostLimbs && n <= kMostLimbs - m;
+  return PartsFor(fits ? Elements(m) + Elements(n) - 1 : kMostElements);
+}
+
 // The one part of a ring: modulo y^n - 1 or y^n + 1, which are the nodes 0 and 1.
 TransformParts PartOf(const CyclicRing& ring) {
   const size_t blocks = ring.n / kBlockLimbs;
@@ -112,15 +118,33 @@ class PrimeProduct {
         Transform(other, i, y, n);
         factor = other;
       }
-      // The inverse transform multiplies by the size, the products divide by high_unit.
-      const uint32_t bits = static_cast<uint32_t>(std::countr_zero(size));
-      const TransformFactor scale =
-          Factor(prime_.Product(prime_.high_unit, Factor(prime_.PowerOfHalf(bits))));
-      kernels_.multiply(to, to, factor, size, Node(i), table_, scale, prime_);
+      MultiplyPart(to, factor, i);
       kernels_.inverse(to, size, Node(i), table_, prime_);
     }
-    if (parts_.count > 1) AddSecondPart(z);
-    if (parts_.count > 2) AddThirdPart(z);
+    Interpolate(z);
+  }
+
+  // z[i] := the sums of TransformSums modulo the prime, likewise.
+  // Shapes: spare and other of the first part's length.
+  void RunSums(Limb* const* z, const SumOfProducts* sums, size_t count, size_t m, const Limb* x,
+               const Limb* y, size_t n, Limb* spare, Limb* other) const {
+    for (size_t i = 0; i < parts_.count; ++i) {
+      const size_t size = parts_.size[i];
+      const size_t offset = parts_.offset[i] * kBlockLimbs;
+      Transform(spare, i, x, n);
+      for (size_t k = 0; k < count; ++k) {
+        Transform(z[k] + offset, i, sums[k].u, m);
+        MultiplyPart(z[k] + offset, spare, i);
+      }
+      Transform(spare, i, y, n);
+      for (size_t k = 0; k < count; ++k) {
+        Transform(other, i, sums[k].v, m);
+        MultiplyPart(other, spare, i);
+        kernels_.add_multiple(z[k] + offset, other, size, Factor(prime_.one), prime_);
+        kernels_.inverse(z[k] + offset, size, Node(i), table_, prime_);
+      }
+    }
+    for (size_t k = 0; k < count; ++k) Interpolate(z[k]);
   }
 
  private:
@@ -141,6 +165,20 @@ class PrimeProduct {
   void Transform(Limb* z, size_t part, const Limb* x, size_t limbs) const {
     kernels_.fold(z, parts_.size[part], x, limbs, PartRoot(part), prime_);
     kernels_.forward(z, parts_.size[part], Node(part), table_, prime_);
+  }
+
+  // z := z * factor, of transforms. The inverse transform multiplies by the size, the products divide by high_unit.
+  void MultiplyPart(Limb* z, const Limb* factor, size_t part) const {
+    const size_t size = parts_.size[part];
+    const uint32_t bits = static_cast<uint32_t>(std::countr_zero(size));
+    const TransformFactor scale =
+        Factor(prime_.Product(prime_.high_unit, Factor(prime_.PowerOfHalf(bits))));
+    kernels_.multiply(z, z, factor, size, Node(part), table_, scale, prime_);
+  }
+
+  void Interpolate(Limb* z) const {
+    if (parts_.count > 1) AddSecondPart(z);
+    if (parts_.count > 2) AddThirdPart(z);
   }
 
   // Newton interpolation: the product is s + (y^t0 - 1) q for its residue s modulo y^t0 - 1 and some
@@ -186,6 +224,15 @@ void AddWords(Limb* z, size_t n, const Limb* x, size_t count, size_t words) {
   AddLimb(z + offset + used, n - offset - used, carry);
 }
 
+// Places the table at the beginning of scratch. Whole vectors do not cross lines of the cache.
+TransformTable PlaceTable(const TransformParts& parts, Limb* scratch) {
+  while (reinterpret_cast<uintptr_t>(scratch) % (kBlock * sizeof(uint64_t)) != 0) ++scratch;
+  return {scratch, scratch + TableSize(parts) * kElementLimbs};
+}
+Limb* AfterTable(const TransformParts& parts, const TransformTable& table) {
+  return table.quotients + TableSize(parts) * kElementLimbs;
+}
+
 // The coefficients low + 2^64 middle + 2^128 high of a product.
 struct Coefficients {
   const Limb* low;
@@ -197,12 +244,9 @@ struct Coefficients {
 // Shapes: scratch[PartsScratch(parts)].
 Coefficients Multiply(const TransformKernels& kernels, const TransformParts& parts, const Limb* x,
                       size_t m, const Limb* y, size_t n, Limb* scratch) {
-  // Whole vectors do not cross lines of the cache.
-  while (reinterpret_cast<uintptr_t>(scratch) % (kBlock * sizeof(uint64_t)) != 0) ++scratch;
-  const size_t table_limbs = TableSize(parts) * kElementLimbs;
-  const TransformTable table = {scratch, scratch + table_limbs};
+  const TransformTable table = PlaceTable(parts, scratch);
   const size_t size = parts.blocks * kBlockLimbs;
-  Limb* const first = scratch + 2 * table_limbs;
+  Limb* const first = AfterTable(parts, table);
   Limb* const second = first + size;
   Limb* const third = second + size;
   Limb* const results[kTransformPrimes] = {first, second, third};
@@ -212,6 +256,16 @@ Coefficients Multiply(const TransformKernels& kernels, const TransformParts& par
   }
   kernels.combine(first, second, third, parts.blocks);
   return {first, second, third};
+}
+
+// z := the sum of c(i) 2^(64 i), which fits.
+// Shapes: z[n]; so many coefficients.
+void CarryCoefficients(Limb* z, size_t n, const Coefficients& c, size_t elements) {
+  const size_t count = elements * kElementLimbs < n ? elements * kElementLimbs : n;
+  CopyLimbs(z, c.low, count);
+  ZeroLimbs(z + count, n - count);
+  AddWords(z, n, c.middle, count, 1);
+  AddWords(z, n, c.high, count, 2);
 }
 
 // z := the sum of c(i) B^i. In a ring modulo B^n + 1 coefficients above half of the primes' product are negative.
@@ -257,20 +311,47 @@ bool FitsTransforms(size_t m, size_t n) noexcept {
 }
 
 CheckedSize TransformScratch(size_t m, size_t n) noexcept {
-  const bool fits = m <= kMostLimbs && n <= kMostLimbs - m;
-  const size_t elements = fits ? Elements(m) + Elements(n) - 1 : kMostElements;
-  return PartsScratch(PartsFor(elements));
+  return PartsScratch(PartsOfProduct(m, n));
 }
 
 void TransformProduct(const TransformKernels& kernels, Limb* z, const Limb* x, size_t m,
                       const Limb* y, size_t n, Limb* scratch) noexcept {
   const size_t elements = Elements(m) + Elements(n) - 1;
-  const Coefficients c = Multiply(kernels, PartsFor(elements), x, m, y, n, scratch);
-  const size_t count = elements * kElementLimbs < m + n ? elements * kElementLimbs : m + n;
-  CopyLimbs(z, c.low, count);
-  ZeroLimbs(z + count, m + n - count);
-  AddWords(z, m + n, c.middle, count, 1);
-  AddWords(z, m + n, c.high, count, 2);
+  CarryCoefficients(z, m + n, Multiply(kernels, PartsFor(elements), x, m, y, n, scratch), elements);
+}
+
+bool FitsTransformSums(size_t m, size_t n) noexcept {
+  return FitsTransforms(m, n) && Elements(m < n ? m : n) <= kMostSignedTerms;
+}
+
+CheckedSize TransformSumsScratch(size_t count, size_t m, size_t n) noexcept {
+  const TransformParts parts = PartsOfProduct(m, n);
+  // The other results, and another transform.
+  const size_t others = (count - 1) * kTransformPrimes;
+  const CheckedSize blocks =
+      CheckedSize(others) * CheckedSize(parts.blocks) + CheckedSize(parts.size[0]);
+  return PartsScratch(parts) + blocks * SizeConstant(kBlockLimbs);
+}
+
+void TransformSums(const TransformKernels& kernels, const SumOfProducts* sums, size_t count,
+                   size_t m, const Limb* x, const Limb* y, size_t n, Limb* scratch) noexcept {
+  const size_t elements = Elements(m) + Elements(n) - 1;
+  const TransformParts parts = PartsFor(elements);
+  const TransformTable table = PlaceTable(parts, scratch);
+  const size_t size = parts.blocks * kBlockLimbs;
+  Limb* const first = AfterTable(parts, table);
+  Limb* const second = first + (count - 1) * kTransformPrimes * size;
+  Limb* const spare = second + kTransformPrimes * size;
+  for (size_t i = 0; i < kTransformPrimes; ++i) {
+    Limb* const results[] = {first + i * size, second + i * size};
+    PrimeProduct(kernels, kernels.primes[i], parts, table)
+        .RunSums(results, sums, count, m, x, y, n, spare, spare + parts.size[0] * kBlockLimbs);
+  }
+  for (size_t k = 0; k < count; ++k) {
+    Limb* const low = k == 0 ? first : second;
+    kernels.combine(low, low + size, low + 2 * size, parts.blocks);
+    CarryCoefficients(sums[k].z, m + n + 1, {low, low + size, low + 2 * size}, elements);
+  }
 }
 
 bool FitsCyclicProduct(size_t m, size_t n, const CyclicRing& ring) noexcept {
