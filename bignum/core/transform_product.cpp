@@ -87,9 +87,11 @@ void StoreElement(Limb* z, uint64_t x) {
   if constexpr (kElementLimbs == 2) z[1] = static_cast<Limb>(x >> 32);
 }
 
-// PrimeProduct: a product modulo one prime, or a pair of them.
+// PrimeProduct: a product modulo one prime, or a pair of them. What products and sums share is not inlined, which
+// would double the code for nothing.
 class PrimeProduct {
  public:
+  __attribute__((noinline))
   PrimeProduct(const TransformKernels& kernels, const TransformPrime& prime,
                const TransformParts& parts, const TransformTable& table)
       : kernels_(kernels), prime_(prime), parts_(parts), table_(table) {
@@ -168,7 +170,7 @@ class PrimeProduct {
   }
 
   // z := z * factor, of transforms. The inverse transform multiplies by the size, the products divide by high_unit.
-  void MultiplyPart(Limb* z, const Limb* factor, size_t part) const {
+  __attribute__((noinline)) void MultiplyPart(Limb* z, const Limb* factor, size_t part) const {
     const size_t size = parts_.size[part];
     const uint32_t bits = static_cast<uint32_t>(std::countr_zero(size));
     const TransformFactor scale =
@@ -176,7 +178,7 @@ class PrimeProduct {
     kernels_.multiply(z, z, factor, size, Node(part), table_, scale, prime_);
   }
 
-  void Interpolate(Limb* z) const {
+  __attribute__((noinline)) void Interpolate(Limb* z) const {
     if (parts_.count > 1) AddSecondPart(z);
     if (parts_.count > 2) AddThirdPart(z);
   }
