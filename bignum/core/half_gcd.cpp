@@ -33,19 +33,20 @@ Limb SubtractFrom(Limb* x, size_t m, const Limb* z, size_t n) {
 }
 
 // The scratch of a pair of products and their results.
-CheckedSize ResultScratch(size_t m, size_t n) {
-  return 2 * (CheckedSize(m) + CheckedSize(n) + 1) + PairScratch(m, n);
+CheckedSize ResultScratch(size_t m, size_t n, PairSums sums = PairSums::kTogether) {
+  return 2 * (CheckedSize(m) + CheckedSize(n) + 1) + PairScratch(m, n, sums);
 }
 
 // matrix := next * matrix.
-// Shapes: entries of matrix that hold the result; scratch[ResultScratch(next.n, matrix->n)].
-void AddSteps(EuclidMatrix* matrix, const EuclidMatrix& next, Limb* scratch) {
+// Shapes: entries of matrix that hold the result; scratch[ResultScratch(next.n, matrix->n, sums)].
+void AddSteps(EuclidMatrix* matrix, const EuclidMatrix& next, Limb* scratch,
+              PairSums sums = PairSums::kTogether) {
   const size_t room = next.n + matrix->n + 1;
   Limb* const z0 = scratch;
   Limb* const z1 = z0 + room;
   size_t used[2];
   for (size_t c = 0; c < 2; ++c) {
-    MultiplyPair(next, z0, z1, matrix->first[c], matrix->second[c], matrix->n, z1 + room);
+    MultiplyPair(next, z0, z1, matrix->first[c], matrix->second[c], matrix->n, z1 + room, sums);
     used[c] = Longer(SignificantLimbs(z0, room), SignificantLimbs(z1, room));
     CopyLimbs(matrix->first[c], z0, used[c]);
     CopyLimbs(matrix->second[c], z1, used[c]);
@@ -62,7 +63,7 @@ void AddSteps(EuclidMatrix* matrix, const EuclidMatrix& next, Limb* scratch) {
 // and the matrix together have less than n / 2 + 4 limbs.
 CheckedSize StepScratch(size_t n) {
   const size_t half = n / 2 + 4;
-  return 4 * CheckedSize(n) + 2 * CheckedSize(half) + PairScratch(half, half);
+  return 4 * CheckedSize(n) + 2 * CheckedSize(half) + PairScratch(half, half, PairSums::kInTurn);
 }
 
 // What the steps of one level of the recursion work on.
@@ -102,7 +103,7 @@ bool DivisionStep(Level* level, Limb* scratch) {
   step.first[1][0] = 1;
   step.second[0][0] = 1;
   // (0 1; 1 q): its second row is 1, q.
-  AddSteps(level->matrix, step, quotient + 4 * count);
+  AddSteps(level->matrix, step, quotient + 4 * count, PairSums::kInTurn);
   return true;
 }
 
@@ -163,10 +164,10 @@ void TakeSteps(Level* level, size_t wanted, Limb* scratch) {
 
 }  // namespace
 
-CheckedSize HalfGcdScratch(size_t n, size_t low, size_t least) noexcept {
+CheckedSize HalfGcdScratch(size_t n, size_t low, size_t least, PairSums sums) noexcept {
   // Of the first level, which takes more than the next ones; and the second matrix of each level.
   CheckedSize scratch = LargerOf(StepScratch(n), ResultScratch(n / 4 + 3, n / 2 + 2));
-  scratch = LargerOf(scratch, ResultScratch(HalfGcdEntry(n), low));
+  scratch = LargerOf(scratch, ResultScratch(HalfGcdEntry(n), low, sums));
   for (; n >= least; n = n / 2 + 2) {
     const size_t entry = n / 4 + 3;
     scratch = scratch + 4 * CheckedSize(entry);
@@ -175,14 +176,14 @@ CheckedSize HalfGcdScratch(size_t n, size_t low, size_t least) noexcept {
 }
 
 size_t JoinLowLimbs(const EuclidMatrix& matrix, Limb* x, Limb* y, size_t low, size_t n,
-                    Limb* scratch) noexcept {
+                    Limb* scratch, PairSums sums) noexcept {
   const size_t room = matrix.n + low + 1;
   const size_t all = low + n;
   Limb* const z0 = scratch;
   Limb* const z1 = z0 + room;
   // With y' = B^low - 1 - y for the low limbs, u x - v y = u x + v y' + v - v B^low: sums only.
   ComplementLimbs(y, y, low);
-  MultiplyPair(matrix, z0, z1, x, y, low, z1 + room);
+  MultiplyPair(matrix, z0, z1, x, y, low, z1 + room, sums);
   ZeroLimbs(x, low);
   ZeroLimbs(y, low);
   // The results are the first or second row's sums, added to one and subtracted from the other.

@@ -29,7 +29,8 @@ inline size_t HalfGcdEntry(size_t n) {
 
 // HalfGcdScratch returns the limbs of scratch of HalfGcd and, with matrices of its n limbs, of
 // JoinLowLimbs for numbers with up to `low` limbs below.
-CheckedSize HalfGcdScratch(size_t n, size_t low, size_t least) noexcept;
+CheckedSize HalfGcdScratch(size_t n, size_t low, size_t least,
+                           PairSums sums = PairSums::kTogether) noexcept;
 
 // HalfGcd takes Euclid's steps from x, y while the remainder and its difference from the last one are at
 // least B^s, s = n / 2 + 1, or ends some steps before that. The same steps are Euclid's for numbers
@@ -46,8 +47,8 @@ size_t HalfGcd(Limb* x, Limb* y, size_t n, EuclidMatrix* matrix, Limb* scratch,
 // JoinLowLimbs takes the steps of a HalfGcd for the limbs below: it was called with x + low, y + low,
 // and left the upper n limbs. Returns the limbs of the new x.
 // Shapes: x[low + n], y[low + n], low >= 1, and one more limb if a sum needs it, which the numbers before
-//         the steps had; scratch as HalfGcdScratch counts it.
+//         the steps had; scratch as HalfGcdScratch counts it for the same sums.
 size_t JoinLowLimbs(const EuclidMatrix& matrix, Limb* x, Limb* y, size_t low, size_t n,
-                    Limb* scratch) noexcept;
+                    Limb* scratch, PairSums sums = PairSums::kTogether) noexcept;
 
 }  // namespace mirolta

@@ -34,9 +34,10 @@ bool LehmerGcd::Reserve(size_t m, size_t n, bool with_cofactor,
   if (kHasHalfGcd && size_ > least_) {
     const size_t upper = size_ / UpperPart() + 1;
     const size_t entry = HalfGcdEntry(upper);
-    CheckedSize steps = HalfGcdScratch(upper, size_ - upper + 2, recursion_);
+    CheckedSize steps = HalfGcdScratch(upper, size_ - upper + 2, recursion_, UpperSums());
     // The new cofactors have no more limbs than size_.
-    if (with_cofactor) steps = LargerOf(steps, PairScratch(entry, size_ - entry + 3));
+    if (with_cofactor)
+      steps = LargerOf(steps, PairScratch(entry, size_ - entry + 3, PairSums::kInTurn));
     scratch = LargerOf(scratch, 4 * CheckedSize(entry) + steps);
   }
   const CheckedSize limbs = 2 * CheckedSize(size_) + 4 * CheckedSize(wide) + scratch;
@@ -135,11 +136,11 @@ bool LehmerGcd::TakeUpperSteps() {
   Limb* const rest = work_ + 4 * entry;
   const size_t high = HalfGcd(x_ + low, y_ + low, n, &matrix, rest, recursion_);
   if (!matrix.Changed()) return false;
-  xn_ = JoinLowLimbs(matrix, x_, y_, low, high, rest);
+  xn_ = JoinLowLimbs(matrix, x_, y_, low, high, rest, UpperSums());
   yn_ = SignificantLimbs(y_, xn_);
   odd_ = odd_ != matrix.odd;
   if (!with_cofactor_) return true;
-  MultiplyPair(matrix, spare_t0_, spare_t1_, t0_, t1_, tn_, rest);
+  MultiplyPair(matrix, spare_t0_, spare_t1_, t0_, t1_, tn_, rest, PairSums::kInTurn);
   std::swap(t0_, spare_t0_);
   std::swap(t1_, spare_t1_);
   const size_t n0 = SignificantLimbs(t0_, matrix.n + tn_ + 1);

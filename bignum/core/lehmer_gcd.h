@@ -49,6 +49,8 @@ class LehmerGcd {
   bool TakeUpperSteps();
   // The part of the limbs that HalfGcd takes. Shorter ones leave more to the next call, but cost less.
   size_t UpperPart() const { return with_cofactor_ ? 2 : 3; }
+  // Beside the cofactors there is less memory.
+  PairSums UpperSums() const { return with_cofactor_ ? PairSums::kInTurn : PairSums::kTogether; }
 
   Limb* memory_ = nullptr;
   size_t memory_limbs_ = 0;

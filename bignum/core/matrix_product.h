@@ -20,14 +20,18 @@ struct EuclidMatrix {
 // Shapes: memory[4 limbs].
 void PlaceEntries(EuclidMatrix* matrix, Limb* memory, size_t limbs) noexcept;
 
+// PairSums: whether both sums of a pair share the transforms of x and y, or each has its own, which takes less
+// scratch.
+enum class PairSums : uint32_t { kTogether, kInTurn };
+
 // PairScratch returns the limbs of scratch of MultiplyPair.
-CheckedSize PairScratch(size_t m, size_t n) noexcept;
+CheckedSize PairScratch(size_t m, size_t n, PairSums sums = PairSums::kTogether) noexcept;
 
 // MultiplyPair: z0 := u0 x + v0 y, z1 := u1 x + v1 y.
 // Shapes: a matrix of m = matrix.n limbs; x[n], y[n], n >= 1; z0[m + n + 1], z1[m + n + 1];
-//         scratch[PairScratch(m, n)].
+//         scratch[PairScratch(m, n, sums)].
 // Alias:  x and y may be one another; z0, z1 and scratch overlap nothing.
 void MultiplyPair(const EuclidMatrix& matrix, Limb* z0, Limb* z1, const Limb* x, const Limb* y,
-                  size_t n, Limb* scratch) noexcept;
+                  size_t n, Limb* scratch, PairSums sums = PairSums::kTogether) noexcept;
 
 }  // namespace mirolta

@@ -77,8 +77,9 @@ class NewtonBlocks {
   void Divide(Limb* q, Limb* a, size_t count) const {
     const LimbKernels& k = CurrentLimbKernels();
     CopyLimbs(q, Approximate(a + n_, count), count);
-    MultiplyLimbs(product_, d_, n_, q, count, product_ + n_ + count);
-    k.subtract(a, a, product_, n_ + 1);
+    // Below 13 d.
+    SubtractProduct(CurrentTransformKernels(), a, n_ + 1, a, n_ + count, d_, n_, q, count,
+                    product_);
     while (a[n_] != 0 || CompareLimbs(a, d_, n_) >= 0) {
       a[n_] = static_cast<Limb>(a[n_] - k.subtract(a, a, d_, n_));
       AddLimb(q, count, 1);
@@ -112,7 +113,11 @@ CheckedSize NewtonReciprocalScratch(size_t n) noexcept {
   // The shortest reciprocals, and the products of the last step.
   const size_t base = n < kLeastNewton ? n : kLeastNewton;
   const CheckedSize shortest = 2 * CheckedSize(base) + BurnikelZieglerScratch(base, base);
-  const CheckedSize last = 3 * CheckedSize(n) + 8 + MultiplyScratch(n, n / 2 + 2);
+  const size_t h = n / 2 + 1;
+  const CheckedSize first =
+      2 * CheckedSize(n) + 1 + MiddleProductScratch(CurrentTransformKernels(), n + 1, n, h + 1);
+  const CheckedSize second = 2 * CheckedSize(n) + 4 + MultiplyScratch(h + 1, n - h + 2);
+  const CheckedSize last = LargerOf(first, second);
   return LargerOf(shortest, last);
 }
 
@@ -120,7 +125,8 @@ CheckedSize NewtonScratch(size_t n, size_t count) noexcept {
   const size_t length = BlockLength(n, count), shorter = BlockLength(n, count - 1);
   const size_t most = length > shorter ? length : shorter;
   const CheckedSize products =
-      CheckedSize(n) + CheckedSize(most) + 1 + MultiplyScratch(n + 1, most);
+      LargerOf(2 * CheckedSize(most) + 1 + MultiplyScratch(most + 1, most),
+               MiddleProductScratch(CurrentTransformKernels(), n + 1, n, most));
   return CheckedSize(most) + 1 +
          LargerOf(CheckedSize(most) + NewtonReciprocalScratch(most), products);
 }
@@ -138,14 +144,15 @@ void NewtonReciprocal(Limb* z, const Limb* d, size_t n, Limb* scratch) noexcept 
   Limb* const r = z + low;
   NewtonReciprocal(r, d + low, h, scratch);
   SubtractLimb(r, h + 1, 4);
-  Limb* const product = scratch;
-  Limb* const step = product + n + h + 1;
-  Limb* const rest = step + n + 3;
-  MultiplyLimbs(product, d, n, r, h + 1, rest);
-  // E - 1 without its lowest h - 1 limbs, which change the step by less than 1.
-  Limb* const e = product + h - 1;
-  ComplementLimbs(e, e, low + 2);
-  MultiplyLimbs(step, r, h + 1, e, low + 2, rest);
+  Limb* const power = scratch;
+  ZeroLimbs(power, n + h);
+  power[n + h] = 1;
+  SubtractProduct(CurrentTransformKernels(), power, n + 1, power, n + h + 1, d, n, r, h + 1,
+                  power + n + h + 1);
+  // E without its lowest h - 1 limbs, which change the step by less than 1.
+  const Limb* const e = power + h - 1;
+  Limb* const step = power + n + 1;
+  MultiplyLimbs(step, r, h + 1, e, low + 2, step + n + 3);
   ZeroLimbs(z, low);
   const Limb carry = CurrentLimbKernels().add(z, z, step + h + 1, low + 1);
   AddLimb(z + low + 1, h, carry);

@@ -1,8 +1,8 @@
 // Division by a reciprocal, for numbers whose products are transforms.
 #pragma once
 
+#include "middle_product.h"
 #include "multiply.h"
-#include "transform_product.h"
 
 namespace mirolta {
 

@@ -56,6 +56,10 @@ struct TransformPrime {
   uint64_t high_unit;          // 2^52 mod p, of a pair 2^32: what products of blocks are divided by
   uint64_t roots[kMostRoots];  // roots[k] is a primitive root of unity of order 2^(k + 2)
 
+  // Modulus returns the prime, or the product of a pair.
+  constexpr uint64_t Modulus() const {
+    return is_pair ? static_cast<uint64_t>(static_cast<uint32_t>(p)) * (p >> 32) : p;
+  }
   // Factor returns w with its quotient, w < p. 4 w + 4 w * reciprocal / 2^52 is the quotient or less
   // by 1 or 2.
   constexpr TransformFactor Factor(uint64_t w) const {

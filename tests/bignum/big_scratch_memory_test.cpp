@@ -191,9 +191,9 @@ TEST_F(BigScratchMemoryTest, AFailedAllocationOfLongGcdAndInverseLeavesTheirOper
 TEST_F(BigScratchMemoryTest, GcdAndInverseTakeAFewTimesTheirOperands) {
   constexpr size_t kTimes = kLimbBits == 64 ? 8 : 9;
   constexpr size_t kConstant = 512 * sizeof(Limb);  // that short operands may take besides
-  const uint32_t lengths[][2] = {{370, 370},   {370, 40},    {700, 700},   {700, 660},
-                                 {3000, 3000}, {3000, 2900}, {3000, 2600}, {3000, 1500},
-                                 {3000, 300},  {3000, 1}};
+  const uint32_t lengths[][2] = {{370, 370},   {370, 40},    {700, 700},     {700, 660},
+                                 {3000, 3000}, {3000, 2900}, {3000, 2600},   {3000, 1500},
+                                 {3000, 300},  {3000, 1},    {16300, 16200}, {22000, 21000}};
   for (const auto& words : lengths) {
     SCOPED_TRACE(testing::Message() << words[0] << ", " << words[1]);
     const BigInt a = Pattern(words[0], 7), b = Pattern(words[1], 9);

@@ -241,8 +241,8 @@ TEST(HalfGcdTest, ALargeQuotientDoesNotEndTheSteps) {
 }
 
 TEST(HalfGcdTest, PairsOfProductsAreRight) {
-  for (const size_t m : {1u, 2u, 7u, 40u, 150u}) {
-    for (const size_t n : {1u, 3u, 60u, 400u}) {
+  for (const size_t m : {1u, 2u, 7u, 40u, 150u, 600u}) {
+    for (const size_t n : {1u, 3u, 60u, 400u, 700u}) {
       TestMatrix t(m);
       t.matrix.n = m;
       for (Limb* const entry :
@@ -260,6 +260,13 @@ TEST(HalfGcdTest, PairsOfProductsAreRight) {
         Limbs z0(m + n + 2, kGuard), z1(m + n + 2, kGuard),
             scratch(PairScratch(m, n).Value() + 1, kGuard);
         MultiplyPair(t.matrix, z0.data(), z1.data(), x.data(), y.data(), n, scratch.data());
+        Limbs in_turn0(m + n + 2, kGuard),
+            in_turn1 = in_turn0, less(PairScratch(m, n, PairSums::kInTurn).Value() + 1, kGuard);
+        MultiplyPair(t.matrix, in_turn0.data(), in_turn1.data(), x.data(), y.data(), n, less.data(),
+                     PairSums::kInTurn);
+        EXPECT_EQ(less.back(), kGuard);
+        EXPECT_EQ(in_turn0, z0);
+        EXPECT_EQ(in_turn1, z1);
         for (Limbs* const result : {&z0, &z1, &scratch}) {
           EXPECT_EQ(result->back(), kGuard);
           result->pop_back();

@@ -373,6 +373,77 @@ TEST(TransformProductTest, ExtremeProductsAreRight) {
   });
 }
 
+void CheckSums(const TransformKernels& kernels, const Limbs (&entries)[4], const Limbs& x,
+               const Limbs& y) {
+  const size_t m = entries[0].size(), n = x.size();
+  Limbs z0(m + n + 2, kGuard), z1(m + n + 2, kGuard), again = z1;
+  const SumOfProducts sums[] = {{z0.data(), entries[0].data(), entries[1].data()},
+                                {z1.data(), entries[2].data(), entries[3].data()},
+                                {again.data(), entries[2].data(), entries[3].data()}};
+  ASSERT_TRUE(FitsTransformSums(m, n));
+  for (const size_t count : {2u, 1u}) {
+    Limbs scratch(TransformSumsScratch(count, m, n).Value() + 1, kGuard);
+    TransformSums(kernels, count == 2 ? sums : sums + 2, count, m, x.data(), y.data(), n,
+                  scratch.data());
+    EXPECT_EQ(scratch.back(), kGuard);
+  }
+  EXPECT_EQ(again, z1);
+  for (Limbs* const result : {&z0, &z1}) {
+    EXPECT_EQ(result->back(), kGuard);
+    result->pop_back();
+  }
+  Mpz px, py;
+  Import(px, x);
+  Import(py, y);
+  for (size_t row = 0; row < 2; ++row) {
+    Mpz u, v;
+    Import(u, entries[2 * row]);
+    Import(v, entries[2 * row + 1]);
+    mpz_mul(u, u, px);
+    mpz_mul(v, v, py);
+    mpz_add(u, u, v);
+    ASSERT_EQ(row == 0 ? z0 : z1, Export(u, m + n + 1)) << m << " by " << n;
+  }
+}
+
+TEST(TransformSumsTest, SumsOfEveryLengthAreRight) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (size_t n = 64 * kElementLimbs; n < 540 * kElementLimbs; n += 1 + Below(40)) {
+      const size_t m = n + Below(static_cast<uint32_t>(n));
+      const Limbs entries[] = {RandomLimbs(m), RandomLimbs(m), RandomLimbs(m), RandomLimbs(m)};
+      CheckSums(kernels, entries, RandomLimbs(n), RandomLimbs(n));
+      // The same number twice, and the longer numbers as the pair.
+      const Limbs short_entries[] = {RandomLimbs(n), Limbs(n), Limbs(n, 1), RandomLimbs(n)};
+      const Limbs x = RandomLimbs(m);
+      CheckSums(kernels, short_entries, x, x);
+    }
+  });
+}
+
+// The greatest sums of coefficients, and zeros.
+TEST(TransformSumsTest, ExtremeSumsAreRight) {
+  ForEachTable([](const TransformKernels& kernels) {
+    for (const size_t n : {128 * kElementLimbs, 384 * kElementLimbs + 1, 2000 * kElementLimbs}) {
+      const Limbs ones(n, kLimbMax), zero(n);
+      const Limbs all[] = {ones, ones, ones, ones}, half[] = {ones, zero, zero, ones};
+      CheckSums(kernels, all, ones, ones);
+      CheckSums(kernels, half, ones, zero);
+      CheckSums(kernels, all, Limbs(1, kLimbMax), Limbs(1, 0));
+    }
+  });
+}
+
+// Both products of a greatest coefficient are below the primes' product together.
+TEST(TransformSumsTest, CoefficientsFitThePrimes) {
+  size_t n = kElementLimbs << 20;
+  while (FitsTransformSums(n + kElementLimbs, n + kElementLimbs)) n += kElementLimbs;
+  EXPECT_GT(n, kElementLimbs << 20);
+  EXPECT_TRUE(FitsTransforms(2 * n, n + kElementLimbs));
+  EXPECT_FALSE(FitsTransformSums(2 * n, n + kElementLimbs));
+  // A single product may have twice as many terms.
+  EXPECT_TRUE(FitsTransforms(2 * n - kElementLimbs, 2 * n - kElementLimbs));
+}
+
 TEST(TransformProductTest, ScratchGrowsWithTheLengthsAndIsBounded) {
   const size_t least = CurrentTransformKernels().least;
   constexpr size_t kConstant = 512;  // of the recursive methods
