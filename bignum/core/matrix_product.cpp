@@ -19,7 +19,7 @@ void MultiplyAny(Limb* z, const Limb* x, size_t m, const Limb* y, size_t n, Limb
 }
 
 // Transforms that products share are faster from half of the length on from which those of one are; measured.
-bool HasSharedTransforms(size_t m, size_t n) {
+[[maybe_unused]] bool HasSharedTransforms(size_t m, size_t n) {
   if constexpr (!kHasTransforms) return false;
   const size_t least = CurrentTransformKernels().least / 2;
   return m >= least && n >= least;
