@@ -5,12 +5,17 @@ MAKERS = {"AuthenticAMD": "amd", "GenuineIntel": "intel"}
 # Peers whose AES by blocks uses 256-bit vectors, from these versions on.
 PEERS_WITH_VAES = {"Botan": (3, 6), "libgcrypt": (1, 11)}
 BLOCKS_OF_AES = r"kernel/AES-\d+ (en|de)crypt/(1 KiB|16 KiB|1 MiB)$"
-# Rows that stand at a limit of a maker's processors with AVX-512 and VAES: maker, pattern of the rows' names,
-# the ratio required instead, the peers it depends on, of which one must be there, and why.
+# Rows that stand at a limit of processors with AVX-512 and VAES: their maker and family, None for any other; pattern
+# of the rows' names, the ratio required instead, the peers it depends on, of which one must be there, and why. The
+# first that fits holds.
 LIMITS = [
-    ("intel", BLOCKS_OF_AES, 1.95, None,
+    ("intel", None, BLOCKS_OF_AES, 1.95, None,
      "one 512-bit AES round a cycle, twice what the peers' 256-bit rounds reach: AES by blocks"),
-    ("amd", BLOCKS_OF_AES, 1.9, PEERS_WITH_VAES,
+    ("amd", "25", BLOCKS_OF_AES, 0.95, PEERS_WITH_VAES,
+     "one 512-bit AES round a cycle or two of 256 bits, as newer peers do: AES by blocks"),
+    ("amd", "25", BLOCKS_OF_AES, 1.9, None,
+     "one 512-bit AES round a cycle or two of 128 bits, as the peers do: AES by blocks"),
+    ("amd", None, BLOCKS_OF_AES, 1.9, PEERS_WITH_VAES,
      "two AES rounds a cycle of any width, of 512 bits here and 256 bits in newer peers: AES by blocks"),
 ]
 # Requirements without vectors wider than AVX2's, instead of the rows' own: the first pattern that a row's
@@ -94,8 +99,11 @@ class Processor:
         """(pattern, ratio, why) of the limits that hold on it, beside these peers."""
         if self.is_x86 or not self.is_wide or "VAES" not in self.features:
             return []
-        return [(pattern, ratio, why) for maker, pattern, ratio, peers, why in LIMITS
-                if maker == self.maker and (peers is None or self.has_peer(peers))]
+        found = {}
+        for maker, family, pattern, ratio, peers, why in LIMITS:
+            if maker == self.maker and family in (None, self.family) and (peers is None or self.has_peer(peers)):
+                found.setdefault(pattern, (pattern, ratio, why))
+        return list(found.values())
 
     def has_peer(self, least_versions):
         """Whether a report is of one of these peers, of its least version or a later one."""

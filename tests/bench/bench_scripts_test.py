@@ -167,6 +167,8 @@ class TableTest(unittest.TestCase):
                 ([{"maker": "AuthenticAMD"}, {"Botan": "3.7.1"}], 1.9),
                 ([{"maker": "AuthenticAMD", "libgcrypt": "1.11.0"}], 1.9),
                 ([{"maker": "AuthenticAMD", "features": "AVX-512"}, {"Botan": "3.7.1"}], 3.5),
+                ([{"maker": "AuthenticAMD", "family": "25"}], 1.9),
+                ([{"maker": "AuthenticAMD", "family": "25"}, {"Botan": "3.7.1"}], 0.95),
                 ([{"maker": "GenuineIntel"}], 1.95)):
             measured = processor.Processor(*({**vectors, **context} for context in contexts))
             self.assertEqual(measured.requirement(row, ours, {})[0], required, contexts)
