@@ -15,8 +15,9 @@ int64_t AddSigned(Limb* z, size_t n, int64_t x) {
 }  // namespace
 
 void CyclicRing::Settle(Limb* z, int64_t top) const noexcept {
-  // Modulo B^n + 1, B^n itself stays.
-  while (top != 0 && !(plus && top == 1 && SignificantLimbs(z, n) == 0)) {
+  while (top != 0) {
+    // Modulo B^n + 1, B^n itself stays.
+    if (plus && top == 1 && SignificantLimbs(z, n) == 0) break;
     top = AddSigned(z, n, plus ? -top : top);
   }
   z[n] = static_cast<Limb>(top);

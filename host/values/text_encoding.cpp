@@ -131,8 +131,9 @@ size_t DecodeFromEngine(const char* bytes, size_t size, OLECHAR* units) {
 
 Units UnitsFromEngine(std::string_view bytes) {
   const size_t ascii = CountAscii(bytes.data(), bytes.size());
+  const std::string_view first = bytes.substr(0, ascii);
   const std::string_view rest = bytes.substr(ascii);
-  Units units(bytes.data(), bytes.data() + ascii);
+  Units units(first.begin(), first.end());
   if (rest.empty()) return units;
   units.resize(ascii + DecodeFromEngine(rest.data(), rest.size(), nullptr));
   DecodeFromEngine(rest.data(), rest.size(), units.data() + ascii);
@@ -147,9 +148,10 @@ std::string EngineFromUnits(UnitsView units) {
 
 Units UnitsFromSystem(std::string_view bytes) {
   size_t at = CountAscii(bytes.data(), bytes.size());
+  const std::string_view first = bytes.substr(0, at);
   Units units;
   units.reserve(bytes.size());
-  units.assign(bytes.data(), bytes.data() + at);
+  units.assign(first.begin(), first.end());
   while (at < bytes.size()) {
     uint32_t code = 0;
     const std::string_view rest = bytes.substr(at);
