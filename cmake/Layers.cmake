@@ -107,11 +107,12 @@ function(mirolta_layer name directory)
   target_include_directories(${name} PUBLIC ${directory})
   target_link_libraries(${name} PUBLIC ${LAYER_KNOWS} PRIVATE mirolta_module_options)
   # The module for 64-bit Windows is as fast as the native one, and small only beside the layers and where
-  # no loop is: registration, and the stream objects around the engines.
+  # no loop is: registration, and the stream objects around the engines. The big numbers' loops are in their kernels.
   # Where the portable loops do all the work they are worth their size in builds that are small
   # otherwise. On 32-bit x86 the loops over registers are unrolled as in release builds.
   if(WIN32 AND CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64" AND NOT name MATCHES "^(module_core|stream_objects)$")
-    target_compile_options(${name} PRIVATE $<$<CONFIG:MinSizeRel>:-O3>)
+    target_compile_options(${name} PRIVATE
+      $<$<CONFIG:MinSizeRel>:-O$<IF:$<STREQUAL:${name},bignum_core>,2,3>>)
   elseif(name MATCHES "_kernels$" AND NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
     if(CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
       target_compile_options(${name} PRIVATE $<$<CONFIG:MinSizeRel>:-O3>)
