@@ -31,10 +31,8 @@ IUnknown* CachedFactory(const ClassRow& row) {
   return __atomic_load_n(&row.factory, __ATOMIC_ACQUIRE);
 }
 
-// Returns the row's factory without adding a reference, and creates it if needed.
-HRESULT FindFactory(ModuleState& module, ClassRow& row, IUnknown** factory) {
-  *factory = CachedFactory(row);
-  if (*factory != nullptr) return S_OK;
+// Creates the row's factory unless another thread has.
+HRESULT MakeFactory(ModuleState& module, ClassRow& row, IUnknown** factory) {
   ScopedLock hold(module.class_objects_lock);
   *factory = CachedFactory(row);
   if (*factory != nullptr) return S_OK;
@@ -43,6 +41,12 @@ HRESULT FindFactory(ModuleState& module, ClassRow& row, IUnknown** factory) {
   *factory = static_cast<IUnknown*>(made);
   __atomic_store_n(&row.factory, *factory, __ATOMIC_RELEASE);
   return status;
+}
+
+// Returns the row's factory without adding a reference, and creates it if needed.
+HRESULT FindFactory(ModuleState& module, ClassRow& row, IUnknown** factory) {
+  *factory = CachedFactory(row);
+  return *factory != nullptr ? S_OK : MakeFactory(module, row, factory);
 }
 
 }  // namespace
