@@ -17,9 +17,12 @@ struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
     DoubleLimb low = 0;
     Limb high = 0;
 
+    // Adds t < (B - 1) * B, so that the upper limb alone shows the carry: compilers may turn a
+    // comparison of two limbs into a branch, and limbs may be secret.
     void Add(DoubleLimb t) {
+      const Limb before = static_cast<Limb>(low >> kLimbBits);
       low += t;
-      high = static_cast<Limb>(high + (low < t));
+      high = static_cast<Limb>(high + (static_cast<Limb>(low >> kLimbBits) < before));
     }
     void AddProduct(Limb x, Limb y) { Add(static_cast<DoubleLimb>(x) * y); }
     void Double() {
@@ -53,8 +56,8 @@ struct ProductScanningLoops : OperandScanningLoops<RowLoops<WideProducts>> {
     // first.
     Limb Next() {
       const Limb limb = first.Next();
-      first.high = second.high;
-      first.Add(second.low);
+      second.Add(first.low);
+      first = second;
       second = Sum();
       return limb;
     }
