@@ -180,7 +180,19 @@ struct Chain {
     quotient = next;
   }
 
-  // Of the terms one product depends on the step before, beside the shift; the others wait for nothing.
+  // Vector j after a step: the digits above the lowest, the terms of x * y, and those of the multiple. Of the
+  // terms one product depends on the step before, beside the shift; the others wait for nothing.
+  MIROLTA_IFMA_STEP void Advance(size_t j, __m512i terms, const Digit52* multiple, __m512i next,
+                                 __m512i carry) {
+    const __m512i mj = Load(multiple, j);
+    terms = _mm512_madd52hi_epu64(terms, mj, quotient);
+    terms = _mm512_madd52lo_epu64(terms, mj, next);
+    // Not to the product, which takes as long as the shift.
+    __m512i others = Above<1>(j);
+    if (j == 0) others = _mm512_add_epi64(others, carry);
+    t[j] = _mm512_add_epi64(others, terms);
+  }
+
   MIROLTA_IFMA_STEP void Step(const Digit52* x, const Digit52* y, const Digit52* multiple,
                               size_t i) {
     const __m512i by = Broadcast(y[i]);
@@ -190,19 +202,14 @@ struct Chain {
     const __m512i carry = Carry();
     for (size_t j = 0; j < kVectors; ++j) {
       const __m512i xj = Load(x, j);
-      const __m512i mj = Load(multiple, j);
-      __m512i terms = _mm512_madd52hi_epu64(_mm512_setzero_si512(), xj, by);
-      terms = _mm512_madd52lo_epu64(terms, xj, by_next);
-      terms = _mm512_madd52hi_epu64(terms, mj, quotient);
-      terms = _mm512_madd52lo_epu64(terms, mj, next);
-      // Not to the product, which takes as long as the shift.
-      __m512i others = Above<1>(j);
-      if (j == 0) others = _mm512_add_epi64(others, carry);
-      t[j] = _mm512_add_epi64(others, terms);
+      const __m512i terms = _mm512_madd52hi_epu64(_mm512_setzero_si512(), xj, by);
+      Advance(j, _mm512_madd52lo_epu64(terms, xj, by_next), multiple, next, carry);
     }
     quotient = next;
   }
 
+  // Vectors of x below kFrom have no more terms.
+  template <size_t kFrom = 0>
   MIROLTA_IFMA_STEP void Last(Digit52* z, const Digit52* x, const Digit52* y,
                               const Radix52Modulus& modulus, size_t i) {
     const __m512i by = Broadcast(y[i]);
@@ -212,7 +219,8 @@ struct Chain {
     __m512i high[kVectors];
     for (size_t j = 0; j < kVectors; ++j) {
       const __m512i mj = Load(modulus.m, j);
-      high[j] = _mm512_madd52hi_epu64(_mm512_setzero_si512(), Load(x, j), by);
+      high[j] = _mm512_setzero_si512();
+      if (j >= kFrom) high[j] = _mm512_madd52hi_epu64(high[j], Load(x, j), by);
       high[j] = _mm512_madd52hi_epu64(high[j], Load(modulus.multiple[0], j), quotient);
       high[j] = _mm512_madd52hi_epu64(high[j], mj, last);
       t[j] = _mm512_madd52lo_epu64(t[j], mj, last);
@@ -225,9 +233,106 @@ struct Chain {
   }
 };
 
+// SquareChain is one square: digits of x times the vector they are in, and digits of 2 x times the vectors above,
+// which stand for both products of two digits. 2 x as a whole has digits of 52 bits; the one that a vector's last
+// digit carries is no multiplier of the next vector, and is added to it.
+template <size_t kVectors>
+struct SquareChain : Chain<kVectors> {
+  using Base = Chain<kVectors>;
+
+  __m512i twice;  // digit i of 2 x before step i, in the low 52 bits
+
+  MIROLTA_IFMA_STEP explicit SquareChain(const Digit52* x)
+      : Base(x, x), twice(Base::Broadcast(x[0] << 1)) {
+    for (size_t j = 1; j < kVectors; ++j) {
+      this->t[j] = _mm512_madd52lo_epu64(_mm512_setzero_si512(), Base::Load(x, j), twice);
+    }
+  }
+
+  // Digit i is in vector kHigh, the next in kLow.
+  template <size_t kHigh, size_t kLow>
+  MIROLTA_IFMA_STEP void Step(const Digit52* x, const Digit52* multiple, size_t i) {
+    const __m512i by = Base::Broadcast(x[i]);
+    const __m512i by_next = Base::Broadcast(x[i + 1]);
+    const __m512i carried = _mm512_srli_epi64(by, kRadix52Bits - 1);
+    const __m512i twice_next = _mm512_add_epi64(_mm512_add_epi64(by_next, by_next), carried);
+    const __m512i next = _mm512_broadcastq_epi64(_mm512_castsi512_si128(this->t[0]));
+    const __m512i carry = Base::Carry();
+    for (size_t j = 0; j < kVectors; ++j) {
+      const __m512i xj = Base::Load(x, j);
+      __m512i terms = _mm512_setzero_si512();
+      if (j >= kHigh) terms = _mm512_madd52hi_epu64(terms, xj, j == kHigh ? by : twice);
+      if (j >= kLow) terms = _mm512_madd52lo_epu64(terms, xj, j == kLow ? by_next : twice_next);
+      if (j == kLow && kLow != kHigh) terms = _mm512_madd52lo_epu64(terms, xj, carried);
+      Base::Advance(j, terms, multiple, next, carry);
+    }
+    this->quotient = next;
+    twice = twice_next;
+  }
+};
+
+// The steps of kCount squares, by the vector of their digits.
+template <size_t kVectors, size_t kCount>
+struct Squares {
+  static constexpr size_t kNext = kVectors * kRadix52PerVector;
+
+  SquareChain<kVectors> (&chains)[kCount];
+  const Digit52* x;
+  const Radix52Modulus* moduli;
+  size_t count;
+
+  template <size_t kHigh, size_t kLow>
+  MIROLTA_IFMA_STEP void Step(size_t i) {
+    for (size_t k = 0; k < kCount; ++k) {
+      chains[k].template Step<kHigh, kLow>(x + k * kNext, moduli[k].multiple[0], i);
+    }
+  }
+
+  // Vector kFrom of digits, and those above. Copies of the loop would be kilobytes.
+  template <size_t kFrom>
+  MIROLTA_IFMA_STEP void Finish(Digit52* z) {
+    constexpr bool kIsLast = kFrom + 1 == kVectors;
+    const size_t last = kIsLast ? count - 1 : (kFrom + 1) * kRadix52PerVector - 1;
+  #pragma GCC unroll 1
+    for (size_t i = kFrom * kRadix52PerVector; i < last; ++i) Step<kFrom, kFrom>(i);
+    if constexpr (kIsLast) {
+      for (size_t k = 0; k < kCount; ++k) {
+        const Digit52* const xk = x + k * kNext;
+        chains[k].template Last<kFrom>(z + k * kNext, xk, xk, moduli[k], last);
+      }
+    } else {
+      Step<kFrom, kFrom + 1>(last);
+      Finish<kFrom + 1>(z);
+    }
+  }
+};
+
+// Whether squares are faster than products: with fewer vectors they have more additions than they save products.
+// In 32-bit mode there are too few registers for either.
+template <size_t kVectors>
+constexpr bool kHasSquare = kVectors == 5 && MIROLTA_KERNELS_FOR(X86_64);
+
+template <size_t kVectors>
+MIROLTA_IFMA void Square(Digit52* z, const Digit52* x, const Radix52Modulus& modulus,
+                         size_t count) {
+  SquareChain<kVectors> chains[] = {SquareChain<kVectors>(x)};
+  Squares<kVectors, 1>{chains, x, &modulus, count}.template Finish<0>(z);
+}
+
+template <size_t kVectors>
+MIROLTA_IFMA void PairSquare(Digit52* z, const Digit52* x, const Radix52Modulus (&moduli)[2],
+                             size_t count) {
+  SquareChain<kVectors> chains[] = {SquareChain<kVectors>(x),
+                                    SquareChain<kVectors>(x + kVectors * kRadix52PerVector)};
+  Squares<kVectors, 2>{chains, x, moduli, count}.template Finish<0>(z);
+}
+
 template <size_t kVectors>
 MIROLTA_IFMA void Product(Digit52* z, const Digit52* x, const Digit52* y,
                           const Radix52Modulus& modulus, size_t count) {
+  if constexpr (kHasSquare<kVectors>) {
+    if (x == y) return Square<kVectors>(z, x, modulus, count);
+  }
   Chain<kVectors> chain(x, y);
   size_t i = 0;
   if (Chain<kVectors>::HasTwo(count)) {
@@ -298,6 +403,9 @@ MIROLTA_IFMA void LongProduct(Digit52* z, const Digit52* x, const Digit52* y,
 template <size_t kVectors>
 MIROLTA_IFMA void PairProduct(Digit52* z, const Digit52* x, const Digit52* y,
                               const Radix52Modulus (&moduli)[2], size_t count) {
+  if constexpr (kHasSquare<kVectors>) {
+    if (x == y) return PairSquare<kVectors>(z, x, moduli, count);
+  }
   constexpr size_t kNext = kVectors * kRadix52PerVector;
   Chain<kVectors> first(x, y);
   Chain<kVectors> second(x + kNext, y + kNext);

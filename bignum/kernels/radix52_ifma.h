@@ -38,8 +38,8 @@ struct Radix52Modulus {
 // 2 m for y = 1.
 // Shapes: x, y, z, m are whole vectors of eight radix-2^52 digits, zero above count; x < 3 m,
 //         y < 3 m, 2^kRadix52Spare m <= 2^(52 count), count >= 1.
-// Alias:  z, x and y may be the same.
-// Time:   depends on count only.
+// Alias:  z, x and y may be the same; some counts have squares of their own, for x that is y.
+// Time:   depends on count and on whether x is y only.
 // Source: Gueron and Krasnov, Accelerating big integer arithmetic using Intel IFMA extensions,
 //         2016.
 using Radix52Product = void (*)(Digit52* z, const Digit52* x, const Digit52* y,

@@ -265,6 +265,52 @@ TEST_F(Radix52Test, PairsAreTwoProducts) {
   }
 }
 
+// The same digits, not only the same residue: the squares take the same quotient digits. Every seventh number has
+// ones in all its digits, and every seventh only in the last of each vector, which carries when it is doubled.
+TEST_F(Radix52Test, SquaresAreProductsByACopy) {
+  for (size_t vectors = 1; vectors <= kRadix52MostVectors; vectors = NextVectors(vectors)) {
+    const size_t padded = vectors * kRadix52PerVector;
+    const bool has_pair = vectors <= kRadix52MostPairVectors;
+    for (int i = 0; i < Cases(vectors < 12 ? 100 : 20); ++i) {
+      const size_t count = vectors == 1 ? 1 + Below(8) : padded - Below(8);
+      const uint32_t most = static_cast<uint32_t>(count * kRadix52Bits - kRadix52Spare);
+      Mpz m[2];
+      Digits x;
+      for (int k = 0; k < 2; ++k) {
+        RandomModulus(m[k], most - Below(40), i + k);
+        Mpz bound, reduced;
+        mpz_mul_ui(bound, m[k], 3);
+        const Mpz random(RandomBigOf(most + 2));
+        mpz_mod(reduced, random, bound);
+        Digits one = ExportDigits(reduced, padded);
+        for (size_t j = 0; i % 7 < 2 && j + 1 < count; ++j) {
+          const bool is_last = j % kRadix52PerVector + 1 == kRadix52PerVector;
+          one[j] = i % 7 == 0 || is_last ? kRadix52Mask : 0;
+        }
+        if (i % 7 < 2) one[count - 1] = 0;
+        x.insert(x.end(), one.begin(), one.end());
+      }
+      const DigitModulus first(m[0], padded), second(m[1], padded);
+      const Radix52Modulus moduli[2] = {first.modulus, second.modulus};
+      const Digits copy = x;
+      Digits wanted(2 * padded), got(2 * padded);
+      const Radix52Product multiply = Radix52ProductFor(vectors);
+      for (size_t k = 0; k < 2; ++k) {
+        const size_t at = k * padded;
+        multiply(wanted.data() + at, x.data() + at, copy.data() + at, moduli[k], count);
+        multiply(got.data() + at, x.data() + at, x.data() + at, moduli[k], count);
+      }
+      ASSERT_EQ(got, wanted) << vectors << " " << count;
+      if (!has_pair) continue;
+      const Radix52PairProduct pair = Radix52PairProductFor(vectors);
+      pair(got.data(), x.data(), x.data(), moduli, count);
+      ASSERT_EQ(got, wanted) << vectors << " " << count;
+      pair(x.data(), x.data(), x.data(), moduli, count);
+      ASSERT_EQ(x, wanted) << vectors << " " << count;
+    }
+  }
+}
+
 // Carries pass through digits of ones in all vectors: (m + k) * 2^(52 count) mod m is a power whose
 // product with one ends in a long run of ones.
 TEST_F(Radix52Test, CarriesPassThroughDigitsOfOnes) {
