@@ -101,9 +101,12 @@ lists-fresh = packages-fresh.txt
 setup-%:
 	@scripts/setup.sh packages.txt $(lists-$*)
 
-# A build folder is configured once; afterwards its build detects changes itself. A folder of another
-# generator is configured anew.
-build/%/build.ninja: CMakePresets.json | setup-build
+build/setup/changed: | setup-build
+	@test -e $@ || { mkdir -p $(@D) && : >$@; }
+
+# A build folder is configured once, and again when there are packages that were missing then; afterwards its
+# build detects changes itself. A folder of another generator is configured anew.
+build/%/build.ninja: CMakePresets.json build/setup/changed | setup-build
 	@cmake --preset $* $(if $(wildcard $@),>/dev/null,$(if $(wildcard build/$*/CMakeCache.txt),--fresh))
 	@touch $@
 

@@ -13,6 +13,7 @@
 # clang can link.
 #
 # A list that was complete is checked again only after it, this file or the installed packages change.
+# build/setup/changed is newer than a build folder's configuration that may not have found what a list has.
 set -eu
 
 cd "$(dirname "$0")"
@@ -29,7 +30,10 @@ up_to_date() {
 
 remember() {
   mkdir -p "$stamps"
-  for list; do : >"$stamps/$list"; done
+  for list; do
+    [ -e "$stamps/$list" ] || : >"$stamps/changed"
+    : >"$stamps/$list"
+  done
 }
 
 has() {
@@ -127,4 +131,5 @@ done)
 echo "Installing:" $packages >&2
 # shellcheck disable=SC2086
 try install -y --no-install-recommends $packages
+: >"$stamps/changed"
 remember "$@"

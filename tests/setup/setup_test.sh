@@ -1,6 +1,6 @@
 #!/bin/sh
 # setup_test.sh SETUP: what scripts/setup.sh does with and without apt-get and root, on systems made of
-# folders of commands. Nothing is installed.
+# folders of commands, and that build folders are configured again after it. Nothing is installed.
 set -eu
 
 setup=$1
@@ -44,6 +44,11 @@ answers() {
   echo "$2" >>"$work/system/$1"
 }
 
+# changed: the file that build folders are older than, if it is there.
+changed() {
+  if [ -e "$work/project/build/setup/changed" ]; then echo changed; fi
+}
+
 # run_setup: its status and standard error, and what was called, in files.
 run_setup() {
   status=0
@@ -70,6 +75,7 @@ new_system one two
 run_setup
 check "all is there without apt-get: status" 0 "$status"
 check "all is there without apt-get: message" "" "$(message)"
+check "all is there now: build folders are older" changed "$(changed)"
 
 new_system two
 run_setup
@@ -101,12 +107,23 @@ check "root: what is installed" \
   "apt-get -qq -o DPkg::Lock::Timeout=300 install -y --no-install-recommends one-old two" \
   "$(grep '^apt-get.* install' "$work/called")"
 
+check "root: build folders are older" changed "$(changed)"
+
+rm "$work/project/build/setup/changed"
 : >"$work/called"
 run_setup
 check "a second time: nothing is called" "" "$(cat "$work/called")"
 touch -d "1 minute" "$work/project/scripts/packages.txt"
 run_setup
 check "after a change of the list: it is looked at" "dpkg-query" "$(sed -n '/^dpkg-query/{s/ .*//p;q}' "$work/called")"
+check "after an installation: build folders are older" changed "$(changed)"
+rm "$work/project/build/setup/changed"
+answers dpkg-query "echo install ok installed"
+sed -i 's/^exit 1$//' "$work/system/dpkg-query"
+touch -d "2 minutes" "$work/project/scripts/packages.txt"
+run_setup
+check "nothing is missing: status" 0 "$status"
+check "nothing is missing: build folders are as they were" "" "$(changed)"
 
 new_system apt-get apt-cache dpkg-query id
 answers id "echo 0"
@@ -117,6 +134,16 @@ check "apt-get fails: status" 1 "$status"
 check "apt-get fails: its message is shown" "E: no such package" "$(message | grep '^E:')"
 run_setup
 check "apt-get fails: it is not remembered as done" 1 "$status"
+
+# configures FILE...: how often make would configure the native build if those files were new.
+configures() {
+  news=
+  for file; do news="$news -W $file"; done
+  # shellcheck disable=SC2086  # words of options
+  (cd "$(dirname "$setup")/.." && env -u MAKEFLAGS -u MAKELEVEL make -n $news build/native/build.ninja) 2>&1 |
+    grep -c 'cmake --preset native' || true
+}
+check "make configures again what is older" 1 "$(configures build/setup/changed)"
 
 echo "$passed passed, $failed failed"
 [ "$failed" = 0 ] && [ "$passed" -gt 0 ]
